@@ -1,0 +1,7 @@
+# Warnings are errors in our own code; third-party headers come in as system headers and stay silent.
+add_library(vantrel_warnings INTERFACE)
+target_compile_options(vantrel_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align -Wunused -Woverloaded-virtual -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(vantrel_warnings INTERFACE -Wthread-safety -Werror=thread-safety)
+endif()
