@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace Kiv {
+
+// Base of the program's own failures. The text is UTF-8 and ready to be shown; those from data classes begin with the
+// class and method name and a colon.
+class EException : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class EInvalidArgumentValue : public EException {
+ public:
+  using EException::EException;
+};
+
+class EInvalidOperation : public EException {
+ public:
+  using EException::EException;
+};
+
+class ENotImplemented : public EException {
+ public:
+  using EException::EException;
+};
+
+class EUnknownEnumException : public EException {
+ public:
+  using EException::EException;
+};
+
+// What kind of failure an operating-system code stands for, the same on every platform.
+enum class TErrorKind : uint8_t { ekNone, ekAccessDenied, ekNotFound, ekOther };
+
+TErrorKind ClassifyOSError(uint32_t pCode);
+
+// The system's own text for a code, UTF-8, without a trailing full stop or line break ("Permission denied").
+std::string OSErrorText(uint32_t pCode);
+
+// A failed call to the operating system: which operation, on which object, and the system's code (errno or Win32).
+class EOSError : public EException {
+ public:
+  EOSError(uint32_t pCode, std::string_view pOperation, std::u16string_view pObject);
+  uint32_t Code() const { return fCode; }
+  const std::string& Operation() const { return fOperation; }
+  const std::u16string& Object() const { return fObject; }
+
+ private:
+  uint32_t fCode;
+  std::string fOperation;
+  std::u16string fObject;
+};
+
+}  // namespace Kiv

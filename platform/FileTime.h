@@ -1,0 +1,34 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+namespace Kiv {
+
+// A point in time as file systems of Windows store it: 100-nanosecond ticks since 1601-01-01 UTC. Zero means "no date".
+struct TKivFileTime {
+  int64_t fTicks = 0;
+
+  static constexpr int64_t kTicksPerSecond = 10'000'000;
+  static constexpr int64_t kTicksPerDay = 86'400 * kTicksPerSecond;
+  static constexpr int64_t kUnixEpoch = 116'444'736'000'000'000;  // 1970-01-01 in ticks
+
+  constexpr bool IsSet() const { return fTicks != 0; }
+  constexpr auto operator<=>(const TKivFileTime&) const = default;
+
+  // From a POSIX time; nanoseconds are cut to whole ticks. Times before 1601 and after the year 30000 become "no date".
+  static constexpr TKivFileTime FromUnix(int64_t pSeconds, uint32_t pNanoseconds) {
+    if (pSeconds <= -11'644'473'600 || pSeconds > 884'541'340'800) return {};
+    return {kUnixEpoch + pSeconds * kTicksPerSecond + pNanoseconds / 100};
+  }
+  static TKivFileTime Now();
+};
+
+// Local date and time in the user's locale: the short date format; the long time format.
+std::string FormatShortDate(TKivFileTime pTime);
+std::string FormatLongTime(TKivFileTime pTime);
+// "2026-11-21 14:03:59" in local time, for tables: sorts as text and has one width. Empty for "no date".
+std::string FormatIsoLocal(TKivFileTime pTime);
+
+}  // namespace Kiv

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Kiv {
+
+// Operations on path texts that touch no file system. The delimiter is the root's: backslash for Windows roots, slash for
+// Unix-like ones; with the backslash "/" is accepted as well and letter case does not count (simple folding), with the
+// slash every character counts.
+
+// pFolder and pName with one delimiter between them.
+std::u16string JoinPath(std::u16string_view pFolder, std::u16string_view pName, char16_t pDelimiter);
+// Without trailing delimiters, except those of a root itself ("/", "C:\", "\\server\share\").
+std::u16string_view WithoutTrailingDelimiter(std::u16string_view pPath, char16_t pDelimiter);
+// The last part of the path ("C:\" and "/" give themselves).
+std::u16string_view FileNameOfPath(std::u16string_view pPath, char16_t pDelimiter);
+// The path without its last part; empty for a root or a bare name.
+std::u16string_view FolderOfPath(std::u16string_view pPath, char16_t pDelimiter);
+// "C:\x", "\\server\share", "\\?\…"; "/x".
+bool IsRootedPath(std::u16string_view pPath, char16_t pDelimiter);
+
+bool SamePath(std::u16string_view pA, std::u16string_view pB, char16_t pDelimiter);
+// Whether pPath is pFolder itself or lies beneath it; whole parts are compared, so "/ab" is not inside "/a".
+bool IsSameOrInside(std::u16string_view pPath, std::u16string_view pFolder, char16_t pDelimiter);
+
+// The system's own delimiter, and the absolute form of a path as typed: the current folder put in front, "." and ".."
+// and doubled delimiters resolved by text alone, so a ".." behind a symbolic link may differ from what the system does;
+// on Windows also "C:x" and "/" for "\".
+char16_t NativePathDelimiter();
+std::u16string AbsolutePath(std::u16string_view pPath);
+// The path with all links resolved, as the system sees it; empty when it does not exist.
+std::u16string ResolvedPath(const std::u16string& pPath);
+
+}  // namespace Kiv

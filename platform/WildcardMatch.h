@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+namespace Kiv {
+
+// Whether a name matches a list of wildcard masks joined with ";" ("*.jpg;*.png"): "*" stands for any run, "?" for one
+// character, letter case does not count, spaces count in name and mask, an empty part of the list matches nothing. This
+// is the shell's match with the flags for multiple masks and unstripped spaces; on Windows the system's own call.
+bool MatchesWildcards(std::u16string_view pName, std::u16string_view pMasks);
+
+}  // namespace Kiv
