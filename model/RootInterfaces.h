@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "model/HierarchicalInterfaces.h"
+
+namespace Kiv {
+
+class IScanRoots;
+
+// What happened to a node, told to the observers of its root.
+enum class TChangeKind : uint8_t { ckAdded = 1, ckRemoved = 2, ckChanged = 3, ckScanStarted = 4, ckScanFinished = 5 };
+
+// Told of changes in a tree, on whatever thread made them; the call returns soon and takes no lock of the tree.
+class IHierarchicalObserver : public IInterface {
+ public:
+  virtual void ObjectChanged(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
+};
+
+// Something that was met while scanning and could not be read.
+struct TScanError {
+  TRef<IHierarchicalObject> fObject;  // the folder's node
+  std::u16string fPath;
+  uint32_t fCode = 0;         // the system's error code
+  TEnumeratorError fKind = TEnumeratorError::eeOther;
+  bool fPartial = false;  // some entries were listed before the error
+};
+
+// Told of every error as it is recorded, on the worker's thread.
+class IScanErrorObserver : public IInterface {
+ public:
+  virtual void ErrorRecorded(const TScanError& pError) = 0;
+};
+
+// A list of observers that may change while it is being told something.
+template <class TObserver>
+class IObservable : public IInterface {
+ public:
+  virtual void Subscribe(TRef<TObserver> pObserver) = 0;
+  virtual void Unsubscribe(TObserver* pObserver) = 0;
+};
+
+// The scan settings of a root, as the engine and its jobs read them. Fixed while a scan runs; any thread.
+class IScanConfiguration : public IInterface {
+ public:
+  virtual TRef<ICancellationToken> GetCancellationToken() const = 0;
+  // Whether the scan takes the enumerator's current entry in. What is left out is counted as excluded.
+  virtual bool IsFolderIncluded(IHierarchicalEnumerator& pEntry) = 0;
+  virtual bool IsFileIncluded(IHierarchicalEnumerator& pEntry) = 0;
+  // False for a folder that the root has given up in the meantime (removed, or its root disposed).
+  virtual bool IsFolderToBeScanned(IFolderData& pFolder) = 0;
+  virtual bool GetFolderDateBasedOnFilesOnly() const = 0;
+  virtual bool GetKeepFiles() const = 0;  // whether files stay in the tree as nodes
+  virtual bool GetDoExtensionsStatistics() const = 0;
+  virtual bool GetDoUsersStatistics() const = 0;
+  virtual TDateType GetFileAgesDateType() const = 0;
+  virtual IFileAges* GetFileAges() const = 0;
+  virtual int32_t GetLongPathLength() const = 0;
+  virtual ITopSizeList* GetTopSizeList() const = 0;  // nullptr when none is kept
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: one moment for the whole scan
+  // One root may ask to be scanned by one thread only, or for threads to be started ahead of the work.
+  virtual bool IsSingleThreaded() const { return false; }
+  virtual bool WantsPreStartedThreads() const { return false; }
+
+  virtual void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) = 0;
+  // Progress, told once per folder: what its listing brought.
+  virtual void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
+                            int64_t pExcluded) = 0;
+};
+
+// Scans one root once.
+class IScanEngine : public IInterface {
+ public:
+  // Queues a folder. The enumerator stands before its first entry.
+  virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  virtual bool IsScanning() const = 0;
+  // "Threads: 2 of max 8", or "No worker threadpool active".
+  virtual std::u16string GetStatusText() const = 0;
+  // Waits for all jobs to end, then for the threads.
+  virtual void Dispose() = 0;
+};
+
+// Bits of a root's state.
+enum TRootState : uint32_t {
+  rsScanning = 1 << 0,
+  rsFinished = 1 << 1,   // a scan ran to its end
+  rsCancelled = 1 << 2,  // the last scan was stopped
+  rsHasErrors = 1 << 3,
+  rsShowsPreviousState = 1 << 4,  // an earlier state from the history
+  rsIsXMLImport = 1 << 5,
+  rsDisposed = 1 << 6,
+  rsPathNotFound = 1 << 7,
+};
+using TRootStates = uint32_t;
+
+// Counters of a running scan, cheap to poll; all of them only ever grow during a scan.
+struct TScanProgress {
+  int64_t fFiles = 0;
+  int64_t fFolders = 0;
+  int64_t fBytes = 0;
+  int64_t fExcludedObjects = 0;
+  int64_t fErrors = 0;
+  std::u16string fLastScannedFolder;
+};
+
+// One scanned path with its tree.
+class IHierarchicalRoot : public IMetaDataFormatter {
+ public:
+  virtual std::u16string GetPath() const = 0;
+  virtual std::u16string GetTitle() const = 0;
+  virtual char16_t GetPathDelimiter() const = 0;
+  virtual TRootStates GetState() const = 0;
+  virtual TRef<IFolderData> GetTopFolder() const = 0;  // nullptr before the first scan and after disposal
+  virtual TRef<IScanEngine> GetScanEngine() const = 0;
+  virtual std::vector<TScanError> GetErrors() const = 0;
+  virtual TScanProgress GetProgress() const = 0;
+  virtual TKivFileTime GetScanTimeStamp() const = 0;
+  virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
+  virtual IScanConfiguration& GetScanConfiguration() = 0;
+  virtual void Dispose() = 0;
+};
+
+}  // namespace Kiv
