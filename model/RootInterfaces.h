@@ -120,6 +120,55 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TKivFileTime GetScanTimeStamp() const = 0;
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
   virtual IScanConfiguration& GetScanConfiguration() = 0;
+
+  // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
+  // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
+  // one error.
+  virtual void Scan() = 0;
+  // Asks a running scan to stop at its next folder; it still ends through the usual way, with rsCancelled.
+  virtual void CancelScan() = 0;
+  // Waits for the end of the scan, at most so many milliseconds. True when no scan is running.
+  virtual bool WaitForScan(int64_t pMilliseconds) = 0;
+  // How long the last finished scan took, in milliseconds.
+  virtual int64_t GetScanDuration() const = 0;
+  // Files of the scan before this one, for progress; 0 when there was none.
+  virtual int64_t GetLastScanNumberOfFiles() const = 0;
+  // The largest files, by path, largest first.
+  virtual ITopSizeList* GetTopSizeList() const = 0;
+  virtual void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) = 0;
+  virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;
+  // Tears the tree down. Final; a running scan is cancelled and waited for.
+  virtual void Dispose() = 0;
+};
+
+// What the roots need of the floor above them: enumerators and engines.
+class IScanServices : public IInterface {
+ public:
+  // An enumerator of the path's contents; a path that cannot be opened gives one that lists nothing and tells the error.
+  virtual TRef<IHierarchicalEnumerator> CreateRootEnumerator(const std::u16string& pPath, uint32_t pOptions) = 0;
+  // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
+  virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
+                                             int32_t pPriority, std::function<void()> pOnAllDone) = 0;
+};
+
+// The list of open roots.
+class IScanRoots : public IInterface {
+ public:
+  // Adds a root for a path, not scanned yet. The path is made absolute. EInvalidOperation when the list is full. A path
+  // that is in the list already gives the root that is there.
+  virtual TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) = 0;
+  // The root for the path, its scan started.
+  virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
+  // All local fixed drives (Windows) or all mounted file systems with storage behind them (Linux).
+  virtual std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() = 0;
+  virtual std::vector<std::u16string> GetScannedPaths() const = 0;
+  // Roots whose path is the given one or holds it.
+  virtual std::vector<TRef<IHierarchicalRoot>> FindRootsHolding(std::u16string_view pPath) const = 0;
+  virtual std::vector<TRef<IHierarchicalRoot>> GetRoots() const = 0;
+  virtual int32_t CountActiveScans() const = 0;
+  // The root whose top folder has all roots' top folders as children; made on first use.
+  virtual TRef<IHierarchicalRoot> GetVirtualRoot() = 0;
+  virtual void Remove(IHierarchicalRoot& pRoot) = 0;
   virtual void Dispose() = 0;
 };
 
