@@ -47,7 +47,9 @@ class IObservable : public IInterface {
 class IScanConfiguration : public IInterface {
  public:
   virtual TRef<ICancellationToken> GetCancellationToken() const = 0;
-  // Whether the scan takes the enumerator's current entry in. What is left out is counted as excluded.
+  // Whether the scan takes the enumerator's current entry in. What is left out is counted as excluded. Without filters
+  // everything is, and the two questions are not asked.
+  virtual bool HasFilters() const = 0;
   virtual bool IsFolderIncluded(IHierarchicalEnumerator& pEntry) = 0;
   virtual bool IsFileIncluded(IHierarchicalEnumerator& pEntry) = 0;
   // False for a folder that the root has given up in the meantime (removed, or its root disposed).
@@ -59,6 +61,7 @@ class IScanConfiguration : public IInterface {
   virtual TDateType GetFileAgesDateType() const = 0;
   virtual IFileAges* GetFileAges() const = 0;
   virtual int32_t GetLongPathLength() const = 0;
+  virtual TColumn GetShareBasis() const = 0;  // mdSize or mdAllocated: what shares are shares of
   virtual ITopSizeList* GetTopSizeList() const = 0;  // nullptr when none is kept
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: one moment for the whole scan
   // One root may ask to be scanned by one thread only, or for threads to be started ahead of the work.
@@ -120,6 +123,10 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TKivFileTime GetScanTimeStamp() const = 0;
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
   virtual IScanConfiguration& GetScanConfiguration() = 0;
+  // Tells the observers; costs next to nothing when there are none.
+  virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
+  // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists.
+  virtual void ForgetBranch(IFolderData& pFolder) = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
