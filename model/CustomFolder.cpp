@@ -394,6 +394,11 @@ TFolderContribution TCustomFolderData::ClearTotals() {
   return lost;
 }
 
+bool TCustomFolderData::Refresh(bool pRecursive) {
+  TRef<IHierarchicalRoot> root = GetRoot();
+  return root && !IsGone() && root->RefreshFolder(*this, pRecursive);
+}
+
 void TCustomFolderData::Reset() {
   if (IsGone()) return;
   IncludeFolderState(fsRemoving);

@@ -79,6 +79,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   size_t GetSubFolderCount() const override;
   TRef<const TFileTable> GetFileTable() const override;
   std::vector<TRef<IHierarchicalElement>> FindFiles() override;
+  bool Refresh(bool pRecursive) override;
   void Reset() override;
   void Remove() override;
   void Dispose() override;

@@ -196,6 +196,10 @@ class IFolderData : public IHierarchicalElement {
   virtual std::vector<TRef<IHierarchicalElement>> FindFiles() = 0;
   virtual size_t GetSubFolderCount() const = 0;        // direct sub-folders, "[Files]" not counted
 
+  // Scans the branch, or only the folder's own entries, again; see IHierarchicalRoot::RefreshFolder.
+  virtual bool Refresh(bool pRecursive) = 0;
+  // The next two change the tree's structure; the root calls them (RefreshFolder, RemoveFolder) where no scan runs
+  // beside them.
   // Empties the folder for a rescan: its totals leave all ancestors.
   virtual void Reset() = 0;
   // Takes the folder out of its parent, with all its totals, and disposes it.

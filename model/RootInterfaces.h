@@ -77,8 +77,11 @@ class IScanConfiguration : public IInterface {
 // Scans one root once.
 class IScanEngine : public IInterface {
  public:
-  // Queues a folder. The enumerator stands before its first entry.
+  // Queues a folder with all beneath it. The enumerator stands before its first entry.
   virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  // Queues a look at a scanned folder's own entries: its files are counted anew, folders that are new are scanned,
+  // folders that are gone are removed; known ones are left alone.
+  virtual void AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
   virtual bool IsScanning() const = 0;
   // "Threads: 2 of max 8", or "No worker threadpool active".
   virtual std::u16string GetStatusText() const = 0;
@@ -132,6 +135,11 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
   // one error.
   virtual void Scan() = 0;
+  // Scans a branch again, or, when not recursive, looks at the folder's own entries only. Refused with a line in the
+  // debug log, and false, when no scan has finished, one is running, or the root shows an earlier state.
+  virtual bool RefreshFolder(IFolderData& pFolder, bool pRecursive) = 0;
+  // Takes a folder with all its totals out of the tree; false while a scan is running.
+  virtual bool RemoveFolder(IFolderData& pFolder) = 0;
   // Asks a running scan to stop at its next folder; it still ends through the usual way, with rsCancelled.
   virtual void CancelScan() = 0;
   // Waits for the end of the scan, at most so many milliseconds. True when no scan is running.
@@ -152,7 +160,9 @@ class IHierarchicalRoot : public IMetaDataFormatter {
 class IScanServices : public IInterface {
  public:
   // An enumerator of the path's contents; a path that cannot be opened gives one that lists nothing and tells the error.
-  virtual TRef<IHierarchicalEnumerator> CreateRootEnumerator(const std::u16string& pPath, uint32_t pOptions) = 0;
+  // The root path is that of the whole scan, which the path lies in: links back into it are not followed.
+  virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath, const std::u16string& pRootPath,
+                                                         uint32_t pOptions) = 0;
   // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
   virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
                                              int32_t pPriority, std::function<void()> pOnAllDone) = 0;
