@@ -57,7 +57,7 @@ TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards
       fServices(std::move(pServices)),
       fOptions(std::move(pOptions)),
       fOwner(pOwner),
-      fConfiguration(MakeRef<TScanConfiguration>(*this, *fOptions)) {
+      fConfiguration(MakeRef<TScanConfiguration>(this, *fOptions)) {
   if (!fPathWithWildcards.empty()) SetTitle(fPathWithWildcards);
 }
 

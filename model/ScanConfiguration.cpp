@@ -1,10 +1,11 @@
 #include "model/ScanConfiguration.h"
 
 #include "model/FileAges.h"
+#include "platform/Text.h"
 
 namespace Vantrel {
 
-TScanConfiguration::TScanConfiguration(TCustomRoot& pRoot, const TGlobalOptions& pOptions)
+TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions)
     : fRoot(pRoot),
       fFolderDateBasedOnFilesOnly(pOptions.FolderDateBasedOnFilesOnly),
       fKeepFiles(pOptions.KeepFiles),

@@ -31,6 +31,12 @@ TTypedPath SplitTypedPath(std::u16string_view pTyped) {
   return typed;
 }
 
+// A root and the path that it was opened with: a path given again is the same root.
+struct TListedRoot {
+  std::u16string fTypedPath;
+  TRef<IHierarchicalRoot> fRoot;
+};
+
 }  // namespace
 
 // The list of open roots.
@@ -43,8 +49,8 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
     const TTypedPath typed = SplitTypedPath(pPath);
     const std::u16string& identity = typed.fWithWildcards.empty() ? typed.fPath : typed.fWithWildcards;
     TCriticalSectionLock lock(fLock);
-    for (const TRef<IHierarchicalRoot>& root : fList)
-      if (SamePath(root->GetTitle(), identity, root->GetPathDelimiter())) return root;
+    for (const TListedRoot& listed : fList)
+      if (SamePath(listed.fTypedPath, identity, NativePathDelimiter())) return listed.fRoot;
     if (fList.size() >= static_cast<size_t>(fMaxCount))
       throw EInvalidOperation("TDSMCustomRoots.CreateRoot: more than " + std::to_string(fMaxCount) +
                               " paths cannot be open at once (option MaximumRoots)");
@@ -53,7 +59,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
       root = MakeRef<TCustomUnixRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
     else
       root = MakeRef<TFileSystemRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
-    fList.push_back(root);
+    fList.push_back({identity, root});
     return root;
   }
 
@@ -83,8 +89,10 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
   }
 
   std::vector<TRef<IHierarchicalRoot>> GetRoots() const override {
+    std::vector<TRef<IHierarchicalRoot>> roots;
     TCriticalSectionLock lock(fLock);
-    return fList;
+    for (const TListedRoot& listed : fList) roots.push_back(listed.fRoot);
+    return roots;
   }
 
   int32_t CountActiveScans() const override {
@@ -116,16 +124,16 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
     TRef<IHierarchicalRoot> root(&pRoot);
     {
       TCriticalSectionLock lock(fLock);
-      std::erase(fList, root);
+      std::erase_if(fList, [&](const TListedRoot& pListed) { return pListed.fRoot == root; });
     }
     root->Dispose();
   }
 
   void Dispose() override {
-    std::vector<TRef<IHierarchicalRoot>> roots;
+    std::vector<TRef<IHierarchicalRoot>> roots = GetRoots();
     {
       TCriticalSectionLock lock(fLock);
-      roots.swap(fList);
+      fList.clear();
       if (fVirtualRoot) roots.push_back(std::move(fVirtualRoot));
     }
     for (const TRef<IHierarchicalRoot>& root : roots) root->Dispose();
@@ -136,7 +144,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
   const std::shared_ptr<const TGlobalOptions> fOptions;
   const int32_t fMaxCount;
   mutable TCriticalSection fLock;
-  std::vector<TRef<IHierarchicalRoot>> fList GUARDED_BY(fLock);
+  std::vector<TListedRoot> fList GUARDED_BY(fLock);
   TRef<IHierarchicalRoot> fVirtualRoot GUARDED_BY(fLock);
 };
 

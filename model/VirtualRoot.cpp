@@ -89,7 +89,7 @@ TRef<IFolderData> TVirtualRootFolder::CreateChild(std::u16string_view) {
 TVirtualRoot::TVirtualRoot(const IScanRoots& pRoots, std::shared_ptr<const TGlobalOptions> pOptions,
                            char16_t pDelimiter)
     : TBaseRoot(std::u16string(kTitle), pDelimiter), fRoots(pRoots) {
-  fConfiguration = CreateScanConfiguration(*pOptions);
+  fConfiguration = MakeRef<TScanConfiguration>(nullptr, *pOptions);
 }
 
 TVirtualRoot::~TVirtualRoot() = default;
