@@ -57,10 +57,10 @@ int CodePointWidth(char32_t pCode) {
 
 char16_t UpcaseUnit(char16_t pChar) {
   if (pChar < 0x80) return pChar >= u'a' && pChar <= u'z' ? pChar - (u'a' - u'A') : pChar;
-  // The two letters whose only capital is an ASCII letter keep apart from it on Windows.
-  if (pChar == 0x0131 || pChar == 0x017F) return pChar;
-  const UChar32 upper = u_toupper(pChar);
-  return upper < 0x10000 ? static_cast<char16_t>(upper) : pChar;
+  // Windows' table holds only pairs that lead back: the micro sign does not become a Greek letter.
+  const auto lower = static_cast<UChar32>(pChar);
+  const UChar32 upper = u_toupper(lower);
+  return upper < 0x10000 && u_tolower(upper) == lower ? static_cast<char16_t>(upper) : pChar;
 }
 
 }  // namespace Kiv

@@ -24,4 +24,10 @@ inline std::u16string_view Narrow(std::wstring_view pText) {
   return Narrow(pText.data(), pText.size());
 }
 
+// A path in the form that the system takes at any length: "\\?\" in front and its parts resolved. Relative paths, and
+// paths that have such a prefix, stay as they are.
+std::u16string ExtendedPath(std::u16string_view pPath);
+// The usual form of an extended path.
+std::u16string WithoutExtendedPrefix(std::u16string_view pPath);
+
 }  // namespace Kiv::Win32
