@@ -387,7 +387,8 @@ class Run:
 
     def python(self):
         files = sorted((ROOT / "tests").glob("*_test.py"))
-        if not files or not self.built("linux") or not self.built("windows"):
+        if not self.built("linux") or not self.built("windows"):
+            self.report("python", Result("tests", output="not run, since a program is missing"))
             return
         environment = self.wine()
         if not environment:
