@@ -26,7 +26,8 @@ bool IsSameOrInside(std::u16string_view pPath, std::u16string_view pFolder, char
 
 // The system's own delimiter, and the absolute form of a path as typed: the current folder put in front, "." and ".."
 // and doubled delimiters resolved by text alone, so a ".." behind a symbolic link may differ from what the system does;
-// on Windows also "C:x" and "/" for "\".
+// on Windows also "C:x" and "/" for "\". Without trailing delimiter; empty for an empty path, and when the current
+// folder is wanted but is gone.
 char16_t NativePathDelimiter();
 std::u16string AbsolutePath(std::u16string_view pPath);
 // The path with all links resolved, as the system sees it; empty when it does not exist.

@@ -18,7 +18,7 @@ int ProcessorCount();
 class TCpuUsageMeter {
  public:
   TCpuUsageMeter();
-  // Percent, 0 to 100, over the last finished window of at least pWindowMilliseconds; 0 until the first one is over, so
+  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds; 0 until the first one is over, so
   // that a start is never held back by a measurement that does not exist yet.
   int Percent();
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace Kiv {
+
+// Single characters, for those who walk a text one by one. Text.h serves everyone else.
+
+struct TDecoded {
+  char32_t fCode = 0;
+  uint32_t fLength = 0;  // in bytes; 0 when the first byte begins no well-formed sequence
+};
+
+// The first character of UTF-8 text that is not empty. Overlong forms, surrogates and codes above U+10FFFF do not
+// decode.
+TDecoded DecodeUtf8(std::string_view pBytes);
+
+// Terminal columns: 0, 1 or 2.
+int CodePointWidth(char32_t pCode);
+
+// Upper case of one UTF-16 unit as Windows' file systems compare names: one unit to one unit, whatever the language.
+char16_t UpcaseUnit(char16_t pChar);
+
+}  // namespace Kiv

@@ -1,0 +1,33 @@
+#pragma once
+
+// For the _win32 sources only: Windows' own types beside the program's.
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+namespace Kiv::Win32 {
+
+static_assert(sizeof(wchar_t) == sizeof(char16_t));
+
+inline const wchar_t* Wide(const char16_t* pText) {
+  return reinterpret_cast<const wchar_t*>(pText);
+}
+inline const wchar_t* Wide(const std::u16string& pText) {
+  return Wide(pText.c_str());
+}
+inline std::u16string_view Narrow(const wchar_t* pText, size_t pLength) {
+  return {reinterpret_cast<const char16_t*>(pText), pLength};
+}
+inline std::u16string_view Narrow(std::wstring_view pText) {
+  return Narrow(pText.data(), pText.size());
+}
+
+// A path in the form that the system takes at any length: "\\?\" in front and its parts resolved. Relative paths, and
+// paths that have such a prefix, stay as they are.
+std::u16string ExtendedPath(std::u16string_view pPath);
+// The usual form of an extended path.
+std::u16string WithoutExtendedPrefix(std::u16string_view pPath);
+
+}  // namespace Kiv::Win32
