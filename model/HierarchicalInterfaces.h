@@ -22,6 +22,7 @@ class IFileAges;
 class ICustomAssocSizeArray;
 class IHierarchicalElement;
 class IHierarchicalRoot;
+class TFileTable;
 class ITopSizeList;
 
 // File-system attribute bits, with the values of the Windows attribute word on every platform.
@@ -188,8 +189,17 @@ class IFolderData : public IHierarchicalElement {
   virtual void SetNewerLastChangeDate(TKivFileTime pDate) = 0;
 
   virtual TRef<IFolderData> GetFilesNode() const = 0;  // the "[Files]" child, if any
+  // The folder's own files, packed; nullptr when it has none or the scan kept none. In a folder with sub-folders they
+  // belong to its "[Files]" node, and either of the two answers.
+  virtual TRef<const TFileTable> GetFileTable() const = 0;
+  // The same as nodes of their own, made for the caller, largest first.
+  virtual std::vector<TRef<IHierarchicalElement>> FindFiles() = 0;
   virtual size_t GetSubFolderCount() const = 0;        // direct sub-folders, "[Files]" not counted
 
+  // Scans the branch, or only the folder's own entries, again; see IHierarchicalRoot::RefreshFolder.
+  virtual bool Refresh(bool pRecursive) = 0;
+  // The next two change the tree's structure; the root calls them (RefreshFolder, RemoveFolder) where no scan runs
+  // beside them.
   // Empties the folder for a rescan: its totals leave all ancestors.
   virtual void Reset() = 0;
   // Takes the folder out of its parent, with all its totals, and disposes it.

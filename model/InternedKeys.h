@@ -10,6 +10,7 @@ namespace Kiv {
 // merging statistics into a folder's ancestors compares integers and hashes no text. Keys live as long as the process:
 // there are thousands, not millions. Any thread; a scan worker keeps a cache of its own in front.
 using TKeyId = uint32_t;
+constexpr TKeyId kNoKey = 0xFFFFFFFF;
 
 // The id of a text, a new one when the text is new.
 TKeyId InternKey(std::u16string_view pText);

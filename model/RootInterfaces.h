@@ -47,7 +47,9 @@ class IObservable : public IInterface {
 class IScanConfiguration : public IInterface {
  public:
   virtual TRef<ICancellationToken> GetCancellationToken() const = 0;
-  // Whether the scan takes the enumerator's current entry in. What is left out is counted as excluded.
+  // Whether the scan takes the enumerator's current entry in. What is left out is counted as excluded. Without filters
+  // everything is, and the two questions are not asked.
+  virtual bool HasFilters() const = 0;
   virtual bool IsFolderIncluded(IHierarchicalEnumerator& pEntry) = 0;
   virtual bool IsFileIncluded(IHierarchicalEnumerator& pEntry) = 0;
   // False for a folder that the root has given up in the meantime (removed, or its root disposed).
@@ -59,6 +61,7 @@ class IScanConfiguration : public IInterface {
   virtual TDateType GetFileAgesDateType() const = 0;
   virtual IFileAges* GetFileAges() const = 0;
   virtual int32_t GetLongPathLength() const = 0;
+  virtual TColumn GetShareBasis() const = 0;  // mdSize or mdAllocated: what shares are shares of
   virtual ITopSizeList* GetTopSizeList() const = 0;  // nullptr when none is kept
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: one moment for the whole scan
   // One root may ask to be scanned by one thread only, or for threads to be started ahead of the work.
@@ -74,8 +77,11 @@ class IScanConfiguration : public IInterface {
 // Scans one root once.
 class IScanEngine : public IInterface {
  public:
-  // Queues a folder. The enumerator stands before its first entry.
+  // Queues a folder with all beneath it. The enumerator stands before its first entry.
   virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  // Queues a look at a scanned folder's own entries: its files are counted anew, folders that are new are scanned,
+  // folders that are gone are removed; known ones are left alone.
+  virtual void AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
   virtual bool IsScanning() const = 0;
   // "Threads: 2 of max 8", or "No worker threadpool active".
   virtual std::u16string GetStatusText() const = 0;
@@ -120,11 +126,20 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TKivFileTime GetScanTimeStamp() const = 0;
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
   virtual IScanConfiguration& GetScanConfiguration() = 0;
+  // Tells the observers; costs next to nothing when there are none.
+  virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
+  // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists.
+  virtual void ForgetBranch(IFolderData& pFolder) = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
   // one error.
   virtual void Scan() = 0;
+  // Scans a branch again, or, when not recursive, looks at the folder's own entries only. Refused with a line in the
+  // debug log, and false, when no scan has finished, one is running, or the root shows an earlier state.
+  virtual bool RefreshFolder(IFolderData& pFolder, bool pRecursive) = 0;
+  // Takes a folder with all its totals out of the tree; false while a scan is running.
+  virtual bool RemoveFolder(IFolderData& pFolder) = 0;
   // Asks a running scan to stop at its next folder; it still ends through the usual way, with rsCancelled.
   virtual void CancelScan() = 0;
   // Waits for the end of the scan, at most so many milliseconds. True when no scan is running.
@@ -145,7 +160,9 @@ class IHierarchicalRoot : public IMetaDataFormatter {
 class IScanServices : public IInterface {
  public:
   // An enumerator of the path's contents; a path that cannot be opened gives one that lists nothing and tells the error.
-  virtual TRef<IHierarchicalEnumerator> CreateRootEnumerator(const std::u16string& pPath, uint32_t pOptions) = 0;
+  // The root path is that of the whole scan, which the path lies in: links back into it are not followed.
+  virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath, const std::u16string& pRootPath,
+                                                         uint32_t pOptions) = 0;
   // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
   virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
                                              int32_t pPriority, std::function<void()> pOnAllDone) = 0;

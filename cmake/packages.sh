@@ -1,0 +1,57 @@
+# Sourced by ./run, ./test and the scripts beside this file: the Debian packages that each kind of build wants, and how
+# they get onto the machine.
+
+# What the program itself is built with. ccache is not needed, but makes every later rebuild quicker.
+packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libicu-dev"
+# On top of it, what the tests are built and run with, for Linux and for Windows. The benchmarks are built with them, so
+# that they keep compiling, but not run.
+packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64"
+# On top of that, the second compiler.
+packages_clang="clang"
+# What the libraries for Windows are fetched and built with.
+packages_windows_libraries="ca-certificates dpkg-dev cmake ninja-build g++-mingw-w64-x86-64-posix
+  gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev xz-utils bzip2"
+
+# require_packages PACKAGE...: installs those that are missing, and asks for rights only when there are some. Ends the
+# script with a message when it cannot. VANTREL_SKIP_PACKAGES=1 trusts the machine to have everything.
+require_packages() {
+  local installed missing="" package
+  [ "${VANTREL_SKIP_PACKAGES:-}" != 1 ] || return 0
+  if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    {
+      echo "This system has no apt-get. Install what these Debian packages hold, then set VANTREL_SKIP_PACKAGES=1:"
+      printf '  %s\n' "$@"
+    } >&2
+    exit 1
+  fi
+  # One question for all of them; its exit code only says that it does not know some of the names.
+  installed=$(dpkg-query -W -f '<${db:Status-Status} ${Package}>' "$@" 2>/dev/null) || true
+  for package in "$@"; do
+    [[ $installed == *"<installed $package>"* ]] || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+  echo "Installing:$missing" >&2
+  packages_as_root apt-get -q update || echo "apt-get update failed; going on with the lists that are there." >&2
+  # shellcheck disable=SC2086 # a list of words
+  packages_as_root apt-get -q install -y --no-install-recommends $missing
+}
+
+# Runs a command with the right to install, and its output only when it fails.
+packages_as_root() {
+  local output sudo=""
+  if [ "$(id -u)" != 0 ]; then
+    sudo=sudo
+    if ! command -v sudo >/dev/null; then
+      echo "Neither root nor sudo: cannot run $*" >&2
+      exit 1
+    fi
+  fi
+  output=$(mktemp)
+  # A package's own script may not ask a question; sudo may, and does so on the terminal.
+  if ! $sudo env DEBIAN_FRONTEND=noninteractive "$@" >"$output" 2>&1 </dev/null; then
+    cat "$output" >&2
+    rm -f "$output"
+    return 1
+  fi
+  rm -f "$output"
+}

@@ -1,0 +1,104 @@
+#!/bin/bash
+# Builds the third-party libraries of the Windows program, once, into .libraries/windows, where CMake's Windows preset
+# looks: cmake/windows-libraries.sh [LIBRARY…], all of them when none is named. One is built again only when its recipe
+# has changed. The sources are the upstream tarballs of Debian's source packages, so that both platforms are linked with
+# the same versions; apt checks their signatures.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+folder=$root/.libraries
+prefix=$folder/windows
+source "$root/cmake/packages.sh"
+
+# The table: name, Debian source package. How each is built says the function build_NAME below, which is called with the
+# unpacked source and an empty folder to build in.
+libraries="
+  pcre2 pcre2
+"
+
+# UTF-16 only, which is what names are kept as.
+build_pcre2() {
+  build_with_cmake "$1" "$2" -DPCRE2_BUILD_PCRE2_8=OFF -DPCRE2_BUILD_PCRE2_16=ON -DPCRE2_SUPPORT_JIT=ON \
+    -DPCRE2_BUILD_PCRE2GREP=OFF -DPCRE2_BUILD_TESTS=OFF
+}
+
+# build_with_cmake SOURCE BUILD OPTION…: for sources that come with a CMakeLists.txt.
+build_with_cmake() {
+  local source=$1 build=$2
+  shift 2
+  cmake -S "$source" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/windows.cmake" \
+    -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_PREFIX="$prefix" "$@"
+  ninja -C "$build" install
+}
+
+# apt with lists and sources of its own below .libraries: the system's configuration stays as it is, and no rights are
+# wanted.
+private_apt() {
+  apt-get -q -o Dir::Etc::SourceList="$folder/apt/sources.list" -o Dir::Etc::SourceParts=/dev/null \
+    -o Dir::State::Lists="$folder/apt/lists" -o Dir::Cache="$folder/apt/cache" -o APT::Sandbox::User="$(id -un)" "$@"
+}
+
+# Brings the index of Debian's source packages, from wherever this machine gets its binary packages.
+fetch_index() {
+  [ ! -f "$folder/apt/ready" ] || return 0
+  mkdir -p "$folder"/apt/{lists,cache}/partial
+  local line="deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]"
+  # shellcheck disable=SC2016 # the names in the format are apt's to expand
+  line+=' $(REPO_URI) $(RELEASE) $(COMPONENT)'
+  apt-get indextargets --format "$line" 'Created-By: Packages' 'Origin: Debian' | sort -u >"$folder/apt/sources.list"
+  if [ ! -s "$folder/apt/sources.list" ]; then
+    echo "No Debian sources are known to apt; run apt-get update first." >&2
+    return 1
+  fi
+  private_apt update
+  touch "$folder/apt/ready"
+}
+
+# fetch SOURCE_PACKAGE TARGET: unpacks the package's upstream tarball into the target folder.
+fetch() {
+  local downloads=$folder/downloads/$1 tarballs
+  mkdir -p "$downloads" "$2"
+  # A package's description may be missing for a version from the security suite: what counts is the tarball.
+  (cd "$downloads" && private_apt source --download-only --tar-only "$1") || true
+  tarballs=("$downloads"/*.orig.tar.*[^c])
+  if [ ! -f "${tarballs[0]}" ]; then
+    echo "apt-get source brought no tarball for $1." >&2
+    return 1
+  fi
+  tar -xf "$(printf '%s\n' "${tarballs[@]}" | sort -V | tail -n 1)" -C "$2" --strip-components=1
+}
+
+# build NAME SOURCE_PACKAGE
+build() {
+  local work=$folder/work/$1
+  rm -rf "$work"
+  mkdir -p "$work/build" "$prefix"
+  fetch_index
+  fetch "$2" "$work/source"
+  "build_$1" "$work/source" "$work/build"
+}
+
+# shellcheck disable=SC2086 # a list of words
+require_packages $packages_windows_libraries || exit 1
+mkdir -p "$prefix"
+while read -r name package; do
+  [ -n "$name" ] || continue
+  [ $# = 0 ] || [[ " $* " == *" $name "* ]] || continue
+  recipe=$(declare -f "build_$name" build_with_cmake)
+  stamp=$prefix/$name.recipe
+  if [ "$(cat "$stamp" 2>/dev/null)" = "$recipe" ]; then
+    continue
+  fi
+  echo "Building $name for Windows…" >&2
+  log=$folder/$name.log
+  # In a shell of its own: "set -e" does not hold inside a function that "if" or "||" waits for.
+  set +e
+  (set -e; build "$name" "$package") >"$log" 2>&1 </dev/null
+  code=$?
+  set -e
+  if [ $code != 0 ]; then
+    cat "$log" >&2
+    echo "Building $name failed." >&2
+    exit 1
+  fi
+  echo "$recipe" >"$stamp"
+done <<<"$libraries"

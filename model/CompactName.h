@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace Kiv {
+
+// A node's name in one pointer: a length and the UTF-16 units behind it, in a block of just that size. A std::u16string
+// would cost 32 bytes in every one of millions of nodes before its text.
+class TCompactName {
+ public:
+  TCompactName() = default;
+  explicit TCompactName(std::u16string_view pText) : fBlock(new char16_t[kHeader + pText.size()]) {
+    const auto length = static_cast<uint32_t>(pText.size());
+    std::memcpy(fBlock.get(), &length, sizeof(length));
+    std::memcpy(fBlock.get() + kHeader, pText.data(), pText.size() * sizeof(char16_t));
+  }
+
+  std::u16string_view View() const {
+    if (!fBlock) return {};
+    uint32_t length;
+    std::memcpy(&length, fBlock.get(), sizeof(length));
+    return {fBlock.get() + kHeader, length};
+  }
+
+ private:
+  static constexpr size_t kHeader = sizeof(uint32_t) / sizeof(char16_t);
+  std::unique_ptr<char16_t[]> fBlock;
+};
+
+}  // namespace Kiv

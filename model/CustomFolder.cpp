@@ -1,0 +1,571 @@
+#include "model/CustomFolder.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "model/SingleFile.h"
+#include "platform/DebugLog.h"
+#include "platform/Errors.h"
+#include "platform/Text.h"
+
+namespace Vantrel {
+
+namespace {
+
+template <class TArray>
+void AddInto(const TRef<TArray>& pTarget, const TRef<TArray>& pValues) {
+  if (pTarget && pValues) pTarget->AddArray(*pValues);
+}
+
+template <class TArray>
+void TakeOutOf(const TRef<TArray>& pTarget, const TRef<TArray>& pValues) {
+  if (pTarget && pValues) pTarget->SubtractArray(*pValues);
+}
+
+// Largest first, then by name in code-unit order: the one order of children everywhere. Sizes are read once, since a
+// running scan changes them under the sort.
+std::vector<TRef<IFolderData>> SortedBySize(const std::vector<TRef<TCustomFolderData>>& pChildren) {
+  std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
+  keyed.reserve(pChildren.size());
+  for (const TRef<TCustomFolderData>& child : pChildren) keyed.emplace_back(child->GetSize(), child);
+  std::sort(keyed.begin(), keyed.end(), [](const auto& pA, const auto& pB) {
+    return pA.first != pB.first ? pA.first > pB.first : pA.second->GetObjectName() < pB.second->GetObjectName();
+  });
+  std::vector<TRef<IFolderData>> sorted;
+  sorted.reserve(keyed.size());
+  for (auto& [size, child] : keyed) sorted.push_back(std::move(child));
+  return sorted;
+}
+
+}  // namespace
+
+TCustomFolderData::TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot,
+                                     std::u16string_view pName)
+    : TContainerHierarchicalElement(std::move(pParent), std::move(pRoot), pName) {}
+
+std::vector<TRef<TCustomFolderData>> TCustomFolderData::Children() const {
+  TSharedLock lock(fLock);
+  std::vector<TRef<TCustomFolderData>> children;
+  if (fSubItems) {
+    children.reserve(fSubItems->fList.size() + 1);
+    children = fSubItems->fList;
+    if (fSubItems->fFilesNode) children.push_back(fSubItems->fFilesNode);
+  }
+  return children;
+}
+
+std::vector<TRef<IFolderData>> TCustomFolderData::FindSubFolders() { return SortedBySize(Children()); }
+
+std::vector<TRef<IHierarchicalElement>> TCustomFolderData::FindFiles() {
+  std::vector<TRef<IHierarchicalElement>> files;
+  TRef<const TFileTable> table = GetFileTable();
+  if (!table) return files;
+  files.reserve(table->Count());
+  for (uint32_t index : table->SortedIndices()) files.push_back(MakeRef<TFileData>(*this, *table, (*table)[index]));
+  return files;
+}
+
+TRef<const TFileTable> TCustomFolderData::GetFileTable() const {
+  TRef<TCustomFolderData> filesNode;
+  {
+    TSharedLock lock(fLock);
+    if (!fSubItems || !fSubItems->fFilesNode) return fFileTable;
+    filesNode = fSubItems->fFilesNode;
+  }
+  return filesNode->GetFileTable();
+}
+
+TRef<IFolderData> TCustomFolderData::GetFilesNode() const {
+  TSharedLock lock(fLock);
+  return fSubItems ? fSubItems->fFilesNode : nullptr;
+}
+
+size_t TCustomFolderData::GetSubFolderCount() const {
+  TSharedLock lock(fLock);
+  return fSubItems ? fSubItems->fList.size() : 0;
+}
+
+TRef<ICustomAssocSizeArray> TCustomFolderData::GetUserSizeArray() const {
+  return (GetFolderState() & fsDisposed) ? nullptr : fUserSizeArray;
+}
+
+TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const {
+  return (GetFolderState() & fsDisposed) ? nullptr : fExtensionSizeArray;
+}
+
+TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType pDateType) const {
+  TRef<IHierarchicalRoot> root = GetRoot();
+  if (root && pDateType != root->GetScanConfiguration().GetFileAgesDateType())
+    throw EInvalidArgumentValue("Folder data can only provide the file ages as configured during the scan");
+  return (GetFolderState() & fsDisposed) ? nullptr : fFileAgeDistribution;
+}
+
+TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
+  auto share = [&](const IHierarchicalBase* pWhole) -> TMetaDataValue {
+    TRef<IHierarchicalRoot> root = GetRoot();
+    if (!root) return {};
+    const bool allocated = root->GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
+    auto basis = [allocated](const IHierarchicalBase& pNode) {
+      return allocated ? pNode.GetAllocated() : pNode.GetSize();
+    };
+    if (!pWhole) return 1.0;  // the top folder is the whole
+    const int64_t whole = basis(*pWhole);
+    return whole == 0 ? 0.0 : static_cast<double>(basis(*this)) / static_cast<double>(whole);
+  };
+  switch (pColumn) {
+    case TColumn::mdPercentOfParent:
+      return share(GetParentFolder().get());
+    case TColumn::mdPercentOfRoot: {
+      TRef<IHierarchicalRoot> root = GetRoot();
+      return root ? share(root->GetTopFolder().get()) : TMetaDataValue();
+    }
+    case TColumn::mdFolderState:
+      return static_cast<int64_t>(GetFolderState());
+    case TColumn::mdDepth: {
+      int64_t depth = 0;
+      for (TRef<IHierarchicalElement> parent = GetParentFolder(); parent; parent = parent->GetParentFolder()) ++depth;
+      return depth;
+    }
+    default:
+      return TContainerHierarchicalElement::GetValue(pColumn);
+  }
+}
+
+std::u16string TCustomFolderData::GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {
+  if (pColumn >= TColumn::mdCount)
+    throw EInvalidArgumentValue(fmt::format("TCustomFolderData.GetFormattedValue: Unexpected View Type {}",
+                                            static_cast<int>(pColumn)));
+  return TContainerHierarchicalElement::GetFormattedValue(pColumn, pFormat);
+}
+
+// --- filling -------------------------------------------------------------------------------------------------------
+
+TRef<TCustomFolderData> TCustomFolderData::NewChild(std::u16string_view pName) {
+  return MakeRef<TFolderData>(*this, fRoot, pName);
+}
+
+TRef<IFolderData> TCustomFolderData::CreateChild(std::u16string_view pName) {
+  if (IsGone()) return nullptr;
+  TRef<TCustomFolderData> child = NewChild(pName);
+  AppendChildren({child});
+  return child;
+}
+
+TRef<TCustomFolderData> TCustomFolderData::MakeChild(std::u16string_view pName, const TEntryValues& pValues,
+                                                     TKeyId pOwnerKey, bool pRaiseDates) {
+  TRef<TCustomFolderData> child = NewChild(pName);
+  child->SetEntryValues(pValues, pOwnerKey, pRaiseDates);
+  return child;
+}
+
+void TCustomFolderData::SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates) {
+  fAttributes = pValues.fAttributes;
+  fOwnerKey = pOwnerKey;
+  fCreationDate = pValues.fCreationDate;
+  if (!pRaiseDates) return;
+  fOwnLastAccessDate.Set(pValues.fLastAccessDate);
+  fOwnLastChangeDate.Set(pValues.fLastChangeDate);
+  SetNewerLastChangeDate(pValues.fLastChangeDate);
+  SetNewerLastAccessDate(pValues.fLastAccessDate);
+}
+
+void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
+  if (pChildren.empty() || IsGone()) return;
+  const auto count = static_cast<int64_t>(pChildren.size());
+  bool becomesParent;
+  {
+    TExclusiveLock lock(fLock);
+    if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
+    becomesParent = fSubItems->fList.empty();
+    if (becomesParent) {
+      pChildren.shrink_to_fit();
+      fSubItems->fList = std::move(pChildren);
+    } else {
+      fSubItems->fList.insert(fSubItems->fList.end(), pChildren.begin(), pChildren.end());
+    }
+  }
+  if (becomesParent) MoveOwnFilesIntoNode();
+  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
+    TExclusiveLock lock(node->fLock);
+    node->fFolders += count;
+    node->ClearMetaDataCache();
+  }
+}
+
+std::vector<TCustomFolderData*> TCustomFolderData::Ancestry() {
+  std::vector<TCustomFolderData*> nodes;
+  nodes.reserve(16);
+  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) nodes.push_back(node);
+  return nodes;
+}
+
+TFolderContribution TCustomFolderData::Contribution() const {
+  TFolderContribution values;
+  values.fValues = GetValues();
+  values.fLastAccessDate = GetLastAccessDate();
+  values.fLastChangeDate = GetLastChangeDate();
+  values.fLongPaths = (GetFolderState() & fsContainsLongPaths) != 0;
+  values.fUsers = fUserSizeArray;
+  values.fExtensions = fExtensionSizeArray;
+  values.fAges = fFileAgeDistribution;
+  return values;
+}
+
+void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) {
+  if (IsRootDisposed()) return;
+  AddToAncestry(static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
+}
+
+void TCustomFolderData::AddToAncestry(const TFolderContribution& pValues, bool pNotify) {
+  const std::vector<TCustomFolderData*> nodes = Ancestry();
+  for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+    (*node)->TakeIn(pValues);
+    if (pNotify) fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
+  }
+}
+
+void TCustomFolderData::TakeIn(const TFolderContribution& pValues) {
+  AddInto(fUserSizeArray, pValues.fUsers);
+  AddInto(fExtensionSizeArray, pValues.fExtensions);
+  if (fFileAgeDistribution && pValues.fAges) fFileAgeDistribution->AddDistribution(*pValues.fAges);
+  fLastAccessDate.Raise(pValues.fLastAccessDate);
+  fLastChangeDate.Raise(pValues.fLastChangeDate);
+  if (pValues.fLongPaths) IncludeFolderState(fsContainsLongPaths);
+  TExclusiveLock lock(fLock);
+  fSize += pValues.fValues.fSize;
+  fAllocated += pValues.fValues.fAllocated;
+  fFiles += pValues.fValues.fFiles;
+  fFolders += pValues.fValues.fFolders;
+  fCompression |= pValues.fValues.fCompression;
+  ClearMetaDataCache();
+}
+
+void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {
+  if (IsRootDisposed()) return;
+  for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder()) {
+  }
+}
+
+void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
+  if (IsRootDisposed()) return;
+  for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder()) {
+  }
+}
+
+void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNotify) {
+  if (IsGone() || pContents.fValues.fFiles == 0) return;
+  auto group = MakeRef<TFileGroupData>(*this, fRoot);
+  group->Fill(pContents);
+  AddChildValues(*group, pNotify);
+  if (GetSubFolderCount() > 0) {
+    AttachFilesNode(std::move(group));
+    if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckAdded);
+  } else {
+    TExclusiveLock lock(fLock);
+    fFileTable = pContents.fFiles;
+  }
+}
+
+TFolderContribution TCustomFolderData::OwnFilesContribution() const {
+  const TRef<IFolderData> filesNode = GetFilesNode();
+  if (!filesNode && GetSubFolderCount() > 0) return {};  // sub-folders only
+  TFolderContribution own = filesNode ? static_cast<TCustomFolderData&>(*filesNode).Contribution() : Contribution();
+  if (own.fUsers) own.fUsers = own.fUsers->Clone();
+  if (own.fExtensions) own.fExtensions = own.fExtensions->Clone();
+  if (own.fAges) own.fAges = own.fAges->Clone();
+  return own;
+}
+
+void TCustomFolderData::ReplaceFiles(const TFileGroupContents& pContents) {
+  if (IsGone()) return;
+  const bool hasSubFolders = GetSubFolderCount() > 0;
+  const TFolderContribution before = OwnFilesContribution();
+  if (hasSubFolders && before.fValues.fFiles == 0 && pContents.fValues.fFiles > 0)
+    LogDebug("TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now files in it: " +
+             ToUtf8(GetFullPath()));
+  if (hasSubFolders && before.fValues.fFiles > 0 && pContents.fValues.fFiles == 0)
+    LogDebug("TCustomFolderData.SetNewSize(): Disposing [Files] node as there are no files in it: " +
+             ToUtf8(GetFullPath()));
+  DetachFilesNode();
+  {
+    TExclusiveLock lock(fLock);
+    fFileTable = nullptr;
+  }
+  GiveBackUpwards(this, before);
+  AddFiles(pContents, true);
+}
+
+void TCustomFolderData::AttachFilesNode(TRef<TFileGroupData> pGroup) {
+  TExclusiveLock lock(fLock);
+  if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
+  fSubItems->fFilesNode = std::move(pGroup);
+}
+
+void TCustomFolderData::DetachFilesNode() {
+  TRef<TCustomFolderData> filesNode;
+  {
+    TExclusiveLock lock(fLock);
+    if (fSubItems) filesNode.swap(fSubItems->fFilesNode);
+  }
+  if (filesNode) filesNode->Dispose();
+}
+
+void TCustomFolderData::MoveOwnFilesIntoNode() {
+  // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
+  const TFolderContribution own = Contribution();
+  if (own.fValues.fFiles == 0) return;
+  LogDebug("TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now files in it: " +
+           ToUtf8(GetFullPath()));
+  TRef<const TFileTable> files;
+  {
+    TExclusiveLock lock(fLock);
+    files.swap(fFileTable);
+  }
+  auto group = MakeRef<TFileGroupData>(*this, fRoot);
+  group->Fill(own, std::move(files));
+  AttachFilesNode(std::move(group));
+}
+
+// --- taking out ----------------------------------------------------------------------------------------------------
+
+void TCustomFolderData::GiveBack(const TFolderContribution& pValues) {
+  TakeOutOf(fUserSizeArray, pValues.fUsers);
+  TakeOutOf(fExtensionSizeArray, pValues.fExtensions);
+  if (fFileAgeDistribution && pValues.fAges) fFileAgeDistribution->SubtractDistribution(*pValues.fAges);
+  {
+    TExclusiveLock lock(fLock);
+    fSize -= pValues.fValues.fSize;
+    fAllocated -= pValues.fValues.fAllocated;
+    fFiles -= pValues.fValues.fFiles;
+    fFolders -= pValues.fValues.fFolders;
+  }
+  RecomputeFromChildren();
+}
+
+void TCustomFolderData::GiveBackUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues) {
+  for (TCustomFolderData* node = pFirst; node; node = node->ParentFolder()) {
+    node->GiveBack(pValues);
+    node->fRoot->NotifyObservers(*node, TChangeKind::ckChanged);
+  }
+}
+
+void TCustomFolderData::RecomputeFromChildren() {
+  TCompressionStates compression = 0;
+  bool longPaths = false;
+  TKivFileTime access = fOwnLastAccessDate.Get();
+  TKivFileTime change = fOwnLastChangeDate.Get();
+  for (const TRef<TCustomFolderData>& child : Children()) {
+    compression |= child->GetValues().fCompression;
+    longPaths |= (child->GetFolderState() & fsContainsLongPaths) != 0;
+    access = std::max(access, child->GetLastAccessDate());
+    change = std::max(change, child->GetLastChangeDate());
+  }
+  SetDerived(compression, longPaths, access, change);
+}
+
+void TCustomFolderData::SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess,
+                                   TKivFileTime pChange) {
+  if (pLongPaths)
+    IncludeFolderState(fsContainsLongPaths);
+  else
+    ExcludeFolderState(fsContainsLongPaths);
+  fLastAccessDate.Set(pAccess);
+  fLastChangeDate.Set(pChange);
+  TExclusiveLock lock(fLock);
+  fCompression = pCompression;
+  ClearMetaDataCache();
+}
+
+TFolderContribution TCustomFolderData::ClearTotals() {
+  TFolderContribution lost = Contribution();
+  if (lost.fUsers) lost.fUsers = lost.fUsers->Clone();
+  if (lost.fExtensions) lost.fExtensions = lost.fExtensions->Clone();
+  if (lost.fAges) lost.fAges = lost.fAges->Clone();
+  if (fUserSizeArray) fUserSizeArray->Clear();
+  if (fExtensionSizeArray) fExtensionSizeArray->Clear();
+  if (fFileAgeDistribution) fFileAgeDistribution->Clear();
+  fLastAccessDate.Set(fOwnLastAccessDate.Get());
+  fLastChangeDate.Set(fOwnLastChangeDate.Get());
+  TExclusiveLock lock(fLock);
+  fSize = fAllocated = fFiles = fFolders = 0;
+  fCompression = 0;
+  ClearMetaDataCache();
+  return lost;
+}
+
+bool TCustomFolderData::Refresh(bool pRecursive) {
+  TRef<IHierarchicalRoot> root = GetRoot();
+  return root && !IsGone() && root->RefreshFolder(*this, pRecursive);
+}
+
+void TCustomFolderData::Reset() {
+  if (IsGone()) return;
+  IncludeFolderState(fsRemoving);
+  fRoot->ForgetBranch(*this);
+  std::unique_ptr<TSubFolderList> subItems;
+  TRef<const TFileTable> files;
+  {
+    TExclusiveLock lock(fLock);
+    subItems.swap(fSubItems);
+    files.swap(fFileTable);
+  }
+  const TFolderContribution lost = ClearTotals();
+  ExcludeFolderState(fsSubFolderScanningFinished | fsContainsLongPaths | fsDummySubFoldersAdded);
+  GiveBackUpwards(ParentFolder(), lost);
+  if (subItems) {
+    for (const TRef<TCustomFolderData>& child : subItems->fList) child->Dispose();
+    if (subItems->fFilesNode) subItems->fFilesNode->Dispose();
+  }
+  ExcludeFolderState(fsRemoving);
+}
+
+void TCustomFolderData::RemoveChild(const TCustomFolderData& pChild) {
+  TRef<TCustomFolderData> filesNode;
+  {
+    TExclusiveLock lock(fLock);
+    if (!fSubItems) return;
+    std::erase_if(fSubItems->fList, [&](const TRef<TCustomFolderData>& pItem) { return pItem.get() == &pChild; });
+    if (!fSubItems->fList.empty()) return;
+    filesNode = fSubItems->fFilesNode;
+  }
+  if (!filesNode) return;
+  // The last sub-folder is gone: the folder shows its files directly again.
+  TRef<const TFileTable> files = filesNode->GetFileTable();
+  TExclusiveLock lock(fLock);
+  fFileTable = std::move(files);
+}
+
+void TCustomFolderData::Remove() {
+  TCustomFolderData* parent = ParentFolder();
+  if (IsGone() || !parent) return;
+  TRef<IFolderData> keepAlive(this);
+  IncludeFolderState(fsRemoving);
+  fRoot->ForgetBranch(*this);
+  TFolderContribution lost = Contribution();
+  lost.fValues.fFolders += 1;
+  parent->RemoveChild(*this);
+  GiveBackUpwards(parent, lost);
+  if (parent->GetSubFolderCount() == 0) parent->DetachFilesNode();
+  fRoot->NotifyObservers(*this, TChangeKind::ckRemoved);
+  Dispose();
+}
+
+// --- lifecycle -----------------------------------------------------------------------------------------------------
+
+void TCustomFolderData::FinishPart() {
+  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
+    if (node->fUnfinishedParts.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    node->IncludeFolderState(fsSubFolderScanningFinished);
+  }
+}
+
+void TCustomFolderData::ReopenAncestors() {
+  for (TCustomFolderData* node = ParentFolder(); node; node = node->ParentFolder()) {
+    if (node->fUnfinishedParts.fetch_add(1, std::memory_order_acq_rel) != 0) return;
+    node->ExcludeFolderState(fsSubFolderScanningFinished);
+  }
+}
+
+void TCustomFolderData::Dispose() {
+  std::vector<TRef<TCustomFolderData>> nodes{TRef<TCustomFolderData>(this)};
+  while (!nodes.empty()) {
+    TRef<TCustomFolderData> node = std::move(nodes.back());
+    nodes.pop_back();
+    node->DisposeNode(nodes);
+  }
+}
+
+void TCustomFolderData::DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren) {
+  IncludeFolderState(fsDisposed);
+  // Whatever a reference keeps alive is released after the lock: the last reference to a root or a parent may be among
+  // them.
+  std::unique_ptr<TSubFolderList> subItems;
+  TRef<const TFileTable> files;
+  TRef<IHierarchicalElement> parent;
+  TRef<IHierarchicalRoot> root;
+  {
+    TExclusiveLock lock(fLock);
+    subItems.swap(fSubItems);
+    files.swap(fFileTable);
+    parent.swap(fParentFolder);
+    root.swap(fRoot);
+  }
+  if (!subItems) return;
+  pChildren.insert(pChildren.end(), std::make_move_iterator(subItems->fList.begin()),
+                   std::make_move_iterator(subItems->fList.end()));
+  if (subItems->fFilesNode) pChildren.push_back(std::move(subItems->fFilesNode));
+}
+
+void TCustomFolderData::Test() const {
+#ifdef NDEBUG
+  throw EInvalidOperation("TFolderData.Test() should not be called in non Debug versions");
+#else
+  const std::vector<TRef<TCustomFolderData>> children = Children();
+  if (children.empty()) return;
+  TSizeValues sum;
+  for (const TRef<TCustomFolderData>& child : children) {
+    const TSizeValues values = child->GetValues();
+    sum += values;
+    sum.fFolders += values.fFolders + (child->IsFileGroup() ? 0 : 1);
+    sum.fCompression |= values.fCompression;
+  }
+  if (!(sum == GetValues()))
+    throw EInvalidOperation("TFolderData.Test: the totals are not the sum of the children: " + ToUtf8(GetFullPath()));
+#endif
+}
+
+// --- the kinds of folders ------------------------------------------------------------------------------------------
+
+TFolderData::TFolderData(TRef<IHierarchicalRoot> pRoot, std::u16string_view pPath)
+    : TCustomFolderData(nullptr, pRoot, pPath) {
+  IScanConfiguration& configuration = pRoot->GetScanConfiguration();
+  if (configuration.GetDoUsersStatistics()) fUserSizeArray = MakeRef<TUserSizeArray>();
+  if (configuration.GetDoExtensionsStatistics()) fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
+  if (configuration.GetFileAgesDateType() != TDateType::dtNone)
+    fFileAgeDistribution = CreateFileAgeDistribution(configuration.GetFileAges());
+  fFolderState = fsIsRoot;
+}
+
+TFolderData::TFolderData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName)
+    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), pName) {
+  CollectLike(pParent);
+}
+
+TFileGroupData::TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot)
+    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), kName) {
+  CollectLike(pParent);
+}
+
+void TCustomFolderData::CollectLike(const TCustomFolderData& pParent) {
+  if (pParent.fUserSizeArray) fUserSizeArray = MakeRef<TUserSizeArray>();
+  if (pParent.fExtensionSizeArray) fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
+  if (pParent.fFileAgeDistribution) fFileAgeDistribution = pParent.fFileAgeDistribution->CloneEmpty();
+}
+
+void TFileGroupData::Fill(const TFileGroupContents& pContents) {
+  if (fUserSizeArray) fUserSizeArray->Add(pContents.fOwners);
+  if (fExtensionSizeArray) fExtensionSizeArray->Add(pContents.fExtensions);
+  if (fFileAgeDistribution) fFileAgeDistribution->Add(pContents.fAges);
+  SetDerived(pContents.fValues.fCompression, pContents.fLongPaths, pContents.fLastAccessDate,
+             pContents.fLastChangeDate);
+  TExclusiveLock lock(fLock);
+  fSize = pContents.fValues.fSize;
+  fAllocated = pContents.fValues.fAllocated;
+  fFiles = pContents.fValues.fFiles;
+  fFileTable = pContents.fFiles;
+}
+
+void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
+  TakeIn(pValues);
+  TExclusiveLock lock(fLock);
+  fFolders = 0;
+  fFileTable = std::move(pFiles);
+}
+
+std::u16string TFileGroupData::GetFullPath() const {
+  TRef<IHierarchicalElement> folder = GetParentFolder();
+  return folder ? folder->GetFullPath() : std::u16string(kName);
+}
+
+}  // namespace Vantrel

@@ -1,0 +1,176 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "model/AssocSizeArray.h"
+#include "model/FileAges.h"
+#include "model/FileTable.h"
+#include "model/HierarchicalData.h"
+
+namespace Vantrel {
+
+using namespace Kiv;
+
+class TCustomFolderData;
+class TFileGroupData;
+
+// Values that travel from a folder's files into the folder and all its ancestors, or back out of them: a snapshot that no
+// other thread changes while it is on its way.
+struct TFolderContribution {
+  TSizeValues fValues;
+  TRef<ICustomAssocSizeArray> fUsers;
+  TRef<ICustomAssocSizeArray> fExtensions;
+  TRef<IFileAgeDistribution> fAges;
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fLastChangeDate;
+  bool fLongPaths = false;
+};
+
+// What listing one folder brought together about its files; entries sorted by key.
+struct TFileGroupContents {
+  TSizeValues fValues;
+  std::span<const TKeyedSizeValues> fOwners;
+  std::span<const TKeyedSizeValues> fExtensions;
+  std::span<const TKeyedSizeValues> fAges;  // by interval index
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fLastChangeDate;
+  bool fLongPaths = false;
+  TRef<const TFileTable> fFiles;
+};
+
+// The children of a folder. Made with the first child.
+struct TSubFolderList {
+  TRef<TCustomFolderData> fFilesNode;             // the "[Files]" child, if any
+  std::vector<TRef<TCustomFolderData>> fList;     // the sub-folders, in the order of their discovery
+};
+
+// A folder node. The totals beneath it are kept up to date as the scan goes on: every folder's files are added once to the
+// folder and to each ancestor, and taken out again the same way when a branch is reset or removed.
+//
+// Subtraction: sizes, counts and statistics are sums, so taking out exactly what was put in leaves the sums of a fresh
+// scan. Compression flags, the long-path mark and the newest dates are not sums; each ancestor works them out anew from
+// its children, which costs time in proportion to its direct children only. A folder therefore remembers the dates of its
+// own entry beside the newest ones of everything beneath it.
+//
+// Locks: the per-folder locks are never nested. References to parent and root are read without the lock by the scan and by
+// structural changes, which never run beside a disposal (the root's synchronizer sees to that); everybody else asks
+// GetParentFolder and GetRoot.
+class TCustomFolderData : public TContainerHierarchicalElement {
+ public:
+  // IHierarchicalElement
+  IFolderData* AsFolder() override { return this; }
+  std::vector<TRef<IFolderData>> FindSubFolders() override;
+  TRef<IFolderData> CreateChild(std::u16string_view pName) override;
+  TMetaDataValue GetValue(TColumn pColumn) const override;
+  std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override;
+
+  // IFolderData
+  bool IsFileGroup() const override { return false; }
+  TRef<ICustomAssocSizeArray> GetUserSizeArray() const override;
+  TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override;
+  TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override;
+  void AddChildValues(const IFolderData& pChild, bool pNotify) override;
+  void SetNewerLastAccessDate(TKivFileTime pDate) override;
+  void SetNewerLastChangeDate(TKivFileTime pDate) override;
+  TRef<IFolderData> GetFilesNode() const override;
+  size_t GetSubFolderCount() const override;
+  TRef<const TFileTable> GetFileTable() const override;
+  std::vector<TRef<IHierarchicalElement>> FindFiles() override;
+  bool Refresh(bool pRecursive) override;
+  void Reset() override;
+  void Remove() override;
+  void Dispose() override;
+
+  // For the scan engine.
+
+  // Makes a child node that is not in the child list yet; AppendChildren puts a listing's children there in one go, in a
+  // list of just their size, and counts them in every ancestor. The entry's dates are raised here and above when pRaise.
+  TRef<TCustomFolderData> MakeChild(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey,
+                                    bool pRaiseDates);
+  void AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren);
+  // The values of the folder's own entry; for the top folder, which no listing brings.
+  void SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates);
+  // Takes in what the listing of this folder brought, here and in every ancestor. A folder with sub-folders keeps it as
+  // its "[Files]" child; one without shows its files directly.
+  void AddFiles(const TFileGroupContents& pContents, bool pNotify);
+  // The same for a folder that had been listed before: what it counted as its own files is taken out first.
+  void ReplaceFiles(const TFileGroupContents& pContents);
+
+  // A folder is finished when its own listing and all sub-folders are: each part is announced, then reported done. The
+  // last one marks the folder fsSubFolderScanningFinished and is itself a part done of the parent. A branch that is
+  // scanned again makes its finished ancestors unfinished for that time.
+  void BeginScan(int32_t pParts) { fUnfinishedParts.store(pParts, std::memory_order_relaxed); }
+  void AddUnfinishedParts(int32_t pParts) { fUnfinishedParts.fetch_add(pParts, std::memory_order_relaxed); }
+  void FinishPart();
+  void ReopenAncestors();
+
+  TCustomFolderData* ParentFolder() const { return static_cast<TCustomFolderData*>(fParentFolder.get()); }
+
+  // Compares the running totals with a recount of the children. Debug builds only.
+  void Test() const;
+
+ protected:
+  TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
+  virtual TRef<TCustomFolderData> NewChild(std::u16string_view pName);
+  void CollectLike(const TCustomFolderData& pParent);  // the same kinds of statistics as the parent
+  std::vector<TRef<TCustomFolderData>> Children() const;
+
+  // Fixed once the folder is made, so that the scan reads them without the folder's lock; each has a lock of its own.
+  TRef<ICustomAssocSizeArray> fUserSizeArray;
+  TRef<ICustomAssocSizeArray> fExtensionSizeArray;
+  TRef<IFileAgeDistribution> fFileAgeDistribution;
+
+  std::unique_ptr<TSubFolderList> fSubItems GUARDED_BY(fLock);
+  TRef<const TFileTable> fFileTable GUARDED_BY(fLock);
+
+ private:
+  friend class TFileGroupData;
+
+  TFolderContribution Contribution() const;  // all beneath the folder, the arrays shared with it
+  // The same for the folder's own files alone, in copies that do not change with the folder.
+  TFolderContribution OwnFilesContribution() const;
+  std::vector<TCustomFolderData*> Ancestry();  // this folder first, the top folder last
+  void TakeIn(const TFolderContribution& pValues);
+  void AddToAncestry(const TFolderContribution& pValues, bool pNotify);
+  void GiveBack(const TFolderContribution& pValues);
+  // From pFirst up to the top folder.
+  static void GiveBackUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues);
+  // Compression, long-path mark and newest dates from the entry itself and the children.
+  void RecomputeFromChildren();
+  void SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess, TKivFileTime pChange);
+  TFolderContribution ClearTotals();
+  void RemoveChild(const TCustomFolderData& pChild);
+  void AttachFilesNode(TRef<TFileGroupData> pGroup);
+  void DetachFilesNode();
+  void MoveOwnFilesIntoNode();
+  void DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren);
+
+  std::atomic<int32_t> fUnfinishedParts{0};
+  TNewestDate fOwnLastAccessDate;  // of the entry itself, without what lies beneath
+  TNewestDate fOwnLastChangeDate;
+};
+
+// An ordinary folder.
+class TFolderData : public TCustomFolderData {
+ public:
+  // A top folder: its name is the root's path.
+  TFolderData(TRef<IHierarchicalRoot> pRoot, std::u16string_view pPath);
+  TFolderData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
+};
+
+// The "[Files]" pseudo-folder: the sum of a folder's own files.
+class TFileGroupData : public TCustomFolderData {
+ public:
+  static constexpr std::u16string_view kName = u"[Files]";
+  TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot);
+  // Fills a new node.
+  void Fill(const TFileGroupContents& pContents);
+  void Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles);
+  bool IsFileGroup() const override { return true; }
+  std::u16string GetFullPath() const override;  // of the folder whose files these are
+};
+
+}  // namespace Vantrel

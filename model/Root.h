@@ -1,0 +1,169 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/CustomFolder.h"
+#include "model/GlobalOptions.h"
+#include "model/Observable.h"
+#include "model/RootInterfaces.h"
+#include "model/Tokens.h"
+#include "model/TopSizeList.h"
+
+namespace Kiv {
+
+// An optional scan filter: a condition on a file's values. The search floor makes them.
+class IExpression : public IInterface {
+ public:
+  virtual bool Evaluate(const IMetaDataFormatter& pEntry) = 0;
+};
+
+// What every root has: a path, a title, a state, observers and the tokens that tell of cancellation and disposal.
+class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
+ public:
+  std::u16string GetPath() const override { return fPath; }
+  std::u16string GetTitle() const override;
+  void SetTitle(std::u16string_view pTitle);
+  char16_t GetPathDelimiter() const override { return fPathDelimiter; }
+  TRootStates GetState() const override { return fState.load(std::memory_order_acquire); }
+  TKivFileTime GetScanTimeStamp() const override { return {fScanTimeStamp.load(std::memory_order_relaxed)}; }
+  TRef<IDisposeToken> GetDisposeToken() const override { return fDisposeToken; }
+  void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) override;
+  void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) override { fObservers.Subscribe(std::move(pObserver)); }
+  TMetaDataValue GetValue(TColumn pColumn) const override;
+
+ protected:
+  TBaseRoot(std::u16string pPath, char16_t pDelimiter);
+
+  void IncludeState(TRootStates pBits) { fState.fetch_or(pBits, std::memory_order_acq_rel); }
+  void ExcludeState(TRootStates pBits) { fState.fetch_and(~pBits, std::memory_order_acq_rel); }
+
+  const std::u16string fPath;
+  const char16_t fPathDelimiter;
+  const TRef<TDisposeToken> fDisposeToken;
+  std::atomic<int64_t> fScanTimeStamp{0};
+  TObservable<IHierarchicalObserver> fObservers;
+
+ private:
+  std::atomic<TRootStates> fState{0};
+  mutable TCriticalSection fTitleLock;
+  std::u16string fTitle GUARDED_BY(fTitleLock);
+};
+
+}  // namespace Kiv
+
+namespace Vantrel {
+
+using namespace Kiv;
+
+// A root with a tree that is filled by scans.
+class TCustomRoot : public TBaseRoot {
+ public:
+  ~TCustomRoot() override;
+
+  TRef<IFolderData> GetTopFolder() const override;
+  TRef<IScanEngine> GetScanEngine() const override;
+  std::vector<TScanError> GetErrors() const override;
+  TScanProgress GetProgress() const override;
+  IScanConfiguration& GetScanConfiguration() override { return *fConfiguration; }
+  void ForgetBranch(IFolderData& pFolder) override;
+
+  void Scan() override;
+  bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;
+  bool RemoveFolder(IFolderData& pFolder) override;
+  void CancelScan() override;
+  bool WaitForScan(int64_t pMilliseconds) override;
+  int64_t GetScanDuration() const override { return fScanDuration.load(std::memory_order_relaxed); }
+  int64_t GetLastScanNumberOfFiles() const override { return fLastScanNumberOfFiles.load(std::memory_order_relaxed); }
+  ITopSizeList* GetTopSizeList() const override { return fTopSizeList.get(); }
+  void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) override {
+    fErrorObservers.Subscribe(std::move(pObserver));
+  }
+  void Dispose() override;
+
+  // An optional filter for files; set before a scan.
+  void SetExpression(TRef<IExpression> pExpression) { fExpression = std::move(pExpression); }
+  // The path as typed, when it holds wildcards: the folder is scanned, and of the files directly in it only those that
+  // match the last part are taken in.
+  const std::u16string& GetPathWithWildcards() const { return fPathWithWildcards; }
+
+ protected:
+  TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards, char16_t pDelimiter,
+              TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions, IScanRoots* pOwner);
+
+ private:
+  friend class TScanConfiguration;
+
+  // What a scan of one kind or another has in common: its state, clock, tokens and engine.
+  bool BeginScanning(bool pWholeTree);
+  void EndScanning();
+  void StartEngine();
+  TRef<IHierarchicalEnumerator> OpenPath(const std::u16string& pPath);
+  void GiveUpTree();
+  void RefillTopSizeList();
+  void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
+  void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
+  uint32_t EnumeratorOptions() const;
+  bool IsFileIncluded(IHierarchicalEnumerator& pEntry) const;
+
+  // Fixed after construction, or set before a scan.
+  const std::u16string fPathWithWildcards;
+  const std::u16string fFileMask;  // the last part of fPathWithWildcards
+  const TRef<IScanServices> fServices;
+  const std::shared_ptr<const TGlobalOptions> fOptions;
+  IScanRoots* const fOwner;  // the list that holds this root; nullptr when there is none
+  TRef<IExpression> fExpression;
+
+  // Set at a scan's start, fixed while it runs.
+  TRef<TScanConfiguration> fConfiguration;
+  TRef<ITopSizeList> fTopSizeList;
+
+  // Guards structural changes of the whole tree: a scan, a removal and a disposal never run beside each other.
+  TSlimReaderWriterLock fSynchronizer;
+
+  mutable TCriticalSection fLock;
+  std::condition_variable fScanEnded;
+  bool fScanRunning GUARDED_BY(fLock) = false;
+  TRef<TCancellationToken> fCancellationToken GUARDED_BY(fLock);
+  TRef<TCustomFolderData> fFolderData GUARDED_BY(fLock);
+  TRef<IScanEngine> fScanEngine GUARDED_BY(fLock);
+  std::vector<TScanError> fErrors GUARDED_BY(fLock);
+  std::u16string fLastScannedFolder GUARDED_BY(fLock);
+  int64_t fScanStarted GUARDED_BY(fLock) = 0;
+
+  // Progress: written by workers once per folder, polled by whoever shows it.
+  std::atomic<int64_t> fTotalFilesFound{0};
+  std::atomic<int64_t> fNumFolders{0};
+  std::atomic<int64_t> fBytesFound{0};
+  std::atomic<int64_t> fExcludedObjects{0};
+  std::atomic<int64_t> fErrorCount{0};
+  std::atomic<int64_t> fLastScannedFolderTick{0};
+  std::atomic<int64_t> fScanDuration{0};
+  std::atomic<int64_t> fLastScanNumberOfFiles{0};
+  TObservable<IScanErrorObserver> fErrorObservers;
+};
+
+// A root on a file system.
+class TCustomFileSystemRoot : public TCustomRoot {
+ protected:
+  using TCustomRoot::TCustomRoot;
+};
+
+// A drive, folder or share of Windows: backslashes, letter case does not count.
+class TFileSystemRoot : public TCustomFileSystemRoot {
+ public:
+  TFileSystemRoot(std::u16string pPath, std::u16string pPathWithWildcards, TRef<IScanServices> pServices,
+                  std::shared_ptr<const TGlobalOptions> pOptions, IScanRoots* pOwner);
+};
+
+// A folder of a Unix-like system: slashes, every character counts.
+class TCustomUnixRoot : public TCustomFileSystemRoot {
+ public:
+  TCustomUnixRoot(std::u16string pPath, std::u16string pPathWithWildcards, TRef<IScanServices> pServices,
+                  std::shared_ptr<const TGlobalOptions> pOptions, IScanRoots* pOwner);
+};
+
+}  // namespace Vantrel
