@@ -10,6 +10,7 @@ enum TExitCode : int {
   ecPathNotFound = 3,      // a path does not exist or cannot be opened
   ecCancelled = 4,         // stopped by the user; what was scanned by then has been reported
   ecOutputFailed = 5,      // the report could not be written: disk full, reader gone
+  ecInternalError = 6,     // a fault of the program, or not enough memory
 };
 
 }  // namespace Vantrel
