@@ -129,6 +129,16 @@ struct TEntryValues {
   TAttributes fAttributes = 0;
 };
 
+// Option bits handed down from parent to child enumerators.
+enum THierarchicalEnumeratorOption : uint32_t {
+  heoShareHardLinks = 2,        // add alternate data streams and share the allocated size among hard links
+  heoFollowSymbolicLinks = 4,
+  heoFollowMountPoints = 8,     // also: whether a link whose destination cannot be resolved counts as followed
+  heoNoBackupPrivilege = 16,    // do not try the backup privilege
+  heoStayOnFileSystem = 32,     // do not enter other mounts
+};
+using THierarchicalEnumeratorOptions = uint32_t;
+
 // What an enumerator says went wrong with the folder that it lists.
 enum class TEnumeratorError : uint8_t { eeOk, eeAccessDenied, eeOther };
 

@@ -60,6 +60,8 @@ namespace Vantrel {
 using namespace Kiv;
 
 // A root with a tree that is filled by scans.
+class TScanConfiguration;
+
 class TCustomRoot : public TBaseRoot {
  public:
   ~TCustomRoot() override;
@@ -103,7 +105,7 @@ class TCustomRoot : public TBaseRoot {
   void StartEngine();
   TRef<IHierarchicalEnumerator> OpenPath(const std::u16string& pPath);
   void GiveUpTree();
-  void RefillTopSizeList();
+  void RefillTopSizeList(const IFolderData& pWithout);
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
   uint32_t EnumeratorOptions() const;

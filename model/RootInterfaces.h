@@ -185,6 +185,8 @@ class IScanRoots : public IInterface {
   virtual int32_t CountActiveScans() const = 0;
   // The root whose top folder has all roots' top folders as children; made on first use.
   virtual TRef<IHierarchicalRoot> GetVirtualRoot() = 0;
+  // Scans the recycle bin beneath each finished root again: its contents change behind the program's back.
+  virtual void RefreshRecycleBinFolders() = 0;
   virtual void Remove(IHierarchicalRoot& pRoot) = 0;
   virtual void Dispose() = 0;
 };

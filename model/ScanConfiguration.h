@@ -8,16 +8,17 @@ namespace Vantrel {
 // that uses it.
 class TScanConfiguration : public TInterfaced<IScanConfiguration> {
  public:
-  TScanConfiguration(TCustomRoot& pRoot, const TGlobalOptions& pOptions);
+  // Without a root, for a root that is never scanned itself, the questions and reports of a scan must not be made.
+  TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions);
   // Ready for the next scan.
   void Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow, bool pHasFilters);
 
   TRef<ICancellationToken> GetCancellationToken() const override { return fToken; }
   bool HasFilters() const override { return fHasFilters; }
   bool IsFolderIncluded(IHierarchicalEnumerator&) override { return true; }
-  bool IsFileIncluded(IHierarchicalEnumerator& pEntry) override { return fRoot.IsFileIncluded(pEntry); }
+  bool IsFileIncluded(IHierarchicalEnumerator& pEntry) override { return fRoot->IsFileIncluded(pEntry); }
   bool IsFolderToBeScanned(IFolderData& pFolder) override {
-    return (pFolder.GetFolderState() & (fsRemoving | fsDisposed)) == 0 && !fRoot.fDisposeToken->IsDisposed();
+    return (pFolder.GetFolderState() & (fsRemoving | fsDisposed)) == 0 && !fRoot->fDisposeToken->IsDisposed();
   }
   bool GetFolderDateBasedOnFilesOnly() const override { return fFolderDateBasedOnFilesOnly; }
   bool GetKeepFiles() const override { return fKeepFiles; }
@@ -32,15 +33,15 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   // A scan of a local disk or share gains from threads that wait for work already: the first folders bring plenty.
   bool WantsPreStartedThreads() const override { return false; }
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) override {
-    fRoot.RecordError(pFolder, pEnumerator, pPartial);
+    fRoot->RecordError(pFolder, pEnumerator, pPartial);
   }
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
                     int64_t pExcluded) override {
-    fRoot.CountScanned(pFolder, pFiles, pFolders, pBytes, pExcluded);
+    fRoot->CountScanned(pFolder, pFiles, pFolders, pBytes, pExcluded);
   }
 
  private:
-  TCustomRoot& fRoot;
+  TCustomRoot* const fRoot;
   bool fFolderDateBasedOnFilesOnly;
   bool fKeepFiles;
   bool fDoExtensionsStatistics;

@@ -9,16 +9,6 @@
 
 namespace Kiv::Enumerators {
 
-// Option bits handed down from parent to child enumerators.
-enum THierarchicalEnumeratorOption : uint32_t {
-  heoShareHardLinks = 2,        // add alternate data streams and share the allocated size among hard links
-  heoFollowSymbolicLinks = 4,
-  heoFollowMountPoints = 8,     // also: whether a link whose destination cannot be resolved counts as followed
-  heoNoBackupPrivilege = 16,    // do not try the backup privilege
-  heoStayOnFileSystem = 32,     // do not enter other mounts
-};
-using THierarchicalEnumeratorOptions = uint32_t;
-
 // Root of all enumerators.
 class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> {
  public:

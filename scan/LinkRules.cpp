@@ -11,15 +11,6 @@ bool IsDelimiter(char16_t pChar, char16_t pDelimiter) {
   return pChar == pDelimiter || (pDelimiter == u'\\' && pChar == u'/');
 }
 
-// The root that the path begins with: "C:\", "\\server\share\", "/".
-std::u16string_view RootOfPath(std::u16string_view pPath, char16_t pDelimiter) {
-  for (;;) {
-    std::u16string_view folder = FolderOfPath(pPath, pDelimiter);
-    if (folder.empty() || folder.size() >= pPath.size()) return pPath;
-    pPath = folder;
-  }
-}
-
 // pBase extended by the parts of pRest; ".." goes one part up, but never above the root.
 std::u16string ResolveParts(std::u16string pBase, std::u16string_view pRest, char16_t pDelimiter) {
   size_t begin = 0;
@@ -57,6 +48,14 @@ void LogUnresolvedLink(std::u16string_view pLinkPath, uint32_t pErrorCode, THier
 }
 
 }  // namespace
+
+std::u16string_view RootOfPath(std::u16string_view pPath, char16_t pDelimiter) {
+  for (;;) {
+    std::u16string_view folder = FolderOfPath(pPath, pDelimiter);
+    if (folder.empty() || folder.size() >= pPath.size()) return pPath;
+    pPath = folder;
+  }
+}
 
 bool AreRelatedPaths(std::u16string_view pA, std::u16string_view pB, char16_t pDelimiter) {
   if (pA.empty() || pB.empty()) return false;

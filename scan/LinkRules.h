@@ -26,6 +26,9 @@ enum class TLinkDecision : uint8_t {
 // Gives a path with all its links resolved; empty when it cannot be resolved.
 using TPathResolver = std::function<std::u16string(const std::u16string&)>;
 
+// The root that the path begins with: "C:\", "\\server\share\", "/". A relative path gives its first part.
+std::u16string_view RootOfPath(std::u16string_view pPath, char16_t pDelimiter);
+
 // Whether one of the paths is the other or lies beneath it. Nothing is related to an empty path.
 bool AreRelatedPaths(std::u16string_view pA, std::u16string_view pB, char16_t pDelimiter);
 

@@ -104,25 +104,12 @@ TMemoryEnumerator::TMemoryEnumerator(std::shared_ptr<TMemoryStorage> pStorage, T
       fFolder(pFolder),
       fPath(std::move(pPath)) {
   if (fFolder == nullptr) {
-    fMissing = std::make_shared<TMemoryEntry>();
+    fMissing = std::make_unique<TMemoryEntry>();
     fMissing->fName = FileNameOfPath(fPath, fStorage->fDelimiter);
     fMissing->fValues.fAttributes = kAttributeDirectory;
     fMissing->fVanished = true;
     fFolder = fMissing.get();
   }
-  ++fStorage->fLiveEnumerators;
-}
-
-TMemoryEnumerator::TMemoryEnumerator(const TMemoryEnumerator& pOther)
-    : TBaseVisualHierarchicalEnumerator(pOther),
-      fStorage(pOther.fStorage),
-      fFolder(pOther.fFolder),
-      fMissing(pOther.fMissing),
-      fPath(pOther.fPath),
-      fCurrent(pOther.fCurrent),
-      fNextIndex(pOther.fNextIndex),
-      fCalls(pOther.fCalls),
-      fErrorCode(pOther.fErrorCode) {
   ++fStorage->fLiveEnumerators;
 }
 
@@ -169,7 +156,7 @@ TRef<IHierarchicalEnumerator> TMemoryEnumerator::CreateChildEnumerator(std::u16s
 }
 
 TRef<IHierarchicalEnumerator> TMemoryEnumerator::Clone() const {
-  return MakeRef<TMemoryEnumerator>(*this);
+  return MakeRef<TMemoryEnumerator>(fStorage, fMissing != nullptr ? nullptr : fFolder, fPath, fOptions);
 }
 
 std::u16string TMemoryEnumerator::GetFullPath() const {

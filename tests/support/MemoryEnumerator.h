@@ -90,7 +90,6 @@ class TMemoryEnumerator : public Enumerators::TBaseVisualHierarchicalEnumerator 
  public:
   TMemoryEnumerator(std::shared_ptr<TMemoryStorage> pStorage, TMemoryEntry* pFolder, std::u16string pPath,
                     Enumerators::THierarchicalEnumeratorOptions pOptions);
-  TMemoryEnumerator(const TMemoryEnumerator& pOther);
   ~TMemoryEnumerator() override;
 
   bool Next() override;
@@ -121,7 +120,7 @@ class TMemoryEnumerator : public Enumerators::TBaseVisualHierarchicalEnumerator 
 
   std::shared_ptr<TMemoryStorage> fStorage;
   TMemoryEntry* fFolder;
-  std::shared_ptr<TMemoryEntry> fMissing;  // what fFolder points to when the folder is not there
+  std::unique_ptr<TMemoryEntry> fMissing;  // what fFolder points to when the folder is not there
   std::u16string fPath;
   const TMemoryEntry* fCurrent = nullptr;
   size_t fNextIndex = 0;

@@ -1,0 +1,372 @@
+#include "model/Root.h"
+
+#include "model/ScanConfiguration.h"
+#include "platform/DebugLog.h"
+#include "platform/Errors.h"
+#include "platform/Paths.h"
+#include "platform/System.h"
+#include "platform/Text.h"
+#include "platform/WildcardMatch.h"
+
+namespace Kiv {
+
+TBaseRoot::TBaseRoot(std::u16string pPath, char16_t pDelimiter)
+    : fPath(std::move(pPath)),
+      fPathDelimiter(pDelimiter),
+      fDisposeToken(MakeRef<TDisposeToken>()),
+      fTitle(fPath) {}
+
+std::u16string TBaseRoot::GetTitle() const {
+  TCriticalSectionLock lock(fTitleLock);
+  return fTitle;
+}
+
+void TBaseRoot::SetTitle(std::u16string_view pTitle) {
+  TCriticalSectionLock lock(fTitleLock);
+  fTitle = pTitle;
+}
+
+void TBaseRoot::NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) {
+  fObservers.Notify([&](IHierarchicalObserver& pObserver) { pObserver.ObjectChanged(pObject, pKind); });
+}
+
+TMetaDataValue TBaseRoot::GetValue(TColumn pColumn) const {
+  if (pColumn == TColumn::mdName) return GetTitle();
+  if (pColumn == TColumn::mdFullPath) return fPath;
+  TRef<IFolderData> top = GetTopFolder();
+  return top ? top->GetValue(pColumn) : TMetaDataValue();
+}
+
+}  // namespace Kiv
+
+namespace Vantrel {
+
+namespace {
+
+// How often the folder shown as "being scanned now" changes: often enough for the eye, too seldom to cost anything.
+constexpr int64_t kLastScannedFolderMilliseconds = 50;
+
+}  // namespace
+
+TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards, char16_t pDelimiter,
+                         TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
+                         IScanRoots* pOwner)
+    : TBaseRoot(std::move(pPath), pDelimiter),
+      fPathWithWildcards(std::move(pPathWithWildcards)),
+      fFileMask(FileNameOfPath(fPathWithWildcards, pDelimiter)),
+      fServices(std::move(pServices)),
+      fOptions(std::move(pOptions)),
+      fOwner(pOwner),
+      fConfiguration(MakeRef<TScanConfiguration>(this, *fOptions)) {
+  if (!fPathWithWildcards.empty()) SetTitle(fPathWithWildcards);
+}
+
+TCustomRoot::~TCustomRoot() = default;
+
+TRef<IFolderData> TCustomRoot::GetTopFolder() const {
+  TCriticalSectionLock lock(fLock);
+  return fFolderData;
+}
+
+TRef<IScanEngine> TCustomRoot::GetScanEngine() const {
+  TCriticalSectionLock lock(fLock);
+  return fScanEngine;
+}
+
+std::vector<TScanError> TCustomRoot::GetErrors() const {
+  TCriticalSectionLock lock(fLock);
+  return fErrors;
+}
+
+TScanProgress TCustomRoot::GetProgress() const {
+  TScanProgress progress;
+  progress.fFiles = fTotalFilesFound.load(std::memory_order_relaxed);
+  progress.fFolders = fNumFolders.load(std::memory_order_relaxed);
+  progress.fBytes = fBytesFound.load(std::memory_order_relaxed);
+  progress.fExcludedObjects = fExcludedObjects.load(std::memory_order_relaxed);
+  progress.fErrors = fErrorCount.load(std::memory_order_relaxed);
+  TCriticalSectionLock lock(fLock);
+  progress.fLastScannedFolder = fLastScannedFolder;
+  return progress;
+}
+
+uint32_t TCustomRoot::EnumeratorOptions() const {
+  return (fOptions->ShareHardLinks ? heoShareHardLinks : 0u) |
+         (fOptions->FollowSymbolicLinks ? heoFollowSymbolicLinks : 0u) |
+         (fOptions->FollowMountPoints ? heoFollowMountPoints : 0u) |
+         (fOptions->UseBackupPrivilege ? 0u : heoNoBackupPrivilege) |
+         (fOptions->StayOnFileSystem ? heoStayOnFileSystem : 0u);
+}
+
+bool TCustomRoot::IsFileIncluded(IHierarchicalEnumerator& pEntry) const {
+  if (!fFileMask.empty() && !MatchesWildcards(pEntry.GetObjectName(), fFileMask)) return false;
+  return !fExpression || fExpression->Evaluate(pEntry);
+}
+
+// --- scanning ------------------------------------------------------------------------------------------------------
+
+bool TCustomRoot::BeginScanning(bool pWholeTree) {
+  auto token = MakeRef<TCancellationToken>();
+  TRef<IScanEngine> earlier;
+  {
+    TCriticalSectionLock lock(fLock);
+    if (fScanRunning || fDisposeToken->IsDisposed()) return false;
+    fScanRunning = true;
+    fScanStarted = TickCount64();
+    fCancellationToken = token;
+    earlier.swap(fScanEngine);
+    if (pWholeTree) {
+      fErrors.clear();
+      fErrorCount = 0;
+    }
+  }
+  if (earlier) earlier->Dispose();
+  fLastScanNumberOfFiles = fTotalFilesFound.exchange(0);
+  fNumFolders = 0;
+  fBytesFound = 0;
+  fExcludedObjects = 0;
+  if (pWholeTree || !fTopSizeList) {
+    fTopSizeList = CreateTopSizeList(fOptions->NumberOfTopFiles);
+    fScanTimeStamp = TKivFileTime::Now().fTicks;
+  }
+  fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp(), fExpression || !fFileMask.empty());
+  ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors : 0u));
+  IncludeState(rsScanning);
+  return true;
+}
+
+void TCustomRoot::StartEngine() {
+  const int32_t activeScans = fOwner ? fOwner->CountActiveScans() : 1;
+  TRef<TCustomRoot> self(this);  // the callback may come after the last outside reference has gone
+  TRef<IScanEngine> engine = fServices->CreateScanEngine(fOptions->MaximumThreads - activeScans + 1, fConfiguration,
+                                                         fOptions->ThreadPriority, [self] { self->EndScanning(); });
+  TCriticalSectionLock lock(fLock);
+  fScanEngine = std::move(engine);
+}
+
+TRef<IHierarchicalEnumerator> TCustomRoot::OpenPath(const std::u16string& pPath) {
+  return fServices->CreateEnumerator(pPath, fPath, EnumeratorOptions());
+}
+
+void TCustomRoot::Scan() {
+  if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
+  GiveUpTree();
+  TRef<IHierarchicalEnumerator> enumerator = OpenPath(fPath);
+  // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
+  const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
+  auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
+                                  isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
+  {
+    TCriticalSectionLock lock(fLock);
+    fFolderData = top;
+  }
+  if (enumerator->GetErrorCode() != 0) {
+    RecordError(*top, *enumerator, false);
+    IncludeState(rsPathNotFound);
+    EndScanning();
+    return;
+  }
+  if (!isFile) top->SetEntryValues(enumerator->GetEntryValues(), kNoKey, !fConfiguration->GetFolderDateBasedOnFilesOnly());
+  NotifyObservers(*top, TChangeKind::ckScanStarted);
+  StartEngine();
+  GetScanEngine()->AddScanJob(top, std::move(enumerator));
+}
+
+void TCustomRoot::EndScanning() {
+  TRef<TCustomFolderData> top;
+  {
+    TCriticalSectionLock lock(fLock);
+    top = fFolderData;
+    fScanDuration = TickCount64() - fScanStarted;
+    if (fCancellationToken->IsCancelled())
+      IncludeState(rsCancelled);
+    else if ((GetState() & rsPathNotFound) == 0)
+      IncludeState(rsFinished);
+    ExcludeState(rsScanning);
+  }
+  NotifyObservers(*top, TChangeKind::ckScanFinished);
+  TCriticalSectionLock lock(fLock);
+  fScanRunning = false;
+  fScanEnded.notify_all();
+}
+
+bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
+  if ((GetState() & rsFinished) == 0) {
+    LogDebug("TCustomFolderData.Refresh: Not performing update on \"" + ToUtf8(pFolder.GetFullPath()) +
+             "\". The root was never scanned.");
+    return false;
+  }
+  if ((GetState() & rsShowsPreviousState) != 0) {
+    LogDebug("For a root that shows a previous state a sub-branch refresh should no be performed.");
+    return false;
+  }
+  const std::u16string path = pFolder.GetFullPath();
+  TRef<IHierarchicalEnumerator> enumerator = OpenPath(path);
+  if (enumerator->GetErrorCode() != 0 && ClassifyOSError(enumerator->GetErrorCode()) == TErrorKind::ekNotFound &&
+      pFolder.GetParentFolder())
+    return RemoveFolder(pFolder);
+  if (!BeginScanning(false)) return false;
+  auto& folder = static_cast<TCustomFolderData&>(pFolder);
+  folder.IncludeFolderState(fsUpdatePending);
+  {
+    TExclusiveLock structure(fSynchronizer);
+    if (pRecursive) folder.Reset();
+    folder.ReopenAncestors();
+  }
+  StartEngine();
+  if (pRecursive)
+    GetScanEngine()->AddScanJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
+  else
+    GetScanEngine()->AddRefreshJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
+  return true;
+}
+
+bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
+  {
+    TCriticalSectionLock lock(fLock);
+    if (fScanRunning) return false;
+    fScanRunning = true;  // keeps a scan from starting meanwhile
+  }
+  {
+    TExclusiveLock structure(fSynchronizer);
+    pFolder.Remove();
+  }
+  TCriticalSectionLock lock(fLock);
+  fScanRunning = false;
+  fScanEnded.notify_all();
+  return true;
+}
+
+void TCustomRoot::CancelScan() {
+  TCriticalSectionLock lock(fLock);
+  if (fCancellationToken) fCancellationToken->Cancel();
+}
+
+bool TCustomRoot::WaitForScan(int64_t pMilliseconds) {
+  const int64_t end = TickCount64() + pMilliseconds;
+  TCriticalSectionLock lock(fLock);
+  while (fScanRunning) {
+    const int64_t left = end - TickCount64();
+    if (left <= 0) return false;
+    lock.WaitFor(fScanEnded, left);
+  }
+  return true;
+}
+
+// --- lists beside the tree -----------------------------------------------------------------------------------------
+
+void TCustomRoot::RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) {
+  TScanError error;
+  error.fObject = TRef<IHierarchicalObject>(&pFolder);
+  error.fPath = pEnumerator.GetPath();
+  error.fCode = pEnumerator.GetErrorCode();
+  error.fKind = pEnumerator.GetError();
+  error.fPartial = pPartial;
+  {
+    TCriticalSectionLock lock(fLock);
+    fErrors.push_back(error);
+  }
+  fErrorCount.fetch_add(1, std::memory_order_relaxed);
+  IncludeState(rsHasErrors);
+  fErrorObservers.Notify([&](IScanErrorObserver& pObserver) { pObserver.ErrorRecorded(error); });
+}
+
+void TCustomRoot::CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
+                               int64_t pExcluded) {
+  fTotalFilesFound.fetch_add(pFiles, std::memory_order_relaxed);
+  fNumFolders.fetch_add(pFolders, std::memory_order_relaxed);
+  fBytesFound.fetch_add(pBytes, std::memory_order_relaxed);
+  if (pExcluded != 0) fExcludedObjects.fetch_add(pExcluded, std::memory_order_relaxed);
+  const int64_t now = TickCount64();
+  int64_t last = fLastScannedFolderTick.load(std::memory_order_relaxed);
+  if (now - last < kLastScannedFolderMilliseconds ||
+      !fLastScannedFolderTick.compare_exchange_strong(last, now, std::memory_order_relaxed))
+    return;
+  std::u16string path = pFolder.GetFullPath();
+  TCriticalSectionLock lock(fLock);
+  fLastScannedFolder = std::move(path);
+}
+
+namespace {
+
+bool IsSameOrBelow(IHierarchicalObject* pObject, const IFolderData& pFolder) {
+  TRef<IHierarchicalElement> node(dynamic_cast<IHierarchicalElement*>(pObject));
+  for (; node; node = node->GetParentFolder())
+    if (node.get() == &pFolder) return true;
+  return false;
+}
+
+}  // namespace
+
+void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
+  {
+    TCriticalSectionLock lock(fLock);
+    std::erase_if(fErrors, [&](const TScanError& pError) { return IsSameOrBelow(pError.fObject.get(), pFolder); });
+    fErrorCount = static_cast<int64_t>(fErrors.size());
+    if (fErrors.empty()) ExcludeState(rsHasErrors);
+  }
+  // What the branch leaves free on the list goes to the next largest files elsewhere, as after a fresh scan.
+  if (fTopSizeList && fTopSizeList->RemoveBelow(pFolder)) RefillTopSizeList(pFolder);
+}
+
+void TCustomRoot::RefillTopSizeList(const IFolderData& pWithout) {
+  std::vector<TRef<IFolderData>> stack;
+  if (TRef<IFolderData> top = GetTopFolder()) stack.push_back(std::move(top));
+  fTopSizeList->Clear();
+  while (!stack.empty()) {
+    TRef<IFolderData> folder = std::move(stack.back());
+    stack.pop_back();
+    if (folder.get() == &pWithout) continue;
+    if (!folder->IsFileGroup()) {
+      if (TRef<const TFileTable> table = folder->GetFileTable())
+        for (size_t i = 0; i < table->Count(); ++i) fTopSizeList->Offer(*folder, table->NameAt(i), (*table)[i]);
+      for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
+    }
+  }
+}
+
+// --- end -----------------------------------------------------------------------------------------------------------
+
+void TCustomRoot::GiveUpTree() {
+  TRef<TCustomFolderData> tree;
+  {
+    TCriticalSectionLock lock(fLock);
+    tree.swap(fFolderData);
+  }
+  if (!tree) return;
+  TExclusiveLock structure(fSynchronizer);
+  tree->Dispose();
+}
+
+void TCustomRoot::Dispose() {
+  CancelScan();
+  while (!WaitForScan(1000)) {
+  }
+  TRef<IScanEngine> engine;
+  {
+    TCriticalSectionLock lock(fLock);
+    engine.swap(fScanEngine);
+    fErrors.clear();
+  }
+  if (engine) engine->Dispose();
+  fDisposeToken->SetDisposed();
+  IncludeState(rsDisposed);
+  if (fTopSizeList) fTopSizeList->Clear();
+  GiveUpTree();
+  fObservers.Clear();
+  fErrorObservers.Clear();
+}
+
+TFileSystemRoot::TFileSystemRoot(std::u16string pPath, std::u16string pPathWithWildcards,
+                                 TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
+                                 IScanRoots* pOwner)
+    : TCustomFileSystemRoot(std::move(pPath), std::move(pPathWithWildcards), u'\\', std::move(pServices),
+                            std::move(pOptions), pOwner) {}
+
+TCustomUnixRoot::TCustomUnixRoot(std::u16string pPath, std::u16string pPathWithWildcards,
+                                 TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
+                                 IScanRoots* pOwner)
+    : TCustomFileSystemRoot(std::move(pPath), std::move(pPathWithWildcards), u'/', std::move(pServices),
+                            std::move(pOptions), pOwner) {}
+
+}  // namespace Vantrel

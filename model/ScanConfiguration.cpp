@@ -1,0 +1,30 @@
+#include "model/ScanConfiguration.h"
+
+#include "model/FileAges.h"
+#include "platform/Text.h"
+
+namespace Vantrel {
+
+TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions)
+    : fRoot(pRoot),
+      fFolderDateBasedOnFilesOnly(pOptions.FolderDateBasedOnFilesOnly),
+      fKeepFiles(pOptions.KeepFiles),
+      fDoExtensionsStatistics(pOptions.CollectExtensions),
+      fDoUsersStatistics(pOptions.CollectOwners),
+      fFileAgesDateType(pOptions.FileAgesDateType),
+      fLongPathLength(pOptions.LongPathLength),
+      fShareBasis(pOptions.UseAllocatedForShares ? TColumn::mdAllocated : TColumn::mdSize) {
+  auto ages = MakeRef<TFileAges>();
+  ages->SetAsString(FromUtf8(pOptions.FileAges));
+  fFileAges = ages;
+}
+
+void TScanConfiguration::Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow,
+                               bool pHasFilters) {
+  fToken = std::move(pToken);
+  fTopSizeList = std::move(pTopSizeList);
+  fScanTimeStamp = pNow;
+  fHasFilters = pHasFilters;
+}
+
+}  // namespace Vantrel
