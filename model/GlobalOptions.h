@@ -16,23 +16,24 @@ namespace Kiv {
 // The program's options: named, typed properties, each declared once in GlobalOptions.cpp with its default, range and help
 // line. The command line sets them by name, "--help" lists them. Set before a scan starts; a scan reads them at its start.
 struct TGlobalOptions {
-  int32_t MaximumThreads;
-  int32_t ThreadPriority;
-  int32_t LongPathLength;
-  int32_t NumberOfTopFiles;
-  bool KeepFiles;
-  bool CollectExtensions;
-  bool CollectOwners;
-  TDateType FileAgesDateType;
+  int32_t MaximumThreads = 0;
+  int32_t ThreadPriority = 0;
+  int32_t LongPathLength = 0;
+  int32_t NumberOfTopFiles = 0;
+  int32_t NumberOfListedErrors = 0;
+  bool KeepFiles = false;
+  bool CollectExtensions = false;
+  bool CollectOwners = false;
+  TDateType FileAgesDateType = TDateType::dtNone;
   std::string FileAges;
-  bool ShareHardLinks;
-  bool FollowSymbolicLinks;
-  bool FollowMountPoints;
-  bool StayOnFileSystem;
-  bool UseBackupPrivilege;
-  bool FolderDateBasedOnFilesOnly;
-  bool UseAllocatedForShares;
-  int32_t MaximumRoots;
+  bool ShareHardLinks = false;
+  bool FollowSymbolicLinks = false;
+  bool FollowMountPoints = false;
+  bool StayOnFileSystem = false;
+  bool UseBackupPrivilege = false;
+  bool FolderDateBasedOnFilesOnly = false;
+  bool UseAllocatedForShares = false;
+  int32_t MaximumRoots = 0;
   std::string SizeUnit;
   std::string ExportTitle;
 

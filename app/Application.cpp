@@ -1,0 +1,189 @@
+#include "app/Application.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <atomic>
+#include <clocale>
+
+#include "app/ConsoleOutput.h"
+#include "app/Version.h"
+#include "automation/ExitCodes.h"
+#include "automation/HelpText.h"
+#include "model/ScanRoots.h"
+#include "platform/Console.h"
+#include "platform/Errors.h"
+#include "platform/Paths.h"
+#include "platform/Text.h"
+#include "scan/ScanServices.h"
+
+namespace Vantrel {
+
+using namespace Kiv;
+
+namespace {
+
+constexpr int64_t kPollMilliseconds = 100;
+
+std::atomic<bool> gCancelRequested{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "set in a signal handler");
+
+std::string Quoted(std::u16string_view pText) {
+  return "\"" + ToDisplay(pText) + "\"";
+}
+
+std::string ProgressText(const TScanProgress& pProgress) {
+  const TValueFormat format;
+  auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
+  return fmt::format("{} files, {} folders, {}  {}", text(TColumn::mdFiles, pProgress.fFiles),
+                     text(TColumn::mdFolders, pProgress.fFolders), text(TColumn::mdSize, pProgress.fBytes),
+                     ToDisplay(pProgress.fLastScannedFolder));
+}
+
+}  // namespace
+
+TRunSettings CreateRunSettings(std::string pPlatformName) {
+  static TConsoleOutput output;
+  TRunSettings settings;
+  settings.fPlatformName = std::move(pPlatformName);
+  settings.fShowProgress = !TConsole::IsErrorRedirected();
+  settings.fReportWidth = TConsole::OutputWidth();
+  settings.fOutput = &output;
+  settings.fWriteError = [](std::string_view pText) { TConsole::WriteError(pText); };
+  settings.fCreateRoots = [](std::shared_ptr<const TGlobalOptions> pOptions) {
+    return CreateScanRoots(ScanEngine::CreateScanServices(), std::move(pOptions));
+  };
+  return settings;
+}
+
+TApplication::TApplication(TRunSettings pSettings)
+    : fSettings(std::move(pSettings)),
+      fOptions(std::make_shared<TGlobalOptions>()),
+      fMedia(*fOptions),
+      fActions(*this, fMedia, *fSettings.fOutput) {
+  fActions.SetReportWidth(fSettings.fReportWidth);
+}
+
+std::string TApplication::ProgramName() const {
+  return kProgramName;
+}
+
+void TApplication::RequestCancel() {
+  gCancelRequested.store(true, std::memory_order_relaxed);
+}
+
+int TApplication::Run(std::span<const std::u16string> pTokens) {
+  gCancelRequested = false;
+  // The user's language and time formats; numbers are formatted and read by rules of our own.
+  std::setlocale(LC_ALL, "");
+  std::setlocale(LC_NUMERIC, "C");
+  try {
+    return RunCommandLine(pTokens);
+  } catch (const ECommandLineParserCriticalException& error) {
+    fSettings.fWriteError(error.what());
+    for (const std::string& line : CommandLine::UsageText()) fSettings.fWriteError(line);
+    return error.ExitCode();
+  } catch (const std::exception& error) {  // a fault of the program, or no memory: better a line than an abort
+    fSettings.fWriteError(error.what());
+    return ecInternalError;
+  }
+}
+
+int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
+  CommandLine::TCommandLineHandler handler(TKivCommandLineParser::GetInstance(), *fOptions);
+  handler.HandleCommandLineSwitches(pTokens);
+  handler.FinalizeCommandLineOptions();
+  const CommandLine::TCommandLineState& state = handler.State();
+  if (state.fHelp)
+    return WriteLines(state.fHelpTopic.empty() ? CommandLine::HelpText() : CommandLine::OptionsHelpText());
+  if (state.fVersion) return WriteLines({VersionText(fSettings.fPlatformName)});
+  return ScanPaths(state.fPaths);
+}
+
+int TApplication::WriteLines(const std::vector<std::string>& pLines) {
+  const bool written = std::all_of(pLines.begin(), pLines.end(),
+                                   [&](const std::string& pLine) { return fSettings.fOutput->WriteLine(pLine); });
+  return written ? ecOk : ecOutputFailed;
+}
+
+// One path after the other: scans side by side would take turns on the same drive and on the same threads.
+int TApplication::ScanPaths(const std::vector<std::u16string>& pPaths) {
+  const std::vector<std::u16string> paths = WithoutRepeatedPaths(pPaths);
+  TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
+  int result = ecOk;
+  fPathsLeft = paths.size();
+  for (const std::u16string& path : paths) {
+    if (gCancelRequested) {
+      fSettings.fWriteError("Not scanned: " + Quoted(path));
+      continue;
+    }
+    --fPathsLeft;
+    result = std::max(result, ScanPath(*roots, path));
+    if (result == ecOutputFailed) break;  // nobody would see the other reports
+  }
+  if (fSettings.fLeaveQuickly) {
+    roots.detach();
+  } else {
+    roots->Dispose();
+  }
+  return result;
+}
+
+int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
+  const TRef<IHierarchicalRoot> root = pRoots.CreateRoot(pPath);
+  root->Scan();
+  WaitForScan(*root);
+  const int result = ReportRoot(pRoots, *root, pPath);
+  // The next path's tree gets this one's memory.
+  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
+  return result;
+}
+
+void TApplication::WaitForScan(IHierarchicalRoot& pRoot) {
+  bool cancelled = false;
+  while (!pRoot.WaitForScan(kPollMilliseconds)) {
+    if (gCancelRequested && !cancelled) {
+      pRoot.CancelScan();
+      cancelled = true;
+    }
+    if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pRoot.GetProgress()));
+  }
+  if (fSettings.fShowProgress) TConsole::ClearProgress();
+}
+
+int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const std::u16string& pPath) {
+  const TRootStates state = pRoot.GetState();
+  if (state & rsPathNotFound) {
+    const std::vector<TScanError> errors = pRoot.GetErrors();
+    const std::string reason = errors.empty() ? "it cannot be opened" : OSErrorText(errors.front().fCode);
+    fSettings.fWriteError("Cannot scan " + Quoted(pPath) + ": " + reason);
+    return ecPathNotFound;
+  }
+  if (!fActions.PerformPostProcessActions(&pRoot, pRoots)) {
+    fSettings.fWriteError("The report could not be written");
+    return ecOutputFailed;
+  }
+  if (state & rsCancelled) return ecCancelled;
+  return (state & rsHasErrors) ? ecIncomplete : ecOk;
+}
+
+// A path inside another one stays: whoever names both wants to see both. The very same path twice is a slip.
+std::vector<std::u16string> TApplication::WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths) {
+  const char16_t delimiter = NativePathDelimiter();
+  std::vector<std::u16string> kept;
+  std::vector<std::u16string> absolute;
+  for (const std::u16string& path : pPaths) {
+    const std::u16string full(WithoutTrailingDelimiter(AbsolutePath(path), delimiter));
+    const bool known = std::any_of(absolute.begin(), absolute.end(),
+                                   [&](const std::u16string& pOther) { return SamePath(pOther, full, delimiter); });
+    if (known) {
+      fSettings.fWriteError(Quoted(path) + " was given more than once; it is scanned once");
+      continue;
+    }
+    kept.push_back(path);
+    absolute.push_back(full);
+  }
+  return kept;
+}
+
+}  // namespace Vantrel

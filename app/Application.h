@@ -1,0 +1,70 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "automation/CommandLineHandler.h"
+#include "automation/PostScanActions.h"
+#include "model/RootInterfaces.h"
+
+namespace Vantrel {
+
+// What a run works with. Tests put their own streams and roots here; CreateRunSettings gives the real ones.
+struct TRunSettings {
+  std::string fPlatformName;  // "Linux"
+  // Freeing a tree of millions of nodes takes a noticeable part of a run and serves nobody when the process ends
+  // anyhow. Set, the last tree is left as it is, and the caller ends the process at once with the code that Run
+  // returned. Leak checks want the orderly way.
+  bool fLeaveQuickly = false;
+  bool fShowProgress = false;
+  int fReportWidth = 0;  // columns, 0 for any number
+  Kiv::PostScanActions::ILineOutput* fOutput = nullptr;
+  std::function<void(std::string_view)> fWriteError;
+  std::function<Kiv::TRef<Kiv::IScanRoots>(std::shared_ptr<const Kiv::TGlobalOptions>)> fCreateRoots;
+};
+
+// The streams of the process and scans of the file system.
+TRunSettings CreateRunSettings(std::string pPlatformName);
+
+// The program: reads a command line, scans its paths one after the other and reports on each. Main thread only.
+class TApplication : private Kiv::PostScanActions::IPostScanHost {
+ public:
+  explicit TApplication(TRunSettings pSettings);
+
+  // Runs a command line, without the program's name, and returns the exit code. Throws nothing.
+  int Run(std::span<const std::u16string> pTokens);
+
+  // Stops the scan that is running; the part scanned is reported and no further path is scanned. May be called from a
+  // signal handler.
+  static void RequestCancel();
+
+ private:
+  bool IsTerminating() const override { return fTerminating; }
+  bool IsUnattended() const override { return true; }  // there is no window
+  bool MustStayOpen() const override { return fPathsLeft > 0; }
+  bool ClosesAfterExport() const override { return false; }
+  int ModalLevel() const override { return 0; }
+  void Terminate() override { fTerminating = true; }
+  std::string ProgramName() const override;
+
+  int RunCommandLine(std::span<const std::u16string> pTokens);
+  int WriteLines(const std::vector<std::string>& pLines);
+  int ScanPaths(const std::vector<std::u16string>& pPaths);
+  int ScanPath(Kiv::IScanRoots& pRoots, const std::u16string& pPath);
+  int ReportRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot, const std::u16string& pPath);
+  void WaitForScan(Kiv::IHierarchicalRoot& pRoot);
+  std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
+
+  const TRunSettings fSettings;
+  const std::shared_ptr<Kiv::TGlobalOptions> fOptions;
+  Kiv::Hierarchical::Exporting::TMediaOptions fMedia;
+  Kiv::PostScanActions::TPostProcessActionHandler fActions;
+  size_t fPathsLeft = 0;
+  bool fTerminating = false;
+};
+
+}  // namespace Vantrel

@@ -1,0 +1,11 @@
+#include <string>
+#include <vector>
+
+#include "app/Process.h"
+#include "platform/Text.h"
+
+int main(int pCount, char** pArguments) {
+  std::vector<std::u16string> tokens;
+  for (int i = 1; i < pCount; ++i) tokens.push_back(Kiv::FromNativeBytes(pArguments[i]));
+  Vantrel::RunProcess("Linux", tokens);
+}

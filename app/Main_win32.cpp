@@ -1,0 +1,14 @@
+#include <string>
+#include <vector>
+
+#include "app/Process.h"
+#include "automation/CommandLineParser.h"
+#include "platform/CommandLineText.h"
+
+// The C library's own arguments are not used: it reads \" as a quote, which takes "C:\my folder\" apart at the wrong
+// place.
+int wmain(int, wchar_t**) {
+  std::vector<std::u16string> tokens = Kiv::TKivCommandLineParser::SplitCommandLine(Kiv::ProcessCommandLine());
+  if (!tokens.empty()) tokens.erase(tokens.begin());  // the program's name
+  Vantrel::RunProcess("Windows", tokens);
+}

@@ -1,0 +1,13 @@
+#include "app/Version.h"
+
+#include <fmt/format.h>
+
+namespace Vantrel {
+
+const char* const kProgramName = "Vantrel";
+
+std::string VersionText(const std::string& pPlatformName) {
+  return fmt::format("{} {} ({}, {}-bit)", kProgramName, VANTREL_VERSION, pPlatformName, sizeof(void*) * 8);
+}
+
+}  // namespace Vantrel

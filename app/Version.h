@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace Vantrel {
+
+extern const char* const kProgramName;
+// "Vantrel 0.1.0 (Linux, 64-bit)"
+std::string VersionText(const std::string& pPlatformName);
+
+}  // namespace Vantrel

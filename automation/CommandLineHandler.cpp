@@ -1,0 +1,163 @@
+#include "automation/CommandLineHandler.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "automation/ExitCodes.h"
+#include "platform/Text.h"
+
+namespace Vantrel::CommandLine {
+
+using Kiv::ToDisplay;
+using Kiv::TValueKind;
+
+namespace {
+
+std::u16string Folded(std::u16string_view pText) {
+  std::u16string folded(pText);
+  for (char16_t& character : folded) character = Kiv::FoldAscii(character);
+  return folded;
+}
+
+// Insertions, deletions and replacements that turn one text into the other.
+size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
+  std::vector<size_t> row(pB.size() + 1);
+  std::iota(row.begin(), row.end(), size_t{0});
+  for (size_t i = 0; i < pA.size(); ++i) {
+    size_t diagonal = row[0];
+    row[0] = i + 1;
+    for (size_t j = 0; j < pB.size(); ++j) {
+      const size_t replaced = diagonal + (pA[i] == pB[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+TCommandLineHandler::TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions)
+    : fParser(pParser), fOptions(pOptions) {
+  for (const TSwitch& item : AllSwitches()) {
+    if (SwitchOf(fParser.FindRegistered(std::u16string(u"/").append(item.fItem.fName))) == nullptr)
+      fParser.RegisterCmdLineSwitch(item.fItem);
+  }
+}
+
+void TCommandLineHandler::Reset() {
+  fState = {};
+  fSeen.clear();
+  fErrors.clear();
+}
+
+void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
+  Reset();
+  for (size_t i = 0; i < pTokens.size();) {
+    const std::u16string& token = pTokens[i];
+    if (token == u"--") {  // paths from here on, whatever they begin with
+      fState.fPaths.insert(fState.fPaths.end(), pTokens.begin() + static_cast<ptrdiff_t>(i) + 1, pTokens.end());
+      return;
+    }
+    if (!fParser.IsSwitch(token)) {
+      if (token.empty()) {
+        fErrors.push_back("An empty path was given");
+      } else {
+        fState.fPaths.push_back(token);
+      }
+      ++i;
+    } else if (const TSwitch* known = SwitchOf(fParser.FindRegistered(token))) {
+      i += HandleSwitch(*known, pTokens, i);
+    } else {
+      i += HandleOption(pTokens, i);
+    }
+  }
+}
+
+// Returns the number of tokens that the switch and its values took.
+size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
+  const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
+  const std::string shown = ToDisplay(split.fSwitch);
+  const bool seen = std::find(fSeen.begin(), fSeen.end(), &pSwitch) != fSeen.end();
+  fSeen.push_back(&pSwitch);
+  if (seen && !pSwitch.fItem.fRepeatable) {
+    fErrors.push_back("The command line option " + shown +
+                      " is allowed only once. You may however specify multiple values separated by semicolon.");
+  }
+  const TValueKind kind = pSwitch.fItem.fValueKind;
+  if (split.fHasValue && kind == TValueKind::vkNone) {
+    fErrors.push_back("The command line option " + shown + " takes no value");
+    return 1;
+  }
+  std::vector<std::u16string> values;
+  size_t next = pIndex + 1;
+  if (split.fHasValue) {
+    values.emplace_back(split.fValue);
+  } else if (kind != TValueKind::vkNone) {
+    const size_t most = kind == TValueKind::vkPaths ? pTokens.size() : 1;
+    while (next < pTokens.size() && values.size() < most && fParser.IsValue(pTokens[next]))
+      values.push_back(pTokens[next++]);
+  }
+  const size_t pathsBefore = fState.fPaths.size();
+  for (const std::u16string& value : values) pSwitch.fApply(fState, value);
+  if (kind == TValueKind::vkPaths) {
+    // "/SCAN -- PATH" is fine: what follows is taken as paths anyhow.
+    const bool pathsFollow = next + 1 < pTokens.size() && pTokens[next] == u"--";
+    if (fState.fPaths.size() == pathsBefore && !pathsFollow)
+      fErrors.push_back("A path was expected after the command line parameter " + shown);
+  } else if (values.empty()) {
+    pSwitch.fApply(fState, {});
+  }
+  return next - pIndex;
+}
+
+size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
+  std::string error;
+  const size_t consumed = fParser.TryApplyCommandLineOptionToGlobalOptions(pTokens, pIndex, fOptions, error);
+  if (consumed > 0) return consumed;
+  const std::u16string_view token = Kiv::SplitSwitchValue(pTokens[pIndex]).fSwitch;
+  const bool isOption =
+      Kiv::FindOption(Kiv::ToUtf8(Kiv::TKivCommandLineParser::RemoveSwitchIndicator(token))) != nullptr;
+  fErrors.push_back(isOption ? error : error + SuggestionFor(token));
+  // A refused value is not taken for a path as well.
+  const bool hasValue = isOption && pIndex + 1 < pTokens.size() && fParser.IsValue(pTokens[pIndex + 1]) &&
+                        !Kiv::SplitSwitchValue(pTokens[pIndex]).fHasValue;
+  return hasValue ? 2 : 1;
+}
+
+// The nearest switch or option, when it is near enough to have been meant.
+std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
+  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pToken);
+  const std::u16string typed = Folded(name);
+  std::u16string best;
+  size_t bestDistance = std::max<size_t>(1, typed.size() / 3) + 1;
+  auto consider = [&](std::u16string_view pCandidate) {
+    const size_t distance = EditDistance(typed, Folded(pCandidate));
+    if (distance >= bestDistance || distance >= pCandidate.size()) return;
+    bestDistance = distance;
+    best = pCandidate;
+  };
+  for (const Kiv::TCommandLineItem& item : fParser.RegisteredSwitches()) consider(item.fName);
+  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) consider(Kiv::FromUtf8(option.fName));
+  if (best.empty()) return {};
+  const std::u16string_view indicator = pToken.substr(0, pToken.size() - name.size());
+  return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + "?";
+}
+
+void TCommandLineHandler::FinalizeCommandLineOptions() {
+  if (fErrors.empty() && fState.fPaths.empty() && !fState.fHelp && !fState.fVersion) {
+    fErrors.push_back(
+        fState.fUnattended
+            ? "No valid command line option was passed in non-UI mode. Please see help file for a list of "
+              "available command line options."
+            : "No path to scan was given");
+  }
+  if (fState.fHelp && !fState.fHelpTopic.empty() && !Kiv::SameTextAscii(fState.fHelpTopic, u"options"))
+    fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) + ", only on \"options\"");
+  if (fErrors.empty()) return;
+  std::string message;
+  for (const std::string& error : fErrors) message.append(message.empty() ? "" : "\r\n").append(error);
+  throw Kiv::ECommandLineParserCriticalException(message, ecWrongCommandLine);
+}
+
+}  // namespace Vantrel::CommandLine

@@ -1,0 +1,165 @@
+#include "automation/CommandLineParser.h"
+
+#include <algorithm>
+
+#include "platform/Paths.h"
+#include "platform/Text.h"
+
+namespace Kiv {
+
+namespace {
+
+// The program's own switches, for runs that it starts itself.
+constexpr std::u16string_view kInternalPrefix = u"KIV_";
+
+bool IsNumber(std::u16string_view pText) {
+  int64_t value = 0;
+  return TryParseInt64(ToUtf8(pText), value);
+}
+
+bool StartsWithAscii(std::u16string_view pText, std::u16string_view pPrefix) {
+  return SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix);
+}
+
+std::string RefusedValue(const TOptionInfo& pOption, std::string_view pValue) {
+  return std::string(pOption.fName) + ": \"" + std::string(pValue) + "\" is not allowed; expected " + pOption.fRange;
+}
+
+}  // namespace
+
+TSplitToken SplitSwitchValue(std::u16string_view pToken) {
+  const size_t equals = pToken.find(u'=');
+  if (!pToken.starts_with(u"--") || equals == std::u16string_view::npos) return {pToken, {}, false};
+  return {pToken.substr(0, equals), pToken.substr(equals + 1), true};
+}
+
+TKivCommandLineParser::TKivCommandLineParser(bool pSlashBeginsPaths) : fSlashBeginsPaths(pSlashBeginsPaths) {}
+
+TKivCommandLineParser& TKivCommandLineParser::GetInstance() {
+  static TKivCommandLineParser parser(NativePathDelimiter() == u'/');
+  return parser;
+}
+
+std::vector<std::u16string> TKivCommandLineParser::SplitCommandLine(std::u16string_view pCommandLine) {
+  std::vector<std::u16string> tokens;
+  std::u16string token;
+  bool quoted = false;
+  bool started = false;  // so that "" is a token
+  for (char16_t character : pCommandLine) {
+    const bool blank = character == u' ' || character == u'\t' || character == u'\r' || character == u'\n';
+    if (character == u'"') {
+      quoted = !quoted;
+      started = true;
+    } else if (!blank || quoted) {
+      token += character;
+      started = true;
+    } else if (started) {
+      tokens.push_back(std::move(token));
+      token.clear();
+      started = false;
+    }
+  }
+  if (started) tokens.push_back(std::move(token));
+  return tokens;
+}
+
+bool TKivCommandLineParser::StartsWithSwitchIndicator(std::u16string_view pToken) {
+  return pToken.starts_with(u'/') || pToken.starts_with(u'-');
+}
+
+std::u16string_view TKivCommandLineParser::RemoveSwitchIndicator(std::u16string_view pToken) {
+  if (pToken.starts_with(u"--")) return pToken.substr(2);
+  return StartsWithSwitchIndicator(pToken) ? pToken.substr(1) : pToken;
+}
+
+std::u16string TKivCommandLineParser::Dequoted(std::u16string_view pToken) {
+  if (pToken.size() >= 2 && pToken.front() == u'"' && pToken.back() == u'"')
+    pToken = pToken.substr(1, pToken.size() - 2);
+  return std::u16string(pToken);
+}
+
+const TCommandLineItem* TKivCommandLineParser::FindRegistered(std::u16string_view pToken) const {
+  if (!StartsWithSwitchIndicator(pToken)) return nullptr;
+  const std::u16string_view name = RemoveSwitchIndicator(SplitSwitchValue(pToken).fSwitch);
+  const auto found = std::find_if(fItems.begin(), fItems.end(),
+                                  [&](const TCommandLineItem& pItem) { return SameTextAscii(pItem.fName, name); });
+  return found == fItems.end() ? nullptr : &*found;
+}
+
+bool TKivCommandLineParser::NamesOption(std::u16string_view pToken) {
+  return FindOption(ToUtf8(RemoveSwitchIndicator(SplitSwitchValue(pToken).fSwitch))) != nullptr;
+}
+
+bool TKivCommandLineParser::IsSwitch(std::u16string_view pToken) const {
+  if (!StartsWithSwitchIndicator(pToken) || pToken.size() < 2 || IsNumber(pToken)) return false;
+  if (fSlashBeginsPaths && pToken.starts_with(u'/')) return FindRegistered(pToken) != nullptr || NamesOption(pToken);
+  return true;
+}
+
+bool TKivCommandLineParser::IsValue(std::u16string_view pToken) const {
+  return !IsSwitch(pToken);
+}
+
+bool TKivCommandLineParser::FindSwitch(std::u16string_view pName, TTokens pTokens) const {
+  const bool wholeToken = StartsWithSwitchIndicator(pName);
+  return std::any_of(pTokens.begin(), pTokens.end(), [&](const std::u16string& pToken) {
+    if (wholeToken) return SameTextAscii(pToken, pName);
+    return StartsWithSwitchIndicator(pToken) && SameTextAscii(RemoveSwitchIndicator(pToken), pName);
+  });
+}
+
+bool TKivCommandLineParser::FindParameterAfterSwitch(std::u16string_view pName, TTokens pTokens, size_t pStart,
+                                                     bool pValueOnly, std::u16string& pParameter) const {
+  for (size_t i = pStart; i + 1 < pTokens.size(); ++i) {
+    if (!FindSwitch(pName, pTokens.subspan(i, 1))) continue;
+    if (pValueOnly && !IsValue(pTokens[i + 1])) return false;
+    pParameter = Dequoted(pTokens[i + 1]);
+    return true;
+  }
+  return false;
+}
+
+bool TKivCommandLineParser::FindBooleanValueAfterSwitch(std::u16string_view pName, TTokens pTokens,
+                                                        bool& pValue) const {
+  std::u16string text;
+  if (!FindParameterAfterSwitch(pName, pTokens, 0, true, text)) return false;
+  const bool isTrue = SameTextAscii(text, u"true") || text == u"1";
+  if (!isTrue && !SameTextAscii(text, u"false") && text != u"0") return false;
+  pValue = isTrue;
+  return true;
+}
+
+bool TKivCommandLineParser::FindIntegerValueAfterSwitch(std::u16string_view pName, TTokens pTokens,
+                                                        int64_t& pValue) const {
+  std::u16string text;
+  return FindParameterAfterSwitch(pName, pTokens, 0, true, text) && TryParseInt64(ToUtf8(text), pValue);
+}
+
+size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens pTokens, size_t pIndex,
+                                                                       TGlobalOptions& pOptions,
+                                                                       std::string& pError) const {
+  if (!IsSwitch(pTokens[pIndex])) return 0;
+  const TSplitToken split = SplitSwitchValue(pTokens[pIndex]);
+  const std::u16string_view name = RemoveSwitchIndicator(split.fSwitch);
+  const bool hasNext = !split.fHasValue && pIndex + 1 < pTokens.size() && IsValue(pTokens[pIndex + 1]);
+  if (StartsWithAscii(name, kInternalPrefix)) return hasNext ? 2 : 1;
+  const TOptionInfo* option = FindOption(ToUtf8(name));
+  if (option == nullptr) {
+    pError = "Unknown Command line option: " + ToDisplay(split.fSwitch);
+    return 0;
+  }
+  if (split.fHasValue) {
+    if (option->fSet(pOptions, ToUtf8(split.fValue))) return 1;
+    pError = RefusedValue(*option, ToDisplay(split.fValue));
+    return 0;
+  }
+  if (hasNext && option->fSet(pOptions, ToUtf8(pTokens[pIndex + 1]))) return 2;
+  const bool takesTrue = option->fKind == TOptionKind::okBoolean;
+  if (takesTrue && option->fSet(pOptions, "True")) return 1;
+  pError = hasNext
+               ? RefusedValue(*option, ToDisplay(pTokens[pIndex + 1]))
+               : std::string(option->fName) + " needs a value: " + (option->fRange.empty() ? "text" : option->fRange);
+  return 0;
+}
+
+}  // namespace Kiv

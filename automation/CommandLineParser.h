@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/GlobalOptions.h"
+#include "platform/Errors.h"
+
+namespace Kiv {
+
+// A command line that cannot be worked on; carries the exit code with which the program ends.
+class ECommandLineParserCriticalException : public EException {
+ public:
+  ECommandLineParserCriticalException(const std::string& pMessage, int pExitCode)
+      : EException(pMessage), fExitCode(pExitCode) {}
+  int ExitCode() const { return fExitCode; }
+
+ private:
+  int fExitCode;
+};
+
+// What may follow a switch.
+enum class TValueKind : uint8_t { vkNone, vkOptionalText, vkText, vkInteger, vkBoolean, vkPaths };
+
+// A registered switch, as far as splitting the command line goes.
+struct TCommandLineItem {
+  std::u16string_view fName;  // without indicator
+  TValueKind fValueKind = TValueKind::vkNone;
+  bool fRepeatable = true;
+};
+
+// Splits command lines, tells switches from values and paths, and sets options by name. One thread.
+//
+// A switch is a token that begins with "/" or "-"; "--name" and "--name=value" are understood as well. Where paths
+// begin with "/", a token that begins with it is a switch only when it names a registered switch or an option.
+class TKivCommandLineParser {
+ public:
+  // Parameters are for tests, which try both rules on either platform.
+  explicit TKivCommandLineParser(bool pSlashBeginsPaths);
+  // The program's own, with the rules of the platform.
+  static TKivCommandLineParser& GetInstance();
+
+  // Splits at blanks; double quotes group blanks into one token and are taken away. A backslash is a character like any
+  // other, so that "C:\my folder\" keeps its end.
+  static std::vector<std::u16string> SplitCommandLine(std::u16string_view pCommandLine);
+  static bool StartsWithSwitchIndicator(std::u16string_view pToken);
+  // Without "/", "-" or "--".
+  static std::u16string_view RemoveSwitchIndicator(std::u16string_view pToken);
+  static std::u16string Dequoted(std::u16string_view pToken);
+
+  void RegisterCmdLineSwitch(const TCommandLineItem& pItem) { fItems.push_back(pItem); }
+  std::span<const TCommandLineItem> RegisteredSwitches() const { return fItems; }
+  // The registered switch that the token names, nullptr when it names none. A "=value" does not count.
+  const TCommandLineItem* FindRegistered(std::u16string_view pToken) const;
+
+  // Whether the token is a switch, known or not.
+  bool IsSwitch(std::u16string_view pToken) const;
+  // Whether the token can be a switch's value: everything but switches; numbers always.
+  bool IsValue(std::u16string_view pToken) const;
+
+  using TTokens = std::span<const std::u16string>;
+  // Whether any token is the switch, in whatever spelling; a name with an indicator wants the whole token to match.
+  bool FindSwitch(std::u16string_view pName, TTokens pTokens) const;
+  // The token after the first such switch at or behind pStart. With pValueOnly it must be a value. False when there is
+  // none.
+  bool FindParameterAfterSwitch(std::u16string_view pName, TTokens pTokens, size_t pStart, bool pValueOnly,
+                                std::u16string& pParameter) const;
+  // The typed forms: false when the value is missing or malformed.
+  bool FindBooleanValueAfterSwitch(std::u16string_view pName, TTokens pTokens, bool& pValue) const;
+  bool FindIntegerValueAfterSwitch(std::u16string_view pName, TTokens pTokens, int64_t& pValue) const;
+
+  // Sets the option that token pIndex names, to the token after it or to "True". Returns the number of tokens consumed,
+  // 0 when the token is no option or the option refuses the value; then pError says why.
+  size_t TryApplyCommandLineOptionToGlobalOptions(TTokens pTokens, size_t pIndex, TGlobalOptions& pOptions,
+                                                  std::string& pError) const;
+
+ private:
+  static bool NamesOption(std::u16string_view pToken);
+
+  const bool fSlashBeginsPaths;
+  std::vector<TCommandLineItem> fItems;
+};
+
+// "--name=value" taken apart; without "=", or with a single indicator, the value is absent.
+struct TSplitToken {
+  std::u16string_view fSwitch;
+  std::u16string_view fValue;
+  bool fHasValue = false;
+};
+TSplitToken SplitSwitchValue(std::u16string_view pToken);
+
+}  // namespace Kiv

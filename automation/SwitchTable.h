@@ -1,0 +1,35 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "automation/CommandLineParser.h"
+
+namespace Vantrel::CommandLine {
+
+// What the command line asked for, besides the options.
+struct TCommandLineState {
+  std::vector<std::u16string> fPaths;  // as typed, in order
+  bool fUnattended = false;
+  bool fHelp = false;
+  std::u16string fHelpTopic;
+  bool fVersion = false;
+};
+
+// One switch of the program.
+struct TSwitch {
+  Kiv::TCommandLineItem fItem;
+  std::string_view fValueText;  // how help shows the value; a switch with neither value text nor help is an alias
+  std::string_view fHelp;
+  // Takes one value, an empty one when the switch has none; called for each value of a switch with several.
+  void (*fApply)(TCommandLineState& pState, std::u16string_view pValue);
+};
+
+// All switches, in the order in which help lists them.
+std::span<const TSwitch> AllSwitches();
+// The switch registered by this item; nullptr when it is none of the table.
+const TSwitch* SwitchOf(const Kiv::TCommandLineItem* pItem);
+
+}  // namespace Vantrel::CommandLine

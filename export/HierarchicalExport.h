@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "export/MediaSettings.h"
+#include "model/RootInterfaces.h"
+
+namespace Kiv::Hierarchical::Exporting {
+
+// Takes the lines of an export: the console, a file, a test's list. Lines are UTF-8, without their end, and come from
+// one thread.
+class ILineOutput {
+ public:
+  virtual ~ILineOutput() = default;
+  // Writes the line and its CRLF. False when it could not be written; the exporter then stops.
+  virtual bool WriteLine(std::string_view pLine) = 0;
+  // Lines that the output holds, those of earlier exports included.
+  virtual int64_t LineCount() const = 0;
+};
+
+// A node on its way into an export. Level 0 is the top.
+struct TExportRow {
+  IHierarchicalElement& fNode;
+  int32_t fLevel;
+};
+
+// What all exporters share: the settings of their kind of output, the columns, and the walk over the tree.
+class TBaseExport {
+ public:
+  virtual ~TBaseExport() = default;
+  virtual TMediaType MediaType() const = 0;
+
+  const TMediaSettings& Settings() const { return fSettings; }
+  void SetColumns(std::vector<TColumn> pColumns) { fColumns = std::move(pColumns); }
+  std::span<const TColumn> Columns() const { return fColumns; }
+  // How the settings want values to be written.
+  TValueFormat ValueFormat() const;
+
+ protected:
+  explicit TBaseExport(const TMediaSettings& pSettings) : fSettings(pSettings) {}
+
+  // Calls the row function for the top folder and everything beneath it that the settings take in, a folder before its
+  // contents, siblings largest first. Ends early when the function returns false, and then returns false too.
+  bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
+
+ private:
+  bool IsIncluded(const IFolderData& pFolder) const;
+
+  const TMediaSettings fSettings;
+  std::vector<TColumn> fColumns;
+};
+
+// An exporter that writes a whole root to one place.
+class TFileExport : public TBaseExport {
+ public:
+  // False when the output could not take it all. Writes what the tree holds at this moment; no scan should be running.
+  virtual bool Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) = 0;
+
+ protected:
+  using TBaseExport::TBaseExport;
+};
+
+// An exporter that writes line after line. Once a line could not be written, no further one is tried.
+class TFileStreamExport : public TFileExport {
+ public:
+  bool Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) final;
+
+ protected:
+  using TFileExport::TFileExport;
+  // The export itself; it writes by WriteLine. Values that do not change from row to row are prepared here.
+  virtual void WriteRoot(IHierarchicalRoot& pRoot) = 0;
+  bool WriteLine(std::string_view pLine);
+  int64_t LineCount() const { return fOutput->LineCount(); }
+
+ private:
+  ILineOutput* fOutput = nullptr;  // while an export runs
+  bool fFailed = false;
+};
+
+}  // namespace Kiv::Hierarchical::Exporting

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace Kiv {
+
+// The option defaults that depend on what a system tells cheaply.
+
+// Whether owners are collected. Linux tells the owner together with the size; Windows wants every file opened for it,
+// which takes many times as long as the scan itself.
+extern const bool kCollectOwnersByDefault;
+
+}  // namespace Kiv

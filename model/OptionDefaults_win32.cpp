@@ -1,0 +1,7 @@
+#include "model/OptionDefaults.h"
+
+namespace Kiv {
+
+const bool kCollectOwnersByDefault = false;
+
+}  // namespace Kiv

@@ -1,0 +1,10 @@
+#include "platform/CommandLineText.h"
+#include "platform/Win32.h"
+
+namespace Kiv {
+
+std::u16string ProcessCommandLine() {
+  return reinterpret_cast<const char16_t*>(GetCommandLineW());
+}
+
+}  // namespace Kiv
