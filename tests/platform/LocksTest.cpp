@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <thread>
 #include <vector>
 
 #include "platform/CriticalSection.h"
 #include "platform/SlimReaderWriterLock.h"
+#include "tests/platform/Gate.h"
 
 namespace Kiv {
 
@@ -24,22 +24,25 @@ struct TTriple {
   void Increment() {
     TExclusiveLock lock(fLock);
     ++fFirst;
+    if (fFirst % 8 == 0) std::this_thread::yield();  // or the others would hardly ever meet it held
     ++fSecond;
     ++fThird;
   }
   bool IsTorn() {
     TSharedLock lock(fLock);
-    return fFirst != fSecond || fSecond != fThird;
+    const int64_t before = fFirst;
+    if (before % 8 == 0) std::this_thread::yield();
+    return before != fSecond || fSecond != fThird || fThird != fFirst;
   }
 };
 
 template <class TWork>
 void RunThreads(int pCount, TWork pWork) {
-  std::latch start(pCount);
+  TGate start(pCount);
   std::vector<std::thread> threads;
   for (int i = 0; i < pCount; ++i)
     threads.emplace_back([&, i] {
-      start.arrive_and_wait();
+      start.ArriveAndWait();
       pWork(i);
     });
   for (std::thread& thread : threads) thread.join();
@@ -69,10 +72,10 @@ TEST(Locks, ReadersNeverSeeHalfAWrite) {
 // Both readers stay until the other one has come: a shared hold that is not shared hangs here.
 TEST(Locks, ReadersOverlap) {
   TSlimReaderWriterLock lock;
-  std::latch bothInside(2);
+  TGate bothInside(2);
   RunThreads(2, [&](int) {
     TSharedLock shared(lock);
-    bothInside.arrive_and_wait();
+    bothInside.ArriveAndWait();
   });
 }
 
@@ -89,8 +92,14 @@ TEST(Locks, SleepersWake) {
     for (int i = 0; i < 200; ++i) std::this_thread::yield();  // mostly enough for them to give up spinning and sleep
     triple.fLock.ReleaseExclusive();
     for (std::thread& thread : threads) thread.join();
+
+    triple.fLock.AcquireShared();
+    std::thread writer([&] { triple.Increment(); });
+    for (int i = 0; i < 200; ++i) std::this_thread::yield();
+    triple.fLock.ReleaseShared();
+    writer.join();
     TSharedLock shared(triple.fLock);
-    ASSERT_EQ(triple.fSecond, 2 * round);
+    ASSERT_EQ(triple.fSecond, 3 * round);
   }
 }
 
