@@ -50,6 +50,8 @@ struct TCustomAssocSizeArray::TSortedKeys {
   std::vector<std::u16string> fKeys;
 };
 
+TCustomAssocSizeArray::TCustomAssocSizeArray(uint16_t pFlags) : fFlags(pFlags) {}
+
 TCustomAssocSizeArray::TCustomAssocSizeArray(const TCustomAssocSizeArray& pOther)
     : TInterfaced(pOther), fTable(pOther.CopyOfTable()), fFlags(pOther.fFlags) {}
 

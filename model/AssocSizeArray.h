@@ -87,7 +87,7 @@ class TCustomAssocSizeArray : public TInterfaced<ICustomAssocSizeArray> {
   // Bits of the flag word.
   static constexpr uint16_t kLowerCaseKeys = 1;  // A.TXT and b.txt share one key
 
-  explicit TCustomAssocSizeArray(uint16_t pFlags) : fFlags(pFlags) {}
+  explicit TCustomAssocSizeArray(uint16_t pFlags);
   TCustomAssocSizeArray(const TCustomAssocSizeArray& pOther);
   // The text that stands for a missing key. It is one that no real key can be.
   virtual std::u16string_view TextForEmptyKey() const = 0;
