@@ -174,8 +174,9 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   // folder or only the rest of it is missing.
   virtual uint32_t GetErrorCode() const = 0;
   virtual TEnumeratorError GetError() const = 0;
-  // The folder being listed.
+  // The folder being listed, and the length of its path in UTF-16 units.
   virtual std::u16string GetPath() const = 0;
+  virtual size_t GetPathLength() const { return GetPath().size(); }
 };
 
 // A folder node as the scan engine uses it.

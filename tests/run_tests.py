@@ -17,6 +17,7 @@ import signal
 import subprocess
 import sys
 import time
+import traceback
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build"
@@ -92,7 +93,7 @@ def describe_end(code, timeout):
 # --- Builds ------------------------------------------------------------------------------------------------------------
 
 
-def build(preset, timeout):
+def build(preset, timeout, environment=None):
     """Configures and builds one preset, everything in it. Returns a Result with no count when that worked."""
     folder = BUILD / preset
     folder.mkdir(parents=True, exist_ok=True)
@@ -105,7 +106,7 @@ def build(preset, timeout):
     if not (folder / "build.ninja").exists() or "VANTREL_TESTS:BOOL=ON" not in cache.read_text():
         steps.insert(0, ["cmake", "-S", str(ROOT), "--preset", preset])
     for step in steps:
-        code = run_logged(step, log, timeout)
+        code = run_logged(step, log, timeout, environment)
         if code != 0:
             output = f"{read_log(log)}\n{step[0]} {describe_end(code, timeout)}"
             return Result("build", failed=1, seconds=time.monotonic() - start, output=output)
@@ -251,7 +252,9 @@ def run_check(path, timeout):
 
 def base_environment():
     environment = dict(os.environ)
-    environment.setdefault("HOME", str(BUILD))
+    # Wine and ccache want a home folder; a service's user may have none.
+    if not os.access(environment.get("HOME", ""), os.W_OK):
+        environment["HOME"] = str(BUILD)
     # The first finding ends the program, so that it is shown with the test that it belongs to.
     environment.setdefault("ASAN_OPTIONS", "detect_stack_use_after_return=1:strict_string_checks=1")
     environment.setdefault("UBSAN_OPTIONS", "print_stacktrace=1")
@@ -276,7 +279,6 @@ def prepare_wine(environment, timeout):
     if ready.exists():
         return ""
     shutil.rmtree(WINE_PREFIX, ignore_errors=True)
-    BUILD.mkdir(exist_ok=True)
     log = BUILD / "wine.log"
     # Left alone, Wine takes itself for a Windows older than the oldest that the program supports.
     set_version = ["wine", "reg", "add", r"HKCU\Software\Wine", "/v", "Version", "/d", "win10", "/f"]
@@ -322,7 +324,7 @@ class Run:
     def built(self, stage):
         """Builds a stage's preset, once however often it is asked for. Returns whether it is there."""
         if stage not in self.builds:
-            result = build(PRESETS[stage], self.options.build_timeout)
+            result = build(PRESETS[stage], self.options.build_timeout, self.environment)
             self.builds[stage] = not result.failed
             if result.failed or stage == "clang":
                 result.passed = 0 if result.failed else 1
@@ -385,7 +387,8 @@ class Run:
 
     def python(self):
         files = sorted((ROOT / "tests").glob("*_test.py"))
-        if not files or not self.built("linux") or not self.built("windows"):
+        if not self.built("linux") or not self.built("windows"):
+            self.report("python", Result("tests", output="not run, since a program is missing"))
             return
         environment = self.wine()
         if not environment:
@@ -425,6 +428,7 @@ def parse_options(arguments):
 def main(arguments):
     options = parse_options(arguments)
     stages = STAGES if options.all else options.only or QUICK_STAGES
+    BUILD.mkdir(exist_ok=True)
     run = Run(options)
     sys.stdout.reconfigure(errors="backslashreplace")
     signal.signal(signal.SIGTERM, signal.default_int_handler)
@@ -434,6 +438,8 @@ def main(arguments):
                 getattr(run, stage)()
     except KeyboardInterrupt:
         run.report("", Result("interrupted", failed=1))
+    except Exception:  # a fault of this script: the sum says so too, and Wine is still shut down
+        run.report("", Result("test run", failed=1, output=traceback.format_exc()))
     return run.close()
 
 

@@ -1,0 +1,141 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include "platform/CriticalSection.h"
+#include "scan/EnumeratorBase.h"
+
+namespace Kiv::Enumerators {
+
+// What tells one file or folder from every other on this machine.
+struct TFileIdentity {
+  uint64_t fDevice = 0;
+  uint64_t fInode = 0;
+  bool operator==(const TFileIdentity&) const = default;
+};
+
+// What all enumerators of one scan share.
+class TUnixScan : public TInterfaced<IInterface> {
+ public:
+  TUnixScan(std::u16string pRootPath, TFileIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
+      : fRootPath(std::move(pRootPath)), fRootIdentity(pRootIdentity), fOptions(pOptions) {}
+
+  // Whether the scan reaches what this mount shows by another road as well.
+  bool IsDuplicateMount(uint64_t pMountId);
+  // True the first time that a link leads to this folder.
+  bool EnterLinkTarget(const TFileIdentity& pTarget);
+
+  const std::u16string fRootPath;
+  const TFileIdentity fRootIdentity;
+  const THierarchicalEnumeratorOptions fOptions;
+
+ private:
+  struct TIdentityHash {
+    size_t operator()(const TFileIdentity& pKey) const { return pKey.fInode * 0x9E3779B97F4A7C15u ^ pKey.fDevice; }
+  };
+  TCriticalSection fLock;
+  bool fMountsRead GUARDED_BY(fLock) = false;
+  std::unordered_set<uint64_t> fDuplicateMounts GUARDED_BY(fLock);
+  std::unordered_set<TFileIdentity, TIdentityHash> fLinkTargets GUARDED_BY(fLock);
+};
+
+// A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened relative
+// to it, so that no path is resolved from the top again and again, and no path is too long.
+class TUnixDirectory : public TInterfaced<IInterface> {
+ public:
+  // A scan's root, by absolute path.
+  explicit TUnixDirectory(std::string pPath);
+  TUnixDirectory(TRef<TUnixDirectory> pParent, std::string pName, bool pFollowLink);
+  ~TUnixDirectory() override;
+
+  // Opens the folder for listing; returns 0 or the error. The handle stays open until the last child is opened, as long as
+  // the process has handles to spare; after that children find their way from the nearest folder that is open.
+  int Open();
+  void CloseWhenShort();
+  int Handle() const { return fHandle; }
+  std::u16string Path() const;
+  size_t PathLength() const { return fPathLength; }  // in UTF-16 units
+
+ private:
+  int OpenWith(int pFlags) const;
+
+  const TRef<TUnixDirectory> fParent;
+  const std::string fName;  // of the root its path
+  const uint32_t fPathLength;
+  const bool fFollowLink;
+  int fHandle = -1;
+};
+
+// Lists a folder of Linux: getdents64 into a 64 KiB buffer, statx relative to the folder's handle for every entry.
+class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
+ public:
+  // For the factory: a path as given, with or without the protocol. A path that cannot be reached gives an enumerator
+  // that tells the error; a file gives one whose only entry is that file.
+  static TRef<IHierarchicalEnumerator> CreateForPath(const std::u16string& pPath,
+                                                     THierarchicalEnumeratorOptions pOptions);
+  static TRef<IHierarchicalEnumerator> CreateForObject(const std::u16string& pPath,
+                                                       THierarchicalEnumeratorOptions pOptions);
+  ~TUnixEnumerator() override;
+
+  bool Next() override;
+  void Reset() override;
+  TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  TRef<IHierarchicalEnumerator> Clone() const override;
+
+  std::u16string_view GetObjectName() const override { return fName; }
+  int64_t GetSize() const override { return fEntry.fValues.fSize; }
+  int64_t GetAllocated() const override { return fEntry.fValues.fAllocated; }
+  TKivFileTime GetLastAccessDate() const override { return fEntry.fValues.fLastAccessDate; }
+  TKivFileTime GetLastChangeDate() const override { return fEntry.fValues.fLastChangeDate; }
+  TKivFileTime GetCreationDate() const override { return fEntry.fValues.fCreationDate; }
+  TAttributes GetAttributes() const override { return fEntry.fValues.fAttributes; }
+  TEntryValues GetEntryValues() const override { return fEntry.fValues; }
+  bool IsFolder() const override { return (fEntry.fValues.fAttributes & kAttributeDirectory) != 0; }
+  std::u16string GetFullPath() const override;
+  std::u16string GetOwner() const override;
+  uint64_t GetOwnerId() const override { return static_cast<uint64_t>(fEntry.fUser) + 1; }
+  bool CanDescend() const override;
+  uint32_t GetErrorCode() const override { return fErrorCode; }
+  TEnumeratorError GetError() const override;
+  std::u16string GetPath() const override { return fDirectory->Path(); }
+  size_t GetPathLength() const override { return fDirectory->PathLength(); }
+
+ private:
+  struct TEntry {
+    TEntryValues fValues;
+    TFileIdentity fIdentity;
+    uint64_t fMountId = 0;
+    uint32_t fUser = 0;
+    bool fIsMountPoint = false;
+  };
+  enum class TSingleObject : uint8_t { soNo, soAhead, soDone };
+
+  TUnixEnumerator(TRef<TUnixScan> pScan, TRef<TUnixDirectory> pDirectory);
+  bool Open();
+  bool ReadBuffer();
+  void Close();
+  bool ReadEntry(const char* pName);
+  void FillEntry(const struct statx& pStatus, std::string_view pName);
+  void FollowLinkIfWanted(const char* pName);
+  bool IsPseudoFileSystemEntry() const;
+
+  const TRef<TUnixScan> fScan;
+  const TRef<TUnixDirectory> fDirectory;
+  std::u16string fName;  // of the current entry
+  TEntry fEntry;         // before the first Next: the folder itself, for a scan's root
+  std::unique_ptr<std::byte[]> fBuffer;
+  uint32_t fBufferUsed = 0;
+  uint32_t fBufferIndex = 0;
+  uint32_t fErrorCode = 0;
+  bool fIsOpen = false;
+  bool fAtEnd = false;
+  TSingleObject fSingleObjectOnly = TSingleObject::soNo;
+};
+
+}  // namespace Kiv::Enumerators
