@@ -123,12 +123,12 @@ TEST(FormattedReport, HostileNamesKeepTheColumnsAndTheTerminalInOrder) {
   TReport report;
   const std::vector<std::string> lines = report.Of(*root);
   const int width = DisplayWidth(lines[3]);
-  for (size_t i = 4; i < 11; ++i) {
+  for (size_t i = 4; i < 12; ++i) {
     EXPECT_EQ(DisplayWidth(lines[i]), width) << lines[i];
     for (char character : lines[i]) EXPECT_FALSE(character >= 0 && character < ' ') << lines[i];
   }
-  EXPECT_THAT(lines[8], HasSubstr("\\x1B[31mred"));
-  EXPECT_THAT(lines[10], HasSubstr("\\xFF"));
+  EXPECT_THAT(lines[9], HasSubstr("\\x1B[31mred"));
+  EXPECT_THAT(lines[11], HasSubstr("\\xFF"));
 }
 
 TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
