@@ -13,6 +13,11 @@ namespace Vantrel {
 
 namespace {
 
+const std::u16string kCreatingFiles =
+    u"TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now files in it: ";
+const std::u16string kDisposingFiles =
+    u"TCustomFolderData.SetNewSize(): Disposing [Files] node as there are no files in it: ";
+
 template <class TArray>
 void AddInto(const TRef<TArray>& pTarget, const TRef<TArray>& pValues) {
   if (pTarget && pValues) pTarget->AddArray(*pValues);
@@ -282,11 +287,9 @@ void TCustomFolderData::ReplaceFiles(const TFileGroupContents& pContents) {
   const bool hasSubFolders = GetSubFolderCount() > 0;
   const TFolderContribution before = OwnFilesContribution();
   if (hasSubFolders && before.fValues.fFiles == 0 && pContents.fValues.fFiles > 0)
-    LogDebug("TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now files in it: " +
-             ToUtf8(GetFullPath()));
+    LogDebug(kCreatingFiles + GetFullPath());
   if (hasSubFolders && before.fValues.fFiles > 0 && pContents.fValues.fFiles == 0)
-    LogDebug("TCustomFolderData.SetNewSize(): Disposing [Files] node as there are no files in it: " +
-             ToUtf8(GetFullPath()));
+    LogDebug(kDisposingFiles + GetFullPath());
   DetachFilesNode();
   {
     TExclusiveLock lock(fLock);
@@ -315,8 +318,7 @@ void TCustomFolderData::MoveOwnFilesIntoNode() {
   // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
   const TFolderContribution own = Contribution();
   if (own.fValues.fFiles == 0) return;
-  LogDebug("TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now files in it: " +
-           ToUtf8(GetFullPath()));
+  LogDebug(kCreatingFiles + GetFullPath());
   TRef<const TFileTable> files;
   {
     TExclusiveLock lock(fLock);
@@ -523,7 +525,8 @@ TFolderData::TFolderData(TRef<IHierarchicalRoot> pRoot, std::u16string_view pPat
   if (configuration.GetDoUsersStatistics()) fUserSizeArray = MakeRef<TUserSizeArray>();
   if (configuration.GetDoExtensionsStatistics()) fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
   if (configuration.GetFileAgesDateType() != TDateType::dtNone)
-    fFileAgeDistribution = CreateFileAgeDistribution(configuration.GetFileAges());
+    fFileAgeDistribution = MakeRef<TFileAgeDistribution>(TRef<IFileAges>(configuration.GetFileAges()),
+                                                         configuration.GetFileAgesDateType());
   fFolderState = fsIsRoot;
 }
 

@@ -116,6 +116,8 @@ class IFileAgeDistribution : public IInterface {
   virtual void Assign(const IFileAgeDistribution& pSource) = 0;
   virtual void Clear() = 0;
   virtual TRef<IFileAgeDistribution> Clone() const = 0;
+  // A new one of the same intervals and date kind, without values.
+  virtual TRef<IFileAgeDistribution> CloneEmpty() const = 0;
 };
 
 class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
@@ -133,6 +135,9 @@ class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
   void Assign(const IFileAgeDistribution& pSource) override;
   void Clear() override;
   TRef<IFileAgeDistribution> Clone() const override;
+  TRef<IFileAgeDistribution> CloneEmpty() const override {
+    return MakeRef<TFileAgeDistribution>(GetFileAges(), GetDateType());
+  }
 
   // Bytes that the distribution holds on the heap beside itself, for measuring.
   size_t HeapBytes() const;

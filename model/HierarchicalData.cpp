@@ -65,7 +65,7 @@ template <class TInterface>
 IMetaDataCache& TBaseHierarchicalObject<TInterface>::GetMetaDataCache() {
   IMetaDataCache* cache = fMetaDataCache.load(std::memory_order_acquire);
   if (cache) return *cache;
-  TRef<IMetaDataCache> made = CreateMetaDataCache();
+  TRef<IMetaDataCache> made = MakeRef<TMetaDataCache>();
   made->AddRef();  // the node's own reference
   if (fMetaDataCache.compare_exchange_strong(cache, made.get(), std::memory_order_acq_rel)) return *made;
   made->Release();  // another thread was first

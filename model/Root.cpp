@@ -5,7 +5,6 @@
 #include "platform/Errors.h"
 #include "platform/Paths.h"
 #include "platform/System.h"
-#include "platform/Text.h"
 #include "platform/WildcardMatch.h"
 
 namespace Kiv {
@@ -62,6 +61,8 @@ TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards
 }
 
 TCustomRoot::~TCustomRoot() = default;
+
+IScanConfiguration& TCustomRoot::GetScanConfiguration() { return *fConfiguration; }
 
 TRef<IFolderData> TCustomRoot::GetTopFolder() const {
   TCriticalSectionLock lock(fLock);
@@ -125,8 +126,10 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
   fNumFolders = 0;
   fBytesFound = 0;
   fExcludedObjects = 0;
-  if (pWholeTree || !fTopSizeList) {
-    fTopSizeList = CreateTopSizeList(fOptions->NumberOfTopFiles);
+  if (pWholeTree) {
+    fTopSizeList = nullptr;
+    if (fOptions->NumberOfTopFiles > 0)
+      fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
     fScanTimeStamp = TKivFileTime::Now().fTicks;
   }
   fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp(), fExpression || !fFileMask.empty());
@@ -192,12 +195,12 @@ void TCustomRoot::EndScanning() {
 
 bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   if ((GetState() & rsFinished) == 0) {
-    LogDebug("TCustomFolderData.Refresh: Not performing update on \"" + ToUtf8(pFolder.GetFullPath()) +
-             "\". The root was never scanned.");
+    LogDebug(u"TCustomFolderData.Refresh: Not performing update on \"" + pFolder.GetFullPath() +
+             u"\". The root was never scanned.");
     return false;
   }
   if ((GetState() & rsShowsPreviousState) != 0) {
-    LogDebug("For a root that shows a previous state a sub-branch refresh should no be performed.");
+    LogDebug(u"For a root that shows a previous state a sub-branch refresh should no be performed.");
     return false;
   }
   const std::u16string path = pFolder.GetFullPath();
@@ -310,18 +313,25 @@ void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
 }
 
 void TCustomRoot::RefillTopSizeList(const IFolderData& pWithout) {
+  fTopSizeList->Clear();
   std::vector<TRef<IFolderData>> stack;
   if (TRef<IFolderData> top = GetTopFolder()) stack.push_back(std::move(top));
-  fTopSizeList->Clear();
   while (!stack.empty()) {
     TRef<IFolderData> folder = std::move(stack.back());
     stack.pop_back();
-    if (folder.get() == &pWithout) continue;
-    if (!folder->IsFileGroup()) {
-      if (TRef<const TFileTable> table = folder->GetFileTable())
-        for (size_t i = 0; i < table->Count(); ++i) fTopSizeList->Offer(*folder, table->NameAt(i), (*table)[i]);
-      for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
-    }
+    if (folder.get() == &pWithout || folder->IsFileGroup()) continue;
+    OfferFiles(*folder);
+    for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
+  }
+}
+
+void TCustomRoot::OfferFiles(IFolderData& pFolder) {
+  TRef<const TFileTable> table = pFolder.GetFileTable();
+  for (size_t i = 0; table && i < table->Count(); ++i) {
+    const TFileRecord& file = (*table)[i];
+    if (file.fSize >= fTopSizeList->GetThreshold())
+      fTopSizeList->Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
+                         std::u16string(table->NameAt(i))});
   }
 }
 
@@ -351,7 +361,7 @@ void TCustomRoot::Dispose() {
   if (engine) engine->Dispose();
   fDisposeToken->SetDisposed();
   IncludeState(rsDisposed);
-  if (fTopSizeList) fTopSizeList->Clear();
+  if (fTopSizeList) fTopSizeList->Dispose();
   GiveUpTree();
   fObservers.Clear();
   fErrorObservers.Clear();

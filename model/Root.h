@@ -70,7 +70,7 @@ class TCustomRoot : public TBaseRoot {
   TRef<IScanEngine> GetScanEngine() const override;
   std::vector<TScanError> GetErrors() const override;
   TScanProgress GetProgress() const override;
-  IScanConfiguration& GetScanConfiguration() override { return *fConfiguration; }
+  IScanConfiguration& GetScanConfiguration() override;
   void ForgetBranch(IFolderData& pFolder) override;
 
   void Scan() override;
@@ -106,6 +106,7 @@ class TCustomRoot : public TBaseRoot {
   TRef<IHierarchicalEnumerator> OpenPath(const std::u16string& pPath);
   void GiveUpTree();
   void RefillTopSizeList(const IFolderData& pWithout);
+  void OfferFiles(IFolderData& pFolder);
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
   uint32_t EnumeratorOptions() const;

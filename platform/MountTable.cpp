@@ -1,5 +1,8 @@
 #include "platform/MountTable.h"
 
+#include <algorithm>
+#include <charconv>
+
 namespace Kiv {
 
 namespace {
@@ -30,14 +33,13 @@ std::string Decoded(std::string_view pField) {
   return result;
 }
 
-bool Holds(std::string_view pMountPoint, std::string_view pPath) {
-  if (!pPath.starts_with(pMountPoint)) return false;
-  return pMountPoint == "/" || pPath.size() == pMountPoint.size() || pPath[pMountPoint.size()] == '/';
-}
-
 // "36 35 98:0 /root /mount/point options [optional fields] - type source superoptions"
 bool ParseLine(std::string_view pLine, TMount& pMount) {
-  for (int field = 0; field < 4; ++field) Take(pLine, ' ');
+  const std::string_view id = Take(pLine, ' ');
+  if (std::from_chars(id.data(), id.data() + id.size(), pMount.fId).ec != std::errc()) return false;
+  Take(pLine, ' ');  // the mount that this one is mounted on
+  pMount.fDevice = Take(pLine, ' ');
+  pMount.fRoot = Decoded(Take(pLine, ' '));
   pMount.fMountPoint = Decoded(Take(pLine, ' '));
   while (!pLine.empty() && Take(pLine, ' ') != "-") {
   }
@@ -48,15 +50,26 @@ bool ParseLine(std::string_view pLine, TMount& pMount) {
 
 }  // namespace
 
-bool FindMount(std::string_view pTable, std::string_view pPath, TMount& pMount) {
-  bool found = false;
-  TMount candidate;
+std::vector<TMount> ParseMountTable(std::string_view pTable) {
+  std::vector<TMount> mounts;
   while (!pTable.empty()) {
-    if (!ParseLine(Take(pTable, '\n'), candidate) || !Holds(candidate.fMountPoint, pPath)) continue;
-    if (found && candidate.fMountPoint.size() < pMount.fMountPoint.size()) continue;
-    pMount = candidate;
-    found = true;
+    TMount mount;
+    if (ParseLine(Take(pTable, '\n'), mount)) mounts.push_back(std::move(mount));
   }
+  return mounts;
+}
+
+bool IsSameOrBeneath(std::string_view pPath, std::string_view pFolder) {
+  if (!pPath.starts_with(pFolder)) return false;
+  return pFolder == "/" || pPath.size() == pFolder.size() || pPath[pFolder.size()] == '/';
+}
+
+const TMount* FindMount(const std::vector<TMount>& pMounts, std::string_view pPath) {
+  const TMount* found = nullptr;
+  for (const TMount& mount : pMounts)
+    if (IsSameOrBeneath(pPath, mount.fMountPoint) &&
+        (found == nullptr || mount.fMountPoint.size() >= found->fMountPoint.size()))
+      found = &mount;
   return found;
 }
 

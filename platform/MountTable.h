@@ -1,19 +1,32 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Kiv {
 
 // One line of Linux' /proc/self/mountinfo, in native bytes with the escapes decoded.
 struct TMount {
-  std::string fMountPoint;  // "/home"
+  uint64_t fId = 0;
+  std::string fDevice;      // "8:1": which file system
+  std::string fRoot;        // the folder of that file system that is shown
+  std::string fMountPoint;  // where it is shown: "/home"
   std::string fFileSystem;  // "ext4"
   std::string fSource;      // "/dev/sda1", or a name such as "tmpfs"
 };
 
-// Finds the mount that holds an absolute, resolved path in the text of the table: the one with the longest mount point,
-// and of several on one point the last, which hides the others. False when the table has none.
-bool FindMount(std::string_view pTable, std::string_view pPath, TMount& pMount);
+// The mounts in the text of the table, in its order; lines of another form are passed over.
+std::vector<TMount> ParseMountTable(std::string_view pTable);
+// The mounts that this process sees; empty where the kernel does not tell. Linux only.
+std::vector<TMount> ReadMountTable();
+
+// Whether a native path is the folder or lies beneath it. Both are absolute, without a trailing slash.
+bool IsSameOrBeneath(std::string_view pPath, std::string_view pFolder);
+
+// The mount that holds an absolute, resolved path: the one with the longest mount point, and of several on one point the
+// last, which hides the others. nullptr when the table has none.
+const TMount* FindMount(const std::vector<TMount>& pMounts, std::string_view pPath);
 
 }  // namespace Kiv

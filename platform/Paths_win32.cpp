@@ -26,7 +26,7 @@ std::u16string AskForText(TAsk pAsk) {
   for (;;) {
     const DWORD length = pAsk(reinterpret_cast<wchar_t*>(buffer.data()), static_cast<DWORD>(buffer.size()));
     const bool fits = length < buffer.size();
-    buffer.resize(length);
+    buffer.resize(fits ? length : length + 1);  // not every call counts the zero
     if (fits) return buffer;
   }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace Kiv {
 
@@ -17,5 +18,9 @@ struct TVolumeInformation {
 
 // Asks the system; false when the path does not exist or the volume cannot be asked. Any thread.
 bool GetVolumeInformationOfPath(const std::u16string& pPath, TVolumeInformation& pInformation);
+
+// The mount points or drives of this machine's own storage: fixed drives on Windows, file systems on a block device on
+// Linux. Any thread.
+std::vector<std::u16string> ListLocalDrives();
 
 }  // namespace Kiv

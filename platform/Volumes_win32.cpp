@@ -40,4 +40,15 @@ bool GetVolumeInformationOfPath(const std::u16string& pPath, TVolumeInformation&
   return true;
 }
 
+std::vector<std::u16string> ListLocalDrives() {
+  std::vector<std::u16string> drives;
+  const DWORD present = GetLogicalDrives();
+  for (int letter = 0; letter < 26; ++letter) {
+    if ((present & (1u << letter)) == 0) continue;
+    const wchar_t path[] = {static_cast<wchar_t>(L'A' + letter), L':', L'\\', 0};
+    if (GetDriveTypeW(path) == DRIVE_FIXED) drives.push_back({static_cast<char16_t>(path[0]), u':', u'\\'});
+  }
+  return drives;
+}
+
 }  // namespace Kiv

@@ -4,6 +4,7 @@
 
 #include "platform/DebugLog.h"
 #include "platform/Errors.h"
+#include "platform/Text.h"
 
 namespace ThreadPool {
 
@@ -25,7 +26,7 @@ void TBasicWorkItem::Run() {
     Execute();
     if (IsCancelled()) result = TTaskStatus::tsCancelled;
   } catch (const std::exception& error) {
-    LogDebug(std::string("TBasicWorkItem.Run: ") + error.what());
+    LogDebug(u"TBasicWorkItem.Run: " + FromUtf8(error.what()));
     result = TTaskStatus::tsFailed;
   }
   fStatus.store(result, std::memory_order_release);

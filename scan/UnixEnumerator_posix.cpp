@@ -16,9 +16,10 @@
 #include "platform/OwnerNames.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
+#include "scan/DuplicateMounts.h"
 #include "scan/LinkRules.h"
-#include "scan/MountTable_posix.h"
 #include "scan/PathNotFoundEnumerator.h"
+#include "scan/PseudoFileSystems_posix.h"
 
 #ifndef STATX_MNT_ID
 #define STATX_MNT_ID 0x1000U
@@ -127,7 +128,7 @@ TAttributes AttributesOf(const struct statx& pStatus, std::string_view pName) {
 bool TUnixScan::IsDuplicateMount(uint64_t pMountId) {
   TCriticalSectionLock lock(fLock);
   if (!fMountsRead) {
-    fDuplicateMounts = DuplicateMounts(ReadMounts(), ToNativeBytes(ResolvedPath(fRootPath)));
+    fDuplicateMounts = DuplicateMounts(ReadMountTable(), ToNativeBytes(ResolvedPath(fRootPath)));
     fMountsRead = true;
   }
   return fDuplicateMounts.contains(pMountId);

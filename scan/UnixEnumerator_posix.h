@@ -10,6 +10,8 @@
 #include "platform/CriticalSection.h"
 #include "scan/EnumeratorBase.h"
 
+struct statx;  // the system's
+
 namespace Kiv::Enumerators {
 
 // What tells one file or folder from every other on this machine.

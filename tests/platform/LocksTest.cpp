@@ -24,12 +24,15 @@ struct TTriple {
   void Increment() {
     TExclusiveLock lock(fLock);
     ++fFirst;
+    if (fFirst % 8 == 0) std::this_thread::yield();  // or the others would hardly ever meet it held
     ++fSecond;
     ++fThird;
   }
   bool IsTorn() {
     TSharedLock lock(fLock);
-    return fFirst != fSecond || fSecond != fThird;
+    const int64_t before = fFirst;
+    if (before % 8 == 0) std::this_thread::yield();
+    return before != fSecond || fSecond != fThird || fThird != fFirst;
   }
 };
 
@@ -89,8 +92,14 @@ TEST(Locks, SleepersWake) {
     for (int i = 0; i < 200; ++i) std::this_thread::yield();  // mostly enough for them to give up spinning and sleep
     triple.fLock.ReleaseExclusive();
     for (std::thread& thread : threads) thread.join();
+
+    triple.fLock.AcquireShared();
+    std::thread writer([&] { triple.Increment(); });
+    for (int i = 0; i < 200; ++i) std::this_thread::yield();
+    triple.fLock.ReleaseShared();
+    writer.join();
     TSharedLock shared(triple.fLock);
-    ASSERT_EQ(triple.fSecond, 2 * round);
+    ASSERT_EQ(triple.fSecond, 3 * round);
   }
 }
 

@@ -1,0 +1,143 @@
+#include "scan/FolderAccumulator.h"
+
+#include <algorithm>
+#include <boost/container_hash/hash.hpp>
+
+#include "model/FileAges.h"
+#include "model/FileNames.h"
+#include "model/TopSizeList.h"
+
+namespace Vantrel::ScanEngine {
+
+namespace {
+
+TKivFileTime DateOfKind(const TEntryValues& pValues, TDateType pType) {
+  switch (pType) {
+    case TDateType::dtLastAccess:
+      return pValues.fLastAccessDate;
+    case TDateType::dtCreation:
+      return pValues.fCreationDate;
+    default:
+      return pValues.fLastChangeDate;
+  }
+}
+
+}  // namespace
+
+size_t TFolderAccumulator::TTextHash::operator()(std::u16string_view pText) const {
+  return boost::hash_range(pText.begin(), pText.end());
+}
+
+void TFolderAccumulator::TKeyTotals::Add(TKeyId pKey, const TBasicSizeValues& pValues) {
+  if (pKey >= fPositions.size()) fPositions.resize(pKey + 64);
+  uint32_t& position = fPositions[pKey];
+  if (position == 0) {
+    fEntries.push_back({pKey, pValues});
+    position = static_cast<uint32_t>(fEntries.size());
+  } else {
+    fEntries[position - 1].fValues += pValues;
+  }
+}
+
+std::span<const TKeyedSizeValues> TFolderAccumulator::TKeyTotals::Sorted() {
+  for (const TKeyedSizeValues& entry : fEntries) fPositions[entry.fKey] = 0;
+  std::sort(fEntries.begin(), fEntries.end(), [](const auto& pA, const auto& pB) { return pA.fKey < pB.fKey; });
+  return fEntries;
+}
+
+void TFolderAccumulator::TKeyTotals::Clear() {
+  for (const TKeyedSizeValues& entry : fEntries) fPositions[entry.fKey] = 0;
+  fEntries.clear();
+}
+
+TFolderAccumulator::TFolderAccumulator(const IScanConfiguration& pConfiguration)
+    : fDoUsers(pConfiguration.GetDoUsersStatistics()),
+      fDoExtensions(pConfiguration.GetDoExtensionsStatistics()),
+      fKeepFiles(pConfiguration.GetKeepFiles()),
+      fAgesDateType(pConfiguration.GetFileAgesDateType()),
+      fLongPathLength(static_cast<size_t>(pConfiguration.GetLongPathLength())),
+      fNow(pConfiguration.GetScanTimeStamp()),
+      fFileAges(pConfiguration.GetFileAges()),
+      fTopSizeList(pConfiguration.GetTopSizeList()) {}
+
+void TFolderAccumulator::Begin(size_t pPathLength) {
+  fPathLength = pPathLength;
+  fValues = {};
+  fLastAccessDate = {};
+  fLastChangeDate = {};
+  fLongPaths = false;
+  fOwners.Clear();
+  fExtensions.Clear();
+  fAges.Clear();
+  fFiles.Clear();
+  fTopFiles.clear();
+}
+
+TKeyId TFolderAccumulator::OwnerKeyOf(const IHierarchicalEnumerator& pEntry) {
+  const uint64_t owner = pEntry.GetOwnerId();
+  if (owner != 0 && owner == fLastOwnerId) return fLastOwnerKey;
+  auto known = owner != 0 ? fOwnerKeys.find(owner) : fOwnerKeys.end();
+  const TKeyId key = known != fOwnerKeys.end() ? known->second : TUserSizeArray::KeyOf(pEntry.GetOwner());
+  if (owner == 0) return key;
+  if (known == fOwnerKeys.end()) fOwnerKeys.emplace(owner, key);
+  fLastOwnerId = owner;
+  fLastOwnerKey = key;
+  return key;
+}
+
+TKeyId TFolderAccumulator::ExtensionKeyOf(std::u16string_view pName) {
+  const std::u16string_view extension = ExtensionOfName(pName);
+  auto known = fExtensionKeys.find(extension);
+  if (known != fExtensionKeys.end()) return known->second;
+  const TKeyId key = TExtensionSizeArray::KeyOf(extension);
+  // Names with a running number for an extension would fill the cache with texts that never come again.
+  constexpr size_t kMostCachedExtensions = 4096;
+  if (fExtensionKeys.size() < kMostCachedExtensions) fExtensionKeys.emplace(extension, key);
+  return key;
+}
+
+void TFolderAccumulator::AddFile(const IHierarchicalEnumerator& pEntry) {
+  const TEntryValues values = pEntry.GetEntryValues();
+  const std::u16string_view name = pEntry.GetObjectName();
+  TBasicSizeValues sizes;
+  sizes.fSize = values.fSize;
+  sizes.fAllocated = values.fAllocated;
+  sizes.fFiles = 1;
+  fValues += sizes;
+  fValues.fCompression |= (values.fAttributes & kAttributeCompressed) != 0 ? compr_yes : compr_no;
+  TKeyId ownerKey = kNoKey;
+  if (fDoUsers) fOwners.Add(ownerKey = OwnerKeyOf(pEntry), sizes);
+  if (fDoExtensions) fExtensions.Add(ExtensionKeyOf(name), sizes);
+  if (fAgesDateType != TDateType::dtNone) {
+    const int interval = fFileAges->GetIndexOfMatchingInterval(FileAgeInDays(fNow, DateOfKind(values, fAgesDateType)));
+    if (interval >= 0) fAges.Add(static_cast<TKeyId>(interval), sizes);
+  }
+  if (fPathLength + 1 + name.size() >= fLongPathLength) fLongPaths = true;
+  fLastAccessDate = std::max(fLastAccessDate, values.fLastAccessDate);
+  fLastChangeDate = std::max(fLastChangeDate, values.fLastChangeDate);
+  if (fTopSizeList && values.fSize >= fTopSizeList->GetThreshold()) fTopFiles.push_back({values, std::u16string(name)});
+  if (fKeepFiles) fFiles.Add(name, values, ownerKey);
+}
+
+TFileGroupContents TFolderAccumulator::Finish(TCustomFolderData& pFolder) {
+  TFileGroupContents contents;
+  contents.fValues = fValues;
+  contents.fOwners = fOwners.Sorted();
+  contents.fExtensions = fExtensions.Sorted();
+  contents.fAges = fAges.Sorted();
+  contents.fLastAccessDate = fLastAccessDate;
+  contents.fLastChangeDate = fLastChangeDate;
+  contents.fLongPaths = fLongPaths;
+  if (!fFiles.IsEmpty()) contents.fFiles = fFiles.Build();
+  if (!fTopFiles.empty()) {
+    std::vector<TTopSizeEntry> entries;
+    entries.reserve(fTopFiles.size());
+    for (TTopFile& file : fTopFiles)
+      entries.push_back({file.fValues.fSize, file.fValues.fAllocated, file.fValues.fLastChangeDate,
+                         TRef<IHierarchicalElement>(&pFolder), std::move(file.fName)});
+    fTopSizeList->Add(entries);
+  }
+  return contents;
+}
+
+}  // namespace Vantrel::ScanEngine

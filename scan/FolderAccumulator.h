@@ -1,0 +1,86 @@
+#pragma once
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/CustomFolder.h"
+#include "model/FileTable.h"
+#include "model/RootInterfaces.h"
+
+namespace Vantrel::ScanEngine {
+
+using namespace Kiv;
+
+// Sums up the files of one folder while it is being listed. A worker keeps one and uses it for folder after folder: after
+// the first few folders, counting a file allocates nothing, hashes at most its extension, and takes no lock.
+class TFolderAccumulator {
+ public:
+  // The accumulator is used for one root's scan only: it remembers the keys of that scan's owners.
+  explicit TFolderAccumulator(const IScanConfiguration& pConfiguration);
+
+  // A new folder, whose path has so many UTF-16 units.
+  void Begin(size_t pPathLength);
+  // The enumerator's current entry, a file.
+  void AddFile(const IHierarchicalEnumerator& pEntry);
+  TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
+
+  int64_t FileCount() const { return fValues.fFiles; }
+  const TSizeValues& Values() const { return fValues; }
+  // What was counted since Begin; good until the next Begin. Adds the files worth it to the list of largest files.
+  TFileGroupContents Finish(TCustomFolderData& pFolder);
+
+ private:
+  // Totals by key, in a table indexed by key: keys are small integers, and few.
+  class TKeyTotals {
+   public:
+    void Add(TKeyId pKey, const TBasicSizeValues& pValues);
+    std::span<const TKeyedSizeValues> Sorted();
+    void Clear();
+
+   private:
+    std::vector<uint32_t> fPositions;  // by key: 1 + index into the entries, 0 for none
+    std::vector<TKeyedSizeValues> fEntries;
+  };
+  struct TTextHash {
+    using is_transparent = void;
+    size_t operator()(std::u16string_view pText) const;
+  };
+  struct TTopFile {
+    TEntryValues fValues;
+    std::u16string fName;
+  };
+
+  TKeyId ExtensionKeyOf(std::u16string_view pName);
+
+  // Fixed.
+  const bool fDoUsers;
+  const bool fDoExtensions;
+  const bool fKeepFiles;
+  const TDateType fAgesDateType;
+  const size_t fLongPathLength;
+  const TKivFileTime fNow;
+  IFileAges* const fFileAges;
+  ITopSizeList* const fTopSizeList;
+
+  // Of the folder.
+  size_t fPathLength = 0;
+  TSizeValues fValues;
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fLastChangeDate;
+  bool fLongPaths = false;
+  TKeyTotals fOwners;
+  TKeyTotals fExtensions;
+  TKeyTotals fAges;
+  TFileTableBuilder fFiles;
+  std::vector<TTopFile> fTopFiles;
+
+  // Of the scan.
+  boost::unordered_flat_map<std::u16string, TKeyId, TTextHash, std::equal_to<>> fExtensionKeys;
+  boost::unordered_flat_map<uint64_t, TKeyId> fOwnerKeys;
+  uint64_t fLastOwnerId = 0;
+  TKeyId fLastOwnerKey = kNoKey;
+};
+
+}  // namespace Vantrel::ScanEngine

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Kiv::Enumerators {
+
+// Whether a file system's magic number (statfs) is that of a kernel's pseudo file system, in which nothing is stored.
+bool IsPseudoFileSystem(uint64_t pMagic);
+
+}  // namespace Kiv::Enumerators
