@@ -1,7 +1,6 @@
 #include "automation/CommandLineHandler.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "automation/ExitCodes.h"
 #include "platform/Text.h"
@@ -19,20 +18,22 @@ std::u16string Folded(std::u16string_view pText) {
   return folded;
 }
 
-// Insertions, deletions and replacements that turn one text into the other.
+// Insertions, deletions, replacements and swaps of neighbours that turn one text into the other.
 size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
-  std::vector<size_t> row(pB.size() + 1);
-  std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < pA.size(); ++i) {
-    size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (size_t j = 0; j < pB.size(); ++j) {
-      const size_t replaced = diagonal + (pA[i] == pB[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+  std::vector<std::vector<size_t>> cost(pA.size() + 1, std::vector<size_t>(pB.size() + 1));
+  for (size_t i = 0; i <= pA.size(); ++i) {
+    for (size_t j = 0; j <= pB.size(); ++j) {
+      if (i == 0 || j == 0) {
+        cost[i][j] = i + j;
+        continue;
+      }
+      const size_t replaced = cost[i - 1][j - 1] + (pA[i - 1] == pB[j - 1] ? 0 : 1);
+      cost[i][j] = std::min({replaced, cost[i - 1][j] + 1, cost[i][j - 1] + 1});
+      if (i > 1 && j > 1 && pA[i - 1] == pB[j - 2] && pA[i - 2] == pB[j - 1])
+        cost[i][j] = std::min(cost[i][j], cost[i - 2][j - 2] + 1);
     }
   }
-  return row.back();
+  return cost[pA.size()][pB.size()];
 }
 
 }  // namespace
@@ -128,7 +129,8 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
 // The nearest switch or option, when it is near enough to have been meant.
 std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
   const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pToken);
-  const std::u16string typed = Folded(name);
+  constexpr size_t kLongestName = 64;  // whatever is longer is a text that went astray
+  const std::u16string typed = Folded(name.substr(0, kLongestName));
   std::u16string best;
   size_t bestDistance = std::max<size_t>(1, typed.size() / 3) + 1;
   auto consider = [&](std::u16string_view pCandidate) {

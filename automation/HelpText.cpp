@@ -44,8 +44,7 @@ std::vector<std::string> OptionsHelpText() {
   for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) {
     lines.push_back(fmt::format("  --{:<28}{}", option.fName, option.fHelp));
     const std::string range = option.fRange.empty() ? "any text" : option.fRange;
-    lines.push_back(
-        fmt::format("    {:<28}{}", "", option.fDefault.empty() ? range : range + ", default " + option.fDefault));
+    lines.push_back("      " + (option.fDefault.empty() ? range : range + ", default " + option.fDefault));
   }
   return lines;
 }

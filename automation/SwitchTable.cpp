@@ -34,7 +34,7 @@ void BeUnattended(TCommandLineState& pState, std::u16string_view) {
 
 constexpr TSwitch kSwitches[] = {
     {{u"SCAN", TValueKind::vkPaths, true}, "PATH[;PATH]...", "scan these paths", AddPaths},
-    {{u"NOGUI", TValueKind::vkNone, true}, "", "report to the console and end (there is no window yet)", BeUnattended},
+    {{u"NOGUI", TValueKind::vkNone, true}, "", "report to the console and end (always the case)", BeUnattended},
     {{u"HELP", TValueKind::vkOptionalText, false}, "[options]", "this text, or all options", AskHelp},
     {{u"?", TValueKind::vkOptionalText, false}, "", "", AskHelp},
     {{u"h", TValueKind::vkOptionalText, false}, "", "", AskHelp},

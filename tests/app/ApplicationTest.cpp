@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+
+#include "app/Application.h"
+#include "automation/CommandLineParser.h"
+#include "automation/ExitCodes.h"
+#include "platform/Errors.h"
+#include "platform/Text.h"
+#include "tests/support/FakeTree.h"
+#include "tests/support/LineList.h"
+
+namespace {
+
+using namespace Kiv;
+using namespace Vantrel;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using Vantrel::Testing::TFakeFolder;
+using Vantrel::Testing::TFakeRoot;
+using Vantrel::Testing::TFakeRoots;
+using Vantrel::Testing::TLineList;
+
+class Application : public testing::Test {
+ protected:
+  TRef<TFakeRoots> fRoots = MakeRef<TFakeRoots>();
+  TLineList fOutput;
+  std::vector<std::string> fErrors;
+  bool fLeaveQuickly = false;
+
+  TRef<TFakeRoot> AddRoot(std::u16string pPath) {
+    auto root = MakeRef<TFakeRoot>(pPath);
+    root->fTop = MakeRef<TFakeFolder>(pPath, TSizeValues{});
+    fRoots->fKnown[pPath] = root;
+    return root;
+  }
+
+  int Run(std::u16string_view pLine) {
+    fErrors.clear();
+    TRunSettings settings;
+    settings.fPlatformName = "Test";
+    settings.fLeaveQuickly = fLeaveQuickly;
+    settings.fOutput = &fOutput;
+    settings.fWriteError = [this](std::string_view pText) { fErrors.emplace_back(pText); };
+    settings.fCreateRoots = [this](std::shared_ptr<const TGlobalOptions>) { return fRoots; };
+    TApplication application(settings);
+    return application.Run(TKivCommandLineParser::SplitCommandLine(pLine));
+  }
+
+  size_t Reports() const {
+    return static_cast<size_t>(
+        std::count_if(fOutput.fLines.begin(), fOutput.fLines.end(),
+                      [](const std::string& pLine) { return pLine.find(" Report, ") != std::string::npos; }));
+  }
+};
+
+TEST_F(Application, ReportsEachPathWithItsOwnTotals) {
+  AddRoot(u"a");
+  AddRoot(u"a/b");
+  EXPECT_EQ(Run(u"a a/b"), ecOk);
+  EXPECT_EQ(Reports(), 2u);
+  EXPECT_THAT(fErrors, IsEmpty());
+  EXPECT_THAT(fRoots->fRemoved, ElementsAre(u"a", u"a/b"));
+  EXPECT_TRUE(fRoots->fDisposed);
+}
+
+TEST_F(Application, APathGivenTwiceIsScannedOnce) {
+  const auto root = AddRoot(u"a");
+  EXPECT_EQ(Run(u"a ./a a/ x/../a"), ecOk);
+  EXPECT_EQ(root->fScans, 1);
+  EXPECT_EQ(Reports(), 1u);
+  EXPECT_THAT(fErrors, ElementsAre("\"./a\" was given more than once; it is scanned once",
+                                   "\"a/\" was given more than once; it is scanned once",
+                                   "\"x/../a\" was given more than once; it is scanned once"));
+}
+
+TEST_F(Application, TheHighestExitCodeCounts) {
+  AddRoot(u"fine");
+  AddRoot(u"torn")->AddError(u"torn/x", 5);
+  const auto missing = AddRoot(u"missing");
+  missing->AddError(u"missing", 2);
+  missing->fState = rsPathNotFound | rsHasErrors;
+  EXPECT_EQ(Run(u"torn fine"), ecIncomplete);
+  EXPECT_EQ(Reports(), 1u + 1);
+  EXPECT_EQ(Run(u"missing torn fine"), ecPathNotFound);
+  EXPECT_EQ(Reports(), 2u + 2) << "the others are reported all the same";
+  EXPECT_THAT(fErrors, ElementsAre("Cannot scan \"missing\": " + OSErrorText(2)));
+}
+
+TEST_F(Application, ACancelledScanIsReportedAndTheOthersAreNamed) {
+  const auto root = AddRoot(u"a");
+  AddRoot(u"b");
+  int waits = 0;
+  root->fOnWait = [&] {
+    if (++waits == 2) TApplication::RequestCancel();
+    return waits == 5;
+  };
+  EXPECT_EQ(Run(u"a b"), ecCancelled);
+  EXPECT_TRUE(root->fCancelled);
+  EXPECT_EQ(Reports(), 1u);
+  EXPECT_THAT(fOutput.fLines, testing::Contains(HasSubstr("The scan was cancelled after")));
+  EXPECT_THAT(fErrors, ElementsAre("Not scanned: \"b\""));
+}
+
+TEST_F(Application, AReportThatCannotBeWrittenEndsTheRun) {
+  AddRoot(u"a");
+  const auto second = AddRoot(u"b");
+  fOutput.fCapacity = 2;
+  EXPECT_EQ(Run(u"a b"), ecOutputFailed);
+  EXPECT_EQ(second->fScans, 0);
+  EXPECT_THAT(fErrors, ElementsAre("The report could not be written"));
+  EXPECT_EQ(Run(u"--help"), ecOutputFailed);
+}
+
+TEST_F(Application, OnlyTheLastTreeIsLeftStandingWhenLeavingQuickly) {
+  AddRoot(u"a");
+  AddRoot(u"b");
+  fLeaveQuickly = true;
+  EXPECT_EQ(Run(u"a b"), ecOk);
+  EXPECT_THAT(fRoots->fRemoved, ElementsAre(u"a"));
+  EXPECT_FALSE(fRoots->fDisposed);
+  fRoots->Release();  // the reference that the run left behind
+}
+
+TEST_F(Application, AnswersWithoutScanning) {
+  EXPECT_EQ(Run(u"--version"), ecOk);
+  EXPECT_THAT(fOutput.fLines, ElementsAre(testing::MatchesRegex("Vantrel [0-9]+.[0-9]+.[0-9]+ .Test, 64-bit.")));
+  EXPECT_EQ(Run(u"--help a"), ecWrongCommandLine);
+  EXPECT_EQ(Run(u""), ecWrongCommandLine);
+  EXPECT_THAT(fErrors, ElementsAre("No path to scan was given", StartsWith("Usage: "), EndsWith("--help\".")));
+  EXPECT_EQ(Run(u"a --nonsense"), ecWrongCommandLine);
+  EXPECT_EQ(fOutput.fLines.size(), 1u);
+}
+
+TEST_F(Application, AFaultOfTheProgramIsOneLineAndACode) {
+  EXPECT_EQ(Run(u"unknown"), ecInternalError);
+  EXPECT_THAT(fErrors, ElementsAre("TFakeRoots.CreateRoot: unexpected path"));
+}
+
+}  // namespace

@@ -1,0 +1,153 @@
+#include <gmock/gmock.h>
+
+#include "automation/CommandLineHandler.h"
+#include "automation/ExitCodes.h"
+#include "automation/HelpText.h"
+#include "platform/Text.h"
+
+namespace {
+
+using namespace Kiv;
+using namespace Vantrel::CommandLine;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A command line for either rule; tokens are separated by single blanks.
+class TCommandLine {
+ public:
+  explicit TCommandLine(std::u16string_view pLine, bool pSlashBeginsPaths = true)
+      : fParser(pSlashBeginsPaths), fHandler(fParser, fOptions) {
+    fHandler.HandleCommandLineSwitches(TKivCommandLineParser::SplitCommandLine(pLine));
+  }
+  const TCommandLineState& State() const { return fHandler.State(); }
+  // The message that the program would end with; empty when the command line is fine.
+  std::string Refusal() {
+    try {
+      fHandler.FinalizeCommandLineOptions();
+    } catch (const ECommandLineParserCriticalException& error) {
+      EXPECT_EQ(error.ExitCode(), Vantrel::ecWrongCommandLine);
+      return error.what();
+    }
+    return {};
+  }
+  TGlobalOptions fOptions;
+
+ private:
+  TKivCommandLineParser fParser;
+  TCommandLineHandler fHandler;
+};
+
+TEST(CommandLineHandler, CollectsPaths) {
+  struct TCase {
+    std::u16string fLine;
+    std::vector<std::u16string> fPaths;
+  };
+  const TCase anywhere[] = {
+      {u"/SCAN a", {u"a"}},
+      {u"/scan a;b c /NOGUI d", {u"a", u"b", u"c", u"d"}},
+      {u"--SCAN a -Scan b", {u"a", u"b"}},
+      {u"--scan=a;b c;d", {u"a", u"b", u"c;d"}},  // only the switch takes joined paths
+      {u"a;b", {u"a;b"}},
+      {u"/MaximumThreads 2 a", {u"a"}},
+      {u"/KeepFiles a", {u"a"}},
+      {u"a -- /NOGUI --version", {u"a", u"/NOGUI", u"--version"}},
+      {u"/SCAN -- -x", {u"-x"}},
+      {u"-5", {u"-5"}},
+      {u"/SCAN ;a;;b;", {u"a", u"b"}},
+  };
+  for (const TCase& item : anywhere) {
+    for (bool slashBeginsPaths : {false, true}) {
+      TCommandLine line(item.fLine, slashBeginsPaths);
+      EXPECT_EQ(line.State().fPaths, item.fPaths) << ToUtf8(item.fLine);
+      EXPECT_EQ(line.Refusal(), "") << ToUtf8(item.fLine);
+    }
+  }
+  const TCase onLinux[] = {
+      {u"/usr", {u"/usr"}},
+      {u"/SCAN /usr;/home /nogui /", {u"/usr", u"/home", u"/"}},
+      {u"/scan/ /NoGui", {u"/scan/"}},
+      {u"--StayOnFileSystem /usr", {u"/usr"}},
+      {u"--NumberOfTopFiles 5 /usr", {u"/usr"}},
+  };
+  for (const TCase& item : onLinux) {
+    TCommandLine line(item.fLine);
+    EXPECT_EQ(line.State().fPaths, item.fPaths) << ToUtf8(item.fLine);
+    EXPECT_EQ(line.Refusal(), "") << ToUtf8(item.fLine);
+  }
+}
+
+TEST(CommandLineHandler, KnowsItsSwitches) {
+  EXPECT_TRUE(TCommandLine(u"/nogui x").State().fUnattended);
+  for (const char16_t* line : {u"--help", u"/?", u"-h", u"/HELP", u"x --Help"}) {
+    TCommandLine help(line);
+    EXPECT_TRUE(help.State().fHelp) << ToUtf8(line);
+    EXPECT_EQ(help.Refusal(), "");
+  }
+  EXPECT_EQ(TCommandLine(u"--help Options").State().fHelpTopic, u"Options");
+  EXPECT_EQ(TCommandLine(u"--help=options").State().fHelpTopic, u"options");
+  EXPECT_TRUE(TCommandLine(u"--version").State().fVersion);
+  TCommandLine options(u"--KeepFiles=false --MaximumThreads 3 x");
+  EXPECT_FALSE(options.fOptions.KeepFiles);
+  EXPECT_EQ(options.fOptions.MaximumThreads, 3);
+}
+
+TEST(CommandLineHandler, RefusesWithOneClearMessage) {
+  struct TCase {
+    std::u16string fLine;
+    std::string fMessage;
+  };
+  const TCase cases[] = {
+      {u"", "No path to scan was given"},
+      {u"--KeepFiles", "No path to scan was given"},
+      {u"/NOGUI",
+       "No valid command line option was passed in non-UI mode. Please see help file for a list of available command "
+       "line options."},
+      {u"/SCAN", "A path was expected after the command line parameter /SCAN"},
+      {u"--scan /NOGUI", "A path was expected after the command line parameter --scan"},
+      {u"--scan ;", "A path was expected after the command line parameter --scan"},
+      {u"--nogui=1 x", "The command line option --nogui takes no value"},
+      {u"--KeepFile x", "Unknown Command line option: --KeepFile. Did you mean --KeepFiles?"},
+      {u"-nogiu x", "Unknown Command line option: -nogiu. Did you mean -NOGUI?"},
+      {u"--sacn x", "Unknown Command line option: --sacn. Did you mean --SCAN?"},
+      {u"--sxyn x", "Unknown Command line option: --sxyn"},  // two letters of four: could be anything
+      {u"--scna=1 x", "Unknown Command line option: --scna. Did you mean --SCAN?"},
+      {u"--verison", "Unknown Command line option: --verison. Did you mean --VERSION?"},
+      {u"-x", "Unknown Command line option: -x"},
+      {u"--MaximumThreads 1000 x", "MaximumThreads: \"1000\" is not allowed; expected 1..256"},
+      {u"x --MaximumThreads", "MaximumThreads needs a value: 1..256"},
+      {u"--help everything", "There is no help on everything, only on \"options\""},
+      {u"--help options --help options",
+       "The command line option --help is allowed only once. You may however specify multiple values separated by "
+       "semicolon."},
+      {u"--bogus\x1b[31m x", "Unknown Command line option: --bogus\\x1B[31m"},
+      {u"x \"\"", "An empty path was given"},
+      {u"--one --MaximumThreads=0",
+       "Unknown Command line option: --one\r\n"
+       "MaximumThreads: \"0\" is not allowed; expected 1..256"},
+  };
+  for (const TCase& item : cases) EXPECT_EQ(TCommandLine(item.fLine).Refusal(), item.fMessage) << ToUtf8(item.fLine);
+  EXPECT_EQ(TCommandLine(u"/usr", false).Refusal(), "Unknown Command line option: /usr");
+  EXPECT_EQ(TCommandLine(u"/NOGIU x", false).Refusal(), "Unknown Command line option: /NOGIU. Did you mean /NOGUI?");
+}
+
+TEST(HelpText, FitsAScreenAndNamesEverything) {
+  const std::vector<std::string> help = HelpText();
+  EXPECT_LE(help.size(), 24u);
+  std::string all;
+  for (const std::string& line : help) {
+    EXPECT_LE(DisplayWidth(line), 80) << line;
+    all += line + "\n";
+  }
+  for (const char* name : {"--SCAN", "--NOGUI", "--HELP", "--VERSION", "--OPTION"})
+    EXPECT_THAT(all, testing::HasSubstr(name));
+  std::string options;
+  for (const std::string& line : OptionsHelpText()) {
+    EXPECT_LE(DisplayWidth(line), 100) << line;
+    options += line + "\n";
+  }
+  EXPECT_THAT(options, testing::HasSubstr("1..256, default 8"));
+  for (const TOptionInfo& option : AllOptions())
+    EXPECT_THAT(options, testing::HasSubstr("--" + std::string(option.fName) + " "));
+}
+
+}  // namespace

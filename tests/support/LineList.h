@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "export/HierarchicalExport.h"
+
+namespace Vantrel::Testing {
+
+// Keeps the lines of an export; takes only so many before it says that the disk is full.
+class TLineList : public Kiv::Hierarchical::Exporting::ILineOutput {
+ public:
+  std::vector<std::string> fLines;
+  size_t fCapacity = SIZE_MAX;
+  int fRefused = 0;
+
+  bool WriteLine(std::string_view pLine) override {
+    if (fLines.size() == fCapacity) {
+      ++fRefused;
+      return false;
+    }
+    fLines.emplace_back(pLine);
+    return true;
+  }
+  int64_t LineCount() const override { return static_cast<int64_t>(fLines.size()); }
+};
+
+}  // namespace Vantrel::Testing
