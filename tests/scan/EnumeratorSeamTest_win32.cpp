@@ -506,6 +506,24 @@ TEST_F(EnumeratorSeam, TenThousandLevels_StandInForFolders) {
   }
 }
 
+// "scan\l" leads to D:\x, where every folder holds a link "l" again, by turns to D:\y and D:\x.
+TEST_F(EnumeratorSeam, LinksThatLeadToEachOtherEnd_StandInForReparsePoints) {
+  fApi.fBatches = {{{u"l", 0x410, 0, 0, IO_REPARSE_TAG_SYMLINK}}};
+  TRef<IHierarchicalEnumerator> enumerator = Native(heoFollowSymbolicLinks);
+  int followed = 0;
+  for (; followed < 10; ++followed) {
+    bool isEven = followed % 2 == 0;
+    fApi.fReparsePoint = {IO_REPARSE_TAG_SYMLINK, isEven ? u"D:\\x" : u"D:\\y"};
+    fApi.fResolved = followed == 0 ? u"C:\\scan" : isEven ? u"D:\\y" : u"D:\\x";
+    ASSERT_TRUE(enumerator->Next());
+    if (!enumerator->CanDescend()) break;
+    std::u16string name(enumerator->GetObjectName());
+    ASSERT_FALSE(enumerator->Next());
+    enumerator = enumerator->CreateChildEnumerator(name, 0x410);
+  }
+  EXPECT_EQ(followed, 2) << "D:\\x, D:\\y, and no more";
+}
+
 // The bytes of a reparse point: header, offsets and lengths, then the target behind its printed form.
 std::vector<std::byte> ReparseData(uint32_t pTag, const std::u16string& pTarget) {
   bool isSymbolicLink = pTag == IO_REPARSE_TAG_SYMLINK;
