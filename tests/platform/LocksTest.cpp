@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <thread>
 #include <vector>
 
 #include "platform/CriticalSection.h"
 #include "platform/SlimReaderWriterLock.h"
+#include "tests/platform/Gate.h"
 
 namespace Kiv {
 
@@ -35,11 +35,11 @@ struct TTriple {
 
 template <class TWork>
 void RunThreads(int pCount, TWork pWork) {
-  std::latch start(pCount);
+  TGate start(pCount);
   std::vector<std::thread> threads;
   for (int i = 0; i < pCount; ++i)
     threads.emplace_back([&, i] {
-      start.arrive_and_wait();
+      start.ArriveAndWait();
       pWork(i);
     });
   for (std::thread& thread : threads) thread.join();
@@ -69,10 +69,10 @@ TEST(Locks, ReadersNeverSeeHalfAWrite) {
 // Both readers stay until the other one has come: a shared hold that is not shared hangs here.
 TEST(Locks, ReadersOverlap) {
   TSlimReaderWriterLock lock;
-  std::latch bothInside(2);
+  TGate bothInside(2);
   RunThreads(2, [&](int) {
     TSharedLock shared(lock);
-    bothInside.arrive_and_wait();
+    bothInside.ArriveAndWait();
   });
 }
 

@@ -1,7 +1,6 @@
-#include "platform/Paths.h"
-
 #include <gtest/gtest.h>
 
+#include "platform/Paths.h"
 #include "platform/Text.h"
 
 namespace Kiv {

@@ -1,9 +1,9 @@
-#include "platform/Text.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 #include <vector>
+
+#include "platform/Text.h"
 
 namespace Kiv {
 
@@ -17,7 +17,9 @@ std::string Encode(char32_t pCode, size_t pLength) {
   return bytes;
 }
 
-size_t ShortestLength(char32_t pCode) { return pCode < 0x80 ? 1 : pCode < 0x800 ? 2 : pCode < 0x10000 ? 3 : 4; }
+size_t ShortestLength(char32_t pCode) {
+  return pCode < 0x80 ? 1 : pCode < 0x800 ? 2 : pCode < 0x10000 ? 3 : 4;
+}
 
 std::u16string Units(char32_t pCode) {
   if (pCode < 0x10000) return {static_cast<char16_t>(pCode)};
@@ -95,7 +97,9 @@ TEST(Text, AsciiOfEveryLengthIsAppended) {
 
 TEST(Text, UndecodableTextIsReplacedInFilesAndEscapedOnScreen) {
   EXPECT_EQ(FromUtf8("a\xC3(\xED\xA0\x80"), u"a\uFFFD(\uFFFD\uFFFD\uFFFD");
-  EXPECT_EQ(ToUtf8(u"a\xD800z\xDCFF" u"\U0001F600"), "a\xEF\xBF\xBDz\xEF\xBF\xBD\xF0\x9F\x98\x80");
+  EXPECT_EQ(ToUtf8(u"a\xD800z\xDCFF"
+                   u"\U0001F600"),
+            "a\xEF\xBF\xBDz\xEF\xBF\xBD\xF0\x9F\x98\x80");
   EXPECT_EQ(ToNativeBytes(u"\xD800"), "\xED\xA0\x80");  // a Windows name may hold one; no byte stands behind it
   EXPECT_EQ(ToDisplay(FromNativeBytes("a\\n\n\t\r\x1B[31m\x7F\xFF\x85")), "a\\n\\n\\t\\r\\x1B[31m\\x7F\\xFF\\x85");
   EXPECT_EQ(ToDisplay(u"\u0085\u009B\u2028\u2029\u202E\u2066\u200F\xD83D"),

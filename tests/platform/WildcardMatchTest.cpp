@@ -1,10 +1,9 @@
-#include "platform/WildcardMatch.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "platform/Text.h"
+#include "platform/WildcardMatch.h"
 
 namespace Kiv {
 
