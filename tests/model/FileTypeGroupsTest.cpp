@@ -7,6 +7,7 @@
 #include "model/FileTypeGroups.h"
 #include "platform/Errors.h"
 #include "platform/Text.h"
+#include "platform/WildcardMatch.h"
 
 namespace Kiv {
 namespace {
@@ -89,6 +90,32 @@ TEST(StandardFileTypes, SortExtensionsAsTheirUsersExpect) {
     EXPECT_EQ(CaptionsOf(*groups, extension), captions) << ToUtf8(extension);
   EXPECT_EQ(groups->GetGroupIndexByExtension(u".~proj"), 5);
   EXPECT_EQ(groups->GetGroupIndexByExtension(u".nobody-knows"), 17);
+}
+
+// The plain masks are looked up instead of matched; matching all masks one by one is the slow reference. Every mask,
+// its wildcards filled in, serves as an extension, with look-alikes around it.
+TEST(StandardFileTypes, LookUpAgreesWithMatchingEveryMask) {
+  TRef<IFileTypeGroups> groups = MakeRef<TStandardFileTypes>();
+  std::vector<std::u16string> extensions = {u".\u0131so", u".\u017Fys", u".\u212Adc", u".tar.gz", u".a b", u".JpG"};
+  for (int i = 0; i < groups->GetCount(); ++i) {
+    for (const std::string& mask : Split(ToUtf8(groups->GetItem(i)->GetPatterns()), ';')) {
+      std::string text = mask.substr(mask.find_first_of('.') == std::string::npos ? 0 : mask.find_first_of('.'));
+      std::replace_if(
+          text.begin(), text.end(), [](char pChar) { return pChar == '*' || pChar == '?'; }, 'q');
+      if (text.empty() || text.front() != '.') text.insert(text.begin(), '.');
+      for (const std::string& each : {text, text + "q", text.substr(0, text.size() - 1)}) {
+        if (!each.empty()) extensions.push_back(FromUtf8(each));
+      }
+    }
+  }
+  ASSERT_GT(extensions.size(), 1000u);
+  for (int i = 0; i < groups->GetCount(); ++i) {
+    TRef<IFileTypeGroup> group = groups->GetItem(i);
+    for (const std::u16string& extension : extensions) {
+      EXPECT_EQ(group->MatchesExtension(extension), MatchesWildcards(extension, group->GetPatterns()))
+          << ToUtf8(group->GetCaption()) << " " << ToUtf8(extension);
+    }
+  }
 }
 
 TEST(FileTypeGroups, SumsCountAnExtensionInEachGroupThatMatches) {
