@@ -3,9 +3,9 @@
 //
 // Each worker walks depth first from a list of its own and touches the shared list only when the other one is out of
 // work, so that the lock is not part of what is measured. A child is opened relative to its parent's handle. Opening it
-// by full path instead came out the same on /usr and a mixed tree (medians within 7 % either way, inside the noise), 10
-// % slower on a tree that is mostly folders and 45 % slower on one 250 levels deep; a handle table per thread did not
-// make up for it. The price is one open handle per level and worker, hence the raised limit.
+// by full path instead came out the same on /usr and a mixed tree (medians within 7 %, inside the noise), 12 % slower
+// on a tree that is mostly folders and 45 % slower on one 250 levels deep; a handle table per thread did not make up
+// for it. The price is one open handle per level and worker, hence the raised limit.
 //
 // Known weakness: a folder is the unit of work, so a single huge folder is read by one thread.
 #include <dirent.h>
