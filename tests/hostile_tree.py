@@ -98,13 +98,14 @@ class Here:
         return self
 
     def __exit__(self, *_):
+        os.utime(self.handle, (DATE, DATE))
         os.close(self.handle)
 
     def folder(self, name):
         os.mkdir(name, 0o755, dir_fd=self.handle)
         return Here(open_folder(name, self.handle))
 
-    def file(self, name, size=0, written=None):
+    def file(self, name, size=0, written=None, date=DATE):
         """A file of that size; only the first written bytes are written, the rest is a hole."""
         written = size if written is None else written
         handle = os.open(name, os.O_CREAT | os.O_EXCL | os.O_WRONLY, 0o644, dir_fd=self.handle)
@@ -112,7 +113,7 @@ class Here:
             if written:
                 os.write(handle, b"v" * written)
             os.ftruncate(handle, size)
-            os.utime(handle, (DATE, DATE))
+            os.utime(handle, (date, date))
         finally:
             os.close(handle)
 
@@ -141,13 +142,13 @@ def make_names(root):
 
 
 def make_chain(root, top, name, levels, bottom_size):
-    """A chain of levels folders, walked handle by handle, with a file at the bottom."""
+    """A chain of levels folders, walked handle by handle; the file at the bottom is the newest of the tree."""
     current = root.folder(top)
     for _ in range(levels):
         with current as above:
             current = above.folder(name)
     with current as bottom:
-        bottom.file(b"bottom.txt", bottom_size)
+        bottom.file(b"bottom.txt", bottom_size, date=DATE + bottom_size)
 
 
 def make_many(root, count):
@@ -213,6 +214,8 @@ def make_special(root):
         os.mkfifo(b"pipe.txt", 0o000, dir_fd=special.handle)
         bind_socket(special.handle, b"socket")
         bind_socket(special.handle, b"socket.sock")
+        for name in os.listdir(special.handle):
+            os.utime(name, (DATE, DATE), dir_fd=special.handle)
     with root.folder(b"empty-folders") as empties:
         for name in (b"empty", b"empty.d"):
             empties.folder(name).__exit__()
