@@ -59,6 +59,16 @@ std::u16string WithDriveLetter(const std::u16string& pTarget) {
   return end == std::u16string::npos ? drive : drive + pTarget.substr(end + 1);
 }
 
+// File servers exist that show links but do not hand out what is in them, and so does Wine for links of the system
+// beneath. Where such a link leads shows in the final path. False when that is the path itself.
+bool ReadLinkByFinalPath(const std::u16string& pPath, TReparsePoint& pPoint) {
+  std::u16string target = Kiv::ResolvedPath(pPath);
+  std::u16string folder = Kiv::ResolvedPath(std::u16string(FolderOfPath(pPath, u'\\')));
+  if (target.empty() || SamePath(target, JoinPath(folder, FileNameOfPath(pPath, u'\\'), u'\\'), u'\\')) return false;
+  pPoint = {static_cast<uint32_t>(IO_REPARSE_TAG_SYMLINK), target};
+  return true;
+}
+
 template <class T>
 bool ReadAt(std::span<const std::byte> pData, size_t pOffset, T& pValue) {
   if (pOffset + sizeof(T) > pData.size()) return false;
@@ -202,8 +212,10 @@ uint32_t TSystemFileApi::ReadReparsePoint(const std::u16string& pPath, TReparseP
   std::array<std::byte, MAXIMUM_REPARSE_DATA_BUFFER_SIZE> buffer;
   DWORD bytes = 0;
   if (!DeviceIoControl(file.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, buffer.data(),
-                       static_cast<DWORD>(buffer.size()), &bytes, nullptr))
-    return GetLastError();
+                       static_cast<DWORD>(buffer.size()), &bytes, nullptr)) {
+    uint32_t code = GetLastError();
+    return ReadLinkByFinalPath(pPath, pPoint) ? 0 : code;
+  }
   if (!ParseReparseData(std::span(buffer.data(), bytes), pPoint)) return ERROR_INVALID_REPARSE_DATA;
   pPoint.fTarget = WithDriveLetter(pPoint.fTarget);
   return 0;
