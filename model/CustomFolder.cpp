@@ -198,9 +198,8 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
   }
 }
 
-std::vector<TCustomFolderData*> TCustomFolderData::Ancestry() {
-  std::vector<TCustomFolderData*> nodes;
-  nodes.reserve(16);
+TCustomFolderData::TAncestry TCustomFolderData::Ancestry() {
+  TAncestry nodes;
   for (TCustomFolderData* node = this; node; node = node->ParentFolder()) nodes.push_back(node);
   return nodes;
 }
@@ -223,7 +222,7 @@ void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) 
 }
 
 void TCustomFolderData::AddToAncestry(const TFolderContribution& pValues, bool pNotify) {
-  const std::vector<TCustomFolderData*> nodes = Ancestry();
+  const TAncestry nodes = Ancestry();
   for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
     (*node)->TakeIn(pValues);
     if (pNotify) fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
@@ -260,16 +259,36 @@ void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
 
 void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNotify) {
   if (IsGone() || pContents.fValues.fFiles == 0) return;
-  auto group = MakeRef<TFileGroupData>(*this, fRoot);
-  group->Fill(pContents);
-  AddChildValues(*group, pNotify);
   if (GetSubFolderCount() > 0) {
+    auto group = MakeRef<TFileGroupData>(*this, fRoot);
+    group->Fill(pContents);
+    AddChildValues(*group, pNotify);
     AttachFilesNode(std::move(group));
     if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckAdded);
-  } else {
-    TExclusiveLock lock(fLock);
-    fFileTable = pContents.fFiles;
+    return;
   }
+  // Without sub-folders the folder is its files: it takes them in itself, and its ancestors take in the folder. Most
+  // folders are like this, and making a node for nothing would double their cost.
+  FillWith(pContents);
+  if (TCustomFolderData* parent = ParentFolder())
+    parent->AddToAncestry(Contribution(), pNotify);
+  if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckChanged);
+}
+
+void TCustomFolderData::FillWith(const TFileGroupContents& pContents) {
+  if (fUserSizeArray) fUserSizeArray->Add(pContents.fOwners);
+  if (fExtensionSizeArray) fExtensionSizeArray->Add(pContents.fExtensions);
+  if (fFileAgeDistribution) fFileAgeDistribution->Add(pContents.fAges);
+  fLastAccessDate.Raise(pContents.fLastAccessDate);
+  fLastChangeDate.Raise(pContents.fLastChangeDate);
+  if (pContents.fLongPaths) IncludeFolderState(fsContainsLongPaths);
+  TExclusiveLock lock(fLock);
+  fSize += pContents.fValues.fSize;
+  fAllocated += pContents.fValues.fAllocated;
+  fFiles += pContents.fValues.fFiles;
+  fCompression |= pContents.fValues.fCompression;
+  fFileTable = pContents.fFiles;
+  ClearMetaDataCache();
 }
 
 TFolderContribution TCustomFolderData::OwnFilesContribution() const {
@@ -546,18 +565,7 @@ void TCustomFolderData::CollectLike(const TCustomFolderData& pParent) {
   if (pParent.fFileAgeDistribution) fFileAgeDistribution = pParent.fFileAgeDistribution->CloneEmpty();
 }
 
-void TFileGroupData::Fill(const TFileGroupContents& pContents) {
-  if (fUserSizeArray) fUserSizeArray->Add(pContents.fOwners);
-  if (fExtensionSizeArray) fExtensionSizeArray->Add(pContents.fExtensions);
-  if (fFileAgeDistribution) fFileAgeDistribution->Add(pContents.fAges);
-  SetDerived(pContents.fValues.fCompression, pContents.fLongPaths, pContents.fLastAccessDate,
-             pContents.fLastChangeDate);
-  TExclusiveLock lock(fLock);
-  fSize = pContents.fValues.fSize;
-  fAllocated = pContents.fValues.fAllocated;
-  fFiles = pContents.fValues.fFiles;
-  fFileTable = pContents.fFiles;
-}
+void TFileGroupData::Fill(const TFileGroupContents& pContents) { FillWith(pContents); }
 
 void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
   TakeIn(pValues);

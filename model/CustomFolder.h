@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <boost/container/small_vector.hpp>
 #include <memory>
 #include <span>
 #include <vector>
@@ -132,7 +133,10 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   TFolderContribution Contribution() const;  // all beneath the folder, the arrays shared with it
   // The same for the folder's own files alone, in copies that do not change with the folder.
   TFolderContribution OwnFilesContribution() const;
-  std::vector<TCustomFolderData*> Ancestry();  // this folder first, the top folder last
+  // This folder first, the top folder last.
+  using TAncestry = boost::container::small_vector<TCustomFolderData*, 32>;
+  TAncestry Ancestry();
+  void FillWith(const TFileGroupContents& pContents);
   void TakeIn(const TFolderContribution& pValues);
   void AddToAncestry(const TFolderContribution& pValues, bool pNotify);
   void GiveBack(const TFolderContribution& pValues);

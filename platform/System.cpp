@@ -6,7 +6,7 @@ namespace Kiv {
 
 TCpuUsageMeter::TCpuUsageMeter() : fWindowStart(TickCount64()), fAtWindowStart(ReadSystemTimes()) {}
 
-int TCpuUsageMeter::Percent() {
+std::optional<int> TCpuUsageMeter::Percent() {
   TCriticalSectionLock lock(fLock);
   const int64_t now = TickCount64();
   if (now - fWindowStart < kWindowMilliseconds) return fPercent;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/CriticalSection.h"
@@ -18,9 +19,8 @@ int ProcessorCount();
 class TCpuUsageMeter {
  public:
   TCpuUsageMeter();
-  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds; 0 until the first one is over, so
-  // that a start is never held back by a measurement that does not exist yet.
-  int Percent();
+  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds; no value until the first one is over.
+  std::optional<int> Percent();
 
  private:
   struct TTimes {
@@ -33,7 +33,7 @@ class TCpuUsageMeter {
   TCriticalSection fLock;
   int64_t fWindowStart GUARDED_BY(fLock);
   TTimes fAtWindowStart GUARDED_BY(fLock);
-  int fPercent GUARDED_BY(fLock) = 0;
+  std::optional<int> fPercent GUARDED_BY(fLock);
 };
 
 // Priority of the calling thread, seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6 time-critical.

@@ -1,7 +1,6 @@
 #include "scan/FolderAccumulator.h"
 
 #include <algorithm>
-#include <boost/container_hash/hash.hpp>
 
 #include "model/FileAges.h"
 #include "model/FileNames.h"
@@ -25,7 +24,7 @@ TKivFileTime DateOfKind(const TEntryValues& pValues, TDateType pType) {
 }  // namespace
 
 size_t TFolderAccumulator::TTextHash::operator()(std::u16string_view pText) const {
-  return boost::hash_range(pText.begin(), pText.end());
+  return std::hash<std::u16string_view>()(pText);
 }
 
 void TFolderAccumulator::TKeyTotals::Add(TKeyId pKey, const TBasicSizeValues& pValues) {

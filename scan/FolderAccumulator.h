@@ -44,7 +44,7 @@ class TFolderAccumulator {
     std::vector<TKeyedSizeValues> fEntries;
   };
   struct TTextHash {
-    using is_transparent = void;
+    using is_transparent = void;  // looked up by view, without making a string
     size_t operator()(std::u16string_view pText) const;
   };
   struct TTopFile {

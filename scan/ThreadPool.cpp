@@ -83,6 +83,11 @@ TWorkerThreadPool::~TWorkerThreadPool() { Shutdown(); }
 
 void TWorkerThreadPool::SetMaxCpuUsage(int32_t pPercent) { fMaxCpuUsage = std::clamp(pPercent, 0, 100); }
 
+bool TWorkerThreadPool::IsCpuUsageBelowMax() {
+  const std::optional<int> usage = fSettings.fCpuUsage();
+  return usage ? *usage < GetMaxCpuUsage() : GetThreadCount() < ProcessorCount();
+}
+
 void TWorkerThreadPool::AddWorkItem(TRef<IWorkItem> pItem) {
   std::vector<TRef<IWorkItem>> items;
   items.push_back(std::move(pItem));

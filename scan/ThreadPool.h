@@ -7,6 +7,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -133,7 +134,7 @@ class TWorkerThreadPool : public TCustomThreadPool {
     int32_t fMaxIdleTime = 60'000;  // milliseconds
     int32_t fMinWorkerThreads = 1;
     // Replace the machine in tests: percent of processor time in use, and milliseconds.
-    std::function<int()> fCpuUsage;
+    std::function<std::optional<int>()> fCpuUsage;  // no value: not measured yet
     std::function<int64_t()> fTickCount;
   };
   explicit TWorkerThreadPool(TSettings pSettings);
@@ -163,7 +164,10 @@ class TWorkerThreadPool : public TCustomThreadPool {
   // Items waiting for a thread; an estimate that costs no lock.
   int32_t GetQueueLength() const { return fQueueLength.load(std::memory_order_relaxed); }
   int32_t GetThreadCount() const { return fThreadCount.load(std::memory_order_relaxed); }
-  bool IsCpuUsageBelowMax() { return fSettings.fCpuUsage() < GetMaxCpuUsage(); }
+  // Whether the machine has processor time to spare for another thread. Until the first measurement is over, as many
+  // threads as there are processors are taken to find room: a short scan would otherwise be over before it began to
+  // share its work, and more of them would only get in each other's way.
+  bool IsCpuUsageBelowMax();
 
  private:
   friend class TWorkerThread;

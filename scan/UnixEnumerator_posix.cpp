@@ -146,11 +146,11 @@ TUnixDirectory::TUnixDirectory(std::string pPath)
       fPathLength(static_cast<uint32_t>(FromNativeBytes(fName).size())),
       fFollowLink(true) {}
 
-TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::string pName, bool pFollowLink)
+TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink)
     : fParent(std::move(pParent)),
-      fName(std::move(pName)),
+      fName(ToNativeBytes(pName)),
       fPathLength(fParent->fPathLength + (fParent->fName == "/" ? 0 : 1) +
-                  static_cast<uint32_t>(FromNativeBytes(fName).size())),
+                  static_cast<uint32_t>(pName.size())),
       fFollowLink(pFollowLink) {}
 
 TUnixDirectory::~TUnixDirectory() {
@@ -285,7 +285,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16str
 TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateChildEnumerator(std::u16string_view pName,
                                                                      TAttributes pAttributes) {
   return TRef<IHierarchicalEnumerator>(new TUnixEnumerator(
-      fScan, MakeRef<TUnixDirectory>(fDirectory, ToNativeBytes(pName), (pAttributes & kAttributeReparsePoint) != 0)));
+      fScan, MakeRef<TUnixDirectory>(fDirectory, pName, (pAttributes & kAttributeReparsePoint) != 0)));
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() {

@@ -52,7 +52,7 @@ class TUnixDirectory : public TInterfaced<IInterface> {
  public:
   // A scan's root, by absolute path.
   explicit TUnixDirectory(std::string pPath);
-  TUnixDirectory(TRef<TUnixDirectory> pParent, std::string pName, bool pFollowLink);
+  TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink);
   ~TUnixDirectory() override;
 
   // Opens the folder for listing; returns 0 or the error. The handle stays open until the last child is opened, as long as
