@@ -2,12 +2,34 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platform/Errors.h"
+#include "platform/Text.h"
 #include "platform/WildcardMatch.h"
 
 namespace Kiv {
 
 std::atomic<uint32_t> TFileTypeGroup::fPatternChanges{0};
+
+namespace {
+
+// A dot, then ASCII other than dots, wildcards and what a mask list gives a meaning to. For such an extension the mask
+// "*" and extension is an equality but for ASCII letter case. Outside ASCII some characters fold into it.
+bool IsPlainExtension(std::u16string_view pText) {
+  return pText.size() > 1 && pText.front() == u'.' && std::all_of(pText.begin() + 1, pText.end(), [](char16_t pChar) {
+           return pChar > u' ' && pChar < 0x7F &&
+                  std::u16string_view(u".*?;\\/:").find(pChar) == std::u16string_view::npos;
+         });
+}
+
+std::u16string Folded(std::u16string_view pText) {
+  std::u16string folded(pText);
+  std::transform(folded.begin(), folded.end(), folded.begin(), FoldAscii);
+  return folded;
+}
+
+}  // namespace
 
 std::u16string TFileTypeGroup::GetCaption() const {
   TSharedLock lock(fLock);
@@ -47,6 +69,18 @@ std::u16string TFileTypeGroup::GetPatterns() const {
 void TFileTypeGroup::SetPatterns(std::u16string_view pValue) {
   TExclusiveLock lock(fLock);
   fPatterns = pValue;
+  fPlainExtensions.clear();
+  fOtherMasks.clear();
+  for (size_t begin = 0; begin < pValue.size();) {
+    size_t end = std::min(pValue.find(u';', begin), pValue.size());
+    std::u16string_view mask = pValue.substr(begin, end - begin);
+    if (mask.starts_with(u'*') && IsPlainExtension(mask.substr(1))) {
+      fPlainExtensions.insert(Folded(mask.substr(1)));
+    } else {
+      (fOtherMasks += mask) += u';';
+    }
+    begin = end + 1;
+  }
   fPatternChanges.fetch_add(1, std::memory_order_release);
 }
 
@@ -64,7 +98,8 @@ bool TFileTypeGroup::MatchesExtension(std::u16string_view pExtension) const {
   if (pExtension.front() != u'.') name = u'.';
   name += pExtension;
   TSharedLock lock(fLock);
-  return MatchesWildcards(name, fPatterns);
+  if (!IsPlainExtension(name)) return MatchesWildcards(name, fPatterns);
+  return fPlainExtensions.contains(Folded(name)) || MatchesWildcards(name, fOtherMasks);
 }
 
 void TFileTypeGroup::Assign(const IFileTypeGroup& pSource) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <boost/unordered/unordered_flat_set.hpp>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -77,6 +78,10 @@ class TFileTypeGroup : public TInterfaced<IFileTypeGroup> {
   std::u16string fDescription GUARDED_BY(fLock);
   std::u16string fExtensionForIcon GUARDED_BY(fLock);
   std::u16string fPatterns GUARDED_BY(fLock);
+  // The patterns again, parted: most masks are "*." and a plain extension, and a look-up answers for all of those at
+  // once.
+  boost::unordered_flat_set<std::u16string> fPlainExtensions GUARDED_BY(fLock);  // ".jpg"
+  std::u16string fOtherMasks GUARDED_BY(fLock);
 };
 
 class TFileTypeGroups : public TInterfaced<IFileTypeGroups> {

@@ -1,5 +1,5 @@
 #include "platform/CommandLineText.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 namespace Kiv {
 

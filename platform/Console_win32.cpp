@@ -4,7 +4,7 @@
 #include "platform/Console.h"
 #include "platform/ConsoleStream.h"
 #include "platform/Text.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 namespace Kiv {
 

@@ -4,7 +4,7 @@
 
 #include "platform/OwnerNames.h"
 #include "platform/Text.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 // After windows.h, which they lean on.
 #include <aclapi.h>

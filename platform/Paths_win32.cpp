@@ -2,7 +2,7 @@
 
 #include "platform/Paths.h"
 #include "platform/Text.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 namespace Kiv {
 

@@ -5,7 +5,7 @@
 
 #include "platform/System.h"
 #include "platform/Text.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 namespace Kiv {
 

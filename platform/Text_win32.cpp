@@ -3,7 +3,7 @@
 
 #include "platform/Text.h"
 #include "platform/Utf.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 extern "C" NTSYSAPI WCHAR NTAPI RtlUpcaseUnicodeChar(WCHAR);
 

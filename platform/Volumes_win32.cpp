@@ -1,6 +1,6 @@
 #include "platform/Paths.h"
 #include "platform/Volumes.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 namespace Kiv {
 

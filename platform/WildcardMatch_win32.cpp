@@ -3,7 +3,7 @@
 #include <string>
 
 #include "platform/WildcardMatch.h"
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 namespace Kiv {
 

@@ -91,6 +91,7 @@ void TWin32Enumerator::Reset() {
   fHasEnded = false;
   fErrorCode = 0;
   fFullPath.clear();
+  fFollowedHere.clear();
   fSawOtherThanLink = fSawOrdinaryReparsePoint = fSawCloudFolder = false;
 }
 
@@ -111,6 +112,7 @@ const TWin32Enumerator::TRecord& TWin32Enumerator::OwnRecord() const {
     TKivWin32FindData data{};
     fApi.QueryEntry(ApiPath(fPath), data);  // a failure leaves no dates
     fOwnRecord = RecordOf(data);
+    fOwnRecord->fName = {};  // the path has it
     fOwnRecord->fAttributes = AdjustedAttributes(fOwnRecord->fAttributes) | kAttributeDirectory;
   }
   return *fOwnRecord;
@@ -225,13 +227,24 @@ TLinkDecision TWin32Enumerator::DecideLink() {
   return DecideUnresolvedLink(path, kind, code, error, fOptions);
 }
 
+// Two links outside the scanned tree may lead to each other; then neither is related to the root or to its own folder.
+bool TWin32Enumerator::IsRelatedToFollowedTarget(const std::u16string& pTarget) const {
+  for (const TFollowedTarget* above = fFollowedAbove.get(); above != nullptr; above = above->fAbove.get())
+    if (AreRelatedPaths(pTarget, above->fTarget, u'\\')) return true;
+  return false;
+}
+
 TLinkDecision TWin32Enumerator::DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint,
-                                                   const std::u16string& pPath) const {
+                                                   const std::u16string& pPath) {
   if (!IsNameSurrogate(pPoint.fTag)) return TLinkDecision::ldOrdinary;
-  bool follow = IsFollowingEnabled(pKind, fOptions) &&
-                FollowLink(pPath, pPoint.fTarget, Win32::WithoutExtendedPrefix(RootPath()), u'\\',
-                           [this](const std::u16string& pFolder) { return fApi.ResolvePath(pFolder); });
-  return follow ? TLinkDecision::ldFollowed : TLinkDecision::ldNotFollowed;
+  if (!IsFollowingEnabled(pKind, fOptions)) return TLinkDecision::ldNotFollowed;
+  auto resolver = [this](const std::u16string& pFolder) { return fApi.ResolvePath(pFolder); };
+  std::u16string target = RootedLinkTarget(pPath, pPoint.fTarget, u'\\');
+  if (!FollowLink(pPath, target, Win32::WithoutExtendedPrefix(RootPath()), u'\\', resolver) ||
+      IsRelatedToFollowedTarget(target))
+    return TLinkDecision::ldNotFollowed;
+  fFollowedHere.emplace_back(fRecord.fName, target);
+  return TLinkDecision::ldFollowed;
 }
 
 bool TWin32Enumerator::CanDescend() const {
@@ -240,8 +253,8 @@ bool TWin32Enumerator::CanDescend() const {
 
 // ---- Children
 
-void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, TAttributes pAttributes, bool pMayBeReparsePoint,
-                                bool pIsCloud) const {
+void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, std::u16string_view pName, TAttributes pAttributes,
+                                bool pMayBeReparsePoint, bool pIsCloud) const {
   if (!fAnyParentIsReparseTagCloud && !pIsCloud)
     pChild.fAnyParentIsReparseTagCloud = (OwnRecord().fAttributes & kAttributeRecallOnDataAccess) != 0;
   else
@@ -249,13 +262,17 @@ void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, TAttributes pAttribute
   pChild.fParentWasSymLink = (pAttributes & kAttributeReparsePoint) != 0;
   if (fHasEnded) pChild.fAllSiblingsAreLinks = !fSawOtherThanLink;
   pChild.fOpenReparsePoint = !pMayBeReparsePoint;
+  pChild.fFollowedAbove = fFollowedAbove;
+  for (const auto& [name, target] : fFollowedHere)
+    if (name == pName)
+      pChild.fFollowedAbove = std::make_shared<const TFollowedTarget>(TFollowedTarget{target, fFollowedAbove});
 }
 
 TRef<IHierarchicalEnumerator> TWin32Enumerator::GetChildHierarchicalEnumerator() {
   if (!fIsOnEntry) return Clone();
   TRef<TWin32Enumerator> child = CreateForFolder(GetFullPath());
   bool isReparsePoint = (fRecord.fAttributes & kAttributeReparsePoint) != 0;
-  HandDown(*child, fAttributes, isReparsePoint, IsCloudTag(fRecord.fReparseTag));
+  HandDown(*child, fRecord.fName, fAttributes, isReparsePoint, IsCloudTag(fRecord.fReparseTag));
   return child;
 }
 
@@ -265,7 +282,7 @@ TRef<IHierarchicalEnumerator> TWin32Enumerator::CreateChildEnumerator(std::u16st
                                                                       TAttributes pAttributes) {
   TRef<TWin32Enumerator> child = CreateForFolder(JoinPath(fPath, pName, u'\\'));
   bool mayBeReparsePoint = (pAttributes & kAttributeReparsePoint) != 0 || fSawOrdinaryReparsePoint;
-  HandDown(*child, pAttributes, mayBeReparsePoint, fSawCloudFolder);
+  HandDown(*child, pName, pAttributes, mayBeReparsePoint, fSawCloudFolder);
   return child;
 }
 
@@ -276,6 +293,7 @@ TRef<IHierarchicalEnumerator> TWin32Enumerator::Clone() const {
   clone->fParentWasSymLink = fParentWasSymLink;
   clone->fAllSiblingsAreLinks = fAllSiblingsAreLinks;
   clone->fOpenReparsePoint = fOpenReparsePoint;
+  clone->fFollowedAbove = fFollowedAbove;
   return clone;
 }
 

@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "scan/FileSystemEnumerator.h"
 #include "scan/Win32FileApi_win32.h"
@@ -86,17 +89,25 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   uint32_t fErrorCode = 0;
 
  private:
+  // The targets of the links that were followed on the way here, nearest first.
+  struct TFollowedTarget {
+    std::u16string fTarget;
+    std::shared_ptr<const TFollowedTarget> fAbove;
+  };
+
   template <class TOpen>
   uint32_t OpenWithRetries(const std::u16string& pPath, TOpen pOpen) const;
   bool IsReachable(const std::u16string& pPath) const;
   void TakeRecord();
   void EndListing();
   TLinkDecision DecideLink();
-  TLinkDecision DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint, const std::u16string& pPath) const;
+  TLinkDecision DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint, const std::u16string& pPath);
+  bool IsRelatedToFollowedTarget(const std::u16string& pTarget) const;
   bool SharesHardLinks(int64_t pAllocation) const;
   void CheckLinks() const;
   const TRecord& OwnRecord() const;
-  void HandDown(TWin32Enumerator& pChild, TAttributes pAttributes, bool pMayBeReparsePoint, bool pIsCloud) const;
+  void HandDown(TWin32Enumerator& pChild, std::u16string_view pName, TAttributes pAttributes, bool pMayBeReparsePoint,
+                bool pIsCloud) const;
 
   TRecord fRecord;
   mutable std::optional<TRecord> fOwnRecord;  // of the folder itself, fetched when asked for
@@ -104,7 +115,9 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   TLinkDecision fLinkDecision = TLinkDecision::ldOrdinary;
   bool fIsOnEntry = false;
   bool fHasEnded = false;
+  std::shared_ptr<const TFollowedTarget> fFollowedAbove;
   // What the listing has met so far.
+  std::vector<std::pair<std::u16string, std::u16string>> fFollowedHere;  // names of links, their targets
   bool fSawOtherThanLink = false;
   bool fSawOrdinaryReparsePoint = false;
   bool fSawCloudFolder = false;

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Win32.h"
+#include "platform/Win32_win32.h"
 
 // Everything that the Windows enumerators ask of the system, so that tests can stand in for what needs rights, volumes
 // or faults that they cannot have.

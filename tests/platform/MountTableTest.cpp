@@ -11,6 +11,10 @@ TEST(MountTable, TheLongestAndLastMountPointHoldsThePath) {
       "31 22 8:2 / /mnt rw,noatime shared:7 master:2 - xfs /dev/sdb1 rw\n"
       "32 22 0:9 / /mnt rw - tmpfs tmpfs rw\n"
       "damaged\n";
+  const std::vector<TMount> mounts = ParseMountTable(table);
+  ASSERT_EQ(mounts.size(), 4u);
+  EXPECT_EQ(mounts[2].fId, 31u);
+  EXPECT_EQ(mounts[2].fDevice, "8:2");
   const struct {
     const char* fPath;
     const char* fMountPoint;
@@ -21,13 +25,12 @@ TEST(MountTable, TheLongestAndLastMountPointHoldsThePath) {
                {"/mnt/my", "/mnt", "tmpfs"},
                {"/mnt/my disk/a", "/mnt/my disk", "my\\source"}};
   for (const auto& each : cases) {
-    TMount mount;
-    ASSERT_TRUE(FindMount(table, each.fPath, mount));
-    EXPECT_EQ(mount.fMountPoint, each.fMountPoint) << each.fPath;
-    EXPECT_EQ(mount.fSource, each.fSource) << each.fPath;
+    const TMount* mount = FindMount(mounts, each.fPath);
+    ASSERT_NE(mount, nullptr);
+    EXPECT_EQ(mount->fMountPoint, each.fMountPoint) << each.fPath;
+    EXPECT_EQ(mount->fSource, each.fSource) << each.fPath;
   }
-  TMount mount;
-  EXPECT_FALSE(FindMount("", "/", mount));
+  EXPECT_EQ(FindMount({}, "/"), nullptr);
 }
 
 }  // namespace Kiv
