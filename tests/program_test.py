@@ -36,7 +36,8 @@ class Run:
     def __init__(self, process):
         self.code = process.returncode
         self.out = process.stdout.decode("utf-8")
-        self.err = process.stderr.decode("utf-8")
+        # Wine adds remarks of its own.
+        self.err = re.sub(r"(?m)^wine: .*\n", "", process.stderr.decode("utf-8"))
         self.lines = self.out.split("\r\n")
         self.rows = {}
         row = re.compile(r"\s*(\S.*?) +([\d,]+) +[\d,]+ +([\d,]+) +([\d,]+) +[\d.]+ ")
