@@ -62,6 +62,7 @@ TApplication::TApplication(TRunSettings pSettings)
       fMedia(*fOptions),
       fActions(*this, fMedia, *fSettings.fOutput) {
   fActions.SetReportWidth(fSettings.fReportWidth);
+  gCancelRequested = false;
 }
 
 std::string TApplication::ProgramName() const {
@@ -73,7 +74,6 @@ void TApplication::RequestCancel() {
 }
 
 int TApplication::Run(std::span<const std::u16string> pTokens) {
-  gCancelRequested = false;
   // The user's language and time formats; numbers are formatted and read by rules of our own.
   std::setlocale(LC_ALL, "");
   std::setlocale(LC_NUMERIC, "C");
@@ -115,6 +115,7 @@ int TApplication::ScanPaths(const std::vector<std::u16string>& pPaths) {
   for (const std::u16string& path : paths) {
     if (gCancelRequested) {
       fSettings.fWriteError("Not scanned: " + Quoted(path));
+      result = std::max<int>(result, ecCancelled);
       continue;
     }
     --fPathsLeft;

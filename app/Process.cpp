@@ -30,13 +30,13 @@ constexpr bool kLeaveQuickly = true;
 void RunProcess(const std::string& pPlatformName, std::span<const std::u16string> pTokens) {
   TRunSettings settings = CreateRunSettings(pPlatformName);
   settings.fLeaveQuickly = kLeaveQuickly;
-  Kiv::TConsole::SetCancelHandler(TApplication::RequestCancel);
   int result = 0;
   {
     TApplication application(settings);
+    Kiv::TConsole::SetCancelHandler(TApplication::RequestCancel);
     result = application.Run(pTokens);
+    Kiv::TConsole::SetCancelHandler(nullptr);
   }
-  Kiv::TConsole::SetCancelHandler(nullptr);
   std::fflush(nullptr);
   if (kLeaveQuickly) std::_Exit(result);
   std::exit(result);

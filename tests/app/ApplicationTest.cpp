@@ -125,7 +125,7 @@ TEST_F(Application, OnlyTheLastTreeIsLeftStandingWhenLeavingQuickly) {
 
 TEST_F(Application, AnswersWithoutScanning) {
   EXPECT_EQ(Run(u"--version"), ecOk);
-  EXPECT_THAT(fOutput.fLines, ElementsAre(testing::MatchesRegex("Vantrel [0-9]+.[0-9]+.[0-9]+ .Test, 64-bit.")));
+  EXPECT_THAT(fOutput.fLines, ElementsAre(testing::AllOf(StartsWith("Vantrel "), EndsWith(" (Test, 64-bit)"))));
   EXPECT_EQ(Run(u"--help a"), ecWrongCommandLine);
   EXPECT_EQ(Run(u""), ecWrongCommandLine);
   EXPECT_THAT(fErrors, ElementsAre("No path to scan was given", StartsWith("Usage: "), EndsWith("--help\".")));

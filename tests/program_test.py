@@ -1,0 +1,257 @@
+"""Runs the built program over command lines and looks at what a user or a script sees: exit codes, what goes to which
+stream, closed pipes, full disks, hostile names. What the totals should be is counted here, by os.walk.
+
+VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
+VANTREL_ORDINARY_USER is a user id for tests that root's rights would spoil.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import signal
+import stat
+import subprocess
+import tempfile
+import unittest
+
+TIMEOUT = 60
+
+OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = range(6)
+
+
+def count(folder):
+    """Files, folders and bytes beneath a folder, links not followed."""
+    files = folders = size = 0
+    for path, folder_names, file_names in os.walk(os.fsencode(folder)):
+        folders += len(folder_names)
+        files += len(file_names)
+        size += sum(os.lstat(os.path.join(path, name)).st_size for name in file_names)
+    return files, folders, size
+
+
+class Run:
+    """What a run of the program left behind. The report's rows by name: (bytes, files, folders)."""
+
+    def __init__(self, process):
+        self.code = process.returncode
+        self.out = process.stdout.decode("utf-8")
+        # Wine adds remarks of its own.
+        self.err = re.sub(r"(?m)^wine: .*\n", "", process.stderr.decode("utf-8"))
+        self.lines = self.out.split("\r\n")
+        self.rows = {}
+        row = re.compile(r"\s*(\S.*?) +([\d,]+) +[\d,]+ +([\d,]+) +([\d,]+) +[\d.]+ ")
+        for match in filter(None, map(row.match, self.lines)):
+            self.rows[match[1]] = tuple(int(number.replace(",", "")) for number in (match[2], match[3], match[4]))
+
+    def titles(self):
+        return sum(" Report, " in line for line in self.lines)
+
+
+class ProgramTest(unittest.TestCase):
+    """The cases for one platform's program; the classes below say which."""
+
+    command = None
+    delimiter = "/"
+
+    def setUp(self):
+        if not self.command:
+            self.skipTest("no program to run")
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="vantrel-program-"))
+        self.folder.chmod(0o755)
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def make(self, name, size=0):
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(b"x" * size)
+        return path
+
+    def native(self, path):
+        return str(path)
+
+    def run_program(self, *arguments, **keywords):
+        keywords.setdefault("stdout", subprocess.PIPE)
+        process = subprocess.run([*self.command, *arguments], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                                 timeout=TIMEOUT, cwd=self.folder, check=False, **keywords)
+        process.stdout = process.stdout or b""
+        return Run(process)
+
+    def scan(self, *arguments, **keywords):
+        return self.run_program("--SizeUnit", "B", *arguments, **keywords)
+
+
+class CommonTests:
+    """What holds on both platforms."""
+
+    def test_totals_are_those_of_a_walk(self):
+        self.make("a/b/c/one", 1000)
+        self.make("a/two", 20)
+        self.make("three", 3)
+        (self.folder / "empty").mkdir()
+        run = self.scan(self.native(self.folder))
+        self.assertEqual((run.code, run.err), (OK, ""))
+        files, folders, size = count(self.folder)
+        self.assertEqual(run.rows, {self.native(self.folder): (size, files, folders), "a": (1020, 2, 2),
+                                    "[Files]": (3, 1, 0), "empty": (0, 0, 0)})
+        self.assertEqual([line.split()[0] for line in run.lines[6:10]],
+                         [self.native(self.folder), "a", "[Files]", "empty"])
+
+    def test_version_and_help_go_to_standard_output(self):
+        run = self.run_program("--version")
+        self.assertEqual((run.code, run.err), (OK, ""))
+        self.assertRegex(run.out, r"^Vantrel \d+\.\d+\.\d+ \((Linux|Windows), 64-bit\)\r\n$")
+        for switch in ("--help", "-h", "/?", "/HELP"):
+            run = self.run_program(switch)
+            self.assertEqual((run.code, run.err), (OK, ""))
+            self.assertTrue(run.out.startswith("Usage: vantrel "))
+        self.assertIn("--MaximumThreads", self.run_program("--help", "options").out)
+
+    def test_wrong_command_lines_scan_nothing(self):
+        self.make("x", 1)
+        for arguments, message in (((), "No path to scan was given"),
+                                   (("/NOGUI",), "No valid command line option was passed in non-UI mode."),
+                                   (("--KeepFile", "."), "Did you mean --KeepFiles?"),
+                                   ((".", "--MaximumThreads", "0"), "expected 1..256"),
+                                   (("/SCAN", "--nogui"), "A path was expected")):
+            with self.subTest(arguments=arguments):
+                run = self.run_program(*arguments)
+                self.assertEqual((run.code, run.out), (WRONG_COMMAND_LINE, ""))
+                self.assertIn(message, run.err)
+                self.assertIn("Usage: ", run.err)
+
+    def test_a_missing_path_does_not_keep_the_others_from_being_scanned(self):
+        self.make("here/x", 5)
+        run = self.scan("gone", "here")
+        self.assertEqual(run.code, PATH_NOT_FOUND)
+        self.assertRegex(run.err, r'^Cannot scan "gone": .+\r\n$')
+        self.assertEqual(list(run.rows.values()), [(5, 1, 0)])
+
+    def test_a_file_is_reported_as_that_file(self):
+        path = self.make("single", 77)
+        run = self.scan(self.native(path))
+        self.assertEqual((run.code, run.err), (OK, ""))
+        self.assertEqual(list(run.rows.values()), [(77, 1, 0)])
+
+    def test_paths_given_twice_or_inside_another(self):
+        self.make("a/b/x", 5)
+        run = self.scan("a", f"a{self.delimiter}b", "a")
+        self.assertEqual((run.code, run.titles()), (OK, 2))
+        self.assertIn('"a" was given more than once', run.err)
+        self.assertEqual([values for name, values in run.rows.items() if self.delimiter in name], [(5, 1, 1), (5, 1, 0)])
+        self.assertIn("\r\n\r\n\r\n" + 48 * "_" + "\r\nVantrel Report, ", run.out)
+
+    def test_a_path_may_end_in_a_delimiter_and_hold_blanks(self):
+        self.make("my folder/x", 9)
+        run = self.scan(self.native(self.folder / "my folder") + self.delimiter)
+        self.assertEqual((run.code, run.err), (OK, ""))
+        self.assertEqual(list(run.rows.values()), [(9, 1, 0)])
+
+
+class LinuxTest(CommonTests, ProgramTest):
+    command = [os.environ["VANTREL_LINUX"]] if os.environ.get("VANTREL_LINUX") else None
+
+    def test_a_closed_pipe_neither_hangs_nor_kills(self):
+        for i in range(200):
+            self.make(f"{i}/x", i)
+        with subprocess.Popen([*self.command, *map(str, range(200))], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              cwd=self.folder) as process:
+            process.stdout.readline()
+            process.stdout.close()
+            self.assertEqual(process.wait(TIMEOUT), OUTPUT_FAILED)
+
+    def test_a_full_disk_is_told(self):
+        self.make("x", 1)
+        for arguments in ((".",), ("--help",)):
+            with open("/dev/full", "wb") as full:
+                run = self.run_program(*arguments, stdout=full)
+            self.assertEqual(run.code, OUTPUT_FAILED, arguments)
+        # Nor does a closed standard output go unnoticed.
+        run = self.run_program(".", preexec_fn=lambda: os.close(1))
+        self.assertEqual(run.code, OUTPUT_FAILED)
+
+    def test_names_never_reach_the_terminal_raw(self):
+        hostile = ["\x1b]0;title\x07", "line\nbreak", "tab\t", "\x7f", "\u202egnp.exe", "\x9b31m"]
+        for name in hostile:
+            self.make(f"{name}/x", 1)
+        os.mkdir(os.fsencode(self.folder) + b"/\xff\xfe")
+        run = self.scan(self.native(self.folder), "gone\x1b[31m")
+        self.assertEqual(run.code, PATH_NOT_FOUND)
+        for text in (run.out, run.err):
+            self.assertNotRegex(text.replace("\r\n", ""), "[\x00-\x1f\x7f-\x9f\u202a-\u202e]")
+        for shown in ("\\x1B]0;title\\x07", "line\\nbreak", "\\x7F", "\\u202Egnp.exe", "\\xFF\\xFE"):
+            self.assertIn(shown, run.out)
+        self.assertEqual(run.rows[str(self.folder)], (6, 6, 7))
+
+    def test_names_that_are_not_text_can_be_given(self):
+        name = b"caf\xe9"
+        os.mkdir(os.path.join(os.fsencode(self.folder), name))
+        self.make("x", 1)
+        os.rename(self.folder / "x", os.path.join(os.fsencode(self.folder), name, b"x"))
+        run = self.scan(name)
+        self.assertEqual((run.code, list(run.rows.values())), (OK, [(1, 1, 0)]))
+
+    def test_slash_tokens(self):
+        path = self.native(self.folder)
+        self.make("x", 4)
+        for arguments in ((path,), ("/SCAN", path), ("/scan", f"{path};{path}"), ("/NoGui", path), ("--", path),
+                          (path, "--StayOnFileSystem"), ("--StayOnFileSystem", path)):
+            run = self.scan(*arguments)
+            self.assertEqual((run.code, list(run.rows.values())), (OK, [(4, 1, 0)]), arguments)
+
+    def test_folders_that_cannot_be_read(self):
+        self.make("open/x", 10)
+        for i in range(3):
+            (self.folder / f"closed{i}").mkdir(mode=0)
+        user = {}
+        if os.geteuid() == 0:
+            ordinary = int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))
+            program = shutil.copy(self.command[0], self.folder.parent / f"{self.folder.name}-program")
+            self.addCleanup(os.unlink, program)
+            os.chmod(program, stat.S_IRWXU | stat.S_IRGRP | stat.S_IXGRP | stat.S_IROTH | stat.S_IXOTH)
+            self.command = [program]
+            user = {"user": ordinary, "group": ordinary, "extra_groups": []}
+        run = self.scan("--NumberOfListedErrors", "2", self.native(self.folder), **user)
+        for i in range(3):
+            (self.folder / f"closed{i}").chmod(0o700)
+        self.assertEqual((run.code, run.err), (INCOMPLETE, ""))
+        self.assertIn(" - incomplete\r\n", run.out)
+        expected = ["incomplete: 3 folders could not be read", f"  {self.folder}/closed0: Permission denied",
+                    f"  {self.folder}/closed1: Permission denied", "  … and 1 more"]
+        first = run.lines.index(expected[0])
+        self.assertEqual(run.lines[first:first + 4], expected)
+        self.assertEqual(run.rows[str(self.folder)][:2], (10, 1))
+
+    def test_a_signal_stops_the_run_with_what_there_is(self):
+        # More reports than a pipe holds: the program waits in the middle of them until they are read.
+        paths = [self.make(f"p{i}/x", 1).parent.name for i in range(500)]
+        with subprocess.Popen([*self.command, *paths], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              cwd=self.folder) as process:
+            process.stdout.readline()
+            process.send_signal(signal.SIGINT)
+            out, err = process.communicate(timeout=TIMEOUT)
+        self.assertEqual(process.returncode, CANCELLED)
+        reported = 1 + out.count(b" Report, ")
+        left = [line.split('"')[1] for line in err.decode().split("\r\n") if line.startswith("Not scanned: ")]
+        self.assertEqual(left, paths[reported:])
+        self.assertTrue(left)
+
+    def test_no_escape_sequences_where_there_is_no_terminal(self):
+        run = self.run_program("gone")
+        self.assertNotIn("\x1b", run.err)
+
+
+class WindowsTest(CommonTests, ProgramTest):
+    command = ([os.environ["VANTREL_WINE"], os.environ["VANTREL_WINDOWS"]]
+               if os.environ.get("VANTREL_WINDOWS") and os.environ.get("VANTREL_WINE") else None)
+    delimiter = "\\"
+
+    def native(self, path):
+        return "Z:" + str(path).replace("/", "\\")
+
+    def test_a_slash_token_is_a_switch_known_or_not(self):
+        run = self.run_program("/usr")
+        self.assertEqual(run.code, WRONG_COMMAND_LINE)
+        self.assertIn("Unknown Command line option: /usr", run.err)
+
+
