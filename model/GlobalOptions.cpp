@@ -131,7 +131,7 @@ std::vector<TOptionInfo> DeclareOptions() {
                         "Date that file ages count from; none collects no ages"),
       Text("FileAges", &TOptions::FileAges, "1;7;30;182;365;730;2147483647", "days;days;... in ascending order",
            IsAgeList, "Upper bounds of the file age intervals"),
-      Boolean("ShareHardLinks", &TOptions::ShareHardLinks, true,
+      Boolean("ShareHardLinks", &TOptions::ShareHardLinks, kShareHardLinksByDefault,
               "Count a file with several hard links once on storage"),
       Boolean("FollowSymbolicLinks", &TOptions::FollowSymbolicLinks, false, "Scan the folders that links point to"),
       Boolean("FollowMountPoints", &TOptions::FollowMountPoints, false, "Scan volumes mounted into folders (Windows)"),

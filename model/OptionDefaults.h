@@ -8,4 +8,8 @@ namespace Kiv {
 // which takes many times as long as the scan itself.
 extern const bool kCollectOwnersByDefault;
 
+// Whether hard links share their allocated size. Linux tells the link count together with the size; Windows wants every
+// file opened for it.
+extern const bool kShareHardLinksByDefault;
+
 }  // namespace Kiv

@@ -3,5 +3,6 @@
 namespace Kiv {
 
 const bool kCollectOwnersByDefault = true;
+const bool kShareHardLinksByDefault = true;
 
 }  // namespace Kiv

@@ -3,5 +3,6 @@
 namespace Kiv {
 
 const bool kCollectOwnersByDefault = false;
+const bool kShareHardLinksByDefault = false;
 
 }  // namespace Kiv

@@ -3,6 +3,8 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include "platform/DebugLog.h"
+#include "platform/Errors.h"
+#include "platform/Text.h"
 
 namespace Vantrel::ScanEngine {
 
@@ -91,7 +93,7 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
   fToBeEntered.clear();
   fExcluded = 0;
   const bool hasFilters = fRoot.HasFilters();
-  while (pEnumerator.Next()) {
+  while (NextEntry(pEnumerator)) {
     if (pEnumerator.IsFolder()) {
       if (IsCancelled()) break;
       if (hasFilters && !fRoot.IsFolderIncluded(pEnumerator))
@@ -103,6 +105,16 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
     } else {
       fFiles->AddFile(pEnumerator);
     }
+  }
+}
+
+// An enumerator may also tell an error by an exception; it is then at its end and knows the error's code.
+bool TScanJob::NextEntry(IHierarchicalEnumerator& pEnumerator) {
+  try {
+    return pEnumerator.Next();
+  } catch (const EOSError& error) {
+    LogDebug(u"TScanJob.NextEntry: " + FromUtf8(error.what()));
+    return false;
   }
 }
 

@@ -37,6 +37,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void RefreshFolder();
   void ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
+  static bool NextEntry(IHierarchicalEnumerator& pEnumerator);
   void AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void ScanWaiting();

@@ -8,7 +8,6 @@
 
 namespace Kiv::Testing {
 
-using Enumerators::THierarchicalEnumeratorOptions;
 
 void TGate::Open() {
   TCriticalSectionLock lock(fLock);
