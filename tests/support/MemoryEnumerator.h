@@ -38,6 +38,7 @@ struct TMemoryEntry {
   uint64_t fOwnerId = 0;
   std::deque<TMemoryEntry> fChildren;  // a deque: references to children stay good while more are added
   bool fCanDescend = true;
+  bool fRemoved = false;  // deleted from the storage; between scans only
 
   // Faults of the listing of this folder.
   std::atomic<bool> fVanished{false};  // the first Next fails: not found
@@ -63,7 +64,7 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
   TMemoryEntry& Top() { return fTop; }
   // The folder of a path relative to the top, parts separated by "/"; missing parts are made.
   TMemoryEntry& Folder(std::u16string_view pRelativePath);
-  TRef<IHierarchicalEnumerator> CreateEnumerator(Enumerators::THierarchicalEnumeratorOptions pOptions = 0);
+  TRef<IHierarchicalEnumerator> CreateEnumerator(THierarchicalEnumeratorOptions pOptions = 0);
 
   // The pCall-th Next of all enumerators together, counted from 1, fails with the code.
   void FailNextCall(int64_t pCall, uint32_t pErrorCode);
@@ -89,7 +90,7 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
 class TMemoryEnumerator : public Enumerators::TBaseVisualHierarchicalEnumerator {
  public:
   TMemoryEnumerator(std::shared_ptr<TMemoryStorage> pStorage, TMemoryEntry* pFolder, std::u16string pPath,
-                    Enumerators::THierarchicalEnumeratorOptions pOptions);
+                    THierarchicalEnumeratorOptions pOptions);
   ~TMemoryEnumerator() override;
 
   bool Next() override;
