@@ -28,22 +28,21 @@ void TakeOutOf(const TRef<TArray>& pTarget, const TRef<TArray>& pValues) {
   if (pTarget && pValues) pTarget->SubtractArray(*pValues);
 }
 
-// Largest first, then by name in code-unit order: the one order of children everywhere. Sizes are read once, since a
-// running scan changes them under the sort.
-std::vector<TRef<IFolderData>> SortedBySize(const std::vector<TRef<TCustomFolderData>>& pChildren) {
+}  // namespace
+
+std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren) {
   std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
   keyed.reserve(pChildren.size());
-  for (const TRef<TCustomFolderData>& child : pChildren) keyed.emplace_back(child->GetSize(), child);
+  for (TRef<IFolderData>& child : pChildren) {
+    const int64_t size = child->GetSize();
+    keyed.emplace_back(size, std::move(child));
+  }
   std::sort(keyed.begin(), keyed.end(), [](const auto& pA, const auto& pB) {
     return pA.first != pB.first ? pA.first > pB.first : pA.second->GetObjectName() < pB.second->GetObjectName();
   });
-  std::vector<TRef<IFolderData>> sorted;
-  sorted.reserve(keyed.size());
-  for (auto& [size, child] : keyed) sorted.push_back(std::move(child));
-  return sorted;
+  std::transform(keyed.begin(), keyed.end(), pChildren.begin(), [](auto& pItem) { return std::move(pItem.second); });
+  return pChildren;
 }
-
-}  // namespace
 
 TCustomFolderData::TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot,
                                      std::u16string_view pName)
@@ -60,7 +59,10 @@ std::vector<TRef<TCustomFolderData>> TCustomFolderData::Children() const {
   return children;
 }
 
-std::vector<TRef<IFolderData>> TCustomFolderData::FindSubFolders() { return SortedBySize(Children()); }
+std::vector<TRef<IFolderData>> TCustomFolderData::FindSubFolders() {
+  const std::vector<TRef<TCustomFolderData>> children = Children();
+  return SortedBySize({children.begin(), children.end()});
+}
 
 std::vector<TRef<IHierarchicalElement>> TCustomFolderData::FindFiles() {
   std::vector<TRef<IHierarchicalElement>> files;
@@ -217,7 +219,7 @@ TFolderContribution TCustomFolderData::Contribution() const {
 }
 
 void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) {
-  if (IsRootDisposed()) return;
+  if (IsGone()) return;
   AddToAncestry(static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
 }
 
@@ -246,13 +248,13 @@ void TCustomFolderData::TakeIn(const TFolderContribution& pValues) {
 }
 
 void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {
-  if (IsRootDisposed()) return;
+  if (IsGone()) return;
   for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder()) {
   }
 }
 
 void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
-  if (IsRootDisposed()) return;
+  if (IsGone()) return;
   for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder()) {
   }
 }

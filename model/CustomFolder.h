@@ -48,6 +48,10 @@ struct TSubFolderList {
   std::vector<TRef<TCustomFolderData>> fList;     // the sub-folders, in the order of their discovery
 };
 
+// Children in the one order that they have everywhere: largest first, then by name in code-unit order. Sizes are read once,
+// since a running scan changes them under the sort.
+std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren);
+
 // A folder node. The totals beneath it are kept up to date as the scan goes on: every folder's files are added once to the
 // folder and to each ancestor, and taken out again the same way when a branch is reset or removed.
 //

@@ -130,6 +130,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
   // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists.
   virtual void ForgetBranch(IFolderData& pFolder) = 0;
+  // The same for the folder's own listing and the files directly in it, which are about to be looked at again.
+  virtual void ForgetOwnEntries(IFolderData& pFolder) = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
