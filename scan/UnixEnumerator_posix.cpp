@@ -153,6 +153,10 @@ TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view
                   static_cast<uint32_t>(pName.size())),
       fFollowLink(pFollowLink) {}
 
+TRef<TUnixDirectory> TUnixDirectory::Again() const {
+  return fParent ? MakeRef<TUnixDirectory>(fParent, fName, fFollowLink) : MakeRef<TUnixDirectory>(fName);
+}
+
 TUnixDirectory::~TUnixDirectory() {
   if (fHandle < 0) return;
   close(fHandle);
@@ -293,7 +297,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() 
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
-  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory));
+  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
   clone->fName = fName;
   clone->fEntry = fEntry;
   if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;
