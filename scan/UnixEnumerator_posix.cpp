@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <vector>
 
+#include "platform/Errors.h"
 #include "platform/OwnerNames.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
@@ -258,7 +259,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16strin
   const std::string bytes = ToNativeBytes(path);
   const TReachedPath reached = ReachPath(bytes);
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
-  if (reached.fIsPseudoFileSystem) return MakeRef<TPathNotFoundEnumerator>(path, EOPNOTSUPP, pOptions);
+  if (reached.fIsPseudoFileSystem) return MakeRef<TPathNotFoundEnumerator>(path, kErrorPseudoFileSystem, pOptions);
   if (!S_ISDIR(reached.fStatus.stx_mode)) return CreateForObject(path, pOptions);
   TRef<TUnixEnumerator> enumerator(new TUnixEnumerator(
       MakeRef<TUnixScan>(path, IdentityOf(reached.fStatus), pOptions), MakeRef<TUnixDirectory>(bytes)));
