@@ -160,7 +160,7 @@ TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view
 }
 
 TRef<TUnixDirectory> TUnixDirectory::Again() const {
-  return fParent ? MakeRef<TUnixDirectory>(fParent, fName, fFollowLink) : MakeRef<TUnixDirectory>(fName);
+  return fParent ? MakeRef<TUnixDirectory>(fParent, FromNativeBytes(fName), fFollowLink) : MakeRef<TUnixDirectory>(fName);
 }
 
 TUnixDirectory::~TUnixDirectory() {
