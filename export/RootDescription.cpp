@@ -20,7 +20,9 @@ std::string SizeText(int64_t pBytes, const TValueFormat& pFormat) {
 
 std::string ShareText(int64_t pPart, int64_t pWhole, const TValueFormat& pFormat) {
   const double share = static_cast<double>(pPart) / static_cast<double>(pWhole);
-  return ToUtf8(FormatValue(TColumn::mdPercentOfRoot, share, pFormat));
+  TValueFormat format = pFormat;
+  format.fShowUnits = true;
+  return ToUtf8(FormatValue(TColumn::mdPercentOfRoot, share, format));
 }
 
 std::string SecondsText(int64_t pMilliseconds) {

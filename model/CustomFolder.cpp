@@ -373,13 +373,19 @@ void TCustomFolderData::DetachFilesNode() {
 
 void TCustomFolderData::MoveOwnFilesIntoNode() {
   // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
-  const TFolderContribution own = Contribution();
+  TFolderContribution own = Contribution();
   if (own.fValues.fFiles == 0) return;
   LogDebug(kCreatingFiles + GetFullPath());
   TRef<const TFileTable> files;
   {
     TExclusiveLock lock(fLock);
     files.swap(fFileTable);
+  }
+  // Not so the dates: those of the folder's and the new sub-folder's own entries are among them.
+  if (files) own.fLastAccessDate = own.fLastChangeDate = {};
+  for (size_t i = 0; files && i < files->Count(); ++i) {
+    own.fLastAccessDate = std::max(own.fLastAccessDate, (*files)[i].fLastAccessDate);
+    own.fLastChangeDate = std::max(own.fLastChangeDate, (*files)[i].fLastChangeDate);
   }
   auto group = MakeRef<TFileGroupData>(*this, fRoot);
   group->Fill(own, std::move(files));

@@ -39,6 +39,9 @@ enum class TErrorKind : uint8_t { ekNone, ekAccessDenied, ekNotFound, ekOther };
 
 TErrorKind ClassifyOSError(uint32_t pCode);
 
+// A code of the program's own: the path leads into a pseudo file system of the kernel. No system's codes have bit 29 set.
+constexpr uint32_t kErrorPseudoFileSystem = 0x2000'0001;
+
 // The system's own text for a code, UTF-8, without a trailing full stop or line break ("Permission denied").
 std::string OSErrorText(uint32_t pCode);
 

@@ -21,6 +21,7 @@ TErrorKind ClassifyOSError(uint32_t pCode) {
 }
 
 std::string OSErrorText(uint32_t pCode) {
+  if (pCode == kErrorPseudoFileSystem) return "It belongs to a pseudo file system of the kernel, where nothing is stored";
   char buffer[256];
   // The GNU form: it returns the text, which need not be in the buffer.
   return strerror_r(static_cast<int>(pCode), buffer, sizeof buffer);

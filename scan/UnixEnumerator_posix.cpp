@@ -11,8 +11,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 #include <vector>
 
+#include "platform/Errors.h"
 #include "platform/OwnerNames.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
@@ -144,19 +146,52 @@ bool TUnixScan::EnterLinkTarget(const TFileIdentity& pTarget) {
 TUnixDirectory::TUnixDirectory(std::string pPath)
     : fName(std::move(pPath)),
       fPathLength(static_cast<uint32_t>(FromNativeBytes(fName).size())),
-      fFollowLink(true) {}
+      fFollowLink(true),
+      fHoldsParent(false) {}
 
 TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink)
     : fParent(std::move(pParent)),
       fName(ToNativeBytes(pName)),
       fPathLength(fParent->fPathLength + (fParent->fName == "/" ? 0 : 1) +
                   static_cast<uint32_t>(pName.size())),
-      fFollowLink(pFollowLink) {}
+      fFollowLink(pFollowLink),
+      fHoldsParent(true) {
+  fParent->Hold();
+}
+
+TRef<TUnixDirectory> TUnixDirectory::Again() const {
+  return fParent ? MakeRef<TUnixDirectory>(fParent, fName, fFollowLink) : MakeRef<TUnixDirectory>(fName);
+}
 
 TUnixDirectory::~TUnixDirectory() {
-  if (fHandle < 0) return;
-  close(fHandle);
+  CloseHandle();
+  LetGoOfParent();
+}
+
+void TUnixDirectory::CloseHandle() {
+  const int handle = fHandle.exchange(-1, std::memory_order_acq_rel);
+  if (handle < 0) return;
+  close(handle);
   gOpenDirectories.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void TUnixDirectory::LetGo() {
+  if (fHolders.fetch_sub(1, std::memory_order_acq_rel) == 1) CloseHandle();
+}
+
+void TUnixDirectory::LetGoOfParent() {
+  if (std::exchange(fHoldsParent, false)) fParent->LetGo();
+}
+
+// What nobody holds any more may be closed at any moment, so it is not taken up again.
+bool TUnixDirectory::HoldIfOpen() {
+  int32_t holders = fHolders.load(std::memory_order_relaxed);
+  while (holders > 0 && !fHolders.compare_exchange_weak(holders, holders + 1, std::memory_order_acq_rel)) {
+  }
+  if (holders == 0) return false;
+  if (Handle() >= 0) return true;
+  LetGo();
+  return false;
 }
 
 std::u16string TUnixDirectory::Path() const {
@@ -173,37 +208,43 @@ std::u16string TUnixDirectory::Path() const {
 
 int TUnixDirectory::OpenWith(int pFlags) const {
   if (!fParent) return OpenInSteps(AT_FDCWD, fName, pFlags);
-  if (fParent->fHandle >= 0) return OpenAt(fParent->fHandle, fName.c_str(), pFlags);
   // From the nearest folder that is open, or from the root's path.
   std::vector<const TUnixDirectory*> chain{this};
-  const TUnixDirectory* folder = fParent.get();
-  for (; folder->fHandle < 0 && folder->fParent; folder = folder->fParent.get()) chain.push_back(folder);
-  std::string path = folder->fHandle >= 0 ? std::string() : folder->fName;
+  TUnixDirectory* folder = fParent.get();
+  bool isOpen = folder->HoldIfOpen();
+  for (; !isOpen && folder->fParent; isOpen = folder->HoldIfOpen()) {
+    chain.push_back(folder);
+    folder = folder->fParent.get();
+  }
+  std::string path = isOpen ? std::string() : folder->fName;
   for (auto part = chain.rbegin(); part != chain.rend(); ++part) {
     if (!path.empty() && path.back() != '/') path += '/';
     path += (*part)->fName;
   }
-  return OpenInSteps(folder->fHandle >= 0 ? folder->fHandle : AT_FDCWD, path, pFlags);
+  const int handle = OpenInSteps(isOpen ? folder->Handle() : AT_FDCWD, path, pFlags);
+  const int error = errno;
+  if (isOpen) folder->LetGo();
+  errno = error;
+  return handle;
 }
 
 int TUnixDirectory::Open() {
-  if (fHandle >= 0) return 0;
+  if (Handle() >= 0) return 0;
   const int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | (fFollowLink ? 0 : O_NOFOLLOW);
   // Reading a folder would change its access date, one of the things that a scan is to tell; only its owner and root may
   // ask for that not to happen.
   int handle = OpenWith(flags | O_NOATIME);
   if (handle < 0 && errno == EPERM) handle = OpenWith(flags);
-  if (handle < 0) return errno;
-  fHandle = handle;
+  const int error = errno;
+  LetGoOfParent();
+  if (handle < 0) return error;
+  fHandle.store(handle, std::memory_order_relaxed);
   gOpenDirectories.fetch_add(1, std::memory_order_relaxed);
   return 0;
 }
 
 void TUnixDirectory::CloseWhenShort() {
-  if (fHandle < 0 || gOpenDirectories.load(std::memory_order_relaxed) <= OpenDirectoriesLimit()) return;
-  close(fHandle);
-  fHandle = -1;
-  gOpenDirectories.fetch_sub(1, std::memory_order_relaxed);
+  if (gOpenDirectories.load(std::memory_order_relaxed) > OpenDirectoriesLimit()) CloseHandle();
 }
 
 // --- making enumerators --------------------------------------------------------------------------------------------
@@ -248,9 +289,14 @@ TFileIdentity IdentityOf(const struct statx& pStatus) {
 }  // namespace
 
 TUnixEnumerator::TUnixEnumerator(TRef<TUnixScan> pScan, TRef<TUnixDirectory> pDirectory)
-    : TBaseVisualHierarchicalEnumerator(pScan->fOptions), fScan(std::move(pScan)), fDirectory(std::move(pDirectory)) {}
+    : TBaseVisualHierarchicalEnumerator(pScan->fOptions), fScan(std::move(pScan)), fDirectory(std::move(pDirectory)) {
+  fDirectory->Hold();
+}
 
-TUnixEnumerator::~TUnixEnumerator() { Close(); }
+TUnixEnumerator::~TUnixEnumerator() {
+  Close();
+  fDirectory->LetGo();
+}
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16string& pPath,
                                                              THierarchicalEnumeratorOptions pOptions) {
@@ -258,7 +304,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16strin
   const std::string bytes = ToNativeBytes(path);
   const TReachedPath reached = ReachPath(bytes);
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
-  if (reached.fIsPseudoFileSystem) return MakeRef<TPathNotFoundEnumerator>(path, EOPNOTSUPP, pOptions);
+  if (reached.fIsPseudoFileSystem) return MakeRef<TPathNotFoundEnumerator>(path, kErrorPseudoFileSystem, pOptions);
   if (!S_ISDIR(reached.fStatus.stx_mode)) return CreateForObject(path, pOptions);
   TRef<TUnixEnumerator> enumerator(new TUnixEnumerator(
       MakeRef<TUnixScan>(path, IdentityOf(reached.fStatus), pOptions), MakeRef<TUnixDirectory>(bytes)));
@@ -293,7 +339,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() 
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
-  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory));
+  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
   clone->fName = fName;
   clone->fEntry = fEntry;
   if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;

@@ -54,23 +54,34 @@ class TUnixDirectory : public TInterfaced<IInterface> {
   explicit TUnixDirectory(std::string pPath);
   TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink);
   ~TUnixDirectory() override;
+  // The same folder, not opened yet: a handle knows one place in the listing only.
+  TRef<TUnixDirectory> Again() const;
 
-  // Opens the folder for listing; returns 0 or the error. The handle stays open until the last child is opened, as long as
-  // the process has handles to spare; after that children find their way from the nearest folder that is open.
+  // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as long as
+  // the process has handles to spare; without it children find their way from the nearest folder that is open.
   int Open();
   void CloseWhenShort();
-  int Handle() const { return fHandle; }
+  int Handle() const { return fHandle.load(std::memory_order_relaxed); }
+  // An enumerator holds its folder, and a child holds its parent until it has been opened itself. A reference alone keeps
+  // only the name: those who go down a chain of ten thousand folders need no handle of any but the last.
+  void Hold() { fHolders.fetch_add(1, std::memory_order_relaxed); }
+  void LetGo();
   std::u16string Path() const;
   size_t PathLength() const { return fPathLength; }  // in UTF-16 units
 
  private:
   int OpenWith(int pFlags) const;
+  bool HoldIfOpen();
+  void CloseHandle();
+  void LetGoOfParent();
 
   const TRef<TUnixDirectory> fParent;
   const std::string fName;  // of the root its path
   const uint32_t fPathLength;
   const bool fFollowLink;
-  int fHandle = -1;
+  bool fHoldsParent;
+  std::atomic<int32_t> fHolders{0};
+  std::atomic<int> fHandle{-1};
 };
 
 // Lists a folder of Linux: getdents64 into a 64 KiB buffer, statx relative to the folder's handle for every entry.

@@ -27,6 +27,11 @@ void TGate::Pass() {
   while (!fOpen) lock.Wait(fChanged);
 }
 
+void TGate::WaitUntilOpen() {
+  TCriticalSectionLock lock(fLock);
+  while (!fOpen) lock.Wait(fChanged);
+}
+
 TMemoryEntry& TMemoryEntry::AddFile(std::u16string_view pName, int64_t pSize, int64_t pAllocated) {
   TMemoryEntry& entry = fChildren.emplace_back();
   entry.fName = pName;

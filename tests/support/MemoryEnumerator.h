@@ -22,6 +22,7 @@ class TGate {
   void Open();              // for good
   void WaitUntilReached();  // returns when a thread has come to the gate
   void Pass();              // called by the listing thread
+  void WaitUntilOpen();     // the same, without being noticed
 
  private:
   TCriticalSection fLock;
