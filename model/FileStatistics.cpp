@@ -34,7 +34,9 @@ TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime 
 
 TRef<ICustomAssocSizeArray> OwnersOfFiles(const TFileTable* pFiles) {
   TKeyTotals totals;
-  AddAll(pFiles, totals, [](const TFileRecord& pFile) { return pFile.fOwnerKey; });
+  const TKeyId unknown = TUserSizeArray::KeyOf({});
+  AddAll(pFiles, totals,
+         [&](const TFileRecord& pFile) { return pFile.fOwnerKey == kNoKey ? unknown : pFile.fOwnerKey; });
   TRef<ICustomAssocSizeArray> owners = MakeRef<TUserSizeArray>();
   owners->Add(totals.Sorted());
   return owners;
@@ -54,7 +56,8 @@ TRef<IFileAgeDistribution> AgesOfFiles(const TFileTable* pFiles, const IScanConf
   const TKivFileTime now = pConfiguration.GetScanTimeStamp();
   IFileAges* ages = pConfiguration.GetFileAges();
   TKeyTotals totals;
-  AddAll(pFiles, totals, [&](const TFileRecord& pFile) {
+  // Without intervals no file has an age.
+  AddAll(ages->GetCount() > 0 ? pFiles : nullptr, totals, [&](const TFileRecord& pFile) {
     const TKivFileTime date = DateOfKind(type, pFile.fLastAccessDate, pFile.fLastChangeDate, pFile.fCreationDate);
     return static_cast<TKeyId>(ages->GetIndexOfMatchingInterval(FileAgeInDays(now, date)));
   });

@@ -64,13 +64,14 @@ class FolderTree : public testing::Test {
     bool fLong = false;
   };
   static void Files(TCustomFolderData& pFolder, const TFiles& pFiles, bool pReplace = false) {
+    const TKeyId anna = TUserSizeArray::KeyOf(u"anna");
     TFileTableBuilder table;
     TEntryValues values;
     values.fSize = pFiles.fSize;
     values.fAllocated = 2 * pFiles.fSize;
     values.fLastChangeDate = pFiles.fDate;
     for (int64_t i = 0; i < pFiles.fCount; ++i)
-      table.Add(i == 0 ? pFiles.fName : FromUtf8(std::to_string(i)) + pFiles.fName, values, kNoKey);
+      table.Add(i == 0 ? pFiles.fName : FromUtf8(std::to_string(i)) + pFiles.fName, values, anna);
     TFileGroupContents contents;
     contents.fValues.fSize = pFiles.fCount * pFiles.fSize;
     contents.fValues.fAllocated = 2 * contents.fValues.fSize;
@@ -78,9 +79,12 @@ class FolderTree : public testing::Test {
     contents.fValues.fCompression = pFiles.fCount == 0 ? 0 : pFiles.fCompressed ? compr_yes : compr_no;
     contents.fLastChangeDate = pFiles.fDate;
     contents.fLongPaths = pFiles.fLong;
-    const TKeyedSizeValues owner[] = {{TUserSizeArray::KeyOf(u"anna"), contents.fValues}};
+    const TKeyedSizeValues owner[] = {{anna, contents.fValues}};
     const TKeyedSizeValues extension[] = {{TExtensionSizeArray::KeyOf(u".txt"), contents.fValues}};
-    const TKeyedSizeValues age[] = {{2, contents.fValues}};
+    IScanConfiguration& configuration = pFolder.GetRoot()->GetScanConfiguration();
+    const int interval = configuration.GetFileAges()->GetIndexOfMatchingInterval(
+        FileAgeInDays(configuration.GetScanTimeStamp(), pFiles.fDate));
+    const TKeyedSizeValues age[] = {{static_cast<TKeyId>(interval), contents.fValues}};
     if (pFiles.fCount > 0) {
       contents.fOwners = owner;
       contents.fExtensions = extension;
@@ -110,7 +114,10 @@ class FolderTree : public testing::Test {
     found = {};
     EXPECT_EQ(pFiles > 0, pFolder.GetExtensionSizeArray()->Find(u".TXT", found));
     EXPECT_EQ(expected, found);
-    EXPECT_EQ(expected, pFolder.GetFileAgeDistribution(TDateType::dtLastChange)->GetRecord(2));
+    found = {};
+    TRef<IFileAgeDistribution> ages = pFolder.GetFileAgeDistribution(TDateType::dtLastChange);
+    for (int i = 0; i < ages->GetFileAges()->GetCount(); ++i) found += ages->GetRecord(i);
+    EXPECT_EQ(expected, found);
   }
 
   std::vector<std::string> fLog;
