@@ -37,15 +37,32 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
              IsSameOrBeneath(pItem->fMountPoint, pThrough.fMountPoint) && IsSameOrBeneath(pPath, pItem->fMountPoint);
     });
   };
+  auto isBeneathRoot = [&](const TMount& pMount) {
+    return IsSameOrBeneath(pMount.fMountPoint, pScanRoot) && pMount.fMountPoint != pScanRoot;
+  };
+  // What shows more is decided before what it may show as well.
+  std::stable_sort(visible.begin(), visible.end(), [](const TMount* pA, const TMount* pB) {
+    return pA->fRoot.size() != pB->fRoot.size() ? pA->fRoot.size() < pB->fRoot.size() : ComesFirst(*pA, *pB);
+  });
   std::unordered_set<uint64_t> duplicates;
+  // A road through a mount that is not entered leads nowhere.
+  auto isEntered = [&](const TMount& pMount) {
+    return std::none_of(visible.begin(), visible.end(), [&](const TMount* pItem) {
+      return isBeneathRoot(*pItem) && duplicates.contains(pItem->fId) &&
+             IsSameOrBeneath(pMount.fMountPoint, pItem->fMountPoint);
+    });
+  };
+  auto isShownBy = [&](const TMount& pMount, const TMount& pOther) {
+    if (pOther.fDevice != pMount.fDevice || !IsSameOrBeneath(pMount.fRoot, pOther.fRoot)) return false;
+    if (pOther.fRoot == pMount.fRoot && !ComesFirst(pOther, pMount)) return false;
+    const std::string path = PathThrough(pOther, pMount);
+    return IsSameOrBeneath(path, pScanRoot) && !isHidden(path, pOther) && isEntered(pOther);
+  };
   for (const TMount* mount : visible) {
-    if (!IsSameOrBeneath(mount->fMountPoint, pScanRoot) || mount->fMountPoint == pScanRoot) continue;
-    for (const TMount* other : visible) {
-      if (other == mount || other->fDevice != mount->fDevice || !IsSameOrBeneath(mount->fRoot, other->fRoot)) continue;
-      if (other->fRoot == mount->fRoot && !ComesFirst(*other, *mount)) continue;
-      const std::string path = PathThrough(*other, *mount);
-      if (IsSameOrBeneath(path, pScanRoot) && !isHidden(path, *other)) duplicates.insert(mount->fId);
-    }
+    if (isBeneathRoot(*mount) && std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {
+          return pOther != mount && isShownBy(*mount, *pOther);
+        }))
+      duplicates.insert(mount->fId);
   }
   return duplicates;
 }
