@@ -586,7 +586,7 @@ TFileGroupData::TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoo
     : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), kName) {}
 
 void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
-  if (pFiles && static_cast<int64_t>(pFiles->Count()) == pValues.fValues.fFiles)
+  if (pValues.AreAllIn(pFiles.get()))
     TakeInTotals(pValues);
   else
     TakeIn(pValues);

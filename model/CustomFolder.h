@@ -25,6 +25,11 @@ struct TFolderTotals {
   TKivFileTime fLastAccessDate;
   TKivFileTime fLastChangeDate;
   bool fLongPaths = false;
+
+  // Whether the table holds every file that was counted, so that their statistics can be worked out from it.
+  bool AreAllIn(const TFileTable* pFiles) const {
+    return pFiles && static_cast<int64_t>(pFiles->Count()) == fValues.fFiles;
+  }
 };
 
 // The same with statistics, as a whole branch has them.
@@ -38,8 +43,7 @@ struct TFileGroupContents : TFolderTotals {
   std::span<const TKeyedSizeValues> fExtensions;
   std::span<const TKeyedSizeValues> fAges;  // by interval index
   TRef<const TFileTable> fFiles;            // nullptr when the scan keeps none
-  // Whether the statistics can be worked out from the table alone.
-  bool KeepsAllFiles() const { return fFiles && static_cast<int64_t>(fFiles->Count()) == fValues.fFiles; }
+  bool KeepsAllFiles() const { return AreAllIn(fFiles.get()); }
 };
 
 // The children of a folder. Made with the first child.
@@ -113,7 +117,6 @@ class TCustomFolderData : public TContainerHierarchicalElement, public TInTreeMe
   // last one marks the folder fsSubFolderScanningFinished and is itself a part done of the parent. A branch that is
   // scanned again makes its finished ancestors unfinished for that time.
   void BeginScan(int32_t pParts) { fUnfinishedParts.store(pParts, std::memory_order_relaxed); }
-  void AddUnfinishedParts(int32_t pParts) { fUnfinishedParts.fetch_add(pParts, std::memory_order_relaxed); }
   void FinishPart();
   void ReopenAncestors();
 

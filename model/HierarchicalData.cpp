@@ -78,6 +78,11 @@ std::u16string TBaseHierarchicalObject<TInterface>::GetFormattedValue(TColumn pC
   return FormatValue(pColumn, this->GetValue(pColumn), pFormat);
 }
 
+bool IsSameOrBelow(TRef<IHierarchicalElement> pElement, const IHierarchicalElement& pTop) {
+  while (pElement && pElement.get() != &pTop) pElement = pElement->GetParentFolder();
+  return pElement != nullptr;
+}
+
 THierarchicalObject::THierarchicalObject(std::u16string_view pFullPath, char16_t pDelimiter,
                                          const TEntryValues& pValues, int64_t pFiles)
     : TBaseHierarchicalObject(nullptr, FileNameOfPath(pFullPath, pDelimiter)),

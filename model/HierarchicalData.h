@@ -82,6 +82,9 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   mutable std::atomic<IMetaDataCache*> fMetaDataCache{nullptr};  // made on first use
 };
 
+// Whether an element is pTop or lies beneath it. nullptr is nowhere.
+bool IsSameOrBelow(TRef<IHierarchicalElement> pElement, const IHierarchicalElement& pTop);
+
 // An object made from a path, outside any tree: a search result, say.
 class THierarchicalObject : public TBaseHierarchicalObject<IHierarchicalObject> {
  public:

@@ -175,9 +175,12 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   // counts. Whether the whole folder is missing or only a part says what was listed before.
   virtual uint32_t GetErrorCode() const = 0;
   virtual TEnumeratorError GetError() const = 0;
-  // The folder being listed, and the length of its path in UTF-16 units.
-  virtual std::u16string GetPath() const = 0;
-  virtual size_t GetPathLength() const { return GetPath().size(); }
+  virtual std::u16string GetPath() const = 0;  // of the folder being listed
+  // The length of its path in UTF-16 units, without the delimiter that a drive's or the system's root ends with.
+  virtual size_t GetPathLength() const {
+    const std::u16string path = GetPath();
+    return path.ends_with(u'/') || path.ends_with(u'\\') ? path.size() - 1 : path.size();
+  }
 };
 
 // A folder node as the scan engine uses it.

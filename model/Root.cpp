@@ -148,29 +148,38 @@ void TCustomRoot::StartEngine() {
   fScanEngine = std::move(engine);
 }
 
-TRef<IHierarchicalEnumerator> TCustomRoot::OpenPath(const std::u16string& pPath) {
-  return fServices->CreateEnumerator(pPath, fPath, EnumeratorOptions());
+// Opened from the root down, by the nodes on the way: a link that was followed is followed again.
+TRef<IHierarchicalEnumerator> TCustomRoot::OpenFolder(IFolderData& pFolder) {
+  std::vector<TRef<IHierarchicalElement>> way;
+  for (TRef<IHierarchicalElement> node(&pFolder); node->GetParentFolder(); node = node->GetParentFolder())
+    way.push_back(node);
+  TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, EnumeratorOptions());
+  for (auto node = way.rbegin(); node != way.rend() && enumerator->GetErrorCode() == 0; ++node)
+    enumerator = enumerator->CreateChildEnumerator((*node)->GetObjectName(), (*node)->GetAttributes());
+  return enumerator;
 }
 
 void TCustomRoot::Scan() {
   if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
   GiveUpTree();
-  TRef<IHierarchicalEnumerator> enumerator = OpenPath(fPath);
+  TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, EnumeratorOptions());
   // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
   const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
                                   isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
+  const bool reached = enumerator->GetErrorCode() == 0;
+  if (reached && !isFile)
+    top->SetEntryValues(enumerator->GetEntryValues(), kNoKey, !fConfiguration->GetFolderDateBasedOnFilesOnly());
   {
     TCriticalSectionLock lock(fLock);
-    fFolderData = top;
+    fFolderData = top;  // from here on others see it
   }
-  if (enumerator->GetErrorCode() != 0) {
+  if (!reached) {
     RecordError(*top, *enumerator, false);
     IncludeState(rsPathNotFound);
     EndScanning();
     return;
   }
-  if (!isFile) top->SetEntryValues(enumerator->GetEntryValues(), kNoKey, !fConfiguration->GetFolderDateBasedOnFilesOnly());
   NotifyObservers(*top, TChangeKind::ckScanStarted);
   StartEngine();
   GetScanEngine()->AddScanJob(top, std::move(enumerator));
@@ -223,8 +232,7 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
     LogDebug(u"For a root that shows a previous state a sub-branch refresh should no be performed.");
     return false;
   }
-  const std::u16string path = pFolder.GetFullPath();
-  TRef<IHierarchicalEnumerator> enumerator = OpenPath(path);
+  TRef<IHierarchicalEnumerator> enumerator = OpenFolder(pFolder);
   if (pFolder.GetParentFolder() && IsGone(*enumerator)) return RemoveFolder(pFolder);
   if (!BeginScanning(false)) return false;
   auto& folder = static_cast<TCustomFolderData&>(pFolder);
@@ -312,17 +320,6 @@ void TCustomRoot::CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFo
   fLastScannedFolder = std::move(path);
 }
 
-namespace {
-
-bool IsSameOrBelow(IHierarchicalObject* pObject, const IFolderData& pFolder) {
-  TRef<IHierarchicalElement> node(dynamic_cast<IHierarchicalElement*>(pObject));
-  for (; node; node = node->GetParentFolder())
-    if (node.get() == &pFolder) return true;
-  return false;
-}
-
-}  // namespace
-
 template <class TIsMeant>
 void TCustomRoot::ForgetErrors(const TIsMeant& pIsMeant) {
   TCriticalSectionLock lock(fLock);
@@ -332,7 +329,9 @@ void TCustomRoot::ForgetErrors(const TIsMeant& pIsMeant) {
 }
 
 void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
-  ForgetErrors([&](IHierarchicalObject* pObject) { return IsSameOrBelow(pObject, pFolder); });
+  ForgetErrors([&](IHierarchicalObject* pObject) {
+    return IsSameOrBelow(TRef<IHierarchicalElement>(dynamic_cast<IHierarchicalElement*>(pObject)), pFolder);
+  });
   if (fTopSizeList && fTopSizeList->RemoveBelow(pFolder)) fTopSizeListHasGaps = true;
 }
 

@@ -104,7 +104,7 @@ class TCustomRoot : public TBaseRoot {
   bool BeginScanning(bool pWholeTree);
   void EndScanning();
   void StartEngine();
-  TRef<IHierarchicalEnumerator> OpenPath(const std::u16string& pPath);
+  TRef<IHierarchicalEnumerator> OpenFolder(IFolderData& pFolder);
   void GiveUpTree();
   template <class TIsMeant>
   void ForgetErrors(const TIsMeant& pIsMeant);

@@ -162,10 +162,9 @@ class IHierarchicalRoot : public IMetaDataFormatter {
 // What the roots need of the floor above them: enumerators and engines.
 class IScanServices : public IInterface {
  public:
-  // An enumerator of the path's contents; a path that cannot be opened gives one that lists nothing and tells the error.
-  // The root path is that of the whole scan, which the path lies in: links back into it are not followed.
-  virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath, const std::u16string& pRootPath,
-                                                         uint32_t pOptions) = 0;
+  // An enumerator of a root's contents; a path that cannot be opened gives one that lists nothing and tells the error. The
+  // folders beneath are reached through it, so that their enumerators know which scan they belong to.
+  virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) = 0;
   // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
   virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
                                              int32_t pPriority, std::function<void()> pOnAllDone) = 0;

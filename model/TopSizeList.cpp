@@ -4,6 +4,7 @@
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <limits>
 
+#include "model/HierarchicalData.h"
 #include "platform/Paths.h"
 
 namespace Kiv {
@@ -11,15 +12,6 @@ namespace Kiv {
 namespace {
 
 constexpr int64_t kNothingComesIn = std::numeric_limits<int64_t>::max();
-
-// Whether pFolder is pTop or beneath it.
-bool IsSameOrBelow(TRef<IHierarchicalElement> pFolder, const IHierarchicalElement& pTop) {
-  while (pFolder) {
-    if (pFolder.get() == &pTop) return true;
-    pFolder = pFolder->GetParentFolder();
-  }
-  return false;
-}
 
 }  // namespace
 

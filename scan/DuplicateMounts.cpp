@@ -16,8 +16,10 @@ std::string PathThrough(const TMount& pOther, const TMount& pMount) {
   return path.append(rest);
 }
 
+// The road that a person would name first: the shallower one.
 bool ComesFirst(const TMount& pA, const TMount& pB) {
-  if (pA.fMountPoint.size() != pB.fMountPoint.size()) return pA.fMountPoint.size() < pB.fMountPoint.size();
+  auto depth = [](const TMount& pMount) { return std::count(pMount.fMountPoint.begin(), pMount.fMountPoint.end(), '/'); };
+  if (depth(pA) != depth(pB)) return depth(pA) < depth(pB);
   if (pA.fMountPoint != pB.fMountPoint) return pA.fMountPoint < pB.fMountPoint;
   return pA.fId < pB.fId;
 }

@@ -15,6 +15,8 @@ namespace {
 
 // How many items may wait for each running thread before a worker keeps its sub-folders to itself.
 constexpr int32_t kMostQueuedPerThread = 20;
+// A folder of a million files must not hold up a cancelled scan.
+constexpr int64_t kFilesBetweenLooks = 1024;
 
 }  // namespace
 
@@ -117,6 +119,7 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
       ++fExcluded;
     } else {
       fFiles->AddFile(pEnumerator);
+      if (fFiles->FileCount() % kFilesBetweenLooks == 0 && IsCancelled()) break;
     }
   }
 }

@@ -19,6 +19,7 @@
 #include "platform/Paths.h"
 #include "platform/Text.h"
 #include "scan/DuplicateMounts.h"
+#include "scan/FileSystemEnumerator.h"
 #include "scan/LinkRules.h"
 #include "scan/PathNotFoundEnumerator.h"
 #include "scan/PseudoFileSystems_posix.h"
@@ -145,15 +146,14 @@ bool TUnixScan::EnterLinkTarget(const TFileIdentity& pTarget) {
 
 TUnixDirectory::TUnixDirectory(std::string pPath)
     : fName(std::move(pPath)),
-      fPathLength(static_cast<uint32_t>(FromNativeBytes(fName).size())),
+      fPathLength(fName == "/" ? 0 : static_cast<uint32_t>(FromNativeBytes(fName).size())),
       fFollowLink(true),
       fHoldsParent(false) {}
 
 TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink)
     : fParent(std::move(pParent)),
       fName(ToNativeBytes(pName)),
-      fPathLength(fParent->fPathLength + (fParent->fName == "/" ? 0 : 1) +
-                  static_cast<uint32_t>(pName.size())),
+      fPathLength(fParent->fPathLength + 1 + static_cast<uint32_t>(pName.size())),
       fFollowLink(pFollowLink),
       fHoldsParent(true) {
   fParent->Hold();
@@ -273,15 +273,6 @@ TReachedPath ReachPath(const std::string& pPath) {
   return reached;
 }
 
-std::u16string PathWithoutProtocol(std::u16string_view pPath) {
-  constexpr std::u16string_view kProtocol = u"file:";
-  if (pPath.size() < kProtocol.size() || !SameTextAscii(pPath.substr(0, kProtocol.size()), kProtocol))
-    return std::u16string(pPath);
-  pPath.remove_prefix(kProtocol.size());
-  while (pPath.starts_with(u"//")) pPath.remove_prefix(1);  // "file:///data" is "/data"
-  return std::u16string(pPath);
-}
-
 TFileIdentity IdentityOf(const struct statx& pStatus) {
   return {static_cast<uint64_t>(pStatus.stx_dev_major) << 32 | pStatus.stx_dev_minor, pStatus.stx_ino};
 }
@@ -300,7 +291,7 @@ TUnixEnumerator::~TUnixEnumerator() {
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16string& pPath,
                                                              THierarchicalEnumeratorOptions pOptions) {
-  const std::u16string path = PathWithoutProtocol(pPath);
+  const std::u16string path = PathOfFileUrl(pPath, u'/');
   const std::string bytes = ToNativeBytes(path);
   const TReachedPath reached = ReachPath(bytes);
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
@@ -315,7 +306,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16strin
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16string& pPath,
                                                                THierarchicalEnumeratorOptions pOptions) {
-  const std::u16string path = PathWithoutProtocol(pPath);
+  const std::u16string path = PathOfFileUrl(pPath, u'/');
   const TReachedPath reached = ReachPath(ToNativeBytes(path));
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
   const std::u16string_view folder = FolderOfPath(path, u'/');

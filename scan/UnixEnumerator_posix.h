@@ -67,7 +67,7 @@ class TUnixDirectory : public TInterfaced<IInterface> {
   void Hold() { fHolders.fetch_add(1, std::memory_order_relaxed); }
   void LetGo();
   std::u16string Path() const;
-  size_t PathLength() const { return fPathLength; }  // in UTF-16 units
+  size_t PathLength() const { return fPathLength; }  // in UTF-16 units, of "/" 0
 
  private:
   int OpenWith(int pFlags) const;

@@ -18,7 +18,7 @@ using testing::IsEmpty;
 // No scan runs in these tests: trees are put together by hand.
 class TNoServices : public TInterfaced<IScanServices> {
  public:
-  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string&, const std::u16string&, uint32_t) override {
+  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string&, uint32_t) override {
     throw ENotImplemented("no scan in this test");
   }
   TRef<IScanEngine> CreateScanEngine(int32_t, TRef<IScanConfiguration>, int32_t, std::function<void()>) override {
@@ -63,7 +63,7 @@ class FolderTree : public testing::Test {
     bool fCompressed = false;
     bool fLong = false;
   };
-  static void Files(TCustomFolderData& pFolder, const TFiles& pFiles, bool pReplace = false) {
+  void Files(TCustomFolderData& pFolder, const TFiles& pFiles, bool pReplace = false) {
     const TKeyId anna = TUserSizeArray::KeyOf(u"anna");
     TFileTableBuilder table;
     TEntryValues values;
@@ -81,7 +81,7 @@ class FolderTree : public testing::Test {
     contents.fLongPaths = pFiles.fLong;
     const TKeyedSizeValues owner[] = {{anna, contents.fValues}};
     const TKeyedSizeValues extension[] = {{TExtensionSizeArray::KeyOf(u".txt"), contents.fValues}};
-    IScanConfiguration& configuration = pFolder.GetRoot()->GetScanConfiguration();
+    IScanConfiguration& configuration = fRoot->GetScanConfiguration();
     const int interval = configuration.GetFileAges()->GetIndexOfMatchingInterval(
         FileAgeInDays(configuration.GetScanTimeStamp(), pFiles.fDate));
     const TKeyedSizeValues age[] = {{static_cast<TKeyId>(interval), contents.fValues}};

@@ -21,20 +21,11 @@ class TMemoryServices : public TInterfaced<IScanServices> {
   ThreadPool::TWorkerThreadPool::TSettings fPoolSettings;
   std::vector<int32_t> fThreads;  // asked for, scan by scan
 
-  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath, const std::u16string& pRootPath,
-                                                 uint32_t pOptions) override {
+  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) override {
     const auto storage = fStorages.find(pRootPath);
     if (storage == fStorages.end())
-      return MakeRef<Enumerators::TPathNotFoundEnumerator>(pPath, TMemoryStorage::NotFoundCode(), pOptions);
-    TRef<IHierarchicalEnumerator> enumerator = storage->second->CreateEnumerator(pOptions);
-    std::u16string_view rest = std::u16string_view(pPath).substr(pRootPath.size());
-    while (!rest.empty()) {
-      rest.remove_prefix(1);
-      const size_t end = std::min(rest.find(pPath[pRootPath.size()]), rest.size());
-      enumerator = enumerator->CreateChildEnumerator(rest.substr(0, end), kAttributeDirectory);
-      rest.remove_prefix(end);
-    }
-    return enumerator;
+      return MakeRef<Enumerators::TPathNotFoundEnumerator>(pRootPath, TMemoryStorage::NotFoundCode(), pOptions);
+    return storage->second->CreateEnumerator(pOptions);
   }
 
   TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
