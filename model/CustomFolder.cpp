@@ -18,36 +18,53 @@ const std::u16string kCreatingFiles =
 const std::u16string kDisposingFiles =
     u"TCustomFolderData.SetNewSize(): Disposing [Files] node as there are no files in it: ";
 
-template <class TArray>
-void AddInto(const TRef<TArray>& pTarget, const TRef<TArray>& pValues) {
-  if (pTarget && pValues) pTarget->AddArray(*pValues);
+void AddInto(const TFolderStatistics& pTarget, const TFolderStatistics& pValues) {
+  if (pTarget.fUsers && pValues.fUsers) pTarget.fUsers->AddArray(*pValues.fUsers);
+  if (pTarget.fExtensions && pValues.fExtensions) pTarget.fExtensions->AddArray(*pValues.fExtensions);
+  if (pTarget.fAges && pValues.fAges) pTarget.fAges->AddDistribution(*pValues.fAges);
 }
 
-template <class TArray>
-void TakeOutOf(const TRef<TArray>& pTarget, const TRef<TArray>& pValues) {
-  if (pTarget && pValues) pTarget->SubtractArray(*pValues);
+void AddInto(const TFolderStatistics& pTarget, const TFileGroupContents& pContents) {
+  if (pTarget.fUsers) pTarget.fUsers->Add(pContents.fOwners);
+  if (pTarget.fExtensions) pTarget.fExtensions->Add(pContents.fExtensions);
+  if (pTarget.fAges) pTarget.fAges->Add(pContents.fAges);
 }
 
-// Largest first, then by name in code-unit order: the one order of children everywhere. Sizes are read once, since a
-// running scan changes them under the sort.
-std::vector<TRef<IFolderData>> SortedBySize(const std::vector<TRef<TCustomFolderData>>& pChildren) {
-  std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
-  keyed.reserve(pChildren.size());
-  for (const TRef<TCustomFolderData>& child : pChildren) keyed.emplace_back(child->GetSize(), child);
-  std::sort(keyed.begin(), keyed.end(), [](const auto& pA, const auto& pB) {
-    return pA.first != pB.first ? pA.first > pB.first : pA.second->GetObjectName() < pB.second->GetObjectName();
-  });
-  std::vector<TRef<IFolderData>> sorted;
-  sorted.reserve(keyed.size());
-  for (auto& [size, child] : keyed) sorted.push_back(std::move(child));
-  return sorted;
+void TakeOutOf(const TFolderStatistics& pTarget, const TFolderStatistics& pValues) {
+  if (pTarget.fUsers && pValues.fUsers) pTarget.fUsers->SubtractArray(*pValues.fUsers);
+  if (pTarget.fExtensions && pValues.fExtensions) pTarget.fExtensions->SubtractArray(*pValues.fExtensions);
+  if (pTarget.fAges && pValues.fAges) pTarget.fAges->SubtractDistribution(*pValues.fAges);
+}
+
+TFolderStatistics CloneOf(const TFolderStatistics& pStatistics) {
+  TFolderStatistics clone;
+  if (pStatistics.fUsers) clone.fUsers = pStatistics.fUsers->Clone();
+  if (pStatistics.fExtensions) clone.fExtensions = pStatistics.fExtensions->Clone();
+  if (pStatistics.fAges) clone.fAges = pStatistics.fAges->Clone();
+  return clone;
 }
 
 }  // namespace
 
+std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren) {
+  std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
+  keyed.reserve(pChildren.size());
+  for (TRef<IFolderData>& child : pChildren) {
+    const int64_t size = child->GetSize();
+    keyed.emplace_back(size, std::move(child));
+  }
+  std::sort(keyed.begin(), keyed.end(), [](const auto& pA, const auto& pB) {
+    return pA.first != pB.first ? pA.first > pB.first : pA.second->GetObjectName() < pB.second->GetObjectName();
+  });
+  std::transform(keyed.begin(), keyed.end(), pChildren.begin(), [](auto& pItem) { return std::move(pItem.second); });
+  return pChildren;
+}
+
 TCustomFolderData::TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot,
                                      std::u16string_view pName)
     : TContainerHierarchicalElement(std::move(pParent), std::move(pRoot), pName) {}
+
+TCustomFolderData::~TCustomFolderData() { delete fStatistics.load(std::memory_order_acquire); }
 
 std::vector<TRef<TCustomFolderData>> TCustomFolderData::Children() const {
   TSharedLock lock(fLock);
@@ -60,7 +77,10 @@ std::vector<TRef<TCustomFolderData>> TCustomFolderData::Children() const {
   return children;
 }
 
-std::vector<TRef<IFolderData>> TCustomFolderData::FindSubFolders() { return SortedBySize(Children()); }
+std::vector<TRef<IFolderData>> TCustomFolderData::FindSubFolders() {
+  const std::vector<TRef<TCustomFolderData>> children = Children();
+  return SortedBySize({children.begin(), children.end()});
+}
 
 std::vector<TRef<IHierarchicalElement>> TCustomFolderData::FindFiles() {
   std::vector<TRef<IHierarchicalElement>> files;
@@ -91,19 +111,41 @@ size_t TCustomFolderData::GetSubFolderCount() const {
   return fSubItems ? fSubItems->fList.size() : 0;
 }
 
-TRef<ICustomAssocSizeArray> TCustomFolderData::GetUserSizeArray() const {
-  return (GetFolderState() & fsDisposed) ? nullptr : fUserSizeArray;
-}
+TRef<ICustomAssocSizeArray> TCustomFolderData::GetUserSizeArray() const { return Statistics().fUsers; }
 
-TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const {
-  return (GetFolderState() & fsDisposed) ? nullptr : fExtensionSizeArray;
-}
+TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const { return Statistics().fExtensions; }
 
 TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType pDateType) const {
   TRef<IHierarchicalRoot> root = GetRoot();
   if (root && pDateType != root->GetScanConfiguration().GetFileAgesDateType())
     throw EInvalidArgumentValue("Folder data can only provide the file ages as configured during the scan");
-  return (GetFolderState() & fsDisposed) ? nullptr : fFileAgeDistribution;
+  return Statistics().fAges;
+}
+
+TFolderStatistics TCustomFolderData::Statistics() const {
+  TRef<IHierarchicalRoot> root = GetRoot();
+  if (!root) return {};
+  TRef<const TFileTable> files;
+  {
+    TSharedLock lock(fLock);
+    if (const TFolderStatistics* own = fStatistics.load(std::memory_order_relaxed)) return *own;
+    files = fFileTable;
+  }
+  return StatisticsOfFiles(files.get(), root->GetScanConfiguration());
+}
+
+TFolderStatistics& TCustomFolderData::EnsureStatistics() {
+  if (TFolderStatistics* own = fStatistics.load(std::memory_order_acquire)) return *own;
+  auto made = std::make_unique<TFolderStatistics>(Statistics());
+  TExclusiveLock lock(fLock);
+  TFolderStatistics* own = fStatistics.load(std::memory_order_relaxed);
+  if (!own) fStatistics.store(own = made.release(), std::memory_order_release);
+  return *own;
+}
+
+std::unique_ptr<TFolderStatistics> TCustomFolderData::TakeStatistics() {
+  TExclusiveLock lock(fLock);
+  return std::unique_ptr<TFolderStatistics>(fStatistics.exchange(nullptr, std::memory_order_acq_rel));
 }
 
 TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
@@ -178,6 +220,7 @@ void TCustomFolderData::SetEntryValues(const TEntryValues& pValues, TKeyId pOwne
 void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
   if (pChildren.empty() || IsGone()) return;
   const auto count = static_cast<int64_t>(pChildren.size());
+  EnsureStatistics();  // before anybody can reach a child and bring its values up here
   bool becomesParent;
   {
     TExclusiveLock lock(fLock);
@@ -210,49 +253,57 @@ TFolderContribution TCustomFolderData::Contribution() const {
   values.fLastAccessDate = GetLastAccessDate();
   values.fLastChangeDate = GetLastChangeDate();
   values.fLongPaths = (GetFolderState() & fsContainsLongPaths) != 0;
-  values.fUsers = fUserSizeArray;
-  values.fExtensions = fExtensionSizeArray;
-  values.fAges = fFileAgeDistribution;
+  values.fStatistics = Statistics();
   return values;
 }
 
 void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) {
-  if (IsRootDisposed()) return;
-  AddToAncestry(static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
+  if (IsGone()) return;
+  AddToAncestry(this, static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
 }
 
-void TCustomFolderData::AddToAncestry(const TFolderContribution& pValues, bool pNotify) {
-  const TAncestry nodes = Ancestry();
+// The top-most folder first. pFirst may be nullptr.
+template <class TValues>
+void TCustomFolderData::AddToAncestry(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify) {
+  if (!pFirst) return;
+  const TAncestry nodes = pFirst->Ancestry();
   for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
     (*node)->TakeIn(pValues);
-    if (pNotify) fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
+    if (pNotify) pFirst->fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
   }
 }
 
 void TCustomFolderData::TakeIn(const TFolderContribution& pValues) {
-  AddInto(fUserSizeArray, pValues.fUsers);
-  AddInto(fExtensionSizeArray, pValues.fExtensions);
-  if (fFileAgeDistribution && pValues.fAges) fFileAgeDistribution->AddDistribution(*pValues.fAges);
-  fLastAccessDate.Raise(pValues.fLastAccessDate);
-  fLastChangeDate.Raise(pValues.fLastChangeDate);
-  if (pValues.fLongPaths) IncludeFolderState(fsContainsLongPaths);
+  AddInto(EnsureStatistics(), pValues.fStatistics);
+  TakeInTotals(pValues);
+}
+
+void TCustomFolderData::TakeIn(const TFileGroupContents& pContents) {
+  AddInto(EnsureStatistics(), pContents);
+  TakeInTotals(pContents);
+}
+
+void TCustomFolderData::TakeInTotals(const TFolderTotals& pTotals) {
+  fLastAccessDate.Raise(pTotals.fLastAccessDate);
+  fLastChangeDate.Raise(pTotals.fLastChangeDate);
+  if (pTotals.fLongPaths) IncludeFolderState(fsContainsLongPaths);
   TExclusiveLock lock(fLock);
-  fSize += pValues.fValues.fSize;
-  fAllocated += pValues.fValues.fAllocated;
-  fFiles += pValues.fValues.fFiles;
-  fFolders += pValues.fValues.fFolders;
-  fCompression |= pValues.fValues.fCompression;
+  fSize += pTotals.fValues.fSize;
+  fAllocated += pTotals.fValues.fAllocated;
+  fFiles += pTotals.fValues.fFiles;
+  fFolders += pTotals.fValues.fFolders;
+  fCompression |= pTotals.fValues.fCompression;
   ClearMetaDataCache();
 }
 
 void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {
-  if (IsRootDisposed()) return;
+  if (IsGone()) return;
   for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder()) {
   }
 }
 
 void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
-  if (IsRootDisposed()) return;
+  if (IsGone()) return;
   for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder()) {
   }
 }
@@ -262,42 +313,29 @@ void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNoti
   if (GetSubFolderCount() > 0) {
     auto group = MakeRef<TFileGroupData>(*this, fRoot);
     group->Fill(pContents);
-    AddChildValues(*group, pNotify);
+    AddToAncestry(this, pContents, pNotify);
     AttachFilesNode(std::move(group));
     if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckAdded);
     return;
   }
-  // Without sub-folders the folder is its files: it takes them in itself, and its ancestors take in the folder. Most
-  // folders are like this, and making a node for nothing would double their cost.
+  // Without sub-folders the folder is its files: no node is made for them.
+  AddToAncestry(ParentFolder(), pContents, pNotify);
   FillWith(pContents);
-  if (TCustomFolderData* parent = ParentFolder())
-    parent->AddToAncestry(Contribution(), pNotify);
   if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckChanged);
 }
 
 void TCustomFolderData::FillWith(const TFileGroupContents& pContents) {
-  if (fUserSizeArray) fUserSizeArray->Add(pContents.fOwners);
-  if (fExtensionSizeArray) fExtensionSizeArray->Add(pContents.fExtensions);
-  if (fFileAgeDistribution) fFileAgeDistribution->Add(pContents.fAges);
-  fLastAccessDate.Raise(pContents.fLastAccessDate);
-  fLastChangeDate.Raise(pContents.fLastChangeDate);
-  if (pContents.fLongPaths) IncludeFolderState(fsContainsLongPaths);
+  if (fStatistics.load(std::memory_order_acquire) || !pContents.KeepsAllFiles()) AddInto(EnsureStatistics(), pContents);
+  TakeInTotals(pContents);
   TExclusiveLock lock(fLock);
-  fSize += pContents.fValues.fSize;
-  fAllocated += pContents.fValues.fAllocated;
-  fFiles += pContents.fValues.fFiles;
-  fCompression |= pContents.fValues.fCompression;
   fFileTable = pContents.fFiles;
-  ClearMetaDataCache();
 }
 
 TFolderContribution TCustomFolderData::OwnFilesContribution() const {
   const TRef<IFolderData> filesNode = GetFilesNode();
   if (!filesNode && GetSubFolderCount() > 0) return {};  // sub-folders only
   TFolderContribution own = filesNode ? static_cast<TCustomFolderData&>(*filesNode).Contribution() : Contribution();
-  if (own.fUsers) own.fUsers = own.fUsers->Clone();
-  if (own.fExtensions) own.fExtensions = own.fExtensions->Clone();
-  if (own.fAges) own.fAges = own.fAges->Clone();
+  own.fStatistics = CloneOf(own.fStatistics);
   return own;
 }
 
@@ -335,13 +373,19 @@ void TCustomFolderData::DetachFilesNode() {
 
 void TCustomFolderData::MoveOwnFilesIntoNode() {
   // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
-  const TFolderContribution own = Contribution();
+  TFolderContribution own = Contribution();
   if (own.fValues.fFiles == 0) return;
   LogDebug(kCreatingFiles + GetFullPath());
   TRef<const TFileTable> files;
   {
     TExclusiveLock lock(fLock);
     files.swap(fFileTable);
+  }
+  // Not so the dates: those of the folder's and the new sub-folder's own entries are among them.
+  if (files) own.fLastAccessDate = own.fLastChangeDate = {};
+  for (size_t i = 0; files && i < files->Count(); ++i) {
+    own.fLastAccessDate = std::max(own.fLastAccessDate, (*files)[i].fLastAccessDate);
+    own.fLastChangeDate = std::max(own.fLastChangeDate, (*files)[i].fLastChangeDate);
   }
   auto group = MakeRef<TFileGroupData>(*this, fRoot);
   group->Fill(own, std::move(files));
@@ -351,9 +395,7 @@ void TCustomFolderData::MoveOwnFilesIntoNode() {
 // --- taking out ----------------------------------------------------------------------------------------------------
 
 void TCustomFolderData::GiveBack(const TFolderContribution& pValues) {
-  TakeOutOf(fUserSizeArray, pValues.fUsers);
-  TakeOutOf(fExtensionSizeArray, pValues.fExtensions);
-  if (fFileAgeDistribution && pValues.fAges) fFileAgeDistribution->SubtractDistribution(*pValues.fAges);
+  if (const TFolderStatistics* own = fStatistics.load(std::memory_order_acquire)) TakeOutOf(*own, pValues.fStatistics);
   {
     TExclusiveLock lock(fLock);
     fSize -= pValues.fValues.fSize;
@@ -398,21 +440,14 @@ void TCustomFolderData::SetDerived(TCompressionStates pCompression, bool pLongPa
   ClearMetaDataCache();
 }
 
-TFolderContribution TCustomFolderData::ClearTotals() {
-  TFolderContribution lost = Contribution();
-  if (lost.fUsers) lost.fUsers = lost.fUsers->Clone();
-  if (lost.fExtensions) lost.fExtensions = lost.fExtensions->Clone();
-  if (lost.fAges) lost.fAges = lost.fAges->Clone();
-  if (fUserSizeArray) fUserSizeArray->Clear();
-  if (fExtensionSizeArray) fExtensionSizeArray->Clear();
-  if (fFileAgeDistribution) fFileAgeDistribution->Clear();
+void TCustomFolderData::ClearTotals() {
+  TakeStatistics();  // the folder collects anew; what it had goes on in what is lost
   fLastAccessDate.Set(fOwnLastAccessDate.Get());
   fLastChangeDate.Set(fOwnLastChangeDate.Get());
   TExclusiveLock lock(fLock);
   fSize = fAllocated = fFiles = fFolders = 0;
   fCompression = 0;
   ClearMetaDataCache();
-  return lost;
 }
 
 bool TCustomFolderData::Refresh(bool pRecursive) {
@@ -424,6 +459,7 @@ void TCustomFolderData::Reset() {
   if (IsGone()) return;
   IncludeFolderState(fsRemoving);
   fRoot->ForgetBranch(*this);
+  const TFolderContribution lost = Contribution();
   std::unique_ptr<TSubFolderList> subItems;
   TRef<const TFileTable> files;
   {
@@ -431,7 +467,7 @@ void TCustomFolderData::Reset() {
     subItems.swap(fSubItems);
     files.swap(fFileTable);
   }
-  const TFolderContribution lost = ClearTotals();
+  ClearTotals();
   ExcludeFolderState(fsSubFolderScanningFinished | fsContainsLongPaths | fsDummySubFoldersAdded);
   GiveBackUpwards(ParentFolder(), lost);
   if (subItems) {
@@ -539,38 +575,22 @@ void TCustomFolderData::Test() const {
 // --- the kinds of folders ------------------------------------------------------------------------------------------
 
 TFolderData::TFolderData(TRef<IHierarchicalRoot> pRoot, std::u16string_view pPath)
-    : TCustomFolderData(nullptr, pRoot, pPath) {
-  IScanConfiguration& configuration = pRoot->GetScanConfiguration();
-  if (configuration.GetDoUsersStatistics()) fUserSizeArray = MakeRef<TUserSizeArray>();
-  if (configuration.GetDoExtensionsStatistics()) fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
-  if (configuration.GetFileAgesDateType() != TDateType::dtNone)
-    fFileAgeDistribution = MakeRef<TFileAgeDistribution>(TRef<IFileAges>(configuration.GetFileAges()),
-                                                         configuration.GetFileAgesDateType());
+    : TCustomFolderData(nullptr, std::move(pRoot), pPath) {
   fFolderState = fsIsRoot;
 }
 
 TFolderData::TFolderData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName)
-    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), pName) {
-  CollectLike(pParent);
-}
+    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), pName) {}
 
 TFileGroupData::TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot)
-    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), kName) {
-  CollectLike(pParent);
-}
-
-void TCustomFolderData::CollectLike(const TCustomFolderData& pParent) {
-  if (pParent.fUserSizeArray) fUserSizeArray = MakeRef<TUserSizeArray>();
-  if (pParent.fExtensionSizeArray) fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
-  if (pParent.fFileAgeDistribution) fFileAgeDistribution = pParent.fFileAgeDistribution->CloneEmpty();
-}
-
-void TFileGroupData::Fill(const TFileGroupContents& pContents) { FillWith(pContents); }
+    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), kName) {}
 
 void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
-  TakeIn(pValues);
+  if (pFiles && static_cast<int64_t>(pFiles->Count()) == pValues.fValues.fFiles)
+    TakeInTotals(pValues);
+  else
+    TakeIn(pValues);
   TExclusiveLock lock(fLock);
-  fFolders = 0;
   fFileTable = std::move(pFiles);
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "model/AssocSizeArray.h"
-#include "model/FileAges.h"
+#include "model/FileStatistics.h"
 #include "model/FileTable.h"
 #include "model/HierarchicalData.h"
 
@@ -20,26 +20,26 @@ class TFileGroupData;
 
 // Values that travel from a folder's files into the folder and all its ancestors, or back out of them: a snapshot that no
 // other thread changes while it is on its way.
-struct TFolderContribution {
+struct TFolderTotals {
   TSizeValues fValues;
-  TRef<ICustomAssocSizeArray> fUsers;
-  TRef<ICustomAssocSizeArray> fExtensions;
-  TRef<IFileAgeDistribution> fAges;
   TKivFileTime fLastAccessDate;
   TKivFileTime fLastChangeDate;
   bool fLongPaths = false;
 };
 
-// What listing one folder brought together about its files; entries sorted by key.
-struct TFileGroupContents {
-  TSizeValues fValues;
+// The same with statistics, as a whole branch has them.
+struct TFolderContribution : TFolderTotals {
+  TFolderStatistics fStatistics;
+};
+
+// The same as listing one folder brought it together about its files; entries sorted by key.
+struct TFileGroupContents : TFolderTotals {
   std::span<const TKeyedSizeValues> fOwners;
   std::span<const TKeyedSizeValues> fExtensions;
   std::span<const TKeyedSizeValues> fAges;  // by interval index
-  TKivFileTime fLastAccessDate;
-  TKivFileTime fLastChangeDate;
-  bool fLongPaths = false;
-  TRef<const TFileTable> fFiles;
+  TRef<const TFileTable> fFiles;            // nullptr when the scan keeps none
+  // Whether the statistics can be worked out from the table alone.
+  bool KeepsAllFiles() const { return fFiles && static_cast<int64_t>(fFiles->Count()) == fValues.fFiles; }
 };
 
 // The children of a folder. Made with the first child.
@@ -47,6 +47,10 @@ struct TSubFolderList {
   TRef<TCustomFolderData> fFilesNode;             // the "[Files]" child, if any
   std::vector<TRef<TCustomFolderData>> fList;     // the sub-folders, in the order of their discovery
 };
+
+// Children in the one order that they have everywhere: largest first, then by name in code-unit order. Sizes are read once,
+// since a running scan changes them under the sort.
+std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren);
 
 // A folder node. The totals beneath it are kept up to date as the scan goes on: every folder's files are added once to the
 // folder and to each ancestor, and taken out again the same way when a branch is reset or removed.
@@ -56,10 +60,15 @@ struct TSubFolderList {
 // its children, which costs time in proportion to its direct children only. A folder therefore remembers the dates of its
 // own entry beside the newest ones of everything beneath it.
 //
+// Statistics: a folder has arrays of its own once it has sub-folders. Without sub-folders, and in a "[Files]" node, they are
+// worked out from the table of files whenever somebody asks, unless the scan keeps no files. They come into being under the
+// folder's lock before the first child is known to anybody, and go only where no scan runs; so the scan reads the pointer
+// without the lock, and views copy the references under it.
+//
 // Locks: the per-folder locks are never nested. References to parent and root are read without the lock by the scan and by
 // structural changes, which never run beside a disposal (the root's synchronizer sees to that); everybody else asks
 // GetParentFolder and GetRoot.
-class TCustomFolderData : public TContainerHierarchicalElement {
+class TCustomFolderData : public TContainerHierarchicalElement, public TInTreeMemory {
  public:
   // IHierarchicalElement
   IFolderData* AsFolder() override { return this; }
@@ -115,14 +124,9 @@ class TCustomFolderData : public TContainerHierarchicalElement {
 
  protected:
   TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
+  ~TCustomFolderData() override;
   virtual TRef<TCustomFolderData> NewChild(std::u16string_view pName);
-  void CollectLike(const TCustomFolderData& pParent);  // the same kinds of statistics as the parent
   std::vector<TRef<TCustomFolderData>> Children() const;
-
-  // Fixed once the folder is made, so that the scan reads them without the folder's lock; each has a lock of its own.
-  TRef<ICustomAssocSizeArray> fUserSizeArray;
-  TRef<ICustomAssocSizeArray> fExtensionSizeArray;
-  TRef<IFileAgeDistribution> fFileAgeDistribution;
 
   std::unique_ptr<TSubFolderList> fSubItems GUARDED_BY(fLock);
   TRef<const TFileTable> fFileTable GUARDED_BY(fLock);
@@ -130,7 +134,12 @@ class TCustomFolderData : public TContainerHierarchicalElement {
  private:
   friend class TFileGroupData;
 
-  TFolderContribution Contribution() const;  // all beneath the folder, the arrays shared with it
+  // Copies of the references, or statistics made from the files. Empty after disposal.
+  TFolderStatistics Statistics() const;
+  // The folder's own, made from the files it has so far when there are none yet.
+  TFolderStatistics& EnsureStatistics();
+  std::unique_ptr<TFolderStatistics> TakeStatistics();  // out of the folder
+  TFolderContribution Contribution() const;  // all beneath the folder, the arrays perhaps shared with it
   // The same for the folder's own files alone, in copies that do not change with the folder.
   TFolderContribution OwnFilesContribution() const;
   // This folder first, the top folder last.
@@ -138,20 +147,24 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   TAncestry Ancestry();
   void FillWith(const TFileGroupContents& pContents);
   void TakeIn(const TFolderContribution& pValues);
-  void AddToAncestry(const TFolderContribution& pValues, bool pNotify);
+  void TakeIn(const TFileGroupContents& pContents);
+  void TakeInTotals(const TFolderTotals& pTotals);
+  template <class TValues>
+  static void AddToAncestry(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify);
   void GiveBack(const TFolderContribution& pValues);
   // From pFirst up to the top folder.
   static void GiveBackUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues);
   // Compression, long-path mark and newest dates from the entry itself and the children.
   void RecomputeFromChildren();
   void SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess, TKivFileTime pChange);
-  TFolderContribution ClearTotals();
+  void ClearTotals();
   void RemoveChild(const TCustomFolderData& pChild);
   void AttachFilesNode(TRef<TFileGroupData> pGroup);
   void DetachFilesNode();
   void MoveOwnFilesIntoNode();
   void DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren);
 
+  std::atomic<TFolderStatistics*> fStatistics{nullptr};  // owned; changed under fLock
   std::atomic<int32_t> fUnfinishedParts{0};
   TNewestDate fOwnLastAccessDate;  // of the entry itself, without what lies beneath
   TNewestDate fOwnLastChangeDate;
@@ -171,7 +184,7 @@ class TFileGroupData : public TCustomFolderData {
   static constexpr std::u16string_view kName = u"[Files]";
   TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot);
   // Fills a new node.
-  void Fill(const TFileGroupContents& pContents);
+  void Fill(const TFileGroupContents& pContents) { FillWith(pContents); }
   void Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles);
   bool IsFileGroup() const override { return true; }
   std::u16string GetFullPath() const override;  // of the folder whose files these are

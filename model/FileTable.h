@@ -9,6 +9,7 @@
 
 #include "model/HierarchicalInterfaces.h"
 #include "model/InternedKeys.h"
+#include "model/TreeMemory.h"
 
 namespace Kiv {
 
@@ -29,7 +30,7 @@ static_assert(sizeof(TFileRecord) == 56);
 
 // The files of one folder, packed: a scan keeps millions of files and makes a node of one only when somebody asks for it.
 // Immutable once made, so a reader that holds a reference needs no lock.
-class TFileTable : public TInterfaced<IInterface> {
+class TFileTable : public TInterfaced<IInterface>, public TInTreeMemory {
  public:
   TFileTable(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
 
@@ -47,8 +48,11 @@ class TFileTable : public TInterfaced<IInterface> {
   const TFileRecord* Records() const { return reinterpret_cast<const TFileRecord*>(fBlock.get()); }
   const char16_t* Names() const { return reinterpret_cast<const char16_t*>(Records() + fCount); }
 
+  struct TFree {
+    void operator()(std::byte* pBlock) const { FreeTreeMemory(pBlock); }
+  };
   uint32_t fCount;
-  std::unique_ptr<std::byte[]> fBlock;
+  std::unique_ptr<std::byte[], TFree> fBlock;
 };
 
 // Collects the files of a folder while it is being listed. Kept by a worker and used again for the next folder, so that

@@ -22,7 +22,8 @@ class TBaseVariantMetaDataProvider : public TInterfaced<TInterface> {
   TMetaDataValue GetValue(TColumn pColumn) const override;
 };
 
-// A raise-only point in time, read and raised without a lock.
+// A point in time that a scan only ever raises, read and raised without a lock. Where a branch was taken out it is set
+// anew.
 class TNewestDate {
  public:
   TKivFileTime Get() const { return {fTicks.load(std::memory_order_relaxed)}; }
@@ -64,7 +65,7 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   }
 
   mutable TSlimReaderWriterLock fLock;  // guards the totals, the child list and the references to root and parent
-  // Fixed after construction.
+  // Fixed before the node enters its parent's list.
   TAttributes fAttributes = 0;
   TKeyId fOwnerKey = kNoKey;
   TCompactName fName;

@@ -47,7 +47,7 @@ enum TFolderState : uint16_t {
   fsScanning = 1 << 0,                    // the folder's own entries are being enumerated
   fsRemoving = 1 << 1,                    // the node is being removed or reset
   fsSubFolderScanningFinished = 1 << 2,   // the folder and every folder beneath it are finished
-  fsContainsLongPaths = 1 << 3,           // some path beneath is at least as long as LongPathLength
+  fsContainsLongPaths = 1 << 3,           // some file beneath has a path of at least LongPathLength
   fsUpdatePending = 1 << 4,               // a refresh of this folder is queued
   fsDetectedDuringRefresh = 1 << 5,       // found new by a non-recursive refresh
   fsIsXMLImport = 1 << 6,                 // built from an imported scan file
@@ -107,6 +107,7 @@ class IHierarchicalObject : public IHierarchicalBase {
 class IHierarchicalElement : public IHierarchicalObject {
  public:
   virtual TRef<IHierarchicalElement> GetParentFolder() const = 0;  // nullptr for the top folder and after disposal
+  // Bits of TFolderState; each call is one atomic step.
   virtual TFolderStates GetFolderState() const = 0;
   virtual void IncludeFolderState(TFolderStates pBits) = 0;
   virtual void ExcludeFolderState(TFolderStates pBits) = 0;
@@ -132,10 +133,10 @@ struct TEntryValues {
 // Option bits handed down from parent to child enumerators.
 enum THierarchicalEnumeratorOption : uint32_t {
   heoShareHardLinks = 2,        // add alternate data streams and share the allocated size among hard links
-  heoFollowSymbolicLinks = 4,
-  heoFollowMountPoints = 8,     // also: whether a link whose destination cannot be resolved counts as followed
+  heoFollowSymbolicLinks = 4,   // enter links to folders outside the scan; on Windows unresolvable ones as well
+  heoFollowMountPoints = 8,     // the same for junctions and mounted volumes; Windows only
   heoNoBackupPrivilege = 16,    // do not try the backup privilege
-  heoStayOnFileSystem = 32,     // do not enter other mounts
+  heoStayOnFileSystem = 32,     // do not enter other file systems; Linux only
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
@@ -170,8 +171,8 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   // kernel's pseudo file system, not a folder that the scan reaches by another road as well.
   virtual bool CanDescend() const = 0;
 
-  // The system's code of the error that ended the listing, 0 when there was none; how it counts; and whether the whole
-  // folder or only the rest of it is missing.
+  // The system's code of the error that ended the listing or kept entries out of it, 0 when there was none; and how it
+  // counts. Whether the whole folder is missing or only a part says what was listed before.
   virtual uint32_t GetErrorCode() const = 0;
   virtual TEnumeratorError GetError() const = 0;
   // The folder being listed, and the length of its path in UTF-16 units.

@@ -102,7 +102,7 @@ class IMetaDataFormatter : public IInterface {
 // Formatted texts of one node's columns, kept until the node changes. Made on first use: most nodes are never shown.
 class IMetaDataCache : public IInterface {
  public:
-  // The kept text, or nullptr-like false when none is kept or the format differs.
+  // The kept text; false when none is kept. All texts are in one format: whoever asks in another clears first.
   virtual bool Find(TColumn pColumn, std::u16string& pText) const = 0;
   virtual void Store(TColumn pColumn, const std::u16string& pText) = 0;
   virtual void Clear() = 0;

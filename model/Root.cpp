@@ -128,6 +128,7 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
   fExcludedObjects = 0;
   if (pWholeTree) {
     fTopSizeList = nullptr;
+    fTopSizeListHasGaps = false;
     if (fOptions->NumberOfTopFiles > 0)
       fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
     fScanTimeStamp = TKivFileTime::Now().fTicks;
@@ -176,6 +177,7 @@ void TCustomRoot::Scan() {
 }
 
 void TCustomRoot::EndScanning() {
+  RefillTopSizeList();
   TRef<TCustomFolderData> top;
   {
     TCriticalSectionLock lock(fLock);
@@ -193,6 +195,24 @@ void TCustomRoot::EndScanning() {
   fScanEnded.notify_all();
 }
 
+namespace {
+
+// Whether the folder to be listed is not there any more. Most enumerators open it with the first Next only.
+bool IsGone(IHierarchicalEnumerator& pEnumerator) {
+  try {
+    if (pEnumerator.GetErrorCode() == 0 && pEnumerator.Next()) {
+      pEnumerator.Reset();
+      return false;
+    }
+  } catch (const EOSError&) {  // the scan will meet and record it
+  }
+  if (ClassifyOSError(pEnumerator.GetErrorCode()) == TErrorKind::ekNotFound) return true;
+  pEnumerator.Reset();
+  return false;
+}
+
+}  // namespace
+
 bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   if ((GetState() & rsFinished) == 0) {
     LogDebug(u"TCustomFolderData.Refresh: Not performing update on \"" + pFolder.GetFullPath() +
@@ -205,15 +225,16 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   }
   const std::u16string path = pFolder.GetFullPath();
   TRef<IHierarchicalEnumerator> enumerator = OpenPath(path);
-  if (enumerator->GetErrorCode() != 0 && ClassifyOSError(enumerator->GetErrorCode()) == TErrorKind::ekNotFound &&
-      pFolder.GetParentFolder())
-    return RemoveFolder(pFolder);
+  if (pFolder.GetParentFolder() && IsGone(*enumerator)) return RemoveFolder(pFolder);
   if (!BeginScanning(false)) return false;
   auto& folder = static_cast<TCustomFolderData&>(pFolder);
   folder.IncludeFolderState(fsUpdatePending);
   {
     TExclusiveLock structure(fSynchronizer);
-    if (pRecursive) folder.Reset();
+    if (pRecursive)
+      folder.Reset();
+    else
+      folder.ExcludeFolderState(fsSubFolderScanningFinished);
     folder.ReopenAncestors();
   }
   StartEngine();
@@ -233,6 +254,7 @@ bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
   {
     TExclusiveLock structure(fSynchronizer);
     pFolder.Remove();
+    RefillTopSizeList();
   }
   TCriticalSectionLock lock(fLock);
   fScanRunning = false;
@@ -301,25 +323,36 @@ bool IsSameOrBelow(IHierarchicalObject* pObject, const IFolderData& pFolder) {
 
 }  // namespace
 
-void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
-  {
-    TCriticalSectionLock lock(fLock);
-    std::erase_if(fErrors, [&](const TScanError& pError) { return IsSameOrBelow(pError.fObject.get(), pFolder); });
-    fErrorCount = static_cast<int64_t>(fErrors.size());
-    if (fErrors.empty()) ExcludeState(rsHasErrors);
-  }
-  // What the branch leaves free on the list goes to the next largest files elsewhere, as after a fresh scan.
-  if (fTopSizeList && fTopSizeList->RemoveBelow(pFolder)) RefillTopSizeList(pFolder);
+template <class TIsMeant>
+void TCustomRoot::ForgetErrors(const TIsMeant& pIsMeant) {
+  TCriticalSectionLock lock(fLock);
+  std::erase_if(fErrors, [&](const TScanError& pError) { return pIsMeant(pError.fObject.get()); });
+  fErrorCount = static_cast<int64_t>(fErrors.size());
+  if (fErrors.empty()) ExcludeState(rsHasErrors);
 }
 
-void TCustomRoot::RefillTopSizeList(const IFolderData& pWithout) {
+void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
+  ForgetErrors([&](IHierarchicalObject* pObject) { return IsSameOrBelow(pObject, pFolder); });
+  if (fTopSizeList && fTopSizeList->RemoveBelow(pFolder)) fTopSizeListHasGaps = true;
+}
+
+void TCustomRoot::ForgetOwnEntries(IFolderData& pFolder) {
+  ForgetErrors([&](IHierarchicalObject* pObject) { return pObject == &pFolder; });
+  if (fTopSizeList && fTopSizeList->RemoveFilesOf(pFolder)) fTopSizeListHasGaps = true;
+}
+
+// What left the list makes room for the next largest files elsewhere, as after a fresh scan. Done once, when the tree has
+// its new shape: files that were listed while the list was still full may be among them. A tree that keeps no files cannot
+// tell which they are: the list then stays shorter until the next scan.
+void TCustomRoot::RefillTopSizeList() {
+  if (!fTopSizeListHasGaps.exchange(false) || !fConfiguration->GetKeepFiles()) return;
   fTopSizeList->Clear();
   std::vector<TRef<IFolderData>> stack;
   if (TRef<IFolderData> top = GetTopFolder()) stack.push_back(std::move(top));
   while (!stack.empty()) {
     TRef<IFolderData> folder = std::move(stack.back());
     stack.pop_back();
-    if (folder.get() == &pWithout || folder->IsFileGroup()) continue;
+    if (folder->IsFileGroup()) continue;
     OfferFiles(*folder);
     for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
   }

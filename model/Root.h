@@ -72,6 +72,7 @@ class TCustomRoot : public TBaseRoot {
   TScanProgress GetProgress() const override;
   IScanConfiguration& GetScanConfiguration() override;
   void ForgetBranch(IFolderData& pFolder) override;
+  void ForgetOwnEntries(IFolderData& pFolder) override;
 
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;
@@ -88,8 +89,8 @@ class TCustomRoot : public TBaseRoot {
 
   // An optional filter for files; set before a scan.
   void SetExpression(TRef<IExpression> pExpression) { fExpression = std::move(pExpression); }
-  // The path as typed, when it holds wildcards: the folder is scanned, and of the files directly in it only those that
-  // match the last part are taken in.
+  // The path as typed, when it holds wildcards: the folder is scanned, and of the files in it and beneath it only those
+  // that match the last part are taken in.
   const std::u16string& GetPathWithWildcards() const { return fPathWithWildcards; }
 
  protected:
@@ -105,7 +106,9 @@ class TCustomRoot : public TBaseRoot {
   void StartEngine();
   TRef<IHierarchicalEnumerator> OpenPath(const std::u16string& pPath);
   void GiveUpTree();
-  void RefillTopSizeList(const IFolderData& pWithout);
+  template <class TIsMeant>
+  void ForgetErrors(const TIsMeant& pIsMeant);
+  void RefillTopSizeList();
   void OfferFiles(IFolderData& pFolder);
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
@@ -123,6 +126,7 @@ class TCustomRoot : public TBaseRoot {
   // Set at a scan's start, fixed while it runs.
   TRef<TScanConfiguration> fConfiguration;
   TRef<ITopSizeList> fTopSizeList;
+  std::atomic<bool> fTopSizeListHasGaps{false};  // some of its files left the tree: others may belong there now
 
   // Guards structural changes of the whole tree: a scan, a removal and a disposal never run beside each other.
   TSlimReaderWriterLock fSynchronizer;

@@ -115,21 +115,23 @@ struct TScanProgress {
 // One scanned path with its tree.
 class IHierarchicalRoot : public IMetaDataFormatter {
  public:
-  virtual std::u16string GetPath() const = 0;
-  virtual std::u16string GetTitle() const = 0;
+  virtual std::u16string GetPath() const = 0;   // absolute
+  virtual std::u16string GetTitle() const = 0;  // the path, with its wildcards when it has any; or what was set
   virtual char16_t GetPathDelimiter() const = 0;
   virtual TRootStates GetState() const = 0;
   virtual TRef<IFolderData> GetTopFolder() const = 0;  // nullptr before the first scan and after disposal
-  virtual TRef<IScanEngine> GetScanEngine() const = 0;
-  virtual std::vector<TScanError> GetErrors() const = 0;
+  virtual TRef<IScanEngine> GetScanEngine() const = 0;  // of the last scan, if any
+  virtual std::vector<TScanError> GetErrors() const = 0;  // a copy, in the order in which they were met
   virtual TScanProgress GetProgress() const = 0;
-  virtual TKivFileTime GetScanTimeStamp() const = 0;
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // when the tree's scan began; not set before the first
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
   virtual IScanConfiguration& GetScanConfiguration() = 0;
   // Tells the observers; costs next to nothing when there are none.
   virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
   // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists.
   virtual void ForgetBranch(IFolderData& pFolder) = 0;
+  // The same for the folder's own listing and the files directly in it, which are about to be looked at again.
+  virtual void ForgetOwnEntries(IFolderData& pFolder) = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
@@ -148,8 +150,9 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual int64_t GetScanDuration() const = 0;
   // Files of the scan before this one, for progress; 0 when there was none.
   virtual int64_t GetLastScanNumberOfFiles() const = 0;
-  // The largest files, by path, largest first.
+  // The root's list of its largest files, which lives until the next scan; nullptr when none is kept.
   virtual ITopSizeList* GetTopSizeList() const = 0;
+  // Observers are held until the root is disposed.
   virtual void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) = 0;
   virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;
   // Tears the tree down. Final; a running scan is cancelled and waited for.
@@ -178,7 +181,7 @@ class IScanRoots : public IInterface {
   virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
   // All local fixed drives (Windows) or all mounted file systems with storage behind them (Linux).
   virtual std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() = 0;
-  virtual std::vector<std::u16string> GetScannedPaths() const = 0;
+  virtual std::vector<std::u16string> GetScannedPaths() const = 0;  // of all roots, in the order of their opening
   // Roots whose path is the given one or holds it.
   virtual std::vector<TRef<IHierarchicalRoot>> FindRootsHolding(std::u16string_view pPath) const = 0;
   virtual std::vector<TRef<IHierarchicalRoot>> GetRoots() const = 0;
@@ -187,7 +190,9 @@ class IScanRoots : public IInterface {
   virtual TRef<IHierarchicalRoot> GetVirtualRoot() = 0;
   // Scans the recycle bin beneath each finished root again: its contents change behind the program's back.
   virtual void RefreshRecycleBinFolders() = 0;
+  // Takes the root out of the list and disposes it.
   virtual void Remove(IHierarchicalRoot& pRoot) = 0;
+  // Disposes all roots.
   virtual void Dispose() = 0;
 };
 

@@ -30,7 +30,7 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   TColumn GetShareBasis() const override { return fShareBasis; }
   ITopSizeList* GetTopSizeList() const override { return fTopSizeList.get(); }
   TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
-  // A scan of a local disk or share gains from threads that wait for work already: the first folders bring plenty.
+  // The first folders bring work enough for the pool to start threads as they are needed; none have to wait for it.
   bool WantsPreStartedThreads() const override { return false; }
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) override {
     fRoot->RecordError(pFolder, pEnumerator, pPartial);

@@ -72,21 +72,29 @@ void TTopSizeFileList::UpdateThreshold() {
 }
 
 bool TTopSizeFileList::RemoveBelow(const IHierarchicalElement& pFolder) {
+  return RemoveWhere([&](const TRef<IHierarchicalElement>& pItem) { return IsSameOrBelow(pItem, pFolder); });
+}
+
+bool TTopSizeFileList::RemoveFilesOf(const IHierarchicalElement& pFolder) {
+  return RemoveWhere([&](const TRef<IHierarchicalElement>& pItem) { return pItem.get() == &pFolder; });
+}
+
+bool TTopSizeFileList::RemoveWhere(const std::function<bool(const TRef<IHierarchicalElement>&)>& pIsMeant) {
   // The way up from each file's folder is walked without the lock, since asking a node may take the node's own.
   std::vector<TRef<IHierarchicalElement>> folders;
   {
     TSharedLock lock(fLock);
     for (const TRanked& ranked : fHeap) folders.push_back(ranked.fEntry.fParentFolder);
   }
-  boost::unordered_flat_map<const IHierarchicalElement*, bool> isBelow;
+  boost::unordered_flat_map<const IHierarchicalElement*, bool> isMeant;
   for (const auto& folder : folders) {
-    if (!isBelow.contains(folder.get())) isBelow[folder.get()] = IsSameOrBelow(folder, pFolder);
+    if (!isMeant.contains(folder.get())) isMeant[folder.get()] = pIsMeant(folder);
   }
   std::vector<TRanked> removed;  // released after the lock
   TExclusiveLock lock(fLock);
-  auto kept = std::stable_partition(fHeap.begin(), fHeap.end(), [&isBelow](const TRanked& pRanked) {
-    auto found = isBelow.find(pRanked.fEntry.fParentFolder.get());
-    return found == isBelow.end() || !found->second;
+  auto kept = std::stable_partition(fHeap.begin(), fHeap.end(), [&isMeant](const TRanked& pRanked) {
+    auto found = isMeant.find(pRanked.fEntry.fParentFolder.get());
+    return found == isMeant.end() || !found->second;
   });
   removed.assign(std::make_move_iterator(kept), std::make_move_iterator(fHeap.end()));
   fHeap.erase(kept, fHeap.end());

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -35,6 +36,8 @@ class ITopSizeList : public IInterface {
   // known. Returns whether any was taken out; the list then lacks the files that had not made it before, until it is
   // refilled.
   virtual bool RemoveBelow(const IHierarchicalElement& pFolder) = 0;
+  // The same for the files directly in a folder, before its own entries are counted anew.
+  virtual bool RemoveFilesOf(const IHierarchicalElement& pFolder) = 0;
   virtual void Clear() = 0;
   // The largest first, equal ones by full path.
   virtual std::vector<TTopSizeEntry> GetSnapshot() const = 0;
@@ -51,6 +54,7 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
   void Add(const TTopSizeEntry& pEntry) override { Add(std::span(&pEntry, 1)); }
   void Add(std::span<const TTopSizeEntry> pEntries) override;
   bool RemoveBelow(const IHierarchicalElement& pFolder) override;
+  bool RemoveFilesOf(const IHierarchicalElement& pFolder) override;
   void Clear() override;
   std::vector<TTopSizeEntry> GetSnapshot() const override;
   void Dispose() override;
@@ -65,6 +69,7 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
   static bool RanksBefore(const TRanked& pA, const TRanked& pB);
 
   void Offer(TRanked&& pRanked) REQUIRES(fLock);
+  bool RemoveWhere(const std::function<bool(const TRef<IHierarchicalElement>& pFolder)>& pIsMeant);
   void UpdateThreshold() REQUIRES(fLock);
 
   const size_t fMaxCount;

@@ -28,10 +28,7 @@ std::vector<TRef<IFolderData>> TVirtualRootFolder::Tops() const {
 }
 
 std::vector<TRef<IFolderData>> TVirtualRootFolder::FindSubFolders() {
-  std::vector<TRef<IFolderData>> tops = Tops();
-  std::stable_sort(tops.begin(), tops.end(),
-                   [](const auto& pA, const auto& pB) { return pA->GetSize() > pB->GetSize(); });
-  return tops;
+  return SortedBySize(Tops());
 }
 
 TSizeValues TVirtualRootFolder::GetValues() const {

@@ -38,6 +38,7 @@ class TVirtualRoot : public TBaseRoot {
   TScanProgress GetProgress() const override;
   IScanConfiguration& GetScanConfiguration() override { return *fConfiguration; }
   void ForgetBranch(IFolderData&) override {}
+  void ForgetOwnEntries(IFolderData&) override {}
   // Scans all roots of the list.
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;

@@ -19,8 +19,10 @@ class TConsole {
                          std::string_view pObject);
   // One line that the next one replaces, on standard error; for progress. Cut to the console's width.
   static void WriteProgress(std::string_view pText);
+  // Takes the progress line away again.
   static void ClearProgress();
 
+  // Whether the stream is anything but a console.
   static bool IsOutputRedirected();
   static bool IsErrorRedirected();
   // Columns of the console on standard output; 0 when it is redirected.

@@ -48,6 +48,7 @@ class TInterfaced : public TInterface {
   mutable std::atomic<int32_t> fReferences{0};
 };
 
+// A new object with its first reference.
 template <class T, class... TArgs>
 TRef<T> MakeRef(TArgs&&... pArgs) {
   return TRef<T>(new T(std::forward<TArgs>(pArgs)...));

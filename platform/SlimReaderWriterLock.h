@@ -60,6 +60,7 @@ inline void TSlimReaderWriterLock::ReleaseShared() {
 }
 #endif
 
+// Holds a lock for a scope, as its one writer or as one of its readers.
 class SCOPED_CAPABILITY TExclusiveLock {
  public:
   explicit TExclusiveLock(TSlimReaderWriterLock& pLock) ACQUIRE(pLock) : fLock(pLock) { fLock.AcquireExclusive(); }

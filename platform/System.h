@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -35,6 +36,9 @@ class TCpuUsageMeter {
   TTimes fAtWindowStart GUARDED_BY(fLock);
   std::optional<int> fPercent GUARDED_BY(fLock);
 };
+
+// Tells the system that huge pages suit this memory. A hint; nothing where there is none to give.
+void AdviseHugePages(void* pMemory, size_t pBytes);
 
 // Priority of the calling thread, seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6 time-critical.
 // Steps that the system does not grant are left as they are, without an error.

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -61,5 +62,7 @@ TComInitializer::TComInitializer(bool) : fInitialized(false) {}
 TComInitializer::~TComInitializer() {
   (void)fInitialized;
 }
+
+void AdviseHugePages(void* pMemory, size_t pBytes) { madvise(pMemory, pBytes, MADV_HUGEPAGE); }
 
 }  // namespace Kiv

@@ -52,4 +52,7 @@ TComInitializer::~TComInitializer() {
   if (fInitialized) CoUninitialize();
 }
 
+// Windows gives large pages only to those with a special right, and never takes them back.
+void AdviseHugePages(void*, size_t) {}
+
 }  // namespace Kiv

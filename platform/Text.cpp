@@ -16,17 +16,24 @@ namespace {
 // Long enough for every Linux file name, so that a name is appended in one piece.
 constexpr size_t kChunk = 256;
 
+// Widens eight characters; false, with the target undefined, when one of them is not ASCII.
+bool WidenEightAscii(const char* pSource, char16_t* pTarget) {
+  uint64_t word;
+  std::memcpy(&word, pSource, sizeof(word));
+  if ((word & 0x8080808080808080u) != 0) return false;
+  for (size_t i = 0; i < sizeof(word); ++i) pTarget[i] = static_cast<unsigned char>(pSource[i]);
+  return true;
+}
+
 // Widens ASCII from the start of the text, a machine word at a time, and stops at the first other byte or after kChunk.
 size_t WidenAscii(std::string_view pBytes, char16_t* pTarget) {
   const size_t length = std::min(pBytes.size(), kChunk);
   const char* source = pBytes.data();
   size_t at = 0;
-  for (; at + 16 <= length; at += 16) {
-    uint64_t words[2];
-    std::memcpy(words, source + at, 16);
-    if (((words[0] | words[1]) & 0x8080808080808080u) != 0) break;
-    for (size_t i = 0; i < 16; ++i) pTarget[at + i] = static_cast<unsigned char>(source[at + i]);
-  }
+  while (at + 8 <= length && WidenEightAscii(source + at, pTarget + at)) at += 8;
+  // What is left of an ASCII name goes in one more word, part of which is there already.
+  if (at < length && at + 8 > length && length >= 8 && WidenEightAscii(source + length - 8, pTarget + length - 8))
+    return length;
   for (; at < length && static_cast<unsigned char>(source[at]) < 0x80; ++at)
     pTarget[at] = static_cast<unsigned char>(source[at]);
   return at;
@@ -166,6 +173,10 @@ std::u16string FromNativeBytes(std::string_view pBytes) {
 }
 
 void AppendNativeBytes(std::string& pTarget, std::u16string_view pText) {
+  if (std::all_of(pText.begin(), pText.end(), [](char16_t pUnit) { return pUnit < 0x80; })) {
+    pTarget.append(pText.begin(), pText.end());
+    return;
+  }
   ForEachCodePoint(pText, [&](char32_t pCode) {
     if (IsUndecodedByte(pCode))
       pTarget += static_cast<char>(pCode - 0xDC00);

@@ -16,7 +16,7 @@ namespace Kiv::Enumerators {
 // the slash any number of leading slashes is one. Other paths stay as they are.
 std::u16string PathOfFileUrl(std::u16string_view pPath, char16_t pDelimiter);
 
-// Common to all enumerators of file systems.
+// Common to Windows' enumerators of file systems. The one for Linux stands on folder handles and shares none of this.
 class TBaseFileSystemEnumerator : public TBaseVisualHierarchicalEnumerator {
  public:
   static constexpr std::u16string_view kProtocol = u"file:";

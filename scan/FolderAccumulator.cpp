@@ -3,51 +3,10 @@
 #include <algorithm>
 
 #include "model/FileAges.h"
-#include "model/FileNames.h"
+#include "model/FileStatistics.h"
 #include "model/TopSizeList.h"
 
 namespace Vantrel::ScanEngine {
-
-namespace {
-
-TKivFileTime DateOfKind(const TEntryValues& pValues, TDateType pType) {
-  switch (pType) {
-    case TDateType::dtLastAccess:
-      return pValues.fLastAccessDate;
-    case TDateType::dtCreation:
-      return pValues.fCreationDate;
-    default:
-      return pValues.fLastChangeDate;
-  }
-}
-
-}  // namespace
-
-size_t TFolderAccumulator::TTextHash::operator()(std::u16string_view pText) const {
-  return std::hash<std::u16string_view>()(pText);
-}
-
-void TFolderAccumulator::TKeyTotals::Add(TKeyId pKey, const TBasicSizeValues& pValues) {
-  if (pKey >= fPositions.size()) fPositions.resize(pKey + 64);
-  uint32_t& position = fPositions[pKey];
-  if (position == 0) {
-    fEntries.push_back({pKey, pValues});
-    position = static_cast<uint32_t>(fEntries.size());
-  } else {
-    fEntries[position - 1].fValues += pValues;
-  }
-}
-
-std::span<const TKeyedSizeValues> TFolderAccumulator::TKeyTotals::Sorted() {
-  for (const TKeyedSizeValues& entry : fEntries) fPositions[entry.fKey] = 0;
-  std::sort(fEntries.begin(), fEntries.end(), [](const auto& pA, const auto& pB) { return pA.fKey < pB.fKey; });
-  return fEntries;
-}
-
-void TFolderAccumulator::TKeyTotals::Clear() {
-  for (const TKeyedSizeValues& entry : fEntries) fPositions[entry.fKey] = 0;
-  fEntries.clear();
-}
 
 TFolderAccumulator::TFolderAccumulator(const IScanConfiguration& pConfiguration)
     : fDoUsers(pConfiguration.GetDoUsersStatistics()),
@@ -84,17 +43,6 @@ TKeyId TFolderAccumulator::OwnerKeyOf(const IHierarchicalEnumerator& pEntry) {
   return key;
 }
 
-TKeyId TFolderAccumulator::ExtensionKeyOf(std::u16string_view pName) {
-  const std::u16string_view extension = ExtensionOfName(pName);
-  auto known = fExtensionKeys.find(extension);
-  if (known != fExtensionKeys.end()) return known->second;
-  const TKeyId key = TExtensionSizeArray::KeyOf(extension);
-  // Names with a running number for an extension would fill the cache with texts that never come again.
-  constexpr size_t kMostCachedExtensions = 4096;
-  if (fExtensionKeys.size() < kMostCachedExtensions) fExtensionKeys.emplace(extension, key);
-  return key;
-}
-
 void TFolderAccumulator::AddFile(const IHierarchicalEnumerator& pEntry) {
   const TEntryValues values = pEntry.GetEntryValues();
   const std::u16string_view name = pEntry.GetObjectName();
@@ -106,9 +54,11 @@ void TFolderAccumulator::AddFile(const IHierarchicalEnumerator& pEntry) {
   fValues.fCompression |= (values.fAttributes & kAttributeCompressed) != 0 ? compr_yes : compr_no;
   TKeyId ownerKey = kNoKey;
   if (fDoUsers) fOwners.Add(ownerKey = OwnerKeyOf(pEntry), sizes);
-  if (fDoExtensions) fExtensions.Add(ExtensionKeyOf(name), sizes);
+  if (fDoExtensions) fExtensions.Add(fExtensionKeys.KeyOfName(name), sizes);
   if (fAgesDateType != TDateType::dtNone) {
-    const int interval = fFileAges->GetIndexOfMatchingInterval(FileAgeInDays(fNow, DateOfKind(values, fAgesDateType)));
+    const TKivFileTime date =
+        DateOfKind(fAgesDateType, values.fLastAccessDate, values.fLastChangeDate, values.fCreationDate);
+    const int interval = fFileAges->GetIndexOfMatchingInterval(FileAgeInDays(fNow, date));
     if (interval >= 0) fAges.Add(static_cast<TKeyId>(interval), sizes);
   }
   if (fPathLength + 1 + name.size() >= fLongPathLength) fLongPaths = true;

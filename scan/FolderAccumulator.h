@@ -2,11 +2,11 @@
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "model/CustomFolder.h"
 #include "model/FileTable.h"
+#include "model/KeyTotals.h"
 #include "model/RootInterfaces.h"
 
 namespace Vantrel::ScanEngine {
@@ -32,27 +32,10 @@ class TFolderAccumulator {
   TFileGroupContents Finish(TCustomFolderData& pFolder);
 
  private:
-  // Totals by key, in a table indexed by key: keys are small integers, and few.
-  class TKeyTotals {
-   public:
-    void Add(TKeyId pKey, const TBasicSizeValues& pValues);
-    std::span<const TKeyedSizeValues> Sorted();
-    void Clear();
-
-   private:
-    std::vector<uint32_t> fPositions;  // by key: 1 + index into the entries, 0 for none
-    std::vector<TKeyedSizeValues> fEntries;
-  };
-  struct TTextHash {
-    using is_transparent = void;  // looked up by view, without making a string
-    size_t operator()(std::u16string_view pText) const;
-  };
   struct TTopFile {
     TEntryValues fValues;
     std::u16string fName;
   };
-
-  TKeyId ExtensionKeyOf(std::u16string_view pName);
 
   // Fixed.
   const bool fDoUsers;
@@ -77,7 +60,7 @@ class TFolderAccumulator {
   std::vector<TTopFile> fTopFiles;
 
   // Of the scan.
-  boost::unordered_flat_map<std::u16string, TKeyId, TTextHash, std::equal_to<>> fExtensionKeys;
+  TExtensionKeys fExtensionKeys;
   boost::unordered_flat_map<uint64_t, TKeyId> fOwnerKeys;
   uint64_t fLastOwnerId = 0;
   TKeyId fLastOwnerKey = kNoKey;

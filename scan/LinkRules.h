@@ -75,7 +75,8 @@ struct TAllocationFacts {
 };
 
 // Bytes on storage of one entry. A folder has none. Less than a cluster means that the data lies inside the file
-// record. With shared hard links each link carries an equal share, so that the links of a file add up to it once.
+// record. With shared hard links each link carries an equal share, cut to whole bytes, so that the links of a file add
+// up to it once, less the few bytes that were cut.
 int64_t AllocatedSizeOf(const TAllocationFacts& pFacts);
 
 // The attributes as the program shows them: the integrity-stream bit says nothing about the file and goes; a file that

@@ -4,10 +4,11 @@
 
 #include "platform/DebugLog.h"
 #include "platform/Errors.h"
-#include "platform/Text.h"
+#include "scan/PathNotFoundEnumerator.h"
 
 namespace Vantrel::ScanEngine {
 
+using Enumerators::TPathNotFoundEnumerator;
 using ThreadPool::TWorkerThreadPool;
 
 namespace {
@@ -87,11 +88,23 @@ void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& p
   if (!IsCancelled()) pFolder.FinishPart();  // a folder that was left early, and all above it, stay unfinished
 }
 
+// Some errors are raised instead of told, by a listing that then tells them as well. They end this listing like any other;
+// left to run up, they would take all folders with them that wait behind this one.
+bool TScanJob::NextEntry(IHierarchicalEnumerator& pEnumerator) {
+  try {
+    return pEnumerator.Next();
+  } catch (const EOSError& error) {
+    fRaisedError = error.Code();
+    return false;
+  }
+}
+
 void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {
   fFiles->Begin(pEnumerator.GetPathLength());
   fChildren.clear();
   fToBeEntered.clear();
   fExcluded = 0;
+  fRaisedError = 0;
   const bool hasFilters = fRoot.HasFilters();
   while (NextEntry(pEnumerator)) {
     if (pEnumerator.IsFolder()) {
@@ -105,16 +118,6 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
     } else {
       fFiles->AddFile(pEnumerator);
     }
-  }
-}
-
-// An enumerator may also tell an error by an exception; it is then at its end and knows the error's code.
-bool TScanJob::NextEntry(IHierarchicalEnumerator& pEnumerator) {
-  try {
-    return pEnumerator.Next();
-  } catch (const EOSError& error) {
-    LogDebug(u"TScanJob.NextEntry: " + FromUtf8(error.what()));
-    return false;
   }
 }
 
@@ -144,8 +147,11 @@ void TScanJob::EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator& p
   // From the back, the first listed comes first.
   for (auto child = fToBeEntered.rbegin(); child != fToBeEntered.rend(); ++child)
     fWaiting.push_back({std::move(*child), TRef<IHierarchicalEnumerator>(&pEnumerator)});
+  const bool partial = folders > 0 || fFiles->FileCount() > 0;
   if (pEnumerator.GetErrorCode() != 0)
-    fRoot.RecordError(pFolder, pEnumerator, folders > 0 || fFiles->FileCount() > 0);
+    fRoot.RecordError(pFolder, pEnumerator, partial);
+  else if (fRaisedError != 0)
+    fRoot.RecordError(pFolder, *MakeRef<TPathNotFoundEnumerator>(pEnumerator.GetPath(), fRaisedError, 0), partial);
   fRoot.CountScanned(pFolder, fFiles->FileCount(), folders, fFiles->Values().fSize, fExcluded);
 }
 
@@ -171,11 +177,11 @@ void TScanJob::RefreshFolder() {
     return (pChild->GetFolderState() & fsDetectedDuringRefresh) == 0;
   });
   fChildren = std::move(added);
-  const bool complete = fEnumerator->GetErrorCode() == 0 && !IsCancelled();
-  EndListing(folder, *fEnumerator);
   // A listing that broke off says nothing of what it did not reach.
-  if (complete)
+  if (fEnumerator->GetErrorCode() == 0 && fRaisedError == 0 && !IsCancelled())
     for (auto& [name, child] : gone) child->Remove();
+  folder.GetRoot()->ForgetOwnEntries(folder);
+  EndListing(folder, *fEnumerator);
   folder.ReplaceFiles(fFiles->Finish(folder));
   folder.ExcludeFolderState(fsScanning);
   if (!IsCancelled()) folder.FinishPart();

@@ -36,8 +36,8 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
 
   void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void RefreshFolder();
+  bool NextEntry(IHierarchicalEnumerator& pEnumerator);
   void ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
-  static bool NextEntry(IHierarchicalEnumerator& pEnumerator);
   void AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void ScanWaiting();
@@ -59,6 +59,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   std::vector<TRef<TCustomFolderData>> fChildren;
   std::vector<TRef<TCustomFolderData>> fToBeEntered;
   int64_t fExcluded = 0;
+  uint32_t fRaisedError = 0;
 };
 
 }  // namespace Vantrel::ScanEngine

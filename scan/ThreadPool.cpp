@@ -107,7 +107,7 @@ void TWorkerThreadPool::AddWorkItems(std::vector<TRef<IWorkItem>> pItems) {
         fWorkerItemsQueue.Append(std::move(item));
     }
     fQueueLength.store(static_cast<int32_t>(fWorkerItemsQueue.Count()), std::memory_order_relaxed);
-    if (fIdleThreads > 0) fNewWorkItemEvent.notify_one();
+    for (size_t i = 0; i < pItems.size() && fIdleThreads > 0; ++i) fNewWorkItemEvent.notify_one();
   }
   CheckAddNewWorkerThread();
 }
@@ -126,9 +126,9 @@ void TWorkerThreadPool::CheckAddNewWorkerThread() {
     fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
     const auto threads = static_cast<int32_t>(fThreads.size());
     if (threads >= GetMaxRunningThreads() || fWorkerItemsQueue.Count() == 0 || fTerminated || FPaused) return;
-    // An idle thread that is on its way to the item makes a new one needless.
-    if (fIdleThreads >= static_cast<int32_t>(fWorkerItemsQueue.Count())) return;
-    if (threads >= minimum && !cpuBelowMax) return;
+    // Beyond the minimum, an idle thread that is on its way to the item makes a new one needless.
+    const bool idleThreadsSuffice = fIdleThreads >= static_cast<int32_t>(fWorkerItemsQueue.Count());
+    if (threads >= minimum && (idleThreadsSuffice || !cpuBelowMax)) return;
     fThreads.push_back(std::make_unique<TWorkerThread>(*this));
     fThreadCount.store(threads + 1, std::memory_order_relaxed);
     fThreads.back()->Start();

@@ -159,6 +159,10 @@ TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view
   fParent->Hold();
 }
 
+TRef<TUnixDirectory> TUnixDirectory::Again() const {
+  return fParent ? MakeRef<TUnixDirectory>(fParent, FromNativeBytes(fName), fFollowLink) : MakeRef<TUnixDirectory>(fName);
+}
+
 TUnixDirectory::~TUnixDirectory() {
   CloseHandle();
   LetGoOfParent();
@@ -335,7 +339,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() 
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
-  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory));
+  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
   clone->fName = fName;
   clone->fEntry = fEntry;
   if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;

@@ -54,6 +54,8 @@ class TUnixDirectory : public TInterfaced<IInterface> {
   explicit TUnixDirectory(std::string pPath);
   TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink);
   ~TUnixDirectory() override;
+  // The same folder, not opened yet: a handle knows one place in the listing only.
+  TRef<TUnixDirectory> Again() const;
 
   // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as long as
   // the process has handles to spare; without it children find their way from the nearest folder that is open.

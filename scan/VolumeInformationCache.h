@@ -9,7 +9,7 @@
 
 namespace Kiv::Enumerators {
 
-// Remembers what the system told of each volume: asking may take a network round trip. One for the process; any thread.
+// Remembers the cluster size of each volume: asking may take a network round trip. One for the process; any thread.
 class TVolumeInformationCache {
  public:
   static TVolumeInformationCache& Instance();

@@ -138,6 +138,7 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   IScanConfiguration& GetScanConfiguration() override { NotFaked(); }
   void NotifyObservers(IHierarchicalObject&, TChangeKind) override { NotFaked(); }
   void ForgetBranch(IFolderData&) override { NotFaked(); }
+  void ForgetOwnEntries(IFolderData&) override { NotFaked(); }
   bool RefreshFolder(IFolderData&, bool) override { NotFaked(); }
   bool RemoveFolder(IFolderData&) override { NotFaked(); }
   ITopSizeList* GetTopSizeList() const override { NotFaked(); }

@@ -27,6 +27,11 @@ void TGate::Pass() {
   while (!fOpen) lock.Wait(fChanged);
 }
 
+void TGate::WaitUntilOpen() {
+  TCriticalSectionLock lock(fLock);
+  while (!fOpen) lock.Wait(fChanged);
+}
+
 TMemoryEntry& TMemoryEntry::AddFile(std::u16string_view pName, int64_t pSize, int64_t pAllocated) {
   TMemoryEntry& entry = fChildren.emplace_back();
   entry.fName = pName;
@@ -45,7 +50,7 @@ TMemoryEntry& TMemoryEntry::AddFolder(std::u16string_view pName) {
 
 TMemoryEntry* TMemoryEntry::Find(std::u16string_view pName) {
   auto found = fByName.find(std::u16string(pName));
-  return found == fByName.end() ? nullptr : found->second;
+  return found == fByName.end() || found->second->fRemoved ? nullptr : found->second;
 }
 
 void TMemoryEntry::FailListing(int pAtNext, uint32_t pErrorCode) {
@@ -130,6 +135,7 @@ bool TMemoryEnumerator::Next() {
   if (call == fStorage->fFailingCall) return Fail(fStorage->fFailingCode);
   if (fFolder->fVanished) return Fail(TMemoryStorage::NotFoundCode());
   if (fCalls == fFolder->fFailAtNext) return Fail(fFolder->fErrorCode);
+  while (fNextIndex < fFolder->fChildren.size() && fFolder->fChildren[fNextIndex].fRemoved) ++fNextIndex;
   if (fNextIndex >= fFolder->fChildren.size()) {
     fCurrent = nullptr;
     return false;

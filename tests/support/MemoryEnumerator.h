@@ -22,6 +22,7 @@ class TGate {
   void Open();              // for good
   void WaitUntilReached();  // returns when a thread has come to the gate
   void Pass();              // called by the listing thread
+  void WaitUntilOpen();     // the same, without being noticed
 
  private:
   TCriticalSection fLock;
@@ -38,6 +39,7 @@ struct TMemoryEntry {
   uint64_t fOwnerId = 0;
   std::deque<TMemoryEntry> fChildren;  // a deque: references to children stay good while more are added
   bool fCanDescend = true;
+  bool fRemoved = false;  // deleted from the storage; between scans only
 
   // Faults of the listing of this folder.
   std::atomic<bool> fVanished{false};  // the first Next fails: not found

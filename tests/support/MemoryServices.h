@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/Root.h"
+#include "scan/PathNotFoundEnumerator.h"
+#include "scan/ScanEngine.h"
+#include "tests/support/MemoryEnumerator.h"
+
+namespace Kiv::Testing {
+
+// Real scan engines over storages in memory, found by the path of the root.
+class TMemoryServices : public TInterfaced<IScanServices> {
+ public:
+  std::map<std::u16string, std::shared_ptr<TMemoryStorage>> fStorages;
+  ThreadPool::TWorkerThreadPool::TSettings fPoolSettings;
+  std::vector<int32_t> fThreads;  // asked for, scan by scan
+
+  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath, const std::u16string& pRootPath,
+                                                 uint32_t pOptions) override {
+    const auto storage = fStorages.find(pRootPath);
+    if (storage == fStorages.end())
+      return MakeRef<Enumerators::TPathNotFoundEnumerator>(pPath, TMemoryStorage::NotFoundCode(), pOptions);
+    TRef<IHierarchicalEnumerator> enumerator = storage->second->CreateEnumerator(pOptions);
+    std::u16string_view rest = std::u16string_view(pPath).substr(pRootPath.size());
+    while (!rest.empty()) {
+      rest.remove_prefix(1);
+      const size_t end = std::min(rest.find(pPath[pRootPath.size()]), rest.size());
+      enumerator = enumerator->CreateChildEnumerator(rest.substr(0, end), kAttributeDirectory);
+      rest.remove_prefix(end);
+    }
+    return enumerator;
+  }
+
+  TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
+                                     std::function<void()> pOnAllDone) override {
+    fThreads.push_back(pThreads);
+    return MakeRef<Vantrel::ScanEngine::TScanEngine>(pThreads, std::move(pConfiguration), pPriority,
+                                                     std::move(pOnAllDone), fPoolSettings);
+  }
+};
+
+}  // namespace Kiv::Testing
