@@ -35,9 +35,10 @@ std::string Decoded(std::string_view pField) {
 
 // "36 35 98:0 /root /mount/point options [optional fields] - type source superoptions"
 bool ParseLine(std::string_view pLine, TMount& pMount) {
-  const std::string_view id = Take(pLine, ' ');
-  if (std::from_chars(id.data(), id.data() + id.size(), pMount.fId).ec != std::errc()) return false;
-  Take(pLine, ' ');  // the mount that this one is mounted on
+  for (uint64_t* number : {&pMount.fId, &pMount.fParentId}) {
+    const std::string_view id = Take(pLine, ' ');
+    if (std::from_chars(id.data(), id.data() + id.size(), *number).ec != std::errc()) return false;
+  }
   pMount.fDevice = Take(pLine, ' ');
   pMount.fRoot = Decoded(Take(pLine, ' '));
   pMount.fMountPoint = Decoded(Take(pLine, ' '));

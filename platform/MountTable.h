@@ -10,6 +10,7 @@ namespace Kiv {
 // One line of Linux' /proc/self/mountinfo, in native bytes with the escapes decoded.
 struct TMount {
   uint64_t fId = 0;
+  uint64_t fParentId = 0;   // the mount that this one is mounted on; of the first one none that is listed
   std::string fDevice;      // "8:1": which file system
   std::string fRoot;        // the folder of that file system that is shown
   std::string fMountPoint;  // where it is shown: "/home"

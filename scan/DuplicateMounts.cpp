@@ -1,19 +1,24 @@
 #include "scan/DuplicateMounts.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
 
 namespace Kiv::Enumerators {
 
 namespace {
 
+std::string Joined(std::string pFolder, std::string_view pRest) {
+  while (pRest.starts_with('/')) pRest.remove_prefix(1);
+  if (pRest.empty()) return pFolder;
+  if (!pFolder.ends_with('/')) pFolder += '/';
+  return pFolder.append(pRest);
+}
+
 // Where pOther shows the folder that pMount shows; pMount's root lies inside pOther's.
 std::string PathThrough(const TMount& pOther, const TMount& pMount) {
-  std::string_view rest = std::string_view(pMount.fRoot).substr(pOther.fRoot == "/" ? 0 : pOther.fRoot.size());
-  while (rest.starts_with('/')) rest.remove_prefix(1);
-  std::string path = pOther.fMountPoint;
-  if (rest.empty()) return path;
-  if (!path.ends_with('/')) path += '/';
-  return path.append(rest);
+  const std::string_view rest = std::string_view(pMount.fRoot).substr(pOther.fRoot == "/" ? 0 : pOther.fRoot.size());
+  return Joined(pOther.fMountPoint, rest);
 }
 
 // The road that a person would name first: the shallower one.
@@ -24,15 +29,42 @@ bool ComesFirst(const TMount& pA, const TMount& pB) {
   return pA.fId < pB.fId;
 }
 
+using TMountChain = std::unordered_set<uint64_t>;
+
+// The ids of a mount and of those that it is mounted on, down to the first.
+TMountChain ChainOf(const TMount& pMount, const std::unordered_map<uint64_t, uint64_t>& pParents) {
+  TMountChain chain{pMount.fId};
+  for (auto parent = pParents.find(pMount.fId); parent != pParents.end(); parent = pParents.find(parent->second))
+    if (!chain.insert(parent->second).second) break;
+  return chain;
+}
+
+// The mounts that a path leads to. The others are covered: on their own point, or on the way there, stands a mount that
+// they are not mounted on.
+std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts) {
+  std::unordered_map<uint64_t, uint64_t> parents;
+  for (const TMount& mount : pMounts) parents[mount.fId] = mount.fParentId;
+  std::vector<std::pair<const TMount*, TMountChain>> outermostFirst;
+  for (const TMount& mount : pMounts) outermostFirst.emplace_back(&mount, ChainOf(mount, parents));
+  // Of several on one point the topmost comes first.
+  std::stable_sort(outermostFirst.begin(), outermostFirst.end(), [](const auto& pA, const auto& pB) {
+    const size_t lengthA = pA.first->fMountPoint.size(), lengthB = pB.first->fMountPoint.size();
+    return lengthA != lengthB ? lengthA < lengthB : pA.second.size() > pB.second.size();
+  });
+  std::vector<const TMount*> visible;
+  for (const auto& [mount, chain] : outermostFirst) {
+    const bool isCovered = std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {
+      return IsSameOrBeneath(mount->fMountPoint, pOther->fMountPoint) && !chain.contains(pOther->fId);
+    });
+    if (!isCovered) visible.push_back(mount);
+  }
+  return visible;
+}
+
 }  // namespace
 
 std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts, std::string_view pScanRoot) {
-  // A later mount on the same point hides the earlier one whole.
-  std::vector<const TMount*> visible;
-  for (const TMount& mount : pMounts) {
-    std::erase_if(visible, [&](const TMount* pItem) { return pItem->fMountPoint == mount.fMountPoint; });
-    visible.push_back(&mount);
-  }
+  std::vector<const TMount*> visible = VisibleMounts(pMounts);
   auto isHidden = [&](const std::string& pPath, const TMount& pThrough) {
     return std::any_of(visible.begin(), visible.end(), [&](const TMount* pItem) {
       return pItem != &pThrough && pItem->fMountPoint.size() > pThrough.fMountPoint.size() &&
@@ -46,6 +78,14 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   std::stable_sort(visible.begin(), visible.end(), [](const TMount* pA, const TMount* pB) {
     return pA->fRoot.size() != pB->fRoot.size() ? pA->fRoot.size() < pB->fRoot.size() : ComesFirst(*pA, *pB);
   });
+  // The mount that holds the scan's root, and where in its file system that is.
+  const TMount* home = nullptr;
+  for (const TMount* mount : visible)
+    if (IsSameOrBeneath(pScanRoot, mount->fMountPoint) &&
+        (home == nullptr || mount->fMountPoint.size() > home->fMountPoint.size()))
+      home = mount;
+  if (home == nullptr) return {};
+  const std::string homeFolder = Joined(home->fRoot, pScanRoot.substr(home->fMountPoint.size()));
   std::unordered_set<uint64_t> duplicates;
   // A road through a mount that is not entered leads nowhere.
   auto isEntered = [&](const TMount& pMount) {
@@ -57,6 +97,10 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   auto isShownBy = [&](const TMount& pMount, const TMount& pOther) {
     if (pOther.fDevice != pMount.fDevice || !IsSameOrBeneath(pMount.fRoot, pOther.fRoot)) return false;
     if (pOther.fRoot == pMount.fRoot && !ComesFirst(pOther, pMount)) return false;
+    // A road that comes upon the scan's root a second time ends there.
+    if (&pOther != home && pOther.fDevice == home->fDevice && IsSameOrBeneath(homeFolder, pOther.fRoot) &&
+        IsSameOrBeneath(pMount.fRoot, homeFolder))
+      return false;
     const std::string path = PathThrough(pOther, pMount);
     return IsSameOrBeneath(path, pScanRoot) && !isHidden(path, pOther) && isEntered(pOther);
   };

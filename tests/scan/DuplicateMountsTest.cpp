@@ -51,6 +51,18 @@ TEST(DuplicateMounts, WhatIsNotEntered) {
        "/",
        {rootFs, {2, "8:2", "/", "/a"}, {3, "8:2", "/", "/long"}, {4, "0:7", "/", "/a"}},
        {}},
+      {"the other road's own mount is covered from above",
+       "/",
+       {rootFs, {2, "8:2", "/", "/a/b"}, {3, "0:7", "/", "/a"}, {4, "8:2", "/", "/long/way"}},
+       {}},
+      {"the other road leads through a mount that is not entered",
+       "/",
+       {rootFs, {2, "8:1", "/data", "/data/cover"}, {3, "8:1", "/data/cover/x", "/view"}},
+       {2}},
+      {"the other road comes upon the scan's root again",
+       "/data",
+       {rootFs, {2, "8:1", "/", "/data/all"}, {3, "8:1", "/data/cover/x", "/data/cover"}},
+       {}},
       {"one of three is enough",
        "/",
        {rootFs, {2, "8:2", "/", "/a"}, {3, "8:2", "/", "/bb"}, {4, "8:2", "/x", "/ccc"}},
@@ -58,8 +70,11 @@ TEST(DuplicateMounts, WhatIsNotEntered) {
   };
   for (const TCase& test : cases) {
     std::vector<TMount> mounts;
-    for (const TShown& shown : test.fMounts)
-      mounts.push_back({shown.fId, shown.fDevice, shown.fRoot, shown.fMountPoint, "ext4", "/dev/disk"});
+    for (const TShown& shown : test.fMounts) {
+      const TMount* parent = FindMount(mounts, shown.fMountPoint);  // as each is mounted on what is there by then
+      mounts.push_back({shown.fId, parent == nullptr ? 0 : parent->fId, shown.fDevice, shown.fRoot, shown.fMountPoint,
+                        "ext4", "/dev/disk"});
+    }
     const auto duplicates = DuplicateMounts(mounts, test.fScanRoot);
     EXPECT_EQ(test.fDuplicates, std::set<uint64_t>(duplicates.begin(), duplicates.end())) << test.fWhat;
   }
