@@ -13,6 +13,7 @@ namespace Kiv {
 // The address sanitizer watches pieces that it knows of one by one.
 void* AllocateTreeMemory(size_t pBytes) { return ::operator new(pBytes); }
 void FreeTreeMemory(void* pPiece) noexcept { ::operator delete(pPiece); }
+TTreeMemoryOfThread::~TTreeMemoryOfThread() = default;
 
 #else
 
@@ -74,13 +75,17 @@ class TCutter {
   uint64_t fCut = 0;
 };
 
-thread_local TCutter tCutter;
+// A plain pointer: with mingw a thread's objects may be destroyed after the memory that they lie in is gone.
+thread_local TCutter* tCutter = nullptr;
 
 }  // namespace
 
 void* AllocateTreeMemory(size_t pBytes) {
   const size_t bytes = (pBytes + kAlignment - 1) / kAlignment * kAlignment;
-  if (bytes <= kLargestPiece) return tCutter.Cut(bytes);
+  if (bytes <= kLargestPiece) {
+    if (!tCutter) tCutter = new TCutter;
+    return tCutter->Cut(bytes);
+  }
   TBlock* block = NewBlock(kHeaderBytes + bytes);
   block->fPieces.store(1, std::memory_order_relaxed);
   return reinterpret_cast<std::byte*>(block) + kHeaderBytes;
@@ -88,6 +93,11 @@ void* AllocateTreeMemory(size_t pBytes) {
 
 void FreeTreeMemory(void* pPiece) noexcept {
   if (pPiece) Drop(reinterpret_cast<TBlock*>(reinterpret_cast<uintptr_t>(pPiece) & ~(kBlockBytes - 1)), 1);
+}
+
+TTreeMemoryOfThread::~TTreeMemoryOfThread() {
+  delete tCutter;
+  tCutter = nullptr;
 }
 
 #endif

@@ -18,6 +18,16 @@ void* AllocateTreeMemory(size_t pBytes);
 // nullptr is allowed.
 void FreeTreeMemory(void* pPiece) noexcept;
 
+// Stands on the stack of a thread that comes and goes, below all that makes nodes: lets go of the block that the thread was
+// cutting, which could otherwise never be given back.
+class TTreeMemoryOfThread {
+ public:
+  TTreeMemoryOfThread() = default;
+  ~TTreeMemoryOfThread();
+  TTreeMemoryOfThread(const TTreeMemoryOfThread&) = delete;
+  TTreeMemoryOfThread& operator=(const TTreeMemoryOfThread&) = delete;
+};
+
 // Gives a class the tree's memory: struct TNode : TInTreeMemory.
 struct TInTreeMemory {
   static void* operator new(size_t pBytes) { return AllocateTreeMemory(pBytes); }

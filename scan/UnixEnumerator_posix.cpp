@@ -429,6 +429,7 @@ void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pN
   values.fLastAccessDate = FileTimeOf(pStatus.stx_atime);
   values.fLastChangeDate = FileTimeOf(pStatus.stx_mtime);
   values.fCreationDate = (pStatus.stx_mask & STATX_BTIME) != 0 ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
+  fEntry.fIsRepeatedTarget = false;
   fEntry.fIdentity = IdentityOf(pStatus);
   fEntry.fMountId = pStatus.stx_mnt_id;
   fEntry.fUser = pStatus.stx_uid;
@@ -446,13 +447,13 @@ void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
   struct statx status;
   if (statx(fDirectory->Handle(), pName, AT_NO_AUTOMOUNT, kWantedFields, &status) != 0 || !S_ISDIR(status.stx_mode))
     return;
-  if (!fScan->EnterLinkTarget(IdentityOf(status))) return;
   FillEntry(status, pName);
   fEntry.fValues.fAttributes |= kAttributeReparsePoint;
+  fEntry.fIsRepeatedTarget = !fScan->EnterLinkTarget(fEntry.fIdentity);
 }
 
 bool TUnixEnumerator::CanDescend() const {
-  if (!IsFolder() || fEntry.fIdentity == fScan->fRootIdentity) return false;
+  if (!IsFolder() || fEntry.fIsRepeatedTarget || fEntry.fIdentity == fScan->fRootIdentity) return false;
   const bool otherFileSystem = fEntry.fIdentity.fDevice != fScan->fRootIdentity.fDevice;
   if (otherFileSystem && (fOptions & heoStayOnFileSystem) != 0) return false;
   if (fEntry.fIsMountPoint && fScan->IsDuplicateMount(fEntry.fMountId)) return false;

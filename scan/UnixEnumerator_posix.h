@@ -126,6 +126,7 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
     uint64_t fMountId = 0;
     uint32_t fUser = 0;
     bool fIsMountPoint = false;
+    bool fIsRepeatedTarget = false;  // a link to a folder that another link has been followed to
   };
   enum class TSingleObject : uint8_t { soNo, soAhead, soDone };
 
