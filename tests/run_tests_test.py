@@ -2,8 +2,8 @@
 
 import pathlib
 import sys
-import time
 import tempfile
+import time
 import unittest
 
 import run_tests
