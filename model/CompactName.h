@@ -5,8 +5,6 @@
 #include <memory>
 #include <string_view>
 
-#include "model/TreeMemory.h"
-
 namespace Kiv {
 
 // A node's name in one pointer: a length and the UTF-16 units behind it, in a block of just that size. A std::u16string
@@ -14,8 +12,7 @@ namespace Kiv {
 class TCompactName {
  public:
   TCompactName() = default;
-  explicit TCompactName(std::u16string_view pText)
-      : fBlock(static_cast<char16_t*>(AllocateTreeMemory((kHeader + pText.size()) * sizeof(char16_t)))) {
+  explicit TCompactName(std::u16string_view pText) : fBlock(new char16_t[kHeader + pText.size()]) {
     const auto length = static_cast<uint32_t>(pText.size());
     std::memcpy(fBlock.get(), &length, sizeof(length));
     std::memcpy(fBlock.get() + kHeader, pText.data(), pText.size() * sizeof(char16_t));
@@ -29,11 +26,8 @@ class TCompactName {
   }
 
  private:
-  struct TFree {
-    void operator()(char16_t* pBlock) const { FreeTreeMemory(pBlock); }
-  };
   static constexpr size_t kHeader = sizeof(uint32_t) / sizeof(char16_t);
-  std::unique_ptr<char16_t[], TFree> fBlock;
+  std::unique_ptr<char16_t[]> fBlock;
 };
 
 }  // namespace Kiv

@@ -72,7 +72,7 @@ std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChil
 // Locks: the per-folder locks are never nested. References to parent and root are read without the lock by the scan and by
 // structural changes, which never run beside a disposal (the root's synchronizer sees to that); everybody else asks
 // GetParentFolder and GetRoot.
-class TCustomFolderData : public TContainerHierarchicalElement, public TInTreeMemory {
+class TCustomFolderData : public TContainerHierarchicalElement {
  public:
   // IHierarchicalElement
   IFolderData* AsFolder() override { return this; }

@@ -9,8 +9,7 @@ namespace Kiv {
 
 TFileTable::TFileTable(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames)
     : fCount(static_cast<uint32_t>(pRecords.size())),
-      fBlock(static_cast<std::byte*>(
-          AllocateTreeMemory(pRecords.size() * sizeof(TFileRecord) + pNames.size() * sizeof(char16_t)))) {
+      fBlock(new std::byte[pRecords.size() * sizeof(TFileRecord) + pNames.size() * sizeof(char16_t)]) {
   std::memcpy(fBlock.get(), pRecords.data(), pRecords.size() * sizeof(TFileRecord));
   std::memcpy(fBlock.get() + pRecords.size() * sizeof(TFileRecord), pNames.data(), pNames.size() * sizeof(char16_t));
 }

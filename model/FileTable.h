@@ -9,7 +9,6 @@
 
 #include "model/HierarchicalInterfaces.h"
 #include "model/InternedKeys.h"
-#include "model/TreeMemory.h"
 
 namespace Kiv {
 
@@ -30,7 +29,7 @@ static_assert(sizeof(TFileRecord) == 56);
 
 // The files of one folder, packed: a scan keeps millions of files and makes a node of one only when somebody asks for it.
 // Immutable once made, so a reader that holds a reference needs no lock.
-class TFileTable : public TInterfaced<IInterface>, public TInTreeMemory {
+class TFileTable : public TInterfaced<IInterface> {
  public:
   TFileTable(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
 
@@ -48,11 +47,8 @@ class TFileTable : public TInterfaced<IInterface>, public TInTreeMemory {
   const TFileRecord* Records() const { return reinterpret_cast<const TFileRecord*>(fBlock.get()); }
   const char16_t* Names() const { return reinterpret_cast<const char16_t*>(Records() + fCount); }
 
-  struct TFree {
-    void operator()(std::byte* pBlock) const { FreeTreeMemory(pBlock); }
-  };
   uint32_t fCount;
-  std::unique_ptr<std::byte[], TFree> fBlock;
+  std::unique_ptr<std::byte[]> fBlock;
 };
 
 // Collects the files of a folder while it is being listed. Kept by a worker and used again for the next folder, so that

@@ -37,9 +37,6 @@ class TCpuUsageMeter {
   std::optional<int> fPercent GUARDED_BY(fLock);
 };
 
-// Tells the system that huge pages suit this memory. A hint; nothing where there is none to give.
-void AdviseHugePages(void* pMemory, size_t pBytes);
-
 // Priority of the calling thread, seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6 time-critical.
 // Steps that the system does not grant are left as they are, without an error.
 void SetCurrentThreadPriority(int pStep);

@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
-#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -62,7 +61,5 @@ TComInitializer::TComInitializer(bool) : fInitialized(false) {}
 TComInitializer::~TComInitializer() {
   (void)fInitialized;
 }
-
-void AdviseHugePages(void* pMemory, size_t pBytes) { madvise(pMemory, pBytes, MADV_HUGEPAGE); }
 
 }  // namespace Kiv

@@ -52,7 +52,4 @@ TComInitializer::~TComInitializer() {
   if (fInitialized) CoUninitialize();
 }
 
-// Windows gives large pages only to those with a special right, and never takes them back.
-void AdviseHugePages(void*, size_t) {}
-
 }  // namespace Kiv

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "model/TreeMemory.h"
 #include "platform/DebugLog.h"
 #include "platform/Errors.h"
 #include "platform/Text.h"
@@ -53,7 +52,6 @@ void TWorkerThread::Execute() {
   SetCurrentThreadName("worker");
   SetCurrentThreadPriority(fThreadPool.FPriority.load(std::memory_order_relaxed));
   TComInitializer com(fThreadPool.fSettings.fInitializeCOM);
-  TTreeMemoryOfThread treeMemory;
   if (fThreadPool.fOnNewThread) fThreadPool.fOnNewThread();
   while ((fWorkItem = fThreadPool.WaitForWorkItem())) {
     fStatus.store(TStatus::tsWorking, std::memory_order_release);
