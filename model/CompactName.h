@@ -12,7 +12,9 @@ namespace Kiv {
 class TCompactName {
  public:
   TCompactName() = default;
-  explicit TCompactName(std::u16string_view pText) : fBlock(new char16_t[kHeader + pText.size()]) {
+  explicit TCompactName(std::u16string_view pText) {
+    if (pText.empty()) return;
+    fBlock.reset(new char16_t[kHeader + pText.size()]);
     const auto length = static_cast<uint32_t>(pText.size());
     std::memcpy(fBlock.get(), &length, sizeof(length));
     std::memcpy(fBlock.get() + kHeader, pText.data(), pText.size() * sizeof(char16_t));

@@ -583,7 +583,7 @@ TFolderData::TFolderData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRo
     : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), pName) {}
 
 TFileGroupData::TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot)
-    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), kName) {}
+    : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), {}) {}
 
 void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
   if (pValues.AreAllIn(pFiles.get()))

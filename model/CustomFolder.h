@@ -190,6 +190,7 @@ class TFileGroupData : public TCustomFolderData {
   void Fill(const TFileGroupContents& pContents) { FillWith(pContents); }
   void Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles);
   bool IsFileGroup() const override { return true; }
+  std::u16string_view GetObjectName() const override { return kName; }  // all share it
   std::u16string GetFullPath() const override;  // of the folder whose files these are
 };
 

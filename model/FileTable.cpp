@@ -7,11 +7,15 @@
 
 namespace Kiv {
 
-TFileTable::TFileTable(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames)
-    : fCount(static_cast<uint32_t>(pRecords.size())),
-      fBlock(new std::byte[pRecords.size() * sizeof(TFileRecord) + pNames.size() * sizeof(char16_t)]) {
-  std::memcpy(fBlock.get(), pRecords.data(), pRecords.size() * sizeof(TFileRecord));
-  std::memcpy(fBlock.get() + pRecords.size() * sizeof(TFileRecord), pNames.data(), pNames.size() * sizeof(char16_t));
+TRef<const TFileTable> TFileTable::Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames) {
+  static_assert(sizeof(TFileTable) % alignof(TFileRecord) == 0, "the records stand right behind the object");
+  const size_t recordBytes = pRecords.size() * sizeof(TFileRecord);
+  const size_t nameBytes = pNames.size() * sizeof(char16_t);
+  TRef<TFileTable> table(new (recordBytes + nameBytes) TFileTable(static_cast<uint32_t>(pRecords.size())));
+  std::byte* room = reinterpret_cast<std::byte*>(table.get() + 1);
+  std::memcpy(room, pRecords.data(), recordBytes);
+  std::memcpy(room + recordBytes, pNames.data(), nameBytes);
+  return table;
 }
 
 std::vector<uint32_t> TFileTable::SortedIndices() const {
@@ -47,6 +51,6 @@ void TFileTableBuilder::Clear() {
   fNames.clear();
 }
 
-TRef<const TFileTable> TFileTableBuilder::Build() const { return TRef<const TFileTable>(new TFileTable(fRecords, fNames)); }
+TRef<const TFileTable> TFileTableBuilder::Build() const { return TFileTable::Create(fRecords, fNames); }
 
 }  // namespace Kiv

@@ -31,7 +31,8 @@ static_assert(sizeof(TFileRecord) == 56);
 // Immutable once made, so a reader that holds a reference needs no lock.
 class TFileTable : public TInterfaced<IInterface> {
  public:
-  TFileTable(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
+  static TRef<const TFileTable> Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
+  static void operator delete(void* pTable) { ::operator delete(pTable); }
 
   size_t Count() const { return fCount; }
   const TFileRecord& operator[](size_t pIndex) const { return Records()[pIndex]; }
@@ -43,12 +44,15 @@ class TFileTable : public TInterfaced<IInterface> {
   std::vector<uint32_t> SortedIndices() const;
 
  private:
-  // Records first, then the text of all names, in one block of exactly that size.
-  const TFileRecord* Records() const { return reinterpret_cast<const TFileRecord*>(fBlock.get()); }
+  explicit TFileTable(uint32_t pCount) : fCount(pCount) {}
+  // Room for the records and the text of all names behind the object itself: one piece of exactly that size.
+  static void* operator new(size_t pBytes, size_t pRoom) { return ::operator new(pBytes + pRoom); }
+  static void operator delete(void* pTable, size_t) { ::operator delete(pTable); }
+
+  const TFileRecord* Records() const { return reinterpret_cast<const TFileRecord*>(this + 1); }
   const char16_t* Names() const { return reinterpret_cast<const char16_t*>(Records() + fCount); }
 
-  uint32_t fCount;
-  std::unique_ptr<std::byte[]> fBlock;
+  const uint32_t fCount;
 };
 
 // Collects the files of a folder while it is being listed. Kept by a worker and used again for the next folder, so that
