@@ -52,7 +52,9 @@ std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts) {
     return lengthA != lengthB ? lengthA < lengthB : pA.second.size() > pB.second.size();
   });
   std::vector<const TMount*> visible;
-  for (const auto& [mount, chain] : outermostFirst) {
+  for (const auto& candidate : outermostFirst) {
+    const TMount* mount = candidate.first;
+    const TMountChain& chain = candidate.second;
     const bool isCovered = std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {
       return IsSameOrBeneath(mount->fMountPoint, pOther->fMountPoint) && !chain.contains(pOther->fId);
     });
