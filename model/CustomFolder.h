@@ -168,7 +168,6 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren);
 
   std::atomic<TFolderStatistics*> fStatistics{nullptr};  // owned; changed under fLock
-  std::atomic<int32_t> fUnfinishedParts{0};
   TNewestDate fOwnLastAccessDate;  // of the entry itself, without what lies beneath
   TNewestDate fOwnLastChangeDate;
 };

@@ -140,6 +140,7 @@ class TContainerHierarchicalElement : public TBaseHierarchicalElement<IFolderDat
   using TBaseHierarchicalElement<IFolderData>::TBaseHierarchicalElement;
 
   TCompressionStates fCompression GUARDED_BY(fLock) = 0;
+  std::atomic<int32_t> fUnfinishedParts{0};  // of a scan; stands here to fill a gap
   int64_t fFolders GUARDED_BY(fLock) = 0;
   int64_t fFiles GUARDED_BY(fLock) = 0;
 };
