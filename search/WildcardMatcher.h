@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "search/MatchText.h"
+
+namespace Kiv::PatternMatching {
+
+// A list of wildcard masks, prepared once and matched often. Any thread; a text belongs to one.
+class IWildcardMatcher {
+ public:
+  virtual ~IWildcardMatcher() = default;
+  // What MatchesWildcards says of the text and the masks. Allocates nothing.
+  virtual bool Matches(TMatchText& pText) const = 0;
+};
+
+// The cheapest matcher that gives the same answers as MatchesWildcards(…, pMasks): plain comparisons for "*part*",
+// "begin*", "*end" and texts without wildcards, one look-up for lists of extensions, the general matcher for all else.
+std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_view pMasks);
+
+}  // namespace Kiv::PatternMatching
