@@ -150,4 +150,40 @@ TEST(HelpText, FitsAScreenAndNamesEverything) {
     EXPECT_THAT(options, testing::HasSubstr("--" + std::string(option.fName) + " "));
 }
 
+TEST(CommandLineHandler, TakesPatterns) {
+  auto shown = [](const TCommandLine& pLine) {
+    auto options = PatternMatching::TPatternsToStringRepresentationOptions::Default();
+    options.Delimiter = u" | ";
+    return pLine.State().fPatterns ? ToUtf8(pLine.State().fPatterns->ToString(options)) : "none";
+  };
+  struct TCase {
+    std::u16string fLine;
+    std::string fPatterns;
+  };
+  const TCase cases[] = {
+      {u"a --exclude *.tmp;*.bak /FILTER *.c", "(+)*.c | (-)*.tmp;*.bak"},
+      {u"a /EXCLUDE /^cache-/i /exclude -old", "(-)*-old* | (-)/^cache-/i"},  // what looks like a switch
+      {u"a --exclude=--nogui --exclude (+)x", "(+)*x* | (-)*--nogui*"},
+      {u"a --exclude scan", "(-)*scan*"},
+      {u"a /NOGUI", "none"},
+  };
+  for (const TCase& item : cases) {
+    for (bool slashBeginsPaths : {false, true}) {
+      TCommandLine line(item.fLine, slashBeginsPaths);
+      EXPECT_EQ(line.Refusal(), "") << ToUtf8(item.fLine);
+      EXPECT_EQ(shown(line), item.fPatterns) << ToUtf8(item.fLine);
+      EXPECT_THAT(line.State().fPaths, ElementsAre(u"a"));
+    }
+  }
+  EXPECT_EQ(TCommandLine(u"a --exclude /NOGUI").Refusal(),
+            "A pattern was expected after the command line parameter --exclude");
+  EXPECT_EQ(TCommandLine(u"a --exclude --nogui").Refusal(),
+            "A pattern was expected after the command line parameter --exclude");
+  EXPECT_EQ(TCommandLine(u"a /IMPORTPATTERNS --nogui").Refusal(),
+            "A file was expected after the command line parameter /IMPORTPATTERNS");
+  EXPECT_EQ(TCommandLine(u"a --filter (Group)Nonsense --exclude=").Refusal(),
+            "--filter \"(Group)Nonsense\": No file group found matching \"Nonsense\"\r\n"
+            "--exclude \"\": The pattern is empty (argument \"pPattern\")");
+}
+
 }  // namespace

@@ -198,6 +198,13 @@ TEST(ScanSummary, TellsWhatIsMissingInPathOrder) {
   EXPECT_THAT(ScanSummary(*root, format, 2),
               ElementsAre("incomplete: 3 folders could not be read", "  /x/a\\n: " + reason + " (read in part)",
                           "  /x/b: " + reason, "  … and 1 more", "1 object was excluded", StartsWith("Scanned ")));
+  root->fProgress.fExcludedObjects = 1234;
+  root->fExclusions = {{u"by *.tmp\x1b", 1200}, {u"matching no pattern to include", 34}};
+  EXPECT_THAT(ScanSummary(*root, format, 0),
+              testing::IsSupersetOf({"1,234 objects were excluded", "  1,200 by *.tmp\\x1B",
+                                     "  34 matching no pattern to include"}));
+  root->fProgress.fExcludedObjects = 1;
+  root->fExclusions.clear();
   root->fErrors.resize(1);
   EXPECT_THAT(ScanSummary(*root, format, 0), ElementsAre("incomplete: 1 folder could not be read", "  … and 1 more",
                                                          "1 object was excluded", StartsWith("Scanned ")));
