@@ -13,6 +13,8 @@ namespace Kiv {
 class CAPABILITY("mutex") TCriticalSection {
  public:
   void Enter() ACQUIRE() { fMutex.lock(); }
+  // False when another thread is inside.
+  bool TryEnter() TRY_ACQUIRE(true) { return fMutex.try_lock(); }
   void Leave() RELEASE() { fMutex.unlock(); }
 
  private:

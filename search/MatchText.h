@@ -17,6 +17,12 @@ class TMatchText {
     fText = pText;
     fIsFolded = false;
   }
+  // The same for a text whose folded form is the two together.
+  void Set(std::u16string_view pText, std::u16string_view pFoldedBegin, std::u16string_view pFoldedEnd) {
+    fText = pText;
+    (fFolded = pFoldedBegin) += pFoldedEnd;
+    fIsFolded = true;
+  }
   std::u16string_view Text() const { return fText; }
   // Every unit in upper case, as UpcaseUnit gives it; as long as the text.
   std::u16string_view Folded() {

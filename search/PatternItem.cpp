@@ -9,6 +9,7 @@ void TPatternItem::SetFolder(std::u16string_view pPath) {
   fFolderPrefix = pPath;
   fFolderLength = pPath.size();
   if (!fFolderPrefix.empty() && fFolderPrefix.back() != fDelimiter) fFolderPrefix += fDelimiter;
+  fFoldedPrefix = TMatchText(fFolderPrefix).Folded();
 }
 
 void TPatternItem::SetEntry(const IHierarchicalEnumerator& pEntry) {
@@ -25,16 +26,8 @@ void TPatternItem::SetObject(const IHierarchicalBase& pObject) {
   fFilled.reset();
 }
 
-TMatchText& TPatternItem::TextOf(TColumn pColumn) {
-  const auto index = static_cast<size_t>(pColumn);
-  if (!fFilled.test(index)) {
-    Fill(pColumn, fTexts[index]);
-    fFilled.set(index);
-  }
-  return fTexts[index].fText;
-}
-
 void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
+  fFilled.set(static_cast<size_t>(pColumn));
   switch (pColumn) {
     case TColumn::mdName:
       pText.fText.Set(fObject->GetObjectName());
@@ -43,11 +36,8 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
       pText.fText.Set(fIsFolder ? std::u16string_view() : ExtensionOfName(fObject->GetObjectName()));
       return;
     case TColumn::mdFullPath:
-      if (fEntry != nullptr)
-        (pText.fBuffer = fFolderPrefix) += fObject->GetObjectName();
-      else
-        pText.fBuffer = fObject->GetFullPath();
-      break;
+      FillFullPath(pText);
+      return;
     case TColumn::mdParentPath:
       if (fEntry != nullptr)
         pText.fBuffer.assign(fFolderPrefix, 0, fFolderLength);
@@ -64,6 +54,16 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
     }
   }
   pText.fText.Set(pText.fBuffer);
+}
+
+void TPatternItem::FillFullPath(TColumnText& pText) {
+  if (fEntry == nullptr) {
+    pText.fBuffer = fObject->GetFullPath();
+    pText.fText.Set(pText.fBuffer);
+    return;
+  }
+  (pText.fBuffer = fFolderPrefix) += fObject->GetObjectName();
+  pText.fText.Set(pText.fBuffer, fFoldedPrefix, TextOf(TColumn::mdName).Folded());
 }
 
 void TPatternItem::FillOwner(TColumnText& pText) {

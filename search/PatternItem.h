@@ -28,7 +28,11 @@ class TPatternItem {
   bool IsFolder() const { return fIsFolder; }
   // The column's value as text: names and paths as they are, numbers as bare numbers, dates and attributes as lists
   // show them. Empty when there is none. Good until the next entry is set.
-  TMatchText& TextOf(TColumn pColumn);
+  TMatchText& TextOf(TColumn pColumn) {
+    const auto index = static_cast<size_t>(pColumn);
+    if (!fFilled.test(index)) Fill(pColumn, fTexts[index]);
+    return fTexts[index].fText;
+  }
 
  private:
   static constexpr size_t kColumns = static_cast<size_t>(TColumn::mdCount);
@@ -38,10 +42,12 @@ class TPatternItem {
   };
 
   void Fill(TColumn pColumn, TColumnText& pText);
+  void FillFullPath(TColumnText& pText);
   void FillOwner(TColumnText& pText);
 
   const char16_t fDelimiter;
   std::u16string fFolderPrefix;  // with its delimiter
+  std::u16string fFoldedPrefix;  // the same as letters are compared: folded once, not for every entry
   size_t fFolderLength = 0;      // without it
   const IHierarchicalBase* fObject = nullptr;
   const IHierarchicalEnumerator* fEntry = nullptr;  // fObject, when it is an enumerator

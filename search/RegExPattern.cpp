@@ -12,19 +12,28 @@ constexpr std::u16string_view kCaseSensitiveAttribute = u"CaseSensitive";
 
 }  // namespace
 
-TRegularExpression& TRegExPattern::Compiled() const {
-  if (!fExpression) fExpression = std::make_unique<TRegularExpression>(GetPattern(), fCaseSensitive);
-  return *fExpression;
+TRegularExpression& TRegExPattern::Compiled(TSlot& pSlot) const {
+  if (!pSlot.fExpression) pSlot.fExpression = std::make_unique<TRegularExpression>(GetPattern(), fCaseSensitive);
+  return *pSlot.fExpression;
 }
 
 bool TRegExPattern::MatchesText(TMatchText& pText) {
-  TCriticalSectionLock lock(fLock);
-  return Compiled().Matches(pText.Text());
+  for (TSlot& slot : fSlots) {
+    if (!slot.fLock.TryEnter()) continue;
+    const bool matches = Compiled(slot).Matches(pText.Text());
+    slot.fLock.Leave();
+    return matches;
+  }
+  TSlot& last = fSlots.back();  // more threads than anybody has: they take turns
+  TCriticalSectionLock lock(last.fLock);
+  return Compiled(last).Matches(pText.Text());
 }
 
 void TRegExPattern::Prepare() {
-  TCriticalSectionLock lock(fLock);
-  fExpression = nullptr;
+  for (TSlot& slot : fSlots) {
+    TCriticalSectionLock lock(slot.fLock);
+    slot.fExpression = nullptr;
+  }
 }
 
 bool TRegExPattern::SameMatches(const TCustomPattern& pOther) const {
@@ -33,15 +42,20 @@ bool TRegExPattern::SameMatches(const TCustomPattern& pOther) const {
 }
 
 std::u16string TRegExPattern::GetErrorText() const {
-  TCriticalSectionLock lock(fLock);
-  return FromUtf8(Compiled().ErrorText());
+  TCriticalSectionLock lock(fSlots[0].fLock);
+  return FromUtf8(Compiled(fSlots[0]).ErrorText());
 }
 
 std::u16string TRegExPattern::GetWarning() const {
-  TCriticalSectionLock lock(fLock);
-  const int64_t givenUp = fExpression ? fExpression->GivenUp() : 0;
+  int64_t givenUp = 0;
+  bool isOff = false;
+  for (TSlot& slot : fSlots) {
+    TCriticalSectionLock lock(slot.fLock);
+    if (!slot.fExpression) continue;
+    givenUp += slot.fExpression->GivenUp();
+    isOff = isOff || slot.fExpression->GivenUp() >= TRegularExpression::kMostGivenUp;
+  }
   if (givenUp == 0) return {};
-  const bool isOff = givenUp >= TRegularExpression::kMostGivenUp;
   return ToString() + FromUtf8(fmt::format(" takes too many steps on {} {}, which {} as not matching{}", givenUp,
                                            givenUp == 1 ? "text" : "texts", givenUp == 1 ? "counts" : "count",
                                            isOff ? "; after so many it was not tried on any other" : ""));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 
 #include "platform/CriticalSection.h"
@@ -35,12 +36,18 @@ class TRegExPattern : public TCustomPattern {
   void AssignMore(const TCustomPattern& pSource) override;
 
  private:
-  TRegularExpression& Compiled() const REQUIRES(fLock);
+  // The compiled expression has work space of its own, which one match at a time can use. A thread that finds it in use
+  // takes the next: waiting for a lock is a system call, and takes longer than most matches.
+  struct TSlot {
+    TCriticalSection fLock;
+    std::unique_ptr<TRegularExpression> fExpression GUARDED_BY(fLock);  // compiled on first use
+  };
+  static constexpr size_t kSlots = 16;
+
+  TRegularExpression& Compiled(TSlot& pSlot) const REQUIRES(pSlot.fLock);
 
   bool fCaseSensitive;
-  // The compiled expression has work space of its own, which one match at a time can use.
-  mutable TCriticalSection fLock;
-  mutable std::unique_ptr<TRegularExpression> fExpression GUARDED_BY(fLock);
+  mutable std::array<TSlot, kSlots> fSlots;
 };
 
 }  // namespace Kiv::PatternMatching

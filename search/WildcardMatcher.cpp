@@ -144,6 +144,38 @@ class TListMatcher : public IWildcardMatcher {
   const std::unique_ptr<const IWildcardMatcher> fOthers;
 };
 
+// The general match behind a guard that turns most texts away: what a mask begins with, what it ends with, and the longest
+// of the texts between its wildcards.
+class TGuardedMatcher : public IWildcardMatcher {
+ public:
+  // For one mask, without ";".
+  explicit TGuardedMatcher(std::u16string_view pMask) : fGeneral(CreateGeneralMatcher(pMask)) {
+    TMatchText text(pMask);
+    const std::u16string_view mask = text.Folded();
+    constexpr std::u16string_view kWildcards = u"*?";
+    fBegin = mask.substr(0, mask.find_first_of(kWildcards));
+    fEnd = mask.substr(std::min(mask.find_last_of(kWildcards) + 1, mask.size()));
+    for (size_t begin = fBegin.size(); begin < mask.size() - fEnd.size();) {
+      const size_t end = std::min(mask.find_first_of(kWildcards, begin), mask.size());
+      if (end - begin > fInside.size()) fInside = mask.substr(begin, end - begin);
+      begin = end + 1;
+    }
+  }
+
+  bool Matches(TMatchText& pText) const override {
+    const std::u16string_view folded = pText.Folded();
+    return folded.starts_with(fBegin) && folded.ends_with(fEnd) && (fInside.empty() || Holds(folded, fInside)) &&
+           fGeneral->Matches(pText);
+  }
+  TWildcardShape Shape() const override { return TWildcardShape::wsGeneral; }
+
+ private:
+  const std::unique_ptr<const IWildcardMatcher> fGeneral;
+  std::u16string fBegin;
+  std::u16string fEnd;
+  std::u16string fInside;
+};
+
 // The masks between the ";". What follows the last one is no mask when it is empty.
 std::vector<std::u16string_view> Split(std::u16string_view pMasks) {
   std::vector<std::u16string_view> result;
@@ -180,7 +212,10 @@ std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_vie
   if (std::any_of(list.fPlain.begin(), list.fPlain.end(), [](const TPlainMask& pMask) { return pMask.MatchesAll(); })) {
     return std::make_unique<TAllMatcher>();
   }
-  if (list.fPlain.empty() && list.fExtensions.IsEmpty()) return CreateGeneralMatcher(pMasks);
+  if (list.fPlain.empty() && list.fExtensions.IsEmpty()) {
+    if (pMasks.empty() || pMasks.find(u';') != kNone) return CreateGeneralMatcher(pMasks);
+    return std::make_unique<TGuardedMatcher>(pMasks);
+  }
   const bool onePlain = list.fPlain.size() == 1 && list.fExtensions.IsEmpty() && list.fOthers.empty();
   if (onePlain) return std::make_unique<TPlainMatcher>(std::move(list.fPlain.front()));
   return std::make_unique<TListMatcher>(std::move(list));

@@ -47,6 +47,15 @@ bool AnyMask(std::u16string_view pMasks, const TCall& pCall) {
   return false;
 }
 
+// The blanks that a mask begins with taken away: the match of names without a dot does not count them.
+std::u16string WithoutLeadingBlanks(std::u16string_view pMasks) {
+  std::u16string masks;
+  for (char16_t unit : pMasks)
+    if (unit != u' ' || (!masks.empty() && masks.back() != u';')) masks += unit;
+  // "*.*" alone matches more than among others, and " *.*" does not.
+  return masks == u"*.*" && masks != pMasks ? masks + u";" : masks;
+}
+
 // Masks in a form that is equal for lists that match alike: an empty mask matches no text.
 std::u16string Canonical(std::u16string_view pMasks) {
   if (pMasks == u"*.*") return std::u16string(pMasks);  // alone it matches more than in a list
@@ -103,10 +112,10 @@ std::u16string TWildcardPattern::ShownText() const {
 }
 
 void TWildcardPattern::Prepare() {
-  fNoExtension = IsNoExtensionForm();
-  if (fNoExtension) {
+  if (IsNoExtensionForm()) {
+    UseMasks(WithoutLeadingBlanks(GetPattern().substr(0, GetPattern().size() - 1)));
     fMatchText = GetPattern();
-    fMatcher = nullptr;
+    fNoExtension = true;
     return;
   }
   std::u16string text = GetPattern().starts_with(u'"') ? Unquoted(GetPattern()) : GetPattern();
@@ -131,11 +140,10 @@ bool TWildcardPattern::MatchesText(TMatchText& pText) {
 
 bool TWildcardPattern::MatchesNoExtension(TMatchText& pText) const {
   const std::u16string_view text = pText.Text();
-  const std::u16string_view masks = std::u16string_view(fMatchText).substr(0, fMatchText.size() - 1);
-  if (text.find(u'.') == kNone) return MatchesWildcardsStripped(text, masks);
+  if (text.find(u'.') == kNone) return fMatcher->Matches(pText);
   const size_t delimiter = text.rfind(PathDelimiter());
   if (delimiter == kNone) return false;
-  if (GetTarget() == FullPathTarget() && !MatchesWildcardsStripped(text, masks)) return false;
+  if (GetTarget() == FullPathTarget() && !fMatcher->Matches(pText)) return false;
   const std::u16string_view name = text.substr(delimiter + 1);
   return !name.empty() && name.find(u'.') == kNone;
 }

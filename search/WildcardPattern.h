@@ -41,7 +41,7 @@ class TWildcardPattern : public TCustomPattern {
 
   std::u16string fMatchText;
   bool fNoExtension = false;
-  std::unique_ptr<const IWildcardMatcher> fMatcher;  // nullptr for the no-extension form
+  std::unique_ptr<const IWildcardMatcher> fMatcher;  // of the no-extension form for its text without the dot
 };
 
 // Whether some text that begins with pBeginning could match the mask, one without ";". Both in the same letter case.
