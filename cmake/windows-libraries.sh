@@ -39,18 +39,25 @@ private_apt() {
 
 # Brings the index of Debian's source packages, from wherever this machine gets its binary packages.
 fetch_index() {
-  [ ! -f "$folder/apt/ready" ] || return 0
+  local sources=$folder/apt/sources.list
   mkdir -p "$folder"/apt/{lists,cache}/partial
-  local line="deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]"
-  # shellcheck disable=SC2016 # the names in the format are apt's to expand
-  line+=' $(REPO_URI) $(RELEASE) $(COMPONENT)'
-  apt-get indextargets --format "$line" 'Created-By: Packages' 'Origin: Debian' | sort -u >"$folder/apt/sources.list"
-  if [ ! -s "$folder/apt/sources.list" ]; then
-    echo "No Debian sources are known to apt; run apt-get update first." >&2
+  list_sources >"$sources"
+  # A machine with all packages but without apt's lists, as images are often left.
+  [ -s "$sources" ] || packages_as_root apt-get -q update
+  [ -s "$sources" ] || list_sources >"$sources"
+  if [ ! -s "$sources" ]; then
+    echo "apt knows no Debian package source." >&2
     return 1
   fi
   private_apt update
-  touch "$folder/apt/ready"
+}
+
+# The source packages' counterpart of each of apt's package sources, as lines for apt.
+list_sources() {
+  local line="deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg]"
+  # shellcheck disable=SC2016 # the names in the format are apt's to expand
+  line+=' $(REPO_URI) $(RELEASE) $(COMPONENT)'
+  apt-get indextargets --format "$line" 'Created-By: Packages' 'Origin: Debian' | sort -u
 }
 
 # fetch SOURCE_PACKAGE TARGET: unpacks the package's upstream tarball into the target folder.
@@ -97,7 +104,8 @@ while read -r name package; do
   set -e
   if [ $code != 0 ]; then
     cat "$log" >&2
-    echo "Building $name failed." >&2
+    echo "Building $name for Windows failed. Its source comes by apt-get over the network. Where these are missing, copy" >&2
+    echo ".libraries/windows from another clone of this project." >&2
     exit 1
   fi
   echo "$recipe" >"$stamp"

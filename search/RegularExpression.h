@@ -8,7 +8,7 @@
 namespace Kiv::PatternMatching {
 
 // A compiled regular expression in PCRE's dialect. Text that is no well-formed UTF-16 is matched as well: a lone surrogate
-// matches nothing and ends what "." takes in. Matching allocates nothing once the first text has been matched.
+// matches nothing and ends what "." takes in. Matching allocates nothing but for the first text and the first long one.
 //
 // The steps and the depth that one match may take are limited. An expression that would need more, as nested repeats can, gives
 // up on that text, which then counts as not matching. One that has given up kMostGivenUp times matches nothing any more,

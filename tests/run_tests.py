@@ -113,6 +113,15 @@ def build(preset, timeout, environment=None):
     return Result("build", seconds=time.monotonic() - start)
 
 
+def build_windows_libraries(timeout, environment=None):
+    """Builds the libraries that the Windows program is linked with, unless they are there. Returns what went wrong, or
+    nothing."""
+    log = BUILD / "windows-libraries.log"
+    script = ROOT / "cmake/windows-libraries.sh"
+    code = run_logged([str(script)], log, timeout, environment)
+    return "" if code == 0 else f"{read_log(log)}\n{script.name} {describe_end(code, timeout)}"
+
+
 def test_programs(preset):
     """The commands of the test programs, as CMake registered them: a stale program of a folder that is gone is not
     among them, and one that was not built is."""
@@ -324,7 +333,10 @@ class Run:
     def built(self, stage):
         """Builds a stage's preset, once however often it is asked for. Returns whether it is there."""
         if stage not in self.builds:
-            result = build(PRESETS[stage], self.options.build_timeout, self.environment)
+            timeout = self.options.build_timeout
+            problem = build_windows_libraries(timeout, self.environment) if stage == "windows" else ""
+            result = (Result("libraries", failed=1, output=problem) if problem else
+                      build(PRESETS[stage], timeout, self.environment))
             self.builds[stage] = not result.failed
             if result.failed or stage == "clang":
                 result.passed = 0 if result.failed else 1

@@ -1,0 +1,47 @@
+# Which floor is linked with which library, on which platform: the list is at the end. Libraries used as headers only are
+# in Floors.cmake.
+
+# vantrel_library(FLOOR PLATFORM HEADER LIBRARY SOURCE [DEFINITION…])
+# Links a floor's code with a library on one platform, LINUX or WINDOWS. The source is where the library and its header
+# come from: a Debian package, or windows-libraries.sh. A library stands before those that it needs itself. The
+# definitions are for the floor's own sources.
+function(vantrel_library FLOOR PLATFORM HEADER LIBRARY SOURCE)
+  if(WIN32)
+    set(platform WINDOWS)
+  else()
+    set(platform LINUX)
+  endif()
+  if(NOT TARGET vantrel_${FLOOR} OR NOT PLATFORM STREQUAL platform)
+    return()
+  endif()
+  string(MAKE_C_IDENTIFIER "VANTREL_${LIBRARY}" name)
+  # One that is gone, as after deleting .libraries, is looked for again.
+  foreach(found ${name}_INCLUDE_DIR ${name}_LIBRARY)
+    if(DEFINED ${found} AND NOT EXISTS "${${found}}")
+      unset(${found} CACHE)
+    endif()
+  endforeach()
+  find_path(${name}_INCLUDE_DIR ${HEADER})
+  find_library(${name}_LIBRARY ${LIBRARY})
+  if(NOT ${name}_INCLUDE_DIR OR NOT ${name}_LIBRARY)
+    if(SOURCE STREQUAL "windows-libraries.sh")
+      set(advice "run cmake/windows-libraries.sh, which builds it, or ./test, which starts that by itself")
+    else()
+      set(advice "install the Debian package ${SOURCE}, or start ./run or ./test, which do that by themselves")
+    endif()
+    message(FATAL_ERROR "The library ${LIBRARY} with its header ${HEADER}, for ${FLOOR}/, is missing: ${advice}.")
+  endif()
+  target_include_directories(vantrel_${FLOOR} SYSTEM PRIVATE ${${name}_INCLUDE_DIR})
+  target_compile_definitions(vantrel_${FLOOR} PRIVATE ${ARGN})
+  target_link_libraries(vantrel_${FLOOR} PRIVATE ${${name}_LIBRARY})
+endfunction()
+
+# Windows' own libraries, which every Windows compiler brings along.
+if(WIN32)
+  target_link_libraries(vantrel_platform PRIVATE shlwapi ntdll advapi32)
+endif()
+
+#               floor    platform  header            library   from                  definitions
+vantrel_library(platform LINUX     unicode/uchar.h   icuuc     libicu-dev)
+vantrel_library(search   LINUX     pcre2.h           pcre2-16  libpcre2-dev)
+vantrel_library(search   WINDOWS   pcre2.h           pcre2-16  windows-libraries.sh  PCRE2_STATIC)
