@@ -14,408 +14,14 @@ import tempfile
 import unittest
 
 import hostile_tree
+import pattern_lists
 import pattern_rules
 import program_test
+from pattern_lists import HOSTILE_LISTS, LISTS, OWNERS, lists_for, make_files
 from pattern_rules import choose, parse, read_tree
 
 TIMEOUT = 120  # only there to catch a hang
 OK, _, WRONG_COMMAND_LINE = range(3)
-
-# A word in the environment of every program below, for patterns that name the variable.
-os.environ["VANTREL_TEST_WORD"] = "report"
-
-# Files for lists that look at paths, extensions, letter case and signs with a meaning in patterns. "/" at the end: a folder.
-FILES = """
-Data/a/Logs/one.log|Data/a/Logs/two.txt|Data/a/Other/three.log|Data/b/logs/four.LOG|Data/b/deep/er/Logs/five.log|Data/c/
-Data/b/c.d/plain|Other/Logs/six.log|Other/x/Data/a/Logs/seven.log|Data2/a/Logs/eight.log|data/a/Logs/nine.log|Data.log/a/ten
-src/main.c|src/Makefile|src/README|src/.htaccess|src/test/main.c|src/test/main.h|src/build/main.o|src/build/keep/main.o
-src.old/main.c|src.old/build/out|cache-1/x|Cache-2/y|my-cache/z|cache-file|precache-file.tmp|empty/in/side/
-photo.JPG|photo.jpeg|clip.mp4|notes.txt|archive.tar.gz|script.ps1|page.phtml|mail.eml.bak|mbox|users-mbox|old.~1|sheet.xlsx|x.xls
-noext|ends.|.hidden|.hidden.txt|two  blanks|semi;colon.txt|star*|q?mark|[a-z]|(Foo)bar|(Name)bar|x(-)y|%s%n|%VANTREL_TEST_WORD%
-quo"ted/in"side.txt|quo"ted/plain.txt|say "hello"|my report.doc|VANTREL_TEST_WORD|~tilde|a+b|c:\\d|<||bar|dotted.dir/inner.dir/leaf
-(+)(-)y|  two blanks|old Logs|e.xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx
-\u00c4pfel|\u00e4pfel.txt|\u00c4PFEL.TXT|a\u0308pfel.txt|\u03c3\u03af\u03c3\u03c5\u03c6\u03bf\u03c2.txt|\u03a3\u038a\u03a3\u03a5\u03a6\u039f\u03a3.TXT
-\u0436\u0443\u043a.dat|\u0416\u0423\u041a.DAT|\ud83d\ude00.txt|\ud83d\ude00\ud83d\ude00|stra\u00dfe|STRASSE|\u65e5\u672c/\u8a9e.txt|2024-01-31.csv
-owned/by-two|owned/by-nobody-known|owned/by-me|owned/folder-of-two/by-me
-""".replace("\n", "|")
-OWNERS = {"owned/by-two": 2, "owned/by-nobody-known": 54_321, "owned/folder-of-two": 2}
-
-# One list a paragraph; {tree} is the scanned path. A paragraph that begins with "all" takes everything in, one that begins with
-# "none" takes no file: for every other, the test insists that something is taken in and something left out.
-LISTS = r'''
-(-)*.txt
-
-(-)main
-
-(-)*.TMP;*.log;*.O
-
-(-)cache*
-
-(-)*-file
-
-(-)*a*i*
-
-(-)????
-
-(-)*.?
-
-(-)?.txt
-
-(-)??.txt
-
-none
-(-)*.*
-
-(-)*.
-
-(-)c*.
-
-(-)*.tar.*
-
-(-)ends.
-
-(-).hidden
-
-(-);noext;.hidden
-
-(-)noext;
-
-(-)photo*;;*~1;
-
-(-)  *blanks
-
-(-) Logs
-
-(-)(Foo)bar
-
-(-)(Name)(Name)bar
-
-(-)x(-)y
-
-(+)(-)y
-
-(-)(+)(-)y
-
-(-)~tilde;a+b;[a-z]
-
-(-)c:\d
-
-(-)%VANTREL_TEST_WORD%
-
-(-)(FullPath)%VANTREL_TEST_WORD%
-
-(-)%s%
-
-(-)äpfel
-
-(-)ΣΊΣΥΦΟΣ
-
-(-)жук.dat
-
-(-)STRASSE
-
-(-)日本
-
-(-)"noext"
-
-(-)"NoExt"
-(-)"äpfel.txt"
-
-(-)"say ""Hello"""
-
-(-)"in""side.txt
-
-(-)"*.txt"
-(-)"star*"
-
-(-)/^cache-/
-
-(-)/^CACHE-/i
-
-(-)/^[0-9]{4}-[0-9]{2}-[0-9]{2}\.csv$/
-
-(-)/^.\.txt$/
-
-(-)/^..$/
-
-(-)/-.$/
-
-(-)/(^|\.)h/
-
-(-)/\.(jpe?g|mp4)$/i
-
-(-)/^ÄPFEL/i
-
-(-)/"|'/
-
-*.txt
-
-*.JPG;*.jpeg
-
-main.*
-(-)*.o
-
-(+)main.*
-(+)*.log
-(-)build
-(-)/^t/
-
-"main.c"
-/^t.*\.txt$/
-
-all
-*
-
-all
-*.*
-
-*.
-
-<||(-)*.txt
-(-)*.log
-<||(+)main.*
-
-all
-<||(-)*
-<||*.jpg
-
-none
-nothing-is-called-so
-
-(-)(Extension);txt;
-
-(-)(Extension)t
-
-(-)(extension)"LOG"
-
-(-)(Extension)/^[A-Z]+$/
-
-(-)(EXTENSION)x*x?x
-
-(-)(Extension)"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
-
-none
-(Extension)"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"
-
-(Extension)?*
-(-)(Extension)txt
-
-all
-(Extension)*.
-
-(Owner)root
-
-(-)(Owner)/^bin$/
-
-(-)(Owner)"54321"
-
-(Owner)b?n;543*
-
-(-)(ParentPath)*/build
-
-(-)(ParentPath)"{tree}/src"
-
-(ParentPath)*/Logs
-
-(-)(ParentPath)/\/a$/
-
-(-)(Group)Images
-
-(Group)Audio
-(Group)Videos
-(Group)Text
-(Group)Temporary
-
-(-)(Group)Internet
-(-)(Group)Mail
-(-)(Group)Office
-(-)(group)Software Development
-
-(Group)Images
-(-)*.jpeg
-
-none
-(-)(Group)Miscellaneous Files
-
-(-)src/build
-
-(-)*/build
-
-(-)*/test/*
-
-(-){tree}/Data
-
-(-){tree}/Data/*
-
-(-){tree}/data/?
-
-(-)"{tree}/Data"
-
-(-)"{tree}/DATA/A"
-(-)"{tree}/src/"
-
-(-)*/Logs/*.log;*.jpg
-
-(-)*/b*.
-
-(-)*/c*.
-
-(-)(FullPath)*.
-
-(-)(FullPath)Makefile
-
-all
-(-)(Name)*/build
-
-(-)/Data\/a/
-
-(-)/\/B\/|hidden/i
-
-(-)/^{tree}\/[a-m]/
-
-(-)/src/
-
-{tree}/Data
-
-{tree}/Data/
-
-{tree}/Data/*
-
-{tree}/Data/*/Logs/*.log
-
-{tree}/?ata/*/Logs/*.log
-
-{tree}/src/*.c
-(-)*/test
-
-{tree}/src/*.C;{tree}/Data/b/*
-
-{tree}/src*
-
-{tree}/src/build/main.o
-
-{tree}/s*/b*
-
-"{tree}/src/build/main.o"
-
-"{tree}/SRC/build/Main.O"
-"{tree}/noext"
-
-none
-"{tree}/src"
-
-none
-{tree}/nowhere/*
-
-{tree}/Data*
-(-)*.txt
-
-{tree}/Data/b
-*.c
-
-{tree}/*/build/*
-
-*/Logs/*
-
-src/test
-
-/\/Logs\//
-{tree}/src/main.c
-
-{tree}/Data/*.
-
-{tree}/src/*.
-(-)"{tree}/src/README"
-
-none
-(FullPath)/nothing/
-
-all
-/
-'''
-
-# More of them for the hostile tree.
-HOSTILE_LISTS = r'''
-(-)lone-?
-(-)latin1-caf?.TXT
-
-(-)?
-
-(-)???
-
-(-)/^lone-$/
-(-)/^lone-./
-(-)/^latin1-caf/
-
-(-)/^.$/
-
-(-)/caf.\.txt$/
-(-)/\.txt$/
-
-(-)*[*
-
-none
-(-)*;*
-
-(-)*"*
-
-(-)"double""quote"
-(-)"CASE"
-
-(-)composed*
-
-(-) leading
-(-)"trailing "
-
-(-)(Extension)?;gz
-
-(-)back\
-
-(-){tree}/named-folders/b*
-
-(-)*/named-folders/?/*
-
-{tree}/named-folders/=1+1
-{tree}/named-folders/*/inside.txt
-
-{tree}/long-chain/long-*
-
-{tree}/deep-chain/d/d/d
-
-{tree}/deep-chain/*/bottom.*
-
-(-)*/below
-
-(-)/(\/d){30}$/
-
-{tree}/many/file-1?.*;{tree}/sizes*
-(-)*.3
-
-(-)*.png
-(-)to-*
-
-none
-*.nothing
-'''
-
-
-def lists_for(tree, lists):
-    """Yields (what the list must take in: "all", "none" or "some", its lines) for each paragraph."""
-    for paragraph in lists.strip("\n").split("\n\n"):
-        lines = paragraph.replace("{tree}", tree).split("\n")
-        yield (lines[0], lines[1:]) if lines[0] in ("all", "none") else ("some", lines)
-
-
-def make_files(top):
-    for name in filter(None, FILES.split("|")):
-        name = name.encode("utf-16-le", "surrogatepass").decode("utf-16-le")
-        path = pathlib.Path(top, name)
-        if name.endswith("/"):
-            path.mkdir(parents=True)
-        else:
-            path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_bytes(b"x")
-
 
 class ReadingTest(unittest.TestCase):
     """The reading itself, against answers worked out by hand."""
@@ -471,6 +77,7 @@ class TreeTest(unittest.TestCase):
     def setUp(self):
         if not self.program:
             self.skipTest("no program to run")
+        os.environ.update(pattern_lists.VARIABLES)
         self.folder = os.path.realpath(tempfile.mkdtemp(prefix="vantrel-patterns-"))
         self.addCleanup(hostile_tree.remove, os.fsencode(self.folder))
         self.top = f"{self.folder}/tree"
@@ -495,7 +102,7 @@ class TreeTest(unittest.TestCase):
                     self.assertEqual(sorted(entries)[:8], [], f"{len(entries)} are {what}")
                 if insisting:
                     files_taken = any(kind == "f" for kind, _ in choice.taken)
-                    self.assertEqual((files_taken, bool(choice.left_out)), (kind != "none", kind != "all"), "a list of no use")
+                    self.assertEqual((files_taken, bool(choice.left_out)), (kind != "none", kind != "all"), "of no use")
 
     def test_lists_over_paths_extensions_and_signs(self):
         make_files(self.top)
@@ -504,7 +111,7 @@ class TreeTest(unittest.TestCase):
             for name, owner in OWNERS.items():
                 os.chown(f"{self.top}/{name}", owner, owner)
         else:
-            lists = "\n\n".join(paragraph for paragraph in LISTS.split("\n\n") if "(Owner)" not in paragraph)
+            lists = "\n".join(line for line in LISTS.splitlines() if "(Owner)" not in line)
         self.check(read_tree(self.top), lists, insisting=True)
 
     def test_lists_over_hostile_names_links_and_depths(self):
@@ -529,7 +136,8 @@ class SystemCallsTest(unittest.TestCase):
             self.skipTest("strace is not installed, or this system does not let it trace: the package is called strace")
         self.folder = os.path.realpath(tempfile.mkdtemp(prefix="vantrel-calls-"))
         self.addCleanup(shutil.rmtree, self.folder)
-        for name in ("secret/inside-1", "secret/below/inside-2", "open/deep/secret/inside-3", "open/public", "second/secret-file"):
+        for name in ("secret/inside-1", "secret/below/inside-2", "open/deep/secret/inside-3", "open/public",
+                     "second/secret-file"):
             path = pathlib.Path(self.folder, "tree", name)
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_bytes(b"x")
@@ -537,20 +145,24 @@ class SystemCallsTest(unittest.TestCase):
     def calls(self, *arguments):
         """Every system call of a scan, with the paths of the descriptors that it is given and returns."""
         log = pathlib.Path(self.folder, "calls")
-        run = subprocess.run(["strace", "-f", "-y", "-s", "4096", "-o", log, self.program, f"{self.folder}/tree", *arguments],
-                             stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT, check=False)
+        strace = ["strace", "-f", "-y", "-s", "4096", "-o", log]
+        run = subprocess.run([*strace, self.program, f"{self.folder}/tree", *arguments], stdin=subprocess.DEVNULL,
+                             capture_output=True, timeout=TIMEOUT, check=False)
         self.assertEqual((run.returncode, run.stderr), (OK, b""))
         lines = log.read_text(encoding="utf-8", errors="backslashreplace").splitlines()
         # The call that starts the program holds the patterns, and the report that it writes is no look into a folder.
         calls = [line for line in lines if not re.search(r"\b(execve|write|writev)\(", line)]
-        self.assertTrue(any("getdents64(" in call and f"{self.folder}/tree/open>" in call for call in calls), "nothing was traced")
+        listed = [call for call in calls if "getdents64(" in call and f"{self.folder}/tree/open>" in call]
+        self.assertTrue(listed, "nothing was traced")
         return calls
 
     @staticmethod
     def inside(calls, name="secret"):
         """The calls that open a folder of the name, are given its descriptor, or name something in it."""
-        quoted = re.escape(name)
-        looks = re.compile(rf'\b(open|openat|openat2)\(.*"([^"]*/)?{quoted}/?"|/{quoted}(/[^>]*)?>|"([^"]*/)?{quoted}/[^"]+"|inside-[0-9]')
+        opens = rf'\b(open|openat|openat2)\(.*"([^"]*/)?{name}/?"'
+        has_it_open = f"/{name}(/[^>]*)?>"
+        names_content = f'"([^"]*/)?{name}/[^"]+"|inside-[0-9]'
+        looks = re.compile(f"{opens}|{has_it_open}|{names_content}")
         return [call for call in calls if looks.search(call)]
 
     def test_an_excluded_folder_is_never_opened(self):
@@ -625,7 +237,8 @@ class CommandLineTests:
                 (("--FILTER", "*.jpg", "/filter", "/^photo/"), filters),
                 (("--importpatterns", first), from_first),
                 (("/IMPORTPATTERNS", first, "--importpatterns", second), from_first + from_second),
-                (("--exclude", "/^cache-/i", "--filter", "*.jpg", "--importpatterns", second), [excludes[1], filters[0], *from_second]),
+                (("--exclude", "/^cache-/i", "--filter", "*.jpg", "--importpatterns", second),
+                 [excludes[1], filters[0], *from_second]),
                 (("--exclude", "(+)*.jpg", "--filter", "(-)photo"), [parse("(+)*.jpg"), parse("(-)photo")]),
                 (("--exclude", "<||*"), []),
                 (("/EXCLUDE", "/^cache-/i"), excludes[1:]), (("/FILTER", "/^photo/"), filters[1:])):
