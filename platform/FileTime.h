@@ -30,5 +30,7 @@ std::string FormatShortDate(TKivFileTime pTime);
 std::string FormatLongTime(TKivFileTime pTime);
 // "2026-11-21 14:03:59" in local time, for tables: sorts as text and has one width. Empty for "no date".
 std::string FormatIsoLocal(TKivFileTime pTime);
+// Today's local date: "2026-11-21".
+std::u16string CurrentDateText();
 
 }  // namespace Kiv

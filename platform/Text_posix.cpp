@@ -3,6 +3,7 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "platform/Text.h"
@@ -21,6 +22,13 @@ bool LanguageKeepsAscii() {
     return U_FAILURE(error) || (std::strcmp(language, "tr") != 0 && std::strcmp(language, "az") != 0);
   }();
   return keeps;
+}
+
+// Windows' table holds only pairs that lead back: the micro sign does not become a Greek letter.
+char16_t LookUpUpcase(char16_t pChar) {
+  const auto lower = static_cast<UChar32>(pChar);
+  const UChar32 upper = u_toupper(lower);
+  return upper < 0x10000 && u_tolower(upper) == lower ? static_cast<char16_t>(upper) : pChar;
 }
 
 }  // namespace
@@ -55,12 +63,16 @@ int CodePointWidth(char32_t pCode) {
   return width == U_EA_FULLWIDTH || width == U_EA_WIDE ? 2 : 1;
 }
 
-char16_t UpcaseUnit(char16_t pChar) {
-  if (pChar < 0x80) return pChar >= u'a' && pChar <= u'z' ? pChar - (u'a' - u'A') : pChar;
-  // Windows' table holds only pairs that lead back: the micro sign does not become a Greek letter.
-  const auto lower = static_cast<UChar32>(pChar);
-  const UChar32 upper = u_toupper(lower);
-  return upper < 0x10000 && u_tolower(upper) == lower ? static_cast<char16_t>(upper) : pChar;
+char16_t UpcaseUnitBeyondAscii(char16_t pChar) {
+  // Latin, Greek, Cyrillic and Armenian letters; what lies above is rare, or has no case at all.
+  static const auto table = [] {
+    std::array<char16_t, 0x600> result{};
+    for (size_t unit = 0; unit < result.size(); ++unit) result[unit] = LookUpUpcase(static_cast<char16_t>(unit));
+    return result;
+  }();
+  if (pChar < table.size()) return table[pChar];
+  const bool caseless = (pChar >= 0x2E00 && pChar < 0xA640) || (pChar >= 0xAC00 && pChar < 0xFB00);
+  return caseless ? pChar : LookUpUpcase(pChar);
 }
 
 }  // namespace Kiv

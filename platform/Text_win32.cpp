@@ -73,8 +73,7 @@ int CodePointWidth(char32_t pCode) {
              : 1;
 }
 
-char16_t UpcaseUnit(char16_t pChar) {
-  if (pChar < 0x80) return pChar >= u'a' && pChar <= u'z' ? pChar - (u'a' - u'A') : pChar;
+char16_t UpcaseUnitBeyondAscii(char16_t pChar) {
   return static_cast<char16_t>(RtlUpcaseUnicodeChar(static_cast<WCHAR>(pChar)));
 }
 

@@ -19,7 +19,14 @@ TDecoded DecodeUtf8(std::string_view pBytes);
 // Terminal columns: 0, 1 or 2.
 int CodePointWidth(char32_t pCode);
 
+// Serves UpcaseUnit.
+char16_t UpcaseUnitBeyondAscii(char16_t pChar);
+
 // Upper case of one UTF-16 unit as Windows' file systems compare names: one unit to one unit, whatever the language.
-char16_t UpcaseUnit(char16_t pChar);
+// Runs for every unit of every name that meets a pattern, so that ASCII is inline.
+inline char16_t UpcaseUnit(char16_t pChar) {
+  if (pChar < 0x80) return pChar >= u'a' && pChar <= u'z' ? static_cast<char16_t>(pChar - (u'a' - u'A')) : pChar;
+  return UpcaseUnitBeyondAscii(pChar);
+}
 
 }  // namespace Kiv

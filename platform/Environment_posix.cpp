@@ -1,0 +1,26 @@
+#include <cstdlib>
+
+#include "platform/Environment.h"
+#include "platform/Text.h"
+
+namespace Kiv {
+
+// An unknown name keeps both of its percent signs to itself, as on Windows: in "100% of %HOME%" the name is " of ".
+std::u16string ExpandEnvironment(std::u16string_view pText) {
+  std::u16string result;
+  for (;;) {
+    const size_t begin = pText.find(u'%');
+    const size_t end = begin == std::u16string_view::npos ? begin : pText.find(u'%', begin + 1);
+    if (end == std::u16string_view::npos) return result.append(pText);
+    result += pText.substr(0, begin);
+    const char* value = std::getenv(ToNativeBytes(pText.substr(begin + 1, end - begin - 1)).c_str());
+    if (value != nullptr) {
+      AppendFromNativeBytes(result, value);
+    } else {
+      result += pText.substr(begin, end + 1 - begin);
+    }
+    pText.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace Kiv

@@ -1,0 +1,19 @@
+#include "platform/Environment.h"
+#include "platform/Win32_win32.h"
+
+namespace Kiv {
+
+std::u16string ExpandEnvironment(std::u16string_view pText) {
+  const std::u16string text(pText);
+  std::u16string result(text.size() + 1, u'\0');
+  for (;;) {
+    const auto room = static_cast<DWORD>(result.size());
+    // The end's zero counts. 0 is a refusal, of a text that is too long for the system.
+    const DWORD needed = ExpandEnvironmentStringsW(Win32::Wide(text), reinterpret_cast<wchar_t*>(result.data()), room);
+    if (needed == 0) return text;
+    result.resize(needed <= room ? needed - 1 : needed);
+    if (needed <= room) return result;
+  }
+}
+
+}  // namespace Kiv
