@@ -8,8 +8,8 @@
 #include "model/ScanRoots.h"
 #include "platform/Text.h"
 #include "scan/ScanServices.h"
+#include "search/PatternFile.h"
 #include "search/PatternFilter.h"
-#include "search/PatternList.h"
 
 // list_scan PATH PATTERNFILE: scans the path with the patterns of the file and prints what is in the tree, so that a test
 // can hold the one against the other. For every file "f", for every folder "d", then the full path, byte by byte, and a
