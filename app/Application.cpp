@@ -16,6 +16,7 @@
 #include "platform/Paths.h"
 #include "platform/Text.h"
 #include "scan/ScanServices.h"
+#include "search/PatternFilter.h"
 
 namespace Vantrel {
 
@@ -97,6 +98,7 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
   if (state.fHelp)
     return WriteLines(state.fHelpTopic.empty() ? CommandLine::HelpText() : CommandLine::OptionsHelpText());
   if (state.fVersion) return WriteLines({VersionText(fSettings.fPlatformName)});
+  fPatterns = state.fPatterns;
   return ScanPaths(state.fPaths);
 }
 
@@ -132,12 +134,18 @@ int TApplication::ScanPaths(const std::vector<std::u16string>& pPaths) {
 
 int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
   const TRef<IHierarchicalRoot> root = pRoots.CreateRoot(pPath);
+  if (fPatterns) root->SetScanFilter(MakeRef<TPatternFilter>(fPatterns));
   root->Scan();
   WaitForScan(*root);
   const int result = ReportRoot(pRoots, *root, pPath);
+  if (const TRef<IScanFilter> filter = root->GetScanFilter()) WriteWarnings(*filter);
   // The next path's tree gets this one's memory.
   if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
   return result;
+}
+
+void TApplication::WriteWarnings(const IScanFilter& pFilter) {
+  for (const std::u16string& warning : pFilter.GetWarnings()) fSettings.fWriteError("Warning: " + ToDisplay(warning));
 }
 
 void TApplication::WaitForScan(IHierarchicalRoot& pRoot) {

@@ -10,6 +10,7 @@
 #include "automation/CommandLineHandler.h"
 #include "automation/PostScanActions.h"
 #include "model/RootInterfaces.h"
+#include "search/PatternInterfaces.h"
 
 namespace Vantrel {
 
@@ -55,6 +56,7 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
   int WriteLines(const std::vector<std::string>& pLines);
   int ScanPaths(const std::vector<std::u16string>& pPaths);
   int ScanPath(Kiv::IScanRoots& pRoots, const std::u16string& pPath);
+  void WriteWarnings(const Kiv::IScanFilter& pFilter);
   int ReportRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot, const std::u16string& pPath);
   void WaitForScan(Kiv::IHierarchicalRoot& pRoot);
   std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
@@ -63,6 +65,7 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
   const std::shared_ptr<Kiv::TGlobalOptions> fOptions;
   Kiv::Hierarchical::Exporting::TMediaOptions fMedia;
   Kiv::PostScanActions::TPostProcessActionHandler fActions;
+  Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // nullptr: every scan takes in everything
   size_t fPathsLeft = 0;
   bool fTerminating = false;
 };

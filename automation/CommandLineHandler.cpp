@@ -1,5 +1,7 @@
 #include "automation/CommandLineHandler.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "automation/ExitCodes.h"
@@ -96,12 +98,14 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
     values.emplace_back(split.fValue);
   } else if (kind != TValueKind::vkNone) {
     const size_t most = kind == TValueKind::vkPaths ? pTokens.size() : 1;
-    while (next < pTokens.size() && values.size() < most && fParser.IsValue(pTokens[next]))
+    while (next < pTokens.size() && values.size() < most && fParser.IsValueOfKind(pTokens[next], kind))
       values.push_back(pTokens[next++]);
   }
   const size_t pathsBefore = fState.fPaths.size();
-  for (const std::u16string& value : values) pSwitch.fApply(fState, value);
-  if (kind == TValueKind::vkPaths) {
+  for (const std::u16string& value : values) ApplyValue(pSwitch, shown, value);
+  if (values.empty() && !pSwitch.fExpected.empty()) {
+    fErrors.push_back(fmt::format("{} was expected after the command line parameter {}", pSwitch.fExpected, shown));
+  } else if (kind == TValueKind::vkPaths) {
     // "/SCAN -- PATH" is fine: what follows is taken as paths anyhow.
     const bool pathsFollow = next + 1 < pTokens.size() && pTokens[next] == u"--";
     if (fState.fPaths.size() == pathsBefore && !pathsFollow)
@@ -110,6 +114,14 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
     pSwitch.fApply(fState, {});
   }
   return next - pIndex;
+}
+
+void TCommandLineHandler::ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue) {
+  try {
+    pSwitch.fApply(fState, pValue);
+  } catch (const Kiv::EInvalidArgumentValue& error) {
+    fErrors.push_back(pShown + " " + error.what());
+  }
 }
 
 size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {

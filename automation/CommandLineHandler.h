@@ -29,6 +29,7 @@ class TCommandLineHandler {
  private:
   using TTokens = std::span<const std::u16string>;
   size_t HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
+  void ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue);
   size_t HandleOption(TTokens pTokens, size_t pIndex);
   std::string SuggestionFor(std::u16string_view pToken) const;
 

@@ -100,6 +100,11 @@ bool TKivCommandLineParser::IsValue(std::u16string_view pToken) const {
   return !IsSwitch(pToken);
 }
 
+bool TKivCommandLineParser::IsValueOfKind(std::u16string_view pToken, TValueKind pKind) const {
+  if (pKind != TValueKind::vkPattern || !StartsWithSwitchIndicator(pToken)) return IsValue(pToken);
+  return !pToken.starts_with(u"--") && FindRegistered(pToken) == nullptr && !NamesOption(pToken);
+}
+
 bool TKivCommandLineParser::FindSwitch(std::u16string_view pName, TTokens pTokens) const {
   const bool wholeToken = StartsWithSwitchIndicator(pName);
   return std::any_of(pTokens.begin(), pTokens.end(), [&](const std::u16string& pToken) {

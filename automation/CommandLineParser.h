@@ -22,8 +22,8 @@ class ECommandLineParserCriticalException : public EException {
   int fExitCode;
 };
 
-// What may follow a switch.
-enum class TValueKind : uint8_t { vkNone, vkOptionalText, vkText, vkInteger, vkBoolean, vkPaths };
+// What may follow a switch. A pattern may begin like a switch, "/^a/i" or "-old", but not with "--" or as a known one.
+enum class TValueKind : uint8_t { vkNone, vkOptionalText, vkText, vkInteger, vkBoolean, vkPaths, vkPattern };
 
 // A registered switch, as far as splitting the command line goes.
 struct TCommandLineItem {
@@ -60,6 +60,8 @@ class TKivCommandLineParser {
   bool IsSwitch(std::u16string_view pToken) const;
   // Whether the token can be a switch's value: everything but switches; numbers always.
   bool IsValue(std::u16string_view pToken) const;
+  // The same for a switch that takes such values.
+  bool IsValueOfKind(std::u16string_view pToken, TValueKind pKind) const;
 
   using TTokens = std::span<const std::u16string>;
   // Whether any token is the switch, in whatever spelling; a name with an indicator wants the whole token to match.

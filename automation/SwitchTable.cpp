@@ -2,13 +2,20 @@
 
 #include <algorithm>
 
+#include "platform/Paths.h"
 #include "platform/Text.h"
+#include "search/PatternFile.h"
+#include "search/PatternList.h"
 
 namespace Vantrel::CommandLine {
 
 namespace {
 
 using Kiv::TValueKind;
+using Kiv::PatternMatching::CreateCheckedPattern;
+using Kiv::PatternMatching::CreatePatternsFromFile;
+using Kiv::PatternMatching::IPatterns;
+using Kiv::PatternMatching::TPatternType;
 
 // Paths may be joined with ";".
 void AddPaths(TCommandLineState& pState, std::u16string_view pValue) {
@@ -32,8 +39,31 @@ void BeUnattended(TCommandLineState& pState, std::u16string_view) {
   pState.fUnattended = true;
 }
 
+IPatterns& PatternsOf(TCommandLineState& pState) {
+  if (!pState.fPatterns) {
+    pState.fPatterns = Kiv::MakeRef<Kiv::PatternMatching::TPatternList>(Kiv::NativePathDelimiter());
+    pState.fPatterns->SetAutoSort(true);
+  }
+  return *pState.fPatterns;
+}
+
+void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
+  PatternsOf(pState).Add(CreateCheckedPattern(pPattern, TPatternType::ptyInclude));
+}
+
+void AddExclude(TCommandLineState& pState, std::u16string_view pPattern) {
+  PatternsOf(pState).Add(CreateCheckedPattern(pPattern, TPatternType::ptyExclude));
+}
+
+void ImportPatterns(TCommandLineState& pState, std::u16string_view pFile) {
+  PatternsOf(pState).AddRange(*CreatePatternsFromFile(std::u16string(pFile), TPatternType::ptyInclude));
+}
+
 constexpr TSwitch kSwitches[] = {
     {{u"SCAN", TValueKind::vkPaths, true}, "PATH[;PATH]...", "scan these paths", AddPaths},
+    {{u"FILTER", TValueKind::vkPattern, true}, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
+    {{u"EXCLUDE", TValueKind::vkPattern, true}, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
+    {{u"IMPORTPATTERNS", TValueKind::vkText, true}, "FILE", "patterns, one a line", ImportPatterns, "A file"},
     {{u"NOGUI", TValueKind::vkNone, true}, "", "report to the console and end (always the case)", BeUnattended},
     {{u"HELP", TValueKind::vkOptionalText, false}, "[options]", "this text, or all options", AskHelp},
     {{u"?", TValueKind::vkOptionalText, false}, "", "", AskHelp},

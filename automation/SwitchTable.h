@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "automation/CommandLineParser.h"
+#include "search/PatternInterfaces.h"
 
 namespace Vantrel::CommandLine {
 
@@ -16,6 +17,7 @@ struct TCommandLineState {
   bool fHelp = false;
   std::u16string fHelpTopic;
   bool fVersion = false;
+  Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
 };
 
 // One switch of the program.
@@ -23,8 +25,11 @@ struct TSwitch {
   Kiv::TCommandLineItem fItem;
   std::string_view fValueText;  // how help shows the value; a switch with neither value text nor help is an alias
   std::string_view fHelp;
-  // Takes one value, an empty one when the switch has none; called for each value of a switch with several.
+  // Takes one value, an empty one when the switch has none; called for each value of a switch with several. A value
+  // that it cannot take: EInvalidArgumentValue, with a text that makes sense behind the switch.
   void (*fApply)(TCommandLineState& pState, std::u16string_view pValue);
+  // What is missing when there is no value, for the message; empty for a switch that does without.
+  std::string_view fExpected = {};
 };
 
 // All switches, in the order in which help lists them.

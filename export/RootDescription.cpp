@@ -93,6 +93,9 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
   const TScanProgress progress = pRoot.GetProgress();
   if (progress.fExcludedObjects > 0) {
     lines.push_back(CountText(progress.fExcludedObjects, "object was excluded", "objects were excluded", pFormat));
+    for (const TExclusion& exclusion : pRoot.GetExclusions())
+      lines.push_back(fmt::format("  {} {}", ToUtf8(FormatValue(TColumn::mdItems, exclusion.fObjects, pFormat)),
+                                  ToDisplay(exclusion.fReason)));
   }
   const int64_t duration = pRoot.GetScanDuration();
   const bool cancelled = (pRoot.GetState() & rsCancelled) != 0;
@@ -104,7 +107,8 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
                                  CountText(progress.fFolders, "folder", "folders", pFormat), SecondsText(duration));
   // A rate from a scan shorter than the clock's step says nothing.
   if (duration >= 10) {
-    const int64_t rate = (progress.fFiles + progress.fFolders) * 1000 / duration;
+    const int64_t entries = progress.fFiles + progress.fFolders + progress.fExcludedObjects;
+    const int64_t rate = entries * 1000 / duration;
     line += fmt::format(" ({} entries per second)", ToUtf8(FormatValue(TColumn::mdItems, rate, pFormat)));
   }
   lines.push_back(line + ".");

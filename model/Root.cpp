@@ -5,7 +5,6 @@
 #include "platform/Errors.h"
 #include "platform/Paths.h"
 #include "platform/System.h"
-#include "platform/WildcardMatch.h"
 
 namespace Kiv {
 
@@ -99,9 +98,20 @@ uint32_t TCustomRoot::EnumeratorOptions() const {
          (fOptions->StayOnFileSystem ? heoStayOnFileSystem : 0u);
 }
 
-bool TCustomRoot::IsFileIncluded(IHierarchicalEnumerator& pEntry) const {
-  if (!fFileMask.empty() && !MatchesWildcards(pEntry.GetObjectName(), fFileMask)) return false;
-  return !fExpression || fExpression->Evaluate(pEntry);
+std::unique_ptr<IEntryFilter> TCustomRoot::CreateEntryFilter() {
+  std::unique_ptr<IEntryFilter> filter = fScanFilter ? fScanFilter->CreateEntryFilter() : nullptr;
+  if (fFileMask.empty() && !fExpression) return filter;
+  return std::make_unique<TRootEntryFilter>(fRootExclusions, fFileMask, fExpression, std::move(filter));
+}
+
+std::vector<TExclusion> TCustomRoot::GetExclusions() const {
+  std::vector<TExclusion> exclusions;
+  if (fScanFilter) exclusions = fScanFilter->GetExclusions();
+  if (const int64_t objects = fRootExclusions.fByFileMask.load(std::memory_order_relaxed); objects > 0)
+    exclusions.push_back({u"not named like " + fFileMask, objects});
+  if (const int64_t objects = fRootExclusions.fByExpression.load(std::memory_order_relaxed); objects > 0)
+    exclusions.push_back({u"not meeting the condition", objects});
+  return exclusions;
 }
 
 // --- scanning ------------------------------------------------------------------------------------------------------
@@ -133,7 +143,9 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
       fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
     fScanTimeStamp = TKivFileTime::Now().fTicks;
   }
-  fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp(), fExpression || !fFileMask.empty());
+  fRootExclusions.Clear();
+  if (fScanFilter) fScanFilter->BeginScan();
+  fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp());
   ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors : 0u));
   IncludeState(rsScanning);
   return true;

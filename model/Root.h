@@ -9,17 +9,12 @@
 #include "model/CustomFolder.h"
 #include "model/GlobalOptions.h"
 #include "model/Observable.h"
+#include "model/RootEntryFilter.h"
 #include "model/RootInterfaces.h"
 #include "model/Tokens.h"
 #include "model/TopSizeList.h"
 
 namespace Kiv {
-
-// An optional scan filter: a condition on a file's values. The search floor makes them.
-class IExpression : public IInterface {
- public:
-  virtual bool Evaluate(const IMetaDataFormatter& pEntry) = 0;
-};
 
 // What every root has: a path, a title, a state, observers and the tokens that tell of cancellation and disposal.
 class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
@@ -87,6 +82,9 @@ class TCustomRoot : public TBaseRoot {
   }
   void Dispose() override;
 
+  void SetScanFilter(TRef<IScanFilter> pFilter) override { fScanFilter = std::move(pFilter); }
+  TRef<IScanFilter> GetScanFilter() const override { return fScanFilter; }
+  std::vector<TExclusion> GetExclusions() const override;
   // An optional filter for files; set before a scan.
   void SetExpression(TRef<IExpression> pExpression) { fExpression = std::move(pExpression); }
   // The path as typed, when it holds wildcards: the folder is scanned, and of the files in it and beneath it only those
@@ -113,7 +111,7 @@ class TCustomRoot : public TBaseRoot {
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
   uint32_t EnumeratorOptions() const;
-  bool IsFileIncluded(IHierarchicalEnumerator& pEntry) const;
+  std::unique_ptr<IEntryFilter> CreateEntryFilter();
 
   // Fixed after construction, or set before a scan.
   const std::u16string fPathWithWildcards;
@@ -122,6 +120,7 @@ class TCustomRoot : public TBaseRoot {
   const std::shared_ptr<const TGlobalOptions> fOptions;
   IScanRoots* const fOwner;  // the list that holds this root; nullptr when there is none
   TRef<IExpression> fExpression;
+  TRef<IScanFilter> fScanFilter;
 
   // Set at a scan's start, fixed while it runs.
   TRef<TScanConfiguration> fConfiguration;
@@ -146,6 +145,7 @@ class TCustomRoot : public TBaseRoot {
   std::atomic<int64_t> fNumFolders{0};
   std::atomic<int64_t> fBytesFound{0};
   std::atomic<int64_t> fExcludedObjects{0};
+  TRootExclusions fRootExclusions;
   std::atomic<int64_t> fErrorCount{0};
   std::atomic<int64_t> fLastScannedFolderTick{0};
   std::atomic<int64_t> fScanDuration{0};

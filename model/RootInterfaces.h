@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/HierarchicalInterfaces.h"
+#include "model/ScanFilter.h"
 
 namespace Kiv {
 
@@ -47,11 +48,9 @@ class IObservable : public IInterface {
 class IScanConfiguration : public IInterface {
  public:
   virtual TRef<ICancellationToken> GetCancellationToken() const = 0;
-  // Whether the scan takes the enumerator's current entry in. What is left out is counted as excluded. Without filters
-  // everything is, and the two questions are not asked.
-  virtual bool HasFilters() const = 0;
-  virtual bool IsFolderIncluded(IHierarchicalEnumerator& pEntry) = 0;
-  virtual bool IsFileIncluded(IHierarchicalEnumerator& pEntry) = 0;
+  // A judge of what the scan takes in, for one of its threads; nullptr when it takes in everything. What is left out is
+  // counted as excluded.
+  virtual std::unique_ptr<IEntryFilter> CreateEntryFilter() = 0;
   // False for a folder that the root has given up in the meantime (removed, or its root disposed).
   virtual bool IsFolderToBeScanned(IFolderData& pFolder) = 0;
   virtual bool GetFolderDateBasedOnFilesOnly() const = 0;
@@ -132,6 +131,12 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual void ForgetBranch(IFolderData& pFolder) = 0;
   // The same for the folder's own listing and the files directly in it, which are about to be looked at again.
   virtual void ForgetOwnEntries(IFolderData& pFolder) = 0;
+
+  // What the root's scans take in; nullptr for everything. Takes effect with the next scan; none may be running.
+  virtual void SetScanFilter(TRef<IScanFilter> pFilter) = 0;
+  virtual TRef<IScanFilter> GetScanFilter() const = 0;
+  // What the last scan left out, by reason: the filter's reasons, then the root's own.
+  virtual std::vector<TExclusion> GetExclusions() const = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and

@@ -19,12 +19,10 @@ TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions&
   fFileAges = ages;
 }
 
-void TScanConfiguration::Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow,
-                               bool pHasFilters) {
+void TScanConfiguration::Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow) {
   fToken = std::move(pToken);
   fTopSizeList = std::move(pTopSizeList);
   fScanTimeStamp = pNow;
-  fHasFilters = pHasFilters;
 }
 
 }  // namespace Vantrel

@@ -11,12 +11,10 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   // Without a root, for a root that is never scanned itself, the questions and reports of a scan must not be made.
   TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions);
   // Ready for the next scan.
-  void Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow, bool pHasFilters);
+  void Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow);
 
   TRef<ICancellationToken> GetCancellationToken() const override { return fToken; }
-  bool HasFilters() const override { return fHasFilters; }
-  bool IsFolderIncluded(IHierarchicalEnumerator&) override { return true; }
-  bool IsFileIncluded(IHierarchicalEnumerator& pEntry) override { return fRoot->IsFileIncluded(pEntry); }
+  std::unique_ptr<IEntryFilter> CreateEntryFilter() override { return fRoot->CreateEntryFilter(); }
   bool IsFolderToBeScanned(IFolderData& pFolder) override {
     return (pFolder.GetFolderState() & (fsRemoving | fsDisposed)) == 0 && !fRoot->fDisposeToken->IsDisposed();
   }
@@ -46,7 +44,6 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   bool fKeepFiles;
   bool fDoExtensionsStatistics;
   bool fDoUsersStatistics;
-  bool fHasFilters = false;
   TDateType fFileAgesDateType;
   TRef<IFileAges> fFileAges;
   int32_t fLongPathLength;

@@ -35,7 +35,8 @@ class IScanFilter : public IInterface {
   virtual std::unique_ptr<IEntryFilter> CreateEntryFilter() = 0;
   // A scan begins: counts start at 0, and changes made to the filter meanwhile take effect.
   virtual void BeginScan() = 0;
-  // What was left out since then, by reason, only reasons that left something out. The order is fixed, whatever threads did.
+  // What was left out since then, by reason, only reasons that left something out. The order is fixed, whatever threads
+  // did.
   virtual std::vector<TExclusion> GetExclusions() const = 0;
   // What went wrong while judging, one line each, for people.
   virtual std::vector<std::u16string> GetWarnings() const = 0;

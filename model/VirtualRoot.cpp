@@ -99,6 +99,19 @@ TRef<IFolderData> TVirtualRoot::GetTopFolder() const {
   return fTop;
 }
 
+void TVirtualRoot::SetScanFilter(TRef<IScanFilter>) {
+  throw EInvalidOperation("TVirtualRoot.SetScanFilter: the roots that it shows have filters of their own");
+}
+
+std::vector<TExclusion> TVirtualRoot::GetExclusions() const {
+  std::vector<TExclusion> exclusions;
+  for (const TRef<IHierarchicalRoot>& root : fRoots.GetRoots()) {
+    const std::vector<TExclusion> more = root->GetExclusions();
+    exclusions.insert(exclusions.end(), more.begin(), more.end());
+  }
+  return exclusions;
+}
+
 std::vector<TScanError> TVirtualRoot::GetErrors() const {
   std::vector<TScanError> all;
   for (const TRef<IHierarchicalRoot>& root : fRoots.GetRoots()) {

@@ -39,6 +39,10 @@ class TVirtualRoot : public TBaseRoot {
   IScanConfiguration& GetScanConfiguration() override { return *fConfiguration; }
   void ForgetBranch(IFolderData&) override {}
   void ForgetOwnEntries(IFolderData&) override {}
+  // Each root of the list has a filter of its own: EInvalidOperation.
+  void SetScanFilter(TRef<IScanFilter> pFilter) override;
+  TRef<IScanFilter> GetScanFilter() const override { return nullptr; }
+  std::vector<TExclusion> GetExclusions() const override;  // of all roots
   // Scans all roots of the list.
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;

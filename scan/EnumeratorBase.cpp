@@ -1,5 +1,6 @@
 #include "scan/EnumeratorBase.h"
 
+#include "model/FileNames.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
 
@@ -25,12 +26,6 @@ TMetaDataValue TextValue(std::u16string pText) {
   return pText.empty() ? TMetaDataValue() : TMetaDataValue(std::move(pText));
 }
 
-// What follows the last dot of a name that does not begin with it.
-std::u16string ExtensionOf(std::u16string_view pName) {
-  size_t dot = pName.rfind(u'.');
-  return dot == std::u16string_view::npos || dot == 0 ? std::u16string() : std::u16string(pName.substr(dot + 1));
-}
-
 }  // namespace
 
 TMetaDataValue TBaseHierarchicalEnumerator::GetValue(TColumn pColumn) const {
@@ -42,7 +37,7 @@ TMetaDataValue TBaseHierarchicalEnumerator::GetValue(TColumn pColumn) const {
     case TColumn::mdParentPath:
       return TextValue(GetPath());
     case TColumn::mdExtension:
-      return IsFolder() ? TMetaDataValue() : TextValue(ExtensionOf(GetObjectName()));
+      return IsFolder() ? TMetaDataValue() : TextValue(std::u16string(ExtensionOfName(GetObjectName())));
     case TColumn::mdOwner:
       return TextValue(GetOwner());
     case TColumn::mdSize:

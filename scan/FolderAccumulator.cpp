@@ -8,7 +8,7 @@
 
 namespace Vantrel::ScanEngine {
 
-TFolderAccumulator::TFolderAccumulator(const IScanConfiguration& pConfiguration)
+TFolderAccumulator::TFolderAccumulator(IScanConfiguration& pConfiguration)
     : fDoUsers(pConfiguration.GetDoUsersStatistics()),
       fDoExtensions(pConfiguration.GetDoExtensionsStatistics()),
       fKeepFiles(pConfiguration.GetKeepFiles()),
@@ -16,7 +16,8 @@ TFolderAccumulator::TFolderAccumulator(const IScanConfiguration& pConfiguration)
       fLongPathLength(static_cast<size_t>(pConfiguration.GetLongPathLength())),
       fNow(pConfiguration.GetScanTimeStamp()),
       fFileAges(pConfiguration.GetFileAges()),
-      fTopSizeList(pConfiguration.GetTopSizeList()) {}
+      fTopSizeList(pConfiguration.GetTopSizeList()),
+      fEntryFilter(pConfiguration.CreateEntryFilter()) {}
 
 void TFolderAccumulator::Begin(size_t pPathLength) {
   fPathLength = pPathLength;

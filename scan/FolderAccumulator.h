@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,10 @@ using namespace Kiv;
 class TFolderAccumulator {
  public:
   // The accumulator is used for one root's scan only: it remembers the keys of that scan's owners.
-  explicit TFolderAccumulator(const IScanConfiguration& pConfiguration);
+  explicit TFolderAccumulator(IScanConfiguration& pConfiguration);
+
+  // The worker's own judge of what the scan takes in; nullptr when it takes in everything.
+  IEntryFilter* EntryFilter() const { return fEntryFilter.get(); }
 
   // A new folder, whose path has so many UTF-16 units.
   void Begin(size_t pPathLength);
@@ -46,6 +50,7 @@ class TFolderAccumulator {
   const TKivFileTime fNow;
   IFileAges* const fFileAges;
   ITopSizeList* const fTopSizeList;
+  const std::unique_ptr<IEntryFilter> fEntryFilter;
 
   // Of the folder.
   size_t fPathLength = 0;

@@ -107,21 +107,24 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
   fToBeEntered.clear();
   fExcluded = 0;
   fRaisedError = 0;
-  const bool hasFilters = fRoot.HasFilters();
+  IEntryFilter* const filter = fFiles->EntryFilter();
+  if (filter) filter->BeginFolder(pEnumerator);
   while (NextEntry(pEnumerator)) {
     if (pEnumerator.IsFolder()) {
       if (IsCancelled()) break;
-      if (hasFilters && !fRoot.IsFolderIncluded(pEnumerator))
+      if (filter && !filter->IsFolderIncluded(pEnumerator))
         ++fExcluded;
       else
         AddFolderEntry(pFolder, pEnumerator);
-    } else if (hasFilters && !fRoot.IsFileIncluded(pEnumerator)) {
+    } else if (filter && !filter->IsFileIncluded(pEnumerator)) {
       ++fExcluded;
+      if (fExcluded % kFilesBetweenLooks == 0 && IsCancelled()) break;
     } else {
       fFiles->AddFile(pEnumerator);
       if (fFiles->FileCount() % kFilesBetweenLooks == 0 && IsCancelled()) break;
     }
   }
+  if (filter) filter->EndFolder();
 }
 
 void TScanJob::AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {

@@ -39,18 +39,18 @@ class IElementWriter {
   virtual void EndElement() = 0;
 };
 
-// Says which files and folders are taken in or left out: a text of one of three kinds, matched against one column. In use a
-// pattern does not change but for its active flag; any thread may match then.
+// Says which files and folders are taken in or left out: a text of one of three kinds, matched against one column. In
+// use a pattern does not change but for its active flag; any thread may match then.
 class IPattern : public IInterface {
  public:
-  // Whether the value of the target column matches. An item without a value is matched as an empty text. The type and the
-  // active flag do not count here.
+  // Whether the value of the target column matches. An item without a value is matched as an empty text. The type and
+  // the active flag do not count here.
   virtual bool Matches(TPatternItem& pItem) = 0;
   virtual bool MatchesString(std::u16string_view pText) = 0;
   // True when the pattern accepts everything and need not be asked.
   virtual bool MatchesAll() const = 0;
-  // For an include pattern on the full path: whether the folder itself or something beneath it could match. The path may
-  // end with a delimiter.
+  // For an include pattern on the full path: whether the folder itself or something beneath it could match. The path
+  // may end with a delimiter.
   virtual bool FullPathCanBeReached(std::u16string_view pFolderPath) const = 0;
   // The target that the text gets when it is typed: the full path when it holds a path delimiter, else the name.
   virtual TPatternTarget GuessTarget(std::u16string_view pText) const = 0;
@@ -78,8 +78,8 @@ class IPattern : public IInterface {
   virtual bool GetActive() const = 0;
   virtual void SetActive(bool pActive) = 0;
 
-  // What is wrong with the pattern, for people: an expression that does not compile, an unknown group. Empty when nothing
-  // is. Such a pattern matches nothing.
+  // What is wrong with the pattern, for people: an expression that does not compile, an unknown group. Empty when
+  // nothing is. Such a pattern matches nothing.
   virtual std::u16string GetErrorText() const = 0;
   // What went wrong while matching; empty when nothing did.
   virtual std::u16string GetWarning() const { return {}; }
@@ -100,8 +100,8 @@ struct TPatternsToStringRepresentationOptions {
 // An ordered list of patterns. Any thread; patterns may be added and removed while others read.
 class IPatterns : public IInterface {
  public:
-  // Parses one pattern in the text form and appends it. EInvalidArgumentValue for an empty text (argument "pPattern") and
-  // for an unknown column in front.
+  // Parses one pattern in the text form and appends it. EInvalidArgumentValue for an empty text (argument "pPattern")
+  // and for an unknown column in front.
   virtual TRef<IPattern> Add(std::u16string_view pPattern, TPatternType pDefaultType) = 0;
   virtual void Add(TRef<IPattern> pPattern) = 0;
   // Several in the text form, empty ones skipped. Nothing is added when one fails.
@@ -123,17 +123,18 @@ class IPatterns : public IInterface {
   virtual int IndexOf(const IPattern& pPattern) const = 0;  // of an equal pattern; -1 when there is none
   virtual bool Contains(const IPattern& pPattern) const = 0;
   virtual bool ContainsPattern(std::u16string_view pText) const = 0;  // a pattern of that text, letter case as typed
-  virtual void Remove(const IPattern& pPattern) = 0;  // the first equal one
+  virtual void Remove(const IPattern& pPattern) = 0;                  // the first equal one
   virtual void Clear() = 0;
-  virtual bool Equal(const IPatterns& pOther) const = 0;  // equal patterns in the same order
-  virtual TRef<IPattern> GetItem(int pIndex) const = 0;   // EInvalidArgumentValue for an index outside the list
+  virtual bool Equal(const IPatterns& pOther) const = 0;     // equal patterns in the same order
+  virtual TRef<IPattern> GetItem(int pIndex) const = 0;      // EInvalidArgumentValue for an index outside the list
   virtual std::vector<TRef<IPattern>> GetItems() const = 0;  // a snapshot, for walks
-  virtual TRef<IPatterns> Clone() const = 0;  // a new list of the same pattern objects
+  virtual TRef<IPatterns> Clone() const = 0;                 // a new list of the same pattern objects
 
   // Sets the active flag of every pattern with one of the targets and one of the types; the change is told once.
   virtual void Activate(const TPatternTargets& pTargets, const TPatternTypes& pTypes, bool pActive) = 0;
   virtual std::u16string ToString(const TPatternsToStringRepresentationOptions& pOptions) const = 0;
 
+  virtual char16_t GetPathDelimiter() const = 0;  // of the roots whose paths are matched
   virtual bool GetAutoSort() const = 0;
   virtual void SetAutoSort(bool pAutoSort) = 0;  // keeps the list in the order of TPatternComparer
   virtual bool GetEmptyPatternListMatchesAll() const = 0;
@@ -141,9 +142,11 @@ class IPatterns : public IInterface {
 
   // The element TPatternList with one Pattern element for each pattern.
   virtual void WriteToXML(IElementWriter& pWriter) const = 0;
-  // The attributes of the list's own element; the patterns follow by AddFromXML.
-  virtual void ReadFromXML(const TElementAttributes& pAttributes) = 0;
-  virtual void AddFromXML(const TElementAttributes& pAttributes) = 0;
+  // One Pattern element. Fails as IPattern::ReadFromXML does, and for a class that is not known.
+  virtual void ReadFromXML(const TElementAttributes& pPattern) = 0;
+  // The attributes of the list's own element: what it knows besides its patterns.
+  virtual TElementAttributes WriteProperties() const = 0;
+  virtual void ReadProperties(const TElementAttributes& pProperties) = 0;
 };
 
 }  // namespace Kiv::PatternMatching

@@ -98,6 +98,8 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TRootStates fState = rsFinished;
   TRef<TFakeFolder> fTop;
   std::vector<TScanError> fErrors;
+  std::vector<TExclusion> fExclusions;
+  TRef<IScanFilter> fFilter;
   TScanProgress fProgress;
   int64_t fDuration = 0;
   int fScans = 0;
@@ -121,6 +123,9 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TRef<IFolderData> GetTopFolder() const override { return fTop; }
   std::vector<TScanError> GetErrors() const override { return fErrors; }
   TScanProgress GetProgress() const override { return fProgress; }
+  void SetScanFilter(TRef<IScanFilter> pFilter) override { fFilter = std::move(pFilter); }
+  TRef<IScanFilter> GetScanFilter() const override { return fFilter; }
+  std::vector<TExclusion> GetExclusions() const override { return fExclusions; }
   int64_t GetScanDuration() const override { return fDuration; }
   int64_t GetLastScanNumberOfFiles() const override { return 0; }
   void Scan() override { ++fScans; }
