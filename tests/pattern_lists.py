@@ -97,6 +97,7 @@ all: <||(-)*
   & <||*.jpg
 none: nothing-is-called-so
 (-)(Extension);txt;
+(Extension);txt;
 (-)(Extension)t
 (-)(extension)"LOG"
 (-)(Extension)/^[A-Z]+$/

@@ -40,8 +40,9 @@ def units(text):
 
 @functools.lru_cache(maxsize=None)
 def fold_unit(unit):
+    """One to one, there and back: the final sigma and the dotless i are letters of their own, as Windows has it."""
     upper = unit.upper()
-    return upper if len(upper) == 1 and upper <= "\uffff" else unit
+    return upper if len(upper) == 1 and upper <= "\uffff" and upper.lower() == unit else unit
 
 
 def fold(text):
@@ -83,7 +84,9 @@ def matches_mask(text, mask):
 def matches_masks(text, masks, leading_blanks_count=True):
     if masks == "*.*":
         return True
-    return any(matches_mask(text, mask if leading_blanks_count else mask.lstrip(" ")) for mask in masks.split(";") if mask)
+    # An empty mask matches an empty value, as an extension can be. Behind the last ";" there is none.
+    return any(matches_mask(text, mask if leading_blanks_count else mask.lstrip(" "))
+               for mask in masks.removesuffix(";").split(";") if masks)
 
 
 def longer_text_could_match(beginning, mask):

@@ -39,7 +39,10 @@ class ReadingTest(unittest.TestCase):
                 ("a*a", ("aa", "aba"), ("a",)),
                 ("*.", ("noext", " "), ("a.b", "a.")),
                 ("*.*", ("noext", "a.b"), ()),
-                (";a;", ("a",), ("ab", "")),
+                (";a;", ("a",), ("ab",)),
+                ("(Extension);a;", ("x.A", "x"), ("x.ab",)),
+                ("(Extension)a;", ("x.a",), ("x.ba.b",)),
+                ("\u03a3\u03c3", ("\u03c3\u03a3",), ("\u03c2\u03c3",)),
                 ("/abc", (), ("/abc", "abc")),  # the full path is /top/abc
                 ("/b/", ("abc",), ("aBc",)),
                 ("/^B/i", ("bc",), ("ab",)),
