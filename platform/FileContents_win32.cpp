@@ -6,10 +6,11 @@ namespace Kiv {
 
 std::string ReadFileContents(const std::u16string& pPath, size_t pMostBytes) {
   const std::u16string path = Win32::ExtendedPath(pPath);
+  constexpr DWORD kDirectoryNotSupported = 336;  // newer than the compiler's headers
   // Opening a folder would be refused for lack of rights, which says nothing to the user.
   const DWORD attributes = GetFileAttributesW(Win32::Wide(path));
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-    throw EOSError(ERROR_DIRECTORY_NOT_SUPPORTED, "Opening a file", pPath);
+    throw EOSError(kDirectoryNotSupported, "Opening a file", pPath);
   struct THandle {
     HANDLE fHandle;
     ~THandle() {

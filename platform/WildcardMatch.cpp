@@ -17,6 +17,14 @@ bool SameUnit(char16_t pA, char16_t pB) {
 
 using TSame = bool (*)(char16_t, char16_t);
 
+// Where, from pFrom on, the part of the mask that follows a star could begin; the name's size when nowhere.
+template <TSame kSame>
+size_t NextBegin(std::u16string_view pName, size_t pFrom, char16_t pFirstOfPart) {
+  if (pFirstOfPart == u'?') return pFrom;
+  while (pFrom < pName.size() && !kSame(pFirstOfPart, pName[pFrom])) ++pFrom;
+  return pFrom;
+}
+
 // The last "*" may take any run, those before it need no second try: each has already found the shortest run that fits
 // what stands between it and the next. So the work is at most name times mask.
 template <TSame kSame>
@@ -28,14 +36,16 @@ bool MatchesOne(std::u16string_view pName, std::u16string_view pMask) {
   size_t resume = 0;
   while (name < pName.size()) {
     if (mask < pMask.size() && pMask[mask] == u'*') {
-      afterStar = ++mask;
-      resume = name;
+      afterStar = pMask.find_first_not_of(u'*', mask);
+      if (afterStar == kNoStar) return true;
+      mask = afterStar;
+      name = resume = NextBegin<kSame>(pName, name, pMask[afterStar]);
     } else if (mask < pMask.size() && (pMask[mask] == u'?' || kSame(pMask[mask], pName[name]))) {
       ++mask;
       ++name;
     } else if (afterStar != kNoStar) {
       mask = afterStar;
-      name = ++resume;
+      name = resume = NextBegin<kSame>(pName, resume + 1, pMask[afterStar]);
     } else {
       return false;
     }

@@ -17,6 +17,22 @@ constexpr auto kNone = std::u16string_view::npos;
 // Up to here comparing with one extension after the other costs less than hashing the name's.
 constexpr size_t kFewExtensions = 3;
 
+// Whether the text holds the part, which is not empty. Most texts do not, and the look at the first and the last unit
+// of all places at once says so: without an exit in the loop, the compiler compares eight units at a time.
+bool Holds(std::u16string_view pText, std::u16string_view pPart) {
+  if (pText.size() < pPart.size()) return false;
+  const size_t last = pPart.size() - 1;
+  const char16_t* const begins = pText.data();
+  const char16_t* const ends = begins + last;
+  const char16_t firstUnit = pPart.front();
+  const char16_t lastUnit = pPart.back();
+  uint16_t found = 0;
+  for (size_t at = 0; at < pText.size() - last; ++at) {
+    found |= static_cast<uint16_t>((begins[at] == firstUnit) & (ends[at] == lastUnit));
+  }
+  return found != 0 && pText.find(pPart) != kNone;
+}
+
 // A mask with no "?" and at most one text between its stars: "begin*middle*end", where each may be missing.
 class TPlainMask {
  public:
@@ -45,7 +61,7 @@ class TPlainMask {
     if (!pText.starts_with(fBegin) || !pText.ends_with(fEnd)) return false;
     pText.remove_prefix(fBegin.size());
     pText.remove_suffix(fEnd.size());
-    return fMiddle.empty() || pText.find(fMiddle) != kNone;
+    return fMiddle.empty() || Holds(pText, fMiddle);
   }
 
  private:
