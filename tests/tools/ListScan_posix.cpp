@@ -11,9 +11,10 @@
 #include "search/PatternFile.h"
 #include "search/PatternFilter.h"
 
-// list_scan PATH PATTERNFILE: scans the path with the patterns of the file and prints what is in the tree, so that a test
-// can hold the one against the other. For every file "f", for every folder "d", then the full path, byte by byte, and a
-// NUL; the scanned path itself is not printed. Ends with 1 when the path or the file cannot be read, or not to its end.
+// list_scan PATH PATTERNFILE: scans the path with the patterns of the file and prints what is in the tree, so that a
+// test can hold the one against the other. For every file "f", for every folder "d", then the full path, byte by byte,
+// and a NUL; the scanned path itself is not printed. Ends with 1 when the path or the file cannot be read, or not to
+// its end.
 
 namespace {
 
@@ -43,8 +44,8 @@ void PrintTree(const TRef<IFolderData>& pTop) {
 }
 
 int ListScan(const char* pPath, const char* pPatternFile) {
-  const auto patterns = PatternMatching::CreatePatternsFromFile(FromNativeBytes(pPatternFile),
-                                                                PatternMatching::TPatternType::ptyInclude);
+  const auto patterns =
+      PatternMatching::CreatePatternsFromFile(FromNativeBytes(pPatternFile), PatternMatching::TPatternType::ptyInclude);
   auto options = std::make_shared<TGlobalOptions>();
   options->MaximumThreads = kThreads;
   options->KeepFiles = true;
