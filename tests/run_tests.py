@@ -406,7 +406,8 @@ class Run:
         if not environment:
             return
         environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
-                           VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine")
+                           VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
+                           VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"))
         for path in files:
             self.report("python", run_python_test(path, self.options.timeout, environment))
 
