@@ -16,4 +16,10 @@ inline std::u16string_view ExtensionOfName(std::u16string_view pName) {
   return pName.substr(dot, kLongestExtension + 1);
 }
 
+// The same as the extension column has it: without its dot.
+inline std::u16string_view ExtensionColumnOfName(std::u16string_view pName) {
+  const std::u16string_view extension = ExtensionOfName(pName);
+  return extension.empty() ? extension : extension.substr(1);
+}
+
 }  // namespace Kiv

@@ -17,7 +17,7 @@ TMetaDataValue TBaseVariantMetaDataProvider<TInterface>::GetValue(TColumn pColum
     case TColumn::mdFullPath:
       return this->GetFullPath();
     case TColumn::mdExtension:
-      return this->IsFolder() ? TMetaDataValue() : std::u16string(ExtensionOfName(this->GetObjectName()));
+      return this->IsFolder() ? TMetaDataValue() : std::u16string(ExtensionColumnOfName(this->GetObjectName()));
     case TColumn::mdSize:
       return this->GetSize();
     case TColumn::mdAllocated:

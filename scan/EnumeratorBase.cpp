@@ -37,7 +37,7 @@ TMetaDataValue TBaseHierarchicalEnumerator::GetValue(TColumn pColumn) const {
     case TColumn::mdParentPath:
       return TextValue(GetPath());
     case TColumn::mdExtension:
-      return IsFolder() ? TMetaDataValue() : TextValue(std::u16string(ExtensionOfName(GetObjectName())));
+      return IsFolder() ? TMetaDataValue() : TextValue(std::u16string(ExtensionColumnOfName(GetObjectName())));
     case TColumn::mdOwner:
       return TextValue(GetOwner());
     case TColumn::mdSize:

@@ -33,7 +33,7 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
       pText.fText.Set(fObject->GetObjectName());
       return;
     case TColumn::mdExtension:
-      pText.fText.Set(fIsFolder ? std::u16string_view() : ExtensionOfName(fObject->GetObjectName()));
+      pText.fText.Set(fIsFolder ? std::u16string_view() : ExtensionColumnOfName(fObject->GetObjectName()));
       return;
     case TColumn::mdFullPath:
       FillFullPath(pText);

@@ -130,16 +130,16 @@ TRef<IPattern> CreateForXML(const TElementAttributes& pAttributes, char16_t pPat
   const std::u16string_view name = FindAttribute(pAttributes, u"Class");
   // What the text and the target are, the attributes say.
   constexpr std::u16string_view kAny = u"*";
-  constexpr TPatternType kInclude = TPatternType::ptyInclude;
+  constexpr TPatternType kType = TPatternType::ptyInclude;
   TRef<TCustomPattern> pattern;
   if (name == u"TWildcardPattern")
-    pattern = MakeRef<TWildcardPattern>(kAny, NameTarget(), kInclude, pPathDelimiter);
+    pattern = MakeRef<TWildcardPattern>(kAny, NameTarget(), kType, pPathDelimiter);
   else if (name == u"TRegExPattern")
-    pattern = MakeRef<TRegExPattern>(kAny, NameTarget(), kInclude, pPathDelimiter, true);
+    pattern = MakeRef<TRegExPattern>(kAny, NameTarget(), kType, pPathDelimiter, true);
   else if (name == u"TExactPattern")
-    pattern = MakeRef<TExactPattern>(kAny, NameTarget(), kInclude, pPathDelimiter);
+    pattern = MakeRef<TExactPattern>(kAny, NameTarget(), kType, pPathDelimiter);
   else if (name == u"TFileGroupPattern")
-    pattern = MakeRef<TFileGroupPattern>(kAny, kInclude, pPathDelimiter);
+    pattern = MakeRef<TFileGroupPattern>(kAny, kType, pPathDelimiter);
   else
     throw EInvalidArgumentValue("Class \"" + ToDisplay(name) + "\" is no knonw class derived by TCustomPattern.");
   pattern->ReadFromXML(pAttributes);
