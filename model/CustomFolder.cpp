@@ -392,6 +392,43 @@ void TCustomFolderData::MoveOwnFilesIntoNode() {
   AttachFilesNode(std::move(group));
 }
 
+// --- loading -------------------------------------------------------------------------------------------------------
+
+TRef<TCustomFolderData> TCustomFolderData::AddLoadedChild(std::u16string_view pName, bool pIsFilesNode) {
+  if (pIsFilesNode) {
+    auto files = MakeRef<TFileGroupData>(*this, fRoot);
+    AttachFilesNode(files);
+    return files;
+  }
+  TRef<TCustomFolderData> child = NewChild(pName);
+  TExclusiveLock lock(fLock);
+  if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
+  fSubItems->fList.push_back(child);
+  return child;
+}
+
+void TCustomFolderData::SetLoaded(const TLoadedFolder& pValues) {
+  fAttributes = pValues.fEntry.fAttributes;
+  fOwnerKey = pValues.fOwnerKey;
+  fCreationDate = pValues.fEntry.fCreationDate;
+  // Which of the dates are the folder's own is not in the file.
+  fOwnLastAccessDate.Set(pValues.fEntry.fLastAccessDate);
+  fOwnLastChangeDate.Set(pValues.fEntry.fLastChangeDate);
+  fLastAccessDate.Set(pValues.fEntry.fLastAccessDate);
+  fLastChangeDate.Set(pValues.fEntry.fLastChangeDate);
+  IncludeFolderState(pValues.fState);
+  TExclusiveLock lock(fLock);
+  fSize = pValues.fValues.fSize;
+  fAllocated = pValues.fValues.fAllocated;
+  fFiles = pValues.fValues.fFiles;
+  fFolders = pValues.fValues.fFolders;
+  fCompression = pValues.fValues.fCompression;
+  if (fSubItems) fSubItems->fList.shrink_to_fit();
+  const TFolderStatistics& statistics = pValues.fStatistics;
+  if (statistics.fUsers || statistics.fExtensions || statistics.fAges)
+    delete fStatistics.exchange(new TFolderStatistics(statistics), std::memory_order_acq_rel);
+}
+
 // --- taking out ----------------------------------------------------------------------------------------------------
 
 void TCustomFolderData::GiveBack(const TFolderContribution& pValues) {

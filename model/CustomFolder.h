@@ -52,6 +52,15 @@ struct TSubFolderList {
   std::vector<TRef<TCustomFolderData>> fList;     // the sub-folders, in the order of their discovery
 };
 
+// All that a file says of a folder node. Totals are those of everything beneath it.
+struct TLoadedFolder {
+  TEntryValues fEntry;  // dates: the newest beneath; sizes do not count
+  TSizeValues fValues;
+  TFolderStates fState = 0;
+  TKeyId fOwnerKey = kNoKey;
+  TFolderStatistics fStatistics;
+};
+
 // Children in the one order that they have everywhere: largest first, then by name in code-unit order. Sizes are read once,
 // since a running scan changes them under the sort.
 std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren);
@@ -112,6 +121,11 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void AddFiles(const TFileGroupContents& pContents, bool pNotify);
   // The same for a folder that had been listed before: what it counted as its own files is taken out first.
   void ReplaceFiles(const TFileGroupContents& pContents);
+
+  // For trees that come from a file. The totals of each node are set as they are and reach no ancestor; a node's children
+  // are made and filled while nobody else knows the tree.
+  TRef<TCustomFolderData> AddLoadedChild(std::u16string_view pName, bool pIsFilesNode);
+  void SetLoaded(const TLoadedFolder& pValues);
 
   // A folder is finished when its own listing and all sub-folders are: each part is announced, then reported done. The
   // last one marks the folder fsSubFolderScanningFinished and is itself a part done of the parent. A branch that is

@@ -5,6 +5,7 @@
 #include "platform/Errors.h"
 #include "platform/Paths.h"
 #include "platform/System.h"
+#include "platform/Volumes.h"
 
 namespace Kiv {
 
@@ -143,10 +144,11 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
       fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
     fScanTimeStamp = TKivFileTime::Now().fTicks;
   }
+  if (pWholeTree && (GetState() & rsIsXMLImport) != 0) fConfiguration = MakeRef<TScanConfiguration>(this, *fOptions);
   fRootExclusions.Clear();
   if (fScanFilter) fScanFilter->BeginScan();
   fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp());
-  ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors : 0u));
+  ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors | rsIsXMLImport : 0u));
   IncludeState(rsScanning);
   return true;
 }
@@ -199,10 +201,14 @@ void TCustomRoot::Scan() {
 
 void TCustomRoot::EndScanning() {
   RefillTopSizeList();
+  TStorageInformation storage;
+  if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
+    storage = {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
   TRef<TCustomFolderData> top;
   {
     TCriticalSectionLock lock(fLock);
     top = fFolderData;
+    fStorage = std::move(storage);
     fScanDuration = TickCount64() - fScanStarted;
     if (fCancellationToken->IsCancelled())
       IncludeState(rsCancelled);
@@ -240,7 +246,7 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
              u"\". The root was never scanned.");
     return false;
   }
-  if ((GetState() & rsShowsPreviousState) != 0) {
+  if ((GetState() & (rsShowsPreviousState | rsIsXMLImport)) != 0) {
     LogDebug(u"For a root that shows a previous state a sub-branch refresh should no be performed.");
     return false;
   }
@@ -296,6 +302,37 @@ bool TCustomRoot::WaitForScan(int64_t pMilliseconds) {
     lock.WaitFor(fScanEnded, left);
   }
   return true;
+}
+
+TStorageInformation TCustomRoot::GetStorageInformation() const {
+  TCriticalSectionLock lock(fLock);
+  return fStorage;
+}
+
+// --- loading -------------------------------------------------------------------------------------------------------
+
+TRef<TCustomFolderData> TCustomRoot::BeginLoading(const TLoadedScan& pScan, size_t pTopFiles) {
+  IncludeState(rsIsXMLImport);
+  if (!pScan.fTitle.empty()) SetTitle(pScan.fTitle);
+  if (pScan.fWasCancelled) IncludeState(rsCancelled);
+  fScanTimeStamp = pScan.fScanTimeStamp.fTicks;
+  fScanFilter = pScan.fFilter;
+  fExcludedObjects = pScan.fExcludedObjects;
+  if (pTopFiles > 0) fTopSizeList = MakeRef<TTopSizeFileList>(pTopFiles, fPathDelimiter);
+  fConfiguration->TakeLoaded(pScan);
+  auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
+  TCriticalSectionLock lock(fLock);
+  fStorage = pScan.fStorage;
+  fFolderData = top;
+  return top;
+}
+
+void TCustomRoot::EndLoading() {
+  const TRef<IFolderData> top = GetTopFolder();
+  fTotalFilesFound = top->GetFiles();
+  fNumFolders = top->GetFolders();
+  fBytesFound = top->GetSize();
+  IncludeState(rsFinished);
 }
 
 // --- lists beside the tree -----------------------------------------------------------------------------------------

@@ -85,6 +85,13 @@ class TCustomRoot : public TBaseRoot {
   void SetScanFilter(TRef<IScanFilter> pFilter) override { fScanFilter = std::move(pFilter); }
   TRef<IScanFilter> GetScanFilter() const override { return fScanFilter; }
   std::vector<TExclusion> GetExclusions() const override;
+  TStorageInformation GetStorageInformation() const override;
+  // Fills the root from a file instead of by a scan: what the file says of the scan, then the tree by the top folder
+  // that this returns, then the end, after which the root is finished like a scanned one. For one thread, while nobody else
+  // knows the root.
+  TRef<TCustomFolderData> BeginLoading(const TLoadedScan& pScan, size_t pTopFiles);
+  void EndLoading();
+
   // An optional filter for files; set before a scan.
   void SetExpression(TRef<IExpression> pExpression) { fExpression = std::move(pExpression); }
   // The path as typed, when it holds wildcards: the folder is scanned, and of the files in it and beneath it only those
@@ -139,6 +146,7 @@ class TCustomRoot : public TBaseRoot {
   std::vector<TScanError> fErrors GUARDED_BY(fLock);
   std::u16string fLastScannedFolder GUARDED_BY(fLock);
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
+  TStorageInformation fStorage GUARDED_BY(fLock);
 
   // Progress: written by workers once per folder, polled by whoever shows it.
   std::atomic<int64_t> fTotalFilesFound{0};

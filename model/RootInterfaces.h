@@ -111,6 +111,28 @@ struct TScanProgress {
   std::u16string fLastScannedFolder;
 };
 
+// What is known of the storage that a root lies on, as of its scan. Sizes in bytes; 0 or empty where it is not known.
+struct TStorageInformation {
+  std::u16string fFileSystem;
+  int64_t fBytesPerCluster = 0;
+  int64_t fTotalBytes = 0;
+  int64_t fFreeBytes = 0;
+};
+
+// What a file says of a scan besides its tree.
+struct TLoadedScan {
+  TKivFileTime fScanTimeStamp;
+  std::u16string fTitle;
+  TStorageInformation fStorage;
+  int64_t fExcludedObjects = 0;
+  bool fWasCancelled = false;
+  TRef<IScanFilter> fFilter;  // nullptr when there was none
+  TDateType fFileAgesDateType = TDateType::dtNone;
+  TRef<IFileAges> fFileAges;  // nullptr when the file holds no ages
+  bool fHasExtensions = false;
+  bool fHasUsers = false;
+};
+
 // One scanned path with its tree.
 class IHierarchicalRoot : public IMetaDataFormatter {
  public:
@@ -137,6 +159,9 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TRef<IScanFilter> GetScanFilter() const = 0;
   // What the last scan left out, by reason: the filter's reasons, then the root's own.
   virtual std::vector<TExclusion> GetExclusions() const = 0;
+
+  // Asked of the system when a scan has ended, or as the file has it.
+  virtual TStorageInformation GetStorageInformation() const = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
@@ -183,6 +208,11 @@ class IScanRoots : public IInterface {
   virtual TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) = 0;
   // The root for the path, its scan started.
   virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
+  // A root that is not scanned but loaded, not in the list yet; the delimiter tells what kind of root it is. The path is
+  // taken as it is.
+  virtual TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view pPath, char16_t pDelimiter) = 0;
+  // Puts such a root into the list. EInvalidOperation when the list is full.
+  virtual void AddLoaded(TRef<IHierarchicalRoot> pRoot) = 0;
   // All local fixed drives (Windows) or all mounted file systems with storage behind them (Linux).
   virtual std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() = 0;
   virtual std::vector<std::u16string> GetScannedPaths() const = 0;  // of all roots, in the order of their opening

@@ -19,6 +19,14 @@ TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions&
   fFileAges = ages;
 }
 
+void TScanConfiguration::TakeLoaded(const TLoadedScan& pScan) {
+  fDoExtensionsStatistics = pScan.fHasExtensions;
+  fDoUsersStatistics = pScan.fHasUsers;
+  fFileAgesDateType = pScan.fFileAgesDateType;
+  if (pScan.fFileAges) fFileAges = pScan.fFileAges;
+  fScanTimeStamp = pScan.fScanTimeStamp;
+}
+
 void TScanConfiguration::Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow) {
   fToken = std::move(pToken);
   fTopSizeList = std::move(pTopSizeList);

@@ -10,6 +10,8 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
  public:
   // Without a root, for a root that is never scanned itself, the questions and reports of a scan must not be made.
   TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions);
+  // What the scan that a file holds was made with.
+  void TakeLoaded(const TLoadedScan& pScan);
   // Ready for the next scan.
   void Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow);
 

@@ -51,9 +51,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
     TCriticalSectionLock lock(fLock);
     for (const TListedRoot& listed : fList)
       if (SamePath(listed.fTypedPath, identity, NativePathDelimiter())) return listed.fRoot;
-    if (fList.size() >= static_cast<size_t>(fMaxCount))
-      throw EInvalidOperation("TDSMCustomRoots.CreateRoot: more than " + std::to_string(fMaxCount) +
-                              " paths cannot be open at once (option MaximumRoots)");
+    CheckRoom();
     TRef<IHierarchicalRoot> root;
     if (NativePathDelimiter() == u'/')
       root = MakeRef<TCustomUnixRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
@@ -61,6 +59,19 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
       root = MakeRef<TFileSystemRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
     fList.push_back({identity, root});
     return root;
+  }
+
+  TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view pPath, char16_t pDelimiter) override {
+    const std::u16string path(pPath);
+    if (pDelimiter == u'/') return MakeRef<TCustomUnixRoot>(path, u"", fServices, fOptions, this);
+    return MakeRef<TFileSystemRoot>(path, u"", fServices, fOptions, this);
+  }
+
+  // Any number of scans of one path may be open: each file is another state of it.
+  void AddLoaded(TRef<IHierarchicalRoot> pRoot) override {
+    TCriticalSectionLock lock(fLock);
+    CheckRoom();
+    fList.push_back({u"", std::move(pRoot)});
   }
 
   TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) override {
@@ -140,6 +151,12 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
   }
 
  private:
+  void CheckRoom() const REQUIRES(fLock) {
+    if (fList.size() >= static_cast<size_t>(fMaxCount))
+      throw EInvalidOperation("TDSMCustomRoots.CreateRoot: more than " + std::to_string(fMaxCount) +
+                              " paths cannot be open at once (option MaximumRoots)");
+  }
+
   const TRef<IScanServices> fServices;
   const std::shared_ptr<const TGlobalOptions> fOptions;
   const int32_t fMaxCount;

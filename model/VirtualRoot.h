@@ -43,6 +43,7 @@ class TVirtualRoot : public TBaseRoot {
   void SetScanFilter(TRef<IScanFilter> pFilter) override;
   TRef<IScanFilter> GetScanFilter() const override { return nullptr; }
   std::vector<TExclusion> GetExclusions() const override;  // of all roots
+  TStorageInformation GetStorageInformation() const override { return {}; }
   // Scans all roots of the list.
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;

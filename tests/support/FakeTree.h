@@ -126,6 +126,8 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   void SetScanFilter(TRef<IScanFilter> pFilter) override { fFilter = std::move(pFilter); }
   TRef<IScanFilter> GetScanFilter() const override { return fFilter; }
   std::vector<TExclusion> GetExclusions() const override { return fExclusions; }
+  TStorageInformation fStorage;
+  TStorageInformation GetStorageInformation() const override { return fStorage; }
   int64_t GetScanDuration() const override { return fDuration; }
   int64_t GetLastScanNumberOfFiles() const override { return 0; }
   void Scan() override { ++fScans; }
@@ -169,6 +171,8 @@ class TFakeRoots : public TInterfaced<IScanRoots> {
   void Dispose() override { fDisposed = true; }
 
   TRef<IHierarchicalRoot> Scan(std::u16string_view) override { NotFaked(); }
+  TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view, char16_t) override { NotFaked(); }
+  void AddLoaded(TRef<IHierarchicalRoot>) override { NotFaked(); }
   std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() override { NotFaked(); }
   std::vector<std::u16string> GetScannedPaths() const override { NotFaked(); }
   std::vector<TRef<IHierarchicalRoot>> FindRootsHolding(std::u16string_view) const override { NotFaked(); }
