@@ -13,12 +13,29 @@ source "$root/cmake/packages.sh"
 # unpacked source and an empty folder to build in.
 libraries="
   pcre2 pcre2
+  expat expat
+  libzip libzip
 "
 
 # UTF-16 only, which is what names are kept as.
 build_pcre2() {
   build_with_cmake "$1" "$2" -DPCRE2_BUILD_PCRE2_8=OFF -DPCRE2_BUILD_PCRE2_16=ON -DPCRE2_SUPPORT_JIT=ON \
     -DPCRE2_BUILD_PCRE2GREP=OFF -DPCRE2_BUILD_TESTS=OFF
+}
+
+build_expat() {
+  local source=$1
+  # Depending on the version, the tarball is the whole repository, with the library in a folder of its own.
+  [ ! -d "$source/expat" ] || source=$source/expat
+  build_with_cmake "$source" "$2" -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF \
+    -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF
+}
+
+# Deflate alone, with Debian's zlib: scan files are packed with nothing else, and never encrypted.
+build_libzip() {
+  build_with_cmake "$1" "$2" -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF -DENABLE_OPENSSL=OFF \
+    -DENABLE_WINDOWS_CRYPTO=OFF -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DBUILD_TOOLS=OFF \
+    -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF
 }
 
 # build_with_cmake SOURCE BUILD OPTION…: for sources that come with a CMakeLists.txt.

@@ -16,30 +16,53 @@ bool TBaseExport::IsIncluded(const IFolderData& pFolder) const {
   return (fSettings.fIncludedObjectTypes & (pFolder.IsFileGroup() ? ioFileGroups : ioFolders)) != 0;
 }
 
-bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const {
+// Of a folder on that level; none when the settings go no deeper. A folder that is not included itself still leads to those
+// beneath it.
+std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolder, size_t pLevel) const {
+  if (pFolder.IsFileGroup() || static_cast<int64_t>(pLevel) >= fSettings.fRecursionLevel.fLevel) return {};
+  std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
+  if ((fSettings.fIncludedObjectTypes & ioFileGroups) == 0)
+    std::erase_if(children, [](const TRef<IFolderData>& pChild) { return pChild->IsFileGroup(); });
+  return children;
+}
+
+bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
   // One entry per open level instead of a call per level: trees are deeper than stacks.
   struct TOpenFolder {
+    TRef<IFolderData> fFolder;
     std::vector<TRef<IFolderData>> fChildren;
     size_t fNext = 0;
   };
-  if (IsIncluded(pTop) && !pRow({pTop, 0})) return false;
   std::vector<TOpenFolder> open;
-  auto enter = [&](IFolderData& pFolder) {
-    if (static_cast<int64_t>(open.size()) < fSettings.fRecursionLevel.fLevel)
-      open.push_back({pFolder.FindSubFolders()});
+  auto begin = [&](TRef<IFolderData> pFolder) {
+    std::vector<TRef<IFolderData>> children = IncludedChildren(*pFolder, open.size());
+    const TExportRow row{*pFolder, static_cast<int32_t>(open.size())};
+    if (IsIncluded(*pFolder) && !pVisitor.BeginNode(row, children.empty())) return false;
+    if (!children.empty()) open.push_back({std::move(pFolder), std::move(children)});
+    return true;
   };
-  enter(pTop);
+  if (!begin(TRef<IFolderData>(&pTop))) return false;
   while (!open.empty()) {
     TOpenFolder& folder = open.back();
-    if (folder.fNext == folder.fChildren.size()) {
-      open.pop_back();
+    if (folder.fNext < folder.fChildren.size()) {
+      if (!begin(std::move(folder.fChildren[folder.fNext++]))) return false;
       continue;
     }
-    const TRef<IFolderData> child = std::move(folder.fChildren[folder.fNext++]);
-    if (IsIncluded(*child) && !pRow({*child, static_cast<int32_t>(open.size())})) return false;
-    if (!child->IsFileGroup()) enter(*child);
+    const TRef<IFolderData> finished = std::move(folder.fFolder);
+    open.pop_back();
+    if (IsIncluded(*finished) && !pVisitor.EndNode({*finished, static_cast<int32_t>(open.size())})) return false;
   }
   return true;
+}
+
+bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const {
+  struct TRows : IExportVisitor {
+    explicit TRows(const std::function<bool(const TExportRow&)>& pCall) : fCall(pCall) {}
+    bool BeginNode(const TExportRow& pNode, bool) override { return fCall(pNode); }
+    bool EndNode(const TExportRow&) override { return true; }
+    const std::function<bool(const TExportRow&)>& fCall;
+  } rows(pRow);
+  return WalkNodes(pTop, rows);
 }
 
 bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {

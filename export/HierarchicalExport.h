@@ -29,6 +29,15 @@ struct TExportRow {
   int32_t fLevel;
 };
 
+// Takes the nodes of an export, a folder before its contents. Returning false ends the walk.
+class IExportVisitor {
+ public:
+  virtual ~IExportVisitor() = default;
+  // pIsComplete: nothing beneath the node follows, and there is no EndNode for it.
+  virtual bool BeginNode(const TExportRow& pRow, bool pIsComplete) = 0;
+  virtual bool EndNode(const TExportRow& pRow) = 0;
+};
+
 // What all exporters share: the settings of their kind of output, the columns, and the walk over the tree.
 class TBaseExport {
  public:
@@ -47,9 +56,12 @@ class TBaseExport {
   // Calls the row function for the top folder and everything beneath it that the settings take in, a folder before its
   // contents, siblings largest first. Ends early when the function returns false, and then returns false too.
   bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
+  // The same for exporters whose output nests.
+  bool WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const;
 
  private:
   bool IsIncluded(const IFolderData& pFolder) const;
+  std::vector<TRef<IFolderData>> IncludedChildren(IFolderData& pFolder, size_t pLevel) const;
 
   const TMediaSettings fSettings;
   std::vector<TColumn> fColumns;
