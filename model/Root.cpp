@@ -311,28 +311,33 @@ TStorageInformation TCustomRoot::GetStorageInformation() const {
 
 // --- loading -------------------------------------------------------------------------------------------------------
 
-TRef<TCustomFolderData> TCustomRoot::BeginLoading(const TLoadedScan& pScan, size_t pTopFiles) {
+TRef<TCustomFolderData> TCustomRoot::BeginLoading() {
   IncludeState(rsIsXMLImport);
-  if (!pScan.fTitle.empty()) SetTitle(pScan.fTitle);
-  if (pScan.fWasCancelled) IncludeState(rsCancelled);
-  fScanTimeStamp = pScan.fScanTimeStamp.fTicks;
-  fScanFilter = pScan.fFilter;
-  fExcludedObjects = pScan.fExcludedObjects;
-  if (pTopFiles > 0) fTopSizeList = MakeRef<TTopSizeFileList>(pTopFiles, fPathDelimiter);
-  fConfiguration->TakeLoaded(pScan);
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
   TCriticalSectionLock lock(fLock);
-  fStorage = pScan.fStorage;
   fFolderData = top;
   return top;
 }
 
-void TCustomRoot::EndLoading() {
+void TCustomRoot::EndLoading(const TLoadedScan& pScan) {
+  if (!pScan.fTitle.empty()) SetTitle(pScan.fTitle);
+  fScanTimeStamp = pScan.fScanTimeStamp.fTicks;
+  fScanFilter = pScan.fFilter;
+  fConfiguration->TakeLoaded(pScan);
+  if (pScan.fTopFiles) {
+    fTopSizeList = MakeRef<TTopSizeFileList>(pScan.fTopFiles->size(), fPathDelimiter);
+    fTopSizeList->Add(*pScan.fTopFiles);
+  }
   const TRef<IFolderData> top = GetTopFolder();
   fTotalFilesFound = top->GetFiles();
   fNumFolders = top->GetFolders();
   fBytesFound = top->GetSize();
-  IncludeState(rsFinished);
+  fExcludedObjects = pScan.fExcludedObjects;
+  {
+    TCriticalSectionLock lock(fLock);
+    fStorage = pScan.fStorage;
+  }
+  IncludeState(pScan.fWasCancelled ? rsFinished | rsCancelled : rsFinished);
 }
 
 // --- lists beside the tree -----------------------------------------------------------------------------------------
@@ -412,7 +417,8 @@ void TCustomRoot::OfferFiles(IFolderData& pFolder) {
     const TFileRecord& file = (*table)[i];
     if (file.fSize >= fTopSizeList->GetThreshold())
       fTopSizeList->Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
-                         std::u16string(table->NameAt(i))});
+                         std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate,
+                         file.fAttributes});
   }
 }
 

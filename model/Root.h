@@ -86,11 +86,10 @@ class TCustomRoot : public TBaseRoot {
   TRef<IScanFilter> GetScanFilter() const override { return fScanFilter; }
   std::vector<TExclusion> GetExclusions() const override;
   TStorageInformation GetStorageInformation() const override;
-  // Fills the root from a file instead of by a scan: what the file says of the scan, then the tree by the top folder
-  // that this returns, then the end, after which the root is finished like a scanned one. For one thread, while nobody else
-  // knows the root.
-  TRef<TCustomFolderData> BeginLoading(const TLoadedScan& pScan, size_t pTopFiles);
-  void EndLoading();
+  // Fills the root from a file instead of by a scan: the tree through the top folder that this returns, then what the file
+  // says of the scan, after which the root is finished like a scanned one. For one thread, while nobody else knows the root.
+  TRef<TCustomFolderData> BeginLoading();
+  void EndLoading(const TLoadedScan& pScan);
 
   // An optional filter for files; set before a scan.
   void SetExpression(TRef<IExpression> pExpression) { fExpression = std::move(pExpression); }

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "model/HierarchicalInterfaces.h"
 #include "model/ScanFilter.h"
+#include "model/TopSizeList.h"
 
 namespace Kiv {
 
@@ -131,6 +133,7 @@ struct TLoadedScan {
   TRef<IFileAges> fFileAges;  // nullptr when the file holds no ages
   bool fHasExtensions = false;
   bool fHasUsers = false;
+  std::optional<std::vector<TTopSizeEntry>> fTopFiles;  // not set when the root kept no list
 };
 
 // One scanned path with its tree.

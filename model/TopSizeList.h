@@ -19,6 +19,9 @@ struct TTopSizeEntry {
   TKivFileTime fLastChangeDate;
   TRef<IHierarchicalElement> fParentFolder;
   std::u16string fName;
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fCreationDate;
+  TAttributes fAttributes = 0;
 };
 
 // The largest files below a root. Any thread.

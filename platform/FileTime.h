@@ -3,6 +3,7 @@
 #include <compare>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Kiv {
 
@@ -30,6 +31,12 @@ std::string FormatShortDate(TKivFileTime pTime);
 std::string FormatLongTime(TKivFileTime pTime);
 // "2026-11-21 14:03:59" in local time, for tables: sorts as text and has one width. Empty for "no date".
 std::string FormatIsoLocal(TKivFileTime pTime);
+// "2026-11-21T14:03:59Z" in UTC, for files; with as many decimals of the second as the time has, up to seven. Empty for
+// "no date".
+std::string FormatIsoUtc(TKivFileTime pTime);
+// Reads that form, also with an offset ("+01:00") or without any, which counts as UTC, and with a blank for the "T".
+// False for anything else.
+bool TryParseIso(std::string_view pText, TKivFileTime& pTime);
 // Today's local date: "2026-11-21".
 std::u16string CurrentDateText();
 

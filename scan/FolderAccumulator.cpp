@@ -84,7 +84,8 @@ TFileGroupContents TFolderAccumulator::Finish(TCustomFolderData& pFolder) {
     entries.reserve(fTopFiles.size());
     for (TTopFile& file : fTopFiles)
       entries.push_back({file.fValues.fSize, file.fValues.fAllocated, file.fValues.fLastChangeDate,
-                         TRef<IHierarchicalElement>(&pFolder), std::move(file.fName)});
+                         TRef<IHierarchicalElement>(&pFolder), std::move(file.fName), file.fValues.fLastAccessDate,
+                         file.fValues.fCreationDate, file.fValues.fAttributes});
     fTopSizeList->Add(entries);
   }
   return contents;

@@ -1,0 +1,283 @@
+#include "export/XMLExport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "export/XMLUtils.h"
+#include "export/ZipFile.h"
+#include "model/AssocSizeArray.h"
+#include "model/FileAges.h"
+#include "model/TopSizeList.h"
+#include "platform/Errors.h"
+#include "platform/OutputFile.h"
+#include "platform/Paths.h"
+#include "platform/Text.h"
+#include "search/PatternFilter.h"
+
+namespace Kiv::Hierarchical::Exporting::XML {
+
+using XMLUtils::TXMLAttributes;
+using XMLUtils::TXMLUtils;
+
+namespace {
+
+struct TColumnTag {
+  TColumn fColumn;
+  std::string_view fTag;
+};
+
+// Of the tags that the format knows those whose columns the catalogue has.
+constexpr TColumnTag kTags[] = {
+    {TColumn::mdName, "Name"},
+    {TColumn::mdAttributes, "Attributes"},
+    {TColumn::mdPercentOfParent, "Percent"},
+    {TColumn::mdOwner, "Owner"},
+    {TColumn::mdParentPath, "PathWithoutName"},
+    {TColumn::mdCompression, "Compression"},
+    {TColumn::mdDepth, "DirLevel"},
+    {TColumn::mdAverageFileSize, "AverageFileSize"},
+    {TColumn::mdPathLength, "PathLength"},
+};
+
+// Sizes and counts stand in SizeData.
+bool IsSizeColumn(TColumn pColumn) {
+  return pColumn == TColumn::mdSize || pColumn == TColumn::mdAllocated || pColumn == TColumn::mdFiles ||
+         pColumn == TColumn::mdFolders || pColumn == TColumn::mdItems;
+}
+
+void AddSizes(TXMLAttributes& pAttributes, const TBasicSizeValues& pValues) {
+  pAttributes.Add("Size", pValues.fSize);
+  pAttributes.Add("Allocated", pValues.fAllocated);
+  pAttributes.Add("Files", pValues.fFiles);
+}
+
+void AddHalves(TXMLAttributes& pAttributes, std::string_view pLow, std::string_view pHigh, TKivFileTime pTime) {
+  pAttributes.Add(pLow, TXMLUtils::LowHalf(pTime.fTicks));
+  pAttributes.Add(pHigh, TXMLUtils::HighHalf(pTime.fTicks));
+}
+
+// Writes the elements of a pattern list.
+class TPatternWriter : public PatternMatching::IElementWriter {
+ public:
+  explicit TPatternWriter(XMLUtils::TXMLFileStream& pStream) : fStream(pStream) {}
+  void BeginElement(std::u16string_view pName, const PatternMatching::TElementAttributes& pAttributes) override {
+    TXMLAttributes attributes;
+    for (const auto& [name, value] : pAttributes) attributes.Add(ToUtf8(name), value);
+    fNames.push_back(ToUtf8(pName));
+    fStream.StartElement(fNames.back(), attributes);
+  }
+  void EndElement() override {
+    fStream.EndElement(fNames.back());
+    fNames.pop_back();
+  }
+
+ private:
+  XMLUtils::TXMLFileStream& fStream;
+  std::vector<std::string> fNames;
+};
+
+}  // namespace
+
+TCustomXMLExport::TCustomXMLExport(const TMediaSettings& pSettings, std::string pProgramName, std::string pVersion)
+    : TBaseExport(pSettings), fProgramName(std::move(pProgramName)), fVersion(std::move(pVersion)) {
+  SetColumns(
+      {TColumn::mdAttributes, TColumn::mdLastAccess, TColumn::mdLastChange, TColumn::mdCreation, TColumn::mdOwner});
+}
+
+std::string_view TCustomXMLExport::TagOf(TColumn pMetaData) {
+  for (const TColumnTag& tag : kTags)
+    if (tag.fColumn == pMetaData) return tag.fTag;
+  throw EInvalidArgumentValue("TCustomXMLExport.TagOf: pMetaData: the column \"" +
+                              ToUtf8(ColumnInfo(pMetaData).fName) + "\" has no element in XML files");
+}
+
+bool TCustomXMLExport::IsFullExport() const {
+  return Settings().fRecursionLevel.fLevel == TRecursionLevel::kUnlimited &&
+         Settings().fIncludedObjectTypes == (ioFolders | ioFileGroups);
+}
+
+void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!top) throw EInvalidOperation("TCustomXMLExport.Export: the root has not been scanned");
+  XMLUtils::TXMLFileStream stream(pSink);
+  fStream = &stream;
+  fFormat = ValueFormat();
+  fFileAgesDateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  stream.StartDocument();
+  fAttributes.Clear();
+  fAttributes.Add("Type", pRoot.GetPathDelimiter() == u'/' ? "TCustomUnixRoot" : "TFileSystemRoot");
+  stream.StartElement("Root", fAttributes);
+  WriteHeader(pRoot);
+  WalkNodes(*top, *this);
+  stream.EndElement("Root");
+  stream.EndDocument();
+  fStream = nullptr;
+}
+
+void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot) {
+  XMLUtils::TXMLFileStream& stream = *fStream;
+  const TStorageInformation storage = pRoot.GetStorageInformation();
+  stream.AddElement("Application", std::string_view(fProgramName));
+  stream.AddElement("Version", std::string_view(fVersion));
+  stream.AddElement("DateISO", std::string_view(FormatIsoUtc(pRoot.GetScanTimeStamp())));
+  stream.AddElement("Path", TXMLUtils::HtmlEncode(pRoot.GetPath()));
+  WriteFilters(pRoot);
+  stream.AddElement("ExcludedObjects", pRoot.GetProgress().fExcludedObjects);
+  stream.AddElement("Filesystem", storage.fFileSystem);
+  stream.AddElement("BytesPerCluster", storage.fBytesPerCluster);
+  stream.AddElement("FoldersCount", pRoot.GetTopFolder()->GetFolders());
+  stream.AddBooleanElement("IsCompared", false);
+  stream.AddElement("Title", TXMLUtils::HtmlEncode(pRoot.GetTitle()));
+  stream.AddElement("TotalBytesOnDrive", storage.fTotalBytes);
+  stream.AddElement("FreeBytesOnDrive", storage.fFreeBytes);
+  fAttributes.Clear();
+  fAttributes.Add("FileAgesDateType", static_cast<int>(fFileAgesDateType));
+  stream.AddBooleanElement("DoCreateFileAges", fFileAgesDateType != TDateType::dtNone, fAttributes);
+  if (const ITopSizeList* list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list);
+  stream.AddBooleanElement("IsFullExport", IsFullExport());
+}
+
+// The list is parted by type: a reader of the one sort need not know of the other.
+void TCustomXMLExport::WriteFilters(const IHierarchicalRoot& pRoot) {
+  using namespace PatternMatching;
+  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
+  const auto* patterns = dynamic_cast<const Vantrel::TPatternFilter*>(filter.get());
+  if (patterns == nullptr) return;
+  TPatternWriter writer(*fStream);
+  for (const TPatternType type : {TPatternType::ptyInclude, TPatternType::ptyExclude}) {
+    const TRef<IPatterns> part = patterns->GetPatterns()->Clone();
+    for (const TRef<IPattern>& pattern : part->GetItems())
+      if (pattern->GetPatternType() != type) part->Remove(*pattern);
+    const char* name = type == TPatternType::ptyInclude ? "IncludePatterns" : "ExcludePatterns";
+    fStream->StartElement(name);
+    part->WriteToXML(writer);
+    fStream->EndElement(name);
+  }
+}
+
+void TCustomXMLExport::WriteTopSizeListToXML(const ITopSizeList& pList) {
+  fStream->StartElement("TTopSizeFileList");
+  for (const TTopSizeEntry& file : pList.GetSnapshot()) {
+    fAttributes.Clear();
+    fAttributes.Add("name", file.fName);
+    fAttributes.Add("Path", file.fParentFolder->GetFullPath());
+    fAttributes.Add("Size", file.fSize);
+    fAttributes.Add("Allocated", file.fAllocated);
+    fAttributes.Add("FileAttributes", file.fAttributes);
+    AddHalves(fAttributes, "LastChangeLow", "LastChangeHigh", file.fLastChangeDate);
+    AddHalves(fAttributes, "LastAccessLow", "LastAccessHigh", file.fLastAccessDate);
+    fAttributes.Add("CreationDate", file.fCreationDate.fTicks);
+    fStream->AddElement("TopFile", fAttributes);
+  }
+  fStream->EndElement("TTopSizeFileList");
+}
+
+// --- folders -------------------------------------------------------------------------------------------------------
+
+bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
+  IFolderData& folder = *pRow.fNode.AsFolder();
+  fPath = folder.GetFullPath();
+  fAttributes.Clear();
+  fAttributes.Add("fullpath", fPath);
+  fAttributes.AddBoolean("IsFilesNode", folder.IsFileGroup());
+  fStream->StartElement("Folder", fAttributes);
+  for (const TColumn column : Columns()) WriteColumn(folder, column);
+  // How the tree came into being is no property of the folder.
+  fStream->AddElement("FolderState", folder.GetFolderState() & ~fsIsXMLImport);
+  const TSizeValues values = folder.GetValues();
+  fAttributes.Clear();
+  AddSizes(fAttributes, values);
+  fAttributes.Add("Folders", values.fFolders);
+  fAttributes.Add("Compression", static_cast<int>(values.fCompression));
+  fStream->AddElement("SizeData", fAttributes);
+  if (pIsComplete) {
+    WriteStatistics(folder);
+    fStream->EndElement("Folder");
+  }
+  return true;
+}
+
+bool TCustomXMLExport::EndNode(const TExportRow&) {
+  fStream->EndElement("Folder");
+  return true;
+}
+
+void TCustomXMLExport::WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn) {
+  switch (pColumn) {
+    case TColumn::mdAttributes:
+      fStream->AddElement("Attributes", pNode.GetAttributes());
+      return;
+    case TColumn::mdLastAccess:
+      fStream->WriteFileTimeToXMLFile("LastAccessDate", pNode.GetLastAccessDate());
+      return;
+    case TColumn::mdLastChange:
+      fStream->WriteFileTimeToXMLFile("LastChangeDate", pNode.GetLastChangeDate());
+      return;
+    case TColumn::mdCreation:
+      fStream->WriteFileTimeToXMLFile("CreationDate", pNode.GetCreationDate());
+      return;
+    default:
+      break;
+  }
+  if (IsSizeColumn(pColumn)) return;
+  const std::u16string text = pNode.GetFormattedValue(pColumn, fFormat);
+  // Where owners are not collected, every folder would have an empty one.
+  if (pColumn == TColumn::mdOwner && text.empty()) return;
+  fStream->AddElement(TagOf(pColumn), text);
+}
+
+void TCustomXMLExport::WriteStatistics(const IFolderData& pFolder) {
+  if (const auto extensions = pFolder.GetExtensionSizeArray()) WriteSizeArray("TExtensionSizeArray", *extensions);
+  if (const auto users = pFolder.GetUserSizeArray()) WriteSizeArray("TUserSizeArray", *users);
+  if (fFileAgesDateType == TDateType::dtNone) return;
+  if (const auto ages = pFolder.GetFileAgeDistribution(fFileAgesDateType)) WriteFileAges(*ages);
+}
+
+void TCustomXMLExport::WriteSizeArray(std::string_view pName, const ICustomAssocSizeArray& pArray) {
+  std::vector<TKeyedSizeValues> entries = pArray.GetEntries();
+  std::sort(entries.begin(), entries.end(), TCustomAssocSizeArray::TSizeArrayComparer(TColumn::mdSize));
+  fStream->StartElement(pName);
+  for (const TKeyedSizeValues& entry : entries) {
+    fAttributes.Clear();
+    fAttributes.Add("name", TextOfKey(entry.fKey));
+    AddSizes(fAttributes, entry.fValues);
+    fStream->AddElement("Item", fAttributes);
+  }
+  fStream->EndElement(pName);
+}
+
+// One attribute per interval, "Days_" and its bound, with size, allocated size and files.
+void TCustomXMLExport::WriteFileAges(const IFileAgeDistribution& pAges) {
+  const TRef<IFileAges> bounds = pAges.GetFileAges();
+  fAttributes.Clear();
+  for (int i = 0; i < bounds->GetCount(); ++i) {
+    const TBasicSizeValues values = pAges.GetRecord(i);
+    fAttributes.Add(fmt::format("Days_{}", bounds->GetItem(i)),
+                    std::string_view(fmt::format("{} {} {}", values.fSize, values.fAllocated, values.fFiles)));
+  }
+  fStream->AddElement("FileAgeDistribution", fAttributes);
+}
+
+void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath) {
+  constexpr std::u16string_view kZip = u".zip";
+  constexpr std::u16string_view kXML = u".xml";
+  auto endsWith = [](std::u16string_view pName, std::u16string_view pSuffix) {
+    return pName.size() > pSuffix.size() && SameTextAscii(pName.substr(pName.size() - pSuffix.size()), pSuffix);
+  };
+  if (!endsWith(pPath, kZip)) {
+    TOutputFile file(pPath);
+    pExport.Export(pRoot, file);
+    file.Commit();
+    return;
+  }
+  // "data.xml.zip" and "data.zip" both hold "data.xml".
+  std::u16string entry(FileNameOfPath(pPath, NativePathDelimiter()));
+  entry.resize(entry.size() - kZip.size());
+  if (!endsWith(entry, kXML)) entry += kXML;
+  Zip::TZipOutput archive(pPath, entry, pRoot.GetScanTimeStamp());
+  pExport.Export(pRoot, archive);
+  archive.Commit();
+}
+
+}  // namespace Kiv::Hierarchical::Exporting::XML

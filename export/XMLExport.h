@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+
+#include "export/HierarchicalExport.h"
+#include "export/XMLFileStream.h"
+
+namespace Kiv::Hierarchical::Exporting::XML {
+
+// Writes a root as an XML scan file: what is known of the scan, then one element per folder, nested as the folders are.
+// docs/xml-scan-file.md describes the format. The same tree gives the same bytes, but for the date of the scan.
+//
+// Statistics are written for folders that nothing follows beneath; those of the others are the sums of them.
+class TCustomXMLExport : public TBaseExport, private IExportVisitor {
+ public:
+  TCustomXMLExport(const TMediaSettings& pSettings, std::string pProgramName, std::string pVersion);
+  TMediaType MediaType() const override { return TMediaType::mtXML; }
+
+  // Writes the root's tree as it is at this moment; no scan should be running. What the sink throws comes through.
+  void Export(IHierarchicalRoot& pRoot, IByteSink& pSink);
+
+  // The element of a column. EInvalidArgumentValue, argument "pMetaData", for a column that has none.
+  static std::string_view TagOf(TColumn pMetaData);
+
+ private:
+  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TExportRow& pRow) override;
+
+  void WriteHeader(IHierarchicalRoot& pRoot);
+  void WriteFilters(const IHierarchicalRoot& pRoot);
+  void WriteTopSizeListToXML(const ITopSizeList& pList);
+  void WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn);
+  void WriteStatistics(const IFolderData& pFolder);
+  void WriteSizeArray(std::string_view pName, const ICustomAssocSizeArray& pArray);
+  void WriteFileAges(const IFileAgeDistribution& pAges);
+  bool IsFullExport() const;
+
+  const std::string fProgramName;
+  const std::string fVersion;
+  // While an export runs.
+  XMLUtils::TXMLFileStream* fStream = nullptr;
+  XMLUtils::TXMLAttributes fAttributes;
+  TValueFormat fFormat;
+  TDateType fFileAgesDateType = TDateType::dtNone;
+  std::u16string fPath;  // of the node; a folder's is put together from its parent's
+};
+
+// Exports to a file; one whose name ends in ".zip" becomes an archive that holds it. The file takes its place when it is
+// complete; an earlier one stays untouched until then. EOSError when it cannot be written.
+void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath);
+
+}  // namespace Kiv::Hierarchical::Exporting::XML
