@@ -1,10 +1,9 @@
-#include "platform/OutputFile.h"
-
 #include <gmock/gmock.h>
 
 #include <filesystem>
 
 #include "platform/Errors.h"
+#include "platform/OutputFile.h"
 #include "platform/Text.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -70,8 +69,8 @@ TEST(OutputFile, SaysAtOnceWhatCannotBeWritten) {
   TTemporaryFolder folder;
   std::filesystem::create_directory(folder.Path() / "folder");
   folder.Put("file", "earlier");
-  for (const std::u16string& path :
-       {folder.File("folder"), folder.File("missing/x"), folder.File("file/x"), folder.File("new/"), std::u16string()}) {
+  for (const std::u16string& path : {folder.File("folder"), folder.File("missing/x"), folder.File("file/x"),
+                                     folder.File("new/"), std::u16string()}) {
     try {
       TOutputFile file(path);
       ADD_FAILURE() << ToUtf8(path);

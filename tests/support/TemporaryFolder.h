@@ -39,9 +39,7 @@ class TTemporaryFolder {
   std::string Get(std::string_view pName) const { return Kiv::ReadFileContents(File(pName), size_t{1} << 30); }
 
   // What lies in the folder, links not followed.
-  size_t Count() const {
-    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(fPath), {}));
-  }
+  size_t Count() const { return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(fPath), {})); }
 
  private:
   std::filesystem::path fPath;
