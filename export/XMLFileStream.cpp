@@ -135,7 +135,7 @@ bool TXMLBuffer::AppendEscaped(std::u16string_view pText, bool pInAttribute) {
   bool held = true;
   while (!pText.empty()) {
     size_t length = std::min(pText.size(), kPiece);
-    if (length < pText.size() && IsLead(pText[length - 1])) ++length;  // its other half may follow
+    while (length < pText.size() && IsLead(pText[length - 1])) ++length;  // its other half may follow
     char* room = Reserve(length * kLongestEscape + kSpare);
     Advance(PutEscaped(room, pText.substr(0, length), table, held));
     pText.remove_prefix(length);

@@ -80,8 +80,8 @@ class TXMLAttributes {
 // an element's text comes before its child elements. An element without content is closed in the short form.
 //
 // A call that would make the document ill-formed fails with EInvalidOperation or EInvalidArgumentValue; names are taken
-// as they are. What the sink throws comes through. The sink gets large pieces, the last one by EndDocument; it belongs to
-// the caller and must live as long. For one thread at a time.
+// as they are. What the sink throws comes through. The sink gets large pieces, the last one by EndDocument; it belongs
+// to the caller and must live as long. For one thread at a time.
 class TXMLFileStream {
  public:
   explicit TXMLFileStream(IByteSink& pSink) : fSink(pSink) {}
@@ -92,7 +92,9 @@ class TXMLFileStream {
   // All elements must be closed.
   void EndDocument();
 
-  void StartElement(std::string_view pName, const TXMLAttributes& pAttributes = {}) { Start(pName, pAttributes, false); }
+  void StartElement(std::string_view pName, const TXMLAttributes& pAttributes = {}) {
+    Start(pName, pAttributes, false);
+  }
   // Closes the innermost element, whose name it must be.
   void EndElement(std::string_view pName);
   // An element with a text. One that XML cannot hold as it is comes with a second form as an attribute, see

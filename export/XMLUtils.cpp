@@ -139,7 +139,8 @@ std::u16string TXMLUtils::HtmlEncode(std::u16string_view pText) {
 }
 
 std::u16string TXMLUtils::HtmlDecode(std::u16string_view pText) {
-  constexpr size_t kLongestName = 16;  // looked for no further, so that a text full of "&" costs no square of its length
+  constexpr size_t kLongestName =
+      16;  // looked for no further, so that a text full of "&" costs no square of its length
   std::u16string result;
   result.reserve(pText.size());
   while (!pText.empty()) {
@@ -194,7 +195,9 @@ bool TXMLUtils::TryJoinHalves(int64_t pLow, int64_t pHigh, int64_t& pTicks) {
   return true;
 }
 
-bool TXMLUtils::CanHold(std::u16string_view pText) { return HeldPrefix(pText) == pText.size(); }
+bool TXMLUtils::CanHold(std::u16string_view pText) {
+  return HeldPrefix(pText) == pText.size();
+}
 
 std::u16string TXMLUtils::EscapeUnits(std::u16string_view pText) {
   std::u16string result;

@@ -13,7 +13,9 @@ constexpr size_t kBufferSize = 128 * 1024;
 
 }  // namespace
 
-TFileStream::TFileStream(TFileStream&& pOther) noexcept { *this = std::move(pOther); }
+TFileStream::TFileStream(TFileStream&& pOther) noexcept {
+  *this = std::move(pOther);
+}
 
 TFileStream& TFileStream::operator=(TFileStream&& pOther) noexcept {
   std::swap(fHandle, pOther.fHandle);
@@ -24,7 +26,9 @@ TFileStream& TFileStream::operator=(TFileStream&& pOther) noexcept {
   return *this;
 }
 
-TFileStream::~TFileStream() { CloseNow(); }
+TFileStream::~TFileStream() {
+  CloseNow();
+}
 
 void TFileStream::Write(std::string_view pBytes) {
   if (fBuffer.size() + pBytes.size() < kBufferSize) {

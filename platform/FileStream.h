@@ -37,6 +37,8 @@ class TFileStream final : public IByteSink, public IByteSource {
   // Both flush first. The position is from the start; a pipe has none.
   void Seek(uint64_t pPosition);
   uint64_t Size();
+  // Whether it has positions, as files have and pipes have not.
+  bool CanSeek() const;
 
   // Hands what Write collected to the system.
   void Flush();

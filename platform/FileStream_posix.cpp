@@ -69,6 +69,10 @@ void TFileStream::Seek(uint64_t pPosition) {
   if (lseek(Descriptor(fHandle), static_cast<off_t>(pPosition), SEEK_SET) < 0) Fail(LastError(), "Seeking in a file");
 }
 
+bool TFileStream::CanSeek() const {
+  return lseek(Descriptor(fHandle), 0, SEEK_CUR) >= 0;
+}
+
 uint64_t TFileStream::Size() {
   Flush();
   struct stat info {};

@@ -63,6 +63,10 @@ void TFileStream::Seek(uint64_t pPosition) {
   if (!SetFilePointerEx(Handle(fHandle), position, nullptr, FILE_BEGIN)) Fail(GetLastError(), "Seeking in a file");
 }
 
+bool TFileStream::CanSeek() const {
+  return GetFileType(Handle(fHandle)) == FILE_TYPE_DISK;
+}
+
 uint64_t TFileStream::Size() {
   Flush();
   LARGE_INTEGER size;

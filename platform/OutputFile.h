@@ -15,10 +15,11 @@ namespace Kiv {
 //
 // The new file has the permissions of the one it replaces. A target that is a symbolic link stays one: what it points
 // to is replaced. Of several hard links the one that is named is replaced, the others keep the earlier contents. A
-// device, a pipe or one of the process's own streams ("/dev/stdout", "NUL") is written directly, and Commit only flushes.
+// device, a pipe or one of the process's own streams ("/dev/stdout", "NUL") is written directly, and Commit only
+// flushes.
 //
-// Every failure is an EOSError: at once when the target is a folder, may not be written or lies in no folder, later when
-// the disk is full. For one thread at a time.
+// Every failure is an EOSError: at once when the target is a folder, may not be written or lies in no folder, later
+// when the disk is full. For one thread at a time.
 class TOutputFile final : public IByteSink {
  public:
   explicit TOutputFile(const std::u16string& pPath);

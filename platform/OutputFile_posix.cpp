@@ -38,16 +38,16 @@ bool IsLinkOfKernel(const std::string& pLink) {
 }
 
 // Follows the links of the last part only, so that a link which leads nowhere still says where the file is to be.
-// Stops at a link of the kernel.
+// Stops at a link of the kernel. Empty when the links go in a circle.
 std::string FollowLinks(std::string pPath) {
   for (int links = 0; links < kMostLinks; ++links) {
     char target[PATH_MAX];
     const ssize_t length = readlink(pPath.c_str(), target, sizeof target);
-    if (length <= 0 || IsLinkOfKernel(pPath)) break;
+    if (length <= 0 || IsLinkOfKernel(pPath)) return pPath;
     const std::string next(target, static_cast<size_t>(length));
     pPath = next[0] == '/' ? next : FolderPart(pPath) + next;
   }
-  return pPath;
+  return {};
 }
 
 // One of the process's own streams is shared, and not opened again: a second position in the same file would overwrite
@@ -82,6 +82,7 @@ void TOutputFile::Open() {
   const std::string path = ToNativeBytes(fPath);
   if (path.empty() || path.find('\0') != std::string::npos) fail(EINVAL, "Creating a file");
   const std::string target = FollowLinks(path);
+  if (target.empty()) fail(ELOOP, "Creating a file");
   fTarget = FromNativeBytes(target);
   struct stat earlier {};
   const bool exists = stat(target.c_str(), &earlier) == 0;

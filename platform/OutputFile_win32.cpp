@@ -17,8 +17,8 @@ HANDLE OpenExisting(const std::u16string& pPath) {
   return CreateFileW(Wide(pPath), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-// The earlier file's access list and attributes, as far as the process may set them. ReplaceFileW would do the same, but
-// a failure half way leaves nothing at the target.
+// The earlier file's access list and attributes, as far as the process may set them. ReplaceFileW would do the same,
+// but a failure half way leaves nothing at the target.
 void CopyPermissions(const std::u16string& pFrom, const std::u16string& pTo) {
   DWORD size = 0;
   GetFileSecurityW(Wide(pFrom), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
