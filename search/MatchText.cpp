@@ -16,6 +16,7 @@ void TMatchText::Fold() {
     fFolded[at] = static_cast<char16_t>(unit - (unit >= u'a' && unit <= u'z' ? u'a' - u'A' : 0));
   }
   if (all >= 0x80) std::transform(fText.begin(), fText.end(), fFolded.begin(), UpcaseUnit);
+  fUnits = UnitsOf(fFolded);
   fIsFolded = true;
 }
 

@@ -9,7 +9,7 @@ void TPatternItem::SetFolder(std::u16string_view pPath) {
   fFolderPrefix = pPath;
   fFolderLength = pPath.size();
   if (!fFolderPrefix.empty() && fFolderPrefix.back() != fDelimiter) fFolderPrefix += fDelimiter;
-  fFoldedPrefix = TMatchText(fFolderPrefix).Folded();
+  fPathHasPrefix = false;
 }
 
 void TPatternItem::SetEntry(const IHierarchicalEnumerator& pEntry) {
@@ -56,14 +56,24 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
   pText.fText.Set(pText.fBuffer);
 }
 
+// Of the entries of one folder only the end of the path differs.
 void TPatternItem::FillFullPath(TColumnText& pText) {
   if (fEntry == nullptr) {
     pText.fBuffer = fObject->GetFullPath();
     pText.fText.Set(pText.fBuffer);
+    fPathHasPrefix = false;
     return;
   }
-  (pText.fBuffer = fFolderPrefix) += fObject->GetObjectName();
-  pText.fText.Set(pText.fBuffer, fFoldedPrefix, TextOf(TColumn::mdName).Folded());
+  if (!fPathHasPrefix) {
+    pText.fBuffer = fFolderPrefix;
+    pText.fText.Set(pText.fBuffer);
+    fPrefixUnits = pText.fText.Units();
+    fPathHasPrefix = true;
+  }
+  pText.fBuffer.resize(fFolderPrefix.size());
+  pText.fBuffer += fObject->GetObjectName();
+  TMatchText& name = TextOf(TColumn::mdName);
+  pText.fText.SetBehind(fFolderPrefix.size(), pText.fBuffer, name.Folded(), fPrefixUnits | name.Units());
 }
 
 void TPatternItem::FillOwner(TColumnText& pText) {

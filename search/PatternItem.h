@@ -30,7 +30,7 @@ class TPatternItem {
   // show them. Empty when there is none. Good until the next entry is set.
   TMatchText& TextOf(TColumn pColumn) {
     const auto index = static_cast<size_t>(pColumn);
-    if (!fFilled.test(index)) Fill(pColumn, fTexts[index]);
+    if (!fFilled[index]) Fill(pColumn, fTexts[index]);
     return fTexts[index].fText;
   }
 
@@ -47,7 +47,8 @@ class TPatternItem {
 
   const char16_t fDelimiter;
   std::u16string fFolderPrefix;  // with its delimiter
-  std::u16string fFoldedPrefix;  // the same as letters are compared: folded once, not for every entry
+  bool fPathHasPrefix = false;   // the text of the full path begins with it
+  TUnitSet fPrefixUnits = 0;     // of it, once folded
   size_t fFolderLength = 0;      // without it
   const IHierarchicalBase* fObject = nullptr;
   const IHierarchicalEnumerator* fEntry = nullptr;  // fObject, when it is an enumerator

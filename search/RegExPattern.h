@@ -1,9 +1,9 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <memory>
 
-#include "platform/CriticalSection.h"
 #include "search/CustomPattern.h"
 #include "search/RegularExpression.h"
 
@@ -36,15 +36,15 @@ class TRegExPattern : public TCustomPattern {
   void AssignMore(const TCustomPattern& pSource) override;
 
  private:
-  // The compiled expression has work space of its own, which one match at a time can use. A thread that finds it in use
-  // takes the next: waiting for a lock is a system call, and takes longer than most matches.
-  struct TSlot {
-    TCriticalSection fLock;
-    std::unique_ptr<TRegularExpression> fExpression GUARDED_BY(fLock);  // compiled on first use
+  // The compiled expression has work space of its own, which one match at a time can use. So each thread has a slot of
+  // its own as long as there are slots, and takes another one when that is in use: waiting for a lock is a system call,
+  // and even passing one to and fro between processors takes longer than most matches.
+  struct alignas(64) TSlot {
+    std::atomic<bool> fInUse{false};
+    std::unique_ptr<TRegularExpression> fExpression;  // compiled on first use; for who has the slot in use
   };
   static constexpr size_t kSlots = 16;
-
-  TRegularExpression& Compiled(TSlot& pSlot) const REQUIRES(pSlot.fLock);
+  class TSlotInUse;
 
   bool fCaseSensitive;
   mutable std::array<TSlot, kSlots> fSlots;

@@ -106,8 +106,10 @@ int CountCall(pcre2_callout_block*, void* pCallsLeft) {
 struct TRegularExpression::TCompiled {
   TCompiled(std::u16string_view pExpression, bool pCaseSensitive);
   void PrepareMatching();
-  // What is matched against a text of that length.
-  const pcre2_code* CodeFor(size_t pLength);
+  // As pcre2_match.
+  int Match(std::u16string_view pText);
+  // What is matched against a long text: nullptr when it would be too large.
+  const pcre2_code* CountedCode();
 
   std::u16string fExpression;
   uint32_t fOptions;
@@ -115,6 +117,7 @@ struct TRegularExpression::TCompiled {
   TCode fCode;
   TCode fCountedCode;  // made for the first long text; null when the calls make it too large
   bool fIsCountedCodeMade = false;
+  bool fIsJitCompiled = false;  // fCode is
   TMatchData fMatchData;
   TJitStack fJitStack;
   TMatchContext fMatchContext;
@@ -134,6 +137,8 @@ void TRegularExpression::TCompiled::PrepareMatching() {
   fMatchData.reset(pcre2_match_data_create(1, nullptr));  // where the match lies is of no interest
   fMatchContext.reset(pcre2_match_context_create(nullptr));
   if (!fMatchData || !fMatchContext) throw std::bad_alloc();
+  size_t jitSize = 0;
+  fIsJitCompiled = pcre2_pattern_info(fCode.get(), PCRE2_INFO_JITSIZE, &jitSize) == 0 && jitSize > 0;
   pcre2_set_match_limit(fMatchContext.get(), kMatchLimit);
   pcre2_set_depth_limit(fMatchContext.get(), kDepthLimit);
   pcre2_set_heap_limit(fMatchContext.get(), kHeapLimitKiB);
@@ -142,14 +147,23 @@ void TRegularExpression::TCompiled::PrepareMatching() {
   if (fJitStack) pcre2_jit_stack_assign(fMatchContext.get(), nullptr, fJitStack.get());
 }
 
-const pcre2_code* TRegularExpression::TCompiled::CodeFor(size_t pLength) {
-  if (pLength <= kLongText) return fCode.get();
+int TRegularExpression::TCompiled::Match(std::u16string_view pText) {
+  const pcre2_code* counted = pText.size() > kLongText ? CountedCode() : nullptr;
+  fCallsLeft = counted ? MostCalls(pText.size()) : kMatchLimit;
+  // The direct way into the compiled form leaves out tests of the arguments, which take as long as most matches. Texts
+  // that are no good UTF-16 are safe there too, since the expression was compiled for them.
+  const auto match = counted == nullptr && fIsJitCompiled ? pcre2_jit_match : pcre2_match;
+  return match(counted ? counted : fCode.get(), Units(pText), pText.size(), 0, 0, fMatchData.get(),
+               fMatchContext.get());
+}
+
+const pcre2_code* TRegularExpression::TCompiled::CountedCode() {
   if (!fIsCountedCodeMade) {
     fIsCountedCodeMade = true;
     std::string error;
     fCountedCode = Compile(fExpression, fOptions | PCRE2_AUTO_CALLOUT, error);
   }
-  return fCountedCode ? fCountedCode.get() : fCode.get();
+  return fCountedCode.get();
 }
 
 TRegularExpression::TRegularExpression(std::u16string_view pExpression, bool pCaseSensitive)
@@ -168,9 +182,7 @@ const std::string& TRegularExpression::ErrorText() const {
 bool TRegularExpression::Matches(std::u16string_view pText) {
   TCompiled& compiled = *fCompiled;
   if (!compiled.fCode || compiled.fGivenUp >= kMostGivenUp) return false;
-  compiled.fCallsLeft = MostCalls(pText.size());
-  const int result = pcre2_match(compiled.CodeFor(pText.size()), Units(pText), pText.size(), 0, 0,
-                                 compiled.fMatchData.get(), compiled.fMatchContext.get());
+  const int result = compiled.Match(pText);
   // Whatever else than an answer came back, it was one limit or another.
   if (result < 0 && result != PCRE2_ERROR_NOMATCH) ++compiled.fGivenUp;
   return result >= 0;

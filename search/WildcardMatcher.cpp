@@ -45,23 +45,27 @@ class TPlainMask {
   }
 
   // For a mask that fits, in upper case.
-  explicit TPlainMask(std::u16string_view pMask) : fBegin(pMask.substr(0, pMask.find(u'*'))) {
+  explicit TPlainMask(std::u16string_view pMask)
+      : fUnits(UnitsOf(pMask)), fBegin(pMask.substr(0, pMask.find(u'*'))) {
     if (fBegin.size() == pMask.size()) return;
     fIsOpen = true;
     const size_t last = pMask.rfind(u'*');
     fMiddle = Trimmed(pMask.substr(fBegin.size(), last + 1 - fBegin.size()));
     fEnd = pMask.substr(last + 1);
+    fUnits = UnitsOf(fBegin) | UnitsOf(fMiddle) | UnitsOf(fEnd);
   }
 
   bool MatchesAll() const { return fIsOpen && fBegin.empty() && fMiddle.empty() && fEnd.empty(); }
 
-  bool Matches(std::u16string_view pText) const {
-    if (!fIsOpen) return pText == fBegin;
-    if (pText.size() < fBegin.size() + fMiddle.size() + fEnd.size()) return false;  // they must not overlap
-    if (!pText.starts_with(fBegin) || !pText.ends_with(fEnd)) return false;
-    pText.remove_prefix(fBegin.size());
-    pText.remove_suffix(fEnd.size());
-    return fMiddle.empty() || Holds(pText, fMiddle);
+  bool Matches(TMatchText& pText) const {
+    if ((fUnits & ~pText.Units()) != 0) return false;
+    std::u16string_view text = pText.Folded();
+    if (!fIsOpen) return text == fBegin;
+    if (text.size() < fBegin.size() + fMiddle.size() + fEnd.size()) return false;  // they must not overlap
+    if (!text.starts_with(fBegin) || !text.ends_with(fEnd)) return false;
+    text.remove_prefix(fBegin.size());
+    text.remove_suffix(fEnd.size());
+    return fMiddle.empty() || Holds(text, fMiddle);
   }
 
  private:
@@ -71,6 +75,7 @@ class TPlainMask {
     return begin == kNone ? std::u16string_view() : pText.substr(begin, pText.find_last_not_of(u'*') + 1 - begin);
   }
 
+  TUnitSet fUnits;  // that a text must have
   std::u16string fBegin;
   std::u16string fMiddle;
   std::u16string fEnd;
@@ -86,7 +91,7 @@ class TAllMatcher : public IWildcardMatcher {
 class TPlainMatcher : public IWildcardMatcher {
  public:
   explicit TPlainMatcher(TPlainMask pMask) : fMask(std::move(pMask)) {}
-  bool Matches(TMatchText& pText) const override { return fMask.Matches(pText.Folded()); }
+  bool Matches(TMatchText& pText) const override { return fMask.Matches(pText); }
   TWildcardShape Shape() const override { return TWildcardShape::wsPlain; }
 
  private:
@@ -128,10 +133,9 @@ class TListMatcher : public IWildcardMatcher {
       : fList(std::move(pList)), fOthers(fList.fOthers.empty() ? nullptr : CreateGeneralMatcher(fList.fOthers)) {}
 
   bool Matches(TMatchText& pText) const override {
-    const std::u16string_view folded = pText.Folded();
-    if (!fList.fExtensions.IsEmpty() && fList.fExtensions.Matches(folded)) return true;
+    if (!fList.fExtensions.IsEmpty() && fList.fExtensions.Matches(pText.Folded())) return true;
     for (const TPlainMask& mask : fList.fPlain)
-      if (mask.Matches(folded)) return true;
+      if (mask.Matches(pText)) return true;
     return fOthers && fOthers->Matches(pText);
   }
 
@@ -160,9 +164,13 @@ class TGuardedMatcher : public IWildcardMatcher {
       if (end - begin > fInside.size()) fInside = mask.substr(begin, end - begin);
       begin = end + 1;
     }
+    std::u16string fixed(mask);
+    std::erase_if(fixed, [&](char16_t pUnit) { return kWildcards.find(pUnit) != kNone; });
+    fUnits = UnitsOf(fixed);
   }
 
   bool Matches(TMatchText& pText) const override {
+    if ((fUnits & ~pText.Units()) != 0) return false;
     const std::u16string_view folded = pText.Folded();
     return folded.starts_with(fBegin) && folded.ends_with(fEnd) && (fInside.empty() || Holds(folded, fInside)) &&
            fGeneral->Matches(pText);
@@ -171,6 +179,7 @@ class TGuardedMatcher : public IWildcardMatcher {
 
  private:
   const std::unique_ptr<const IWildcardMatcher> fGeneral;
+  TUnitSet fUnits = 0;  // that a text must have
   std::u16string fBegin;
   std::u16string fEnd;
   std::u16string fInside;

@@ -140,9 +140,11 @@ bool TWildcardPattern::MatchesText(TMatchText& pText) {
 
 bool TWildcardPattern::MatchesNoExtension(TMatchText& pText) const {
   const std::u16string_view text = pText.Text();
+  // Most often the match says no, and then nobody need look for dots.
+  const bool mayHaveDelimiter = (pText.Units() & UnitsOf(std::u16string(1, PathDelimiter()))) != 0;
+  const size_t delimiter = mayHaveDelimiter ? text.rfind(PathDelimiter()) : kNone;
+  if (delimiter == kNone) return fMatcher->Matches(pText) && text.find(u'.') == kNone;
   if (text.find(u'.') == kNone) return fMatcher->Matches(pText);
-  const size_t delimiter = text.rfind(PathDelimiter());
-  if (delimiter == kNone) return false;
   if (GetTarget() == FullPathTarget() && !fMatcher->Matches(pText)) return false;
   const std::u16string_view name = text.substr(delimiter + 1);
   return !name.empty() && name.find(u'.') == kNone;

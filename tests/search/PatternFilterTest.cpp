@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "model/ScanRoots.h"
+#include "model/Root.h"
 #include "platform/Text.h"
 #include "search/PatternList.h"
 #include "tests/support/MemoryServices.h"
@@ -64,12 +64,11 @@ struct TScan {
     options->CollectOwners = true;
     auto services = MakeRef<TMemoryServices>();
     services->fStorages[u"/memory"] = std::move(pStorage);
-    fRoots = CreateScanRoots(services, options);
-    fRoot = fRoots->CreateRoot(u"/memory");
+    fRoot = MakeRef<TCustomUnixRoot>(u"/memory", u"", services, options, nullptr);
     fRoot->SetScanFilter(MakeRef<TPatternFilter>(std::move(pPatterns)));
     Run();
   }
-  ~TScan() { fRoots->Dispose(); }
+  ~TScan() { fRoot->Dispose(); }
   void Run() {
     fRoot->Scan();
     EXPECT_TRUE(fRoot->WaitForScan(kForever));
@@ -80,7 +79,6 @@ struct TScan {
       text += "; " + std::to_string(exclusion.fObjects) + " " + ToUtf8(exclusion.fReason);
     return text;
   }
-  TRef<IScanRoots> fRoots;
   TRef<IHierarchicalRoot> fRoot;
 };
 
