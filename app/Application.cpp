@@ -5,11 +5,14 @@
 #include <algorithm>
 #include <atomic>
 #include <clocale>
+#include <future>
 
 #include "app/ConsoleOutput.h"
 #include "app/Version.h"
 #include "automation/ExitCodes.h"
+#include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
+#include "export/XMLReader.h"
 #include "model/ScanRoots.h"
 #include "platform/Console.h"
 #include "platform/Errors.h"
@@ -99,7 +102,50 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
     return WriteLines(state.fHelpTopic.empty() ? CommandLine::HelpText() : CommandLine::OptionsHelpText());
   if (state.fVersion) return WriteLines({VersionText(fSettings.fPlatformName)});
   fPatterns = state.fPatterns;
-  return ScanPaths(state.fPaths);
+  return OpenAndScan(state);
+}
+
+int TApplication::OpenAndScan(const CommandLine::TCommandLineState& pState) {
+  if (!pState.fXMLFile.empty())
+    fActions.Add(std::make_unique<PostScanActions::TFileExportPostScanAction>(
+        fActions, Hierarchical::Exporting::TMediaType::mtXML, AbsolutePath(pState.fXMLFile), kProgramName, kVersion));
+  TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
+  int result = ecOk;
+  for (const std::u16string& files : pState.fOpenFiles) result = std::max(result, OpenFiles(*roots, files));
+  if (result != ecOutputFailed) result = std::max(result, ScanPaths(*roots, pState.fPaths));
+  if (fSettings.fLeaveQuickly) {
+    roots.detach();
+  } else {
+    roots->Dispose();
+  }
+  return result;
+}
+
+// Loads on a thread of its own, so that progress is shown and a signal stops it.
+int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
+  using namespace Vantrel::XML::Parser;
+  std::atomic<uint64_t> bytesRead{0};
+  auto load = std::async(std::launch::async, [&] {
+    return TQZXMLReader::LoadFromFile(pFiles, pRoots, [&](const std::u16string&, uint64_t pBytes) {
+      bytesRead.store(pBytes, std::memory_order_relaxed);
+      return !gCancelRequested.load(std::memory_order_relaxed);
+    });
+  });
+  while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready)
+    if (fSettings.fShowProgress)
+      TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
+  if (fSettings.fShowProgress) TConsole::ClearProgress();
+  try {
+    int result = ecOk;
+    for (const TLoadedRoot& loaded : load.get()) {
+      for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
+      result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
+    }
+    return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
+  } catch (const EScanFileError& error) {
+    fSettings.fWriteError(error.what());
+    return ecPathNotFound;
+  }
 }
 
 int TApplication::WriteLines(const std::vector<std::string>& pLines) {
@@ -109,9 +155,8 @@ int TApplication::WriteLines(const std::vector<std::string>& pLines) {
 }
 
 // One path after the other: scans side by side would take turns on the same drive and on the same threads.
-int TApplication::ScanPaths(const std::vector<std::u16string>& pPaths) {
+int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string>& pPaths) {
   const std::vector<std::u16string> paths = WithoutRepeatedPaths(pPaths);
-  TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
   int result = ecOk;
   fPathsLeft = paths.size();
   for (const std::u16string& path : paths) {
@@ -121,13 +166,8 @@ int TApplication::ScanPaths(const std::vector<std::u16string>& pPaths) {
       continue;
     }
     --fPathsLeft;
-    result = std::max(result, ScanPath(*roots, path));
+    result = std::max(result, ScanPath(pRoots, path));
     if (result == ecOutputFailed) break;  // nobody would see the other reports
-  }
-  if (fSettings.fLeaveQuickly) {
-    roots.detach();
-  } else {
-    roots->Dispose();
   }
   return result;
 }
@@ -168,12 +208,19 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
     fSettings.fWriteError("Cannot scan " + Quoted(pPath) + ": " + reason);
     return ecPathNotFound;
   }
-  if (!fActions.PerformPostProcessActions(&pRoot, pRoots)) {
-    fSettings.fWriteError("The report could not be written");
-    return ecOutputFailed;
-  }
+  if (PerformActions(pRoots, pRoot) != ecOk) return ecOutputFailed;
   if (state & rsCancelled) return ecCancelled;
   return (state & rsHasErrors) ? ecIncomplete : ecOk;
+}
+
+int TApplication::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
+  try {
+    if (fActions.PerformPostProcessActions(&pRoot, pRoots)) return ecOk;
+    fSettings.fWriteError("The report could not be written");
+  } catch (const EOSError& error) {
+    fSettings.fWriteError(error.what());
+  }
+  return ecOutputFailed;
 }
 
 // A path inside another one stays: whoever names both wants to see both. The very same path twice is a slip.

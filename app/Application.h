@@ -54,10 +54,13 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
 
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);
-  int ScanPaths(const std::vector<std::u16string>& pPaths);
+  int OpenAndScan(const CommandLine::TCommandLineState& pState);
+  int OpenFiles(Kiv::IScanRoots& pRoots, const std::u16string& pFiles);
+  int ScanPaths(Kiv::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
   int ScanPath(Kiv::IScanRoots& pRoots, const std::u16string& pPath);
   void WriteWarnings(const Kiv::IScanFilter& pFilter);
   int ReportRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot, const std::u16string& pPath);
+  int PerformActions(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot);
   void WaitForScan(Kiv::IHierarchicalRoot& pRoot);
   std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
 

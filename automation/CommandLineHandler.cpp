@@ -159,7 +159,10 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 }
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
-  if (fErrors.empty() && fState.fPaths.empty() && !fState.fHelp && !fState.fVersion) {
+  const bool namesNothing = fState.fPaths.empty() && fState.fOpenFiles.empty();
+  if (fState.fPaths.size() > 1 && !fState.fXMLFile.empty())
+    fErrors.push_back("Several scans cannot go into one XML file. Run Vantrel for each of them.");
+  if (fErrors.empty() && namesNothing && !fState.fHelp && !fState.fVersion) {
     fErrors.push_back(
         fState.fUnattended
             ? "No valid command line option was passed in non-UI mode. Please see help file for a list of "

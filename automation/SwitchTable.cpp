@@ -59,11 +59,21 @@ void ImportPatterns(TCommandLineState& pState, std::u16string_view pFile) {
   PatternsOf(pState).AddRange(*CreatePatternsFromFile(std::u16string(pFile), TPatternType::ptyInclude));
 }
 
+void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
+  pState.fOpenFiles.emplace_back(pFiles);
+}
+
+void ExportXML(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fXMLFile = pFile;
+}
+
 constexpr TSwitch kSwitches[] = {
     {{u"SCAN", TValueKind::vkPaths, true}, "PATH[;PATH]...", "scan these paths", AddPaths},
     {{u"FILTER", TValueKind::vkPattern, true}, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", TValueKind::vkPattern, true}, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", TValueKind::vkText, true}, "FILE", "patterns, one a line", ImportPatterns, "A file"},
+    {{u"OPEN", TValueKind::vkText, true}, "FILE[;FILE]...", "load scans from XML files", OpenFile, "A file"},
+    {{u"XML", TValueKind::vkText, false}, "FILE", "write the scan as XML (.xml, .xml.zip)", ExportXML, "A file"},
     {{u"NOGUI", TValueKind::vkNone, true}, "", "report to the console and end (always the case)", BeUnattended},
     {{u"HELP", TValueKind::vkOptionalText, false}, "[options]", "this text, or all options", AskHelp},
     {{u"?", TValueKind::vkOptionalText, false}, "", "", AskHelp},

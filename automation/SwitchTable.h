@@ -18,6 +18,8 @@ struct TCommandLineState {
   std::u16string fHelpTopic;
   bool fVersion = false;
   Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
+  std::vector<std::u16string> fOpenFiles;                // scan files to load, lists as typed
+  std::u16string fXMLFile;                               // where the scan goes as XML; empty: nowhere
 };
 
 // One switch of the program.
