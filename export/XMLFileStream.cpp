@@ -123,12 +123,6 @@ void TXMLBuffer::Grow(size_t pBytes) {
   fCapacity = capacity;
 }
 
-void TXMLBuffer::Append(std::string_view pBytes) {
-  char* room = Reserve(pBytes.size());
-  if (!pBytes.empty()) std::memcpy(room, pBytes.data(), pBytes.size());
-  Advance(room + pBytes.size());
-}
-
 bool TXMLBuffer::AppendEscaped(std::u16string_view pText, bool pInAttribute) {
   constexpr size_t kPiece = 1024;  // so that the room for the worst case stays small
   const TEscapeTable& table = pInAttribute ? kInAttribute : kInText;
@@ -203,11 +197,6 @@ void TXMLFileStream::EndDocument() {
   fBuffer.Clear();
 }
 
-void TXMLFileStream::CloseStartTag() {
-  if (fTagOpen) fBuffer.Append(">");
-  fTagOpen = false;
-}
-
 void TXMLFileStream::FlushWhenFull() {
   if (fBuffer.Size() < kPieceForSink) return;
   fSink.Write(fBuffer.View());
@@ -233,21 +222,22 @@ void TXMLFileStream::BeginTag(std::string_view pName, std::string_view pAttribut
   fAnything = true;
 }
 
-void TXMLFileStream::Start(std::string_view pName, const TXMLAttributes& pAttributes, bool pWithText) {
+void TXMLFileStream::StartElement(std::string_view pName, const TXMLAttributes& pAttributes) {
   BeginTag(pName, pAttributes.Text());
-  fOpen.push_back({fNames.size(), pWithText});
+  fOpen.push_back({fNames.size(), false});
   fNames += pName;
-  if (pWithText) CloseStartTag();
 }
 
 void TXMLFileStream::EndElement(std::string_view pName) {
   if (fOpen.empty() || std::string_view(fNames).substr(fOpen.back().fNameStart) != pName)
     throw EInvalidArgumentValue(fmt::format("TXMLFileStream.EndElement: \"{}\" is not the innermost element", pName));
   if (!fTagOpen && !fOpen.back().fHasText) fBuffer.Append("\r\n");
-  FinishElement(pName);
+  EndTag(pName);
+  fNames.resize(fOpen.back().fNameStart);
+  fOpen.pop_back();
 }
 
-void TXMLFileStream::FinishElement(std::string_view pName) {
+void TXMLFileStream::EndTag(std::string_view pName) {
   if (fTagOpen) {
     fBuffer.Append("/>");
   } else {
@@ -259,13 +249,11 @@ void TXMLFileStream::FinishElement(std::string_view pName) {
     fBuffer.Advance(room);
   }
   fTagOpen = false;
-  fNames.resize(fOpen.back().fNameStart);
-  fOpen.pop_back();
   FlushWhenFull();
 }
 
 void TXMLFileStream::AddElement(std::string_view pName, std::u16string_view pText, const TXMLAttributes& pAttributes) {
-  Start(pName, pAttributes, false);
+  BeginTag(pName, pAttributes.Text());
   if (!pText.empty()) {
     if (!TXMLUtils::CanHold(pText)) {
       fAttributes.Clear();
@@ -275,18 +263,19 @@ void TXMLFileStream::AddElement(std::string_view pName, std::u16string_view pTex
     CloseStartTag();
     fBuffer.AppendEscaped(pText, false);
   }
-  FinishElement(pName);
+  EndTag(pName);
 }
 
 void TXMLFileStream::AddElement(std::string_view pName, std::string_view pText, const TXMLAttributes& pAttributes) {
-  Start(pName, pAttributes, !pText.empty());
+  BeginTag(pName, pAttributes.Text());
+  if (!pText.empty()) CloseStartTag();
   fBuffer.AppendEscaped(pText, false);
-  FinishElement(pName);
+  EndTag(pName);
 }
 
 void TXMLFileStream::AddElement(std::string_view pName, const TXMLAttributes& pAttributes) {
-  Start(pName, pAttributes, false);
-  FinishElement(pName);
+  BeginTag(pName, pAttributes.Text());
+  EndTag(pName);
 }
 
 void TXMLFileStream::Characters(std::u16string_view pText) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <concepts>
 #include <cstddef>
@@ -22,7 +23,7 @@ class TXMLBuffer {
     return fBytes.get() + fSize;
   }
   void Advance(const char* pEnd) { fSize = static_cast<size_t>(pEnd - fBytes.get()); }
-  void Append(std::string_view pBytes);
+  void Append(std::string_view pBytes) { Advance(std::copy(pBytes.begin(), pBytes.end(), Reserve(pBytes.size()))); }
   void Clear() { fSize = 0; }
   size_t Size() const { return fSize; }
   std::string_view View() const { return {fBytes.get(), fSize}; }
@@ -92,9 +93,7 @@ class TXMLFileStream {
   // All elements must be closed.
   void EndDocument();
 
-  void StartElement(std::string_view pName, const TXMLAttributes& pAttributes = {}) {
-    Start(pName, pAttributes, false);
-  }
+  void StartElement(std::string_view pName, const TXMLAttributes& pAttributes = {});
   // Closes the innermost element, whose name it must be.
   void EndElement(std::string_view pName);
   // An element with a text. One that XML cannot hold as it is comes with a second form as an attribute, see
@@ -105,9 +104,10 @@ class TXMLFileStream {
   template <std::integral TNumber>
   void AddElement(std::string_view pName, TNumber pNumber, const TXMLAttributes& pAttributes = {}) {
     static_assert(!std::same_as<TNumber, bool>, "booleans have a form of their own");
-    Start(pName, pAttributes, true);
+    BeginTag(pName, pAttributes.Text());
+    CloseStartTag();
     fBuffer.AppendNumber(pNumber);
-    FinishElement(pName);
+    EndTag(pName);
   }
   // An empty element.
   void AddElement(std::string_view pName, const TXMLAttributes& pAttributes);
@@ -128,10 +128,12 @@ class TXMLFileStream {
     bool fHasText;
   };
 
-  void Start(std::string_view pName, const TXMLAttributes& pAttributes, bool pWithText);
   void BeginTag(std::string_view pName, std::string_view pAttributes);
-  void CloseStartTag();
-  void FinishElement(std::string_view pName);
+  void CloseStartTag() {
+    if (fTagOpen) fBuffer.Append(">");
+    fTagOpen = false;
+  }
+  void EndTag(std::string_view pName);
   void FlushWhenFull();
 
   IByteSink& fSink;

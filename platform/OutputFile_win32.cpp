@@ -38,6 +38,7 @@ void TOutputFile::Open() {
   const auto fail = [&](DWORD pCode, std::string_view pOperation) { throw EOSError(pCode, pOperation, fPath); };
   const std::u16string absolute = AbsolutePath(fPath);
   if (absolute.empty() || fPath.find(u'\0') != std::u16string::npos) fail(ERROR_INVALID_NAME, "Creating a file");
+  if (fPath.back() == u'\\' || fPath.back() == u'/') fail(kDirectoryNotSupported, "Creating a file");
   fTarget = ExtendedPath(absolute);
   const DWORD attributes = GetFileAttributesW(Wide(fTarget));
   const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
