@@ -56,15 +56,11 @@ std::u16string WithoutLeadingBlanks(std::u16string_view pMasks) {
   return masks == u"*.*" && masks != pMasks ? masks + u";" : masks;
 }
 
-// Masks in a form that is equal for lists that match alike: an empty mask matches no text.
-std::u16string Canonical(std::u16string_view pMasks) {
-  if (pMasks == u"*.*") return std::u16string(pMasks);  // alone it matches more than in a list
-  std::u16string canonical;
-  AnyMask(pMasks, [&](std::u16string_view pMask) {
-    (canonical += pMask) += u';';
-    return false;
-  });
-  return canonical;
+// Masks in a form that is equal for lists that match alike: behind the last ";" there is no mask when nothing follows.
+std::u16string Canonical(std::u16string pMasks) {
+  // "*.*" matches more alone than in a list.
+  if (pMasks != u"*.*" && !pMasks.ends_with(u';')) pMasks += u';';
+  return pMasks;
 }
 
 }  // namespace
