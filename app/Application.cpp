@@ -111,7 +111,10 @@ int TApplication::OpenAndScan(const CommandLine::TCommandLineState& pState) {
         fActions, Hierarchical::Exporting::TMediaType::mtXML, AbsolutePath(pState.fXMLFile), kProgramName, kVersion));
   TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
   int result = ecOk;
-  for (const std::u16string& files : pState.fOpenFiles) result = std::max(result, OpenFiles(*roots, files));
+  for (size_t i = 0; i < pState.fOpenFiles.size(); ++i) {
+    fPathsLeft = pState.fPaths.size() + pState.fOpenFiles.size() - i - 1;
+    result = std::max(result, OpenFiles(*roots, pState.fOpenFiles[i]));
+  }
   if (result != ecOutputFailed) result = std::max(result, ScanPaths(*roots, pState.fPaths));
   if (fSettings.fLeaveQuickly) {
     roots.detach();
@@ -137,7 +140,10 @@ int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
   if (fSettings.fShowProgress) TConsole::ClearProgress();
   try {
     int result = ecOk;
-    for (const TLoadedRoot& loaded : load.get()) {
+    const std::vector<TLoadedRoot> roots = load.get();
+    fPathsLeft += roots.size();
+    for (const TLoadedRoot& loaded : roots) {
+      --fPathsLeft;
       for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
       result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
     }

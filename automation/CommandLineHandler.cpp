@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "automation/ExitCodes.h"
+#include "export/XMLReader.h"
 #include "platform/Text.h"
 
 namespace Vantrel::CommandLine {
@@ -160,7 +161,9 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
   const bool namesNothing = fState.fPaths.empty() && fState.fOpenFiles.empty();
-  if (fState.fPaths.size() > 1 && !fState.fXMLFile.empty())
+  size_t scans = fState.fPaths.size();
+  for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  if (scans > 1 && !fState.fXMLFile.empty())
     fErrors.push_back("Several scans cannot go into one XML file. Run Vantrel for each of them.");
   if (fErrors.empty() && namesNothing && !fState.fHelp && !fState.fVersion) {
     fErrors.push_back(

@@ -19,8 +19,8 @@ struct TTopSizeEntry {
   TKivFileTime fLastChangeDate;
   TRef<IHierarchicalElement> fParentFolder;
   std::u16string fName;
-  TKivFileTime fLastAccessDate;
-  TKivFileTime fCreationDate;
+  TKivFileTime fLastAccessDate{};
+  TKivFileTime fCreationDate{};
   TAttributes fAttributes = 0;
 };
 

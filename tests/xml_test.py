@@ -1,0 +1,316 @@
+"""Holds XML scan files against a walk of the same tree by Python, against the grammar in docs/, and against what comes back
+when they are opened.
+
+VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import stat
+import subprocess
+import unittest
+import xml.etree.ElementTree as etree
+import zipfile
+
+import hostile_tree
+import program_test
+import recount
+
+HERE = pathlib.Path(__file__).resolve().parent
+GRAMMAR = HERE.parent / "docs" / "xml-scan-file.rng"
+TIMEOUT = 120
+LONGEST_EXTENSION = 1 + 32
+TICKS_OF_1970 = 116_444_736_000_000_000
+OK, _, WRONG_COMMAND_LINE, PATH_NOT_FOUND, _, OUTPUT_FAILED = range(6)
+
+
+def unescaped(text):
+    """The exact text of an escaped form."""
+    return re.sub(r"\\(\\|u([0-9A-F]{4}))", lambda match: chr(int(match[2], 16)) if match[2] else "\\", text)
+
+
+def exact(attributes, name):
+    escaped = attributes.get(name + "Escaped")
+    return attributes[name] if escaped is None else unescaped(escaped)
+
+
+def joined(high, low):
+    return (int(high) << 32) + int(low)
+
+
+class Folder:
+    """What the file says of one folder."""
+
+    def __init__(self, attributes):
+        self.path = exact(attributes, "fullpath")
+        self.is_files_node = attributes["IsFilesNode"] != "0"
+        self.numbers = self.attributes = self.owner = None
+        self.dates = {}
+        self.extensions = {}
+
+
+def read_file(path):
+    """The header's texts and the folders by (path, whether the files node), without recursion: trees are deep."""
+    header, folders, stack, inside = {}, {}, [], []
+    for event, element in etree.iterparse(path, events=("start", "end")):
+        if event == "start":
+            inside.append(element.tag)
+            if element.tag == "Folder":
+                stack.append(Folder(element.attrib))
+            continue
+        inside.pop()
+        if not stack:
+            if len(inside) == 1:
+                header[element.tag] = element.text or ""
+            continue
+        folder = stack[-1]
+        if element.tag == "SizeData":
+            folder.numbers = tuple(int(element.attrib[name]) for name in ("Size", "Allocated", "Files", "Folders"))
+        elif element.tag == "Attributes":
+            folder.attributes = int(element.text)
+        elif element.tag == "Owner":
+            folder.owner = element.text
+        elif element.tag in ("LastChangeDate", "CreationDate"):
+            folder.dates[element.tag] = joined(element.attrib["High"], element.attrib["Low"])
+        elif element.tag == "Item" and inside[-1] == "TExtensionSizeArray":
+            folder.extensions[exact(element.attrib, "name")] = tuple(
+                int(element.attrib[name]) for name in ("Size", "Allocated", "Files"))
+        elif element.tag == "Folder":
+            folders[folder.path, folder.is_files_node] = stack.pop()
+            element.clear()
+    return header, folders
+
+
+class Walked:
+    """A folder as os.scandir sees it, with all beneath it."""
+
+    def __init__(self):
+        self.size = self.allocated = self.files = self.folders = self.changed = 0
+        self.extensions = {}  # of its own files
+        self.own_files = 0
+
+
+def walk(top):
+    """Folders by path; names that are no UTF-8 as the program has them. By handles, since paths may be too long."""
+    folders = {}
+
+    def visit(handle, path, status):
+        folder = folders[path] = Walked()
+        folder.changed = status.st_mtime_ns
+        with os.scandir(handle) as listing:
+            names = [os.fsencode(entry.name) for entry in listing]
+        for name in names:
+            child = os.stat(name, dir_fd=handle, follow_symlinks=False)
+            text = name.decode("utf-8", "surrogateescape")
+            if stat.S_ISDIR(child.st_mode):
+                inner = os.open(name, os.O_RDONLY | os.O_DIRECTORY | os.O_NOFOLLOW, dir_fd=handle)
+                below = visit(inner, f"{path}/{text}", child)
+                os.close(inner)
+                folder.folders += below.folders + 1
+                folder.files += below.files
+            else:
+                below = Walked()
+                below.size, below.allocated, below.files = child.st_size, child.st_blocks * 512, 1
+                below.changed = child.st_mtime_ns
+                folder.files += 1
+                folder.own_files += 1
+                key = recount.extension_of(text)[:LONGEST_EXTENSION] or "<no extension>"
+                size, files = folder.extensions.get(key, (0, 0))
+                folder.extensions[key] = (size + child.st_size, files + 1)
+            folder.size += below.size
+            folder.allocated += below.allocated
+            folder.changed = max(folder.changed, below.changed)
+        return folder
+
+    handle = os.open(top, os.O_RDONLY | os.O_DIRECTORY)
+    visit(handle, str(top), os.fstat(handle))
+    os.close(handle)
+    return folders
+
+
+class LinuxFileTest(program_test.ProgramTest):
+    command = program_test.LinuxTest.command
+
+    def make_tree(self):
+        """Without links: their sharing of allocated size is for other tests."""
+        top = self.folder / "hostile"
+        hostile_tree.make(os.fsencode(top), levels=60, many=300, mounts=False)
+        for path, folder_names, names in os.walk(os.fsencode(top)):
+            for name in names:
+                entry = os.path.join(path, name)
+                if os.lstat(entry).st_nlink > 1:
+                    os.unlink(entry)
+        self.addCleanup(hostile_tree.remove, os.fsencode(top))
+        for name in os.listdir(top / "denied"):
+            os.chmod(top / "denied" / name, 0o755)
+        for name, size in (("plain & simple/a<b>.TXT", 10), ("plain & simple/line\nbreak\t.txt", 20),
+                           ("plain & simple/sub/\x01.\uffff", 30), ("no-extension/README", 0)):
+            self.make(f"hostile/{name}", size)
+        return top
+
+    def write(self, *arguments):
+        run = self.run_program(*arguments)
+        self.assertEqual((run.code, run.out, run.err), (OK, "", ""))
+
+    def test_the_file_says_what_a_walk_finds(self):
+        top = self.make_tree()
+        self.write(str(top), "--xml", "scan.xml")
+        header, folders = read_file(self.folder / "scan.xml")
+        walked = walk(top)
+        self.assertEqual(header["Path"], str(top))
+        self.assertEqual(int(header["FoldersCount"]), len(walked) - 1)
+        self.assertEqual({path for path, is_files_node in folders if not is_files_node}, set(walked))
+        for path, expected in walked.items():
+            folder = folders[path, False]
+            self.assertEqual(folder.numbers, (expected.size, expected.allocated, expected.files, expected.folders), path)
+            self.assertEqual(folder.dates["LastChangeDate"], expected.changed // 100 + TICKS_OF_1970, path)
+            self.assertTrue(folder.attributes & 16, path)
+            holder = folders.get((path, True)) if expected.folders else folder
+            self.assertEqual(holder is not None and holder.numbers[2] or 0, expected.own_files, path)
+            found = {key: (size, files) for key, (size, _, files) in holder.extensions.items()} if holder else {}
+            self.assertEqual(found, expected.extensions, path)
+
+    def test_the_grammar_accepts_every_file(self):
+        top = self.make_tree()
+        for arguments in ([], ["--exclude", "*.txt;\x01*", "--filter", '"x\ty"', "--filter", "/[a-z]/i", "--filter", "*"],
+                          ["--CollectOwners", "false", "--CollectExtensions", "false", "--NumberOfTopFiles", "0"]):
+            with self.subTest(arguments=arguments):
+                self.write(str(top), "--xml", "scan.xml", *arguments)
+                check = subprocess.run(["xmllint", "--huge", "--noout", "--relaxng", GRAMMAR, "scan.xml"], check=False,
+                                       cwd=self.folder, capture_output=True, timeout=TIMEOUT)
+                self.assertEqual((check.returncode, check.stderr.splitlines()[:3]), (0, [b"scan.xml validates"]))
+
+    def test_an_opened_file_is_written_to_the_same_bytes(self):
+        top = self.make_tree()
+        self.write(str(top), "--xml", "scan.xml", "--exclude", "*.none")
+        self.write("--open", "scan.xml", "--xml", "again.xml")
+        self.assertEqual((self.folder / "again.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
+        self.write("--open", "scan.xml", "--xml", "scan.xml.zip")
+        with zipfile.ZipFile(self.folder / "scan.xml.zip") as archive:
+            self.assertIsNone(archive.testzip())
+            self.assertEqual(archive.namelist(), ["scan.xml"])
+            self.assertEqual(archive.read("scan.xml"), (self.folder / "scan.xml").read_bytes())
+        self.write("--open", "scan.xml.zip", "--xml", "third.xml")
+        self.assertEqual((self.folder / "third.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
+
+    def test_threads_make_no_difference(self):
+        top = self.make_tree()
+        texts = []
+        for threads in ("1", "8"):
+            self.write(str(top), "--xml", "scan.xml", "--MaximumThreads", threads)
+            text = (self.folder / "scan.xml").read_text(encoding="utf-8")
+            texts.append(re.sub("<(DateISO|FreeBytesOnDrive)>.*", "", text))
+        self.assertEqual(texts[0], texts[1])
+
+
+class OpenTests:
+    """What a user sees who opens files, on both platforms."""
+
+    def small_scan(self):
+        self.make("tree/a/b/c.txt", 1000)
+        self.make("tree/a/d.jpg", 500)
+        self.make("tree/e/f.txt", 200)
+        self.make("tree/g.txt", 3)
+        run = self.run_program(self.native(self.folder / "tree"), "--xml", "scan.xml")
+        self.assertEqual((run.code, run.out, run.err), (OK, "", ""))
+        return self.folder / "scan.xml"
+
+    def test_the_report_of_an_opened_file_is_that_of_the_scan(self):
+        live = self.scan(self.native(self.folder / "tree")) if self.small_scan() else None
+        opened = self.run_program("--SizeUnit", "B", "--open", "scan.xml")
+        self.assertEqual((opened.code, opened.err), (OK, ""))
+        self.assertTrue(live.rows)
+        self.assertEqual(opened.rows, live.rows)
+        twice = self.run_program("--open", 'scan.xml;"scan.xml"')
+        self.assertEqual((twice.code, twice.titles()), (OK, 2))
+
+    def assert_refused(self, data, *named):
+        (self.folder / "bad.xml").write_bytes(data)
+        run = self.run_program("--open", "bad.xml")
+        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""), data[-200:])
+        self.assertEqual(len(run.err.strip().splitlines()), 1, run.err)
+        for text in ("bad.xml", *named):
+            self.assertIn(text, run.err)
+
+    def test_damaged_files_are_refused_with_the_line(self):
+        good = self.small_scan().read_bytes()
+        self.assertGreater(good.count(b"\r\n<Folder "), 3)
+        for cut in (0, 1, 60, good.index(b"<Folder"), len(good) // 2, len(good) - 8):
+            with self.subTest(cut=cut):
+                self.assert_refused(good[:cut])
+        for old, new, *named in (
+                (b"<SizeData Size=", b"<SizeData Size=\"-", b"x"),
+                (b' Size="1000"', b' Size="-1"', "Size is out of range: -1", "ine "),
+                (b' Size="1000"', b' Size="1e3"', 'Size is no whole number: "1e3"'),
+                (b"</Folder>\r\n</Root>", b"</Folder>\r\n<Folder fullpath=\"x\"/></Root>", "one top folder"),
+                (b"<Root ", b"<Tree ", None),
+                (b"<FoldersCount>", b"<TExtensionSizeArray/><FoldersCount>",
+                 "Folder not Assigned at begin of 'TExtensionSizeArray' Node"),
+                (b'Type="', b'Type="Other', "unknown type"),
+                (b"<DateISO>2", b"<DateISO>x2", "DateISO is no date")):
+            with self.subTest(new=new):
+                self.assertIn(old, good)
+                self.assert_refused(good.replace(old, new, 1), *(text for text in named if isinstance(text, str)))
+        inner = self.native("/x/a") if self.delimiter == "/" else "C:\\x\\a"
+        tree = self.native(self.folder / "tree") + self.delimiter
+        for text, path in ((f'fullpath="{tree}e"', inner), (f'fullpath="{tree}e"', f"{tree}a"),
+                           (f'fullpath="{tree}e"', f"{tree}a{self.delimiter}e")):
+            with self.subTest(path=path):
+                self.assertIn(text.encode(), good)
+                self.assert_refused(good.replace(text.encode(), f'fullpath="{path}"'.encode(), 1), path)
+
+    def test_what_is_no_scan_file(self):
+        (self.folder / "folder.xml").mkdir()
+        for name in ("missing.xml", "folder.xml"):
+            run = self.run_program("--open", name)
+            self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+            self.assertIn(name, run.err)
+        bomb = b'<?xml version="1.0"?><!DOCTYPE Root [<!ENTITY a "' + b"a" * 1000 + b'"><!ENTITY b "' + b"&a;" * 1000 + \
+            b'">]><Root><Path>' + b"&b;" * 1000 + b"</Path></Root>"
+        self.assert_refused(bomb)
+        self.assert_refused(b"<Root>" + b'<Folder fullpath="/a">' * 1_000_000)
+        self.assert_refused(b"<html><body/></html>", "html")
+        with zipfile.ZipFile(self.folder / "other.zip", "w") as archive:
+            archive.writestr("readme.txt", "nothing")
+        run = self.run_program("--open", "other.zip")
+        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+        self.assertIn("other.zip", run.err)
+
+    def test_limited_and_foreign_files_are_shown(self):
+        good = self.small_scan().read_bytes()
+        limited = good.replace(b"<IsFullExport>-1", b"<IsFullExport>0")
+        limited = re.sub(b"</?Application>.*?\r\n", b"", limited).replace(b"<Title", b"<Unknown>x</Unknown><Title")
+        (self.folder / "limited.xml").write_bytes(limited.replace(b"<Folder ", b"<fOLDER ").replace(b"</Folder>", b"</fOLDER>"))
+        run = self.run_program("--open", "limited.xml")
+        self.assertEqual(run.code, OK)
+        self.assertIn("includes information for directories limited to a certain directory level.", run.err)
+        self.assertEqual(run.titles(), 1)
+
+    def test_targets_that_cannot_be_written(self):
+        self.small_scan()
+        before = (self.folder / "scan.xml").read_bytes()
+        (self.folder / "target.xml").mkdir()
+        for target in ("target.xml", "missing/scan.xml"):
+            run = self.run_program("--open", "scan.xml", "--xml", target)
+            self.assertEqual((run.code, run.out), (OUTPUT_FAILED, ""), run.err)
+            self.assertIn(target.split("/")[0], run.err)
+        run = self.run_program("--xml", "scan.xml", "--xml", "other.xml", ".")
+        self.assertEqual(run.code, WRONG_COMMAND_LINE)
+        self.assertEqual((self.folder / "scan.xml").read_bytes(), before)
+        self.assertEqual(sorted(os.listdir(self.folder)), ["scan.xml", "target.xml", "tree"])
+
+
+class LinuxOpenTest(OpenTests, program_test.ProgramTest):
+    command = program_test.LinuxTest.command
+
+
+class WindowsOpenTest(OpenTests, program_test.ProgramTest):
+    command = program_test.WindowsTest.command
+    delimiter = "\\"
+    native = program_test.WindowsTest.native
+
+
+if __name__ == "__main__":
+    unittest.main()
