@@ -1,8 +1,8 @@
 #include "export/XMLExport.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
+#include <charconv>
+#include <iterator>
 
 #include "export/XMLUtils.h"
 #include "export/ZipFile.h"
@@ -104,6 +104,10 @@ void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   fStream = &stream;
   fFormat = ValueFormat();
   fFileAgesDateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  fFileAgesNames.clear();
+  fDelimiter = pRoot.GetPathDelimiter();
+  fPath.clear();
+  fParentLengths.clear();
   stream.StartDocument();
   fAttributes.Clear();
   fAttributes.Add("Type", pRoot.GetPathDelimiter() == u'/' ? "TCustomUnixRoot" : "TFileSystemRoot");
@@ -177,7 +181,11 @@ void TCustomXMLExport::WriteTopSizeListToXML(const ITopSizeList& pList) {
 
 bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   IFolderData& folder = *pRow.fNode.AsFolder();
-  fPath = folder.GetFullPath();
+  const size_t parentLength = fPath.size();
+  if (!folder.IsFileGroup()) {
+    if (!fPath.empty() && fPath.back() != fDelimiter) fPath += fDelimiter;
+    fPath += folder.GetObjectName();
+  }
   fAttributes.Clear();
   fAttributes.Add("fullpath", fPath);
   fAttributes.AddBoolean("IsFilesNode", folder.IsFileGroup());
@@ -194,11 +202,16 @@ bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   if (pIsComplete) {
     WriteStatistics(folder);
     fStream->EndElement("Folder");
+    fPath.resize(parentLength);
+  } else {
+    fParentLengths.push_back(parentLength);
   }
   return true;
 }
 
 bool TCustomXMLExport::EndNode(const TExportRow&) {
+  fPath.resize(fParentLengths.back());
+  fParentLengths.pop_back();
   fStream->EndElement("Folder");
   return true;
 }
@@ -228,10 +241,10 @@ void TCustomXMLExport::WriteColumn(const IHierarchicalElement& pNode, TColumn pC
 }
 
 void TCustomXMLExport::WriteStatistics(const IFolderData& pFolder) {
-  if (const auto extensions = pFolder.GetExtensionSizeArray()) WriteSizeArray("TExtensionSizeArray", *extensions);
-  if (const auto users = pFolder.GetUserSizeArray()) WriteSizeArray("TUserSizeArray", *users);
-  if (fFileAgesDateType == TDateType::dtNone) return;
-  if (const auto ages = pFolder.GetFileAgeDistribution(fFileAgesDateType)) WriteFileAges(*ages);
+  const TFolderStatistics statistics = pFolder.GetStatistics(fWork);
+  if (statistics.fExtensions) WriteSizeArray("TExtensionSizeArray", *statistics.fExtensions);
+  if (statistics.fUsers) WriteSizeArray("TUserSizeArray", *statistics.fUsers);
+  if (statistics.fAges) WriteFileAges(*statistics.fAges);
 }
 
 void TCustomXMLExport::WriteSizeArray(std::string_view pName, const ICustomAssocSizeArray& pArray) {
@@ -249,12 +262,20 @@ void TCustomXMLExport::WriteSizeArray(std::string_view pName, const ICustomAssoc
 
 // One attribute per interval, "Days_" and its bound, with size, allocated size and files.
 void TCustomXMLExport::WriteFileAges(const IFileAgeDistribution& pAges) {
-  const TRef<IFileAges> bounds = pAges.GetFileAges();
+  if (fFileAgesNames.empty()) {
+    const TRef<IFileAges> bounds = pAges.GetFileAges();
+    for (int i = 0; i < bounds->GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(bounds->GetItem(i)));
+  }
   fAttributes.Clear();
-  for (int i = 0; i < bounds->GetCount(); ++i) {
-    const TBasicSizeValues values = pAges.GetRecord(i);
-    fAttributes.Add(fmt::format("Days_{}", bounds->GetItem(i)),
-                    std::string_view(fmt::format("{} {} {}", values.fSize, values.fAllocated, values.fFiles)));
+  for (size_t i = 0; i < fFileAgesNames.size(); ++i) {
+    const TBasicSizeValues values = pAges.GetRecord(static_cast<int>(i));
+    char text[64];  // three numbers of at most 20 characters, and two blanks
+    char* end = std::to_chars(text, std::end(text), values.fSize).ptr;
+    *end++ = ' ';
+    end = std::to_chars(end, std::end(text), values.fAllocated).ptr;
+    *end++ = ' ';
+    end = std::to_chars(end, std::end(text), values.fFiles).ptr;
+    fAttributes.Add(fFileAgesNames[i], std::string_view(text, end));
   }
   fStream->AddElement("FileAgeDistribution", fAttributes);
 }

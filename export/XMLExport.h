@@ -4,6 +4,7 @@
 
 #include "export/HierarchicalExport.h"
 #include "export/XMLFileStream.h"
+#include "model/FileStatistics.h"
 
 namespace Kiv::Hierarchical::Exporting::XML {
 
@@ -42,7 +43,11 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   XMLUtils::TXMLAttributes fAttributes;
   TValueFormat fFormat;
   TDateType fFileAgesDateType = TDateType::dtNone;
-  std::u16string fPath;  // of the node; a folder's is put together from its parent's
+  char16_t fDelimiter = 0;
+  std::u16string fPath;               // of the innermost open folder: no node need ask its ancestors for it
+  std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
+  TFileStatisticsWork fWork;
+  std::vector<std::string> fFileAgesNames;  // of the attributes, one per interval
 };
 
 // Exports to a file; one whose name ends in ".zip" becomes an archive that holds it. The file takes its place when it is

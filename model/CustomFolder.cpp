@@ -123,6 +123,11 @@ TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType p
 }
 
 TFolderStatistics TCustomFolderData::Statistics() const {
+  TFileStatisticsWork work;
+  return TCustomFolderData::GetStatistics(work);
+}
+
+TFolderStatistics TCustomFolderData::GetStatistics(TFileStatisticsWork& pWork) const {
   TRef<IHierarchicalRoot> root = GetRoot();
   if (!root) return {};
   TRef<const TFileTable> files;
@@ -131,7 +136,7 @@ TFolderStatistics TCustomFolderData::Statistics() const {
     if (const TFolderStatistics* own = fStatistics.load(std::memory_order_relaxed)) return *own;
     files = fFileTable;
   }
-  return StatisticsOfFiles(files.get(), root->GetScanConfiguration());
+  return StatisticsOfFiles(files.get(), root->GetScanConfiguration(), pWork);
 }
 
 TFolderStatistics& TCustomFolderData::EnsureStatistics() {

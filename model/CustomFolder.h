@@ -95,6 +95,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   TRef<ICustomAssocSizeArray> GetUserSizeArray() const override;
   TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override;
   TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override;
+  TFolderStatistics GetStatistics(TFileStatisticsWork& pWork) const override;
   void AddChildValues(const IFolderData& pChild, bool pNotify) override;
   void SetNewerLastAccessDate(TKivFileTime pDate) override;
   void SetNewerLastChangeDate(TKivFileTime pDate) override;

@@ -3,6 +3,7 @@
 #include "model/AssocSizeArray.h"
 #include "model/FileAges.h"
 #include "model/FileTable.h"
+#include "model/KeyTotals.h"
 #include "model/RootInterfaces.h"
 
 namespace Kiv {
@@ -10,10 +11,16 @@ namespace Kiv {
 // The statistics of a folder's own files, worked out from the table of the files. A folder without sub-folders, and the
 // "[Files]" node of one with them, need none of their own as long as the scan keeps the files: that is most of all
 // folders, of whose statistics few are ever looked at. Any thread.
-TRef<ICustomAssocSizeArray> OwnersOfFiles(const TFileTable* pFiles);
-TRef<ICustomAssocSizeArray> ExtensionsOfFiles(const TFileTable* pFiles);
+// What working them out needs, for one thread: whoever asks for folder after folder keeps one, and spares most look-ups.
+struct TFileStatisticsWork {
+  TExtensionKeys fExtensionKeys;
+  TKeyTotals fTotals;
+};
+TRef<ICustomAssocSizeArray> OwnersOfFiles(const TFileTable* pFiles, TFileStatisticsWork& pWork);
+TRef<ICustomAssocSizeArray> ExtensionsOfFiles(const TFileTable* pFiles, TFileStatisticsWork& pWork);
 // By the intervals, date kind and moment of the root's scan.
-TRef<IFileAgeDistribution> AgesOfFiles(const TFileTable* pFiles, const IScanConfiguration& pConfiguration);
+TRef<IFileAgeDistribution> AgesOfFiles(const TFileTable* pFiles, const IScanConfiguration& pConfiguration,
+                                       TFileStatisticsWork& pWork);
 
 // The date of a file that its age is counted from.
 TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime pLastChange, TKivFileTime pCreation);
@@ -24,6 +31,7 @@ struct TFolderStatistics {
   TRef<ICustomAssocSizeArray> fExtensions;
   TRef<IFileAgeDistribution> fAges;
 };
-TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfiguration& pConfiguration);
+TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfiguration& pConfiguration,
+                                    TFileStatisticsWork& pWork);
 
 }  // namespace Kiv

@@ -54,6 +54,11 @@ TKivFileTime TVirtualRootFolder::GetLastChangeDate() const {
   return newest;
 }
 
+// Without ages: each root may collect those of another date.
+TFolderStatistics TVirtualRootFolder::GetStatistics(TFileStatisticsWork&) const {
+  return {GetUserSizeArray(), GetExtensionSizeArray(), nullptr};
+}
+
 TRef<ICustomAssocSizeArray> TVirtualRootFolder::GetUserSizeArray() const {
   TRef<ICustomAssocSizeArray> sum = MakeRef<TUserSizeArray>();
   for (const TRef<IFolderData>& top : Tops())

@@ -1,0 +1,134 @@
+#include <expat.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "export/XMLExport.h"
+#include "export/XMLReader.h"
+#include "model/ScanRoots.h"
+#include "platform/FileStream.h"
+#include "platform/OutputFile.h"
+#include "platform/Text.h"
+#include "scan/ScanServices.h"
+
+// xml PATH [ROUNDS]: scans the path, then holds writing it as XML against writing the same bytes, and loading the file
+// against the bare parser with empty callbacks, in turn, round after round; and the memory of the loaded tree against that
+// of the scanned one. The file lies in the current folder. Ends with 1 when a target is missed.
+
+namespace {
+
+using namespace Kiv;
+using namespace Vantrel;
+
+constexpr double kMostWrite = 4.0;
+constexpr double kMostLoad = 2.5;
+constexpr double kMostMemory = 1.1;
+const std::u16string kFile = u"bench-xml.xml";
+
+template <class TWork>
+double Seconds(const TWork& pWork) {
+  const auto start = std::chrono::steady_clock::now();
+  pWork();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double Median(std::vector<double> pValues) {
+  std::sort(pValues.begin(), pValues.end());
+  return pValues[pValues.size() / 2];
+}
+
+size_t HeapBytes() {
+  malloc_trim(0);
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
+
+void ParseBare(const std::u16string& pPath) {
+  const XML_Parser parser = XML_ParserCreate(nullptr);
+  XML_SetElementHandler(
+      parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+  XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
+  std::ifstream file(ToNativeBytes(pPath), std::ios::binary);
+  constexpr int kPiece = 64 * 1024;
+  bool more = true;
+  while (more) {
+    file.read(static_cast<char*>(XML_GetBuffer(parser, kPiece)), kPiece);
+    more = file.gcount() == kPiece;
+    if (XML_ParseBuffer(parser, static_cast<int>(file.gcount()), !more) != XML_STATUS_OK) std::terminate();
+  }
+  XML_ParserFree(parser);
+}
+
+bool Report(const char* pWhat, double pValue, const char* pAgainst, double pReference, double pMost) {
+  const double ratio = pValue / pReference;
+  std::printf("%-6s %s: %.3f against %.3f, ratio %.2f (at most %.2f)\n", ratio <= pMost ? "met" : "MISSED", pWhat, pValue,
+              pReference, ratio, pMost);
+  std::printf("       against %s\n", pAgainst);
+  return ratio <= pMost;
+}
+
+int Run(const std::u16string& pPath, int pRounds) {
+  const size_t before = HeapBytes();
+  const auto options = std::make_shared<TGlobalOptions>();
+  const TRef<IScanRoots> roots = CreateScanRoots(ScanEngine::CreateScanServices(), options);
+  const TRef<IHierarchicalRoot> live = roots->CreateRoot(pPath);
+  live->Scan();
+  while (!live->WaitForScan(1000)) {
+  }
+  const double liveMemory = static_cast<double>(HeapBytes() - before);
+  Hierarchical::Exporting::XML::TCustomXMLExport xml({}, "bench", "1");
+  ExportXMLFile(xml, *live, kFile);
+  std::ifstream file(ToNativeBytes(kFile), std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::printf("%lld files, %lld folders, %.1f MB of XML\n", static_cast<long long>(live->GetTopFolder()->GetFiles()),
+              static_cast<long long>(live->GetTopFolder()->GetFolders()), static_cast<double>(bytes.size()) / 1e6);
+
+  std::vector<double> writes, copies, loads, parses;
+  double loadedMemory = 0;
+  for (int round = 0; round < pRounds; ++round) {
+    copies.push_back(Seconds([&] {
+      TOutputFile copy(kFile + u".copy");
+      copy.Write(bytes);
+      copy.Commit();
+    }));
+    writes.push_back(Seconds([&] { ExportXMLFile(xml, *live, kFile); }));
+    parses.push_back(Seconds([&] { ParseBare(kFile); }));
+    const size_t heap = HeapBytes();
+    Vantrel::XML::Parser::TLoadedRoot loaded;
+    loads.push_back(Seconds([&] { loaded = Vantrel::XML::Parser::TQZXMLReader::ReadRootFromXMLFile(kFile, *roots); }));
+    loadedMemory = static_cast<double>(HeapBytes() - heap);
+    loaded.fRoot->Dispose();
+  }
+  const bool met[] = {Report("write, seconds", Median(writes), "writing the same bytes", Median(copies), kMostWrite),
+                      Report("load, seconds", Median(loads), "the bare parser", Median(parses), kMostLoad),
+                      Report("memory of the loaded tree, MB", loadedMemory / 1e6, "the scanned tree", liveMemory / 1e6,
+                             kMostMemory)};
+  std::filesystem::remove(ToNativeBytes(kFile));
+  std::filesystem::remove(ToNativeBytes(kFile + u".copy"));
+  roots->Dispose();
+  return std::all_of(std::begin(met), std::end(met), [](bool pMet) { return pMet; }) ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int pCount, char** pArguments) {
+  if (pCount < 2) {
+    std::fputs("Usage: xml PATH [ROUNDS]\n", stderr);
+    return 2;
+  }
+  try {
+    return Run(FromNativeBytes(pArguments[1]), pCount > 2 ? std::max(1, std::atoi(pArguments[2])) : 5);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 2;
+  }
+}
