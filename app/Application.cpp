@@ -12,7 +12,7 @@
 #include "automation/ExitCodes.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
-#include "export/XMLReader.h"
+#include "export/XMLCompareReader.h"
 #include "model/ScanRoots.h"
 #include "platform/Console.h"
 #include "platform/Errors.h"
@@ -102,6 +102,7 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
     return WriteLines(state.fHelpTopic.empty() ? CommandLine::HelpText() : CommandLine::OptionsHelpText());
   if (state.fVersion) return WriteLines({VersionText(fSettings.fPlatformName)});
   fPatterns = state.fPatterns;
+  fCompareFile = state.fCompareFile;
   return OpenAndScan(state);
 }
 
@@ -145,7 +146,7 @@ int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
     for (const TLoadedRoot& loaded : roots) {
       --fPathsLeft;
       for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
-      result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
+      result = std::max({result, CompareRoot(pRoots, *loaded.fRoot), PerformActions(pRoots, *loaded.fRoot)});
     }
     return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
   } catch (const EScanFileError& error) {
@@ -214,9 +215,23 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
     fSettings.fWriteError("Cannot scan " + Quoted(pPath) + ": " + reason);
     return ecPathNotFound;
   }
+  const int compared = CompareRoot(pRoots, pRoot);
   if (PerformActions(pRoots, pRoot) != ecOk) return ecOutputFailed;
+  if (compared != ecOk) return compared;
   if (state & rsCancelled) return ecCancelled;
   return (state & rsHasErrors) ? ecIncomplete : ecOk;
+}
+
+// What cannot be compared is reported without changes.
+int TApplication::CompareRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
+  if (fCompareFile.empty()) return ecOk;
+  try {
+    Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(fCompareFile, pRoot, pRoots);
+    return ecOk;
+  } catch (const Vantrel::XML::Parser::EScanFileError& error) {
+    fSettings.fWriteError(error.what());
+    return ecPathNotFound;
+  }
 }
 
 int TApplication::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {

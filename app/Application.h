@@ -60,6 +60,7 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
   int ScanPath(Kiv::IScanRoots& pRoots, const std::u16string& pPath);
   void WriteWarnings(const Kiv::IScanFilter& pFilter);
   int ReportRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot, const std::u16string& pPath);
+  int CompareRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot);
   int PerformActions(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot);
   void WaitForScan(Kiv::IHierarchicalRoot& pRoot);
   std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
@@ -69,6 +70,7 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
   Kiv::Hierarchical::Exporting::TMediaOptions fMedia;
   Kiv::PostScanActions::TPostProcessActionHandler fActions;
   Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // nullptr: every scan takes in everything
+  std::u16string fCompareFile;  // empty: nothing to compare with
   size_t fPathsLeft = 0;
   bool fTerminating = false;
 };

@@ -165,6 +165,8 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
   if (scans > 1 && !fState.fXMLFile.empty())
     fErrors.push_back("Several scans cannot go into one XML file. Run Vantrel for each of them.");
+  if (scans > 1 && !fState.fCompareFile.empty())
+    fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
   if (fErrors.empty() && namesNothing && !fState.fHelp && !fState.fVersion) {
     fErrors.push_back(
         fState.fUnattended

@@ -67,6 +67,10 @@ void ExportXML(TCommandLineState& pState, std::u16string_view pFile) {
   pState.fXMLFile = pFile;
 }
 
+void CompareWith(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fCompareFile = pFile;
+}
+
 constexpr TSwitch kSwitches[] = {
     {{u"SCAN", TValueKind::vkPaths, true}, "PATH[;PATH]...", "scan these paths", AddPaths},
     {{u"FILTER", TValueKind::vkPattern, true}, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
@@ -74,6 +78,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"IMPORTPATTERNS", TValueKind::vkText, true}, "FILE", "patterns, one a line", ImportPatterns, "A file"},
     {{u"OPEN", TValueKind::vkText, true}, "FILE[;FILE]...", "load scans from XML files", OpenFile, "A file"},
     {{u"XML", TValueKind::vkText, false}, "FILE", "write the scan as XML (.xml, .xml.zip)", ExportXML, "A file"},
+    {{u"COMPARE", TValueKind::vkText, false}, "FILE", "show changes since an XML file", CompareWith, "A file"},
     {{u"NOGUI", TValueKind::vkNone, true}, "", "report to the console and end (always the case)", BeUnattended},
     {{u"HELP", TValueKind::vkOptionalText, false}, "[options]", "this text, or all options", AskHelp},
     {{u"?", TValueKind::vkOptionalText, false}, "", "", AskHelp},

@@ -19,6 +19,7 @@ struct TCommandLineState {
   bool fVersion = false;
   Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::vector<std::u16string> fOpenFiles;                // scan files to load, lists as typed
+  std::u16string fCompareFile;                           // the older scan; empty: none
   std::u16string fXMLFile;                               // where the scan goes as XML; empty: nowhere
 };
 

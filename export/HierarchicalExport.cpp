@@ -1,5 +1,7 @@
 #include "export/HierarchicalExport.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace Kiv::Hierarchical::Exporting {
@@ -16,13 +18,32 @@ bool TBaseExport::IsIncluded(const IFolderData& pFolder) const {
   return (fSettings.fIncludedObjectTypes & (pFolder.IsFileGroup() ? ioFileGroups : ioFolders)) != 0;
 }
 
+namespace {
+
+// Equal ones stay in the order of their sizes.
+void SortByChange(std::vector<TRef<IFolderData>>& pChildren) {
+  std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
+  for (TRef<IFolderData>& child : pChildren) {
+    const TMetaDataValue value = child->GetValue(TColumn::mdSizeChange);
+    const auto* change = std::get_if<int64_t>(&value);
+    keyed.emplace_back(change ? std::abs(*change) : 0, std::move(child));
+  }
+  std::stable_sort(keyed.begin(), keyed.end(), [](const auto& pA, const auto& pB) { return pA.first > pB.first; });
+  std::transform(keyed.begin(), keyed.end(), pChildren.begin(), [](auto& pItem) { return std::move(pItem.second); });
+}
+
+}  // namespace
+
 // Of a folder on that level; none when the settings go no deeper. A folder that is not included itself still leads to those
 // beneath it.
 std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolder, size_t pLevel) const {
   if (pFolder.IsFileGroup() || static_cast<int64_t>(pLevel) >= fSettings.fRecursionLevel.fLevel) return {};
   std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
-  if ((fSettings.fIncludedObjectTypes & ioFileGroups) == 0)
-    std::erase_if(children, [](const TRef<IFolderData>& pChild) { return pChild->IsFileGroup(); });
+  const bool withFileGroups = (fSettings.fIncludedObjectTypes & ioFileGroups) != 0;
+  std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
+    return (!withFileGroups && pChild->IsFileGroup()) || !TakesIn(*pChild);
+  });
+  if (fSortByChange) SortByChange(children);
   return children;
 }
 

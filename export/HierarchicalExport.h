@@ -47,6 +47,8 @@ class TBaseExport {
   const TMediaSettings& Settings() const { return fSettings; }
   void SetColumns(std::vector<TColumn> pColumns) { fColumns = std::move(pColumns); }
   std::span<const TColumn> Columns() const { return fColumns; }
+  // Siblings in the order of their change against the scan that the root is compared with, the largest first.
+  void SetSortByChange(bool pSortByChange) { fSortByChange = pSortByChange; }
   // How the settings want values to be written.
   TValueFormat ValueFormat() const;
 
@@ -58,6 +60,8 @@ class TBaseExport {
   bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
   // The same for exporters whose output nests.
   bool WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const;
+  // Whether the exporter wants a folder that the settings take in.
+  virtual bool TakesIn(const IFolderData&) const { return true; }
 
  private:
   bool IsIncluded(const IFolderData& pFolder) const;
@@ -65,6 +69,7 @@ class TBaseExport {
 
   const TMediaSettings fSettings;
   std::vector<TColumn> fColumns;
+  bool fSortByChange = false;
 };
 
 // An exporter that writes a whole root to one place.

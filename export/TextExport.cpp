@@ -99,6 +99,13 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     WriteLine("");
     WriteLine(std::string(kRuleLength, '_'));
   }
+  const TRef<IComparison> comparison = pRoot.GetComparison();
+  fComparison = comparison.get();
+  if (fComparison) {
+    SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
+                TColumn::mdSize, TColumn::mdFiles, TColumn::mdLastChange});
+    SetSortByChange(true);
+  }
   if (Settings().fIncludeHeader) WriteHeadBlock(pRoot);
   if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
     fTopName = ToDisplay(pRoot.GetPath());
@@ -115,6 +122,7 @@ void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
   WriteLine("  " + RootHeaderLine(pRoot, fFormat));
   const std::string drive = DriveInformation(pRoot, fFormat);
   if (!drive.empty()) WriteLine("     " + drive);
+  if (fComparison) WriteLine("     Compared with the scan of " + FormatIsoLocal(fComparison->GetScanTimeStamp()));
   WriteLine("");
 }
 
@@ -156,7 +164,12 @@ void TFormattedTextExport::LimitNameWidth() {
 std::string TFormattedTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn != TColumn::mdName) return TBaseTextExport::CellText(pRow, pColumn, pFormat);
   if (pRow.fLevel == 0) return fTopName;
-  return std::string(static_cast<size_t>(pRow.fLevel) * 2, ' ') + ToDisplay(pRow.fNode.GetObjectName());
+  std::string name = std::string(static_cast<size_t>(pRow.fLevel) * 2, ' ') + ToDisplay(pRow.fNode.GetObjectName());
+  if (pRow.fNode.GetFolderState() & fsIsDummyForComparison)
+    name += " (gone)";
+  else if (fComparison && !fComparison->WasThere(*pRow.fNode.AsFolder()))
+    name += " (new)";
+  return name;
 }
 
 std::string TFormattedTextExport::PaddedRow(const std::vector<std::string>& pCells) const {

@@ -56,6 +56,7 @@ class TFormattedTextExport : public TBaseTextExport {
   const size_t fListedErrors;
   int fMaximumWidth = 0;
   TValueFormat fFormat;
+  const IComparison* fComparison = nullptr;  // while an export runs: the root's, if any
   std::string fTopName;      // while an export runs: what the top row is called
   std::vector<int> fWidths;  // likewise: display columns of each column
 };

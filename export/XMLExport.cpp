@@ -38,6 +38,9 @@ constexpr TColumnTag kTags[] = {
     {TColumn::mdDepth, "DirLevel"},
     {TColumn::mdAverageFileSize, "AverageFileSize"},
     {TColumn::mdPathLength, "PathLength"},
+    {TColumn::mdSizeChange, "SizeChange"},
+    {TColumn::mdSizeChangePercent, "SizeChangePercent"},
+    {TColumn::mdFileChange, "FileChange"},
 };
 
 // Sizes and counts stand in SizeData.
@@ -55,6 +58,11 @@ void AddSizes(TXMLAttributes& pAttributes, const TBasicSizeValues& pValues) {
 void AddHalves(TXMLAttributes& pAttributes, std::string_view pLow, std::string_view pHigh, TKivFileTime pTime) {
   pAttributes.Add(pLow, TXMLUtils::LowHalf(pTime.fTicks));
   pAttributes.Add(pHigh, TXMLUtils::HighHalf(pTime.fTicks));
+}
+
+void AppendNumber(std::string& pText, int64_t pNumber) {
+  char digits[20];
+  pText.append(digits, std::to_chars(digits, std::end(digits), pNumber).ptr);
 }
 
 // Writes the elements of a pattern list.
@@ -131,7 +139,7 @@ void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot) {
   stream.AddElement("Filesystem", storage.fFileSystem);
   stream.AddElement("BytesPerCluster", storage.fBytesPerCluster);
   stream.AddElement("FoldersCount", pRoot.GetTopFolder()->GetFolders());
-  stream.AddBooleanElement("IsCompared", false);
+  stream.AddBooleanElement("IsCompared", pRoot.GetComparison() != nullptr);
   stream.AddElement("Title", TXMLUtils::HtmlEncode(pRoot.GetTitle()));
   stream.AddElement("TotalBytesOnDrive", storage.fTotalBytes);
   stream.AddElement("FreeBytesOnDrive", storage.fFreeBytes);
@@ -269,13 +277,13 @@ void TCustomXMLExport::WriteFileAges(const IFileAgeDistribution& pAges) {
   fAttributes.Clear();
   for (size_t i = 0; i < fFileAgesNames.size(); ++i) {
     const TBasicSizeValues values = pAges.GetRecord(static_cast<int>(i));
-    char text[64];  // three numbers of at most 20 characters, and two blanks
-    char* end = std::to_chars(text, std::end(text), values.fSize).ptr;
-    *end++ = ' ';
-    end = std::to_chars(end, std::end(text), values.fAllocated).ptr;
-    *end++ = ' ';
-    end = std::to_chars(end, std::end(text), values.fFiles).ptr;
-    fAttributes.Add(fFileAgesNames[i], std::string_view(text, end));
+    fText.clear();
+    AppendNumber(fText, values.fSize);
+    fText += ' ';
+    AppendNumber(fText, values.fAllocated);
+    fText += ' ';
+    AppendNumber(fText, values.fFiles);
+    fAttributes.Add(fFileAgesNames[i], std::string_view(fText));
   }
   fStream->AddElement("FileAgeDistribution", fAttributes);
 }

@@ -24,6 +24,10 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   static std::string_view TagOf(TColumn pMetaData);
 
  private:
+  // What has gone since an earlier scan is no part of the tree.
+  bool TakesIn(const IFolderData& pFolder) const override {
+    return (pFolder.GetFolderState() & fsIsDummyForComparison) == 0;
+  }
   bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
   bool EndNode(const TExportRow& pRow) override;
 
@@ -47,6 +51,7 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   std::u16string fPath;               // of the innermost open folder: no node need ask its ancestors for it
   std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
   TFileStatisticsWork fWork;
+  std::string fText;
   std::vector<std::string> fFileAgesNames;  // of the attributes, one per interval
 };
 

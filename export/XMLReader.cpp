@@ -59,11 +59,11 @@ std::vector<TLoadedRoot> TQZXMLReader::LoadFromFile(std::u16string_view pFileNam
 }
 
 TLoadedRoot TQZXMLReader::ReadRootFromXMLFile(const std::u16string& pPath, IScanRoots& pTarget,
-                                              const TLoadProgress& pProgress) {
+                                              const TLoadProgress& pProgress, TPurpose pPurpose) {
   TXMLProgress progress;
   if (pProgress) progress = [&](uint64_t pBytes) { return pProgress(pPath, pBytes); };
   try {
-    return ReadRoot(*Zip::OpenXMLSource(pPath), pPath, pTarget, progress);
+    return ReadRoot(*Zip::OpenXMLSource(pPath), pPath, pTarget, progress, pPurpose);
   } catch (const EXMLError& error) {
     throw EScanFileError("The XML file " + Quoted(pPath) + " cannot be loaded. " + error.what());
   } catch (const Zip::EZipError& error) {
@@ -74,8 +74,8 @@ TLoadedRoot TQZXMLReader::ReadRootFromXMLFile(const std::u16string& pPath, IScan
 }
 
 TLoadedRoot TQZXMLReader::ReadRoot(IByteSource& pSource, const std::u16string& pName, IScanRoots& pTarget,
-                                   const TXMLProgress& pProgress) {
-  TXMLTreeBuilder builder(pTarget);
+                                   const TXMLProgress& pProgress, TPurpose pPurpose) {
+  TXMLTreeBuilder builder(pTarget, pName, pPurpose);
   TXMLParser parser(builder);
   builder.SetParser(parser);
   if (!parser.Parse(pSource, pProgress)) return {};

@@ -21,6 +21,9 @@ class EScanFileError : public EException {
 // Told how many bytes of a file have been read, from time to time; false cancels.
 using TLoadProgress = std::function<bool(const std::u16string& pPath, uint64_t pBytesRead)>;
 
+// What a file is read for. One that an older state is taken from must hold all of its tree, and no comparison itself.
+enum class TPurpose : uint8_t { puShow, puCompare };
+
 // A root that was read, and what the user should know of it.
 struct TLoadedRoot {
   TRef<IHierarchicalRoot> fRoot;
@@ -37,10 +40,11 @@ class TQZXMLReader {
                                                const TLoadProgress& pProgress = {});
   // One file; the root is not in the list yet. No root, and no note, when cancelled.
   static TLoadedRoot ReadRootFromXMLFile(const std::u16string& pPath, IScanRoots& pTarget,
-                                         const TLoadProgress& pProgress = {});
+                                         const TLoadProgress& pProgress = {}, TPurpose pPurpose = TPurpose::puShow);
   // The same from any source of the document's bytes; EXMLError tells what is wrong with it.
   static TLoadedRoot ReadRoot(IByteSource& pSource, const std::u16string& pName, IScanRoots& pTarget,
-                              const Kiv::XML::Parser::TXMLProgress& pProgress = {});
+                              const Kiv::XML::Parser::TXMLProgress& pProgress = {},
+                              TPurpose pPurpose = TPurpose::puShow);
 };
 
 // The names of a list, as LoadFromFile takes it.

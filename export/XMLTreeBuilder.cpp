@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "export/XMLReader.h"
 #include "model/CustomFolder.h"
 #include "platform/Errors.h"
 #include "platform/Paths.h"
@@ -28,6 +27,7 @@ enum class TXMLTreeBuilder::TElement : uint8_t {
   elExcludedObjects,
   elTerminated,
   elIsFullExport,
+  elIsCompared,
   elFileAgesDateType,
   elDoCreateFileAges,
   elTopSizeList,
@@ -65,6 +65,7 @@ TXMLTreeBuilder::TElement TXMLTreeBuilder::ElementOf(std::u16string_view pName) 
       {u"excludedobjects", elExcludedObjects},
       {u"terminated", elTerminated},
       {u"isfullexport", elIsFullExport},
+      {u"iscompared", elIsCompared},
       {u"fileagesdatetype", elFileAgesDateType},
       {u"docreatefileages", elDoCreateFileAges},
       {u"ttopsizefilelist", elTopSizeList},
@@ -262,6 +263,17 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
       break;
     case elIsFullExport:
       fIsFullExport = boolean("IsFullExport");
+      if (fPurpose == TPurpose::puCompare && !fIsFullExport)
+        throw EScanFileError("The XML file \"" + ToDisplay(fName) +
+                             "\" includes information for directories limited to a certain directory level.\r\n\r\n"
+                             "Only exports of the full directory tree can be used for comparison. To get a full export, "
+                             "activate the option \"Tools > Options > Export > XML > Full directory tree\".");
+      break;
+    case elIsCompared:
+      if (fPurpose == TPurpose::puCompare && boolean("IsCompared"))
+        throw EScanFileError("The XML file \"" + ToDisplay(fName) +
+                             "\" contains data of a previous comparison.\r\n\r\n"
+                             "Exports containing comparison data cannot be used for a second comparison.");
       break;
     case elFileAgesDateType:
       fScan.fFileAgesDateType =

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "export/XMLParser.h"
+#include "export/XMLReader.h"
 #include "model/AssocSizeArray.h"
 #include "model/FileAges.h"
 #include "model/Root.h"
@@ -25,7 +25,9 @@ using XMLUtils::TXMLAttributeSpan;
 // Elements that it does not know are passed over. Everything else that does not fit ends the load, with the line.
 class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
  public:
-  explicit TXMLTreeBuilder(IScanRoots& pTarget) : fTarget(pTarget) {}
+  // The name is for messages.
+  TXMLTreeBuilder(IScanRoots& pTarget, std::u16string pName, TPurpose pPurpose)
+      : fTarget(pTarget), fName(std::move(pName)), fPurpose(pPurpose) {}
   ~TXMLTreeBuilder() override;
   // Before parsing; tells the line of what is wrong.
   void SetParser(const Kiv::XML::Parser::TXMLParser& pParser) { fParser = &pParser; }
@@ -77,6 +79,8 @@ class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
   TOpenFolder& OpenFolder(std::string_view pWhere);
 
   IScanRoots& fTarget;
+  const std::u16string fName;
+  const TPurpose fPurpose;
   const Kiv::XML::Parser::TXMLParser* fParser = nullptr;
 
   // The header.

@@ -174,6 +174,10 @@ TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
     }
     case TColumn::mdFolderState:
       return static_cast<int64_t>(GetFolderState());
+    case TColumn::mdSizeChange:
+    case TColumn::mdSizeChangePercent:
+    case TColumn::mdFileChange:
+      return ChangeSince(pColumn);
     case TColumn::mdDepth: {
       int64_t depth = 0;
       for (TRef<IHierarchicalElement> parent = GetParentFolder(); parent; parent = parent->GetParentFolder()) ++depth;
@@ -182,6 +186,19 @@ TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
     default:
       return TContainerHierarchicalElement::GetValue(pColumn);
   }
+}
+
+// "No value" without a comparison; nothing grows by percents.
+TMetaDataValue TCustomFolderData::ChangeSince(TColumn pColumn) const {
+  const TRef<IHierarchicalRoot> root = GetRoot();
+  const TRef<IComparison> comparison = root ? root->GetComparison() : nullptr;
+  if (!comparison) return {};
+  const TSizeValues now = GetValues();
+  const TSizeValues then = comparison->EarlierValues(*this);
+  if (pColumn == TColumn::mdFileChange) return now.fFiles - then.fFiles;
+  if (pColumn == TColumn::mdSizeChange) return now.fSize - then.fSize;
+  if (then.fSize == 0) return {};
+  return static_cast<double>(now.fSize - then.fSize) / static_cast<double>(then.fSize);
 }
 
 std::u16string TCustomFolderData::GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {

@@ -152,6 +152,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
  private:
   friend class TFileGroupData;
 
+  TMetaDataValue ChangeSince(TColumn pColumn) const;
   // Copies of the references, or statistics made from the files. Empty after disposal.
   TFolderStatistics Statistics() const;
   // The folder's own, made from the files it has so far when there are none yet.

@@ -46,6 +46,9 @@ constexpr std::array<TColumnInfo, static_cast<size_t>(TColumn::mdCount)> kColumn
     {TColumn::mdPathLength, {kCommonFormat, 17}, u"PathLength", u"Path Length", TColumnKind::ckCount},
     {TColumn::mdDepth, {kCommonFormat, 18}, u"Depth", u"Depth", TColumnKind::ckCount},
     {TColumn::mdFolderState, {kCommonFormat, 19}, u"FolderState", u"Folder State", TColumnKind::ckAttributes},
+    {TColumn::mdSizeChange, {kCommonFormat, 20}, u"SizeChange", u"Size Change", TColumnKind::ckSize},
+    {TColumn::mdSizeChangePercent, {kCommonFormat, 21}, u"SizeChangePercent", u"Change %", TColumnKind::ckShare},
+    {TColumn::mdFileChange, {kCommonFormat, 22}, u"FileChange", u"File Change", TColumnKind::ckCount},
 }};
 
 constexpr bool InOrderOfColumns() {
@@ -212,12 +215,31 @@ std::u16string_view UnitName(TSizeUnit pUnit) {
   return names[static_cast<size_t>(pUnit)];
 }
 
-std::u16string FormatValue(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
+namespace {
+
+std::u16string FormatUnsigned(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
   if (const auto* number = std::get_if<int64_t>(&pValue)) return NumberText(pColumn, *number, pFormat);
   if (const auto* share = std::get_if<double>(&pValue)) return ShareText(*share, pFormat);
   if (const auto* date = std::get_if<TKivFileTime>(&pValue)) return FromUtf8(FormatIsoLocal(*date));
   if (const auto* text = std::get_if<std::u16string>(&pValue)) return *text;
   return {};
+}
+
+// People want to see which way a change goes; programs read numbers without a plus.
+bool ShowsPlus(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
+  if (pFormat.fPlainByteValues || (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent &&
+                                   pColumn != TColumn::mdFileChange))
+    return false;
+  const auto* number = std::get_if<int64_t>(&pValue);
+  const auto* share = std::get_if<double>(&pValue);
+  return (number && *number > 0) || (share && *share > 0);
+}
+
+}  // namespace
+
+std::u16string FormatValue(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
+  const std::u16string text = FormatUnsigned(pColumn, pValue, pFormat);
+  return ShowsPlus(pColumn, pValue, pFormat) ? u"+" + text : text;
 }
 
 // Values of different kinds, which no column mixes except with "no value", are ordered by kind.

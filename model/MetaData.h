@@ -45,6 +45,9 @@ enum class TColumn : uint8_t {
   mdPathLength,
   mdDepth,
   mdFolderState,
+  mdSizeChange,         // against an earlier scan that the root is compared with
+  mdSizeChangePercent,  // of the earlier size
+  mdFileChange,         // files more or fewer
   mdCount  // number of columns
 };
 

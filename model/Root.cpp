@@ -145,6 +145,7 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
     fScanTimeStamp = TKivFileTime::Now().fTicks;
   }
   if (pWholeTree && (GetState() & rsIsXMLImport) != 0) fConfiguration = MakeRef<TScanConfiguration>(this, *fOptions);
+  if (pWholeTree) SetComparison(nullptr);  // its nodes are about to go
   fRootExclusions.Clear();
   if (fScanFilter) fScanFilter->BeginScan();
   fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp());
@@ -309,6 +310,16 @@ TStorageInformation TCustomRoot::GetStorageInformation() const {
   return fStorage;
 }
 
+TRef<IComparison> TCustomRoot::GetComparison() const {
+  TCriticalSectionLock lock(fLock);
+  return fCompareData;
+}
+
+void TCustomRoot::SetComparison(TRef<IComparison> pComparison) {
+  TCriticalSectionLock lock(fLock);
+  fCompareData.swap(pComparison);  // the one before goes outside the lock
+}
+
 // --- loading -------------------------------------------------------------------------------------------------------
 
 TRef<TCustomFolderData> TCustomRoot::BeginLoading() {
@@ -446,6 +457,7 @@ void TCustomRoot::Dispose() {
     fErrors.clear();
   }
   if (engine) engine->Dispose();
+  SetComparison(nullptr);
   fDisposeToken->SetDisposed();
   IncludeState(rsDisposed);
   if (fTopSizeList) fTopSizeList->Dispose();

@@ -86,6 +86,8 @@ class TCustomRoot : public TBaseRoot {
   TRef<IScanFilter> GetScanFilter() const override { return fScanFilter; }
   std::vector<TExclusion> GetExclusions() const override;
   TStorageInformation GetStorageInformation() const override;
+  TRef<IComparison> GetComparison() const override;
+  void SetComparison(TRef<IComparison> pComparison) override;
   // Fills the root from a file instead of by a scan: the tree through the top folder that this returns, then what the file
   // says of the scan, after which the root is finished like a scanned one. For one thread, while nobody else knows the root.
   TRef<TCustomFolderData> BeginLoading();
@@ -146,6 +148,7 @@ class TCustomRoot : public TBaseRoot {
   std::u16string fLastScannedFolder GUARDED_BY(fLock);
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
   TStorageInformation fStorage GUARDED_BY(fLock);
+  TRef<IComparison> fCompareData GUARDED_BY(fLock);
 
   // Progress: written by workers once per folder, polled by whoever shows it.
   std::atomic<int64_t> fTotalFilesFound{0};

@@ -136,6 +136,15 @@ struct TLoadedScan {
   std::optional<std::vector<TTopSizeEntry>> fTopFiles;  // not set when the root kept no list
 };
 
+// An earlier state of a root's tree. Fixed once made; any thread.
+class IComparison : public IInterface {
+ public:
+  virtual bool WasThere(const IFolderData& pFolder) const = 0;
+  // What the folder held then; zeros for a folder that was not there.
+  virtual TSizeValues EarlierValues(const IFolderData& pFolder) const = 0;
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // of the earlier scan
+};
+
 // One scanned path with its tree.
 class IHierarchicalRoot : public IMetaDataFormatter {
  public:
@@ -165,6 +174,10 @@ class IHierarchicalRoot : public IMetaDataFormatter {
 
   // Asked of the system when a scan has ended, or as the file has it.
   virtual TStorageInformation GetStorageInformation() const = 0;
+
+  // What the root is compared with, nullptr for nothing; a scan ends it. Set where no scan runs, and read by any thread.
+  virtual TRef<IComparison> GetComparison() const = 0;
+  virtual void SetComparison(TRef<IComparison> pComparison) = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
   // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and

@@ -45,6 +45,8 @@ class TVirtualRoot : public TBaseRoot {
   TRef<IScanFilter> GetScanFilter() const override { return nullptr; }
   std::vector<TExclusion> GetExclusions() const override;  // of all roots
   TStorageInformation GetStorageInformation() const override { return {}; }
+  TRef<IComparison> GetComparison() const override { return nullptr; }
+  void SetComparison(TRef<IComparison>) override {}
   // Scans all roots of the list.
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;

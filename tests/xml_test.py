@@ -302,6 +302,33 @@ class OpenTests:
         self.assertEqual(sorted(os.listdir(self.folder)), ["scan.xml", "target.xml", "tree"])
 
 
+    def test_a_comparison_shows_what_changed(self):
+        self.make("tree/grown/f", 100)
+        self.make("tree/shrunk/deep/f", 5000)
+        self.make("tree/gone/below/f", 700)
+        self.make("tree/same/f", 300)
+        tree = self.native(self.folder / "tree")
+        self.assertEqual(self.run_program(tree, "--xml", "old.xml").code, OK)
+        self.make("tree/grown/f", 900)
+        self.make("tree/shrunk/deep/f", 50)
+        shutil.rmtree(self.folder / "tree/gone")
+        self.make("tree/came/f", 40)
+        self.make("tree/came/g", 2)
+        run = self.run_program("--SizeUnit", "B", tree, "--compare", "old.xml")
+        self.assertEqual((run.code, run.err), (OK, ""))
+        rows = [re.match(r"  (\S.*?)  +([-+\d,]+) +(?:[-+.\d]+ +)?([-+\d]+) +[\d,]+ +\d+ ", line) for line in run.lines]
+        found = [(row[1], row[2], row[3]) for row in rows if row]
+        # Largest change first.
+        self.assertEqual(found, [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"),
+                                 ("came (new)", "+42", "+2"), ("same", "0", "0")])
+        self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
+        self.assertEqual(self.run_program(tree, "--compare", "old.xml", "--xml", "compared.xml").code, OK)
+        for name, text in (("compared.xml", "contains data of a previous comparison."), ("none.xml", "none.xml")):
+            run = self.run_program(tree, "--compare", name)
+            self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, 1))
+            self.assertIn(text, run.err)
+
+
 class LinuxOpenTest(OpenTests, program_test.ProgramTest):
     command = program_test.LinuxTest.command
 

@@ -4,7 +4,9 @@
 
 #include <random>
 
+#include "export/XMLCompareReader.h"
 #include "export/XMLExport.h"
+#include "model/Comparison.h"
 #include "model/ScanRoots.h"
 #include "platform/Text.h"
 #include "search/PatternFilter.h"
@@ -280,6 +282,108 @@ TEST(XMLReader, ThousandsOfLevels) {
   TLive live(u"/m", u'/');
   const TRef<IHierarchicalRoot> loaded = live.Load(text + "</Root>");
   EXPECT_EQ(loaded->GetTopFolder()->GetSize(), 1);
+}
+
+// Folder by folder, the difference between what two recounts find, those that are gone included.
+TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
+  std::mt19937 random(77);
+  for (int round = 0; round < 30; ++round) {
+    TRecountSettings settings;
+    settings.fPath = u"/m";
+    TLive earlier(u"/m", u'/');
+    FillRandomly(earlier.fStorage->Top(), random, 4);
+    earlier.Scan();
+    const std::string text = Written(*earlier.fRoot);
+    const TRecount before = RecountStorage(earlier.fStorage->Top(), settings);
+    std::vector<TMemoryEntry*> stack{&earlier.fStorage->Top()};
+    while (!stack.empty()) {
+      TMemoryEntry& folder = *stack.back();
+      stack.pop_back();
+      for (TMemoryEntry& child : folder.fChildren) {
+        child.fRemoved = random() % 6 == 0;
+        if (!child.IsFolder()) child.fValues.fSize += random() % 3 == 0 ? 1000 : 0;
+        if (child.IsFolder() && !child.fRemoved) stack.push_back(&child);
+      }
+      if (random() % 4 == 0) folder.AddFolder(u"brand new").AddFile(u"x", 17);
+    }
+    earlier.Scan();  // its state of now
+    const TRecount now = RecountStorage(earlier.fStorage->Top(), settings);
+    TTextSource source(text);
+    const TLoadedRoot loaded =
+        TQZXMLReader::ReadRoot(source, u"x", *earlier.fRoots, {}, TPurpose::puCompare);
+    earlier.fRoot->SetComparison(MakeRef<TComparison>(*earlier.fRoot, *loaded.fRoot));
+    loaded.fRoot->Dispose();
+
+    std::map<std::u16string, std::pair<int64_t, int64_t>> expected;
+    for (const auto& [path, folder] : now) expected[path] = {folder.fValues.fSize, folder.fValues.fFiles};
+    for (const auto& [path, folder] : before) {
+      expected[path].first -= folder.fValues.fSize;
+      expected[path].second -= folder.fValues.fFiles;
+    }
+    std::map<std::u16string, std::pair<int64_t, int64_t>> found;
+    std::vector<TRef<IFolderData>> nodes{earlier.fRoot->GetTopFolder()};
+    for (size_t i = 0; i < nodes.size(); ++i) {
+      const TRef<IFolderData> node = nodes[i];
+      const std::u16string path = node->GetFullPath();
+      found[path] = {std::get<int64_t>(node->GetValue(TColumn::mdSizeChange)),
+                     std::get<int64_t>(node->GetValue(TColumn::mdFileChange))};
+      EXPECT_EQ((node->GetFolderState() & fsIsDummyForComparison) != 0, !now.contains(path));
+      EXPECT_EQ(earlier.fRoot->GetComparison()->WasThere(*node), before.contains(path));
+      for (TRef<IFolderData>& child : node->FindSubFolders())
+        if (!child->IsFileGroup()) nodes.push_back(std::move(child));
+    }
+    ASSERT_EQ(found, expected);
+    EXPECT_EQ(earlier.fRoot->GetTopFolder()->GetFolders(), static_cast<int64_t>(now.size()) - 1)
+        << "what is gone is counted nowhere";
+    const std::string compared = Written(*earlier.fRoot);
+    EXPECT_NE(compared.find("<IsCompared>-1<"), std::string::npos);
+    earlier.Scan();
+    EXPECT_FALSE(earlier.fRoot->GetComparison()) << "a new scan begins without";
+  }
+}
+
+TEST(Comparison, RefusesWhatIsNoWholeState) {
+  TLive live(u"/m", u'/');
+  live.fStorage->Top().AddFolder(u"a");
+  live.Scan();
+  auto refusal = [&](const std::string& pText) -> std::string {
+    TTextSource source(pText);
+    try {
+      TQZXMLReader::ReadRoot(source, u"old.xml", *live.fRoots, {}, TPurpose::puCompare);
+    } catch (const EScanFileError& error) {
+      return error.what();
+    }
+    return "no error";
+  };
+  const std::string folder = "<Folder fullpath='/m'/></Root>";
+  EXPECT_EQ(refusal("<Root>" + folder), "no error") << "what is absent is fine";
+  EXPECT_EQ(refusal("<Root><IsFullExport>0</IsFullExport>" + folder),
+            "The XML file \"old.xml\" includes information for directories limited to a certain directory level.\r\n\r\n"
+            "Only exports of the full directory tree can be used for comparison. To get a full export, activate the option "
+            "\"Tools > Options > Export > XML > Full directory tree\".");
+  EXPECT_EQ(refusal("<Root><IsCompared>-1</IsCompared>" + folder),
+            "The XML file \"old.xml\" contains data of a previous comparison.\r\n\r\n"
+            "Exports containing comparison data cannot be used for a second comparison.");
+  try {
+    TQZXMLCompareReader::CompareWithXMLFile(u"", *live.fRoot, *live.fRoots);
+    ADD_FAILURE();
+  } catch (const EScanFileError& error) {
+    EXPECT_STREQ(error.what(), "The given file path must not be empty");
+  }
+  TGate gate;
+  live.fStorage->Folder(u"a").fGate = &gate;
+  live.fRoot->Scan();
+  gate.WaitUntilReached();
+  try {
+    TQZXMLCompareReader::CompareWithXMLFile(u"old.xml", *live.fRoot, *live.fRoots);
+    ADD_FAILURE();
+  } catch (const EScanFileError& error) {
+    EXPECT_STREQ(error.what(),
+                 "This operation is not allowed during an active scan.\r\n\"/m\" currently scanning.\r\n"
+                 "Please wait until the scan is finished.");
+  }
+  gate.Open();
+  EXPECT_TRUE(live.fRoot->WaitForScan(kForever));
 }
 
 }  // namespace Vantrel::XML::Parser

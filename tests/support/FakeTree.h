@@ -128,6 +128,8 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   void SetScanFilter(TRef<IScanFilter> pFilter) override { fFilter = std::move(pFilter); }
   TRef<IScanFilter> GetScanFilter() const override { return fFilter; }
   std::vector<TExclusion> GetExclusions() const override { return fExclusions; }
+  TRef<IComparison> GetComparison() const override { return nullptr; }
+  void SetComparison(TRef<IComparison>) override { NotFaked(); }
   TStorageInformation fStorage;
   TStorageInformation GetStorageInformation() const override { return fStorage; }
   int64_t GetScanDuration() const override { return fDuration; }
