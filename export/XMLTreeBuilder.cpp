@@ -152,6 +152,10 @@ TXMLTreeBuilder::TOpenFolder& TXMLTreeBuilder::OpenFolder(std::string_view pWher
 
 void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
   using enum TElement;
+  // Attributes are looked up one by one: a million of them would take hours.
+  constexpr size_t kMostAttributes = 1000;
+  if (pAttributes.size() > kMostAttributes)
+    Fail("An element has " + std::to_string(pAttributes.size()) + " attributes; no scan file has so many");
   fText.clear();
   fEscaped = TXMLUtils::GetValueFromAttributeByQName(pAttributes, TXMLUtils::kEscapedSuffix, {});
   const TElement element = ElementOf(pName);

@@ -229,6 +229,9 @@ TEST(XMLReader, RefusesWhatDoesNotFit) {
       {inRoot("<IncludePatterns><TPatternList><Pattern Class=\"TOther\"/></TPatternList></IncludePatterns>"),
        "Class \"TOther\" is no knonw class derived by TCustomPattern."},
   };
+  std::string many = "<Root><Folder fullpath='/m'><FileAgeDistribution";
+  for (int i = 0; i < 100'000; ++i) many += " Days_" + std::to_string(i) + "='0 0 0'";
+  EXPECT_EQ(live.Refusal(many + "/></Folder></Root>"), "An element has 100000 attributes; no scan file has so many");
   for (const auto& expected : cases) EXPECT_EQ(live.Refusal(expected.fText), expected.fMessage) << expected.fText;
   EXPECT_TRUE(live.fRoots->GetRoots().empty()) << "nothing half loaded is in the list";
 }
