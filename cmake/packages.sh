@@ -8,8 +8,8 @@ packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libic
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
   strace libxml2-utils"
-# On top of that, the second compiler.
-packages_clang="clang"
+# On top of that, the second compiler, with its fuzzer.
+packages_clang="clang libclang-rt-dev"
 # What the libraries for Windows are fetched and built with, which the tests begin with.
 packages_windows_libraries="ca-certificates dpkg-dev cmake ninja-build g++-mingw-w64-x86-64-posix
   gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev xz-utils bzip2"

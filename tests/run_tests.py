@@ -25,12 +25,14 @@ WINE_PREFIX = BUILD / "wine"
 SHOWN_LINES = 200  # of one failed test; its whole output is in the log beside the program
 
 # What can be asked for by --only, in the order in which it runs: the quickest to fail comes first.
-STAGES = ("checks", "linux", "windows", "python", "asan", "tsan", "clang")
+STAGES = ("checks", "linux", "windows", "python", "asan", "tsan", "clang", "fuzz")
 QUICK_STAGES = ("checks", "linux", "windows", "python")
 
 # The Linux tests run on the optimised build: it is what users get, ./run has built most of it already, and tests over a
 # million nodes finish in seconds. Assertions are not lost by that; the sanitizer builds keep them.
-PRESETS = {"linux": "release", "windows": "windows", "asan": "asan", "tsan": "tsan", "clang": "clang"}
+FUZZ_SECONDS = 60
+
+PRESETS = {"linux": "release", "windows": "windows", "asan": "asan", "tsan": "tsan", "clang": "clang", "fuzz": "fuzz"}
 
 
 @dataclasses.dataclass
@@ -391,6 +393,25 @@ class Run:
         # The second compiler is here for its thread-safety analysis, whose findings are errors: building is the test.
         self.built("clang")
 
+    def fuzz(self):
+        """Feeds the reader of scan files with damaged ones for a minute. What it finds is kept in the build folder."""
+        if not self.built("fuzz"):
+            return
+        folder = BUILD / "fuzz"
+        corpus = folder / "corpus"
+        corpus.mkdir(exist_ok=True)
+        start = time.monotonic()
+        log = folder / "xml_reader_fuzz.log"
+        code = run_logged([str(folder / "tests/fuzz/xml_reader_fuzz"), f"-max_total_time={FUZZ_SECONDS}", "-timeout=20",
+                           "-rss_limit_mb=2048", f"-artifact_prefix={folder}/", str(corpus),
+                           str(ROOT / "tests/fuzz/seeds")], log, self.options.timeout, self.environment)
+        runs = re.search(r"^Done (\d+) runs", read_log(log), re.MULTILINE)
+        passed = code == 0 and runs and int(runs[1]) > 0
+        output = "" if passed else f"{read_log(log)[-4000:]}\nxml_reader_fuzz {describe_end(code, self.options.timeout)}"
+        name = f"xml_reader_fuzz, {runs[1]} runs" if runs else "xml_reader_fuzz"
+        self.report("fuzz", Result(name, passed=int(bool(passed)), failed=int(not passed),
+                                   seconds=time.monotonic() - start, output=output))
+
     def windows(self):
         if self.built("windows"):
             environment = self.wine()
@@ -426,7 +447,8 @@ def parse_options(arguments):
         prog="./test", description="Builds and runs the tests, for Linux natively and for Windows under Wine.")
     parser.add_argument("--all", action="store_true",
                         help="also run the tests under the address, undefined-behaviour and thread sanitizers, and "
-                             "build with clang, where a finding of the thread-safety analysis is an error")
+                             "build with clang, where a finding of the thread-safety analysis is an error, and feed "
+                             "the reader of scan files with damaged ones for a minute")
     parser.add_argument("--only", metavar="STAGE", action="append", choices=STAGES,
                         help=f"run only this stage, one of {', '.join(STAGES)}; may be given more than once")
     parser.add_argument("--filter", metavar="PATTERN", default="",
