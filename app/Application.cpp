@@ -147,6 +147,7 @@ int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
       --fPathsLeft;
       for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
       result = std::max({result, CompareRoot(pRoots, *loaded.fRoot), PerformActions(pRoots, *loaded.fRoot)});
+      if (loaded.fRoot->GetState() & rsHasErrors) result = std::max<int>(result, ecIncomplete);
     }
     return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
   } catch (const EScanFileError& error) {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <iterator>
+#include <tuple>
 
 #include "export/XMLUtils.h"
 #include "export/ZipFile.h"
@@ -112,6 +114,11 @@ void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   fStream = &stream;
   fFormat = ValueFormat();
   fFileAgesDateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  fErrors = pRoot.GetErrors();
+  std::stable_sort(fErrors.begin(), fErrors.end(), [](const TScanError& pA, const TScanError& pB) {
+    if (pA.fObject != pB.fObject) return std::less<>()(pA.fObject.get(), pB.fObject.get());
+    return std::tie(pA.fPath, pA.fCode) < std::tie(pB.fPath, pB.fCode);  // threads record in any order
+  });
   fFileAgesNames.clear();
   fDelimiter = pRoot.GetPathDelimiter();
   fPath.clear();
@@ -199,6 +206,7 @@ bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   fAttributes.AddBoolean("IsFilesNode", folder.IsFileGroup());
   fStream->StartElement("Folder", fAttributes);
   for (const TColumn column : Columns()) WriteColumn(folder, column);
+  if (!fErrors.empty()) WriteErrors(folder);
   // How the tree came into being is no property of the folder.
   fStream->AddElement("FolderState", folder.GetFolderState() & ~fsIsXMLImport);
   const TSizeValues values = folder.GetValues();
@@ -222,6 +230,21 @@ bool TCustomXMLExport::EndNode(const TExportRow&) {
   fParentLengths.pop_back();
   fStream->EndElement("Folder");
   return true;
+}
+
+// Whoever loads the file is to know that its totals are incomplete, and where.
+void TCustomXMLExport::WriteErrors(const IFolderData& pFolder) {
+  const IHierarchicalObject* object = &pFolder;
+  auto error = std::partition_point(fErrors.begin(), fErrors.end(),
+                                    [&](const TScanError& pError) { return std::less<>()(pError.fObject.get(), object); });
+  for (; error != fErrors.end() && error->fObject.get() == object; ++error) {
+    fAttributes.Clear();
+    fAttributes.Add("Code", error->fCode);
+    fAttributes.Add("Kind", static_cast<int>(error->fKind));
+    fAttributes.AddBoolean("Partial", error->fPartial);
+    if (error->fPath != fPath) fAttributes.Add("Path", error->fPath);
+    fStream->AddElement("ErrorMessage", std::string_view(OSErrorText(error->fCode)), fAttributes);
+  }
 }
 
 void TCustomXMLExport::WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn) {

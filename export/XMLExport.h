@@ -34,6 +34,7 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   void WriteHeader(IHierarchicalRoot& pRoot);
   void WriteFilters(const IHierarchicalRoot& pRoot);
   void WriteTopSizeListToXML(const ITopSizeList& pList);
+  void WriteErrors(const IFolderData& pFolder);
   void WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn);
   void WriteStatistics(const IFolderData& pFolder);
   void WriteSizeArray(std::string_view pName, const ICustomAssocSizeArray& pArray);
@@ -50,6 +51,7 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   char16_t fDelimiter = 0;
   std::u16string fPath;               // of the innermost open folder: no node need ask its ancestors for it
   std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
+  std::vector<TScanError> fErrors;  // of the root, by folder
   TFileStatisticsWork fWork;
   std::string fText;
   std::vector<std::string> fFileAgesNames;  // of the attributes, one per interval

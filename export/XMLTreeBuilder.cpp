@@ -38,6 +38,7 @@ enum class TXMLTreeBuilder::TElement : uint8_t {
   elFolder,
   elAttributes,
   elOwner,
+  elErrorMessage,
   elFolderState,
   elLastAccess,
   elLastChange,
@@ -77,6 +78,7 @@ TXMLTreeBuilder::TElement TXMLTreeBuilder::ElementOf(std::u16string_view pName) 
       {u"folder", elFolder},
       {u"attributes", elAttributes},
       {u"owner", elOwner},
+      {u"errormessage", elErrorMessage},
       {u"folderstate", elFolderState},
       {u"lastaccessdate", elLastAccess},
       {u"lastchangedate", elLastChange},
@@ -189,6 +191,8 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
       return;
     case elTopFile:
       return ReadTopFile(pAttributes);
+    case elErrorMessage:
+      return ReadError(pAttributes);
     case elDoCreateFileAges:
       fScan.fFileAgesDateType = static_cast<TDateType>(
           Number(pAttributes, u"FileAgesDateType", 0, static_cast<int64_t>(TDateType::dtNone)));
@@ -322,6 +326,18 @@ void TXMLTreeBuilder::ReadPatternElement(TElement pElement, TXMLAttributeSpan pA
   } catch (const EInvalidArgumentValue& error) {
     Fail(error.what());
   }
+}
+
+void TXMLTreeBuilder::ReadError(TXMLAttributeSpan pAttributes) {
+  const TOpenFolder& folder = OpenFolder("begin of 'ErrorMessage'");
+  TScanError error;
+  error.fObject = folder.fNode;
+  error.fPath = TXMLUtils::ExactValue(pAttributes, u"Path", std::u16string_view(fPath).substr(0, folder.fPathLength));
+  error.fCode = static_cast<uint32_t>(Number(pAttributes, u"Code", 0, UINT32_MAX));
+  error.fKind = static_cast<TEnumeratorError>(
+      Number(pAttributes, u"Kind", 0, static_cast<int64_t>(TEnumeratorError::eeOther)));
+  error.fPartial = Number(pAttributes, u"Partial", INT64_MIN) != 0;
+  fScan.fErrors.push_back(std::move(error));
 }
 
 void TXMLTreeBuilder::ReadTopFile(TXMLAttributeSpan pAttributes) {

@@ -73,6 +73,7 @@ class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
   void AddItem(TXMLAttributeSpan pAttributes);
   void ReadFileAges(TXMLAttributeSpan pAttributes);
   void ReadSizeData(TXMLAttributeSpan pAttributes);
+  void ReadError(TXMLAttributeSpan pAttributes);
   void ReadTopFile(TXMLAttributeSpan pAttributes);
   void ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes);
   void ReadHeaderText(TElement pElement);

@@ -1,6 +1,8 @@
 #include "export/ZipFile.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
 #include <zip.h>
 
 #include <cerrno>
@@ -264,6 +266,7 @@ class TZipXMLSource::TArchive {
     if (zip_stat_index(fArchive.get(), pIndex, 0, &stat) != 0) FailReading(zip_get_error(fArchive.get()));
     if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE)
       Fail(fPath, "The XML file in the archive is encrypted");
+    RefuseBomb(stat);
     fEntry.reset(zip_fopen_index(fArchive.get(), pIndex, 0));
     if (!fEntry) FailReading(zip_get_error(fArchive.get()));
     return (stat.valid & ZIP_STAT_SIZE) != 0 ? stat.size : 0;
@@ -276,6 +279,17 @@ class TZipXMLSource::TArchive {
   }
 
  private:
+  // Scan files shrink to a tenth or a thirtieth. What shrinks to less than a two-hundredth, and would fill the memory, was
+  // made to do that.
+  void RefuseBomb(const zip_stat_t& pStat) const {
+    constexpr uint64_t kHarmless = 256 << 20;
+    constexpr uint64_t kMostRatio = 200;
+    if ((pStat.valid & ZIP_STAT_SIZE) == 0 || (pStat.valid & ZIP_STAT_COMP_SIZE) == 0) return;
+    if (pStat.size > kHarmless && pStat.size / std::max<uint64_t>(pStat.comp_size, 1) > kMostRatio)
+      Fail(fPath, fmt::format("The archive unpacks to {} times its size, which no scan file does",
+                              pStat.size / std::max<uint64_t>(pStat.comp_size, 1)));
+  }
+
   [[noreturn]] void FailReading(zip_error_t* pError) const {
     fFile.RethrowFailure();
     if (zip_error_code_zip(pError) == ZIP_ER_CRC)

@@ -347,7 +347,10 @@ void TCustomRoot::EndLoading(const TLoadedScan& pScan) {
   {
     TCriticalSectionLock lock(fLock);
     fStorage = pScan.fStorage;
+    fErrors = pScan.fErrors;
   }
+  fErrorCount = static_cast<int64_t>(pScan.fErrors.size());
+  if (!pScan.fErrors.empty()) IncludeState(rsHasErrors);
   IncludeState(pScan.fWasCancelled ? rsFinished | rsCancelled : rsFinished);
 }
 

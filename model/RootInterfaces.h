@@ -133,6 +133,7 @@ struct TLoadedScan {
   TRef<IFileAges> fFileAges;  // nullptr when the file holds no ages
   bool fHasExtensions = false;
   bool fHasUsers = false;
+  std::vector<TScanError> fErrors;
   std::optional<std::vector<TTopSizeEntry>> fTopFiles;  // not set when the root kept no list
 };
 

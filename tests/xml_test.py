@@ -274,9 +274,15 @@ class OpenTests:
         self.assert_refused(b"<html><body/></html>", "html")
         with zipfile.ZipFile(self.folder / "other.zip", "w") as archive:
             archive.writestr("readme.txt", "nothing")
-        run = self.run_program("--open", "other.zip")
-        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
-        self.assertIn("other.zip", run.err)
+        with zipfile.ZipFile(self.folder / "bomb.zip", "w", zipfile.ZIP_DEFLATED) as archive:
+            with archive.open("bomb.xml", "w") as entry:
+                for _ in range(300):
+                    entry.write(b" " * (1 << 20))
+        for name in ("other.zip", "bomb.zip"):
+            run = self.run_program("--open", name)
+            self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+            self.assertIn(name, run.err)
+        self.assertRegex(run.err, "unpacks to [0-9]+ times its size")
 
     def test_limited_and_foreign_files_are_shown(self):
         good = self.small_scan().read_bytes()

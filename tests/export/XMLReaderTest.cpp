@@ -236,6 +236,40 @@ TEST(XMLReader, RefusesWhatDoesNotFit) {
   EXPECT_TRUE(live.fRoots->GetRoots().empty()) << "nothing half loaded is in the list";
 }
 
+TEST(XMLReader, RefusesEveryTruncation) {
+  TLive live(u"/m", u'/');
+  live.fStorage->Folder(u"a/b").AddFile(u"c.txt", 7);
+  live.Scan();
+  const std::string text = Written(*live.fRoot);
+  const size_t end = text.rfind('>') + 1;
+  for (size_t length = 0; length < end; ++length)
+    ASSERT_NE(live.Refusal(std::string_view(text).substr(0, length)), "no error") << length;
+  EXPECT_TRUE(live.fRoots->GetRoots().empty());
+  EXPECT_EQ(live.Refusal(std::string_view(text).substr(0, end)), "no error");
+}
+
+TEST(XMLReader, IncompleteScansStayIncomplete) {
+  TLive live(u"/m", u'/');
+  live.fStorage->Folder(u"half").AddFile(u"a", 1);
+  live.fStorage->Folder(u"half").AddFile(u"b", 1);
+  live.fStorage->Folder(u"half").FailListing(2, TMemoryStorage::AccessDeniedCode());
+  live.fStorage->Folder(u"lost").FailListing(1, 5);
+  live.Scan();
+  ASSERT_EQ(live.fRoot->GetErrors().size(), 2u);
+  const std::string text = Written(*live.fRoot);
+  const TRef<IHierarchicalRoot> loaded = live.Load(text);
+  EXPECT_EQ(Written(*loaded), text);
+  EXPECT_NE(loaded->GetState() & rsHasErrors, 0u);
+  auto errors = loaded->GetErrors();
+  ASSERT_EQ(errors.size(), 2u);
+  std::sort(errors.begin(), errors.end(), [](const auto& pA, const auto& pB) { return pA.fPath < pB.fPath; });
+  EXPECT_EQ(errors[0].fPath, u"/m/half");
+  EXPECT_TRUE(errors[0].fPartial);
+  EXPECT_EQ(errors[0].fCode, TMemoryStorage::AccessDeniedCode());
+  EXPECT_EQ(errors[1].fObject->GetFullPath(), u"/m/lost");
+  EXPECT_FALSE(errors[1].fPartial);
+}
+
 TEST(XMLReader, TakesOlderAndForeignForms) {
   TLive live(u"/m", u'/');
   const TRef<IHierarchicalRoot> windows = live.Load(
