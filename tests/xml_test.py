@@ -223,7 +223,7 @@ class OpenTests:
         self.assertEqual((opened.code, opened.err), (OK, ""))
         self.assertTrue(live.rows)
         self.assertEqual(opened.rows, live.rows)
-        twice = self.run_program("--open", 'scan.xml;"scan.xml"')
+        twice = self.run_program("--open", "scan.xml;;scan.xml")
         self.assertEqual((twice.code, twice.titles()), (OK, 2))
 
     def assert_refused(self, data, *named):
