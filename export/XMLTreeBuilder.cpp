@@ -187,7 +187,7 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
     case elFileAges:
       return ReadFileAges(pAttributes);
     case elTopSizeList:
-      fScan.fTopFiles.emplace();
+      if (!fScan.fTopFiles) fScan.fTopFiles.emplace();  // a second list goes on with the first: files are known by number
       return;
     case elTopFile:
       return ReadTopFile(pAttributes);

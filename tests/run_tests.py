@@ -394,15 +394,18 @@ class Run:
         self.built("clang")
 
     def fuzz(self):
-        """Feeds the reader of scan files with damaged ones for a minute. What it finds is kept in the build folder."""
+        """Feeds the reader of scan files with damaged ones for a minute. What it finds is kept in the build folder. Always
+        from the same start, so that two runs of one version find the same; whoever looks for more starts the program by
+        hand, with other seeds and for longer."""
         if not self.built("fuzz"):
             return
         folder = BUILD / "fuzz"
         corpus = folder / "corpus"
-        corpus.mkdir(exist_ok=True)
+        shutil.rmtree(corpus, ignore_errors=True)
+        corpus.mkdir()
         start = time.monotonic()
         log = folder / "xml_reader_fuzz.log"
-        code = run_logged([str(folder / "tests/fuzz/xml_reader_fuzz"), f"-max_total_time={FUZZ_SECONDS}", "-timeout=20",
+        code = run_logged([str(folder / "tests/fuzz/xml_reader_fuzz"), f"-max_total_time={FUZZ_SECONDS}", "-seed=1", "-timeout=20",
                            "-rss_limit_mb=2048", f"-artifact_prefix={folder}/", str(corpus),
                            str(ROOT / "tests/fuzz/seeds")], log, self.options.timeout, self.environment)
         runs = re.search(r"^Done (\d+) runs", read_log(log), re.MULTILINE)

@@ -284,6 +284,11 @@ TEST(XMLReader, TakesOlderAndForeignForms) {
   EXPECT_NE(windows->GetState() & rsCancelled, 0u);
   EXPECT_EQ(windows->GetTopFolder()->GetValues(), (TSizeValues{{5, 0, 2}, 0, 0}));
   EXPECT_EQ(live.Load("<Root><Folder fullpath='/x'/></Root>")->GetPathDelimiter(), u'/');
+  const TRef<IHierarchicalRoot> twice =
+      live.Load("<Root><TTopSizeFileList><TopFile name='f' Path='/x' Size='3'/></TTopSizeFileList><TTopSizeFileList/>"
+                "<Folder fullpath='/x'/></Root>");
+  ASSERT_EQ(twice->GetTopSizeList()->GetSnapshot().size(), 1u);
+  EXPECT_EQ(twice->GetTopSizeList()->GetSnapshot()[0].fName, u"f");
 }
 
 TEST(XMLReader, CancelledLoadsLeaveNothing) {
