@@ -16,6 +16,7 @@
 #include "platform/Paths.h"
 #include "platform/Text.h"
 #include "search/PatternFilter.h"
+#include "search/PatternList.h"
 
 namespace Kiv::Hierarchical::Exporting::XML {
 
@@ -165,9 +166,11 @@ void TCustomXMLExport::WriteFilters(const IHierarchicalRoot& pRoot) {
   if (patterns == nullptr) return;
   TPatternWriter writer(*fStream);
   for (const TPatternType type : {TPatternType::ptyInclude, TPatternType::ptyExclude}) {
-    const TRef<IPatterns> part = patterns->GetPatterns()->Clone();
-    for (const TRef<IPattern>& pattern : part->GetItems())
-      if (pattern->GetPatternType() != type) part->Remove(*pattern);
+    const IPatterns& all = *patterns->GetPatterns();
+    auto part = MakeRef<TPatternList>(all.GetPathDelimiter());
+    part->SetEmptyPatternListMatchesAll(all.GetEmptyPatternListMatchesAll());
+    for (const TRef<IPattern>& pattern : all.GetItems())
+      if (pattern->GetPatternType() == type) part->Add(pattern);
     const char* name = type == TPatternType::ptyInclude ? "IncludePatterns" : "ExcludePatterns";
     fStream->StartElement(name);
     part->WriteToXML(writer);

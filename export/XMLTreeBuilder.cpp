@@ -170,14 +170,11 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
     case elSizeData:
       return ReadSizeData(pAttributes);
     case elLastAccess:
-      OpenFolder("begin of 'LastAccessDate'").fValues.fEntry.fLastAccessDate = FileTime(pAttributes, u"Low", u"High");
-      return;
+      return ReadDate(&TEntryValues::fLastAccessDate, "begin of 'LastAccessDate'", pAttributes);
     case elLastChange:
-      OpenFolder("begin of 'LastChangeDate'").fValues.fEntry.fLastChangeDate = FileTime(pAttributes, u"Low", u"High");
-      return;
+      return ReadDate(&TEntryValues::fLastChangeDate, "begin of 'LastChangeDate'", pAttributes);
     case elCreation:
-      OpenFolder("begin of 'CreationDate'").fValues.fEntry.fCreationDate = FileTime(pAttributes, u"Low", u"High");
-      return;
+      return ReadDate(&TEntryValues::fCreationDate, "begin of 'CreationDate'", pAttributes);
     case elExtensionSizeArray:
       return BeginSizeArray(false);
     case elUserSizeArray:
@@ -449,6 +446,11 @@ void TXMLTreeBuilder::AddStatistics(TOpenFolder& pTarget, const TFolderStatistic
     if (!target.fAges) target.fAges = pStatistics.fAges->CloneEmpty();
     target.fAges->AddDistribution(*pStatistics.fAges);
   }
+}
+
+void TXMLTreeBuilder::ReadDate(TKivFileTime TEntryValues::*pDate, std::string_view pWhere,
+                               TXMLAttributeSpan pAttributes) {
+  OpenFolder(pWhere).fValues.fEntry.*pDate = FileTime(pAttributes, u"Low", u"High");
 }
 
 void TXMLTreeBuilder::ReadSizeData(TXMLAttributeSpan pAttributes) {

@@ -18,9 +18,9 @@ using XMLUtils::TXMLAttributeSpan;
 
 // Makes a root and its tree of the events of an XML scan file.
 //
-// A folder's values follow its start tag, and its sub-folders' elements follow these, inside it. So a folder is filled when
-// its element ends; its node is made, and takes its place, when the next one begins or it ends. A folder whose statistics
-// are not in the file gets the sums of its children's.
+// A folder's node is made, and takes its place, when its element begins. Its values follow inside the element, and its
+// sub-folders' elements after them, so it is filled when the element ends. A folder whose statistics are not in the file
+// gets the sums of its children's.
 //
 // Elements that it does not know are passed over. Everything else that does not fit ends the load, with the line.
 class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
@@ -72,6 +72,7 @@ class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
   void BeginSizeArray(bool pIsUsers);
   void AddItem(TXMLAttributeSpan pAttributes);
   void ReadFileAges(TXMLAttributeSpan pAttributes);
+  void ReadDate(TKivFileTime TEntryValues::*pDate, std::string_view pWhere, TXMLAttributeSpan pAttributes);
   void ReadSizeData(TXMLAttributeSpan pAttributes);
   void ReadError(TXMLAttributeSpan pAttributes);
   void ReadTopFile(TXMLAttributeSpan pAttributes);

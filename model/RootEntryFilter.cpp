@@ -1,5 +1,7 @@
 #include "model/RootEntryFilter.h"
 
+#include <utility>
+
 #include "platform/WildcardMatch.h"
 
 namespace Kiv {
@@ -8,14 +10,20 @@ namespace Kiv {
 bool TRootEntryFilter::IsFileIncluded(const IHierarchicalEnumerator& pEntry) {
   if (fNested && !fNested->IsFileIncluded(pEntry)) return false;
   if (!fFileMask.empty() && !MatchesWildcards(pEntry.GetObjectName(), fFileMask)) {
-    fExclusions.fByFileMask.fetch_add(1, std::memory_order_relaxed);
+    ++fByFileMask;
     return false;
   }
   if (fExpression && !fExpression->Evaluate(pEntry)) {
-    fExclusions.fByExpression.fetch_add(1, std::memory_order_relaxed);
+    ++fByExpression;
     return false;
   }
   return true;
+}
+
+void TRootEntryFilter::EndFolder() {
+  if (fNested) fNested->EndFolder();
+  fExclusions.fByFileMask.fetch_add(std::exchange(fByFileMask, 0), std::memory_order_relaxed);
+  fExclusions.fByExpression.fetch_add(std::exchange(fByExpression, 0), std::memory_order_relaxed);
 }
 
 }  // namespace Kiv

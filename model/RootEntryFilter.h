@@ -42,12 +42,13 @@ class TRootEntryFilter : public IEntryFilter {
     return !fNested || fNested->IsFolderIncluded(pEntry);
   }
   bool IsFileIncluded(const IHierarchicalEnumerator& pEntry) override;
-  void EndFolder() override {
-    if (fNested) fNested->EndFolder();
-  }
+  void EndFolder() override;
 
  private:
   TRootExclusions& fExclusions;
+  // Of the folder being listed: the threads' common counts are told once, not for every file.
+  int64_t fByFileMask = 0;
+  int64_t fByExpression = 0;
   const std::u16string fFileMask;
   const TRef<IExpression> fExpression;
   const std::unique_ptr<IEntryFilter> fNested;
