@@ -32,10 +32,6 @@ constexpr int64_t kPollMilliseconds = 100;
 std::atomic<bool> gCancelRequested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "set in a signal handler");
 
-std::string Quoted(std::u16string_view pText) {
-  return "\"" + ToDisplay(pText) + "\"";
-}
-
 std::string ProgressText(const TScanProgress& pProgress) {
   const TValueFormat format;
   auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
@@ -169,7 +165,7 @@ int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string
   fPathsLeft = paths.size();
   for (const std::u16string& path : paths) {
     if (gCancelRequested) {
-      fSettings.fWriteError("Not scanned: " + Quoted(path));
+      fSettings.fWriteError("Not scanned: " + ToQuotedDisplay(path));
       result = std::max<int>(result, ecCancelled);
       continue;
     }
@@ -213,7 +209,7 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
   if (state & rsPathNotFound) {
     const std::vector<TScanError> errors = pRoot.GetErrors();
     const std::string reason = errors.empty() ? "it cannot be opened" : OSErrorText(errors.front().fCode);
-    fSettings.fWriteError("Cannot scan " + Quoted(pPath) + ": " + reason);
+    fSettings.fWriteError("Cannot scan " + ToQuotedDisplay(pPath) + ": " + reason);
     return ecPathNotFound;
   }
   const int compared = CompareRoot(pRoots, pRoot);
@@ -255,7 +251,7 @@ std::vector<std::u16string> TApplication::WithoutRepeatedPaths(const std::vector
     const bool known = std::any_of(absolute.begin(), absolute.end(),
                                    [&](const std::u16string& pOther) { return SamePath(pOther, full, delimiter); });
     if (known) {
-      fSettings.fWriteError(Quoted(path) + " was given more than once; it is scanned once");
+      fSettings.fWriteError(ToQuotedDisplay(path) + " was given more than once; it is scanned once");
       continue;
     }
     kept.push_back(path);

@@ -14,8 +14,6 @@ using Kiv::XML::Parser::TXMLProgress;
 
 namespace {
 
-std::string Quoted(std::u16string_view pText) { return "\"" + ToDisplay(pText) + "\""; }
-
 struct TProtocolPrefix {
   TXMLParseHelper::TProtocol fProtocol;
   std::u16string_view fPrefix;
@@ -65,11 +63,11 @@ TLoadedRoot TQZXMLReader::ReadRootFromXMLFile(const std::u16string& pPath, IScan
   try {
     return ReadRoot(*Zip::OpenXMLSource(pPath), pPath, pTarget, progress, pPurpose);
   } catch (const EXMLError& error) {
-    throw EScanFileError("The XML file " + Quoted(pPath) + " cannot be loaded. " + error.what());
+    throw EScanFileError("The XML file " + ToQuotedDisplay(pPath) + " cannot be loaded. " + error.what());
   } catch (const Zip::EZipError& error) {
     throw EScanFileError(error.what());
   } catch (const EOSError& error) {
-    throw EScanFileError("The XML file " + Quoted(pPath) + " cannot be read: " + OSErrorText(error.Code()));
+    throw EScanFileError("The XML file " + ToQuotedDisplay(pPath) + " cannot be read: " + OSErrorText(error.Code()));
   }
 }
 
@@ -82,7 +80,7 @@ TLoadedRoot TQZXMLReader::ReadRoot(IByteSource& pSource, const std::u16string& p
   TLoadedRoot loaded;
   loaded.fRoot = builder.Finish();
   if (!builder.IsFullExport())
-    loaded.fNotes.push_back("The XML file " + Quoted(pName) +
+    loaded.fNotes.push_back("The XML file " + ToQuotedDisplay(pName) +
                             " includes information for directories limited to a certain directory level.\r\n"
                             "Only the information of included directories will be shown.");
   return loaded;

@@ -112,7 +112,7 @@ int64_t TXMLTreeBuilder::Integer(std::u16string_view pText, std::string_view pWh
                                  int64_t pMost) const {
   int64_t value = 0;
   if (!TXMLUtils::TryReadInteger(pText, value))
-    Fail(std::string(pWhat) + " is no whole number: \"" + ToDisplay(pText.substr(0, 100)) + "\"");
+    Fail(std::string(pWhat) + " is no whole number: " + ToQuotedDisplay(pText.substr(0, 100)));
   if (value < pLeast || value > pMost) Fail(std::string(pWhat) + " is out of range: " + std::to_string(value));
   return value;
 }
@@ -161,7 +161,7 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
   fText.clear();
   fEscaped = TXMLUtils::GetValueFromAttributeByQName(pAttributes, TXMLUtils::kEscapedSuffix, {});
   const TElement element = ElementOf(pName);
-  if (!fSeenRoot && element != elRoot) Fail("The document is no scan file: it begins with \"" + ToDisplay(pName) + "\"");
+  if (!fSeenRoot && element != elRoot) Fail("The document is no scan file: it begins with " + ToQuotedDisplay(pName));
   switch (element) {
     case elRoot:
       return BeginRoot(pAttributes);
@@ -246,7 +246,7 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
       break;
     case elDateISO:
       if (!fText.empty() && !TryParseIso(ToUtf8(fText), fScan.fScanTimeStamp))
-        Fail("DateISO is no date: \"" + ToDisplay(fText.substr(0, 100)) + "\"");
+        Fail("DateISO is no date: " + ToQuotedDisplay(fText.substr(0, 100)));
       break;
     case elFilesystem:
       fScan.fStorage.fFileSystem = ExactText();
@@ -300,7 +300,7 @@ void TXMLTreeBuilder::BeginRoot(TXMLAttributeSpan pAttributes) {
   else if (SameTextAscii(type, u"TFileSystemRoot"))
     fDelimiter = u'\\';
   else if (!SameTextAscii(type, u"TRoot"))
-    Fail("Root has an unknown type: \"" + ToDisplay(type) + "\"");
+    Fail("Root has an unknown type: " + ToQuotedDisplay(type));
 }
 
 void TXMLTreeBuilder::ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes) {
@@ -376,7 +376,7 @@ void TXMLTreeBuilder::BeginFolder(TXMLAttributeSpan pAttributes) {
     folder.fNode = fRoot->BeginLoading();
   } else {
     TOpenFolder& parent = fOpen.back();
-    if (parent.fIsFilesNode) Fail("There is a folder in the files of \"" + ToDisplay(fPath) + "\"");
+    if (parent.fIsFilesNode) Fail("There is a folder in the files of " + ToQuotedDisplay(fPath));
     if (folder.fIsFilesNode && parent.fNode->GetFilesNode())
       Fail("The files of \"" + ToDisplay(fPath) + "\" are there twice");
     const std::u16string_view name = folder.fIsFilesNode ? std::u16string_view() : NameIn(parent, path);
@@ -392,15 +392,15 @@ void TXMLTreeBuilder::BeginFolder(TXMLAttributeSpan pAttributes) {
 std::u16string_view TXMLTreeBuilder::NameIn(const TOpenFolder& pParent, std::u16string_view pPath) const {
   const std::u16string_view parent = std::u16string_view(fPath).substr(0, pParent.fPathLength);
   std::u16string_view name = pPath;
-  if (!name.starts_with(parent)) Fail("\"" + ToDisplay(pPath) + "\" does not lie in \"" + ToDisplay(parent) + "\"");
+  if (!name.starts_with(parent)) Fail(ToQuotedDisplay(pPath) + " does not lie in " + ToQuotedDisplay(parent));
   name.remove_prefix(parent.size());
   if (!parent.ends_with(fDelimiter)) {
     if (!name.starts_with(fDelimiter))
-      Fail("\"" + ToDisplay(pPath) + "\" does not lie in \"" + ToDisplay(parent) + "\"");
+      Fail(ToQuotedDisplay(pPath) + " does not lie in " + ToQuotedDisplay(parent));
     name.remove_prefix(1);
   }
   if (name.empty() || name.find(fDelimiter) != std::u16string_view::npos)
-    Fail("\"" + ToDisplay(pPath) + "\" does not lie directly in \"" + ToDisplay(parent) + "\"");
+    Fail(ToQuotedDisplay(pPath) + " does not lie directly in " + ToQuotedDisplay(parent));
   return name;
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/Text.h"
+#include "platform/Utf.h"
 
 namespace Kiv::XMLUtils {
 
@@ -77,15 +78,6 @@ std::optional<uint32_t> ReadEntity(std::u16string_view pName) {
   return isCharacter ? number : std::nullopt;
 }
 
-void AppendCharacter(std::u16string& pTarget, uint32_t pCode) {
-  if (pCode >= 0x10000) {
-    pTarget += static_cast<char16_t>(0xD7C0 + (pCode >> 10));
-    pTarget += static_cast<char16_t>(0xDC00 + (pCode & 0x3FF));
-  } else {
-    pTarget += static_cast<char16_t>(pCode);
-  }
-}
-
 const TXMLAttribute* Find(TXMLAttributeSpan pAttributes, std::u16string_view pName) {
   const auto found = std::find_if(pAttributes.begin(), pAttributes.end(), [&](const TXMLAttribute& pAttribute) {
     return SameTextAscii(pAttribute.fName, pName);
@@ -150,7 +142,7 @@ std::u16string TXMLUtils::HtmlDecode(std::u16string_view pText) {
     const size_t end = pText.substr(0, kLongestName).find(u';');
     const auto character = end == std::u16string_view::npos ? std::nullopt : ReadEntity(pText.substr(1, end - 1));
     if (character) {
-      AppendCharacter(result, *character);
+      AppendCodePoint(result, *character);
     } else {
       result += pText.substr(0, 1);
     }

@@ -39,15 +39,6 @@ size_t WidenAscii(std::string_view pBytes, char16_t* pTarget) {
   return at;
 }
 
-void AppendCodePoint(std::u16string& pTarget, char32_t pCode) {
-  if (pCode >= 0x10000) {
-    pTarget += static_cast<char16_t>(0xD7C0 + (pCode >> 10));
-    pTarget += static_cast<char16_t>(0xDC00 + (pCode & 0x3FF));
-  } else {
-    pTarget += static_cast<char16_t>(pCode);
-  }
-}
-
 // pUndecodable gives the unit that stands for a byte that is no part of a UTF-8 sequence.
 template <class TUndecodable>
 void AppendDecoded(std::u16string& pTarget, std::string_view pBytes, TUndecodable pUndecodable) {
@@ -210,6 +201,10 @@ std::string ToDisplay(std::u16string_view pText) {
   result.reserve(pText.size());
   ForEachCodePoint(pText, [&](char32_t pCode) { AppendDisplay(result, pCode); });
   return result;
+}
+
+std::string ToQuotedDisplay(std::u16string_view pText) {
+  return "\"" + ToDisplay(pText) + "\"";
 }
 
 int DisplayWidth(std::string_view pUtf8) {

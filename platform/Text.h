@@ -28,6 +28,9 @@ std::u16string FromUtf8(std::string_view pText);
 // overrides and undecodable bytes become visible escapes such as \n, \x1B, \u202E, \xFF; a backslash stays as it is.
 std::string ToDisplay(std::u16string_view pText);
 
+// The same in double quotes, as messages name things.
+std::string ToQuotedDisplay(std::u16string_view pText);
+
 // How many columns a terminal needs for the UTF-8 text: wide East Asian characters take two, combining marks none.
 int DisplayWidth(std::string_view pUtf8);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace Kiv {
@@ -15,6 +16,16 @@ struct TDecoded {
 // The first character of UTF-8 text that is not empty. Overlong forms, surrogates and codes above U+10FFFF do not
 // decode.
 TDecoded DecodeUtf8(std::string_view pBytes);
+
+// The character in one or two units; the code is at most U+10FFFF.
+inline void AppendCodePoint(std::u16string& pTarget, char32_t pCode) {
+  if (pCode >= 0x10000) {
+    pTarget += static_cast<char16_t>(0xD7C0 + (pCode >> 10));
+    pTarget += static_cast<char16_t>(0xDC00 + (pCode & 0x3FF));
+  } else {
+    pTarget += static_cast<char16_t>(pCode);
+  }
+}
 
 // Terminal columns: 0, 1 or 2.
 int CodePointWidth(char32_t pCode);

@@ -25,6 +25,24 @@ bool BooleanOf(std::u16string_view pText) {
   return TryParseInt64(ToUtf8(pText), value) && value != 0;
 }
 
+std::u16string Quoted(std::u16string_view pText) {
+  std::u16string quoted = u"\"";
+  for (char16_t unit : pText) quoted.append(unit == u'"' ? 2 : 1, unit);
+  return quoted + u'"';
+}
+
+std::u16string Unquoted(std::u16string_view pText) {
+  if (!pText.starts_with(u'"')) return std::u16string(pText);
+  pText.remove_prefix(1);
+  if (pText.ends_with(u'"')) pText.remove_suffix(1);
+  std::u16string unquoted;
+  for (size_t i = 0; i < pText.size(); ++i) {
+    unquoted += pText[i];
+    if (pText.substr(i, 2) == u"\"\"") ++i;
+  }
+  return unquoted;
+}
+
 std::u16string FoldedText(std::u16string_view pText) {
   std::u16string folded(pText);
   std::transform(folded.begin(), folded.end(), folded.begin(), UpcaseUnit);
@@ -143,9 +161,7 @@ std::u16string TCustomPattern::ExpressionKeyword() const {
 
 std::u16string TCustomPattern::ExpressionValue(std::u16string_view pText) {
   if (pText.find_first_of(u" ,()\"") == std::u16string_view::npos) return std::u16string(pText);
-  std::u16string quoted = u"\"";
-  for (char16_t unit : pText) quoted.append(unit == u'"' ? 2 : 1, unit);
-  return quoted + u'"';
+  return Quoted(pText);
 }
 
 }  // namespace Kiv::PatternMatching

@@ -75,6 +75,10 @@ std::u16string_view FindAttribute(const TElementAttributes& pAttributes, std::u1
 std::u16string BooleanText(bool pValue);
 bool BooleanOf(std::u16string_view pText);
 
+// In double quotes, those inside doubled.
+std::u16string Quoted(std::u16string_view pText);
+// The text without the quote that it begins with, and the one that it ends with, if any; doubled quotes stand for one.
+std::u16string Unquoted(std::u16string_view pText);
 // Every unit in upper case, as letters are compared.
 std::u16string FoldedText(std::u16string_view pText);
 

@@ -4,11 +4,6 @@
 
 namespace Kiv::PatternMatching {
 
-// In double quotes, those inside doubled.
-std::u16string Quoted(std::u16string_view pText);
-// The text without the quote that it begins with, and the one that it ends with, if any; doubled quotes stand for one.
-std::u16string Unquoted(std::u16string_view pText);
-
 // A text that values must equal; of all letters only a to z fold.
 class TExactPattern : public TCustomPattern {
  public:

@@ -14,14 +14,10 @@ namespace {
 
 constexpr size_t kLargestFile = 64 << 20;
 
-std::string Quoted(std::u16string_view pText) {
-  return "\"" + ToDisplay(pText) + "\"";
-}
-
 // What is shown of a pattern: one of a megabyte would bury what is wrong with it.
 std::string QuotedBeginning(std::u16string_view pText) {
   constexpr size_t kShown = 200;
-  return pText.size() <= kShown ? Quoted(pText) : Quoted(pText.substr(0, kShown)) + "…";
+  return pText.size() <= kShown ? ToQuotedDisplay(pText) : ToQuotedDisplay(pText.substr(0, kShown)) + "…";
 }
 
 std::u16string FromUtf16(std::string_view pBytes, bool pBigEndian) {
@@ -65,9 +61,9 @@ TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType
   std::u16string text;
   try {
     if (!DecodeText(ReadFileContents(pPath, kLargestFile), text))
-      throw EPatternError(Quoted(pPath) + " is no text file (UTF-8, or UTF-16 with a byte-order mark)");
+      throw EPatternError(ToQuotedDisplay(pPath) + " is no text file (UTF-8, or UTF-16 with a byte-order mark)");
   } catch (const EOSError& error) {
-    throw EPatternError(Quoted(pPath) + ": " + OSErrorText(error.Code()));
+    throw EPatternError(ToQuotedDisplay(pPath) + ": " + OSErrorText(error.Code()));
   }
   auto patterns = MakeRef<TPatternList>(NativePathDelimiter());
   int number = 0;
@@ -81,7 +77,7 @@ TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType
     try {
       patterns->Add(CreateCheckedPattern(line, pDefaultType));
     } catch (const EPatternError& error) {
-      throw EPatternError(fmt::format("{}, line {}: {}", Quoted(pPath), number, error.what()));
+      throw EPatternError(fmt::format("{}, line {}: {}", ToQuotedDisplay(pPath), number, error.what()));
     }
   }
   return patterns;

@@ -7,7 +7,6 @@
 #include "platform/Text.h"
 #include "platform/Utf.h"
 #include "platform/WildcardMatch.h"
-#include "search/ExactPattern.h"
 #include "search/PatternTargets.h"
 
 namespace Kiv::PatternMatching {
@@ -104,7 +103,7 @@ std::u16string TWildcardPattern::Widened(std::u16string_view pText) const {
 
 std::u16string TWildcardPattern::ShownText() const {
   if (IsNoExtensionForm()) return GetPattern();
-  return Widened(GetPattern().starts_with(u'"') ? Unquoted(GetPattern()) : GetPattern());
+  return Widened(Unquoted(GetPattern()));
 }
 
 void TWildcardPattern::Prepare() {
@@ -114,7 +113,7 @@ void TWildcardPattern::Prepare() {
     fNoExtension = true;
     return;
   }
-  std::u16string text = GetPattern().starts_with(u'"') ? Unquoted(GetPattern()) : GetPattern();
+  std::u16string text = Unquoted(GetPattern());
   if (IsBlank(text)) text = u"*" + text + u"*";
   if (GetTarget() != FullPathTarget()) text = ExpandEnvironment(WithDate(std::move(text)));
   UseMasks(Widened(text));

@@ -391,7 +391,7 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   auto refusal = [&](const std::string& pText) -> std::string {
     TTextSource source(pText);
     try {
-      TQZXMLReader::ReadRoot(source, u"old.xml", *live.fRoots, {}, TPurpose::puCompare);
+      TQZXMLReader::ReadRoot(source, u"old.xml", *live.fRoots, {}, TPurpose::puCompare).fRoot->Dispose();
     } catch (const EScanFileError& error) {
       return error.what();
     }
