@@ -39,11 +39,14 @@ enum class TErrorKind : uint8_t { ekNone, ekAccessDenied, ekNotFound, ekOther };
 
 TErrorKind ClassifyOSError(uint32_t pCode);
 
-// A code of the program's own: the path leads into a pseudo file system of the kernel. No system's codes have bit 29 set.
-constexpr uint32_t kErrorPseudoFileSystem = 0x2000'0001;
+// Codes of the program's own; no system's codes have bit 29 set.
+constexpr uint32_t kErrorPseudoFileSystem = 0x2000'0001;  // the path leads into a pseudo file system of the kernel
+constexpr uint32_t kErrorFileTooLarge = 0x2000'0002;      // larger than what is read as a whole
 
-// The system's own text for a code, UTF-8, without a trailing full stop or line break ("Permission denied").
+// The text for a code, UTF-8, without a trailing full stop or line break ("Permission denied").
 std::string OSErrorText(uint32_t pCode);
+// The same for the system's own codes only.
+std::string SystemErrorText(uint32_t pCode);
 
 // A failed call to the operating system: which operation, on which object, and the system's code (errno or Win32).
 class EOSError : public EException {

@@ -20,8 +20,7 @@ TErrorKind ClassifyOSError(uint32_t pCode) {
   }
 }
 
-std::string OSErrorText(uint32_t pCode) {
-  if (pCode == kErrorPseudoFileSystem) return "It belongs to a pseudo file system of the kernel, where nothing is stored";
+std::string SystemErrorText(uint32_t pCode) {
   char buffer[256];
   // The GNU form: it returns the text, which need not be in the buffer.
   return strerror_r(static_cast<int>(pCode), buffer, sizeof buffer);

@@ -27,7 +27,7 @@ TErrorKind ClassifyOSError(uint32_t pCode) {
   }
 }
 
-std::string OSErrorText(uint32_t pCode) {
+std::string SystemErrorText(uint32_t pCode) {
   wchar_t buffer[512];
   DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, pCode, 0, buffer,
                                 static_cast<DWORD>(std::size(buffer)), nullptr);

@@ -1,7 +1,5 @@
 #include "search/CustomPattern.h"
 
-#include <algorithm>
-
 #include "platform/Errors.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
@@ -43,21 +41,23 @@ std::u16string Unquoted(std::u16string_view pText) {
   return unquoted;
 }
 
-std::u16string FoldedText(std::u16string_view pText) {
-  std::u16string folded(pText);
-  std::transform(folded.begin(), folded.end(), folded.begin(), UpcaseUnit);
-  return folded;
-}
-
 TCustomPattern::TCustomPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType,
                                char16_t pPathDelimiter)
-    : fPattern(pText),
-      fTarget(pTarget),
-      fColumn(ColumnOfTarget(pTarget)),
-      fIsPathValued(IsPathValued(pTarget)),
-      fPatternType(pType),
-      fPathDelimiter(pPathDelimiter) {
-  if (fPattern.empty()) throw EInvalidArgumentValue("TCustomPattern.Create: Empty patterns are not allowed!");
+    : fPatternType(pType), fPathDelimiter(pPathDelimiter) {
+  if (pText.empty()) throw EInvalidArgumentValue("TCustomPattern.Create: Empty patterns are not allowed!");
+  TakeText(pText);
+  TakeTarget(pTarget);
+}
+
+void TCustomPattern::TakeText(std::u16string_view pText) {
+  fPattern = pText;
+  fFoldedPattern = TMatchText(pText).Folded();
+}
+
+void TCustomPattern::TakeTarget(const TPatternTarget& pTarget) {
+  fTarget = pTarget;
+  fColumn = ColumnOfTarget(pTarget);
+  fIsPathValued = IsPathValued(pTarget);
 }
 
 bool TCustomPattern::Matches(TPatternItem& pItem) {
@@ -71,8 +71,9 @@ bool TCustomPattern::MatchesString(std::u16string_view pText) {
 
 bool TCustomPattern::FullPathCanBeReached(std::u16string_view pFolderPath) const {
   if (!IsRootedPath(fPattern, fPathDelimiter)) return true;
-  std::u16string folder = FoldedText(pFolderPath);
-  if (!folder.empty() && folder.back() == fPathDelimiter) folder.pop_back();
+  TMatchText path(pFolderPath);
+  std::u16string_view folder = path.Folded();
+  if (folder.ends_with(fPathDelimiter)) folder.remove_suffix(1);
   // The root of all paths is on the way to every one.
   return folder.empty() || MayLieBeneath(folder);
 }
@@ -85,10 +86,8 @@ void TCustomPattern::Assign(const IPattern& pSource) {
   const auto* source = dynamic_cast<const TCustomPattern*>(&pSource);
   if (source == nullptr || source->ClassName() != ClassName())
     throw EInvalidArgumentValue("TCustomPattern.Assign: the patterns are of different classes");
-  fPattern = source->fPattern;
-  fTarget = source->fTarget;
-  fColumn = source->fColumn;
-  fIsPathValued = source->fIsPathValued;
+  TakeText(source->fPattern);
+  TakeTarget(source->fTarget);
   fPatternType = source->fPatternType;
   SetActive(source->GetActive());
   AssignMore(*source);
@@ -103,14 +102,12 @@ bool TCustomPattern::Equals(const IPattern& pOther) const {
 
 void TCustomPattern::SetPattern(std::u16string_view pText) {
   if (pText.empty()) throw EInvalidArgumentValue("TCustomPattern.SetPattern: Empty patterns are not allowed!");
-  fPattern = pText;
+  TakeText(pText);
   Prepare();
 }
 
 void TCustomPattern::SetTarget(const TPatternTarget& pTarget) {
-  fTarget = pTarget;
-  fColumn = ColumnOfTarget(pTarget);
-  fIsPathValued = IsPathValued(pTarget);
+  TakeTarget(pTarget);
   Prepare();
 }
 
@@ -140,10 +137,8 @@ void TCustomPattern::ReadFromXML(const TElementAttributes& pAttributes) {
   int64_t type = 0;
   if (!TryParseInt64(ToUtf8(FindAttribute(pAttributes, u"PatternType")), type) || type < 0 || type > 1)
     throw EInvalidArgumentValue("The pattern \"" + ToDisplay(text) + "\" is neither to include nor to exclude");
-  fPattern = text;
-  fTarget = target;
-  fColumn = ColumnOfTarget(target);
-  fIsPathValued = IsPathValued(target);
+  TakeText(text);
+  TakeTarget(target);
   fPatternType = static_cast<TPatternType>(type);
   SetActive(BooleanOf(FindAttribute(pAttributes, u"Active")));
   ReadMore(pAttributes);

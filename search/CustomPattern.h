@@ -43,9 +43,10 @@ class TCustomPattern : public TInterfaced<IPattern> {
   virtual void Prepare() {}
   // Whether a pattern of the same class, target, type and active flag matches alike.
   virtual bool SameMatches(const TCustomPattern& pOther) const = 0;
-  // Whether the folder could be on the way to a match; asked for rooted texts only. Both texts are folded: letter case
-  // does not count.
+  // Whether the folder could be on the way to a match; asked for rooted texts only. It is folded, as the
+  // text to compare it with has to be: letter case does not count.
   virtual bool MayLieBeneath(std::u16string_view pFolder) const = 0;
+  std::u16string_view FoldedPattern() const { return fFoldedPattern; }
   // What the class keeps besides.
   virtual void WriteMore(TElementAttributes&) const {}
   virtual void ReadMore(const TElementAttributes&) {}
@@ -60,10 +61,14 @@ class TCustomPattern : public TInterfaced<IPattern> {
   static std::u16string ExpressionValue(std::u16string_view pText);
 
  private:
+  void TakeText(std::u16string_view pText);
+  void TakeTarget(const TPatternTarget& pTarget);
+
   std::u16string fPattern;
+  std::u16string fFoldedPattern;  // of fPattern
   TPatternTarget fTarget;
   const TColumnInfo* fColumn = nullptr;  // of fTarget; nullptr for a column that this program does not know
-  bool fIsPathValued = false;
+  bool fIsPathValued = false;            // of fTarget
   TPatternType fPatternType;
   const char16_t fPathDelimiter;
   std::atomic<bool> fActive{true};
@@ -79,7 +84,5 @@ bool BooleanOf(std::u16string_view pText);
 std::u16string Quoted(std::u16string_view pText);
 // The text without the quote that it begins with, and the one that it ends with, if any; doubled quotes stand for one.
 std::u16string Unquoted(std::u16string_view pText);
-// Every unit in upper case, as letters are compared.
-std::u16string FoldedText(std::u16string_view pText);
 
 }  // namespace Kiv::PatternMatching

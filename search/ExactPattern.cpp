@@ -13,7 +13,7 @@ bool TExactPattern::MatchesText(TMatchText& pText) {
 
 bool TExactPattern::MayLieBeneath(std::u16string_view pFolder) const {
   const char16_t delimiter = PathDelimiter();
-  const std::u16string text = FoldedText(GetPattern());
+  const std::u16string_view text = FoldedPattern();
   if (IsSameOrInside(text, pFolder, delimiter)) return true;  // on the way to it
   if (pFolder.starts_with(text) || IsSameOrInside(pFolder, text, delimiter)) return true;
   return IsSameOrInside(pFolder, FolderOfPath(text, delimiter), delimiter) &&

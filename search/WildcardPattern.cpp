@@ -110,6 +110,7 @@ void TWildcardPattern::Prepare() {
   if (IsNoExtensionForm()) {
     UseMasks(WithoutLeadingBlanks(GetPattern().substr(0, GetPattern().size() - 1)));
     fMatchText = GetPattern();
+    fFoldedMatchText = FoldedPattern();
     fNoExtension = true;
     return;
   }
@@ -122,6 +123,7 @@ void TWildcardPattern::Prepare() {
 void TWildcardPattern::UseMasks(std::u16string_view pMasks) {
   fNoExtension = false;
   fMatchText = pMasks;
+  fFoldedMatchText = TMatchText(fMatchText).Folded();
   fMatcher = CreateWildcardMatcher(fMatchText);
 }
 
@@ -153,11 +155,11 @@ bool TWildcardPattern::SameMatches(const TCustomPattern& pOther) const {
 // --- walks ---------------------------------------------------------------------------------------------------------
 
 bool TWildcardPattern::MayLieBeneath(std::u16string_view pFolder) const {
-  const std::u16string text = FoldedText(fNoExtension ? GetPattern().substr(0, GetPattern().size() - 1) : GetPattern());
+  std::u16string_view text = FoldedPattern();
+  if (fNoExtension) text.remove_suffix(1);
   if (AnyMask(text, [&](std::u16string_view pMask) { return AlternativeMayLieBeneath(pMask, pFolder); })) return true;
-  const std::u16string matched = FoldedText(fMatchText);
   const std::u16string beginning = std::u16string(pFolder) + PathDelimiter();
-  return AnyMask(matched, [&](std::u16string_view pMask) { return CanMatchSomethingBeginningWith(pMask, beginning); });
+  return AnyMask(fFoldedMatchText, [&](std::u16string_view pMask) { return CanMatchSomethingBeginningWith(pMask, beginning); });
 }
 
 bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::u16string_view pFolder) const {

@@ -40,6 +40,7 @@ class TWildcardPattern : public TCustomPattern {
   bool AlternativeMayLieBeneath(std::u16string_view pText, std::u16string_view pFolder) const;
 
   std::u16string fMatchText;
+  std::u16string fFoldedMatchText;
   bool fNoExtension = false;
   std::unique_ptr<const IWildcardMatcher> fMatcher;  // of the no-extension form for its text without the dot
 };

@@ -11,6 +11,7 @@
 #include "platform/Text.h"
 #include "search/PatternFilter.h"
 #include "search/PatternList.h"
+#include "tests/support/ByteStrings.h"
 #include "tests/support/MemoryServices.h"
 #include "tests/support/Recount.h"
 
@@ -18,27 +19,14 @@ namespace Vantrel::XML::Parser {
 namespace {
 
 using namespace Kiv::Testing;
+using namespace Vantrel::Testing;
 using Kiv::Hierarchical::Exporting::TMediaSettings;
 using Kiv::Hierarchical::Exporting::XML::TCustomXMLExport;
 
 constexpr int64_t kForever = 60'000;
 
-struct TTextSink : IByteSink {
-  std::string fText;
-  void Write(std::string_view pBytes) override { fText += pBytes; }
-};
-
-// In pieces of a few bytes, so that every text is cut somewhere.
-struct TTextSource : IByteSource {
-  explicit TTextSource(std::string_view pText) : fText(pText) {}
-  size_t Read(char* pBuffer, size_t pLength) override {
-    const size_t length = std::min({pLength, fText.size(), size_t{61}});
-    std::copy_n(fText.begin(), length, pBuffer);
-    fText.remove_prefix(length);
-    return length;
-  }
-  std::string_view fText;
-};
+// Sources give a few bytes at a time, so that every text is cut somewhere.
+constexpr size_t kPiece = 61;
 
 // Names with all that is hard to keep, few dates and owners.
 void FillRandomly(TMemoryEntry& pFolder, std::mt19937& pRandom, int pDepth) {
@@ -86,7 +74,7 @@ struct TLive {
     ASSERT_TRUE(fRoot->WaitForScan(kForever));
   }
   TRef<IHierarchicalRoot> Load(std::string_view pText) {
-    TTextSource source(pText);
+    TStringSource source(pText, kPiece);
     TLoadedRoot loaded = TQZXMLReader::ReadRoot(source, u"test.xml", *fRoots);
     if (loaded.fRoot) fRoots->AddLoaded(loaded.fRoot);
     fNotes = loaded.fNotes;
@@ -111,9 +99,9 @@ struct TLive {
 
 std::string Written(IHierarchicalRoot& pRoot, TMediaSettings pSettings = {}) {
   TCustomXMLExport xml(pSettings, "Vantrel", "1");
-  TTextSink sink;
+  TStringSink sink;
   xml.Export(pRoot, sink);
-  return sink.fText;
+  return sink.fBytes;
 }
 
 // What differs between the columns of two trees, node by node.
@@ -297,7 +285,7 @@ TEST(XMLReader, CancelledLoadsLeaveNothing) {
   live.Scan();
   const std::string text = Written(*live.fRoot);
   for (uint64_t stop : {uint64_t{0}, uint64_t{1}, uint64_t{text.size() / 2}}) {
-    TTextSource source(text);
+    TStringSource source(text, kPiece);
     const TLoadedRoot loaded =
         TQZXMLReader::ReadRoot(source, u"x", *live.fRoots, [&](uint64_t pBytes) { return pBytes < stop; });
     EXPECT_FALSE(loaded.fRoot);
@@ -350,7 +338,7 @@ TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
     }
     earlier.Scan();  // its state of now
     const TRecount now = RecountStorage(earlier.fStorage->Top(), settings);
-    TTextSource source(text);
+    TStringSource source(text, kPiece);
     const TLoadedRoot loaded =
         TQZXMLReader::ReadRoot(source, u"x", *earlier.fRoots, {}, TPurpose::puCompare);
     earlier.fRoot->SetComparison(MakeRef<TComparison>(*earlier.fRoot, *loaded.fRoot));
@@ -389,7 +377,7 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   live.fStorage->Top().AddFolder(u"a");
   live.Scan();
   auto refusal = [&](const std::string& pText) -> std::string {
-    TTextSource source(pText);
+    TStringSource source(pText, kPiece);
     try {
       TQZXMLReader::ReadRoot(source, u"old.xml", *live.fRoots, {}, TPurpose::puCompare).fRoot->Dispose();
     } catch (const EScanFileError& error) {

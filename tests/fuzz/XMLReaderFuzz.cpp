@@ -8,6 +8,7 @@
 #include "export/XMLParser.h"
 #include "export/XMLReader.h"
 #include "model/ScanRoots.h"
+#include "tests/support/ByteStrings.h"
 
 // Loads whatever the fuzzer makes up. A document that is not refused must hold together: what is written of its tree
 // loads again, and is then written to the same bytes.
@@ -16,31 +17,17 @@ namespace {
 
 using namespace Kiv;
 using namespace Vantrel::XML::Parser;
-
-struct TTextSink : IByteSink {
-  std::string fText;
-  void Write(std::string_view pBytes) override { fText += pBytes; }
-};
-
-struct TTextSource : IByteSource {
-  explicit TTextSource(std::string_view pText) : fText(pText) {}
-  size_t Read(char* pBuffer, size_t pLength) override {
-    const size_t length = fText.copy(pBuffer, pLength);
-    fText.remove_prefix(length);
-    return length;
-  }
-  std::string_view fText;
-};
+using namespace Vantrel::Testing;
 
 std::string Written(IHierarchicalRoot& pRoot) {
   Hierarchical::Exporting::XML::TCustomXMLExport xml({}, "fuzz", "1");
-  TTextSink sink;
+  TStringSink sink;
   xml.Export(pRoot, sink);
-  return sink.fText;
+  return sink.fBytes;
 }
 
 TRef<IHierarchicalRoot> Load(std::string_view pText, IScanRoots& pRoots) {
-  TTextSource source(pText);
+  TStringSource source(pText);
   return TQZXMLReader::ReadRoot(source, u"fuzz", pRoots).fRoot;
 }
 
