@@ -121,6 +121,8 @@ void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
     return std::tie(pA.fPath, pA.fCode) < std::tie(pB.fPath, pB.fCode);  // threads record in any order
   });
   fFileAgesNames.clear();
+  const IFileAges& ages = *pRoot.GetScanConfiguration().GetFileAges();
+  for (int i = 0; i < ages.GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(ages.GetItem(i)));
   fDelimiter = pRoot.GetPathDelimiter();
   fPath.clear();
   fParentLengths.clear();
@@ -275,34 +277,32 @@ void TCustomXMLExport::WriteColumn(const IHierarchicalElement& pNode, TColumn pC
 }
 
 void TCustomXMLExport::WriteStatistics(const IFolderData& pFolder) {
-  const TFolderStatistics statistics = pFolder.GetStatistics(fWork);
-  if (statistics.fExtensions) WriteSizeArray("TExtensionSizeArray", *statistics.fExtensions);
-  if (statistics.fUsers) WriteSizeArray("TUserSizeArray", *statistics.fUsers);
-  if (statistics.fAges) WriteFileAges(*statistics.fAges);
+  pFolder.ReadStatistics(fStatistics);
+  if (fStatistics.Extensions()) WriteSizeArray("TExtensionSizeArray", *fStatistics.Extensions());
+  if (fStatistics.Users()) WriteSizeArray("TUserSizeArray", *fStatistics.Users());
+  if (fStatistics.Ages()) WriteFileAges(*fStatistics.Ages());
 }
 
-void TCustomXMLExport::WriteSizeArray(std::string_view pName, const ICustomAssocSizeArray& pArray) {
-  std::vector<TKeyedSizeValues> entries = pArray.GetEntries();
-  std::sort(entries.begin(), entries.end(), TCustomAssocSizeArray::TSizeArrayComparer(TColumn::mdSize));
+void TCustomXMLExport::WriteSizeArray(std::string_view pName, const std::vector<TKeyedSizeValues>& pRecords) {
+  fSorted = pRecords;
+  std::sort(fSorted.begin(), fSorted.end(), TCustomAssocSizeArray::TSizeArrayComparer(TColumn::mdSize));
   fStream->StartElement(pName);
-  for (const TKeyedSizeValues& entry : entries) {
+  for (const TKeyedSizeValues& record : fSorted) {
     fAttributes.Clear();
-    fAttributes.Add("name", TextOfKey(entry.fKey));
-    AddSizes(fAttributes, entry.fValues);
+    fAttributes.Add("name", TextOfKey(record.fKey));
+    AddSizes(fAttributes, record.fValues);
     fStream->AddElement("Item", fAttributes);
   }
   fStream->EndElement(pName);
 }
 
 // One attribute per interval, "Days_" and its bound, with size, allocated size and files.
-void TCustomXMLExport::WriteFileAges(const IFileAgeDistribution& pAges) {
-  if (fFileAgesNames.empty()) {
-    const TRef<IFileAges> bounds = pAges.GetFileAges();
-    for (int i = 0; i < bounds->GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(bounds->GetItem(i)));
-  }
+void TCustomXMLExport::WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords) {
   fAttributes.Clear();
+  auto record = pRecords.begin();
   for (size_t i = 0; i < fFileAgesNames.size(); ++i) {
-    const TBasicSizeValues values = pAges.GetRecord(static_cast<int>(i));
+    const bool isEmpty = record == pRecords.end() || record->fKey != i;
+    const TBasicSizeValues values = isEmpty ? TBasicSizeValues() : (record++)->fValues;
     fText.clear();
     AppendNumber(fText, values.fSize);
     fText += ' ';

@@ -37,8 +37,8 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   void WriteErrors(const IFolderData& pFolder);
   void WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn);
   void WriteStatistics(const IFolderData& pFolder);
-  void WriteSizeArray(std::string_view pName, const ICustomAssocSizeArray& pArray);
-  void WriteFileAges(const IFileAgeDistribution& pAges);
+  void WriteSizeArray(std::string_view pName, const std::vector<TKeyedSizeValues>& pRecords);
+  void WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords);
   bool IsFullExport() const;
 
   const std::string fProgramName;
@@ -52,7 +52,8 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
   std::u16string fPath;               // of the innermost open folder: no node need ask its ancestors for it
   std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
   std::vector<TScanError> fErrors;  // of the root, by folder
-  TFileStatisticsWork fWork;
+  TStatisticsReading fStatistics;
+  std::vector<TKeyedSizeValues> fSorted;
   std::string fText;
   std::vector<std::string> fFileAgesNames;  // of the attributes, one per interval
 };

@@ -123,20 +123,26 @@ TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType p
 }
 
 TFolderStatistics TCustomFolderData::Statistics() const {
-  TFileStatisticsWork work;
-  return TCustomFolderData::GetStatistics(work);
+  const TRef<IHierarchicalRoot> root = GetRoot();
+  if (!root) return {};
+  const TStatisticsSource source = FindStatistics();
+  return source.fOwn ? *source.fOwn : StatisticsOfFiles(source.fFiles.get(), root->GetScanConfiguration());
 }
 
-TFolderStatistics TCustomFolderData::GetStatistics(TFileStatisticsWork& pWork) const {
-  TRef<IHierarchicalRoot> root = GetRoot();
-  if (!root) return {};
-  TRef<const TFileTable> files;
-  {
-    TSharedLock lock(fLock);
-    if (const TFolderStatistics* own = fStatistics.load(std::memory_order_relaxed)) return *own;
-    files = fFileTable;
-  }
-  return StatisticsOfFiles(files.get(), root->GetScanConfiguration(), pWork);
+void TCustomFolderData::ReadStatistics(TStatisticsReading& pReading) const {
+  const TRef<IHierarchicalRoot> root = GetRoot();
+  if (!root) return pReading.Clear();
+  const TStatisticsSource source = FindStatistics();
+  if (source.fOwn)
+    pReading.Read(*source.fOwn);
+  else
+    pReading.Read(source.fFiles.get(), root->GetScanConfiguration());
+}
+
+TCustomFolderData::TStatisticsSource TCustomFolderData::FindStatistics() const {
+  TSharedLock lock(fLock);
+  if (const TFolderStatistics* own = fStatistics.load(std::memory_order_relaxed)) return {*own, nullptr};
+  return {std::nullopt, fFileTable};
 }
 
 TFolderStatistics& TCustomFolderData::EnsureStatistics() {

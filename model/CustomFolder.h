@@ -3,6 +3,7 @@
 #include <atomic>
 #include <boost/container/small_vector.hpp>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -95,7 +96,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   TRef<ICustomAssocSizeArray> GetUserSizeArray() const override;
   TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override;
   TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override;
-  TFolderStatistics GetStatistics(TFileStatisticsWork& pWork) const override;
+  void ReadStatistics(TStatisticsReading& pReading) const override;
   void AddChildValues(const IFolderData& pChild, bool pNotify) override;
   void SetNewerLastAccessDate(TKivFileTime pDate) override;
   void SetNewerLastChangeDate(TKivFileTime pDate) override;
@@ -154,6 +155,12 @@ class TCustomFolderData : public TContainerHierarchicalElement {
 
   TMetaDataValue ChangeSince(TColumn pColumn) const;
   // Copies of the references, or statistics made from the files. Empty after disposal.
+  // What the folder holds of its own, else the files to work it out from.
+  struct TStatisticsSource {
+    std::optional<TFolderStatistics> fOwn;
+    TRef<const TFileTable> fFiles;
+  };
+  TStatisticsSource FindStatistics() const;
   TFolderStatistics Statistics() const;
   // The folder's own, made from the files it has so far when there are none yet.
   TFolderStatistics& EnsureStatistics();

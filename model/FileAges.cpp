@@ -242,6 +242,18 @@ TBasicSizeValues TFileAgeDistribution::GetRecord(int pInterval) const {
   return found ? *found : TBasicSizeValues{};
 }
 
+std::vector<TKeyedSizeValues> TFileAgeDistribution::GetEntries() const {
+  std::vector<TKeyedSizeValues> entries;
+  {
+    TSharedLock lock(fLock);
+    fTable.ForEach([&entries](TKeyId pKey, const TBasicSizeValues& pValues) {
+      if (!pValues.IsZero()) entries.push_back({pKey, pValues});
+    });
+  }
+  std::sort(entries.begin(), entries.end(), [](const auto& pA, const auto& pB) { return pA.fKey < pB.fKey; });
+  return entries;
+}
+
 void TFileAgeDistribution::Assign(const IFileAgeDistribution& pSource) {
   const auto& source = static_cast<const TFileAgeDistribution&>(pSource);
   if (&source == this) return;

@@ -113,6 +113,8 @@ class IFileAgeDistribution : public IInterface {
   virtual void SubtractDistribution(const IFileAgeDistribution& pOther) = 0;
   // An interval's numbers, all zero when it holds no file.
   virtual TBasicSizeValues GetRecord(int pInterval) const = 0;
+  // The records of all intervals that hold files, by ascending interval, which is the key.
+  virtual std::vector<TKeyedSizeValues> GetEntries() const = 0;
   virtual void Assign(const IFileAgeDistribution& pSource) = 0;
   virtual void Clear() = 0;
   virtual TRef<IFileAgeDistribution> Clone() const = 0;
@@ -132,6 +134,7 @@ class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
   void AddDistribution(const IFileAgeDistribution& pOther) override;
   void SubtractDistribution(const IFileAgeDistribution& pOther) override;
   TBasicSizeValues GetRecord(int pInterval) const override;
+  std::vector<TKeyedSizeValues> GetEntries() const override;
   void Assign(const IFileAgeDistribution& pSource) override;
   void Clear() override;
   TRef<IFileAgeDistribution> Clone() const override;

@@ -23,7 +23,7 @@ class ICustomAssocSizeArray;
 class IHierarchicalElement;
 class IHierarchicalRoot;
 class TFileTable;
-struct TFileStatisticsWork;
+class TStatisticsReading;
 struct TFolderStatistics;
 class ITopSizeList;
 
@@ -198,8 +198,8 @@ class IFolderData : public IHierarchicalElement {
   // refused: "Folder data can only provide the file ages as configured during the scan".
   virtual TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const = 0;
 
-  // All three at once, nullptr for what is not collected. Cheaper for whoever walks a tree with one work space.
-  virtual TFolderStatistics GetStatistics(TFileStatisticsWork& pWork) const = 0;
+  // All three at once, as plain records; for whoever walks a whole tree.
+  virtual void ReadStatistics(TStatisticsReading& pReading) const = 0;
 
   // Adds a child's values to this folder and to every ancestor, the top-most first. With pNotify observers of the root
   // are told.

@@ -55,8 +55,8 @@ TKivFileTime TVirtualRootFolder::GetLastChangeDate() const {
 }
 
 // Without ages: each root may collect those of another date.
-TFolderStatistics TVirtualRootFolder::GetStatistics(TFileStatisticsWork&) const {
-  return {GetUserSizeArray(), GetExtensionSizeArray(), nullptr};
+void TVirtualRootFolder::ReadStatistics(TStatisticsReading& pReading) const {
+  pReading.Read({GetUserSizeArray(), GetExtensionSizeArray(), nullptr});
 }
 
 TRef<ICustomAssocSizeArray> TVirtualRootFolder::GetUserSizeArray() const {

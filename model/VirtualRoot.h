@@ -19,7 +19,7 @@ class TVirtualRootFolder : public TCustomFolderData {
   TRef<ICustomAssocSizeArray> GetUserSizeArray() const override;
   TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override;
   TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override;
-  TFolderStatistics GetStatistics(TFileStatisticsWork& pWork) const override;
+  void ReadStatistics(TStatisticsReading& pReading) const override;
   // Its children belong to their own roots: EInvalidOperation.
   TRef<IFolderData> CreateChild(std::u16string_view pName) override;
 

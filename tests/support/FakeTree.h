@@ -71,7 +71,7 @@ class TFakeFolder : public TInterfaced<IFolderData> {
   TRef<ICustomAssocSizeArray> GetUserSizeArray() const override { NotFaked(); }
   TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override { NotFaked(); }
   TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType) const override { NotFaked(); }
-  TFolderStatistics GetStatistics(TFileStatisticsWork&) const override { NotFaked(); }
+  void ReadStatistics(TStatisticsReading&) const override { NotFaked(); }
   void AddChildValues(const IFolderData&, bool) override { NotFaked(); }
   void SetNewerLastAccessDate(TKivFileTime) override { NotFaked(); }
   void SetNewerLastChangeDate(TKivFileTime) override { NotFaked(); }
