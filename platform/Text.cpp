@@ -99,6 +99,15 @@ bool IsUndecodedByte(char32_t pCode) {
   return pCode >= 0xDC80 && pCode <= 0xDCFF;
 }
 
+// False, and nothing appended, when there is more than ASCII in the text.
+bool AppendAscii(std::string& pTarget, std::u16string_view pText) {
+  char16_t all = 0;
+  for (const char16_t unit : pText) all |= unit;
+  if (all >= 0x80) return false;
+  pTarget.append(pText.begin(), pText.end());
+  return true;
+}
+
 // Bidirectional controls can make a name read as another one, so they are shown like control characters.
 bool IsBidirectionalControl(char32_t pCode) {
   return pCode == 0x061C || pCode == 0x200E || pCode == 0x200F || (pCode >= 0x202A && pCode <= 0x202E) ||
@@ -164,10 +173,7 @@ std::u16string FromNativeBytes(std::string_view pBytes) {
 }
 
 void AppendNativeBytes(std::string& pTarget, std::u16string_view pText) {
-  if (std::all_of(pText.begin(), pText.end(), [](char16_t pUnit) { return pUnit < 0x80; })) {
-    pTarget.append(pText.begin(), pText.end());
-    return;
-  }
+  if (AppendAscii(pTarget, pText)) return;
   ForEachCodePoint(pText, [&](char32_t pCode) {
     if (IsUndecodedByte(pCode))
       pTarget += static_cast<char>(pCode - 0xDC00);
@@ -188,6 +194,16 @@ std::string ToUtf8(std::u16string_view pText) {
   result.reserve(pText.size());
   ForEachCodePoint(pText, [&](char32_t pCode) { AppendUtf8(result, IsSurrogate(pCode) ? U'\xFFFD' : pCode); });
   return result;
+}
+
+void AppendUtf8Escaped(std::string& pTarget, std::u16string_view pText) {
+  if (AppendAscii(pTarget, pText)) return;
+  ForEachCodePoint(pText, [&](char32_t pCode) {
+    if (IsSurrogate(pCode))
+      AppendDisplay(pTarget, pCode);
+    else
+      AppendUtf8(pTarget, pCode);
+  });
 }
 
 std::u16string FromUtf8(std::string_view pText) {

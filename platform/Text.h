@@ -21,6 +21,9 @@ std::string ToNativeBytes(std::u16string_view pText);
 
 // Strict UTF-8 for files and messages: a lone surrogate becomes U+FFFD.
 std::string ToUtf8(std::u16string_view pText);
+// The same for files from which names are to be told apart: undecodable bytes and lone surrogates become visible escapes
+// such as \xFF and \uD800. Pure ASCII takes a fast path.
+void AppendUtf8Escaped(std::string& pTarget, std::u16string_view pText);
 // Reads UTF-8; each byte that does not decode becomes U+FFFD.
 std::u16string FromUtf8(std::string_view pText);
 
