@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "export/HierarchicalExport.h"
-#include "export/MediaSettings.h"
+#include "export/MediaOptions.h"
 #include "model/RootInterfaces.h"
 
 namespace Kiv::PostScanActions {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "export/MediaSettings.h"
+#include "export/MediaOptions.h"
 #include "model/RootInterfaces.h"
 
 namespace Kiv::Hierarchical::Exporting {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,12 +11,17 @@
 #include <vector>
 
 #include "model/HierarchicalInterfaces.h"
+#include "model/MediaSettings.h"
 
 namespace Kiv {
 
+// How the way to a mail server is kept from listeners: not at all, from after the greeting on, from the start.
+enum class TMailSecurity : uint8_t { msNone, msStartTLS, msTLS };
+
 // The program's options: named, typed properties, each declared once in GlobalOptions.cpp with its default, range and help
 // line. The command line sets them by name, "--help" lists them. Set before a scan starts; a scan reads them at its start.
-struct TGlobalOptions {
+class TGlobalOptions {
+ public:
   int32_t MaximumThreads = 0;
   int32_t ThreadPriority = 0;
   int32_t LongPathLength = 0;
@@ -34,19 +40,40 @@ struct TGlobalOptions {
   bool FolderDateBasedOnFilesOnly = false;
   bool UseAllocatedForShares = false;
   int32_t MaximumRoots = 0;
-  std::string SizeUnit;
+  TSizeUnit SizeUnit = TSizeUnit::suAutomatic;
   std::string ExportTitle;
+  bool ListTopFiles = false;
+  bool ListExtensions = false;
+  bool ListUsers = false;
+  bool ListFileAges = false;
+  std::string MailServer;
+  int32_t MailPort = 0;
+  TMailSecurity MailSecurity = TMailSecurity::msStartTLS;
+  std::string MailUser;
+  std::string MailFrom;
+  bool CloseAfterExport = false;
 
   TGlobalOptions();  // all defaults
+
+  // The export settings of one kind of output. Each is an option of its own: "CSVSeparator".
+  Hierarchical::Exporting::TMediaSettings& Media(Hierarchical::Exporting::TMediaType pMedia) {
+    return fMedia.at(static_cast<size_t>(pMedia));
+  }
+  const Hierarchical::Exporting::TMediaSettings& Media(Hierarchical::Exporting::TMediaType pMedia) const {
+    return fMedia.at(static_cast<size_t>(pMedia));
+  }
+
+ private:
+  std::array<Hierarchical::Exporting::TMediaSettings, 7> fMedia;  // by media type
 };
 
 enum class TOptionKind : uint8_t { okBoolean, okInteger, okText, okChoice };
 
 // One option's declaration.
 struct TOptionInfo {
-  std::string_view fName;
+  std::string fName;
   TOptionKind fKind;
-  std::string_view fHelp;   // one line, no full stop
+  std::string fHelp;        // one line, no full stop
   std::string fDefault;     // as text, as the command line would set it
   std::string fRange;       // "1..1024", "no|yes", "Created|Changed" …; empty for free text
   // Sets the option from text. False when the text is no value of it; the option then keeps its value.

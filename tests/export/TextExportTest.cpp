@@ -230,7 +230,7 @@ TEST(MediaOptions, UnitsComeFromTheGlobalOptionsUnlessOverridden) {
   TGlobalOptions options;
   TMediaOptions media(options);
   EXPECT_TRUE(media.Effective(TMediaType::mtText).fAutomaticUnit);
-  options.SizeUnit = "gb";
+  options.SizeUnit = TSizeUnit::suGB;
   EXPECT_FALSE(media.Effective(TMediaType::mtText).fAutomaticUnit);
   EXPECT_EQ(media.Effective(TMediaType::mtText).fSizeUnit, TSizeUnit::suGB);
   media.Of(TMediaType::mtCSV).fOverrideUnits = true;
