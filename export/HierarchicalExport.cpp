@@ -4,76 +4,139 @@
 #include <cstdlib>
 #include <utility>
 
+#include "model/SingleFile.h"
+
 namespace Kiv::Hierarchical::Exporting {
 
 TValueFormat TBaseExport::ValueFormat() const {
   TValueFormat format;
   format.fSizeUnit = fSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : fSettings.fSizeUnit;
   format.fPlainByteValues = fSettings.fUsePlainByteValues;
-  format.fShowUnits = fSettings.fAutomaticUnit;  // a fixed unit stands in the header line, once
+  // A fixed unit stands in the header line, once.
+  format.fShowUnits = fSettings.fShowUnits && fSettings.fAutomaticUnit && !fSettings.fUsePlainByteValues;
   return format;
 }
 
-bool TBaseExport::IsIncluded(const IFolderData& pFolder) const {
-  return (fSettings.fIncludedObjectTypes & (pFolder.IsFileGroup() ? ioFileGroups : ioFolders)) != 0;
+TRef<IHierarchicalElement> TExportRow::Element() const {
+  if (IsFile()) return MakeRef<Vantrel::TFileData>(fFolder, *fFiles, *fFile);
+  return TRef<IHierarchicalElement>(&fFolder);
 }
 
 namespace {
 
-// Equal ones stay in the order of their sizes.
-void SortByChange(std::vector<TRef<IFolderData>>& pChildren) {
-  std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
-  for (TRef<IFolderData>& child : pChildren) {
-    const TMetaDataValue value = child->GetValue(TColumn::mdSizeChange);
-    const auto* change = std::get_if<int64_t>(&value);
-    keyed.emplace_back(change ? std::abs(*change) : 0, std::move(child));
+// Equal ones stay in the order in which they are.
+template <class TItem, class TValueOf>
+void SortByColumn(std::vector<TItem>& pItems, bool pDescending, const TValueOf& pValueOf) {
+  std::vector<std::pair<TMetaDataValue, TItem>> keyed;
+  keyed.reserve(pItems.size());
+  for (TItem& item : pItems) {
+    TMetaDataValue value = pValueOf(item);
+    keyed.emplace_back(std::move(value), std::move(item));
   }
-  std::stable_sort(keyed.begin(), keyed.end(), [](const auto& pA, const auto& pB) { return pA.first > pB.first; });
-  std::transform(keyed.begin(), keyed.end(), pChildren.begin(), [](auto& pItem) { return std::move(pItem.second); });
+  std::stable_sort(keyed.begin(), keyed.end(), [pDescending](const auto& pA, const auto& pB) {
+    return (pDescending ? CompareValues(pB.first, pA.first) : CompareValues(pA.first, pB.first)) < 0;
+  });
+  std::transform(keyed.begin(), keyed.end(), pItems.begin(), [](auto& pItem) { return std::move(pItem.second); });
+}
+
+// The largest change first, whichever way it goes.
+TMetaDataValue AmountOfChange(const IFolderData& pFolder) {
+  const TMetaDataValue value = pFolder.GetValue(TColumn::mdSizeChange);
+  const auto* change = std::get_if<int64_t>(&value);
+  return change ? std::abs(*change) : int64_t{0};
 }
 
 }  // namespace
 
-// Of a folder on that level; none when the settings go no deeper. A folder that is not included itself still leads to those
-// beneath it.
-std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolder, size_t pLevel) const {
-  if (pFolder.IsFileGroup() || static_cast<int64_t>(pLevel) >= fSettings.fRecursionLevel.fLevel) return {};
+std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolder) const {
+  if (pFolder.IsFileGroup()) return {};
   std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
-  const bool withFileGroups = (fSettings.fIncludedObjectTypes & ioFileGroups) != 0;
   std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
-    return (!withFileGroups && pChild->IsFileGroup()) || !TakesIn(*pChild);
+    return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || !TakesIn(*pChild) ||
+           pChild->GetSize() < fSettings.fSmallestFolder;
   });
-  if (fSortByChange) SortByChange(children);
+  if (const auto& order = fSettings.fSortOrder) {
+    SortByColumn(children, order->fDescending, [&](const auto& pChild) { return pChild->GetValue(order->fColumn); });
+  } else if (fSortByChange) {
+    SortByColumn(children, true, [](const auto& pChild) { return AmountOfChange(*pChild); });
+  }
   return children;
 }
 
-bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
-  // One entry per open level instead of a call per level: trees are deeper than stacks.
+// Those of a folder with sub-folders stand beneath its "[Files]" node, where there are such rows.
+TRef<const TFileTable> TBaseExport::IncludedFiles(const IFolderData& pFolder) const {
+  if (!Includes(ioFiles) || (Includes(ioFileGroups) && !pFolder.IsFileGroup() && pFolder.GetFilesNode())) return nullptr;
+  return pFolder.GetFileTable();
+}
+
+std::vector<uint32_t> TBaseExport::OrderOfFiles(IFolderData& pFolder, const TFileTable& pFiles) const {
+  std::vector<uint32_t> indices = pFiles.SortedIndices();
+  std::erase_if(indices, [&](uint32_t pIndex) { return pFiles[pIndex].fSize < fSettings.fSmallestFolder; });
+  if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder())
+    SortByColumn(indices, order->fDescending, [&](uint32_t pIndex) {
+      return TExportRow{pFolder, 0, &pFiles, &pFiles[pIndex]}.Element()->GetValue(order->fColumn);
+    });
+  return indices;
+}
+
+// The walk keeps one entry per open level instead of a call per level: trees are deeper than stacks.
+class TBaseExport::TWalk {
+ public:
+  TWalk(const TBaseExport& pExport, IExportVisitor& pVisitor) : fExport(pExport), fVisitor(pVisitor) {}
+
+  bool Run(IFolderData& pTop) {
+    if (!Begin(TRef<IFolderData>(&pTop))) return false;
+    while (!fOpen.empty()) {
+      TOpenFolder& folder = fOpen.back();
+      if (folder.fNext < folder.fChildren.size() ? !Begin(std::move(folder.fChildren[folder.fNext++])) : !End())
+        return false;
+    }
+    return true;
+  }
+
+ private:
   struct TOpenFolder {
     TRef<IFolderData> fFolder;
     std::vector<TRef<IFolderData>> fChildren;
+    TRef<const TFileTable> fFiles;  // nullptr when none are exported
     size_t fNext = 0;
   };
-  std::vector<TOpenFolder> open;
-  auto begin = [&](TRef<IFolderData> pFolder) {
-    std::vector<TRef<IFolderData>> children = IncludedChildren(*pFolder, open.size());
-    const TExportRow row{*pFolder, static_cast<int32_t>(open.size())};
-    if (IsIncluded(*pFolder) && !pVisitor.BeginNode(row, children.empty())) return false;
-    if (!children.empty()) open.push_back({std::move(pFolder), std::move(children)});
-    return true;
-  };
-  if (!begin(TRef<IFolderData>(&pTop))) return false;
-  while (!open.empty()) {
-    TOpenFolder& folder = open.back();
-    if (folder.fNext < folder.fChildren.size()) {
-      if (!begin(std::move(folder.fChildren[folder.fNext++]))) return false;
-      continue;
+
+  bool Begin(TRef<IFolderData> pFolder) {
+    const auto level = static_cast<int32_t>(fOpen.size());
+    TOpenFolder folder;
+    // A folder that is not included itself still leads to those beneath it.
+    if (level < fExport.Settings().fRecursionLevel.fLevel) {
+      folder.fChildren = fExport.IncludedChildren(*pFolder);
+      folder.fFiles = fExport.IncludedFiles(*pFolder);
     }
-    const TRef<IFolderData> finished = std::move(folder.fFolder);
-    open.pop_back();
-    if (IsIncluded(*finished) && !pVisitor.EndNode({*finished, static_cast<int32_t>(open.size())})) return false;
+    const bool isComplete = folder.fChildren.empty() && !folder.fFiles;
+    if (fExport.IsIncluded(*pFolder) && !fVisitor.BeginNode({*pFolder, level}, isComplete)) return false;
+    if (isComplete) return true;
+    folder.fFolder = std::move(pFolder);
+    fOpen.push_back(std::move(folder));
+    return true;
   }
-  return true;
+
+  bool End() {
+    const TOpenFolder folder = std::move(fOpen.back());
+    fOpen.pop_back();
+    const auto level = static_cast<int32_t>(fOpen.size());
+    if (folder.fFiles) {
+      for (const uint32_t index : fExport.OrderOfFiles(*folder.fFolder, *folder.fFiles))
+        if (!fVisitor.VisitFile({*folder.fFolder, level + 1, folder.fFiles.get(), &(*folder.fFiles)[index]}))
+          return false;
+    }
+    return !fExport.IsIncluded(*folder.fFolder) || fVisitor.EndNode({*folder.fFolder, level});
+  }
+
+  const TBaseExport& fExport;
+  IExportVisitor& fVisitor;
+  std::vector<TOpenFolder> fOpen;
+};
+
+bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
+  return TWalk(*this, pVisitor).Run(pTop);
 }
 
 bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const {
@@ -81,6 +144,7 @@ bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TEx
     explicit TRows(const std::function<bool(const TExportRow&)>& pCall) : fCall(pCall) {}
     bool BeginNode(const TExportRow& pNode, bool) override { return fCall(pNode); }
     bool EndNode(const TExportRow&) override { return true; }
+    bool VisitFile(const TExportRow& pFile) override { return fCall(pFile); }
     const std::function<bool(const TExportRow&)>& fCall;
   } rows(pRow);
   return WalkNodes(pTop, rows);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "export/MediaOptions.h"
+#include "model/FileTable.h"
 #include "model/RootInterfaces.h"
 
 namespace Kiv::Hierarchical::Exporting {
@@ -23,19 +24,28 @@ class ILineOutput {
   virtual int64_t LineCount() const = 0;
 };
 
-// A node on its way into an export. Level 0 is the top.
+// A folder or file on its way into an export. Level 0 is the top. A tree has millions of files, which are no nodes of
+// their own: a file comes as its record in the folder's table.
 struct TExportRow {
-  IHierarchicalElement& fNode;
-  int32_t fLevel;
+  IFolderData& fFolder;  // the node, or the folder that the file lies in
+  int32_t fLevel = 0;
+  const TFileTable* fFiles = nullptr;  // both set for a file, and only then
+  const TFileRecord* fFile = nullptr;
+
+  bool IsFile() const { return fFile != nullptr; }
+  std::u16string_view Name() const { return IsFile() ? fFiles->NameOf(*fFile) : fFolder.GetObjectName(); }
+  // The folder's node, or one made for the file: not for every file of a tree.
+  TRef<IHierarchicalElement> Element() const;
 };
 
-// Takes the nodes of an export, a folder before its contents. Returning false ends the walk.
+// Takes the rows of an export, a folder before its contents. Returning false ends the walk.
 class IExportVisitor {
  public:
   virtual ~IExportVisitor() = default;
   // pIsComplete: nothing beneath the node follows, and there is no EndNode for it.
   virtual bool BeginNode(const TExportRow& pRow, bool pIsComplete) = 0;
   virtual bool EndNode(const TExportRow& pRow) = 0;
+  virtual bool VisitFile(const TExportRow&) { return true; }
 };
 
 // What all exporters share: the settings of their kind of output, the columns, and the walk over the tree.
@@ -56,7 +66,8 @@ class TBaseExport {
   explicit TBaseExport(const TMediaSettings& pSettings) : fSettings(pSettings) {}
 
   // Calls the row function for the top folder and everything beneath it that the settings take in, a folder before its
-  // contents, siblings largest first. Ends early when the function returns false, and then returns false too.
+  // contents, sub-folders before files, siblings in the order of the settings, else the largest first. Ends early when the
+  // function returns false, and then returns false too.
   bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
   // The same for exporters whose output nests.
   bool WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const;
@@ -64,8 +75,15 @@ class TBaseExport {
   virtual bool TakesIn(const IFolderData&) const { return true; }
 
  private:
-  bool IsIncluded(const IFolderData& pFolder) const;
-  std::vector<TRef<IFolderData>> IncludedChildren(IFolderData& pFolder, size_t pLevel) const;
+  class TWalk;
+
+  bool Includes(TIncludedObjectTypes pTypes) const { return (fSettings.fIncludedObjectTypes & pTypes) != 0; }
+  bool IsIncluded(const IFolderData& pFolder) const {
+    return Includes(pFolder.IsFileGroup() ? ioFileGroups : ioFolders);
+  }
+  std::vector<TRef<IFolderData>> IncludedChildren(IFolderData& pFolder) const;
+  TRef<const TFileTable> IncludedFiles(const IFolderData& pFolder) const;
+  std::vector<uint32_t> OrderOfFiles(IFolderData& pFolder, const TFileTable& pFiles) const;
 
   const TMediaSettings fSettings;
   std::vector<TColumn> fColumns;

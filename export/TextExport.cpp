@@ -57,7 +57,7 @@ std::string TBaseTextExport::HeaderText(TColumn pColumn) const {
 }
 
 std::string TBaseTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
-  return ToDisplay(pRow.fNode.GetFormattedValue(pColumn, pFormat));
+  return ToDisplay(pRow.Element()->GetFormattedValue(pColumn, pFormat));
 }
 
 std::vector<std::string> TBaseTextExport::HeaderCells() const {
@@ -164,10 +164,11 @@ void TFormattedTextExport::LimitNameWidth() {
 std::string TFormattedTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn != TColumn::mdName) return TBaseTextExport::CellText(pRow, pColumn, pFormat);
   if (pRow.fLevel == 0) return fTopName;
-  std::string name = std::string(static_cast<size_t>(pRow.fLevel) * 2, ' ') + ToDisplay(pRow.fNode.GetObjectName());
-  if (pRow.fNode.GetFolderState() & fsIsDummyForComparison)
+  std::string name = std::string(static_cast<size_t>(pRow.fLevel) * 2, ' ') + ToDisplay(pRow.Name());
+  if (pRow.IsFile()) return name;
+  if (pRow.fFolder.GetFolderState() & fsIsDummyForComparison)
     name += " (gone)";
-  else if (fComparison && !fComparison->WasThere(*pRow.fNode.AsFolder()))
+  else if (fComparison && !fComparison->WasThere(pRow.fFolder))
     name += " (new)";
   return name;
 }

@@ -200,7 +200,7 @@ void TCustomXMLExport::WriteTopSizeListToXML(const ITopSizeList& pList) {
 // --- folders -------------------------------------------------------------------------------------------------------
 
 bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
-  IFolderData& folder = *pRow.fNode.AsFolder();
+  IFolderData& folder = pRow.fFolder;
   const size_t parentLength = fPath.size();
   if (!folder.IsFileGroup()) {
     if (!fPath.empty() && fPath.back() != fDelimiter) fPath += fDelimiter;
