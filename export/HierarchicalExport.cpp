@@ -111,7 +111,8 @@ class TBaseExport::TWalk {
       folder.fFiles = fExport.IncludedFiles(*pFolder);
     }
     const bool isComplete = folder.fChildren.empty() && !folder.fFiles;
-    if (fExport.IsIncluded(*pFolder) && !fVisitor.BeginNode({*pFolder, level}, isComplete)) return false;
+    const TExportRow row{.fFolder = *pFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*pFolder)};
+    if (!fVisitor.BeginNode(row, isComplete)) return false;
     if (isComplete) return true;
     folder.fFolder = std::move(pFolder);
     fOpen.push_back(std::move(folder));
@@ -127,7 +128,7 @@ class TBaseExport::TWalk {
         if (!fVisitor.VisitFile({*folder.fFolder, level + 1, folder.fFiles.get(), &(*folder.fFiles)[index]}))
           return false;
     }
-    return !fExport.IsIncluded(*folder.fFolder) || fVisitor.EndNode({*folder.fFolder, level});
+    return fVisitor.EndNode({.fFolder = *folder.fFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*folder.fFolder)});
   }
 
   const TBaseExport& fExport;
@@ -142,7 +143,7 @@ bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
 bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const {
   struct TRows : IExportVisitor {
     explicit TRows(const std::function<bool(const TExportRow&)>& pCall) : fCall(pCall) {}
-    bool BeginNode(const TExportRow& pNode, bool) override { return fCall(pNode); }
+    bool BeginNode(const TExportRow& pRow, bool) override { return !pRow.fIsShown || fCall(pRow); }
     bool EndNode(const TExportRow&) override { return true; }
     bool VisitFile(const TExportRow& pFile) override { return fCall(pFile); }
     const std::function<bool(const TExportRow&)>& fCall;

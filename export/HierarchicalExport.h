@@ -31,6 +31,7 @@ struct TExportRow {
   int32_t fLevel = 0;
   const TFileTable* fFiles = nullptr;  // both set for a file, and only then
   const TFileRecord* fFile = nullptr;
+  bool fIsShown = true;  // false for a folder that only leads to rows beneath it
 
   bool IsFile() const { return fFile != nullptr; }
   std::u16string_view Name() const { return IsFile() ? fFiles->NameOf(*fFile) : fFolder.GetObjectName(); }

@@ -98,6 +98,41 @@ bool TryParseIso(std::string_view pText, TKivFileTime& pTime) {
   return true;
 }
 
+void TIsoLocalFormatter::Append(std::string& pTarget, TKivFileTime pTime) {
+  constexpr int64_t kQuarter = 900 * TKivFileTime::kTicksPerSecond;
+  // Older zones had offsets of odd minutes.
+  if (pTime.fTicks < TKivFileTime::kUnixEpoch) {
+    pTarget += FormatIsoLocal(pTime);
+    return;
+  }
+  TOffset& offset = fOffsets[static_cast<size_t>(pTime.fTicks / kQuarter) % fOffsets.size()];
+  if (offset.fQuarter != pTime.fTicks / kQuarter) {
+    if (!LocalOffset(pTime, offset.fSeconds)) return;
+    offset.fQuarter = pTime.fTicks / kQuarter;
+  }
+  const int64_t seconds = pTime.fTicks / TKivFileTime::kTicksPerSecond + offset.fSeconds;
+  const std::chrono::year_month_day date(kFirstDay + std::chrono::days(seconds / 86'400));
+  if (date.year() > std::chrono::year(9999)) {
+    pTarget += FormatIsoLocal(pTime);
+    return;
+  }
+  const auto year = static_cast<unsigned>(static_cast<int>(date.year()));
+  const auto ofDay = static_cast<unsigned>(seconds % 86'400);
+  const size_t begin = pTarget.size();
+  pTarget += "0000-00-00 00:00:00";
+  auto put = [&](size_t pAt, unsigned pNumber) {
+    pTarget[begin + pAt] = static_cast<char>('0' + pNumber / 10);
+    pTarget[begin + pAt + 1] = static_cast<char>('0' + pNumber % 10);
+  };
+  put(0, year / 100);
+  put(2, year % 100);
+  put(5, static_cast<unsigned>(date.month()));
+  put(8, static_cast<unsigned>(date.day()));
+  put(11, ofDay / 3600);
+  put(14, ofDay / 60 % 60);
+  put(17, ofDay % 60);
+}
+
 std::u16string CurrentDateText() {
   constexpr size_t kDateLength = 10;
   return FromUtf8(FormatIsoLocal(TKivFileTime::Now()).substr(0, kDateLength));

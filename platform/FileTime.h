@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <compare>
 #include <cstdint>
 #include <string>
@@ -31,6 +32,21 @@ std::string FormatShortDate(TKivFileTime pTime);
 std::string FormatLongTime(TKivFileTime pTime);
 // "2026-11-21 14:03:59" in local time, for tables: sorts as text and has one width. Empty for "no date".
 std::string FormatIsoLocal(TKivFileTime pTime);
+// The offset of local time from UTC at that time, in seconds. False where FormatIsoLocal has no text.
+bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds);
+// FormatIsoLocal for millions of times: asking the system for the offset from UTC takes most of the work, so offsets are
+// remembered. One thread.
+class TIsoLocalFormatter {
+ public:
+  void Append(std::string& pTarget, TKivFileTime pTime);
+
+ private:
+  struct TOffset {
+    int64_t fQuarter = -1;  // of an hour: offsets change at no other moment
+    int64_t fSeconds = 0;
+  };
+  std::array<TOffset, 1024> fOffsets;  // by the quarter's last bits
+};
 // "2026-11-21T14:03:59Z" in UTC, for files; with as many decimals of the second as the time has, up to seven. Empty for
 // "no date".
 std::string FormatIsoUtc(TKivFileTime pTime);

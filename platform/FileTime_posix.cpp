@@ -45,4 +45,11 @@ std::string FormatIsoLocal(TKivFileTime pTime) {
                      local.tm_hour, local.tm_min, local.tm_sec);
 }
 
+bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds) {
+  tm local{};
+  if (!ToLocal(pTime, local)) return false;
+  pSeconds = local.tm_gmtoff;
+  return true;
+}
+
 }  // namespace Kiv

@@ -52,4 +52,14 @@ std::string FormatIsoLocal(TKivFileTime pTime) {
                      local.wMinute, local.wSecond);
 }
 
+bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds) {
+  SYSTEMTIME local{};
+  FILETIME ticks{};
+  if (!ToLocal(pTime, local) || !SystemTimeToFileTime(&local, &ticks)) return false;
+  const int64_t localTicks = int64_t(ticks.dwHighDateTime) << 32 | ticks.dwLowDateTime;
+  // What is lost of a second on the way is no part of the offset.
+  pSeconds = localTicks / TKivFileTime::kTicksPerSecond - pTime.fTicks / TKivFileTime::kTicksPerSecond;
+  return true;
+}
+
 }  // namespace Kiv
