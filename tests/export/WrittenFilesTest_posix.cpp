@@ -6,11 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "export/OptionsFile.h"
 #include "export/XMLFileStream.h"
 #include "export/ZipFile.h"
 #include "platform/Errors.h"
 #include "platform/OutputFile.h"
 #include "tests/support/NastyText.h"
+#include "tests/support/RandomOptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 // What is written, read by programs that share nothing with ours.
@@ -42,16 +44,28 @@ std::string Hex(std::u16string_view pText) {
   return result;
 }
 
-// Prints the units of each element's text and of its attribute "a", the exact ones, as hexadecimal digits.
-constexpr const char* kReader = R"(
+// The exact text from the two forms that a text or an attribute has.
+constexpr const char* kExact = R"(
 import re, sys, xml.etree.ElementTree as tree
 def exact(plain, escaped):
     if escaped is None:
         return plain
     return re.sub(r'\\(\\|u[0-9A-F]{4})', lambda m: '\\' if m[1] == '\\' else chr(int(m[1][1:], 16)), escaped)
+)";
+
+// Prints the units of each element's text and of its attribute "a", the exact ones, as hexadecimal digits.
+constexpr const char* kReader = R"(
 for element in tree.parse(sys.argv[1]).getroot():
     for text in (exact(element.text or '', element.get('Escaped')), exact(element.get('a'), element.get('aEscaped'))):
         print(text.encode('utf-16-be', 'surrogatepass').hex())
+)";
+
+// Prints the name and the units of the value of each option in the files.
+constexpr const char* kOptionsReader = R"(
+for file in sys.argv[1:]:
+    for option in tree.parse(file).getroot().iter('Option'):
+        value = exact(option.get('Value'), option.get('ValueEscaped'))
+        print(option.get('Name'), value.encode('utf-16-be', 'surrogatepass').hex())
 )";
 
 constexpr const char* kZipReader = R"(
@@ -90,7 +104,7 @@ TEST(WrittenFiles, OtherReadersFindTheSameTexts) {
   TOutputFile file(folder.File("x.xml"));
   const std::string expected = WriteNasty(file);
   file.Commit();
-  folder.Put("read.py", kReader);
+  folder.Put("read.py", std::string(kExact) + kReader);
   const std::string path = folder.Path().string();
   EXPECT_EQ(OutputOf("xmllint --noout " + path + "/x.xml 2>&1"), "");
   EXPECT_TRUE(OutputOf("python3 " + path + "/read.py " + path + "/x.xml") == expected);
@@ -111,6 +125,34 @@ TEST(WrittenFiles, OtherReadersUnpackTheSameBytes) {
   EXPECT_EQ(OutputOf("PYTHONIOENCODING=utf-8 python3 " + path + "/read.py " + path + "/x.zip " + path + "/out"),
             "['\xC3\xA9 x.xml'] (2020, 1, 2, 3, 4, 6)\n");
   EXPECT_TRUE(folder.Get("out") == folder.Get("x.xml"));
+}
+
+TEST(WrittenFiles, OptionsFilesKeepToTheirGrammar) {
+  TTemporaryFolder folder;
+  Vantrel::Testing::TRandomOptions random(5);
+  const TGlobalOptions defaults;
+  std::string files, grammarSays, expected;
+  for (int i = 0; i < 30; ++i) {
+    const TGlobalOptions options = i == 0 ? defaults : random.Next();
+    const std::string file = folder.Path().string() + "/" + std::to_string(i) + ".xml";
+    Options::SaveOptionsFile(FromNativeBytes(file), options, "Vantrel", "1.0");
+    files += " " + file;
+    grammarSays += file + " validates\n";
+    for (const TOptionInfo& option : AllOptions()) {
+      const std::string value = option.fGet(options);
+      if (value == option.fGet(defaults)) continue;
+      const bool boolean = option.fKind == TOptionKind::okBoolean;
+      expected += std::string(option.fName) + " " +
+                  Hex(FromNativeBytes(!boolean          ? value
+                                      : value == "true" ? "-1"
+                                                        : "0"));
+      expected += "\n";
+    }
+  }
+  EXPECT_EQ(OutputOf("xmllint --noout --relaxng " VANTREL_SOURCE_DIR "/docs/options-file.rng" + files + " 2>&1"),
+            grammarSays);
+  folder.Put("read.py", std::string(kExact) + kOptionsReader);
+  EXPECT_TRUE(OutputOf("python3 " + folder.Path().string() + "/read.py" + files) == expected);
 }
 
 // A limit to the size of files stands in for a disk that gets full: while the text is collected, while it is packed.

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace Kiv {
+
+// The folder in which the program keeps what the user has set: "vantrel" in $XDG_CONFIG_HOME, which counts only when it
+// is absolute, or else in ~/.config; on Windows "Vantrel" in the roaming application data. Absolute, empty when the
+// system tells none, and not created. On Linux no other thread may set environment variables meanwhile.
+std::u16string UserConfigurationFolder();
+
+// Creates the folder, and those above it that are missing; on Linux for the user alone. Does nothing for an empty path
+// or for what is there already, a file included: who then writes into it gets the failure. EOSError.
+void CreateFolderForUser(const std::u16string& pPath);
+
+}  // namespace Kiv

@@ -1,0 +1,79 @@
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "platform/Text.h"
+#include "platform/UserFolders.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace Kiv {
+
+namespace {
+
+// Sets a variable, or takes it away, and puts it back at the end.
+class TVariable {
+ public:
+  TVariable(const char* pName, const char* pValue) : fName(pName) {
+    if (const char* earlier = std::getenv(pName)) fEarlier = earlier;
+    Set(pValue);
+  }
+  ~TVariable() { Set(fEarlier ? fEarlier->c_str() : nullptr); }
+  TVariable(const TVariable&) = delete;
+  TVariable& operator=(const TVariable&) = delete;
+
+ private:
+  void Set(const char* pValue) { pValue == nullptr ? unsetenv(fName) : setenv(fName, pValue, 1); }
+
+  const char* const fName;
+  std::optional<std::string> fEarlier;
+};
+
+}  // namespace
+
+TEST(UserFoldersOnLinux, FollowTheEnvironment) {
+  const passwd* user = getpwuid(geteuid());
+  ASSERT_NE(user, nullptr);
+  const std::string ofPasswordFile = std::string(user->pw_dir) + (std::string(user->pw_dir) == "/" ? "" : "/");
+  const struct {
+    const char* fConfiguration;
+    const char* fHome;
+    std::string fExpected;
+  } rows[] = {
+      {"/c/\xFF", "/h", "/c/\xFF/vantrel"},
+      {"/c/", "/h", "/c/vantrel"},
+      {"/", nullptr, "/vantrel"},
+      {nullptr, "/h", "/h/.config/vantrel"},
+      {"", "/h/", "/h/.config/vantrel"},
+      {"c", "/", "/.config/vantrel"},
+      {"./c", "h", ofPasswordFile + ".config/vantrel"},
+      {nullptr, "", ofPasswordFile + ".config/vantrel"},
+      {nullptr, nullptr, ofPasswordFile + ".config/vantrel"},
+  };
+  for (const auto& row : rows) {
+    const TVariable configuration("XDG_CONFIG_HOME", row.fConfiguration);
+    const TVariable home("HOME", row.fHome);
+    EXPECT_EQ(ToNativeBytes(UserConfigurationFolder()), row.fExpected);
+  }
+}
+
+TEST(UserFoldersOnLinux, NewOnesAreClosedToOthersAndEarlierOnesStayAsTheyWere) {
+  Vantrel::Testing::TTemporaryFolder folder;
+  const std::string top = folder.Path().string();
+  const auto mode = [](const std::string& pPath) {
+    struct stat info {};
+    return stat(pPath.c_str(), &info) == 0 ? info.st_mode & 0777 : 0;
+  };
+  ASSERT_EQ(mkdir((top + "/a").c_str(), 0777), 0);
+  ASSERT_EQ(chmod((top + "/a").c_str(), 0755), 0);
+  CreateFolderForUser(folder.File("a/b/c"));
+  EXPECT_EQ(mode(top + "/a"), 0755u);
+  EXPECT_EQ(mode(top + "/a/b"), 0700u);
+  EXPECT_EQ(mode(top + "/a/b/c"), 0700u);
+}
+
+}  // namespace Kiv
