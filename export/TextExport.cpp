@@ -12,35 +12,8 @@ namespace {
 
 constexpr int64_t kLinesOfAnEarlierReport = 5;  // an output with more lines than this holds a report already
 constexpr int kRuleLength = 48;
-constexpr int kLeastNameWidth = 12;
-
-bool IsRightAligned(TColumn pColumn) {
-  const TColumnKind kind = ColumnInfo(pColumn).fKind;
-  return kind == TColumnKind::ckSize || kind == TColumnKind::ckCount || kind == TColumnKind::ckShare;
-}
-
-size_t Blanks(int pWanted, int pTaken) {
-  return static_cast<size_t>(std::max(0, pWanted - pTaken));
-}
 
 }  // namespace
-
-std::string ShortenedToWidth(std::string_view pUtf8, int pWidth) {
-  if (DisplayWidth(pUtf8) <= pWidth) return std::string(pUtf8);
-  std::string shortened;
-  int width = 0;
-  size_t position = 0;
-  while (position < pUtf8.size()) {
-    size_t end = position + 1;
-    while (end < pUtf8.size() && (static_cast<unsigned char>(pUtf8[end]) & 0xC0) == 0x80) ++end;
-    const std::string_view character = pUtf8.substr(position, end - position);
-    width += DisplayWidth(character);
-    if (width > pWidth - 1) break;
-    shortened += character;
-    position = end;
-  }
-  return shortened + "…";
-}
 
 std::string TBaseTextExport::Separator() const {
   const std::u16string_view own = OwnSeparator();
@@ -48,12 +21,7 @@ std::string TBaseTextExport::Separator() const {
 }
 
 std::string TBaseTextExport::HeaderText(TColumn pColumn) const {
-  const TColumnInfo& info = ColumnInfo(pColumn);
-  std::string text = ToUtf8(info.fCaption);
-  const TMediaSettings& settings = Settings();
-  if (!settings.fAutomaticUnit && settings.fSizeUnit < TSizeUnit::suAutomatic && info.fKind == TColumnKind::ckSize)
-    text += " (" + ToUtf8(UnitName(settings.fSizeUnit)) + ")";
-  return text;
+  return CaptionWithUnit(ColumnInfo(pColumn).fCaption, pColumn, ValueFormat());
 }
 
 std::string TBaseTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
@@ -132,20 +100,17 @@ void TFormattedTextExport::WriteTable(IFolderData& pTop) {
   MeasureColumns(pTop);
   LimitNameWidth();
   if (Settings().fIncludedObjectTypes & ioFolders) {
-    WriteLine(PaddedRow(HeaderCells()));
-    std::vector<std::string> lines;
-    for (int width : fWidths) lines.emplace_back(static_cast<size_t>(width), '-');
-    WriteLine(JoinCells(lines));
+    WriteLine(fTable.Row(HeaderCells()));
+    WriteLine(fTable.Underline());
   }
-  WalkTree(pTop, [&](const TExportRow& pRow) { return WriteLine(PaddedRow(RowCells(pRow, fFormat))); });
+  WalkTree(pTop, [&](const TExportRow& pRow) { return WriteLine(fTable.Row(RowCells(pRow, fFormat))); });
 }
 
 void TFormattedTextExport::MeasureColumns(IFolderData& pTop) {
-  fWidths.clear();
-  for (const std::string& caption : HeaderCells()) fWidths.push_back(DisplayWidth(caption));
+  fTable = TPaddedTable({Columns().begin(), Columns().end()}, Separator());
+  fTable.Measure(HeaderCells());
   WalkTree(pTop, [&](const TExportRow& pRow) {
-    const std::vector<std::string> cells = RowCells(pRow, fFormat);
-    for (size_t i = 0; i < cells.size(); ++i) fWidths[i] = std::max(fWidths[i], DisplayWidth(cells[i]));
+    fTable.Measure(RowCells(pRow, fFormat));
     return true;
   });
 }
@@ -154,11 +119,7 @@ void TFormattedTextExport::LimitNameWidth() {
   if (fMaximumWidth <= 0) return;
   const auto name = std::find(Columns().begin(), Columns().end(), TColumn::mdName);
   if (name == Columns().end()) return;
-  int& nameWidth = fWidths[static_cast<size_t>(name - Columns().begin())];
-  int rowWidth = DisplayWidth(Separator()) * (static_cast<int>(fWidths.size()) - 1);
-  for (int width : fWidths) rowWidth += width;
-  const int room = std::max(kLeastNameWidth, nameWidth - (rowWidth - fMaximumWidth));
-  nameWidth = std::min(nameWidth, room);
+  fTable.LimitRowWidth(static_cast<size_t>(name - Columns().begin()), fMaximumWidth);
 }
 
 std::string TFormattedTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
@@ -171,16 +132,6 @@ std::string TFormattedTextExport::CellText(const TExportRow& pRow, TColumn pColu
   else if (fComparison && !fComparison->WasThere(pRow.fFolder))
     name += " (new)";
   return name;
-}
-
-std::string TFormattedTextExport::PaddedRow(const std::vector<std::string>& pCells) const {
-  std::vector<std::string> padded;
-  for (size_t i = 0; i < pCells.size(); ++i) {
-    std::string cell = ShortenedToWidth(pCells[i], fWidths[i]);
-    const std::string blanks(Blanks(fWidths[i], DisplayWidth(cell)), ' ');
-    padded.push_back(IsRightAligned(Columns()[i]) ? blanks + cell : cell + blanks);
-  }
-  return JoinCells(padded);
 }
 
 }  // namespace Kiv::Hierarchical::Exporting::Text

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "export/HierarchicalExport.h"
+#include "export/PaddedTable.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
 
@@ -49,7 +50,6 @@ class TFormattedTextExport : public TBaseTextExport {
   void WriteTable(IFolderData& pTop);
   void MeasureColumns(IFolderData& pTop);
   void LimitNameWidth();
-  std::string PaddedRow(const std::vector<std::string>& pCells) const;
 
   const std::string fTitle;
   const std::string fProgramName;
@@ -58,10 +58,7 @@ class TFormattedTextExport : public TBaseTextExport {
   TValueFormat fFormat;
   const IComparison* fComparison = nullptr;  // while an export runs: the root's, if any
   std::string fTopName;      // while an export runs: what the top row is called
-  std::vector<int> fWidths;  // likewise: display columns of each column
+  TPaddedTable fTable;       // likewise
 };
-
-// The text cut to so many display columns, the last of them an ellipsis when something was cut.
-std::string ShortenedToWidth(std::string_view pUtf8, int pWidth);
 
 }  // namespace Kiv::Hierarchical::Exporting::Text

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <set>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
 
 namespace Kiv {
 
@@ -49,6 +53,37 @@ bool ParseLine(std::string_view pLine, TMount& pMount) {
   return !pMount.fMountPoint.empty() && !pMount.fFileSystem.empty();
 }
 
+using TMountChain = std::unordered_set<uint64_t>;
+
+// The ids of a mount and of those that it is mounted on, down to the first.
+TMountChain ChainOf(const TMount& pMount, const std::unordered_map<uint64_t, uint64_t>& pParents) {
+  TMountChain chain{pMount.fId};
+  for (auto parent = pParents.find(pMount.fId); parent != pParents.end(); parent = pParents.find(parent->second))
+    if (!chain.insert(parent->second).second) break;
+  return chain;
+}
+
+bool IsNetworkFileSystem(std::string_view pType) {
+  static constexpr std::string_view types[] = {"9p",   "afs",  "ceph",   "cifs",  "glusterfs", "lustre", "ncpfs",
+                                               "nfs",  "nfs4", "smb3",   "smbfs", "vboxsf",    "virtiofs"};
+  return std::find(std::begin(types), std::end(types), pType) != std::end(types);
+}
+
+// User-space file systems are mostly other machines; these show what lies elsewhere, or nothing that takes space.
+bool IsUserSpaceStorage(std::string_view pType) {
+  static constexpr std::string_view views[] = {"fuse.gvfsd-fuse", "fuse.lxcfs", "fuse.portal", "fuse.archivemount"};
+  if (pType != "fuse" && !pType.starts_with("fuse.")) return false;
+  return std::find(std::begin(views), std::end(views), pType) == std::end(views);
+}
+
+bool IsDrive(const TMount& pMount) {
+  if (pMount.fMountPoint == "/") return true;
+  if (IsNetworkFileSystem(pMount.fFileSystem) || IsUserSpaceStorage(pMount.fFileSystem)) return true;
+  if (pMount.fFileSystem == "zfs") return true;  // its sources are pools, not devices
+  if (!pMount.fSource.starts_with("/dev/") || pMount.fFileSystem == "squashfs") return false;
+  return pMount.fRoot == "/" || pMount.fFileSystem == "btrfs";  // whose volumes are folders of one device
+}
+
 }  // namespace
 
 std::vector<TMount> ParseMountTable(std::string_view pTable) {
@@ -72,6 +107,51 @@ const TMount* FindMount(const std::vector<TMount>& pMounts, std::string_view pPa
         (found == nullptr || mount.fMountPoint.size() >= found->fMountPoint.size()))
       found = &mount;
   return found;
+}
+
+bool ComesFirst(const TMount& pA, const TMount& pB) {
+  auto depth = [](const TMount& pMount) { return std::count(pMount.fMountPoint.begin(), pMount.fMountPoint.end(), '/'); };
+  if (depth(pA) != depth(pB)) return depth(pA) < depth(pB);
+  if (pA.fMountPoint != pB.fMountPoint) return pA.fMountPoint < pB.fMountPoint;
+  return pA.fId < pB.fId;
+}
+
+std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts) {
+  std::unordered_map<uint64_t, uint64_t> parents;
+  for (const TMount& mount : pMounts) parents[mount.fId] = mount.fParentId;
+  std::vector<std::pair<const TMount*, TMountChain>> outermostFirst;
+  for (const TMount& mount : pMounts) outermostFirst.emplace_back(&mount, ChainOf(mount, parents));
+  // Of several on one point the topmost comes first.
+  std::stable_sort(outermostFirst.begin(), outermostFirst.end(), [](const auto& pA, const auto& pB) {
+    const size_t lengthA = pA.first->fMountPoint.size(), lengthB = pB.first->fMountPoint.size();
+    return lengthA != lengthB ? lengthA < lengthB : pA.second.size() > pB.second.size();
+  });
+  std::vector<const TMount*> visible;
+  for (const auto& candidate : outermostFirst) {
+    const TMount* mount = candidate.first;
+    const TMountChain& chain = candidate.second;
+    const bool isCovered = std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {
+      return IsSameOrBeneath(mount->fMountPoint, pOther->fMountPoint) && !chain.contains(pOther->fId);
+    });
+    if (!isCovered) visible.push_back(mount);
+  }
+  return visible;
+}
+
+std::vector<TMount> DriveMounts(const std::vector<TMount>& pMounts) {
+  std::vector<const TMount*> candidates = VisibleMounts(pMounts);
+  std::erase_if(candidates, [](const TMount* pMount) { return !IsDrive(*pMount); });
+  std::sort(candidates.begin(), candidates.end(), [](const TMount* pA, const TMount* pB) {
+    if ((pA->fRoot == "/") != (pB->fRoot == "/")) return pA->fRoot == "/";
+    return ComesFirst(*pA, *pB);
+  });
+  std::vector<TMount> drives;
+  std::set<std::string_view> devices;
+  for (const TMount* mount : candidates)
+    if (devices.insert(mount->fDevice).second) drives.push_back(*mount);
+  std::sort(drives.begin(), drives.end(),
+            [](const TMount& pA, const TMount& pB) { return pA.fMountPoint < pB.fMountPoint; });
+  return drives;
 }
 
 }  // namespace Kiv

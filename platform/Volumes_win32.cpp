@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <utility>
+
 #include "platform/Paths.h"
 #include "platform/Volumes.h"
 #include "platform/Win32_win32.h"
@@ -5,6 +8,56 @@
 namespace Kiv {
 
 using namespace Win32;
+
+namespace {
+
+// What the volume at a mount point tells; false, with the system's error code, when not even its file
+// system.
+bool AskVolume(const std::u16string& pMountPoint, TVolumeInformation& pInformation) {
+  DWORD sectors = 0;
+  DWORD sectorBytes = 0;
+  DWORD freeClusters = 0;
+  DWORD clusters = 0;
+  if (GetDiskFreeSpaceW(Wide(pMountPoint), &sectors, &sectorBytes, &freeClusters, &clusters))
+    pInformation.fClusterSize = int64_t{sectors} * sectorBytes;
+  ULARGE_INTEGER available{};
+  ULARGE_INTEGER total{};
+  ULARGE_INTEGER allFree{};
+  if (GetDiskFreeSpaceExW(Wide(pMountPoint), &available, &total, &allFree)) {
+    pInformation.fFreeBytes = static_cast<int64_t>(available.QuadPart);
+    pInformation.fTotalBytes = static_cast<int64_t>(total.QuadPart);
+    // With a quota the total is the user's, while what is free is everybody's.
+    pInformation.fUsedBytes = static_cast<int64_t>(total.QuadPart - std::min(total.QuadPart, allFree.QuadPart));
+  }
+  wchar_t label[MAX_PATH + 1] = L"";
+  wchar_t fileSystem[MAX_PATH + 1] = L"";
+  if (!GetVolumeInformationW(Wide(pMountPoint), label, MAX_PATH + 1, nullptr, nullptr, nullptr, fileSystem,
+                             MAX_PATH + 1))
+    return false;
+  pInformation.fLabel = Narrow(label);
+  pInformation.fFileSystem = Narrow(fileSystem);
+  return true;
+}
+
+// The drives with a letter, those without a medium among them.
+std::vector<std::u16string> DriveLetters() {
+  std::vector<std::u16string> drives;
+  const DWORD present = GetLogicalDrives();
+  for (char16_t letter = u'A'; letter <= u'Z'; ++letter)
+    if ((present & (1u << (letter - u'A'))) != 0) drives.push_back({letter, u':', u'\\'});
+  return drives;
+}
+
+// A drive that does not answer is listed all the same, unless it has no medium.
+bool AskDrive(TVolumeInformation& pDrive) {
+  // Without this the system may stop and ask the user for a disk.
+  SetThreadErrorMode(SEM_FAILCRITICALERRORS, nullptr);
+  if (AskVolume(pDrive.fMountPoint, pDrive)) return true;
+  const DWORD error = GetLastError();
+  return error != ERROR_NOT_READY && error != ERROR_NO_MEDIA_IN_DRIVE;
+}
+
+}  // namespace
 
 bool GetVolumeInformationOfPath(const std::u16string& pPath, TVolumeInformation& pInformation) {
   const std::u16string path = ExtendedPath(AbsolutePath(pPath));
@@ -18,37 +71,20 @@ bool GetVolumeInformationOfPath(const std::u16string& pPath, TVolumeInformation&
 
   pInformation = {};
   pInformation.fMountPoint = WithoutExtendedPrefix(mountPoint);
-  wchar_t label[MAX_PATH + 1] = L"";
-  wchar_t fileSystem[MAX_PATH + 1] = L"";
-  if (GetVolumeInformationW(Wide(mountPoint), label, MAX_PATH + 1, nullptr, nullptr, nullptr, fileSystem,
-                            MAX_PATH + 1)) {
-    pInformation.fLabel = Narrow(label);
-    pInformation.fFileSystem = Narrow(fileSystem);
-  }
-  DWORD sectors = 0;
-  DWORD sectorBytes = 0;
-  DWORD freeClusters = 0;
-  DWORD clusters = 0;
-  if (GetDiskFreeSpaceW(Wide(mountPoint), &sectors, &sectorBytes, &freeClusters, &clusters))
-    pInformation.fClusterSize = int64_t{sectors} * sectorBytes;
-  ULARGE_INTEGER available{};
-  ULARGE_INTEGER total{};
-  if (GetDiskFreeSpaceExW(Wide(mountPoint), &available, &total, nullptr)) {
-    pInformation.fFreeBytes = static_cast<int64_t>(available.QuadPart);
-    pInformation.fTotalBytes = static_cast<int64_t>(total.QuadPart);
-  }
+  AskVolume(mountPoint, pInformation);
   return true;
 }
 
 std::vector<std::u16string> ListLocalDrives() {
-  std::vector<std::u16string> drives;
-  const DWORD present = GetLogicalDrives();
-  for (int letter = 0; letter < 26; ++letter) {
-    if ((present & (1u << letter)) == 0) continue;
-    const wchar_t path[] = {static_cast<wchar_t>(L'A' + letter), L':', L'\\', 0};
-    if (GetDriveTypeW(path) == DRIVE_FIXED) drives.push_back({static_cast<char16_t>(path[0]), u':', u'\\'});
-  }
+  std::vector<std::u16string> drives = DriveLetters();
+  std::erase_if(drives, [](const std::u16string& pDrive) { return GetDriveTypeW(Wide(pDrive)) != DRIVE_FIXED; });
   return drives;
+}
+
+std::vector<TVolumeInformation> ListDrives(int64_t pMilliseconds) {
+  std::vector<TVolumeInformation> drives;
+  for (std::u16string& letter : DriveLetters()) drives.emplace_back().fMountPoint = std::move(letter);
+  return AskVolumes(std::move(drives), AskDrive, pMilliseconds);
 }
 
 }  // namespace Kiv

@@ -1,8 +1,7 @@
 #include "scan/DuplicateMounts.h"
 
 #include <algorithm>
-#include <unordered_map>
-#include <utility>
+#include <string>
 
 namespace Kiv::Enumerators {
 
@@ -19,48 +18,6 @@ std::string Joined(std::string pFolder, std::string_view pRest) {
 std::string PathThrough(const TMount& pOther, const TMount& pMount) {
   const std::string_view rest = std::string_view(pMount.fRoot).substr(pOther.fRoot == "/" ? 0 : pOther.fRoot.size());
   return Joined(pOther.fMountPoint, rest);
-}
-
-// The road that a person would name first: the shallower one.
-bool ComesFirst(const TMount& pA, const TMount& pB) {
-  auto depth = [](const TMount& pMount) { return std::count(pMount.fMountPoint.begin(), pMount.fMountPoint.end(), '/'); };
-  if (depth(pA) != depth(pB)) return depth(pA) < depth(pB);
-  if (pA.fMountPoint != pB.fMountPoint) return pA.fMountPoint < pB.fMountPoint;
-  return pA.fId < pB.fId;
-}
-
-using TMountChain = std::unordered_set<uint64_t>;
-
-// The ids of a mount and of those that it is mounted on, down to the first.
-TMountChain ChainOf(const TMount& pMount, const std::unordered_map<uint64_t, uint64_t>& pParents) {
-  TMountChain chain{pMount.fId};
-  for (auto parent = pParents.find(pMount.fId); parent != pParents.end(); parent = pParents.find(parent->second))
-    if (!chain.insert(parent->second).second) break;
-  return chain;
-}
-
-// The mounts that a path leads to. The others are covered: on their own point, or on the way there, stands a mount that
-// they are not mounted on.
-std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts) {
-  std::unordered_map<uint64_t, uint64_t> parents;
-  for (const TMount& mount : pMounts) parents[mount.fId] = mount.fParentId;
-  std::vector<std::pair<const TMount*, TMountChain>> outermostFirst;
-  for (const TMount& mount : pMounts) outermostFirst.emplace_back(&mount, ChainOf(mount, parents));
-  // Of several on one point the topmost comes first.
-  std::stable_sort(outermostFirst.begin(), outermostFirst.end(), [](const auto& pA, const auto& pB) {
-    const size_t lengthA = pA.first->fMountPoint.size(), lengthB = pB.first->fMountPoint.size();
-    return lengthA != lengthB ? lengthA < lengthB : pA.second.size() > pB.second.size();
-  });
-  std::vector<const TMount*> visible;
-  for (const auto& candidate : outermostFirst) {
-    const TMount* mount = candidate.first;
-    const TMountChain& chain = candidate.second;
-    const bool isCovered = std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {
-      return IsSameOrBeneath(mount->fMountPoint, pOther->fMountPoint) && !chain.contains(pOther->fId);
-    });
-    if (!isCovered) visible.push_back(mount);
-  }
-  return visible;
 }
 
 }  // namespace
