@@ -1,6 +1,7 @@
 #include "export/ListTables.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "model/FileAges.h"
@@ -64,16 +65,24 @@ std::vector<TKeyedSizeValues> BySize(const ICustomAssocSizeArray& pArray) {
   return entries;
 }
 
-// The list of largest files knows no owners; the table of the file's folder does.
-TMetaDataValue OwnerOf(const TTopSizeEntry& pFile) {
-  IFolderData* folder = pFile.fParentFolder ? pFile.fParentFolder->AsFolder() : nullptr;
-  const TRef<const TFileTable> files = folder ? folder->GetFileTable() : nullptr;
-  for (size_t i = 0; files && i < files->Count(); ++i) {
-    const TFileRecord& record = (*files)[i];
-    if (record.fSize != pFile.fSize || files->NameOf(record) != pFile.fName) continue;
-    return record.fOwnerKey == kNoKey ? TMetaDataValue() : TMetaDataValue(TextOfKey(record.fOwnerKey));
+// The list of largest files knows no owners, but the tables of their folders do. Each of those is walked once: looking
+// up file by file would take hours for a hundred thousand files in one folder. The files come largest first.
+std::vector<TMetaDataValue> OwnersOf(const std::vector<TTopSizeEntry>& pFiles) {
+  std::unordered_map<IHierarchicalElement*, std::unordered_map<std::u16string_view, size_t>> wanted;
+  for (size_t i = 0; i < pFiles.size(); ++i)
+    if (pFiles[i].fParentFolder) wanted[pFiles[i].fParentFolder.get()].emplace(pFiles[i].fName, i);
+  std::vector<TMetaDataValue> owners(pFiles.size());
+  for (const auto& [element, names] : wanted) {
+    const IFolderData* folder = element->AsFolder();
+    const TRef<const TFileTable> files = folder ? folder->GetFileTable() : nullptr;
+    for (size_t i = 0; files && i < files->Count(); ++i) {
+      const TFileRecord& record = (*files)[i];
+      if (record.fSize < pFiles.back().fSize || record.fOwnerKey == kNoKey) continue;
+      const auto found = names.find(files->NameOf(record));
+      if (found != names.end()) owners[found->second] = TextOfKey(record.fOwnerKey);
+    }
   }
-  return {};
+  return owners;
 }
 
 std::u16string FileTypesOf(TKeyId pExtension, const IFileTypeGroups& pGroups) {
@@ -115,7 +124,10 @@ TListTable TopFilesList(IHierarchicalRoot& pRoot) {
   if (!list) return table;
 
   const TShares shares(pRoot, *top);
-  for (const TTopSizeEntry& file : list->GetSnapshot()) {
+  const std::vector<TTopSizeEntry> files = list->GetSnapshot();
+  const std::vector<TMetaDataValue> owners = withOwners ? OwnersOf(files) : std::vector<TMetaDataValue>();
+  for (size_t i = 0; i < files.size(); ++i) {
+    const TTopSizeEntry& file = files[i];
     std::vector<TMetaDataValue> row{file.fName,
                                     file.fSize,
                                     file.fAllocated,
@@ -124,7 +136,7 @@ TListTable TopFilesList(IHierarchicalRoot& pRoot) {
                                     Date(file.fLastAccessDate),
                                     Date(file.fCreationDate),
                                     static_cast<int64_t>(file.fAttributes)};
-    if (withOwners) row.push_back(OwnerOf(file));
+    if (withOwners) row.push_back(owners[i]);
     const std::u16string folder = file.fParentFolder ? file.fParentFolder->GetFullPath() : std::u16string();
     row.emplace_back(JoinPath(folder, file.fName, pRoot.GetPathDelimiter()));
     table.fRows.push_back(std::move(row));
@@ -210,7 +222,9 @@ TListTable DriveList(std::span<const TVolumeInformation> pDrives) {
       row.emplace_back(drive.fTotalBytes);
       row.emplace_back(drive.fUsedBytes);
       row.emplace_back(drive.fFreeBytes);
-      row.emplace_back(static_cast<double>(drive.fUsedBytes) / static_cast<double>(drive.fTotalBytes));
+      // Of what its user can have at most: what is kept back for the system is never free, so a full drive shows 100 %.
+      const int64_t usable = std::max<int64_t>(drive.fUsedBytes + drive.fFreeBytes, 1);
+      row.emplace_back(static_cast<double>(drive.fUsedBytes) / static_cast<double>(usable));
     }
     row.resize(table.fColumns.size());
     table.fRows.push_back(std::move(row));

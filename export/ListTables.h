@@ -39,6 +39,7 @@ TListTable UsersList(IHierarchicalRoot& pRoot);
 TListTable FileAgesList(IHierarchicalRoot& pRoot);
 
 // The drives of this machine, by path. One that does not answer within a few seconds, or has no sizes, has empty cells.
+// "% Used" is of what is used and free, as df reckons it.
 TListTable DriveList();
 // The same of these drives.
 TListTable DriveList(std::span<const TVolumeInformation> pDrives);

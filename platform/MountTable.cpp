@@ -64,8 +64,8 @@ TMountChain ChainOf(const TMount& pMount, const std::unordered_map<uint64_t, uin
 }
 
 bool IsNetworkFileSystem(std::string_view pType) {
-  static constexpr std::string_view types[] = {"9p",   "afs",  "ceph",   "cifs",  "glusterfs", "lustre", "ncpfs",
-                                               "nfs",  "nfs4", "smb3",   "smbfs", "vboxsf",    "virtiofs"};
+  static constexpr std::string_view types[] = {"9p",  "afs",  "ceph", "cifs",  "glusterfs", "lustre",  "ncpfs",
+                                               "nfs", "nfs4", "smb3", "smbfs", "vboxsf",    "virtiofs"};
   return std::find(std::begin(types), std::end(types), pType) != std::end(types);
 }
 
@@ -110,7 +110,9 @@ const TMount* FindMount(const std::vector<TMount>& pMounts, std::string_view pPa
 }
 
 bool ComesFirst(const TMount& pA, const TMount& pB) {
-  auto depth = [](const TMount& pMount) { return std::count(pMount.fMountPoint.begin(), pMount.fMountPoint.end(), '/'); };
+  auto depth = [](const TMount& pMount) {
+    return std::count(pMount.fMountPoint.begin(), pMount.fMountPoint.end(), '/');
+  };
   if (depth(pA) != depth(pB)) return depth(pA) < depth(pB);
   if (pA.fMountPoint != pB.fMountPoint) return pA.fMountPoint < pB.fMountPoint;
   return pA.fId < pB.fId;

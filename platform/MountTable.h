@@ -27,21 +27,22 @@ std::vector<TMount> ReadMountTable();
 // Whether a native path is the folder or lies beneath it. Both are absolute, without a trailing slash.
 bool IsSameOrBeneath(std::string_view pPath, std::string_view pFolder);
 
-// The mount that holds an absolute, resolved path: the one with the longest mount point, and of several on one point the
-// last, which hides the others. nullptr when the table has none.
+// The mount that holds an absolute, resolved path: the one with the longest mount point, and of several on one point
+// the last, which hides the others. nullptr when the table has none.
 const TMount* FindMount(const std::vector<TMount>& pMounts, std::string_view pPath);
 
-// Of two roads to one folder, whether the first is the one that a person would name: the shallower, else the first in byte
-// order.
+// Of two roads to one folder, whether the first is the one that a person would name: the shallower, else the first in
+// byte order.
 bool ComesFirst(const TMount& pA, const TMount& pB);
 
-// The mounts that a path leads to, outermost first; pointers into the list. The others are covered: on their own point, or
-// on the way there, stands a mount that they are not mounted on.
+// The mounts that a path leads to, outermost first; pointers into the list. The others are covered: on their own point,
+// or on the way there, stands a mount that they are not mounted on.
 std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts);
 
-// The mounts that a person takes for drives, by mount point in byte order: what stands on "/", block devices, and storage on
-// other machines. Each device is there once, at the mount that shows all of it or comes first. A folder of a drive that is
-// bound elsewhere is no drive, and neither are file systems in memory nor the images that programs come packed in.
+// The mounts that a person takes for drives, by mount point in byte order: what stands on "/", block devices, and
+// storage on other machines. Each device is there once, at the mount that shows all of it or comes first. A folder of a
+// drive that is bound elsewhere is no drive, and neither are file systems in memory nor the images that programs come
+// packed in.
 std::vector<TMount> DriveMounts(const std::vector<TMount>& pMounts);
 
 }  // namespace Kiv

@@ -203,7 +203,7 @@ TEST(DriveList, ShowsADriveThatDoesNotAnswer) {
   hangs.fFileSystem = u"nfs4";
   const TListTable table = DriveList(std::vector{answers, hangs});
   EXPECT_THAT(table.fRows,
-              ElementsAre(TRow{u"/", u"/dev/sda1", u"ext4", int64_t{1000}, int64_t{250}, int64_t{700}, 0.25},
+              ElementsAre(TRow{u"/", u"/dev/sda1", u"ext4", int64_t{1000}, int64_t{250}, int64_t{700}, 250.0 / 950.0},
                           TRow{u"/mnt/gone", u"", u"nfs4", {}, {}, {}, {}}));
 }
 
