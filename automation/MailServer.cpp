@@ -22,11 +22,12 @@ constexpr size_t kLongestReply = 600;  // bytes of a server's answer that a mess
 
 // One try to hand over a mail, as libcurl's callbacks see it.
 struct TConversation {
-  IByteSource& fMail;
+  TMailSource& fMail;
   std::exception_ptr fFailure;  // of reading the mail
   std::string fAddress;         // the sender or recipient whom the last command was about; empty for other commands
   bool fIsRecipient = false;
   std::string fReply;  // the server's last answer, which may have several lines
+  bool fLeaving = false;  // what comes now is politeness
 };
 
 size_t GiveMail(char* pBuffer, size_t pSize, size_t pCount, void* pConversation) noexcept {
@@ -41,7 +42,9 @@ size_t GiveMail(char* pBuffer, size_t pSize, size_t pCount, void* pConversation)
 
 // Of all commands only those with an address are looked at: others hold the password.
 void NoteCommand(TConversation& pConversation, std::string_view pLine) {
-  constexpr std::string_view kSender = "MAIL FROM:", kRecipient = "RCPT TO:";
+  constexpr std::string_view kSender = "MAIL FROM:", kRecipient = "RCPT TO:", kQuit = "QUIT";
+  if (pLine.starts_with(kQuit)) pConversation.fLeaving = true;
+  if (pConversation.fLeaving) return;
   pConversation.fIsRecipient = pLine.starts_with(kRecipient);
   pConversation.fAddress.clear();
   if (!pConversation.fIsRecipient && !pLine.starts_with(kSender)) return;
@@ -51,6 +54,7 @@ void NoteCommand(TConversation& pConversation, std::string_view pLine) {
 
 void NoteReply(TConversation& pConversation, std::string_view pLine) {
   constexpr size_t kCodeLength = 3;
+  if (pConversation.fLeaving) return;
   // A dash behind the code says that more lines follow.
   const bool unfinished = pConversation.fReply.ends_with('-');
   if (unfinished) {
@@ -202,6 +206,8 @@ void TConnection::SetEnvelope(const TMailEnvelope& pEnvelope) {
 
 void TConnection::SetCallbacks(TConversation& pConversation) {
   Set(CURLOPT_UPLOAD, 1L);
+  // So that a server can say that it is too much before it is sent.
+  Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(pConversation.fMail.Size()));
   Set(CURLOPT_READFUNCTION, static_cast<curl_read_callback>(&GiveMail));
   Set(CURLOPT_READDATA, static_cast<void*>(&pConversation));
   // Nothing is shown: what would be goes to the callback, which is the only way to learn whom a server refused.
@@ -222,8 +228,8 @@ bool IsRefusal(std::string_view pReply) { return !pReply.empty() && (pReply[0] =
 
 std::string Refusal(const TConversation& pConversation) {
   if (pConversation.fAddress.empty()) return "refuses the mail.";
-  return fmt::format("refuses the {} {}, and so nobody got the mail.",
-                     pConversation.fIsRecipient ? "recipient" : "sender", pConversation.fAddress);
+  return fmt::format("refuses {} {}, and so nobody got the mail.",
+                     pConversation.fIsRecipient ? "the recipient" : "this mail from", pConversation.fAddress);
 }
 
 // What went wrong, as the end of a sentence that the server's name begins, and what to do about it.
@@ -263,7 +269,7 @@ std::string ServerName(const TMailServer& pServer) {
 
 void SendToServer(TMailSource& pMail, const TMailEnvelope& pEnvelope, const TMailServer& pServer) {
   CheckServer(pServer);
-  TConversation conversation{pMail, {}, {}, false, {}};
+  TConversation conversation{pMail, {}, {}, false, {}, false};
   TConnection connection(pServer, pEnvelope, conversation);
   const CURLcode code = connection.Perform();
   if (conversation.fFailure) std::rethrow_exception(conversation.fFailure);
