@@ -10,28 +10,32 @@ namespace Kiv::Mail {
 
 namespace {
 
-// Both flavours of the same library; the second is what systems have whose other programs use GnuTLS.
-constexpr const char* kFiles[] = {"libcurl.so.4", "libcurl-gnutls.so.4"};
+// The second is the same library on top of GnuTLS, which many systems have without the first.
+constexpr const char* kFile = "libcurl.so.4";
+constexpr const char* kOtherFile = "libcurl-gnutls.so.4";
 
-[[noreturn]] void FailToLoad() {
+// What the loader says of the last failure.
+std::string Reason() {
   const char* reason = dlerror();
-  throw EMailError(std::string("Mail to a server needs the library libcurl, which cannot be loaded: ") +
-                   (reason ? reason : "unknown reason") +
+  return reason ? reason : "unknown reason";
+}
+
+[[noreturn]] void FailToLoad(const std::string& pReason) {
+  throw EMailError("Mail to a server needs the library libcurl, which cannot be loaded: " + pReason +
                    ". Install it (the Debian package is libcurl4), or leave the server out to use sendmail.");
 }
 
 template <typename TFunction>
 void Find(void* pLibrary, const char* pName, TFunction& pFunction) {
   pFunction = reinterpret_cast<TFunction>(dlsym(pLibrary, pName));
-  if (!pFunction) FailToLoad();
+  if (!pFunction) FailToLoad(Reason());
 }
 
 TCurlLibrary Load() {
-  void* file = nullptr;
-  for (const char* name : kFiles) {
-    if (!file) file = dlopen(name, RTLD_NOW | RTLD_LOCAL);
-  }
-  if (!file) FailToLoad();
+  void* file = dlopen(kFile, RTLD_NOW | RTLD_LOCAL);
+  const std::string reason = file ? "" : Reason();
+  if (!file) file = dlopen(kOtherFile, RTLD_NOW | RTLD_LOCAL);
+  if (!file) FailToLoad(reason);
   TCurlLibrary library;
   decltype(&curl_global_init) globalInit = nullptr;
   Find(file, "curl_global_init", globalInit);

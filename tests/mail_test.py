@@ -306,6 +306,11 @@ class Refusals:
 class LinuxTest(Deliveries, Refusals, MailTest):
     command = [os.environ.get("VANTREL_SEND_MAIL")]
 
+    def test_libcurl_cannot_be_loaded(self):
+        for name in ("libcurl.so.4", "libcurl-gnutls.so.4"):
+            self.file(name, b"not a library")
+        self.assert_refused("libcurl.so.4", "Install it", environment={"LD_LIBRARY_PATH": str(self.folder)})
+
 
 @unittest.skipUnless(os.environ.get("VANTREL_SEND_MAIL_WINDOWS"), "no program to run")
 class WindowsTest(Deliveries, Refusals, MailTest):
