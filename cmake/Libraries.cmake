@@ -4,7 +4,8 @@
 # vantrel_library(FLOOR PLATFORM HEADER LIBRARY SOURCE [DEFINITION…])
 # Links a floor's code with a library on one platform, LINUX or WINDOWS. The source is where the library and its header
 # come from: a Debian package, or windows-libraries.sh. A library stands before those that it needs itself. The
-# definitions are for the floor's own sources.
+# definitions are for the floor's own sources. With LOADED in their place it is not linked, only looked for: the floor's
+# code takes its types from the header and loads it when it is first needed.
 function(vantrel_library FLOOR PLATFORM HEADER LIBRARY SOURCE)
   if(WIN32)
     set(platform WINDOWS)
@@ -32,6 +33,9 @@ function(vantrel_library FLOOR PLATFORM HEADER LIBRARY SOURCE)
     message(FATAL_ERROR "The library ${LIBRARY} with its header ${HEADER}, for ${FLOOR}/, is missing: ${advice}.")
   endif()
   target_include_directories(vantrel_${FLOOR} SYSTEM PRIVATE ${${name}_INCLUDE_DIR})
+  if(ARGN STREQUAL "LOADED")
+    return()
+  endif()
   target_compile_definitions(vantrel_${FLOOR} PRIVATE ${ARGN})
   target_link_libraries(vantrel_${FLOOR} PRIVATE ${${name}_LIBRARY})
 endfunction()
@@ -50,3 +54,9 @@ vantrel_library(export   LINUX     zip.h             zip       libzip-dev)
 vantrel_library(export   WINDOWS   expat.h           expat     windows-libraries.sh  XML_STATIC)
 vantrel_library(export   WINDOWS   zip.h             zip       windows-libraries.sh  ZIP_STATIC)
 vantrel_library(export   WINDOWS   zlib.h            z         libz-mingw-w64-dev)
+vantrel_library(automation LINUX   curl/curl.h       curl      libcurl4-openssl-dev  LOADED)
+vantrel_library(automation WINDOWS curl/curl.h       curl      windows-libraries.sh  CURL_STATICLIB)
+if(WIN32)
+  # What libcurl needs itself: sockets, certificates, random numbers.
+  target_link_libraries(vantrel_automation PRIVATE ws2_32 crypt32 bcrypt)
+endif()

@@ -3,11 +3,11 @@
 
 # What the program itself is built with. ccache is not needed, but makes every later rebuild quicker.
 packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libicu-dev libpcre2-dev libexpat1-dev
-  libzip-dev"
+  libzip-dev libcurl4-openssl-dev"
 # On top of it, what the tests are built and run with, for Linux and for Windows. The benchmarks are built with them, so
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
-  strace libxml2-utils"
+  strace libxml2-utils python3-aiosmtpd openssl"
 # On top of that, the second compiler, with its fuzzer.
 packages_clang="clang libclang-rt-dev"
 # What the libraries for Windows are fetched and built with, which the tests begin with.

@@ -15,6 +15,7 @@ libraries="
   pcre2 pcre2
   expat expat
   libzip libzip
+  curl curl
 "
 
 # UTF-16 only, which is what names are kept as.
@@ -36,6 +37,20 @@ build_libzip() {
   build_with_cmake "$1" "$2" -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF -DENABLE_OPENSSL=OFF \
     -DENABLE_WINDOWS_CRYPTO=OFF -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DBUILD_TOOLS=OFF \
     -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF
+}
+
+# Mail to a server, and nothing else: encrypted by the system itself, with names of hosts looked up on a thread, so that
+# a limit of time holds there as well.
+build_curl() {
+  local protocol off=()
+  for protocol in DICT FILE FTP GOPHER HTTP IMAP LDAP LDAPS MQTT POP3 RTSP SMB TELNET TFTP; do
+    off+=("-DCURL_DISABLE_$protocol=ON")
+  done
+  build_with_cmake "$1" "$2" "${off[@]}" -DCURL_USE_SCHANNEL=ON -DCURL_WINDOWS_SSPI=ON -DENABLE_THREADED_RESOLVER=ON \
+    -DENABLE_UNICODE=ON -DCURL_ZLIB=OFF -DCURL_BROTLI=OFF -DCURL_ZSTD=OFF -DUSE_NGHTTP2=OFF -DUSE_LIBIDN2=OFF \
+    -DUSE_WIN32_IDN=OFF -DUSE_WIN32_LDAP=OFF -DCURL_USE_LIBPSL=OFF -DCURL_USE_LIBSSH2=OFF -DCURL_USE_LIBSSH=OFF \
+    -DCURL_DISABLE_ALTSVC=ON -DCURL_DISABLE_HSTS=ON -DCURL_DISABLE_COOKIES=ON -DCURL_DISABLE_NETRC=ON \
+    -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF -DENABLE_CURL_MANUAL=OFF
 }
 
 # build_with_cmake SOURCE BUILD OPTION…: for sources that come with a CMakeLists.txt.

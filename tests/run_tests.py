@@ -431,7 +431,9 @@ class Run:
             return
         environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
-                           VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"))
+                           VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
+                           VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
+                           VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"))
         for path in files:
             self.report("python", run_python_test(path, self.options.timeout, environment))
 

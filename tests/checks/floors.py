@@ -24,6 +24,7 @@ LIBRARIES = {
     "zlib.h": {"export"},
     "pcre2.h": {"search"},
     "openssl/": {"search"},
+    "curl/": {"automation"},
 }
 
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Kiv::Mail {
+
+// One address, taken apart.
+struct TMailAddress {
+  std::u16string fName;  // without quotes; may be empty
+  std::string fAddress;  // local@domain, ASCII
+};
+
+// Reads "a@b", "<a@b>", "Name <a@b>" and "\"Last, First\" <a@b>". Throws what CheckMailAddress throws.
+TMailAddress ParseMailAddress(std::u16string_view pText);
+
+}  // namespace Kiv::Mail
