@@ -5,17 +5,26 @@
 #include <algorithm>
 #include <atomic>
 #include <clocale>
+#include <filesystem>
+#include <fstream>
 #include <future>
 
 #include "app/ConsoleOutput.h"
 #include "app/Version.h"
 #include "automation/ExitCodes.h"
+#include "automation/CompareAction.h"
+#include "automation/EmailAction.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
-#include "export/XMLCompareReader.h"
+#include "export/ListExport.h"
+#include "export/OptionsFile.h"
+#include "export/XMLReader.h"
 #include "model/ScanRoots.h"
 #include "platform/Console.h"
+#include "platform/DebugLog.h"
+#include "platform/Environment.h"
 #include "platform/Errors.h"
+#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
 #include "scan/ScanServices.h"
@@ -31,6 +40,13 @@ constexpr int64_t kPollMilliseconds = 100;
 
 std::atomic<bool> gCancelRequested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "set in a signal handler");
+
+// Empty when the variable is not set.
+std::u16string PasswordOfEnvironment() {
+  constexpr std::u16string_view kReference = u"%VANTREL_PASSWORD%";
+  std::u16string password = ExpandEnvironment(kReference);
+  return password == kReference ? std::u16string() : password;
+}
 
 std::string ProgressText(const TScanProgress& pProgress) {
   const TValueFormat format;
@@ -48,6 +64,7 @@ TRunSettings CreateRunSettings(std::string pPlatformName) {
   settings.fPlatformName = std::move(pPlatformName);
   settings.fShowProgress = !TConsole::IsErrorRedirected();
   settings.fReportWidth = TConsole::OutputWidth();
+  settings.fUserOptionsFile = Options::UserOptionsFile();
   settings.fOutput = &output;
   settings.fWriteError = [](std::string_view pText) { TConsole::WriteError(pText); };
   settings.fCreateRoots = [](std::shared_ptr<const TGlobalOptions> pOptions) {
@@ -90,29 +107,126 @@ int TApplication::Run(std::span<const std::u16string> pTokens) {
 }
 
 int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
-  CommandLine::TCommandLineHandler handler(TKivCommandLineParser::GetInstance(), *fOptions);
+  CommandLine::TCommandLineHandler handler(TKivCommandLineParser::GetInstance(), *fOptions, fSettings.fUserOptionsFile);
   handler.HandleCommandLineSwitches(pTokens);
+  for (const std::string& warning : handler.State().fWarnings) fSettings.fWriteError(warning);
   handler.FinalizeCommandLineOptions();
-  const CommandLine::TCommandLineState& state = handler.State();
-  if (state.fHelp)
-    return WriteLines(state.fHelpTopic.empty() ? CommandLine::HelpText() : CommandLine::OptionsHelpText());
-  if (state.fVersion) return WriteLines({VersionText(fSettings.fPlatformName)});
-  fPatterns = state.fPatterns;
-  fCompareFile = state.fCompareFile;
-  return OpenAndScan(state);
+  fState = handler.State();
+  StartLog();
+  const int result = handler.ProcessCommandlineTasks(*this);
+  SetDebugLogSink({});
+  return result;
 }
 
-int TApplication::OpenAndScan(const CommandLine::TCommandLineState& pState) {
-  if (!pState.fXMLFile.empty())
-    fActions.Add(std::make_unique<PostScanActions::TFileExportPostScanAction>(
-        fActions, Hierarchical::Exporting::TMediaType::mtXML, AbsolutePath(pState.fXMLFile), kProgramName, kVersion));
-  TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
-  int result = ecOk;
-  for (size_t i = 0; i < pState.fOpenFiles.size(); ++i) {
-    fPathsLeft = pState.fPaths.size() + pState.fOpenFiles.size() - i - 1;
-    result = std::max(result, OpenFiles(*roots, pState.fOpenFiles[i]));
+void TApplication::StartLog() {
+  if (!fState.fDebugLogFile.empty()) {
+    // Line by line: a log is wanted most when the program does not come to its end.
+    auto file = std::make_shared<std::ofstream>(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
+    if (!*file) fSettings.fWriteError("The log cannot be written: " + ToQuotedDisplay(fState.fDebugLogFile));
+    SetDebugLogSink([file](std::u16string_view pLine) { *file << ToDisplay(pLine) << std::endl; });
+  } else if (fState.fDebug) {
+    SetDebugLogSink([this](std::u16string_view pLine) { fSettings.fWriteError(ToDisplay(pLine)); });
   }
-  if (result != ecOutputFailed) result = std::max(result, ScanPaths(*roots, pState.fPaths));
+}
+
+int TApplication::ShowHelp(std::u16string_view pTopic) {
+  std::vector<std::string> lines;
+  CommandLine::TryFindHelp(pTopic, lines);
+  return WriteLines(lines);
+}
+
+int TApplication::ShowVersion() { return WriteLines({VersionText(fSettings.fPlatformName)}); }
+
+int TApplication::SaveSettings() {
+  try {
+    Options::SaveOptionsFile(fSettings.fUserOptionsFile, *fOptions, kProgramName, kVersion);
+    return ecOk;
+  } catch (const EOSError& error) {
+    fSettings.fWriteError(error.what());
+    return ecOutputFailed;
+  }
+}
+
+int TApplication::ExportDriveList(const std::u16string& pFile) {
+  using namespace Hierarchical::Exporting;
+  const TListTable drives = DriveList();
+  const bool isCSV = pFile.size() > 4 && SameTextAscii(std::u16string_view(pFile).substr(pFile.size() - 4), u".csv");
+  const TMediaSettings settings = fMedia.Effective(isCSV ? TMediaType::mtCSV : TMediaType::mtText);
+  auto write = [&](ILineOutput& pOutput) {
+    if (!isCSV) return WriteListAsText(drives, FormatOf(settings), pOutput);
+    const Text::TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
+    return WriteListAsDelimited(drives, FormatOf(settings), fields, settings.fIncludeHeader, pOutput);
+  };
+  try {
+    if (pFile.empty()) return write(*fSettings.fOutput) ? ecOk : ecOutputFailed;
+    CreateFolders(std::u16string(FolderOfPath(pFile, NativePathDelimiter())));
+    PostScanActions::TExportFile file(pFile, [] { return gCancelRequested.load(std::memory_order_relaxed); });
+    write(file);
+    file.Commit();
+    return ecOk;
+  } catch (const PostScanActions::EExportCancelled& error) {
+    fSettings.fWriteError(error.what());
+    return ecCancelled;
+  } catch (const EOSError& error) {
+    fSettings.fWriteError(error.what());
+    return ecOutputFailed;
+  }
+}
+
+// False when one of them cannot work.
+bool TApplication::QueueActions(IScanRoots& pRoots) {
+  using namespace PostScanActions;
+  if (!fState.fCompareFile.empty()) fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots));
+  size_t roots = fState.fPaths.size();
+  for (const std::u16string& files : fState.fOpenFiles) roots += XML::Parser::SplitFileNames(files).size();
+  const TExportRun run{kProgramName, kVersion, roots > 1,
+                       [] { return gCancelRequested.load(std::memory_order_relaxed); }};
+  for (const CommandLine::TExportRequest& request : fState.fExports)
+    fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
+  if (!fState.fMailTo.empty()) QueueMail();
+  return fActions.ResolveRequirements();
+}
+
+void TApplication::QueueMail() {
+  Mail::TMailServer server;
+  server.fHost = fOptions->MailServer;
+  server.fPort = fOptions->MailPort;
+  server.fSecurity = fOptions->MailSecurity;
+  server.fUser = fState.fUserName.empty() ? fOptions->MailUser : ToUtf8(fState.fUserName);
+  server.fPassword = ToUtf8(fState.fPassword.empty() ? PasswordOfEnvironment() : fState.fPassword);
+  Mail::TMailMessage message;
+  message.fFrom = FromUtf8(fOptions->MailFrom);
+  message.fTo = fState.fMailTo;
+  message.fSubject = fState.fMailSubject;
+  fActions.Add(std::make_unique<PostScanActions::TEmailPostScanAction>(fActions, *fOptions, std::move(message),
+                                                                       std::move(server), fState.fAttachReport,
+                                                                       kProgramName));
+}
+
+// Tells what failed. Returns the highest of the exit codes.
+int TApplication::WriteFailures() {
+  int result = ecOk;
+  for (const PostScanActions::TActionFailure& failure : fActions.TakeFailures()) {
+    fSettings.fWriteError(failure.fMessage);
+    result = std::max(result, failure.fExitCode);
+  }
+  return result;
+}
+
+int TApplication::OpenAndScan() {
+  TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
+  if (!QueueActions(*roots)) {
+    roots->Dispose();
+    return WriteFailures();
+  }
+  int result = ecOk;
+  for (size_t i = 0; i < fState.fOpenFiles.size(); ++i) {
+    fPathsLeft = fState.fPaths.size() + fState.fOpenFiles.size() - i - 1;
+    result = std::max(result, OpenFiles(*roots, fState.fOpenFiles[i]));
+  }
+  if (result != ecOutputFailed) result = std::max(result, ScanPaths(*roots, fState.fPaths));
+  fActions.FinishActions();
+  result = std::max(result, WriteFailures());
   if (fSettings.fLeaveQuickly) {
     roots.detach();
   } else {
@@ -142,7 +256,7 @@ int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
     for (const TLoadedRoot& loaded : roots) {
       --fPathsLeft;
       for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
-      result = std::max({result, CompareRoot(pRoots, *loaded.fRoot), PerformActions(pRoots, *loaded.fRoot)});
+      result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
       if (loaded.fRoot->GetState() & rsHasErrors) result = std::max<int>(result, ecIncomplete);
     }
     return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
@@ -178,7 +292,7 @@ int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string
 
 int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
   const TRef<IHierarchicalRoot> root = pRoots.CreateRoot(pPath);
-  if (fPatterns) root->SetScanFilter(MakeRef<TPatternFilter>(fPatterns));
+  if (fState.fPatterns) root->SetScanFilter(MakeRef<TPatternFilter>(fState.fPatterns));
   root->Scan();
   WaitForScan(*root);
   const int result = ReportRoot(pRoots, *root, pPath);
@@ -212,33 +326,15 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
     fSettings.fWriteError("Cannot scan " + ToQuotedDisplay(pPath) + ": " + reason);
     return ecPathNotFound;
   }
-  const int compared = CompareRoot(pRoots, pRoot);
-  if (PerformActions(pRoots, pRoot) != ecOk) return ecOutputFailed;
-  if (compared != ecOk) return compared;
+  const int performed = PerformActions(pRoots, pRoot);
+  if (performed != ecOk) return performed;
   if (state & rsCancelled) return ecCancelled;
   return (state & rsHasErrors) ? ecIncomplete : ecOk;
 }
 
-// What cannot be compared is reported without changes.
-int TApplication::CompareRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
-  if (fCompareFile.empty()) return ecOk;
-  try {
-    Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(fCompareFile, pRoot, pRoots);
-    return ecOk;
-  } catch (const Vantrel::XML::Parser::EScanFileError& error) {
-    fSettings.fWriteError(error.what());
-    return ecPathNotFound;
-  }
-}
-
 int TApplication::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
-  try {
-    if (fActions.PerformPostProcessActions(&pRoot, pRoots)) return ecOk;
-    fSettings.fWriteError("The report could not be written");
-  } catch (const EOSError& error) {
-    fSettings.fWriteError(error.what());
-  }
-  return ecOutputFailed;
+  fActions.PerformPostProcessActions(&pRoot, pRoots);
+  return WriteFailures();
 }
 
 // A path inside another one stays: whoever names both wants to see both. The very same path twice is a slip.

@@ -22,6 +22,7 @@ struct TRunSettings {
   // returned. Leak checks want the orderly way.
   bool fLeaveQuickly = false;
   bool fShowProgress = false;
+  std::u16string fUserOptionsFile;  // empty: there is none
   int fReportWidth = 0;  // columns, 0 for any number
   Kiv::PostScanActions::ILineOutput* fOutput = nullptr;
   std::function<void(std::string_view)> fWriteError;
@@ -32,7 +33,7 @@ struct TRunSettings {
 TRunSettings CreateRunSettings(std::string pPlatformName);
 
 // The program: reads a command line, scans its paths one after the other and reports on each. Main thread only.
-class TApplication : private Kiv::PostScanActions::IPostScanHost {
+class TApplication : private Kiv::PostScanActions::IPostScanHost, private CommandLine::ICommandLineTasks {
  public:
   explicit TApplication(TRunSettings pSettings);
 
@@ -47,20 +48,28 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
   bool IsTerminating() const override { return fTerminating; }
   bool IsUnattended() const override { return true; }  // there is no window
   bool MustStayOpen() const override { return fPathsLeft > 0; }
-  bool ClosesAfterExport() const override { return false; }
+  bool ClosesAfterExport() const override { return fOptions->CloseAfterExport; }
   int ModalLevel() const override { return 0; }
   void Terminate() override { fTerminating = true; }
   std::string ProgramName() const override;
 
+  int ShowHelp(std::u16string_view pTopic) override;
+  int ShowVersion() override;
+  int SaveSettings() override;
+  int ExportDriveList(const std::u16string& pFile) override;
+  int OpenAndScan() override;
+
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);
-  int OpenAndScan(const CommandLine::TCommandLineState& pState);
+  void StartLog();
+  bool QueueActions(Kiv::IScanRoots& pRoots);
+  void QueueMail();
+  int WriteFailures();
   int OpenFiles(Kiv::IScanRoots& pRoots, const std::u16string& pFiles);
   int ScanPaths(Kiv::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
   int ScanPath(Kiv::IScanRoots& pRoots, const std::u16string& pPath);
   void WriteWarnings(const Kiv::IScanFilter& pFilter);
   int ReportRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot, const std::u16string& pPath);
-  int CompareRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot);
   int PerformActions(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot);
   void WaitForScan(Kiv::IHierarchicalRoot& pRoot);
   std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
@@ -69,8 +78,7 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost {
   const std::shared_ptr<Kiv::TGlobalOptions> fOptions;
   Kiv::Hierarchical::Exporting::TMediaOptions fMedia;
   Kiv::PostScanActions::TPostProcessActionHandler fActions;
-  Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // nullptr: every scan takes in everything
-  std::u16string fCompareFile;  // empty: nothing to compare with
+  CommandLine::TCommandLineState fState;  // what the command line asked for
   size_t fPathsLeft = 0;
   bool fTerminating = false;
 };

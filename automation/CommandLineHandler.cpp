@@ -5,7 +5,13 @@
 #include <algorithm>
 
 #include "automation/ExitCodes.h"
+#include "automation/ExportFile.h"
+#include "automation/HelpText.h"
+#include "export/OptionsFile.h"
 #include "export/XMLReader.h"
+#include "platform/FileTime.h"
+#include "platform/Folders.h"
+#include "platform/Paths.h"
 #include "platform/Text.h"
 
 namespace Vantrel::CommandLine {
@@ -41,29 +47,36 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 
 }  // namespace
 
-TCommandLineHandler::TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions)
-    : fParser(pParser), fOptions(pOptions) {
+TCommandLineHandler::TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions,
+                                         std::u16string pUserOptionsFile)
+    : fParser(pParser), fOptions(pOptions), fUserOptionsFile(std::move(pUserOptionsFile)) {
   for (const TSwitch& item : AllSwitches()) {
     if (SwitchOf(fParser.FindRegistered(std::u16string(u"/").append(item.fItem.fName))) == nullptr)
       fParser.RegisterCmdLineSwitch(item.fItem);
   }
+  Reset();
 }
 
 void TCommandLineHandler::Reset() {
   fState = {};
+  fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
 }
 
 void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   Reset();
+  fIsMailed = fParser.FindSwitch(u"EMAIL", pTokens);
+  LoadOptionsFiles(pTokens);
   for (size_t i = 0; i < pTokens.size();) {
     const std::u16string& token = pTokens[i];
     if (token == u"--") {  // paths from here on, whatever they begin with
       fState.fPaths.insert(fState.fPaths.end(), pTokens.begin() + static_cast<ptrdiff_t>(i) + 1, pTokens.end());
       return;
     }
-    if (!fParser.IsSwitch(token)) {
+    if (fParser.IsIgnored(token)) {
+      i += i + 1 < pTokens.size() && fParser.IsValue(pTokens[i + 1]) ? 2 : 1;
+    } else if (!fParser.IsSwitch(token)) {
       if (token.empty()) {
         fErrors.push_back("An empty path was given");
       } else {
@@ -78,6 +91,26 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   }
 }
 
+// Before everything else, wherever they stand: what the command line sets goes first.
+void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
+  if (!fUserOptionsFile.empty() && !fParser.FindSwitch(u"NOOPTIONS", pTokens)) LoadOptionsFile(fUserOptionsFile, true);
+  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens)) LoadOptionsFile(file, false);
+}
+
+void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing) {
+  try {
+    const std::vector<std::string> skipped = Kiv::Options::LoadOptionsFile(pFile, fOptions).fSkipped;
+    constexpr size_t kMostTold = 20;
+    for (size_t i = 0; i < std::min(skipped.size(), kMostTold); ++i)
+      fState.fWarnings.push_back(Kiv::ToQuotedDisplay(pFile) + ", " + skipped[i]);
+    if (skipped.size() > kMostTold)
+      fState.fWarnings.push_back(fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile),
+                                             skipped.size() - kMostTold));
+  } catch (const Kiv::Options::EOptionsFileError& error) {
+    if (!pMayBeMissing || !error.IsMissing()) fErrors.emplace_back(error.what());
+  }
+}
+
 // Returns the number of tokens that the switch and its values took.
 size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
   const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
@@ -89,41 +122,93 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
                       " is allowed only once. You may however specify multiple values separated by semicolon.");
   }
   const TValueKind kind = pSwitch.fItem.fValueKind;
+  if (kind == TValueKind::vkFile || kind == TValueKind::vkOptionalFile)
+    return HandleFileSwitch(pSwitch, pTokens, pIndex);
   if (split.fHasValue && kind == TValueKind::vkNone) {
     fErrors.push_back("The command line option " + shown + " takes no value");
     return 1;
   }
-  std::vector<std::u16string> values;
   size_t next = pIndex + 1;
-  if (split.fHasValue) {
+  std::vector<std::u16string> values;
+  if (split.fHasValue)
     values.emplace_back(split.fValue);
-  } else if (kind != TValueKind::vkNone) {
-    const size_t most = kind == TValueKind::vkPaths ? pTokens.size() : 1;
-    while (next < pTokens.size() && values.size() < most && fParser.IsValueOfKind(pTokens[next], kind))
-      values.push_back(pTokens[next++]);
+  else
+    values = TakeValues(pSwitch, pTokens, next);
+  if (pSwitch.fApply == nullptr) {
+    fErrors.push_back(fmt::format("{}: {}", shown, pSwitch.fHelp));
+    return next - pIndex;
   }
-  const size_t pathsBefore = fState.fPaths.size();
-  for (const std::u16string& value : values) ApplyValue(pSwitch, shown, value);
-  if (values.empty() && !pSwitch.fExpected.empty()) {
-    fErrors.push_back(fmt::format("{} was expected after the command line parameter {}", pSwitch.fExpected, shown));
-  } else if (kind == TValueKind::vkPaths) {
-    // "/SCAN -- PATH" is fine: what follows is taken as paths anyhow.
-    const bool pathsFollow = next + 1 < pTokens.size() && pTokens[next] == u"--";
-    if (fState.fPaths.size() == pathsBefore && !pathsFollow)
-      fErrors.push_back("A path was expected after the command line parameter " + shown);
-  } else if (values.empty()) {
-    pSwitch.fApply(fState, {});
-  }
+  // "/SCAN -- PATH" is fine: what follows is taken as paths anyhow.
+  const bool pathsFollow =
+      kind == TValueKind::vkPaths && next + 1 < pTokens.size() && pTokens[next] == u"--" && values.empty();
+  if (!pathsFollow) ApplyValues(pSwitch, shown, values);
   return next - pIndex;
+}
+
+std::vector<std::u16string> TCommandLineHandler::TakeValues(const TSwitch& pSwitch, TTokens pTokens,
+                                                            size_t& pNext) const {
+  const TValueKind kind = pSwitch.fItem.fValueKind;
+  const size_t most = kind == TValueKind::vkPaths || kind == TValueKind::vkAnything ? pTokens.size() : 1;
+  std::vector<std::u16string> values;
+  while (pNext < pTokens.size() && values.size() < most && fParser.IsValueOfKind(pTokens[pNext], kind))
+    values.push_back(Kiv::TKivCommandLineParser::Dequoted(pTokens[pNext++]));
+  return values;
+}
+
+void TCommandLineHandler::ApplyValues(const TSwitch& pSwitch, const std::string& pShown,
+                                      std::span<const std::u16string> pValues) {
+  const size_t pathsBefore = fState.fPaths.size();
+  for (const std::u16string& value : pValues) ApplyValue(pSwitch, pShown, value);
+  const bool isMissing = pSwitch.fItem.fValueKind == TValueKind::vkPaths ? fState.fPaths.size() == pathsBefore
+                                                                         : pValues.empty();
+  if (!isMissing) return;
+  if (pSwitch.fExpected.empty())
+    ApplyValue(pSwitch, pShown, {});
+  else
+    fErrors.push_back(fmt::format("{} was expected after the command line parameter {}", pSwitch.fExpected, pShown));
 }
 
 void TCommandLineHandler::ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue) {
   try {
     pSwitch.fApply(fState, pValue);
-  } catch (const Kiv::EInvalidArgumentValue& error) {
+  } catch (const Kiv::EException& error) {
     fErrors.push_back(pShown + " " + error.what());
   }
 }
+
+// --- files to write ------------------------------------------------------------------------------------------------
+
+bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u16string* pToken) {
+  constexpr char16_t kAnyDelimiter = u'\\';
+  const bool isFile = pToken != nullptr && !pToken->empty() && !fParser.IsSwitch(*pToken) && *pToken != u"--" &&
+                      !pToken->ends_with(kAnyDelimiter) && !pToken->ends_with(u'/') && !Kiv::FolderExists(*pToken);
+  if (isFile) return true;
+  fErrors.push_back(fmt::format("A file path was expected after the command line parameter {}, but found: {}", pShown,
+                                pToken == nullptr ? "" : ToDisplay(*pToken)));
+  return false;
+}
+
+size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
+  const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
+  const std::string shown = ToDisplay(split.fSwitch);
+  if (split.fHasValue) {
+    const std::u16string file(split.fValue);
+    if (CheckFileName(shown, &file)) ApplyValue(pSwitch, shown, file);
+    return 1;
+  }
+  const bool hasNext = pIndex + 1 < pTokens.size();
+  const bool isSwitch = hasNext && (fParser.IsSwitch(pTokens[pIndex + 1]) || pTokens[pIndex + 1] == u"--");
+  const bool mayBeMissing = pSwitch.fItem.fValueKind == TValueKind::vkOptionalFile || fIsMailed;
+  if (mayBeMissing && (!hasNext || isSwitch)) {
+    ApplyValue(pSwitch, shown, {});
+    return 1;
+  }
+  if (CheckFileName(shown, hasNext ? &pTokens[pIndex + 1] : nullptr))
+    ApplyValue(pSwitch, shown, Kiv::TKivCommandLineParser::Dequoted(pTokens[pIndex + 1]));
+  return hasNext && !isSwitch ? 2 : 1;
+}
+
+// --- options -------------------------------------------------------------------------------------------------------
 
 size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   std::string error;
@@ -159,27 +244,69 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
   return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + "?";
 }
 
+// --- the whole -----------------------------------------------------------------------------------------------------
+
 void TCommandLineHandler::FinalizeCommandLineOptions() {
-  const bool namesNothing = fState.fPaths.empty() && fState.fOpenFiles.empty();
-  size_t scans = fState.fPaths.size();
-  for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
-  if (scans > 1 && !fState.fXMLFile.empty())
-    fErrors.push_back("Several scans cannot go into one XML file. Run Vantrel for each of them.");
-  if (scans > 1 && !fState.fCompareFile.empty())
-    fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  if (fErrors.empty() && namesNothing && !fState.fHelp && !fState.fVersion) {
-    fErrors.push_back(
-        fState.fUnattended
-            ? "No valid command line option was passed in non-UI mode. Please see help file for a list of "
-              "available command line options."
-            : "No path to scan was given");
-  }
-  if (fState.fHelp && !fState.fHelpTopic.empty() && !Kiv::SameTextAscii(fState.fHelpTopic, u"options"))
-    fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) + ", only on \"options\"");
+  CheckScans();
+  FinalizeExports();
+  std::vector<std::string> help;
+  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, help))
+    fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
+                      "; try \"--help switches\" or \"--help options\"");
+  if (fState.fReadOnly && fState.fSaveSettings)
+    fErrors.push_back("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED");
+  if (fState.fSaveSettings && fUserOptionsFile.empty())
+    fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
+  if (fState.fForgetSettings) fState.fSaveSettings = false;
   if (fErrors.empty()) return;
   std::string message;
   for (const std::string& error : fErrors) message.append(message.empty() ? "" : "\r\n").append(error);
   throw Kiv::ECommandLineParserCriticalException(message, ecWrongCommandLine);
+}
+
+void TCommandLineHandler::CheckScans() {
+  size_t scans = fState.fPaths.size();
+  for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  if (scans > 1 && !fState.fCompareFile.empty())
+    fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
+  const bool hasTask =
+      scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
+  if (hasTask || !fErrors.empty()) return;
+  fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
+                                         "for a list of available command line options."
+                                       : "No path to scan was given");
+}
+
+void TCommandLineHandler::FinalizeExports() {
+  const char16_t delimiter = Kiv::NativePathDelimiter();
+  const std::u16string date = u"_" + Kiv::CurrentDateText();
+  auto finalize = [&](std::u16string& pFile) {
+    if (pFile.empty() || pFile == u"-") return;
+    pFile = Kiv::AbsolutePath(pFile);
+    if (fState.fDateInFileNames) pFile = Kiv::PostScanActions::WithPartInName(pFile, date);
+  };
+  finalize(fState.fDriveListFile);
+  std::vector<std::u16string> files;
+  if (!fState.fDriveListFile.empty()) files.push_back(fState.fDriveListFile);
+  for (TExportRequest& request : fState.fExports) {
+    finalize(request.fFile);
+    if (request.fFile.empty()) continue;
+    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
+      return Kiv::SamePath(pOther, request.fFile, delimiter);
+    });
+    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(request.fFile));
+    files.push_back(request.fFile);
+  }
+}
+
+int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
+  if (fState.fHelp) return pTasks.ShowHelp(fState.fHelpTopic);
+  if (fState.fVersion) return pTasks.ShowVersion();
+  int result = ecOk;
+  if (fState.fSaveSettings) result = pTasks.SaveSettings();
+  if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
+  if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
+  return result;
 }
 
 }  // namespace Vantrel::CommandLine

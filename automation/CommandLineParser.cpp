@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
+#include "search/SizeText.h"
 
 namespace Kiv {
 
@@ -92,7 +94,8 @@ bool TKivCommandLineParser::NamesOption(std::u16string_view pToken) {
 
 bool TKivCommandLineParser::IsSwitch(std::u16string_view pToken) const {
   if (!StartsWithSwitchIndicator(pToken) || pToken.size() < 2 || IsNumber(pToken)) return false;
-  if (fSlashBeginsPaths && pToken.starts_with(u'/')) return FindRegistered(pToken) != nullptr || NamesOption(pToken);
+  if (fSlashBeginsPaths && pToken.starts_with(u'/'))
+    return FindRegistered(pToken) != nullptr || NamesOption(pToken) || IsIgnored(pToken);
   return true;
 }
 
@@ -101,8 +104,38 @@ bool TKivCommandLineParser::IsValue(std::u16string_view pToken) const {
 }
 
 bool TKivCommandLineParser::IsValueOfKind(std::u16string_view pToken, TValueKind pKind) const {
-  if (pKind != TValueKind::vkPattern || !StartsWithSwitchIndicator(pToken)) return IsValue(pToken);
-  return !pToken.starts_with(u"--") && FindRegistered(pToken) == nullptr && !NamesOption(pToken);
+  switch (pKind) {
+    case TValueKind::vkNone:
+      return false;
+    case TValueKind::vkOptionalBoolean:
+      return pToken == u"0" || pToken == u"1" || SameTextAscii(pToken, u"true") || SameTextAscii(pToken, u"false");
+    case TValueKind::vkOptionalSize:
+      try {
+        return ParseSizeText(pToken) >= 0;
+      } catch (const ESizeTextError&) {
+        return false;
+      }
+    case TValueKind::vkLevel:
+      return IsValue(pToken) && (IsNumber(pToken) || !PathExists(std::u16string(pToken)));
+    case TValueKind::vkFile:
+      return true;
+    case TValueKind::vkPattern:
+      return !StartsWithSwitchIndicator(pToken) ||
+             (!pToken.starts_with(u"--") && FindRegistered(pToken) == nullptr && !NamesOption(pToken));
+    default:
+      return IsValue(pToken);
+  }
+}
+
+void TKivCommandLineParser::RegisterParametersToIgnore(std::span<const std::u16string_view> pNames) {
+  fIgnored.insert(fIgnored.end(), pNames.begin(), pNames.end());
+}
+
+bool TKivCommandLineParser::IsIgnored(std::u16string_view pToken) const {
+  if (!StartsWithSwitchIndicator(pToken)) return false;
+  const std::u16string_view name = RemoveSwitchIndicator(SplitSwitchValue(pToken).fSwitch);
+  return std::any_of(fIgnored.begin(), fIgnored.end(),
+                     [&](const std::u16string& pIgnored) { return SameTextAscii(pIgnored, name); });
 }
 
 bool TKivCommandLineParser::FindSwitch(std::u16string_view pName, TTokens pTokens) const {
@@ -111,6 +144,10 @@ bool TKivCommandLineParser::FindSwitch(std::u16string_view pName, TTokens pToken
     if (wholeToken) return SameTextAscii(pToken, pName);
     return StartsWithSwitchIndicator(pToken) && SameTextAscii(RemoveSwitchIndicator(pToken), pName);
   });
+}
+
+bool TKivCommandLineParser::FindSwitches(std::span<const std::u16string_view> pNames, TTokens pTokens) const {
+  return std::any_of(pNames.begin(), pNames.end(), [&](auto pName) { return FindSwitch(pName, pTokens); });
 }
 
 bool TKivCommandLineParser::FindParameterAfterSwitch(std::u16string_view pName, TTokens pTokens, size_t pStart,
@@ -122,6 +159,51 @@ bool TKivCommandLineParser::FindParameterAfterSwitch(std::u16string_view pName, 
     return true;
   }
   return false;
+}
+
+std::u16string TKivCommandLineParser::FindPathAfterSwitch(std::u16string_view pName, TTokens pTokens) const {
+  const std::vector<std::u16string> all = FindPathsAfterSwitch(pName, pTokens);
+  return all.empty() ? std::u16string() : all.front();
+}
+
+std::vector<std::u16string> TKivCommandLineParser::FindPathsAfterSwitch(std::u16string_view pName,
+                                                                        TTokens pTokens) const {
+  std::vector<std::u16string> paths;
+  for (size_t i = 0; i < pTokens.size() && pTokens[i] != u"--"; ++i) {
+    const TSplitToken split = SplitSwitchValue(pTokens[i]);
+    if (!StartsWithSwitchIndicator(split.fSwitch) || !SameTextAscii(RemoveSwitchIndicator(split.fSwitch), pName))
+      continue;
+    if (split.fHasValue)
+      paths.emplace_back(split.fValue);
+    else if (i + 1 < pTokens.size() && IsValue(pTokens[i + 1]))
+      paths.push_back(Dequoted(pTokens[++i]));
+  }
+  return paths;
+}
+
+// A path behind a switch that may stand alone is no value of it.
+TValueKind TKivCommandLineParser::KindOfOption(std::u16string_view pToken) {
+  const TOptionInfo* option = FindOption(ToUtf8(RemoveSwitchIndicator(pToken)));
+  return option != nullptr && option->fKind == TOptionKind::okBoolean ? TValueKind::vkOptionalBoolean
+                                                                      : TValueKind::vkText;
+}
+
+std::vector<std::u16string> TKivCommandLineParser::GetFilteredCommandLineWithoutPaths(TTokens pTokens) const {
+  std::vector<std::u16string> kept;
+  for (size_t i = 0; i < pTokens.size() && pTokens[i] != u"--"; ++i) {
+    if (!IsSwitch(pTokens[i])) continue;
+    const TCommandLineItem* item = FindRegistered(pTokens[i]);
+    const bool hasPaths = item != nullptr && item->fValueKind == TValueKind::vkPaths;
+    if (!hasPaths) kept.push_back(pTokens[i]);
+    if (SplitSwitchValue(pTokens[i]).fHasValue) continue;
+    const TValueKind kind = item != nullptr ? item->fValueKind : KindOfOption(pTokens[i]);
+    const bool takesAll = kind == TValueKind::vkPaths || kind == TValueKind::vkAnything;
+    for (bool more = true; more && i + 1 < pTokens.size() && IsValueOfKind(pTokens[i + 1], kind); more = takesAll) {
+      ++i;
+      if (!hasPaths) kept.push_back(pTokens[i]);
+    }
+  }
+  return kept;
 }
 
 bool TKivCommandLineParser::FindBooleanValueAfterSwitch(std::u16string_view pName, TTokens pTokens,

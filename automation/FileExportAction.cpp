@@ -1,28 +1,146 @@
 #include "automation/FileExportAction.h"
 
+#include "export/DelimitedExport.h"
+#include "export/ListExport.h"
 #include "export/XMLExport.h"
-#include "platform/Errors.h"
+#include "platform/Folders.h"
+#include "platform/Paths.h"
+#include "platform/Text.h"
 
 namespace Kiv::PostScanActions {
 
-TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHandler& pHandler, TMediaType pMedia,
-                                                     std::u16string pFileName, std::string pProgramName,
-                                                     std::string pVersion)
+using namespace Hierarchical::Exporting;
+
+namespace {
+
+std::u16string_view TemporaryNameOf(TExportFormat pFormat) {
+  switch (pFormat) {
+    case TExportFormat::efXML:
+      return u"Scan.xml";
+    case TExportFormat::efCSV:
+      return u"Report.csv";
+    case TExportFormat::efTabText:
+      return u"Report.tsv";
+    case TExportFormat::efPathList:
+      return u"Paths.txt";
+    default:
+      return u"Report.txt";
+  }
+}
+
+std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSettings& pSettings,
+                                          const TGlobalOptions& pOptions, const std::string& pProgramName) {
+  switch (pFormat) {
+    case TExportFormat::efCSV:
+      return std::make_unique<Text::TCSVExport>(pSettings);
+    case TExportFormat::efTabText:
+      return std::make_unique<Text::TTextExport>(pSettings);
+    case TExportFormat::efPathList:
+      return std::make_unique<Text::TPathListExport>(pSettings);
+    default:
+      return std::make_unique<Text::TFormattedTextExport>(pSettings, pOptions, pProgramName);
+  }
+}
+
+}  // namespace
+
+TMediaType MediaOf(TExportFormat pFormat) {
+  switch (pFormat) {
+    case TExportFormat::efXML:
+      return TMediaType::mtXML;
+    case TExportFormat::efCSV:
+      return TMediaType::mtCSV;
+    default:
+      return TMediaType::mtText;
+  }
+}
+
+TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHandler& pHandler,
+                                                     const TGlobalOptions& pOptions, TExportFormat pFormat,
+                                                     std::u16string pFileName, TExportRun pRun)
     : fHandler(pHandler),
-      fMedia(pMedia),
+      fOptions(pOptions),
+      fFormat(pFormat),
       fFileName(std::move(pFileName)),
-      fProgramName(std::move(pProgramName)),
-      fVersion(std::move(pVersion)) {
-  if (fMedia != TMediaType::mtXML)
-    throw ENotImplemented("TFileExportPostScanAction.Create: there is no export to files of this kind");
+      fRun(std::move(pRun)) {}
+
+TFileExportPostScanAction::~TFileExportPostScanAction() {
+  if (fTemporaryFolder.empty()) return;
+  for (const std::u16string& file : fWritten) RemoveQuietly(file);
+  RemoveQuietly(fTemporaryFolder);
+}
+
+// A scan may take hours: whatever keeps the file from being written is better known before it. A file that is open
+// meanwhile would be part of the scan, though.
+void TFileExportPostScanAction::Prepare() {
+  if (fFileName.empty()) {
+    fTemporaryFolder = CreateTemporaryFolder();
+    fFileName = JoinPath(fTemporaryFolder, TemporaryNameOf(fFormat), NativePathDelimiter());
+    return;
+  }
+  if (fFileName == TOutputFile::kStandardOutput) return;
+  CreateFolders(std::u16string(FolderOfPath(fFileName, NativePathDelimiter())));
+  const TOutputFile probe(fFileName);
 }
 
 void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  using namespace Hierarchical::Exporting::XML;
-  TCustomXMLExport xml(fHandler.MergedRecursionLevel(fMedia), fProgramName, fVersion);
-  ExportXMLFile(xml, pRoot, fFileName);
+  // Half a tree in place of yesterday's whole one would be a loss.
+  CheckNotCancelled((pRoot.GetState() & rsCancelled) != 0, fFileName);
+  const std::u16string name = UniqueNameOf(pRoot);
+  if (fFormat == TExportFormat::efXML) return ExportXML(pRoot, name);
+  ExportLines(pRoot);
+  if (fFormat == TExportFormat::efCSV || fFormat == TExportFormat::efTabText) ExportLists(pRoot, name);
 }
 
-std::u16string TFileExportPostScanAction::GetInformation() const { return u"Export to \"" + fFileName + u"\""; }
+void TFileExportPostScanAction::Finish() {
+  auto commit = [&](std::unique_ptr<TExportFile>& pFile) {
+    pFile->Commit();
+    fWritten.push_back(pFile->Path());
+    pFile.reset();
+  };
+  if (fFile) commit(fFile);
+  for (auto& list : fLists) commit(list);
+  fLists.clear();
+}
+
+// Two folders of one name on different drives get different files.
+std::u16string TFileExportPostScanAction::UniqueNameOf(const IHierarchicalRoot& pRoot) {
+  const std::u16string name = NameForFiles(pRoot);
+  std::u16string unique = name;
+  for (int number = 2; !fRootNames.insert(unique).second; ++number)
+    unique = name + u"_" + FromUtf8(std::to_string(number));
+  return unique;
+}
+
+std::u16string TFileExportPostScanAction::PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const {
+  return fRun.fSeveralRoots ? WithPartInName(pPath, u"_" + pRoot) : pPath;
+}
+
+void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
+  XML::TCustomXMLExport xml(fHandler.MergedRecursionLevel(TMediaType::mtXML), fRun.fProgramName, fRun.fVersion);
+  const std::u16string path = PathOfRoot(fFileName, pRootName);
+  ExportXMLFile(xml, pRoot, path, [&] { CheckNotCancelled(fRun.fIsCancelled(), path); });
+  fWritten.push_back(path);
+}
+
+void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
+  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled);
+  const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
+}
+
+// Lists have columns of their own, so they get files of their own: "data-extensions.csv" beside "data.csv".
+void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
+  if (fFileName == TOutputFile::kStandardOutput) return;
+  const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
+    const std::u16string path = WithPartInName(fFileName, u"-" + std::u16string(list.fName));
+    fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled));
+    const bool isCSV = fFormat == TExportFormat::efCSV;
+    const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
+    if (settings.fByteOrderMark) fLists.back()->Write(Text::kByteOrderMark);
+    WriteListAsDelimited(list, FormatOf(settings), fields, settings.fIncludeHeader, *fLists.back());
+  }
+}
 
 }  // namespace Kiv::PostScanActions

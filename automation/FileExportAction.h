@@ -1,30 +1,68 @@
 #pragma once
 
+#include <memory>
+#include <set>
 #include <string>
 
+#include "automation/CommandLineState.h"
+#include "automation/ExportFile.h"
 #include "automation/PostScanActions.h"
 
 namespace Kiv::PostScanActions {
 
-// Exports the root to a file when its scan has finished. What goes wrong is an EOSError that names the file.
+using Vantrel::CommandLine::TExportFormat;
+
+// The kind of output whose settings a format follows.
+TMediaType MediaOf(TExportFormat pFormat);
+
+// What an export needs to know of the run.
+struct TExportRun {
+  std::string fProgramName;
+  std::string fVersion;
+  bool fSeveralRoots = false;
+  TExportFile::TIsCancelled fIsCancelled;
+};
+
+// Exports roots to a file when their scans have finished. Several roots go below each other into one file; where one file
+// holds one root only, each gets a file of its own with the root's name in it. Files take their places when all is written.
+// What goes wrong is an exception that names the file.
 class TFileExportPostScanAction : public TBasePostScanAction {
  public:
-  // The handler and its media options must outlive the action.
-  TFileExportPostScanAction(const TPostProcessActionHandler& pHandler, TMediaType pMedia, std::u16string pFileName,
-                            std::string pProgramName, std::string pVersion);
+  // The handler and the options must outlive the action. Without a name the file is made where temporary files lie, and
+  // is gone with the action.
+  TFileExportPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
+                            TExportFormat pFormat, std::u16string pFileName, TExportRun pRun);
+  ~TFileExportPostScanAction() override;
 
+  void Prepare() override;
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
-  std::u16string GetInformation() const override;
+  void Finish() override;
+  std::u16string GetInformation() const override { return u"Export to \"" + fFileName + u"\""; }
   uint32_t GetFlags() const override { return kMayClose; }
-  bool UsesMedia(TMediaType pMedia) const override { return pMedia == fMedia; }
+  bool UsesMedia(TMediaType pMedia) const override { return pMedia == MediaOf(fFormat); }
+  std::vector<std::u16string> GetAttachments() const override { return fWritten; }
   const std::u16string& GetFileName() const { return fFileName; }
+  // Of spreadsheets, which have names inside; empty for all that is written so far.
+  std::u16string GetSheetName() const { return {}; }
 
  private:
+  TExportFile& OpenFile(const std::u16string& pPath);
+  std::u16string PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const;
+  std::u16string UniqueNameOf(const IHierarchicalRoot& pRoot);
+  void ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
+  void ExportLines(IHierarchicalRoot& pRoot);
+  void ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
+
   const TPostProcessActionHandler& fHandler;
-  const TMediaType fMedia;
-  const std::u16string fFileName;
-  const std::string fProgramName;
-  const std::string fVersion;
+  const TGlobalOptions& fOptions;
+  const TExportFormat fFormat;
+  std::u16string fFileName;
+  const TExportRun fRun;
+  std::u16string fTemporaryFolder;  // empty: the file has a place of its own
+  std::unique_ptr<TExportFile> fFile;  // open over several roots
+  std::vector<std::unique_ptr<TExportFile>> fLists;
+  std::set<std::u16string> fRootNames;
+  std::vector<std::u16string> fWritten;
 };
 
 }  // namespace Kiv::PostScanActions

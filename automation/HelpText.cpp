@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include "automation/ExitCodes.h"
+#include "automation/ManualPage.h"
+#include "automation/ShellCompletions.h"
 #include "automation/SwitchTable.h"
 #include "model/GlobalOptions.h"
 #include "platform/Text.h"
@@ -11,14 +14,75 @@ namespace Vantrel::CommandLine {
 namespace {
 
 constexpr std::string_view kUsage = "Usage: vantrel [SWITCH]... PATH...";
-constexpr std::string_view kRowFormat = "  {:<26}{}";
+constexpr std::string_view kRowFormat = "  {:<32} {}";
+constexpr size_t kScreenWidth = 80;
 
-std::string SwitchRow(const TSwitch& pSwitch) {
-  return fmt::format(kRowFormat, fmt::format("--{} {}", Kiv::ToUtf8(pSwitch.fItem.fName), pSwitch.fValueText),
-                     pSwitch.fHelp);
+std::string NameOf(const TSwitch& pSwitch) {
+  const std::string name = "--" + Kiv::ToUtf8(pSwitch.fItem.fName);
+  return pSwitch.fValueText.empty() ? name : fmt::format("{} {}", name, pSwitch.fValueText);
+}
+
+std::string SwitchRow(const TSwitch& pSwitch) { return fmt::format(kRowFormat, NameOf(pSwitch), pSwitch.fHelp); }
+
+// Words in lines of a screen's width.
+void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std::string_view pIndent) {
+  std::string line(pIndent);
+  while (!pText.empty()) {
+    const size_t end = std::min(pText.find(' '), pText.size());
+    if (line.size() > pIndent.size() && line.size() + 1 + end > kScreenWidth) {
+      pLines.push_back(line);
+      line = pIndent;
+    }
+    if (line.size() > pIndent.size()) line += ' ';
+    line += pText.substr(0, end);
+    pText.remove_prefix(std::min(end + 1, pText.size()));
+  }
+  if (line.size() > pIndent.size()) pLines.push_back(line);
+}
+
+void AppendOption(std::vector<std::string>& pLines, const Kiv::TOptionInfo& pOption) {
+  pLines.push_back(fmt::format("  --{:<28}{}", pOption.fName, pOption.fHelp));
+  const std::string range = pOption.fRange.empty() ? "any text" : pOption.fRange;
+  pLines.push_back("      " + (pOption.fDefault.empty() ? range : range + ", default " + pOption.fDefault));
+}
+
+std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
+  const TSwitch& main = MainSwitchOf(pNamed);
+  if (main.fRank == TSwitchRank::srNotBuilt) return {NameOf(main), "  " + std::string(main.fHelp)};
+  std::vector<std::string> lines = {NameOf(main)};
+  AppendWrapped(lines, main.fHelp, "  ");
+  AppendWrapped(lines, main.fDetails, "  ");
+  std::string aliases;
+  for (const TSwitch* alias = &main + 1; alias->fRank == TSwitchRank::srAlias; ++alias)
+    aliases.append(aliases.empty() ? "" : ", ").append("--" + Kiv::ToUtf8(alias->fItem.fName));
+  if (!aliases.empty()) lines.push_back("  The same as " + aliases + ".");
+  lines.emplace_back(main.fItem.fRepeatable ? "  May be given more than once." : "  May be given once.");
+  return lines;
 }
 
 }  // namespace
+
+const std::vector<TExitCodeInfo>& ExitCodes() {
+  static const std::vector<TExitCodeInfo> codes = {
+      {ecOk, "all was read and written"},
+      {ecIncomplete, "some folders could not be read"},
+      {ecWrongCommandLine, "wrong command line, nothing was done"},
+      {ecPathNotFound, "a path could not be scanned or a file not loaded"},
+      {ecCancelled, "stopped by the user"},
+      {ecOutputFailed, "a report, export or mail failed"},
+      {ecInternalError, "a fault of the program, or no memory"},
+  };
+  return codes;
+}
+
+const std::vector<THelpTopic>& HelpTopics() {
+  static const std::vector<THelpTopic> topics = {
+      {"switches", "all switches", SwitchesHelpText},   {"options", "all options", OptionsHelpText},
+      {"man", "the manual page", ManualPage},           {"bash", "completions for bash", BashCompletions},
+      {"zsh", "completions for zsh", ZshCompletions},   {"fish", "completions for fish", FishCompletions},
+  };
+  return topics;
+}
 
 std::vector<std::string> UsageText() {
   return {std::string(kUsage), "Try \"vantrel --help\"."};
@@ -26,27 +90,59 @@ std::vector<std::string> UsageText() {
 
 std::vector<std::string> HelpText() {
   std::vector<std::string> lines = {std::string(kUsage), "Scans each path and reports where its space went.", "",
-                                    "Switches, in any letter case, as --NAME, -NAME or /NAME:"};
+                                    "Switches, in any letter case, as --NAME, -NAME or /NAME; --NAME=VALUE works too:"};
   for (const TSwitch& item : AllSwitches())
-    if (!item.fHelp.empty()) lines.push_back(SwitchRow(item));
-  lines.push_back(fmt::format(kRowFormat, "--OPTION VALUE", "set an option; \"--help options\" lists them"));
+    if (item.fRank == TSwitchRank::srMain) lines.push_back(SwitchRow(item));
+  lines.push_back(fmt::format(kRowFormat, "--OPTION VALUE", "set an option, such as --SizeUnit GB"));
   lines.push_back(fmt::format(kRowFormat, "--", "only paths follow"));
-  for (std::string_view line : {"", "A value may also be written as --NAME=VALUE. Ctrl+C stops a scan; what has been",
-                                "scanned by then is reported.", "",
-                                "Exit code: 0 all read, 1 some folders could not be read, 2 wrong command line,",
-                                "3 a path could not be scanned, 4 stopped, 5 the report could not be written."})
-    lines.emplace_back(line);
+  lines.emplace_back();
+  lines.emplace_back("Exit code: 0 all read and written, 1 some folders unreadable, 2 wrong command");
+  lines.emplace_back("line, 3 a path not scanned, 4 stopped, 5 an output failed, 6 a fault.");
+  return lines;
+}
+
+std::vector<std::string> SwitchesHelpText() {
+  std::vector<std::string> lines;
+  for (const TSwitch& item : AllSwitches())
+    if (item.fRank == TSwitchRank::srMain || item.fRank == TSwitchRank::srMore) lines.push_back(SwitchRow(item));
+  lines.emplace_back();
+  std::string others;
+  for (const TSwitch& item : AllSwitches())
+    if (item.fRank == TSwitchRank::srNotBuilt)
+      others.append(others.empty() ? "" : ", ").append(Kiv::ToUtf8(item.fItem.fName));
+  lines.emplace_back("Known, but not part of this version:");
+  AppendWrapped(lines, others, "  ");
   return lines;
 }
 
 std::vector<std::string> OptionsHelpText() {
   std::vector<std::string> lines = {"Options: --NAME VALUE, --NAME=VALUE or /NAME VALUE. true|false alone means true."};
-  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) {
-    lines.push_back(fmt::format("  --{:<28}{}", option.fName, option.fHelp));
-    const std::string range = option.fRange.empty() ? "any text" : option.fRange;
-    lines.push_back("      " + (option.fDefault.empty() ? range : range + ", default " + option.fDefault));
-  }
+  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) AppendOption(lines, option);
   return lines;
+}
+
+bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines) {
+  if (pTopic.empty()) {
+    pLines = HelpText();
+    return true;
+  }
+  const std::u16string name(Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic));
+  const std::string narrow = Kiv::ToUtf8(name);
+  for (const THelpTopic& topic : HelpTopics()) {
+    if (!Kiv::SameTextAscii(topic.fName, narrow)) continue;
+    pLines = topic.fText();
+    return true;
+  }
+  for (const TSwitch& item : AllSwitches()) {
+    if (!Kiv::SameTextAscii(item.fItem.fName, name)) continue;
+    pLines = SwitchHelpText(item);
+    return true;
+  }
+  const Kiv::TOptionInfo* option = Kiv::FindOption(narrow);
+  if (option == nullptr) return false;
+  pLines.clear();
+  AppendOption(pLines, *option);
+  return true;
 }
 
 }  // namespace Vantrel::CommandLine

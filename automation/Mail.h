@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "model/GlobalOptions.h"
 #include "platform/Errors.h"
 
 // Mails reports, through a mail server or the system's own sendmail; docs/mail.md.
@@ -18,14 +18,10 @@ struct TMailMessage {
   std::vector<std::u16string> fAttachments;  // paths of finished files
 };
 
-// How the connection to a server is encrypted: not at all, after a greeting in the clear, or from its first byte. What is
-// asked for is insisted on.
-enum class TMailSecurity : uint8_t { msNone, msStartTLS, msTLS };
-
 struct TMailServer {
   std::string fHost;  // empty: the system's sendmail (Linux); EMailError on Windows
   int fPort = 0;      // 0: the usual one of the security (25, 587, 465)
-  TMailSecurity fSecurity = TMailSecurity::msStartTLS;
+  TMailSecurity fSecurity = TMailSecurity::msStartTLS;  // what is asked for is insisted on
   std::string fUser;  // empty: no login
   std::string fPassword;
   std::string fSendmail;  // program, for the way without a server; empty: found in the usual places

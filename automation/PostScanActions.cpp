@@ -2,9 +2,13 @@
 
 #include <algorithm>
 
+#include "automation/ExitCodes.h"
+#include "automation/ExportFile.h"
 #include "export/TextExport.h"
 #include "platform/DebugLog.h"
 #include "platform/Errors.h"
+#include "platform/Folders.h"
+#include "platform/Text.h"
 
 namespace Kiv::PostScanActions {
 
@@ -24,13 +28,13 @@ TPostProcessActionHandler::TPostProcessActionHandler(IPostScanHost& pHost, TMedi
 TMediaSettings TPostProcessActionHandler::MergedRecursionLevel(TMediaType pMedia) const {
   TMediaSettings settings = fMedia.Effective(pMedia);
   auto& recursion = settings.fRecursionLevel;
-  if (fActions.empty()) {
+  if (WritesNothing()) {
     // A console is for reading: nobody wants a whole tree there who has not asked for it.
     if (recursion.fLevel == recursion.kUnlimited && recursion.fFullExpand) recursion = {1, false};
     return settings;
   }
   int32_t deepest = TBasePostScanAction::kAnyLevel;
-  for (const auto& action : fActions)
+  for (const auto& [action, failed] : fActions)
     if (action && action->UsesMedia(pMedia)) deepest = std::max(deepest, action->GetRecursionlevel());
   if (deepest >= 0) recursion = {deepest, false};
   return settings;
@@ -41,14 +45,68 @@ bool TPostProcessActionHandler::PerformPostProcessActions(IHierarchicalRoot* pRo
   Log(u" for: " + pRoot->GetPath());
   if (fHost.IsTerminating()) return true;
   const bool scansActive = pScans.CountActiveScans() > 0;
-  bool written = true;
-  if (IsEmpty() && fHost.IsUnattended()) {
-    written = WriteDefaultReport(*pRoot);
-  } else {
-    RunActions(*pRoot);
+  bool written = RunActions(*pRoot);
+  if (WritesNothing() && fHost.IsUnattended() && !WriteDefaultReport(*pRoot)) {
+    fFailures.push_back({"The report could not be written", Vantrel::ecOutputFailed});
+    written = false;
   }
   if (!scansActive && ShouldCloseApplication()) EndProgram();
   return written;
+}
+
+int TBasePostScanAction::GetFailureCode() const { return Vantrel::ecOutputFailed; }
+
+// True for an empty queue.
+bool TPostProcessActionHandler::WritesNothing() const {
+  return std::all_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
+    return pQueued.fAction && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) != 0;
+  });
+}
+
+void TPostProcessActionHandler::Fail(TQueued& pQueued, std::string_view pMessage, int pExitCode) {
+  pQueued.fFailed = true;
+  fFailures.push_back({std::string(pMessage), pExitCode});
+}
+
+// One export that fails, on a disk that is full, does not keep the others from theirs.
+template <class TCall>
+bool TPostProcessActionHandler::CallEach(const TCall& pCall) {
+  bool succeeded = true;
+  for (TQueued& queued : fActions) {
+    if (!queued.fAction) throw EInvalidOperation("The PostScanActions array must not contain nil values!");
+    if (queued.fFailed) continue;
+    try {
+      pCall(*queued.fAction);
+    } catch (const EExportCancelled& error) {
+      Fail(queued, error.what(), Vantrel::ecCancelled);
+    } catch (const EException& error) {
+      Fail(queued, error.what(), queued.fAction->GetFailureCode());
+    }
+    succeeded = succeeded && !queued.fFailed;
+  }
+  return succeeded;
+}
+
+bool TPostProcessActionHandler::ResolveRequirements() {
+  std::stable_partition(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
+    return pQueued.fAction && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) != 0;
+  });
+  return CallEach([](TBasePostScanAction& pAction) { pAction.Prepare(); });
+}
+
+bool TPostProcessActionHandler::FinishActions() {
+  return CallEach([](TBasePostScanAction& pAction) { pAction.Finish(); });
+}
+
+std::vector<std::u16string> TPostProcessActionHandler::CheckAttachments() const {
+  std::vector<std::u16string> files;
+  for (const TQueued& queued : fActions) {
+    for (std::u16string& file : queued.fAction->GetAttachments()) {
+      if (!PathExists(file)) throw EInvalidOperation("The file to be mailed is not there: " + ToQuotedDisplay(file));
+      files.push_back(std::move(file));
+    }
+  }
+  return files;
 }
 
 bool TPostProcessActionHandler::WriteDefaultReport(IHierarchicalRoot& pRoot) {
@@ -58,12 +116,11 @@ bool TPostProcessActionHandler::WriteDefaultReport(IHierarchicalRoot& pRoot) {
   return report.Export(pRoot, fOutput);
 }
 
-void TPostProcessActionHandler::RunActions(IHierarchicalRoot& pRoot) {
-  for (const auto& action : fActions) {
-    if (!action) throw EInvalidOperation("The PostScanActions array must not contain nil values!");
-    Log(u": " + action->GetInformation());
-    action->Execute(pRoot, true, true);
-  }
+bool TPostProcessActionHandler::RunActions(IHierarchicalRoot& pRoot) {
+  return CallEach([&](TBasePostScanAction& pAction) {
+    Log(u": " + pAction.GetInformation());
+    pAction.Execute(pRoot, true, true);
+  });
 }
 
 void TPostProcessActionHandler::EndProgram() {
@@ -77,8 +134,8 @@ void TPostProcessActionHandler::EndProgram() {
 
 bool TPostProcessActionHandler::ShouldCloseApplication() const {
   if (fHost.IsUnattended()) return !fHost.MustStayOpen();
-  return fHost.ClosesAfterExport() && std::any_of(fActions.begin(), fActions.end(), [](const auto& pAction) {
-           return pAction && (pAction->GetFlags() & TBasePostScanAction::kMayClose) != 0;
+  return fHost.ClosesAfterExport() && std::any_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
+           return pQueued.fAction && (pQueued.fAction->GetFlags() & TBasePostScanAction::kMayClose) != 0;
          });
 }
 

@@ -1,43 +1,43 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "automation/CommandLineParser.h"
-#include "search/PatternInterfaces.h"
+#include "automation/CommandLineState.h"
 
 namespace Vantrel::CommandLine {
 
-// What the command line asked for, besides the options.
-struct TCommandLineState {
-  std::vector<std::u16string> fPaths;  // as typed, in order
-  bool fUnattended = false;
-  bool fHelp = false;
-  std::u16string fHelpTopic;
-  bool fVersion = false;
-  Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
-  std::vector<std::u16string> fOpenFiles;                // scan files to load, lists as typed
-  std::u16string fCompareFile;                           // the older scan; empty: none
-  std::u16string fXMLFile;                               // where the scan goes as XML; empty: nowhere
+// Where help shows a switch.
+enum class TSwitchRank : uint8_t {
+  srMain,      // on the first screen
+  srMore,      // among all switches
+  srAlias,     // another spelling of the row above it
+  srNotBuilt,  // this version knows it only to say so
 };
 
-// One switch of the program.
+// One switch of the program: all that there is to know of it. Parsing, help, the manual page and the completions of
+// shells read this table.
 struct TSwitch {
   Kiv::TCommandLineItem fItem;
-  std::string_view fValueText;  // how help shows the value; a switch with neither value text nor help is an alias
+  TSwitchRank fRank;
+  std::string_view fValueText;  // how help shows the value
+  // What it does, in a few words; of one that is not built: what is missing, a whole sentence.
   std::string_view fHelp;
   // Takes one value, an empty one when the switch has none; called for each value of a switch with several. A value
-  // that it cannot take: EInvalidArgumentValue, with a text that makes sense behind the switch.
-  void (*fApply)(TCommandLineState& pState, std::u16string_view pValue);
+  // that it cannot take: EInvalidArgumentValue, with a text that makes sense behind the switch. nullptr: not built.
+  void (*fApply)(TCommandLineState& pState, std::u16string_view pValue) = nullptr;
   // What is missing when there is no value, for the message; empty for a switch that does without.
   std::string_view fExpected = {};
+  // More sentences for its own help.
+  std::string_view fDetails = {};
 };
 
 // All switches, in the order in which help lists them.
 std::span<const TSwitch> AllSwitches();
 // The switch registered by this item; nullptr when it is none of the table.
 const TSwitch* SwitchOf(const Kiv::TCommandLineItem* pItem);
+// The switch that an alias stands for, else the switch itself.
+const TSwitch& MainSwitchOf(const TSwitch& pSwitch);
 
 }  // namespace Vantrel::CommandLine

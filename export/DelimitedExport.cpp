@@ -10,7 +10,6 @@ namespace Kiv::Hierarchical::Exporting::Text {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kPathListSeparator = "   ";
 
 void AppendInteger(std::string& pTarget, int64_t pValue) {

@@ -5,6 +5,8 @@
 
 namespace Kiv::Hierarchical::Exporting::Text {
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // by which spreadsheets tell UTF-8
+
 // How fields become a line that programs read back: joined by a separator and quoted as RFC 4180 says.
 struct TDelimitedFormat {
   std::string fSeparator = ",";      // UTF-8, not empty

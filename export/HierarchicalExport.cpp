@@ -8,12 +8,12 @@
 
 namespace Kiv::Hierarchical::Exporting {
 
-TValueFormat TBaseExport::ValueFormat() const {
+TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
-  format.fSizeUnit = fSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : fSettings.fSizeUnit;
-  format.fPlainByteValues = fSettings.fUsePlainByteValues;
+  format.fSizeUnit = pSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : pSettings.fSizeUnit;
+  format.fPlainByteValues = pSettings.fUsePlainByteValues;
   // A fixed unit stands in the header line, once.
-  format.fShowUnits = fSettings.fShowUnits && fSettings.fAutomaticUnit && !fSettings.fUsePlainByteValues;
+  format.fShowUnits = pSettings.fShowUnits && pSettings.fAutomaticUnit && !pSettings.fUsePlainByteValues;
   return format;
 }
 

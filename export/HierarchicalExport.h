@@ -13,6 +13,9 @@
 
 namespace Kiv::Hierarchical::Exporting {
 
+// How settings, those that are in effect, want values to be written.
+TValueFormat FormatOf(const TMediaSettings& pSettings);
+
 // Takes the lines of an export: the console, a file, a test's list. Lines are UTF-8, without their end, and come from
 // one thread.
 class ILineOutput {
@@ -61,7 +64,7 @@ class TBaseExport {
   // Siblings in the order of their change against the scan that the root is compared with, the largest first.
   void SetSortByChange(bool pSortByChange) { fSortByChange = pSortByChange; }
   // How the settings want values to be written.
-  TValueFormat ValueFormat() const;
+  TValueFormat ValueFormat() const { return FormatOf(fSettings); }
 
  protected:
   explicit TBaseExport(const TMediaSettings& pSettings) : fSettings(pSettings) {}
@@ -112,6 +115,8 @@ class TFileStreamExport : public TFileExport {
   virtual void WriteRoot(IHierarchicalRoot& pRoot) = 0;
   bool WriteLine(std::string_view pLine);
   int64_t LineCount() const { return fOutput->LineCount(); }
+  // While an export runs.
+  ILineOutput& Output() const { return *fOutput; }
 
  private:
   ILineOutput* fOutput = nullptr;  // while an export runs

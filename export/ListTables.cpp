@@ -199,6 +199,15 @@ TListTable FileAgesList(IHierarchicalRoot& pRoot) {
   return table;
 }
 
+std::vector<TListTable> ChosenLists(IHierarchicalRoot& pRoot, const TGlobalOptions& pOptions) {
+  std::vector<TListTable> lists;
+  if (pOptions.ListTopFiles) lists.push_back(TopFilesList(pRoot));
+  if (pOptions.ListExtensions) lists.push_back(ExtensionsList(pRoot));
+  if (pOptions.ListUsers) lists.push_back(UsersList(pRoot));
+  if (pOptions.ListFileAges) lists.push_back(FileAgesList(pRoot));
+  return lists;
+}
+
 TListTable DriveList() {
   return DriveList(ListDrives());
 }

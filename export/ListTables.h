@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "model/GlobalOptions.h"
 #include "model/RootInterfaces.h"
 #include "platform/Volumes.h"
 
@@ -37,6 +38,9 @@ TListTable ExtensionsList(IHierarchicalRoot& pRoot);
 TListTable UsersList(IHierarchicalRoot& pRoot);
 // The intervals of the scan, from the youngest on, those without files too.
 TListTable FileAgesList(IHierarchicalRoot& pRoot);
+
+// Those of them that the options ask for.
+std::vector<TListTable> ChosenLists(IHierarchicalRoot& pRoot, const TGlobalOptions& pOptions);
 
 // The drives of this machine, by path. One that does not answer within a few seconds, or has no sizes, has empty cells.
 // "% Used" is of what is used and free, as df reckons it.

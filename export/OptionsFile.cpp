@@ -14,6 +14,7 @@
 #include "platform/OutputFile.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
+#include "platform/Folders.h"
 #include "platform/UserFolders.h"
 
 namespace Kiv::Options {
@@ -175,7 +176,7 @@ TLoadedOptions LoadOptionsFile(const std::u16string& pPath, TGlobalOptions& pOpt
 
 void SaveOptionsFile(const std::u16string& pPath, const TGlobalOptions& pOptions, std::string_view pProgramName,
                      std::string_view pVersion) {
-  CreateFolderForUser(std::u16string(FolderOfPath(pPath, NativePathDelimiter())));
+  CreateFolders(std::u16string(FolderOfPath(pPath, NativePathDelimiter())), TFolderAccess::faUserAlone);
   TOutputFile file(pPath);
   TXMLFileStream stream(file);
   TXMLAttributes attributes;

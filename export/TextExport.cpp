@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "export/ListExport.h"
 #include "export/RootDescription.h"
 #include "platform/Text.h"
 
@@ -53,12 +54,12 @@ std::string TBaseTextExport::JoinCells(const std::vector<std::string>& pCells) c
 TFormattedTextExport::TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions,
                                            std::string pProgramName)
     : TBaseTextExport(pSettings),
-      fTitle(pOptions.ExportTitle),
+      fOptions(pOptions),
       fProgramName(std::move(pProgramName)),
-      fListedErrors(static_cast<size_t>(pOptions.NumberOfListedErrors)),
       fFormat(ValueFormat()) {
   SetColumns({TColumn::mdName, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
               TColumn::mdPercentOfParent, TColumn::mdLastChange});
+  if (!pSettings.fColumns.empty()) SetColumns(pSettings.fColumns);
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -69,7 +70,7 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
   }
   const TRef<IComparison> comparison = pRoot.GetComparison();
   fComparison = comparison.get();
-  if (fComparison) {
+  if (fComparison && Settings().fColumns.empty()) {
     SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
                 TColumn::mdSize, TColumn::mdFiles, TColumn::mdLastChange});
     SetSortByChange(true);
@@ -79,13 +80,19 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     fTopName = ToDisplay(pRoot.GetPath());
     WriteTable(*top);
     WriteLine("");
+    if (Settings().fSmallestFolder > 0)
+      WriteLine("What is smaller than " + ToUtf8(FormatValue(TColumn::mdSize, Settings().fSmallestFolder, fFormat)) +
+                " is not shown.");
+    const std::vector<TListTable> lists = ChosenLists(pRoot, fOptions);
+    for (const TListTable& list : lists) WriteListAsText(list, fFormat, Output());
+    if (!lists.empty()) WriteLine("");
   }
-  for (const std::string& line : ScanSummary(pRoot, fFormat, fListedErrors)) WriteLine(line);
+  for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors))) WriteLine(line);
 }
 
 void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
   const TKivFileTime now = TKivFileTime::Now();
-  WriteLine(!fTitle.empty() ? ToDisplay(FromUtf8(fTitle))
+  WriteLine(!fOptions.ExportTitle.empty() ? ToDisplay(FromUtf8(fOptions.ExportTitle))
                             : fProgramName + " Report, " + FormatShortDate(now) + "  " + FormatLongTime(now));
   WriteLine("  " + RootHeaderLine(pRoot, fFormat));
   const std::string drive = DriveInformation(pRoot, fFormat);

@@ -34,6 +34,7 @@ class TBaseTextExport : public TFileStreamExport {
 // A table of fixed width under a head block, for people: the report on the console, and in text files.
 class TFormattedTextExport : public TBaseTextExport {
  public:
+  // The options must outlive the exporter.
   TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions, std::string pProgramName);
 
   // Columns that a line may take, 0 for any number. Where a row would be wider, names are shortened: a name of 200
@@ -51,9 +52,8 @@ class TFormattedTextExport : public TBaseTextExport {
   void MeasureColumns(IFolderData& pTop);
   void LimitNameWidth();
 
-  const std::string fTitle;
+  const TGlobalOptions& fOptions;
   const std::string fProgramName;
-  const size_t fListedErrors;
   int fMaximumWidth = 0;
   TValueFormat fFormat;
   const IComparison* fComparison = nullptr;  // while an export runs: the root's, if any

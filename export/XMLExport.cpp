@@ -314,7 +314,26 @@ void TCustomXMLExport::WriteFileAges(const std::vector<TKeyedSizeValues>& pRecor
   fStream->AddElement("FileAgeDistribution", fAttributes);
 }
 
-void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath) {
+namespace {
+
+// Asks before every piece that is written.
+class TCheckedSink final : public IByteSink {
+ public:
+  TCheckedSink(IByteSink& pSink, const std::function<void()>& pCheck) : fSink(pSink), fCheck(pCheck) {}
+  void Write(std::string_view pBytes) override {
+    if (fCheck) fCheck();
+    fSink.Write(pBytes);
+  }
+
+ private:
+  IByteSink& fSink;
+  const std::function<void()>& fCheck;
+};
+
+}  // namespace
+
+void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath,
+                   const std::function<void()>& pCheck) {
   constexpr std::u16string_view kZip = u".zip";
   constexpr std::u16string_view kXML = u".xml";
   auto endsWith = [](std::u16string_view pName, std::u16string_view pSuffix) {
@@ -322,7 +341,8 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
   };
   if (!endsWith(pPath, kZip)) {
     TOutputFile file(pPath);
-    pExport.Export(pRoot, file);
+    TCheckedSink sink(file, pCheck);
+    pExport.Export(pRoot, sink);
     file.Commit();
     return;
   }
@@ -331,7 +351,8 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
   entry.resize(entry.size() - kZip.size());
   if (!endsWith(entry, kXML)) entry += kXML;
   Zip::TZipOutput archive(pPath, entry, pRoot.GetScanTimeStamp());
-  pExport.Export(pRoot, archive);
+  TCheckedSink sink(archive, pCheck);
+  pExport.Export(pRoot, sink);
   archive.Commit();
 }
 

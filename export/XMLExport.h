@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "export/HierarchicalExport.h"
@@ -59,7 +60,9 @@ class TCustomXMLExport : public TBaseExport, private IExportVisitor {
 };
 
 // Exports to a file; one whose name ends in ".zip" becomes an archive that holds it. The file takes its place when it is
-// complete; an earlier one stays untouched until then. EOSError when it cannot be written.
-void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath);
+// complete; an earlier one stays untouched until then. EOSError when it cannot be written. pCheck is called now and then;
+// what it throws ends the export.
+void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath,
+                   const std::function<void()>& pCheck = {});
 
 }  // namespace Kiv::Hierarchical::Exporting::XML

@@ -18,10 +18,14 @@ namespace Kiv {
 // device, a pipe or one of the process's own streams ("/dev/stdout", "NUL") is written directly, and Commit only
 // flushes.
 //
+// The path "-" stands for the process's standard output.
+//
 // Every failure is an EOSError: at once when the target is a folder, may not be written or lies in no folder, later
 // when the disk is full. For one thread at a time.
 class TOutputFile final : public IByteSink {
  public:
+  static constexpr std::u16string_view kStandardOutput = u"-";
+
   explicit TOutputFile(const std::u16string& pPath);
   ~TOutputFile() override;
   TOutputFile(const TOutputFile&) = delete;

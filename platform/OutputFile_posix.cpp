@@ -80,6 +80,13 @@ void TOutputFile::Open() {
     throw EOSError(static_cast<uint32_t>(pCode), pOperation, fPath);
   };
   const std::string path = ToNativeBytes(fPath);
+  if (fPath == kStandardOutput) {
+    const int direct = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (direct < 0) fail(errno, "Opening a file");
+    fTarget = fPath;
+    fFile = TFileStream(direct, fPath);
+    return;
+  }
   if (path.empty() || path.find('\0') != std::string::npos) fail(EINVAL, "Creating a file");
   const std::string target = FollowLinks(path);
   if (target.empty()) fail(ELOOP, "Creating a file");

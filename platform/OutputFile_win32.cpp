@@ -36,6 +36,15 @@ void CopyPermissions(const std::u16string& pFrom, const std::u16string& pTo) {
 void TOutputFile::Open() {
   constexpr DWORD kDirectoryNotSupported = 336;  // newer than the compiler's headers
   const auto fail = [&](DWORD pCode, std::string_view pOperation) { throw EOSError(pCode, pOperation, fPath); };
+  if (fPath == kStandardOutput) {
+    HANDLE own = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &own, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS))
+      fail(GetLastError(), "Opening a file");
+    fTarget = fPath;
+    fFile = TFileStream(reinterpret_cast<TFileStream::THandle>(own), fPath);
+    return;
+  }
   const std::u16string absolute = AbsolutePath(fPath);
   if (absolute.empty() || fPath.find(u'\0') != std::u16string::npos) fail(ERROR_INVALID_NAME, "Creating a file");
   if (fPath.back() == u'\\' || fPath.back() == u'/') fail(kDirectoryNotSupported, "Creating a file");

@@ -9,8 +9,4 @@ namespace Kiv {
 // system tells none, and not created. On Linux no other thread may set environment variables meanwhile.
 std::u16string UserConfigurationFolder();
 
-// Creates the folder, and those above it that are missing; on Linux for the user alone. Does nothing for an empty path
-// or for what is there already, a file included: who then writes into it gets the failure. EOSError.
-void CreateFolderForUser(const std::u16string& pPath);
-
 }  // namespace Kiv

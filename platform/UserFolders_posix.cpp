@@ -1,13 +1,10 @@
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <vector>
 
-#include "platform/Errors.h"
 #include "platform/Text.h"
 #include "platform/UserFolders.h"
 
@@ -49,21 +46,6 @@ std::u16string UserConfigurationFolder() {
     folder = Join(home, ".config");
   }
   return FromNativeBytes(Join(folder, "vantrel"));
-}
-
-// From the top down, so that the failure that is told is the first one.
-void CreateFolderForUser(const std::u16string& pPath) {
-  const std::string path = ToNativeBytes(pPath);
-  if (path.find('\0') != std::string::npos) throw EOSError(EINVAL, "Creating a folder", pPath);
-  for (size_t end = 0; end < path.size();) {
-    end = std::min(path.find('/', end + 1), path.size());
-    const std::string folder = path.substr(0, end);
-    if (mkdir(folder.c_str(), 0700) == 0) continue;
-    const auto code = static_cast<uint32_t>(errno);
-    // A folder that is there may be refused for other reasons first, such as a disk that cannot be written.
-    struct stat there {};
-    if (stat(folder.c_str(), &there) != 0) throw EOSError(code, "Creating a folder", pPath);
-  }
 }
 
 }  // namespace Kiv

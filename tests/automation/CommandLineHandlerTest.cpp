@@ -115,14 +115,14 @@ TEST(CommandLineHandler, RefusesWithOneClearMessage) {
       {u"-x", "Unknown Command line option: -x"},
       {u"--MaximumThreads 1000 x", "MaximumThreads: \"1000\" is not allowed; expected 1..256"},
       {u"x --MaximumThreads", "MaximumThreads needs a value: 1..256"},
-      {u"--help everything", "There is no help on everything, only on \"options\""},
+      {u"--help everything", "There is no help on everything; try \"--help switches\" or \"--help options\""},
       {u"--help options --help options",
        "The command line option --help is allowed only once. You may however specify multiple values separated by "
        "semicolon."},
       {u"--bogus\x1b[31m x", "Unknown Command line option: --bogus\\x1B[31m"},
       {u"x \"\"", "An empty path was given"},
-      {u"--one --MaximumThreads=0",
-       "Unknown Command line option: --one\r\n"
+      {u"--qqqq --MaximumThreads=0",
+       "Unknown Command line option: --qqqq\r\n"
        "MaximumThreads: \"0\" is not allowed; expected 1..256"},
   };
   for (const TCase& item : cases) EXPECT_EQ(TCommandLine(item.fLine).Refusal(), item.fMessage) << ToUtf8(item.fLine);
@@ -138,7 +138,7 @@ TEST(HelpText, FitsAScreenAndNamesEverything) {
     EXPECT_LE(DisplayWidth(line), 80) << line;
     all += line + "\n";
   }
-  for (const char* name : {"--SCAN", "--NOGUI", "--HELP", "--VERSION", "--OPTION"})
+  for (const char* name : {"--SCAN", "--CSV", "--HELP", "--VERSION", "--OPTION"})
     EXPECT_THAT(all, testing::HasSubstr(name));
   std::string options;
   for (const std::string& line : OptionsHelpText()) {

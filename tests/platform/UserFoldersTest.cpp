@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "platform/Errors.h"
+#include "platform/Folders.h"
 #include "platform/UserFolders.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -12,17 +13,17 @@ TEST(UserFolders, MissingOnesAreCreated) {
   Vantrel::Testing::TTemporaryFolder folder;
   folder.Put("file", "earlier");
   for (int round = 0; round < 2; ++round) {
-    CreateFolderForUser(folder.File("a/b/c"));
+    CreateFolders(folder.File("a/b/c"), TFolderAccess::faUserAlone);
     EXPECT_TRUE(std::filesystem::is_directory(folder.Path() / "a/b/c"));
   }
-  CreateFolderForUser(folder.File("a/d/"));
+  CreateFolders(folder.File("a/d/"), TFolderAccess::faUserAlone);
   EXPECT_TRUE(std::filesystem::is_directory(folder.Path() / "a/d"));
-  CreateFolderForUser({});
-  CreateFolderForUser(folder.File("file"));
+  CreateFolders({}, TFolderAccess::faUserAlone);
+  CreateFolders(folder.File("file"), TFolderAccess::faUserAlone);
   EXPECT_EQ(folder.Get("file"), "earlier");
   for (const char* name : {"file/x", "file/x/y"}) {
     try {
-      CreateFolderForUser(folder.File(name));
+      CreateFolders(folder.File(name), TFolderAccess::faUserAlone);
       ADD_FAILURE() << name;
     } catch (const EOSError& error) {
       EXPECT_EQ(error.Object(), folder.File(name));

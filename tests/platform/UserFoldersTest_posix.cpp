@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/Text.h"
+#include "platform/Folders.h"
 #include "platform/UserFolders.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -70,7 +71,7 @@ TEST(UserFoldersOnLinux, NewOnesAreClosedToOthersAndEarlierOnesStayAsTheyWere) {
   };
   ASSERT_EQ(mkdir((top + "/a").c_str(), 0777), 0);
   ASSERT_EQ(chmod((top + "/a").c_str(), 0755), 0);
-  CreateFolderForUser(folder.File("a/b/c"));
+  CreateFolders(folder.File("a/b/c"), TFolderAccess::faUserAlone);
   EXPECT_EQ(mode(top + "/a"), 0755u);
   EXPECT_EQ(mode(top + "/a/b"), 0700u);
   EXPECT_EQ(mode(top + "/a/b/c"), 0700u);

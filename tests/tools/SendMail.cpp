@@ -26,8 +26,8 @@ void Read(std::string_view pName, const std::string& pValue, TMailMessage& pMess
   if (pName == "attach") pMessage.fAttachments.push_back(text);
   if (pName == "host") pServer.fHost = pValue;
   if (pName == "port") pServer.fPort = std::stoi(pValue);
-  if (pName == "security" && pValue == "none") pServer.fSecurity = TMailSecurity::msNone;
-  if (pName == "security" && pValue == "tls") pServer.fSecurity = TMailSecurity::msTLS;
+  if (pName == "security" && pValue == "none") pServer.fSecurity = Kiv::TMailSecurity::msNone;
+  if (pName == "security" && pValue == "tls") pServer.fSecurity = Kiv::TMailSecurity::msTLS;
   if (pName == "user") pServer.fUser = pValue;
   if (pName == "password") pServer.fPassword = pValue;
   if (pName == "sendmail") pServer.fSendmail = pValue;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "automation/PostScanActions.h"
+
+namespace Kiv::PostScanActions {
+
+// Compares roots with an older scan, an XML file, so that whatever follows in the queue shows what has changed since.
+class TComparePostScanAction : public TBasePostScanAction {
+ public:
+  // The list of roots must outlive the action.
+  TComparePostScanAction(std::u16string pFileName, IScanRoots& pRoots)
+      : fFileName(std::move(pFileName)), fRoots(pRoots) {}
+
+  void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
+  std::u16string GetInformation() const override { return u"Compare with \"" + fFileName + u"\""; }
+  uint32_t GetFlags() const override { return kPrepares; }
+  int GetFailureCode() const override;
+
+ private:
+  const std::u16string fFileName;
+  IScanRoots& fRoots;
+};
+
+}  // namespace Kiv::PostScanActions

@@ -1,0 +1,43 @@
+#include "automation/ExportFile.h"
+
+#include "platform/Paths.h"
+#include "platform/Text.h"
+
+namespace Kiv::PostScanActions {
+
+void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
+  if (pIsCancelled)
+    throw EExportCancelled("Stopped: " + ToQuotedDisplay(pPath) + " was not written, an earlier one is untouched");
+}
+
+void TExportFile::Write(std::string_view pBytes) {
+  CheckNotCancelled(fIsCancelled(), Path());
+  fFile.Write(pBytes);
+}
+
+bool TExportFile::WriteLine(std::string_view pLine) {
+  Write(pLine);
+  fFile.Write("\r\n");
+  ++fLines;
+  return true;
+}
+
+std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart) {
+  constexpr std::u16string_view kPackedXML = u".xml.zip";
+  const std::u16string_view name = FileNameOfPath(pPath, NativePathDelimiter());
+  const bool isPackedXML = name.size() > kPackedXML.size() &&
+                           SameTextAscii(name.substr(name.size() - kPackedXML.size()), kPackedXML);
+  size_t dot = isPackedXML ? name.size() - kPackedXML.size() : name.rfind(u'.');
+  if (dot == std::u16string_view::npos || dot == 0) dot = name.size();
+  std::u16string path(pPath.substr(0, pPath.size() - name.size()));
+  return path.append(name.substr(0, dot)).append(pPart).append(name.substr(dot));
+}
+
+std::u16string NameForFiles(const IHierarchicalRoot& pRoot) {
+  const std::u16string path = pRoot.GetPath();
+  std::u16string name(FileNameOfPath(WithoutTrailingDelimiter(path, pRoot.GetPathDelimiter()), pRoot.GetPathDelimiter()));
+  std::erase_if(name, [](char16_t pUnit) { return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos; });
+  return name.empty() ? u"root" : name;
+}
+
+}  // namespace Kiv::PostScanActions

@@ -1,0 +1,7 @@
+#include "automation/ManualPage.h"
+
+namespace Vantrel::CommandLine {
+
+std::vector<std::string> ManualPage() { return {}; }
+
+}  // namespace Vantrel::CommandLine

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Vantrel::CommandLine {
+
+// The manual page, section 1, in man's macros, made from the switch and option tables; for "man -l -".
+std::vector<std::string> ManualPage();
+
+}  // namespace Vantrel::CommandLine

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace Kiv {
+
+// Whether there is anything at the path, or a folder; links are followed.
+bool PathExists(const std::u16string& pPath);
+bool FolderExists(const std::u16string& pPath);
+// Who may look into a new folder, on Linux; on Windows it inherits that from the one above.
+enum class TFolderAccess : uint8_t { faUsual, faUserAlone };
+// Creates the folder, and those above it that are missing. Does nothing for an empty path or for what is there already,
+// a file included: who then writes into it gets the failure. EOSError.
+void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess = TFolderAccess::faUsual);
+// A new folder for this user alone, in the system's place for temporary files. EOSError.
+std::u16string CreateTemporaryFolder();
+// Removes a file or an empty folder; what cannot be removed stays.
+void RemoveQuietly(const std::u16string& pPath) noexcept;
+
+}  // namespace Kiv
