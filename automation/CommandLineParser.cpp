@@ -23,10 +23,6 @@ bool StartsWithAscii(std::u16string_view pText, std::u16string_view pPrefix) {
   return SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix);
 }
 
-std::string RefusedValue(const TOptionInfo& pOption, std::string_view pValue) {
-  return std::string(pOption.fName) + ": \"" + std::string(pValue) + "\" is not allowed; expected " + pOption.fRange;
-}
-
 }  // namespace
 
 TSplitToken SplitSwitchValue(std::u16string_view pToken) {
@@ -237,14 +233,14 @@ size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens p
   }
   if (split.fHasValue) {
     if (option->fSet(pOptions, ToUtf8(split.fValue))) return 1;
-    pError = RefusedValue(*option, ToDisplay(split.fValue));
+    pError = RefusedValueText(*option, ToDisplay(split.fValue));
     return 0;
   }
   if (hasNext && option->fSet(pOptions, ToUtf8(pTokens[pIndex + 1]))) return 2;
   const bool takesTrue = option->fKind == TOptionKind::okBoolean;
   if (takesTrue && option->fSet(pOptions, "True")) return 1;
   pError = hasNext
-               ? RefusedValue(*option, ToDisplay(pTokens[pIndex + 1]))
+               ? RefusedValueText(*option, ToDisplay(pTokens[pIndex + 1]))
                : std::string(option->fName) + " needs a value: " + (option->fRange.empty() ? "text" : option->fRange);
   return 0;
 }

@@ -12,9 +12,9 @@
 #include "export/XMLUtils.h"
 #include "platform/FileStream.h"
 #include "platform/OutputFile.h"
+#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
-#include "platform/Folders.h"
 #include "platform/UserFolders.h"
 
 namespace Kiv::Options {
@@ -134,7 +134,7 @@ void TOptionsReader::ReadOption(TXMLAttributeSpan pAttributes) {
   if (!hasValue) return Skip(fmt::format("the option \"{}\" has no value", option->fName));
   const std::u16string value = TXMLUtils::ExactValue(pAttributes, u"Value", {});
   if (!option->fSet(fOptions, TextFromFile(*option, value)))
-    return Skip(fmt::format("{}: \"{}\" is not allowed; expected {}", option->fName, Shown(value), option->fRange));
+    return Skip(RefusedValueText(*option, Shown(value)));
   if (!fSet.insert(option).second)
     Skip(fmt::format("the option \"{}\" is set a second time; this is the value that counts", option->fName));
 }

@@ -311,6 +311,11 @@ TGlobalOptions::TGlobalOptions() {
   for (const TOptionInfo& option : Options()) option.fSet(*this, option.fDefault);
 }
 
+std::string RefusedValueText(const TOptionInfo& pOption, std::string_view pValue) {
+  return pOption.fName + ": \"" + std::string(pValue) + "\" is not allowed; expected " +
+         (pOption.fRange.empty() ? "text" : pOption.fRange);
+}
+
 std::span<const TOptionInfo> AllOptions() {
   return Options();
 }

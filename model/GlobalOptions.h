@@ -81,6 +81,10 @@ struct TOptionInfo {
   std::function<std::string(const TGlobalOptions&)> fGet;
 };
 
+// What is told of a value that an option does not take: 'MaximumThreads: "0" is not allowed; expected 1..256'. The value is
+// shown as it stands.
+std::string RefusedValueText(const TOptionInfo& pOption, std::string_view pValue);
+
 // All options, in the order in which help lists them.
 std::span<const TOptionInfo> AllOptions();
 // The option of a name, without regard to ASCII letter case; nullptr when there is none.

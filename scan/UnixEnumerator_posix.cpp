@@ -428,7 +428,9 @@ void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pN
   values.fAllocated = AllocatedSizeOf(facts);
   values.fLastAccessDate = FileTimeOf(pStatus.stx_atime);
   values.fLastChangeDate = FileTimeOf(pStatus.stx_mtime);
-  values.fCreationDate = (pStatus.stx_mask & STATX_BTIME) != 0 ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
+  // A file system that has grown from one without creation dates gives 1970 for its older files.
+  const bool isBorn = (pStatus.stx_mask & STATX_BTIME) != 0 && pStatus.stx_btime.tv_sec != 0;
+  values.fCreationDate = isBorn ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
   fEntry.fIsRepeatedTarget = false;
   fEntry.fIdentity = IdentityOf(pStatus);
   fEntry.fMountId = pStatus.stx_mnt_id;
