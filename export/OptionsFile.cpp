@@ -166,9 +166,10 @@ TLoadedOptions LoadOptionsFile(const std::u16string& pPath, TGlobalOptions& pOpt
   } catch (const EXMLError& error) {
     Refuse(pPath, error.what());
   } catch (const EOSError& error) {
+    const TErrorKind kind = ClassifyOSError(error.Code());
     throw EOptionsFileError(
         fmt::format("The options file {} cannot be read: {}", ToQuotedDisplay(pPath), OSErrorText(error.Code())),
-        ClassifyOSError(error.Code()) == TErrorKind::ekNotFound);
+        kind == TErrorKind::ekNotFound || kind == TErrorKind::ekAccessDenied);
   }
   pOptions = std::move(reader.Options());
   return std::move(reader.Loaded());

@@ -15,7 +15,8 @@ class EOptionsFileError : public EException {
  public:
   explicit EOptionsFileError(const std::string& pMessage, bool pIsMissing = false)
       : EException(pMessage), fIsMissing(pIsMissing) {}
-  // Whether there is no such file: nothing to tell of when nobody named it.
+  // Whether there is no such file for this user, as after "su", which leaves a home that is another's: nothing to tell of
+  // when nobody named the file.
   bool IsMissing() const { return fIsMissing; }
 
  private:

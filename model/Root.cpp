@@ -183,8 +183,10 @@ void TCustomRoot::Scan() {
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
                                   isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
   const bool reached = enumerator->GetErrorCode() == 0;
-  if (reached && !isFile)
-    top->SetEntryValues(enumerator->GetEntryValues(), kNoKey, !fConfiguration->GetFolderDateBasedOnFilesOnly());
+  if (reached && !isFile) {
+    const TKeyId owner = fConfiguration->GetDoUsersStatistics() ? TUserSizeArray::KeyOf(enumerator->GetOwner()) : kNoKey;
+    top->SetEntryValues(enumerator->GetEntryValues(), owner, !fConfiguration->GetFolderDateBasedOnFilesOnly());
+  }
   {
     TCriticalSectionLock lock(fLock);
     fFolderData = top;  // from here on others see it

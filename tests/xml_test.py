@@ -52,8 +52,9 @@ class Folder:
 
 
 def read_file(path):
-    """The header's texts and the folders by (path, whether the files node), without recursion: trees are deep."""
-    header, folders, stack, inside = {}, {}, [], []
+    """The header's texts, the folders by (path, whether the files node) and the largest files, as (path, size, allocated,
+    last change), without recursion: trees are deep."""
+    header, folders, largest, stack, inside = {}, {}, [], [], []
     for event, element in etree.iterparse(path, events=("start", "end")):
         if event == "start":
             inside.append(element.tag)
@@ -64,6 +65,10 @@ def read_file(path):
         if not stack:
             if len(inside) == 1:
                 header[element.tag] = element.text or ""
+            if element.tag == "TopFile":
+                of = element.attrib
+                largest.append((exact(of, "Path").rstrip("/") + "/" + exact(of, "name"), int(of["Size"]),
+                                int(of["Allocated"]), joined(of["LastChangeHigh"], of["LastChangeLow"])))
             continue
         folder = stack[-1]
         if element.tag == "SizeData":
@@ -72,7 +77,7 @@ def read_file(path):
             folder.attributes = int(element.text)
         elif element.tag == "Owner":
             folder.owner = element.text
-        elif element.tag in ("LastChangeDate", "CreationDate"):
+        elif element.tag in ("LastAccessDate", "LastChangeDate", "CreationDate"):
             folder.dates[element.tag] = joined(element.attrib["High"], element.attrib["Low"])
         elif element.tag == "Item" and inside[-1] == "TExtensionSizeArray":
             folder.extensions[exact(element.attrib, "name")] = tuple(
@@ -80,25 +85,32 @@ def read_file(path):
         elif element.tag == "Folder":
             folders[folder.path, folder.is_files_node] = stack.pop()
             element.clear()
-    return header, folders
+    return header, folders, largest
 
 
 class Walked:
     """A folder as os.scandir sees it, with all beneath it."""
 
     def __init__(self):
-        self.size = self.allocated = self.files = self.folders = self.changed = 0
+        self.size = self.allocated = self.files = self.folders = self.changed = self.accessed = 0
+        self.owner = ""
         self.extensions = {}  # of its own files
         self.own_files = 0
 
 
+def ticks(nanoseconds):
+    return nanoseconds // 100 + TICKS_OF_1970
+
+
 def walk(top):
-    """Folders by path; names that are no UTF-8 as the program has them. By handles, since paths may be too long."""
-    folders = {}
+    """Folders by path, and all files as the program lists the largest; names that are no UTF-8 as it has them. By handles,
+    since paths may be too long."""
+    folders, all_files = {}, []
 
     def visit(handle, path, status):
         folder = folders[path] = Walked()
-        folder.changed = status.st_mtime_ns
+        folder.changed, folder.accessed = status.st_mtime_ns, status.st_atime_ns
+        folder.owner = recount.owner_of(status.st_uid)
         with os.scandir(handle) as listing:
             names = [os.fsencode(entry.name) for entry in listing]
         for name in names:
@@ -113,7 +125,8 @@ def walk(top):
             else:
                 below = Walked()
                 below.size, below.allocated, below.files = child.st_size, child.st_blocks * 512, 1
-                below.changed = child.st_mtime_ns
+                below.changed, below.accessed = child.st_mtime_ns, child.st_atime_ns
+                all_files.append((f"{path}/{text}", below.size, below.allocated, ticks(child.st_mtime_ns)))
                 folder.files += 1
                 folder.own_files += 1
                 key = recount.extension_of(text)[:LONGEST_EXTENSION] or "<no extension>"
@@ -122,12 +135,13 @@ def walk(top):
             folder.size += below.size
             folder.allocated += below.allocated
             folder.changed = max(folder.changed, below.changed)
+            folder.accessed = max(folder.accessed, below.accessed)
         return folder
 
     handle = os.open(top, os.O_RDONLY | os.O_DIRECTORY)
     visit(handle, str(top), os.fstat(handle))
     os.close(handle)
-    return folders
+    return folders, all_files
 
 
 class LinuxFileTest(program_test.ProgramTest):
@@ -157,20 +171,24 @@ class LinuxFileTest(program_test.ProgramTest):
     def test_the_file_says_what_a_walk_finds(self):
         top = self.make_tree()
         self.write(str(top), "--xml", "scan.xml")
-        header, folders = read_file(self.folder / "scan.xml")
-        walked = walk(top)
+        header, folders, largest = read_file(self.folder / "scan.xml")
+        walked, files = walk(top)
         self.assertEqual(header["Path"], str(top))
         self.assertEqual(int(header["FoldersCount"]), len(walked) - 1)
         self.assertEqual({path for path, is_files_node in folders if not is_files_node}, set(walked))
         for path, expected in walked.items():
             folder = folders[path, False]
             self.assertEqual(folder.numbers, (expected.size, expected.allocated, expected.files, expected.folders), path)
-            self.assertEqual(folder.dates["LastChangeDate"], expected.changed // 100 + TICKS_OF_1970, path)
+            self.assertEqual(folder.dates["LastChangeDate"], ticks(expected.changed), path)
+            self.assertEqual(folder.dates["LastAccessDate"], ticks(expected.accessed), path)
+            self.assertEqual(folder.owner, expected.owner, path)
             self.assertTrue(folder.attributes & 16, path)
             holder = folders.get((path, True)) if expected.folders else folder
             self.assertEqual(holder is not None and holder.numbers[2] or 0, expected.own_files, path)
             found = {key: (size, files) for key, (size, _, files) in holder.extensions.items()} if holder else {}
             self.assertEqual(found, expected.extensions, path)
+        self.assertLessEqual(set(largest), set(files))
+        self.assertEqual([size for _, size, _, _ in largest], sorted((file[1] for file in files), reverse=True)[:100])
 
     def test_the_grammar_accepts_every_file(self):
         top = self.make_tree()
@@ -298,15 +316,14 @@ class OpenTests:
         self.small_scan()
         before = (self.folder / "scan.xml").read_bytes()
         (self.folder / "target.xml").mkdir()
-        for target in ("target.xml", "missing/scan.xml"):
+        for target, code in (("target.xml", WRONG_COMMAND_LINE), ("scan.xml/inside.xml", OUTPUT_FAILED)):
             run = self.run_program("--open", "scan.xml", "--xml", target)
-            self.assertEqual((run.code, run.out), (OUTPUT_FAILED, ""), run.err)
+            self.assertEqual((run.code, run.out), (code, ""), run.err)
             self.assertIn(target.split("/")[0], run.err)
-        run = self.run_program("--xml", "scan.xml", "--xml", "other.xml", ".")
+        run = self.run_program("--xml", "scan.xml", "--xml", "scan.xml", ".")
         self.assertEqual(run.code, WRONG_COMMAND_LINE)
         self.assertEqual((self.folder / "scan.xml").read_bytes(), before)
         self.assertEqual(sorted(os.listdir(self.folder)), ["scan.xml", "target.xml", "tree"])
-
 
     def test_a_comparison_shows_what_changed(self):
         self.make("tree/grown/f", 100)
