@@ -31,8 +31,8 @@ TIMEOUT = 120  # only there to catch a hang
 PASSWORD = "s3cret P\u00e4ssword"
 NASTY_TEXTS = ["Report", "", "Pr\u00fcfbericht f\u00fcr M\u00fcller", "\U0001f4be disk full \U0001f600" * 12, "x" * 1000,
                "\u00e4\U0001f600" * 300, "word " * 200 + "end", "=?utf-8?Q?no_word?=", 'say "yes" \\ no', " blanks ", ",;<>@"]
-FILE_NAMES = ["data.csv", "Pr\u00fcfbericht \U0001f600.xml", 'a "quoted" back%slash.txt', "n" * 180 + "\u00fc.ZIP", "x;y='z',.html",
-              "no extension", "\u4e2d" * 60 + ".pdf"]
+FILE_NAMES = ["data.csv", "Pr\u00fcfbericht \U0001f600.xml", 'a "quoted" back%slash.txt', "n" * 180 + "\u00fc.ZIP",
+              "x;y='z',.html", "no extension", "\u4e2d" * 60 + ".pdf"]
 TYPES = {".csv": "text/csv", ".xml": "application/xml", ".txt": "text/plain", ".zip": "application/zip", ".html": "text/html",
          ".pdf": "application/pdf"}
 
@@ -218,7 +218,8 @@ class Deliveries:
 
     def test_encryption(self):
         paths = self.certificate()
-        trust, mistrust = ({"SSL_CERT_FILE": self.native(known["certificate"])} for known in (paths, self.certificate("other")))
+        trust, mistrust = ({"SSL_CERT_FILE": self.native(known["certificate"])}
+                           for known in (paths, self.certificate("other")))
         for security in ("starttls", "tls"):
             with self.subTest(security=security), self.server(security=security, user="u", password=PASSWORD, **paths) as port:
                 login = {"port": port, "security": security, "user": "u", "password": PASSWORD}
@@ -242,10 +243,11 @@ class Deliveries:
 class Refusals:
     """What users are told, on both platforms."""
 
-    def test_refused_recipients_and_sizes(self):
+    def test_refused_recipients_and_mails(self):
         with self.server(largest=100_000) as port:
             self.assert_refused("the recipient <nobody@example.org>", "550 5.1.1", port=port,
                                 to="a@example.org;nobody@example.org;b@example.org")
+            self.assert_refused("refuses the mail", "554 5.7.1", port=port, subject="spam")
             self.assert_refused("552", "size", port=port, attach=[self.file("large.bin", bytes(100_000))])
 
     def test_attachments_that_cannot_be_read(self):
@@ -301,6 +303,8 @@ class Refusals:
                 ((b"554 go\x1b[31m away\r\n",), ("554 go\\x1B[31m away",)),
                 ((*hello, b"235 in\r\n", b"550-first line\r\n550 second line\r\n"),
                  ("<sender@example.org>", "first line second line")),
+                # No login is offered, so that it goes on without.
+                ((hello[0], b"250 hi\r\n", b"530 log in first\r\n"), ("refuses this mail from", "530 log in first")),
                 ((*hello, f"535 {PASSWORD} is wrong\r\n".encode()), ('"u"', "password"))):
             with self.subTest(replies=replies), self.scripted(*replies) as port:
                 self.assert_refused(f'"127.0.0.1:{port}"', *words, port=port, user="u", password=PASSWORD)
