@@ -4,8 +4,9 @@
 
 namespace Kiv::Mail {
 
-// The functions of libcurl that mail needs. On Linux the library is loaded when they are first asked for: linked, it and
-// the thirty libraries it wants itself add 8 milliseconds and more to every start of the program, and few runs send mail.
+// The functions of libcurl that mail needs. On Linux the library is loaded when they are first asked for: linked, it
+// and the thirty libraries it wants itself add 8 milliseconds and more to every start of the program, and few runs send
+// mail.
 struct TCurlLibrary {
   decltype(&curl_easy_init) fInit = nullptr;
   decltype(&curl_easy_setopt) fSetOption = nullptr;

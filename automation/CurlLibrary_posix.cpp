@@ -1,9 +1,8 @@
-#include "automation/CurlLibrary.h"
-
 #include <dlfcn.h>
 
 #include <string>
 
+#include "automation/CurlLibrary.h"
 #include "automation/Mail.h"
 
 namespace Kiv::Mail {

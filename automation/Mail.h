@@ -34,17 +34,17 @@ class EMailError : public EException {
   using EException::EException;
 };
 
-// Sends the mail to all of its recipients or, with an exception, to none: EMailError, and EInvalidArgumentValue for what
-// is no address. Returns when the server or sendmail has taken it over; a server that is silent for a minute is given up.
-// Attachments are read while they are sent and never held as a whole. For one thread at a time.
+// Sends the mail to all of its recipients or, with an exception, to none: EMailError, and EInvalidArgumentValue for
+// what is no address. Returns when the server or sendmail has taken it over; a server that is silent for a minute is
+// given up. Attachments are read while they are sent and never held as a whole. For one thread at a time.
 void SendMail(const TMailMessage& pMessage, const TMailServer& pServer);
 
-// The parts of a list of addresses, separated by ";" or ","; in quotes and angle brackets these separate nothing. Blanks
-// around a part are taken off, empty parts left out. The parts are not checked.
+// The parts of a list of addresses, separated by ";" or ","; in quotes and angle brackets these separate nothing.
+// Blanks around a part are taken off, empty parts left out. The parts are not checked.
 std::vector<std::u16string> SplitMailAddresses(std::u16string_view pText);
 
-// Throws EInvalidArgumentValue with a text for the user when it is no address that a mail can be sent to, with or without
-// a name. Line breaks and other control characters never pass, so that nobody slips lines into a mail's header.
+// Throws EInvalidArgumentValue with a text for the user when it is no address that a mail can be sent to, with or
+// without a name. Line breaks and other control characters never pass, so that nobody slips lines into a mail's header.
 void CheckMailAddress(std::u16string_view pText);
 
 }  // namespace Kiv::Mail

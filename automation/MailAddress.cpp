@@ -17,7 +17,9 @@ bool IsLetterOrDigit(char pChar) {
   return (pChar >= 'a' && pChar <= 'z') || (pChar >= 'A' && pChar <= 'Z') || (pChar >= '0' && pChar <= '9');
 }
 
-bool IsControl(char16_t pChar) { return pChar < 0x20 || (pChar >= 0x7F && pChar < 0xA0); }
+bool IsControl(char16_t pChar) {
+  return pChar < 0x20 || (pChar >= 0x7F && pChar < 0xA0);
+}
 
 std::u16string_view Trimmed(std::u16string_view pText) {
   while (!pText.empty() && pText.front() == u' ') pText.remove_prefix(1);
@@ -91,11 +93,14 @@ TMailAddress ParseMailAddress(std::u16string_view pText) {
                                 " is no mail address: only a name in front of it may hold letters beyond a to z");
   }
   result.fAddress.assign(address.begin(), address.end());
-  if (!right || !IsAddress(result.fAddress)) throw EInvalidArgumentValue(ToQuotedDisplay(pText) + " is no mail address");
+  if (!right || !IsAddress(result.fAddress))
+    throw EInvalidArgumentValue(ToQuotedDisplay(pText) + " is no mail address");
   return result;
 }
 
-void CheckMailAddress(std::u16string_view pText) { ParseMailAddress(pText); }
+void CheckMailAddress(std::u16string_view pText) {
+  ParseMailAddress(pText);
+}
 
 std::vector<std::u16string> SplitMailAddresses(std::u16string_view pText) {
   std::vector<std::u16string> parts;

@@ -26,7 +26,7 @@ struct TConversation {
   std::exception_ptr fFailure;  // of reading the mail
   std::string fAddress;         // the sender or recipient whom the last command was about; empty for other commands
   bool fIsRecipient = false;
-  std::string fReply;  // the server's last answer, which may have several lines
+  std::string fReply;     // the server's last answer, which may have several lines
   bool fLeaving = false;  // what comes now is politeness
 };
 
@@ -111,8 +111,9 @@ std::string Url(const TMailServer& pServer) {
 
 void CheckServer(const TMailServer& pServer) {
   if (!IsHostName(pServer.fHost)) {
-    throw EMailError(fmt::format("{} is no name of a mail server: give the host's name alone, and the port apart from it.",
-                                 ToQuotedDisplay(FromUtf8(pServer.fHost))));
+    throw EMailError(
+        fmt::format("{} is no name of a mail server: give the host's name alone, and the port apart from it.",
+                    ToQuotedDisplay(FromUtf8(pServer.fHost))));
   }
   if (Port(pServer) < kLowestPort || Port(pServer) > kHighestPort)
     throw EMailError(fmt::format("{} is no port of a mail server: expected 1..65535.", pServer.fPort));
@@ -224,7 +225,9 @@ std::string Answer(const TConversation& pConversation, const TMailServer& pServe
 }
 
 // Whether the last thing that the server said was a refusal.
-bool IsRefusal(std::string_view pReply) { return !pReply.empty() && (pReply[0] == '4' || pReply[0] == '5'); }
+bool IsRefusal(std::string_view pReply) {
+  return !pReply.empty() && (pReply[0] == '4' || pReply[0] == '5');
+}
 
 std::string Refusal(const TConversation& pConversation) {
   if (pConversation.fAddress.empty()) return "refuses the mail.";
@@ -244,7 +247,8 @@ std::string Reason(CURLcode pCode, const std::string& pDetail, const TConversati
     case CURLE_OPERATION_TIMEDOUT:
       return "has been silent for too long: try again later, or check its port and the kind of encryption.";
     case CURLE_USE_SSL_FAILED:
-      return "offers no encryption by STARTTLS: choose TLS from the start, or none for a server that you trust." + answer;
+      return "offers no encryption by STARTTLS: choose TLS from the start, or none for a server that you trust." +
+             answer;
     case CURLE_PEER_FAILED_VERIFICATION:
       return "shows a certificate that is not trusted (" + pDetail +
              "): add the certificate of its authority to the system's, or name the file of it in SSL_CERT_FILE.";
@@ -253,7 +257,8 @@ std::string Reason(CURLcode pCode, const std::string& pDetail, const TConversati
     case CURLE_SSL_CONNECT_ERROR:
       return "does not agree on encryption (" + pDetail + "): check its port and the kind of encryption.";
     case CURLE_LOGIN_DENIED:
-      return "does not let the user " + ToQuotedDisplay(FromUtf8(pServer.fUser)) + " in: check user and password." + answer;
+      return "does not let the user " + ToQuotedDisplay(FromUtf8(pServer.fUser)) + " in: check user and password." +
+             answer;
     default:
       break;
   }

@@ -57,7 +57,8 @@ bool IsSevenBitText(std::string_view pText) {
   size_t length = 0;
   for (const char character : pText) {
     length = character == '\n' ? 0 : length + 1;
-    const bool allowed = (character >= ' ' && character <= '~') || character == '\t' || character == '\r' || character == '\n';
+    const bool allowed =
+        (character >= ' ' && character <= '~') || character == '\t' || character == '\r' || character == '\n';
     if (!allowed || length > kLongestTextLine) return false;
   }
   return true;
@@ -75,7 +76,9 @@ uint64_t EncodedSize(uint64_t pSize) {
   return (pSize + 2) / 3 * 4 + lines * 2;
 }
 
-std::string ClosingLine(std::string_view pBoundary) { return fmt::format("\r\n--{}--\r\n", pBoundary); }
+std::string ClosingLine(std::string_view pBoundary) {
+  return fmt::format("\r\n--{}--\r\n", pBoundary);
+}
 
 // Reads on until the buffer is full or the file at its end; a read may give less than was asked for.
 size_t ReadFully(TFileStream& pFile, std::string& pBuffer) {
@@ -114,7 +117,8 @@ TMailSource::TMailSource(const TMailMessage& pMessage, const TMailEnvelope& pEnv
   fSize += fPiece.size();
 }
 
-std::string TMailSource::Header(const TMailMessage& pMessage, const TMailEnvelope& pEnvelope, const TMailStamp& pStamp) {
+std::string TMailSource::Header(const TMailMessage& pMessage, const TMailEnvelope& pEnvelope,
+                                const TMailStamp& pStamp) {
   std::string header = fmt::format("Date: {}\r\n", MailDate(pStamp.fTime));
   if (pEnvelope.fFrom) header += AddressHeader("From", {*pEnvelope.fFrom});
   header += AddressHeader("To", pEnvelope.fTo);

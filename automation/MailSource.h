@@ -30,8 +30,9 @@ struct TMailStamp {
 };
 
 // A mail as the bytes that go over the wire: header, text, and the attachments one after the other, each read from its
-// file when its turn comes. Lines end with CRLF and hold ASCII only. libcurl has a composer as well, but none that another
-// program could be fed with, and it leaves texts beyond ASCII to its caller; so both ways of sending share this one.
+// file when its turn comes. Lines end with CRLF and hold ASCII only. libcurl has a composer as well, but none that
+// another program could be fed with, and it leaves texts beyond ASCII to its caller; so both ways of sending share this
+// one.
 class TMailSource final : public IByteSource {
  public:
   // Opens all attachments, so that a missing one is found before anything is sent: EOSError that names it.

@@ -69,7 +69,8 @@ std::string Quoted(std::string_view pText) {
   return result + '"';
 }
 
-// Names stand in quotes also where they need not: the rules for when they need not are long, and readers do not show them.
+// Names stand in quotes also where they need not: the rules for when they need not are long, and readers do not show
+// them.
 std::string AddressText(const TMailAddress& pAddress) {
   if (pAddress.fName.empty()) return pAddress.fAddress;
   const std::string name = WithoutControls(ToUtf8(pAddress.fName));
@@ -78,12 +79,14 @@ std::string AddressText(const TMailAddress& pAddress) {
   return (plain ? Quoted(name) : EncodedWords(name)) + "\r\n <" + pAddress.fAddress + ">";
 }
 
-// Percent signs for everything but letters, digits and a few marks, so that no part is cut in the middle of a character.
+// Percent signs for everything but letters, digits and a few marks, so that no part is cut in the middle of a
+// character.
 std::string PercentEncoded(std::string_view pUtf8) {
   std::string result;
   for (const char character : pUtf8) {
     const bool plain = (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-                       (character >= 'a' && character <= 'z') || character == '.' || character == '-' || character == '_';
+                       (character >= 'a' && character <= 'z') || character == '.' || character == '-' ||
+                       character == '_';
     if (plain) {
       result += character;
     } else {

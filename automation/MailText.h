@@ -7,8 +7,8 @@
 #include "automation/MailAddress.h"
 #include "platform/FileTime.h"
 
-// The pieces of a mail's header and their encodings. Whatever goes in, what comes out is ASCII without control characters
-// but its own line ends, CRLF, and no line is longer than mail allows.
+// The pieces of a mail's header and their encodings. Whatever goes in, what comes out is ASCII without control
+// characters but its own line ends, CRLF, and no line is longer than mail allows.
 namespace Kiv::Mail {
 
 // Lines of 76 characters, each ended by CRLF. Whole lines may be encoded one by one.

@@ -50,8 +50,8 @@ std::vector<std::string> Arguments(const TMailEnvelope& pEnvelope) {
 bool FeedMail(TMailSource& pMail, TChildProcess& pProcess) {
   std::string buffer(kBufferSize, '\0');
   while (const size_t length = pMail.Read(buffer.data(), buffer.size())) {
-    // Programs on this side of the wire expect the system's own line ends. A composed mail has a carriage return nowhere
-    // else.
+    // Programs on this side of the wire expect the system's own line ends. A composed mail has a carriage return
+    // nowhere else.
     std::string lines = buffer.substr(0, length);
     lines.erase(std::remove(lines.begin(), lines.end(), '\r'), lines.end());
     if (!pProcess.Feed(lines)) return false;
@@ -88,8 +88,9 @@ void SendToSendmail(TMailSource& pMail, const TMailEnvelope& pEnvelope, const st
     Check(program, process.Finish(), complete);
   } catch (const EOSError& error) {
     if (error.Object() != FromNativeBytes(program)) throw;
-    throw EMailError(fmt::format("The mail program {} failed: {}. Check that it is there and works, or name a mail server.",
-                                 ToQuotedDisplay(error.Object()), OSErrorText(error.Code())));
+    throw EMailError(
+        fmt::format("The mail program {} failed: {}. Check that it is there and works, or name a mail server.",
+                    ToQuotedDisplay(error.Object()), OSErrorText(error.Code())));
   }
 }
 

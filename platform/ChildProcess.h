@@ -24,8 +24,8 @@ class TChildProcess final {
   // Starts it; the program is a path. Whenever it shows no sign of life for the given time, waiting for it ends with an
   // EOSError and, when this object goes, with the program's.
   TChildProcess(const std::string& pProgram, const std::vector<std::string>& pArguments, int64_t pPatienceMilliseconds);
-  // Ends the program at once unless Finish was called. It never sees an end of its input then, and so cannot take half of it
-  // for the whole.
+  // Ends the program at once unless Finish was called. It never sees an end of its input then, and so cannot take half
+  // of it for the whole.
   ~TChildProcess();
   TChildProcess(const TChildProcess&) = delete;
   TChildProcess& operator=(const TChildProcess&) = delete;

@@ -1,5 +1,3 @@
-#include "platform/ChildProcess.h"
-
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -10,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 
+#include "platform/ChildProcess.h"
 #include "platform/Errors.h"
 #include "platform/System.h"
 #include "platform/Text.h"
@@ -60,7 +59,9 @@ class TSpawnSettings {
 
 }  // namespace
 
-bool TChildProcess::IsAvailable() { return true; }
+bool TChildProcess::IsAvailable() {
+  return true;
+}
 
 TChildProcess::TChildProcess(const std::string& pProgram, const std::vector<std::string>& pArguments,
                              int64_t pPatienceMilliseconds)

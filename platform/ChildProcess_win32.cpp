@@ -1,5 +1,4 @@
 #include "platform/ChildProcess.h"
-
 #include "platform/Errors.h"
 #include "platform/Text.h"
 #include "platform/Win32_win32.h"
@@ -8,7 +7,9 @@ namespace Kiv {
 
 // Nothing on Windows starts programs yet.
 
-bool TChildProcess::IsAvailable() { return false; }
+bool TChildProcess::IsAvailable() {
+  return false;
+}
 
 TChildProcess::TChildProcess(const std::string& pProgram, const std::vector<std::string>&,
                              int64_t pPatienceMilliseconds)
@@ -18,8 +19,12 @@ TChildProcess::TChildProcess(const std::string& pProgram, const std::vector<std:
 
 TChildProcess::~TChildProcess() = default;
 
-bool TChildProcess::Feed(std::string_view) { return false; }
+bool TChildProcess::Feed(std::string_view) {
+  return false;
+}
 
-TChildResult TChildProcess::Finish() { return {}; }
+TChildResult TChildProcess::Finish() {
+  return {};
+}
 
 }  // namespace Kiv

@@ -1,14 +1,15 @@
-#include "platform/Identity.h"
-
 #include <netdb.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "platform/Identity.h"
 #include "platform/OwnerNames.h"
 
 namespace Kiv {
 
-std::u16string CurrentUserName() { return OwnerNameOfUser(geteuid()); }
+std::u16string CurrentUserName() {
+  return OwnerNameOfUser(geteuid());
+}
 
 std::string FullHostName() {
   char buffer[256];

@@ -1,8 +1,7 @@
-#include "platform/Identity.h"
-
 #include <string>
 #include <string_view>
 
+#include "platform/Identity.h"
 #include "platform/Text.h"
 #include "platform/Win32_win32.h"
 

@@ -3,7 +3,7 @@ recipients, user and whether the line was encrypted. Prints its port, then serve
 
 Usage: mail_server.py FOLDER SETTINGS, with these settings as JSON, all of them optional: "user" and "password" (then nobody
 else may send), "security" ("starttls" or "tls") with "certificate" and "key", "largest" (bytes of a mail). Recipients that
-begin with "nobody" are refused.
+begin with "nobody" and mails about "spam" are refused.
 """
 
 import asyncio
@@ -27,6 +27,8 @@ class Keeper:
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
+        if b"\r\nSubject: spam\r\n" in envelope.content:
+            return "554 5.7.1 looks like spam"
         facts = {"from": envelope.mail_from, "to": envelope.rcpt_tos, "user": session.auth_data,
                  "encrypted": session.ssl is not None or server.transport.get_extra_info("sslcontext") is not None}
         (self.folder / f"{self.count}.eml").write_bytes(envelope.content)

@@ -1,10 +1,9 @@
-#include "automation/Mail.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
+#include "automation/Mail.h"
 #include "automation/MailAddress.h"
 #include "automation/MailSource.h"
 #include "automation/MailText.h"
@@ -54,11 +53,47 @@ TEST(MailTest, AddressesAreTakenApart) {
 }
 
 TEST(MailTest, WhatIsNoAddressIsRefused) {
-  for (const std::u16string_view text :
-       {u"", u" ", u"a", u"@", u"a@", u"@b", u"a@b@c", u"a b@c", u"a@b c", u".a@b", u"a.@b", u"a..b@c", u"a@.b", u"a@b.",
-        u"a@b..c", u"a@b_c", u"<a@b", u"a@b>", u"<>", u">", u"<", u"><", u"n <a@b> x", u"n <m> <a@b>", u"n <a@b>>",
-        u"\"n <a@b>", u"\"n\"x <a@b>", u"n\" <a@b>", u"\"n\\\" <a@b>", u"a@b\n", u"a@b\r\nBcc: c@d", u"n\nm <a@b>",
-        u"\"n\\\nm\" <a@b>", u"n\u0085m <a@b>", u"-f@b", u"<-f@b>", u"a,b@c", u"a@[]", u"a@[b", u"\u00E4@b", u"a@\u00E4.de"}) {
+  for (const std::u16string_view text : {u"",
+                                         u" ",
+                                         u"a",
+                                         u"@",
+                                         u"a@",
+                                         u"@b",
+                                         u"a@b@c",
+                                         u"a b@c",
+                                         u"a@b c",
+                                         u".a@b",
+                                         u"a.@b",
+                                         u"a..b@c",
+                                         u"a@.b",
+                                         u"a@b.",
+                                         u"a@b..c",
+                                         u"a@b_c",
+                                         u"<a@b",
+                                         u"a@b>",
+                                         u"<>",
+                                         u">",
+                                         u"<",
+                                         u"><",
+                                         u"n <a@b> x",
+                                         u"n <m> <a@b>",
+                                         u"n <a@b>>",
+                                         u"\"n <a@b>",
+                                         u"\"n\"x <a@b>",
+                                         u"n\" <a@b>",
+                                         u"\"n\\\" <a@b>",
+                                         u"a@b\n",
+                                         u"a@b\r\nBcc: c@d",
+                                         u"n\nm <a@b>",
+                                         u"\"n\\\nm\" <a@b>",
+                                         u"n\u0085m <a@b>",
+                                         u"-f@b",
+                                         u"<-f@b>",
+                                         u"a,b@c",
+                                         u"a@[]",
+                                         u"a@[b",
+                                         u"\u00E4@b",
+                                         u"a@\u00E4.de"}) {
     EXPECT_THROW(CheckMailAddress(text), EInvalidArgumentValue) << std::string(text.begin(), text.end());
   }
   EXPECT_THROW(CheckMailAddress(std::u16string(65, u'l') + u"@b"), EInvalidArgumentValue);
@@ -112,20 +147,21 @@ TEST(MailTest, ReadsTheSameInPiecesOfAnySize) {
   }
 }
 
-// Whatever is in a name or a subject: ASCII, no line that is too long, and no line that could begin a header of its own.
+// Whatever is in a name or a subject: ASCII, no line that is too long, and no line that could begin a header of its
+// own.
 TEST(MailTest, HeadersKeepTheirFormForAnyText) {
   Vantrel::Testing::TNastyText nasty(11);
   for (int round = 0; round < 3000; ++round) {
     const std::u16string text = nasty.Next(60);
-    for (const std::string& header :
-         {TextHeader("Subject", text), AddressHeader("To", {{text, "a@b"}, {text, "c@d"}}),
-          "Content-Disposition: attachment" + FileNameParameter(text) + "\r\n"}) {
+    for (const std::string& header : {TextHeader("Subject", text), AddressHeader("To", {{text, "a@b"}, {text, "c@d"}}),
+                                      "Content-Disposition: attachment" + FileNameParameter(text) + "\r\n"}) {
       ASSERT_TRUE(header.ends_with("\r\n"));
       size_t start = 0;
       for (size_t end = header.find("\r\n"); end != std::string::npos; end = header.find("\r\n", start)) {
         const std::string line = header.substr(start, end - start);
         ASSERT_LE(line.size(), 78u);
-        ASSERT_TRUE(std::all_of(line.begin(), line.end(), [](char pChar) { return pChar >= ' ' && pChar <= '~'; })) << line;
+        ASSERT_TRUE(std::all_of(line.begin(), line.end(), [](char pChar) { return pChar >= ' ' && pChar <= '~'; }))
+            << line;
         ASSERT_TRUE(start == 0 || line.find_first_not_of(' ') == 1) << header;
         start = end + 2;
       }
