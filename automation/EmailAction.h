@@ -17,6 +17,7 @@ class TEmailPostScanAction : public TBasePostScanAction {
                        Mail::TMailMessage pMessage, Mail::TMailServer pServer, bool pAttachReport,
                        std::string pProgramName);
 
+  void Prepare() override { Mail::CheckMailServer(fServer); }
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
   void Finish() override;
   std::u16string GetInformation() const override { return u"Mail to " + GetMailTo(); }

@@ -46,6 +46,13 @@ std::string IdHost(const TMailEnvelope& pEnvelope) {
 
 }  // namespace
 
+void CheckMailServer(const TMailServer& pServer) {
+  if (pServer.fHost.empty())
+    CheckSendmail(pServer.fSendmail);
+  else
+    CheckServer(pServer);
+}
+
 void SendMail(const TMailMessage& pMessage, const TMailServer& pServer) {
   const TMailEnvelope envelope = Envelope(pMessage, pServer);
   try {

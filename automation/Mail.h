@@ -39,6 +39,10 @@ class EMailError : public EException {
 // given up. Attachments are read while they are sent and never held as a whole. For one thread at a time.
 void SendMail(const TMailMessage& pMessage, const TMailServer& pServer);
 
+// Throws the EMailError that SendMail is bound to throw: there is no way to send a mail, or one that cannot be right. For
+// whoever has hours of work before the mail.
+void CheckMailServer(const TMailServer& pServer);
+
 // The parts of a list of addresses, separated by ";" or ","; in quotes and angle brackets these separate nothing.
 // Blanks around a part are taken off, empty parts left out. The parts are not checked.
 std::vector<std::u16string> SplitMailAddresses(std::u16string_view pText);

@@ -109,6 +109,8 @@ std::string Url(const TMailServer& pServer) {
   return fmt::format("{}://{}:{}", protocol, host, Port(pServer));
 }
 
+}  // namespace
+
 void CheckServer(const TMailServer& pServer) {
   if (!IsHostName(pServer.fHost)) {
     throw EMailError(
@@ -118,6 +120,8 @@ void CheckServer(const TMailServer& pServer) {
   if (Port(pServer) < kLowestPort || Port(pServer) > kHighestPort)
     throw EMailError(fmt::format("{} is no port of a mail server: expected 1..65535.", pServer.fPort));
 }
+
+namespace {
 
 // The connection and the list of recipients, with their options.
 class TConnection {

@@ -33,8 +33,8 @@ std::string FindSendmail() {
     if (IsThere(place)) return place;
   }
   throw EMailError(
-      "No mail server is named, and this system has no sendmail program: name a mail server, or install a program that "
-      "brings sendmail.");
+      "No mail server is named, and this system has no sendmail program: name a mail server (option MailServer), or "
+      "install a program that brings sendmail.");
 }
 
 // "--" keeps whatever follows from being taken for an option. Dots on lines of their own mean nothing with -i.
@@ -78,9 +78,14 @@ void Check(const std::string& pProgram, const TChildResult& pResult, bool pCompl
 
 }  // namespace
 
-void SendToSendmail(TMailSource& pMail, const TMailEnvelope& pEnvelope, const std::string& pProgram) {
+void CheckSendmail(const std::string& pProgram) {
   if (!TChildProcess::IsAvailable())
     throw EMailError("No mail server is named, and this system has no sendmail program: name a mail server.");
+  if (pProgram.empty()) FindSendmail();
+}
+
+void SendToSendmail(TMailSource& pMail, const TMailEnvelope& pEnvelope, const std::string& pProgram) {
+  CheckSendmail(pProgram);
   const std::string program = pProgram.empty() ? FindSendmail() : pProgram;
   try {
     TChildProcess process(program, Arguments(pEnvelope), kPatienceMilliseconds);
