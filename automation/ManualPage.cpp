@@ -17,7 +17,7 @@ namespace {
 
 using TLines = std::vector<std::string>;
 
-constexpr std::string_view kBegin = R"(.\" Made by "vantrel \-\-help man".
+constexpr std::string_view kBegin = R"(.\" Made by "vantrel --help man".
 .TH VANTREL 1 "" Vantrel "User Commands"
 .SH NAME
 vantrel \- scan folders and report where the space went
