@@ -220,11 +220,11 @@ int TApplication::OpenAndScan() {
     return WriteFailures();
   }
   int result = ecOk;
-  for (size_t i = 0; i < fState.fOpenFiles.size(); ++i) {
+  for (size_t i = 0; i < fState.fOpenFiles.size() && fActions.CanWriteMore(); ++i) {
     fPathsLeft = fState.fPaths.size() + fState.fOpenFiles.size() - i - 1;
     result = std::max(result, OpenFiles(*roots, fState.fOpenFiles[i]));
   }
-  if (result != ecOutputFailed) result = std::max(result, ScanPaths(*roots, fState.fPaths));
+  result = std::max(result, ScanPaths(*roots, fState.fPaths));
   fActions.FinishActions();
   result = std::max(result, WriteFailures());
   if (fSettings.fLeaveQuickly) {
@@ -283,9 +283,9 @@ int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string
       result = std::max<int>(result, ecCancelled);
       continue;
     }
+    if (!fActions.CanWriteMore()) break;  // nobody would see the other reports
     --fPathsLeft;
     result = std::max(result, ScanPath(pRoots, path));
-    if (result == ecOutputFailed) break;  // nobody would see the other reports
   }
   return result;
 }

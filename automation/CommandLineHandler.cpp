@@ -66,8 +66,10 @@ void TCommandLineHandler::Reset() {
 
 void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   Reset();
-  fIsMailed = fParser.FindSwitch(u"EMAIL", pTokens);
-  LoadOptionsFiles(pTokens);
+  const TTokens switches = pTokens.first(
+      static_cast<size_t>(std::find(pTokens.begin(), pTokens.end(), u"--") - pTokens.begin()));
+  fIsMailed = fParser.FindSwitch(u"EMAIL", switches) || !fParser.FindPathsAfterSwitch(u"EMAIL", switches).empty();
+  LoadOptionsFiles(switches);
   for (size_t i = 0; i < pTokens.size();) {
     const std::u16string& token = pTokens[i];
     if (token == u"--") {  // paths from here on, whatever they begin with
@@ -115,8 +117,9 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMay
 size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
   const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
   const std::string shown = ToDisplay(split.fSwitch);
-  const bool seen = std::find(fSeen.begin(), fSeen.end(), &pSwitch) != fSeen.end();
-  fSeen.push_back(&pSwitch);
+  const TSwitch* main = &MainSwitchOf(pSwitch);
+  const bool seen = std::find(fSeen.begin(), fSeen.end(), main) != fSeen.end();
+  fSeen.push_back(main);
   if (seen && !pSwitch.fItem.fRepeatable) {
     fErrors.push_back("The command line option " + shown +
                       " is allowed only once. You may however specify multiple values separated by semicolon.");
@@ -128,12 +131,17 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
     fErrors.push_back("The command line option " + shown + " takes no value");
     return 1;
   }
+  if (split.fHasValue && kind == TValueKind::vkOptionalBoolean && !fParser.IsValueOfKind(split.fValue, kind)) {
+    fErrors.push_back(fmt::format("{}: {} is not allowed; expected true|false", shown, Kiv::ToQuotedDisplay(split.fValue)));
+    return 1;
+  }
   size_t next = pIndex + 1;
   std::vector<std::u16string> values;
   if (split.fHasValue)
     values.emplace_back(split.fValue);
   else
     values = TakeValues(pSwitch, pTokens, next);
+  if (kind == TValueKind::vkPath) std::erase(values, std::u16string());  // an empty variable of a script
   if (pSwitch.fApply == nullptr) {
     fErrors.push_back(fmt::format("{}: {}", shown, pSwitch.fHelp));
     return next - pIndex;
@@ -178,11 +186,14 @@ void TCommandLineHandler::ApplyValue(const TSwitch& pSwitch, const std::string& 
 
 // --- files to write ------------------------------------------------------------------------------------------------
 
-bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u16string* pToken) {
+bool TCommandLineHandler::IsFileName(const std::u16string& pToken) const {
   constexpr char16_t kAnyDelimiter = u'\\';
-  const bool isFile = pToken != nullptr && !pToken->empty() && !fParser.IsSwitch(*pToken) && *pToken != u"--" &&
-                      !pToken->ends_with(kAnyDelimiter) && !pToken->ends_with(u'/') && !Kiv::FolderExists(*pToken);
-  if (isFile) return true;
+  return !pToken.empty() && !fParser.IsSwitch(pToken) && pToken != u"--" && !pToken.ends_with(kAnyDelimiter) &&
+         !pToken.ends_with(u'/') && !Kiv::FolderExists(pToken);
+}
+
+bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u16string* pToken) {
+  if (pToken != nullptr && IsFileName(*pToken)) return true;
   fErrors.push_back(fmt::format("A file path was expected after the command line parameter {}, but found: {}", pShown,
                                 pToken == nullptr ? "" : ToDisplay(*pToken)));
   return false;
@@ -198,8 +209,9 @@ size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTo
   }
   const bool hasNext = pIndex + 1 < pTokens.size();
   const bool isSwitch = hasNext && (fParser.IsSwitch(pTokens[pIndex + 1]) || pTokens[pIndex + 1] == u"--");
+  // Then a folder behind the switch is a path to scan.
   const bool mayBeMissing = pSwitch.fItem.fValueKind == TValueKind::vkOptionalFile || fIsMailed;
-  if (mayBeMissing && (!hasNext || isSwitch)) {
+  if (mayBeMissing && (!hasNext || !IsFileName(pTokens[pIndex + 1]))) {
     ApplyValue(pSwitch, shown, {});
     return 1;
   }
@@ -226,7 +238,10 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
 
 // The nearest switch or option, when it is near enough to have been meant.
 std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
-  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pToken);
+  // "/CSV=file": with two dashes it would be right.
+  const std::u16string_view front = Kiv::WithoutJoinedValue(pToken);
+  const bool isJoined = front.size() < pToken.size() && fParser.NamesKnown(front);
+  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(isJoined ? front : pToken);
   constexpr size_t kLongestName = 64;  // whatever is longer is a text that went astray
   const std::u16string typed = Folded(name.substr(0, kLongestName));
   std::u16string best;
@@ -240,8 +255,8 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
   for (const Kiv::TCommandLineItem& item : fParser.RegisteredSwitches()) consider(item.fName);
   for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) consider(Kiv::FromUtf8(option.fName));
   if (best.empty()) return {};
-  const std::u16string_view indicator = pToken.substr(0, pToken.size() - name.size());
-  return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + "?";
+  const std::u16string_view indicator = isJoined ? u"--" : pToken.substr(0, pToken.size() - name.size());
+  return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + (isJoined ? "=?" : "?");
 }
 
 // --- the whole -----------------------------------------------------------------------------------------------------

@@ -2,8 +2,15 @@
 
 #include "automation/ExitCodes.h"
 #include "export/XMLCompareReader.h"
+#include "platform/FileStream.h"
+#include "platform/Folders.h"
 
 namespace Kiv::PostScanActions {
+
+// A file that is missing is better known before hours of scanning. A pipe can be opened only once.
+void TComparePostScanAction::Prepare() {
+  if (!SpecialFileExists(fFileName)) TFileStream::OpenForReading(fFileName);
+}
 
 void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(fFileName, pRoot, fRoots);

@@ -13,6 +13,7 @@ class TComparePostScanAction : public TBasePostScanAction {
   TComparePostScanAction(std::u16string pFileName, IScanRoots& pRoots)
       : fFileName(std::move(pFileName)), fRoots(pRoots) {}
 
+  void Prepare() override;
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
   std::u16string GetInformation() const override { return u"Compare with \"" + fFileName + u"\""; }
   uint32_t GetFlags() const override { return kPrepares; }

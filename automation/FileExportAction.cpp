@@ -80,6 +80,8 @@ void TFileExportPostScanAction::Prepare() {
   }
   if (fFileName == TOutputFile::kStandardOutput) return;
   CreateFolders(std::u16string(FolderOfPath(fFileName, NativePathDelimiter())));
+  // Who reads a pipe would take the end of the probe for that of the export.
+  if (SpecialFileExists(fFileName)) return;
   const TOutputFile probe(fFileName);
 }
 
@@ -94,6 +96,8 @@ void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
 
 void TFileExportPostScanAction::Finish() {
   auto commit = [&](std::unique_ptr<TExportFile>& pFile) {
+    // Stopped between two roots: what there is would pass for all of them.
+    CheckNotCancelled(fRun.fSeveralRoots && fRun.fIsCancelled(), pFile->Path());
     pFile->Commit();
     fWritten.push_back(pFile->Path());
     pFile.reset();
@@ -103,11 +107,11 @@ void TFileExportPostScanAction::Finish() {
   fLists.clear();
 }
 
-// Two folders of one name on different drives get different files.
+// Two folders of one name on different drives get different files, also where file names differ by letter case only.
 std::u16string TFileExportPostScanAction::UniqueNameOf(const IHierarchicalRoot& pRoot) {
   const std::u16string name = NameForFiles(pRoot);
   std::u16string unique = name;
-  for (int number = 2; !fRootNames.insert(unique).second; ++number)
+  for (int number = 2; !fRootNames.insert(ToLowerLinguistic(unique)).second; ++number)
     unique = name + u"_" + FromUtf8(std::to_string(number));
   return unique;
 }

@@ -47,6 +47,7 @@ bool TPostProcessActionHandler::PerformPostProcessActions(IHierarchicalRoot* pRo
   const bool scansActive = pScans.CountActiveScans() > 0;
   bool written = RunActions(*pRoot);
   if (WritesNothing() && fHost.IsUnattended() && !WriteDefaultReport(*pRoot)) {
+    fReportFailed = true;
     fFailures.push_back({"The report could not be written", Vantrel::ecOutputFailed});
     written = false;
   }
@@ -60,6 +61,13 @@ int TBasePostScanAction::GetFailureCode() const { return Vantrel::ecOutputFailed
 bool TPostProcessActionHandler::WritesNothing() const {
   return std::all_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
     return pQueued.fAction && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) != 0;
+  });
+}
+
+bool TPostProcessActionHandler::CanWriteMore() const {
+  if (WritesNothing()) return !fReportFailed;
+  return std::any_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
+    return pQueued.fAction && !pQueued.fFailed && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) == 0;
   });
 }
 

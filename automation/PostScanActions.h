@@ -84,6 +84,8 @@ class TPostProcessActionHandler {
   // The files that a mail takes along: those of all actions. EInvalidOperation that names one that is not there.
   std::vector<std::u16string> CheckAttachments() const;
   bool ShouldCloseApplication() const;
+  // Whether one more root would be written anywhere: not once all that writes has failed.
+  bool CanWriteMore() const;
 
   // Columns of the default report's lines, 0 for any number.
   void SetReportWidth(int pColumns) { fReportWidth = pColumns; }
@@ -109,6 +111,7 @@ class TPostProcessActionHandler {
   std::vector<TQueued> fActions;
   std::vector<TActionFailure> fFailures;
   int fReportWidth = 0;
+  bool fReportFailed = false;
 };
 
 }  // namespace Kiv::PostScanActions

@@ -213,7 +213,9 @@ void OmitUnits(TCommandLineState& pState, std::u16string_view) {
 // --- mail ----------------------------------------------------------------------------------------------------------
 
 void MailTo(TCommandLineState& pState, std::u16string_view pAddresses) {
-  for (const std::u16string& address : Mail::SplitMailAddresses(pAddresses)) {
+  const std::vector<std::u16string> addresses = Mail::SplitMailAddresses(pAddresses);
+  if (addresses.empty()) throw EInvalidArgumentValue(ToQuotedDisplay(pAddresses) + " names nobody");
+  for (const std::u16string& address : addresses) {
     Mail::CheckMailAddress(address);
     pState.fMailTo.push_back(address);
   }

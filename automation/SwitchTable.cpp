@@ -85,7 +85,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"SUBJECT", vkText, kOnce}, srMore, "TEXT", "subject of the mail", SetSubject, "A subject"},
     {{u"ATTACH", vkNone, kRepeated}, srMore, "", "attach the report instead of showing it in the mail", AttachReport},
     {{u"USERNAME", vkText, kOnce}, srMore, "NAME", "log in to the mail server", SetUserName, "A name"},
-    {{u"PASSWORD", vkText, kOnce}, srMore, "TEXT", "password for it", SetPassword, "A password",
+    {{u"PASSWORD", vkSecret, kOnce}, srMore, "TEXT", "password for it", SetPassword, "A password",
      "Other users of this machine can see a running program's command line: the environment variable "
      "VANTREL_PASSWORD is the better place."},
 

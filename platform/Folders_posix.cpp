@@ -23,6 +23,11 @@ bool FolderExists(const std::u16string& pPath) {
   return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && S_ISDIR(there.st_mode);
 }
 
+bool SpecialFileExists(const std::u16string& pPath) {
+  struct stat there {};
+  return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
+}
+
 // From the top down, so that the failure that is told is the first one.
 void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess) {
   const std::string path = ToNativeBytes(pPath);

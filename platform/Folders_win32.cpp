@@ -28,6 +28,11 @@ bool FolderExists(const std::u16string& pPath) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+// By their names: to ask one would be to open it.
+bool SpecialFileExists(const std::u16string& pPath) {
+  return pPath.starts_with(u"\\\\.\\");
+}
+
 void CreateFolders(const std::u16string& pPath, TFolderAccess) {
   if (pPath.empty()) return;
   const std::u16string path = ExtendedPath(AbsolutePath(pPath));

@@ -96,7 +96,7 @@ std::string DigitsOf(std::string_view pNumber) {
 }  // namespace
 
 int64_t ParseSizeText(std::u16string_view pText, bool pUnitRequired) {
-  const std::string whole = ToUtf8(pText);
+  const std::string whole = ToDisplay(pText);  // the messages go to terminals; what it escapes is no size anyhow
   const std::string_view text = Trimmed(whole);
   size_t end = text.size();
   while (end > 0 && IsLetter(text[end - 1])) --end;
