@@ -6,12 +6,26 @@ namespace Kiv::Hierarchical::Exporting::Text {
 
 namespace {
 
-bool NeedsQuotes(std::string_view pText, std::string_view pSeparator) {
-  return pText.find_first_of("\"\r\n") != std::string_view::npos || pText.find(pSeparator) != std::string_view::npos;
+// Without an early end, so that a compiler makes it one comparison of many characters at a time: hardly any field has one.
+bool HoldsAnyOf(std::string_view pText, char pFirstOfSeparator) {
+  bool found = false;
+  for (const char character : pText)
+    found |= (character == '"') | (character == '\r') | (character == '\n') | (character == pFirstOfSeparator);
+  return found;
+}
+
+// Also of a field that ends like a separator: "a:" before "::" would be read as "a" before a field that begins with ":".
+bool HoldsSeparator(std::string_view pText, const std::string& pSeparator) {
+  return (std::string(pText) + pSeparator).find(pSeparator) < pText.size();
+}
+
+bool NeedsQuotes(std::string_view pText, const std::string& pSeparator) {
+  return HoldsAnyOf(pText, pSeparator.front()) &&
+         (pText.find_first_of("\"\r\n") != std::string_view::npos || HoldsSeparator(pText, pSeparator));
 }
 
 // Puts what stands in the line from pBegin on into quotes, where it needs them.
-void QuoteField(std::string& pLine, size_t pBegin, std::string_view pSeparator) {
+void QuoteField(std::string& pLine, size_t pBegin, const std::string& pSeparator) {
   if (!NeedsQuotes(std::string_view(pLine).substr(pBegin), pSeparator)) return;
   const std::string field = pLine.substr(pBegin);
   pLine.resize(pBegin);

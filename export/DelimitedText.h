@@ -13,8 +13,8 @@ struct TDelimitedFormat {
   bool fNeutralizeFormulas = false;  // see AppendTextField
 };
 
-// Append one field to a line; the separator between fields is the caller's. A field that holds the separator, a double
-// quote, CR or LF is put in double quotes, those inside doubled.
+// Append one field to a line; the separator between fields is the caller's. A field that holds the separator, ends
+// like one, or holds a double quote, CR or LF is put in double quotes, those inside doubled.
 //
 // Of names and other texts from outside. Written as UTF-8; what UTF-8 cannot hold becomes a visible escape, "\xFF" for an
 // undecodable byte and "\uD800" for a lone surrogate; all else, control characters too, is kept as it is. A spreadsheet
