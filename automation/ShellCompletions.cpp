@@ -69,6 +69,7 @@ TFollow FollowOf(const TSwitch& pSwitch) {
       return TFollow::foFile;
     case TValueKind::vkInteger:
     case TValueKind::vkPattern:
+    case TValueKind::vkSecret:
     case TValueKind::vkAnything:
       return TFollow::foText;
   }
