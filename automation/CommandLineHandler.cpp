@@ -81,6 +81,8 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
     } else if (!fParser.IsSwitch(token)) {
       if (token.empty()) {
         fErrors.push_back("An empty path was given");
+      } else if (IsMistypedSwitch(token)) {
+        fErrors.push_back("Unknown Command line option: " + ToDisplay(token) + SuggestionFor(token));
       } else {
         fState.fPaths.push_back(token);
       }
@@ -96,7 +98,8 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
 // Before everything else, wherever they stand: what the command line sets goes first.
 void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
   if (!fUserOptionsFile.empty() && !fParser.FindSwitch(u"NOOPTIONS", pTokens)) LoadOptionsFile(fUserOptionsFile, true);
-  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens)) LoadOptionsFile(file, false);
+  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens))
+    if (!file.empty()) LoadOptionsFile(file, false);
 }
 
 void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing) {
@@ -234,6 +237,13 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   const bool hasValue = isOption && pIndex + 1 < pTokens.size() && fParser.IsValue(pTokens[pIndex + 1]) &&
                         !Kiv::SplitSwitchValue(pTokens[pIndex]).fHasValue;
   return hasValue ? 2 : 1;
+}
+
+// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only, so that a missing
+// "/data" is not taken for "/DATE".
+bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
+  const bool hasLowerCase = std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
+  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Kiv::PathExists(pToken);
 }
 
 // The nearest switch or option, when it is near enough to have been meant.

@@ -56,6 +56,7 @@ class TCommandLineHandler {
   bool CheckFileName(const std::string& pShown, const std::u16string* pToken);
   size_t HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
   size_t HandleOption(TTokens pTokens, size_t pIndex);
+  bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
   void CheckScans();
