@@ -62,6 +62,7 @@ void TCommandLineHandler::Reset() {
   fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
+  fUserOptionsError.clear();
 }
 
 void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
@@ -102,7 +103,7 @@ void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
     if (!file.empty()) LoadOptionsFile(file, false);
 }
 
-void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing) {
+void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn) {
   try {
     const std::vector<std::string> skipped = Kiv::Options::LoadOptionsFile(pFile, fOptions).fSkipped;
     constexpr size_t kMostTold = 20;
@@ -112,7 +113,8 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMay
       fState.fWarnings.push_back(fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile),
                                              skipped.size() - kMostTold));
   } catch (const Kiv::Options::EOptionsFileError& error) {
-    if (!pMayBeMissing || !error.IsMissing()) fErrors.emplace_back(error.what());
+    if (pIsUsersOwn && !error.IsMissing()) fUserOptionsError = error.what();
+    if (!pIsUsersOwn) fErrors.emplace_back(error.what());
   }
 }
 
@@ -282,6 +284,9 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
     fErrors.push_back("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED");
   if (fState.fSaveSettings && fUserOptionsFile.empty())
     fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
+  // Who asks for help gets it all the same.
+  if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
+    fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
   if (fErrors.empty()) return;
   std::string message;

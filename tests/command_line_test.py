@@ -16,7 +16,7 @@ import shlex
 import shutil
 import signal
 import subprocess
-import tempfile
+import time
 import unittest
 import zipfile
 
@@ -67,6 +67,8 @@ FILEAGESCHART EXTENSIONSCHART EXTENSIONSPIECHART USERSCHART USERSPIECHART SEARCH
 CREATESNAPSHOT EMPTYRECYCLEBIN USERFILTER SHORTDATEFORMAT LANGUAGE SHOWWIZARD UILEVEL CONTEXTMENUENTRIES THEMEDCONTEXTMENUS
 SHOWAUTHGUI AADAPPLICATIONID AADREDIRECTURI DISABLESHAREPOINTSITECOLLECTIONS INSTALL UNINSTALL INSTALLPORTABLE UNINSTALLSURVEY
 REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
+
+DAMAGED_OPTIONS = {"../home/.config/vantrel/options.xml": "<VantrelOptions"}  # the user's own, on Linux
 
 # Refused before anything is scanned or written.
 REFUSED = [
@@ -121,6 +123,8 @@ REFUSED = [
     Row("data --options damaged.xml", given={"damaged.xml": option_file("<Option")},
         err=(pattern('The options file "damaged.xml" cannot be loaded. Line 1, column 36: .*'),)),
     Row("data --help nonsense", err=('There is no help on nonsense; try "--help switches" or "--help options"',)),
+    Row("data", given=DAMAGED_OPTIONS, windows=False,
+        err=(pattern('The options file ".*options.xml" cannot be loaded. Line 1, .*. /NOOPTIONS leaves it out'),)),
     Row("/SAVESETTINGS /READONLY", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     Row("data --email nobody", err=('--email "nobody" is no mail address',)),
@@ -197,6 +201,8 @@ DONE = [
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "data /SAVESETTINGS /FORGETSETTINGS --ExportTitle New"),
         out=("Kept\r\n",)),
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "/NOOPTIONS /SAVESETTINGS"), out=("Vantrel Report, ",)),
+    Row("--version", given=DAMAGED_OPTIONS, out=("Vantrel ",), windows=False),
+    Row("data --nooptions", given=DAMAGED_OPTIONS, out=("6.2 KB",), windows=False),
     Row("data /DEBUG", out=("6.2 KB",), err=(
         pattern(r"TPostProcessActionHandler\.PerformPostProcessActions for: .*data"),
         "TPostProcessActionHandler.PerformPostProcessActions: Terminating application.")),
@@ -290,6 +296,7 @@ class CommandLineTest(program_test.ProgramTest):
         today = datetime.date.today()
         self.make_tree()
         for name, contents in row.given.items():
+            (self.work / name).parent.mkdir(parents=True, exist_ok=True)
             (self.work / name).write_text(contents, encoding="utf-8")
         for line in row.before:
             run = self.run_line(line)
@@ -373,6 +380,18 @@ class LinuxTest(CommonTests, CommandLineTest):
         self.addCleanup(lambda: (process.kill(), process.communicate()))
         return process
 
+    def drain(self, process, descriptor):
+        """Reads whatever comes until the program has ended."""
+        os.set_blocking(descriptor, False)
+        end = time.monotonic() + TIMEOUT
+        while process.poll() is None:
+            self.assertLess(time.monotonic(), end, "the program hangs")
+            with contextlib.suppress(BlockingIOError):
+                if os.read(descriptor, 1 << 20):
+                    continue
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(0.01)
+
     def finish(self, process):
         out, err = process.communicate(timeout=TIMEOUT)
         return process.returncode, out.decode(), err.decode().split("\r\n")[:-1]
@@ -405,11 +424,10 @@ class LinuxTest(CommonTests, CommandLineTest):
             (self.work / name).write_text("earlier", encoding="utf-8")
         before = self.listing()
         process = self.start("long --csv pipe --xml a.xml --csv b.csv")
-        with open(self.work / "pipe", "rb") as pipe:
+        with open(self.work / "pipe", "rb", buffering=0) as pipe:
             pipe.read(1)  # the program now writes more than the pipe holds
             process.send_signal(signal.SIGINT)
-            while process.poll() is None and pipe.read(1 << 16):
-                pass
+            self.drain(process, pipe.fileno())
         self.assertEqual(self.finish(process), (CANCELLED, "", [self.stopped(name) for name in ("pipe", "a.xml", "b.csv")]))
         self.assertEqual((self.contents("a.xml"), self.contents("b.csv"), self.listing()), ("earlier", "earlier", before))
 
@@ -419,11 +437,10 @@ class LinuxTest(CommonTests, CommandLineTest):
         (self.work / "b.csv").write_text("earlier", encoding="utf-8")
         before = self.listing()
         process = self.start("long data --pathlist b.csv --csv pipe")
-        with open(self.work / "pipe", "rb") as pipe:
+        with open(self.work / "pipe", "rb", buffering=0) as pipe:
             pipe.read(1)  # the first root is in the path list by now, and the program waits for the pipe
             process.send_signal(signal.SIGINT)
-            while process.poll() is None and pipe.read(1 << 16):
-                pass
+            self.drain(process, pipe.fileno())
         self.assertEqual(self.finish(process),
                          (CANCELLED, "", [self.stopped("pipe"), 'Not scanned: "data"', self.stopped("b.csv")]))
         self.assertEqual((self.contents("b.csv"), self.listing()), ("earlier", before))
@@ -440,9 +457,7 @@ class LinuxTest(CommonTests, CommandLineTest):
         process.send_signal(signal.SIGINT)
         # Should the scan be over already, the export has waited for its reader until now.
         reader = os.open(self.work / "pipe", os.O_RDONLY | os.O_NONBLOCK)
-        while process.poll() is None:
-            with contextlib.suppress(BlockingIOError):
-                os.read(reader, 1 << 16)
+        self.drain(process, reader)
         os.close(reader)
         code, out, err = self.finish(process)
         self.assertEqual((code, out), (CANCELLED, ""))
@@ -480,6 +495,3 @@ class WindowsTest(CommonTests, CommandLineTest):
         users = pathlib.Path(os.environ.get("WINEPREFIX", "/nonexistent")) / "drive_c/users"
         for options in users.glob("*/*/*/Vantrel/options.xml"):
             options.unlink()
-
-
-del CommandLineTest
