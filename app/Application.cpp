@@ -121,7 +121,12 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
 void TApplication::StartLog() {
   if (!fState.fDebugLogFile.empty()) {
     // Line by line: a log is wanted most when the program does not come to its end.
-    auto file = std::make_shared<std::ofstream>(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
+    auto file = std::make_shared<std::ofstream>();
+    try {
+      file->open(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
+    } catch (const std::system_error&) {  // a name that is no text
+      file->setstate(std::ios::failbit);
+    }
     if (!*file) fSettings.fWriteError("The log cannot be written: " + ToQuotedDisplay(fState.fDebugLogFile));
     SetDebugLogSink([file](std::u16string_view pLine) { *file << ToDisplay(pLine) << std::endl; });
   } else if (fState.fDebug) {
@@ -176,11 +181,12 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
 // False when one of them cannot work.
 bool TApplication::QueueActions(IScanRoots& pRoots) {
   using namespace PostScanActions;
-  if (!fState.fCompareFile.empty()) fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots));
+  const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
+  if (!fState.fCompareFile.empty())
+    fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
   size_t roots = fState.fPaths.size();
   for (const std::u16string& files : fState.fOpenFiles) roots += XML::Parser::SplitFileNames(files).size();
-  const TExportRun run{kProgramName, kVersion, roots > 1,
-                       [] { return gCancelRequested.load(std::memory_order_relaxed); }};
+  const TExportRun run{kProgramName, kVersion, roots > 1, isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
   if (!fState.fMailTo.empty()) QueueMail();

@@ -62,6 +62,7 @@ void TCommandLineHandler::Reset() {
   fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
+  fUserOptionsError.clear();
 }
 
 void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
@@ -81,6 +82,8 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
     } else if (!fParser.IsSwitch(token)) {
       if (token.empty()) {
         fErrors.push_back("An empty path was given");
+      } else if (IsMistypedSwitch(token)) {
+        fErrors.push_back("Unknown Command line option: " + ToDisplay(token) + SuggestionFor(token));
       } else {
         fState.fPaths.push_back(token);
       }
@@ -96,10 +99,11 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
 // Before everything else, wherever they stand: what the command line sets goes first.
 void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
   if (!fUserOptionsFile.empty() && !fParser.FindSwitch(u"NOOPTIONS", pTokens)) LoadOptionsFile(fUserOptionsFile, true);
-  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens)) LoadOptionsFile(file, false);
+  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens))
+    if (!file.empty()) LoadOptionsFile(file, false);
 }
 
-void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing) {
+void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn) {
   try {
     const std::vector<std::string> skipped = Kiv::Options::LoadOptionsFile(pFile, fOptions).fSkipped;
     constexpr size_t kMostTold = 20;
@@ -109,7 +113,8 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMay
       fState.fWarnings.push_back(fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile),
                                              skipped.size() - kMostTold));
   } catch (const Kiv::Options::EOptionsFileError& error) {
-    if (!pMayBeMissing || !error.IsMissing()) fErrors.emplace_back(error.what());
+    if (pIsUsersOwn && !error.IsMissing()) fUserOptionsError = error.what();
+    if (!pIsUsersOwn) fErrors.emplace_back(error.what());
   }
 }
 
@@ -236,6 +241,13 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   return hasValue ? 2 : 1;
 }
 
+// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only, so that a missing
+// "/data" is not taken for "/DATE".
+bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
+  const bool hasLowerCase = std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
+  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Kiv::PathExists(pToken);
+}
+
 // The nearest switch or option, when it is near enough to have been meant.
 std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
   // "/CSV=file": with two dashes it would be right.
@@ -272,6 +284,9 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
     fErrors.push_back("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED");
   if (fState.fSaveSettings && fUserOptionsFile.empty())
     fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
+  // Who asks for help gets it all the same.
+  if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
+    fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
   if (fErrors.empty()) return;
   std::string message;

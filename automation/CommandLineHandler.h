@@ -46,7 +46,7 @@ class TCommandLineHandler {
  private:
   using TTokens = std::span<const std::u16string>;
   void LoadOptionsFiles(TTokens pTokens);
-  void LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing);
+  void LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn);
   size_t HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
   std::vector<std::u16string> TakeValues(const TSwitch& pSwitch, TTokens pTokens, size_t& pNext) const;
   void ApplyValues(const TSwitch& pSwitch, const std::string& pShown, std::span<const std::u16string> pValues);
@@ -56,6 +56,7 @@ class TCommandLineHandler {
   bool CheckFileName(const std::string& pShown, const std::u16string* pToken);
   size_t HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
   size_t HandleOption(TTokens pTokens, size_t pIndex);
+  bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
   void CheckScans();
@@ -66,6 +67,7 @@ class TCommandLineHandler {
   TCommandLineState fState;
   std::vector<const TSwitch*> fSeen;  // aliases count as what they stand for
   std::vector<std::string> fErrors;
+  std::string fUserOptionsError;  // the user's own options cannot be loaded
   bool fIsMailed = false;
 };
 

@@ -13,7 +13,9 @@ void TComparePostScanAction::Prepare() {
 }
 
 void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(fFileName, pRoot, fRoots);
+  const bool compared = Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(
+      fFileName, pRoot, fRoots, [&](const std::u16string&, uint64_t) { return !fIsCancelled(); });
+  if (!compared) throw EExportCancelled("Stopped: nothing was compared");
 }
 
 int TComparePostScanAction::GetFailureCode() const { return Vantrel::ecPathNotFound; }

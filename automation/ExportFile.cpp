@@ -1,5 +1,6 @@
 #include "automation/ExportFile.h"
 
+#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
 
@@ -10,14 +11,37 @@ void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
     throw EExportCancelled("Stopped: " + ToQuotedDisplay(pPath) + " was not written, an earlier one is untouched");
 }
 
+TExportFile::TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen)
+    : fPath(pPath), fIsCancelled(std::move(pIsCancelled)) {
+  if (pUnseen && pPath != TOutputFile::kStandardOutput && !SpecialFileExists(pPath))
+    fScratch = TFileStream::CreateScratch(pPath);
+  else
+    fFile = std::make_unique<TOutputFile>(pPath);
+}
+
 void TExportFile::Write(std::string_view pBytes) {
   CheckNotCancelled(fIsCancelled(), Path());
-  fFile.Write(pBytes);
+  Sink().Write(pBytes);
+}
+
+void TExportFile::Commit() {
+  if (!fFile) CopyScratch();
+  fFile->Commit();
+}
+
+void TExportFile::CopyScratch() {
+  constexpr size_t kPiece = 1 << 17;
+  fFile = std::make_unique<TOutputFile>(fPath);
+  fScratch.Seek(0);
+  std::string piece(kPiece, '\0');
+  while (const size_t length = fScratch.Read(piece.data(), piece.size()))
+    Write(std::string_view(piece).substr(0, length));
+  fScratch = {};
 }
 
 bool TExportFile::WriteLine(std::string_view pLine) {
   Write(pLine);
-  fFile.Write("\r\n");
+  Sink().Write("\r\n");
   ++fLines;
   return true;
 }

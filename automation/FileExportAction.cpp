@@ -128,7 +128,7 @@ void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u
 }
 
 void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
-  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled);
+  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
   const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
   CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
 }
@@ -139,7 +139,8 @@ void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std:
   const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
   for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
     const std::u16string path = WithPartInName(fFileName, u"-" + std::u16string(list.fName));
-    fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled));
+    fLists.push_back(
+        std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
     const bool isCSV = fFormat == TExportFormat::efCSV;
     const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
     if (settings.fByteOrderMark) fLists.back()->Write(Text::kByteOrderMark);

@@ -106,7 +106,7 @@ void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
 void TFormattedTextExport::WriteTable(IFolderData& pTop) {
   MeasureColumns(pTop);
   LimitNameWidth();
-  if (Settings().fIncludedObjectTypes & ioFolders) {
+  if (Settings().fIncludeHeader && (Settings().fIncludedObjectTypes & ioFolders) != 0) {
     WriteLine(fTable.Row(HeaderCells()));
     WriteLine(fTable.Underline());
   }

@@ -102,7 +102,7 @@ TEST(CommandLineSearch, TheCommandLineWithoutItsPaths) {
       {{u"a", u"/NOGUI", u"b"}, {u"/NOGUI"}},
       {{u"/SCAN", u"a", u"b;c", u"/NOGUI"}, {u"/NOGUI"}},
       {{u"--scan=a", u"/EXPAND", u"3", u"b"}, {u"/EXPAND", u"3"}},
-      {{u"/EXPAND", u"b"}, {u"/EXPAND"}},
+      {{u"/EXPAND", u"b", u"c"}, {u"/EXPAND", u"b"}},
       {{u"--MaximumThreads", u"2", u"a", u"--KeepFiles", u"b"}, {u"--MaximumThreads", u"2", u"--KeepFiles"}},
       {{u"--KeepFiles", u"false", u"a"}, {u"--KeepFiles", u"false"}},
       {{u"--CSV", u"out.csv", u"a", u"--CSV=x", u"b"}, {u"--CSV", u"out.csv", u"--CSV=x"}},
