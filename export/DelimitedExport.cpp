@@ -80,10 +80,13 @@ bool TDelimitedExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   const size_t parentLength = fPath.size();
   AppendToPath(pRow.Name());
   if (pRow.fIsShown && !WriteRow(pRow, sizes)) return false;
-  if (pIsComplete)
+  if (pIsComplete) {
     fPath.resize(parentLength);
-  else
-    fOpen.push_back({parentLength, ShareBasis(sizes)});
+    return true;
+  }
+  // A file's share is of its folder, whether or not a "[Files]" row stands between them.
+  const bool isGroup = pRow.fFolder.IsFileGroup() && !fOpen.empty();
+  fOpen.push_back({parentLength, isGroup ? fOpen.back().fShareBasis : ShareBasis(sizes)});
   return true;
 }
 
