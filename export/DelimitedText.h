@@ -21,7 +21,11 @@ struct TDelimitedFormat {
 // takes a field that begins with "=", "+", "-", "@", tab or CR for a formula; with fNeutralizeFormulas such a text gets an
 // apostrophe in front.
 void AppendTextField(std::string& pLine, std::u16string_view pText, const TDelimitedFormat& pFormat);
+// The same of a text that is already UTF-8 with such escapes.
+void AppendEscapedField(std::string& pLine, std::string_view pText, const TDelimitedFormat& pFormat);
 // Of texts of the program's own making, such as numbers, dates and captions; UTF-8.
 void AppendOwnField(std::string& pLine, std::string_view pText, const TDelimitedFormat& pFormat);
+// Of what somebody has written to the end of the line, from pBegin on.
+void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pFormat);
 
 }  // namespace Kiv::Hierarchical::Exporting::Text
