@@ -120,6 +120,8 @@ bool TKivCommandLineParser::IsValueOfKind(std::u16string_view pToken, TValueKind
   switch (pKind) {
     case TValueKind::vkNone:
       return false;
+    case TValueKind::vkTopic:
+      return pToken != u"--";
     case TValueKind::vkOptionalBoolean:
       return pToken == u"0" || pToken == u"1" || SameTextAscii(pToken, u"true") || SameTextAscii(pToken, u"false");
     case TValueKind::vkOptionalSize:

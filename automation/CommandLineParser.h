@@ -26,7 +26,7 @@ class ECommandLineParserCriticalException : public EException {
 // behind the switch stays a path.
 enum class TValueKind : uint8_t {
   vkNone,
-  vkOptionalText,
+  vkTopic,  // of help: nothing, a text, or a switch
   vkText,
   vkInteger,
   vkOptionalBoolean,  // true, false, 1 or 0

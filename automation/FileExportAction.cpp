@@ -129,7 +129,9 @@ void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u
 
 void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
   if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
-  const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  // The next program in a pipe would take the mark for a part of the first field.
+  if (fFileName == TOutputFile::kStandardOutput) settings.fByteOrderMark = false;
   CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
 }
 

@@ -43,7 +43,11 @@ void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std
 void AppendOption(std::vector<std::string>& pLines, const Kiv::TOptionInfo& pOption) {
   pLines.push_back(fmt::format("  --{:<28}{}", pOption.fName, pOption.fHelp));
   const std::string range = pOption.fRange.empty() ? "any text" : pOption.fRange;
-  pLines.push_back("      " + (pOption.fDefault.empty() ? range : range + ", default " + pOption.fDefault));
+  // Blanks and punctuation are hard to see.
+  const bool isQuoted = pOption.fDefault.find_first_of("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") ==
+                        std::string::npos;
+  const std::string quote = isQuoted ? "\"" : "";
+  pLines.push_back("      " + (pOption.fDefault.empty() ? range : range + ", default " + quote + pOption.fDefault + quote));
 }
 
 std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
@@ -126,10 +130,11 @@ bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines) {
     pLines = HelpText();
     return true;
   }
-  const std::u16string name(Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic));
+  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic);
   const std::string narrow = Kiv::ToUtf8(name);
+  const bool isSwitch = name.size() < pTopic.size();  // "--options" is one, "options" are all
   for (const THelpTopic& topic : HelpTopics()) {
-    if (!Kiv::SameTextAscii(topic.fName, narrow)) continue;
+    if (isSwitch || !Kiv::SameTextAscii(topic.fName, narrow)) continue;
     pLines = topic.fText();
     return true;
   }

@@ -52,8 +52,8 @@ TFollow FollowOf(const TSwitch& pSwitch) {
   switch (pSwitch.fItem.fValueKind) {
     case TValueKind::vkNone:
       return TFollow::foNothing;
-    case TValueKind::vkOptionalText:
-      return TFollow::foWord;  // a topic of help
+    case TValueKind::vkTopic:
+      return TFollow::foWord;
     case TValueKind::vkText:
       return FollowOfText(pSwitch.fValueText);
     case TValueKind::vkOptionalBoolean:
