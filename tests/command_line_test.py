@@ -248,7 +248,7 @@ class CommandLineTest(program_test.ProgramTest):
         super().setUp()
         self.home = self.folder / "home"
         self.work = self.folder / "work"
-        self.environment = dict(os.environ, HOME=str(self.home), XDG_CONFIG_HOME=str(self.home / ".config"), TMPDIR=str(self.home))
+        self.environment = dict(os.environ)
         self.environment.pop("VANTREL_PASSWORD", None)
         self.make_tree()
 
@@ -354,6 +354,10 @@ class CommonTests:
 
 class LinuxTest(CommonTests, CommandLineTest):
     command = program_test.LinuxTest.command
+
+    def setUp(self):
+        super().setUp()
+        self.environment.update(HOME=str(self.home), XDG_CONFIG_HOME=str(self.home / ".config"), TMPDIR=str(self.home))
 
     def test_every_switch_occurs_in_the_table(self):
         text = self.run_line("--help switches").out
@@ -482,6 +486,16 @@ class LinuxTest(CommonTests, CommandLineTest):
 class WindowsTest(CommonTests, CommandLineTest):
     command = program_test.WindowsTest.command
     delimiter = "\\"
+
+    @classmethod
+    def setUpClass(cls):
+        """Keeps Wine running: what its first program starts beside it holds that one's pipes open for seconds, each time."""
+        super().setUpClass()
+        if cls.command:
+            keeper = subprocess.Popen([cls.command[0], "cmd", "/c", "pause"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                                      stderr=subprocess.DEVNULL)
+            cls.addClassCleanup(keeper.wait, TIMEOUT)
+            cls.addClassCleanup(keeper.stdin.close)
 
     def setUp(self):
         super().setUp()
