@@ -55,9 +55,10 @@ std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolde
     return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || !TakesIn(*pChild) ||
            pChild->GetSize() < fSettings.fSmallestFolder;
   });
-  if (const auto& order = fSettings.fSortOrder) {
+  // As they come, they are in the tree's order.
+  if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
     SortByColumn(children, order->fDescending, [&](const auto& pChild) { return pChild->GetValue(order->fColumn); });
-  } else if (fSortByChange) {
+  } else if (fSortByChange && !order) {
     SortByColumn(children, true, [](const auto& pChild) { return AmountOfChange(*pChild); });
   }
   return children;
