@@ -11,9 +11,9 @@
 
 #include "app/ConsoleOutput.h"
 #include "app/Version.h"
-#include "automation/ExitCodes.h"
 #include "automation/CompareAction.h"
 #include "automation/EmailAction.h"
+#include "automation/ExitCodes.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
 #include "export/ListExport.h"
@@ -140,7 +140,9 @@ int TApplication::ShowHelp(std::u16string_view pTopic) {
   return WriteLines(lines);
 }
 
-int TApplication::ShowVersion() { return WriteLines({VersionText(fSettings.fPlatformName)}); }
+int TApplication::ShowVersion() {
+  return WriteLines({VersionText(fSettings.fPlatformName)});
+}
 
 int TApplication::SaveSettings() {
   try {
@@ -204,9 +206,8 @@ void TApplication::QueueMail() {
   message.fFrom = FromUtf8(fOptions->MailFrom);
   message.fTo = fState.fMailTo;
   message.fSubject = fState.fMailSubject;
-  fActions.Add(std::make_unique<PostScanActions::TEmailPostScanAction>(fActions, *fOptions, std::move(message),
-                                                                       std::move(server), fState.fAttachReport,
-                                                                       kProgramName));
+  fActions.Add(std::make_unique<PostScanActions::TEmailPostScanAction>(
+      fActions, *fOptions, std::move(message), std::move(server), fState.fAttachReport, kProgramName));
 }
 
 // Tells what failed. Returns the highest of the exit codes.

@@ -67,8 +67,8 @@ void TCommandLineHandler::Reset() {
 
 void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   Reset();
-  const TTokens switches = pTokens.first(
-      static_cast<size_t>(std::find(pTokens.begin(), pTokens.end(), u"--") - pTokens.begin()));
+  const TTokens switches =
+      pTokens.first(static_cast<size_t>(std::find(pTokens.begin(), pTokens.end(), u"--") - pTokens.begin()));
   fIsMailed = fParser.FindSwitch(u"EMAIL", switches) || !fParser.FindPathsAfterSwitch(u"EMAIL", switches).empty();
   LoadOptionsFiles(switches);
   for (size_t i = 0; i < pTokens.size();) {
@@ -110,8 +110,8 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsU
     for (size_t i = 0; i < std::min(skipped.size(), kMostTold); ++i)
       fState.fWarnings.push_back(Kiv::ToQuotedDisplay(pFile) + ", " + skipped[i]);
     if (skipped.size() > kMostTold)
-      fState.fWarnings.push_back(fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile),
-                                             skipped.size() - kMostTold));
+      fState.fWarnings.push_back(
+          fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile), skipped.size() - kMostTold));
   } catch (const Kiv::Options::EOptionsFileError& error) {
     if (pIsUsersOwn && !error.IsMissing()) fUserOptionsError = error.what();
     if (!pIsUsersOwn) fErrors.emplace_back(error.what());
@@ -137,7 +137,8 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
     return 1;
   }
   if (split.fHasValue && kind == TValueKind::vkOptionalBoolean && !fParser.IsValueOfKind(split.fValue, kind)) {
-    fErrors.push_back(fmt::format("{}: {} is not allowed; expected true|false", shown, Kiv::ToQuotedDisplay(split.fValue)));
+    fErrors.push_back(
+        fmt::format("{}: {} is not allowed; expected true|false", shown, Kiv::ToQuotedDisplay(split.fValue)));
     return 1;
   }
   size_t next = pIndex + 1;
@@ -172,8 +173,8 @@ void TCommandLineHandler::ApplyValues(const TSwitch& pSwitch, const std::string&
                                       std::span<const std::u16string> pValues) {
   const size_t pathsBefore = fState.fPaths.size();
   for (const std::u16string& value : pValues) ApplyValue(pSwitch, pShown, value);
-  const bool isMissing = pSwitch.fItem.fValueKind == TValueKind::vkPaths ? fState.fPaths.size() == pathsBefore
-                                                                         : pValues.empty();
+  const bool isMissing =
+      pSwitch.fItem.fValueKind == TValueKind::vkPaths ? fState.fPaths.size() == pathsBefore : pValues.empty();
   if (!isMissing) return;
   if (pSwitch.fExpected.empty())
     ApplyValue(pSwitch, pShown, {});
@@ -241,10 +242,12 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   return hasValue ? 2 : 1;
 }
 
-// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only, so that a missing
+// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only, so that a
+// missing
 // "/data" is not taken for "/DATE".
 bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
-  const bool hasLowerCase = std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
+  const bool hasLowerCase =
+      std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
   return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Kiv::PathExists(pToken);
 }
 
@@ -299,8 +302,7 @@ void TCommandLineHandler::CheckScans() {
   for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  const bool hasTask =
-      scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
+  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."

@@ -18,6 +18,8 @@ void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   if (!compared) throw EExportCancelled("Stopped: nothing was compared");
 }
 
-int TComparePostScanAction::GetFailureCode() const { return Vantrel::ecPathNotFound; }
+int TComparePostScanAction::GetFailureCode() const {
+  return Vantrel::ecPathNotFound;
+}
 
 }  // namespace Kiv::PostScanActions

@@ -49,8 +49,8 @@ bool TExportFile::WriteLine(std::string_view pLine) {
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart) {
   constexpr std::u16string_view kPackedXML = u".xml.zip";
   const std::u16string_view name = FileNameOfPath(pPath, NativePathDelimiter());
-  const bool isPackedXML = name.size() > kPackedXML.size() &&
-                           SameTextAscii(name.substr(name.size() - kPackedXML.size()), kPackedXML);
+  const bool isPackedXML =
+      name.size() > kPackedXML.size() && SameTextAscii(name.substr(name.size() - kPackedXML.size()), kPackedXML);
   size_t dot = isPackedXML ? name.size() - kPackedXML.size() : name.rfind(u'.');
   if (dot == std::u16string_view::npos || dot == 0) dot = name.size();
   std::u16string path(pPath.substr(0, pPath.size() - name.size()));
@@ -59,8 +59,11 @@ std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPa
 
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot) {
   const std::u16string path = pRoot.GetPath();
-  std::u16string name(FileNameOfPath(WithoutTrailingDelimiter(path, pRoot.GetPathDelimiter()), pRoot.GetPathDelimiter()));
-  std::erase_if(name, [](char16_t pUnit) { return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos; });
+  std::u16string name(
+      FileNameOfPath(WithoutTrailingDelimiter(path, pRoot.GetPathDelimiter()), pRoot.GetPathDelimiter()));
+  std::erase_if(name, [](char16_t pUnit) {
+    return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos;
+  });
   return name.empty() ? u"root" : name;
 }
 

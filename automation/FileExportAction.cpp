@@ -141,8 +141,7 @@ void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std:
   const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
   for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
     const std::u16string path = WithPartInName(fFileName, u"-" + std::u16string(list.fName));
-    fLists.push_back(
-        std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
+    fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
     const bool isCSV = fFormat == TExportFormat::efCSV;
     const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
     if (settings.fByteOrderMark) fLists.back()->Write(Text::kByteOrderMark);

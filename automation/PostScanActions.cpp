@@ -55,7 +55,9 @@ bool TPostProcessActionHandler::PerformPostProcessActions(IHierarchicalRoot* pRo
   return written;
 }
 
-int TBasePostScanAction::GetFailureCode() const { return Vantrel::ecOutputFailed; }
+int TBasePostScanAction::GetFailureCode() const {
+  return Vantrel::ecOutputFailed;
+}
 
 // True for an empty queue.
 bool TPostProcessActionHandler::WritesNothing() const {

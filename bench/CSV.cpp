@@ -46,14 +46,22 @@ bool Compare(const char* pWhat, IHierarchicalRoot& pRoot, const TMediaSettings& 
               static_cast<double>(bytes.size()) / 1e6);
   std::vector<double> writes;
   std::vector<double> copies;
+  double writeWork = 0;
+  double copyWork = 0;
   for (int round = 0; round < pRounds; ++round) {
+    const double start = ProcessorSeconds();
     copies.push_back(Seconds([&] {
       TOutputFile copy(kCopy);
       copy.Write(bytes);
       copy.Commit();
     }));
+    const double between = ProcessorSeconds();
     writes.push_back(Seconds([&] { WriteCSV(pRoot, pSettings); }));
+    copyWork += between - start;
+    writeWork += ProcessorSeconds() - between;
   }
+  std::printf("       processor time: %.4f against %.4f, ratio %.2f\n", writeWork / pRounds, copyWork / pRounds,
+              writeWork / copyWork);
   return ReportMedians("seconds", writes, "writing the same bytes", copies, kMost);
 }
 

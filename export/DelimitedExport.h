@@ -10,8 +10,9 @@
 
 namespace Kiv::Hierarchical::Exporting::Text {
 
-// The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files are
-// written in little more time than their bytes take, so values are read from the tree directly where that is possible.
+// The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files
+// are written in little more time than their bytes take, so values are read from the tree directly where that is
+// possible.
 class TDelimitedExport : public TBaseTextExport, private IExportVisitor {
  protected:
   explicit TDelimitedExport(const TMediaSettings& pSettings);
@@ -45,7 +46,8 @@ class TDelimitedExport : public TBaseTextExport, private IExportVisitor {
   TIsoLocalFormatter fDates;
   // While an export runs.
   std::string fLine;
-  std::string fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
+  std::string
+      fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
   std::vector<TOpenFolder> fOpen;
   char fDelimiter = 0;
   std::string fDecimalSeparator;

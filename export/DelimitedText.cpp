@@ -6,22 +6,16 @@ namespace Kiv::Hierarchical::Exporting::Text {
 
 namespace {
 
-// Without an early end, so that a compiler makes it one comparison of many characters at a time: hardly any field has one.
-bool HoldsAnyOf(std::string_view pText, char pFirstOfSeparator) {
-  bool found = false;
-  for (const char character : pText)
-    found |= (character == '"') | (character == '\r') | (character == '\n') | (character == pFirstOfSeparator);
-  return found;
-}
-
-// Also of a field that ends like a separator: "a:" before "::" would be read as "a" before a field that begins with ":".
+// Also of a field that ends like a separator: "a:" before "::" would be read as "a" before a field that begins with
+// ":".
 bool HoldsSeparator(std::string_view pText, const std::string& pSeparator) {
   return (std::string(pText) + pSeparator).find(pSeparator) < pText.size();
 }
 
 bool NeedsQuotes(std::string_view pText, const std::string& pSeparator) {
-  return HoldsAnyOf(pText, pSeparator.front()) &&
-         (pText.find_first_of("\"\r\n") != std::string_view::npos || HoldsSeparator(pText, pSeparator));
+  // One by one: the library looks for one character in many at a time, but for one of several in one after the other.
+  auto holds = [pText](char pCharacter) { return pText.find(pCharacter) != std::string_view::npos; };
+  return holds('"') || holds('\r') || holds('\n') || (holds(pSeparator.front()) && HoldsSeparator(pText, pSeparator));
 }
 
 bool LooksLikeFormula(std::string_view pText) {
@@ -33,7 +27,8 @@ bool LooksLikeFormula(std::string_view pText) {
 void AppendTextField(std::string& pLine, std::u16string_view pText, const TDelimitedFormat& pFormat) {
   const size_t begin = pLine.size();
   AppendUtf8Escaped(pLine, pText);
-  if (pFormat.fNeutralizeFormulas && LooksLikeFormula(std::string_view(pLine).substr(begin))) pLine.insert(begin, 1, '\'');
+  if (pFormat.fNeutralizeFormulas && LooksLikeFormula(std::string_view(pLine).substr(begin)))
+    pLine.insert(begin, 1, '\'');
   QuoteField(pLine, begin, pFormat);
 }
 

@@ -1,5 +1,3 @@
-#include "platform/Folders.h"
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +7,7 @@
 #include <cstdlib>
 
 #include "platform/Errors.h"
+#include "platform/Folders.h"
 #include "platform/Text.h"
 
 namespace Kiv {

@@ -1,8 +1,7 @@
-#include "platform/Folders.h"
-
 #include <vector>
 
 #include "platform/Errors.h"
+#include "platform/Folders.h"
 #include "platform/OutputFile.h"
 #include "platform/Paths.h"
 #include "platform/Win32_win32.h"
