@@ -113,7 +113,8 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsU
       fState.fWarnings.push_back(
           fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile), skipped.size() - kMostTold));
   } catch (const Kiv::Options::EOptionsFileError& error) {
-    if (pIsUsersOwn && !error.IsMissing()) fUserOptionsError = error.what();
+    // In a home that this user may not look into, as under sudo -u, there are no options of this user's.
+    if (pIsUsersOwn && !error.IsMissing() && Kiv::PathExists(pFile)) fUserOptionsError = error.what();
     if (!pIsUsersOwn) fErrors.emplace_back(error.what());
   }
 }
