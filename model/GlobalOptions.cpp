@@ -195,7 +195,7 @@ TOptionInfo MediaLevels(const std::string& pPrefix, TMediaType pMedia) {
 
 void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPrefix, TMediaType pMedia) {
   const TMediaSettings byDefault = DefaultMediaSettings(pMedia);
-  auto field = [&](auto pField) { return TMediaField{pMedia, pField}; };
+  auto field = [&]<class T>(T TMediaSettings::* pField) { return TMediaField<T>{pMedia, pField}; };
   auto boolean = [&](const char* pName, bool TMediaSettings::* pField, const char* pHelp) {
     pOptions.push_back(Boolean(pPrefix + pName, field(pField), byDefault.*pField, pHelp));
   };
