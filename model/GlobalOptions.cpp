@@ -203,7 +203,7 @@ TOptionInfo MediaLevels(const std::string& pPrefix, TMediaType pMedia) {
 
 void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPrefix, TMediaType pMedia) {
   const TMediaSettings byDefault = DefaultMediaSettings(pMedia);
-  auto field = [&](auto pField) { return TMediaField{pMedia, pField}; };
+  auto field = [&]<class T>(T TMediaSettings::*pField) { return TMediaField<T>{pMedia, pField}; };
   auto boolean = [&](const char* pName, bool TMediaSettings::*pField, const char* pHelp) {
     pOptions.push_back(Boolean(pPrefix + pName, field(pField), byDefault.*pField, pHelp));
   };
@@ -234,10 +234,10 @@ void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPre
                                                   "Columns in this order"));
   pOptions.push_back(Integer(pPrefix + "SmallestFolder", field(&TMediaSettings::fSmallestFolder), 0, 0, INT64_MAX,
                              "Leave out what has fewer bytes"));
-  if (pMedia != TMediaType::mtCSV) return;
-  boolean("ByteOrderMark", &TMediaSettings::fByteOrderMark, "Begin the file with a byte-order mark");
   boolean("NeutralizeFormulas", &TMediaSettings::fNeutralizeFormulas,
           "Put an apostrophe before names that begin like a formula");
+  if (pMedia != TMediaType::mtCSV) return;
+  boolean("ByteOrderMark", &TMediaSettings::fByteOrderMark, "Begin the file with a byte-order mark");
 }
 
 constexpr int32_t kMostInt = 2147483647;

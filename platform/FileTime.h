@@ -42,7 +42,7 @@ class TIsoLocalFormatter {
 
  private:
   // A day whose first and last second have the same offset, so that every second between them has it: no zone has changed
-  // its offset and changed it back within ten days. Most zones change theirs on the hour, but not all.
+  // its offset and changed it back within a week. Most zones change theirs on the hour, but not all.
   struct TDay {
     int32_t fDay = -1;     // since 1601
     int32_t fOffset = 0;   // seconds; kChanging where it changes during the day

@@ -157,7 +157,7 @@ DONE = [
                "a.txt": ("Vantrel Report, ", "deep"), "b.txt": ("Vantrel Report, ", "deep"), "b.log": ("Full Path,Size,",),
                "a.xml": ("<?xml", "three.txt"), "paths.txt": ("data\r\n", "sub\r\n", "deep\r\n")}),
     Row("data other --text r.txt", files={"r.txt": ("Vantrel Report, ", "6.2 KB", SEPARATOR, "70 B")}),
-    Row("data --csv -", out=("\ufeffFull Path,Size,", "data,6300,")),
+    Row("data --csv -", out=("Full Path,Size,", "data,6300,")),
     Row("other --csv data/own.csv data --filesintree --exportedelements 7",  # its own rows do not know it
         files={"data/own.csv": ("data,6300,", "one.txt,1000,")}),
     Row("--csv data/own.csv data", given={"data/own.csv": 23 * "x"}, files={"data/own.csv": ("data,6323,",)}),
@@ -166,7 +166,7 @@ DONE = [
     Row("data --exportdriveslist -", out=("Total", "Vantrel Report, ")),
     Row("--exportdrivelist data", out=("Total", "6.2 KB")),  # a folder is no file to write
     Row("data --sortby name,ascending --expand -1 --csv -", out=("[Files],1000,", "sub,5300,", "[Files],5000,", "deep,300,")),
-    Row("data --usecolumns files;size --csv - /EXPORTEDELEMENTS 1", out=("\ufeffFiles,Size\r\n3,6300\r\n2,5300\r\n1,300\r\n",)),
+    Row("data --usecolumns files;size --csv - /EXPORTEDELEMENTS 1", out=("Files,Size\r\n3,6300\r\n2,5300\r\n1,300\r\n",)),
     Row("data --filesintree --csv -", out=("two.bin,5000,", "three.txt,300,", "one.txt,1000,")),
     Row("data --exportfiles true --csv -", out=("three.txt,300,",)),
     Row("data --filesintree --exportfiles false --csv -", absent=("three.txt",), out=("data,6300",)),

@@ -57,8 +57,7 @@ class Node:
         self.size = self.allocated = self.files = self.folders = 0
         self.lastchange = status.st_mtime_ns if status else 0
         self.lastaccess = status.st_atime_ns if status else 0
-        # The scan has not met the top itself in a listing.
-        self.owner = pwd.getpwuid(status.st_uid).pw_name if status and parent else ""
+        self.owner = pwd.getpwuid(status.st_uid).pw_name if status else ""
         self.below, self.own_files = [], []
 
     def take(self, other):
