@@ -157,7 +157,7 @@ int TApplication::SaveSettings() {
 int TApplication::ExportDriveList(const std::u16string& pFile) {
   using namespace Hierarchical::Exporting;
   const TListTable drives = DriveList();
-  const bool isCSV = pFile.size() > 4 && SameTextAscii(std::u16string_view(pFile).substr(pFile.size() - 4), u".csv");
+  const bool isCSV = HasExtension(pFile, u".csv");
   const TMediaSettings settings = fMedia.Effective(isCSV ? TMediaType::mtCSV : TMediaType::mtText);
   auto write = [&](ILineOutput& pOutput) {
     if (!isCSV) return WriteListAsText(drives, FormatOf(settings), pOutput);

@@ -41,10 +41,6 @@ bool IsOn(std::u16string_view pValue) {
   return pValue.empty() || pValue == u"1" || SameTextAscii(pValue, u"true");
 }
 
-bool HasExtension(std::u16string_view pFile, std::u16string_view pExtension) {
-  return pFile.size() > pExtension.size() && SameTextAscii(pFile.substr(pFile.size() - pExtension.size()), pExtension);
-}
-
 std::string ColumnNames() {
   std::string names;
   for (int column = 0; column < static_cast<int>(TColumn::mdCount); ++column)

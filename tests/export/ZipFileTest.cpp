@@ -107,8 +107,10 @@ TEST(ZipFile, FindsTheOneXMLFile) {
     return ReadAll(*OpenXMLSource(folder.File("x.zip")));
   };
   EXPECT_EQ(read({{"readme.txt", "text"}, {"folder/a.Xml", "<a/>"}, {"__MACOSX/folder/._a.xml", "junk"}}), "<a/>");
+  // Of an export to ".zip".
+  EXPECT_EQ(read({{".xml", "<a/>"}}), "<a/>");
   const auto refused = [&](const std::vector<TStored>& pEntries) { return MessageOf([&] { read(pEntries); }); };
-  EXPECT_THAT(refused({{"readme.txt", "text"}, {".xml", "<a/>"}, {"a.xml/", ""}}), HasSubstr("holds no XML file"));
+  EXPECT_THAT(refused({{"readme.txt", "text"}, {"xml", "<a/>"}, {"a.xml/", ""}}), HasSubstr("holds no XML file"));
   EXPECT_THAT(refused({}), HasSubstr("holds no XML file"));
   EXPECT_THAT(refused({{"a.xml", "<a/>"}, {"b.XML", "<a/>"}}), HasSubstr("more than one XML file"));
   EXPECT_THAT(refused({{"a.xml", "<a/>", 0x01D11CD5}}), HasSubstr("wrong checksum"));
