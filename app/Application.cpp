@@ -41,13 +41,6 @@ constexpr int64_t kPollMilliseconds = 100;
 std::atomic<bool> gCancelRequested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "set in a signal handler");
 
-// Empty when the variable is not set.
-std::u16string PasswordOfEnvironment() {
-  constexpr std::u16string_view kReference = u"%VANTREL_PASSWORD%";
-  std::u16string password = ExpandEnvironment(kReference);
-  return password == kReference ? std::u16string() : password;
-}
-
 std::string ProgressText(const TScanProgress& pProgress) {
   const TValueFormat format;
   auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
@@ -201,7 +194,8 @@ void TApplication::QueueMail() {
   server.fPort = fOptions->MailPort;
   server.fSecurity = fOptions->MailSecurity;
   server.fUser = fState.fUserName.empty() ? fOptions->MailUser : ToUtf8(fState.fUserName);
-  server.fPassword = ToUtf8(fState.fPassword.empty() ? PasswordOfEnvironment() : fState.fPassword);
+  server.fPassword = ToUtf8(fState.fPassword);
+  if (server.fPassword.empty()) server.fPassword = ToUtf8(EnvironmentVariable(u"VANTREL_PASSWORD").value_or(u""));
   Mail::TMailMessage message;
   message.fFrom = FromUtf8(fOptions->MailFrom);
   message.fTo = fState.fMailTo;
