@@ -179,9 +179,7 @@ bool TApplication::QueueActions(IScanRoots& pRoots) {
   const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
   if (!fState.fCompareFile.empty())
     fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
-  size_t roots = fState.fPaths.size();
-  for (const std::u16string& files : fState.fOpenFiles) roots += XML::Parser::SplitFileNames(files).size();
-  const TExportRun run{kProgramName, kVersion, roots > 1, isCancelled};
+  const TExportRun run{kProgramName, kVersion, CommandLine::NumberOfScans(fState) > 1, isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
   if (!fState.fMailTo.empty()) QueueMail();

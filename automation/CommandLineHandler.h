@@ -9,6 +9,9 @@
 
 namespace Vantrel::CommandLine {
 
+// How many scans the run brings, made and loaded: a list of files counts each of them.
+size_t NumberOfScans(const TCommandLineState& pState);
+
 // What a run can be asked to do; the program does it. Each returns an exit code.
 class ICommandLineTasks {
  public:
