@@ -127,12 +127,6 @@ void TApplication::StartLog() {
   }
 }
 
-int TApplication::ShowHelp(std::u16string_view pTopic) {
-  std::vector<std::string> lines;
-  CommandLine::TryFindHelp(pTopic, lines);
-  return WriteLines(lines);
-}
-
 int TApplication::ShowVersion() {
   return WriteLines({VersionText(fSettings.fPlatformName)});
 }

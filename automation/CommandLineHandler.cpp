@@ -68,6 +68,7 @@ void TCommandLineHandler::Reset() {
   fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
+  fHelpText.clear();
   fUserOptionsError.clear();
 }
 
@@ -285,8 +286,7 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckScans();
   FinalizeExports();
-  std::vector<std::string> help;
-  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, help))
+  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
   if (fState.fReadOnly && fState.fSaveSettings)
@@ -337,7 +337,7 @@ void TCommandLineHandler::FinalizeExports() {
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
-  if (fState.fHelp) return pTasks.ShowHelp(fState.fHelpTopic);
+  if (fState.fHelp) return pTasks.ShowHelp(fHelpText);
   if (fState.fVersion) return pTasks.ShowVersion();
   int result = ecOk;
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
