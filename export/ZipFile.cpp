@@ -1,10 +1,9 @@
 #include "export/ZipFile.h"
 
 #include <fmt/format.h>
-
-#include <algorithm>
 #include <zip.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <exception>
@@ -20,7 +19,7 @@ namespace Kiv::Zip {
 namespace {
 
 [[noreturn]] void Fail(const std::u16string& pPath, std::string_view pWhat) {
-  throw EZipError(fmt::format("\"{}\": {}", ToDisplay(pPath), pWhat));
+  throw EZipError(fmt::format("{}: {}", ToQuotedDisplay(pPath), pWhat));
 }
 
 // libzip reaches files through this, so that it opens them as the rest of the program does: any path, on both
