@@ -6,7 +6,7 @@
 #include "export/DelimitedExport.h"
 #include "platform/Text.h"
 #include "tests/support/LineList.h"
-#include "tests/support/MemoryServices.h"
+#include "tests/support/MemoryRoot.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
 namespace {
@@ -15,25 +15,13 @@ using namespace Kiv::Testing;
 using testing::ElementsAre;
 using Vantrel::Testing::TLineList;
 
-constexpr int64_t kForever = 60'000;
-
-class TScannedRoot {
- public:
+struct TScannedRoot : TMemoryRoot {
   explicit TScannedRoot(const std::function<void(TMemoryEntry&)>& pFill, bool pSharesOfAllocated = false) {
-    pFill(fStorage->Top());
+    pFill(Top());
     fOptions->CollectOwners = true;
     fOptions->UseAllocatedForShares = pSharesOfAllocated;
-    fServices->fStorages[u"/memory"] = fStorage;
-    fRoot = MakeRef<Vantrel::TCustomUnixRoot>(u"/memory", u"", fServices, fOptions, nullptr);
-    fRoot->Scan();
-    EXPECT_TRUE(fRoot->WaitForScan(kForever));
+    Scan();
   }
-  ~TScannedRoot() { fRoot->Dispose(); }
-
-  std::shared_ptr<TMemoryStorage> fStorage = TMemoryStorage::Create();
-  std::shared_ptr<TGlobalOptions> fOptions = std::make_shared<TGlobalOptions>();
-  TRef<TMemoryServices> fServices = MakeRef<TMemoryServices>();
-  TRef<IHierarchicalRoot> fRoot;
 };
 
 TMediaSettings Settings(std::u16string_view pColumns = u"fullpath;size") {
