@@ -23,7 +23,7 @@ GRAMMAR = HERE.parent / "docs" / "xml-scan-file.rng"
 TIMEOUT = 120
 LONGEST_EXTENSION = 1 + 32
 TICKS_OF_1970 = 116_444_736_000_000_000
-OK, _, WRONG_COMMAND_LINE, PATH_NOT_FOUND, _, OUTPUT_FAILED = range(6)
+OK, _, _, PATH_NOT_FOUND = range(4)
 
 
 def unescaped(text):
@@ -213,15 +213,6 @@ class LinuxFileTest(program_test.ProgramTest):
         self.write("--open", "scan.xml.zip", "--xml", "third.xml")
         self.assertEqual((self.folder / "third.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
 
-    def test_threads_make_no_difference(self):
-        top = self.make_tree()
-        texts = []
-        for threads in ("1", "8"):
-            self.write(str(top), "--xml", "scan.xml", "--MaximumThreads", threads)
-            text = (self.folder / "scan.xml").read_text(encoding="utf-8")
-            texts.append(re.sub("<(DateISO|FreeBytesOnDrive)>.*", "", text))
-        self.assertEqual(texts[0], texts[1])
-
 
 class OpenTests:
     """What a user sees who opens files, on both platforms."""
@@ -259,14 +250,8 @@ class OpenTests:
             with self.subTest(cut=cut):
                 self.assert_refused(good[:cut])
         for old, new, *named in (
-                (b"<SizeData Size=", b"<SizeData Size=\"-", b"x"),
                 (b' Size="1000"', b' Size="-1"', "Size is out of range: -1", "ine "),
-                (b' Size="1000"', b' Size="1e3"', 'Size is no whole number: "1e3"'),
-                (b"</Folder>\r\n</Root>", b"</Folder>\r\n<Folder fullpath=\"x\"/></Root>", "one top folder"),
                 (b"<Root ", b"<Tree ", None),
-                (b"<FoldersCount>", b"<TExtensionSizeArray/><FoldersCount>",
-                 "Folder not Assigned at begin of 'TExtensionSizeArray' Node"),
-                (b'Type="', b'Type="Other', "unknown type"),
                 (b"<DateISO>2", b"<DateISO>x2", "DateISO is no date")):
             with self.subTest(new=new):
                 self.assertIn(old, good)
@@ -311,19 +296,6 @@ class OpenTests:
         self.assertEqual(run.code, OK)
         self.assertIn("includes information for directories limited to a certain directory level.", run.err)
         self.assertEqual(run.titles(), 1)
-
-    def test_targets_that_cannot_be_written(self):
-        self.small_scan()
-        before = (self.folder / "scan.xml").read_bytes()
-        (self.folder / "target.xml").mkdir()
-        for target, code in (("target.xml", WRONG_COMMAND_LINE), ("scan.xml/inside.xml", OUTPUT_FAILED)):
-            run = self.run_program("--open", "scan.xml", "--xml", target)
-            self.assertEqual((run.code, run.out), (code, ""), run.err)
-            self.assertIn(target.split("/")[0], run.err)
-        run = self.run_program("--xml", "scan.xml", "--xml", "scan.xml", ".")
-        self.assertEqual(run.code, WRONG_COMMAND_LINE)
-        self.assertEqual((self.folder / "scan.xml").read_bytes(), before)
-        self.assertEqual(sorted(os.listdir(self.folder)), ["scan.xml", "target.xml", "tree"])
 
     def test_a_comparison_shows_what_changed(self):
         self.make("tree/grown/f", 100)

@@ -183,19 +183,6 @@ TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
                                                  "/memory/a/x,40.0", "/memory/top,2.0"));
 }
 
-TEST(DelimitedExport, FormulasAreMadeHarmlessInNamesOnly) {
-  TScannedRoot root([](TMemoryEntry& pTop) {
-    for (const char16_t* name : {u"=1", u"+1", u"-1", u"@x", u"\t", u"\rx", u"a=1", u"'=1", u"=\"1,2\""}) pTop.AddFile(name, 1);
-  });
-  TMediaSettings settings = Settings(u"name");
-  settings.fIncludeHeader = false;
-  settings.fIncludedObjectTypes = ioFiles;
-  // Equal sizes: in the order of their names.
-  EXPECT_THAT(Lines(root, settings), ElementsAre("'\t", "\"'\rx\"", "'=1", "'+1", "'-1", "\"'=\"\"1,2\"\"\"", "'=1", "'@x", "a=1"));
-  settings.fNeutralizeFormulas = false;
-  EXPECT_THAT(Lines(root, settings), ElementsAre("\t", "\"\rx\"", "'=1", "+1", "-1", "\"=\"\"1,2\"\"\"", "=1", "@x", "a=1"));
-}
-
 TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {
   const TDelimitedFormat format{"::", true};
   std::string line;
