@@ -47,6 +47,12 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 
 }  // namespace
 
+size_t NumberOfScans(const TCommandLineState& pState) {
+  size_t scans = pState.fPaths.size();
+  for (const std::u16string& files : pState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  return scans;
+}
+
 TCommandLineHandler::TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions,
                                          std::u16string pUserOptionsFile)
     : fParser(pParser), fOptions(pOptions), fUserOptionsFile(std::move(pUserOptionsFile)) {
@@ -62,6 +68,7 @@ void TCommandLineHandler::Reset() {
   fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
+  fHelpText.clear();
   fUserOptionsError.clear();
 }
 
@@ -279,8 +286,7 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckScans();
   FinalizeExports();
-  std::vector<std::string> help;
-  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, help))
+  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
   if (fState.fReadOnly && fState.fSaveSettings)
@@ -298,8 +304,7 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
 }
 
 void TCommandLineHandler::CheckScans() {
-  size_t scans = fState.fPaths.size();
-  for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  const size_t scans = NumberOfScans(fState);
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
   const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
@@ -332,7 +337,7 @@ void TCommandLineHandler::FinalizeExports() {
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
-  if (fState.fHelp) return pTasks.ShowHelp(fState.fHelpTopic);
+  if (fState.fHelp) return pTasks.ShowHelp(fHelpText);
   if (fState.fVersion) return pTasks.ShowVersion();
   int result = ecOk;
   if (fState.fSaveSettings) result = pTasks.SaveSettings();

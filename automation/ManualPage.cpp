@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <string_view>
 
 #include "automation/GeneratedText.h"
@@ -176,20 +175,13 @@ void AppendSwitches(TLines& pLines) {
   pLines.insert(pLines.end(), {".PP", "Known, but refused as not part of this version:", notBuilt + "."});
 }
 
-bool IsLetterOrDigit(char pCharacter) {
-  return (pCharacter >= '0' && pCharacter <= '9') || (pCharacter >= 'A' && pCharacter <= 'Z') ||
-         (pCharacter >= 'a' && pCharacter <= 'z');
-}
-
 void AppendOptions(TLines& pLines) {
   pLines.emplace_back(kOptions);
   for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) {
     pLines.insert(pLines.end(),
                   {".TP", fmt::format("\\fB{}\\fR", Escaped("--" + option.fName)), Sentence(option.fHelp)});
     std::string values = "Values: " + (option.fRange.empty() ? "any text" : option.fRange);
-    // Blanks and punctuation are hard to see.
-    const bool isQuoted = std::none_of(option.fDefault.begin(), option.fDefault.end(), IsLetterOrDigit);
-    if (!option.fDefault.empty()) values += fmt::format("; default: {1}{0}{1}", option.fDefault, isQuoted ? "\"" : "");
+    if (!option.fDefault.empty()) values += "; default: " + ShownDefault(option);
     pLines.push_back(Escaped(values + "."));
   }
 }

@@ -11,6 +11,8 @@ namespace {
 
 using enum TSwitchRank;
 using enum Kiv::TValueKind;
+using Kiv::TGlobalOptions;
+using TState = TCommandLineState;
 
 constexpr bool kOnce = false;
 constexpr bool kRepeated = true;
@@ -23,6 +25,8 @@ constexpr std::string_view kNoRemote = "This version scans no storage in the clo
 constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
 constexpr std::string_view kNoHistory = "This version keeps no history of scans.";
 constexpr std::string_view kNoSnapshots = "This version makes no snapshots.";
+constexpr std::string_view kListDetails =
+    "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
 
 constexpr TSwitch kSwitches[] = {
     // What is scanned.
@@ -30,7 +34,7 @@ constexpr TSwitch kSwitches[] = {
      "May be left out: what is no switch is a path to scan."},
     {{u"SCANDEFAULT", vkNone, kRepeated}, srMore, "", "scan the current folder", AddCurrentFolder},
     {{u"OPEN", vkPath, kRepeated}, srMain, "FILE[;FILE]...", "load scans from XML files", OpenFile, "A file"},
-    {{u"COMPARE", vkPath, kOnce}, srMain, "FILE", "show changes since an XML file", CompareWith, "A file",
+    {{u"COMPARE", vkPath, kOnce}, srMain, "FILE", "show changes since an XML file", SetText<&TState::fCompareFile>, "A file",
      "Also the exports then know the columns sizechange, sizechangepercent and filechange."},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
@@ -46,7 +50,8 @@ constexpr TSwitch kSwitches[] = {
     {{u"XML", vkFile, kRepeated}, srMain, "FILE", "write the scan as XML (.xml, .xml.zip)", ExportXML, {},
      "--open and --compare read such files. Several scans get a file each, with the scan's name in it."},
     {{u"SAVE", vkFile, kRepeated}, srAlias, "FILE", "", ExportXML},
-    {{u"DATE", vkNone, kRepeated}, srMore, "", "put the date into the names of written files", InsertDate},
+    {{u"DATE", vkNone, kRepeated}, srMore, "", "put the date into the names of written files",
+     SetFlag<&TState::fDateInFileNames>},
     {{u"EXPORTDRIVELIST", vkOptionalFile, kOnce}, srMore, "[FILE]", "list the drives, as text or CSV", ExportDriveList},
     {{u"EXPORTDRIVESLIST", vkOptionalFile, kOnce}, srAlias, "[FILE]", "", ExportDriveList},
 
@@ -62,14 +67,14 @@ constexpr TSwitch kSwitches[] = {
      SetElements, "A number"},
     {{u"HIDESMALLFOLDERS", vkOptionalSize, kRepeated}, srMore, "[SIZE]", "leave out what is smaller, such as 10MB",
      HideSmallFolders, {}, "Whole numbers with a unit, B, KB, MB, GB or TB; a bare number means megabytes; without a size, 10 MB."},
-    {{u"TOPFILESLIST", vkOptionalBoolean, kRepeated}, srMain, "", "add the largest files", ListTopFiles, {},
-     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs."},
-    {{u"EXTENSIONSLIST", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by extension", ListExtensions, {},
-     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs."},
-    {{u"USERSLIST", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by owner", ListUsers, {},
-     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs."},
-    {{u"AGEOFFILES", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by age", ListFileAges, {},
-     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs."},
+    {{u"TOPFILESLIST", vkOptionalBoolean, kRepeated}, srMain, "", "add the largest files",
+     SetOption<&TGlobalOptions::ListTopFiles>, {}, kListDetails},
+    {{u"EXTENSIONSLIST", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by extension",
+     SetOption<&TGlobalOptions::ListExtensions>, {}, kListDetails},
+    {{u"USERSLIST", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by owner",
+     SetOption<&TGlobalOptions::ListUsers>, {}, kListDetails},
+    {{u"AGEOFFILES", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by age",
+     SetOption<&TGlobalOptions::ListFileAges>, {}, kListDetails},
     {{u"TITLE", vkText, kRepeated}, srMore, "TEXT", "first line of a report", SetTitle, "A title"},
     {{u"EXPORTTITLE", vkText, kRepeated}, srAlias, "TEXT", "", SetTitle, "A title"},
     {{u"LISTSEPARATOR", vkText, kRepeated}, srMore, "TEXT", "between the fields of exports; TAB for a tab", SetSeparator,
@@ -82,10 +87,11 @@ constexpr TSwitch kSwitches[] = {
     {{u"EMAIL", vkText, kRepeated}, srMain, "ADDRESS[;ADDRESS]...", "mail the report and all exports", MailTo, "An address",
      "The options MailServer, MailPort, MailSecurity, MailUser and MailFrom say how; without a server, sendmail is used. An "
      "export switch may then be given without a file: what it writes is only mailed."},
-    {{u"SUBJECT", vkText, kOnce}, srMore, "TEXT", "subject of the mail", SetSubject, "A subject"},
-    {{u"ATTACH", vkNone, kRepeated}, srMore, "", "attach the report instead of showing it in the mail", AttachReport},
-    {{u"USERNAME", vkText, kOnce}, srMore, "NAME", "log in to the mail server", SetUserName, "A name"},
-    {{u"PASSWORD", vkSecret, kOnce}, srMore, "TEXT", "password for it", SetPassword, "A password",
+    {{u"SUBJECT", vkText, kOnce}, srMore, "TEXT", "subject of the mail", SetText<&TState::fMailSubject>, "A subject"},
+    {{u"ATTACH", vkNone, kRepeated}, srMore, "", "attach the report instead of showing it in the mail",
+     SetFlag<&TState::fAttachReport>},
+    {{u"USERNAME", vkText, kOnce}, srMore, "NAME", "log in to the mail server", SetText<&TState::fUserName>, "A name"},
+    {{u"PASSWORD", vkSecret, kOnce}, srMore, "TEXT", "password for it", SetText<&TState::fPassword>, "A password",
      "Other users of this machine can see a running program's command line: the environment variable "
      "VANTREL_PASSWORD is the better place."},
 
@@ -93,27 +99,29 @@ constexpr TSwitch kSwitches[] = {
     {{u"OPTIONS", vkPath, kRepeated}, srMore, "FILE", "load options from a file", Nothing, "A file",
      "Files are loaded before all else: what the command line sets goes first."},
     {{u"NOOPTIONS", vkNone, kRepeated}, srMore, "", "do not load the user's own options", Nothing},
-    {{u"SAVESETTINGS", vkNone, kRepeated}, srMore, "", "keep these options for every run", SaveSettings},
-    {{u"FORGETSETTINGS", vkNone, kRepeated}, srMore, "", "keep nothing, whatever else is said", ForgetSettings},
-    {{u"READONLY", vkOptionalBoolean, kRepeated}, srMore, "", "change no settings", BeReadOnly},
-    {{u"RESTRICTED", vkOptionalBoolean, kRepeated}, srAlias, "", "", BeReadOnly},
+    {{u"SAVESETTINGS", vkNone, kRepeated}, srMore, "", "keep these options for every run", SetFlag<&TState::fSaveSettings>},
+    {{u"FORGETSETTINGS", vkNone, kRepeated}, srMore, "", "keep nothing, whatever else is said",
+     SetFlag<&TState::fForgetSettings>},
+    {{u"READONLY", vkOptionalBoolean, kRepeated}, srMore, "", "change no settings", SetFlag<&TState::fReadOnly>},
+    {{u"RESTRICTED", vkOptionalBoolean, kRepeated}, srAlias, "", "", SetFlag<&TState::fReadOnly>},
 
     // The run.
-    {{u"NOGUI", vkNone, kRepeated}, srMore, "", "run without a window (always the case)", BeUnattended},
+    {{u"NOGUI", vkNone, kRepeated}, srMore, "", "run without a window (always the case)", SetFlag<&TState::fUnattended>},
     {{u"CLOSEAFTEREXPORT", vkOptionalBoolean, kRepeated}, srMore, "", "end once exports are written (always the case)",
-     CloseAfterExport},
+     SetOption<&TGlobalOptions::CloseAfterExport>},
     {{u"NOSPLASH", vkNone, kRepeated}, srMore, "", "no start-up picture (always the case)", Nothing},
     {{u"NOADMIN", vkNone, kRepeated}, srMore, "", "ask for no more rights (always the case)", Nothing},
     {{u"DISABLERIGHTSELEVATION", vkNone, kRepeated}, srAlias, "", "", Nothing},
     {{u"NONE", vkNone, kRepeated}, srMore, "", "nothing; a place to put something later", Nothing},
-    {{u"DEBUG", vkNone, kRepeated}, srMore, "", "log what the program decides to the standard error", LogToConsole},
-    {{u"DEBUGLOG", vkPath, kOnce}, srMore, "FILE", "log to a file", LogToFile, "A file"},
-    {{u"DEBUGMODE", vkPath, kOnce}, srAlias, "FILE", "", LogToFile, "A file"},
+    {{u"DEBUG", vkNone, kRepeated}, srMore, "", "log what the program decides to the standard error",
+     SetFlag<&TState::fDebug>},
+    {{u"DEBUGLOG", vkPath, kOnce}, srMore, "FILE", "log to a file", SetText<&TState::fDebugLogFile>, "A file"},
+    {{u"DEBUGMODE", vkPath, kOnce}, srAlias, "FILE", "", SetText<&TState::fDebugLogFile>, "A file"},
     {{u"HELP", vkTopic, kOnce}, srMain, "[switches|options|NAME]", "this text; all switches, all options; or one", AskHelp, {},
      "Also on \"man\", a manual page, and on \"bash\", \"zsh\" and \"fish\", completions for these shells."},
     {{u"?", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
     {{u"h", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
-    {{u"VERSION", vkNone, kRepeated}, srMain, "", "the program's version", AskVersion},
+    {{u"VERSION", vkNone, kRepeated}, srMain, "", "the program's version", SetFlag<&TState::fVersion>},
 
     // Known, but not built.
     {{u"EXCEL", vkAnything, kRepeated}, srNotBuilt, "", kNoSpreadsheet},

@@ -74,12 +74,8 @@ TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextE
 void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
-  fFormat = ValueFormat();
   fFields = {Separator(), Settings().fNeutralizeFormulas};
-  // A digit group could be taken for the end of a field, or of the whole number.
-  const std::u16string thousands = fFormat.fThousandsSeparator;
-  if (ToUtf8(thousands) == fFields.fSeparator || thousands == fFormat.fDecimalSeparator)
-    fFormat.fThousandsSeparator.clear();
+  fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
   fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
   // A separator with another character than these is in no bare number and in no date.
   fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||

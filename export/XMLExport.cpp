@@ -380,10 +380,7 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
                    const std::function<void()>& pCheck) {
   constexpr std::u16string_view kZip = u".zip";
   constexpr std::u16string_view kXML = u".xml";
-  auto endsWith = [](std::u16string_view pName, std::u16string_view pSuffix) {
-    return pName.size() > pSuffix.size() && SameTextAscii(pName.substr(pName.size() - pSuffix.size()), pSuffix);
-  };
-  if (!endsWith(pPath, kZip)) {
+  if (!HasExtension(pPath, kZip)) {
     TOutputFile file(pPath);
     TCheckedSink sink(file, pCheck);
     pExport.Export(pRoot, sink);
@@ -393,7 +390,7 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
   // "data.xml.zip" and "data.zip" both hold "data.xml".
   std::u16string entry(FileNameOfPath(pPath, NativePathDelimiter()));
   entry.resize(entry.size() - kZip.size());
-  if (!endsWith(entry, kXML)) entry += kXML;
+  if (!HasExtension(entry, kXML)) entry += kXML;
   Zip::TZipOutput archive(pPath, entry, pRoot.GetScanTimeStamp());
   TCheckedSink sink(archive, pCheck);
   pExport.Export(pRoot, sink);

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace Kiv {
 
@@ -19,5 +21,21 @@ void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess = TFolderA
 std::u16string CreateTemporaryFolder();
 // Removes a file or an empty folder; what cannot be removed stays.
 void RemoveQuietly(const std::u16string& pPath) noexcept;
+
+// Files in a new temporary folder, gone with the object. One thread.
+class TTemporaryFiles {
+ public:
+  TTemporaryFiles() : fFolder(CreateTemporaryFolder()) {}  // EOSError
+  ~TTemporaryFiles();
+  TTemporaryFiles(const TTemporaryFiles&) = delete;
+  TTemporaryFiles& operator=(const TTemporaryFiles&) = delete;
+
+  // The path of the file of this name, which is the caller's to write.
+  std::u16string Add(std::u16string_view pName);
+
+ private:
+  const std::u16string fFolder;
+  std::vector<std::u16string> fFiles;
+};
 
 }  // namespace Kiv

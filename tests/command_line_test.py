@@ -208,13 +208,13 @@ DONE = [
         "TPostProcessActionHandler.PerformPostProcessActions: Terminating application.")),
     Row("data --debuglog a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
     Row("data --debugmode a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
-    Row("--version", out=("Vantrel ",)),
+    Row("--version", out=("Vantrel ", ", 64-bit)\r\n")),
     Row("--help", out=("Usage: vantrel ", "--CSV", "Exit code: ")),
     Row("/?", out=("Usage: vantrel ",)),
     Row("-h expand", out=("--EXPAND [LEVEL]", "May be given more than once.")),
     Row("--help no-such --version --help", code=WRONG_COMMAND_LINE, err=(
         only_once("--help"),)),
-    Row("data data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB",)),
+    Row("data data/sub data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB", SEPARATOR, "5.2 KB")),
 ]
 
 # What goes wrong on the way. Whatever can still be done is done.

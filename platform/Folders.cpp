@@ -1,0 +1,16 @@
+#include "platform/Folders.h"
+
+#include "platform/Paths.h"
+
+namespace Kiv {
+
+TTemporaryFiles::~TTemporaryFiles() {
+  for (const std::u16string& file : fFiles) RemoveQuietly(file);
+  RemoveQuietly(fFolder);
+}
+
+std::u16string TTemporaryFiles::Add(std::u16string_view pName) {
+  return fFiles.emplace_back(JoinPath(fFolder, pName, NativePathDelimiter()));
+}
+
+}  // namespace Kiv
