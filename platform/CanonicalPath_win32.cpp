@@ -1,0 +1,44 @@
+#include <winnetwk.h>
+
+#include "platform/CanonicalPath.h"
+#include "platform/Paths.h"
+#include "platform/Win32_win32.h"
+
+namespace Kiv {
+
+using namespace Win32;
+
+namespace {
+
+constexpr DWORD kLongestPath = 32'768;  // that Windows knows, with its zero
+
+bool HasDriveLetter(const std::u16string& pPath) {
+  return pPath.size() >= 2 && pPath[1] == u':';
+}
+
+// "\\server\share" for the letter of a drive that is mapped to it, whether or not it is connected; else empty.
+std::u16string ShareOfDrive(char16_t pLetter) {
+  const std::u16string drive = {pLetter, u':'};
+  std::u16string share(kLongestPath, 0);
+  DWORD length = kLongestPath;
+  if (WNetGetConnectionW(Wide(drive), reinterpret_cast<wchar_t*>(share.data()), &length) != NO_ERROR) return {};
+  share.resize(share.find(u'\0'));
+  return share.starts_with(u"\\\\") ? share : std::u16string();
+}
+
+}  // namespace
+
+std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
+  std::u16string path(kLongestPath, 0);
+  const DWORD length =
+      GetLongPathNameW(Wide(ExtendedPath(pPath)), reinterpret_cast<wchar_t*>(path.data()), kLongestPath);
+  if (length == 0 || length >= kLongestPath) return {};
+  path.resize(length);
+  path = WithoutExtendedPrefix(path);
+  if (!HasDriveLetter(path)) return std::u16string(WithoutTrailingDelimiter(path, u'\\'));
+  if (path[0] >= u'a' && path[0] <= u'z') path[0] = static_cast<char16_t>(path[0] - u'a' + u'A');
+  const std::u16string share = ShareOfDrive(path[0]);
+  return std::u16string(WithoutTrailingDelimiter(share.empty() ? path : share + path.substr(2), u'\\'));
+}
+
+}  // namespace Kiv
