@@ -1,8 +1,9 @@
-#include <winnetwk.h>
-
 #include "platform/CanonicalPath.h"
 #include "platform/Paths.h"
 #include "platform/Win32_win32.h"
+
+// After windows.h, which it takes its types from.
+#include <winnetwk.h>
 
 namespace Kiv {
 
