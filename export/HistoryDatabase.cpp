@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <utility>
@@ -55,16 +56,21 @@ constexpr std::string_view kEntryColumns =
     "SCANS.ID, DATE, SIZE, ALLOCATED, FILES, FREE_SPACE, VERSION, EXCLUDED_OBJECTS";
 constexpr int kEntryColumnCount = 8;
 
+// Less than nothing is no size: only another program can have written it, and differences would overflow.
+int64_t GetAmount(const TKIVSQLiteDatabase& pDatabase, int pColumn) {
+  return std::max<int64_t>(0, pDatabase.GetInteger(pColumn));
+}
+
 THistoryEntry EntryOfRow(const TKIVSQLiteDatabase& pDatabase) {
   THistoryEntry entry;
   entry.fId = pDatabase.GetInteger(0);
   entry.fDate = TimeOfDayCount(pDatabase.GetReal(1));
-  entry.fSize = pDatabase.GetInteger(2);
-  entry.fAllocated = pDatabase.GetInteger(3);
-  entry.fFiles = pDatabase.GetInteger(4);
-  entry.fFreeSpace = pDatabase.GetInteger(5);
+  entry.fSize = GetAmount(pDatabase, 2);
+  entry.fAllocated = GetAmount(pDatabase, 3);
+  entry.fFiles = GetAmount(pDatabase, 4);
+  entry.fFreeSpace = GetAmount(pDatabase, 5);
   entry.fVersion = ToUtf8(pDatabase.GetText(6));
-  if (!pDatabase.IsNull(7)) entry.fExcludedObjects = pDatabase.GetInteger(7);
+  if (!pDatabase.IsNull(7)) entry.fExcludedObjects = GetAmount(pDatabase, 7);
   return entry;
 }
 

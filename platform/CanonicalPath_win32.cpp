@@ -17,7 +17,11 @@ bool HasDriveLetter(const std::u16string& pPath) {
   return pPath.size() >= 2 && pPath[1] == u':';
 }
 
-// "\\server\share" for the letter of a drive that is mapped to it, whether or not it is connected; else empty.
+bool IsDriveRoot(const std::u16string& pPath) {
+  return pPath.size() == 3 && HasDriveLetter(pPath);
+}
+
+// "\\server\share" for the letter of a drive that is mapped to it, also while it is not connected; else empty.
 std::u16string ShareOfDrive(char16_t pLetter) {
   const std::u16string drive = {pLetter, u':'};
   std::u16string share(kLongestPath, 0);
@@ -30,16 +34,17 @@ std::u16string ShareOfDrive(char16_t pLetter) {
 }  // namespace
 
 std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
-  std::u16string path(kLongestPath, 0);
-  const DWORD length =
-      GetLongPathNameW(Wide(ExtendedPath(pPath)), reinterpret_cast<wchar_t*>(path.data()), kLongestPath);
-  if (length == 0 || length >= kLongestPath) return {};
-  path.resize(length);
-  path = WithoutExtendedPrefix(path);
-  if (!HasDriveLetter(path)) return std::u16string(WithoutTrailingDelimiter(path, u'\\'));
-  if (path[0] >= u'a' && path[0] <= u'z') path[0] = static_cast<char16_t>(path[0] - u'a' + u'A');
-  const std::u16string share = ShareOfDrive(path[0]);
-  return std::u16string(WithoutTrailingDelimiter(share.empty() ? path : share + path.substr(2), u'\\'));
+  std::u16string path = ResolvedPath(pPath);
+  // A drive that is not connected has its share all the same.
+  if (path.empty() && IsDriveRoot(pPath)) path = pPath;
+  if (path.empty()) return {};
+  if (HasDriveLetter(path)) {
+    if (path[0] >= u'a' && path[0] <= u'z') path[0] = static_cast<char16_t>(path[0] - u'a' + u'A');
+    if (const std::u16string share = ShareOfDrive(path[0]); !share.empty()) path = share + path.substr(2);
+  }
+  // The root of a share is typed with and without one.
+  if (path.starts_with(u"\\\\") && path.back() == u'\\') path.pop_back();
+  return std::u16string(WithoutTrailingDelimiter(path, u'\\'));
 }
 
 }  // namespace Kiv
