@@ -334,12 +334,10 @@ int64_t THistoryDatabaseReaderWriter::GetNumberOfScans(const std::u16string& pDa
 int64_t THistoryDatabaseReaderWriter::DeleteHistoryData(const std::u16string& pDatabase, int64_t pScanId) const {
   TKIVSQLiteDatabase database;
   OpenForReading(database, pDatabase);
-  if (!HoldsHistory(database))
-    throw EInvalidArgumentValue(fmt::format("THistoryDatabaseReaderWriter.DeleteHistoryData: {} holds no scan {}",
-                                            ToQuotedDisplay(pDatabase), pScanId));
-  TSQLiteTransaction transaction(database);
   const std::string scan = fmt::format("ID = {}", pScanId);
-  if (!database.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ROOT_ID", "SCANS", scan)))
+  const bool holdsHistory = HoldsHistory(database);
+  TSQLiteTransaction transaction(database);
+  if (!holdsHistory || !database.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ROOT_ID", "SCANS", scan)))
     throw EInvalidArgumentValue(fmt::format("THistoryDatabaseReaderWriter.DeleteHistoryData: {} holds no scan {}",
                                             ToQuotedDisplay(pDatabase), pScanId));
   const int64_t root = database.GetInteger(0);
