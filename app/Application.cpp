@@ -11,9 +11,9 @@
 
 #include "app/ConsoleOutput.h"
 #include "app/Version.h"
-#include "automation/ExitCodes.h"
 #include "automation/CompareAction.h"
 #include "automation/EmailAction.h"
+#include "automation/ExitCodes.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
 #include "export/ListExport.h"
@@ -121,7 +121,12 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
 void TApplication::StartLog() {
   if (!fState.fDebugLogFile.empty()) {
     // Line by line: a log is wanted most when the program does not come to its end.
-    auto file = std::make_shared<std::ofstream>(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
+    auto file = std::make_shared<std::ofstream>();
+    try {
+      file->open(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
+    } catch (const std::system_error&) {  // a name that is no text
+      file->setstate(std::ios::failbit);
+    }
     if (!*file) fSettings.fWriteError("The log cannot be written: " + ToQuotedDisplay(fState.fDebugLogFile));
     SetDebugLogSink([file](std::u16string_view pLine) { *file << ToDisplay(pLine) << std::endl; });
   } else if (fState.fDebug) {
@@ -135,7 +140,9 @@ int TApplication::ShowHelp(std::u16string_view pTopic) {
   return WriteLines(lines);
 }
 
-int TApplication::ShowVersion() { return WriteLines({VersionText(fSettings.fPlatformName)}); }
+int TApplication::ShowVersion() {
+  return WriteLines({VersionText(fSettings.fPlatformName)});
+}
 
 int TApplication::SaveSettings() {
   try {
@@ -176,11 +183,12 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
 // False when one of them cannot work.
 bool TApplication::QueueActions(IScanRoots& pRoots) {
   using namespace PostScanActions;
-  if (!fState.fCompareFile.empty()) fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots));
+  const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
+  if (!fState.fCompareFile.empty())
+    fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
   size_t roots = fState.fPaths.size();
   for (const std::u16string& files : fState.fOpenFiles) roots += XML::Parser::SplitFileNames(files).size();
-  const TExportRun run{kProgramName, kVersion, roots > 1,
-                       [] { return gCancelRequested.load(std::memory_order_relaxed); }};
+  const TExportRun run{kProgramName, kVersion, roots > 1, isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
   if (!fState.fMailTo.empty()) QueueMail();
@@ -198,9 +206,8 @@ void TApplication::QueueMail() {
   message.fFrom = FromUtf8(fOptions->MailFrom);
   message.fTo = fState.fMailTo;
   message.fSubject = fState.fMailSubject;
-  fActions.Add(std::make_unique<PostScanActions::TEmailPostScanAction>(fActions, *fOptions, std::move(message),
-                                                                       std::move(server), fState.fAttachReport,
-                                                                       kProgramName));
+  fActions.Add(std::make_unique<PostScanActions::TEmailPostScanAction>(
+      fActions, *fOptions, std::move(message), std::move(server), fState.fAttachReport, kProgramName));
 }
 
 // Tells what failed. Returns the highest of the exit codes.
@@ -220,11 +227,11 @@ int TApplication::OpenAndScan() {
     return WriteFailures();
   }
   int result = ecOk;
-  for (size_t i = 0; i < fState.fOpenFiles.size(); ++i) {
+  for (size_t i = 0; i < fState.fOpenFiles.size() && fActions.CanWriteMore(); ++i) {
     fPathsLeft = fState.fPaths.size() + fState.fOpenFiles.size() - i - 1;
     result = std::max(result, OpenFiles(*roots, fState.fOpenFiles[i]));
   }
-  if (result != ecOutputFailed) result = std::max(result, ScanPaths(*roots, fState.fPaths));
+  result = std::max(result, ScanPaths(*roots, fState.fPaths));
   fActions.FinishActions();
   result = std::max(result, WriteFailures());
   if (fSettings.fLeaveQuickly) {
@@ -283,9 +290,9 @@ int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string
       result = std::max<int>(result, ecCancelled);
       continue;
     }
+    if (!fActions.CanWriteMore()) break;  // nobody would see the other reports
     --fPathsLeft;
     result = std::max(result, ScanPath(pRoots, path));
-    if (result == ecOutputFailed) break;  // nobody would see the other reports
   }
   return result;
 }

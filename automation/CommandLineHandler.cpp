@@ -62,12 +62,15 @@ void TCommandLineHandler::Reset() {
   fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
+  fUserOptionsError.clear();
 }
 
 void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   Reset();
-  fIsMailed = fParser.FindSwitch(u"EMAIL", pTokens);
-  LoadOptionsFiles(pTokens);
+  const TTokens switches =
+      pTokens.first(static_cast<size_t>(std::find(pTokens.begin(), pTokens.end(), u"--") - pTokens.begin()));
+  fIsMailed = fParser.FindSwitch(u"EMAIL", switches) || !fParser.FindPathsAfterSwitch(u"EMAIL", switches).empty();
+  LoadOptionsFiles(switches);
   for (size_t i = 0; i < pTokens.size();) {
     const std::u16string& token = pTokens[i];
     if (token == u"--") {  // paths from here on, whatever they begin with
@@ -79,6 +82,8 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
     } else if (!fParser.IsSwitch(token)) {
       if (token.empty()) {
         fErrors.push_back("An empty path was given");
+      } else if (IsMistypedSwitch(token)) {
+        fErrors.push_back("Unknown Command line option: " + ToDisplay(token) + SuggestionFor(token));
       } else {
         fState.fPaths.push_back(token);
       }
@@ -94,20 +99,23 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
 // Before everything else, wherever they stand: what the command line sets goes first.
 void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
   if (!fUserOptionsFile.empty() && !fParser.FindSwitch(u"NOOPTIONS", pTokens)) LoadOptionsFile(fUserOptionsFile, true);
-  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens)) LoadOptionsFile(file, false);
+  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens))
+    if (!file.empty()) LoadOptionsFile(file, false);
 }
 
-void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing) {
+void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn) {
   try {
     const std::vector<std::string> skipped = Kiv::Options::LoadOptionsFile(pFile, fOptions).fSkipped;
     constexpr size_t kMostTold = 20;
     for (size_t i = 0; i < std::min(skipped.size(), kMostTold); ++i)
       fState.fWarnings.push_back(Kiv::ToQuotedDisplay(pFile) + ", " + skipped[i]);
     if (skipped.size() > kMostTold)
-      fState.fWarnings.push_back(fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile),
-                                             skipped.size() - kMostTold));
+      fState.fWarnings.push_back(
+          fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile), skipped.size() - kMostTold));
   } catch (const Kiv::Options::EOptionsFileError& error) {
-    if (!pMayBeMissing || !error.IsMissing()) fErrors.emplace_back(error.what());
+    // In a home that this user may not look into, as under sudo -u, there are no options of this user's.
+    if (pIsUsersOwn && !error.IsMissing() && Kiv::PathExists(pFile)) fUserOptionsError = error.what();
+    if (!pIsUsersOwn) fErrors.emplace_back(error.what());
   }
 }
 
@@ -115,8 +123,9 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pMay
 size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
   const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
   const std::string shown = ToDisplay(split.fSwitch);
-  const bool seen = std::find(fSeen.begin(), fSeen.end(), &pSwitch) != fSeen.end();
-  fSeen.push_back(&pSwitch);
+  const TSwitch* main = &MainSwitchOf(pSwitch);
+  const bool seen = std::find(fSeen.begin(), fSeen.end(), main) != fSeen.end();
+  fSeen.push_back(main);
   if (seen && !pSwitch.fItem.fRepeatable) {
     fErrors.push_back("The command line option " + shown +
                       " is allowed only once. You may however specify multiple values separated by semicolon.");
@@ -128,12 +137,18 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
     fErrors.push_back("The command line option " + shown + " takes no value");
     return 1;
   }
+  if (split.fHasValue && kind == TValueKind::vkOptionalBoolean && !fParser.IsValueOfKind(split.fValue, kind)) {
+    fErrors.push_back(
+        fmt::format("{}: {} is not allowed; expected true|false", shown, Kiv::ToQuotedDisplay(split.fValue)));
+    return 1;
+  }
   size_t next = pIndex + 1;
   std::vector<std::u16string> values;
   if (split.fHasValue)
     values.emplace_back(split.fValue);
   else
     values = TakeValues(pSwitch, pTokens, next);
+  if (kind == TValueKind::vkPath) std::erase(values, std::u16string());  // an empty variable of a script
   if (pSwitch.fApply == nullptr) {
     fErrors.push_back(fmt::format("{}: {}", shown, pSwitch.fHelp));
     return next - pIndex;
@@ -159,8 +174,8 @@ void TCommandLineHandler::ApplyValues(const TSwitch& pSwitch, const std::string&
                                       std::span<const std::u16string> pValues) {
   const size_t pathsBefore = fState.fPaths.size();
   for (const std::u16string& value : pValues) ApplyValue(pSwitch, pShown, value);
-  const bool isMissing = pSwitch.fItem.fValueKind == TValueKind::vkPaths ? fState.fPaths.size() == pathsBefore
-                                                                         : pValues.empty();
+  const bool isMissing =
+      pSwitch.fItem.fValueKind == TValueKind::vkPaths ? fState.fPaths.size() == pathsBefore : pValues.empty();
   if (!isMissing) return;
   if (pSwitch.fExpected.empty())
     ApplyValue(pSwitch, pShown, {});
@@ -178,11 +193,14 @@ void TCommandLineHandler::ApplyValue(const TSwitch& pSwitch, const std::string& 
 
 // --- files to write ------------------------------------------------------------------------------------------------
 
-bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u16string* pToken) {
+bool TCommandLineHandler::IsFileName(const std::u16string& pToken) const {
   constexpr char16_t kAnyDelimiter = u'\\';
-  const bool isFile = pToken != nullptr && !pToken->empty() && !fParser.IsSwitch(*pToken) && *pToken != u"--" &&
-                      !pToken->ends_with(kAnyDelimiter) && !pToken->ends_with(u'/') && !Kiv::FolderExists(*pToken);
-  if (isFile) return true;
+  return !pToken.empty() && !fParser.IsSwitch(pToken) && pToken != u"--" && !pToken.ends_with(kAnyDelimiter) &&
+         !pToken.ends_with(u'/') && !Kiv::FolderExists(pToken);
+}
+
+bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u16string* pToken) {
+  if (pToken != nullptr && IsFileName(*pToken)) return true;
   fErrors.push_back(fmt::format("A file path was expected after the command line parameter {}, but found: {}", pShown,
                                 pToken == nullptr ? "" : ToDisplay(*pToken)));
   return false;
@@ -198,8 +216,9 @@ size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTo
   }
   const bool hasNext = pIndex + 1 < pTokens.size();
   const bool isSwitch = hasNext && (fParser.IsSwitch(pTokens[pIndex + 1]) || pTokens[pIndex + 1] == u"--");
+  // Then a folder behind the switch is a path to scan.
   const bool mayBeMissing = pSwitch.fItem.fValueKind == TValueKind::vkOptionalFile || fIsMailed;
-  if (mayBeMissing && (!hasNext || isSwitch)) {
+  if (mayBeMissing && (!hasNext || !IsFileName(pTokens[pIndex + 1]))) {
     ApplyValue(pSwitch, shown, {});
     return 1;
   }
@@ -224,9 +243,21 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   return hasValue ? 2 : 1;
 }
 
+// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only, so that a
+// missing
+// "/data" is not taken for "/DATE".
+bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
+  const bool hasLowerCase =
+      std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
+  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Kiv::PathExists(pToken);
+}
+
 // The nearest switch or option, when it is near enough to have been meant.
 std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
-  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pToken);
+  // "/CSV=file": with two dashes it would be right.
+  const std::u16string_view front = Kiv::WithoutJoinedValue(pToken);
+  const bool isJoined = front.size() < pToken.size() && fParser.NamesKnown(front);
+  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(isJoined ? front : pToken);
   constexpr size_t kLongestName = 64;  // whatever is longer is a text that went astray
   const std::u16string typed = Folded(name.substr(0, kLongestName));
   std::u16string best;
@@ -240,8 +271,8 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
   for (const Kiv::TCommandLineItem& item : fParser.RegisteredSwitches()) consider(item.fName);
   for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) consider(Kiv::FromUtf8(option.fName));
   if (best.empty()) return {};
-  const std::u16string_view indicator = pToken.substr(0, pToken.size() - name.size());
-  return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + "?";
+  const std::u16string_view indicator = isJoined ? u"--" : pToken.substr(0, pToken.size() - name.size());
+  return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + (isJoined ? "=?" : "?");
 }
 
 // --- the whole -----------------------------------------------------------------------------------------------------
@@ -257,6 +288,9 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
     fErrors.push_back("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED");
   if (fState.fSaveSettings && fUserOptionsFile.empty())
     fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
+  // Who asks for help gets it all the same.
+  if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
+    fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
   if (fErrors.empty()) return;
   std::string message;
@@ -269,8 +303,7 @@ void TCommandLineHandler::CheckScans() {
   for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  const bool hasTask =
-      scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
+  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."

@@ -46,15 +46,17 @@ class TCommandLineHandler {
  private:
   using TTokens = std::span<const std::u16string>;
   void LoadOptionsFiles(TTokens pTokens);
-  void LoadOptionsFile(const std::u16string& pFile, bool pMayBeMissing);
+  void LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn);
   size_t HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
   std::vector<std::u16string> TakeValues(const TSwitch& pSwitch, TTokens pTokens, size_t& pNext) const;
   void ApplyValues(const TSwitch& pSwitch, const std::string& pShown, std::span<const std::u16string> pValues);
   void ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue);
-  // Whether the token can be the name of a file to write; says so when it cannot. pToken is nullptr when there is none.
+  // Whether the token can be the name of a file to write; CheckFileName says so when it cannot. pToken is nullptr when there is none.
+  bool IsFileName(const std::u16string& pToken) const;
   bool CheckFileName(const std::string& pShown, const std::u16string* pToken);
   size_t HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
   size_t HandleOption(TTokens pTokens, size_t pIndex);
+  bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
   void CheckScans();
@@ -63,8 +65,9 @@ class TCommandLineHandler {
   Kiv::TGlobalOptions& fOptions;
   const std::u16string fUserOptionsFile;
   TCommandLineState fState;
-  std::vector<const TSwitch*> fSeen;
+  std::vector<const TSwitch*> fSeen;  // aliases count as what they stand for
   std::vector<std::string> fErrors;
+  std::string fUserOptionsError;  // the user's own options cannot be loaded
   bool fIsMailed = false;
 };
 

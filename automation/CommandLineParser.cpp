@@ -19,6 +19,14 @@ bool IsNumber(std::u16string_view pText) {
   return TryParseInt64(ToUtf8(pText), value);
 }
 
+bool IsSize(std::u16string_view pText) {
+  try {
+    return ParseSizeText(pText) >= 0;
+  } catch (const ESizeTextError&) {
+    return false;
+  }
+}
+
 bool StartsWithAscii(std::u16string_view pText, std::u16string_view pPrefix) {
   return SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix);
 }
@@ -29,6 +37,10 @@ TSplitToken SplitSwitchValue(std::u16string_view pToken) {
   const size_t equals = pToken.find(u'=');
   if (!pToken.starts_with(u"--") || equals == std::u16string_view::npos) return {pToken, {}, false};
   return {pToken.substr(0, equals), pToken.substr(equals + 1), true};
+}
+
+std::u16string_view WithoutJoinedValue(std::u16string_view pToken) {
+  return pToken.substr(0, pToken.find_first_of(u"=:"));
 }
 
 TKivCommandLineParser::TKivCommandLineParser(bool pSlashBeginsPaths) : fSlashBeginsPaths(pSlashBeginsPaths) {}
@@ -88,11 +100,16 @@ bool TKivCommandLineParser::NamesOption(std::u16string_view pToken) {
   return FindOption(ToUtf8(RemoveSwitchIndicator(SplitSwitchValue(pToken).fSwitch))) != nullptr;
 }
 
+bool TKivCommandLineParser::NamesKnown(std::u16string_view pToken) const {
+  return StartsWithSwitchIndicator(pToken) && (FindRegistered(pToken) != nullptr || NamesOption(pToken));
+}
+
 bool TKivCommandLineParser::IsSwitch(std::u16string_view pToken) const {
   if (!StartsWithSwitchIndicator(pToken) || pToken.size() < 2 || IsNumber(pToken)) return false;
-  if (fSlashBeginsPaths && pToken.starts_with(u'/'))
-    return FindRegistered(pToken) != nullptr || NamesOption(pToken) || IsIgnored(pToken);
-  return true;
+  if (!fSlashBeginsPaths || !pToken.starts_with(u'/')) return true;
+  // "/PASSWORD=secret" is a slip to be told of, not a path to be shown.
+  const std::u16string_view name = WithoutJoinedValue(pToken);
+  return NamesKnown(name) || IsIgnored(name);
 }
 
 bool TKivCommandLineParser::IsValue(std::u16string_view pToken) const {
@@ -103,21 +120,20 @@ bool TKivCommandLineParser::IsValueOfKind(std::u16string_view pToken, TValueKind
   switch (pKind) {
     case TValueKind::vkNone:
       return false;
+    case TValueKind::vkTopic:
+      return pToken != u"--";
     case TValueKind::vkOptionalBoolean:
       return pToken == u"0" || pToken == u"1" || SameTextAscii(pToken, u"true") || SameTextAscii(pToken, u"false");
     case TValueKind::vkOptionalSize:
-      try {
-        return ParseSizeText(pToken) >= 0;
-      } catch (const ESizeTextError&) {
-        return false;
-      }
+      return IsSize(pToken) || (IsValue(pToken) && !PathExists(std::u16string(pToken)));
+    case TValueKind::vkSecret:
+      return pToken != u"--" && !NamesKnown(pToken);
     case TValueKind::vkLevel:
       return IsValue(pToken) && (IsNumber(pToken) || !PathExists(std::u16string(pToken)));
     case TValueKind::vkFile:
       return true;
     case TValueKind::vkPattern:
-      return !StartsWithSwitchIndicator(pToken) ||
-             (!pToken.starts_with(u"--") && FindRegistered(pToken) == nullptr && !NamesOption(pToken));
+      return !pToken.starts_with(u"--") && !NamesKnown(pToken);
     default:
       return IsValue(pToken);
   }
@@ -228,7 +244,9 @@ size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens p
   if (StartsWithAscii(name, kInternalPrefix)) return hasNext ? 2 : 1;
   const TOptionInfo* option = FindOption(ToUtf8(name));
   if (option == nullptr) {
-    pError = "Unknown Command line option: " + ToDisplay(split.fSwitch);
+    // What is joined to it may be a password: "/PASSWORD=secret" is told as "/PASSWORD=".
+    const size_t shown = WithoutJoinedValue(split.fSwitch).size() + 1;
+    pError = "Unknown Command line option: " + ToDisplay(split.fSwitch.substr(0, shown));
     return 0;
   }
   if (split.fHasValue) {

@@ -26,16 +26,17 @@ class ECommandLineParserCriticalException : public EException {
 // behind the switch stays a path.
 enum class TValueKind : uint8_t {
   vkNone,
-  vkOptionalText,
+  vkTopic,  // of help: nothing, a text, or a switch
   vkText,
   vkInteger,
   vkOptionalBoolean,  // true, false, 1 or 0
-  vkOptionalSize,     // "10MB"
+  vkOptionalSize,     // "10MB", or whatever else is there but no path of the disk
   vkLevel,            // a number, or whatever else is there but no path of the disk
   vkPaths,            // all tokens up to the next switch
   vkPath,             // an existing file
   vkFile,             // a file to write; every token is taken for one, switches are refused
   vkOptionalFile,     // the same, but nothing may follow, and a switch is none
+  vkSecret,           // whatever follows, so that none of it is ever taken for something to be shown; but no known switch
   vkPattern,          // may begin like a switch, "/^a/i" or "-old", but not with "--" or as a known one
   vkAnything,         // all tokens up to the next switch, whatever they are
 };
@@ -78,6 +79,8 @@ class TKivCommandLineParser {
   // The registered switch that the token names, nullptr when it names none. A "=value" does not count.
   const TCommandLineItem* FindRegistered(std::u16string_view pToken) const;
 
+  // Whether the token is a registered switch or an option with an indicator in front.
+  bool NamesKnown(std::u16string_view pToken) const;
   // Whether the token is a switch, known or not.
   bool IsSwitch(std::u16string_view pToken) const;
   // Whether the token can be a switch's value: everything but switches; numbers always.
@@ -131,5 +134,7 @@ struct TSplitToken {
   bool fHasValue = false;
 };
 TSplitToken SplitSwitchValue(std::u16string_view pToken);
+// The token up to an "=" or ":" in it, for those that come with a value in a form that is not understood.
+std::u16string_view WithoutJoinedValue(std::u16string_view pToken);
 
 }  // namespace Kiv

@@ -21,7 +21,7 @@ struct TExportRequest {
 struct TCommandLineState {
   Kiv::TGlobalOptions* fOptions = nullptr;  // the handler's
 
-  std::vector<std::u16string> fPaths;  // to scan, as typed, in order
+  std::vector<std::u16string> fPaths;                    // to scan, as typed, in order
   std::vector<std::u16string> fOpenFiles;                // scan files to load, lists as typed
   Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::u16string fCompareFile;                           // the older scan; empty: none

@@ -2,13 +2,24 @@
 
 #include "automation/ExitCodes.h"
 #include "export/XMLCompareReader.h"
+#include "platform/FileStream.h"
+#include "platform/Folders.h"
 
 namespace Kiv::PostScanActions {
 
-void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(fFileName, pRoot, fRoots);
+// A file that is missing is better known before hours of scanning. A pipe can be opened only once.
+void TComparePostScanAction::Prepare() {
+  if (!SpecialFileExists(fFileName)) TFileStream::OpenForReading(fFileName);
 }
 
-int TComparePostScanAction::GetFailureCode() const { return Vantrel::ecPathNotFound; }
+void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
+  const bool compared = Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(
+      fFileName, pRoot, fRoots, [&](const std::u16string&, uint64_t) { return !fIsCancelled(); });
+  if (!compared) throw EExportCancelled("Stopped: nothing was compared");
+}
+
+int TComparePostScanAction::GetFailureCode() const {
+  return Vantrel::ecPathNotFound;
+}
 
 }  // namespace Kiv::PostScanActions

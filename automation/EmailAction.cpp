@@ -75,6 +75,7 @@ void TEmailPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
 }
 
 void TEmailPostScanAction::Finish() {
+  if (fReport.empty()) throw EInvalidOperation("No mail was sent: there is nothing to report");
   Mail::TMailMessage message = fMessage;
   message.fAttachments = fHandler.CheckAttachments();
   if (!fAttachReport) {

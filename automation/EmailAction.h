@@ -11,8 +11,8 @@ namespace Kiv::PostScanActions {
 // comes last.
 class TEmailPostScanAction : public TBasePostScanAction {
  public:
-  // The handler and the options must outlive the action. The report is the mail's text, or a file beside the others with
-  // pAttachReport.
+  // The handler and the options must outlive the action. The report is the mail's text, or a file beside the others
+  // with pAttachReport.
   TEmailPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
                        Mail::TMailMessage pMessage, Mail::TMailServer pServer, bool pAttachReport,
                        std::string pProgramName);

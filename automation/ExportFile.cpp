@@ -1,5 +1,6 @@
 #include "automation/ExportFile.h"
 
+#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
 
@@ -10,14 +11,37 @@ void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
     throw EExportCancelled("Stopped: " + ToQuotedDisplay(pPath) + " was not written, an earlier one is untouched");
 }
 
+TExportFile::TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen)
+    : fPath(pPath), fIsCancelled(std::move(pIsCancelled)) {
+  if (pUnseen && pPath != TOutputFile::kStandardOutput && !SpecialFileExists(pPath))
+    fScratch = TFileStream::CreateScratch(pPath);
+  else
+    fFile = std::make_unique<TOutputFile>(pPath);
+}
+
 void TExportFile::Write(std::string_view pBytes) {
   CheckNotCancelled(fIsCancelled(), Path());
-  fFile.Write(pBytes);
+  Sink().Write(pBytes);
+}
+
+void TExportFile::Commit() {
+  if (!fFile) CopyScratch();
+  fFile->Commit();
+}
+
+void TExportFile::CopyScratch() {
+  constexpr size_t kPiece = 1 << 17;
+  fFile = std::make_unique<TOutputFile>(fPath);
+  fScratch.Seek(0);
+  std::string piece(kPiece, '\0');
+  while (const size_t length = fScratch.Read(piece.data(), piece.size()))
+    Write(std::string_view(piece).substr(0, length));
+  fScratch = {};
 }
 
 bool TExportFile::WriteLine(std::string_view pLine) {
   Write(pLine);
-  fFile.Write("\r\n");
+  Sink().Write("\r\n");
   ++fLines;
   return true;
 }
@@ -25,8 +49,8 @@ bool TExportFile::WriteLine(std::string_view pLine) {
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart) {
   constexpr std::u16string_view kPackedXML = u".xml.zip";
   const std::u16string_view name = FileNameOfPath(pPath, NativePathDelimiter());
-  const bool isPackedXML = name.size() > kPackedXML.size() &&
-                           SameTextAscii(name.substr(name.size() - kPackedXML.size()), kPackedXML);
+  const bool isPackedXML =
+      name.size() > kPackedXML.size() && SameTextAscii(name.substr(name.size() - kPackedXML.size()), kPackedXML);
   size_t dot = isPackedXML ? name.size() - kPackedXML.size() : name.rfind(u'.');
   if (dot == std::u16string_view::npos || dot == 0) dot = name.size();
   std::u16string path(pPath.substr(0, pPath.size() - name.size()));
@@ -35,8 +59,11 @@ std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPa
 
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot) {
   const std::u16string path = pRoot.GetPath();
-  std::u16string name(FileNameOfPath(WithoutTrailingDelimiter(path, pRoot.GetPathDelimiter()), pRoot.GetPathDelimiter()));
-  std::erase_if(name, [](char16_t pUnit) { return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos; });
+  std::u16string name(
+      FileNameOfPath(WithoutTrailingDelimiter(path, pRoot.GetPathDelimiter()), pRoot.GetPathDelimiter()));
+  std::erase_if(name, [](char16_t pUnit) {
+    return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos;
+  });
   return name.empty() ? u"root" : name;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "export/HierarchicalExport.h"
@@ -22,18 +23,24 @@ void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
 class TExportFile final : public IByteSink, public Hierarchical::Exporting::ILineOutput {
  public:
   using TIsCancelled = std::function<bool()>;
-  TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled)
-      : fFile(pPath), fIsCancelled(std::move(pIsCancelled)) {}
+  // With pUnseen there is nothing at the path until Commit, a temporary name neither, so that scans which run meanwhile do
+  // not count the export itself. On Windows the name is there, and gone with the process.
+  TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen = false);
 
   void Write(std::string_view pBytes) override;
   bool WriteLine(std::string_view pLine) override;
   int64_t LineCount() const override { return fLines; }
-  void Commit() { fFile.Commit(); }
-  const std::u16string& Path() const { return fFile.Path(); }
+  void Commit();
+  const std::u16string& Path() const { return fPath; }
 
  private:
-  TOutputFile fFile;
+  void CopyScratch();
+  IByteSink& Sink() { return fFile ? static_cast<IByteSink&>(*fFile) : fScratch; }
+
+  const std::u16string fPath;
   const TIsCancelled fIsCancelled;
+  std::unique_ptr<TOutputFile> fFile;  // not there yet: what is written goes into the scratch file
+  TFileStream fScratch;
   int64_t fLines = 0;
 };
 

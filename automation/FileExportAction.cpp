@@ -80,6 +80,8 @@ void TFileExportPostScanAction::Prepare() {
   }
   if (fFileName == TOutputFile::kStandardOutput) return;
   CreateFolders(std::u16string(FolderOfPath(fFileName, NativePathDelimiter())));
+  // Who reads a pipe would take the end of the probe for that of the export.
+  if (SpecialFileExists(fFileName)) return;
   const TOutputFile probe(fFileName);
 }
 
@@ -94,6 +96,8 @@ void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
 
 void TFileExportPostScanAction::Finish() {
   auto commit = [&](std::unique_ptr<TExportFile>& pFile) {
+    // Stopped between two roots: what there is would pass for all of them.
+    CheckNotCancelled(fRun.fSeveralRoots && fRun.fIsCancelled(), pFile->Path());
     pFile->Commit();
     fWritten.push_back(pFile->Path());
     pFile.reset();
@@ -103,11 +107,11 @@ void TFileExportPostScanAction::Finish() {
   fLists.clear();
 }
 
-// Two folders of one name on different drives get different files.
+// Two folders of one name on different drives get different files, also where file names differ by letter case only.
 std::u16string TFileExportPostScanAction::UniqueNameOf(const IHierarchicalRoot& pRoot) {
   const std::u16string name = NameForFiles(pRoot);
   std::u16string unique = name;
-  for (int number = 2; !fRootNames.insert(unique).second; ++number)
+  for (int number = 2; !fRootNames.insert(ToLowerLinguistic(unique)).second; ++number)
     unique = name + u"_" + FromUtf8(std::to_string(number));
   return unique;
 }
@@ -124,8 +128,10 @@ void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u
 }
 
 void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
-  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled);
-  const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
+  TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  // The next program in a pipe would take the mark for a part of the first field.
+  if (fFileName == TOutputFile::kStandardOutput) settings.fByteOrderMark = false;
   CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
 }
 
@@ -135,7 +141,7 @@ void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std:
   const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
   for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
     const std::u16string path = WithPartInName(fFileName, u"-" + std::u16string(list.fName));
-    fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled));
+    fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
     const bool isCSV = fFormat == TExportFormat::efCSV;
     const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
     if (settings.fByteOrderMark) fLists.back()->Write(Text::kByteOrderMark);

@@ -23,9 +23,9 @@ struct TExportRun {
   TExportFile::TIsCancelled fIsCancelled;
 };
 
-// Exports roots to a file when their scans have finished. Several roots go below each other into one file; where one file
-// holds one root only, each gets a file of its own with the root's name in it. Files take their places when all is written.
-// What goes wrong is an exception that names the file.
+// Exports roots to a file when their scans have finished. Several roots go below each other into one file; where one
+// file holds one root only, each gets a file of its own with the root's name in it. Files take their places when all is
+// written. What goes wrong is an exception that names the file.
 class TFileExportPostScanAction : public TBasePostScanAction {
  public:
   // The handler and the options must outlive the action. Without a name the file is made where temporary files lie, and
@@ -58,7 +58,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   const TExportFormat fFormat;
   std::u16string fFileName;
   const TExportRun fRun;
-  std::u16string fTemporaryFolder;  // empty: the file has a place of its own
+  std::u16string fTemporaryFolder;     // empty: the file has a place of its own
   std::unique_ptr<TExportFile> fFile;  // open over several roots
   std::vector<std::unique_ptr<TExportFile>> fLists;
   std::set<std::u16string> fRootNames;

@@ -22,7 +22,9 @@ std::string NameOf(const TSwitch& pSwitch) {
   return pSwitch.fValueText.empty() ? name : fmt::format("{} {}", name, pSwitch.fValueText);
 }
 
-std::string SwitchRow(const TSwitch& pSwitch) { return fmt::format(kRowFormat, NameOf(pSwitch), pSwitch.fHelp); }
+std::string SwitchRow(const TSwitch& pSwitch) {
+  return fmt::format(kRowFormat, NameOf(pSwitch), pSwitch.fHelp);
+}
 
 // Words in lines of a screen's width.
 void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std::string_view pIndent) {
@@ -43,7 +45,12 @@ void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std
 void AppendOption(std::vector<std::string>& pLines, const Kiv::TOptionInfo& pOption) {
   pLines.push_back(fmt::format("  --{:<28}{}", pOption.fName, pOption.fHelp));
   const std::string range = pOption.fRange.empty() ? "any text" : pOption.fRange;
-  pLines.push_back("      " + (pOption.fDefault.empty() ? range : range + ", default " + pOption.fDefault));
+  // Blanks and punctuation are hard to see.
+  const bool isQuoted = pOption.fDefault.find_first_of(
+                            "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos;
+  const std::string quote = isQuoted ? "\"" : "";
+  pLines.push_back("      " +
+                   (pOption.fDefault.empty() ? range : range + ", default " + quote + pOption.fDefault + quote));
 }
 
 std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
@@ -77,9 +84,9 @@ const std::vector<TExitCodeInfo>& ExitCodes() {
 
 const std::vector<THelpTopic>& HelpTopics() {
   static const std::vector<THelpTopic> topics = {
-      {"switches", "all switches", SwitchesHelpText},   {"options", "all options", OptionsHelpText},
-      {"man", "the manual page", ManualPage},           {"bash", "completions for bash", BashCompletions},
-      {"zsh", "completions for zsh", ZshCompletions},   {"fish", "completions for fish", FishCompletions},
+      {"switches", "all switches", SwitchesHelpText}, {"options", "all options", OptionsHelpText},
+      {"man", "the manual page", ManualPage},         {"bash", "completions for bash", BashCompletions},
+      {"zsh", "completions for zsh", ZshCompletions}, {"fish", "completions for fish", FishCompletions},
   };
   return topics;
 }
@@ -126,10 +133,11 @@ bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines) {
     pLines = HelpText();
     return true;
   }
-  const std::u16string name(Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic));
+  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic);
   const std::string narrow = Kiv::ToUtf8(name);
+  const bool isSwitch = name.size() < pTopic.size();  // "--options" is one, "options" are all
   for (const THelpTopic& topic : HelpTopics()) {
-    if (!Kiv::SameTextAscii(topic.fName, narrow)) continue;
+    if (isSwitch || !Kiv::SameTextAscii(topic.fName, narrow)) continue;
     pLines = topic.fText();
     return true;
   }

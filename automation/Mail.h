@@ -19,10 +19,10 @@ struct TMailMessage {
 };
 
 struct TMailServer {
-  std::string fHost;  // empty: the system's sendmail (Linux); EMailError on Windows
-  int fPort = 0;      // 0: the usual one of the security (25, 587, 465)
+  std::string fHost;                                    // empty: the system's sendmail (Linux); EMailError on Windows
+  int fPort = 0;                                        // 0: the usual one of the security (25, 587, 465)
   TMailSecurity fSecurity = TMailSecurity::msStartTLS;  // what is asked for is insisted on
-  std::string fUser;  // empty: no login
+  std::string fUser;                                    // empty: no login
   std::string fPassword;
   std::string fSendmail;  // program, for the way without a server; empty: found in the usual places
 };
@@ -39,8 +39,8 @@ class EMailError : public EException {
 // given up. Attachments are read while they are sent and never held as a whole. For one thread at a time.
 void SendMail(const TMailMessage& pMessage, const TMailServer& pServer);
 
-// Throws the EMailError that SendMail is bound to throw: there is no way to send a mail, or one that cannot be right. For
-// whoever has hours of work before the mail.
+// Throws the EMailError that SendMail is bound to throw: there is no way to send a mail, or one that cannot be right.
+// For whoever has hours of work before the mail.
 void CheckMailServer(const TMailServer& pServer);
 
 // The parts of a list of addresses, separated by ";" or ","; in quotes and angle brackets these separate nothing.

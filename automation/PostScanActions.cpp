@@ -47,6 +47,7 @@ bool TPostProcessActionHandler::PerformPostProcessActions(IHierarchicalRoot* pRo
   const bool scansActive = pScans.CountActiveScans() > 0;
   bool written = RunActions(*pRoot);
   if (WritesNothing() && fHost.IsUnattended() && !WriteDefaultReport(*pRoot)) {
+    fReportFailed = true;
     fFailures.push_back({"The report could not be written", Vantrel::ecOutputFailed});
     written = false;
   }
@@ -54,12 +55,21 @@ bool TPostProcessActionHandler::PerformPostProcessActions(IHierarchicalRoot* pRo
   return written;
 }
 
-int TBasePostScanAction::GetFailureCode() const { return Vantrel::ecOutputFailed; }
+int TBasePostScanAction::GetFailureCode() const {
+  return Vantrel::ecOutputFailed;
+}
 
 // True for an empty queue.
 bool TPostProcessActionHandler::WritesNothing() const {
   return std::all_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
     return pQueued.fAction && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) != 0;
+  });
+}
+
+bool TPostProcessActionHandler::CanWriteMore() const {
+  if (WritesNothing()) return !fReportFailed;
+  return std::any_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
+    return pQueued.fAction && !pQueued.fFailed && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) == 0;
   });
 }
 

@@ -68,14 +68,14 @@ class TPostProcessActionHandler {
 
   void Add(std::unique_ptr<TBasePostScanAction> pAction) { fActions.push_back({std::move(pAction)}); }
   bool IsEmpty() const { return fActions.empty(); }
-  // Puts the queue in order, what prepares others first, and lets each action find out whether it can work at all. False
-  // when one cannot: then nothing should be scanned.
+  // Puts the queue in order, what prepares others first, and lets each action find out whether it can work at all.
+  // False when one cannot: then nothing should be scanned.
   bool ResolveRequirements();
   // The settings with which the tree is exported for all actions of one kind of output together: deep enough for each.
   TMediaSettings MergedRecursionLevel(TMediaType pMedia) const;
   // Runs the queue, or writes the default report to the output when nothing in the queue writes and there is no window;
-  // then ends the program when nothing is left to do. False when something of it failed. An action that has failed is not
-  // run again.
+  // then ends the program when nothing is left to do. False when something of it failed. An action that has failed is
+  // not run again.
   bool PerformPostProcessActions(IHierarchicalRoot* pRoot, const IScanRoots& pScans);
   // Completes all actions that have not failed, in their order, after the last root. False when one failed.
   bool FinishActions();
@@ -84,6 +84,8 @@ class TPostProcessActionHandler {
   // The files that a mail takes along: those of all actions. EInvalidOperation that names one that is not there.
   std::vector<std::u16string> CheckAttachments() const;
   bool ShouldCloseApplication() const;
+  // Whether one more root would be written anywhere: not once all that writes has failed.
+  bool CanWriteMore() const;
 
   // Columns of the default report's lines, 0 for any number.
   void SetReportWidth(int pColumns) { fReportWidth = pColumns; }
@@ -109,6 +111,7 @@ class TPostProcessActionHandler {
   std::vector<TQueued> fActions;
   std::vector<TActionFailure> fFailures;
   int fReportWidth = 0;
+  bool fReportFailed = false;
 };
 
 }  // namespace Kiv::PostScanActions

@@ -5,7 +5,8 @@
 
 namespace Vantrel::CommandLine {
 
-// Scripts that complete switches, options and their values, made from the switch and option tables.
+// Scripts that complete switches, options and their values, made from the switch and option tables. Each is a single text
+// whose lines end in LF on every platform.
 std::vector<std::string> BashCompletions();
 std::vector<std::string> ZshCompletions();
 std::vector<std::string> FishCompletions();

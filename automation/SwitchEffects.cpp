@@ -42,8 +42,7 @@ bool IsOn(std::u16string_view pValue) {
 }
 
 bool HasExtension(std::u16string_view pFile, std::u16string_view pExtension) {
-  return pFile.size() > pExtension.size() &&
-         SameTextAscii(pFile.substr(pFile.size() - pExtension.size()), pExtension);
+  return pFile.size() > pExtension.size() && SameTextAscii(pFile.substr(pFile.size() - pExtension.size()), pExtension);
 }
 
 std::string ColumnNames() {
@@ -70,11 +69,17 @@ void AddPaths(TCommandLineState& pState, std::u16string_view pValue) {
   }
 }
 
-void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) { pState.fPaths.emplace_back(u"."); }
+void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) {
+  pState.fPaths.emplace_back(u".");
+}
 
-void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) { pState.fOpenFiles.emplace_back(pFiles); }
+void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
+  pState.fOpenFiles.emplace_back(pFiles);
+}
 
-void CompareWith(TCommandLineState& pState, std::u16string_view pFile) { pState.fCompareFile = pFile; }
+void CompareWith(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fCompareFile = pFile;
+}
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
   PatternsOf(pState).Add(CreateCheckedPattern(pPattern, TPatternType::ptyInclude));
@@ -109,7 +114,9 @@ void ExportXML(TCommandLineState& pState, std::u16string_view pFile) {
   AddExport(pState, TExportFormat::efXML, pFile);
 }
 
-void InsertDate(TCommandLineState& pState, std::u16string_view) { pState.fDateInFileNames = true; }
+void InsertDate(TCommandLineState& pState, std::u16string_view) {
+  pState.fDateInFileNames = true;
+}
 
 void ExportDriveList(TCommandLineState& pState, std::u16string_view pFile) {
   pState.fExportDriveList = true;
@@ -160,9 +167,10 @@ void ShowFiles(TCommandLineState& pState, std::u16string_view pValue) {
 void SetElements(TCommandLineState& pState, std::u16string_view pElements) {
   int64_t elements = 0;
   if (!TryParseInt64(ToUtf8(pElements), elements) || elements < 1 || elements > kAllObjectTypes)
-    throw EInvalidArgumentValue(ToQuotedDisplay(pElements) +
-                                " is not allowed; expected the sum of 1 for folders, 2 for the files of a folder as one "
-                                "row and 4 for single files");
+    throw EInvalidArgumentValue(
+        ToQuotedDisplay(pElements) +
+        " is not allowed; expected the sum of 1 for folders, 2 for the files of a folder as one "
+        "row and 4 for single files");
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) {
     pSettings.fIncludedObjectTypes = static_cast<TIncludedObjectTypes>(elements);
   });
@@ -181,7 +189,9 @@ void ListExtensions(TCommandLineState& pState, std::u16string_view pValue) {
   pState.fOptions->ListExtensions = IsOn(pValue);
 }
 
-void ListUsers(TCommandLineState& pState, std::u16string_view pValue) { pState.fOptions->ListUsers = IsOn(pValue); }
+void ListUsers(TCommandLineState& pState, std::u16string_view pValue) {
+  pState.fOptions->ListUsers = IsOn(pValue);
+}
 
 void ListFileAges(TCommandLineState& pState, std::u16string_view pValue) {
   pState.fOptions->ListFileAges = IsOn(pValue);
@@ -213,44 +223,68 @@ void OmitUnits(TCommandLineState& pState, std::u16string_view) {
 // --- mail ----------------------------------------------------------------------------------------------------------
 
 void MailTo(TCommandLineState& pState, std::u16string_view pAddresses) {
-  for (const std::u16string& address : Mail::SplitMailAddresses(pAddresses)) {
+  const std::vector<std::u16string> addresses = Mail::SplitMailAddresses(pAddresses);
+  if (addresses.empty()) throw EInvalidArgumentValue(ToQuotedDisplay(pAddresses) + " names nobody");
+  for (const std::u16string& address : addresses) {
     Mail::CheckMailAddress(address);
     pState.fMailTo.push_back(address);
   }
 }
 
-void SetSubject(TCommandLineState& pState, std::u16string_view pSubject) { pState.fMailSubject = pSubject; }
+void SetSubject(TCommandLineState& pState, std::u16string_view pSubject) {
+  pState.fMailSubject = pSubject;
+}
 
-void AttachReport(TCommandLineState& pState, std::u16string_view) { pState.fAttachReport = true; }
+void AttachReport(TCommandLineState& pState, std::u16string_view) {
+  pState.fAttachReport = true;
+}
 
-void SetUserName(TCommandLineState& pState, std::u16string_view pName) { pState.fUserName = pName; }
+void SetUserName(TCommandLineState& pState, std::u16string_view pName) {
+  pState.fUserName = pName;
+}
 
-void SetPassword(TCommandLineState& pState, std::u16string_view pPassword) { pState.fPassword = pPassword; }
+void SetPassword(TCommandLineState& pState, std::u16string_view pPassword) {
+  pState.fPassword = pPassword;
+}
 
 // --- settings and the run ------------------------------------------------------------------------------------------
 
-void SaveSettings(TCommandLineState& pState, std::u16string_view) { pState.fSaveSettings = true; }
+void SaveSettings(TCommandLineState& pState, std::u16string_view) {
+  pState.fSaveSettings = true;
+}
 
-void ForgetSettings(TCommandLineState& pState, std::u16string_view) { pState.fForgetSettings = true; }
+void ForgetSettings(TCommandLineState& pState, std::u16string_view) {
+  pState.fForgetSettings = true;
+}
 
-void BeReadOnly(TCommandLineState& pState, std::u16string_view pValue) { pState.fReadOnly = IsOn(pValue); }
+void BeReadOnly(TCommandLineState& pState, std::u16string_view pValue) {
+  pState.fReadOnly = IsOn(pValue);
+}
 
-void BeUnattended(TCommandLineState& pState, std::u16string_view) { pState.fUnattended = true; }
+void BeUnattended(TCommandLineState& pState, std::u16string_view) {
+  pState.fUnattended = true;
+}
 
 void CloseAfterExport(TCommandLineState& pState, std::u16string_view pValue) {
   pState.fOptions->CloseAfterExport = IsOn(pValue);
 }
 
-void LogToConsole(TCommandLineState& pState, std::u16string_view) { pState.fDebug = true; }
+void LogToConsole(TCommandLineState& pState, std::u16string_view) {
+  pState.fDebug = true;
+}
 
-void LogToFile(TCommandLineState& pState, std::u16string_view pFile) { pState.fDebugLogFile = pFile; }
+void LogToFile(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fDebugLogFile = pFile;
+}
 
 void AskHelp(TCommandLineState& pState, std::u16string_view pTopic) {
   pState.fHelp = true;
   pState.fHelpTopic = pTopic;
 }
 
-void AskVersion(TCommandLineState& pState, std::u16string_view) { pState.fVersion = true; }
+void AskVersion(TCommandLineState& pState, std::u16string_view) {
+  pState.fVersion = true;
+}
 
 void Nothing(TCommandLineState&, std::u16string_view) {}
 

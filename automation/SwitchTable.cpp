@@ -85,7 +85,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"SUBJECT", vkText, kOnce}, srMore, "TEXT", "subject of the mail", SetSubject, "A subject"},
     {{u"ATTACH", vkNone, kRepeated}, srMore, "", "attach the report instead of showing it in the mail", AttachReport},
     {{u"USERNAME", vkText, kOnce}, srMore, "NAME", "log in to the mail server", SetUserName, "A name"},
-    {{u"PASSWORD", vkText, kOnce}, srMore, "TEXT", "password for it", SetPassword, "A password",
+    {{u"PASSWORD", vkSecret, kOnce}, srMore, "TEXT", "password for it", SetPassword, "A password",
      "Other users of this machine can see a running program's command line: the environment variable "
      "VANTREL_PASSWORD is the better place."},
 
@@ -109,10 +109,10 @@ constexpr TSwitch kSwitches[] = {
     {{u"DEBUG", vkNone, kRepeated}, srMore, "", "log what the program decides to the standard error", LogToConsole},
     {{u"DEBUGLOG", vkPath, kOnce}, srMore, "FILE", "log to a file", LogToFile, "A file"},
     {{u"DEBUGMODE", vkPath, kOnce}, srAlias, "FILE", "", LogToFile, "A file"},
-    {{u"HELP", vkOptionalText, kOnce}, srMain, "[switches|options|NAME]", "this text; all switches, all options; or one", AskHelp, {},
+    {{u"HELP", vkTopic, kOnce}, srMain, "[switches|options|NAME]", "this text; all switches, all options; or one", AskHelp, {},
      "Also on \"man\", a manual page, and on \"bash\", \"zsh\" and \"fish\", completions for these shells."},
-    {{u"?", vkOptionalText, kOnce}, srAlias, "[NAME]", "", AskHelp},
-    {{u"h", vkOptionalText, kOnce}, srAlias, "[NAME]", "", AskHelp},
+    {{u"?", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
+    {{u"h", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
     {{u"VERSION", vkNone, kRepeated}, srMain, "", "the program's version", AskVersion},
 
     // Known, but not built.

@@ -2,7 +2,6 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -12,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/Timing.h"
 #include "export/XMLExport.h"
 #include "export/XMLReader.h"
 #include "model/ScanRoots.h"
@@ -28,23 +28,12 @@ namespace {
 
 using namespace Kiv;
 using namespace Vantrel;
+using namespace Vantrel::Bench;
 
 constexpr double kMostWrite = 4.0;
 constexpr double kMostLoad = 2.5;
 constexpr double kMostMemory = 1.1;
 const std::u16string kFile = u"bench-xml.xml";
-
-template <class TWork>
-double Seconds(const TWork& pWork) {
-  const auto start = std::chrono::steady_clock::now();
-  pWork();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double Median(std::vector<double> pValues) {
-  std::sort(pValues.begin(), pValues.end());
-  return pValues[pValues.size() / 2];
-}
 
 size_t HeapBytes() {
   malloc_trim(0);
@@ -66,14 +55,6 @@ void ParseBare(const std::u16string& pPath) {
     if (XML_ParseBuffer(parser, static_cast<int>(file.gcount()), !more) != XML_STATUS_OK) std::terminate();
   }
   XML_ParserFree(parser);
-}
-
-bool Report(const char* pWhat, double pValue, const char* pAgainst, double pReference, double pMost) {
-  const double ratio = pValue / pReference;
-  std::printf("%-6s %s: %.3f against %.3f, ratio %.2f (at most %.2f)\n", ratio <= pMost ? "met" : "MISSED", pWhat, pValue,
-              pReference, ratio, pMost);
-  std::printf("       against %s\n", pAgainst);
-  return ratio <= pMost;
 }
 
 int Run(const std::u16string& pPath, int pRounds) {
@@ -108,8 +89,8 @@ int Run(const std::u16string& pPath, int pRounds) {
     loadedMemory = static_cast<double>(HeapBytes() - heap);
     loaded.fRoot->Dispose();
   }
-  const bool met[] = {Report("write, seconds", Median(writes), "writing the same bytes", Median(copies), kMostWrite),
-                      Report("load, seconds", Median(loads), "the bare parser", Median(parses), kMostLoad),
+  const bool met[] = {ReportMedians("write, seconds", writes, "writing the same bytes", copies, kMostWrite),
+                      ReportMedians("load, seconds", loads, "the bare parser", parses, kMostLoad),
                       Report("memory of the loaded tree, MB", loadedMemory / 1e6, "the scanned tree", liveMemory / 1e6,
                              kMostMemory)};
   std::filesystem::remove(ToNativeBytes(kFile));

@@ -42,7 +42,11 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const std::u16string thousands = fFormat.fThousandsSeparator;
   if (ToUtf8(thousands) == fFields.fSeparator || thousands == fFormat.fDecimalSeparator)
     fFormat.fThousandsSeparator.clear();
-  fDelimiter = pRoot.GetPathDelimiter();
+  fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
+  // A separator with another character than these is in no bare number and in no date.
+  fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||
+                   fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
+  fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
   fSharesOfAllocated = pRoot.GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
   fPath.clear();
   fOpen.clear();
@@ -68,7 +72,7 @@ void TDelimitedExport::BeginLine() {
 
 void TDelimitedExport::AppendToPath(std::u16string_view pName) {
   if (!fPath.empty() && fPath.back() != fDelimiter) fPath += fDelimiter;
-  fPath += pName;
+  AppendUtf8Escaped(fPath, pName);
 }
 
 bool TDelimitedExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
@@ -76,10 +80,13 @@ bool TDelimitedExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   const size_t parentLength = fPath.size();
   AppendToPath(pRow.Name());
   if (pRow.fIsShown && !WriteRow(pRow, sizes)) return false;
-  if (pIsComplete)
+  if (pIsComplete) {
     fPath.resize(parentLength);
-  else
-    fOpen.push_back({parentLength, ShareBasis(sizes)});
+    return true;
+  }
+  // A file's share is of its folder, whether or not a "[Files]" row stands between them.
+  const bool isGroup = pRow.fFolder.IsFileGroup() && !fOpen.empty();
+  fOpen.push_back({parentLength, isGroup ? fOpen.back().fShareBasis : ShareBasis(sizes)});
   return true;
 }
 
@@ -111,12 +118,17 @@ bool TDelimitedExport::WriteRow(const TExportRow& pRow, const TSizeValues& pSize
 }
 
 void TDelimitedExport::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
+  if (pColumn == TColumn::mdName) return AppendTextField(fLine, pRow.Name(), fFields);
+  if (pColumn == TColumn::mdFullPath) return AppendEscapedField(fLine, fPath, fFields);
+  const size_t begin = fLine.size();
+  if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
+  if (fQuotesNumbers) QuoteField(fLine, begin, fFields);
+}
+
+// Numbers and dates, of what the row itself holds. False for all else.
+bool TDelimitedExport::AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
   const bool isFile = pRow.IsFile();
   switch (pColumn) {
-    case TColumn::mdName:
-      return AppendTextField(fLine, pRow.Name(), fFields);
-    case TColumn::mdFullPath:
-      return AppendTextField(fLine, fPath, fFields);
     case TColumn::mdSize:
       return AppendNumber(pColumn, pSizes.fSize);
     case TColumn::mdAllocated:
@@ -125,25 +137,30 @@ void TDelimitedExport::AppendField(const TExportRow& pRow, const TSizeValues& pS
       return AppendNumber(pColumn, pSizes.fFiles);
     case TColumn::mdFolders:
       // A file's cell is empty, as in every list.
-      return isFile ? void() : AppendNumber(pColumn, pSizes.fFolders);
+      return isFile || AppendNumber(pColumn, pSizes.fFolders);
     case TColumn::mdPercentOfParent:
-      return AppendShareOfParent(pSizes);
+      AppendShareOfParent(pSizes);
+      return true;
     case TColumn::mdLastChange:
-      return fDates.Append(fLine, isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
+      fDates.Append(fLine, isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
+      return true;
     case TColumn::mdLastAccess:
-      return fDates.Append(fLine, isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
+      fDates.Append(fLine, isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
+      return true;
     case TColumn::mdCreation:
-      return fDates.Append(fLine, isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
+      fDates.Append(fLine, isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
+      return true;
     default:
-      return AppendOther(pRow, pColumn);
+      return false;
   }
 }
 
-void TDelimitedExport::AppendNumber(TColumn pColumn, int64_t pValue) {
+bool TDelimitedExport::AppendNumber(TColumn pColumn, int64_t pValue) {
   if (fFormat.fPlainByteValues)
     AppendInteger(fLine, pValue);
   else
-    AppendOwnField(fLine, ToUtf8(FormatValue(pColumn, pValue, fFormat)), fFields);
+    fLine += ToUtf8(FormatValue(pColumn, pValue, fFormat));
+  return true;
 }
 
 void TDelimitedExport::AppendShareOfParent(const TSizeValues& pSizes) {
@@ -152,16 +169,18 @@ void TDelimitedExport::AppendShareOfParent(const TSizeValues& pSizes) {
     const int64_t whole = fOpen.back().fShareBasis;
     share = whole == 0 ? 0.0 : static_cast<double>(ShareBasis(pSizes)) / static_cast<double>(whole);
   }
-  if (fFormat.fShowUnits || fFormat.fDecimals != 1)
-    return AppendOwnField(fLine, ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fFormat)), fFields);
+  if (fFormat.fShowUnits || fFormat.fDecimals != 1) {
+    fLine += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fFormat));
+    return;
+  }
   // The same for a million rows: tenths of a per cent, halves away from zero.
   const auto tenths = std::llround(share * 100.0 * 10);
   AppendInteger(fLine, tenths / 10);
-  fLine += ToUtf8(fFormat.fDecimalSeparator);
+  fLine += fDecimalSeparator;
   AppendInteger(fLine, tenths % 10);
 }
 
-void TDelimitedExport::AppendOther(const TExportRow& pRow, TColumn pColumn) {
+void TDelimitedExport::AppendSlowly(const TExportRow& pRow, TColumn pColumn) {
   const std::u16string text = FormatValue(pColumn, pRow.Element()->GetValue(pColumn), fFormat);
   if (ColumnInfo(pColumn).fKind == TColumnKind::ckText)
     AppendTextField(fLine, text, fFields);

@@ -10,8 +10,9 @@
 
 namespace Kiv::Hierarchical::Exporting::Text {
 
-// The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files are
-// written in little more time than their bytes take, so values are read from the tree directly where that is possible.
+// The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files
+// are written in little more time than their bytes take, so values are read from the tree directly where that is
+// possible.
 class TDelimitedExport : public TBaseTextExport, private IExportVisitor {
  protected:
   explicit TDelimitedExport(const TMediaSettings& pSettings);
@@ -33,9 +34,10 @@ class TDelimitedExport : public TBaseTextExport, private IExportVisitor {
   void BeginLine();
   bool WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
   void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
-  void AppendNumber(TColumn pColumn, int64_t pValue);
+  bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  bool AppendNumber(TColumn pColumn, int64_t pValue);
   void AppendShareOfParent(const TSizeValues& pSizes);
-  void AppendOther(const TExportRow& pRow, TColumn pColumn);
+  void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
   void AppendToPath(std::u16string_view pName);
   int64_t ShareBasis(const TSizeValues& pSizes) const { return fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize; }
 
@@ -44,9 +46,12 @@ class TDelimitedExport : public TBaseTextExport, private IExportVisitor {
   TIsoLocalFormatter fDates;
   // While an export runs.
   std::string fLine;
-  std::u16string fPath;  // of the row, so that no node need ask its ancestors for it
+  std::string
+      fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
   std::vector<TOpenFolder> fOpen;
-  char16_t fDelimiter = 0;
+  char fDelimiter = 0;
+  std::string fDecimalSeparator;
+  bool fQuotesNumbers = false;  // where they need it: the separator may turn up in numbers and dates
   bool fSharesOfAllocated = false;
 };
 

@@ -55,9 +55,10 @@ std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolde
     return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || !TakesIn(*pChild) ||
            pChild->GetSize() < fSettings.fSmallestFolder;
   });
-  if (const auto& order = fSettings.fSortOrder) {
+  // As they come, they are in the tree's order.
+  if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
     SortByColumn(children, order->fDescending, [&](const auto& pChild) { return pChild->GetValue(order->fColumn); });
-  } else if (fSortByChange) {
+  } else if (fSortByChange && !order) {
     SortByColumn(children, true, [](const auto& pChild) { return AmountOfChange(*pChild); });
   }
   return children;
@@ -65,7 +66,8 @@ std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolde
 
 // Those of a folder with sub-folders stand beneath its "[Files]" node, where there are such rows.
 TRef<const TFileTable> TBaseExport::IncludedFiles(const IFolderData& pFolder) const {
-  if (!Includes(ioFiles) || (Includes(ioFileGroups) && !pFolder.IsFileGroup() && pFolder.GetFilesNode())) return nullptr;
+  if (!Includes(ioFiles) || (Includes(ioFileGroups) && !pFolder.IsFileGroup() && pFolder.GetFilesNode()))
+    return nullptr;
   return pFolder.GetFileTable();
 }
 
@@ -128,7 +130,8 @@ class TBaseExport::TWalk {
         if (!fVisitor.VisitFile({*folder.fFolder, level + 1, folder.fFiles.get(), &(*folder.fFiles)[index]}))
           return false;
     }
-    return fVisitor.EndNode({.fFolder = *folder.fFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*folder.fFolder)});
+    return fVisitor.EndNode(
+        {.fFolder = *folder.fFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*folder.fFolder)});
   }
 
   const TBaseExport& fExport;

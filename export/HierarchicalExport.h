@@ -70,8 +70,8 @@ class TBaseExport {
   explicit TBaseExport(const TMediaSettings& pSettings) : fSettings(pSettings) {}
 
   // Calls the row function for the top folder and everything beneath it that the settings take in, a folder before its
-  // contents, sub-folders before files, siblings in the order of the settings, else the largest first. Ends early when the
-  // function returns false, and then returns false too.
+  // contents, sub-folders before files, siblings in the order of the settings, else the largest first. Ends early when
+  // the function returns false, and then returns false too.
   bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
   // The same for exporters whose output nests.
   bool WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const;

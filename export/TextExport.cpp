@@ -53,10 +53,7 @@ std::string TBaseTextExport::JoinCells(const std::vector<std::string>& pCells) c
 
 TFormattedTextExport::TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions,
                                            std::string pProgramName)
-    : TBaseTextExport(pSettings),
-      fOptions(pOptions),
-      fProgramName(std::move(pProgramName)),
-      fFormat(ValueFormat()) {
+    : TBaseTextExport(pSettings), fOptions(pOptions), fProgramName(std::move(pProgramName)), fFormat(ValueFormat()) {
   SetColumns({TColumn::mdName, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
               TColumn::mdPercentOfParent, TColumn::mdLastChange});
   if (!pSettings.fColumns.empty()) SetColumns(pSettings.fColumns);
@@ -87,13 +84,15 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     for (const TListTable& list : lists) WriteListAsText(list, fFormat, Output());
     if (!lists.empty()) WriteLine("");
   }
-  for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors))) WriteLine(line);
+  for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors)))
+    WriteLine(line);
 }
 
 void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
   const TKivFileTime now = TKivFileTime::Now();
-  WriteLine(!fOptions.ExportTitle.empty() ? ToDisplay(FromUtf8(fOptions.ExportTitle))
-                            : fProgramName + " Report, " + FormatShortDate(now) + "  " + FormatLongTime(now));
+  WriteLine(!fOptions.ExportTitle.empty()
+                ? ToDisplay(FromUtf8(fOptions.ExportTitle))
+                : fProgramName + " Report, " + FormatShortDate(now) + "  " + FormatLongTime(now));
   WriteLine("  " + RootHeaderLine(pRoot, fFormat));
   const std::string drive = DriveInformation(pRoot, fFormat);
   if (!drive.empty()) WriteLine("     " + drive);
@@ -106,7 +105,7 @@ void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
 void TFormattedTextExport::WriteTable(IFolderData& pTop) {
   MeasureColumns(pTop);
   LimitNameWidth();
-  if (Settings().fIncludedObjectTypes & ioFolders) {
+  if (Settings().fIncludeHeader && (Settings().fIncludedObjectTypes & ioFolders) != 0) {
     WriteLine(fTable.Row(HeaderCells()));
     WriteLine(fTable.Underline());
   }

@@ -78,8 +78,15 @@ std::vector<TRef<TCustomFolderData>> TCustomFolderData::Children() const {
 }
 
 std::vector<TRef<IFolderData>> TCustomFolderData::FindSubFolders() {
-  const std::vector<TRef<TCustomFolderData>> children = Children();
-  return SortedBySize({children.begin(), children.end()});
+  std::vector<TRef<IFolderData>> children;
+  {
+    TSharedLock lock(fLock);
+    if (!fSubItems) return children;
+    children.reserve(fSubItems->fList.size() + 1);
+    children.assign(fSubItems->fList.begin(), fSubItems->fList.end());
+    if (fSubItems->fFilesNode) children.push_back(fSubItems->fFilesNode);
+  }
+  return SortedBySize(std::move(children));
 }
 
 std::vector<TRef<IHierarchicalElement>> TCustomFolderData::FindFiles() {
@@ -160,35 +167,13 @@ std::unique_ptr<TFolderStatistics> TCustomFolderData::TakeStatistics() {
 }
 
 TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
-  auto share = [&](const IHierarchicalBase* pWhole) -> TMetaDataValue {
-    TRef<IHierarchicalRoot> root = GetRoot();
-    if (!root) return {};
-    const bool allocated = root->GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
-    auto basis = [allocated](const IHierarchicalBase& pNode) {
-      return allocated ? pNode.GetAllocated() : pNode.GetSize();
-    };
-    if (!pWhole) return 1.0;  // the top folder is the whole
-    const int64_t whole = basis(*pWhole);
-    return whole == 0 ? 0.0 : static_cast<double>(basis(*this)) / static_cast<double>(whole);
-  };
   switch (pColumn) {
-    case TColumn::mdPercentOfParent:
-      return share(GetParentFolder().get());
-    case TColumn::mdPercentOfRoot: {
-      TRef<IHierarchicalRoot> root = GetRoot();
-      return root ? share(root->GetTopFolder().get()) : TMetaDataValue();
-    }
     case TColumn::mdFolderState:
       return static_cast<int64_t>(GetFolderState());
     case TColumn::mdSizeChange:
     case TColumn::mdSizeChangePercent:
     case TColumn::mdFileChange:
       return ChangeSince(pColumn);
-    case TColumn::mdDepth: {
-      int64_t depth = 0;
-      for (TRef<IHierarchicalElement> parent = GetParentFolder(); parent; parent = parent->GetParentFolder()) ++depth;
-      return depth;
-    }
     default:
       return TContainerHierarchicalElement::GetValue(pColumn);
   }

@@ -37,8 +37,8 @@ bool IsAgeList(std::string_view pText) {
   return true;
 }
 
-// In the declarations, an option's field is a pointer to a member of TGlobalOptions, or whatever else std::invoke gives the
-// field by.
+// In the declarations, an option's field is a pointer to a member of TGlobalOptions, or whatever else std::invoke gives
+// the field by.
 
 template <class TField>
 TOptionInfo Boolean(std::string pName, TField pField, bool pDefault, std::string pHelp) {
@@ -128,9 +128,7 @@ TOptionInfo Parsed(std::string pName, TField pField, std::string pDefault, std::
           [pField, pParse](TGlobalOptions& pOptions, std::string_view pValue) {
             return pParse(FromUtf8(pValue), std::invoke(pField, pOptions));
           },
-          [pField, pText](const TGlobalOptions& pOptions) {
-            return ToUtf8(pText(std::invoke(pField, pOptions)));
-          }};
+          [pField, pText](const TGlobalOptions& pOptions) { return ToUtf8(pText(std::invoke(pField, pOptions))); }};
 }
 
 // --- export settings -----------------------------------------------------------------------------------------------
@@ -141,7 +139,7 @@ using namespace Hierarchical::Exporting;
 template <class T>
 struct TMediaField {
   TMediaType fMedia;
-  T TMediaSettings::* fField;
+  T TMediaSettings::*fField;
   T& operator()(TGlobalOptions& pOptions) const { return pOptions.Media(fMedia).*fField; }
   const T& operator()(const TGlobalOptions& pOptions) const { return pOptions.Media(fMedia).*fField; }
 };
@@ -173,8 +171,13 @@ TOptionInfo MediaUnit(const std::string& pPrefix, TMediaType pMedia) {
       if (unit == (settings.fAutomaticUnit ? TSizeUnit::suAutomatic : settings.fSizeUnit)) return std::string(word);
     return "general";
   };
-  return {pPrefix + "SizeUnit", TOptionKind::okChoice, "Unit of sizes in this format; general: that of SizeUnit",
-          "general", "general|auto|B|KB|MB|GB|TB", set, get};
+  return {pPrefix + "SizeUnit",
+          TOptionKind::okChoice,
+          "Unit of sizes in this format; general: that of SizeUnit",
+          "general",
+          "general|auto|B|KB|MB|GB|TB",
+          set,
+          get};
 }
 
 TOptionInfo MediaLevels(const std::string& pPrefix, TMediaType pMedia) {
@@ -189,23 +192,29 @@ TOptionInfo MediaLevels(const std::string& pPrefix, TMediaType pMedia) {
     const TRecursionLevel& level = pOptions.Media(pMedia).fRecursionLevel;
     return std::to_string(level.fFullExpand ? -1 : level.fLevel);
   };
-  return {pPrefix + "Levels", TOptionKind::okInteger, "Levels below the top in this format; -1: all", "-1",
-          "-1..2147483647", set, get};
+  return {pPrefix + "Levels",
+          TOptionKind::okInteger,
+          "Levels below the top in this format; -1: all",
+          "-1",
+          "-1..2147483647",
+          set,
+          get};
 }
 
 void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPrefix, TMediaType pMedia) {
   const TMediaSettings byDefault = DefaultMediaSettings(pMedia);
-  auto field = [&](auto pField) { return TMediaField{pMedia, pField}; };
-  auto boolean = [&](const char* pName, bool TMediaSettings::* pField, const char* pHelp) {
+  auto field = [&]<class T>(T TMediaSettings::*pField) { return TMediaField<T>{pMedia, pField}; };
+  auto boolean = [&](const char* pName, bool TMediaSettings::*pField, const char* pHelp) {
     pOptions.push_back(Boolean(pPrefix + pName, field(pField), byDefault.*pField, pHelp));
   };
-  auto separator = [&](const char* pName, std::u16string TMediaSettings::* pField, const char* pHelp) {
+  auto separator = [&](const char* pName, std::u16string TMediaSettings::*pField, const char* pHelp) {
     auto text = [](const std::u16string& pSeparator) { return SeparatorText(pSeparator); };
     auto parse = [](std::u16string_view pText, std::u16string& pTarget) { return TryParseSeparator(pText, pTarget); };
     pOptions.push_back(Parsed<std::u16string>(pPrefix + pName, field(pField), ToUtf8(SeparatorText(byDefault.*pField)),
                                               "text or TAB", parse, text, pHelp));
   };
-  boolean("IncludeHeader", &TMediaSettings::fIncludeHeader, "Begin with captions, in reports also with title and drive");
+  boolean("IncludeHeader", &TMediaSettings::fIncludeHeader,
+          "Begin with captions, in reports also with title and drive");
   boolean("UsePlainByteValues", &TMediaSettings::fUsePlainByteValues, "Write sizes as numbers of bytes");
   boolean("ShowUnits", &TMediaSettings::fShowUnits, "Write units behind numbers");
   pOptions.push_back(MediaUnit(pPrefix, pMedia));
@@ -225,10 +234,10 @@ void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPre
                                                   "Columns in this order"));
   pOptions.push_back(Integer(pPrefix + "SmallestFolder", field(&TMediaSettings::fSmallestFolder), 0, 0, INT64_MAX,
                              "Leave out what has fewer bytes"));
-  if (pMedia != TMediaType::mtCSV) return;
-  boolean("ByteOrderMark", &TMediaSettings::fByteOrderMark, "Begin the file with a byte-order mark");
   boolean("NeutralizeFormulas", &TMediaSettings::fNeutralizeFormulas,
           "Put an apostrophe before names that begin like a formula");
+  if (pMedia != TMediaType::mtCSV) return;
+  boolean("ByteOrderMark", &TMediaSettings::fByteOrderMark, "Begin the file with a byte-order mark");
 }
 
 constexpr int32_t kMostInt = 2147483647;
@@ -282,11 +291,10 @@ std::vector<TOptionInfo> DeclareOptions() {
       Boolean("ListFileAges", &TOptions::ListFileAges, false, "Add the list of file ages to exports"),
       Text("MailServer", &TOptions::MailServer, "", "", nullptr, "SMTP server that mails go to; none: sendmail"),
       Integer("MailPort", &TOptions::MailPort, 0, 0, 65535, "The server's port; 0: the usual one"),
-      Choice<TMailSecurity>("MailSecurity", &TOptions::MailSecurity,
-                            {{"starttls", TMailSecurity::msStartTLS},
-                             {"tls", TMailSecurity::msTLS},
-                             {"none", TMailSecurity::msNone}},
-                            "Encryption on the way to the mail server"),
+      Choice<TMailSecurity>(
+          "MailSecurity", &TOptions::MailSecurity,
+          {{"starttls", TMailSecurity::msStartTLS}, {"tls", TMailSecurity::msTLS}, {"none", TMailSecurity::msNone}},
+          "Encryption on the way to the mail server"),
       Text("MailUser", &TOptions::MailUser, "", "", nullptr, "Name to log in to the mail server with"),
       Text("MailFrom", &TOptions::MailFrom, "", "", nullptr, "Address that mails come from"),
       Boolean("CloseAfterExport", &TOptions::CloseAfterExport, false, "End the program once the exports are written"),

@@ -136,6 +136,42 @@ std::u16string TBaseHierarchicalElement<TInterface>::GetFullPath() const {
   return path;
 }
 
+template <class TInterface>
+TMetaDataValue TBaseHierarchicalElement<TInterface>::ShareOf(const IHierarchicalElement* pWhole) const {
+  const TRef<IHierarchicalRoot> root = this->GetRoot();
+  if (!root) return {};
+  const bool allocated = root->GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
+  auto basis = [allocated](const IHierarchicalBase& pNode) {
+    return allocated ? pNode.GetAllocated() : pNode.GetSize();
+  };
+  if (!pWhole) return 1.0;
+  const int64_t whole = basis(*pWhole);
+  return whole == 0 ? 0.0 : static_cast<double>(basis(*this)) / static_cast<double>(whole);
+}
+
+template <class TInterface>
+TMetaDataValue TBaseHierarchicalElement<TInterface>::GetValue(TColumn pColumn) const {
+  switch (pColumn) {
+    case TColumn::mdParentPath: {
+      const TRef<IHierarchicalElement> parent = GetParentFolder();
+      return parent ? TMetaDataValue(parent->GetFullPath()) : TMetaDataValue();
+    }
+    case TColumn::mdPercentOfParent:
+      return ShareOf(GetParentFolder().get());
+    case TColumn::mdPercentOfRoot: {
+      const TRef<IHierarchicalRoot> root = this->GetRoot();
+      return root ? ShareOf(root->GetTopFolder().get()) : TMetaDataValue();
+    }
+    case TColumn::mdDepth: {
+      int64_t depth = 0;
+      for (TRef<IHierarchicalElement> parent = GetParentFolder(); parent; parent = parent->GetParentFolder()) ++depth;
+      return depth;
+    }
+    default:
+      return TBaseHierarchicalObject<TInterface>::GetValue(pColumn);
+  }
+}
+
 TSizeValues TContainerHierarchicalElement::GetValues() const {
   TSharedLock lock(fLock);
   TSizeValues values;

@@ -114,12 +114,17 @@ class TBaseHierarchicalElement : public TBaseHierarchicalObject<TInterface> {
   }
   // Joined from the names up to the root; walks the parents one by one and holds no two locks.
   std::u16string GetFullPath() const override;
+  // Adds what an element's place in the tree says.
+  TMetaDataValue GetValue(TColumn pColumn) const override;
 
  protected:
   TBaseHierarchicalElement(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName)
       : TBaseHierarchicalObject<TInterface>(std::move(pRoot), pName), fParentFolder(std::move(pParent)) {}
 
   bool IsGone() const { return (GetFolderState() & fsDisposed) != 0 || this->IsRootDisposed(); }
+
+  // Of that element, in the sizes that the root's shares are of; nullptr for what is the whole itself.
+  TMetaDataValue ShareOf(const IHierarchicalElement* pWhole) const;
 
   TRef<IHierarchicalElement> fParentFolder;  // until disposal, like fRoot
   std::atomic<TFolderStates> fFolderState{0};

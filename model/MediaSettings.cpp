@@ -28,12 +28,12 @@ bool StartsWithLargest(TColumn pColumn) {
 
 TMediaSettings DefaultMediaSettings(TMediaType pMedia) {
   TMediaSettings settings;
+  settings.fNeutralizeFormulas = true;
   if (pMedia != TMediaType::mtCSV) return settings;
   settings.fSeparator = u",";
   settings.fAlternativeSeparator = u";";
   settings.fUsePlainByteValues = true;
   settings.fByteOrderMark = true;
-  settings.fNeutralizeFormulas = true;
   return settings;
 }
 

@@ -29,7 +29,8 @@ class TConsole {
   static int OutputWidth();
 
   // Calls the handler on Ctrl+C (SIGINT, SIGTERM, SIGHUP; the console's control events) instead of ending the process;
-  // a second Ctrl+C ends it. The handler may only set flags: it runs in signal context.
+  // a second Ctrl+C ends it. From the first call on, a pipe whose reader has gone is an error of writing and no signal,
+  // whoever writes. The handler may only set flags: it runs in signal context.
   static void SetCancelHandler(void (*pHandler)());
 };
 

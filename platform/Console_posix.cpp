@@ -78,6 +78,7 @@ bool ShowsColours(TStream pStream) {
 }  // namespace ConsoleStream
 
 void TConsole::SetCancelHandler(void (*pHandler)()) {
+  IgnoreClosedPipes();  // exports write to pipes without this class
   gCancelHandler = pHandler;
   for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction current {};

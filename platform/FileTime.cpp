@@ -98,19 +98,30 @@ bool TryParseIso(std::string_view pText, TKivFileTime& pTime) {
   return true;
 }
 
+bool TIsoLocalFormatter::FindOffset(TKivFileTime pTime, int64_t& pSeconds) {
+  const auto number = static_cast<int32_t>(pTime.fTicks / TKivFileTime::kTicksPerDay);
+  TDay& day = fDays[static_cast<size_t>(number) % fDays.size()];
+  if (day.fDay != number) {
+    const TKivFileTime first{number * TKivFileTime::kTicksPerDay};
+    const TKivFileTime last{first.fTicks + TKivFileTime::kTicksPerDay - TKivFileTime::kTicksPerSecond};
+    int64_t atFirst = 0;
+    int64_t atLast = 0;
+    if (!LocalOffset(first, atFirst) || !LocalOffset(last, atLast)) return LocalOffset(pTime, pSeconds);
+    day = {number, atFirst == atLast ? static_cast<int32_t>(atFirst) : kChanging};
+  }
+  if (day.fOffset == kChanging) return LocalOffset(pTime, pSeconds);
+  pSeconds = day.fOffset;
+  return true;
+}
+
 void TIsoLocalFormatter::Append(std::string& pTarget, TKivFileTime pTime) {
-  constexpr int64_t kQuarter = 900 * TKivFileTime::kTicksPerSecond;
-  // Older zones had offsets of odd minutes.
-  if (pTime.fTicks < TKivFileTime::kUnixEpoch) {
+  int64_t offset = 0;
+  // Before 1970 offsets have changed back sooner.
+  if (pTime.fTicks < TKivFileTime::kUnixEpoch || !FindOffset(pTime, offset)) {
     pTarget += FormatIsoLocal(pTime);
     return;
   }
-  TOffset& offset = fOffsets[static_cast<size_t>(pTime.fTicks / kQuarter) % fOffsets.size()];
-  if (offset.fQuarter != pTime.fTicks / kQuarter) {
-    if (!LocalOffset(pTime, offset.fSeconds)) return;
-    offset.fQuarter = pTime.fTicks / kQuarter;
-  }
-  const int64_t seconds = pTime.fTicks / TKivFileTime::kTicksPerSecond + offset.fSeconds;
+  const int64_t seconds = pTime.fTicks / TKivFileTime::kTicksPerSecond + offset;
   const std::chrono::year_month_day date(kFirstDay + std::chrono::days(seconds / 86'400));
   if (date.year() > std::chrono::year(9999)) {
     pTarget += FormatIsoLocal(pTime);

@@ -41,11 +41,16 @@ class TIsoLocalFormatter {
   void Append(std::string& pTarget, TKivFileTime pTime);
 
  private:
-  struct TOffset {
-    int64_t fQuarter = -1;  // of an hour: offsets change at no other moment
-    int64_t fSeconds = 0;
+  // A day whose first and last second have the same offset, so that every second between them has it: no zone has changed
+  // its offset and changed it back within a week. Most zones change theirs on the hour, but not all.
+  struct TDay {
+    int32_t fDay = -1;     // since 1601
+    int32_t fOffset = 0;   // seconds; kChanging where it changes during the day
   };
-  std::array<TOffset, 1024> fOffsets;  // by the quarter's last bits
+  static constexpr int32_t kChanging = INT32_MIN;
+  bool FindOffset(TKivFileTime pTime, int64_t& pSeconds);
+
+  std::array<TDay, 4096> fDays;  // by the day's last bits: eleven years
 };
 // "2026-11-21T14:03:59Z" in UTC, for files; with as many decimals of the second as the time has, up to seven. Empty for
 // "no date".

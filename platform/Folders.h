@@ -8,6 +8,8 @@ namespace Kiv {
 // Whether there is anything at the path, or a folder; links are followed.
 bool PathExists(const std::u16string& pPath);
 bool FolderExists(const std::u16string& pPath);
+// Whether there is something else than a file or a folder, such as a device or a pipe.
+bool SpecialFileExists(const std::u16string& pPath);
 // Who may look into a new folder, on Linux; on Windows it inherits that from the one above.
 enum class TFolderAccess : uint8_t { faUsual, faUserAlone };
 // Creates the folder, and those above it that are missing. Does nothing for an empty path or for what is there already,

@@ -1,5 +1,3 @@
-#include "platform/Folders.h"
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +7,7 @@
 #include <cstdlib>
 
 #include "platform/Errors.h"
+#include "platform/Folders.h"
 #include "platform/Text.h"
 
 namespace Kiv {
@@ -21,6 +20,11 @@ bool PathExists(const std::u16string& pPath) {
 bool FolderExists(const std::u16string& pPath) {
   struct stat there {};
   return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && S_ISDIR(there.st_mode);
+}
+
+bool SpecialFileExists(const std::u16string& pPath) {
+  struct stat there {};
+  return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
 }
 
 // From the top down, so that the failure that is told is the first one.

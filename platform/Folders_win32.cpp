@@ -1,8 +1,7 @@
-#include "platform/Folders.h"
-
 #include <vector>
 
 #include "platform/Errors.h"
+#include "platform/Folders.h"
 #include "platform/OutputFile.h"
 #include "platform/Paths.h"
 #include "platform/Win32_win32.h"
@@ -26,6 +25,11 @@ bool PathExists(const std::u16string& pPath) {
 bool FolderExists(const std::u16string& pPath) {
   const DWORD attributes = pPath.empty() ? INVALID_FILE_ATTRIBUTES : AttributesOf(pPath);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// By their names: to ask one would be to open it.
+bool SpecialFileExists(const std::u16string& pPath) {
+  return pPath.starts_with(u"\\\\.\\");
 }
 
 void CreateFolders(const std::u16string& pPath, TFolderAccess) {

@@ -27,18 +27,20 @@ TMetaDataValue ValueOfText(std::u16string pText) {
 // Releases a parent without recursion: a chain of 10,000 enumerators, each holding the last reference to the one above,
 // would otherwise be torn down on 10,000 stack frames.
 void ReleaseParent(TRef<TSummarizingEnumerator> pParent) {
-  thread_local std::vector<TRef<TSummarizingEnumerator>> waiting;
-  thread_local bool isReleasing = false;
+  using TWaiting = std::vector<TRef<TSummarizingEnumerator>>;
+  // Of the outermost call, on whose stack they are: a thread_local with a destructor is destroyed too late by mingw.
+  thread_local TWaiting* outermost = nullptr;
   if (pParent == nullptr) return;
+  if (outermost != nullptr) return outermost->push_back(std::move(pParent));
+  TWaiting waiting;
   waiting.push_back(std::move(pParent));
-  if (isReleasing) return;
-  isReleasing = true;
+  outermost = &waiting;
   while (!waiting.empty()) {
     TRef<TSummarizingEnumerator> last = std::move(waiting.back());
     waiting.pop_back();
     last.reset();  // may come back here and add its own parent to those waiting
   }
-  isReleasing = false;
+  outermost = nullptr;
 }
 
 }  // namespace

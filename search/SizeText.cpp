@@ -61,9 +61,10 @@ bool IsLetter(char pCharacter) {
 std::string DigitsOf(std::string_view pNumber) {
   if (pNumber.empty() || pNumber.find_first_not_of("0123456789., ") != std::string_view::npos ||
       pNumber.find_first_of(kDigits) == std::string_view::npos) {
-    throw ESizeTextError(fmt::format("\"{}\" is no valid number. Valid numbers may only consist of digits (0-9) and a "
-                                     "thousands separator (\".\" or \",\")",
-                                     pNumber));
+    throw ESizeTextError(
+        fmt::format("\"{}\" is no valid number. Valid numbers may only consist of digits (0-9) and a "
+                    "thousands separator (\".\" or \",\")",
+                    pNumber));
   }
   const size_t first = pNumber.find_first_of(kSeparators);
   if (first == std::string_view::npos) return std::string(pNumber);
@@ -73,22 +74,23 @@ std::string DigitsOf(std::string_view pNumber) {
   const bool mixed = pNumber.find_first_of(kSeparators) != std::string_view::npos &&
                      pNumber.find_first_not_of(std::string(kDigits) + separator) != std::string_view::npos;
   if (mixed || (behindLast > 0 && behindLast != 3)) {
-    throw ESizeTextError(fmt::format("\"{}\" is a decimal value and not supported. Please use a smaller size unit and "
-                                     "provide the number as an integer.",
-                                     pNumber));
+    throw ESizeTextError(
+        fmt::format("\"{}\" is a decimal value and not supported. Please use a smaller size unit and "
+                    "provide the number as an integer.",
+                    pNumber));
   }
   std::string digits(pNumber.substr(0, first));
   bool valid = first >= 1 && first <= 3;
   for (size_t at = first; at < pNumber.size() && valid; at += 4) {
     const std::string_view group = pNumber.substr(at + 1, 3);
-    valid = pNumber[at] == separator && group.size() == 3 &&
-            group.find_first_not_of(kDigits) == std::string_view::npos;
+    valid = pNumber[at] == separator && group.size() == 3 && group.find_first_not_of(kDigits) == std::string_view::npos;
     digits += group;
   }
   if (!valid) {
-    throw ESizeTextError(fmt::format("The thousands marks for \"{}\" are invalid. Please assure each separated block "
-                                     "represents a multiple of thousands.",
-                                     pNumber));
+    throw ESizeTextError(
+        fmt::format("The thousands marks for \"{}\" are invalid. Please assure each separated block "
+                    "represents a multiple of thousands.",
+                    pNumber));
   }
   return digits;
 }
@@ -96,7 +98,7 @@ std::string DigitsOf(std::string_view pNumber) {
 }  // namespace
 
 int64_t ParseSizeText(std::u16string_view pText, bool pUnitRequired) {
-  const std::string whole = ToUtf8(pText);
+  const std::string whole = ToDisplay(pText);  // the messages go to terminals; what it escapes is no size anyhow
   const std::string_view text = Trimmed(whole);
   size_t end = text.size();
   while (end > 0 && IsLetter(text[end - 1])) --end;
@@ -110,8 +112,8 @@ int64_t ParseSizeText(std::u16string_view pText, bool pUnitRequired) {
     if (factor == 0)
       throw ESizeTextError(fmt::format("\"{}\" is no valid unit. Valid units are: {}", unitName, ValidUnits()));
   } else if (pUnitRequired) {
-    throw ESizeTextError(fmt::format(
-        "\"{}\" is expected to contain a unit, but none was found. Valid units are: {}", text, ValidUnits()));
+    throw ESizeTextError(fmt::format("\"{}\" is expected to contain a unit, but none was found. Valid units are: {}",
+                                     text, ValidUnits()));
   }
   int64_t value = 0;
   if (!TryParseInt64(DigitsOf(number), value) || value > INT64_MAX / factor)

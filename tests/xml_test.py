@@ -346,9 +346,11 @@ class OpenTests:
                                  ("came (new)", "+42", "+2"), ("same", "0", "0")])
         self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
         self.assertEqual(self.run_program(tree, "--compare", "old.xml", "--xml", "compared.xml").code, OK)
-        for name, text in (("compared.xml", "contains data of a previous comparison."), ("none.xml", "none.xml")):
+        # What is wrong with a file shows when it is read, after the scan; that there is none shows before.
+        for name, text, reports in (("compared.xml", "contains data of a previous comparison.", 1),
+                                    ("none.xml", "none.xml", 0)):
             run = self.run_program(tree, "--compare", name)
-            self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, 1))
+            self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, reports))
             self.assertIn(text, run.err)
 
 

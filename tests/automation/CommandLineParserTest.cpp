@@ -82,6 +82,72 @@ TEST(CommandLineSearch, ValuesAfterSwitches) {
   EXPECT_EQ(text, u"/B");
 }
 
+TEST(CommandLineSearch, PathsAfterSwitches) {
+  const TKivCommandLineParser parser = MakeParser(false);
+  const TTokens tokens = {u"x", u"/OPEN", u"a", u"-open", u"/NOGUI", u"--Open=b c", u"--open", u"\"d\"", u"--", u"/OPEN", u"e"};
+  EXPECT_THAT(parser.FindPathsAfterSwitch(u"OPEN", tokens), ElementsAre(u"a", u"b c", u"d"));
+  EXPECT_EQ(parser.FindPathAfterSwitch(u"OPEN", tokens), u"a");
+  EXPECT_EQ(parser.FindPathAfterSwitch(u"CLOSE", tokens), u"");
+  const std::u16string_view names[] = {u"CLOSE", u"nogui"};
+  EXPECT_TRUE(parser.FindSwitches(names, tokens));
+  EXPECT_FALSE(parser.FindSwitches(std::span(names).first(1), tokens));
+}
+
+TEST(CommandLineSearch, TheCommandLineWithoutItsPaths) {
+  struct TCase {
+    TTokens fTokens;
+    TTokens fKept;
+  };
+  const TCase cases[] = {
+      {{u"a", u"/NOGUI", u"b"}, {u"/NOGUI"}},
+      {{u"/SCAN", u"a", u"b;c", u"/NOGUI"}, {u"/NOGUI"}},
+      {{u"--scan=a", u"/EXPAND", u"3", u"b"}, {u"/EXPAND", u"3"}},
+      {{u"/EXPAND", u"b", u"c"}, {u"/EXPAND", u"b"}},
+      {{u"--MaximumThreads", u"2", u"a", u"--KeepFiles", u"b"}, {u"--MaximumThreads", u"2", u"--KeepFiles"}},
+      {{u"--KeepFiles", u"false", u"a"}, {u"--KeepFiles", u"false"}},
+      {{u"--CSV", u"out.csv", u"a", u"--CSV=x", u"b"}, {u"--CSV", u"out.csv", u"--CSV=x"}},
+      {{u"/NOGUI", u"--", u"/SCAN", u"x"}, {u"/NOGUI"}},
+      {{}, {}},
+  };
+  TKivCommandLineParser parser(false);
+  parser.RegisterCmdLineSwitch({u"NOGUI", TValueKind::vkNone, true});
+  parser.RegisterCmdLineSwitch({u"EXPAND", TValueKind::vkInteger, true});
+  parser.RegisterCmdLineSwitch({u"SCAN", TValueKind::vkPaths, true});
+  parser.RegisterCmdLineSwitch({u"CSV", TValueKind::vkFile, true});
+  for (const TCase& item : cases) EXPECT_EQ(parser.GetFilteredCommandLineWithoutPaths(item.fTokens), item.fKept);
+}
+
+// What goes to a shell's history or a screen must not: a password is taken whatever it looks like.
+TEST(CommandLineTokens, SecretsAreTakenWhateverTheyLookLike) {
+  const TKivCommandLineParser parser = MakeParser(false);
+  for (const char16_t* secret : {u"x", u"-x", u"--x", u"--x=y", u"/x", u"", u"KeepFiles", u"-5"})
+    EXPECT_TRUE(parser.IsValueOfKind(secret, TValueKind::vkSecret)) << ToUtf8(secret);
+  for (const char16_t* other : {u"--", u"/NOGUI", u"--nogui", u"-KeepFiles", u"--KeepFiles=x"})
+    EXPECT_FALSE(parser.IsValueOfKind(other, TValueKind::vkSecret)) << ToUtf8(other);
+}
+
+TEST(CommandLineTokens, WhatSomebodyElseReadsIsASwitchOnBothPlatforms) {
+  for (const bool slashBeginsPaths : {false, true}) {
+    TKivCommandLineParser parser = MakeParser(slashBeginsPaths);
+    const std::u16string_view names[] = {u"FOREIGN"};
+    parser.RegisterParametersToIgnore(names);
+    for (const char16_t* token : {u"/foreign", u"--FOREIGN=x", u"-Foreign"})
+      EXPECT_TRUE(parser.IsIgnored(token) && parser.IsSwitch(token)) << ToUtf8(token);
+    for (const char16_t* token : {u"foreign", u"/foreigner", u"/NOGUI", u""})
+      EXPECT_FALSE(parser.IsIgnored(token)) << ToUtf8(token);
+  }
+}
+
+TEST(CommandLineMoments, SwitchesActAtTheirMomentOnly) {
+  TKivCommandLineParser parser(false);
+  const TCommandLineItem early{u"A"}, late{u"B", TValueKind::vkNone, true, TTimeMoment::tmBeforeEnd};
+  EXPECT_TRUE(parser.IsTimeMomentUsed(early) && !parser.IsTimeMomentUsed(late));
+  parser.FireMoment(TTimeMoment::tmAfterScan);
+  EXPECT_FALSE(parser.IsTimeMomentUsed(early) || parser.IsTimeMomentUsed(late));
+  parser.FireMoment(TTimeMoment::tmBeforeEnd);
+  EXPECT_TRUE(!parser.IsTimeMomentUsed(early) && parser.IsTimeMomentUsed(late));
+}
+
 struct TOptionCase {
   TTokens fTokens;
   size_t fConsumed;
@@ -126,7 +192,7 @@ TEST(OptionSetter, SetsOptionsByName) {
 TEST(OptionSetter, RefusesWithTheRange) {
   CheckOptions(
       {{{u"/MaximumThreads", u"0"}, 0, "MaximumThreads: \"0\" is not allowed; expected 1..256", "MaximumThreads", "8"},
-       {{u"/MaximumThreads=257"}, 0, "Unknown Command line option: /MaximumThreads=257", "MaximumThreads", "8"},
+       {{u"/MaximumThreads=257"}, 0, "Unknown Command line option: /MaximumThreads=", "MaximumThreads", "8"},
        {{u"--MaximumThreads=257"}, 0, "MaximumThreads: \"257\" is not allowed; expected 1..256", "MaximumThreads", "8"},
        {{u"/MaximumThreads", u" 2"},
         0,

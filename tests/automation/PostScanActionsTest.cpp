@@ -1,9 +1,12 @@
 #include <gmock/gmock.h>
 
 #include "automation/PostScanActions.h"
+#include "automation/ExportFile.h"
 #include "platform/Errors.h"
+#include "platform/Text.h"
 #include "tests/support/FakeTree.h"
 #include "tests/support/LineList.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -150,6 +153,114 @@ TEST_F(PostScanActions, TheTreeIsExportedDeepEnoughForAllActions) {
   Add(3, 7);
   EXPECT_EQ(fHandler.MergedRecursionLevel(TMediaType::mtText).fRecursionLevel.fLevel, 7);
   EXPECT_EQ(fHandler.MergedRecursionLevel(TMediaType::mtXML).fRecursionLevel.fLevel, TRecursionLevel::kUnlimited);
+}
+
+// Fails where it is told to, and notes what it was asked for.
+class TFailingAction : public TBasePostScanAction {
+ public:
+  enum TStep { stPrepare, stExecute, stFinish, stNone };
+  TFailingAction(std::vector<std::string>& pCalls, std::string pName, TStep pFailing, uint32_t pFlags = 0)
+      : fCalls(pCalls), fName(std::move(pName)), fFailing(pFailing), fFlags(pFlags) {}
+  void Prepare() override { Call(stPrepare, ".Prepare"); }
+  void Execute(IHierarchicalRoot&, bool, bool) override { Call(stExecute, ".Execute"); }
+  void Finish() override { Call(stFinish, ".Finish"); }
+  std::u16string GetInformation() const override { return FromUtf8(fName); }
+  uint32_t GetFlags() const override { return fFlags; }
+  int GetFailureCode() const override { return fFailing == stFinish ? 3 : TBasePostScanAction::GetFailureCode(); }
+  std::vector<std::u16string> GetAttachments() const override { return fFiles; }
+
+  std::vector<std::u16string> fFiles;
+
+ private:
+  void Call(TStep pStep, const char* pText) {
+    fCalls.push_back(fName + pText);
+    if (pStep == fFailing) throw EInvalidOperation(fName + " failed");
+  }
+
+  std::vector<std::string>& fCalls;
+  std::string fName;
+  TStep fFailing;
+  uint32_t fFlags;
+};
+
+class FailingActions : public PostScanActions {
+ protected:
+  std::vector<std::string> fCalls;
+  using Step = TFailingAction::TStep;
+
+  TFailingAction& Put(const char* pName, Step pFailing = Step::stNone, uint32_t pFlags = 0) {
+    auto action = std::make_unique<TFailingAction>(fCalls, pName, pFailing, pFlags);
+    TFailingAction& added = *action;
+    fHandler.Add(std::move(action));
+    return added;
+  }
+  std::vector<std::string> Calls() { return std::exchange(fCalls, {}); }
+  std::string Failures() {
+    std::string all;
+    for (const TActionFailure& failure : fHandler.TakeFailures())
+      all += failure.fMessage + " (" + std::to_string(failure.fExitCode) + ")\n";
+    return all;
+  }
+};
+
+TEST_F(FailingActions, OneDoesNotStopTheOthersAndIsNotCalledAgain) {
+  Put("a", Step::stExecute);
+  Put("b");
+  EXPECT_TRUE(fHandler.ResolveRequirements());
+  EXPECT_THAT(Calls(), ElementsAre("a.Prepare", "b.Prepare"));
+  EXPECT_FALSE(Perform());
+  EXPECT_TRUE(fHandler.CanWriteMore());
+  EXPECT_TRUE(Perform());
+  EXPECT_TRUE(fHandler.FinishActions());
+  EXPECT_THAT(Calls(), ElementsAre("a.Execute", "b.Execute", "b.Execute", "b.Finish"));
+  EXPECT_EQ(Failures(), "a failed (5)\n");
+  EXPECT_EQ(Failures(), "");
+}
+
+TEST_F(FailingActions, WhatPreparesComesFirstAndAFailedPreparationIsTold) {
+  Put("export", Step::stFinish);
+  Put("compare", Step::stPrepare, TBasePostScanAction::kPrepares);
+  EXPECT_FALSE(fHandler.ResolveRequirements());
+  EXPECT_THAT(Calls(), ElementsAre("compare.Prepare", "export.Prepare"));
+  EXPECT_TRUE(fHandler.CanWriteMore());
+  EXPECT_FALSE(fHandler.FinishActions());
+  EXPECT_FALSE(fHandler.CanWriteMore());
+  EXPECT_EQ(Failures(), "compare failed (5)\nexport failed (3)\n");
+}
+
+TEST_F(FailingActions, ALostConsoleTakesNoFurtherReport) {
+  Put("compare", Step::stNone, TBasePostScanAction::kPrepares);
+  EXPECT_TRUE(fHandler.CanWriteMore());
+  fOutput.fCapacity = 1;
+  EXPECT_FALSE(Perform());
+  EXPECT_FALSE(fHandler.CanWriteMore());
+}
+
+TEST_F(FailingActions, AttachmentsAreThoseOfAllActionsAndMustBeThere) {
+  const Vantrel::Testing::TTemporaryFolder folder;
+  for (const char* name : {"1", "2", "3"}) folder.Put(name, "x");
+  Put("a").fFiles = {folder.File("1"), folder.File("2")};
+  Put("b").fFiles = {folder.File("3")};
+  EXPECT_THAT(fHandler.CheckAttachments(), ElementsAre(folder.File("1"), folder.File("2"), folder.File("3")));
+  Put("c").fFiles = {folder.File("missing")};
+  EXPECT_EQ(MessageOf([&] { fHandler.CheckAttachments(); }),
+            "The file to be mailed is not there: " + ToQuotedDisplay(folder.File("missing")));
+}
+
+TEST(ExportFileNames, PartsGoInFrontOfTheExtension) {
+  struct TCase {
+    std::u16string_view fPath, fExpected;
+  };
+  const TCase cases[] = {
+      {u"data.csv", u"data_x.csv"},           {u"data", u"data_x"},          {u"a.b/data.XML.Zip", u"a.b/data_x.XML.Zip"},
+      {u"a.b/data", u"a.b/data_x"},           {u".hidden", u".hidden_x"},    {u".xml.zip", u".xml_x.zip"},
+      {u"data.tar.gz", u"data.tar_x.gz"},     {u"data.zip", u"data_x.zip"},  {u"data.", u"data_x."},
+  };
+  for (const TCase& item : cases) EXPECT_EQ(WithPartInName(item.fPath, u"_x"), item.fExpected) << ToUtf8(item.fPath);
+
+  const TCase roots[] = {{u"/data/photos", u"photos"}, {u"/data/a:b*c?\x1B", u"abc"}, {u"/", u"root"}, {u"/...", u"..."}};
+  for (const TCase& item : roots)
+    EXPECT_EQ(NameForFiles(*MakeRef<TFakeRoot>(std::u16string(item.fPath))), item.fExpected) << ToUtf8(item.fPath);
 }
 
 }  // namespace

@@ -172,4 +172,27 @@ TEST(OutputFileOnLinux, TheProcessOwnStreamsKeepTheirPosition) {
   EXPECT_EQ(folder.Count(), 1u);
 }
 
+// Behind what is there already, and with nothing of that name left in the folder.
+TEST(OutputFileOnLinux, ADashIsTheStandardOutput) {
+  const TTemporaryFolder folder;
+  folder.Put("out", "earlier,");
+  const fs::path before = fs::current_path();
+  fs::current_path(folder.Path());
+  const int output = dup(STDOUT_FILENO);
+  const int file = open("out", O_WRONLY | O_APPEND | O_CLOEXEC);
+  dup2(file, STDOUT_FILENO);
+  WriteAll(u"-", "first,");
+  WriteAll(u"-", "second");
+  { TOutputFile(u"-").Write("lost"); }
+  close(STDOUT_FILENO);
+  const uint32_t code = CodeOf([] { WriteAll(u"-", "nowhere"); });
+  dup2(output, STDOUT_FILENO);
+  close(file);
+  close(output);
+  fs::current_path(before);
+  EXPECT_EQ(folder.Get("out"), "earlier,first,second");
+  EXPECT_EQ(folder.Count(), 1u);
+  EXPECT_EQ(code, static_cast<uint32_t>(EBADF));
+}
+
 }  // namespace Kiv

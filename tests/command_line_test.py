@@ -1,0 +1,511 @@
+"""Runs the built program over a table of command lines and holds exit codes, messages, outputs and files against what is
+written beside each. What is not named there must not appear: no other line on the standard error, no other file.
+
+VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
+"""
+
+import contextlib
+import csv
+import dataclasses
+import datetime
+import io
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import signal
+import subprocess
+import time
+import unittest
+import zipfile
+
+import program_test
+
+TIMEOUT = 60
+OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = range(6)
+TODAY = "@TODAY@"  # in names of files
+TREE = {"data/one.txt": 1000, "data/sub/two.bin": 5000, "data/sub/deep/three.txt": 300, "other/photo.jpg": 70}
+USAGE = ["Usage: vantrel [SWITCH]... PATH...", 'Try "vantrel --help".']
+SEPARATOR = "\r\n\r\n\r\n" + 48 * "_" + "\r\nVantrel Report, "
+
+
+@dataclasses.dataclass
+class Row:
+    """A command line, split as a shell does, and what comes of it."""
+
+    line: str
+    code: int = OK
+    err: tuple = ()  # every line: a text, or a pattern that is the whole line; the two lines of usage are understood
+    out: tuple = ()  # texts that follow each other in the standard output
+    absent: tuple = ()  # texts that are not in it
+    files: dict = dataclasses.field(default_factory=dict)  # new files by name, with texts that follow each other there
+    given: dict = dataclasses.field(default_factory=dict)  # files that are there before
+    before: tuple = ()  # command lines that run before, and succeed
+    windows: bool = True  # whether it means the same there
+
+
+def pattern(text):
+    return re.compile(text)
+
+
+def a_file_was_expected(switch, found):
+    return f"A file path was expected after the command line parameter {switch}, but found: {found}"
+
+
+def only_once(switch):
+    return (f"The command line option {switch} is allowed only once. You may however specify multiple values separated by "
+            "semicolon.")
+
+
+def option_file(options, version=1):
+    return f'<VantrelOptions Version="{version}">{options}</VantrelOptions>'
+
+
+NOT_BUILT = """EXCEL SHEETNAME EXPANDABLEREPORT PDF HTML PRINT SQLITE INDEXFILE HISTORYCHART PIECHART CHART BARCHART TREEMAP
+FILEAGESCHART EXTENSIONSCHART EXTENSIONSPIECHART USERSCHART USERSPIECHART SEARCH SEARCH:START SEARCH:INTERNET LOOP
+CREATESNAPSHOT EMPTYRECYCLEBIN USERFILTER SHORTDATEFORMAT LANGUAGE SHOWWIZARD UILEVEL CONTEXTMENUENTRIES THEMEDCONTEXTMENUS
+SHOWAUTHGUI AADAPPLICATIONID AADREDIRECTURI DISABLESHAREPOINTSITECOLLECTIONS INSTALL UNINSTALL INSTALLPORTABLE UNINSTALLSURVEY
+REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
+
+DAMAGED_OPTIONS = {"../home/.config/vantrel/options.xml": "<VantrelOptions"}  # the user's own, on Linux
+
+# Refused before anything is scanned or written.
+REFUSED = [
+    Row("", err=("No path to scan was given",)),
+    Row("/NOGUI", err=("No valid command line option was passed in non-UI mode. Please see help file for a list of available "
+                       "command line options.",)),
+    Row("/SCAN /NOGUI", err=("A path was expected after the command line parameter /SCAN",)),
+    Row("data ''", err=("An empty path was given",)),
+    Row("data /TEXT", err=(a_file_was_expected("/TEXT", ""),)),
+    Row("/TEXT data", err=(a_file_was_expected("/TEXT", "data"), )),
+    Row("data /TEXT 'reports\\'", err=(a_file_was_expected("/TEXT", "reports\\"),)),
+    Row("data --save reports/", err=(a_file_was_expected("--save", "reports/"),)),
+    Row("data /CSV /NOGUI", err=(a_file_was_expected("/CSV", "/NOGUI"),)),
+    Row("data --xml --pathlist --csv=", err=(a_file_was_expected("--xml", "--pathlist"), a_file_was_expected("--pathlist", "--csv="),
+                                             a_file_was_expected("--csv", ""))),
+    Row("data --exportdrivelist=data", err=(a_file_was_expected("--exportdrivelist", "data"),)),
+    Row("data /SUBJECT a /SUBJECT b", err=(only_once("/SUBJECT"),)),
+    Row("data /COMPARE a --compare b /EXPORTDRIVELIST a --exportdriveslist b /USERNAME a /USERNAME b /PASSWORD a /PASSWORD b",
+        err=(only_once("--compare"), only_once("--exportdriveslist"), only_once("/USERNAME"), only_once("/PASSWORD"))),
+    Row("--help switches /? options", err=(only_once("/?"),)),
+    Row("data /DEBUGLOG a.log /DEBUGMODE b.log", err=(only_once("/DEBUGMODE"),)),
+    Row("data --nogui=true", err=("The command line option --nogui takes no value",)),
+    Row("data --csvv a.csv", err=("Unknown Command line option: --csvv. Did you mean --CSV?",)),
+    Row("data -XLM a.xml", err=("Unknown Command line option: -XLM. Did you mean -XML?",)),
+    Row("data /EXEL", err=("Unknown Command line option: /EXEL. Did you mean /EXCEL?",)),
+    Row("data --KeepFile --qqqq", err=("Unknown Command line option: --KeepFile. Did you mean --KeepFiles?",
+                                       "Unknown Command line option: --qqqq")),
+    Row("data -csv=a.csv", err=("Unknown Command line option: -csv=. Did you mean --CSV=?",)),
+    Row("data --MaximumThreads 0", err=('MaximumThreads: "0" is not allowed; expected 1..256',)),
+    Row("data --MaximumThreads", err=("MaximumThreads needs a value: 1..256",)),
+    Row("data --filesintree=yes --CloseAfterExport=no", err=('--filesintree: "yes" is not allowed; expected true|false',
+                                                             '--CloseAfterExport: "no" is not allowed; expected true|false')),
+    Row("data --sortby colour --usecolumns colour --exportedelements 8",
+        err=(pattern('--sortby "colour" names no order; expected a column, then ",ascending" or ",descending" if wanted. Columns are '
+                     ".*, Size, .*"),
+             pattern('--usecolumns "colour" names no columns joined with ";". Columns are .*, Size, .*'),
+             '--exportedelements "8" is not allowed; expected the sum of 1 for folders, 2 for the files of a folder as one row and '
+             "4 for single files")),
+    Row("data --exportedelements --sortby", err=("A number was expected after the command line parameter --exportedelements",
+                                                 "A column was expected after the command line parameter --sortby")),
+    Row("data --hidesmallfolders 1.5GB", err=('--hidesmallfolders "1.5" is a decimal value and not supported. Please use a smaller '
+                                              "size unit and provide the number as an integer.",)),
+    Row("data --listseparator ''", err=('--listseparator "" cannot stand between fields: it is empty or holds a quote or a line '
+                                        "break",)),
+    Row("data --csv a.csv --text ./a.csv", err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
+    Row("data --csv - --xml -", err=('Two exports would go into the same file: "-"',)),
+    Row("data other --compare a.xml", err=("Several scans cannot be compared with one file. Run Vantrel for each of them.",)),
+    Row("data --compare= --open --importpatterns ''", err=tuple(
+        f"A file was expected after the command line parameter {switch}" for switch in ("--compare", "--open", "--importpatterns"))),
+    Row("data --importpatterns missing.txt", err=(pattern('--importpatterns "missing.txt": .+'),)),
+    Row("data --options missing.xml", err=(pattern('The options file "missing.xml" cannot be read: .+'),)),
+    Row("data --options damaged.xml", given={"damaged.xml": option_file("<Option")},
+        err=(pattern('The options file "damaged.xml" cannot be loaded. Line 1, column 36: .*'),)),
+    Row("data --help nonsense", err=('There is no help on nonsense; try "--help switches" or "--help options"',)),
+    Row("data", given=DAMAGED_OPTIONS, windows=False,
+        err=(pattern('The options file ".*options.xml" cannot be loaded. Line 1, .*. /NOOPTIONS leaves it out'),)),
+    Row("/SAVESETTINGS /READONLY", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
+    Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
+    Row("data --email nobody", err=('--email "nobody" is no mail address',)),
+    Row("data --email 'a@b.example;c d@e.example' --csv", err=('--email "c d@e.example" is no mail address',)),
+    Row("data --email=", err=('--email "" names nobody',)),
+    # Whatever a password looks like and however it is given, nobody gets to see it.
+    Row("data /PASSWORD=s3cret -password:s3cret", err=("Unknown Command line option: /PASSWORD=. Did you mean --PASSWORD=?",
+                                                       "Unknown Command line option: -password:. Did you mean --PASSWORD=?")),
+    Row("data --password -s3cret --qqqq", err=("Unknown Command line option: --qqqq",)),
+    Row("data --password --nogui", err=("A password was expected after the command line parameter --password",)),
+] + [Row(f"data --{name} x", err=(pattern(f"--{re.escape(name)}: This version .+\\."),)) for name in NOT_BUILT]
+
+# Run to their end, and write what is said.
+DONE = [
+    Row("data", out=("Vantrel Report, ", "6.2 KB", "sub ", "5.2 KB", "[Files]", "1,000 B"), absent=("deep",)),
+    Row("/NOGUI /SCAN data;other --NOSPLASH -NOADMIN /DISABLERIGHTSELEVATION /NONE /CLOSEAFTEREXPORT",
+        out=("Vantrel Report, ", "6.2 KB", SEPARATOR, "70 B")),
+    Row("/SCANDEFAULT --SizeUnit B", out=(" - 6,370 B - 4 files - 4 folders", "data", "6,300", "other", "70")),
+    Row("/NOGUI /SCAN data;other /EXPAND 3 /CSV new/folder/data.csv /XML new/data.xml.zip /DATE",
+        files={f"new/folder/data_{TODAY}.csv": ("Full Path,Size,", "data,6300,", "sub,5300,", "[Files],5000,", "deep,300,",
+                                                "[Files],1000,", "other,70,"),
+               f"new/data_{TODAY}_data.xml.zip": ("three.txt", "IsFullExport", "deep"), f"new/data_{TODAY}_other.xml.zip": ("photo.jpg",)}),
+    Row("data --expand abc", err=("Unexpected value after /EXPAND: abc. Doing a full expand instead.",), out=("[Files]", "deep")),
+    Row("--expand -1 data", out=("deep",)),
+    Row("data --expand /nogui", out=("deep",)),
+    Row("--expand data", out=("deep",)),
+    Row("data --expand 0", out=("6.2 KB",), absent=("sub",)),
+    Row("data /TEXT a.csv /TEXT a.tsv /TEXT a.txt /CSV b.txt /CSV b.log /SAVE a.xml /PATHLIST paths.txt",
+        files={"a.csv": ("Full Path,Size,", "data,6300,"), "a.tsv": ("Full Path\tSize\t", "data\t6.2 KB\t"),
+               "a.txt": ("Vantrel Report, ", "deep"), "b.txt": ("Vantrel Report, ", "deep"), "b.log": ("Full Path,Size,",),
+               "a.xml": ("<?xml", "three.txt"), "paths.txt": ("data\r\n", "sub\r\n", "deep\r\n")}),
+    Row("data other --text r.txt", files={"r.txt": ("Vantrel Report, ", "6.2 KB", SEPARATOR, "70 B")}),
+    Row("data --csv -", out=("Full Path,Size,", "data,6300,")),
+    Row("other --csv data/own.csv data --filesintree --exportedelements 7",  # its own rows do not know it
+        files={"data/own.csv": ("data,6300,", "one.txt,1000,")}),
+    Row("--csv data/own.csv data", given={"data/own.csv": 23 * "x"}, files={"data/own.csv": ("data,6323,",)}),
+    Row("/EXPORTDRIVELIST", out=("Drives\r\n", "Drive", "Total", "Free", "% Used")),
+    Row("--exportdrivelist drives.csv", files={"drives.csv": ("Drive,", ",Total,Used,Free,% Used\r\n",)}),
+    Row("data --exportdriveslist -", out=("Total", "Vantrel Report, ")),
+    Row("--exportdrivelist data", out=("Total", "6.2 KB")),  # a folder is no file to write
+    Row("data --sortby name,ascending --expand -1 --csv -", out=("[Files],1000,", "sub,5300,", "[Files],5000,", "deep,300,")),
+    Row("data --usecolumns files;size --csv - /EXPORTEDELEMENTS 1", out=("Files,Size\r\n3,6300\r\n2,5300\r\n1,300\r\n",)),
+    Row("data --filesintree --csv -", out=("two.bin,5000,", "three.txt,300,", "one.txt,1000,")),
+    Row("data --exportfiles true --csv -", out=("three.txt,300,",)),
+    Row("data --filesintree --exportfiles false --csv -", absent=("three.txt",), out=("data,6300",)),
+    Row("data --hidesmallfolders 1KB --csv -", out=("sub,5300,",), absent=("deep",)),
+    Row("data --topfileslist --extensionslist --userslist --ageoffiles",
+        out=("[Files]", "two.bin", "one.txt", "three.txt", ".bin", ".txt")),
+    Row("data --topfileslist true --extensionslist=1 --csv a.csv",
+        files={"a.csv": ("data,6300",), "a-topfiles.csv": ("two.bin", "one.txt", "three.txt"),
+               "a-extensions.csv": (".bin", ".txt")}),
+    Row("data --title Weekly", out=("Weekly\r\n",), absent=("Vantrel Report",)),
+    Row("data '/EXPORTTITLE' 'My report'", out=("My report\r\n",)),
+    Row("data --listseparator ';' --csv -", out=("Full Path;Size;", "data;6300;")),
+    Row("data --listseparator tab --csv -", out=("Full Path\tSize\t", "data\t6300\t")),
+    Row("data --noheaders --csv -", out=("data,6300,",), absent=("Full Path",)),
+    Row("data /NOHEADER", out=("6.2 KB",), absent=("Report", "----", "Size")),
+    Row("data --nounits", out=("6300 ", "100.0 ", "5300 ", "1000 ")),
+    Row("data --filter *.txt --csv -", out=("data,1300,",)),
+    Row("data --exclude deep --csv -", out=("data,6000,",)),
+    Row("data --importpatterns p.txt --csv -", given={"p.txt": "*.bin\n"}, out=("data,5000,",)),
+    Row("--open old.xml --csv -", before=("data --xml old.xml",), out=("data,6300,", "deep,300,")),
+    Row("data --exclude *.bin --compare old.xml", before=("data --xml old.xml",), out=("1.3 KB", "-4.9 KB")),
+    Row("data --options o.xml", given={"o.xml": option_file('<Option Name="ExportTitle" Value="From a file"/>')},
+        out=("From a file\r\n",)),
+    Row("data --title Mine --options o.xml", given={"o.xml": option_file('<Option Name="ExportTitle" Value="From a file"/>')},
+        out=("Mine\r\n",)),
+    Row("data --options new.xml", given={"new.xml": option_file(
+        '\n<Option Name="HoloDeck" Value="1"/>\n<Option Name="ExportTitle" Value="Loaded"/>', version=99)},
+        err=(pattern('"new.xml", .*version.*'), pattern('"new.xml", line 2: .*"HoloDeck".*')), out=("Loaded\r\n",)),
+    Row("data", before=("/SAVESETTINGS --ExportTitle Kept --MaximumThreads 2",), out=("Kept\r\n",)),
+    Row("data --nooptions", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Vantrel Report, ",)),
+    Row("data /READONLY --ExportTitle Other", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Other\r\n",)),
+    Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "data /SAVESETTINGS /FORGETSETTINGS --ExportTitle New"),
+        out=("Kept\r\n",)),
+    Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "/NOOPTIONS /SAVESETTINGS"), out=("Vantrel Report, ",)),
+    Row("--version", given=DAMAGED_OPTIONS, out=("Vantrel ",), windows=False),
+    Row("data --nooptions", given=DAMAGED_OPTIONS, out=("6.2 KB",), windows=False),
+    Row("data /DEBUG", out=("6.2 KB",), err=(
+        pattern(r"TPostProcessActionHandler\.PerformPostProcessActions for: .*data"),
+        "TPostProcessActionHandler.PerformPostProcessActions: Terminating application.")),
+    Row("data --debuglog a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
+    Row("data --debugmode a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
+    Row("--version", out=("Vantrel ",)),
+    Row("--help", out=("Usage: vantrel ", "--CSV", "Exit code: ")),
+    Row("/?", out=("Usage: vantrel ",)),
+    Row("-h expand", out=("--EXPAND [LEVEL]", "May be given more than once.")),
+    Row("--help no-such --version --help", code=WRONG_COMMAND_LINE, err=(
+        only_once("--help"),)),
+    Row("data data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB",)),
+]
+
+# What goes wrong on the way. Whatever can still be done is done.
+FAILED = [
+    Row("gone data --csv -", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), out=("data,6300,",)),
+    Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),
+    Row("--open missing.xml", PATH_NOT_FOUND, err=(pattern('The XML file "missing.xml" cannot be read: .+'),)),
+    Row("data --compare missing.xml", PATH_NOT_FOUND, err=(pattern('.*"missing.xml": .+'),)),
+    Row("data --compare wrong.xml", PATH_NOT_FOUND, given={"wrong.xml": "<a/>"}, err=(pattern('.*wrong.xml.*'),), out=("6.2 KB",)),
+    # A file where a folder would have to be; told before the scan, so the second export is not written either.
+    Row("data --csv data/one.txt/x.csv --text ok.txt", OUTPUT_FAILED, err=(pattern(r'.*[/\\]data[/\\]one\.txt[/\\]x\.csv.*'),)),
+    # A path list leaves nothing to report; the mail cannot be sent, and nothing tells the password.
+    Row("data --email a@b.example --subject Hi --attach --username me --password s3cret --debug --MailServer 127.0.0.1 "
+        "--MailPort 1 --MailSecurity none --csv a.csv", OUTPUT_FAILED, files={"a.csv": ("data,6300,",)},
+        err=(pattern(".* for: .*data"), pattern(r".*: Export to .*a\.csv.*"), pattern(".*: Mail to a@b.example"),
+             pattern(".*Terminating application."), pattern(".*127.0.0.1.*"))),
+    Row("gone --email a@b.example --MailServer 127.0.0.1 --MailPort 1", OUTPUT_FAILED,
+        err=(pattern('Cannot scan "gone": .+'), "No mail was sent: there is nothing to report")),
+    Row("data --csv /dev/full", OUTPUT_FAILED, err=(pattern('.*"/dev/full".*'),), windows=False),
+    # One failing export keeps neither the other exports nor the other paths from being written.
+    Row("data other --csv /dev/full --text ok.txt", OUTPUT_FAILED, windows=False, err=(pattern('.*"/dev/full".*'),),
+        files={"ok.txt": ("6.2 KB", SEPARATOR, "70 B")}),
+    Row("data --csv /proc/x.csv", OUTPUT_FAILED, err=(pattern('.*"/proc/x.csv".*'),), windows=False),
+]
+
+
+class CommandLineTest(program_test.ProgramTest):
+    """The table on one platform; the classes below say which."""
+
+    def setUp(self):
+        super().setUp()
+        self.home = self.folder / "home"
+        self.work = self.folder / "work"
+        self.environment = dict(os.environ)
+        self.environment.pop("VANTREL_PASSWORD", None)
+        self.make_tree()
+
+    def make_tree(self):
+        for folder in (self.home, self.work):
+            shutil.rmtree(folder, ignore_errors=True)
+            folder.mkdir()
+        for name, size in TREE.items():
+            (self.work / name).parent.mkdir(parents=True, exist_ok=True)
+            (self.work / name).write_bytes(b"x" * size)
+
+    def run_line(self, line, **keywords):
+        process = subprocess.run([*self.command, *shlex.split(line)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                 stderr=subprocess.PIPE, timeout=TIMEOUT, cwd=self.work, env=self.environment, check=False, **keywords)
+        return program_test.Run(process)
+
+    def listing(self):
+        return {path.relative_to(self.work).as_posix() for path in self.work.rglob("*") if not path.is_dir()}
+
+    def contents(self, name):
+        path = self.work / name
+        if not zipfile.is_zipfile(path):
+            return path.read_bytes().decode("utf-8")
+        with zipfile.ZipFile(path) as archive:
+            return "".join(archive.read(member).decode("utf-8") for member in archive.namelist())
+
+    def check_err(self, expected, err):
+        lines = err.split("\r\n")
+        self.assertEqual(lines.pop(), "")
+        self.assertEqual(len(lines), len(expected), err)
+        for line, wanted in zip(lines, expected):
+            if isinstance(wanted, str):
+                self.assertEqual(line, wanted)
+            else:
+                self.assertRegex(line, f"^(?:{wanted.pattern})$")
+
+    def check_text(self, texts, text):
+        at = 0
+        for wanted in texts:
+            found = text.find(wanted, at)
+            self.assertNotEqual(found, -1, f"{wanted!r} is not in what follows:\n{text[at:]}")
+            at = found + len(wanted)
+
+    def check_row(self, row):
+        today = datetime.date.today()
+        self.make_tree()
+        for name, contents in row.given.items():
+            (self.work / name).parent.mkdir(parents=True, exist_ok=True)
+            (self.work / name).write_text(contents, encoding="utf-8")
+        for line in row.before:
+            run = self.run_line(line)
+            self.assertEqual((run.code, run.err), (OK, ""), line)
+        earlier = self.listing()
+        run = self.run_line(row.line)
+        if today != datetime.date.today():  # it ran over midnight
+            self.check_row(row)
+            return
+        self.assertEqual(run.code, row.code, run.err)
+        self.check_err([*row.err, *(USAGE if row.code == WRONG_COMMAND_LINE else ())], run.err)
+        self.check_text(row.out, run.out)
+        for text in row.absent:
+            self.assertNotIn(text, run.out)
+        if row.code == WRONG_COMMAND_LINE or (row.files and not row.out):
+            self.assertEqual(run.out, "")
+        files = {name.replace(TODAY, today.isoformat()): texts for name, texts in row.files.items()}
+        self.assertEqual(self.listing() - earlier, set(files) - earlier)
+        for name, texts in files.items():
+            self.check_text(texts, self.contents(name))
+        for name in set(row.given) - set(files):
+            self.assertEqual(self.contents(name), row.given[name])
+        self.assertNotIn("s3cret", run.out + run.err)
+        self.assertEqual([path.name for path in self.home.iterdir() if path.name != ".config"], [])
+
+    def run_rows(self, rows):
+        for row in rows:
+            if self.delimiter == "\\" and not row.windows:
+                continue
+            with self.subTest(line=row.line, before=row.before):
+                self.check_row(row)
+
+
+class CommonTests:
+    """What holds on both platforms."""
+
+    def test_refusals(self):
+        self.run_rows([dataclasses.replace(row, code=WRONG_COMMAND_LINE) for row in REFUSED])
+
+    def test_what_is_done(self):
+        self.run_rows(DONE)
+
+    def test_what_goes_wrong(self):
+        self.run_rows(FAILED)
+
+    def test_csv_holds_what_a_walk_finds(self):
+        self.run_line("data --csv all.csv --filesintree --exportedelements 5")
+        rows = csv.DictReader(io.StringIO((self.work / "all.csv").read_text(encoding="utf-8-sig")))
+        sizes = {pathlib.PurePosixPath(row["Full Path"].replace("\\", "/")).name: int(row["Size"]) for row in rows}
+        expected = {pathlib.Path(name).name: size for name, size in TREE.items() if name.startswith("data/")}
+        for folder in ("data", "data/sub", "data/sub/deep"):
+            expected[pathlib.Path(folder).name] = program_test.count(self.work / folder)[2]
+        self.assertEqual(sizes, expected)
+
+
+class LinuxTest(CommonTests, CommandLineTest):
+    command = program_test.LinuxTest.command
+
+    def setUp(self):
+        super().setUp()
+        self.environment.update(HOME=str(self.home), XDG_CONFIG_HOME=str(self.home / ".config"), TMPDIR=str(self.home))
+
+    def test_every_switch_occurs_in_the_table(self):
+        text = self.run_line("--help switches").out
+        listed, others = text.split("Known, but not part of this version:")
+        known = set(re.findall(r"(?m)^  --(\S+)", listed)) | set(re.findall(r"[^\s,]+", others))
+        self.assertGreater(len(known), 70)
+        for name in list(known):
+            same = re.search(r"The same as (.*)\.", self.run_line(f"--help {name}").out)
+            known |= set(re.findall(r"--([^\s,]+)", same[1])) if same else set()
+        lines = [line for row in REFUSED + DONE + FAILED for line in (row.line, *row.before)]
+        used = {re.sub(r"^(--|-|/)|=.*", "", token).upper() for line in lines for token in shlex.split(line)}
+        self.assertEqual({name.upper() for name in known} - used, set())
+
+    def make_long_paths(self):
+        """Enough for an export to be longer than any pipe takes at once."""
+        deep = self.work.joinpath("long", *["x" * 250] * 8)
+        deep.mkdir(parents=True)
+        for i in range(150):
+            os.mkdir(deep / f"{i:0250}")
+
+    def start(self, line):
+        process = subprocess.Popen([*self.command, *shlex.split(line)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, cwd=self.work, env=self.environment)
+        self.addCleanup(lambda: (process.kill(), process.communicate()))
+        return process
+
+    def drain(self, process, descriptor):
+        """Reads whatever comes until the program has ended."""
+        os.set_blocking(descriptor, False)
+        end = time.monotonic() + TIMEOUT
+        while process.poll() is None:
+            self.assertLess(time.monotonic(), end, "the program hangs")
+            with contextlib.suppress(BlockingIOError):
+                if os.read(descriptor, 1 << 20):
+                    continue
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(0.01)
+
+    def finish(self, process):
+        out, err = process.communicate(timeout=TIMEOUT)
+        return process.returncode, out.decode(), err.decode().split("\r\n")[:-1]
+
+    def stopped(self, name):
+        return f'Stopped: "{self.work}/{name}" was not written, an earlier one is untouched'
+
+    def test_a_reader_that_leaves_is_an_output_that_failed(self):
+        self.make_long_paths()
+        for line in ("long --csv -", "long --csv - --text ok.txt"):
+            process = self.start(line)
+            process.stdout.readline()
+            process.stdout.close()
+            self.assertEqual(process.wait(TIMEOUT), OUTPUT_FAILED)
+            self.assertRegex(process.stderr.read().decode(), r'^Writing a file: "-": .*\r\n$')
+            process.stderr.close()
+        self.assertIn("long", self.contents("ok.txt"))
+
+    def test_a_pipe_gets_the_whole_export(self):
+        os.mkfifo(self.work / "pipe")
+        process = self.start("data other --csv pipe")
+        with open(self.work / "pipe", encoding="utf-8-sig") as pipe:
+            self.check_text(("Full Path,", "data,6300,", "other,70,"), pipe.read())
+        self.assertEqual(self.finish(process), (OK, "", []))
+
+    def test_a_signal_during_an_export_leaves_earlier_files(self):
+        self.make_long_paths()
+        os.mkfifo(self.work / "pipe")
+        for name in ("a.xml", "b.csv"):
+            (self.work / name).write_text("earlier", encoding="utf-8")
+        before = self.listing()
+        process = self.start("long --csv pipe --xml a.xml --csv b.csv")
+        with open(self.work / "pipe", "rb", buffering=0) as pipe:
+            pipe.read(1)  # the program now writes more than the pipe holds
+            process.send_signal(signal.SIGINT)
+            self.drain(process, pipe.fileno())
+        self.assertEqual(self.finish(process), (CANCELLED, "", [self.stopped(name) for name in ("pipe", "a.xml", "b.csv")]))
+        self.assertEqual((self.contents("a.xml"), self.contents("b.csv"), self.listing()), ("earlier", "earlier", before))
+
+    def test_a_signal_between_two_scans_leaves_earlier_files(self):
+        self.make_long_paths()
+        os.mkfifo(self.work / "pipe")
+        (self.work / "b.csv").write_text("earlier", encoding="utf-8")
+        before = self.listing()
+        process = self.start("long data --pathlist b.csv --csv pipe")
+        with open(self.work / "pipe", "rb", buffering=0) as pipe:
+            pipe.read(1)  # the first root is in the path list by now, and the program waits for the pipe
+            process.send_signal(signal.SIGINT)
+            self.drain(process, pipe.fileno())
+        self.assertEqual(self.finish(process),
+                         (CANCELLED, "", [self.stopped("pipe"), 'Not scanned: "data"', self.stopped("b.csv")]))
+        self.assertEqual((self.contents("b.csv"), self.listing()), ("earlier", before))
+
+    def test_a_signal_during_a_scan_leaves_earlier_files(self):
+        self.make_long_paths()
+        for name in ("patterns", "pipe"):
+            os.mkfifo(self.work / name)
+        (self.work / "b.csv").write_text("earlier", encoding="utf-8")
+        before = self.listing()
+        process = self.start("long --csv pipe --csv b.csv --importpatterns patterns --MaximumThreads 1")
+        with open(self.work / "patterns", "wb") as patterns:  # opened once the program reads its command line
+            patterns.write(b"*\n")
+        process.send_signal(signal.SIGINT)
+        # Should the scan be over already, the export has waited for its reader until now.
+        reader = os.open(self.work / "pipe", os.O_RDONLY | os.O_NONBLOCK)
+        self.drain(process, reader)
+        os.close(reader)
+        code, out, err = self.finish(process)
+        self.assertEqual((code, out), (CANCELLED, ""))
+        self.assertIn(err, ([self.stopped("pipe"), self.stopped("b.csv")], ['Not scanned: "long"']))
+        self.assertEqual((self.contents("b.csv"), self.listing()), ("earlier", before))
+
+    def test_colours_are_for_terminals_that_want_them(self):
+        for variables, coloured in (({}, True), ({"NO_COLOR": "1"}, False)):
+            main, terminal = os.openpty()
+            environment = {key: value for key, value in self.environment.items() if key != "NO_COLOR"} | {"TERM": "xterm"} | variables
+            process = subprocess.run([*self.command, "--qqqq"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=terminal,
+                                     timeout=TIMEOUT, cwd=self.work, env=environment, check=False)
+            os.close(terminal)
+            shown = os.read(main, 1 << 16).decode()
+            os.close(main)
+            self.assertEqual(process.returncode, WRONG_COMMAND_LINE)
+            self.assertIn("Unknown Command line option: --qqqq", shown)
+            self.assertEqual("\x1b[91mUnknown" in shown and "\x1b[0m" in shown, coloured)
+            self.assertEqual("\x1b" in shown, coloured)
+
+
+class WindowsTest(CommonTests, CommandLineTest):
+    command = program_test.WindowsTest.command
+    delimiter = "\\"
+
+    @classmethod
+    def setUpClass(cls):
+        """Keeps Wine running: what its first program starts beside it holds that one's pipes open for seconds, each time."""
+        super().setUpClass()
+        if cls.command:
+            keeper = subprocess.Popen([cls.command[0], "cmd", "/c", "pause"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                                      stderr=subprocess.DEVNULL)
+            cls.addClassCleanup(keeper.wait, TIMEOUT)
+            cls.addClassCleanup(keeper.stdin.close)
+
+    def setUp(self):
+        super().setUp()
+        # The user's own options lie where Windows says, whatever the environment holds: only in the tests' own Wine folder
+        # is there nothing to lose.
+        if "WINEPREFIX" not in os.environ:
+            self.skipTest("no folder of Wine's that is only for tests")
+
+    def make_tree(self):
+        super().make_tree()
+        users = pathlib.Path(os.environ.get("WINEPREFIX", "/nonexistent")) / "drive_c/users"
+        for options in users.glob("*/*/*/Vantrel/options.xml"):
+            options.unlink()

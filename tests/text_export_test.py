@@ -1,0 +1,440 @@
+"""Holds the text exports, CSV, tab-separated text, path list and report, against a walk of the same tree by Python, cell by
+cell, as Python's csv module reads them back.
+
+VANTREL_LINUX names the program; without it the tests are skipped.
+"""
+
+import codecs
+import csv
+import datetime
+import fractions
+import os
+import pwd
+import re
+import stat
+import subprocess
+import time
+import unicodedata
+import unittest
+
+import hostile_tree
+import program_test
+
+OK = 0
+FOLDERS, GROUPS, FILES = 1, 2, 4
+ALL_LEVELS = 1 << 30
+DEFAULT_COLUMNS = ("fullpath", "size", "allocated", "files", "folders", "percentofparent", "lastchange", "lastaccess")
+CAPTIONS = {"name": "Name", "fullpath": "Full Path", "parentpath": "Parent Path", "extension": "Extension",
+            "owner": "Owner", "size": "Size", "allocated": "Allocated", "files": "Files", "folders": "Folders",
+            "items": "Items", "percentofparent": "% of Parent", "percentofroot": "% of Root",
+            "lastchange": "Last Change", "lastaccess": "Last Access", "depth": "Depth", "pathlength": "Path Length"}
+UNITS = {"B": 1, "KB": 1 << 10, "MB": 1 << 20, "GB": 1 << 30, "TB": 1 << 40}
+FILES_NODE = b"[Files]"
+# Clocks that change at one minute past midnight, in a zone that no machine has to know.
+ZONE = "NST3:30NDT,M3.2.0/0:01,M11.1.0/0:01"
+CLOCK_CHANGE = 1_173_583_860
+
+codecs.register_error("visible", lambda error: ("".join(f"\\x{byte:02X}" for byte in error.object[error.start:error.end]),
+                                                error.end))
+
+
+def shown(name):
+    """The name as exports for programs show it."""
+    return name.decode("utf-8", "visible")
+
+
+def code_units(name):
+    """What names are ordered by; a byte that is no UTF-8 counts as U+DC00 + byte."""
+    return name.decode("utf-8", "surrogateescape").encode("utf-16-be", "surrogatepass")
+
+
+class Node:
+    """A folder, the files of one as a group, or a file, with all beneath it."""
+
+    def __init__(self, name, path, parent, status=None):
+        self.name, self.path, self.parent = name, path, parent
+        self.kind = FOLDERS
+        self.size = self.allocated = self.files = self.folders = 0
+        self.lastchange = status.st_mtime_ns if status else 0
+        self.lastaccess = status.st_atime_ns if status else 0
+        self.owner = pwd.getpwuid(status.st_uid).pw_name if status else ""
+        self.below, self.own_files = [], []
+
+    def take(self, other):
+        self.size += other.size
+        self.allocated += other.allocated
+        self.files += other.files
+        self.folders += other.folders + (other.kind == FOLDERS)
+        self.lastchange = max(self.lastchange, other.lastchange)
+        self.lastaccess = max(self.lastaccess, other.lastaccess)
+
+    @property
+    def depth(self):
+        return self.parent.depth + 1 if self.parent else 0
+
+    @property
+    def place(self):
+        """The folder around it, which the group of files is not."""
+        return self.parent.parent if self.parent and self.parent.kind == GROUPS else self.parent
+
+    def top(self):
+        node = self
+        while node.parent:
+            node = node.parent
+        return node
+
+    def group(self):
+        """What stands for the files of a folder that holds folders too."""
+        node = Node(FILES_NODE, self.path + b"/" + FILES_NODE, self)
+        node.kind = GROUPS
+        for file in self.own_files:
+            node.take(file)
+        node.own_files = self.own_files
+        return node
+
+
+def file_node(name, parent, status):
+    node = Node(name, parent.path + b"/" + name, parent, status)
+    node.kind, node.files, node.size = FILES, 1, status.st_size
+    node.allocated = 512 * status.st_blocks // max(1, status.st_nlink)
+    return node
+
+
+def walk(top):
+    """By handles, since paths may be too long, and without touching the dates of last access."""
+    flags = os.O_RDONLY | os.O_DIRECTORY | os.O_NOFOLLOW | os.O_NOATIME
+
+    def visit(handle, node):
+        for name in map(os.fsencode, os.listdir(handle)):
+            status = os.stat(name, dir_fd=handle, follow_symlinks=False)
+            if stat.S_ISDIR(status.st_mode):
+                child = Node(name, node.path + b"/" + name, node, status)
+                inner = os.open(name, flags, dir_fd=handle)
+                visit(inner, child)
+                os.close(inner)
+                node.below.append(child)
+            else:
+                child = file_node(name, node, status)
+                node.own_files.append(child)
+            node.take(child)
+
+    handle = os.open(top, flags)
+    node = Node(os.fsencode(top), os.fsencode(top), None, os.fstat(handle))
+    visit(handle, node)
+    os.close(handle)
+    return node
+
+
+def by_size(nodes):
+    return sorted(nodes, key=lambda node: (-node.size, code_units(node.name)))
+
+
+def rows_of(node, types, levels=ALL_LEVELS, order=by_size, smallest=0):
+    """The nodes that an export shows, in its order."""
+    rows = [node] if types & node.kind else []
+    if levels == 0:
+        return rows
+    below = list(node.below)
+    has_group = types & GROUPS and node.below and node.own_files
+    if has_group:
+        below.append(node.group())
+    for child in order(by_size([child for child in below if child.size >= smallest])):
+        rows += rows_of(child, types, levels - 1, order, smallest)
+    if types & FILES and not has_group:
+        for file in order(by_size([file for file in node.own_files if file.size >= smallest])):
+            file.parent = node
+            rows.append(file)
+    return rows
+
+
+def half_up(fraction):
+    return int(fraction + fractions.Fraction(1, 2))
+
+
+def tenths(fraction):
+    number = half_up(fraction * 10)
+    return f"{number // 10:,}.{number % 10}"
+
+
+class Format:
+    def __init__(self, unit=None, grouped=False, neutral=True):
+        self.unit, self.grouped, self.neutral = unit, grouped, neutral
+
+    def text(self, text):
+        return "'" + text if self.neutral and text[:1] in ("=", "+", "-", "@", "\t", "\r") and text else text
+
+    def size(self, number):
+        if self.unit is None:
+            return str(number)
+        value = tenths(fractions.Fraction(number, UNITS[self.unit])) if self.unit != "B" else f"{number:,}"
+        return value if self.grouped else value.replace(",", "")
+
+    def count(self, number):
+        return f"{number:,}" if self.grouped else str(number)
+
+    def caption(self, column):
+        unit = f" ({self.unit})" if self.unit and column in ("size", "allocated") else ""
+        return CAPTIONS[column] + unit
+
+    def cell(self, node, column):
+        if column in ("size", "allocated"):
+            return self.size(getattr(node, column))
+        if column in ("lastchange", "lastaccess"):
+            return datetime.datetime.fromtimestamp(getattr(node, column) // 10**9).strftime("%Y-%m-%d %H:%M:%S")
+        if column == "percentofparent":
+            return tenths(fractions.Fraction(100 * node.size, node.place.size) if node.place and node.place.size else
+                          fractions.Fraction(0 if node.place else 100))
+        if column == "percentofroot":
+            return tenths(fractions.Fraction(100 * node.size, node.top().size))
+        if column == "files":
+            return self.count(node.files)
+        if column == "folders":
+            return "" if node.kind == FILES else self.count(node.folders)
+        if column == "items":
+            return self.count(node.files + (0 if node.kind == FILES else node.folders))
+        if column == "depth":
+            return self.count(node.place.depth + 1 if node.place else 0)
+        if column == "pathlength":
+            # The group's row has a path by which it is told from its folder, but on the storage there is none of that name.
+            path = node.place.path if node.kind == GROUPS else node.path
+            return self.count(len(path.decode("utf-8", "surrogateescape").encode("utf-16-le", "surrogatepass")) // 2)
+        return self.text({"name": lambda: shown(node.name),
+                          "fullpath": lambda: shown(node.path),
+                          "parentpath": lambda: shown(node.place.path) if node.place else "",
+                          "extension": lambda: extension_of(node) if node.kind == FILES else "",
+                          "owner": lambda: node.owner}[column]())
+
+    def table(self, nodes, columns):
+        return [[self.cell(node, column) for column in columns] for node in nodes]
+
+
+def extension_of(node):
+    _, dot, extension = node.name.decode("utf-8", "surrogateescape").rpartition(".")
+    return shown(extension[:32].encode("utf-8", "surrogateescape")) if dot else ""
+
+
+def read_csv(text, separator):
+    # Lines end with LF here as they do in a file opened without translation: a lone CR or a form feed ends none.
+    return list(csv.reader(re.findall("[^\n]*\n", text), delimiter=separator, strict=True))
+
+
+def parse(text, separator):
+    """Fields between separators of any length, as RFC 4180 has it."""
+    rows, position = [[]], 0
+    while position < len(text):
+        if text[position] == '"':
+            field, position = "", position + 1
+            while text[position] != '"' or text[position + 1:position + 2] == '"':
+                field += text[position]
+                position += 1 if text[position] != '"' else 2
+            position += 1
+        else:
+            end = min(index for index in (text.find(separator, position), text.find("\r\n", position)) if index >= 0)
+            field, position = text[position:end], end
+        rows[-1].append(field)
+        if text.startswith(separator, position):
+            position += len(separator)
+        else:
+            assert text.startswith("\r\n", position), text[position:position + 20]
+            position += 2
+            rows.append([])
+    assert rows.pop() == []
+    return rows
+
+
+class TextExportTest(program_test.ProgramTest):
+    command = program_test.LinuxTest.command
+    maxDiff = 2000
+
+    def setUp(self):
+        super().setUp()
+        os.environ["TZ"] = ZONE
+        time.tzset()
+        self.addCleanup(time.tzset)
+        self.addCleanup(os.environ.pop, "TZ")
+        self.tree = self.folder / "hostile"
+        hostile_tree.make(os.fsencode(self.tree), levels=60, many=300, mounts=False)
+        self.addCleanup(hostile_tree.remove, os.fsencode(self.tree))
+        for name in os.listdir(self.tree / "denied"):
+            os.chmod(self.tree / "denied" / name, 0o755)
+        for number, name in enumerate(("plain/a<b>.TXT", "plain/line\nbreak\t.txt", "plain/sub/ends:", "plain/sub/::",
+                                       "plain/\r", 'plain/"', "plain/sub/x\t", "=top", "plain/-", "plain/12:30")):
+            path = self.make(f"hostile/{name}", 3000 * number)
+            date = CLOCK_CHANGE + number * 600 - 3000
+            os.utime(path, (date + 86_400, date))
+        self.walked = walk(self.tree)
+
+    def export(self, switch, name, *arguments):
+        run = self.run_program(str(self.tree), switch, name, *arguments)
+        self.assertEqual((run.code, run.out, run.err), (OK, "", ""))
+        return (self.folder / name).read_bytes().decode("utf-8")
+
+    def assert_same_rows(self, found, expected):
+        """Tells the first row that differs: whole tables of long paths are no message."""
+        for index, (row, wanted) in enumerate(zip(found, expected)):
+            self.assertEqual([cell[-200:] for cell in row], [cell[-200:] for cell in wanted], f"row {index}")
+            self.assertEqual(row, wanted)
+        self.assertEqual(len(found), len(expected))
+
+    def check(self, *arguments, types=FOLDERS | GROUPS, levels=ALL_LEVELS, columns=DEFAULT_COLUMNS, form=Format(),
+              order=by_size, smallest=0, separator=",", header=True, mark=True):
+        with self.subTest(arguments=arguments):
+            text = self.export("--csv", "out.csv", *arguments)
+            self.assertEqual(text.startswith("\ufeff"), mark)
+            text = text.removeprefix("\ufeff")
+            rows = read_csv(text, separator) if len(separator) == 1 else parse(text, separator)
+            expected = form.table(rows_of(self.walked, types, levels, order, smallest), columns)
+            captions = [[form.caption(column) for column in columns]] if header else []
+            self.assert_same_rows(rows, captions + expected)
+
+    def test_every_cell_is_what_a_walk_finds(self):
+        self.check()
+        self.check("--filesintree", types=7)
+        self.check("--exportedelements", "1", types=FOLDERS)
+        self.check("--exportedelements", "5", types=FOLDERS | FILES)
+        self.check("--exportedelements", "4", types=FILES, header=False)
+        self.check("--exportedelements", "2", types=GROUPS, header=False)
+        self.check("--exportedelements", "6", types=GROUPS | FILES, header=False)
+
+    def test_levels_and_small_folders(self):
+        for levels in (0, 1, 2, 3):
+            self.check("--expand", str(levels), "--filesintree", types=7, levels=levels)
+        self.check("--CSVSmallestFolder", "4097", "--filesintree", types=7, smallest=4097)
+
+    def test_separators_headers_and_the_byte_order_mark(self):
+        columns = ("name", "size", "lastchange", "percentofparent", "fullpath", "name")
+        for separator, argument in ((";", ";"), ("\t", "TAB"), ("::", "::"), (" ", " "), (".", "."), ("-", "-"), (":", ":"),
+                                    ("  ", "  "), ("1", "1"), ("§", "§"), ("'", "'")):
+            self.check("--filesintree", f"--listseparator={argument}", "--usecolumns", ";".join(columns), types=7,
+                       separator=separator, columns=columns)
+        self.check("--noheaders", header=False)
+        self.check("--CSVByteOrderMark", "false", mark=False)
+        self.check("--CSVByteOrderMark", "false", "--noheaders", mark=False, header=False)
+
+    def test_columns(self):
+        columns = ("name", "parentpath", "extension", "owner", "items", "percentofroot", "depth", "pathlength")
+        self.check("--usecolumns", ";".join(columns), "--filesintree", types=7, columns=columns)
+        self.check("--usecolumns", "name", columns=("name",))
+
+    def test_units(self):
+        columns = ("name", "size", "allocated", "files", "items")
+        for unit in UNITS:
+            for separator in (",", ";"):
+                self.check("--CSVSizeUnit", unit, f"--listseparator={separator}", "--usecolumns", ";".join(columns),
+                           "--filesintree", types=7, columns=columns, separator=separator,
+                           form=Format(unit, grouped=separator == ";"))
+
+    def test_formulas(self):
+        columns = ("name", "fullpath")
+        arguments = ("--usecolumns", "name;fullpath", "--filesintree")
+        self.check(*arguments, types=7, columns=columns)
+        self.check(*arguments, "--CSVNeutralizeFormulas", "false", types=7, columns=columns, form=Format(neutral=False))
+
+    def test_orders(self):
+        def sorted_by(key, reverse):
+            return lambda nodes: sorted(nodes, key=key, reverse=reverse)  # a reversed sort is stable as well
+
+        for argument, key, reverse in (("name", lambda node: code_units(node.name), False),
+                                       ("name,descending", lambda node: code_units(node.name), True),
+                                       ("size,ascending", lambda node: node.size, False),
+                                       ("size", lambda node: node.size, True),
+                                       ("files", lambda node: node.files, True),
+                                       ("allocated,ascending", lambda node: node.allocated, False),
+                                       ("lastchange", lambda node: node.lastchange // 100, True)):
+            self.check("--sortby", argument, "--filesintree", types=7, order=sorted_by(key, reverse))
+
+    def test_tab_separated_text(self):
+        text = self.export("--text", "out.tsv", "--filesintree", "--TextSizeUnit", "KB")
+        self.assertFalse(text.startswith("\ufeff"))
+        rows = read_csv(text, "\t")
+        form = Format("KB", grouped=True, neutral=False)
+        self.assert_same_rows(rows, [[form.caption(column) for column in DEFAULT_COLUMNS]] +
+                              form.table(rows_of(self.walked, 7), DEFAULT_COLUMNS))
+
+    def test_the_path_list_is_what_find_lists(self):
+        for elements, condition in ((7, []), (1, ["-type", "d"]), (4, ["!", "-type", "d"])):
+            text = self.export("--pathlist", "paths.txt", "--exportedelements", str(elements))
+            listed = subprocess.run(["find", str(self.tree), *condition, "-print0"], check=True, capture_output=True).stdout
+            expected = sorted(safe(path) for path in listed.split(b"\0")[:-1])
+            self.assertEqual(sorted(text.split("\r\n")[:-1]), expected)
+            # A folder stands before what is in it.
+            lines = text.split("\r\n")[:-1]
+            if elements == 7:
+                place = {line: index for index, line in enumerate(lines)}
+                for line, index in place.items():
+                    self.assertLessEqual(place.get(line.rpartition("/")[0], -1), index)
+
+    def test_the_columns_of_the_report_stand_below_each_other(self):
+        text = self.export("--text", "out.txt", "--title", "T", "--expand", "2", "--filesintree", "--SizeUnit", "KB")
+        lines = text.split("\r\n")
+        rule = next(index for index, line in enumerate(lines) if re.fullmatch("-+(  -+)+", line))
+        spans = [match.span() for match in re.finditer("-+", lines[rule])]
+        table = [as_columns(line) for line in lines[rule + 1:lines.index("", rule)]]
+        form = Format("KB", grouped=True)
+        # Without the tree of sub-folders beneath: two levels, files of the second not among them.
+        expected = rows_of(self.walked, 7, 2)
+        self.assertEqual(len(table), len(expected))
+        for line, node in zip(table, expected):
+            self.assertEqual(len(line), spans[-1][1], node.name)
+            cells = ["".join(line[start:end]).strip() for start, end in spans]
+            name = safe(node.path if node.parent is None else node.name)
+            wanted = [form.cell(node, column) for column in ("size", "allocated", "files", "folders", "percentofparent",
+                                                             "lastchange")]
+            self.assertEqual(cells, [name.strip(), *wanted], name)
+
+    def test_threads_make_no_difference(self):
+        arguments = ["--csv", "tree.csv", "--text", "tree.tsv", "--text", "tree.txt", "--pathlist", "paths.txt", "--xml",
+                     "tree.xml", "--filesintree", "--topfileslist", "--extensionslist", "--userslist", "--ageoffiles",
+                     "--title", "T"]
+        runs = []
+        for threads in ("1", "8", "1", "8"):
+            run = self.run_program(str(self.tree), *arguments, "--MaximumThreads", threads)
+            self.assertEqual((run.code, run.err), (OK, ""))
+            files = {path.name: path.read_bytes() for path in self.folder.iterdir() if path.is_file()}
+            files["tree.xml"] = re.sub(b"<(DateISO|FreeBytesOnDrive)>.*", b"", files["tree.xml"])
+            files["tree.txt"] = re.sub(b"(?m)^(Scanned |     Drive: ).*", b"", files["tree.txt"])
+            runs.append(files)
+        self.assertEqual(len(runs[0]), 5 + 2 * 4)
+        for files in runs[1:]:
+            self.assertEqual(files.keys(), runs[0].keys())
+            for name, data in files.items():
+                self.assertTrue(data == runs[0][name], name)
+
+
+SHORT = {"\n": "\\n", "\r": "\\r", "\t": "\\t"}
+
+
+def safe(name):
+    """The name as terminals and lists for people show it: no control character, no change of direction."""
+    text = ""
+    for character in name.decode("utf-8", "surrogateescape"):
+        code = ord(character)
+        if 0xDC80 <= code <= 0xDCFF:
+            text += f"\\x{code - 0xDC00:02X}"
+        elif character in SHORT:
+            text += SHORT[character]
+        elif code < 0x20 or code == 0x7F:
+            text += f"\\x{code:02X}"
+        elif re.match("[\x80-\x9f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]", character):
+            text += f"\\u{code:04X}"
+        else:
+            text += character
+    return text
+
+
+def as_columns(line):
+    """A list with the text of each column of a terminal; wide characters take two, combining ones none."""
+    columns = []
+    for character in line:
+        if unicodedata.category(character) in ("Mn", "Me", "Cf") and columns:
+            columns[-1] += character
+        else:
+            columns.append(character)
+            # Unicode's table has U+FFFE and U+FFFF as full-width, though they are no characters.
+            wide = unicodedata.east_asian_width(character) in "WF" and unicodedata.category(character) != "Cn"
+            columns += [""] * wide
+    return columns
+
+
+if __name__ == "__main__":
+    unittest.main()
