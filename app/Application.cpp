@@ -16,6 +16,8 @@
 #include "automation/ExitCodes.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
+#include "automation/HistoryTasks.h"
+#include "automation/RecordHistoryAction.h"
 #include "export/ListExport.h"
 #include "export/OptionsFile.h"
 #include "export/XMLReader.h"
@@ -186,6 +188,8 @@ bool TApplication::QueueActions(IScanRoots& pRoots) {
   const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
   if (!fState.fCompareFile.empty())
     fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
+  if (fOptions->RecordHistory)
+    fActions.Add(std::make_unique<TRecordHistoryPostScanAction>(CommandLine::HistoryFile(*fOptions), kVersion));
   size_t roots = fState.fPaths.size();
   for (const std::u16string& files : fState.fOpenFiles) roots += XML::Parser::SplitFileNames(files).size();
   const TExportRun run{kProgramName, kVersion, roots > 1, isCancelled};
@@ -218,6 +222,10 @@ int TApplication::WriteFailures() {
     result = std::max(result, failure.fExitCode);
   }
   return result;
+}
+
+int TApplication::ManageHistory() {
+  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError);
 }
 
 int TApplication::OpenAndScan() {

@@ -7,6 +7,7 @@
 #include "automation/ExitCodes.h"
 #include "automation/ExportFile.h"
 #include "automation/HelpText.h"
+#include "automation/HistoryTasks.h"
 #include "export/OptionsFile.h"
 #include "export/XMLReader.h"
 #include "platform/FileTime.h"
@@ -291,6 +292,10 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   // Who asks for help gets it all the same.
   if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
     fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
+  if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
+    fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
+  if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
+    fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
   if (fErrors.empty()) return;
   std::string message;
@@ -303,7 +308,8 @@ void TCommandLineHandler::CheckScans() {
   for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
+  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings ||
+                       fState.HasHistoryTasks();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -319,6 +325,8 @@ void TCommandLineHandler::FinalizeExports() {
     if (fState.fDateInFileNames) pFile = Kiv::PostScanActions::WithPartInName(pFile, date);
   };
   finalize(fState.fDriveListFile);
+  finalize(fState.fHistoryCSV);
+  finalize(fState.fHistoryExport);
   std::vector<std::u16string> files;
   if (!fState.fDriveListFile.empty()) files.push_back(fState.fDriveListFile);
   for (TExportRequest& request : fState.fExports) {
@@ -339,6 +347,8 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
   if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
+  // The scan just made is part of the history that is shown.
+  if (fState.HasHistoryTasks() && result != ecCancelled) result = std::max(result, pTasks.ManageHistory());
   return result;
 }
 

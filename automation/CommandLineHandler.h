@@ -19,6 +19,7 @@ class ICommandLineTasks {
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs what follows them.
   virtual int OpenAndScan() = 0;
+  virtual int ManageHistory() = 0;
 };
 
 // Reads the program's switches into what a run is to do. One thread.

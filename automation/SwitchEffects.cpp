@@ -247,6 +247,35 @@ void SetPassword(TCommandLineState& pState, std::u16string_view pPassword) {
   pState.fPassword = pPassword;
 }
 
+// --- history -------------------------------------------------------------------------------------------------------
+
+void RecordHistory(TCommandLineState& pState, std::u16string_view pValue) {
+  pState.fOptions->RecordHistory = IsOn(pValue);
+}
+
+void ShowHistory(TCommandLineState& pState, std::u16string_view pPath) {
+  pState.fHistoryPaths.emplace_back(pPath);
+}
+
+void WriteHistoryCSV(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fHistoryCSV = pFile;
+}
+
+void DeleteFromHistory(TCommandLineState& pState, std::u16string_view pScan) {
+  int64_t scan = 0;
+  if (!TryParseInt64(ToUtf8(pScan), scan) || scan < 1)
+    throw EInvalidArgumentValue(ToQuotedDisplay(pScan) + " is no scan's ID; --history shows them");
+  pState.fHistoryDeletions.push_back(scan);
+}
+
+void ImportHistory(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fHistoryImports.emplace_back(pFile);
+}
+
+void ExportHistory(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fHistoryExport = pFile;
+}
+
 // --- settings and the run ------------------------------------------------------------------------------------------
 
 void SaveSettings(TCommandLineState& pState, std::u16string_view) {

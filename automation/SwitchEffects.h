@@ -46,6 +46,13 @@ TSwitchEffect AttachReport;
 TSwitchEffect SetUserName;
 TSwitchEffect SetPassword;
 
+TSwitchEffect RecordHistory;
+TSwitchEffect ShowHistory;
+TSwitchEffect WriteHistoryCSV;
+TSwitchEffect DeleteFromHistory;
+TSwitchEffect ImportHistory;
+TSwitchEffect ExportHistory;
+
 TSwitchEffect SaveSettings;
 TSwitchEffect ForgetSettings;
 TSwitchEffect BeReadOnly;

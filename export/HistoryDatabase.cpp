@@ -202,11 +202,14 @@ void RefuseDanglingIds(TKIVSQLiteDatabase& pDatabase, const std::u16string& pSou
 std::u16string HistoryPattern(const IHierarchicalRoot& pRoot) {
   const TRef<IScanFilter> filter = pRoot.GetScanFilter();
   const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
-  if (patterns == nullptr) return {};
+  return patterns != nullptr ? HistoryPattern(*patterns->GetPatterns()) : std::u16string();
+}
+
+std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns) {
   PatternMatching::TPatternsToStringRepresentationOptions options =
       PatternMatching::TPatternsToStringRepresentationOptions::Default();
   options.ActivePatternsOnly = true;
-  return patterns->GetPatterns()->ToString(options);
+  return pPatterns.ToString(options);
 }
 
 double DayCountOfTime(TKivFileTime pTime) {

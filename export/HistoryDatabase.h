@@ -9,6 +9,7 @@
 #include "export/SQLiteDatabase.h"
 #include "model/RootInterfaces.h"
 #include "platform/FileTime.h"
+#include "search/PatternInterfaces.h"
 
 // The totals of earlier scans, kept in an SQLite file; docs/history.md describes it.
 namespace Vantrel::DB::SQLiteDatabase {
@@ -44,6 +45,7 @@ struct TScannedRoot {
 // What is in force of the root's filter, as one text; empty when that is nothing. Scans with different texts have
 // different histories.
 std::u16string HistoryPattern(const IHierarchicalRoot& pRoot);
+std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns);
 
 // Local date and time as days since 1899-12-30 with the time of day as the fraction. Exact to a millisecond in both
 // directions; of the hour that the end of summer time repeats, one of the two is meant.

@@ -1,0 +1,15 @@
+#include "automation/RecordHistoryAction.h"
+
+#include "export/HistoryDatabase.h"
+
+namespace Kiv::PostScanActions {
+
+using Vantrel::DB::SQLiteDatabase::THistoryDatabaseReaderWriter;
+
+void TRecordHistoryPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!top || (pRoot.GetState() & rsCancelled) != 0 || (top->GetFolderState() & fsIsXMLImport) != 0) return;
+  THistoryDatabaseReaderWriter(fVersion).WriteRootHistoryData(fDatabase, pRoot.GetPath(), pRoot);
+}
+
+}  // namespace Kiv::PostScanActions
