@@ -244,9 +244,8 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   return hasValue ? 2 : 1;
 }
 
-// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only, so that a
-// missing
-// "/data" is not taken for "/DATE".
+// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only: a "/data" that
+// is missing is not taken for "/DATE".
 bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
   const bool hasLowerCase =
       std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });

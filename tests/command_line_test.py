@@ -520,6 +520,9 @@ class WindowsTest(CommonTests, CommandLineTest):
                                       stderr=subprocess.DEVNULL)
             cls.addClassCleanup(keeper.wait, TIMEOUT)
             cls.addClassCleanup(keeper.stdin.close)
+            # Only once a second program has come and gone is it sure that none of the tests is Wine's first.
+            subprocess.run([cls.command[0], "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL, timeout=TIMEOUT, check=True)
 
     def setUp(self):
         super().setUp()
