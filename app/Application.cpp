@@ -168,7 +168,7 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
   };
   try {
     if (pFile.empty()) return write(*fSettings.fOutput) ? ecOk : ecOutputFailed;
-    CreateFolders(std::u16string(FolderOfPath(pFile, NativePathDelimiter())));
+    CreateFolderOf(pFile);
     PostScanActions::TExportFile file(pFile, [] { return gCancelRequested.load(std::memory_order_relaxed); });
     write(file);
     file.Commit();

@@ -278,6 +278,7 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  CheckHistory();
   CheckScans();
   FinalizeExports();
   std::vector<std::string> help;
@@ -291,15 +292,20 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   // Who asks for help gets it all the same.
   if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
     fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
-  if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
-    fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
-  if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
-    fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
   if (fErrors.empty()) return;
   std::string message;
   for (const std::string& error : fErrors) message.append(message.empty() ? "" : "\r\n").append(error);
   throw Kiv::ECommandLineParserCriticalException(message, ecWrongCommandLine);
+}
+
+void TCommandLineHandler::CheckHistory() {
+  // Kept in the settings, it is to be the same file from wherever the program is started.
+  if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Kiv::ToNativeBytes(HistoryFile(fOptions));
+  if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
+    fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
+  if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
+    fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
 }
 
 void TCommandLineHandler::CheckScans() {
@@ -327,15 +333,19 @@ void TCommandLineHandler::FinalizeExports() {
   finalize(fState.fHistoryCSV);
   finalize(fState.fHistoryExport);
   std::vector<std::u16string> files;
-  if (!fState.fDriveListFile.empty()) files.push_back(fState.fDriveListFile);
+  auto reserve = [&](const std::u16string& pFile) {
+    if (pFile.empty()) return;
+    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
+      return Kiv::SamePath(pOther, pFile, delimiter);
+    });
+    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(pFile));
+    files.push_back(pFile);
+  };
+  for (const std::u16string* file : {&fState.fDriveListFile, &fState.fHistoryCSV, &fState.fHistoryExport})
+    reserve(*file);
   for (TExportRequest& request : fState.fExports) {
     finalize(request.fFile);
-    if (request.fFile.empty()) continue;
-    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
-      return Kiv::SamePath(pOther, request.fFile, delimiter);
-    });
-    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(request.fFile));
-    files.push_back(request.fFile);
+    reserve(request.fFile);
   }
 }
 

@@ -60,6 +60,7 @@ class TCommandLineHandler {
   bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
+  void CheckHistory();
   void CheckScans();
 
   Kiv::TKivCommandLineParser& fParser;

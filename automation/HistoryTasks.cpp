@@ -41,7 +41,7 @@ class THistoryTasks {
     for (const std::u16string& file : fState.fHistoryImports) Try([&] { Import(file); });
     for (const int64_t scan : fState.fHistoryDeletions) Try([&] { Delete(scan); });
     if (!fState.fHistoryPaths.empty()) Try([&] { Show(); });
-    if (!fState.fHistoryExport.empty()) Try([&] { THistoryDocument(fFile).ExportHistoryFile(fState.fHistoryExport); });
+    if (!fState.fHistoryExport.empty()) Try([&] { Export(); });
     return fResult;
   }
 
@@ -72,6 +72,11 @@ class THistoryTasks {
                       added == 1 ? "1 scan was" : fmt::format("{} scans were", added)));
   }
 
+  void Export() {
+    CreateFolderOf(fState.fHistoryExport);
+    THistoryDocument(fFile).ExportHistoryFile(fState.fHistoryExport);
+  }
+
   void Delete(int64_t pScan) {
     try {
       const int64_t left = PathExists(fFile) ? THistoryDatabaseReaderWriter().DeleteHistoryData(fFile, pScan) : -1;
@@ -93,7 +98,7 @@ class THistoryTasks {
       if (PathExists(fFile)) entries = THistoryDatabaseReaderWriter().ReadRootHistoryData(fFile, path, pattern);
       if (entries.empty()) {
         Fail("No scan of " + ToQuotedDisplay(path) + (pattern.empty() ? "" : " with this filter") + " is recorded in " +
-                 ToQuotedDisplay(fFile),
+                 ToQuotedDisplay(fFile) + "; --record-history records one",
              ecPathNotFound);
         continue;
       }
@@ -116,7 +121,7 @@ class THistoryTasks {
     const std::u16string& path = fState.fHistoryCSV;
     const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtCSV);
     const Text::TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
-    if (path != TOutputFile::kStandardOutput) CreateFolders(std::u16string(FolderOfPath(path, NativePathDelimiter())));
+    CreateFolderOf(path);
     PostScanActions::TExportFile file(path, [] { return false; });
     if (settings.fByteOrderMark && path != TOutputFile::kStandardOutput) file.Write(Text::kByteOrderMark);
     for (const TListTable& table : pTables)

@@ -9,7 +9,8 @@ using Vantrel::DB::SQLiteDatabase::THistoryDatabaseReaderWriter;
 void TRecordHistoryPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top || (pRoot.GetState() & rsCancelled) != 0 || (top->GetFolderState() & fsIsXMLImport) != 0) return;
-  THistoryDatabaseReaderWriter(fVersion).WriteRootHistoryData(fDatabase, pRoot.GetPath(), pRoot);
+  // The title of what was scanned is its path with the wildcards: another history than that of the whole folder.
+  THistoryDatabaseReaderWriter(fVersion).WriteRootHistoryData(fDatabase, pRoot.GetTitle(), pRoot);
 }
 
 }  // namespace Kiv::PostScanActions

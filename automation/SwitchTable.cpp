@@ -56,7 +56,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"SORTBY", vkText, kRepeated}, srMain, "COLUMN[,DIRECTION]", "order by size, name, files, lastchange...", SortBy,
      "A column", "The direction is ascending or descending."},
     {{u"USECOLUMNS", vkText, kRepeated}, srMore, "COLUMN[;COLUMN]...", "columns of exports", UseColumns, "A column"},
-    {{u"FILESINTREE", vkOptionalBoolean, kRepeated}, srMain, "", "show single files as well", ShowFiles},
+    {{u"FILESINTREE", vkOptionalBoolean, kRepeated}, srMore, "", "show single files as well", ShowFiles},
     {{u"EXPORTFILES", vkOptionalBoolean, kRepeated}, srAlias, "", "", ShowFiles},
     {{u"EXPORTEDELEMENTS", vkInteger, kRepeated}, srMore, "NUMBER", "sum of 1 folders, 2 [Files], 4 single files",
      SetElements, "A number"},

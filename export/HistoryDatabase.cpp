@@ -80,7 +80,11 @@ void OpenForReading(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) 
 
 void OpenForWriting(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) {
   // Which folders somebody has is nobody else's business.
-  CreateFolders(std::u16string(FolderOfPath(AbsolutePath(pFile), NativePathDelimiter())), TFolderAccess::faUserAlone);
+  try {
+    CreateFolderOf(AbsolutePath(pFile), TFolderAccess::faUserAlone);
+  } catch (const EOSError& error) {
+    throw EDatabaseError(fmt::format("The database {} cannot be opened: {}", ToQuotedDisplay(pFile), error.what()));
+  }
   pDatabase.ConnectToDatabase(pFile, true);
 }
 

@@ -70,7 +70,7 @@ REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
 
 DAMAGED_OPTIONS = {"../home/.config/vantrel/options.xml": "<VantrelOptions"}  # the user's own, on Linux
 
-NO_HISTORY = pattern(r'No scan of "data" is recorded in ".*\.db"')
+NO_HISTORY = pattern(r'No scan of "data" is recorded in ".*\.db"; --record-history records one')
 RECORDED = "data --HistoryFile h.db --record-history --csv -"
 
 # Refused before anything is scanned or written.
@@ -117,6 +117,8 @@ REFUSED = [
     Row("data --listseparator ''", err=('--listseparator "" cannot stand between fields: it is empty or holds a quote or a line '
                                         "break",)),
     Row("data --csv a.csv --text ./a.csv", err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
+    Row("--history data --history-csv a.csv --history-export ./a.csv",
+        err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
     Row("data --csv - --xml -", err=('Two exports would go into the same file: "-"',)),
     Row("data other --compare a.xml", err=("Several scans cannot be compared with one file. Run Vantrel for each of them.",)),
     Row("data --compare= --open --importpatterns ''", err=tuple(
@@ -213,11 +215,14 @@ DONE = [
         out=("Vantrel Report, ", "History of data", "0 B", "  3\r\n"), absent=("  2\r\n",)),
     Row("data --exclude *.bin --HistoryFile h.db --record-history --history data", before=(RECORDED,),
         out=("History of data", "1.3 KB"), absent=("6.2 KB",)),
+    # What wildcards take in has a history of its own; so has the folder, whatever name it is reached by.
+    Row("--HistoryFile h.db --history sub/../data/*.bin --history data", before=("data/*.bin --HistoryFile h.db --RecordHistory", RECORDED),
+        out=("History of sub/../data/*.bin", "4.9 KB", "  1\r\n", "History of data", "6.2 KB", "  2\r\n")),
     Row("--HistoryFile h.db --history data --history-csv h.csv", before=(RECORDED,), files={"h.csv": (
         "Date,Size,Allocated,Files,Free Space,Growth,Growth %,ID\r\n", ",6300,", ",3,", ",,,1\r\n")}),
     Row("--HistoryFile h.db --history-delete 1 --history data", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,),
         out=("The scan 1 was deleted; of its path 0 scans are left",)),
-    Row("--HistoryFile h.db --history-export copy.db", before=(RECORDED,), files={"copy.db": ("SQLite format 3",)}),
+    Row("--HistoryFile h.db --history-export new/copy.db", before=(RECORDED,), files={"new/copy.db": ("SQLite format 3",)}),
     Row("--HistoryFile other.db --history-import h.db --history data", before=(RECORDED,), files={"other.db": ("SQLite",)},
         out=('"h.db": 1 scan was added to the history', "History of data", "6.2 KB")),
     Row("--version", given=DAMAGED_OPTIONS, out=("Vantrel ",), windows=False),
