@@ -97,15 +97,21 @@ class THistoryTasks {
       // Before the first scan there is no file.
       if (PathExists(fFile)) entries = THistoryDatabaseReaderWriter().ReadRootHistoryData(fFile, path, pattern);
       if (entries.empty()) {
-        Fail("No scan of " + ToQuotedDisplay(path) + (pattern.empty() ? "" : " with this filter") + " is recorded in " +
-                 ToQuotedDisplay(fFile) + "; --record-history records one",
-             ecPathNotFound);
+        FailToFind(path, pattern);
         continue;
       }
       tables.push_back(HistoryList(path, entries));
       if (fState.fHistoryCSV.empty() && !ShowOne(tables.back(), entries)) return;
     }
     if (!fState.fHistoryCSV.empty() && !tables.empty()) ExportCSV(tables);
+  }
+
+  void FailToFind(const std::u16string& pPath, std::u16string_view pPattern) {
+    const bool hasOthers = PathExists(fFile) && THistoryDatabaseReaderWriter().GetNumberOfScans(fFile, pPath) > 0;
+    const char* filter = !pPattern.empty() ? " with this filter" : hasOthers ? " without a filter" : "";
+    Fail(fmt::format("No scan of {}{} is recorded in {}; scan it with --record-history", ToQuotedDisplay(pPath), filter,
+                     ToQuotedDisplay(fFile)),
+         ecPathNotFound);
   }
 
   bool ShowOne(const TListTable& pTable, const std::vector<THistoryEntry>& pEntries) {

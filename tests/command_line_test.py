@@ -70,7 +70,7 @@ REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
 
 DAMAGED_OPTIONS = {"../home/.config/vantrel/options.xml": "<VantrelOptions"}  # the user's own, on Linux
 
-NO_HISTORY = pattern(r'No scan of "data" is recorded in ".*\.db"; --record-history records one')
+NO_HISTORY = pattern(r'No scan of "data"(?: with this filter)? is recorded in ".*\.db"; scan it with --record-history')
 RECORDED = "data --HistoryFile h.db --record-history --csv -"
 
 # Refused before anything is scanned or written.
@@ -247,6 +247,9 @@ FAILED = [
     Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),
     Row("--open missing.xml", PATH_NOT_FOUND, err=(pattern('The XML file "missing.xml" cannot be read: .+'),)),
     Row("--HistoryFile history.db --history data", PATH_NOT_FOUND, err=(NO_HISTORY,)),
+    Row("--HistoryFile h.db --history data --exclude *.tmp", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,)),
+    Row("--HistoryFile h.db --history data", PATH_NOT_FOUND, before=(RECORDED + " --exclude *.bin",),
+        err=(pattern(r'No scan of "data" without a filter is recorded in ".*\.db"; scan it with --record-history'),)),
     Row("--HistoryFile history.db --history-delete 7", PATH_NOT_FOUND, err=(pattern('The history ".*history.db" holds no scan 7'),)),
     # The export goes on without the history.
     Row("data --HistoryFile bad.db --record-history --csv ok.csv", OUTPUT_FAILED, given={"bad.db": "no database" * 200},
