@@ -313,8 +313,8 @@ void TCommandLineHandler::CheckScans() {
   for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings ||
-                       fState.HasHistoryTasks();
+  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList ||
+                       fState.fSaveSettings || fState.HasHistoryTasks();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."

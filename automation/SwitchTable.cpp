@@ -21,7 +21,8 @@ constexpr std::string_view kNoCharts = "This version draws no charts.";
 constexpr std::string_view kNoSearch = "This version has no file search.";
 constexpr std::string_view kNoRemote = "This version scans no storage in the cloud.";
 constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
-constexpr std::string_view kNoIndex = "This version writes no SQLite reports; --record-history keeps the totals of scans.";
+constexpr std::string_view kNoIndex =
+    "This version writes no SQLite reports; --record-history keeps the totals of scans.";
 constexpr std::string_view kNoSnapshots = "This version makes no snapshots.";
 
 constexpr TSwitch kSwitches[] = {

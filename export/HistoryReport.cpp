@@ -67,7 +67,7 @@ class THistoryChart {
     auto text = [&](int pRow) { return ToUtf8(FormatValue(TColumn::mdSize, SizeOfRow(pRow), format)); };
     constexpr int kMostDecimals = 3;
     while (fRows > 1 && text(0) == text(fRows - 1) && format.fDecimals < kMostDecimals) ++format.fDecimals;
-    format.fPlainByteValues = fRows > 1 && text(0) == text(fRows - 1);
+    if (fRows > 1 && text(0) == text(fRows - 1)) format.fSizeUnit = TSizeUnit::suBytes;
     size_t width = 0;
     for (int row = 0; row < fRows; ++row) {
       const bool labelled = row == 0 || row == fRows - 1 || row == fRows / 2;

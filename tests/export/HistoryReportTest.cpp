@@ -70,6 +70,11 @@ TEST(HistoryReportTest, OneScanAndEqualSizesAreOneLine) {
 TEST(HistoryReportTest, RowsAndColumnsAreInProportion) {
   const auto lines = HistoryChart({Scan(0, 0), Scan(5, 700), Scan(10, 310)}, 18);  // "700 B |" leaves 11 columns
   EXPECT_THAT(Plot(lines), ElementsAre("     *....", "", "", "", "          *", "", "", "*...."));
+
+  // Both are 1.177 MB.
+  const auto close = HistoryChart({Scan(0, 1'234'567), Scan(5, 1'234'666)});
+  EXPECT_THAT(close.front(), testing::StartsWith("1,234,666 B |"));
+  EXPECT_THAT(close[7], testing::StartsWith("1,234,567 B |*"));
 }
 
 TEST(HistoryReportTest, FitsWhateverThereIsAndShowsBothExtremes) {
