@@ -21,6 +21,7 @@ import unittest
 import zipfile
 
 import program_test
+import wine
 
 TIMEOUT = 60
 OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = range(6)
@@ -293,8 +294,8 @@ class CommandLineTest(program_test.ProgramTest):
             (self.work / name).write_bytes(b"x" * size)
 
     def run_line(self, line, **keywords):
-        process = subprocess.run([*self.command, *shlex.split(line)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                 stderr=subprocess.PIPE, timeout=TIMEOUT, cwd=self.work, env=self.environment, check=False, **keywords)
+        process = wine.run([*self.command, *shlex.split(line)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                           stderr=subprocess.PIPE, timeout=TIMEOUT, cwd=self.work, env=self.environment, **keywords)
         return program_test.Run(process)
 
     def listing(self):
@@ -338,7 +339,7 @@ class CommandLineTest(program_test.ProgramTest):
         if today != datetime.date.today():  # it ran over midnight
             self.check_row(row)
             return
-        self.assertEqual(run.code, row.code, run.err)
+        self.assertEqual(run.code, row.code, run.err + run.out)
         self.check_err([*row.err, *(USAGE if row.code == WRONG_COMMAND_LINE else ())], run.err)
         self.check_text(row.out, run.out)
         for text in row.absent:
@@ -529,8 +530,8 @@ class WindowsTest(CommonTests, CommandLineTest):
             cls.addClassCleanup(keeper.wait, TIMEOUT)
             cls.addClassCleanup(keeper.stdin.close)
             # Only once a second program has come and gone is it sure that none of the tests is Wine's first.
-            subprocess.run([cls.command[0], "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                           stderr=subprocess.DEVNULL, timeout=TIMEOUT, check=True)
+            wine.run([cls.command[0], "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                     stderr=subprocess.DEVNULL, timeout=TIMEOUT).check_returncode()
 
     def setUp(self):
         super().setUp()

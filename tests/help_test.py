@@ -15,6 +15,8 @@ import tempfile
 import time
 import unittest
 
+import wine
+
 LINUX = os.environ.get("VANTREL_LINUX")
 WINDOWS = os.environ.get("VANTREL_WINDOWS") if os.environ.get("VANTREL_WINE") else None
 TIMEOUT = 60  # only there to catch a hang
@@ -23,12 +25,12 @@ OK, WRONG_COMMAND_LINE = 0, 2
 
 def run(command, **keywords):
     keywords.setdefault("stdin", subprocess.DEVNULL)
-    return subprocess.run(command, capture_output=True, timeout=TIMEOUT, check=False, **keywords)
+    return wine.run(command, capture_output=True, timeout=TIMEOUT, **keywords)
 
 
 def help_on(*topic, command=None):
     process = run([*(command or [LINUX]), "--help", *topic])
-    assert (process.returncode, re.sub(rb"wine: .*\n", b"", process.stderr)) == (OK, b""), (topic, process)
+    assert (process.returncode, wine.without_remarks(process.stderr)) == (OK, b""), (topic, process)
     return process.stdout.decode()
 
 

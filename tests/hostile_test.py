@@ -19,6 +19,7 @@ import unittest
 
 import hostile_tree
 import recount
+import wine
 
 TIMEOUT = 120  # only there to catch a hang
 HERE = pathlib.Path(__file__).resolve().parent
@@ -34,7 +35,7 @@ class Report:
     def __init__(self, process):
         self.code = process.returncode
         self.text = process.stdout.decode("utf-8")
-        self.error = re.sub(r"(?m)^wine: .*\n", "", process.stderr.decode("utf-8"))
+        self.error = wine.without_remarks(process.stderr).decode("utf-8")
         self.lines = self.text.split("\r\n")
         self.names, self.values = [], []
         for line in self.lines:
@@ -83,8 +84,7 @@ class HostileTest(unittest.TestCase):
         os.chmod(cls.folder, 0o755)
 
     def run_command(self, command, **keywords):
-        return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT, check=False,
-                              **keywords)
+        return wine.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT, **keywords)
 
     def scan(self, *arguments, **keywords):
         switches = ["--SizeUnit", "B", "--NumberOfListedErrors", "1000000"]

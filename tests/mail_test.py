@@ -27,6 +27,8 @@ import textwrap
 import threading
 import unittest
 
+import wine
+
 HERE = pathlib.Path(__file__).resolve().parent
 TIMEOUT = 120  # only there to catch a hang
 PASSWORD = "s3cret P\u00e4ssword"
@@ -73,9 +75,9 @@ class MailTest(unittest.TestCase):
         pieces += [f"attach={self.native(path)}" for path in attach]
         description = self.file("mail.settings", "".join(piece + "\0" for piece in pieces).encode())
         clean = {name: value for name, value in os.environ.items() if name not in ("SSL_CERT_FILE", "SSL_CERT_DIR")}
-        run = subprocess.run([*self.command, self.native(description)], stdin=subprocess.DEVNULL, capture_output=True,
-                             timeout=TIMEOUT, env={**clean, **(environment or {})}, cwd=self.folder, check=False)
-        message = re.sub(r"(?m)^wine: .*\n", "", run.stderr.decode()).strip()
+        run = wine.run([*self.command, self.native(description)], stdin=subprocess.DEVNULL, capture_output=True,
+                       timeout=TIMEOUT, env={**clean, **(environment or {})}, cwd=self.folder)
+        message = wine.without_remarks(run.stderr).decode().strip()
         self.assertEqual((run.returncode, run.stdout), (1 if message else 0, b""), message)
         self.assertLessEqual(len(message.splitlines()), 1, message)
         self.assertNotIn(PASSWORD, message)

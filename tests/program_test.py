@@ -15,6 +15,8 @@ import subprocess
 import tempfile
 import unittest
 
+import wine
+
 TIMEOUT = 60
 
 OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = range(6)
@@ -36,8 +38,7 @@ class Run:
     def __init__(self, process):
         self.code = process.returncode
         self.out = process.stdout.decode("utf-8")
-        # Wine adds remarks of its own.
-        self.err = re.sub(r"(?m)^wine: .*\n", "", process.stderr.decode("utf-8"))
+        self.err = wine.without_remarks(process.stderr).decode("utf-8")
         self.lines = self.out.split("\r\n")
         self.rows = {}
         row = re.compile(r"\s*(\S.*?) +([\d,]+) +[\d,]+ +([\d,]+) +([\d,]+) +[\d.]+ ")
@@ -72,8 +73,8 @@ class ProgramTest(unittest.TestCase):
 
     def run_program(self, *arguments, **keywords):
         keywords.setdefault("stdout", subprocess.PIPE)
-        process = subprocess.run([*self.command, *arguments], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
-                                 timeout=TIMEOUT, cwd=self.folder, check=False, **keywords)
+        process = wine.run([*self.command, *arguments], stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=TIMEOUT,
+                           cwd=self.folder, **keywords)
         process.stdout = process.stdout or b""
         return Run(process)
 

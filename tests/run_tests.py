@@ -19,6 +19,8 @@ import sys
 import time
 import traceback
 
+import wine
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build"
 WINE_PREFIX = BUILD / "wine"
@@ -146,7 +148,10 @@ def run_google_test(command, folder, timeout, test_filter="", environment=None):
         arguments.append(f"--gtest_filter={test_filter}")
     start = time.monotonic()
     try:
-        code = run_logged(command + arguments, log, timeout, environment, folder)
+        for _ in range(wine.STARTS):
+            code = run_logged(command + arguments, log, timeout, environment, folder)
+            if command[0] != "wine" or not wine.broke_down(code, log.read_bytes()):
+                break
     except OSError as error:
         return Result(name, failed=1, output=f"{name} cannot be started: {error}")
     result = Result(name, seconds=time.monotonic() - start)

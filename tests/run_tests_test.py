@@ -1,12 +1,15 @@
 """The test run counts right: programs that pass, fail, crash, hang, leave early or hold nothing, played by scripts."""
 
+import os
 import pathlib
 import sys
 import tempfile
 import time
 import unittest
+import unittest.mock
 
 import run_tests
+import wine
 
 # Plays a GoogleTest program: prints what one prints, writes the report unless told to end without, and ends.
 PLAYER = """
@@ -93,6 +96,18 @@ class CountingTest(unittest.TestCase):
                 path.write_text(body + " " + tests)
                 result = run_tests.run_python_test(path, 60, {})
                 self.assertEqual((result.passed, result.failed, result.skipped), counts, result.output)
+
+
+class WineTest(unittest.TestCase):
+    def test_only_a_run_that_ended_without_a_word_is_made_again(self):
+        with tempfile.TemporaryDirectory() as folder:
+            count = pathlib.Path(folder) / "count"
+            for script, starts, code in (('[ $(wc -l < COUNT) = 3 ] && exit 4; echo "wine: no" >&2; exit 1', 3, 4), ("exit 1", 3, 1),
+                                         ("echo said; exit 1", 1, 1), ("exit 2", 1, 2)):
+                count.write_text("")
+                with unittest.mock.patch.dict(os.environ, VANTREL_WINE="sh"):
+                    run = wine.run(["sh", "-c", f"echo >> {count}; {script}".replace("COUNT", str(count))], capture_output=True)
+                self.assertEqual((len(count.read_text()), run.returncode), (starts, code), script)
 
 
 if __name__ == "__main__":
