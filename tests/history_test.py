@@ -17,6 +17,8 @@ import tempfile
 import unittest
 import zoneinfo
 
+import wine
+
 TIMEOUT = 300  # only there to catch a hang
 
 TABLES = (
@@ -72,7 +74,7 @@ class HistoryTest:
     def message(self, process):
         _, error = process.communicate(timeout=TIMEOUT)
         self.assertEqual(process.returncode, 1)
-        return re.sub(r"(?m)^wine: .*\n", "", error.decode()).strip()
+        return wine.without_remarks(error).decode().strip()
 
     def rows(self, sql, file=None):
         """Also finds out whether the file is sound, once what a killed process has left is rolled back."""
