@@ -61,9 +61,11 @@ class THistoryTasks {
     fResult = std::max(fResult, pExitCode);
   }
 
-  bool Write(std::string_view pLine) {
-    if (!fOutput.WriteLine(pLine)) fResult = std::max<int>(fResult, ecOutputFailed);
-    return fResult != ecOutputFailed;
+  bool Write(std::string_view pLine) { return Check(fOutput.WriteLine(pLine)); }
+
+  bool Check(bool pWritten) {
+    if (!pWritten) Fail("The history could not be written", ecOutputFailed);
+    return pWritten;
   }
 
   void Import(const std::u16string& pFile) {
@@ -116,7 +118,7 @@ class THistoryTasks {
 
   bool ShowOne(const TListTable& pTable, const std::vector<THistoryEntry>& pEntries) {
     const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtText);
-    if (!WriteListAsText(pTable, FormatOf(settings), fOutput) || !Write("")) return Write("");
+    if (!Check(WriteListAsText(pTable, FormatOf(settings), fOutput)) || !Write("")) return false;
     for (const std::string& line : HistoryChart(pEntries, fWidth))
       if (!Write(line)) return false;
     return true;

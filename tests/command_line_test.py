@@ -251,6 +251,10 @@ FAILED = [
     Row("--HistoryFile h.db --history data --exclude *.tmp", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,)),
     Row("--HistoryFile h.db --history data", PATH_NOT_FOUND, before=(RECORDED + " --exclude *.bin",),
         err=(pattern(r'No scan of "data" without a filter is recorded in ".*\.db"; scan it with --record-history'),)),
+    # Nor do the other tasks go without that which failed.
+    Row("--HistoryFile h.db --history-import missing.db --history data --history other", OUTPUT_FAILED,
+        before=("data other --HistoryFile h.db --record-history",), err=(pattern('The database "missing.db" cannot be opened: .+'),),
+        out=("History of data", "|*", "History of other", "|*")),
     Row("--HistoryFile history.db --history-delete 7", PATH_NOT_FOUND, err=(pattern('The history ".*history.db" holds no scan 7'),)),
     # The export goes on without the history.
     Row("data --HistoryFile bad.db --record-history --csv ok.csv", OUTPUT_FAILED, given={"bad.db": "no database" * 200},
