@@ -4,7 +4,9 @@
 
 namespace Kiv {
 
-std::u16string CanonicalPath(const std::u16string& pPath) {
+namespace {
+
+std::u16string WithCanonicalFolders(const std::u16string& pPath) {
   const char16_t delimiter = NativePathDelimiter();
   const std::u16string absolute = AbsolutePath(pPath);
   std::u16string gone;  // the parts at the end that do not exist
@@ -15,6 +17,15 @@ std::u16string CanonicalPath(const std::u16string& pPath) {
     gone = gone.empty() ? name : JoinPath(name, gone, delimiter);
   }
   return absolute;
+}
+
+}  // namespace
+
+std::u16string CanonicalPath(const std::u16string& pPath) {
+  std::u16string path = WithCanonicalFolders(pPath);
+  // The root of a share is typed with and without a delimiter at its end, and may be away for a while.
+  if (path.starts_with(u"\\\\") && path.back() == u'\\') path.pop_back();
+  return path;
 }
 
 }  // namespace Kiv

@@ -42,8 +42,6 @@ std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
     if (path[0] >= u'a' && path[0] <= u'z') path[0] = static_cast<char16_t>(path[0] - u'a' + u'A');
     if (const std::u16string share = ShareOfDrive(path[0]); !share.empty()) path = share + path.substr(2);
   }
-  // The root of a share is typed with and without one.
-  if (path.starts_with(u"\\\\") && path.back() == u'\\') path.pop_back();
   return std::u16string(WithoutTrailingDelimiter(path, u'\\'));
 }
 

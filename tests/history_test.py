@@ -231,8 +231,11 @@ class WindowsTest(HistoryTest, unittest.TestCase):
         path = self.native(self.folder / "Real Folder")
         for typed in (path, path.lower(), path + "\\", path.replace("\\", "/"), "\\\\?\\" + path):
             self.recorded(self.start(self.file, typed, 1, 1))
-        self.recorded(self.start(self.file, path.lower() + "\\gone\\*.txt", 1, 1))
-        self.assertEqual(self.rows("SELECT PATH FROM ROOTS ORDER BY ID"), [(path,), (path + "\\gone\\*.txt",)])
+        # A share that is away is known by its name.
+        for typed in (path.lower() + "\\gone\\*.txt", r"\\nobody\share", "\\\\nobody\\share\\", r"\\nobody\share\folder"):
+            self.recorded(self.start(self.file, typed, 1, 1))
+        self.assertEqual([path for path, in self.rows("SELECT PATH FROM ROOTS ORDER BY ID")],
+                         [path, path + "\\gone\\*.txt", r"\\nobody\share", r"\\nobody\share\folder"])
 
 
 if __name__ == "__main__":
