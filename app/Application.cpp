@@ -16,6 +16,8 @@
 #include "automation/ExitCodes.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
+#include "automation/HistoryTasks.h"
+#include "automation/RecordHistoryAction.h"
 #include "export/ListExport.h"
 #include "export/OptionsFile.h"
 #include "export/XMLReader.h"
@@ -153,7 +155,7 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
   };
   try {
     if (pFile.empty()) return write(*fSettings.fOutput) ? ecOk : ecOutputFailed;
-    CreateFolders(std::u16string(FolderOfPath(pFile, NativePathDelimiter())));
+    CreateFolderOf(pFile);
     PostScanActions::TExportFile file(pFile, [] { return gCancelRequested.load(std::memory_order_relaxed); });
     write(file);
     file.Commit();
@@ -173,6 +175,8 @@ bool TApplication::QueueActions(IScanRoots& pRoots) {
   const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
   if (!fState.fCompareFile.empty())
     fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
+  if (fOptions->RecordHistory)
+    fActions.Add(std::make_unique<TRecordHistoryPostScanAction>(CommandLine::HistoryFile(*fOptions), kVersion));
   const TExportRun run{kProgramName, kVersion, CommandLine::NumberOfScans(fState) > 1, isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
@@ -204,6 +208,10 @@ int TApplication::WriteFailures() {
     result = std::max(result, failure.fExitCode);
   }
   return result;
+}
+
+int TApplication::ManageHistory() {
+  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError);
 }
 
 int TApplication::OpenAndScan() {

@@ -58,6 +58,7 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost, private Comman
   int SaveSettings() override;
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
+  int ManageHistory() override;
 
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);

@@ -7,6 +7,7 @@
 #include "automation/ExitCodes.h"
 #include "automation/ExportFile.h"
 #include "automation/HelpText.h"
+#include "automation/HistoryTasks.h"
 #include "export/OptionsFile.h"
 #include "export/XMLReader.h"
 #include "platform/FileTime.h"
@@ -284,6 +285,7 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  CheckHistory();
   CheckScans();
   FinalizeExports();
   if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
@@ -303,11 +305,21 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   throw Kiv::ECommandLineParserCriticalException(message, ecWrongCommandLine);
 }
 
+void TCommandLineHandler::CheckHistory() {
+  // Kept in the settings, it is to be the same file from wherever the program is started.
+  if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Kiv::ToNativeBytes(HistoryFile(fOptions));
+  if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
+    fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
+  if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
+    fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
+}
+
 void TCommandLineHandler::CheckScans() {
   const size_t scans = NumberOfScans(fState);
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
+  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList ||
+                       fState.fSaveSettings || fState.HasHistoryTasks();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -323,16 +335,22 @@ void TCommandLineHandler::FinalizeExports() {
     if (fState.fDateInFileNames) pFile = Kiv::PostScanActions::WithPartInName(pFile, date);
   };
   finalize(fState.fDriveListFile);
+  finalize(fState.fHistoryCSV);
+  finalize(fState.fHistoryExport);
   std::vector<std::u16string> files;
-  if (!fState.fDriveListFile.empty()) files.push_back(fState.fDriveListFile);
+  auto reserve = [&](const std::u16string& pFile) {
+    if (pFile.empty()) return;
+    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
+      return Kiv::SamePath(pOther, pFile, delimiter);
+    });
+    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(pFile));
+    files.push_back(pFile);
+  };
+  for (const std::u16string* file : {&fState.fDriveListFile, &fState.fHistoryCSV, &fState.fHistoryExport})
+    reserve(*file);
   for (TExportRequest& request : fState.fExports) {
     finalize(request.fFile);
-    if (request.fFile.empty()) continue;
-    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
-      return Kiv::SamePath(pOther, request.fFile, delimiter);
-    });
-    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(request.fFile));
-    files.push_back(request.fFile);
+    reserve(request.fFile);
   }
 }
 
@@ -343,6 +361,8 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
   if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
+  // The scan just made is part of the history that is shown.
+  if (fState.HasHistoryTasks() && result != ecCancelled) result = std::max(result, pTasks.ManageHistory());
   return result;
 }
 

@@ -22,6 +22,7 @@ class ICommandLineTasks {
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs what follows them.
   virtual int OpenAndScan() = 0;
+  virtual int ManageHistory() = 0;
 };
 
 // Reads the program's switches into what a run is to do. One thread.
@@ -62,6 +63,7 @@ class TCommandLineHandler {
   bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
+  void CheckHistory();
   void CheckScans();
 
   Kiv::TKivCommandLineParser& fParser;

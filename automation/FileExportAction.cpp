@@ -71,7 +71,7 @@ void TFileExportPostScanAction::Prepare() {
     return;
   }
   if (fFileName == TOutputFile::kStandardOutput) return;
-  CreateFolders(std::u16string(FolderOfPath(fFileName, NativePathDelimiter())));
+  CreateFolderOf(fFileName);
   // Who reads a pipe would take the end of the probe for that of the export.
   if (SpecialFileExists(fFileName)) return;
   const TOutputFile probe(fFileName);

@@ -202,6 +202,23 @@ void MailTo(TCommandLineState& pState, std::u16string_view pAddresses) {
   }
 }
 
+// --- history -------------------------------------------------------------------------------------------------------
+
+void ShowHistory(TCommandLineState& pState, std::u16string_view pPath) {
+  pState.fHistoryPaths.emplace_back(pPath);
+}
+
+void DeleteFromHistory(TCommandLineState& pState, std::u16string_view pScan) {
+  int64_t scan = 0;
+  if (!TryParseInt64(ToUtf8(pScan), scan) || scan < 1)
+    throw EInvalidArgumentValue(ToQuotedDisplay(pScan) + " is no scan's ID; --history shows them");
+  pState.fHistoryDeletions.push_back(scan);
+}
+
+void ImportHistory(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fHistoryImports.emplace_back(pFile);
+}
+
 // --- settings and the run ------------------------------------------------------------------------------------------
 
 void AskHelp(TCommandLineState& pState, std::u16string_view pTopic) {

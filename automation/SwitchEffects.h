@@ -53,6 +53,10 @@ TSwitchEffect OmitUnits;
 
 TSwitchEffect MailTo;
 
+TSwitchEffect ShowHistory;
+TSwitchEffect DeleteFromHistory;
+TSwitchEffect ImportHistory;
+
 TSwitchEffect AskHelp;
 TSwitchEffect Nothing;
 

@@ -23,7 +23,8 @@ constexpr std::string_view kNoCharts = "This version draws no charts.";
 constexpr std::string_view kNoSearch = "This version has no file search.";
 constexpr std::string_view kNoRemote = "This version scans no storage in the cloud.";
 constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
-constexpr std::string_view kNoHistory = "This version keeps no history of scans.";
+constexpr std::string_view kNoIndex =
+    "This version writes no SQLite reports; --record-history keeps the totals of scans.";
 constexpr std::string_view kNoSnapshots = "This version makes no snapshots.";
 constexpr std::string_view kListDetails =
     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
@@ -61,7 +62,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"SORTBY", vkText, kRepeated}, srMain, "COLUMN[,DIRECTION]", "order by size, name, files, lastchange...", SortBy,
      "A column", "The direction is ascending or descending."},
     {{u"USECOLUMNS", vkText, kRepeated}, srMore, "COLUMN[;COLUMN]...", "columns of exports", UseColumns, "A column"},
-    {{u"FILESINTREE", vkOptionalBoolean, kRepeated}, srMain, "", "show single files as well", ShowFiles},
+    {{u"FILESINTREE", vkOptionalBoolean, kRepeated}, srMore, "", "show single files as well", ShowFiles},
     {{u"EXPORTFILES", vkOptionalBoolean, kRepeated}, srAlias, "", "", ShowFiles},
     {{u"EXPORTEDELEMENTS", vkInteger, kRepeated}, srMore, "NUMBER", "sum of 1 folders, 2 [Files], 4 single files",
      SetElements, "A number"},
@@ -94,6 +95,20 @@ constexpr TSwitch kSwitches[] = {
     {{u"PASSWORD", vkSecret, kOnce}, srMore, "TEXT", "password for it", SetText<&TState::fPassword>, "A password",
      "Other users of this machine can see a running program's command line: the environment variable "
      "VANTREL_PASSWORD is the better place."},
+
+    // The history of scans.
+    {{u"RECORD-HISTORY", vkOptionalBoolean, kRepeated}, srMore, "", "remember the totals of every finished scan",
+     SetOption<&TGlobalOptions::RecordHistory>, {},
+     "The option RecordHistory does the same, and --savesettings keeps it for every run."},
+    {{u"HISTORY", vkPath, kRepeated}, srMain, "PATH", "show the earlier scans of a path", ShowHistory, "A path",
+     "As a table with the growth between them, and a chart. With --filter and --exclude, the scans under that filter. The "
+     "option HistoryFile names another database than the user's own."},
+    {{u"HISTORY-CSV", vkFile, kOnce}, srMore, "FILE", "the history as CSV instead", SetText<&TState::fHistoryCSV>},
+    {{u"HISTORY-DELETE", vkInteger, kRepeated}, srMore, "ID", "take a scan out of the history", DeleteFromHistory, "An ID",
+     "The last column of --history."},
+    {{u"HISTORY-IMPORT", vkPath, kRepeated}, srMore, "FILE", "add the scans of another history", ImportHistory, "A file",
+     "Scans that are there already are not added again."},
+    {{u"HISTORY-EXPORT", vkFile, kOnce}, srMore, "FILE", "copy the history to a file", SetText<&TState::fHistoryExport>},
 
     // Settings.
     {{u"OPTIONS", vkPath, kRepeated}, srMore, "FILE", "load options from a file", Nothing, "A file",
@@ -130,9 +145,9 @@ constexpr TSwitch kSwitches[] = {
     {{u"PDF", vkAnything, kRepeated}, srNotBuilt, "", "This version writes no PDF files."},
     {{u"HTML", vkAnything, kRepeated}, srNotBuilt, "", "This version writes no HTML files."},
     {{u"PRINT", vkAnything, kRepeated}, srNotBuilt, "", "This version does not print."},
-    {{u"SQLITE", vkAnything, kRepeated}, srNotBuilt, "", kNoHistory},
-    {{u"INDEXFILE", vkAnything, kRepeated}, srNotBuilt, "", kNoHistory},
-    {{u"HISTORYCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoHistory},
+    {{u"SQLITE", vkAnything, kRepeated}, srNotBuilt, "", kNoIndex},
+    {{u"INDEXFILE", vkAnything, kRepeated}, srNotBuilt, "", kNoIndex},
+    {{u"HISTORYCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
     {{u"PIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
     {{u"CHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
     {{u"BARCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},

@@ -4,6 +4,10 @@
 
 namespace Kiv {
 
+void CreateFolderOf(const std::u16string& pFile, TFolderAccess pAccess) {
+  CreateFolders(std::u16string(FolderOfPath(pFile, NativePathDelimiter())), pAccess);
+}
+
 TTemporaryFiles::~TTemporaryFiles() {
   for (const std::u16string& file : fFiles) RemoveQuietly(file);
   RemoveQuietly(fFolder);

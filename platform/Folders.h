@@ -17,6 +17,8 @@ enum class TFolderAccess : uint8_t { faUsual, faUserAlone };
 // Creates the folder, and those above it that are missing. Does nothing for an empty path or for what is there already,
 // a file included: who then writes into it gets the failure. EOSError.
 void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess = TFolderAccess::faUsual);
+// The same for the folder that a file is to lie in.
+void CreateFolderOf(const std::u16string& pFile, TFolderAccess pAccess = TFolderAccess::faUsual);
 // A new folder for this user alone, in the system's place for temporary files. EOSError.
 std::u16string CreateTemporaryFolder();
 // Removes a file or an empty folder; what cannot be removed stays.

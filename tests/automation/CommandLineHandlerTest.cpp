@@ -3,6 +3,7 @@
 #include "automation/CommandLineHandler.h"
 #include "automation/ExitCodes.h"
 #include "automation/HelpText.h"
+#include "platform/Paths.h"
 #include "platform/Text.h"
 
 namespace {
@@ -87,6 +88,10 @@ TEST(CommandLineHandler, KnowsItsSwitches) {
   TCommandLine options(u"--KeepFiles=false --MaximumThreads 3 x");
   EXPECT_FALSE(options.fOptions.KeepFiles);
   EXPECT_EQ(options.fOptions.MaximumThreads, 3);
+  // Saved, the file is the same one from every folder.
+  TCommandLine history(u"--SaveSettings --HistoryFile sub/h.db");
+  history.Refusal();
+  EXPECT_EQ(history.fOptions.HistoryFile, ToNativeBytes(AbsolutePath(u"sub/h.db")));
 }
 
 // The other refusals are among those of the built program, in command_line_test.py.
