@@ -16,6 +16,8 @@
 #include "automation/ExitCodes.h"
 #include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
+#include "automation/HistoryTasks.h"
+#include "automation/RecordHistoryAction.h"
 #include "export/ListExport.h"
 #include "export/OptionsFile.h"
 #include "export/XMLReader.h"
@@ -40,13 +42,6 @@ constexpr int64_t kPollMilliseconds = 100;
 
 std::atomic<bool> gCancelRequested{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "set in a signal handler");
-
-// Empty when the variable is not set.
-std::u16string PasswordOfEnvironment() {
-  constexpr std::u16string_view kReference = u"%VANTREL_PASSWORD%";
-  std::u16string password = ExpandEnvironment(kReference);
-  return password == kReference ? std::u16string() : password;
-}
 
 std::string ProgressText(const TScanProgress& pProgress) {
   const TValueFormat format;
@@ -134,12 +129,6 @@ void TApplication::StartLog() {
   }
 }
 
-int TApplication::ShowHelp(std::u16string_view pTopic) {
-  std::vector<std::string> lines;
-  CommandLine::TryFindHelp(pTopic, lines);
-  return WriteLines(lines);
-}
-
 int TApplication::ShowVersion() {
   return WriteLines({VersionText(fSettings.fPlatformName)});
 }
@@ -157,7 +146,7 @@ int TApplication::SaveSettings() {
 int TApplication::ExportDriveList(const std::u16string& pFile) {
   using namespace Hierarchical::Exporting;
   const TListTable drives = DriveList();
-  const bool isCSV = pFile.size() > 4 && SameTextAscii(std::u16string_view(pFile).substr(pFile.size() - 4), u".csv");
+  const bool isCSV = HasExtension(pFile, u".csv");
   const TMediaSettings settings = fMedia.Effective(isCSV ? TMediaType::mtCSV : TMediaType::mtText);
   auto write = [&](ILineOutput& pOutput) {
     if (!isCSV) return WriteListAsText(drives, FormatOf(settings), pOutput);
@@ -166,7 +155,7 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
   };
   try {
     if (pFile.empty()) return write(*fSettings.fOutput) ? ecOk : ecOutputFailed;
-    CreateFolders(std::u16string(FolderOfPath(pFile, NativePathDelimiter())));
+    CreateFolderOf(pFile);
     PostScanActions::TExportFile file(pFile, [] { return gCancelRequested.load(std::memory_order_relaxed); });
     write(file);
     file.Commit();
@@ -186,9 +175,9 @@ bool TApplication::QueueActions(IScanRoots& pRoots) {
   const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
   if (!fState.fCompareFile.empty())
     fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
-  size_t roots = fState.fPaths.size();
-  for (const std::u16string& files : fState.fOpenFiles) roots += XML::Parser::SplitFileNames(files).size();
-  const TExportRun run{kProgramName, kVersion, roots > 1, isCancelled};
+  if (fOptions->RecordHistory)
+    fActions.Add(std::make_unique<TRecordHistoryPostScanAction>(CommandLine::HistoryFile(*fOptions), kVersion));
+  const TExportRun run{kProgramName, kVersion, CommandLine::NumberOfScans(fState) > 1, isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
   if (!fState.fMailTo.empty()) QueueMail();
@@ -201,7 +190,8 @@ void TApplication::QueueMail() {
   server.fPort = fOptions->MailPort;
   server.fSecurity = fOptions->MailSecurity;
   server.fUser = fState.fUserName.empty() ? fOptions->MailUser : ToUtf8(fState.fUserName);
-  server.fPassword = ToUtf8(fState.fPassword.empty() ? PasswordOfEnvironment() : fState.fPassword);
+  server.fPassword = ToUtf8(fState.fPassword);
+  if (server.fPassword.empty()) server.fPassword = ToUtf8(EnvironmentVariable(u"VANTREL_PASSWORD").value_or(u""));
   Mail::TMailMessage message;
   message.fFrom = FromUtf8(fOptions->MailFrom);
   message.fTo = fState.fMailTo;
@@ -218,6 +208,10 @@ int TApplication::WriteFailures() {
     result = std::max(result, failure.fExitCode);
   }
   return result;
+}
+
+int TApplication::ManageHistory() {
+  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError);
 }
 
 int TApplication::OpenAndScan() {

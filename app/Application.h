@@ -53,11 +53,12 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost, private Comman
   void Terminate() override { fTerminating = true; }
   std::string ProgramName() const override;
 
-  int ShowHelp(std::u16string_view pTopic) override;
+  int ShowHelp(const std::vector<std::string>& pLines) override { return WriteLines(pLines); }
   int ShowVersion() override;
   int SaveSettings() override;
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
+  int ManageHistory() override;
 
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);

@@ -7,6 +7,7 @@
 #include "automation/ExitCodes.h"
 #include "automation/ExportFile.h"
 #include "automation/HelpText.h"
+#include "automation/HistoryTasks.h"
 #include "export/OptionsFile.h"
 #include "export/XMLReader.h"
 #include "platform/FileTime.h"
@@ -47,6 +48,12 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 
 }  // namespace
 
+size_t NumberOfScans(const TCommandLineState& pState) {
+  size_t scans = pState.fPaths.size();
+  for (const std::u16string& files : pState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  return scans;
+}
+
 TCommandLineHandler::TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions,
                                          std::u16string pUserOptionsFile)
     : fParser(pParser), fOptions(pOptions), fUserOptionsFile(std::move(pUserOptionsFile)) {
@@ -62,6 +69,7 @@ void TCommandLineHandler::Reset() {
   fState.fOptions = &fOptions;
   fSeen.clear();
   fErrors.clear();
+  fHelpText.clear();
   fUserOptionsError.clear();
 }
 
@@ -277,10 +285,10 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  CheckHistory();
   CheckScans();
   FinalizeExports();
-  std::vector<std::string> help;
-  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, help))
+  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
   if (fState.fReadOnly && fState.fSaveSettings)
@@ -297,12 +305,21 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   throw Kiv::ECommandLineParserCriticalException(message, ecWrongCommandLine);
 }
 
+void TCommandLineHandler::CheckHistory() {
+  // Kept in the settings, it is to be the same file from wherever the program is started.
+  if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Kiv::ToNativeBytes(HistoryFile(fOptions));
+  if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
+    fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
+  if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
+    fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
+}
+
 void TCommandLineHandler::CheckScans() {
-  size_t scans = fState.fPaths.size();
-  for (const std::u16string& files : fState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  const size_t scans = NumberOfScans(fState);
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
-  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList || fState.fSaveSettings;
+  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList ||
+                       fState.fSaveSettings || fState.HasHistoryTasks();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -318,26 +335,34 @@ void TCommandLineHandler::FinalizeExports() {
     if (fState.fDateInFileNames) pFile = Kiv::PostScanActions::WithPartInName(pFile, date);
   };
   finalize(fState.fDriveListFile);
+  finalize(fState.fHistoryCSV);
+  finalize(fState.fHistoryExport);
   std::vector<std::u16string> files;
-  if (!fState.fDriveListFile.empty()) files.push_back(fState.fDriveListFile);
+  auto reserve = [&](const std::u16string& pFile) {
+    if (pFile.empty()) return;
+    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
+      return Kiv::SamePath(pOther, pFile, delimiter);
+    });
+    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(pFile));
+    files.push_back(pFile);
+  };
+  for (const std::u16string* file : {&fState.fDriveListFile, &fState.fHistoryCSV, &fState.fHistoryExport})
+    reserve(*file);
   for (TExportRequest& request : fState.fExports) {
     finalize(request.fFile);
-    if (request.fFile.empty()) continue;
-    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
-      return Kiv::SamePath(pOther, request.fFile, delimiter);
-    });
-    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(request.fFile));
-    files.push_back(request.fFile);
+    reserve(request.fFile);
   }
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
-  if (fState.fHelp) return pTasks.ShowHelp(fState.fHelpTopic);
+  if (fState.fHelp) return pTasks.ShowHelp(fHelpText);
   if (fState.fVersion) return pTasks.ShowVersion();
   int result = ecOk;
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
   if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
+  // The scan just made is part of the history that is shown.
+  if (fState.HasHistoryTasks() && result != ecCancelled) result = std::max(result, pTasks.ManageHistory());
   return result;
 }
 

@@ -9,16 +9,20 @@
 
 namespace Vantrel::CommandLine {
 
+// How many scans the run brings, made and loaded: a list of files counts each of them.
+size_t NumberOfScans(const TCommandLineState& pState);
+
 // What a run can be asked to do; the program does it. Each returns an exit code.
 class ICommandLineTasks {
  public:
   virtual ~ICommandLineTasks() = default;
-  virtual int ShowHelp(std::u16string_view pTopic) = 0;
+  virtual int ShowHelp(const std::vector<std::string>& pLines) = 0;
   virtual int ShowVersion() = 0;
   virtual int SaveSettings() = 0;
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs what follows them.
   virtual int OpenAndScan() = 0;
+  virtual int ManageHistory() = 0;
 };
 
 // Reads the program's switches into what a run is to do. One thread.
@@ -59,6 +63,7 @@ class TCommandLineHandler {
   bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
+  void CheckHistory();
   void CheckScans();
 
   Kiv::TKivCommandLineParser& fParser;
@@ -67,7 +72,8 @@ class TCommandLineHandler {
   TCommandLineState fState;
   std::vector<const TSwitch*> fSeen;  // aliases count as what they stand for
   std::vector<std::string> fErrors;
-  std::string fUserOptionsError;  // the user's own options cannot be loaded
+  std::vector<std::string> fHelpText;  // of the topic asked for
+  std::string fUserOptionsError;       // the user's own options cannot be loaded
   bool fIsMailed = false;
 };
 

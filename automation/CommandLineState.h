@@ -35,6 +35,15 @@ struct TCommandLineState {
   bool fVersion = false;
   bool fExportDriveList = false;
   std::u16string fDriveListFile;  // empty: to the console
+  std::vector<std::u16string> fHistoryPaths;  // whose history is shown
+  std::u16string fHistoryCSV;                 // empty: to the console
+  std::vector<int64_t> fHistoryDeletions;     // IDs of scans
+  std::vector<std::u16string> fHistoryImports;
+  std::u16string fHistoryExport;
+  bool HasHistoryTasks() const {
+    return !fHistoryPaths.empty() || !fHistoryDeletions.empty() || !fHistoryImports.empty() || !fHistoryExport.empty();
+  }
+
   bool fSaveSettings = false;
   bool fForgetSettings = false;
   bool fDebug = false;           // log to the standard error

@@ -3,7 +3,6 @@
 #include "automation/ExportFile.h"
 #include "export/TextExport.h"
 #include "platform/Folders.h"
-#include "platform/Paths.h"
 
 namespace Kiv::PostScanActions {
 
@@ -24,27 +23,11 @@ class TTextOutput final : public ILineOutput {
   int64_t& fLines;
 };
 
-// The report as a file, for as long as the mail is under way.
-class TReportFile {
- public:
-  explicit TReportFile(std::string_view pText)
-      : fFolder(CreateTemporaryFolder()), fPath(JoinPath(fFolder, u"Report.txt", NativePathDelimiter())) {
-    TOutputFile file(fPath);
-    file.Write(pText);
-    file.Commit();
-  }
-  ~TReportFile() {
-    RemoveQuietly(fPath);
-    RemoveQuietly(fFolder);
-  }
-  TReportFile(const TReportFile&) = delete;
-  TReportFile& operator=(const TReportFile&) = delete;
-  const std::u16string& Path() const { return fPath; }
-
- private:
-  const std::u16string fFolder;
-  const std::u16string fPath;
-};
+void WriteFile(const std::u16string& pPath, std::string_view pText) {
+  TOutputFile file(pPath);
+  file.Write(pText);
+  file.Commit();
+}
 
 }  // namespace
 
@@ -82,8 +65,9 @@ void TEmailPostScanAction::Finish() {
     message.fText = fReport;
     return Mail::SendMail(message, fServer);
   }
-  const TReportFile file(fReport);
-  message.fAttachments.push_back(file.Path());
+  TTemporaryFiles files;  // for as long as the mail is under way
+  message.fAttachments.push_back(files.Add(u"Report.txt"));
+  WriteFile(message.fAttachments.back(), fReport);
   message.fText = "The report is attached.\r\n";
   Mail::SendMail(message, fServer);
 }

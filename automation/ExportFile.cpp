@@ -49,9 +49,8 @@ bool TExportFile::WriteLine(std::string_view pLine) {
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart) {
   constexpr std::u16string_view kPackedXML = u".xml.zip";
   const std::u16string_view name = FileNameOfPath(pPath, NativePathDelimiter());
-  const bool isPackedXML =
-      name.size() > kPackedXML.size() && SameTextAscii(name.substr(name.size() - kPackedXML.size()), kPackedXML);
-  size_t dot = isPackedXML ? name.size() - kPackedXML.size() : name.rfind(u'.');
+  size_t dot = HasExtension(name, kPackedXML) ? name.size() - kPackedXML.size() : 0;
+  if (dot == 0) dot = name.rfind(u'.');
   if (dot == std::u16string_view::npos || dot == 0) dot = name.size();
   std::u16string path(pPath.substr(0, pPath.size() - name.size()));
   return path.append(name.substr(0, dot)).append(pPart).append(name.substr(dot));

@@ -3,7 +3,6 @@
 #include "export/DelimitedExport.h"
 #include "export/ListExport.h"
 #include "export/XMLExport.h"
-#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
 
@@ -64,22 +63,15 @@ TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHan
       fFileName(std::move(pFileName)),
       fRun(std::move(pRun)) {}
 
-TFileExportPostScanAction::~TFileExportPostScanAction() {
-  if (fTemporaryFolder.empty()) return;
-  for (const std::u16string& file : fWritten) RemoveQuietly(file);
-  RemoveQuietly(fTemporaryFolder);
-}
-
 // A scan may take hours: whatever keeps the file from being written is better known before it. A file that is open
 // meanwhile would be part of the scan, though.
 void TFileExportPostScanAction::Prepare() {
   if (fFileName.empty()) {
-    fTemporaryFolder = CreateTemporaryFolder();
-    fFileName = JoinPath(fTemporaryFolder, TemporaryNameOf(fFormat), NativePathDelimiter());
+    fFileName = fTemporary.emplace().Add(TemporaryNameOf(fFormat));
     return;
   }
   if (fFileName == TOutputFile::kStandardOutput) return;
-  CreateFolders(std::u16string(FolderOfPath(fFileName, NativePathDelimiter())));
+  CreateFolderOf(fFileName);
   // Who reads a pipe would take the end of the probe for that of the export.
   if (SpecialFileExists(fFileName)) return;
   const TOutputFile probe(fFileName);
@@ -99,12 +91,18 @@ void TFileExportPostScanAction::Finish() {
     // Stopped between two roots: what there is would pass for all of them.
     CheckNotCancelled(fRun.fSeveralRoots && fRun.fIsCancelled(), pFile->Path());
     pFile->Commit();
-    fWritten.push_back(pFile->Path());
+    NoteWritten(pFile->Path());
     pFile.reset();
   };
   if (fFile) commit(fFile);
   for (auto& list : fLists) commit(list);
   fLists.clear();
+}
+
+void TFileExportPostScanAction::NoteWritten(const std::u16string& pPath) {
+  fWritten.push_back(pPath);
+  // The names made of the first one.
+  if (fTemporary) fTemporary->Add(FileNameOfPath(pPath, NativePathDelimiter()));
 }
 
 // Two folders of one name on different drives get different files, also where file names differ by letter case only.
@@ -124,7 +122,7 @@ void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u
   XML::TCustomXMLExport xml(fHandler.MergedRecursionLevel(TMediaType::mtXML), fRun.fProgramName, fRun.fVersion);
   const std::u16string path = PathOfRoot(fFileName, pRootName);
   ExportXMLFile(xml, pRoot, path, [&] { CheckNotCancelled(fRun.fIsCancelled(), path); });
-  fWritten.push_back(path);
+  NoteWritten(path);
 }
 
 void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "automation/CommandLineState.h"
 #include "automation/ExportFile.h"
 #include "automation/PostScanActions.h"
+#include "platform/Folders.h"
 
 namespace Kiv::PostScanActions {
 
@@ -32,7 +34,6 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   // is gone with the action.
   TFileExportPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
                             TExportFormat pFormat, std::u16string pFileName, TExportRun pRun);
-  ~TFileExportPostScanAction() override;
 
   void Prepare() override;
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
@@ -46,9 +47,9 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   std::u16string GetSheetName() const { return {}; }
 
  private:
-  TExportFile& OpenFile(const std::u16string& pPath);
   std::u16string PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const;
   std::u16string UniqueNameOf(const IHierarchicalRoot& pRoot);
+  void NoteWritten(const std::u16string& pPath);
   void ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
   void ExportLines(IHierarchicalRoot& pRoot);
   void ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
@@ -58,8 +59,8 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   const TExportFormat fFormat;
   std::u16string fFileName;
   const TExportRun fRun;
-  std::u16string fTemporaryFolder;     // empty: the file has a place of its own
-  std::unique_ptr<TExportFile> fFile;  // open over several roots
+  std::optional<TTemporaryFiles> fTemporary;  // none: the file has a place of its own
+  std::unique_ptr<TExportFile> fFile;         // open over several roots
   std::vector<std::unique_ptr<TExportFile>> fLists;
   std::set<std::u16string> fRootNames;
   std::vector<std::u16string> fWritten;

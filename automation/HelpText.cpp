@@ -6,7 +6,6 @@
 #include "automation/ManualPage.h"
 #include "automation/ShellCompletions.h"
 #include "automation/SwitchTable.h"
-#include "model/GlobalOptions.h"
 #include "platform/Text.h"
 
 namespace Vantrel::CommandLine {
@@ -45,12 +44,8 @@ void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std
 void AppendOption(std::vector<std::string>& pLines, const Kiv::TOptionInfo& pOption) {
   pLines.push_back(fmt::format("  --{:<28}{}", pOption.fName, pOption.fHelp));
   const std::string range = pOption.fRange.empty() ? "any text" : pOption.fRange;
-  // Blanks and punctuation are hard to see.
-  const bool isQuoted = pOption.fDefault.find_first_of(
-                            "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos;
-  const std::string quote = isQuoted ? "\"" : "";
-  pLines.push_back("      " +
-                   (pOption.fDefault.empty() ? range : range + ", default " + quote + pOption.fDefault + quote));
+  const std::string shown = ShownDefault(pOption);
+  pLines.push_back("      " + (shown.empty() ? range : range + ", default " + shown));
 }
 
 std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
@@ -89,6 +84,14 @@ const std::vector<THelpTopic>& HelpTopics() {
       {"zsh", "completions for zsh", ZshCompletions}, {"fish", "completions for fish", FishCompletions},
   };
   return topics;
+}
+
+// Blanks and punctuation alone are hard to see.
+std::string ShownDefault(const Kiv::TOptionInfo& pOption) {
+  const std::string& text = pOption.fDefault;
+  const bool isPlain =
+      text.find_first_of("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") != text.npos;
+  return text.empty() || isPlain ? text : "\"" + text + "\"";
 }
 
 std::vector<std::string> UsageText() {

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "model/GlobalOptions.h"
+
 namespace Vantrel::CommandLine {
 
 // Texts of "--help", line by line, made from the switch and option tables.
@@ -22,6 +24,8 @@ std::vector<std::string> HelpText();
 std::vector<std::string> SwitchesHelpText();
 // Every option with its default and range.
 std::vector<std::string> OptionsHelpText();
+// The default of an option as help shows it, in quotes where there is neither letter nor digit to see; empty for none.
+std::string ShownDefault(const Kiv::TOptionInfo& pOption);
 // What is told when the command line names nothing to do.
 std::vector<std::string> UsageText();
 // The help on a topic, a switch or an option, with or without an indicator, in any letter case; an empty topic gives the

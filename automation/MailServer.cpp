@@ -194,9 +194,8 @@ void TConnection::SetEncryption(TMailSecurity pSecurity) {
   // For Windows, where a list of revoked certificates that is out of reach would refuse every certificate of an
   // organisation's own.
   Set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT));
-  constexpr std::u16string_view kVariable = u"%SSL_CERT_FILE%";
-  const std::u16string certificates = ExpandEnvironment(kVariable);
-  if (certificates != kVariable && !certificates.empty()) Set(CURLOPT_CAINFO, ToNativeBytes(certificates).c_str());
+  const std::u16string certificates = EnvironmentVariable(u"SSL_CERT_FILE").value_or(u"");
+  if (!certificates.empty()) Set(CURLOPT_CAINFO, ToNativeBytes(certificates).c_str());
 }
 
 void TConnection::SetEnvelope(const TMailEnvelope& pEnvelope) {

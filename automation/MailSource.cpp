@@ -9,7 +9,6 @@
 
 #include "automation/MailText.h"
 #include "platform/Paths.h"
-#include "platform/Text.h"
 
 namespace Kiv::Mail {
 
@@ -29,10 +28,8 @@ const char* ContentType(std::u16string_view pFileName) {
       {u".xml", "application/xml"},           {u".zip", "application/zip"},
       {u".pdf", "application/pdf"},           {u".png", "image/png"},
   };
-  for (const auto& [extension, type] : kTypes) {
-    if (pFileName.size() < extension.size()) continue;
-    if (SameTextAscii(pFileName.substr(pFileName.size() - extension.size()), extension)) return type;
-  }
+  for (const auto& [extension, type] : kTypes)
+    if (HasExtension(pFileName, extension)) return type;
   return "application/octet-stream";
 }
 

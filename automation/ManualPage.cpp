@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <string_view>
 
 #include "automation/GeneratedText.h"
@@ -55,6 +54,9 @@ The password for the mail server, unless \fB\-\-password\fR gives one.
 .B XDG_CONFIG_HOME
 Where the folder with the user's options file lies; \fI~/.config\fR when it is not set.
 .TP
+.B XDG_DATA_HOME
+Where the folder with the history of scans lies; \fI~/.local/share\fR when it is not set.
+.TP
 .B TMPDIR
 Where scratch files are made; \fI/tmp\fR when it is not set.
 .SH FILES
@@ -62,6 +64,10 @@ Where scratch files are made; \fI/tmp\fR when it is not set.
 .I ~/.config/vantrel/options.xml
 The user's own options, written by \fB\-\-savesettings\fR and loaded first by every run without \fB\-\-nooptions\fR; on
 Windows \fI%APPDATA%\eVantrel\eoptions.xml\fR.
+.TP
+.I ~/.local/share/vantrel/history.db
+The totals of the scans with \fB\-\-record\-history\fR, unless \fB\-\-HistoryFile\fR names another file; on Windows
+\fI%LOCALAPPDATA%\eVantrel\ehistory.db\fR.
 .SH EXAMPLES
 What takes the space in a folder, two levels deep, with the largest files:
 .PP
@@ -93,6 +99,14 @@ What lies on one disk and not on those mounted into it, most files first:
 .RS
 .nf
 vantrel / \-\-StayOnFileSystem \-\-sortby files
+.fi
+.RE
+.PP
+How a folder has grown over all scans of it, the one made now included:
+.PP
+.RS
+.nf
+vantrel /data \-\-record\-history \-\-history /data
 .fi
 .RE
 .PP
@@ -176,20 +190,13 @@ void AppendSwitches(TLines& pLines) {
   pLines.insert(pLines.end(), {".PP", "Known, but refused as not part of this version:", notBuilt + "."});
 }
 
-bool IsLetterOrDigit(char pCharacter) {
-  return (pCharacter >= '0' && pCharacter <= '9') || (pCharacter >= 'A' && pCharacter <= 'Z') ||
-         (pCharacter >= 'a' && pCharacter <= 'z');
-}
-
 void AppendOptions(TLines& pLines) {
   pLines.emplace_back(kOptions);
   for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) {
     pLines.insert(pLines.end(),
                   {".TP", fmt::format("\\fB{}\\fR", Escaped("--" + option.fName)), Sentence(option.fHelp)});
     std::string values = "Values: " + (option.fRange.empty() ? "any text" : option.fRange);
-    // Blanks and punctuation are hard to see.
-    const bool isQuoted = std::none_of(option.fDefault.begin(), option.fDefault.end(), IsLetterOrDigit);
-    if (!option.fDefault.empty()) values += fmt::format("; default: {1}{0}{1}", option.fDefault, isQuoted ? "\"" : "");
+    if (!option.fDefault.empty()) values += "; default: " + ShownDefault(option);
     pLines.push_back(Escaped(values + "."));
   }
 }

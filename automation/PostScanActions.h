@@ -20,7 +20,7 @@ using Hierarchical::Exporting::TMediaType;
 class TBasePostScanAction {
  public:
   static constexpr uint32_t kMayClose = 1;  // with the closing option the program may end once this action has run
-  static constexpr uint32_t kPrepares = 2;  // changes what the others write, and takes no report's place
+  static constexpr uint32_t kPrepares = 2;  // comes before the others, and takes no report's place
   static constexpr int32_t kAnyLevel = -1;
 
   virtual ~TBasePostScanAction() = default;

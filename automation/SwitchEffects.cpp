@@ -36,15 +36,6 @@ void ChangeTextExports(TCommandLineState& pState, const TChange& pChange) {
   for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV}) pChange(pState.fOptions->Media(media));
 }
 
-// Of a switch that stands for "true" when it has no value.
-bool IsOn(std::u16string_view pValue) {
-  return pValue.empty() || pValue == u"1" || SameTextAscii(pValue, u"true");
-}
-
-bool HasExtension(std::u16string_view pFile, std::u16string_view pExtension) {
-  return pFile.size() > pExtension.size() && SameTextAscii(pFile.substr(pFile.size() - pExtension.size()), pExtension);
-}
-
 std::string ColumnNames() {
   std::string names;
   for (int column = 0; column < static_cast<int>(TColumn::mdCount); ++column)
@@ -57,6 +48,10 @@ void AddExport(TCommandLineState& pState, TExportFormat pFormat, std::u16string_
 }
 
 }  // namespace
+
+bool IsOn(std::u16string_view pValue) {
+  return pValue.empty() || pValue == u"1" || SameTextAscii(pValue, u"true");
+}
 
 // --- what is scanned -----------------------------------------------------------------------------------------------
 
@@ -75,10 +70,6 @@ void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) {
 
 void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
   pState.fOpenFiles.emplace_back(pFiles);
-}
-
-void CompareWith(TCommandLineState& pState, std::u16string_view pFile) {
-  pState.fCompareFile = pFile;
 }
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
@@ -112,10 +103,6 @@ void ExportPathList(TCommandLineState& pState, std::u16string_view pFile) {
 
 void ExportXML(TCommandLineState& pState, std::u16string_view pFile) {
   AddExport(pState, TExportFormat::efXML, pFile);
-}
-
-void InsertDate(TCommandLineState& pState, std::u16string_view) {
-  pState.fDateInFileNames = true;
 }
 
 void ExportDriveList(TCommandLineState& pState, std::u16string_view pFile) {
@@ -181,22 +168,6 @@ void HideSmallFolders(TCommandLineState& pState, std::u16string_view pSize) {
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fSmallestFolder = size; });
 }
 
-void ListTopFiles(TCommandLineState& pState, std::u16string_view pValue) {
-  pState.fOptions->ListTopFiles = IsOn(pValue);
-}
-
-void ListExtensions(TCommandLineState& pState, std::u16string_view pValue) {
-  pState.fOptions->ListExtensions = IsOn(pValue);
-}
-
-void ListUsers(TCommandLineState& pState, std::u16string_view pValue) {
-  pState.fOptions->ListUsers = IsOn(pValue);
-}
-
-void ListFileAges(TCommandLineState& pState, std::u16string_view pValue) {
-  pState.fOptions->ListFileAges = IsOn(pValue);
-}
-
 void SetTitle(TCommandLineState& pState, std::u16string_view pTitle) {
   pState.fOptions->ExportTitle = ToUtf8(pTitle);
 }
@@ -231,59 +202,28 @@ void MailTo(TCommandLineState& pState, std::u16string_view pAddresses) {
   }
 }
 
-void SetSubject(TCommandLineState& pState, std::u16string_view pSubject) {
-  pState.fMailSubject = pSubject;
+// --- history -------------------------------------------------------------------------------------------------------
+
+void ShowHistory(TCommandLineState& pState, std::u16string_view pPath) {
+  pState.fHistoryPaths.emplace_back(pPath);
 }
 
-void AttachReport(TCommandLineState& pState, std::u16string_view) {
-  pState.fAttachReport = true;
+void DeleteFromHistory(TCommandLineState& pState, std::u16string_view pScan) {
+  int64_t scan = 0;
+  if (!TryParseInt64(ToUtf8(pScan), scan) || scan < 1)
+    throw EInvalidArgumentValue(ToQuotedDisplay(pScan) + " is no scan's ID; --history shows them");
+  pState.fHistoryDeletions.push_back(scan);
 }
 
-void SetUserName(TCommandLineState& pState, std::u16string_view pName) {
-  pState.fUserName = pName;
-}
-
-void SetPassword(TCommandLineState& pState, std::u16string_view pPassword) {
-  pState.fPassword = pPassword;
+void ImportHistory(TCommandLineState& pState, std::u16string_view pFile) {
+  pState.fHistoryImports.emplace_back(pFile);
 }
 
 // --- settings and the run ------------------------------------------------------------------------------------------
 
-void SaveSettings(TCommandLineState& pState, std::u16string_view) {
-  pState.fSaveSettings = true;
-}
-
-void ForgetSettings(TCommandLineState& pState, std::u16string_view) {
-  pState.fForgetSettings = true;
-}
-
-void BeReadOnly(TCommandLineState& pState, std::u16string_view pValue) {
-  pState.fReadOnly = IsOn(pValue);
-}
-
-void BeUnattended(TCommandLineState& pState, std::u16string_view) {
-  pState.fUnattended = true;
-}
-
-void CloseAfterExport(TCommandLineState& pState, std::u16string_view pValue) {
-  pState.fOptions->CloseAfterExport = IsOn(pValue);
-}
-
-void LogToConsole(TCommandLineState& pState, std::u16string_view) {
-  pState.fDebug = true;
-}
-
-void LogToFile(TCommandLineState& pState, std::u16string_view pFile) {
-  pState.fDebugLogFile = pFile;
-}
-
 void AskHelp(TCommandLineState& pState, std::u16string_view pTopic) {
   pState.fHelp = true;
   pState.fHelpTopic = pTopic;
-}
-
-void AskVersion(TCommandLineState& pState, std::u16string_view) {
-  pState.fVersion = true;
 }
 
 void Nothing(TCommandLineState&, std::u16string_view) {}

@@ -10,10 +10,26 @@ namespace Vantrel::CommandLine {
 // has none. EInvalidArgumentValue, with a text that makes sense behind the switch, for a value that it cannot take.
 using TSwitchEffect = void(TCommandLineState& pState, std::u16string_view pValue);
 
+// Whether the value says "true", which a switch without one does.
+bool IsOn(std::u16string_view pValue);
+
+// Of switches that say yes or no to one thing, or only yes, and of those whose value is kept as it is.
+template <bool TCommandLineState::*pFlag>
+void SetFlag(TCommandLineState& pState, std::u16string_view pValue) {
+  pState.*pFlag = IsOn(pValue);
+}
+template <bool Kiv::TGlobalOptions::*pOption>
+void SetOption(TCommandLineState& pState, std::u16string_view pValue) {
+  pState.fOptions->*pOption = IsOn(pValue);
+}
+template <std::u16string TCommandLineState::*pText>
+void SetText(TCommandLineState& pState, std::u16string_view pValue) {
+  pState.*pText = pValue;
+}
+
 TSwitchEffect AddPaths;
 TSwitchEffect AddCurrentFolder;
 TSwitchEffect OpenFile;
-TSwitchEffect CompareWith;
 TSwitchEffect AddInclude;
 TSwitchEffect AddExclude;
 TSwitchEffect ImportPatterns;
@@ -22,7 +38,6 @@ TSwitchEffect ExportCSV;
 TSwitchEffect ExportText;
 TSwitchEffect ExportPathList;
 TSwitchEffect ExportXML;
-TSwitchEffect InsertDate;
 TSwitchEffect ExportDriveList;
 
 TSwitchEffect Expand;
@@ -31,30 +46,18 @@ TSwitchEffect UseColumns;
 TSwitchEffect ShowFiles;
 TSwitchEffect SetElements;
 TSwitchEffect HideSmallFolders;
-TSwitchEffect ListTopFiles;
-TSwitchEffect ListExtensions;
-TSwitchEffect ListUsers;
-TSwitchEffect ListFileAges;
 TSwitchEffect SetTitle;
 TSwitchEffect SetSeparator;
 TSwitchEffect OmitHeaders;
 TSwitchEffect OmitUnits;
 
 TSwitchEffect MailTo;
-TSwitchEffect SetSubject;
-TSwitchEffect AttachReport;
-TSwitchEffect SetUserName;
-TSwitchEffect SetPassword;
 
-TSwitchEffect SaveSettings;
-TSwitchEffect ForgetSettings;
-TSwitchEffect BeReadOnly;
-TSwitchEffect BeUnattended;
-TSwitchEffect CloseAfterExport;
-TSwitchEffect LogToConsole;
-TSwitchEffect LogToFile;
+TSwitchEffect ShowHistory;
+TSwitchEffect DeleteFromHistory;
+TSwitchEffect ImportHistory;
+
 TSwitchEffect AskHelp;
-TSwitchEffect AskVersion;
 TSwitchEffect Nothing;
 
 }  // namespace Vantrel::CommandLine

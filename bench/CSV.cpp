@@ -1,20 +1,12 @@
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "automation/ExportFile.h"
+#include "bench/ExportBenchmark.h"
 #include "bench/Timing.h"
 #include "export/DelimitedExport.h"
-#include "model/ScanRoots.h"
-#include "platform/Text.h"
-#include "scan/ScanServices.h"
 
 // csv PATH [ROUNDS]: scans the path, then holds writing it as CSV against writing the same bytes, in turn, round after
 // round: with the settings as they are before anybody changes them, and with every single file. The file lies in the
@@ -40,8 +32,7 @@ void WriteCSV(IHierarchicalRoot& pRoot, const TMediaSettings& pSettings) {
 
 bool Compare(const char* pWhat, IHierarchicalRoot& pRoot, const TMediaSettings& pSettings, int pRounds) {
   WriteCSV(pRoot, pSettings);
-  std::ifstream file(ToNativeBytes(kFile), std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  const std::string bytes = BytesOf(kFile);
   std::printf("%s: %td rows, %.1f MB\n", pWhat, std::count(bytes.begin(), bytes.end(), '\n'),
               static_cast<double>(bytes.size()) / 1e6);
   std::vector<double> writes;
@@ -50,11 +41,7 @@ bool Compare(const char* pWhat, IHierarchicalRoot& pRoot, const TMediaSettings& 
   double copyWork = 0;
   for (int round = 0; round < pRounds; ++round) {
     const double start = ProcessorSeconds();
-    copies.push_back(Seconds([&] {
-      TOutputFile copy(kCopy);
-      copy.Write(bytes);
-      copy.Commit();
-    }));
+    copies.push_back(Seconds([&] { WriteBytes(kCopy, bytes); }));
     const double between = ProcessorSeconds();
     writes.push_back(Seconds([&] { WriteCSV(pRoot, pSettings); }));
     copyWork += between - start;
@@ -65,34 +52,20 @@ bool Compare(const char* pWhat, IHierarchicalRoot& pRoot, const TMediaSettings& 
   return ReportMedians("seconds", writes, "writing the same bytes", copies, kMost);
 }
 
-int Run(const std::u16string& pPath, int pRounds) {
-  const auto options = std::make_shared<TGlobalOptions>();
-  const TRef<IScanRoots> roots = CreateScanRoots(ScanEngine::CreateScanServices(), options);
-  const TRef<IHierarchicalRoot> root = roots->CreateRoot(pPath);
-  root->Scan();
-  while (!root->WaitForScan(1000)) {
-  }
-  TMediaSettings settings = TMediaOptions(*options).Effective(TMediaType::mtCSV);
-  bool met = Compare("folders", *root, settings, pRounds);
+bool Run(const std::u16string& pPath, int pRounds) {
+  const TScannedPath scanned(pPath);
+  TGlobalOptions options;
+  TMediaSettings settings = TMediaOptions(options).Effective(TMediaType::mtCSV);
+  bool met = Compare("folders", scanned.Root(), settings, pRounds);
   settings.fIncludedObjectTypes |= ioFiles;
-  met = Compare("folders and files", *root, settings, pRounds) && met;
-  std::filesystem::remove(ToNativeBytes(kFile));
-  std::filesystem::remove(ToNativeBytes(kCopy));
-  roots->Dispose();
-  return met ? 0 : 1;
+  met = Compare("folders and files", scanned.Root(), settings, pRounds) && met;
+  Remove(kFile);
+  Remove(kCopy);
+  return met;
 }
 
 }  // namespace
 
 int main(int pCount, char** pArguments) {
-  if (pCount < 2) {
-    std::fputs("Usage: csv PATH [ROUNDS]\n", stderr);
-    return 2;
-  }
-  try {
-    return Run(FromNativeBytes(pArguments[1]), pCount > 2 ? std::max(1, std::atoi(pArguments[2])) : 5);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return 2;
-  }
+  return RunOnPath("csv", pCount, pArguments, Run);
 }

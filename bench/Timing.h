@@ -6,7 +6,7 @@
 #include <ctime>
 #include <vector>
 
-// What the benchmarks of exports have in common.
+// Times and verdicts of the benchmarks of exports.
 namespace Vantrel::Bench {
 
 // Processor time of this program. Where other programs run beside it, it tells more than the clock on the wall.

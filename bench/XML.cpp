@@ -4,21 +4,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/ExportBenchmark.h"
 #include "bench/Timing.h"
 #include "export/XMLExport.h"
 #include "export/XMLReader.h"
-#include "model/ScanRoots.h"
-#include "platform/FileStream.h"
-#include "platform/OutputFile.h"
-#include "platform/Text.h"
-#include "scan/ScanServices.h"
 
 // xml PATH [ROUNDS]: scans the path, then holds writing it as XML against writing the same bytes, and loading the file
 // against the bare parser with empty callbacks, in turn, round after round; and the memory of the loaded tree against that
@@ -29,11 +23,14 @@ namespace {
 using namespace Kiv;
 using namespace Vantrel;
 using namespace Vantrel::Bench;
+using Vantrel::XML::Parser::TLoadedRoot;
+using Vantrel::XML::Parser::TQZXMLReader;
 
 constexpr double kMostWrite = 4.0;
 constexpr double kMostLoad = 2.5;
 constexpr double kMostMemory = 1.1;
 const std::u16string kFile = u"bench-xml.xml";
+const std::u16string kCopy = u"bench-xml.copy";
 
 size_t HeapBytes() {
   malloc_trim(0);
@@ -57,35 +54,26 @@ void ParseBare(const std::u16string& pPath) {
   XML_ParserFree(parser);
 }
 
-int Run(const std::u16string& pPath, int pRounds) {
+bool Run(const std::u16string& pPath, int pRounds) {
   const size_t before = HeapBytes();
-  const auto options = std::make_shared<TGlobalOptions>();
-  const TRef<IScanRoots> roots = CreateScanRoots(ScanEngine::CreateScanServices(), options);
-  const TRef<IHierarchicalRoot> live = roots->CreateRoot(pPath);
-  live->Scan();
-  while (!live->WaitForScan(1000)) {
-  }
+  const TScannedPath scanned(pPath);
+  IHierarchicalRoot& live = scanned.Root();
   const double liveMemory = static_cast<double>(HeapBytes() - before);
   Hierarchical::Exporting::XML::TCustomXMLExport xml({}, "bench", "1");
-  ExportXMLFile(xml, *live, kFile);
-  std::ifstream file(ToNativeBytes(kFile), std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  std::printf("%lld files, %lld folders, %.1f MB of XML\n", static_cast<long long>(live->GetTopFolder()->GetFiles()),
-              static_cast<long long>(live->GetTopFolder()->GetFolders()), static_cast<double>(bytes.size()) / 1e6);
+  ExportXMLFile(xml, live, kFile);
+  const std::string bytes = BytesOf(kFile);
+  std::printf("%lld files, %lld folders, %.1f MB of XML\n", static_cast<long long>(live.GetTopFolder()->GetFiles()),
+              static_cast<long long>(live.GetTopFolder()->GetFolders()), static_cast<double>(bytes.size()) / 1e6);
 
   std::vector<double> writes, copies, loads, parses;
   double loadedMemory = 0;
   for (int round = 0; round < pRounds; ++round) {
-    copies.push_back(Seconds([&] {
-      TOutputFile copy(kFile + u".copy");
-      copy.Write(bytes);
-      copy.Commit();
-    }));
-    writes.push_back(Seconds([&] { ExportXMLFile(xml, *live, kFile); }));
+    copies.push_back(Seconds([&] { WriteBytes(kCopy, bytes); }));
+    writes.push_back(Seconds([&] { ExportXMLFile(xml, live, kFile); }));
     parses.push_back(Seconds([&] { ParseBare(kFile); }));
     const size_t heap = HeapBytes();
-    Vantrel::XML::Parser::TLoadedRoot loaded;
-    loads.push_back(Seconds([&] { loaded = Vantrel::XML::Parser::TQZXMLReader::ReadRootFromXMLFile(kFile, *roots); }));
+    TLoadedRoot loaded;
+    loads.push_back(Seconds([&] { loaded = TQZXMLReader::ReadRootFromXMLFile(kFile, scanned.Roots()); }));
     loadedMemory = static_cast<double>(HeapBytes() - heap);
     loaded.fRoot->Dispose();
   }
@@ -93,23 +81,13 @@ int Run(const std::u16string& pPath, int pRounds) {
                       ReportMedians("load, seconds", loads, "the bare parser", parses, kMostLoad),
                       Report("memory of the loaded tree, MB", loadedMemory / 1e6, "the scanned tree", liveMemory / 1e6,
                              kMostMemory)};
-  std::filesystem::remove(ToNativeBytes(kFile));
-  std::filesystem::remove(ToNativeBytes(kFile + u".copy"));
-  roots->Dispose();
-  return std::all_of(std::begin(met), std::end(met), [](bool pMet) { return pMet; }) ? 0 : 1;
+  Remove(kFile);
+  Remove(kCopy);
+  return std::all_of(std::begin(met), std::end(met), [](bool pMet) { return pMet; });
 }
 
 }  // namespace
 
 int main(int pCount, char** pArguments) {
-  if (pCount < 2) {
-    std::fputs("Usage: xml PATH [ROUNDS]\n", stderr);
-    return 2;
-  }
-  try {
-    return Run(FromNativeBytes(pArguments[1]), pCount > 2 ? std::max(1, std::atoi(pArguments[2])) : 5);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return 2;
-  }
+  return RunOnPath("xml", pCount, pArguments, Run);
 }

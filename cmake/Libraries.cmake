@@ -42,7 +42,7 @@ endfunction()
 
 # Windows' own libraries, which every Windows compiler brings along.
 if(WIN32)
-  target_link_libraries(vantrel_platform PRIVATE shlwapi ntdll advapi32)
+  target_link_libraries(vantrel_platform PRIVATE shlwapi ntdll advapi32 mpr)
 endif()
 
 #               floor    platform  header            library   from                  definitions
@@ -54,6 +54,8 @@ vantrel_library(export   LINUX     zip.h             zip       libzip-dev)
 vantrel_library(export   WINDOWS   expat.h           expat     windows-libraries.sh  XML_STATIC)
 vantrel_library(export   WINDOWS   zip.h             zip       windows-libraries.sh  ZIP_STATIC)
 vantrel_library(export   WINDOWS   zlib.h            z         libz-mingw-w64-dev)
+vantrel_library(export   LINUX     sqlite3.h         sqlite3   libsqlite3-dev)
+vantrel_library(export   WINDOWS   sqlite3.h         sqlite3   windows-libraries.sh)
 vantrel_library(automation LINUX   curl/curl.h       curl      libcurl4-openssl-dev  LOADED)
 vantrel_library(automation WINDOWS curl/curl.h       curl      windows-libraries.sh  CURL_STATICLIB)
 if(WIN32)

@@ -3,16 +3,17 @@
 
 # What the program itself is built with. ccache is not needed, but makes every later rebuild quicker.
 packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libicu-dev libpcre2-dev libexpat1-dev
-  libzip-dev libcurl4-openssl-dev"
+  libzip-dev libcurl4-openssl-dev libsqlite3-dev"
 # On top of it, what the tests are built and run with, for Linux and for Windows. The benchmarks are built with them, so
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
-  strace libxml2-utils python3-aiosmtpd openssl man-db mandoc zsh fish"
+  strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish"
 # On top of that, the second compiler, with its fuzzer.
 packages_clang="clang libclang-rt-dev"
 # What the libraries for Windows are fetched and built with, which the tests begin with.
 packages_windows_libraries="ca-certificates dpkg-dev cmake ninja-build g++-mingw-w64-x86-64-posix
-  gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev xz-utils bzip2"
+  gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev xz-utils bzip2 gcc
+  libc6-dev make tcl"
 
 # require_packages PACKAGE...: installs those that are missing, and asks for rights only when there are some. Ends the
 # script with a message when it cannot. VANTREL_SKIP_PACKAGES=1 trusts the machine to have everything.

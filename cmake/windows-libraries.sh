@@ -16,6 +16,7 @@ libraries="
   expat expat
   libzip libzip
   curl curl
+  sqlite sqlite3
 "
 
 # UTF-16 only, which is what names are kept as.
@@ -51,6 +52,19 @@ build_curl() {
     -DUSE_WIN32_IDN=OFF -DUSE_WIN32_LDAP=OFF -DCURL_USE_LIBPSL=OFF -DCURL_USE_LIBSSH2=OFF -DCURL_USE_LIBSSH=OFF \
     -DCURL_DISABLE_ALTSVC=ON -DCURL_DISABLE_HSTS=ON -DCURL_DISABLE_COOKIES=ON -DCURL_DISABLE_NETRC=ON \
     -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF -DENABLE_CURL_MANUAL=OFF
+}
+
+# The tarball is the canonical source, whose one large C file is put together by its own makefile with tclsh; that file
+# alone is compiled, by the cross compiler. No extension is ever loaded.
+build_sqlite() {
+  local source=$1 build=$2
+  (cd "$build" && "$source/configure" --disable-tcl --disable-readline && make sqlite3.c sqlite3.h)
+  (cd "$build" && x86_64-w64-mingw32-gcc-posix -O2 -DNDEBUG -DSQLITE_THREADSAFE=1 -DSQLITE_OMIT_LOAD_EXTENSION \
+    -DSQLITE_DEFAULT_MEMSTATUS=0 -c sqlite3.c -o sqlite3.o)
+  x86_64-w64-mingw32-ar rcs "$build/libsqlite3.a" "$build/sqlite3.o"
+  mkdir -p "$prefix/include" "$prefix/lib"
+  cp "$build/sqlite3.h" "$prefix/include/"
+  cp "$build/libsqlite3.a" "$prefix/lib/"
 }
 
 # build_with_cmake SOURCE BUILD OPTION…: for sources that come with a CMakeLists.txt.

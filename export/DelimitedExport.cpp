@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "model/FileTable.h"
+#include "platform/FileTime.h"
 #include "platform/Text.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
@@ -27,6 +28,43 @@ TSizeValues SizesOf(const TFileRecord& pFile) {
 
 }  // namespace
 
+// Writes rows, of the whole tree or of what lies in one of its folders.
+class TDelimitedExport::TRows final : public TRowWriter {
+ public:
+  // The export must outlive it.
+  explicit TRows(const TDelimitedExport& pExport) : fExport(pExport) {}
+
+  std::unique_ptr<TRowWriter> Branch() const override;
+  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TExportRow& pRow) override;
+  bool VisitFile(const TExportRow& pRow) override;
+
+ private:
+  // What rows need to know of an open folder.
+  struct TOpenFolder {
+    size_t fParentLength;  // of the path of the folder around it
+    int64_t fShareBasis;   // the size that shares of what lies in it are of
+  };
+
+  std::string& Line() { return fText.fBytes; }
+  void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
+  void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  bool AppendNumber(TColumn pColumn, int64_t pValue);
+  void AppendShareOfParent(const TSizeValues& pSizes);
+  void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
+  void AppendToPath(std::u16string_view pName);
+  int64_t ShareBasis(const TSizeValues& pSizes) const {
+    return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
+  }
+
+  const TDelimitedExport& fExport;
+  TIsoLocalFormatter fDates;
+  std::string
+      fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
+  std::vector<TOpenFolder> fOpen;
+};
+
 TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {
   SetColumns({TColumn::mdFullPath, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
               TColumn::mdPercentOfParent, TColumn::mdLastChange, TColumn::mdLastAccess});
@@ -36,50 +74,62 @@ TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextE
 void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
-  fFormat = ValueFormat();
   fFields = {Separator(), Settings().fNeutralizeFormulas};
-  // A digit group could be taken for the end of a field, or of the whole number.
-  const std::u16string thousands = fFormat.fThousandsSeparator;
-  if (ToUtf8(thousands) == fFields.fSeparator || thousands == fFormat.fDecimalSeparator)
-    fFormat.fThousandsSeparator.clear();
+  fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
   fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
   // A separator with another character than these is in no bare number and in no date.
   fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||
                    fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
   fSharesOfAllocated = pRoot.GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
-  fPath.clear();
-  fOpen.clear();
   if (LineCount() == 0) WriteHeader();
-  WalkNodes(*top, *this);
+  TRows rows(*this);
+  WalkInParallel(*top, rows, [this](const TRowText& pText) {
+    size_t begin = 0;
+    for (const size_t end : pText.fEnds) {
+      if (!WriteRow(std::string_view(pText.fBytes).substr(begin, end - begin))) return false;
+      begin = end;
+    }
+    return true;
+  });
 }
 
 // A second root goes on below the first one: its captions would be taken for a row.
 void TDelimitedExport::WriteHeader() {
   if (!Settings().fIncludeHeader || (Settings().fIncludedObjectTypes & ioFolders) == 0) return;
-  BeginLine();
+  std::string line;
   for (size_t i = 0; i < Columns().size(); ++i) {
-    if (i > 0) fLine += fFields.fSeparator;
-    AppendOwnField(fLine, HeaderText(Columns()[i]), fFields);
+    if (i > 0) line += fFields.fSeparator;
+    AppendOwnField(line, HeaderText(Columns()[i]), fFields);
   }
-  WriteLine(fLine);
+  WriteRow(line);
 }
 
-void TDelimitedExport::BeginLine() {
-  fLine.clear();
-  if (Settings().fByteOrderMark && LineCount() == 0) fLine = kByteOrderMark;
+bool TDelimitedExport::WriteRow(std::string_view pRow) {
+  if (Settings().fByteOrderMark && LineCount() == 0) return WriteLine(std::string(kByteOrderMark).append(pRow));
+  return WriteLine(pRow);
 }
 
-void TDelimitedExport::AppendToPath(std::u16string_view pName) {
-  if (!fPath.empty() && fPath.back() != fDelimiter) fPath += fDelimiter;
+// --- rows
+// --------------------------------------------------------------------------------------------------------------
+
+std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
+  auto rows = std::make_unique<TRows>(fExport);
+  rows->fPath = fPath;
+  if (!fOpen.empty()) rows->fOpen.push_back(fOpen.back());
+  return rows;
+}
+
+void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName) {
+  if (!fPath.empty() && fPath.back() != fExport.fDelimiter) fPath += fExport.fDelimiter;
   AppendUtf8Escaped(fPath, pName);
 }
 
-bool TDelimitedExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
+bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   const TSizeValues sizes = pRow.fFolder.GetValues();
   const size_t parentLength = fPath.size();
   AppendToPath(pRow.Name());
-  if (pRow.fIsShown && !WriteRow(pRow, sizes)) return false;
+  if (pRow.fIsShown) WriteRow(pRow, sizes);
   if (pIsComplete) {
     fPath.resize(parentLength);
     return true;
@@ -90,43 +140,42 @@ bool TDelimitedExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   return true;
 }
 
-bool TDelimitedExport::EndNode(const TExportRow&) {
+bool TDelimitedExport::TRows::EndNode(const TExportRow&) {
   fPath.resize(fOpen.back().fParentLength);
   fOpen.pop_back();
   return true;
 }
 
 // A file lies in the folder itself: the "[Files]" node around its row is no part of the path.
-bool TDelimitedExport::VisitFile(const TExportRow& pRow) {
+bool TDelimitedExport::TRows::VisitFile(const TExportRow& pRow) {
   const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
   if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
   const size_t length = fPath.size();
   AppendToPath(pRow.Name());
-  const bool written = WriteRow(pRow, SizesOf(*pRow.fFile));
+  WriteRow(pRow, SizesOf(*pRow.fFile));
   fPath.resize(length);
   if (!group.empty()) AppendToPath(group);
-  return written;
+  return true;
 }
 
-bool TDelimitedExport::WriteRow(const TExportRow& pRow, const TSizeValues& pSizes) {
-  BeginLine();
-  for (size_t i = 0; i < Columns().size(); ++i) {
-    if (i > 0) fLine += fFields.fSeparator;
-    AppendField(pRow, pSizes, Columns()[i]);
+void TDelimitedExport::TRows::WriteRow(const TExportRow& pRow, const TSizeValues& pSizes) {
+  for (size_t i = 0; i < fExport.Columns().size(); ++i) {
+    if (i > 0) Line() += fExport.fFields.fSeparator;
+    AppendField(pRow, pSizes, fExport.Columns()[i]);
   }
-  return WriteLine(fLine);
+  fText.fEnds.push_back(Line().size());
 }
 
-void TDelimitedExport::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
-  if (pColumn == TColumn::mdName) return AppendTextField(fLine, pRow.Name(), fFields);
-  if (pColumn == TColumn::mdFullPath) return AppendEscapedField(fLine, fPath, fFields);
-  const size_t begin = fLine.size();
+void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
+  if (pColumn == TColumn::mdName) return AppendTextField(Line(), pRow.Name(), fExport.fFields);
+  if (pColumn == TColumn::mdFullPath) return AppendEscapedField(Line(), fPath, fExport.fFields);
+  const size_t begin = Line().size();
   if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
-  if (fQuotesNumbers) QuoteField(fLine, begin, fFields);
+  if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
 }
 
 // Numbers and dates, of what the row itself holds. False for all else.
-bool TDelimitedExport::AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
+bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
   const bool isFile = pRow.IsFile();
   switch (pColumn) {
     case TColumn::mdSize:
@@ -142,50 +191,50 @@ bool TDelimitedExport::AppendQuickly(const TExportRow& pRow, const TSizeValues& 
       AppendShareOfParent(pSizes);
       return true;
     case TColumn::mdLastChange:
-      fDates.Append(fLine, isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
+      fDates.Append(Line(), isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
       return true;
     case TColumn::mdLastAccess:
-      fDates.Append(fLine, isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
+      fDates.Append(Line(), isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
       return true;
     case TColumn::mdCreation:
-      fDates.Append(fLine, isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
+      fDates.Append(Line(), isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
       return true;
     default:
       return false;
   }
 }
 
-bool TDelimitedExport::AppendNumber(TColumn pColumn, int64_t pValue) {
-  if (fFormat.fPlainByteValues)
-    AppendInteger(fLine, pValue);
+bool TDelimitedExport::TRows::AppendNumber(TColumn pColumn, int64_t pValue) {
+  if (fExport.fFormat.fPlainByteValues)
+    AppendInteger(Line(), pValue);
   else
-    fLine += ToUtf8(FormatValue(pColumn, pValue, fFormat));
+    Line() += ToUtf8(FormatValue(pColumn, pValue, fExport.fFormat));
   return true;
 }
 
-void TDelimitedExport::AppendShareOfParent(const TSizeValues& pSizes) {
+void TDelimitedExport::TRows::AppendShareOfParent(const TSizeValues& pSizes) {
   double share = 1.0;  // the top is the whole
   if (!fOpen.empty()) {
     const int64_t whole = fOpen.back().fShareBasis;
     share = whole == 0 ? 0.0 : static_cast<double>(ShareBasis(pSizes)) / static_cast<double>(whole);
   }
-  if (fFormat.fShowUnits || fFormat.fDecimals != 1) {
-    fLine += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fFormat));
+  if (fExport.fFormat.fShowUnits || fExport.fFormat.fDecimals != 1) {
+    Line() += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fExport.fFormat));
     return;
   }
   // The same for a million rows: tenths of a per cent, halves away from zero.
   const auto tenths = std::llround(share * 100.0 * 10);
-  AppendInteger(fLine, tenths / 10);
-  fLine += fDecimalSeparator;
-  AppendInteger(fLine, tenths % 10);
+  AppendInteger(Line(), tenths / 10);
+  Line() += fExport.fDecimalSeparator;
+  AppendInteger(Line(), tenths % 10);
 }
 
-void TDelimitedExport::AppendSlowly(const TExportRow& pRow, TColumn pColumn) {
-  const std::u16string text = FormatValue(pColumn, pRow.Element()->GetValue(pColumn), fFormat);
+void TDelimitedExport::TRows::AppendSlowly(const TExportRow& pRow, TColumn pColumn) {
+  const std::u16string text = FormatValue(pColumn, pRow.Element()->GetValue(pColumn), fExport.fFormat);
   if (ColumnInfo(pColumn).fKind == TColumnKind::ckText)
-    AppendTextField(fLine, text, fFields);
+    AppendTextField(Line(), text, fExport.fFields);
   else
-    AppendOwnField(fLine, ToUtf8(text), fFields);
+    AppendOwnField(Line(), ToUtf8(text), fExport.fFields);
 }
 
 // --- paths ---------------------------------------------------------------------------------------------------------

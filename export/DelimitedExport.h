@@ -2,53 +2,30 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "export/DelimitedText.h"
 #include "export/TextExport.h"
-#include "platform/FileTime.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
 
 // The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files
 // are written in little more time than their bytes take, so values are read from the tree directly where that is
-// possible.
-class TDelimitedExport : public TBaseTextExport, private IExportVisitor {
+// possible, and several threads write.
+class TDelimitedExport : public TBaseTextExport {
  protected:
   explicit TDelimitedExport(const TMediaSettings& pSettings);
 
   void WriteRoot(IHierarchicalRoot& pRoot) override;
 
  private:
-  // What rows need to know of an open folder.
-  struct TOpenFolder {
-    size_t fParentLength;  // of the path of the folder around it
-    int64_t fShareBasis;   // the size that shares of what lies in it are of
-  };
-
-  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
-  bool EndNode(const TExportRow& pRow) override;
-  bool VisitFile(const TExportRow& pRow) override;
+  class TRows;
 
   void WriteHeader();
-  void BeginLine();
-  bool WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
-  void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
-  bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
-  bool AppendNumber(TColumn pColumn, int64_t pValue);
-  void AppendShareOfParent(const TSizeValues& pSizes);
-  void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
-  void AppendToPath(std::u16string_view pName);
-  int64_t ShareBasis(const TSizeValues& pSizes) const { return fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize; }
+  bool WriteRow(std::string_view pRow);
 
+  // The same for all rows of a root.
   TValueFormat fFormat;
   TDelimitedFormat fFields;
-  TIsoLocalFormatter fDates;
-  // While an export runs.
-  std::string fLine;
-  std::string
-      fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
-  std::vector<TOpenFolder> fOpen;
   char fDelimiter = 0;
   std::string fDecimalSeparator;
   bool fQuotesNumbers = false;  // where they need it: the separator may turn up in numbers and dates

@@ -24,6 +24,13 @@ bool LooksLikeFormula(std::string_view pText) {
 
 }  // namespace
 
+TValueFormat WithoutMisleadingGroups(TValueFormat pFormat, const TDelimitedFormat& pDelimited) {
+  if (ToUtf8(pFormat.fThousandsSeparator) == pDelimited.fSeparator ||
+      pFormat.fThousandsSeparator == pFormat.fDecimalSeparator)
+    pFormat.fThousandsSeparator.clear();
+  return pFormat;
+}
+
 void AppendTextField(std::string& pLine, std::u16string_view pText, const TDelimitedFormat& pFormat) {
   const size_t begin = pLine.size();
   AppendUtf8Escaped(pLine, pText);

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "model/MetaData.h"
+
 namespace Kiv::Hierarchical::Exporting::Text {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // by which spreadsheets tell UTF-8
@@ -12,6 +14,10 @@ struct TDelimitedFormat {
   std::string fSeparator = ",";      // UTF-8, not empty
   bool fNeutralizeFormulas = false;  // see AppendTextField
 };
+
+// The format for values in such a line. A digit group that could be taken for the end of a field, or of the whole
+// number, is not set apart.
+TValueFormat WithoutMisleadingGroups(TValueFormat pFormat, const TDelimitedFormat& pDelimited);
 
 // Append one field to a line; the separator between fields is the caller's. A field that holds the separator, ends
 // like one, or holds a double quote, CR or LF is put in double quotes, those inside doubled.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "model/SingleFile.h"
+#include "platform/System.h"
 
 namespace Kiv::Hierarchical::Exporting {
 
@@ -84,10 +85,12 @@ std::vector<uint32_t> TBaseExport::OrderOfFiles(IFolderData& pFolder, const TFil
 // The walk keeps one entry per open level instead of a call per level: trees are deeper than stacks.
 class TBaseExport::TWalk {
  public:
-  TWalk(const TBaseExport& pExport, IExportVisitor& pVisitor) : fExport(pExport), fVisitor(pVisitor) {}
+  // pLevel: of the topmost folder.
+  TWalk(const TBaseExport& pExport, IExportVisitor& pVisitor, int32_t pLevel)
+      : fExport(pExport), fVisitor(pVisitor), fTopLevel(pLevel) {}
 
-  bool Run(IFolderData& pTop) {
-    if (!Begin(TRef<IFolderData>(&pTop))) return false;
+  bool Run(TRef<IFolderData> pTop) {
+    if (!Begin(std::move(pTop))) return false;
     while (!fOpen.empty()) {
       TOpenFolder& folder = fOpen.back();
       if (folder.fNext < folder.fChildren.size() ? !Begin(std::move(folder.fChildren[folder.fNext++])) : !End())
@@ -105,7 +108,9 @@ class TBaseExport::TWalk {
   };
 
   bool Begin(TRef<IFolderData> pFolder) {
-    const auto level = static_cast<int32_t>(fOpen.size());
+    const int32_t level = fTopLevel + static_cast<int32_t>(fOpen.size());
+    const TExportRow row{.fFolder = *pFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*pFolder)};
+    if (fVisitor.TakesBranch(row)) return true;
     TOpenFolder folder;
     // A folder that is not included itself still leads to those beneath it.
     if (level < fExport.Settings().fRecursionLevel.fLevel) {
@@ -113,7 +118,6 @@ class TBaseExport::TWalk {
       folder.fFiles = fExport.IncludedFiles(*pFolder);
     }
     const bool isComplete = folder.fChildren.empty() && !folder.fFiles;
-    const TExportRow row{.fFolder = *pFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*pFolder)};
     if (!fVisitor.BeginNode(row, isComplete)) return false;
     if (isComplete) return true;
     folder.fFolder = std::move(pFolder);
@@ -124,7 +128,7 @@ class TBaseExport::TWalk {
   bool End() {
     const TOpenFolder folder = std::move(fOpen.back());
     fOpen.pop_back();
-    const auto level = static_cast<int32_t>(fOpen.size());
+    const int32_t level = fTopLevel + static_cast<int32_t>(fOpen.size());
     if (folder.fFiles) {
       for (const uint32_t index : fExport.OrderOfFiles(*folder.fFolder, *folder.fFiles))
         if (!fVisitor.VisitFile({*folder.fFolder, level + 1, folder.fFiles.get(), &(*folder.fFiles)[index]}))
@@ -136,11 +140,84 @@ class TBaseExport::TWalk {
 
   const TBaseExport& fExport;
   IExportVisitor& fVisitor;
+  const int32_t fTopLevel;
   std::vector<TOpenFolder> fOpen;
 };
 
 bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
-  return TWalk(*this, pVisitor).Run(pTop);
+  return TWalk(*this, pVisitor, 0).Run(&pTop);
+}
+
+// --- on several threads
+// ------------------------------------------------------------------------------------------------
+
+int64_t TBaseExport::RowsOf(const IFolderData& pFolder) const {
+  constexpr int64_t kVeryMany = 1 << 30;  // a file may claim any number
+  const TSizeValues values = pFolder.GetValues();
+  return 1 + std::min(values.fFolders, kVeryMany) + (Includes(ioFiles) ? std::min(values.fFiles, kVeryMany) : 0);
+}
+
+// Leaves small branches to other threads, siblings together as long as they are small, and sees to the folders above
+// them itself: whatever the shape of the tree, a piece stays small and no thread gets all the work.
+class TBaseExport::TBranchingVisitor final : public IExportVisitor {
+ public:
+  TBranchingVisitor(const TBaseExport& pExport, TRowWriter& pWriter, TParallelText& pText)
+      : fExport(pExport), fWriter(pWriter), fText(pText) {}
+
+  bool TakesBranch(const TExportRow& pRow) override {
+    const int64_t rows = fExport.RowsOf(pRow.fFolder);
+    if (rows > kRowsPerPiece) return false;
+    if (fRows + rows > kRowsPerPiece) SendBranches();
+    fBranches.emplace_back(&pRow.fFolder);
+    fLevel = pRow.fLevel;
+    fRows += rows;
+    return true;
+  }
+  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override {
+    return SendBranches() && fWriter.BeginNode(pRow, pIsComplete);
+  }
+  bool EndNode(const TExportRow& pRow) override { return SendBranches() && fWriter.EndNode(pRow); }
+  bool VisitFile(const TExportRow& pRow) override {
+    return SendBranches() && fWriter.VisitFile(pRow) && (fWriter.fText.fBytes.size() < kLongText || SendText());
+  }
+  bool Finish() { return SendBranches() && SendText() && fText.Finish(); }
+
+ private:
+  static constexpr int64_t kRowsPerPiece = 300;
+  static constexpr size_t kLongText = 128 * 1024;
+
+  bool SendText() {
+    fWriter.Flush();
+    return fWriter.fText.fBytes.empty() || fText.Add(fWriter.fText);
+  }
+
+  // All of them lie in the innermost open folder.
+  bool SendBranches() {
+    if (fBranches.empty()) return true;
+    if (!SendText()) return false;
+    fRows = 0;
+    auto make = [&exporter = fExport, writer = std::shared_ptr<TRowWriter>(fWriter.Branch()), level = fLevel,
+                 folders = std::exchange(fBranches, {})](TRowText& pText) {
+      std::swap(writer->fText, pText);
+      for (const TRef<IFolderData>& folder : folders) TWalk(exporter, *writer, level).Run(folder);
+      writer->Flush();
+      std::swap(writer->fText, pText);
+    };
+    return fText.Add(std::move(make));
+  }
+
+  const TBaseExport& fExport;
+  TRowWriter& fWriter;
+  TParallelText& fText;
+  std::vector<TRef<IFolderData>> fBranches;  // siblings, not sent yet
+  int32_t fLevel = 0;                        // theirs
+  int64_t fRows = 0;                         // of them
+};
+
+bool TBaseExport::WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const {
+  TParallelText text(ProcessorCount(), pTake);
+  TBranchingVisitor visitor(*this, pWriter, text);
+  return WalkNodes(pTop, visitor) && visitor.Finish();
 }
 
 bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const {

@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "export/MediaOptions.h"
+#include "export/ParallelText.h"
 #include "model/FileTable.h"
 #include "model/RootInterfaces.h"
 
@@ -50,6 +52,19 @@ class IExportVisitor {
   virtual bool BeginNode(const TExportRow& pRow, bool pIsComplete) = 0;
   virtual bool EndNode(const TExportRow& pRow) = 0;
   virtual bool VisitFile(const TExportRow&) { return true; }
+  // Asked before anything else about a folder. True when the visitor sees to it and all beneath it by itself.
+  virtual bool TakesBranch(const TExportRow&) { return false; }
+};
+
+// A visitor that writes rows into a text.
+class TRowWriter : public IExportVisitor {
+ public:
+  // Another writer, for folders in the innermost open one. Its text goes behind what this one has written.
+  virtual std::unique_ptr<TRowWriter> Branch() const = 0;
+  // Called before the text is taken.
+  virtual void Flush() {}
+
+  TRowText fText;
 };
 
 // What all exporters share: the settings of their kind of output, the columns, and the walk over the tree.
@@ -75,16 +90,22 @@ class TBaseExport {
   bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
   // The same for exporters whose output nests.
   bool WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const;
+  // The same on as many threads as there are processors: the writer and its branches write, the pieces come out in the
+  // order of the walk. Ends early when pTake returns false, and then returns false too.
+  bool WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const;
   // Whether the exporter wants a folder that the settings take in.
   virtual bool TakesIn(const IFolderData&) const { return true; }
 
  private:
   class TWalk;
+  class TBranchingVisitor;
 
   bool Includes(TIncludedObjectTypes pTypes) const { return (fSettings.fIncludedObjectTypes & pTypes) != 0; }
   bool IsIncluded(const IFolderData& pFolder) const {
     return Includes(pFolder.IsFileGroup() ? ioFileGroups : ioFolders);
   }
+  // Roughly how many rows a branch becomes.
+  int64_t RowsOf(const IFolderData& pFolder) const;
   std::vector<TRef<IFolderData>> IncludedChildren(IFolderData& pFolder) const;
   TRef<const TFileTable> IncludedFiles(const IFolderData& pFolder) const;
   std::vector<uint32_t> OrderOfFiles(IFolderData& pFolder, const TFileTable& pFiles) const;

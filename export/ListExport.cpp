@@ -47,14 +47,6 @@ std::string DelimitedRow(const TListTable& pTable, const std::vector<TMetaDataVa
   return line;
 }
 
-TValueFormat WithoutMisleadingGroups(const TValueFormat& pFormat, const Text::TDelimitedFormat& pDelimited) {
-  TValueFormat format = pFormat;
-  if (ToUtf8(format.fThousandsSeparator) == pDelimited.fSeparator ||
-      format.fThousandsSeparator == format.fDecimalSeparator)
-    format.fThousandsSeparator.clear();
-  return format;
-}
-
 }  // namespace
 
 bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput) {
@@ -84,7 +76,7 @@ bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat,
     }
     if (!pOutput.WriteLine(line)) return false;
   }
-  const TValueFormat format = WithoutMisleadingGroups(pFormat, pDelimited);
+  const TValueFormat format = Text::WithoutMisleadingGroups(pFormat, pDelimited);
   for (const auto& row : pTable.fRows)
     if (!pOutput.WriteLine(DelimitedRow(pTable, row, format, pDelimited))) return false;
   return true;

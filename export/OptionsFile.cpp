@@ -177,7 +177,7 @@ TLoadedOptions LoadOptionsFile(const std::u16string& pPath, TGlobalOptions& pOpt
 
 void SaveOptionsFile(const std::u16string& pPath, const TGlobalOptions& pOptions, std::string_view pProgramName,
                      std::string_view pVersion) {
-  CreateFolders(std::u16string(FolderOfPath(pPath, NativePathDelimiter())), TFolderAccess::faUserAlone);
+  CreateFolderOf(pPath, TFolderAccess::faUserAlone);
   TOutputFile file(pPath);
   TXMLFileStream stream(file);
   TXMLAttributes attributes;

@@ -41,16 +41,6 @@ std::vector<std::string> TBaseTextExport::RowCells(const TExportRow& pRow, const
   return cells;
 }
 
-std::string TBaseTextExport::JoinCells(const std::vector<std::string>& pCells) const {
-  const std::string separator = Separator();
-  std::string line;
-  for (size_t i = 0; i < pCells.size(); ++i) {
-    if (i > 0) line += separator;
-    line += pCells[i];
-  }
-  return line;
-}
-
 TFormattedTextExport::TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions,
                                            std::string pProgramName)
     : TBaseTextExport(pSettings), fOptions(pOptions), fProgramName(std::move(pProgramName)), fFormat(ValueFormat()) {

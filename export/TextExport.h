@@ -28,7 +28,6 @@ class TBaseTextExport : public TFileStreamExport {
   // One text per column.
   std::vector<std::string> HeaderCells() const;
   std::vector<std::string> RowCells(const TExportRow& pRow, const TValueFormat& pFormat) const;
-  std::string JoinCells(const std::vector<std::string>& pCells) const;
 };
 
 // A table of fixed width under a head block, for people: the report on the console, and in text files.

@@ -10,6 +10,7 @@
 #include "export/ZipFile.h"
 #include "model/AssocSizeArray.h"
 #include "model/FileAges.h"
+#include "model/FileStatistics.h"
 #include "model/TopSizeList.h"
 #include "platform/Errors.h"
 #include "platform/OutputFile.h"
@@ -88,7 +89,75 @@ class TPatternWriter : public PatternMatching::IElementWriter {
   std::vector<std::string> fNames;
 };
 
+// The list is parted by type: a reader of the one sort need not know of the other.
+void WriteFilters(const IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) {
+  using namespace PatternMatching;
+  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
+  const auto* patterns = dynamic_cast<const Vantrel::TPatternFilter*>(filter.get());
+  if (patterns == nullptr) return;
+  TPatternWriter writer(pStream);
+  for (const TPatternType type : {TPatternType::ptyInclude, TPatternType::ptyExclude}) {
+    const IPatterns& all = *patterns->GetPatterns();
+    auto part = MakeRef<TPatternList>(all.GetPathDelimiter());
+    part->SetEmptyPatternListMatchesAll(all.GetEmptyPatternListMatchesAll());
+    for (const TRef<IPattern>& pattern : all.GetItems())
+      if (pattern->GetPatternType() == type) part->Add(pattern);
+    const char* name = type == TPatternType::ptyInclude ? "IncludePatterns" : "ExcludePatterns";
+    pStream.StartElement(name);
+    part->WriteToXML(writer);
+    pStream.EndElement(name);
+  }
+}
+
+void WriteTopSizeListToXML(const ITopSizeList& pList, XMLUtils::TXMLFileStream& pStream) {
+  TXMLAttributes attributes;
+  pStream.StartElement("TTopSizeFileList");
+  for (const TTopSizeEntry& file : pList.GetSnapshot()) {
+    attributes.Clear();
+    attributes.Add("name", file.fName);
+    attributes.Add("Path", file.fParentFolder->GetFullPath());
+    attributes.Add("Size", file.fSize);
+    attributes.Add("Allocated", file.fAllocated);
+    attributes.Add("FileAttributes", file.fAttributes);
+    AddHalves(attributes, "LastChangeLow", "LastChangeHigh", file.fLastChangeDate);
+    AddHalves(attributes, "LastAccessLow", "LastAccessHigh", file.fLastAccessDate);
+    attributes.Add("CreationDate", file.fCreationDate.fTicks);
+    pStream.AddElement("TopFile", attributes);
+  }
+  pStream.EndElement("TTopSizeFileList");
+}
+
 }  // namespace
+
+// Writes the elements of folders, of the whole tree or of those in one of its folders.
+class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByteSink {
+ public:
+  // The export must outlive it.
+  explicit TFolderElements(const TCustomXMLExport& pExport)
+      : fExport(pExport), fStream(XMLUtils::TXMLFileStream::Inside(*this)) {}
+
+  std::unique_ptr<TRowWriter> Branch() const override;
+  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TExportRow& pRow) override;
+  void Flush() override { fStream.Flush(); }
+
+ private:
+  void Write(std::string_view pBytes) override { fText.fBytes += pBytes; }
+  void WriteErrors(const IFolderData& pFolder);
+  void WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn);
+  void WriteStatistics(const IFolderData& pFolder);
+  void WriteSizeArray(std::string_view pName, const std::vector<TKeyedSizeValues>& pRecords);
+  void WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords);
+
+  const TCustomXMLExport& fExport;
+  XMLUtils::TXMLFileStream fStream;
+  TXMLAttributes fAttributes;
+  std::u16string fPath;                // of the innermost open folder: no node need ask its ancestors for it
+  std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
+  TStatisticsReading fStatistics;
+  std::vector<TKeyedSizeValues> fSorted;
+  std::string fInterval;
+};
 
 TCustomXMLExport::TCustomXMLExport(const TMediaSettings& pSettings, std::string pProgramName, std::string pVersion)
     : TBaseExport(pSettings), fProgramName(std::move(pProgramName)), fVersion(std::move(pVersion)) {
@@ -99,8 +168,8 @@ TCustomXMLExport::TCustomXMLExport(const TMediaSettings& pSettings, std::string 
 std::string_view TCustomXMLExport::TagOf(TColumn pMetaData) {
   for (const TColumnTag& tag : kTags)
     if (tag.fColumn == pMetaData) return tag.fTag;
-  throw EInvalidArgumentValue("TCustomXMLExport.TagOf: pMetaData: the column \"" +
-                              ToUtf8(ColumnInfo(pMetaData).fName) + "\" has no element in XML files");
+  throw EInvalidArgumentValue("TCustomXMLExport.TagOf: pMetaData: the column \"" + ToUtf8(ColumnInfo(pMetaData).fName) +
+                              "\" has no element in XML files");
 }
 
 bool TCustomXMLExport::IsFullExport() const {
@@ -111,10 +180,26 @@ bool TCustomXMLExport::IsFullExport() const {
 void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) throw EInvalidOperation("TCustomXMLExport.Export: the root has not been scanned");
+  PrepareFolders(pRoot);
   XMLUtils::TXMLFileStream stream(pSink);
-  fStream = &stream;
+  stream.StartDocument();
+  TXMLAttributes attributes;
+  attributes.Add("Type", pRoot.GetPathDelimiter() == u'/' ? "TCustomUnixRoot" : "TFileSystemRoot");
+  stream.StartElement("Root", attributes);
+  WriteHeader(pRoot, stream);
+  stream.Flush();
+  TFolderElements folders(*this);
+  WalkInParallel(*top, folders, [&pSink](const TRowText& pText) {
+    pSink.Write(pText.fBytes);
+    return true;
+  });
+  stream.EndElement("Root");
+  stream.EndDocument();
+}
+
+void TCustomXMLExport::PrepareFolders(IHierarchicalRoot& pRoot) {
   fFormat = ValueFormat();
-  fFileAgesDateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  fDelimiter = pRoot.GetPathDelimiter();
   fErrors = pRoot.GetErrors();
   std::stable_sort(fErrors.begin(), fErrors.end(), [](const TScanError& pA, const TScanError& pB) {
     if (pA.fObject != pB.fObject) return std::less<>()(pA.fObject.get(), pB.fObject.get());
@@ -123,106 +208,63 @@ void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   fFileAgesNames.clear();
   const IFileAges& ages = *pRoot.GetScanConfiguration().GetFileAges();
   for (int i = 0; i < ages.GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(ages.GetItem(i)));
-  fDelimiter = pRoot.GetPathDelimiter();
-  fPath.clear();
-  fParentLengths.clear();
-  stream.StartDocument();
-  fAttributes.Clear();
-  fAttributes.Add("Type", pRoot.GetPathDelimiter() == u'/' ? "TCustomUnixRoot" : "TFileSystemRoot");
-  stream.StartElement("Root", fAttributes);
-  WriteHeader(pRoot);
-  WalkNodes(*top, *this);
-  stream.EndElement("Root");
-  stream.EndDocument();
-  fStream = nullptr;
 }
 
-void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot) {
-  XMLUtils::TXMLFileStream& stream = *fStream;
+void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) const {
   const TStorageInformation storage = pRoot.GetStorageInformation();
-  stream.AddElement("Application", std::string_view(fProgramName));
-  stream.AddElement("Version", std::string_view(fVersion));
-  stream.AddElement("DateISO", std::string_view(FormatIsoUtc(pRoot.GetScanTimeStamp())));
-  stream.AddElement("Path", TXMLUtils::HtmlEncode(pRoot.GetPath()));
-  WriteFilters(pRoot);
-  stream.AddElement("ExcludedObjects", pRoot.GetProgress().fExcludedObjects);
-  stream.AddElement("Filesystem", storage.fFileSystem);
-  stream.AddElement("BytesPerCluster", storage.fBytesPerCluster);
-  stream.AddElement("FoldersCount", pRoot.GetTopFolder()->GetFolders());
-  stream.AddBooleanElement("IsCompared", pRoot.GetComparison() != nullptr);
-  stream.AddElement("Title", TXMLUtils::HtmlEncode(pRoot.GetTitle()));
-  stream.AddElement("TotalBytesOnDrive", storage.fTotalBytes);
-  stream.AddElement("FreeBytesOnDrive", storage.fFreeBytes);
-  fAttributes.Clear();
-  fAttributes.Add("FileAgesDateType", static_cast<int>(fFileAgesDateType));
-  stream.AddBooleanElement("DoCreateFileAges", fFileAgesDateType != TDateType::dtNone, fAttributes);
-  if (const ITopSizeList* list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list);
-  stream.AddBooleanElement("IsFullExport", IsFullExport());
-}
-
-// The list is parted by type: a reader of the one sort need not know of the other.
-void TCustomXMLExport::WriteFilters(const IHierarchicalRoot& pRoot) {
-  using namespace PatternMatching;
-  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
-  const auto* patterns = dynamic_cast<const Vantrel::TPatternFilter*>(filter.get());
-  if (patterns == nullptr) return;
-  TPatternWriter writer(*fStream);
-  for (const TPatternType type : {TPatternType::ptyInclude, TPatternType::ptyExclude}) {
-    const IPatterns& all = *patterns->GetPatterns();
-    auto part = MakeRef<TPatternList>(all.GetPathDelimiter());
-    part->SetEmptyPatternListMatchesAll(all.GetEmptyPatternListMatchesAll());
-    for (const TRef<IPattern>& pattern : all.GetItems())
-      if (pattern->GetPatternType() == type) part->Add(pattern);
-    const char* name = type == TPatternType::ptyInclude ? "IncludePatterns" : "ExcludePatterns";
-    fStream->StartElement(name);
-    part->WriteToXML(writer);
-    fStream->EndElement(name);
-  }
-}
-
-void TCustomXMLExport::WriteTopSizeListToXML(const ITopSizeList& pList) {
-  fStream->StartElement("TTopSizeFileList");
-  for (const TTopSizeEntry& file : pList.GetSnapshot()) {
-    fAttributes.Clear();
-    fAttributes.Add("name", file.fName);
-    fAttributes.Add("Path", file.fParentFolder->GetFullPath());
-    fAttributes.Add("Size", file.fSize);
-    fAttributes.Add("Allocated", file.fAllocated);
-    fAttributes.Add("FileAttributes", file.fAttributes);
-    AddHalves(fAttributes, "LastChangeLow", "LastChangeHigh", file.fLastChangeDate);
-    AddHalves(fAttributes, "LastAccessLow", "LastAccessHigh", file.fLastAccessDate);
-    fAttributes.Add("CreationDate", file.fCreationDate.fTicks);
-    fStream->AddElement("TopFile", fAttributes);
-  }
-  fStream->EndElement("TTopSizeFileList");
+  pStream.AddElement("Application", std::string_view(fProgramName));
+  pStream.AddElement("Version", std::string_view(fVersion));
+  pStream.AddElement("DateISO", std::string_view(FormatIsoUtc(pRoot.GetScanTimeStamp())));
+  pStream.AddElement("Path", TXMLUtils::HtmlEncode(pRoot.GetPath()));
+  WriteFilters(pRoot, pStream);
+  pStream.AddElement("ExcludedObjects", pRoot.GetProgress().fExcludedObjects);
+  pStream.AddElement("Filesystem", storage.fFileSystem);
+  pStream.AddElement("BytesPerCluster", storage.fBytesPerCluster);
+  pStream.AddElement("FoldersCount", pRoot.GetTopFolder()->GetFolders());
+  pStream.AddBooleanElement("IsCompared", pRoot.GetComparison() != nullptr);
+  pStream.AddElement("Title", TXMLUtils::HtmlEncode(pRoot.GetTitle()));
+  pStream.AddElement("TotalBytesOnDrive", storage.fTotalBytes);
+  pStream.AddElement("FreeBytesOnDrive", storage.fFreeBytes);
+  const TDateType dateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  TXMLAttributes attributes;
+  attributes.Add("FileAgesDateType", static_cast<int>(dateType));
+  pStream.AddBooleanElement("DoCreateFileAges", dateType != TDateType::dtNone, attributes);
+  if (const ITopSizeList* list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
+  pStream.AddBooleanElement("IsFullExport", IsFullExport());
 }
 
 // --- folders -------------------------------------------------------------------------------------------------------
 
-bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
+std::unique_ptr<TRowWriter> TCustomXMLExport::TFolderElements::Branch() const {
+  auto elements = std::make_unique<TFolderElements>(fExport);
+  elements->fPath = fPath;
+  return elements;
+}
+
+bool TCustomXMLExport::TFolderElements::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   IFolderData& folder = pRow.fFolder;
   const size_t parentLength = fPath.size();
   if (!folder.IsFileGroup()) {
-    if (!fPath.empty() && fPath.back() != fDelimiter) fPath += fDelimiter;
+    if (!fPath.empty() && fPath.back() != fExport.fDelimiter) fPath += fExport.fDelimiter;
     fPath += folder.GetObjectName();
   }
   fAttributes.Clear();
   fAttributes.Add("fullpath", fPath);
   fAttributes.AddBoolean("IsFilesNode", folder.IsFileGroup());
-  fStream->StartElement("Folder", fAttributes);
-  for (const TColumn column : Columns()) WriteColumn(folder, column);
-  if (!fErrors.empty()) WriteErrors(folder);
+  fStream.StartElement("Folder", fAttributes);
+  for (const TColumn column : fExport.Columns()) WriteColumn(folder, column);
+  if (!fExport.fErrors.empty()) WriteErrors(folder);
   // How the tree came into being is no property of the folder.
-  fStream->AddElement("FolderState", folder.GetFolderState() & ~fsIsXMLImport);
+  fStream.AddElement("FolderState", folder.GetFolderState() & ~fsIsXMLImport);
   const TSizeValues values = folder.GetValues();
   fAttributes.Clear();
   AddSizes(fAttributes, values);
   fAttributes.Add("Folders", values.fFolders);
   fAttributes.Add("Compression", static_cast<int>(values.fCompression));
-  fStream->AddElement("SizeData", fAttributes);
+  fStream.AddElement("SizeData", fAttributes);
   if (pIsComplete) {
     WriteStatistics(folder);
-    fStream->EndElement("Folder");
+    fStream.EndElement("Folder");
     fPath.resize(parentLength);
   } else {
     fParentLengths.push_back(parentLength);
@@ -230,88 +272,90 @@ bool TCustomXMLExport::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   return true;
 }
 
-bool TCustomXMLExport::EndNode(const TExportRow&) {
+bool TCustomXMLExport::TFolderElements::EndNode(const TExportRow&) {
   fPath.resize(fParentLengths.back());
   fParentLengths.pop_back();
-  fStream->EndElement("Folder");
+  fStream.EndElement("Folder");
   return true;
 }
 
 // Whoever loads the file is to know that its totals are incomplete, and where.
-void TCustomXMLExport::WriteErrors(const IFolderData& pFolder) {
+void TCustomXMLExport::TFolderElements::WriteErrors(const IFolderData& pFolder) {
   const IHierarchicalObject* object = &pFolder;
-  auto error = std::partition_point(fErrors.begin(), fErrors.end(),
-                                    [&](const TScanError& pError) { return std::less<>()(pError.fObject.get(), object); });
-  for (; error != fErrors.end() && error->fObject.get() == object; ++error) {
+  auto error = std::partition_point(fExport.fErrors.begin(), fExport.fErrors.end(), [&](const TScanError& pError) {
+    return std::less<>()(pError.fObject.get(), object);
+  });
+  for (; error != fExport.fErrors.end() && error->fObject.get() == object; ++error) {
     fAttributes.Clear();
     fAttributes.Add("Code", error->fCode);
     fAttributes.Add("Kind", static_cast<int>(error->fKind));
     fAttributes.AddBoolean("Partial", error->fPartial);
     if (error->fPath != fPath) fAttributes.Add("Path", error->fPath);
-    fStream->AddElement("ErrorMessage", std::string_view(OSErrorText(error->fCode)), fAttributes);
+    fStream.AddElement("ErrorMessage", std::string_view(OSErrorText(error->fCode)), fAttributes);
   }
 }
 
-void TCustomXMLExport::WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn) {
+void TCustomXMLExport::TFolderElements::WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn) {
   switch (pColumn) {
     case TColumn::mdAttributes:
-      fStream->AddElement("Attributes", pNode.GetAttributes());
+      fStream.AddElement("Attributes", pNode.GetAttributes());
       return;
     case TColumn::mdLastAccess:
-      fStream->WriteFileTimeToXMLFile("LastAccessDate", pNode.GetLastAccessDate());
+      fStream.WriteFileTimeToXMLFile("LastAccessDate", pNode.GetLastAccessDate());
       return;
     case TColumn::mdLastChange:
-      fStream->WriteFileTimeToXMLFile("LastChangeDate", pNode.GetLastChangeDate());
+      fStream.WriteFileTimeToXMLFile("LastChangeDate", pNode.GetLastChangeDate());
       return;
     case TColumn::mdCreation:
-      fStream->WriteFileTimeToXMLFile("CreationDate", pNode.GetCreationDate());
+      fStream.WriteFileTimeToXMLFile("CreationDate", pNode.GetCreationDate());
       return;
     default:
       break;
   }
   if (IsSizeColumn(pColumn)) return;
-  const std::u16string text = pNode.GetFormattedValue(pColumn, fFormat);
+  const std::u16string text = pNode.GetFormattedValue(pColumn, fExport.fFormat);
   // Where owners are not collected, every folder would have an empty one.
   if (pColumn == TColumn::mdOwner && text.empty()) return;
-  fStream->AddElement(TagOf(pColumn), text);
+  fStream.AddElement(TagOf(pColumn), text);
 }
 
-void TCustomXMLExport::WriteStatistics(const IFolderData& pFolder) {
+void TCustomXMLExport::TFolderElements::WriteStatistics(const IFolderData& pFolder) {
   pFolder.ReadStatistics(fStatistics);
   if (fStatistics.Extensions()) WriteSizeArray("TExtensionSizeArray", *fStatistics.Extensions());
   if (fStatistics.Users()) WriteSizeArray("TUserSizeArray", *fStatistics.Users());
   if (fStatistics.Ages()) WriteFileAges(*fStatistics.Ages());
 }
 
-void TCustomXMLExport::WriteSizeArray(std::string_view pName, const std::vector<TKeyedSizeValues>& pRecords) {
+void TCustomXMLExport::TFolderElements::WriteSizeArray(std::string_view pName,
+                                                       const std::vector<TKeyedSizeValues>& pRecords) {
   fSorted = pRecords;
   std::sort(fSorted.begin(), fSorted.end(), TCustomAssocSizeArray::TSizeArrayComparer(TColumn::mdSize));
-  fStream->StartElement(pName);
+  fStream.StartElement(pName);
   for (const TKeyedSizeValues& record : fSorted) {
     fAttributes.Clear();
     fAttributes.Add("name", TextOfKey(record.fKey));
     AddSizes(fAttributes, record.fValues);
-    fStream->AddElement("Item", fAttributes);
+    fStream.AddElement("Item", fAttributes);
   }
-  fStream->EndElement(pName);
+  fStream.EndElement(pName);
 }
 
 // One attribute per interval, "Days_" and its bound, with size, allocated size and files.
-void TCustomXMLExport::WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords) {
+void TCustomXMLExport::TFolderElements::WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords) {
   fAttributes.Clear();
   auto record = pRecords.begin();
-  for (size_t i = 0; i < fFileAgesNames.size(); ++i) {
+  for (size_t i = 0; i < fExport.fFileAgesNames.size(); ++i) {
     const bool isEmpty = record == pRecords.end() || record->fKey != i;
     const TBasicSizeValues values = isEmpty ? TBasicSizeValues() : (record++)->fValues;
-    fText.clear();
-    AppendNumber(fText, values.fSize);
-    fText += ' ';
-    AppendNumber(fText, values.fAllocated);
-    fText += ' ';
-    AppendNumber(fText, values.fFiles);
-    fAttributes.Add(fFileAgesNames[i], std::string_view(fText));
+    fInterval.clear();
+    AppendNumber(fInterval, values.fSize);
+    fInterval += ' ';
+    AppendNumber(fInterval, values.fAllocated);
+    fInterval += ' ';
+    AppendNumber(fInterval, values.fFiles);
+    fAttributes.Add(fExport.fFileAgesNames[i], std::string_view(fInterval));
   }
-  fStream->AddElement("FileAgeDistribution", fAttributes);
+  fStream.AddElement("FileAgeDistribution", fAttributes);
 }
 
 namespace {
@@ -336,10 +380,7 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
                    const std::function<void()>& pCheck) {
   constexpr std::u16string_view kZip = u".zip";
   constexpr std::u16string_view kXML = u".xml";
-  auto endsWith = [](std::u16string_view pName, std::u16string_view pSuffix) {
-    return pName.size() > pSuffix.size() && SameTextAscii(pName.substr(pName.size() - pSuffix.size()), pSuffix);
-  };
-  if (!endsWith(pPath, kZip)) {
+  if (!HasExtension(pPath, kZip)) {
     TOutputFile file(pPath);
     TCheckedSink sink(file, pCheck);
     pExport.Export(pRoot, sink);
@@ -349,7 +390,7 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
   // "data.xml.zip" and "data.zip" both hold "data.xml".
   std::u16string entry(FileNameOfPath(pPath, NativePathDelimiter()));
   entry.resize(entry.size() - kZip.size());
-  if (!endsWith(entry, kXML)) entry += kXML;
+  if (!HasExtension(entry, kXML)) entry += kXML;
   Zip::TZipOutput archive(pPath, entry, pRoot.GetScanTimeStamp());
   TCheckedSink sink(archive, pCheck);
   pExport.Export(pRoot, sink);

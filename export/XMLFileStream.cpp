@@ -193,14 +193,24 @@ void TXMLFileStream::StartDocument(std::string_view pVersion, std::string_view p
 void TXMLFileStream::EndDocument() {
   if (!fOpen.empty() || !fRootWritten) Refuse("EndDocument", "An element is still open, or there was none");
   fBuffer.Append("\r\n");
-  fSink.Write(fBuffer.View());
+  Flush();
+}
+
+TXMLFileStream TXMLFileStream::Inside(IByteSink& pSink) {
+  TXMLFileStream stream(pSink);
+  stream.fAnything = stream.fRootWritten = true;
+  stream.fOpen.push_back({0, false});
+  return stream;
+}
+
+void TXMLFileStream::Flush() {
+  if (fTagOpen) Refuse("Flush", "It is not known yet how the innermost element's tag ends");
+  if (fBuffer.Size() > 0) fSink.Write(fBuffer.View());
   fBuffer.Clear();
 }
 
 void TXMLFileStream::FlushWhenFull() {
-  if (fBuffer.Size() < kPieceForSink) return;
-  fSink.Write(fBuffer.View());
-  fBuffer.Clear();
+  if (fBuffer.Size() >= kPieceForSink) Flush();
 }
 
 // The line break belongs to what follows it: only then is it known whether the parent has text.

@@ -86,12 +86,17 @@ class TXMLAttributes {
 class TXMLFileStream {
  public:
   explicit TXMLFileStream(IByteSink& pSink) : fSink(pSink) {}
+  // Writes what lies in an element that another stream has begun, for somebody to put there: no document is started or
+  // ended, and Flush comes last. The element has other elements in it already, but no text.
+  static TXMLFileStream Inside(IByteSink& pSink);
 
   // The declaration. Other encodings than UTF-8 are refused.
   void StartDocument(std::string_view pVersion = "1.0", std::string_view pEncoding = "UTF-8",
                      std::string_view pStandalone = "no");
   // All elements must be closed.
   void EndDocument();
+  // Hands to the sink what it does not have yet. The innermost element must have content.
+  void Flush();
 
   void StartElement(std::string_view pName, const TXMLAttributes& pAttributes = {});
   // Closes the innermost element, whose name it must be.

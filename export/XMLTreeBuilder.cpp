@@ -269,15 +269,16 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
     case elIsFullExport:
       fIsFullExport = boolean("IsFullExport");
       if (fPurpose == TPurpose::puCompare && !fIsFullExport)
-        throw EScanFileError("The XML file \"" + ToDisplay(fName) +
-                             "\" includes information for directories limited to a certain directory level.\r\n\r\n"
-                             "Only exports of the full directory tree can be used for comparison. To get a full export, "
-                             "activate the option \"Tools > Options > Export > XML > Full directory tree\".");
+        throw EScanFileError(
+            "The XML file " + ToQuotedDisplay(fName) +
+            " includes information for directories limited to a certain directory level.\r\n\r\n"
+            "Only exports of the full directory tree can be used for comparison. To get a full export, "
+            "activate the option \"Tools > Options > Export > XML > Full directory tree\".");
       break;
     case elIsCompared:
       if (fPurpose == TPurpose::puCompare && boolean("IsCompared"))
-        throw EScanFileError("The XML file \"" + ToDisplay(fName) +
-                             "\" contains data of a previous comparison.\r\n\r\n"
+        throw EScanFileError("The XML file " + ToQuotedDisplay(fName) +
+                             " contains data of a previous comparison.\r\n\r\n"
                              "Exports containing comparison data cannot be used for a second comparison.");
       break;
     case elFileAgesDateType:
@@ -378,7 +379,7 @@ void TXMLTreeBuilder::BeginFolder(TXMLAttributeSpan pAttributes) {
     TOpenFolder& parent = fOpen.back();
     if (parent.fIsFilesNode) Fail("There is a folder in the files of " + ToQuotedDisplay(fPath));
     if (folder.fIsFilesNode && parent.fNode->GetFilesNode())
-      Fail("The files of \"" + ToDisplay(fPath) + "\" are there twice");
+      Fail("The files of " + ToQuotedDisplay(fPath) + " are there twice");
     const std::u16string_view name = folder.fIsFilesNode ? std::u16string_view() : NameIn(parent, path);
     folder.fNode = parent.fNode->AddLoadedChild(name, folder.fIsFilesNode);
     if (!folder.fIsFilesNode) fPath = path;
@@ -428,8 +429,8 @@ void TXMLTreeBuilder::CheckNames(const TOpenFolder& pFolder) const {
   std::sort(names.begin(), names.end());
   const auto twice = std::adjacent_find(names.begin(), names.end());
   if (twice != names.end())
-    Fail("\"" + ToDisplay(JoinPath(std::u16string_view(fPath).substr(0, pFolder.fPathLength), *twice, fDelimiter)) +
-         "\" is there twice");
+    Fail(ToQuotedDisplay(JoinPath(std::u16string_view(fPath).substr(0, pFolder.fPathLength), *twice, fDelimiter)) +
+         " is there twice");
 }
 
 void TXMLTreeBuilder::AddStatistics(TOpenFolder& pTarget, const TFolderStatistics& pStatistics) {

@@ -1,10 +1,9 @@
 #include "export/ZipFile.h"
 
 #include <fmt/format.h>
-
-#include <algorithm>
 #include <zip.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <exception>
@@ -12,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/Paths.h"
 #include "platform/Text.h"
 
 namespace Kiv::Zip {
@@ -19,7 +19,7 @@ namespace Kiv::Zip {
 namespace {
 
 [[noreturn]] void Fail(const std::u16string& pPath, std::string_view pWhat) {
-  throw EZipError(fmt::format("\"{}\": {}", ToDisplay(pPath), pWhat));
+  throw EZipError(fmt::format("{}: {}", ToQuotedDisplay(pPath), pWhat));
 }
 
 // libzip reaches files through this, so that it opens them as the rest of the program does: any path, on both
@@ -198,9 +198,7 @@ time_t EntryTime(TKivFileTime pTime) {
 }
 
 bool IsXMLName(std::string_view pName) {
-  constexpr std::string_view kSuffix = ".xml";
-  return pName.size() > kSuffix.size() && SameTextAscii(pName.substr(pName.size() - kSuffix.size()), kSuffix) &&
-         !pName.starts_with("__MACOSX/");
+  return HasExtension(FromUtf8(pName), u".xml") && !pName.starts_with("__MACOSX/");
 }
 
 }  // namespace
@@ -315,10 +313,7 @@ size_t TZipXMLSource::Read(char* pBuffer, size_t pLength) {
 }
 
 std::unique_ptr<IByteSource> OpenXMLSource(const std::u16string& pPath) {
-  constexpr std::u16string_view kSuffix = u".zip";
-  const bool named = pPath.size() > kSuffix.size() &&
-                     SameTextAscii(std::u16string_view(pPath).substr(pPath.size() - kSuffix.size()), kSuffix);
-  if (named) return std::make_unique<TZipXMLSource>(pPath);
+  if (HasExtension(pPath, u".zip")) return std::make_unique<TZipXMLSource>(pPath);
   char start[4] = {};
   auto file = std::make_unique<TFileStream>(TFileStream::OpenForReading(pPath));
   // A pipe cannot be looked into; it is read as it comes.

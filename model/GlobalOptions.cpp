@@ -297,6 +297,8 @@ std::vector<TOptionInfo> DeclareOptions() {
           "Encryption on the way to the mail server"),
       Text("MailUser", &TOptions::MailUser, "", "", nullptr, "Name to log in to the mail server with"),
       Text("MailFrom", &TOptions::MailFrom, "", "", nullptr, "Address that mails come from"),
+      Boolean("RecordHistory", &TOptions::RecordHistory, false, "Add every finished scan to the history"),
+      Text("HistoryFile", &TOptions::HistoryFile, "", "", nullptr, "Database of the history; none: the user's own"),
       Boolean("CloseAfterExport", &TOptions::CloseAfterExport, false, "End the program once the exports are written"),
   };
   AddMediaOptions(options, "Text", TMediaType::mtText);

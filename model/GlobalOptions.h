@@ -51,6 +51,8 @@ class TGlobalOptions {
   TMailSecurity MailSecurity = TMailSecurity::msStartTLS;
   std::string MailUser;
   std::string MailFrom;
+  bool RecordHistory = false;
+  std::string HistoryFile;
   bool CloseAfterExport = false;
 
   TGlobalOptions();  // all defaults

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,5 +11,8 @@ namespace Kiv {
 // are compared as the system does: without regard to case on Windows. On Linux no other thread may set variables
 // meanwhile.
 std::u16string ExpandEnvironment(std::u16string_view pText);
+
+// The value of one variable, under the same rules; nothing when it is not set. It may be set and empty.
+std::optional<std::u16string> EnvironmentVariable(std::u16string_view pName);
 
 }  // namespace Kiv

@@ -16,4 +16,18 @@ std::u16string ExpandEnvironment(std::u16string_view pText) {
   }
 }
 
+std::optional<std::u16string> EnvironmentVariable(std::u16string_view pName) {
+  const std::u16string name(pName);
+  std::u16string value(1, u'\0');
+  for (;;) {
+    const auto room = static_cast<DWORD>(value.size());
+    SetLastError(ERROR_SUCCESS);
+    // The end's zero counts in the room that is asked for, but not in what was written. 0 is also an empty value.
+    const DWORD length = GetEnvironmentVariableW(Win32::Wide(name), reinterpret_cast<wchar_t*>(value.data()), room);
+    if (length == 0 && GetLastError() != ERROR_SUCCESS) return std::nullopt;
+    value.resize(length);
+    if (length < room) return value;
+  }
+}
+
 }  // namespace Kiv

@@ -8,7 +8,7 @@ namespace Kiv {
 
 EOSError::EOSError(uint32_t pCode, std::string_view pOperation, std::u16string_view pObject)
     : EException(
-          fmt::format("{}: \"{}\": {} (Error Code {})", pOperation, ToDisplay(pObject), OSErrorText(pCode), pCode)),
+          fmt::format("{}: {}: {} (Error Code {})", pOperation, ToQuotedDisplay(pObject), OSErrorText(pCode), pCode)),
       fCode(pCode),
       fOperation(pOperation),
       fObject(pObject) {}

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace Kiv {
 
@@ -15,9 +17,27 @@ enum class TFolderAccess : uint8_t { faUsual, faUserAlone };
 // Creates the folder, and those above it that are missing. Does nothing for an empty path or for what is there already,
 // a file included: who then writes into it gets the failure. EOSError.
 void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess = TFolderAccess::faUsual);
+// The same for the folder that a file is to lie in.
+void CreateFolderOf(const std::u16string& pFile, TFolderAccess pAccess = TFolderAccess::faUsual);
 // A new folder for this user alone, in the system's place for temporary files. EOSError.
 std::u16string CreateTemporaryFolder();
 // Removes a file or an empty folder; what cannot be removed stays.
 void RemoveQuietly(const std::u16string& pPath) noexcept;
+
+// Files in a new temporary folder, gone with the object. One thread.
+class TTemporaryFiles {
+ public:
+  TTemporaryFiles() : fFolder(CreateTemporaryFolder()) {}  // EOSError
+  ~TTemporaryFiles();
+  TTemporaryFiles(const TTemporaryFiles&) = delete;
+  TTemporaryFiles& operator=(const TTemporaryFiles&) = delete;
+
+  // The path of the file of this name, which is the caller's to write.
+  std::u16string Add(std::u16string_view pName);
+
+ private:
+  const std::u16string fFolder;
+  std::vector<std::u16string> fFiles;
+};
 
 }  // namespace Kiv

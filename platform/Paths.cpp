@@ -129,6 +129,10 @@ std::u16string_view FolderOfPath(std::u16string_view pPath, char16_t pDelimiter)
   return WithoutTrailingDelimiter(pPath.substr(0, name), pDelimiter);
 }
 
+bool HasExtension(std::u16string_view pPath, std::u16string_view pExtension) {
+  return pPath.size() >= pExtension.size() && SameTextAscii(pPath.substr(pPath.size() - pExtension.size()), pExtension);
+}
+
 bool IsRootedPath(std::u16string_view pPath, char16_t pDelimiter) {
   const size_t root = RootLength(pPath, pDelimiter);
   return pDelimiter == u'\\' ? root >= 3 : root == 1;

@@ -17,6 +17,9 @@ std::u16string_view WithoutTrailingDelimiter(std::u16string_view pPath, char16_t
 std::u16string_view FileNameOfPath(std::u16string_view pPath, char16_t pDelimiter);
 // The path without its last part; empty for a root or a bare name.
 std::u16string_view FolderOfPath(std::u16string_view pPath, char16_t pDelimiter);
+// Whether the name ends in the extension, given with its dot; ".xml.zip" is one as well. The letter case of ASCII does
+// not count. A name that is nothing else has the extension too: whoever asks for a file ".csv" wants that kind of file.
+bool HasExtension(std::u16string_view pPath, std::u16string_view pExtension);
 // "C:\x", "\\server\share", "\\?\…"; "/x".
 bool IsRootedPath(std::u16string_view pPath, char16_t pDelimiter);
 

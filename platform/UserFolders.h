@@ -8,5 +8,8 @@ namespace Kiv {
 // is absolute, or else in ~/.config; on Windows "Vantrel" in the roaming application data. Absolute, empty when the
 // system tells none, and not created. On Linux no other thread may set environment variables meanwhile.
 std::u16string UserConfigurationFolder();
+// The same for what it keeps on its own account: "vantrel" in $XDG_DATA_HOME or ~/.local/share; on Windows "Vantrel" in
+// the local application data, since it may grow large.
+std::u16string UserDataFolder();
 
 }  // namespace Kiv

@@ -36,16 +36,24 @@ std::string Join(std::string pFolder, std::string_view pName) {
   return pFolder.append(pName);
 }
 
-}  // namespace
-
-std::u16string UserConfigurationFolder() {
-  std::string folder = AbsoluteVariable("XDG_CONFIG_HOME");
+std::u16string FolderOf(const char* pVariable, std::string_view pBelowHome) {
+  std::string folder = AbsoluteVariable(pVariable);
   if (folder.empty()) {
     const std::string home = HomeFolder();
     if (home.empty()) return {};
-    folder = Join(home, ".config");
+    folder = Join(home, pBelowHome);
   }
   return FromNativeBytes(Join(folder, "vantrel"));
+}
+
+}  // namespace
+
+std::u16string UserConfigurationFolder() {
+  return FolderOf("XDG_CONFIG_HOME", ".config");
+}
+
+std::u16string UserDataFolder() {
+  return FolderOf("XDG_DATA_HOME", ".local/share");
 }
 
 }  // namespace Kiv

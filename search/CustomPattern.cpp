@@ -132,11 +132,11 @@ void TCustomPattern::ReadFromXML(const TElementAttributes& pAttributes) {
   if (!TryParseFormatId(FindAttribute(pAttributes, u"Target_fmtid"), target.fFormatId) ||
       !TryParseInt64(ToUtf8(FindAttribute(pAttributes, u"Target_pid")), propertyId) || propertyId < 0 ||
       propertyId > UINT32_MAX)
-    throw EInvalidArgumentValue("The pattern \"" + ToDisplay(text) + "\" names no column to look at");
+    throw EInvalidArgumentValue("The pattern " + ToQuotedDisplay(text) + " names no column to look at");
   target.fPropertyId = static_cast<uint32_t>(propertyId);
   int64_t type = 0;
   if (!TryParseInt64(ToUtf8(FindAttribute(pAttributes, u"PatternType")), type) || type < 0 || type > 1)
-    throw EInvalidArgumentValue("The pattern \"" + ToDisplay(text) + "\" is neither to include nor to exclude");
+    throw EInvalidArgumentValue("The pattern " + ToQuotedDisplay(text) + " is neither to include nor to exclude");
   TakeText(text);
   TakeTarget(target);
   fPatternType = static_cast<TPatternType>(type);

@@ -141,7 +141,7 @@ TRef<IPattern> CreateForXML(const TElementAttributes& pAttributes, char16_t pPat
   else if (name == u"TFileGroupPattern")
     pattern = MakeRef<TFileGroupPattern>(kAny, kType, pPathDelimiter);
   else
-    throw EInvalidArgumentValue("Class \"" + ToDisplay(name) + "\" is no knonw class derived by TCustomPattern.");
+    throw EInvalidArgumentValue("Class " + ToQuotedDisplay(name) + " is no knonw class derived by TCustomPattern.");
   pattern->ReadFromXML(pAttributes);
   return pattern;
 }

@@ -71,8 +71,7 @@ std::string DigitsOf(std::string_view pNumber) {
   const char separator = pNumber[first];
   const size_t last = pNumber.find_last_of(kSeparators);
   const size_t behindLast = pNumber.size() - last - 1;
-  const bool mixed = pNumber.find_first_of(kSeparators) != std::string_view::npos &&
-                     pNumber.find_first_not_of(std::string(kDigits) + separator) != std::string_view::npos;
+  const bool mixed = pNumber.find_first_not_of(std::string(kDigits) + separator) != std::string_view::npos;
   if (mixed || (behindLast > 0 && behindLast != 3)) {
     throw ESizeTextError(
         fmt::format("\"{}\" is a decimal value and not supported. Please use a smaller size unit and "

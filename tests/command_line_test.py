@@ -71,6 +71,9 @@ REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
 
 DAMAGED_OPTIONS = {"../home/.config/vantrel/options.xml": "<VantrelOptions"}  # the user's own, on Linux
 
+NO_HISTORY = pattern(r'No scan of "data"(?: with this filter)? is recorded in ".*\.db"; scan it with --record-history')
+RECORDED = "data --HistoryFile h.db --record-history --csv -"
+
 # Refused before anything is scanned or written.
 REFUSED = [
     Row("", err=("No path to scan was given",)),
@@ -115,6 +118,8 @@ REFUSED = [
     Row("data --listseparator ''", err=('--listseparator "" cannot stand between fields: it is empty or holds a quote or a line '
                                         "break",)),
     Row("data --csv a.csv --text ./a.csv", err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
+    Row("--history data --history-csv a.csv --history-export ./a.csv",
+        err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
     Row("data --csv - --xml -", err=('Two exports would go into the same file: "-"',)),
     Row("data other --compare a.xml", err=("Several scans cannot be compared with one file. Run Vantrel for each of them.",)),
     Row("data --compare= --open --importpatterns ''", err=tuple(
@@ -128,6 +133,10 @@ REFUSED = [
         err=(pattern('The options file ".*options.xml" cannot be loaded. Line 1, .*. /NOOPTIONS leaves it out'),)),
     Row("/SAVESETTINGS /READONLY", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
+    Row("--history-csv a.csv", err=("--history-csv writes the history that --history names: name a path with it",)),
+    Row("--history-delete first", err=('--history-delete "first" is no scan\'s ID; --history shows them',)),
+    Row("--history --history-import", err=("A path was expected after the command line parameter --history",
+                                           "A file was expected after the command line parameter --history-import")),
     Row("data --email nobody", err=('--email "nobody" is no mail address',)),
     Row("data --email 'a@b.example;c d@e.example' --csv", err=('--email "c d@e.example" is no mail address',)),
     Row("data --email=", err=('--email "" names nobody',)),
@@ -202,6 +211,21 @@ DONE = [
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "data /SAVESETTINGS /FORGETSETTINGS --ExportTitle New"),
         out=("Kept\r\n",)),
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "/NOOPTIONS /SAVESETTINGS"), out=("Vantrel Report, ",)),
+    Row("--HistoryFile h.db --history data", before=(RECORDED,), out=("History of data", "6.2 KB", "  1\r\n", "|*")),
+    Row("data --HistoryFile h.db --RecordHistory --history data", before=(RECORDED, "data/sub --record-history --HistoryFile h.db"),
+        out=("Vantrel Report, ", "History of data", "0 B", "  3\r\n"), absent=("  2\r\n",)),
+    Row("data --exclude *.bin --HistoryFile h.db --record-history --history data", before=(RECORDED,),
+        out=("History of data", "1.3 KB"), absent=("6.2 KB",)),
+    # What wildcards take in has a history of its own; so has the folder, whatever name it is reached by.
+    Row("--HistoryFile h.db --history sub/../data/*.bin --history data", before=("data/*.bin --HistoryFile h.db --RecordHistory", RECORDED),
+        out=("History of sub/../data/*.bin", "4.9 KB", "  1\r\n", "History of data", "6.2 KB", "  2\r\n")),
+    Row("--HistoryFile h.db --history data --history-csv h.csv", before=(RECORDED,), files={"h.csv": (
+        "Date,Size,Allocated,Files,Free Space,Growth,Growth %,ID\r\n", ",6300,", ",3,", ",,,1\r\n")}),
+    Row("--HistoryFile h.db --history-delete 1 --history data", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,),
+        out=("The scan 1 was deleted; of its path 0 scans are left",)),
+    Row("--HistoryFile h.db --history-export new/copy.db", before=(RECORDED,), files={"new/copy.db": ("SQLite format 3",)}),
+    Row("--HistoryFile other.db --history-import h.db --history data", before=(RECORDED,), files={"other.db": ("SQLite",)},
+        out=('"h.db": 1 scan was added to the history', "History of data", "6.2 KB")),
     Row("--version", given=DAMAGED_OPTIONS, out=("Vantrel ",), windows=False),
     Row("data --nooptions", given=DAMAGED_OPTIONS, out=("6.2 KB",), windows=False),
     Row("data /DEBUG", out=("6.2 KB",), err=(
@@ -209,13 +233,13 @@ DONE = [
         "TPostProcessActionHandler.PerformPostProcessActions: Terminating application.")),
     Row("data --debuglog a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
     Row("data --debugmode a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
-    Row("--version", out=("Vantrel ",)),
+    Row("--version", out=("Vantrel ", ", 64-bit)\r\n")),
     Row("--help", out=("Usage: vantrel ", "--CSV", "Exit code: ")),
     Row("/?", out=("Usage: vantrel ",)),
     Row("-h expand", out=("--EXPAND [LEVEL]", "May be given more than once.")),
     Row("--help no-such --version --help", code=WRONG_COMMAND_LINE, err=(
         only_once("--help"),)),
-    Row("data data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB",)),
+    Row("data data/sub data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB", SEPARATOR, "5.2 KB")),
 ]
 
 # What goes wrong on the way. Whatever can still be done is done.
@@ -223,6 +247,18 @@ FAILED = [
     Row("gone data --csv -", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), out=("data,6300,",)),
     Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),
     Row("--open missing.xml", PATH_NOT_FOUND, err=(pattern('The XML file "missing.xml" cannot be read: .+'),)),
+    Row("--HistoryFile history.db --history data", PATH_NOT_FOUND, err=(NO_HISTORY,)),
+    Row("--HistoryFile h.db --history data --exclude *.tmp", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,)),
+    Row("--HistoryFile h.db --history data", PATH_NOT_FOUND, before=(RECORDED + " --exclude *.bin",),
+        err=(pattern(r'No scan of "data" without a filter is recorded in ".*\.db"; scan it with --record-history'),)),
+    # Nor do the other tasks go without that which failed.
+    Row("--HistoryFile h.db --history-import missing.db --history data --history other", OUTPUT_FAILED,
+        before=("data other --HistoryFile h.db --record-history",), err=(pattern('The database "missing.db" cannot be opened: .+'),),
+        out=("History of data", "|*", "History of other", "|*")),
+    Row("--HistoryFile history.db --history-delete 7", PATH_NOT_FOUND, err=(pattern('The history ".*history.db" holds no scan 7'),)),
+    # The export goes on without the history.
+    Row("data --HistoryFile bad.db --record-history --csv ok.csv", OUTPUT_FAILED, given={"bad.db": "no database" * 200},
+        err=(pattern('The database ".*bad.db": .* on sql: .*'),), files={"ok.csv": ("data,6300,",)}),
     Row("data --compare missing.xml", PATH_NOT_FOUND, err=(pattern('.*"missing.xml": .+'),)),
     Row("data --compare wrong.xml", PATH_NOT_FOUND, given={"wrong.xml": "<a/>"}, err=(pattern('.*wrong.xml.*'),), out=("6.2 KB",)),
     # A file where a folder would have to be; told before the scan, so the second export is not written either.
@@ -272,7 +308,7 @@ class CommandLineTest(program_test.ProgramTest):
     def contents(self, name):
         path = self.work / name
         if not zipfile.is_zipfile(path):
-            return path.read_bytes().decode("utf-8")
+            return path.read_bytes().decode("utf-8", "replace")
         with zipfile.ZipFile(path) as archive:
             return "".join(archive.read(member).decode("utf-8") for member in archive.namelist())
 

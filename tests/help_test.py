@@ -47,8 +47,8 @@ class Names:
     """What there is to be documented and completed, read from the lists that users read."""
 
     def __init__(self):
-        self.switches = lower_switches(re.findall(r"(?m)^  (--\w+)", help_on("switches")))
-        self.options = set(re.findall(r"(?m)^  (--\w+)", help_on("options")))
+        self.switches = lower_switches(re.findall(r"(?m)^  (--\w[\w-]*)", help_on("switches")))
+        self.options = set(re.findall(r"(?m)^  (--\w[\w-]*)", help_on("options")))
         self.not_built = re.findall(r"\w[\w:]+", help_on("switches").split("version:\r\n")[1])
         same = [re.search(r"The same as (.*)\.", help_on(name[2:])) for name in self.switches]
         aliases = lower_switches(alias for match in same if match for alias in match[1].split(", "))
@@ -127,12 +127,12 @@ class HelpTest(unittest.TestCase):
         text = dict(zip(sections[1::2], sections[2::2]))
         names = Names()
         tags = re.findall(r"(?m)^       (--?[\w?].*)$", text["SWITCHES"])
-        tagged = {word for tag in tags for word in re.findall(r"(?:^|, )(--\w+)", tag)}
+        tagged = {word for tag in tags for word in re.findall(r"(?:^|, )(--\w[\w-]*)", tag)}
         self.assertEqual(tagged, names.spellings)
-        self.assertTrue(set(names.not_built) <= {word.upper() for word in re.findall(r"--([\w:]+)", text["SWITCHES"])})
-        self.assertEqual(set(re.findall(r"(?m)^       (--\w+)", text["OPTIONS"])), names.options)
+        self.assertTrue(set(names.not_built) <= {word.upper() for word in re.findall(r"--([\w:-]+)", text["SWITCHES"])})
+        self.assertEqual(set(re.findall(r"(?m)^       (--\w[\w-]*)", text["OPTIONS"])), names.options)
         self.assertEqual(re.findall(r"(?m)^       (\d) +\S", text["EXIT STATUS"]), list("0123456"))
-        for token in re.findall(r"[\s(](--\w+)", text["EXAMPLES"] + text["FILES"] + text["ENVIRONMENT"]):
+        for token in re.findall(r"[\s(](--\w[\w-]*)", text["EXAMPLES"] + text["FILES"] + text["ENVIRONMENT"]):
             self.assertIn(token.lower(), {name.lower() for name in names.switches | names.options})
         # Everything that the help on a name says, but for full stops; and what has a meaning to formatters.
         plain = words(page)
@@ -143,7 +143,8 @@ class HelpTest(unittest.TestCase):
             explanation, values = help_on(name[2:]).split("\r\n")[:2]
             self.assertIn(words(explanation), plain)
             self.assertIn(words(values.split(", default ")[0]), plain)
-        for shown in (r"/SCAN D:\Data;E:\Shares", r"C:\reports\data.xml.zip", r"%APPDATA%\Vantrel\options.xml"):
+        for shown in (r"/SCAN D:\Data;E:\Shares", r"C:\reports\data.xml.zip", r"%APPDATA%\Vantrel\options.xml",
+                      r"%LOCALAPPDATA%\Vantrel\history.db"):
             self.assertIn(shown, page)
 
     # --- completions ---
@@ -159,7 +160,7 @@ class HelpTest(unittest.TestCase):
         script = f'source {self.save("bash")}; COMP_WORDS=(vantrel --) COMP_CWORD=1\n_vantrel vantrel -- vantrel 2>&-\n'
         process = run(["bash", "-c", script + 'printf "%s\\n" "${COMPREPLY[@]}"'])
         self.assertEqual(sorted(process.stdout.decode().split()), sorted(expected))
-        self.assertEqual(sorted(re.findall(r"(?m)^    '\*(--\w+)=?\[", help_on("zsh"))), sorted(expected))
+        self.assertEqual(sorted(re.findall(r"(?m)^    '\*(--\w[\w-]*)=?\[", help_on("zsh"))), sorted(expected))
         if shutil.which("fish"):
             self.assertEqual({re.match(r"[^=\t]*", line)[0] for line in self.fish("vantrel --")}, expected)
 

@@ -98,49 +98,11 @@ class CommonTests:
         self.assertEqual([line.split()[0] for line in run.lines[6:10]],
                          [self.native(self.folder), "a", "[Files]", "empty"])
 
-    def test_version_and_help_go_to_standard_output(self):
-        run = self.run_program("--version")
-        self.assertEqual((run.code, run.err), (OK, ""))
-        self.assertRegex(run.out, r"^Vantrel \d+\.\d+\.\d+ \((Linux|Windows), 64-bit\)\r\n$")
-        for switch in ("--help", "-h", "/?", "/HELP"):
-            run = self.run_program(switch)
-            self.assertEqual((run.code, run.err), (OK, ""))
-            self.assertTrue(run.out.startswith("Usage: vantrel "))
-        self.assertIn("--MaximumThreads", self.run_program("--help", "options").out)
-
-    def test_wrong_command_lines_scan_nothing(self):
-        self.make("x", 1)
-        for arguments, message in (((), "No path to scan was given"),
-                                   (("/NOGUI",), "No valid command line option was passed in non-UI mode."),
-                                   (("--KeepFile", "."), "Did you mean --KeepFiles?"),
-                                   ((".", "--MaximumThreads", "0"), "expected 1..256"),
-                                   (("/SCAN", "--nogui"), "A path was expected")):
-            with self.subTest(arguments=arguments):
-                run = self.run_program(*arguments)
-                self.assertEqual((run.code, run.out), (WRONG_COMMAND_LINE, ""))
-                self.assertIn(message, run.err)
-                self.assertIn("Usage: ", run.err)
-
-    def test_a_missing_path_does_not_keep_the_others_from_being_scanned(self):
-        self.make("here/x", 5)
-        run = self.scan("gone", "here")
-        self.assertEqual(run.code, PATH_NOT_FOUND)
-        self.assertRegex(run.err, r'^Cannot scan "gone": .+\r\n$')
-        self.assertEqual(list(run.rows.values()), [(5, 1, 0)])
-
     def test_a_file_is_reported_as_that_file(self):
         path = self.make("single", 77)
         run = self.scan(self.native(path))
         self.assertEqual((run.code, run.err), (OK, ""))
         self.assertEqual(list(run.rows.values()), [(77, 1, 0)])
-
-    def test_paths_given_twice_or_inside_another(self):
-        self.make("a/b/x", 5)
-        run = self.scan("a", f"a{self.delimiter}b", "a")
-        self.assertEqual((run.code, run.titles()), (OK, 2))
-        self.assertIn('"a" was given more than once', run.err)
-        self.assertEqual([values for name, values in run.rows.items() if self.delimiter in name], [(5, 1, 1), (5, 1, 0)])
-        self.assertIn("\r\n\r\n\r\n" + 48 * "_" + "\r\nVantrel Report, ", run.out)
 
     def test_a_path_may_end_in_a_delimiter_and_hold_blanks(self):
         self.make("my folder/x", 9)
@@ -184,22 +146,6 @@ class LinuxTest(CommonTests, ProgramTest):
             self.assertIn(shown, run.out)
         self.assertEqual(run.rows[str(self.folder)], (6, 6, 7))
 
-    def test_names_that_are_not_text_can_be_given(self):
-        name = b"caf\xe9"
-        os.mkdir(os.path.join(os.fsencode(self.folder), name))
-        self.make("x", 1)
-        os.rename(self.folder / "x", os.path.join(os.fsencode(self.folder), name, b"x"))
-        run = self.scan(name)
-        self.assertEqual((run.code, list(run.rows.values())), (OK, [(1, 1, 0)]))
-
-    def test_slash_tokens(self):
-        path = self.native(self.folder)
-        self.make("x", 4)
-        for arguments in ((path,), ("/SCAN", path), ("/scan", f"{path};{path}"), ("/NoGui", path), ("--", path),
-                          (path, "--StayOnFileSystem"), ("--StayOnFileSystem", path)):
-            run = self.scan(*arguments)
-            self.assertEqual((run.code, list(run.rows.values())), (OK, [(4, 1, 0)]), arguments)
-
     def test_folders_that_cannot_be_read(self):
         self.make("open/x", 10)
         for i in range(3):
@@ -236,10 +182,6 @@ class LinuxTest(CommonTests, ProgramTest):
         left = [line.split('"')[1] for line in err.decode().split("\r\n") if line.startswith("Not scanned: ")]
         self.assertEqual(left, paths[reported:])
         self.assertTrue(left)
-
-    def test_no_escape_sequences_where_there_is_no_terminal(self):
-        run = self.run_program("gone")
-        self.assertNotIn("\x1b", run.err)
 
 
 class WindowsTest(CommonTests, ProgramTest):

@@ -438,7 +438,9 @@ class Run:
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
                            VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
                            VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
-                           VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"))
+                           VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"),
+                           VANTREL_RECORD_HISTORY=str(BUILD / "release/tests/record_history"),
+                           VANTREL_RECORD_HISTORY_WINDOWS=str(BUILD / "windows/tests/record_history.exe"))
         for path in files:
             self.report("python", run_python_test(path, self.options.timeout, environment))
 

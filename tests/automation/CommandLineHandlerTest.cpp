@@ -3,6 +3,7 @@
 #include "automation/CommandLineHandler.h"
 #include "automation/ExitCodes.h"
 #include "automation/HelpText.h"
+#include "platform/Paths.h"
 #include "platform/Text.h"
 
 namespace {
@@ -77,7 +78,6 @@ TEST(CommandLineHandler, CollectsPaths) {
 }
 
 TEST(CommandLineHandler, KnowsItsSwitches) {
-  EXPECT_TRUE(TCommandLine(u"/nogui x").State().fUnattended);
   for (const char16_t* line : {u"--help", u"/?", u"-h", u"/HELP", u"x --Help"}) {
     TCommandLine help(line);
     EXPECT_TRUE(help.State().fHelp) << ToUtf8(line);
@@ -85,42 +85,31 @@ TEST(CommandLineHandler, KnowsItsSwitches) {
   }
   EXPECT_EQ(TCommandLine(u"--help Options").State().fHelpTopic, u"Options");
   EXPECT_EQ(TCommandLine(u"--help=options").State().fHelpTopic, u"options");
-  EXPECT_TRUE(TCommandLine(u"--version").State().fVersion);
   TCommandLine options(u"--KeepFiles=false --MaximumThreads 3 x");
   EXPECT_FALSE(options.fOptions.KeepFiles);
   EXPECT_EQ(options.fOptions.MaximumThreads, 3);
+  // Saved, the file is the same one from every folder.
+  TCommandLine history(u"--SaveSettings --HistoryFile sub/h.db");
+  history.Refusal();
+  EXPECT_EQ(history.fOptions.HistoryFile, ToNativeBytes(AbsolutePath(u"sub/h.db")));
 }
 
+// The other refusals are among those of the built program, in command_line_test.py.
 TEST(CommandLineHandler, RefusesWithOneClearMessage) {
   struct TCase {
     std::u16string fLine;
     std::string fMessage;
   };
   const TCase cases[] = {
-      {u"", "No path to scan was given"},
       {u"--KeepFiles", "No path to scan was given"},
-      {u"/NOGUI",
-       "No valid command line option was passed in non-UI mode. Please see help file for a list of available command "
-       "line options."},
-      {u"/SCAN", "A path was expected after the command line parameter /SCAN"},
-      {u"--scan /NOGUI", "A path was expected after the command line parameter --scan"},
       {u"--scan ;", "A path was expected after the command line parameter --scan"},
-      {u"--nogui=1 x", "The command line option --nogui takes no value"},
-      {u"--KeepFile x", "Unknown Command line option: --KeepFile. Did you mean --KeepFiles?"},
       {u"-nogiu x", "Unknown Command line option: -nogiu. Did you mean -NOGUI?"},
       {u"--sacn x", "Unknown Command line option: --sacn. Did you mean --SCAN?"},
       {u"--sxyn x", "Unknown Command line option: --sxyn"},  // two letters of four: could be anything
       {u"--scna=1 x", "Unknown Command line option: --scna. Did you mean --SCAN?"},
       {u"--verison", "Unknown Command line option: --verison. Did you mean --VERSION?"},
       {u"-x", "Unknown Command line option: -x"},
-      {u"--MaximumThreads 1000 x", "MaximumThreads: \"1000\" is not allowed; expected 1..256"},
-      {u"x --MaximumThreads", "MaximumThreads needs a value: 1..256"},
-      {u"--help everything", "There is no help on everything; try \"--help switches\" or \"--help options\""},
-      {u"--help options --help options",
-       "The command line option --help is allowed only once. You may however specify multiple values separated by "
-       "semicolon."},
       {u"--bogus\x1b[31m x", "Unknown Command line option: --bogus\\x1B[31m"},
-      {u"x \"\"", "An empty path was given"},
       {u"--qqqq --MaximumThreads=0",
        "Unknown Command line option: --qqqq\r\n"
        "MaximumThreads: \"0\" is not allowed; expected 1..256"},
@@ -130,24 +119,14 @@ TEST(CommandLineHandler, RefusesWithOneClearMessage) {
   EXPECT_EQ(TCommandLine(u"/NOGIU x", false).Refusal(), "Unknown Command line option: /NOGIU. Did you mean /NOGUI?");
 }
 
-TEST(HelpText, FitsAScreenAndNamesEverything) {
-  const std::vector<std::string> help = HelpText();
-  EXPECT_LE(help.size(), 24u);
-  std::string all;
-  for (const std::string& line : help) {
-    EXPECT_LE(DisplayWidth(line), 80) << line;
-    all += line + "\n";
-  }
-  for (const char* name : {"--SCAN", "--CSV", "--HELP", "--VERSION", "--OPTION"})
-    EXPECT_THAT(all, testing::HasSubstr(name));
+TEST(HelpText, TellsDefaultsAndRanges) {
   std::string options;
   for (const std::string& line : OptionsHelpText()) {
     EXPECT_LE(DisplayWidth(line), 100) << line;
     options += line + "\n";
   }
-  EXPECT_THAT(options, testing::HasSubstr("1..256, default 8"));
-  for (const TOptionInfo& option : AllOptions())
-    EXPECT_THAT(options, testing::HasSubstr("--" + std::string(option.fName) + " "));
+  for (const char* shown : {"1..256, default 8\n", ", default \",\"\n", "\n      any text\n"})
+    EXPECT_THAT(options, testing::HasSubstr(shown));
 }
 
 TEST(CommandLineHandler, TakesPatterns) {

@@ -7,6 +7,7 @@
 #include "automation/MailAddress.h"
 #include "automation/MailSource.h"
 #include "automation/MailText.h"
+#include "tests/support/Failures.h"
 #include "tests/support/NastyText.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -98,12 +99,8 @@ TEST(MailTest, WhatIsNoAddressIsRefused) {
   }
   EXPECT_THROW(CheckMailAddress(std::u16string(65, u'l') + u"@b"), EInvalidArgumentValue);
   EXPECT_THROW(CheckMailAddress(u"a@" + std::u16string(64, u'd')), EInvalidArgumentValue);
-  try {
-    CheckMailAddress(u"x\r\nBcc: y");
-    ADD_FAILURE();
-  } catch (const EInvalidArgumentValue& error) {
-    EXPECT_STREQ(error.what(), "\"x\\r\\nBcc: y\" is no mail address");
-  }
+  EXPECT_EQ(Vantrel::Testing::MessageOf<EInvalidArgumentValue>([] { CheckMailAddress(u"x\r\nBcc: y"); }),
+            "\"x\\r\\nBcc: y\" is no mail address");
 }
 
 TEST(MailTest, Dates) {

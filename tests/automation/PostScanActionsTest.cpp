@@ -1,9 +1,10 @@
 #include <gmock/gmock.h>
 
-#include "automation/PostScanActions.h"
 #include "automation/ExportFile.h"
+#include "automation/PostScanActions.h"
 #include "platform/Errors.h"
 #include "platform/Text.h"
+#include "tests/support/Failures.h"
 #include "tests/support/FakeTree.h"
 #include "tests/support/LineList.h"
 #include "tests/support/TemporaryFolder.h"
@@ -14,6 +15,7 @@ using namespace Kiv;
 using namespace Kiv::PostScanActions;
 using Hierarchical::Exporting::TRecursionLevel;
 using testing::ElementsAre;
+using Vantrel::Testing::MessageOf;
 using Vantrel::Testing::TFakeRoot;
 using Vantrel::Testing::TFakeRoots;
 using Vantrel::Testing::TLineList;
@@ -71,14 +73,6 @@ class PostScanActions : public testing::Test {
     fHandler.Add(std::make_unique<TAction>(fRun, pNumber, pLevel, pFlags));
   }
   bool Perform() { return fHandler.PerformPostProcessActions(fRoot.get(), *fRoots); }
-  static std::string MessageOf(const std::function<void()>& pCall) {
-    try {
-      pCall();
-    } catch (const EException& error) {
-      return error.what();
-    }
-    return {};
-  }
 };
 
 TEST_F(PostScanActions, WithoutWindowAndQueueTheReportIsWrittenAndTheProgramEnds) {
@@ -101,9 +95,10 @@ TEST_F(PostScanActions, ProgrammingErrorsStopTheQueue) {
   Add(1);
   fHandler.Add(nullptr);
   Add(2);
-  EXPECT_EQ(MessageOf([&] { Perform(); }), "The PostScanActions array must not contain nil values!");
+  EXPECT_EQ(MessageOf<EException>([&] { Perform(); }), "The PostScanActions array must not contain nil values!");
   EXPECT_THAT(fRun, ElementsAre(1));
-  EXPECT_EQ(MessageOf([&] { fHandler.PerformPostProcessActions(nullptr, *fRoots); }), "pRoot must not be nil");
+  EXPECT_EQ(MessageOf<EException>([&] { fHandler.PerformPostProcessActions(nullptr, *fRoots); }),
+            "pRoot must not be nil");
   EXPECT_EQ(fHost.fTerminated, 0);
 }
 
@@ -243,7 +238,7 @@ TEST_F(FailingActions, AttachmentsAreThoseOfAllActionsAndMustBeThere) {
   Put("b").fFiles = {folder.File("3")};
   EXPECT_THAT(fHandler.CheckAttachments(), ElementsAre(folder.File("1"), folder.File("2"), folder.File("3")));
   Put("c").fFiles = {folder.File("missing")};
-  EXPECT_EQ(MessageOf([&] { fHandler.CheckAttachments(); }),
+  EXPECT_EQ(MessageOf<EException>([&] { fHandler.CheckAttachments(); }),
             "The file to be mailed is not there: " + ToQuotedDisplay(folder.File("missing")));
 }
 

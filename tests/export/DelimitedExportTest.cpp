@@ -6,7 +6,7 @@
 #include "export/DelimitedExport.h"
 #include "platform/Text.h"
 #include "tests/support/LineList.h"
-#include "tests/support/MemoryServices.h"
+#include "tests/support/MemoryRoot.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
 namespace {
@@ -15,25 +15,13 @@ using namespace Kiv::Testing;
 using testing::ElementsAre;
 using Vantrel::Testing::TLineList;
 
-constexpr int64_t kForever = 60'000;
-
-class TScannedRoot {
- public:
+struct TScannedRoot : TMemoryRoot {
   explicit TScannedRoot(const std::function<void(TMemoryEntry&)>& pFill, bool pSharesOfAllocated = false) {
-    pFill(fStorage->Top());
+    pFill(Top());
     fOptions->CollectOwners = true;
     fOptions->UseAllocatedForShares = pSharesOfAllocated;
-    fServices->fStorages[u"/memory"] = fStorage;
-    fRoot = MakeRef<Vantrel::TCustomUnixRoot>(u"/memory", u"", fServices, fOptions, nullptr);
-    fRoot->Scan();
-    EXPECT_TRUE(fRoot->WaitForScan(kForever));
+    Scan();
   }
-  ~TScannedRoot() { fRoot->Dispose(); }
-
-  std::shared_ptr<TMemoryStorage> fStorage = TMemoryStorage::Create();
-  std::shared_ptr<TGlobalOptions> fOptions = std::make_shared<TGlobalOptions>();
-  TRef<TMemoryServices> fServices = MakeRef<TMemoryServices>();
-  TRef<IHierarchicalRoot> fRoot;
 };
 
 TMediaSettings Settings(std::u16string_view pColumns = u"fullpath;size") {
@@ -193,19 +181,6 @@ TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
   settings.fSortOrder = {TColumn::mdName, true};
   EXPECT_THAT(Lines(root, settings), ElementsAre("/memory/b/=b,100.0", "/memory/a/inner/deep,100.0", "/memory/a/y,40.0",
                                                  "/memory/a/x,40.0", "/memory/top,2.0"));
-}
-
-TEST(DelimitedExport, FormulasAreMadeHarmlessInNamesOnly) {
-  TScannedRoot root([](TMemoryEntry& pTop) {
-    for (const char16_t* name : {u"=1", u"+1", u"-1", u"@x", u"\t", u"\rx", u"a=1", u"'=1", u"=\"1,2\""}) pTop.AddFile(name, 1);
-  });
-  TMediaSettings settings = Settings(u"name");
-  settings.fIncludeHeader = false;
-  settings.fIncludedObjectTypes = ioFiles;
-  // Equal sizes: in the order of their names.
-  EXPECT_THAT(Lines(root, settings), ElementsAre("'\t", "\"'\rx\"", "'=1", "'+1", "'-1", "\"'=\"\"1,2\"\"\"", "'=1", "'@x", "a=1"));
-  settings.fNeutralizeFormulas = false;
-  EXPECT_THAT(Lines(root, settings), ElementsAre("\t", "\"\rx\"", "'=1", "+1", "-1", "\"=\"\"1,2\"\"\"", "=1", "@x", "a=1"));
 }
 
 TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {

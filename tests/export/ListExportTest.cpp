@@ -9,7 +9,7 @@
 #include "export/ListExport.h"
 #include "platform/Text.h"
 #include "tests/support/LineList.h"
-#include "tests/support/MemoryServices.h"
+#include "tests/support/MemoryRoot.h"
 #include "tests/support/NastyText.h"
 #include "tests/support/Recount.h"
 
@@ -24,7 +24,6 @@ using Vantrel::Testing::TNastyText;
 
 using TRow = std::vector<TMetaDataValue>;
 
-constexpr int64_t kForever = 60'000;
 const std::map<std::u16string, std::u16string> kFileTypes = {{u".txt", u"Text"},
                                                              {u".jpg", u"Images"},
                                                              {u".qqq", u"Miscellaneous Files"},
@@ -47,32 +46,22 @@ void FillRandomly(TMemoryEntry& pFolder, std::mt19937& pRandom, int pDepth) {
     FillRandomly(pFolder.AddFolder(u"d" + FromUtf8(std::to_string(i))), pRandom, pDepth - 1);
 }
 
-class TScannedRoot {
- public:
+struct TScannedRoot : TMemoryRoot {
   explicit TScannedRoot(
       uint32_t pSeed, const std::function<void(TGlobalOptions&)>& pSetUp = [](TGlobalOptions&) {}) {
     std::mt19937 random(pSeed);
-    FillRandomly(fStorage->Top(), random, 3);
+    FillRandomly(Top(), random, 3);
     fOptions->CollectOwners = true;
     fOptions->NumberOfTopFiles = 20;
     pSetUp(*fOptions);
-    fServices->fStorages[u"/memory"] = fStorage;
-    fRoot = MakeRef<Vantrel::TCustomUnixRoot>(u"/memory", u"", fServices, fOptions, nullptr);
-    fRoot->Scan();
-    EXPECT_TRUE(fRoot->WaitForScan(kForever));
+    Scan();
   }
-  ~TScannedRoot() { fRoot->Dispose(); }
 
   TRecountedFolder Recounted() {
     TRecountSettings settings;
     settings.fNow = fRoot->GetScanTimeStamp();
-    return RecountStorage(fStorage->Top(), settings)[u"/memory"];
+    return RecountStorage(Top(), settings)[fPath];
   }
-
-  std::shared_ptr<TMemoryStorage> fStorage = TMemoryStorage::Create();
-  std::shared_ptr<TGlobalOptions> fOptions = std::make_shared<TGlobalOptions>();
-  TRef<TMemoryServices> fServices = MakeRef<TMemoryServices>();
-  TRef<IHierarchicalRoot> fRoot;
 };
 
 template <class TValue>
@@ -183,8 +172,7 @@ TEST(ListTables, SayWhatTheScanDidNotCollect) {
 
   TScannedRoot empty(0);
   empty.fStorage->Top().fChildren.clear();
-  empty.fRoot->Scan();
-  ASSERT_TRUE(empty.fRoot->WaitForScan(kForever));
+  empty.Scan();
   EXPECT_EQ(TopFilesList(*empty.fRoot).fTitle, u"Largest files of /memory");
   EXPECT_EQ(FileAgesList(*empty.fRoot).fTitle, u"File ages of /memory, by last change");
   ExpectSums(FileAgesList(*empty.fRoot), 3, {}, 0.0);

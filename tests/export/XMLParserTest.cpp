@@ -6,6 +6,7 @@
 #include "export/XMLParser.h"
 #include "platform/Text.h"
 #include "tests/support/ByteStrings.h"
+#include "tests/support/Failures.h"
 
 namespace {
 
@@ -73,12 +74,7 @@ std::string EventsOf(std::string_view pDocument, size_t pPiece = 1 << 20) {
 
 // What a document is refused with, "" when it is not.
 std::string ErrorOf(IByteSource& pSource, IXMLHandler& pHandler) {
-  try {
-    TXMLParser(pHandler).Parse(pSource);
-  } catch (const EXMLError& error) {
-    return error.what();
-  }
-  return "";
+  return Vantrel::Testing::MessageOf<EXMLError>([&] { TXMLParser(pHandler).Parse(pSource); });
 }
 std::string ErrorOf(std::string_view pDocument) {
   TCounter counter;

@@ -1,17 +1,17 @@
-#include "export/XMLReader.h"
-
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "export/XMLCompareReader.h"
 #include "export/XMLExport.h"
+#include "export/XMLReader.h"
 #include "model/Comparison.h"
 #include "model/ScanRoots.h"
 #include "platform/Text.h"
 #include "search/PatternFilter.h"
 #include "search/PatternList.h"
 #include "tests/support/ByteStrings.h"
+#include "tests/support/Failures.h"
 #include "tests/support/MemoryServices.h"
 #include "tests/support/Recount.h"
 
@@ -376,17 +376,17 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   TLive live(u"/m", u'/');
   live.fStorage->Top().AddFolder(u"a");
   live.Scan();
-  auto refusal = [&](const std::string& pText) -> std::string {
+  auto refusal = [&](const std::string& pText) {
     TStringSource source(pText, kPiece);
-    try {
-      TQZXMLReader::ReadRoot(source, u"old.xml", *live.fRoots, {}, TPurpose::puCompare).fRoot->Dispose();
-    } catch (const EScanFileError& error) {
-      return error.what();
-    }
-    return "no error";
+    return MessageOf<EScanFileError>(
+        [&] { TQZXMLReader::ReadRoot(source, u"old.xml", *live.fRoots, {}, TPurpose::puCompare).fRoot->Dispose(); });
+  };
+  auto refusalOfFile = [&](const std::u16string& pFile) {
+    return MessageOf<EScanFileError>(
+        [&] { TQZXMLCompareReader::CompareWithXMLFile(pFile, *live.fRoot, *live.fRoots); });
   };
   const std::string folder = "<Folder fullpath='/m'/></Root>";
-  EXPECT_EQ(refusal("<Root>" + folder), "no error") << "what is absent is fine";
+  EXPECT_EQ(refusal("<Root>" + folder), "") << "what is absent is fine";
   EXPECT_EQ(refusal("<Root><IsFullExport>0</IsFullExport>" + folder),
             "The XML file \"old.xml\" includes information for directories limited to a certain directory level.\r\n\r\n"
             "Only exports of the full directory tree can be used for comparison. To get a full export, activate the option "
@@ -394,24 +394,14 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   EXPECT_EQ(refusal("<Root><IsCompared>-1</IsCompared>" + folder),
             "The XML file \"old.xml\" contains data of a previous comparison.\r\n\r\n"
             "Exports containing comparison data cannot be used for a second comparison.");
-  try {
-    TQZXMLCompareReader::CompareWithXMLFile(u"", *live.fRoot, *live.fRoots);
-    ADD_FAILURE();
-  } catch (const EScanFileError& error) {
-    EXPECT_STREQ(error.what(), "The given file path must not be empty");
-  }
+  EXPECT_EQ(refusalOfFile(u""), "The given file path must not be empty");
   TGate gate;
   live.fStorage->Folder(u"a").fGate = &gate;
   live.fRoot->Scan();
   gate.WaitUntilReached();
-  try {
-    TQZXMLCompareReader::CompareWithXMLFile(u"old.xml", *live.fRoot, *live.fRoots);
-    ADD_FAILURE();
-  } catch (const EScanFileError& error) {
-    EXPECT_STREQ(error.what(),
-                 "This operation is not allowed during an active scan.\r\n\"/m\" currently scanning.\r\n"
-                 "Please wait until the scan is finished.");
-  }
+  EXPECT_EQ(refusalOfFile(u"old.xml"),
+            "This operation is not allowed during an active scan.\r\n\"/m\" currently scanning.\r\n"
+            "Please wait until the scan is finished.");
   gate.Open();
   EXPECT_TRUE(live.fRoot->WaitForScan(kForever));
 }

@@ -10,6 +10,7 @@
 #include "model/AssocSizeArray.h"
 #include "platform/Errors.h"
 #include "platform/Text.h"
+#include "tests/support/Failures.h"
 
 namespace Kiv {
 namespace {
@@ -172,12 +173,8 @@ TEST(AssocSizeArray, ARecordIsReplacedButNeverByNothing) {
   array->Add(u".a", {10, 10, 10});
   array->SetRecord(u".A", &values);
   ExpectSame(*array, {{u".a", {1, 2, 3}}});
-  try {
-    array->SetRecord(u".A", nullptr);
-    FAIL() << "nothing was taken for a record";
-  } catch (const EInvalidArgumentValue& error) {
-    EXPECT_STREQ(error.what(), "The content of a size array must not be nil. Index: .A");
-  }
+  EXPECT_EQ(Vantrel::Testing::MessageOf<EInvalidArgumentValue>([&] { array->SetRecord(u".A", nullptr); }),
+            "The content of a size array must not be nil. Index: .A");
   ExpectSame(*array, {{u".a", {1, 2, 3}}});
 }
 

@@ -8,12 +8,14 @@
 #include "platform/Errors.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
+#include "tests/support/Failures.h"
 
 namespace Vantrel {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using Vantrel::Testing::MessageOf;
 
 // No scan runs in these tests: trees are put together by hand.
 class TNoServices : public TInterfaced<IScanServices> {
@@ -224,16 +226,6 @@ TEST_F(FolderTree, ChildrenAndFilesAreSortedBySizeThenName) {
   names.clear();
   for (const TRef<IHierarchicalElement>& file : fTop->FindFiles()) names.emplace_back(file->GetFullPath());
   EXPECT_THAT(names, ElementsAre(u"/top/1f.txt", u"/top/f.txt"));
-}
-
-template <class TError, class TCall>
-std::string MessageOf(const TCall& pCall) {
-  try {
-    pCall();
-  } catch (const TError& error) {
-    return error.what();
-  }
-  return "nothing was thrown";
 }
 
 TEST_F(FolderTree, Refusals) {

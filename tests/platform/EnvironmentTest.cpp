@@ -34,6 +34,9 @@ TEST(Environment, PercentSigns) {
       {u"\u00E9%PATH%", u"\u00E9" + path},
   };
   for (const auto& row : rows) EXPECT_EQ(ToUtf8(ExpandEnvironment(row.fText)), ToUtf8(row.fExpected));
+  EXPECT_EQ(EnvironmentVariable(u"PATH"), path);
+  EXPECT_EQ(EnvironmentVariable(u"VANTREL_NONE"), std::nullopt);
+  EXPECT_EQ(EnvironmentVariable(u"%PATH%"), std::nullopt);
 }
 
 TEST(Environment, DateOfToday) {

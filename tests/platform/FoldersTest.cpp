@@ -2,6 +2,7 @@
 
 #include "platform/Errors.h"
 #include "platform/Folders.h"
+#include "platform/OutputFile.h"
 #include "platform/Paths.h"
 #include "platform/Text.h"
 #include "tests/support/TemporaryFolder.h"
@@ -47,6 +48,19 @@ TEST(Folders, TemporaryOnesAreNewEachTime) {
   RemoveQuietly(one);
   RemoveQuietly(two);
   EXPECT_FALSE(PathExists(one) || PathExists(two));
+}
+
+TEST(Folders, TemporaryFilesGoWithTheirFolder) {
+  std::u16string file;
+  {
+    TTemporaryFiles files;
+    file = files.Add(u"a b");
+    EXPECT_TRUE(FolderExists(std::u16string(FolderOfPath(file, NativePathDelimiter()))));
+    TOutputFile(file).Commit();
+    files.Add(u"never written");
+    EXPECT_TRUE(PathExists(file));
+  }
+  EXPECT_FALSE(PathExists(file) || PathExists(std::u16string(FolderOfPath(file, NativePathDelimiter()))));
 }
 
 TEST(Folders, OnlyFilesAndEmptyFoldersAreRemoved) {

@@ -67,6 +67,16 @@ TEST(Paths, JoinAndTrim) {
   EXPECT_EQ(WithoutTrailingDelimiter(u"/a\\", u'/'), u"/a\\");
 }
 
+TEST(Paths, Extensions) {
+  EXPECT_TRUE(HasExtension(u"/a/data.XML.zip", u".xml.zip"));
+  EXPECT_TRUE(HasExtension(u"C:\\a\\.csv", u".csv"));
+  EXPECT_TRUE(HasExtension(u".csv", u".csv"));
+  EXPECT_FALSE(HasExtension(u"/a/csv", u".csv"));
+  EXPECT_FALSE(HasExtension(u"/a.csv/b", u".csv"));
+  EXPECT_FALSE(HasExtension(u"csv", u".csv"));
+  EXPECT_FALSE(HasExtension(u"data.\u212Aml", u".kml"));  // the Kelvin sign, a K to Unicode
+}
+
 TEST(Paths, SameAndInside) {
   EXPECT_TRUE(SamePath(u"C:\\Caf\u00C9\\", u"c:/caf\u00E9", u'\\'));
   EXPECT_TRUE(SamePath(u"\\\\Server\\Share\\", u"\\\\server\\share", u'\\'));

@@ -16,24 +16,13 @@
 #include "platform/System.h"
 #include "platform/Text.h"
 #include "platform/Volumes.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace Kiv {
 
 namespace {
 
-// A folder of its own, gone at the end. Its path is resolved.
-class TTemporaryFolder {
- public:
-  TTemporaryFolder() {
-    std::string name = (std::filesystem::canonical(std::filesystem::temp_directory_path()) / "vantrelXXXXXX").string();
-    fPath = mkdtemp(name.data());
-  }
-  ~TTemporaryFolder() { std::filesystem::remove_all(fPath); }
-  const std::string& Path() const { return fPath; }
-
- private:
-  std::string fPath;
-};
+using Vantrel::Testing::TTemporaryFolder;
 
 std::string Resolved(const std::string& pPath) {
   return ToNativeBytes(ResolvedPath(FromNativeBytes(pPath)));
@@ -53,7 +42,7 @@ TEST(PathsOnLinux, AbsolutePathWorksOnTheText) {
 
 TEST(PathsOnLinux, ResolvesLinksAlsoBeyondTheLongestPath) {
   TTemporaryFolder folder;
-  const std::string start = folder.Path();
+  const std::string start = folder.Path().string();
   std::string deep = start;
   const int home = open(".", O_PATH | O_CLOEXEC);
   ASSERT_EQ(chdir(start.c_str()), 0);
@@ -87,7 +76,7 @@ TEST(PathsOnLinux, ResolvesLinksAlsoBeyondTheLongestPath) {
 
 TEST(PathsOnLinux, ShortPathsResolve) {
   TTemporaryFolder folder;
-  const std::string start = folder.Path();
+  const std::string start = folder.Path().string();
   ASSERT_EQ(symlink(".", (start + "/l\xFF").c_str()), 0);
   EXPECT_EQ(Resolved(start + "/l\xFF/l\xFF"), start);
   EXPECT_EQ(Resolved(start + "/none"), "");

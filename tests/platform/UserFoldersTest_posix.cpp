@@ -42,23 +42,27 @@ TEST(UserFoldersOnLinux, FollowTheEnvironment) {
   const std::string ofPasswordFile = std::string(user->pw_dir) + (std::string(user->pw_dir) == "/" ? "" : "/");
   const struct {
     const char* fConfiguration;
+    const char* fData;
     const char* fHome;
-    std::string fExpected;
+    std::string fExpectedConfiguration;
+    std::string fExpectedData;
   } rows[] = {
-      {"/c/\xFF", "/h", "/c/\xFF/vantrel"},
-      {"/c/", "/h", "/c/vantrel"},
-      {"/", nullptr, "/vantrel"},
-      {nullptr, "/h", "/h/.config/vantrel"},
-      {"", "/h/", "/h/.config/vantrel"},
-      {"c", "/", "/.config/vantrel"},
-      {"./c", "h", ofPasswordFile + ".config/vantrel"},
-      {nullptr, "", ofPasswordFile + ".config/vantrel"},
-      {nullptr, nullptr, ofPasswordFile + ".config/vantrel"},
+      {"/c/\xFF", "/d", "/h", "/c/\xFF/vantrel", "/d/vantrel"},
+      {"/c/", nullptr, "/h", "/c/vantrel", "/h/.local/share/vantrel"},
+      {"/", "/d/\xFF/", nullptr, "/vantrel", "/d/\xFF/vantrel"},
+      {nullptr, "", "/h/", "/h/.config/vantrel", "/h/.local/share/vantrel"},
+      {"", "d", "/", "/.config/vantrel", "/.local/share/vantrel"},
+      {"c", "/", "/h", "/h/.config/vantrel", "/vantrel"},
+      {"./c", "./d", "h", ofPasswordFile + ".config/vantrel", ofPasswordFile + ".local/share/vantrel"},
+      {nullptr, nullptr, "", ofPasswordFile + ".config/vantrel", ofPasswordFile + ".local/share/vantrel"},
+      {nullptr, nullptr, nullptr, ofPasswordFile + ".config/vantrel", ofPasswordFile + ".local/share/vantrel"},
   };
   for (const auto& row : rows) {
     const TVariable configuration("XDG_CONFIG_HOME", row.fConfiguration);
+    const TVariable data("XDG_DATA_HOME", row.fData);
     const TVariable home("HOME", row.fHome);
-    EXPECT_EQ(ToNativeBytes(UserConfigurationFolder()), row.fExpected);
+    EXPECT_EQ(ToNativeBytes(UserConfigurationFolder()), row.fExpectedConfiguration);
+    EXPECT_EQ(ToNativeBytes(UserDataFolder()), row.fExpectedData);
   }
 }
 

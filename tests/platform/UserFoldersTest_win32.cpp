@@ -5,8 +5,9 @@
 
 namespace Kiv {
 
-TEST(UserFoldersOnWindows, LiesInTheRoamingApplicationData) {
+TEST(UserFoldersOnWindows, LieInTheApplicationData) {
   EXPECT_EQ(UserConfigurationFolder(), ExpandEnvironment(u"%APPDATA%\\Vantrel"));
+  EXPECT_EQ(UserDataFolder(), ExpandEnvironment(u"%LOCALAPPDATA%\\Vantrel"));
 }
 
 }  // namespace Kiv

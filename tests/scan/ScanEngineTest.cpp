@@ -8,15 +8,13 @@
 #include "model/ScanRoots.h"
 #include "platform/Errors.h"
 #include "platform/Text.h"
-#include "tests/support/MemoryServices.h"
+#include "tests/support/MemoryRoot.h"
 #include "tests/support/Recount.h"
 
 namespace Vantrel::ScanEngine {
 namespace {
 
 using namespace Kiv::Testing;
-
-constexpr int64_t kForever = 300'000;  // only there to end a hang; sanitizers on a busy machine are slow
 
 // Half a day off the bounds of the age intervals, so that the age stays the same while a test runs.
 TKivFileTime DaysAgo(int64_t pDays) {
@@ -83,30 +81,16 @@ class TRandomTree {
   int fNames = 0;
 };
 
-// A root over a storage in memory.
-struct TScannedStorage {
-  explicit TScannedStorage(int pThreads, std::u16string pPath = u"/memory") {
+struct TScannedStorage : TMemoryRoot {
+  explicit TScannedStorage(int pThreads, std::u16string pPath = u"/memory")
+      : TMemoryRoot(TMemoryStorage::Create(pPath), pPath) {
     fOptions->MaximumThreads = pThreads;
     fOptions->NumberOfTopFiles = 7;
     fOptions->CollectOwners = true;
     fOptions->FileAgesDateType = TDateType::dtLastChange;
     fOptions->LongPathLength = 45;
-    fStorage = fServices->fStorages[pPath] = TMemoryStorage::Create(pPath);
     fSettings.fPath = pPath;
   }
-  ~TScannedStorage() {
-    if (fRoot) fRoot->Dispose();
-  }
-
-  void Begin() {
-    if (!fRoot) fRoot = MakeRef<TCustomUnixRoot>(fSettings.fPath, u"", fServices, fOptions, nullptr);
-    fRoot->Scan();
-  }
-  void Scan() {
-    Begin();
-    ASSERT_TRUE(fRoot->WaitForScan(kForever));
-  }
-  TMemoryEntry& Top() { return fStorage->Top(); }
 
   std::string TreeDifferences() {
     fSettings.fNow = fRoot->GetScanTimeStamp();
@@ -157,11 +141,7 @@ struct TScannedStorage {
     return text;
   }
 
-  TRef<TMemoryServices> fServices = MakeRef<TMemoryServices>();
-  std::shared_ptr<TGlobalOptions> fOptions = std::make_shared<TGlobalOptions>();
-  std::shared_ptr<TMemoryStorage> fStorage;
   TRecountSettings fSettings;
-  TRef<TCustomRoot> fRoot;
 };
 
 TEST(ScanEngine, TotalsEqualTheRecountWithAnyNumberOfThreads) {
@@ -327,26 +307,13 @@ TEST(ScanEngine, AFolderThatVanishedSinceItsParentWasListed) {
   EXPECT_EQ(1, scanned.fRoot->GetTopFolder()->GetSize());
 }
 
-// Some enumerators raise an error instead of telling it.
-class TThrowingEnumerator : public TMemoryEnumerator {
- public:
-  using TMemoryEnumerator::TMemoryEnumerator;
-  bool Next() override {
-    if (TMemoryEnumerator::Next()) return true;
-    throw EOSError(TMemoryStorage::AccessDeniedCode(), "Next", u"/memory");
-  }
-};
-
 TEST(ScanEngine, AnErrorThatAnEnumeratorRaisesIsRecordedLikeOthers) {
   TScannedStorage scanned(1);
   scanned.Top().AddFile(u"a", 7);
   scanned.Top().AddFolder(u"below").AddFile(u"b", 5);
+  scanned.Top().FailListing(3, TMemoryStorage::AccessDeniedCode());
+  scanned.Top().fRaises = true;
   scanned.Scan();
-  TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
-  static_cast<TCustomFolderData&>(*top).Reset();
-  scanned.fRoot->GetScanEngine()->AddScanJob(
-      top, MakeRef<TThrowingEnumerator>(scanned.fStorage, &scanned.Top(), u"/memory", 0));
-  while (scanned.fRoot->GetScanEngine()->IsScanning()) std::this_thread::yield();
   EXPECT_EQ("", scanned.Differences());
   ASSERT_EQ(1u, scanned.fRoot->GetErrors().size());
   EXPECT_TRUE(scanned.fRoot->GetErrors()[0].fPartial);

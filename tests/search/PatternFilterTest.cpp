@@ -4,10 +4,9 @@
 
 #include <random>
 
-#include "model/Root.h"
 #include "platform/Text.h"
 #include "search/PatternList.h"
-#include "tests/support/MemoryServices.h"
+#include "tests/support/MemoryRoot.h"
 #include "tests/support/Recount.h"
 
 namespace Vantrel {
@@ -15,8 +14,6 @@ namespace {
 
 using namespace Kiv::PatternMatching;
 using namespace Kiv::Testing;
-
-constexpr int64_t kForever = 60'000;
 
 void FillRandomly(TMemoryEntry& pFolder, std::mt19937& pRandom, int pDepth) {
   static const char16_t* const kNames[] = {u"report", u"cache-", u"Cache-", u"old", u"data"};
@@ -57,21 +54,13 @@ void StrikeOut(TMemoryEntry& pFolder, std::map<TVerdict, int64_t>& pCounts) {
   }
 }
 
-struct TScan {
-  TScan(std::shared_ptr<TMemoryStorage> pStorage, int pThreads, TRef<IPatterns> pPatterns) {
-    auto options = std::make_shared<TGlobalOptions>();
-    options->MaximumThreads = pThreads;
-    options->CollectOwners = true;
-    auto services = MakeRef<TMemoryServices>();
-    services->fStorages[u"/memory"] = std::move(pStorage);
-    fRoot = MakeRef<TCustomUnixRoot>(u"/memory", u"", services, options, nullptr);
-    fRoot->SetScanFilter(MakeRef<TPatternFilter>(std::move(pPatterns)));
-    Run();
-  }
-  ~TScan() { fRoot->Dispose(); }
-  void Run() {
-    fRoot->Scan();
-    EXPECT_TRUE(fRoot->WaitForScan(kForever));
+struct TFilteredRoot : TMemoryRoot {
+  TFilteredRoot(std::shared_ptr<TMemoryStorage> pStorage, int pThreads, TRef<IPatterns> pPatterns)
+      : TMemoryRoot(std::move(pStorage)) {
+    fOptions->MaximumThreads = pThreads;
+    fOptions->CollectOwners = true;
+    Root().SetScanFilter(MakeRef<TPatternFilter>(std::move(pPatterns)));
+    Scan();
   }
   std::string Exclusions() const {
     std::string text = std::to_string(fRoot->GetProgress().fExcludedObjects);
@@ -79,7 +68,6 @@ struct TScan {
       text += "; " + std::to_string(exclusion.fObjects) + " " + ToUtf8(exclusion.fReason);
     return text;
   }
-  TRef<IHierarchicalRoot> fRoot;
 };
 
 TRef<TPatternList> ListOf(std::initializer_list<const char16_t*> pPatterns) {
@@ -94,9 +82,9 @@ TEST(PatternFilter, TreesAndCountsAreThoseOfTheRest) {
   for (int round = 0; round < 12; ++round) {
     auto storage = TMemoryStorage::Create(u"/memory");
     FillRandomly(storage->Top(), random, 5);
-    std::vector<std::unique_ptr<TScan>> scans;
+    std::vector<std::unique_ptr<TFilteredRoot>> scans;
     for (int threads : {1, 2, 16})
-      scans.push_back(std::make_unique<TScan>(
+      scans.push_back(std::make_unique<TFilteredRoot>(
           storage, threads,
           ListOf({u"*.txt;*.tmp", u"*.jpg", u"(-)*.tmp", u"(-)/^cache-/i", u"(-)(Owner)\"bert\"", u"<||(-)*"})));
     std::map<TVerdict, int64_t> counts;
@@ -129,7 +117,7 @@ TEST(PatternFilter, ExcludedBranchesAreNotListed) {
   storage->Folder(u"srv/www/site").AddFile(u"x.html", 1);
   storage->Folder(u"srv/ftp/pub").AddFile(u"x.html", 1);
   int64_t before = storage->CountNextCalls();
-  TScan scan(storage, 4, ListOf({u"(-)cache", u"/memory/srv/www/*.html"}));
+  TFilteredRoot scan(storage, 4, ListOf({u"(-)cache", u"/memory/srv/www/*.html"}));
   // Listed are the top (2 entries), srv (2), www (1) and site (1), each with a call that finds the end.
   EXPECT_EQ(storage->CountNextCalls() - before, 2 + 2 + 1 + 1 + 4);
   EXPECT_EQ(scan.Exclusions(), "2; 1 by *cache*; 1 outside the paths to include");
@@ -141,13 +129,13 @@ TEST(PatternFilter, TakesTheListAsItIsWhenAScanBegins) {
   storage->Top().AddFile(u"a.tmp", 1);
   storage->Top().AddFile(u"b.txt", 2);
   const auto list = ListOf({u"<||(-)*.tmp"});
-  TScan scan(storage, 1, list);
+  TFilteredRoot scan(storage, 1, list);
   EXPECT_EQ(scan.Exclusions(), "0");
   list->GetItem(0)->SetActive(true);
-  scan.Run();
+  scan.Scan();
   EXPECT_EQ(scan.Exclusions(), "1; 1 by *.tmp");
   list->Clear();
-  scan.Run();
+  scan.Scan();
   EXPECT_EQ(scan.Exclusions(), "0");
   EXPECT_EQ(scan.fRoot->GetTopFolder()->GetFiles(), 2);
 }
@@ -156,7 +144,7 @@ TEST(PatternFilter, WarnsOfExpressionsThatGiveUp) {
   auto storage = TMemoryStorage::Create(u"/memory");
   storage->Top().AddFile(std::u16string(40, u'a') + u"!", 1);
   storage->Top().AddFile(u"ab", 1);
-  TScan scan(storage, 2, ListOf({u"(-)/^(a+)+$/"}));
+  TFilteredRoot scan(storage, 2, ListOf({u"(-)/^(a+)+$/"}));
   EXPECT_EQ(scan.fRoot->GetTopFolder()->GetFiles(), 2);
   const auto warnings = scan.fRoot->GetScanFilter()->GetWarnings();
   ASSERT_EQ(warnings.size(), 1u);

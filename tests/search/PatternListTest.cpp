@@ -14,6 +14,7 @@
 #include "search/PatternText.h"
 #include "search/RegExPattern.h"
 #include "search/WildcardPattern.h"
+#include "tests/support/Failures.h"
 #include "tests/support/MemoryEnumerator.h"
 
 namespace Kiv::PatternMatching {
@@ -133,13 +134,8 @@ TEST(PatternList, TextFollowsTheOptions) {
 
 TEST(PatternList, RefusesWhatItCannotRead) {
   auto list = MakeRef<TPatternList>(u'/');
-  auto messageOf = [&](const TElementAttributes& pAttributes) -> std::string {
-    try {
-      list->ReadFromXML(pAttributes);
-    } catch (const EInvalidArgumentValue& error) {
-      return error.what();
-    }
-    return "no error";
+  auto messageOf = [&](const TElementAttributes& pAttributes) {
+    return Vantrel::Testing::MessageOf<EInvalidArgumentValue>([&] { list->ReadFromXML(pAttributes); });
   };
   TElementAttributes attributes = ListOf({u"*.c"})->GetItem(0)->WriteToXML();
   EXPECT_EQ(attributes[0].second, u"TWildcardPattern");

@@ -12,10 +12,13 @@
 #include "search/Patterns.h"
 #include "search/RegExPattern.h"
 #include "search/WildcardPattern.h"
+#include "tests/support/Failures.h"
 
 namespace Kiv::PatternMatching {
 
 namespace {
+
+using Vantrel::Testing::MessageOf;
 
 constexpr TPatternType kInclude = TPatternType::ptyInclude;
 constexpr TPatternType kExclude = TPatternType::ptyExclude;
@@ -24,15 +27,6 @@ TPatternTarget Owner() { return TargetOfColumn(TColumn::mdOwner); }
 
 TRef<IPattern> Parse(std::u16string_view pText, char16_t pDelimiter = u'/') {
   return ParsePattern(pText, kInclude, pDelimiter);
-}
-
-std::string MessageOf(const std::function<void()>& pCall) {
-  try {
-    pCall();
-  } catch (const EInvalidArgumentValue& error) {
-    return error.what();
-  }
-  return "no error";
 }
 
 }  // namespace
@@ -79,7 +73,8 @@ TEST(PatternText, PrefixesAndBodies) {
   EXPECT_EQ(Parse(u"a/b", u'\\')->GetTarget(), NameTarget()) << "the delimiter is the root's";
   EXPECT_EQ(Parse(u"a\\b", u'\\')->GetTarget(), FullPathTarget());
   for (const char16_t* empty : {u"", u"  ", u"(-)", u"<||", u"//", u"//i", u"\"\"", u"(Owner)", u"(Group)"})
-    EXPECT_NE(MessageOf([&] { Parse(empty); }).find("\"pPattern\""), std::string::npos) << ToUtf8(empty);
+    EXPECT_NE(MessageOf<EInvalidArgumentValue>([&] { Parse(empty); }).find("\"pPattern\""), std::string::npos)
+        << ToUtf8(empty);
 }
 
 TEST(PatternText, ShowsHowATextIsMatched) {
@@ -169,8 +164,9 @@ TEST(Pattern, TextsAreFilledInWhenTheyAreSet) {
   EXPECT_TRUE(pattern->MatchesString(u"abc"));
   pattern->SetPattern(u"^b");
   EXPECT_FALSE(pattern->MatchesString(u"abc"));
-  EXPECT_EQ(MessageOf([&] { pattern->SetPattern(u""); }), "TCustomPattern.SetPattern: Empty patterns are not allowed!");
-  EXPECT_EQ(MessageOf([&] { pattern->Assign(*Parse(u"b")); }),
+  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([&] { pattern->SetPattern(u""); }),
+            "TCustomPattern.SetPattern: Empty patterns are not allowed!");
+  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([&] { pattern->Assign(*Parse(u"b")); }),
             "TCustomPattern.Assign: the patterns are of different classes");
 }
 
@@ -235,7 +231,7 @@ TEST(PatternTargets, CostsAndFormatIdentifiers) {
   for (const char16_t* wrong : {u"", u"DE632DE0-4253-4BAB-85C4-CA3BE18AA0F6", u"{DE632DE0-4253-4BAB-85C4CA3BE18AA0-F6}",
                                 u"{GE632DE0-4253-4BAB-85C4-CA3BE18AA0F6}"})
     EXPECT_FALSE(TryParseFormatId(wrong, parsed.fFormatId)) << ToUtf8(wrong);
-  EXPECT_EQ(MessageOf([] { TargetOfColumn(TColumn::mdPercentOfRoot); }),
+  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] { TargetOfColumn(TColumn::mdPercentOfRoot); }),
             "Given TMetaData cannot be converted to TPatternTarget");
   EXPECT_EQ(GetPatternTargetCost(NameTarget()), 10);
   EXPECT_EQ(GetPatternTargetCost(Owner()), 50);

@@ -2,6 +2,7 @@
 
 #include "platform/Text.h"
 #include "search/SizeText.h"
+#include "tests/support/Failures.h"
 
 namespace Kiv {
 
@@ -10,12 +11,7 @@ namespace {
 constexpr int64_t kKilo = 1024, kMega = kKilo * kKilo, kGiga = kMega * kKilo, kTera = kGiga * kKilo;
 
 std::string MessageOf(std::u16string_view pText, bool pUnitRequired = false) {
-  try {
-    ParseSizeText(pText, pUnitRequired);
-  } catch (const ESizeTextError& error) {
-    return error.what();
-  }
-  return "";
+  return Vantrel::Testing::MessageOf<ESizeTextError>([&] { ParseSizeText(pText, pUnitRequired); });
 }
 
 }  // namespace

@@ -144,7 +144,8 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TMetaDataValue GetValue(TColumn) const override { return {}; }
 
   TRef<IScanEngine> GetScanEngine() const override { NotFaked(); }
-  TKivFileTime GetScanTimeStamp() const override { NotFaked(); }
+  TKivFileTime fScanTimeStamp;
+  TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
   TRef<IDisposeToken> GetDisposeToken() const override { NotFaked(); }
   IScanConfiguration& GetScanConfiguration() override { NotFaked(); }
   void NotifyObservers(IHierarchicalObject&, TChangeKind) override { NotFaked(); }

@@ -134,7 +134,10 @@ bool TMemoryEnumerator::Next() {
   if (TGate* gate = fFolder->fGate; gate != nullptr && fCalls == 1) gate->Pass();
   if (call == fStorage->fFailingCall) return Fail(fStorage->fFailingCode);
   if (fFolder->fVanished) return Fail(TMemoryStorage::NotFoundCode());
-  if (fCalls == fFolder->fFailAtNext) return Fail(fFolder->fErrorCode);
+  if (fCalls == fFolder->fFailAtNext) {
+    if (fFolder->fRaises) throw EOSError(fFolder->fErrorCode, "Next", fFolder->fName);
+    return Fail(fFolder->fErrorCode);
+  }
   while (fNextIndex < fFolder->fChildren.size() && fFolder->fChildren[fNextIndex].fRemoved) ++fNextIndex;
   if (fNextIndex >= fFolder->fChildren.size()) {
     fCurrent = nullptr;

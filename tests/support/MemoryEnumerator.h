@@ -45,6 +45,7 @@ struct TMemoryEntry {
   std::atomic<bool> fVanished{false};  // the first Next fails: not found
   std::atomic<int> fFailAtNext{0};     // this call of Next, counted from 1, fails with fErrorCode; 0: none
   std::atomic<uint32_t> fErrorCode{0};
+  std::atomic<bool> fRaises{false};    // it fails with an exception, as some enumerators do
   std::atomic<TGate*> fGate{nullptr};  // the first Next passes through this gate
 
   TMemoryEntry& AddFile(std::u16string_view pName, int64_t pSize, int64_t pAllocated = -1);  // -1: as pSize
