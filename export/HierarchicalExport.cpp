@@ -148,8 +148,7 @@ bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
   return TWalk(*this, pVisitor, 0).Run(&pTop);
 }
 
-// --- on several threads
-// ------------------------------------------------------------------------------------------------
+// --- on several threads ----------------------------------------------------------------------------------------------
 
 int64_t TBaseExport::RowsOf(const IFolderData& pFolder) const {
   constexpr int64_t kVeryMany = 1 << 30;  // a file may claim any number
@@ -174,17 +173,22 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
     return true;
   }
   bool BeginNode(const TExportRow& pRow, bool pIsComplete) override {
-    return SendBranches() && fWriter.BeginNode(pRow, pIsComplete);
+    return SendBranches() && fWriter.BeginNode(pRow, pIsComplete) && SendLongText();
   }
-  bool EndNode(const TExportRow& pRow) override { return SendBranches() && fWriter.EndNode(pRow); }
+  bool EndNode(const TExportRow& pRow) override {
+    return SendBranches() && fWriter.EndNode(pRow) && SendLongText();
+  }
   bool VisitFile(const TExportRow& pRow) override {
-    return SendBranches() && fWriter.VisitFile(pRow) && (fWriter.fText.fBytes.size() < kLongText || SendText());
+    return SendBranches() && fWriter.VisitFile(pRow) && SendLongText();
   }
   bool Finish() { return SendBranches() && SendText() && fText.Finish(); }
 
  private:
   static constexpr int64_t kRowsPerPiece = 300;
   static constexpr size_t kLongText = 128 * 1024;
+
+  // Chains of folders and huge folders are never a small branch.
+  bool SendLongText() { return fWriter.fText.fBytes.size() < kLongText || SendText(); }
 
   bool SendText() {
     fWriter.Flush();
