@@ -526,16 +526,9 @@ class WindowsTest(CommonTests, CommandLineTest):
 
     @classmethod
     def setUpClass(cls):
-        """Keeps Wine running: what its first program starts beside it holds that one's pipes open for seconds, each time."""
         super().setUpClass()
         if cls.command:
-            keeper = subprocess.Popen([cls.command[0], "cmd", "/c", "pause"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
-                                      stderr=subprocess.DEVNULL)
-            cls.addClassCleanup(keeper.wait, TIMEOUT)
-            cls.addClassCleanup(keeper.stdin.close)
-            # Only once a second program has come and gone is it sure that none of the tests is Wine's first.
-            wine.run([cls.command[0], "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                     stderr=subprocess.DEVNULL, timeout=TIMEOUT).check_returncode()
+            wine.keep_running(cls)
 
     def setUp(self):
         super().setUp()

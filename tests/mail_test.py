@@ -331,6 +331,11 @@ class WindowsTest(Deliveries, Refusals, MailTest):
     file_names = [re.sub('"', "_", name) for name in FILE_NAMES]
     system_checks_certificates = False  # Wine's Schannel does not hold them against the system's store, as Windows' does
 
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        wine.keep_running(cls)
+
     def native(self, path):
         return "Z:" + str(path).replace("/", "\\")
 

@@ -6,6 +6,7 @@ import re
 import subprocess
 
 STARTS = 3
+TIMEOUT = 120  # only there to catch a hang
 REMARK = re.compile(rb"(?m)^wine(?: client error:[0-9a-f]+)?: .*\r?\n")
 
 
@@ -27,3 +28,15 @@ def run(command, **keywords):
                                                                           (process.stdout or b"") + (process.stderr or b"")):
             break
     return process
+
+
+def keep_running(test_class):
+    """Keeps Wine running until the tests of the class are done: what its first program starts beside it holds that one's
+    pipes open for seconds, or for as long as another program runs."""
+    command = os.environ["VANTREL_WINE"]
+    streams = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    keeper = subprocess.Popen([command, "cmd", "/c", "pause"], stdin=subprocess.PIPE, **streams)
+    test_class.addClassCleanup(keeper.wait, TIMEOUT)
+    test_class.addClassCleanup(keeper.stdin.close)
+    # Only once a second program has come and gone is it sure that none of the tests is Wine's first.
+    run([command, "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, timeout=TIMEOUT, **streams).check_returncode()
