@@ -6,6 +6,7 @@
 
 #include "automation/ExitCodes.h"
 #include "automation/ExportFile.h"
+#include "automation/FileExportAction.h"
 #include "automation/HelpText.h"
 #include "automation/HistoryTasks.h"
 #include "export/OptionsFile.h"
@@ -352,6 +353,11 @@ void TCommandLineHandler::FinalizeExports() {
     finalize(request.fFile);
     reserve(request.fFile);
   }
+  // Of several scans, each one's lists have its name in theirs.
+  if (NumberOfScans(fState) > 1) return;
+  for (const TExportRequest& request : fState.fExports)
+    for (const std::u16string& file : Kiv::PostScanActions::ListFiles(request.fFormat, request.fFile, fOptions))
+      reserve(file);
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {

@@ -41,6 +41,17 @@ std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSet
   }
 }
 
+// Lists have columns of their own, so beside lines for programs they get files of their own: "data-extensions.csv"
+// beside "data.csv".
+bool HasListFiles(TExportFormat pFormat, std::u16string_view pFileName) {
+  return (pFormat == TExportFormat::efCSV || pFormat == TExportFormat::efTabText) && !pFileName.empty() &&
+         pFileName != TOutputFile::kStandardOutput;
+}
+
+std::u16string PathOfList(const std::u16string& pFileName, std::u16string_view pList) {
+  return WithPartInName(pFileName, u"-" + std::u16string(pList));
+}
+
 }  // namespace
 
 TMediaType MediaOf(TExportFormat pFormat) {
@@ -52,6 +63,14 @@ TMediaType MediaOf(TExportFormat pFormat) {
     default:
       return TMediaType::mtText;
   }
+}
+
+std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
+                                      const TGlobalOptions& pOptions) {
+  std::vector<std::u16string> files;
+  if (!HasListFiles(pFormat, pFileName)) return files;
+  for (const std::u16string_view list : ChosenListNames(pOptions)) files.push_back(PathOfList(pFileName, list));
+  return files;
 }
 
 TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHandler& pHandler,
@@ -83,7 +102,7 @@ void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   const std::u16string name = UniqueNameOf(pRoot);
   if (fFormat == TExportFormat::efXML) return ExportXML(pRoot, name);
   ExportLines(pRoot);
-  if (fFormat == TExportFormat::efCSV || fFormat == TExportFormat::efTabText) ExportLists(pRoot, name);
+  if (HasListFiles(fFormat, fFileName)) ExportLists(pRoot, name);
 }
 
 void TFileExportPostScanAction::Finish() {
@@ -133,12 +152,10 @@ void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
   CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
 }
 
-// Lists have columns of their own, so they get files of their own: "data-extensions.csv" beside "data.csv".
 void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
-  if (fFileName == TOutputFile::kStandardOutput) return;
   const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
   for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
-    const std::u16string path = WithPartInName(fFileName, u"-" + std::u16string(list.fName));
+    const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
     const bool isCSV = fFormat == TExportFormat::efCSV;
     const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};

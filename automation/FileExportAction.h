@@ -4,6 +4,8 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "automation/CommandLineState.h"
 #include "automation/ExportFile.h"
@@ -16,6 +18,11 @@ using Vantrel::CommandLine::TExportFormat;
 
 // The kind of output whose settings a format follows.
 TMediaType MediaOf(TExportFormat pFormat);
+
+// The files that the lists which the options ask for get beside an export of one scan: none beside one that holds them
+// itself, or that has no file name.
+std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
+                                      const TGlobalOptions& pOptions);
 
 // What an export needs to know of the run.
 struct TExportRun {

@@ -13,6 +13,12 @@ namespace Kiv::Hierarchical::Exporting {
 
 namespace {
 
+// The lists' names.
+constexpr std::u16string_view kTopFiles = u"topfiles";
+constexpr std::u16string_view kExtensions = u"extensions";
+constexpr std::u16string_view kUsers = u"users";
+constexpr std::u16string_view kAges = u"ages";
+
 TListColumn Catalogued(TColumn pColumn) {
   return {std::u16string(ColumnInfo(pColumn).fCaption), pColumn};
 }
@@ -120,7 +126,7 @@ TListTable TopFilesList(IHierarchicalRoot& pRoot) {
     columns.push_back(Catalogued(column));
   if (withOwners) columns.push_back(Catalogued(TColumn::mdOwner));
   columns.push_back(Catalogued(TColumn::mdFullPath));
-  TListTable table = NewList(u"Largest files", u"topfiles", pRoot, list != nullptr, std::move(columns));
+  TListTable table = NewList(u"Largest files", kTopFiles, pRoot, list != nullptr, std::move(columns));
   if (!list) return table;
 
   const TShares shares(pRoot, *top);
@@ -149,7 +155,7 @@ TListTable ExtensionsList(IHierarchicalRoot& pRoot) {
   const TRef<ICustomAssocSizeArray> extensions = top ? top->GetExtensionSizeArray() : nullptr;
   std::vector<TListColumn> columns{Catalogued(TColumn::mdExtension), {u"File Type", TColumn::mdName}};
   AppendSumColumns(columns);
-  TListTable table = NewList(u"Extensions", u"extensions", pRoot, extensions != nullptr, std::move(columns));
+  TListTable table = NewList(u"Extensions", kExtensions, pRoot, extensions != nullptr, std::move(columns));
   if (!extensions) return table;
 
   const TShares shares(pRoot, *top);
@@ -167,7 +173,7 @@ TListTable UsersList(IHierarchicalRoot& pRoot) {
   const TRef<ICustomAssocSizeArray> users = top ? top->GetUserSizeArray() : nullptr;
   std::vector<TListColumn> columns{Catalogued(TColumn::mdOwner)};
   AppendSumColumns(columns);
-  TListTable table = NewList(u"Owners", u"users", pRoot, users != nullptr, std::move(columns));
+  TListTable table = NewList(u"Owners", kUsers, pRoot, users != nullptr, std::move(columns));
   if (!users) return table;
 
   const TShares shares(pRoot, *top);
@@ -185,7 +191,7 @@ TListTable FileAgesList(IHierarchicalRoot& pRoot) {
   const TRef<IFileAgeDistribution> ages = top ? top->GetFileAgeDistribution(type) : nullptr;
   std::vector<TListColumn> columns{{u"Age", TColumn::mdName}};
   AppendSumColumns(columns);
-  TListTable table = NewList(u"File ages", u"ages", pRoot, ages != nullptr, std::move(columns));
+  TListTable table = NewList(u"File ages", kAges, pRoot, ages != nullptr, std::move(columns));
   if (!ages) return table;
 
   (table.fTitle += u", by ") += DateText(type);
@@ -199,13 +205,33 @@ TListTable FileAgesList(IHierarchicalRoot& pRoot) {
   return table;
 }
 
+namespace {
+
+struct TChoice {
+  bool TGlobalOptions::*fOption;
+  std::u16string_view fName;
+  TListTable (*fMake)(IHierarchicalRoot&);
+};
+
+constexpr TChoice kChoices[] = {{&TGlobalOptions::ListTopFiles, kTopFiles, TopFilesList},
+                                {&TGlobalOptions::ListExtensions, kExtensions, ExtensionsList},
+                                {&TGlobalOptions::ListUsers, kUsers, UsersList},
+                                {&TGlobalOptions::ListFileAges, kAges, FileAgesList}};
+
+}  // namespace
+
 std::vector<TListTable> ChosenLists(IHierarchicalRoot& pRoot, const TGlobalOptions& pOptions) {
   std::vector<TListTable> lists;
-  if (pOptions.ListTopFiles) lists.push_back(TopFilesList(pRoot));
-  if (pOptions.ListExtensions) lists.push_back(ExtensionsList(pRoot));
-  if (pOptions.ListUsers) lists.push_back(UsersList(pRoot));
-  if (pOptions.ListFileAges) lists.push_back(FileAgesList(pRoot));
+  for (const TChoice& choice : kChoices)
+    if (pOptions.*choice.fOption) lists.push_back(choice.fMake(pRoot));
   return lists;
+}
+
+std::vector<std::u16string_view> ChosenListNames(const TGlobalOptions& pOptions) {
+  std::vector<std::u16string_view> names;
+  for (const TChoice& choice : kChoices)
+    if (pOptions.*choice.fOption) names.push_back(choice.fName);
+  return names;
 }
 
 TListTable DriveList() {

@@ -41,6 +41,8 @@ TListTable FileAgesList(IHierarchicalRoot& pRoot);
 
 // Those of them that the options ask for.
 std::vector<TListTable> ChosenLists(IHierarchicalRoot& pRoot, const TGlobalOptions& pOptions);
+// Their names alone.
+std::vector<std::u16string_view> ChosenListNames(const TGlobalOptions& pOptions);
 
 // The drives of this machine, by path. One that does not answer within a few seconds, or has no sizes, has empty cells.
 // "% Used" is of what is used and free, as df reckons it.

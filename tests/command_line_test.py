@@ -120,6 +120,8 @@ REFUSED = [
     Row("data --csv a.csv --text ./a.csv", err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
     Row("--history data --history-csv a.csv --history-export ./a.csv",
         err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.csv"'),)),
+    Row("data --csv a.csv --extensionslist --text a-extensions.csv",
+        err=(pattern(r'Two exports would go into the same file: ".*[/\\]a-extensions\.csv"'),)),
     Row("data --csv - --xml -", err=('Two exports would go into the same file: "-"',)),
     Row("data other --compare a.xml", err=("Several scans cannot be compared with one file. Run Vantrel for each of them.",)),
     Row("data --compare= --open --importpatterns ''", err=tuple(
