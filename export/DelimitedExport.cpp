@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "model/FileTable.h"
-#include "platform/FileTime.h"
 #include "platform/Text.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
@@ -38,6 +37,9 @@ class TDelimitedExport::TRows final : public TRowWriter {
   bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
   bool EndNode(const TExportRow& pRow) override;
   bool VisitFile(const TExportRow& pRow) override;
+  void Flush() override {
+    if (fDates) fExport.GiveDateFormatter(std::move(fDates));
+  }
 
  private:
   // What rows need to know of an open folder.
@@ -47,6 +49,10 @@ class TDelimitedExport::TRows final : public TRowWriter {
   };
 
   std::string& Line() { return fText.fBytes; }
+  void AppendDate(TKivFileTime pDate) {
+    if (!fDates) fDates = fExport.TakeDateFormatter();
+    fDates->Append(Line(), pDate);
+  }
   void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
   void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
   bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
@@ -59,7 +65,7 @@ class TDelimitedExport::TRows final : public TRowWriter {
   }
 
   const TDelimitedExport& fExport;
-  TIsoLocalFormatter fDates;
+  std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed between the first date and Flush
   std::string
       fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
   std::vector<TOpenFolder> fOpen;
@@ -110,8 +116,20 @@ bool TDelimitedExport::WriteRow(std::string_view pRow) {
   return WriteLine(pRow);
 }
 
-// --- rows
-// --------------------------------------------------------------------------------------------------------------
+std::unique_ptr<TIsoLocalFormatter> TDelimitedExport::TakeDateFormatter() const {
+  TCriticalSectionLock lock(fLock);
+  if (fDateFormatters.empty()) return std::make_unique<TIsoLocalFormatter>();
+  std::unique_ptr<TIsoLocalFormatter> formatter = std::move(fDateFormatters.back());
+  fDateFormatters.pop_back();
+  return formatter;
+}
+
+void TDelimitedExport::GiveDateFormatter(std::unique_ptr<TIsoLocalFormatter> pFormatter) const {
+  TCriticalSectionLock lock(fLock);
+  fDateFormatters.push_back(std::move(pFormatter));
+}
+
+// --- rows --------------------------------------------------------------------------------------------------------------
 
 std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
   auto rows = std::make_unique<TRows>(fExport);
@@ -191,13 +209,13 @@ bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeV
       AppendShareOfParent(pSizes);
       return true;
     case TColumn::mdLastChange:
-      fDates.Append(Line(), isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
+      AppendDate(isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
       return true;
     case TColumn::mdLastAccess:
-      fDates.Append(Line(), isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
+      AppendDate(isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
       return true;
     case TColumn::mdCreation:
-      fDates.Append(Line(), isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
+      AppendDate(isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
       return true;
     default:
       return false;

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "export/DelimitedText.h"
 #include "export/TextExport.h"
+#include "platform/CriticalSection.h"
+#include "platform/FileTime.h"
 
 namespace Kiv::Hierarchical::Exporting::Text {
 
@@ -22,6 +26,9 @@ class TDelimitedExport : public TBaseTextExport {
 
   void WriteHeader();
   bool WriteRow(std::string_view pRow);
+  // For whichever thread writes rows just now.
+  std::unique_ptr<TIsoLocalFormatter> TakeDateFormatter() const;
+  void GiveDateFormatter(std::unique_ptr<TIsoLocalFormatter> pFormatter) const;
 
   // The same for all rows of a root.
   TValueFormat fFormat;
@@ -30,6 +37,10 @@ class TDelimitedExport : public TBaseTextExport {
   std::string fDecimalSeparator;
   bool fQuotesNumbers = false;  // where they need it: the separator may turn up in numbers and dates
   bool fSharesOfAllocated = false;
+
+  mutable TCriticalSection fLock;
+  // Not in use; they remember what they have asked the system for, so they serve again.
+  mutable std::vector<std::unique_ptr<TIsoLocalFormatter>> fDateFormatters GUARDED_BY(fLock);
 };
 
 // Fields between tabs.

@@ -184,7 +184,7 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
   bool Finish() { return SendBranches() && SendText() && fText.Finish(); }
 
  private:
-  static constexpr int64_t kRowsPerPiece = 300;
+  static constexpr int64_t kRowsPerPiece = 500;
   static constexpr size_t kLongText = 128 * 1024;
 
   // Chains of folders and huge folders are never a small branch.
