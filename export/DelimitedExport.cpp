@@ -129,7 +129,7 @@ void TDelimitedExport::GiveDateFormatter(std::unique_ptr<TIsoLocalFormatter> pFo
   fDateFormatters.push_back(std::move(pFormatter));
 }
 
-// --- rows --------------------------------------------------------------------------------------------------------------
+// --- rows ------------------------------------------------------------------------------------------------------------
 
 std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
   auto rows = std::make_unique<TRows>(fExport);
