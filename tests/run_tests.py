@@ -150,7 +150,7 @@ def run_google_test(command, folder, timeout, test_filter="", environment=None):
     try:
         for _ in range(wine.STARTS):
             code = run_logged(command + arguments, log, timeout, environment, folder)
-            if command[0] != "wine" or not wine.broke_down(code, log.read_bytes()):
+            if not wine.broke_down(command, code, log.read_bytes()):
                 break
     except OSError as error:
         return Result(name, failed=1, output=f"{name} cannot be started: {error}")

@@ -15,17 +15,16 @@ def without_remarks(output):
     return REMARK.sub(b"", output or b"")
 
 
-def broke_down(code, output):
+def broke_down(command, code, output):
     """Whether a run can have been Wine's failure and not the program's."""
-    return code == 1 and not without_remarks(output)
+    return command[0] == os.environ.get("VANTREL_WINE", "wine") and code == 1 and not without_remarks(output)
 
 
 def run(command, **keywords):
     """subprocess.run, with another start where Wine broke down. A program that means its silent code 1 gives it again."""
     for _ in range(STARTS):
         process = subprocess.run(command, check=False, **keywords)
-        if command[0] != os.environ.get("VANTREL_WINE") or not broke_down(process.returncode,
-                                                                          (process.stdout or b"") + (process.stderr or b"")):
+        if not broke_down(command, process.returncode, (process.stdout or b"") + (process.stderr or b"")):
             break
     return process
 
