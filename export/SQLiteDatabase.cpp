@@ -7,6 +7,7 @@
 
 #include "platform/Paths.h"
 #include "platform/Text.h"
+#include "platform/Utf.h"
 
 namespace Kiv::DiskSpaceManagement::DB::SQLite {
 
@@ -15,20 +16,13 @@ namespace {
 constexpr char16_t kSubstitute = 0x1A;
 constexpr size_t kEscapeDigits = 4;
 
-constexpr bool IsHighSurrogate(char16_t pUnit) {
-  return pUnit >= 0xD800 && pUnit < 0xDC00;
-}
-constexpr bool IsLowSurrogate(char16_t pUnit) {
-  return pUnit >= 0xDC00 && pUnit < 0xE000;
-}
-
 std::string EscapedUtf8(std::u16string_view pText) {
   std::string result;
   for (size_t i = 0; i < pText.size(); ++i) {
     const char16_t unit = pText[i];
-    if (IsHighSurrogate(unit) && i + 1 < pText.size() && IsLowSurrogate(pText[i + 1])) {
+    if (IsLeadSurrogate(unit) && i + 1 < pText.size() && IsTrailSurrogate(pText[i + 1])) {
       result += ToUtf8(pText.substr(i++, 2));
-    } else if (unit == 0 || unit == kSubstitute || IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
+    } else if (unit == 0 || unit == kSubstitute || IsLeadSurrogate(unit) || IsTrailSurrogate(unit)) {
       result += fmt::format("\x1A{:04X}", static_cast<unsigned>(unit));
     } else {
       result += ToUtf8({&unit, 1});

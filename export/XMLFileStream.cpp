@@ -9,6 +9,7 @@
 
 #include "export/XMLUtils.h"
 #include "platform/Errors.h"
+#include "platform/Utf.h"
 
 namespace Kiv::XMLUtils {
 
@@ -72,13 +73,6 @@ char* PutPair(char* pTarget, char16_t pLead, char16_t pTrail) {
   return pTarget;
 }
 
-bool IsLead(char16_t pUnit) {
-  return (pUnit & 0xFC00) == 0xD800;
-}
-bool IsTrail(char16_t pUnit) {
-  return (pUnit & 0xFC00) == 0xDC00;
-}
-
 // Writes the unit at the place, which is not ASCII, and moves the place to the last unit that was used. Clears the mark
 // for one that XML cannot hold.
 char* PutBeyondAscii(char* pTarget, std::u16string_view pText, size_t& pAt, bool& pHeld) {
@@ -88,7 +82,8 @@ char* PutBeyondAscii(char* pTarget, std::u16string_view pText, size_t& pAt, bool
     *pTarget++ = static_cast<char>(0x80 | (unit & 0x3F));
     return pTarget;
   }
-  if (IsLead(unit) && pAt + 1 < pText.size() && IsTrail(pText[pAt + 1])) return PutPair(pTarget, unit, pText[++pAt]);
+  if (IsLeadSurrogate(unit) && pAt + 1 < pText.size() && IsTrailSurrogate(pText[pAt + 1]))
+    return PutPair(pTarget, unit, pText[++pAt]);
   const bool held = (unit & 0xF800) != 0xD800 && unit < 0xFFFE;
   pHeld = pHeld && held;
   return PutThreeBytes(pTarget, held ? unit : 0xFFFD);
@@ -129,7 +124,7 @@ bool TXMLBuffer::AppendEscaped(std::u16string_view pText, bool pInAttribute) {
   bool held = true;
   while (!pText.empty()) {
     size_t length = std::min(pText.size(), kPiece);
-    while (length < pText.size() && IsLead(pText[length - 1])) ++length;  // its other half may follow
+    while (length < pText.size() && IsLeadSurrogate(pText[length - 1])) ++length;  // its other half may follow
     char* room = Reserve(length * kLongestEscape + kSpare);
     Advance(PutEscaped(room, pText.substr(0, length), table, held));
     pText.remove_prefix(length);

@@ -10,21 +10,15 @@ namespace Kiv::XMLUtils {
 
 namespace {
 
-bool IsLead(char16_t pUnit) {
-  return (pUnit & 0xFC00) == 0xD800;
-}
-bool IsTrail(char16_t pUnit) {
-  return (pUnit & 0xFC00) == 0xDC00;
-}
-
 // How many units of the text, from its start, XML can hold.
 size_t HeldPrefix(std::u16string_view pText) {
   for (size_t at = 0; at < pText.size(); ++at) {
     const char16_t unit = pText[at];
     if (unit >= 0x20 && unit < 0xD800) continue;
-    if (unit < 0x20 ? unit != u'\t' && unit != u'\n' && unit != u'\r' : unit >= 0xFFFE || IsTrail(unit)) return at;
-    if (!IsLead(unit)) continue;
-    if (at + 1 == pText.size() || !IsTrail(pText[at + 1])) return at;
+    if (unit < 0x20 ? unit != u'\t' && unit != u'\n' && unit != u'\r' : unit >= 0xFFFE || IsTrailSurrogate(unit))
+      return at;
+    if (!IsLeadSurrogate(unit)) continue;
+    if (at + 1 == pText.size() || !IsTrailSurrogate(pText[at + 1])) return at;
     ++at;
   }
   return pText.size();

@@ -4,6 +4,7 @@
 #include "platform/Console.h"
 #include "platform/ConsoleStream.h"
 #include "platform/Text.h"
+#include "platform/Utf.h"
 #include "platform/Win32_win32.h"
 
 namespace Kiv {
@@ -22,7 +23,7 @@ bool WriteToConsole(HANDLE pConsole, std::u16string_view pText) {
   constexpr size_t kMost = 8192;  // older consoles refuse more than 64 KiB at a time
   while (!pText.empty()) {
     size_t length = std::min(pText.size(), kMost);
-    if (length < pText.size() && (pText[length - 1] & 0xFC00) == 0xD800) --length;
+    if (length < pText.size() && IsLeadSurrogate(pText[length - 1])) --length;
     DWORD written = 0;
     if (!WriteConsoleW(pConsole, pText.data(), static_cast<DWORD>(length), &written, nullptr) || written == 0)
       return false;

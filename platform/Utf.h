@@ -27,6 +27,10 @@ inline void AppendCodePoint(std::u16string& pTarget, char32_t pCode) {
   }
 }
 
+// The two halves of a character beyond U+FFFF. Alone, neither is a character.
+constexpr bool IsLeadSurrogate(char16_t pUnit) { return (pUnit & 0xFC00) == 0xD800; }
+constexpr bool IsTrailSurrogate(char16_t pUnit) { return (pUnit & 0xFC00) == 0xDC00; }
+
 // Terminal columns: 0, 1 or 2.
 int CodePointWidth(char32_t pCode);
 

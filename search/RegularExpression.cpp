@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/Text.h"
+#include "platform/Utf.h"
 
 #define PCRE2_CODE_UNIT_WIDTH 16
 #include <pcre2.h>
@@ -65,7 +66,7 @@ PCRE2_SPTR Units(std::u16string_view pText) {
 size_t CharacterAt(std::u16string_view pText, size_t pOffset) {
   size_t character = 1;
   for (size_t i = 0; i < std::min(pOffset, pText.size()); ++i) {
-    const bool isSecondHalf = i > 0 && (pText[i] & 0xFC00) == 0xDC00 && (pText[i - 1] & 0xFC00) == 0xD800;
+    const bool isSecondHalf = i > 0 && IsTrailSurrogate(pText[i]) && IsLeadSurrogate(pText[i - 1]);
     if (!isSecondHalf) ++character;
   }
   return character;
