@@ -381,6 +381,10 @@ class CommonTests:
     def test_what_goes_wrong(self):
         self.run_rows(FAILED)
 
+    def test_the_version_names_the_platform(self):
+        platform = "Windows" if self.delimiter == "\\" else "Linux"
+        self.assertRegex(self.run_line("--version").out, rf"^Vantrel \d+\.\d+\.\d+ \({platform}, 64-bit\)\r\n$")
+
     def test_csv_holds_what_a_walk_finds(self):
         self.run_line("data --csv all.csv --filesintree --exportedelements 5")
         rows = csv.DictReader(io.StringIO((self.work / "all.csv").read_text(encoding="utf-8-sig")))
