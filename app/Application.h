@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "automation/CommandLineHandler.h"
-#include "automation/PostScanActions.h"
-#include "model/RootInterfaces.h"
-#include "search/PatternInterfaces.h"
+#include "automation/commandline/CommandLineHandler.h"
+#include "automation/actions/PostScanActions.h"
+#include "model/roots/RootInterfaces.h"
+#include "search/patterns/PatternInterfaces.h"
 
 namespace Vantrel {
 

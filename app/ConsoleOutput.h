@@ -1,7 +1,7 @@
 #pragma once
 
-#include "export/HierarchicalExport.h"
-#include "platform/Console.h"
+#include "export/walk/HierarchicalExport.h"
+#include "platform/system/Console.h"
 
 namespace Vantrel {
 

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "app/Process.h"
-#include "platform/Text.h"
+#include "platform/text/Text.h"
 
 int main(int pCount, char** pArguments) {
   std::vector<std::u16string> tokens;

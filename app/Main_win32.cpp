@@ -2,8 +2,8 @@
 #include <vector>
 
 #include "app/Process.h"
-#include "automation/CommandLineParser.h"
-#include "platform/CommandLineText.h"
+#include "automation/commandline/CommandLineParser.h"
+#include "platform/system/CommandLineText.h"
 
 // The C library's own arguments are not used: it reads \" as a quote, which takes "C:\my folder\" apart at the wrong
 // place.

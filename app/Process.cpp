@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "app/Application.h"
-#include "platform/Console.h"
+#include "platform/system/Console.h"
 
 namespace Vantrel {
 

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "automation/ExportFile.h"
+#include "automation/actions/ExportFile.h"
 #include "bench/ExportBenchmark.h"
 #include "bench/Timing.h"
-#include "export/DelimitedExport.h"
+#include "export/text/DelimitedExport.h"
 
 // csv PATH [ROUNDS]: scans the path, then holds writing it as CSV against writing the same bytes, in turn, round after
 // round: with the settings as they are before anybody changes them, and with every single file. The file lies in the

@@ -9,11 +9,11 @@
 #include <string>
 #include <string_view>
 
-#include "model/ScanRoots.h"
-#include "platform/FileContents.h"
-#include "platform/OutputFile.h"
-#include "platform/Text.h"
-#include "scan/ScanServices.h"
+#include "model/roots/ScanRoots.h"
+#include "platform/files/FileContents.h"
+#include "platform/files/OutputFile.h"
+#include "platform/text/Text.h"
+#include "scan/engine/ScanServices.h"
 
 // What the benchmarks of exports have in common: a scanned path, files in the current folder, and their main.
 namespace Vantrel::Bench {

@@ -15,13 +15,13 @@
 #include <fstream>
 #include <string>
 
-#include "model/FileStatistics.h"
-#include "model/GlobalOptions.h"
-#include "model/Root.h"
-#include "model/ScanRoots.h"
-#include "platform/Text.h"
-#include "scan/FolderAccumulator.h"
-#include "scan/ScanServices.h"
+#include "model/statistics/FileStatistics.h"
+#include "model/options/GlobalOptions.h"
+#include "model/roots/Root.h"
+#include "model/roots/ScanRoots.h"
+#include "platform/text/Text.h"
+#include "scan/engine/FolderAccumulator.h"
+#include "scan/engine/ScanServices.h"
 
 using namespace Kiv;
 using namespace Vantrel;

@@ -11,8 +11,8 @@
 
 #include "bench/ExportBenchmark.h"
 #include "bench/Timing.h"
-#include "export/XMLExport.h"
-#include "export/XMLReader.h"
+#include "export/xml/XMLExport.h"
+#include "export/xml/XMLReader.h"
 
 // xml PATH [ROUNDS]: scans the path, then holds writing it as XML against writing the same bytes, and loading the file
 // against the bare parser with empty callbacks, in turn, round after round; and the memory of the loaded tree against that

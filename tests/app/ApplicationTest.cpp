@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 
 #include "app/Application.h"
-#include "automation/CommandLineParser.h"
-#include "automation/ExitCodes.h"
-#include "platform/Errors.h"
-#include "platform/Text.h"
+#include "automation/commandline/CommandLineParser.h"
+#include "automation/commandline/ExitCodes.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
 #include "tests/support/FakeTree.h"
 #include "tests/support/LineList.h"
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-#include "export/XMLExport.h"
-#include "export/XMLParser.h"
-#include "export/XMLReader.h"
-#include "model/ScanRoots.h"
+#include "export/xml/XMLExport.h"
+#include "export/xml/XMLParser.h"
+#include "export/xml/XMLReader.h"
+#include "model/roots/ScanRoots.h"
 #include "tests/support/ByteStrings.h"
 
 // Loads whatever the fuzzer makes up. A document that is not refused must hold together: what is written of its tree

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/ByteStreams.h"
-#include "platform/Errors.h"
+#include "platform/files/ByteStreams.h"
+#include "platform/system/Errors.h"
 
 namespace Vantrel::Testing {
 

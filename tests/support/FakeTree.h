@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "model/FileStatistics.h"
-#include "model/RootInterfaces.h"
-#include "platform/Errors.h"
+#include "model/statistics/FileStatistics.h"
+#include "model/roots/RootInterfaces.h"
+#include "platform/system/Errors.h"
 
 namespace Vantrel::Testing {
 

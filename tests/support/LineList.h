@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "export/HierarchicalExport.h"
+#include "export/walk/HierarchicalExport.h"
 
 namespace Vantrel::Testing {
 

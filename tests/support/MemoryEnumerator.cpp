@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "platform/Errors.h"
-#include "platform/Paths.h"
-#include "scan/LinkRules.h"
+#include "platform/system/Errors.h"
+#include "platform/files/Paths.h"
+#include "scan/files/LinkRules.h"
 
 namespace Kiv::Testing {
 

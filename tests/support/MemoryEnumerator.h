@@ -9,8 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/CriticalSection.h"
-#include "scan/EnumeratorBase.h"
+#include "platform/threads/CriticalSection.h"
+#include "scan/storage/EnumeratorBase.h"
 
 // A storage that lives in memory: a tree of described entries and an enumerator over it, in which every fault of a real
 // storage can be staged.

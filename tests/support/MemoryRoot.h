@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "model/Root.h"
+#include "model/roots/Root.h"
 #include "tests/support/MemoryServices.h"
 
 namespace Kiv::Testing {

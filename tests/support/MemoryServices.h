@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "model/Root.h"
-#include "scan/PathNotFoundEnumerator.h"
-#include "scan/ScanEngine.h"
+#include "model/roots/Root.h"
+#include "scan/storage/PathNotFoundEnumerator.h"
+#include "scan/engine/ScanEngine.h"
 #include "tests/support/MemoryEnumerator.h"
 
 namespace Kiv::Testing {

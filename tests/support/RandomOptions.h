@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "model/GlobalOptions.h"
-#include "platform/Text.h"
+#include "model/options/GlobalOptions.h"
+#include "platform/text/Text.h"
 #include "tests/support/NastyText.h"
 
 namespace Vantrel::Testing {

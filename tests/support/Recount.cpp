@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "model/AssocSizeArray.h"
-#include "model/FileAges.h"
-#include "model/FileTable.h"
-#include "platform/Text.h"
+#include "model/statistics/AssocSizeArray.h"
+#include "model/statistics/FileAges.h"
+#include "model/tree/FileTable.h"
+#include "platform/text/Text.h"
 
 namespace Kiv::Testing {
 

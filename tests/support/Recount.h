@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "model/HierarchicalInterfaces.h"
-#include "model/SizeData.h"
+#include "model/tree/HierarchicalInterfaces.h"
+#include "model/columns/SizeData.h"
 #include "tests/support/MemoryEnumerator.h"
 
 // The slow reference: what every folder of a scanned storage must say, counted file by file and folder by folder from the

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/FileContents.h"
+#include "platform/files/FileContents.h"
 
 namespace Vantrel::Testing {
 

@@ -5,11 +5,11 @@
 #include <utility>
 #include <vector>
 
-#include "model/ScanRoots.h"
-#include "platform/Text.h"
-#include "scan/ScanServices.h"
-#include "search/PatternFile.h"
-#include "search/PatternFilter.h"
+#include "model/roots/ScanRoots.h"
+#include "platform/text/Text.h"
+#include "scan/engine/ScanServices.h"
+#include "search/patterns/PatternFile.h"
+#include "search/patterns/PatternFilter.h"
 
 // list_scan PATH PATTERNFILE: scans the path with the patterns of the file and prints what is in the tree, so that a
 // test can hold the one against the other. For every file "f", for every folder "d", then the full path, byte by byte,

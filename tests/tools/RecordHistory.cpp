@@ -2,9 +2,9 @@
 #include <exception>
 #include <string>
 
-#include "export/HistoryDocument.h"
-#include "platform/CanonicalPath.h"
-#include "platform/Text.h"
+#include "export/history/HistoryDocument.h"
+#include "platform/files/CanonicalPath.h"
+#include "platform/text/Text.h"
 #include "tests/support/FakeTree.h"
 
 // record_history FILE ROOT COUNT FIRST: records so many scans of a root that is made up, one transaction each.

@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "automation/Mail.h"
-#include "platform/FileContents.h"
-#include "platform/Text.h"
+#include "automation/mail/Mail.h"
+#include "platform/files/FileContents.h"
+#include "platform/text/Text.h"
 
 // send_mail FILE: sends the mail that the file describes, in UTF-8: "name=value" pieces, each ended by a NUL. "to" is a
 // list of addresses, "attach" may repeat. A file and no arguments, so that every text gets through on Windows too. Ends

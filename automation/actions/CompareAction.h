@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "automation/actions/ExportFile.h"
+#include "automation/actions/PostScanActions.h"
+
+namespace Kiv::PostScanActions {
+
+// Compares roots with an older scan, an XML file, so that whatever follows in the queue shows what has changed since.
+class TComparePostScanAction : public TBasePostScanAction {
+ public:
+  // The list of roots must outlive the action. Asked while the file is read, pIsCancelled ends it.
+  TComparePostScanAction(std::u16string pFileName, IScanRoots& pRoots, TExportFile::TIsCancelled pIsCancelled)
+      : fFileName(std::move(pFileName)), fRoots(pRoots), fIsCancelled(std::move(pIsCancelled)) {}
+
+  void Prepare() override;
+  void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
+  std::u16string GetInformation() const override { return u"Compare with \"" + fFileName + u"\""; }
+  uint32_t GetFlags() const override { return kPrepares; }
+  int GetFailureCode() const override;
+
+ private:
+  const std::u16string fFileName;
+  IScanRoots& fRoots;
+  const TExportFile::TIsCancelled fIsCancelled;
+};
+
+}  // namespace Kiv::PostScanActions

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "export/walk/HierarchicalExport.h"
+#include "platform/system/Errors.h"
+#include "platform/files/OutputFile.h"
+
+namespace Kiv::PostScanActions {
+
+// An export that was stopped while it was written.
+class EExportCancelled : public EException {
+ public:
+  using EException::EException;
+};
+
+void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
+
+// A file of an export, by bytes or by lines, that takes its place on Commit. Every failure is an exception: EOSError, or
+// EExportCancelled once the question says so. One thread.
+class TExportFile final : public IByteSink, public Hierarchical::Exporting::ILineOutput {
+ public:
+  using TIsCancelled = std::function<bool()>;
+  // With pUnseen there is nothing at the path until Commit, a temporary name neither, so that scans which run meanwhile do
+  // not count the export itself. On Windows the name is there, and gone with the process.
+  TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen = false);
+
+  void Write(std::string_view pBytes) override;
+  bool WriteLine(std::string_view pLine) override;
+  int64_t LineCount() const override { return fLines; }
+  void Commit();
+  const std::u16string& Path() const { return fPath; }
+
+ private:
+  void CopyScratch();
+  IByteSink& Sink() { return fFile ? static_cast<IByteSink&>(*fFile) : fScratch; }
+
+  const std::u16string fPath;
+  const TIsCancelled fIsCancelled;
+  std::unique_ptr<TOutputFile> fFile;  // not there yet: what is written goes into the scratch file
+  TFileStream fScratch;
+  int64_t fLines = 0;
+};
+
+// The path with a part behind the name, before the extension, ".xml.zip" being one: "data.xml.zip" and "_photos" give
+// "data_photos.xml.zip".
+std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart);
+// The root's path as a part of file names: "photos" of "/data/photos", "C" of "C:\".
+std::u16string NameForFiles(const IHierarchicalRoot& pRoot);
+
+}  // namespace Kiv::PostScanActions

@@ -1,0 +1,167 @@
+#include "automation/actions/FileExportAction.h"
+
+#include "export/text/DelimitedExport.h"
+#include "export/text/ListExport.h"
+#include "export/xml/XMLExport.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+
+namespace Kiv::PostScanActions {
+
+using namespace Hierarchical::Exporting;
+
+namespace {
+
+std::u16string_view TemporaryNameOf(TExportFormat pFormat) {
+  switch (pFormat) {
+    case TExportFormat::efXML:
+      return u"Scan.xml";
+    case TExportFormat::efCSV:
+      return u"Report.csv";
+    case TExportFormat::efTabText:
+      return u"Report.tsv";
+    case TExportFormat::efPathList:
+      return u"Paths.txt";
+    default:
+      return u"Report.txt";
+  }
+}
+
+std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSettings& pSettings,
+                                          const TGlobalOptions& pOptions, const std::string& pProgramName) {
+  switch (pFormat) {
+    case TExportFormat::efCSV:
+      return std::make_unique<Text::TCSVExport>(pSettings);
+    case TExportFormat::efTabText:
+      return std::make_unique<Text::TTextExport>(pSettings);
+    case TExportFormat::efPathList:
+      return std::make_unique<Text::TPathListExport>(pSettings);
+    default:
+      return std::make_unique<Text::TFormattedTextExport>(pSettings, pOptions, pProgramName);
+  }
+}
+
+// Lists have columns of their own, so beside lines for programs they get files of their own: "data-extensions.csv"
+// beside "data.csv".
+bool HasListFiles(TExportFormat pFormat, std::u16string_view pFileName) {
+  return (pFormat == TExportFormat::efCSV || pFormat == TExportFormat::efTabText) && !pFileName.empty() &&
+         pFileName != TOutputFile::kStandardOutput;
+}
+
+std::u16string PathOfList(const std::u16string& pFileName, std::u16string_view pList) {
+  return WithPartInName(pFileName, u"-" + std::u16string(pList));
+}
+
+}  // namespace
+
+TMediaType MediaOf(TExportFormat pFormat) {
+  switch (pFormat) {
+    case TExportFormat::efXML:
+      return TMediaType::mtXML;
+    case TExportFormat::efCSV:
+      return TMediaType::mtCSV;
+    default:
+      return TMediaType::mtText;
+  }
+}
+
+std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
+                                      const TGlobalOptions& pOptions) {
+  std::vector<std::u16string> files;
+  if (!HasListFiles(pFormat, pFileName)) return files;
+  for (const std::u16string_view list : ChosenListNames(pOptions)) files.push_back(PathOfList(pFileName, list));
+  return files;
+}
+
+TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHandler& pHandler,
+                                                     const TGlobalOptions& pOptions, TExportFormat pFormat,
+                                                     std::u16string pFileName, TExportRun pRun)
+    : fHandler(pHandler),
+      fOptions(pOptions),
+      fFormat(pFormat),
+      fFileName(std::move(pFileName)),
+      fRun(std::move(pRun)) {}
+
+// A scan may take hours: whatever keeps the file from being written is better known before it. A file that is open
+// meanwhile would be part of the scan, though.
+void TFileExportPostScanAction::Prepare() {
+  if (fFileName.empty()) {
+    fFileName = fTemporary.emplace().Add(TemporaryNameOf(fFormat));
+    return;
+  }
+  if (fFileName == TOutputFile::kStandardOutput) return;
+  CreateFolderOf(fFileName);
+  // Who reads a pipe would take the end of the probe for that of the export.
+  if (SpecialFileExists(fFileName)) return;
+  const TOutputFile probe(fFileName);
+}
+
+void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
+  // Half a tree in place of yesterday's whole one would be a loss.
+  CheckNotCancelled((pRoot.GetState() & rsCancelled) != 0, fFileName);
+  const std::u16string name = UniqueNameOf(pRoot);
+  if (fFormat == TExportFormat::efXML) return ExportXML(pRoot, name);
+  ExportLines(pRoot);
+  if (HasListFiles(fFormat, fFileName)) ExportLists(pRoot, name);
+}
+
+void TFileExportPostScanAction::Finish() {
+  auto commit = [&](std::unique_ptr<TExportFile>& pFile) {
+    // Stopped between two roots: what there is would pass for all of them.
+    CheckNotCancelled(fRun.fSeveralRoots && fRun.fIsCancelled(), pFile->Path());
+    pFile->Commit();
+    NoteWritten(pFile->Path());
+    pFile.reset();
+  };
+  if (fFile) commit(fFile);
+  for (auto& list : fLists) commit(list);
+  fLists.clear();
+}
+
+void TFileExportPostScanAction::NoteWritten(const std::u16string& pPath) {
+  fWritten.push_back(pPath);
+  // The names made of the first one.
+  if (fTemporary) fTemporary->Add(FileNameOfPath(pPath, NativePathDelimiter()));
+}
+
+// Two folders of one name on different drives get different files, also where file names differ by letter case only.
+std::u16string TFileExportPostScanAction::UniqueNameOf(const IHierarchicalRoot& pRoot) {
+  const std::u16string name = NameForFiles(pRoot);
+  std::u16string unique = name;
+  for (int number = 2; !fRootNames.insert(ToLowerLinguistic(unique)).second; ++number)
+    unique = name + u"_" + FromUtf8(std::to_string(number));
+  return unique;
+}
+
+std::u16string TFileExportPostScanAction::PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const {
+  return fRun.fSeveralRoots ? WithPartInName(pPath, u"_" + pRoot) : pPath;
+}
+
+void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
+  XML::TCustomXMLExport xml(fHandler.MergedRecursionLevel(TMediaType::mtXML), fRun.fProgramName, fRun.fVersion);
+  const std::u16string path = PathOfRoot(fFileName, pRootName);
+  ExportXMLFile(xml, pRoot, path, [&] { CheckNotCancelled(fRun.fIsCancelled(), path); });
+  NoteWritten(path);
+}
+
+void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
+  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
+  TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  // The next program in a pipe would take the mark for a part of the first field.
+  if (fFileName == TOutputFile::kStandardOutput) settings.fByteOrderMark = false;
+  CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
+}
+
+void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
+  const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
+    const std::u16string path = PathOfList(fFileName, list.fName);
+    fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
+    const bool isCSV = fFormat == TExportFormat::efCSV;
+    const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
+    if (settings.fByteOrderMark) fLists.back()->Write(Text::kByteOrderMark);
+    WriteListAsDelimited(list, FormatOf(settings), fields, settings.fIncludeHeader, *fLists.back());
+  }
+}
+
+}  // namespace Kiv::PostScanActions

@@ -1,0 +1,161 @@
+#include "automation/actions/HistoryTasks.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "automation/commandline/ExitCodes.h"
+#include "automation/actions/ExportFile.h"
+#include "export/history/HistoryDocument.h"
+#include "export/history/HistoryReport.h"
+#include "export/text/ListExport.h"
+#include "export/walk/MediaOptions.h"
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "platform/files/UserFolders.h"
+
+namespace Vantrel::CommandLine {
+
+using namespace Kiv;
+using namespace Kiv::Hierarchical::Exporting;
+using DB::SQLiteDatabase::THistoryDatabaseReaderWriter;
+using DB::SQLiteDatabase::THistoryEntry;
+using History::Document::THistoryDocument;
+
+namespace {
+
+constexpr int kUsualWidth = 80;
+
+class THistoryTasks {
+ public:
+  THistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput, int pWidth,
+                const std::function<void(std::string_view)>& pWriteError)
+      : fState(pState),
+        fFile(HistoryFile(*pState.fOptions)),
+        fOutput(pOutput),
+        fWidth(pWidth > 0 ? pWidth : kUsualWidth),
+        fWriteError(pWriteError) {}
+
+  int Run() {
+    for (const std::u16string& file : fState.fHistoryImports) Try([&] { Import(file); });
+    for (const int64_t scan : fState.fHistoryDeletions) Try([&] { Delete(scan); });
+    if (!fState.fHistoryPaths.empty()) Try([&] { Show(); });
+    if (!fState.fHistoryExport.empty()) Try([&] { Export(); });
+    return fResult;
+  }
+
+ private:
+  // What one task meets does not keep the others from theirs.
+  template <class TTask>
+  void Try(const TTask& pTask) {
+    try {
+      pTask();
+    } catch (const EException& error) {
+      Fail(error.what(), ecOutputFailed);
+    }
+  }
+
+  void Fail(std::string_view pMessage, int pExitCode) {
+    fWriteError(pMessage);
+    fResult = std::max(fResult, pExitCode);
+  }
+
+  bool Write(std::string_view pLine) { return Check(fOutput.WriteLine(pLine)); }
+
+  bool Check(bool pWritten) {
+    if (!pWritten) Fail("The history could not be written", ecOutputFailed);
+    return pWritten;
+  }
+
+  void Import(const std::u16string& pFile) {
+    const int64_t added = THistoryDocument(fFile).ImportHistoryFile(pFile);
+    Write(fmt::format("{}: {} added to the history", ToQuotedDisplay(pFile),
+                      added == 1 ? "1 scan was" : fmt::format("{} scans were", added)));
+  }
+
+  void Export() {
+    CreateFolderOf(fState.fHistoryExport);
+    THistoryDocument(fFile).ExportHistoryFile(fState.fHistoryExport);
+  }
+
+  void Delete(int64_t pScan) {
+    try {
+      const int64_t left = PathExists(fFile) ? THistoryDatabaseReaderWriter().DeleteHistoryData(fFile, pScan) : -1;
+      if (left >= 0)
+        return void(Write(fmt::format("The scan {} was deleted; of its path {} left", pScan,
+                                      left == 1 ? "1 scan is" : fmt::format("{} scans are", left))));
+    } catch (const EInvalidArgumentValue&) {
+    }
+    Fail(fmt::format("The history {} holds no scan {}", ToQuotedDisplay(fFile), pScan), ecPathNotFound);
+  }
+
+  void Show() {
+    const std::u16string pattern =
+        fState.fPatterns ? DB::SQLiteDatabase::HistoryPattern(*fState.fPatterns) : std::u16string();
+    std::vector<TListTable> tables;
+    for (const std::u16string& path : fState.fHistoryPaths) {
+      std::vector<THistoryEntry> entries;
+      // Before the first scan there is no file.
+      if (PathExists(fFile)) entries = THistoryDatabaseReaderWriter().ReadRootHistoryData(fFile, path, pattern);
+      if (entries.empty()) {
+        FailToFind(path, pattern);
+        continue;
+      }
+      tables.push_back(HistoryList(path, entries));
+      if (fState.fHistoryCSV.empty() && !ShowOne(tables.back(), entries)) return;
+    }
+    if (!fState.fHistoryCSV.empty() && !tables.empty()) ExportCSV(tables);
+  }
+
+  void FailToFind(const std::u16string& pPath, std::u16string_view pPattern) {
+    const bool hasOthers = PathExists(fFile) && THistoryDatabaseReaderWriter().GetNumberOfScans(fFile, pPath) > 0;
+    const char* filter = !pPattern.empty() ? " with this filter" : hasOthers ? " without a filter" : "";
+    Fail(fmt::format("No scan of {}{} is recorded in {}; scan it with --record-history", ToQuotedDisplay(pPath), filter,
+                     ToQuotedDisplay(fFile)),
+         ecPathNotFound);
+  }
+
+  bool ShowOne(const TListTable& pTable, const std::vector<THistoryEntry>& pEntries) {
+    const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtText);
+    if (!Check(WriteListAsText(pTable, FormatOf(settings), fOutput)) || !Write("")) return false;
+    for (const std::string& line : HistoryChart(pEntries, fWidth))
+      if (!Write(line)) return false;
+    return true;
+  }
+
+  // Several paths go below each other, each table with its captions.
+  void ExportCSV(const std::vector<TListTable>& pTables) {
+    const std::u16string& path = fState.fHistoryCSV;
+    const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtCSV);
+    const Text::TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
+    CreateFolderOf(path);
+    PostScanActions::TExportFile file(path, [] { return false; });
+    if (settings.fByteOrderMark && path != TOutputFile::kStandardOutput) file.Write(Text::kByteOrderMark);
+    for (const TListTable& table : pTables)
+      WriteListAsDelimited(table, FormatOf(settings), fields, settings.fIncludeHeader, file);
+    file.Commit();
+  }
+
+  const TCommandLineState& fState;
+  const std::u16string fFile;
+  ILineOutput& fOutput;
+  const int fWidth;
+  const std::function<void(std::string_view)>& fWriteError;
+  int fResult = ecOk;
+};
+
+}  // namespace
+
+std::u16string HistoryFile(const TGlobalOptions& pOptions) {
+  if (!pOptions.HistoryFile.empty()) return AbsolutePath(FromNativeBytes(pOptions.HistoryFile));
+  const std::u16string folder = UserDataFolder();
+  return folder.empty() ? folder : JoinPath(folder, u"history.db", NativePathDelimiter());
+}
+
+int RunHistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput, int pWidth,
+                    const std::function<void(std::string_view)>& pWriteError) {
+  return THistoryTasks(pState, pOutput, pWidth, pWriteError).Run();
+}
+
+}  // namespace Vantrel::CommandLine

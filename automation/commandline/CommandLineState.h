@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "model/options/GlobalOptions.h"
+#include "search/patterns/PatternInterfaces.h"
+
+namespace Vantrel::CommandLine {
+
+// The formats of file exports.
+enum class TExportFormat : uint8_t { efXML, efReport, efTabText, efCSV, efPathList };
+
+struct TExportRequest {
+  TExportFormat fFormat;
+  std::u16string fFile;  // absolute; "-" for the standard output; empty: only to be mailed
+};
+
+// What the command line asked for. What is an option as well is set in the options.
+struct TCommandLineState {
+  Kiv::TGlobalOptions* fOptions = nullptr;  // the handler's
+
+  std::vector<std::u16string> fPaths;                    // to scan, as typed, in order
+  std::vector<std::u16string> fOpenFiles;                // scan files to load, lists as typed
+  Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
+  std::u16string fCompareFile;                           // the older scan; empty: none
+  std::vector<TExportRequest> fExports;
+  bool fDateInFileNames = false;
+
+  bool fUnattended = false;
+  bool fReadOnly = false;  // nothing of the user's settings is changed
+  bool fHelp = false;
+  std::u16string fHelpTopic;
+  bool fVersion = false;
+  bool fExportDriveList = false;
+  std::u16string fDriveListFile;  // empty: to the console
+  std::vector<std::u16string> fHistoryPaths;  // whose history is shown
+  std::u16string fHistoryCSV;                 // empty: to the console
+  std::vector<int64_t> fHistoryDeletions;     // IDs of scans
+  std::vector<std::u16string> fHistoryImports;
+  std::u16string fHistoryExport;
+  bool HasHistoryTasks() const {
+    return !fHistoryPaths.empty() || !fHistoryDeletions.empty() || !fHistoryImports.empty() || !fHistoryExport.empty();
+  }
+
+  bool fSaveSettings = false;
+  bool fForgetSettings = false;
+  bool fDebug = false;           // log to the standard error
+  std::u16string fDebugLogFile;  // empty: none
+
+  std::vector<std::u16string> fMailTo;  // empty: no mail
+  std::u16string fMailSubject;
+  bool fAttachReport = false;
+  std::u16string fUserName;
+  std::u16string fPassword;  // never shown, never logged
+
+  std::vector<std::string> fWarnings;  // what was understood otherwise than it was written, a line each
+};
+
+}  // namespace Vantrel::CommandLine

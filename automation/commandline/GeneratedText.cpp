@@ -1,0 +1,24 @@
+#include "automation/commandline/GeneratedText.h"
+
+#include "platform/text/Text.h"
+
+namespace Vantrel::CommandLine {
+
+std::string LowerText(std::string pText) {
+  for (char& c : pText)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return pText;
+}
+
+std::string SwitchName(const TSwitch& pSwitch) {
+  return "--" + LowerText(Kiv::ToUtf8(pSwitch.fItem.fName));
+}
+
+std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign) {
+  std::string text;
+  for (const std::string& line : pLines) text.append(line).append("\n");
+  text.append(pCommentSign).append(" end");
+  return {text};
+}
+
+}  // namespace Vantrel::CommandLine

@@ -1,0 +1,159 @@
+#include "automation/commandline/HelpText.h"
+
+#include <fmt/format.h>
+
+#include "automation/commandline/ExitCodes.h"
+#include "automation/commandline/ManualPage.h"
+#include "automation/commandline/ShellCompletions.h"
+#include "automation/commandline/SwitchTable.h"
+#include "platform/text/Text.h"
+
+namespace Vantrel::CommandLine {
+
+namespace {
+
+constexpr std::string_view kUsage = "Usage: vantrel [SWITCH]... PATH...";
+constexpr std::string_view kRowFormat = "  {:<32} {}";
+constexpr size_t kScreenWidth = 80;
+
+std::string NameOf(const TSwitch& pSwitch) {
+  const std::string name = "--" + Kiv::ToUtf8(pSwitch.fItem.fName);
+  return pSwitch.fValueText.empty() ? name : fmt::format("{} {}", name, pSwitch.fValueText);
+}
+
+std::string SwitchRow(const TSwitch& pSwitch) {
+  return fmt::format(kRowFormat, NameOf(pSwitch), pSwitch.fHelp);
+}
+
+// Words in lines of a screen's width.
+void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std::string_view pIndent) {
+  std::string line(pIndent);
+  while (!pText.empty()) {
+    const size_t end = std::min(pText.find(' '), pText.size());
+    if (line.size() > pIndent.size() && line.size() + 1 + end > kScreenWidth) {
+      pLines.push_back(line);
+      line = pIndent;
+    }
+    if (line.size() > pIndent.size()) line += ' ';
+    line += pText.substr(0, end);
+    pText.remove_prefix(std::min(end + 1, pText.size()));
+  }
+  if (line.size() > pIndent.size()) pLines.push_back(line);
+}
+
+void AppendOption(std::vector<std::string>& pLines, const Kiv::TOptionInfo& pOption) {
+  pLines.push_back(fmt::format("  --{:<28}{}", pOption.fName, pOption.fHelp));
+  const std::string range = pOption.fRange.empty() ? "any text" : pOption.fRange;
+  const std::string shown = ShownDefault(pOption);
+  pLines.push_back("      " + (shown.empty() ? range : range + ", default " + shown));
+}
+
+std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
+  const TSwitch& main = MainSwitchOf(pNamed);
+  if (main.fRank == TSwitchRank::srNotBuilt) return {NameOf(main), "  " + std::string(main.fHelp)};
+  std::vector<std::string> lines = {NameOf(main)};
+  AppendWrapped(lines, main.fHelp, "  ");
+  AppendWrapped(lines, main.fDetails, "  ");
+  std::string aliases;
+  for (const TSwitch* alias = &main + 1; alias->fRank == TSwitchRank::srAlias; ++alias)
+    aliases.append(aliases.empty() ? "" : ", ").append("--" + Kiv::ToUtf8(alias->fItem.fName));
+  if (!aliases.empty()) lines.push_back("  The same as " + aliases + ".");
+  lines.emplace_back(main.fItem.fRepeatable ? "  May be given more than once." : "  May be given once.");
+  return lines;
+}
+
+}  // namespace
+
+const std::vector<TExitCodeInfo>& ExitCodes() {
+  static const std::vector<TExitCodeInfo> codes = {
+      {ecOk, "all was read and written"},
+      {ecIncomplete, "some folders could not be read"},
+      {ecWrongCommandLine, "wrong command line, nothing was done"},
+      {ecPathNotFound, "a path could not be scanned or a file not loaded"},
+      {ecCancelled, "stopped by the user"},
+      {ecOutputFailed, "a report, export or mail failed"},
+      {ecInternalError, "a fault of the program, or no memory"},
+  };
+  return codes;
+}
+
+const std::vector<THelpTopic>& HelpTopics() {
+  static const std::vector<THelpTopic> topics = {
+      {"switches", "all switches", SwitchesHelpText}, {"options", "all options", OptionsHelpText},
+      {"man", "the manual page", ManualPage},         {"bash", "completions for bash", BashCompletions},
+      {"zsh", "completions for zsh", ZshCompletions}, {"fish", "completions for fish", FishCompletions},
+  };
+  return topics;
+}
+
+// Blanks and punctuation alone are hard to see.
+std::string ShownDefault(const Kiv::TOptionInfo& pOption) {
+  const std::string& text = pOption.fDefault;
+  const bool isPlain =
+      text.find_first_of("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") != text.npos;
+  return text.empty() || isPlain ? text : "\"" + text + "\"";
+}
+
+std::vector<std::string> UsageText() {
+  return {std::string(kUsage), "Try \"vantrel --help\"."};
+}
+
+std::vector<std::string> HelpText() {
+  std::vector<std::string> lines = {std::string(kUsage), "Scans each path and reports where its space went.", "",
+                                    "Switches, in any letter case, as --NAME, -NAME or /NAME; --NAME=VALUE works too:"};
+  for (const TSwitch& item : AllSwitches())
+    if (item.fRank == TSwitchRank::srMain) lines.push_back(SwitchRow(item));
+  lines.push_back(fmt::format(kRowFormat, "--OPTION VALUE", "set an option, such as --SizeUnit GB"));
+  lines.push_back(fmt::format(kRowFormat, "--", "only paths follow"));
+  lines.emplace_back();
+  lines.emplace_back("Exit code: 0 all read and written, 1 some folders unreadable, 2 wrong command");
+  lines.emplace_back("line, 3 a path not scanned, 4 stopped, 5 an output failed, 6 a fault.");
+  return lines;
+}
+
+std::vector<std::string> SwitchesHelpText() {
+  std::vector<std::string> lines;
+  for (const TSwitch& item : AllSwitches())
+    if (item.fRank == TSwitchRank::srMain || item.fRank == TSwitchRank::srMore) lines.push_back(SwitchRow(item));
+  lines.emplace_back();
+  std::string others;
+  for (const TSwitch& item : AllSwitches())
+    if (item.fRank == TSwitchRank::srNotBuilt)
+      others.append(others.empty() ? "" : ", ").append(Kiv::ToUtf8(item.fItem.fName));
+  lines.emplace_back("Known, but not part of this version:");
+  AppendWrapped(lines, others, "  ");
+  return lines;
+}
+
+std::vector<std::string> OptionsHelpText() {
+  std::vector<std::string> lines = {"Options: --NAME VALUE, --NAME=VALUE or /NAME VALUE. true|false alone means true."};
+  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) AppendOption(lines, option);
+  return lines;
+}
+
+bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines) {
+  if (pTopic.empty()) {
+    pLines = HelpText();
+    return true;
+  }
+  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic);
+  const std::string narrow = Kiv::ToUtf8(name);
+  const bool isSwitch = name.size() < pTopic.size();  // "--options" is one, "options" are all
+  for (const THelpTopic& topic : HelpTopics()) {
+    if (isSwitch || !Kiv::SameTextAscii(topic.fName, narrow)) continue;
+    pLines = topic.fText();
+    return true;
+  }
+  for (const TSwitch& item : AllSwitches()) {
+    if (!Kiv::SameTextAscii(item.fItem.fName, name)) continue;
+    pLines = SwitchHelpText(item);
+    return true;
+  }
+  const Kiv::TOptionInfo* option = Kiv::FindOption(narrow);
+  if (option == nullptr) return false;
+  pLines.clear();
+  AppendOption(pLines, *option);
+  return true;
+}
+
+}  // namespace Vantrel::CommandLine

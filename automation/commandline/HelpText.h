@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/options/GlobalOptions.h"
+
+namespace Vantrel::CommandLine {
+
+// Texts of "--help", line by line, made from the switch and option tables.
+
+// The topics that are no name of a switch or an option.
+struct THelpTopic {
+  std::string_view fName;
+  std::string_view fHelp;
+  std::vector<std::string> (*fText)();
+};
+const std::vector<THelpTopic>& HelpTopics();
+
+// Fits a screen of 24 lines and 80 columns.
+std::vector<std::string> HelpText();
+// Every switch that is built, and the names of the others.
+std::vector<std::string> SwitchesHelpText();
+// Every option with its default and range.
+std::vector<std::string> OptionsHelpText();
+// The default of an option as help shows it, in quotes where there is neither letter nor digit to see; empty for none.
+std::string ShownDefault(const Kiv::TOptionInfo& pOption);
+// What is told when the command line names nothing to do.
+std::vector<std::string> UsageText();
+// The help on a topic, a switch or an option, with or without an indicator, in any letter case; an empty topic gives the
+// first screen. False when there is none.
+bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines);
+
+// The exit codes, a line each.
+struct TExitCodeInfo {
+  int fCode;
+  std::string_view fMeaning;
+};
+const std::vector<TExitCodeInfo>& ExitCodes();
+
+}  // namespace Vantrel::CommandLine

@@ -1,0 +1,206 @@
+#include "automation/commandline/SwitchTable.h"
+
+#include <algorithm>
+
+#include "automation/commandline/SwitchEffects.h"
+#include "platform/text/Text.h"
+
+namespace Vantrel::CommandLine {
+
+namespace {
+
+using enum TSwitchRank;
+using enum Kiv::TValueKind;
+using Kiv::TGlobalOptions;
+using TState = TCommandLineState;
+
+constexpr bool kOnce = false;
+constexpr bool kRepeated = true;
+
+constexpr std::string_view kNoWindow = "This version has no window.";
+constexpr std::string_view kNoInstaller = "This version is not installed by itself.";
+constexpr std::string_view kNoCharts = "This version draws no charts.";
+constexpr std::string_view kNoSearch = "This version has no file search.";
+constexpr std::string_view kNoRemote = "This version scans no storage in the cloud.";
+constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
+constexpr std::string_view kNoIndex =
+    "This version writes no SQLite reports; --record-history keeps the totals of scans.";
+constexpr std::string_view kNoSnapshots = "This version makes no snapshots.";
+constexpr std::string_view kListDetails =
+    "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
+
+constexpr TSwitch kSwitches[] = {
+    // What is scanned.
+    {{u"SCAN", vkPaths, kRepeated}, srMain, "PATH[;PATH]...", "scan these paths", AddPaths, "A path",
+     "May be left out: what is no switch is a path to scan."},
+    {{u"SCANDEFAULT", vkNone, kRepeated}, srMore, "", "scan the current folder", AddCurrentFolder},
+    {{u"OPEN", vkPath, kRepeated}, srMain, "FILE[;FILE]...", "load scans from XML files", OpenFile, "A file"},
+    {{u"COMPARE", vkPath, kOnce}, srMain, "FILE", "show changes since an XML file", SetText<&TState::fCompareFile>, "A file",
+     "Also the exports then know the columns sizechange, sizechangepercent and filechange."},
+    {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
+    {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
+    {{u"IMPORTPATTERNS", vkPath, kRepeated}, srMore, "FILE", "patterns from a file, one a line", ImportPatterns, "A file"},
+
+    // What is written.
+    {{u"CSV", vkFile, kRepeated}, srMain, "FILE", "write the tree as CSV", ExportCSV, {},
+     "A file whose name ends in .txt gets the report instead. \"-\" is the standard output."},
+    {{u"TEXT", vkFile, kRepeated}, srMain, "FILE", "write the report (.csv, .tsv: for programs)", ExportText, {},
+     "The extension chooses: .csv for comma-separated values, .tsv and .tab for fields between tabs, everything else for the "
+     "report. \"-\" is the standard output."},
+    {{u"PATHLIST", vkFile, kRepeated}, srMore, "FILE", "write a list of paths", ExportPathList},
+    {{u"XML", vkFile, kRepeated}, srMain, "FILE", "write the scan as XML (.xml, .xml.zip)", ExportXML, {},
+     "--open and --compare read such files. Several scans get a file each, with the scan's name in it."},
+    {{u"SAVE", vkFile, kRepeated}, srAlias, "FILE", "", ExportXML},
+    {{u"DATE", vkNone, kRepeated}, srMore, "", "put the date into the names of written files",
+     SetFlag<&TState::fDateInFileNames>},
+    {{u"EXPORTDRIVELIST", vkOptionalFile, kOnce}, srMore, "[FILE]", "list the drives, as text or CSV", ExportDriveList},
+    {{u"EXPORTDRIVESLIST", vkOptionalFile, kOnce}, srAlias, "[FILE]", "", ExportDriveList},
+
+    // What it looks like.
+    {{u"EXPAND", vkLevel, kRepeated}, srMain, "[LEVEL]", "levels of folders to show; all of them", Expand, {},
+     "0 is the top alone, -1 is all levels. Without this switch the report on the console shows one level, files all."},
+    {{u"SORTBY", vkText, kRepeated}, srMain, "COLUMN[,DIRECTION]", "order by size, name, files, lastchange...", SortBy,
+     "A column", "The direction is ascending or descending."},
+    {{u"USECOLUMNS", vkText, kRepeated}, srMore, "COLUMN[;COLUMN]...", "columns of exports", UseColumns, "A column"},
+    {{u"FILESINTREE", vkOptionalBoolean, kRepeated}, srMore, "", "show single files as well", ShowFiles},
+    {{u"EXPORTFILES", vkOptionalBoolean, kRepeated}, srAlias, "", "", ShowFiles},
+    {{u"EXPORTEDELEMENTS", vkInteger, kRepeated}, srMore, "NUMBER", "sum of 1 folders, 2 [Files], 4 single files",
+     SetElements, "A number"},
+    {{u"HIDESMALLFOLDERS", vkOptionalSize, kRepeated}, srMore, "[SIZE]", "leave out what is smaller, such as 10MB",
+     HideSmallFolders, {}, "Whole numbers with a unit, B, KB, MB, GB or TB; a bare number means megabytes; without a size, 10 MB."},
+    {{u"TOPFILESLIST", vkOptionalBoolean, kRepeated}, srMain, "", "add the largest files",
+     SetOption<&TGlobalOptions::ListTopFiles>, {}, kListDetails},
+    {{u"EXTENSIONSLIST", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by extension",
+     SetOption<&TGlobalOptions::ListExtensions>, {}, kListDetails},
+    {{u"USERSLIST", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by owner",
+     SetOption<&TGlobalOptions::ListUsers>, {}, kListDetails},
+    {{u"AGEOFFILES", vkOptionalBoolean, kRepeated}, srMore, "", "add sizes by age",
+     SetOption<&TGlobalOptions::ListFileAges>, {}, kListDetails},
+    {{u"TITLE", vkText, kRepeated}, srMore, "TEXT", "first line of a report", SetTitle, "A title"},
+    {{u"EXPORTTITLE", vkText, kRepeated}, srAlias, "TEXT", "", SetTitle, "A title"},
+    {{u"LISTSEPARATOR", vkText, kRepeated}, srMore, "TEXT", "between the fields of exports; TAB for a tab", SetSeparator,
+     "A separator"},
+    {{u"NOHEADERS", vkNone, kRepeated}, srMore, "", "no captions, no title", OmitHeaders},
+    {{u"NOHEADER", vkNone, kRepeated}, srAlias, "", "", OmitHeaders},
+    {{u"NOUNITS", vkNone, kRepeated}, srMore, "", "sizes without units", OmitUnits},
+
+    // Mail.
+    {{u"EMAIL", vkText, kRepeated}, srMain, "ADDRESS[;ADDRESS]...", "mail the report and all exports", MailTo, "An address",
+     "The options MailServer, MailPort, MailSecurity, MailUser and MailFrom say how; without a server, sendmail is used. An "
+     "export switch may then be given without a file: what it writes is only mailed."},
+    {{u"SUBJECT", vkText, kOnce}, srMore, "TEXT", "subject of the mail", SetText<&TState::fMailSubject>, "A subject"},
+    {{u"ATTACH", vkNone, kRepeated}, srMore, "", "attach the report instead of showing it in the mail",
+     SetFlag<&TState::fAttachReport>},
+    {{u"USERNAME", vkText, kOnce}, srMore, "NAME", "log in to the mail server", SetText<&TState::fUserName>, "A name"},
+    {{u"PASSWORD", vkSecret, kOnce}, srMore, "TEXT", "password for it", SetText<&TState::fPassword>, "A password",
+     "Other users of this machine can see a running program's command line: the environment variable "
+     "VANTREL_PASSWORD is the better place."},
+
+    // The history of scans.
+    {{u"RECORD-HISTORY", vkOptionalBoolean, kRepeated}, srMore, "", "remember the totals of every finished scan",
+     SetOption<&TGlobalOptions::RecordHistory>, {},
+     "The option RecordHistory does the same, and --savesettings keeps it for every run."},
+    {{u"HISTORY", vkPath, kRepeated}, srMain, "PATH", "show the earlier scans of a path", ShowHistory, "A path",
+     "As a table with the growth between them, and a chart. With --filter and --exclude, the scans under that filter. The "
+     "option HistoryFile names another database than the user's own."},
+    {{u"HISTORY-CSV", vkFile, kOnce}, srMore, "FILE", "the history as CSV instead", SetText<&TState::fHistoryCSV>},
+    {{u"HISTORY-DELETE", vkInteger, kRepeated}, srMore, "ID", "take a scan out of the history", DeleteFromHistory, "An ID",
+     "The last column of --history."},
+    {{u"HISTORY-IMPORT", vkPath, kRepeated}, srMore, "FILE", "add the scans of another history", ImportHistory, "A file",
+     "Scans that are there already are not added again."},
+    {{u"HISTORY-EXPORT", vkFile, kOnce}, srMore, "FILE", "copy the history to a file", SetText<&TState::fHistoryExport>},
+
+    // Settings.
+    {{u"OPTIONS", vkPath, kRepeated}, srMore, "FILE", "load options from a file", Nothing, "A file",
+     "Files are loaded before all else: what the command line sets goes first."},
+    {{u"NOOPTIONS", vkNone, kRepeated}, srMore, "", "do not load the user's own options", Nothing},
+    {{u"SAVESETTINGS", vkNone, kRepeated}, srMore, "", "keep these options for every run", SetFlag<&TState::fSaveSettings>},
+    {{u"FORGETSETTINGS", vkNone, kRepeated}, srMore, "", "keep nothing, whatever else is said",
+     SetFlag<&TState::fForgetSettings>},
+    {{u"READONLY", vkOptionalBoolean, kRepeated}, srMore, "", "change no settings", SetFlag<&TState::fReadOnly>},
+    {{u"RESTRICTED", vkOptionalBoolean, kRepeated}, srAlias, "", "", SetFlag<&TState::fReadOnly>},
+
+    // The run.
+    {{u"NOGUI", vkNone, kRepeated}, srMore, "", "run without a window (always the case)", SetFlag<&TState::fUnattended>},
+    {{u"CLOSEAFTEREXPORT", vkOptionalBoolean, kRepeated}, srMore, "", "end once exports are written (always the case)",
+     SetOption<&TGlobalOptions::CloseAfterExport>},
+    {{u"NOSPLASH", vkNone, kRepeated}, srMore, "", "no start-up picture (always the case)", Nothing},
+    {{u"NOADMIN", vkNone, kRepeated}, srMore, "", "ask for no more rights (always the case)", Nothing},
+    {{u"DISABLERIGHTSELEVATION", vkNone, kRepeated}, srAlias, "", "", Nothing},
+    {{u"NONE", vkNone, kRepeated}, srMore, "", "nothing; a place to put something later", Nothing},
+    {{u"DEBUG", vkNone, kRepeated}, srMore, "", "log what the program decides to the standard error",
+     SetFlag<&TState::fDebug>},
+    {{u"DEBUGLOG", vkPath, kOnce}, srMore, "FILE", "log to a file", SetText<&TState::fDebugLogFile>, "A file"},
+    {{u"DEBUGMODE", vkPath, kOnce}, srAlias, "FILE", "", SetText<&TState::fDebugLogFile>, "A file"},
+    {{u"HELP", vkTopic, kOnce}, srMain, "[switches|options|NAME]", "this text; all switches, all options; or one", AskHelp, {},
+     "Also on \"man\", a manual page, and on \"bash\", \"zsh\" and \"fish\", completions for these shells."},
+    {{u"?", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
+    {{u"h", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
+    {{u"VERSION", vkNone, kRepeated}, srMain, "", "the program's version", SetFlag<&TState::fVersion>},
+
+    // Known, but not built.
+    {{u"EXCEL", vkAnything, kRepeated}, srNotBuilt, "", kNoSpreadsheet},
+    {{u"SHEETNAME", vkAnything, kRepeated}, srNotBuilt, "", kNoSpreadsheet},
+    {{u"EXPANDABLEREPORT", vkAnything, kRepeated}, srNotBuilt, "", kNoSpreadsheet},
+    {{u"PDF", vkAnything, kRepeated}, srNotBuilt, "", "This version writes no PDF files."},
+    {{u"HTML", vkAnything, kRepeated}, srNotBuilt, "", "This version writes no HTML files."},
+    {{u"PRINT", vkAnything, kRepeated}, srNotBuilt, "", "This version does not print."},
+    {{u"SQLITE", vkAnything, kRepeated}, srNotBuilt, "", kNoIndex},
+    {{u"INDEXFILE", vkAnything, kRepeated}, srNotBuilt, "", kNoIndex},
+    {{u"HISTORYCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"PIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"CHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"BARCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"TREEMAP", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"FILEAGESCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"EXTENSIONSCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"EXTENSIONSPIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"USERSCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"USERSPIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
+    {{u"SEARCH", vkAnything, kRepeated}, srNotBuilt, "", kNoSearch},
+    {{u"SEARCH:START", vkAnything, kRepeated}, srNotBuilt, "", kNoSearch},
+    {{u"SEARCH:INTERNET", vkAnything, kRepeated}, srNotBuilt, "", kNoSearch},
+    {{u"LOOP", vkAnything, kRepeated}, srNotBuilt, "", kNoSnapshots},
+    {{u"CREATESNAPSHOT", vkAnything, kRepeated}, srNotBuilt, "", kNoSnapshots},
+    {{u"EMPTYRECYCLEBIN", vkAnything, kRepeated}, srNotBuilt, "", "This version deletes nothing."},
+    {{u"USERFILTER", vkAnything, kRepeated}, srNotBuilt, "", "This version takes owners as patterns: --filter \"(Owner)NAME\"."},
+    {{u"SHORTDATEFORMAT", vkAnything, kRepeated}, srNotBuilt, "", "This version writes dates as YYYY-MM-DD only."},
+    {{u"LANGUAGE", vkAnything, kRepeated}, srNotBuilt, "", "This version speaks English only."},
+    {{u"SHOWWIZARD", vkAnything, kRepeated}, srNotBuilt, "", kNoWindow},
+    {{u"UILEVEL", vkAnything, kRepeated}, srNotBuilt, "", kNoWindow},
+    {{u"CONTEXTMENUENTRIES", vkAnything, kRepeated}, srNotBuilt, "", kNoWindow},
+    {{u"THEMEDCONTEXTMENUS", vkAnything, kRepeated}, srNotBuilt, "", kNoWindow},
+    {{u"SHOWAUTHGUI", vkAnything, kRepeated}, srNotBuilt, "", kNoRemote},
+    {{u"AADAPPLICATIONID", vkAnything, kRepeated}, srNotBuilt, "", kNoRemote},
+    {{u"AADREDIRECTURI", vkAnything, kRepeated}, srNotBuilt, "", kNoRemote},
+    {{u"DISABLESHAREPOINTSITECOLLECTIONS", vkAnything, kRepeated}, srNotBuilt, "", kNoRemote},
+    {{u"INSTALL", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+    {{u"UNINSTALL", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+    {{u"INSTALLPORTABLE", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+    {{u"UNINSTALLSURVEY", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+    {{u"REGISTERPACKAGE", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+    {{u"UNREGISTERPACKAGE", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+    {{u"SETADMINFLAG", vkAnything, kRepeated}, srNotBuilt, "", kNoInstaller},
+};
+
+}  // namespace
+
+std::span<const TSwitch> AllSwitches() {
+  return kSwitches;
+}
+
+const TSwitch* SwitchOf(const Kiv::TCommandLineItem* pItem) {
+  if (pItem == nullptr) return nullptr;
+  const auto found = std::find_if(std::begin(kSwitches), std::end(kSwitches), [&](const TSwitch& pSwitch) {
+    return Kiv::SameTextAscii(pSwitch.fItem.fName, pItem->fName);
+  });
+  return found == std::end(kSwitches) ? nullptr : found;
+}
+
+const TSwitch& MainSwitchOf(const TSwitch& pSwitch) {
+  const TSwitch* main = &pSwitch;
+  while (main->fRank == srAlias) --main;
+  return *main;
+}
+
+}  // namespace Vantrel::CommandLine

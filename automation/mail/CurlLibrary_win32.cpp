@@ -1,0 +1,14 @@
+#include "automation/mail/CurlLibrary.h"
+
+namespace Kiv::Mail {
+
+const TCurlLibrary& CurlLibrary() {
+  static const TCurlLibrary library = [] {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    return TCurlLibrary{curl_easy_init,    curl_easy_setopt,   curl_easy_perform, curl_easy_getinfo,
+                        curl_easy_cleanup, curl_easy_strerror, curl_slist_append, curl_slist_free_all};
+  }();
+  return library;
+}
+
+}  // namespace Kiv::Mail

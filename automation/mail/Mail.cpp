@@ -1,0 +1,72 @@
+#include "automation/mail/Mail.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+
+#include "automation/mail/MailAddress.h"
+#include "automation/mail/MailSource.h"
+#include "automation/mail/MailTransport.h"
+#include "platform/system/Identity.h"
+#include "platform/text/Text.h"
+
+namespace Kiv::Mail {
+
+namespace {
+
+// The one named, else the user at the server, else the one at this machine. None for sendmail when nobody is named: it
+// knows better under which name the world knows this machine.
+std::optional<TMailAddress> Sender(const TMailMessage& pMessage, const TMailServer& pServer) {
+  if (!pMessage.fFrom.empty()) return ParseMailAddress(pMessage.fFrom);
+  if (pServer.fHost.empty()) return std::nullopt;
+  std::u16string sender = FromUtf8(pServer.fUser);
+  if (sender.find(u'@') == std::u16string::npos)
+    sender = (sender.empty() ? CurrentUserName() : sender) + u"@" + FromUtf8(FullHostName());
+  try {
+    return ParseMailAddress(sender);
+  } catch (const EInvalidArgumentValue& error) {
+    throw EMailError(fmt::format("{}: name the sender of the mail.", error.what()));
+  }
+}
+
+TMailEnvelope Envelope(const TMailMessage& pMessage, const TMailServer& pServer) {
+  TMailEnvelope envelope;
+  for (const std::u16string& recipient : pMessage.fTo) envelope.fTo.push_back(ParseMailAddress(recipient));
+  if (envelope.fTo.empty()) throw EMailError("The mail has no recipient: name at least one.");
+  envelope.fFrom = Sender(pMessage, pServer);
+  return envelope;
+}
+
+// What stands behind the "@" of the mail's own id.
+std::string IdHost(const TMailEnvelope& pEnvelope) {
+  if (!pEnvelope.fFrom) return "localhost";
+  const std::string& address = pEnvelope.fFrom->fAddress;
+  return address.substr(address.rfind('@') + 1);
+}
+
+}  // namespace
+
+void CheckMailServer(const TMailServer& pServer) {
+  if (pServer.fHost.empty())
+    CheckSendmail(pServer.fSendmail);
+  else
+    CheckServer(pServer);
+}
+
+void SendMail(const TMailMessage& pMessage, const TMailServer& pServer) {
+  const TMailEnvelope envelope = Envelope(pMessage, pServer);
+  try {
+    TMailSource mail(pMessage, envelope, TMailStamp::Make(IdHost(envelope)));
+    if (pServer.fHost.empty()) {
+      SendToSendmail(mail, envelope, pServer.fSendmail);
+    } else {
+      SendToServer(mail, envelope, pServer);
+    }
+  } catch (const EOSError& error) {
+    // Whatever else the system may refuse has become an EMailError already.
+    throw EMailError(fmt::format("The mail was not sent, since {} cannot be attached: {}.",
+                                 ToQuotedDisplay(error.Object()), OSErrorText(error.Code())));
+  }
+}
+
+}  // namespace Kiv::Mail

@@ -1,0 +1,379 @@
+#include "export/history/HistoryDatabase.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include "platform/files/CanonicalPath.h"
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "search/patterns/PatternFilter.h"
+
+namespace Vantrel::DB::SQLiteDatabase {
+
+using Kiv::DiskSpaceManagement::DB::SQLite::EDatabaseError;
+using Kiv::DiskSpaceManagement::DB::SQLite::TSQLiteTransaction;
+
+namespace {
+
+// Other programs read these tables: what is here stays as it is, to the blank.
+constexpr std::string_view kTables =
+    "CREATE TABLE IF NOT EXISTS ROOTS (ID\tINTEGER NOT NULL UNIQUE,PATH TEXT NOT NULL UNIQUE,"
+    "PRIMARY KEY(ID AUTOINCREMENT));"
+    "CREATE TABLE IF NOT EXISTS SCANS (ID\tINTEGER NOT NULL UNIQUE,ROOT_ID\tINTEGER NOT NULL,\tDATE\tREAL NOT NULL,"
+    "\tVERSION\tTEXT NULL, SIZE\tINTEGER NOT NULL,\tALLOCATED\tINTEGER NOT NULL,\tFILES\tINTEGER NOT NULL,"
+    "\tFREE_SPACE\tINTEGER NOT NULL,PATTERN_ID INTEGER,EXCLUDED_OBJECTS INTEGER, PRIMARY KEY(ID AUTOINCREMENT),"
+    "\tFOREIGN KEY(ROOT_ID) REFERENCES ROOTS(ID),FOREIGN KEY(PATTERN_ID) REFERENCES PATTERNS(ID));"
+    "CREATE TABLE IF NOT EXISTS PATTERNS (ID\tINTEGER NOT NULL UNIQUE, PATTERN\tTEXT NOT NULL UNIQUE,"
+    " PRIMARY KEY(ID AUTOINCREMENT));";
+
+std::string SchemaSQL() {
+  return std::string(kTables) + TKIVSQLiteDatabase::GetCreateIndexSQL("INDEX_1", "SCANS", "ROOT_ID ASC") +
+         TKIVSQLiteDatabase::GetCreateIndexSQL("INDEX_2", "SCANS", "ROOT_ID ASC ,PATTERN_ID ASC") +
+         TKIVSQLiteDatabase::GetCreateIndexSQL("INDEX_3", "ROOTS", "PATH ASC") +
+         TKIVSQLiteDatabase::GetCreateIndexSQL("INDEX_4", "PATTERNS", "PATTERN ASC");
+}
+
+constexpr int64_t kTicksPerMillisecond = TKivFileTime::kTicksPerSecond / 1000;
+constexpr int64_t kMillisecondsPerDay = TKivFileTime::kTicksPerDay / kTicksPerMillisecond;
+// File times count from 1601.
+constexpr int64_t kDaysTo1899 =
+    (std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) - std::chrono::sys_days(std::chrono::year(1601) / 1 / 1))
+        .count();
+
+// 0 where the system does not tell.
+int64_t OffsetTicks(TKivFileTime pTime) {
+  int64_t seconds = 0;
+  return LocalOffset(pTime, seconds) ? seconds * TKivFileTime::kTicksPerSecond : 0;
+}
+
+// In the order in which EntryOfRow takes them.
+constexpr std::string_view kEntryColumns =
+    "SCANS.ID, DATE, SIZE, ALLOCATED, FILES, FREE_SPACE, VERSION, EXCLUDED_OBJECTS";
+constexpr int kEntryColumnCount = 8;
+
+// Less than nothing is no size: only another program can have written it, and differences would overflow.
+int64_t GetAmount(const TKIVSQLiteDatabase& pDatabase, int pColumn) {
+  return std::max<int64_t>(0, pDatabase.GetInteger(pColumn));
+}
+
+THistoryEntry EntryOfRow(const TKIVSQLiteDatabase& pDatabase) {
+  THistoryEntry entry;
+  entry.fId = pDatabase.GetInteger(0);
+  entry.fDate = TimeOfDayCount(pDatabase.GetReal(1));
+  entry.fSize = GetAmount(pDatabase, 2);
+  entry.fAllocated = GetAmount(pDatabase, 3);
+  entry.fFiles = GetAmount(pDatabase, 4);
+  entry.fFreeSpace = GetAmount(pDatabase, 5);
+  entry.fVersion = ToUtf8(pDatabase.GetText(6));
+  if (!pDatabase.IsNull(7)) entry.fExcludedObjects = GetAmount(pDatabase, 7);
+  return entry;
+}
+
+void OpenForReading(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) {
+  pDatabase.ConnectToDatabase(pFile, false);
+}
+
+void OpenForWriting(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) {
+  // Which folders somebody has is nobody else's business.
+  try {
+    CreateFolderOf(AbsolutePath(pFile), TFolderAccess::faUserAlone);
+  } catch (const EOSError& error) {
+    throw EDatabaseError(fmt::format("The database {} cannot be opened: {}", ToQuotedDisplay(pFile), error.what()));
+  }
+  pDatabase.ConnectToDatabase(pFile, true);
+}
+
+// Within a transaction, so that of several programs only one finds the file empty.
+void RequireTables(TKIVSQLiteDatabase& pDatabase) {
+  if (!THistoryDatabaseReaderWriter::HoldsHistory(pDatabase)) pDatabase.ExecuteQuery(SchemaSQL());
+}
+
+std::string PathCondition(const std::u16string& pPath) {
+  return "PATH = " + TKIVSQLiteDatabase::GetSQLString(pPath);
+}
+
+std::string PatternCondition(std::u16string_view pPattern) {
+  return "PATTERN = " + TKIVSQLiteDatabase::GetSQLString(pPattern);
+}
+
+std::optional<int64_t> FindId(TKIVSQLiteDatabase& pDatabase, std::string_view pTable, const std::string& pCondition) {
+  std::optional<int64_t> id;
+  if (pDatabase.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID", pTable, pCondition)))
+    id = pDatabase.GetInteger(0);
+  pDatabase.CloseQuery();
+  return id;
+}
+
+// The index serves the exact path alone, so that is asked for first. It is also what is meant on systems where "Data"
+// and "data" are two folders. What walks the whole table is one row per folder ever scanned, not per scan.
+std::optional<int64_t> FindRoot(TKIVSQLiteDatabase& pDatabase, const std::u16string& pRootPath) {
+  const std::string condition = PathCondition(CanonicalPath(pRootPath));
+  if (const std::optional<int64_t> exact = FindId(pDatabase, "ROOTS", condition)) return exact;
+  return FindId(pDatabase, "ROOTS", condition + " COLLATE NOCASE ORDER BY ID");
+}
+
+int64_t CountScans(TKIVSQLiteDatabase& pDatabase, int64_t pRootId) {
+  pDatabase.OpenQuery(
+      TKIVSQLiteDatabase::GetSimpleSelectSQL("COUNT(ID)", "SCANS", fmt::format("ROOT_ID = {}", pRootId)));
+  const int64_t count = pDatabase.GetInteger(0);
+  pDatabase.CloseQuery();
+  return count;
+}
+
+// A scan to be written; the pattern is empty without a filter.
+struct TScanRow {
+  std::u16string fPath;
+  std::u16string fPattern;
+  THistoryEntry fEntry;
+};
+
+TScanRow RowOfRoot(const std::u16string& pRootPath, IHierarchicalRoot& pRoot, const std::string& pVersion) {
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!top || (pRoot.GetState() & (rsFinished | rsCancelled | rsScanning)) != rsFinished)
+    throw EInvalidOperation("THistoryDatabaseReaderWriter.WriteRootHistoryData: the scan of " +
+                            ToQuotedDisplay(pRootPath) + " has not run to its end");
+  TScanRow row{CanonicalPath(pRootPath), HistoryPattern(pRoot), {}};
+  if (row.fPath.empty()) throw EInvalidArgumentValue("THistoryDatabaseReaderWriter.WriteRootHistoryData: pRootPath");
+  const TSizeValues totals = top->GetValues();
+  row.fEntry.fDate = pRoot.GetScanTimeStamp();
+  row.fEntry.fSize = totals.fSize;
+  row.fEntry.fAllocated = totals.fAllocated;
+  row.fEntry.fFiles = totals.fFiles;
+  row.fEntry.fFreeSpace = pRoot.GetStorageInformation().fFreeBytes;
+  row.fEntry.fVersion = pVersion;
+  if (!row.fPattern.empty()) row.fEntry.fExcludedObjects = pRoot.GetProgress().fExcludedObjects;
+  return row;
+}
+
+void InsertScan(TKIVSQLiteDatabase& pDatabase, const TScanRow& pRow) {
+  const THistoryEntry& entry = pRow.fEntry;
+  const std::string path = TKIVSQLiteDatabase::GetSQLString(pRow.fPath);
+  const int64_t root = pDatabase.InsertIfDoesNotExists("ROOTS", "PATH", path, PathCondition(pRow.fPath));
+  std::string sql =
+      "INSERT INTO SCANS (ROOT_ID,DATE,VERSION,SIZE,ALLOCATED,FILES,FREE_SPACE,PATTERN_ID,EXCLUDED_OBJECTS) VALUES " +
+      fmt::format("({},{},{},{},{},{},{}", root, DayCountOfTime(entry.fDate),
+                  TKIVSQLiteDatabase::GetSQLString(FromUtf8(entry.fVersion)), entry.fSize, entry.fAllocated,
+                  entry.fFiles, entry.fFreeSpace);
+  if (pRow.fPattern.empty()) {
+    sql += ",null,null);";
+  } else {
+    const std::string pattern = TKIVSQLiteDatabase::GetSQLString(pRow.fPattern);
+    const int64_t id = pDatabase.InsertIfDoesNotExists("PATTERNS", "PATTERN", pattern, PatternCondition(pRow.fPattern));
+    sql +=
+        entry.fExcludedObjects ? fmt::format(",{},{});", id, *entry.fExcludedObjects) : fmt::format(",{},null);", id);
+  }
+  pDatabase.ExecuteQuery(sql);
+}
+
+// All that is recorded of a scan but its ID, under the IDs that the target has for its root and pattern, and the how
+// manieth scan it is of those that agree in all of it.
+std::string NumberedScansSQL(std::string_view pSchema) {
+  constexpr std::string_view columns =
+      "TARGET_ROOTS.ID, S.DATE, S.VERSION, S.SIZE, S.ALLOCATED, S.FILES, S.FREE_SPACE, TARGET_PATTERNS.ID, "
+      "S.EXCLUDED_OBJECTS";
+  return fmt::format(
+      "SELECT {1}, ROW_NUMBER() OVER (PARTITION BY {1}) FROM {0}.SCANS S "
+      "JOIN {0}.ROOTS R ON R.ID = S.ROOT_ID JOIN main.ROOTS TARGET_ROOTS ON TARGET_ROOTS.PATH = R.PATH "
+      "LEFT JOIN {0}.PATTERNS P ON P.ID = S.PATTERN_ID "
+      "LEFT JOIN main.PATTERNS TARGET_PATTERNS ON TARGET_PATTERNS.PATTERN = P.PATTERN",
+      pSchema, columns);
+}
+
+// EXCEPT takes NULLs for equal, which "=" does not.
+std::string ImportSQL() {
+  constexpr std::string_view columns =
+      "ROOT_ID, DATE, VERSION, SIZE, ALLOCATED, FILES, FREE_SPACE, PATTERN_ID, EXCLUDED_OBJECTS";
+  return fmt::format(
+      "WITH NEW_SCANS ({0}, NUMBER) AS ({1} EXCEPT {2}) "
+      "INSERT INTO main.SCANS ({0}) SELECT {0} FROM NEW_SCANS ORDER BY DATE, ROOT_ID, NUMBER;",
+      columns, NumberedScansSQL("source"), NumberedScansSQL("main"));
+}
+
+// A scan whose root or pattern is not in its file would come in under another filter, or not at all.
+void RefuseDanglingIds(TKIVSQLiteDatabase& pDatabase, const std::u16string& pSource) {
+  const std::string check = "PRAGMA source.foreign_key_check;";
+  if (!pDatabase.OpenOrExecuteQuery(check)) return;
+  pDatabase.Fail(fmt::format("scans of {} belong to no root or pattern there", ToQuotedDisplay(pSource)), check);
+}
+
+}  // namespace
+
+std::u16string HistoryPattern(const IHierarchicalRoot& pRoot) {
+  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
+  const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
+  return patterns != nullptr ? HistoryPattern(*patterns->GetPatterns()) : std::u16string();
+}
+
+std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns) {
+  PatternMatching::TPatternsToStringRepresentationOptions options =
+      PatternMatching::TPatternsToStringRepresentationOptions::Default();
+  options.ActivePatternsOnly = true;
+  return pPatterns.ToString(options);
+}
+
+double DayCountOfTime(TKivFileTime pTime) {
+  const int64_t local = pTime.fTicks + OffsetTicks(pTime);
+  return static_cast<double>(local / TKivFileTime::kTicksPerDay - kDaysTo1899) +
+         static_cast<double>(local % TKivFileTime::kTicksPerDay) / static_cast<double>(TKivFileTime::kTicksPerDay);
+}
+
+TKivFileTime TimeOfDayCount(double pDays) {
+  // Beyond these a file time has no room; they are the years 1601 and 9999.
+  constexpr double kLastDay = 2'958'465;
+  if (!(pDays > -static_cast<double>(kDaysTo1899) && pDays <= kLastDay)) return {};
+  const double milliseconds = pDays * static_cast<double>(kMillisecondsPerDay);
+  const int64_t local = (std::llround(milliseconds) + kDaysTo1899 * kMillisecondsPerDay) * kTicksPerMillisecond;
+  // The offset depends on the very time that it leads to. The second step is for the hours about a change of clocks.
+  TKivFileTime time{local - OffsetTicks({local})};
+  time.fTicks = local - OffsetTicks(time);
+  return time;
+}
+
+void THistoryDatabaseReaderWriter::CreateHistoryDatabase(const std::u16string& pDatabase) const {
+  TKIVSQLiteDatabase database;
+  OpenForWriting(database, pDatabase);
+  if (HoldsHistory(database)) return;  // one that may not be written will do, then
+  TSQLiteTransaction transaction(database);
+  RequireTables(database);
+  transaction.Commit();
+}
+
+bool THistoryDatabaseReaderWriter::CheckTableStructure(TKIVSQLiteDatabase& pDatabase) {
+  for (const char* table : {"ROOTS", "SCANS", "PATTERNS"})
+    if (!pDatabase.CheckTableExists(table)) return false;
+  return true;
+}
+
+bool THistoryDatabaseReaderWriter::HoldsHistory(TKIVSQLiteDatabase& pDatabase) {
+  // In this order: the tables come all at once, so who sees something sees all of them, even when another program is
+  // about to make them.
+  const std::string tables = TKIVSQLiteDatabase::GetSimpleSelectSQL("name", "sqlite_master");
+  const bool holdsSomething = pDatabase.OpenOrExecuteQuery(tables);
+  pDatabase.CloseQuery();
+  if (holdsSomething && !CheckTableStructure(pDatabase))
+    pDatabase.Fail("this is a database of another kind, not a history of scans", tables);
+  // Histories have no number of their own so far; whoever changes what the tables mean is to set one.
+  const std::string version = "PRAGMA user_version;";
+  pDatabase.OpenQuery(version);
+  const int64_t number = pDatabase.GetInteger(0);
+  pDatabase.CloseQuery();
+  if (number != 0) pDatabase.Fail(fmt::format("the format {} is of a newer version of this program", number), version);
+  return holdsSomething;
+}
+
+void THistoryDatabaseReaderWriter::WriteRootHistoryData(const std::u16string& pDatabase,
+                                                        const std::u16string& pRootPath,
+                                                        IHierarchicalRoot& pRoot) const {
+  WriteHistoryDataList(pDatabase, {{pRootPath, TRef<IHierarchicalRoot>(&pRoot)}});
+}
+
+void THistoryDatabaseReaderWriter::WriteHistoryDataList(const std::u16string& pDatabase,
+                                                        const std::vector<TScannedRoot>& pRoots) const {
+  // Asking the system for canonical paths may take long, and nobody else can write once the transaction has begun.
+  std::vector<TScanRow> rows;
+  for (const TScannedRoot& root : pRoots) rows.push_back(RowOfRoot(root.fPath, *root.fRoot, fVersion));
+  TKIVSQLiteDatabase database;
+  OpenForWriting(database, pDatabase);
+  TSQLiteTransaction transaction(database);
+  RequireTables(database);
+  for (const TScanRow& row : rows) InsertScan(database, row);
+  transaction.Commit();
+}
+
+std::string THistoryDatabaseReaderWriter::GetScansSQL(int64_t pRootId, std::optional<int64_t> pPatternId) {
+  const std::string pattern = pPatternId ? fmt::format("PATTERN_ID = {}", *pPatternId) : "PATTERN_ID IS NULL";
+  return TKIVSQLiteDatabase::GetSimpleSelectSQL(
+      kEntryColumns, "SCANS", fmt::format("ROOT_ID = {} AND {} ORDER BY DATE, SCANS.ID", pRootId, pattern));
+}
+
+std::vector<THistoryEntry> THistoryDatabaseReaderWriter::ReadRootHistoryData(const std::u16string& pDatabase,
+                                                                             const std::u16string& pRootPath,
+                                                                             std::u16string_view pPattern) const {
+  TKIVSQLiteDatabase database;
+  OpenForReading(database, pDatabase);
+  if (!HoldsHistory(database)) return {};
+  const std::optional<int64_t> root = FindRoot(database, pRootPath);
+  if (!root) return {};
+  std::optional<int64_t> pattern;
+  if (!pPattern.empty()) {
+    pattern = FindId(database, "PATTERNS", PatternCondition(pPattern));
+    if (!pattern) return {};
+  }
+  std::vector<THistoryEntry> entries;
+  for (database.OpenQuery(GetScansSQL(*root, pattern)); database.HasRow(); database.NextRow())
+    entries.push_back(EntryOfRow(database));
+  return entries;
+}
+
+std::vector<TRootHistory> THistoryDatabaseReaderWriter::ReadAllHistoryData(const std::u16string& pDatabase) const {
+  TKIVSQLiteDatabase database;
+  OpenForReading(database, pDatabase);
+  if (!HoldsHistory(database)) return {};
+  std::vector<TRootHistory> histories;
+  database.OpenQuery(fmt::format(
+      "SELECT {}, PATH, PATTERN FROM SCANS LEFT JOIN ROOTS ON ROOTS.ID = ROOT_ID LEFT JOIN PATTERNS ON PATTERNS.ID = "
+      "PATTERN_ID ORDER BY PATH, PATTERN, DATE, SCANS.ID",
+      kEntryColumns));
+  for (; database.HasRow(); database.NextRow()) {
+    std::u16string path = database.GetText(kEntryColumnCount);
+    std::u16string pattern = database.GetText(kEntryColumnCount + 1);
+    if (histories.empty() || histories.back().fPath != path || histories.back().fPattern != pattern)
+      histories.push_back({std::move(path), std::move(pattern), {}});
+    histories.back().fEntries.push_back(EntryOfRow(database));
+  }
+  return histories;
+}
+
+int64_t THistoryDatabaseReaderWriter::GetNumberOfScans(const std::u16string& pDatabase,
+                                                       const std::u16string& pRootPath) const {
+  TKIVSQLiteDatabase database;
+  OpenForReading(database, pDatabase);
+  if (!HoldsHistory(database)) return 0;
+  const std::optional<int64_t> root = FindRoot(database, pRootPath);
+  return root ? CountScans(database, *root) : 0;
+}
+
+int64_t THistoryDatabaseReaderWriter::DeleteHistoryData(const std::u16string& pDatabase, int64_t pScanId) const {
+  TKIVSQLiteDatabase database;
+  OpenForReading(database, pDatabase);
+  const std::string scan = fmt::format("ID = {}", pScanId);
+  const bool holdsHistory = HoldsHistory(database);
+  TSQLiteTransaction transaction(database);
+  if (!holdsHistory || !database.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ROOT_ID", "SCANS", scan)))
+    throw EInvalidArgumentValue(fmt::format("THistoryDatabaseReaderWriter.DeleteHistoryData: {} holds no scan {}",
+                                            ToQuotedDisplay(pDatabase), pScanId));
+  const int64_t root = database.GetInteger(0);
+  database.ExecuteQuery(TKIVSQLiteDatabase::GetDeleteSQL("SCANS", scan));
+  const int64_t remaining = CountScans(database, root);
+  if (remaining == 0) database.ExecuteQuery(TKIVSQLiteDatabase::GetDeleteSQL("ROOTS", fmt::format("ID = {}", root)));
+  transaction.Commit();
+  return remaining;
+}
+
+int64_t THistoryDatabaseReaderWriter::ImportDataFromTo(const std::u16string& pSource,
+                                                       const std::u16string& pTarget) const {
+  if (CanonicalPath(pSource) == CanonicalPath(pTarget)) return 0;  // it would wait for itself
+  TKIVSQLiteDatabase database;
+  OpenForReading(database, pSource);
+  if (!HoldsHistory(database)) return 0;
+  CreateHistoryDatabase(pTarget);
+  // Not to be created when it has just gone: so is what is attached.
+  OpenForReading(database, pTarget);
+  database.ExecuteQuery(fmt::format("ATTACH {} AS source;", TKIVSQLiteDatabase::GetFileNameSQL(pSource)));
+  TSQLiteTransaction transaction(database);
+  RefuseDanglingIds(database, pSource);
+  database.ExecuteQuery("INSERT OR IGNORE INTO main.ROOTS (PATH) SELECT PATH FROM source.ROOTS ORDER BY ID;");
+  database.ExecuteQuery(
+      "INSERT OR IGNORE INTO main.PATTERNS (PATTERN) SELECT PATTERN FROM source.PATTERNS ORDER BY ID;");
+  database.ExecuteQuery(ImportSQL());
+  const int64_t added = database.ChangedRows();
+  transaction.Commit();
+  return added;
+}
+
+}  // namespace Vantrel::DB::SQLiteDatabase

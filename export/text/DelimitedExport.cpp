@@ -1,0 +1,281 @@
+#include "export/text/DelimitedExport.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "model/tree/FileTable.h"
+#include "platform/text/Text.h"
+
+namespace Kiv::Hierarchical::Exporting::Text {
+
+namespace {
+
+constexpr std::string_view kPathListSeparator = "   ";
+
+void AppendInteger(std::string& pTarget, int64_t pValue) {
+  char digits[24];
+  pTarget.append(digits, std::to_chars(digits, digits + sizeof digits, pValue).ptr);
+}
+
+TSizeValues SizesOf(const TFileRecord& pFile) {
+  TSizeValues sizes;
+  sizes.fSize = pFile.fSize;
+  sizes.fAllocated = pFile.fAllocated;
+  sizes.fFiles = 1;
+  return sizes;
+}
+
+}  // namespace
+
+// Writes rows, of the whole tree or of what lies in one of its folders.
+class TDelimitedExport::TRows final : public TRowWriter {
+ public:
+  // The export must outlive it.
+  explicit TRows(const TDelimitedExport& pExport) : fExport(pExport) {}
+
+  std::unique_ptr<TRowWriter> Branch() const override;
+  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TExportRow& pRow) override;
+  bool VisitFile(const TExportRow& pRow) override;
+  void Flush() override {
+    if (fDates) fExport.GiveDateFormatter(std::move(fDates));
+  }
+
+ private:
+  // What rows need to know of an open folder.
+  struct TOpenFolder {
+    size_t fParentLength;  // of the path of the folder around it
+    int64_t fShareBasis;   // the size that shares of what lies in it are of
+  };
+
+  std::string& Line() { return fText.fBytes; }
+  void AppendDate(TKivFileTime pDate) {
+    if (!fDates) fDates = fExport.TakeDateFormatter();
+    fDates->Append(Line(), pDate);
+  }
+  void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
+  void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  bool AppendNumber(TColumn pColumn, int64_t pValue);
+  void AppendShareOfParent(const TSizeValues& pSizes);
+  void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
+  void AppendToPath(std::u16string_view pName);
+  int64_t ShareBasis(const TSizeValues& pSizes) const {
+    return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
+  }
+
+  const TDelimitedExport& fExport;
+  std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed between the first date and Flush
+  std::string
+      fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
+  std::vector<TOpenFolder> fOpen;
+};
+
+TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {
+  SetColumns({TColumn::mdFullPath, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
+              TColumn::mdPercentOfParent, TColumn::mdLastChange, TColumn::mdLastAccess});
+  if (!pSettings.fColumns.empty()) SetColumns(pSettings.fColumns);
+}
+
+void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!top) return;
+  fFields = {Separator(), Settings().fNeutralizeFormulas};
+  fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
+  fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
+  // A separator with another character than these is in no bare number and in no date.
+  fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||
+                   fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
+  fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
+  fSharesOfAllocated = pRoot.GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
+  if (LineCount() == 0) WriteHeader();
+  TRows rows(*this);
+  WalkInParallel(*top, rows, [this](const TRowText& pText) {
+    size_t begin = 0;
+    for (const size_t end : pText.fEnds) {
+      if (!WriteRow(std::string_view(pText.fBytes).substr(begin, end - begin))) return false;
+      begin = end;
+    }
+    return true;
+  });
+}
+
+// A second root goes on below the first one: its captions would be taken for a row.
+void TDelimitedExport::WriteHeader() {
+  if (!Settings().fIncludeHeader || (Settings().fIncludedObjectTypes & ioFolders) == 0) return;
+  std::string line;
+  for (size_t i = 0; i < Columns().size(); ++i) {
+    if (i > 0) line += fFields.fSeparator;
+    AppendOwnField(line, HeaderText(Columns()[i]), fFields);
+  }
+  WriteRow(line);
+}
+
+bool TDelimitedExport::WriteRow(std::string_view pRow) {
+  if (Settings().fByteOrderMark && LineCount() == 0) return WriteLine(std::string(kByteOrderMark).append(pRow));
+  return WriteLine(pRow);
+}
+
+std::unique_ptr<TIsoLocalFormatter> TDelimitedExport::TakeDateFormatter() const {
+  TCriticalSectionLock lock(fLock);
+  if (fDateFormatters.empty()) return std::make_unique<TIsoLocalFormatter>();
+  std::unique_ptr<TIsoLocalFormatter> formatter = std::move(fDateFormatters.back());
+  fDateFormatters.pop_back();
+  return formatter;
+}
+
+void TDelimitedExport::GiveDateFormatter(std::unique_ptr<TIsoLocalFormatter> pFormatter) const {
+  TCriticalSectionLock lock(fLock);
+  fDateFormatters.push_back(std::move(pFormatter));
+}
+
+// --- rows ------------------------------------------------------------------------------------------------------------
+
+std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
+  auto rows = std::make_unique<TRows>(fExport);
+  rows->fPath = fPath;
+  if (!fOpen.empty()) rows->fOpen.push_back(fOpen.back());
+  return rows;
+}
+
+void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName) {
+  if (!fPath.empty() && fPath.back() != fExport.fDelimiter) fPath += fExport.fDelimiter;
+  AppendUtf8Escaped(fPath, pName);
+}
+
+bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete) {
+  const TSizeValues sizes = pRow.fFolder.GetValues();
+  const size_t parentLength = fPath.size();
+  AppendToPath(pRow.Name());
+  if (pRow.fIsShown) WriteRow(pRow, sizes);
+  if (pIsComplete) {
+    fPath.resize(parentLength);
+    return true;
+  }
+  // A file's share is of its folder, whether or not a "[Files]" row stands between them.
+  const bool isGroup = pRow.fFolder.IsFileGroup() && !fOpen.empty();
+  fOpen.push_back({parentLength, isGroup ? fOpen.back().fShareBasis : ShareBasis(sizes)});
+  return true;
+}
+
+bool TDelimitedExport::TRows::EndNode(const TExportRow&) {
+  fPath.resize(fOpen.back().fParentLength);
+  fOpen.pop_back();
+  return true;
+}
+
+// A file lies in the folder itself: the "[Files]" node around its row is no part of the path.
+bool TDelimitedExport::TRows::VisitFile(const TExportRow& pRow) {
+  const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
+  if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
+  const size_t length = fPath.size();
+  AppendToPath(pRow.Name());
+  WriteRow(pRow, SizesOf(*pRow.fFile));
+  fPath.resize(length);
+  if (!group.empty()) AppendToPath(group);
+  return true;
+}
+
+void TDelimitedExport::TRows::WriteRow(const TExportRow& pRow, const TSizeValues& pSizes) {
+  for (size_t i = 0; i < fExport.Columns().size(); ++i) {
+    if (i > 0) Line() += fExport.fFields.fSeparator;
+    AppendField(pRow, pSizes, fExport.Columns()[i]);
+  }
+  fText.fEnds.push_back(Line().size());
+}
+
+void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
+  if (pColumn == TColumn::mdName) return AppendTextField(Line(), pRow.Name(), fExport.fFields);
+  if (pColumn == TColumn::mdFullPath) return AppendEscapedField(Line(), fPath, fExport.fFields);
+  const size_t begin = Line().size();
+  if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
+  if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
+}
+
+// Numbers and dates, of what the row itself holds. False for all else.
+bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
+  const bool isFile = pRow.IsFile();
+  switch (pColumn) {
+    case TColumn::mdSize:
+      return AppendNumber(pColumn, pSizes.fSize);
+    case TColumn::mdAllocated:
+      return AppendNumber(pColumn, pSizes.fAllocated);
+    case TColumn::mdFiles:
+      return AppendNumber(pColumn, pSizes.fFiles);
+    case TColumn::mdFolders:
+      // A file's cell is empty, as in every list.
+      return isFile || AppendNumber(pColumn, pSizes.fFolders);
+    case TColumn::mdPercentOfParent:
+      AppendShareOfParent(pSizes);
+      return true;
+    case TColumn::mdLastChange:
+      AppendDate(isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
+      return true;
+    case TColumn::mdLastAccess:
+      AppendDate(isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
+      return true;
+    case TColumn::mdCreation:
+      AppendDate(isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool TDelimitedExport::TRows::AppendNumber(TColumn pColumn, int64_t pValue) {
+  if (fExport.fFormat.fPlainByteValues)
+    AppendInteger(Line(), pValue);
+  else
+    Line() += ToUtf8(FormatValue(pColumn, pValue, fExport.fFormat));
+  return true;
+}
+
+void TDelimitedExport::TRows::AppendShareOfParent(const TSizeValues& pSizes) {
+  double share = 1.0;  // the top is the whole
+  if (!fOpen.empty()) {
+    const int64_t whole = fOpen.back().fShareBasis;
+    share = whole == 0 ? 0.0 : static_cast<double>(ShareBasis(pSizes)) / static_cast<double>(whole);
+  }
+  if (fExport.fFormat.fShowUnits || fExport.fFormat.fDecimals != 1) {
+    Line() += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fExport.fFormat));
+    return;
+  }
+  // The same for a million rows: tenths of a per cent, halves away from zero.
+  const auto tenths = std::llround(share * 100.0 * 10);
+  AppendInteger(Line(), tenths / 10);
+  Line() += fExport.fDecimalSeparator;
+  AppendInteger(Line(), tenths % 10);
+}
+
+void TDelimitedExport::TRows::AppendSlowly(const TExportRow& pRow, TColumn pColumn) {
+  const std::u16string text = FormatValue(pColumn, pRow.Element()->GetValue(pColumn), fExport.fFormat);
+  if (ColumnInfo(pColumn).fKind == TColumnKind::ckText)
+    AppendTextField(Line(), text, fExport.fFields);
+  else
+    AppendOwnField(Line(), ToUtf8(text), fExport.fFields);
+}
+
+// --- paths ---------------------------------------------------------------------------------------------------------
+
+TPathListExport::TPathListExport(const TMediaSettings& pSettings) : TFileStreamExport(pSettings) {
+  SetColumns(pSettings.fColumns);
+}
+
+void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!top) return;
+  const TValueFormat format = ValueFormat();
+  WalkTree(*top, [&](const TExportRow& pRow) {
+    if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;  // no path of the storage
+    const TRef<IHierarchicalElement> element = pRow.Element();
+    std::string line = ToDisplay(element->GetFullPath());
+    for (const TColumn column : Columns()) {
+      if (column == TColumn::mdFullPath) continue;
+      line += kPathListSeparator;
+      line += ToDisplay(element->GetFormattedValue(column, format));
+    }
+    return WriteLine(line);
+  });
+}
+
+}  // namespace Kiv::Hierarchical::Exporting::Text

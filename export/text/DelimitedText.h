@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "model/columns/MetaData.h"
+
+namespace Kiv::Hierarchical::Exporting::Text {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // by which spreadsheets tell UTF-8
+
+// How fields become a line that programs read back: joined by a separator and quoted as RFC 4180 says.
+struct TDelimitedFormat {
+  std::string fSeparator = ",";      // UTF-8, not empty
+  bool fNeutralizeFormulas = false;  // see AppendTextField
+};
+
+// The format for values in such a line. A digit group that could be taken for the end of a field, or of the whole
+// number, is not set apart.
+TValueFormat WithoutMisleadingGroups(TValueFormat pFormat, const TDelimitedFormat& pDelimited);
+
+// Append one field to a line; the separator between fields is the caller's. A field that holds the separator, ends
+// like one, or holds a double quote, CR or LF is put in double quotes, those inside doubled.
+//
+// Of names and other texts from outside. Written as UTF-8; what UTF-8 cannot hold becomes a visible escape, "\xFF" for
+// an undecodable byte and "\uD800" for a lone surrogate; all else, control characters too, is kept as it is. A
+// spreadsheet takes a field that begins with "=", "+", "-", "@", tab or CR for a formula; with fNeutralizeFormulas such
+// a text gets an apostrophe in front.
+void AppendTextField(std::string& pLine, std::u16string_view pText, const TDelimitedFormat& pFormat);
+// The same of a text that is already UTF-8 with such escapes.
+void AppendEscapedField(std::string& pLine, std::string_view pText, const TDelimitedFormat& pFormat);
+// Of texts of the program's own making, such as numbers, dates and captions; UTF-8.
+void AppendOwnField(std::string& pLine, std::string_view pText, const TDelimitedFormat& pFormat);
+// Of what somebody has written to the end of the line, from pBegin on.
+void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pFormat);
+
+}  // namespace Kiv::Hierarchical::Exporting::Text

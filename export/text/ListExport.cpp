@@ -1,0 +1,85 @@
+#include "export/text/ListExport.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "export/text/PaddedTable.h"
+#include "platform/text/Text.h"
+
+namespace Kiv::Hierarchical::Exporting {
+
+namespace {
+
+std::vector<std::string> Captions(const TListTable& pTable, const TValueFormat& pFormat) {
+  std::vector<std::string> captions;
+  for (const TListColumn& column : pTable.fColumns)
+    captions.push_back(Text::CaptionWithUnit(column.fCaption, column.fColumn, pFormat));
+  return captions;
+}
+
+std::vector<std::string> RowTexts(const TListTable& pTable, const std::vector<TMetaDataValue>& pRow,
+                                  const TValueFormat& pFormat) {
+  std::vector<std::string> texts;
+  for (size_t i = 0; i < pRow.size(); ++i)
+    texts.push_back(ToDisplay(FormatValue(pTable.fColumns[i].fColumn, pRow[i], pFormat)));
+  return texts;
+}
+
+// The last column is the one with the long paths: padding those would make every other row as long.
+std::string WithoutTrailingBlanks(std::string pLine) {
+  pLine.resize(pLine.find_last_not_of(' ') + 1);
+  return pLine;
+}
+
+std::string DelimitedRow(const TListTable& pTable, const std::vector<TMetaDataValue>& pRow, const TValueFormat& pFormat,
+                         const Text::TDelimitedFormat& pDelimited) {
+  std::string line;
+  for (size_t i = 0; i < pRow.size(); ++i) {
+    if (i > 0) line += pDelimited.fSeparator;
+    const TColumn column = pTable.fColumns[i].fColumn;
+    const std::u16string text = FormatValue(column, pRow[i], pFormat);
+    if (ColumnInfo(column).fKind == TColumnKind::ckText)
+      Text::AppendTextField(line, text, pDelimited);
+    else
+      Text::AppendOwnField(line, ToUtf8(text), pDelimited);
+  }
+  return line;
+}
+
+}  // namespace
+
+bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput) {
+  std::vector<TColumn> columns;
+  for (const TListColumn& column : pTable.fColumns) columns.push_back(column.fColumn);
+  Text::TPaddedTable padded(std::move(columns), "  ");
+  std::vector<std::vector<std::string>> rows{Captions(pTable, pFormat)};
+  for (const auto& row : pTable.fRows) rows.push_back(RowTexts(pTable, row, pFormat));
+  for (const auto& row : rows) padded.Measure(row);
+
+  if (pOutput.LineCount() > 0 && !pOutput.WriteLine("")) return false;
+  if (!pOutput.WriteLine(ToDisplay(pTable.fTitle)) || !pOutput.WriteLine("")) return false;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    if (!pOutput.WriteLine(WithoutTrailingBlanks(padded.Row(rows[i])))) return false;
+    if (i == 0 && !pOutput.WriteLine(padded.Underline())) return false;
+  }
+  return true;
+}
+
+bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat,
+                          const Text::TDelimitedFormat& pDelimited, bool pWithHeader, ILineOutput& pOutput) {
+  if (pWithHeader) {
+    std::string line;
+    for (const std::string& caption : Captions(pTable, pFormat)) {
+      if (!line.empty()) line += pDelimited.fSeparator;
+      Text::AppendOwnField(line, caption, pDelimited);
+    }
+    if (!pOutput.WriteLine(line)) return false;
+  }
+  const TValueFormat format = Text::WithoutMisleadingGroups(pFormat, pDelimited);
+  for (const auto& row : pTable.fRows)
+    if (!pOutput.WriteLine(DelimitedRow(pTable, row, format, pDelimited))) return false;
+  return true;
+}
+
+}  // namespace Kiv::Hierarchical::Exporting

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "export/text/DelimitedText.h"
+#include "export/walk/HierarchicalExport.h"
+#include "export/text/ListTables.h"
+
+namespace Kiv::Hierarchical::Exporting {
+
+// Write a list to an output. False when the output could not take it all; no further line is tried then.
+
+// For people: title, captions, underline, and a row per line in columns of fixed width. Set apart by an empty line from
+// what the output already holds.
+bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput);
+
+// For programs: a line per row, the captions in the first when pWithHeader; no title. Numbers are not grouped where the
+// thousands separator could be taken for that of the fields or of the decimals.
+bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat,
+                          const Text::TDelimitedFormat& pDelimited, bool pWithHeader, ILineOutput& pOutput);
+
+}  // namespace Kiv::Hierarchical::Exporting

@@ -1,0 +1,118 @@
+#include "export/text/RootDescription.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "platform/files/Volumes.h"
+
+namespace Kiv::Hierarchical::Exporting {
+
+namespace {
+
+std::string SizeText(int64_t pBytes, const TValueFormat& pFormat) {
+  TValueFormat format = pFormat;
+  format.fShowUnits = true;  // no header line names the unit here
+  return ToUtf8(FormatValue(TColumn::mdSize, pBytes, format));
+}
+
+std::string ShareText(int64_t pPart, int64_t pWhole, const TValueFormat& pFormat) {
+  const double share = static_cast<double>(pPart) / static_cast<double>(pWhole);
+  TValueFormat format = pFormat;
+  format.fShowUnits = true;
+  return ToUtf8(FormatValue(TColumn::mdPercentOfRoot, share, format));
+}
+
+std::string SecondsText(int64_t pMilliseconds) {
+  const double seconds = static_cast<double>(pMilliseconds) / 1000;
+  return seconds < 10 ? fmt::format("{:.2f} seconds", seconds) : fmt::format("{:.1f} seconds", seconds);
+}
+
+std::string ErrorLine(const TScanError& pError) {
+  return fmt::format("  {}: {}{}", ToDisplay(pError.fPath), OSErrorText(pError.fCode),
+                     pError.fPartial ? " (read in part)" : "");
+}
+
+void AppendErrors(std::vector<std::string>& pLines, const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
+                  size_t pListedErrors) {
+  std::vector<TScanError> errors = pRoot.GetErrors();
+  if (errors.empty()) return;
+  // Threads record errors in any order; the report's order is fixed.
+  std::sort(errors.begin(), errors.end(),
+            [](const TScanError& pA, const TScanError& pB) { return pA.fPath < pB.fPath; });
+  const auto count = static_cast<int64_t>(errors.size());
+  pLines.push_back(fmt::format("incomplete: {} could not be read", CountText(count, "folder", "folders", pFormat)));
+  const size_t listed = std::min(errors.size(), pListedErrors);
+  for (size_t i = 0; i < listed; ++i) pLines.push_back(ErrorLine(errors[i]));
+  if (listed < errors.size())
+    pLines.push_back(
+        fmt::format("  … and {} more", ToUtf8(FormatValue(TColumn::mdFolders, count - int64_t(listed), pFormat))));
+}
+
+}  // namespace
+
+std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pMany, const TValueFormat& pFormat) {
+  return fmt::format("{} {}", ToUtf8(FormatValue(TColumn::mdFiles, pCount, pFormat)), pCount == 1 ? pOne : pMany);
+}
+
+std::string RootHeaderLine(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat) {
+  std::string line = ToDisplay(pRoot.GetTitle());
+  if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
+    line += " - " + SizeText(top->GetSize(), pFormat);
+    line += " - " + CountText(top->GetFiles(), "file", "files", pFormat);
+    line += " - " + CountText(top->GetFolders(), "folder", "folders", pFormat);
+  }
+  const TRootStates state = pRoot.GetState();
+  if (state & rsCancelled) line += " - cancelled";
+  if (state & rsHasErrors) line += " - incomplete";
+  return line;
+}
+
+std::string DriveInformation(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat) {
+  TVolumeInformation volume;
+  if (!GetVolumeInformationOfPath(pRoot.GetPath(), volume)) return {};
+  std::string kind = ToDisplay(volume.fFileSystem);
+  if (!volume.fLabel.empty()) kind += (kind.empty() ? "" : ", ") + ToDisplay(volume.fLabel);
+  std::string text = "Drive: " + ToDisplay(volume.fMountPoint);
+  if (!kind.empty()) text += " (" + kind + ")";
+  // A file system without storage of its own tells no sizes.
+  if (volume.fTotalBytes > 0) {
+    text +=
+        fmt::format("  Total: {}  Free: {} ({})", SizeText(volume.fTotalBytes, pFormat),
+                    SizeText(volume.fFreeBytes, pFormat), ShareText(volume.fFreeBytes, volume.fTotalBytes, pFormat));
+  }
+  return text;
+}
+
+std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
+                                     size_t pListedErrors) {
+  std::vector<std::string> lines;
+  AppendErrors(lines, pRoot, pFormat, pListedErrors);
+  const TScanProgress progress = pRoot.GetProgress();
+  if (progress.fExcludedObjects > 0) {
+    lines.push_back(CountText(progress.fExcludedObjects, "object was excluded", "objects were excluded", pFormat));
+    for (const TExclusion& exclusion : pRoot.GetExclusions())
+      lines.push_back(fmt::format("  {} {}", ToUtf8(FormatValue(TColumn::mdItems, exclusion.fObjects, pFormat)),
+                                  ToDisplay(exclusion.fReason)));
+  }
+  const int64_t duration = pRoot.GetScanDuration();
+  const bool cancelled = (pRoot.GetState() & rsCancelled) != 0;
+  if (cancelled) {
+    lines.push_back(fmt::format("The scan was cancelled after {}: the totals cover only the part that was scanned.",
+                                SecondsText(duration)));
+  }
+  std::string line = fmt::format("Scanned {} and {} in {}", CountText(progress.fFiles, "file", "files", pFormat),
+                                 CountText(progress.fFolders, "folder", "folders", pFormat), SecondsText(duration));
+  // A rate from a scan shorter than the clock's step says nothing.
+  if (duration >= 10) {
+    const int64_t entries = progress.fFiles + progress.fFolders + progress.fExcludedObjects;
+    const int64_t rate = entries * 1000 / duration;
+    line += fmt::format(" ({} entries per second)", ToUtf8(FormatValue(TColumn::mdItems, rate, pFormat)));
+  }
+  lines.push_back(line + ".");
+  return lines;
+}
+
+}  // namespace Kiv::Hierarchical::Exporting

@@ -1,0 +1,19 @@
+#include "export/walk/MediaOptions.h"
+
+namespace Kiv::Hierarchical::Exporting {
+
+TMediaSettings TMediaOptions::Effective(TMediaType pMedia) const {
+  TMediaSettings settings = fOptions.Media(pMedia);
+  if (settings.fOverrideUnits) {
+    settings.fUsePlainByteValues = false;
+  } else {
+    settings.fAutomaticUnit = fOptions.SizeUnit == TSizeUnit::suAutomatic;
+    settings.fSizeUnit = fOptions.SizeUnit;
+  }
+  // Bytes need no unit in the caption, and numbers in units that nobody can see would be worth nothing.
+  if (settings.fUsePlainByteValues) settings.fAutomaticUnit = true;
+  if (!settings.fShowUnits && settings.fAutomaticUnit) settings.fUsePlainByteValues = true;
+  return settings;
+}
+
+}  // namespace Kiv::Hierarchical::Exporting

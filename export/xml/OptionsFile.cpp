@@ -1,0 +1,205 @@
+#include "export/xml/OptionsFile.h"
+
+#include <fmt/format.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <utility>
+
+#include "export/xml/XMLFileStream.h"
+#include "export/xml/XMLParser.h"
+#include "export/xml/XMLUtils.h"
+#include "platform/files/FileStream.h"
+#include "platform/files/OutputFile.h"
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "platform/files/UserFolders.h"
+
+namespace Kiv::Options {
+
+using XML::Parser::EXMLError;
+using XML::Parser::IXMLHandler;
+using XML::Parser::TXMLParser;
+using XMLUtils::TXMLAttribute;
+using XMLUtils::TXMLAttributes;
+using XMLUtils::TXMLAttributeSpan;
+using XMLUtils::TXMLFileStream;
+using XMLUtils::TXMLUtils;
+
+namespace {
+
+// Of the format, not of the program. A change that older programs would misread needs a higher one; a new element,
+// attribute or option does not: they skip it and say so.
+constexpr int64_t kFormatVersion = 1;
+
+// Thousands of times what all options take. It bounds what a file of nothing but unknown options makes us tell.
+constexpr uint64_t kMostBytes = 4 << 20;
+
+// What stays out of files: an option that holds a secret is to be named here.
+bool IsKeptInFiles(const TOptionInfo&) {
+  return true;
+}
+
+// In messages. A damaged or hostile file may hold texts of any length.
+std::string Shown(std::u16string_view pText) {
+  constexpr size_t kMostShown = 60;
+  std::string shown = ToDisplay(pText.substr(0, kMostShown));
+  return pText.size() > kMostShown ? shown + "..." : shown;
+}
+
+// Options' texts are UTF-8, but may hold any bytes: one that does not decode gets through as in names.
+std::u16string TextForFile(std::string_view pText) {
+  return FromNativeBytes(pText);
+}
+
+// The value as TOptionInfo::fSet takes it. Scan files have -1 and 0 for booleans; people write true and false.
+std::string TextFromFile(const TOptionInfo& pOption, std::u16string_view pValue) {
+  bool value = false;
+  if (pOption.fKind == TOptionKind::okBoolean && TXMLUtils::TryReadBoolean(pValue, value))
+    return value ? "true" : "false";
+  return ToNativeBytes(pValue);
+}
+
+// Collects an options file into a copy of the options.
+class TOptionsReader final : public IXMLHandler {
+ public:
+  explicit TOptionsReader(const TGlobalOptions& pOptions) : fOptions(pOptions), fParser(*this) {}
+
+  // False when the file is longer than it may be.
+  bool Read(IByteSource& pSource) {
+    return fParser.Parse(pSource, [](uint64_t pBytesRead) { return pBytesRead <= kMostBytes; });
+  }
+  TGlobalOptions& Options() { return fOptions; }
+  TLoadedOptions& Loaded() { return fLoaded; }
+
+  void StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) override {
+    if (fDepth == 0) {
+      StartRoot(pName, pAttributes);
+    } else if (fDepth == 1 && SameTextAscii(pName, u"Option")) {
+      ReadOption(pAttributes);
+    } else if (fDepth == 1 && !SameTextAscii(pName, u"Application") && !SameTextAscii(pName, u"Version")) {
+      Skip(fmt::format("the element \"{}\" is not known to this version", Shown(pName)));
+    }
+    ++fDepth;
+  }
+  void EndElement(std::u16string_view) override { --fDepth; }
+  void Characters(std::u16string_view) override {}
+
+ private:
+  void StartRoot(std::u16string_view pName, TXMLAttributeSpan pAttributes);
+  void ReadOption(TXMLAttributeSpan pAttributes);
+  // Tells of something at the current place of the file.
+  void Skip(std::string_view pWhat) {
+    fLoaded.fSkipped.push_back(fmt::format("line {}: {}", fParser.ErrorHere({}).Line(), pWhat));
+  }
+
+  TGlobalOptions fOptions;
+  TLoadedOptions fLoaded;
+  TXMLParser fParser;
+  std::set<const TOptionInfo*> fSet;
+  size_t fDepth = 0;
+};
+
+void TOptionsReader::StartRoot(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
+  if (!SameTextAscii(pName, u"VantrelOptions"))
+    throw fParser.ErrorHere(
+        fmt::format("this is no options file: it begins with \"{}\" and not with \"VantrelOptions\"", Shown(pName)));
+  const std::u16string_view text = TXMLUtils::GetValueFromAttributeByQName(pAttributes, u"Version", {});
+  int64_t version = 0;
+  if (!TXMLUtils::TryReadInteger(text, version) || version < 1)
+    throw fParser.ErrorHere(fmt::format("\"{}\" is no version of an options file", Shown(text)));
+  if (version > kFormatVersion)
+    Skip(fmt::format("the file has the format {} of a newer version; this one knows formats up to {}", version,
+                     kFormatVersion));
+}
+
+void TOptionsReader::ReadOption(TXMLAttributeSpan pAttributes) {
+  bool hasName = false;
+  bool hasValue = false;
+  for (const TXMLAttribute& attribute : pAttributes) {
+    if (SameTextAscii(attribute.fName, u"Name")) {
+      hasName = true;
+    } else if (SameTextAscii(attribute.fName, u"Value")) {
+      hasValue = true;
+    } else if (!SameTextAscii(attribute.fName, u"ValueEscaped")) {
+      Skip(fmt::format("the attribute \"{}\" is not known to this version", Shown(attribute.fName)));
+    }
+  }
+  if (!hasName) return Skip("an option without a name");
+  const std::u16string_view name = TXMLUtils::GetValueFromAttributeByQName(pAttributes, u"Name", {});
+  const TOptionInfo* option = FindOption(ToUtf8(name));
+  if (option == nullptr) return Skip(fmt::format("the option \"{}\" is not known to this version", Shown(name)));
+  if (!hasValue) return Skip(fmt::format("the option \"{}\" has no value", option->fName));
+  const std::u16string value = TXMLUtils::ExactValue(pAttributes, u"Value", {});
+  if (!option->fSet(fOptions, TextFromFile(*option, value)))
+    return Skip(RefusedValueText(*option, Shown(value)));
+  if (!fSet.insert(option).second)
+    Skip(fmt::format("the option \"{}\" is set a second time; this is the value that counts", option->fName));
+}
+
+void WriteOption(TXMLFileStream& pStream, const TOptionInfo& pOption, const std::string& pValue) {
+  TXMLAttributes attributes;
+  attributes.Add("Name", pOption.fName);
+  if (pOption.fKind == TOptionKind::okBoolean) {
+    attributes.AddBoolean("Value", pValue == "true");
+  } else {
+    attributes.Add("Value", TextForFile(pValue));
+  }
+  pStream.AddElement("Option", attributes);
+}
+
+[[noreturn]] void Refuse(const std::u16string& pPath, std::string_view pWhy) {
+  throw EOptionsFileError(
+      fmt::format("The options file {} cannot be loaded. {}. Nothing in it counts until that is corrected",
+                  ToQuotedDisplay(pPath), pWhy));
+}
+
+}  // namespace
+
+TLoadedOptions LoadOptionsFile(const std::u16string& pPath, TGlobalOptions& pOptions) {
+  TOptionsReader reader(pOptions);
+  try {
+    TFileStream file = TFileStream::OpenForReading(pPath);
+    if (!reader.Read(file)) Refuse(pPath, fmt::format("It is larger than {} MB", kMostBytes >> 20));
+  } catch (const EXMLError& error) {
+    Refuse(pPath, error.what());
+  } catch (const EOSError& error) {
+    const TErrorKind kind = ClassifyOSError(error.Code());
+    throw EOptionsFileError(
+        fmt::format("The options file {} cannot be read: {}", ToQuotedDisplay(pPath), OSErrorText(error.Code())),
+        kind == TErrorKind::ekNotFound || kind == TErrorKind::ekAccessDenied);
+  }
+  pOptions = std::move(reader.Options());
+  return std::move(reader.Loaded());
+}
+
+void SaveOptionsFile(const std::u16string& pPath, const TGlobalOptions& pOptions, std::string_view pProgramName,
+                     std::string_view pVersion) {
+  CreateFolderOf(pPath, TFolderAccess::faUserAlone);
+  TOutputFile file(pPath);
+  TXMLFileStream stream(file);
+  TXMLAttributes attributes;
+  attributes.Add("Version", kFormatVersion);
+  stream.StartDocument();
+  stream.StartElement("VantrelOptions", attributes);
+  stream.AddElement("Application", pProgramName);
+  stream.AddElement("Version", pVersion);
+  const TGlobalOptions defaults;
+  for (const TOptionInfo& option : AllOptions()) {
+    const std::string value = option.fGet(pOptions);
+    // Against what the default reads back as: its declaration may be spelled in another way.
+    if (IsKeptInFiles(option) && value != option.fGet(defaults)) WriteOption(stream, option, value);
+  }
+  stream.EndElement("VantrelOptions");
+  stream.EndDocument();
+  file.Commit();
+}
+
+std::u16string UserOptionsFile() {
+  const std::u16string folder = UserConfigurationFolder();
+  return folder.empty() ? folder : JoinPath(folder, u"options.xml", NativePathDelimiter());
+}
+
+}  // namespace Kiv::Options

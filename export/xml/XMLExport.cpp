@@ -1,0 +1,400 @@
+#include "export/xml/XMLExport.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <iterator>
+#include <tuple>
+
+#include "export/xml/XMLUtils.h"
+#include "export/xml/ZipFile.h"
+#include "model/statistics/AssocSizeArray.h"
+#include "model/statistics/FileAges.h"
+#include "model/statistics/FileStatistics.h"
+#include "model/statistics/TopSizeList.h"
+#include "platform/system/Errors.h"
+#include "platform/files/OutputFile.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "search/patterns/PatternFilter.h"
+#include "search/patterns/PatternList.h"
+
+namespace Kiv::Hierarchical::Exporting::XML {
+
+using XMLUtils::TXMLAttributes;
+using XMLUtils::TXMLUtils;
+
+namespace {
+
+struct TColumnTag {
+  TColumn fColumn;
+  std::string_view fTag;
+};
+
+// Of the tags that the format knows those whose columns the catalogue has.
+constexpr TColumnTag kTags[] = {
+    {TColumn::mdName, "Name"},
+    {TColumn::mdAttributes, "Attributes"},
+    {TColumn::mdPercentOfParent, "Percent"},
+    {TColumn::mdOwner, "Owner"},
+    {TColumn::mdParentPath, "PathWithoutName"},
+    {TColumn::mdCompression, "Compression"},
+    {TColumn::mdDepth, "DirLevel"},
+    {TColumn::mdAverageFileSize, "AverageFileSize"},
+    {TColumn::mdPathLength, "PathLength"},
+    {TColumn::mdSizeChange, "SizeChange"},
+    {TColumn::mdSizeChangePercent, "SizeChangePercent"},
+    {TColumn::mdFileChange, "FileChange"},
+};
+
+// Sizes and counts stand in SizeData.
+bool IsSizeColumn(TColumn pColumn) {
+  return pColumn == TColumn::mdSize || pColumn == TColumn::mdAllocated || pColumn == TColumn::mdFiles ||
+         pColumn == TColumn::mdFolders || pColumn == TColumn::mdItems;
+}
+
+void AddSizes(TXMLAttributes& pAttributes, const TBasicSizeValues& pValues) {
+  pAttributes.Add("Size", pValues.fSize);
+  pAttributes.Add("Allocated", pValues.fAllocated);
+  pAttributes.Add("Files", pValues.fFiles);
+}
+
+void AddHalves(TXMLAttributes& pAttributes, std::string_view pLow, std::string_view pHigh, TKivFileTime pTime) {
+  pAttributes.Add(pLow, TXMLUtils::LowHalf(pTime.fTicks));
+  pAttributes.Add(pHigh, TXMLUtils::HighHalf(pTime.fTicks));
+}
+
+void AppendNumber(std::string& pText, int64_t pNumber) {
+  char digits[20];
+  pText.append(digits, std::to_chars(digits, std::end(digits), pNumber).ptr);
+}
+
+// Writes the elements of a pattern list.
+class TPatternWriter : public PatternMatching::IElementWriter {
+ public:
+  explicit TPatternWriter(XMLUtils::TXMLFileStream& pStream) : fStream(pStream) {}
+  void BeginElement(std::u16string_view pName, const PatternMatching::TElementAttributes& pAttributes) override {
+    TXMLAttributes attributes;
+    for (const auto& [name, value] : pAttributes) attributes.Add(ToUtf8(name), value);
+    fNames.push_back(ToUtf8(pName));
+    fStream.StartElement(fNames.back(), attributes);
+  }
+  void EndElement() override {
+    fStream.EndElement(fNames.back());
+    fNames.pop_back();
+  }
+
+ private:
+  XMLUtils::TXMLFileStream& fStream;
+  std::vector<std::string> fNames;
+};
+
+// The list is parted by type: a reader of the one sort need not know of the other.
+void WriteFilters(const IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) {
+  using namespace PatternMatching;
+  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
+  const auto* patterns = dynamic_cast<const Vantrel::TPatternFilter*>(filter.get());
+  if (patterns == nullptr) return;
+  TPatternWriter writer(pStream);
+  for (const TPatternType type : {TPatternType::ptyInclude, TPatternType::ptyExclude}) {
+    const IPatterns& all = *patterns->GetPatterns();
+    auto part = MakeRef<TPatternList>(all.GetPathDelimiter());
+    part->SetEmptyPatternListMatchesAll(all.GetEmptyPatternListMatchesAll());
+    for (const TRef<IPattern>& pattern : all.GetItems())
+      if (pattern->GetPatternType() == type) part->Add(pattern);
+    const char* name = type == TPatternType::ptyInclude ? "IncludePatterns" : "ExcludePatterns";
+    pStream.StartElement(name);
+    part->WriteToXML(writer);
+    pStream.EndElement(name);
+  }
+}
+
+void WriteTopSizeListToXML(const ITopSizeList& pList, XMLUtils::TXMLFileStream& pStream) {
+  TXMLAttributes attributes;
+  pStream.StartElement("TTopSizeFileList");
+  for (const TTopSizeEntry& file : pList.GetSnapshot()) {
+    attributes.Clear();
+    attributes.Add("name", file.fName);
+    attributes.Add("Path", file.fParentFolder->GetFullPath());
+    attributes.Add("Size", file.fSize);
+    attributes.Add("Allocated", file.fAllocated);
+    attributes.Add("FileAttributes", file.fAttributes);
+    AddHalves(attributes, "LastChangeLow", "LastChangeHigh", file.fLastChangeDate);
+    AddHalves(attributes, "LastAccessLow", "LastAccessHigh", file.fLastAccessDate);
+    attributes.Add("CreationDate", file.fCreationDate.fTicks);
+    pStream.AddElement("TopFile", attributes);
+  }
+  pStream.EndElement("TTopSizeFileList");
+}
+
+}  // namespace
+
+// Writes the elements of folders, of the whole tree or of those in one of its folders.
+class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByteSink {
+ public:
+  // The export must outlive it.
+  explicit TFolderElements(const TCustomXMLExport& pExport)
+      : fExport(pExport), fStream(XMLUtils::TXMLFileStream::Inside(*this)) {}
+
+  std::unique_ptr<TRowWriter> Branch() const override;
+  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TExportRow& pRow) override;
+  void Flush() override { fStream.Flush(); }
+
+ private:
+  void Write(std::string_view pBytes) override { fText.fBytes += pBytes; }
+  void WriteErrors(const IFolderData& pFolder);
+  void WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn);
+  void WriteStatistics(const IFolderData& pFolder);
+  void WriteSizeArray(std::string_view pName, const std::vector<TKeyedSizeValues>& pRecords);
+  void WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords);
+
+  const TCustomXMLExport& fExport;
+  XMLUtils::TXMLFileStream fStream;
+  TXMLAttributes fAttributes;
+  std::u16string fPath;                // of the innermost open folder: no node need ask its ancestors for it
+  std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
+  TStatisticsReading fStatistics;
+  std::vector<TKeyedSizeValues> fSorted;
+  std::string fInterval;
+};
+
+TCustomXMLExport::TCustomXMLExport(const TMediaSettings& pSettings, std::string pProgramName, std::string pVersion)
+    : TBaseExport(pSettings), fProgramName(std::move(pProgramName)), fVersion(std::move(pVersion)) {
+  SetColumns(
+      {TColumn::mdAttributes, TColumn::mdLastAccess, TColumn::mdLastChange, TColumn::mdCreation, TColumn::mdOwner});
+}
+
+std::string_view TCustomXMLExport::TagOf(TColumn pMetaData) {
+  for (const TColumnTag& tag : kTags)
+    if (tag.fColumn == pMetaData) return tag.fTag;
+  throw EInvalidArgumentValue("TCustomXMLExport.TagOf: pMetaData: the column \"" + ToUtf8(ColumnInfo(pMetaData).fName) +
+                              "\" has no element in XML files");
+}
+
+bool TCustomXMLExport::IsFullExport() const {
+  return Settings().fRecursionLevel.fLevel == TRecursionLevel::kUnlimited &&
+         Settings().fIncludedObjectTypes == (ioFolders | ioFileGroups);
+}
+
+void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!top) throw EInvalidOperation("TCustomXMLExport.Export: the root has not been scanned");
+  PrepareFolders(pRoot);
+  XMLUtils::TXMLFileStream stream(pSink);
+  stream.StartDocument();
+  TXMLAttributes attributes;
+  attributes.Add("Type", pRoot.GetPathDelimiter() == u'/' ? "TCustomUnixRoot" : "TFileSystemRoot");
+  stream.StartElement("Root", attributes);
+  WriteHeader(pRoot, stream);
+  stream.Flush();
+  TFolderElements folders(*this);
+  WalkInParallel(*top, folders, [&pSink](const TRowText& pText) {
+    pSink.Write(pText.fBytes);
+    return true;
+  });
+  stream.EndElement("Root");
+  stream.EndDocument();
+}
+
+void TCustomXMLExport::PrepareFolders(IHierarchicalRoot& pRoot) {
+  fFormat = ValueFormat();
+  fDelimiter = pRoot.GetPathDelimiter();
+  fErrors = pRoot.GetErrors();
+  std::stable_sort(fErrors.begin(), fErrors.end(), [](const TScanError& pA, const TScanError& pB) {
+    if (pA.fObject != pB.fObject) return std::less<>()(pA.fObject.get(), pB.fObject.get());
+    return std::tie(pA.fPath, pA.fCode) < std::tie(pB.fPath, pB.fCode);  // threads record in any order
+  });
+  fFileAgesNames.clear();
+  const IFileAges& ages = *pRoot.GetScanConfiguration().GetFileAges();
+  for (int i = 0; i < ages.GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(ages.GetItem(i)));
+}
+
+void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) const {
+  const TStorageInformation storage = pRoot.GetStorageInformation();
+  pStream.AddElement("Application", std::string_view(fProgramName));
+  pStream.AddElement("Version", std::string_view(fVersion));
+  pStream.AddElement("DateISO", std::string_view(FormatIsoUtc(pRoot.GetScanTimeStamp())));
+  pStream.AddElement("Path", TXMLUtils::HtmlEncode(pRoot.GetPath()));
+  WriteFilters(pRoot, pStream);
+  pStream.AddElement("ExcludedObjects", pRoot.GetProgress().fExcludedObjects);
+  pStream.AddElement("Filesystem", storage.fFileSystem);
+  pStream.AddElement("BytesPerCluster", storage.fBytesPerCluster);
+  pStream.AddElement("FoldersCount", pRoot.GetTopFolder()->GetFolders());
+  pStream.AddBooleanElement("IsCompared", pRoot.GetComparison() != nullptr);
+  pStream.AddElement("Title", TXMLUtils::HtmlEncode(pRoot.GetTitle()));
+  pStream.AddElement("TotalBytesOnDrive", storage.fTotalBytes);
+  pStream.AddElement("FreeBytesOnDrive", storage.fFreeBytes);
+  const TDateType dateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  TXMLAttributes attributes;
+  attributes.Add("FileAgesDateType", static_cast<int>(dateType));
+  pStream.AddBooleanElement("DoCreateFileAges", dateType != TDateType::dtNone, attributes);
+  if (const ITopSizeList* list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
+  pStream.AddBooleanElement("IsFullExport", IsFullExport());
+}
+
+// --- folders -------------------------------------------------------------------------------------------------------
+
+std::unique_ptr<TRowWriter> TCustomXMLExport::TFolderElements::Branch() const {
+  auto elements = std::make_unique<TFolderElements>(fExport);
+  elements->fPath = fPath;
+  return elements;
+}
+
+bool TCustomXMLExport::TFolderElements::BeginNode(const TExportRow& pRow, bool pIsComplete) {
+  IFolderData& folder = pRow.fFolder;
+  const size_t parentLength = fPath.size();
+  if (!folder.IsFileGroup()) {
+    if (!fPath.empty() && fPath.back() != fExport.fDelimiter) fPath += fExport.fDelimiter;
+    fPath += folder.GetObjectName();
+  }
+  fAttributes.Clear();
+  fAttributes.Add("fullpath", fPath);
+  fAttributes.AddBoolean("IsFilesNode", folder.IsFileGroup());
+  fStream.StartElement("Folder", fAttributes);
+  for (const TColumn column : fExport.Columns()) WriteColumn(folder, column);
+  if (!fExport.fErrors.empty()) WriteErrors(folder);
+  // How the tree came into being is no property of the folder.
+  fStream.AddElement("FolderState", folder.GetFolderState() & ~fsIsXMLImport);
+  const TSizeValues values = folder.GetValues();
+  fAttributes.Clear();
+  AddSizes(fAttributes, values);
+  fAttributes.Add("Folders", values.fFolders);
+  fAttributes.Add("Compression", static_cast<int>(values.fCompression));
+  fStream.AddElement("SizeData", fAttributes);
+  if (pIsComplete) {
+    WriteStatistics(folder);
+    fStream.EndElement("Folder");
+    fPath.resize(parentLength);
+  } else {
+    fParentLengths.push_back(parentLength);
+  }
+  return true;
+}
+
+bool TCustomXMLExport::TFolderElements::EndNode(const TExportRow&) {
+  fPath.resize(fParentLengths.back());
+  fParentLengths.pop_back();
+  fStream.EndElement("Folder");
+  return true;
+}
+
+// Whoever loads the file is to know that its totals are incomplete, and where.
+void TCustomXMLExport::TFolderElements::WriteErrors(const IFolderData& pFolder) {
+  const IHierarchicalObject* object = &pFolder;
+  auto error = std::partition_point(fExport.fErrors.begin(), fExport.fErrors.end(), [&](const TScanError& pError) {
+    return std::less<>()(pError.fObject.get(), object);
+  });
+  for (; error != fExport.fErrors.end() && error->fObject.get() == object; ++error) {
+    fAttributes.Clear();
+    fAttributes.Add("Code", error->fCode);
+    fAttributes.Add("Kind", static_cast<int>(error->fKind));
+    fAttributes.AddBoolean("Partial", error->fPartial);
+    if (error->fPath != fPath) fAttributes.Add("Path", error->fPath);
+    fStream.AddElement("ErrorMessage", std::string_view(OSErrorText(error->fCode)), fAttributes);
+  }
+}
+
+void TCustomXMLExport::TFolderElements::WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn) {
+  switch (pColumn) {
+    case TColumn::mdAttributes:
+      fStream.AddElement("Attributes", pNode.GetAttributes());
+      return;
+    case TColumn::mdLastAccess:
+      fStream.WriteFileTimeToXMLFile("LastAccessDate", pNode.GetLastAccessDate());
+      return;
+    case TColumn::mdLastChange:
+      fStream.WriteFileTimeToXMLFile("LastChangeDate", pNode.GetLastChangeDate());
+      return;
+    case TColumn::mdCreation:
+      fStream.WriteFileTimeToXMLFile("CreationDate", pNode.GetCreationDate());
+      return;
+    default:
+      break;
+  }
+  if (IsSizeColumn(pColumn)) return;
+  const std::u16string text = pNode.GetFormattedValue(pColumn, fExport.fFormat);
+  // Where owners are not collected, every folder would have an empty one.
+  if (pColumn == TColumn::mdOwner && text.empty()) return;
+  fStream.AddElement(TagOf(pColumn), text);
+}
+
+void TCustomXMLExport::TFolderElements::WriteStatistics(const IFolderData& pFolder) {
+  pFolder.ReadStatistics(fStatistics);
+  if (fStatistics.Extensions()) WriteSizeArray("TExtensionSizeArray", *fStatistics.Extensions());
+  if (fStatistics.Users()) WriteSizeArray("TUserSizeArray", *fStatistics.Users());
+  if (fStatistics.Ages()) WriteFileAges(*fStatistics.Ages());
+}
+
+void TCustomXMLExport::TFolderElements::WriteSizeArray(std::string_view pName,
+                                                       const std::vector<TKeyedSizeValues>& pRecords) {
+  fSorted = pRecords;
+  std::sort(fSorted.begin(), fSorted.end(), TCustomAssocSizeArray::TSizeArrayComparer(TColumn::mdSize));
+  fStream.StartElement(pName);
+  for (const TKeyedSizeValues& record : fSorted) {
+    fAttributes.Clear();
+    fAttributes.Add("name", TextOfKey(record.fKey));
+    AddSizes(fAttributes, record.fValues);
+    fStream.AddElement("Item", fAttributes);
+  }
+  fStream.EndElement(pName);
+}
+
+// One attribute per interval, "Days_" and its bound, with size, allocated size and files.
+void TCustomXMLExport::TFolderElements::WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords) {
+  fAttributes.Clear();
+  auto record = pRecords.begin();
+  for (size_t i = 0; i < fExport.fFileAgesNames.size(); ++i) {
+    const bool isEmpty = record == pRecords.end() || record->fKey != i;
+    const TBasicSizeValues values = isEmpty ? TBasicSizeValues() : (record++)->fValues;
+    fInterval.clear();
+    AppendNumber(fInterval, values.fSize);
+    fInterval += ' ';
+    AppendNumber(fInterval, values.fAllocated);
+    fInterval += ' ';
+    AppendNumber(fInterval, values.fFiles);
+    fAttributes.Add(fExport.fFileAgesNames[i], std::string_view(fInterval));
+  }
+  fStream.AddElement("FileAgeDistribution", fAttributes);
+}
+
+namespace {
+
+// Asks before every piece that is written.
+class TCheckedSink final : public IByteSink {
+ public:
+  TCheckedSink(IByteSink& pSink, const std::function<void()>& pCheck) : fSink(pSink), fCheck(pCheck) {}
+  void Write(std::string_view pBytes) override {
+    if (fCheck) fCheck();
+    fSink.Write(pBytes);
+  }
+
+ private:
+  IByteSink& fSink;
+  const std::function<void()>& fCheck;
+};
+
+}  // namespace
+
+void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath,
+                   const std::function<void()>& pCheck) {
+  constexpr std::u16string_view kZip = u".zip";
+  constexpr std::u16string_view kXML = u".xml";
+  if (!HasExtension(pPath, kZip)) {
+    TOutputFile file(pPath);
+    TCheckedSink sink(file, pCheck);
+    pExport.Export(pRoot, sink);
+    file.Commit();
+    return;
+  }
+  // "data.xml.zip" and "data.zip" both hold "data.xml".
+  std::u16string entry(FileNameOfPath(pPath, NativePathDelimiter()));
+  entry.resize(entry.size() - kZip.size());
+  if (!HasExtension(entry, kXML)) entry += kXML;
+  Zip::TZipOutput archive(pPath, entry, pRoot.GetScanTimeStamp());
+  TCheckedSink sink(archive, pCheck);
+  pExport.Export(pRoot, sink);
+  archive.Commit();
+}
+
+}  // namespace Kiv::Hierarchical::Exporting::XML

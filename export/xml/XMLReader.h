@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "export/xml/XMLParser.h"
+#include "model/roots/RootInterfaces.h"
+
+namespace Vantrel::XML::Parser {
+
+using namespace Kiv;
+
+// A scan file that cannot be loaded; the text names the file, and the line where one is to blame.
+class EScanFileError : public EException {
+ public:
+  using EException::EException;
+};
+
+// Told how many bytes of a file have been read, from time to time; false cancels.
+using TLoadProgress = std::function<bool(const std::u16string& pPath, uint64_t pBytesRead)>;
+
+// What a file is read for. One that an older state is taken from must hold all of its tree, and no comparison itself.
+enum class TPurpose : uint8_t { puShow, puCompare };
+
+// A root that was read, and what the user should know of it.
+struct TLoadedRoot {
+  TRef<IHierarchicalRoot> fRoot;
+  std::vector<std::string> fNotes;
+};
+
+// Reads XML scan files, also packed ones, as docs/xml-scan-file.md describes them. Any thread.
+class TQZXMLReader {
+ public:
+  // Several files, separated by ";", with '"' around names that hold one. Each root enters the list as soon as it is read. The
+  // first file that cannot be read ends the load with EScanFileError; the roots before it stay. When cancelled, what has
+  // been read so far is returned.
+  static std::vector<TLoadedRoot> LoadFromFile(std::u16string_view pFileNames, IScanRoots& pTarget,
+                                               const TLoadProgress& pProgress = {});
+  // One file; the root is not in the list yet. No root, and no note, when cancelled.
+  static TLoadedRoot ReadRootFromXMLFile(const std::u16string& pPath, IScanRoots& pTarget,
+                                         const TLoadProgress& pProgress = {}, TPurpose pPurpose = TPurpose::puShow);
+  // The same from any source of the document's bytes; EXMLError tells what is wrong with it.
+  static TLoadedRoot ReadRoot(IByteSource& pSource, const std::u16string& pName, IScanRoots& pTarget,
+                              const Kiv::XML::Parser::TXMLProgress& pProgress = {},
+                              TPurpose pPurpose = TPurpose::puShow);
+};
+
+// The names of a list, as LoadFromFile takes it.
+std::vector<std::u16string> SplitFileNames(std::u16string_view pFileNames);
+
+// What a root's path says of its storage: "file:", "webdav:" or "vdisk:" in front of it, or nothing.
+class TXMLParseHelper {
+ public:
+  enum class TProtocol : uint8_t { prNone, prFile, prWebDav, prVirtualDisk };
+  // The path without "file:"; other protocols stay part of it, since they tell paths of different storages apart.
+  static TProtocol ParseXMLProtocol(std::u16string_view& pPath);
+  static std::u16string_view BuildProtocolString(TProtocol pProtocol);
+};
+
+}  // namespace Vantrel::XML::Parser

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "export/xml/XMLReader.h"
+#include "model/statistics/AssocSizeArray.h"
+#include "model/statistics/FileAges.h"
+#include "model/roots/Root.h"
+#include "search/patterns/PatternInterfaces.h"
+
+namespace Vantrel::XML::Parser {
+
+using namespace Kiv;
+using XMLUtils::TXMLAttributeSpan;
+
+// Makes a root and its tree of the events of an XML scan file.
+//
+// A folder's node is made, and takes its place, when its element begins. Its values follow inside the element, and its
+// sub-folders' elements after them, so it is filled when the element ends. A folder whose statistics are not in the file
+// gets the sums of its children's.
+//
+// Elements that it does not know are passed over. Everything else that does not fit ends the load, with the line.
+class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
+ public:
+  // The name is for messages.
+  TXMLTreeBuilder(IScanRoots& pTarget, std::u16string pName, TPurpose pPurpose)
+      : fTarget(pTarget), fName(std::move(pName)), fPurpose(pPurpose) {}
+  ~TXMLTreeBuilder() override;
+  // Before parsing; tells the line of what is wrong.
+  void SetParser(const Kiv::XML::Parser::TXMLParser& pParser) { fParser = &pParser; }
+
+  void StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) override;
+  void EndElement(std::u16string_view pName) override;
+  void Characters(std::u16string_view pText) override { fText = pText; }
+
+  // The root, once the document has been read to its end.
+  TRef<IHierarchicalRoot> Finish();
+  bool IsFullExport() const { return fIsFullExport; }
+
+ private:
+  enum class TElement : uint8_t;
+  // A folder whose element is open.
+  struct TOpenFolder {
+    TRef<TCustomFolderData> fNode;
+    TLoadedFolder fValues;
+    size_t fPathLength = 0;  // of its path, which fPath begins with
+    bool fIsFilesNode = false;
+    bool fHasStatistics = false;  // of its own, in the file
+    std::vector<TRef<TCustomFolderData>> fChildren;
+  };
+
+  static TElement ElementOf(std::u16string_view pName);
+
+  [[noreturn]] void Fail(const std::string& pMessage) const;
+  int64_t Integer(std::u16string_view pText, std::string_view pWhat, int64_t pLeast, int64_t pMost) const;
+  int64_t Number(TXMLAttributeSpan pAttributes, std::u16string_view pName, int64_t pLeast = 0,
+                 int64_t pMost = INT64_MAX) const;
+  TKivFileTime FileTime(TXMLAttributeSpan pAttributes, std::u16string_view pLow, std::u16string_view pHigh) const;
+  TBasicSizeValues Sizes(TXMLAttributeSpan pAttributes) const;
+  std::u16string ExactText() const;
+
+  void BeginRoot(TXMLAttributeSpan pAttributes);
+  void CreateRoot();
+  void BeginFolder(TXMLAttributeSpan pAttributes);
+  std::u16string_view NameIn(const TOpenFolder& pParent, std::u16string_view pPath) const;
+  void EndFolder();
+  void CheckNames(const TOpenFolder& pFolder) const;
+  void AddStatistics(TOpenFolder& pTarget, const TFolderStatistics& pStatistics);
+  void BeginSizeArray(bool pIsUsers);
+  void AddItem(TXMLAttributeSpan pAttributes);
+  void ReadFileAges(TXMLAttributeSpan pAttributes);
+  void ReadDate(TKivFileTime TEntryValues::*pDate, std::string_view pWhere, TXMLAttributeSpan pAttributes);
+  void ReadSizeData(TXMLAttributeSpan pAttributes);
+  void ReadError(TXMLAttributeSpan pAttributes);
+  void ReadTopFile(TXMLAttributeSpan pAttributes);
+  void ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes);
+  void ReadHeaderText(TElement pElement);
+  TOpenFolder& OpenFolder(std::string_view pWhere);
+
+  IScanRoots& fTarget;
+  const std::u16string fName;
+  const TPurpose fPurpose;
+  const Kiv::XML::Parser::TXMLParser* fParser = nullptr;
+
+  // The header.
+  bool fSeenRoot = false;
+  char16_t fDelimiter = 0;  // by the root's type; 0 for one that the path has to tell
+  std::u16string fRootPath;
+  TLoadedScan fScan;
+  bool fIsFullExport = true;
+  TRef<PatternMatching::IPatterns> fPatterns;
+
+  // The tree.
+  TRef<TCustomRoot> fRoot;
+  std::vector<TOpenFolder> fOpen;
+  bool fTreeDone = false;
+  std::u16string fPath;  // of the innermost open folder
+  TRef<TFileAges> fFileAges;
+  std::vector<std::u16string> fFileAgesNames;  // of the attributes, one per interval
+  boost::unordered_flat_map<std::u16string, std::vector<size_t>> fTopFilesByFolder;  // indices of fScan.fTopFiles
+  TRef<ICustomAssocSizeArray> fSizeArray;  // being filled
+
+  // The element that is open.
+  std::u16string fText;
+  std::u16string fEscaped;  // the exact form of its text, when XML cannot hold it
+};
+
+}  // namespace Vantrel::XML::Parser

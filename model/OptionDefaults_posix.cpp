@@ -1,8 +1,0 @@
-#include "model/OptionDefaults.h"
-
-namespace Kiv {
-
-const bool kCollectOwnersByDefault = true;
-const bool kShareHardLinksByDefault = true;
-
-}  // namespace Kiv

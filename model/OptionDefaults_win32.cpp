@@ -1,8 +1,0 @@
-#include "model/OptionDefaults.h"
-
-namespace Kiv {
-
-const bool kCollectOwnersByDefault = false;
-const bool kShareHardLinksByDefault = false;
-
-}  // namespace Kiv

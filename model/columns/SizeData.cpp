@@ -1,0 +1,81 @@
+#include "model/columns/SizeData.h"
+
+#include <type_traits>
+
+namespace Kiv {
+
+namespace {
+
+std::u16string CountText(int64_t pCount, std::u16string_view pOne, std::u16string_view pMany) {
+  std::u16string text = FormatValue(TColumn::mdFiles, pCount, {});
+  text += u' ';
+  text += pCount == 1 ? pOne : pMany;
+  return text;
+}
+
+}  // namespace
+
+TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn) {
+  switch (pColumn) {
+    case TColumn::mdSize:
+      return pValues.fSize;
+    case TColumn::mdAllocated:
+      return pValues.fAllocated;
+    case TColumn::mdFiles:
+      return pValues.fFiles;
+    case TColumn::mdFolders:
+      return pValues.fFolders;
+    case TColumn::mdItems:
+      return pValues.fFiles + pValues.fFolders;
+    case TColumn::mdCompression:
+      return static_cast<int64_t>(pValues.fCompression);
+    case TColumn::mdAverageFileSize:
+      if (pValues.fFiles == 0) return {};
+      return pValues.fSize / pValues.fFiles;
+    default:
+      return {};
+  }
+}
+
+template <class TInterface>
+void TBasicSizeDataOf<TInterface>::Assign(const IBasicSizeData& pSource) {
+  fValues = {};
+  fValues.fSize = pSource.GetSize();
+  fValues.fAllocated = pSource.GetAllocated();
+  fValues.fFiles = pSource.GetFiles();
+  if constexpr (std::is_same_v<TInterface, ISizeData>) {
+    if (const auto* full = dynamic_cast<const ISizeData*>(&pSource)) {
+      fValues.fFolders = full->GetFolders();
+      fValues.fCompression = full->GetCompression();
+    }
+  }
+}
+
+template <class TInterface>
+std::u16string TBasicSizeDataOf<TInterface>::ToString() const {
+  std::u16string text = FormatValue(TColumn::mdSize, fValues.fSize, {});
+  text += u" (" + FormatValue(TColumn::mdAllocated, fValues.fAllocated, {}) + u" allocated), ";
+  text += CountText(fValues.fFiles, u"file", u"files");
+  if constexpr (std::is_same_v<TInterface, ISizeData>) {
+    text += u", " + CountText(fValues.fFolders, u"folder", u"folders");
+  }
+  return text;
+}
+
+template <class TInterface>
+TMetaDataValue TBasicSizeDataOf<TInterface>::GetValue(TColumn pColumn) const {
+  if constexpr (!std::is_same_v<TInterface, ISizeData>) {
+    // A record that counts neither folders nor compression has nothing to say of them.
+    if (pColumn == TColumn::mdFolders || pColumn == TColumn::mdCompression) return {};
+  }
+  return ValueOfSizes(fValues, pColumn);
+}
+
+template class TBasicSizeDataOf<IBasicSizeData>;
+template class TBasicSizeDataOf<ISizeData>;
+
+std::u16string TSizeData::GetDisplayUnit() const {
+  return std::u16string(UnitName(AutomaticUnit(fValues.fSize)));
+}
+
+}  // namespace Kiv

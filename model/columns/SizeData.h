@@ -1,0 +1,106 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "model/columns/MetaData.h"
+
+namespace Kiv {
+
+// Whether uncompressed and compressed content lies beneath a node; both may be set.
+enum TCompressionState : uint8_t { compr_no = 1, compr_yes = 2 };
+using TCompressionStates = uint8_t;
+
+// The plain numbers of a size record, in bytes and items. What arrays and tables of records hold.
+struct TBasicSizeValues {
+  int64_t fSize = 0;
+  int64_t fAllocated = 0;
+  int64_t fFiles = 0;
+
+  bool IsZero() const { return fSize == 0 && fAllocated == 0 && fFiles == 0; }
+  bool operator==(const TBasicSizeValues&) const = default;
+  TBasicSizeValues& operator+=(const TBasicSizeValues& pOther) {
+    fSize += pOther.fSize;
+    fAllocated += pOther.fAllocated;
+    fFiles += pOther.fFiles;
+    return *this;
+  }
+  TBasicSizeValues& operator-=(const TBasicSizeValues& pOther) {
+    fSize -= pOther.fSize;
+    fAllocated -= pOther.fAllocated;
+    fFiles -= pOther.fFiles;
+    return *this;
+  }
+};
+
+// The same with folders and compression: everything a folder's totals say.
+struct TSizeValues : TBasicSizeValues {
+  int64_t fFolders = 0;
+  TCompressionStates fCompression = 0;
+  bool operator==(const TSizeValues&) const = default;
+};
+
+// A size record as an object that answers columns: sizes and counts in bytes and items.
+class IBasicSizeData : public IMetaDataFormatter {
+ public:
+  virtual int64_t GetSize() const = 0;
+  virtual int64_t GetAllocated() const = 0;
+  virtual int64_t GetFiles() const = 0;
+  virtual void SetSize(int64_t pValue) = 0;
+  virtual void SetAllocated(int64_t pValue) = 0;
+  virtual void SetFiles(int64_t pValue) = 0;
+  virtual void Assign(const IBasicSizeData& pSource) = 0;
+  virtual bool IsZero() const = 0;
+  virtual std::u16string ToString() const = 0;
+};
+
+class ISizeData : public IBasicSizeData {
+ public:
+  virtual int64_t GetFolders() const = 0;
+  virtual void SetFolders(int64_t pValue) = 0;
+  virtual TCompressionStates GetCompression() const = 0;
+  virtual void SetCompression(TCompressionStates pValue) = 0;
+  // The unit in which the size would be shown with the automatic unit: "B", "KB", "MB" …
+  virtual std::u16string GetDisplayUnit() const = 0;
+  virtual TSizeValues GetValues() const = 0;
+};
+
+// Free-standing size records, used where totals travel without a node: summaries, selections, comparisons. Owned by one
+// thread at a time.
+template <class TInterface>
+class TBasicSizeDataOf : public TInterfaced<TInterface> {
+ public:
+  int64_t GetSize() const override { return fValues.fSize; }
+  int64_t GetAllocated() const override { return fValues.fAllocated; }
+  int64_t GetFiles() const override { return fValues.fFiles; }
+  void SetSize(int64_t pValue) override { fValues.fSize = pValue; }
+  void SetAllocated(int64_t pValue) override { fValues.fAllocated = pValue; }
+  void SetFiles(int64_t pValue) override { fValues.fFiles = pValue; }
+  void Assign(const IBasicSizeData& pSource) override;
+  bool IsZero() const override { return fValues.IsZero() && fValues.fFolders == 0; }
+  // "1.5 MB (1.6 MB allocated), 12 files", with ", 3 folders" where folders are counted.
+  std::u16string ToString() const override;
+  TMetaDataValue GetValue(TColumn pColumn) const override;
+
+ protected:
+  TSizeValues fValues;
+};
+
+class TBasicSizeData : public TBasicSizeDataOf<IBasicSizeData> {};
+
+class TSizeData : public TBasicSizeDataOf<ISizeData> {
+ public:
+  TSizeData() = default;
+  explicit TSizeData(const TSizeValues& pValues) { fValues = pValues; }
+  int64_t GetFolders() const override { return fValues.fFolders; }
+  void SetFolders(int64_t pValue) override { fValues.fFolders = pValue; }
+  TCompressionStates GetCompression() const override { return fValues.fCompression; }
+  void SetCompression(TCompressionStates pValue) override { fValues.fCompression = pValue; }
+  std::u16string GetDisplayUnit() const override;
+  TSizeValues GetValues() const override { return fValues; }
+};
+
+// A size column's value of a record; "no value" for a column that is not one of the record's.
+TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn);
+
+}  // namespace Kiv

@@ -1,0 +1,340 @@
+#include "model/options/GlobalOptions.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+#include "model/options/OptionDefaults.h"
+#include "platform/text/Text.h"
+
+namespace Kiv {
+
+namespace {
+
+bool ParseBoolean(std::string_view pText, bool& pValue) {
+  if (SameTextAscii(pText, "true") || pText == "1") {
+    pValue = true;
+  } else if (SameTextAscii(pText, "false") || pText == "0") {
+    pValue = false;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// "1;7;30": day counts, each larger than the one before it. A single trailing ";" is let pass.
+bool IsAgeList(std::string_view pText) {
+  if (pText.ends_with(';')) pText.remove_suffix(1);
+  int64_t last = -1;
+  for (bool more = true; more;) {
+    const size_t end = pText.find(';');
+    int64_t days = 0;
+    if (!TryParseInt64(pText.substr(0, end), days) || days <= last) return false;
+    last = days;
+    more = end != std::string_view::npos;
+    if (more) pText.remove_prefix(end + 1);
+  }
+  return true;
+}
+
+// In the declarations, an option's field is a pointer to a member of TGlobalOptions, or whatever else std::invoke gives
+// the field by.
+
+template <class TField>
+TOptionInfo Boolean(std::string pName, TField pField, bool pDefault, std::string pHelp) {
+  return {std::move(pName),
+          TOptionKind::okBoolean,
+          std::move(pHelp),
+          pDefault ? "true" : "false",
+          "true|false",
+          [pField](TGlobalOptions& pOptions, std::string_view pText) {
+            return ParseBoolean(pText, std::invoke(pField, pOptions));
+          },
+          [pField](const TGlobalOptions& pOptions) {
+            return std::string(std::invoke(pField, pOptions) ? "true" : "false");
+          }};
+}
+
+template <class TField>
+TOptionInfo Integer(std::string pName, TField pField, int64_t pDefault, int64_t pLeast, int64_t pMost,
+                    std::string pHelp) {
+  auto set = [pField, pLeast, pMost](TGlobalOptions& pOptions, std::string_view pText) {
+    int64_t value = 0;
+    if (!TryParseInt64(pText, value) || value < pLeast || value > pMost) return false;
+    auto& field = std::invoke(pField, pOptions);
+    field = static_cast<std::remove_reference_t<decltype(field)>>(value);
+    return true;
+  };
+  return {std::move(pName),
+          TOptionKind::okInteger,
+          std::move(pHelp),
+          std::to_string(pDefault),
+          std::to_string(pLeast) + ".." + std::to_string(pMost),
+          set,
+          [pField](const TGlobalOptions& pOptions) { return std::to_string(std::invoke(pField, pOptions)); }};
+}
+
+template <class T>
+using TChoices = std::vector<std::pair<std::string_view, T>>;
+
+// One of a few words; the first is the default.
+template <class T, class TField>
+TOptionInfo Choice(std::string pName, TField pField, TChoices<T> pChoices, std::string pHelp) {
+  std::string range;
+  for (const auto& choice : pChoices) range.append(range.empty() ? "" : "|").append(choice.first);
+  std::string byDefault(pChoices.front().first);
+  auto set = [pField, pChoices](TGlobalOptions& pOptions, std::string_view pText) {
+    for (const auto& [word, value] : pChoices) {
+      if (!SameTextAscii(pText, word)) continue;
+      std::invoke(pField, pOptions) = value;
+      return true;
+    }
+    return false;
+  };
+  auto get = [pField, pChoices](const TGlobalOptions& pOptions) {
+    for (const auto& [word, value] : pChoices)
+      if (std::invoke(pField, pOptions) == value) return std::string(word);
+    return std::string();
+  };
+  return {std::move(pName), TOptionKind::okChoice, std::move(pHelp), byDefault, range, set, get};
+}
+
+template <class TField>
+TOptionInfo Text(std::string pName, TField pField, std::string pDefault, std::string pRange,
+                 bool (*pIsValid)(std::string_view), std::string pHelp) {
+  auto set = [pField, pIsValid](TGlobalOptions& pOptions, std::string_view pText) {
+    if (pIsValid != nullptr && !pIsValid(pText)) return false;
+    std::invoke(pField, pOptions) = std::string(pText);
+    return true;
+  };
+  return {std::move(pName),
+          TOptionKind::okText,
+          std::move(pHelp),
+          std::move(pDefault),
+          std::move(pRange),
+          set,
+          [pField](const TGlobalOptions& pOptions) { return std::string(std::invoke(pField, pOptions)); }};
+}
+
+// A text that stands for a value of another type.
+template <class T, class TField>
+TOptionInfo Parsed(std::string pName, TField pField, std::string pDefault, std::string pRange,
+                   bool (*pParse)(std::u16string_view, T&), std::u16string (*pText)(const T&), std::string pHelp) {
+  return {std::move(pName),
+          TOptionKind::okText,
+          std::move(pHelp),
+          std::move(pDefault),
+          std::move(pRange),
+          [pField, pParse](TGlobalOptions& pOptions, std::string_view pValue) {
+            return pParse(FromUtf8(pValue), std::invoke(pField, pOptions));
+          },
+          [pField, pText](const TGlobalOptions& pOptions) { return ToUtf8(pText(std::invoke(pField, pOptions))); }};
+}
+
+// --- export settings -----------------------------------------------------------------------------------------------
+
+using namespace Hierarchical::Exporting;
+
+// A field of one kind of output's settings.
+template <class T>
+struct TMediaField {
+  TMediaType fMedia;
+  T TMediaSettings::*fField;
+  T& operator()(TGlobalOptions& pOptions) const { return pOptions.Media(fMedia).*fField; }
+  const T& operator()(const TGlobalOptions& pOptions) const { return pOptions.Media(fMedia).*fField; }
+};
+
+// A unit of the format's own, or that of the global options: three fields of the settings.
+TOptionInfo MediaUnit(const std::string& pPrefix, TMediaType pMedia) {
+  static constexpr std::pair<std::string_view, TSizeUnit> units[] = {
+      {"auto", TSizeUnit::suAutomatic}, {"B", TSizeUnit::suBytes}, {"KB", TSizeUnit::suKB},
+      {"MB", TSizeUnit::suMB},          {"GB", TSizeUnit::suGB},   {"TB", TSizeUnit::suTB}};
+  auto set = [pMedia](TGlobalOptions& pOptions, std::string_view pText) {
+    TMediaSettings& settings = pOptions.Media(pMedia);
+    if (SameTextAscii(pText, "general")) {
+      settings.fOverrideUnits = false;
+      return true;
+    }
+    for (const auto& [word, unit] : units) {
+      if (!SameTextAscii(pText, word)) continue;
+      settings.fOverrideUnits = true;
+      settings.fAutomaticUnit = unit == TSizeUnit::suAutomatic;
+      if (!settings.fAutomaticUnit) settings.fSizeUnit = unit;
+      return true;
+    }
+    return false;
+  };
+  auto get = [pMedia](const TGlobalOptions& pOptions) -> std::string {
+    const TMediaSettings& settings = pOptions.Media(pMedia);
+    if (!settings.fOverrideUnits) return "general";
+    for (const auto& [word, unit] : units)
+      if (unit == (settings.fAutomaticUnit ? TSizeUnit::suAutomatic : settings.fSizeUnit)) return std::string(word);
+    return "general";
+  };
+  return {pPrefix + "SizeUnit",
+          TOptionKind::okChoice,
+          "Unit of sizes in this format; general: that of SizeUnit",
+          "general",
+          "general|auto|B|KB|MB|GB|TB",
+          set,
+          get};
+}
+
+TOptionInfo MediaLevels(const std::string& pPrefix, TMediaType pMedia) {
+  auto set = [pMedia](TGlobalOptions& pOptions, std::string_view pText) {
+    int64_t level = 0;
+    if (!TryParseInt64(pText, level) || level < -1 || level > TRecursionLevel::kUnlimited) return false;
+    pOptions.Media(pMedia).fRecursionLevel =
+        level < 0 ? TRecursionLevel() : TRecursionLevel{static_cast<int32_t>(level), false};
+    return true;
+  };
+  auto get = [pMedia](const TGlobalOptions& pOptions) {
+    const TRecursionLevel& level = pOptions.Media(pMedia).fRecursionLevel;
+    return std::to_string(level.fFullExpand ? -1 : level.fLevel);
+  };
+  return {pPrefix + "Levels",
+          TOptionKind::okInteger,
+          "Levels below the top in this format; -1: all",
+          "-1",
+          "-1..2147483647",
+          set,
+          get};
+}
+
+void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPrefix, TMediaType pMedia) {
+  const TMediaSettings byDefault = DefaultMediaSettings(pMedia);
+  auto field = [&]<class T>(T TMediaSettings::*pField) { return TMediaField<T>{pMedia, pField}; };
+  auto boolean = [&](const char* pName, bool TMediaSettings::*pField, const char* pHelp) {
+    pOptions.push_back(Boolean(pPrefix + pName, field(pField), byDefault.*pField, pHelp));
+  };
+  auto separator = [&](const char* pName, std::u16string TMediaSettings::*pField, const char* pHelp) {
+    auto text = [](const std::u16string& pSeparator) { return SeparatorText(pSeparator); };
+    auto parse = [](std::u16string_view pText, std::u16string& pTarget) { return TryParseSeparator(pText, pTarget); };
+    pOptions.push_back(Parsed<std::u16string>(pPrefix + pName, field(pField), ToUtf8(SeparatorText(byDefault.*pField)),
+                                              "text or TAB", parse, text, pHelp));
+  };
+  boolean("IncludeHeader", &TMediaSettings::fIncludeHeader,
+          "Begin with captions, in reports also with title and drive");
+  boolean("UsePlainByteValues", &TMediaSettings::fUsePlainByteValues, "Write sizes as numbers of bytes");
+  boolean("ShowUnits", &TMediaSettings::fShowUnits, "Write units behind numbers");
+  pOptions.push_back(MediaUnit(pPrefix, pMedia));
+  separator("Separator", &TMediaSettings::fSeparator, "What stands between columns");
+  separator("AlternativeSeparator", &TMediaSettings::fAlternativeSeparator, "A second separator to switch to");
+  boolean("UseAlternativeSeparator", &TMediaSettings::fUseAlternativeSeparator, "Use the second separator");
+  pOptions.push_back(Integer(pPrefix + "IncludedObjectTypes", field(&TMediaSettings::fIncludedObjectTypes),
+                             byDefault.fIncludedObjectTypes, 1, kAllObjectTypes,
+                             "Sum of 1 folders, 2 the files of a folder as one row, 4 single files"));
+  boolean("IncludeExpandedOnly", &TMediaSettings::fIncludeExpandedOnly, "Only what a view shows expanded");
+  pOptions.push_back(MediaLevels(pPrefix, pMedia));
+  pOptions.push_back(Parsed<std::optional<TSortOrder>>(
+      pPrefix + "SortBy", field(&TMediaSettings::fSortOrder), "", "column or column,ascending or column,descending",
+      TryParseSortOrder, SortOrderText, "Order of what lies in one folder"));
+  pOptions.push_back(Parsed<std::vector<TColumn>>(pPrefix + "Columns", field(&TMediaSettings::fColumns), "",
+                                                  "column;column;...", TryParseColumns, ColumnsText,
+                                                  "Columns in this order"));
+  pOptions.push_back(Integer(pPrefix + "SmallestFolder", field(&TMediaSettings::fSmallestFolder), 0, 0, INT64_MAX,
+                             "Leave out what has fewer bytes"));
+  boolean("NeutralizeFormulas", &TMediaSettings::fNeutralizeFormulas,
+          "Put an apostrophe before names that begin like a formula");
+  if (pMedia != TMediaType::mtCSV) return;
+  boolean("ByteOrderMark", &TMediaSettings::fByteOrderMark, "Begin the file with a byte-order mark");
+}
+
+constexpr int32_t kMostInt = 2147483647;
+
+std::vector<TOptionInfo> DeclareOptions() {
+  using TOptions = TGlobalOptions;
+  std::vector<TOptionInfo> options = {
+      Integer("MaximumThreads", &TOptions::MaximumThreads, 8, 1, 256, "Threads that scan, all scans together"),
+      Integer("ThreadPriority", &TOptions::ThreadPriority, 3, 0, 6,
+              "Priority of the scan: 0 idle, 3 normal, 6 highest"),
+      Integer("LongPathLength", &TOptions::LongPathLength, 260, 1, 32767,
+              "Paths with at least so many characters are marked as long"),
+      Integer("NumberOfTopFiles", &TOptions::NumberOfTopFiles, 100, 0, 100000, "Largest files that a scan remembers"),
+      Integer("NumberOfListedErrors", &TOptions::NumberOfListedErrors, 20, 0, kMostInt,
+              "Folders that a report lists as unreadable"),
+      Boolean("KeepFiles", &TOptions::KeepFiles, true, "Keep every file in the tree, not only folders"),
+      Boolean("CollectExtensions", &TOptions::CollectExtensions, true, "Collect sizes by file name extension"),
+      Boolean("CollectOwners", &TOptions::CollectOwners, kCollectOwnersByDefault, "Collect sizes by owner"),
+      Choice<TDateType>("FileAgesDateType", &TOptions::FileAgesDateType,
+                        {{"change", TDateType::dtLastChange},
+                         {"creation", TDateType::dtCreation},
+                         {"access", TDateType::dtLastAccess},
+                         {"none", TDateType::dtNone}},
+                        "Date that file ages count from; none collects no ages"),
+      Text("FileAges", &TOptions::FileAges, "1;7;30;182;365;730;2147483647", "days;days;... in ascending order",
+           IsAgeList, "Upper bounds of the file age intervals"),
+      Boolean("ShareHardLinks", &TOptions::ShareHardLinks, kShareHardLinksByDefault,
+              "Count a file with several hard links once on storage"),
+      Boolean("FollowSymbolicLinks", &TOptions::FollowSymbolicLinks, false, "Scan the folders that links point to"),
+      Boolean("FollowMountPoints", &TOptions::FollowMountPoints, false, "Scan volumes mounted into folders (Windows)"),
+      Boolean("StayOnFileSystem", &TOptions::StayOnFileSystem, false, "Leave other file systems out"),
+      Boolean("UseBackupPrivilege", &TOptions::UseBackupPrivilege, true, "Read folders by backup privilege (Windows)"),
+      Boolean("FolderDateBasedOnFilesOnly", &TOptions::FolderDateBasedOnFilesOnly, false,
+              "Take a folder's dates from its files alone"),
+      Boolean("UseAllocatedForShares", &TOptions::UseAllocatedForShares, false,
+              "Reckon percentages from allocated sizes"),
+      Integer("MaximumRoots", &TOptions::MaximumRoots, 1000, 1, 100000, "Paths that one run takes"),
+      Choice<TSizeUnit>("SizeUnit", &TOptions::SizeUnit,
+                        {{"auto", TSizeUnit::suAutomatic},
+                         {"B", TSizeUnit::suBytes},
+                         {"KB", TSizeUnit::suKB},
+                         {"MB", TSizeUnit::suMB},
+                         {"GB", TSizeUnit::suGB},
+                         {"TB", TSizeUnit::suTB}},
+                        "Unit in which reports show sizes"),
+      Text("ExportTitle", &TOptions::ExportTitle, "", "", nullptr,
+           "First line of a report in place of its name and date"),
+      Boolean("ListTopFiles", &TOptions::ListTopFiles, false, "Add the list of the largest files to exports"),
+      Boolean("ListExtensions", &TOptions::ListExtensions, false, "Add the list of file name extensions to exports"),
+      Boolean("ListUsers", &TOptions::ListUsers, false, "Add the list of owners to exports"),
+      Boolean("ListFileAges", &TOptions::ListFileAges, false, "Add the list of file ages to exports"),
+      Text("MailServer", &TOptions::MailServer, "", "", nullptr, "SMTP server that mails go to; none: sendmail"),
+      Integer("MailPort", &TOptions::MailPort, 0, 0, 65535, "The server's port; 0: the usual one"),
+      Choice<TMailSecurity>(
+          "MailSecurity", &TOptions::MailSecurity,
+          {{"starttls", TMailSecurity::msStartTLS}, {"tls", TMailSecurity::msTLS}, {"none", TMailSecurity::msNone}},
+          "Encryption on the way to the mail server"),
+      Text("MailUser", &TOptions::MailUser, "", "", nullptr, "Name to log in to the mail server with"),
+      Text("MailFrom", &TOptions::MailFrom, "", "", nullptr, "Address that mails come from"),
+      Boolean("RecordHistory", &TOptions::RecordHistory, false, "Add every finished scan to the history"),
+      Text("HistoryFile", &TOptions::HistoryFile, "", "", nullptr, "Database of the history; none: the user's own"),
+      Boolean("CloseAfterExport", &TOptions::CloseAfterExport, false, "End the program once the exports are written"),
+  };
+  AddMediaOptions(options, "Text", TMediaType::mtText);
+  AddMediaOptions(options, "CSV", TMediaType::mtCSV);
+  options.push_back(MediaLevels("XML", TMediaType::mtXML));
+  return options;
+}
+
+const std::vector<TOptionInfo>& Options() {
+  static const std::vector<TOptionInfo> options = DeclareOptions();
+  return options;
+}
+
+}  // namespace
+
+TGlobalOptions::TGlobalOptions() {
+  // What is no option of its own as well.
+  for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV, TMediaType::mtXML})
+    Media(media) = DefaultMediaSettings(media);
+  for (const TOptionInfo& option : Options()) option.fSet(*this, option.fDefault);
+}
+
+std::string RefusedValueText(const TOptionInfo& pOption, std::string_view pValue) {
+  return pOption.fName + ": \"" + std::string(pValue) + "\" is not allowed; expected " +
+         (pOption.fRange.empty() ? "text" : pOption.fRange);
+}
+
+std::span<const TOptionInfo> AllOptions() {
+  return Options();
+}
+
+const TOptionInfo* FindOption(std::string_view pName) {
+  const auto& options = Options();
+  const auto found =
+      std::find_if(options.begin(), options.end(), [&](const TOptionInfo& p) { return SameTextAscii(p.fName, pName); });
+  return found == options.end() ? nullptr : &*found;
+}
+
+}  // namespace Kiv

@@ -1,0 +1,94 @@
+#include "model/options/MediaSettings.h"
+
+#include <algorithm>
+
+#include "platform/text/Text.h"
+
+namespace Kiv::Hierarchical::Exporting {
+
+namespace {
+
+constexpr std::u16string_view kAscending = u"ascending";
+constexpr std::u16string_view kDescending = u"descending";
+
+// Takes the text up to the delimiter off the front.
+std::u16string_view TakePart(std::u16string_view& pText, char16_t pDelimiter) {
+  const size_t end = std::min(pText.find(pDelimiter), pText.size());
+  const std::u16string_view part = pText.substr(0, end);
+  pText.remove_prefix(std::min(end + 1, pText.size()));
+  return part;
+}
+
+bool StartsWithLargest(TColumn pColumn) {
+  const TColumnKind kind = ColumnInfo(pColumn).fKind;
+  return kind != TColumnKind::ckText && kind != TColumnKind::ckAttributes;
+}
+
+}  // namespace
+
+TMediaSettings DefaultMediaSettings(TMediaType pMedia) {
+  TMediaSettings settings;
+  settings.fNeutralizeFormulas = true;
+  if (pMedia != TMediaType::mtCSV) return settings;
+  settings.fSeparator = u",";
+  settings.fAlternativeSeparator = u";";
+  settings.fUsePlainByteValues = true;
+  settings.fByteOrderMark = true;
+  return settings;
+}
+
+bool TryParseSortOrder(std::u16string_view pText, std::optional<TSortOrder>& pOrder) {
+  if (pText.empty()) {
+    pOrder.reset();
+    return true;
+  }
+  const TColumnInfo* column = FindColumn(TakePart(pText, u','));
+  if (column == nullptr) return false;
+  bool descending = StartsWithLargest(column->fColumn);
+  if (SameTextAscii(pText, kAscending)) {
+    descending = false;
+  } else if (SameTextAscii(pText, kDescending)) {
+    descending = true;
+  } else if (!pText.empty()) {
+    return false;
+  }
+  pOrder = {column->fColumn, descending};
+  return true;
+}
+
+std::u16string SortOrderText(const std::optional<TSortOrder>& pOrder) {
+  if (!pOrder) return {};
+  std::u16string text(ColumnInfo(pOrder->fColumn).fName);
+  if (pOrder->fDescending != StartsWithLargest(pOrder->fColumn))
+    text.append(u",").append(pOrder->fDescending ? kDescending : kAscending);
+  return text;
+}
+
+bool TryParseColumns(std::u16string_view pText, std::vector<TColumn>& pColumns) {
+  std::vector<TColumn> columns;
+  while (!pText.empty()) {
+    const TColumnInfo* column = FindColumn(TakePart(pText, u';'));
+    if (column == nullptr) return false;
+    columns.push_back(column->fColumn);
+  }
+  pColumns = std::move(columns);
+  return true;
+}
+
+std::u16string ColumnsText(const std::vector<TColumn>& pColumns) {
+  std::u16string text;
+  for (const TColumn column : pColumns) text.append(text.empty() ? u"" : u";").append(ColumnInfo(column).fName);
+  return text;
+}
+
+bool TryParseSeparator(std::u16string_view pText, std::u16string& pSeparator) {
+  if (pText.empty() || pText.find_first_of(u"\"\r\n") != std::u16string_view::npos) return false;
+  pSeparator = SameTextAscii(pText, u"TAB") ? u"\t" : pText;
+  return true;
+}
+
+std::u16string SeparatorText(std::u16string_view pSeparator) {
+  return std::u16string(pSeparator == u"\t" ? u"TAB" : pSeparator);
+}
+
+}  // namespace Kiv::Hierarchical::Exporting

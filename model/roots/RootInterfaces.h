@@ -1,0 +1,250 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/tree/HierarchicalInterfaces.h"
+#include "model/roots/ScanFilter.h"
+#include "model/statistics/TopSizeList.h"
+
+namespace Kiv {
+
+class IScanRoots;
+
+// What happened to a node, told to the observers of its root.
+enum class TChangeKind : uint8_t { ckAdded = 1, ckRemoved = 2, ckChanged = 3, ckScanStarted = 4, ckScanFinished = 5 };
+
+// Told of changes in a tree, on whatever thread made them; the call returns soon and takes no lock of the tree.
+class IHierarchicalObserver : public IInterface {
+ public:
+  virtual void ObjectChanged(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
+};
+
+// Something that was met while scanning and could not be read.
+struct TScanError {
+  TRef<IHierarchicalObject> fObject;  // the folder's node
+  std::u16string fPath;
+  uint32_t fCode = 0;         // the system's error code
+  TEnumeratorError fKind = TEnumeratorError::eeOther;
+  bool fPartial = false;  // some entries were listed before the error
+};
+
+// Told of every error as it is recorded, on the worker's thread.
+class IScanErrorObserver : public IInterface {
+ public:
+  virtual void ErrorRecorded(const TScanError& pError) = 0;
+};
+
+// A list of observers that may change while it is being told something.
+template <class TObserver>
+class IObservable : public IInterface {
+ public:
+  virtual void Subscribe(TRef<TObserver> pObserver) = 0;
+  virtual void Unsubscribe(TObserver* pObserver) = 0;
+};
+
+// The scan settings of a root, as the engine and its jobs read them. Fixed while a scan runs; any thread.
+class IScanConfiguration : public IInterface {
+ public:
+  virtual TRef<ICancellationToken> GetCancellationToken() const = 0;
+  // A judge of what the scan takes in, for one of its threads; nullptr when it takes in everything. What is left out is
+  // counted as excluded.
+  virtual std::unique_ptr<IEntryFilter> CreateEntryFilter() = 0;
+  // False for a folder that the root has given up in the meantime (removed, or its root disposed).
+  virtual bool IsFolderToBeScanned(IFolderData& pFolder) = 0;
+  virtual bool GetFolderDateBasedOnFilesOnly() const = 0;
+  virtual bool GetKeepFiles() const = 0;  // whether files stay in the tree as nodes
+  virtual bool GetDoExtensionsStatistics() const = 0;
+  virtual bool GetDoUsersStatistics() const = 0;
+  virtual TDateType GetFileAgesDateType() const = 0;
+  virtual IFileAges* GetFileAges() const = 0;
+  virtual int32_t GetLongPathLength() const = 0;
+  virtual TColumn GetShareBasis() const = 0;  // mdSize or mdAllocated: what shares are shares of
+  virtual ITopSizeList* GetTopSizeList() const = 0;  // nullptr when none is kept
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: one moment for the whole scan
+  // One root may ask to be scanned by one thread only, or for threads to be started ahead of the work.
+  virtual bool IsSingleThreaded() const { return false; }
+  virtual bool WantsPreStartedThreads() const { return false; }
+
+  virtual void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) = 0;
+  // Progress, told once per folder: what its listing brought.
+  virtual void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
+                            int64_t pExcluded) = 0;
+};
+
+// Scans one root once.
+class IScanEngine : public IInterface {
+ public:
+  // Queues a folder with all beneath it. The enumerator stands before its first entry.
+  virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  // Queues a look at a scanned folder's own entries: its files are counted anew, folders that are new are scanned,
+  // folders that are gone are removed; known ones are left alone.
+  virtual void AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  virtual bool IsScanning() const = 0;
+  // "Threads: 2 of max 8", or "No worker threadpool active".
+  virtual std::u16string GetStatusText() const = 0;
+  // Waits for all jobs to end, then for the threads.
+  virtual void Dispose() = 0;
+};
+
+// Bits of a root's state.
+enum TRootState : uint32_t {
+  rsScanning = 1 << 0,
+  rsFinished = 1 << 1,   // a scan ran to its end
+  rsCancelled = 1 << 2,  // the last scan was stopped
+  rsHasErrors = 1 << 3,
+  rsShowsPreviousState = 1 << 4,  // an earlier state from the history
+  rsIsXMLImport = 1 << 5,
+  rsDisposed = 1 << 6,
+  rsPathNotFound = 1 << 7,
+};
+using TRootStates = uint32_t;
+
+// Counters of a running scan, cheap to poll; all of them only ever grow during a scan.
+struct TScanProgress {
+  int64_t fFiles = 0;
+  int64_t fFolders = 0;
+  int64_t fBytes = 0;
+  int64_t fExcludedObjects = 0;
+  int64_t fErrors = 0;
+  std::u16string fLastScannedFolder;
+};
+
+// What is known of the storage that a root lies on, as of its scan. Sizes in bytes; 0 or empty where it is not known.
+struct TStorageInformation {
+  std::u16string fFileSystem;
+  int64_t fBytesPerCluster = 0;
+  int64_t fTotalBytes = 0;
+  int64_t fFreeBytes = 0;
+};
+
+// What a file says of a scan besides its tree.
+struct TLoadedScan {
+  TKivFileTime fScanTimeStamp;
+  std::u16string fTitle;
+  TStorageInformation fStorage;
+  int64_t fExcludedObjects = 0;
+  bool fWasCancelled = false;
+  TRef<IScanFilter> fFilter;  // nullptr when there was none
+  TDateType fFileAgesDateType = TDateType::dtNone;
+  TRef<IFileAges> fFileAges;  // nullptr when the file holds no ages
+  bool fHasExtensions = false;
+  bool fHasUsers = false;
+  std::vector<TScanError> fErrors;
+  std::optional<std::vector<TTopSizeEntry>> fTopFiles;  // not set when the root kept no list
+};
+
+// An earlier state of a root's tree. Fixed once made; any thread.
+class IComparison : public IInterface {
+ public:
+  virtual bool WasThere(const IFolderData& pFolder) const = 0;
+  // What the folder held then; zeros for a folder that was not there.
+  virtual TSizeValues EarlierValues(const IFolderData& pFolder) const = 0;
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // of the earlier scan
+};
+
+// One scanned path with its tree.
+class IHierarchicalRoot : public IMetaDataFormatter {
+ public:
+  virtual std::u16string GetPath() const = 0;   // absolute
+  virtual std::u16string GetTitle() const = 0;  // the path, with its wildcards when it has any; or what was set
+  virtual char16_t GetPathDelimiter() const = 0;
+  virtual TRootStates GetState() const = 0;
+  virtual TRef<IFolderData> GetTopFolder() const = 0;  // nullptr before the first scan and after disposal
+  virtual TRef<IScanEngine> GetScanEngine() const = 0;  // of the last scan, if any
+  virtual std::vector<TScanError> GetErrors() const = 0;  // a copy, in the order in which they were met
+  virtual TScanProgress GetProgress() const = 0;
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // when the tree's scan began; not set before the first
+  virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
+  virtual IScanConfiguration& GetScanConfiguration() = 0;
+  // Tells the observers; costs next to nothing when there are none.
+  virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
+  // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists.
+  virtual void ForgetBranch(IFolderData& pFolder) = 0;
+  // The same for the folder's own listing and the files directly in it, which are about to be looked at again.
+  virtual void ForgetOwnEntries(IFolderData& pFolder) = 0;
+
+  // What the root's scans take in; nullptr for everything. Takes effect with the next scan; none may be running.
+  virtual void SetScanFilter(TRef<IScanFilter> pFilter) = 0;
+  virtual TRef<IScanFilter> GetScanFilter() const = 0;
+  // What the last scan left out, by reason: the filter's reasons, then the root's own.
+  virtual std::vector<TExclusion> GetExclusions() const = 0;
+
+  // Asked of the system when a scan has ended, or as the file has it.
+  virtual TStorageInformation GetStorageInformation() const = 0;
+
+  // What the root is compared with, nullptr for nothing; a scan ends it. Set where no scan runs, and read by any thread.
+  virtual TRef<IComparison> GetComparison() const = 0;
+  virtual void SetComparison(TRef<IComparison> pComparison) = 0;
+
+  // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
+  // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
+  // one error.
+  virtual void Scan() = 0;
+  // Scans a branch again, or, when not recursive, looks at the folder's own entries only. Refused with a line in the
+  // debug log, and false, when no scan has finished, one is running, or the root shows an earlier state.
+  virtual bool RefreshFolder(IFolderData& pFolder, bool pRecursive) = 0;
+  // Takes a folder with all its totals out of the tree; false while a scan is running.
+  virtual bool RemoveFolder(IFolderData& pFolder) = 0;
+  // Asks a running scan to stop at its next folder; it still ends through the usual way, with rsCancelled.
+  virtual void CancelScan() = 0;
+  // Waits for the end of the scan, at most so many milliseconds. True when no scan is running.
+  virtual bool WaitForScan(int64_t pMilliseconds) = 0;
+  // How long the last finished scan took, in milliseconds.
+  virtual int64_t GetScanDuration() const = 0;
+  // Files of the scan before this one, for progress; 0 when there was none.
+  virtual int64_t GetLastScanNumberOfFiles() const = 0;
+  // The root's list of its largest files, which lives until the next scan; nullptr when none is kept.
+  virtual ITopSizeList* GetTopSizeList() const = 0;
+  // Observers are held until the root is disposed.
+  virtual void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) = 0;
+  virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;
+  // Tears the tree down. Final; a running scan is cancelled and waited for.
+  virtual void Dispose() = 0;
+};
+
+// What the roots need of the floor above them: enumerators and engines.
+class IScanServices : public IInterface {
+ public:
+  // An enumerator of a root's contents; a path that cannot be opened gives one that lists nothing and tells the error. The
+  // folders beneath are reached through it, so that their enumerators know which scan they belong to.
+  virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) = 0;
+  // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
+  virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
+                                             int32_t pPriority, std::function<void()> pOnAllDone) = 0;
+};
+
+// The list of open roots.
+class IScanRoots : public IInterface {
+ public:
+  // Adds a root for a path, not scanned yet. The path is made absolute. EInvalidOperation when the list is full. A path
+  // that is in the list already gives the root that is there.
+  virtual TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) = 0;
+  // The root for the path, its scan started.
+  virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
+  // A root that is not scanned but loaded, not in the list yet; the delimiter tells what kind of root it is. The path is
+  // taken as it is.
+  virtual TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view pPath, char16_t pDelimiter) = 0;
+  // Puts such a root into the list. EInvalidOperation when the list is full.
+  virtual void AddLoaded(TRef<IHierarchicalRoot> pRoot) = 0;
+  // All local fixed drives (Windows) or all mounted file systems with storage behind them (Linux).
+  virtual std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() = 0;
+  virtual std::vector<std::u16string> GetScannedPaths() const = 0;  // of all roots, in the order of their opening
+  // Roots whose path is the given one or holds it.
+  virtual std::vector<TRef<IHierarchicalRoot>> FindRootsHolding(std::u16string_view pPath) const = 0;
+  virtual std::vector<TRef<IHierarchicalRoot>> GetRoots() const = 0;
+  virtual int32_t CountActiveScans() const = 0;
+  // The root whose top folder has all roots' top folders as children; made on first use.
+  virtual TRef<IHierarchicalRoot> GetVirtualRoot() = 0;
+  // Scans the recycle bin beneath each finished root again: its contents change behind the program's back.
+  virtual void RefreshRecycleBinFolders() = 0;
+  // Takes the root out of the list and disposes it.
+  virtual void Remove(IHierarchicalRoot& pRoot) = 0;
+  // Disposes all roots.
+  virtual void Dispose() = 0;
+};
+
+}  // namespace Kiv

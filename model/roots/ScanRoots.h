@@ -1,0 +1,13 @@
+#pragma once
+
+#include <memory>
+
+#include "model/options/GlobalOptions.h"
+#include "model/roots/RootInterfaces.h"
+
+namespace Kiv {
+
+// The list of open roots (TDSMCustomRoots). The options are copied at each scan's start.
+TRef<IScanRoots> CreateScanRoots(TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions);
+
+}  // namespace Kiv

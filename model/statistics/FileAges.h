@@ -1,0 +1,157 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "model/statistics/ColorPalette.h"
+#include "model/tree/HierarchicalInterfaces.h"
+#include "model/statistics/PackedSizeTable.h"
+#include "platform/threads/SlimReaderWriterLock.h"
+
+namespace Kiv {
+
+// The age of a file in days begun, so that a file is at most n days old exactly when its age is at most n: one of a day
+// and a minute is 2 and not "up to a day". At most 0 for a date in the future; a file without date is very old.
+int64_t FileAgeInDays(TKivFileTime pNow, TKivFileTime pDate);
+
+// "6 months": a count of days in the largest of days, weeks, months (30 days) and years (365) that fits, cut to whole
+// units.
+std::u16string FileAgeLabelFromDays(int64_t pDays);
+
+// Age intervals: an ascending list of bounds in days, each interval reaching from the bound before it to its own, the
+// bound included. The last interval is open-ended. Set up before a scan, then only read, by any thread.
+class IFileAges : public IInterface {
+ public:
+  virtual void Assign(const IFileAges& pSource) = 0;
+  // Puts a bound in its place; one already present is not added again.
+  virtual void Add(int64_t pDays) = 0;
+  virtual int GetCount() const = 0;
+  // The bounds in decimal, joined with ";".
+  virtual std::u16string GetAsString() const = 0;
+  // EInvalidArgumentValue, and the list as it was, when the text yields no bound. Parts that are no number are skipped.
+  virtual void SetAsString(std::u16string_view pText) = 0;
+  // The calls with an index raise EInvalidArgumentValue for one outside 0..count-1.
+  virtual int64_t GetItem(int pIndex) const = 0;
+  virtual bool EqualsTo(const IFileAges& pOther) const = 0;
+  // "1 weeks - 1 months"; "up to 1 days" for the first and "over 2 years" for the last.
+  virtual std::u16string GetLabel(int pIndex) const = 0;
+  // From green for the youngest to red.
+  virtual TColor GetColor(int pIndex) const = 0;
+  // The moment that lies the bound's days before now; "no date" when that is before file times begin.
+  virtual TKivFileTime FileAgeFromNow(int pIndex) const = 0;
+  // The first interval whose bound is at least the age in days; the last when no bound is; -1 for an empty list.
+  virtual int GetIndexOfMatchingInterval(int64_t pAgeInDays) const = 0;
+};
+
+// A list of whole numbers.
+class TIntegerList {
+ public:
+  virtual ~TIntegerList() = default;
+  virtual void Add(int64_t pValue) { fValues.push_back(pValue); }
+  int Count() const { return static_cast<int>(fValues.size()); }
+  // EInvalidArgumentValue for an index outside the list.
+  int64_t Item(int pIndex) const;
+  const std::vector<int64_t>& Values() const { return fValues; }
+  void Clear() { fValues.clear(); }
+
+ protected:
+  void CheckIndex(int pIndex) const;
+
+  std::vector<int64_t> fValues;
+};
+
+// A list of bounds: ascending, each value once.
+class TDistributionList : public TIntegerList {
+ public:
+  void Add(int64_t pValue) override;
+  // Copies the values; duplicates collapse. EInvalidArgumentValue, and the list as it was, when none would be left.
+  void Assign(std::span<const int64_t> pValues);
+};
+
+class TFileAges : public TInterfaced<IFileAges>, private TDistributionList {
+ public:
+  // An empty list, and the list of defaults: 1, 7, 30, 182, 365 and 730 days, and older.
+  TFileAges() = default;
+  static TRef<TFileAges> CreateDefault();
+  // From the attributes of an XML element: every name "Days_" and a number gives a bound. EInvalidArgumentValue when
+  // there is none.
+  static TRef<TFileAges> CreateFromXML(std::span<const std::pair<std::u16string, std::u16string>> pAttributes);
+  void SetDefaults();
+
+  void Assign(const IFileAges& pSource) override;
+  void Add(int64_t pDays) override { TDistributionList::Add(pDays); }
+  int GetCount() const override { return Count(); }
+  std::u16string GetAsString() const override;
+  void SetAsString(std::u16string_view pText) override;
+  int64_t GetItem(int pIndex) const override { return Item(pIndex); }
+  bool EqualsTo(const IFileAges& pOther) const override;
+  std::u16string GetLabel(int pIndex) const override;
+  TColor GetColor(int pIndex) const override;
+  TKivFileTime FileAgeFromNow(int pIndex) const override;
+  int GetIndexOfMatchingInterval(int64_t pAgeInDays) const override;
+};
+
+// How the space below a folder is spread over age intervals: a size record per interval. Any thread.
+class IFileAgeDistribution : public IInterface {
+ public:
+  virtual TRef<IFileAges> GetFileAges() const = 0;
+  // Replaces the intervals and clears the records. EInvalidArgumentValue for nil and for an empty list.
+  virtual void SetFileAges(TRef<IFileAges> pFileAges) = 0;
+  // Which date of a file the ages are of.
+  virtual TDateType GetDateType() const = 0;
+  virtual void Add(int pInterval, const TBasicSizeValues& pValues) = 0;
+  // The same for many, for the scan: the key is the interval, in ascending order, each once.
+  virtual void Add(std::span<const TKeyedSizeValues> pEntries) = 0;
+  // Adds or takes away another distribution of the same intervals, which is read under its own lock for the whole walk.
+  // It is never this one, nor one that another thread merges the other way.
+  virtual void AddDistribution(const IFileAgeDistribution& pOther) = 0;
+  virtual void SubtractDistribution(const IFileAgeDistribution& pOther) = 0;
+  // An interval's numbers, all zero when it holds no file.
+  virtual TBasicSizeValues GetRecord(int pInterval) const = 0;
+  // The records of all intervals that hold files, by ascending interval, which is the key.
+  virtual std::vector<TKeyedSizeValues> GetEntries() const = 0;
+  virtual void Assign(const IFileAgeDistribution& pSource) = 0;
+  virtual void Clear() = 0;
+  virtual TRef<IFileAgeDistribution> Clone() const = 0;
+  // A new one of the same intervals and date kind, without values.
+  virtual TRef<IFileAgeDistribution> CloneEmpty() const = 0;
+};
+
+class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
+ public:
+  TFileAgeDistribution(TRef<IFileAges> pFileAges, TDateType pDateType);
+
+  TRef<IFileAges> GetFileAges() const override;
+  void SetFileAges(TRef<IFileAges> pFileAges) override;
+  TDateType GetDateType() const override;
+  void Add(int pInterval, const TBasicSizeValues& pValues) override;
+  void Add(std::span<const TKeyedSizeValues> pEntries) override;
+  void AddDistribution(const IFileAgeDistribution& pOther) override;
+  void SubtractDistribution(const IFileAgeDistribution& pOther) override;
+  TBasicSizeValues GetRecord(int pInterval) const override;
+  std::vector<TKeyedSizeValues> GetEntries() const override;
+  void Assign(const IFileAgeDistribution& pSource) override;
+  void Clear() override;
+  TRef<IFileAgeDistribution> Clone() const override;
+  TRef<IFileAgeDistribution> CloneEmpty() const override {
+    return MakeRef<TFileAgeDistribution>(GetFileAges(), GetDateType());
+  }
+
+  // Bytes that the distribution holds on the heap beside itself, for measuring.
+  size_t HeapBytes() const;
+
+ private:
+  TFileAgeDistribution(const TFileAgeDistribution& pOther) NO_THREAD_SAFETY_ANALYSIS;
+
+  mutable TSlimReaderWriterLock fLock;
+  TRef<IFileAges> fFileAges GUARDED_BY(fLock);
+  [[no_unique_address]] TPackedSizeTable fTable GUARDED_BY(fLock);
+  TDateType fDateType GUARDED_BY(fLock);
+};
+
+}  // namespace Kiv

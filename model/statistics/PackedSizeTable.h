@@ -1,0 +1,81 @@
+#pragma once
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "model/statistics/InternedKeys.h"
+#include "model/columns/SizeData.h"
+
+namespace Kiv {
+
+// One key of a size table with its numbers. The key is an interned extension or owner, or an age interval's index.
+struct TKeyedSizeValues {
+  TKeyId fKey = 0;
+  TBasicSizeValues fValues;
+};
+
+// The records of one statistic of one folder. A scan of millions of folders has several of them per folder, most with
+// one to five keys, so nothing is spent before the first record, and few records lie packed in one heap block, sorted
+// by key: merging a child's few keys is then a walk over two short runs of memory. Beyond kMaxPacked keys a hash map
+// takes over.
+//
+// A table knows no lock; whoever owns it guards it. It is 16 bytes, of which its owner may use the last 6 (see
+// no_unique_address at the owners).
+class TPackedSizeTable {
+ public:
+  static constexpr unsigned kMaxPacked = 16;
+
+  TPackedSizeTable() = default;
+  TPackedSizeTable(const TPackedSizeTable& pOther);
+  TPackedSizeTable& operator=(const TPackedSizeTable&) = delete;
+  ~TPackedSizeTable() { Clear(); }
+
+  // Adds to the key's record, which is made when missing.
+  void Add(TKeyId pKey, const TBasicSizeValues& pValues) { FindOrCreate(pKey) += pValues; }
+  // The same for many at once, which must be sorted by key, each key once. Allocates nothing when all keys are present.
+  void AddSorted(std::span<const TKeyedSizeValues> pEntries);
+  // Adds or takes away every record of the other table; a record missing here is made first.
+  void AddTable(const TPackedSizeTable& pOther);
+  void SubtractTable(const TPackedSizeTable& pOther);
+  void Set(TKeyId pKey, const TBasicSizeValues& pValues) { FindOrCreate(pKey) = pValues; }
+  // nullptr when the key has no record. Good until the next change.
+  const TBasicSizeValues* Find(TKeyId pKey) const;
+  void Clear();
+
+  // Calls pVisit(key, values) for every record, those at zero as well.
+  template <class TVisitor>
+  void ForEach(TVisitor&& pVisit) const {
+    if (IsPacked()) {
+      for (const TKeyedSizeValues& record : Packed()) pVisit(record.fKey, record.fValues);
+    } else {
+      for (const auto& [key, values] : *fMap) pVisit(key, values);
+    }
+  }
+
+  // Records including those at zero; and bytes on the heap, for measuring.
+  size_t RecordCount() const { return IsPacked() ? fCount : fMap->size(); }
+  size_t HeapBytes() const;
+
+ private:
+  using TMap = boost::unordered_flat_map<TKeyId, TBasicSizeValues>;
+  static constexpr uint8_t kIsMap = 0xFF;  // in fCapacity
+
+  bool IsPacked() const { return fCapacity != kIsMap; }
+  std::span<const TKeyedSizeValues> Packed() const { return {fRecords, fCount}; }
+  TBasicSizeValues& FindOrCreate(TKeyId pKey);
+  unsigned AddPresent(std::span<const TKeyedSizeValues> pEntries);
+  void InsertMissing(std::span<const TKeyedSizeValues> pEntries, unsigned pMissing);
+  void Reserve(unsigned pCount);
+  void BecomeMap(size_t pExpected);
+
+  union {
+    TKeyedSizeValues* fRecords = nullptr;
+    TMap* fMap;
+  };
+  uint8_t fCount = 0;     // records in use while packed
+  uint8_t fCapacity = 0;  // records allocated, or kIsMap
+};
+
+}  // namespace Kiv

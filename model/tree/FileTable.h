@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/tree/HierarchicalInterfaces.h"
+#include "model/statistics/InternedKeys.h"
+
+namespace Kiv {
+
+// One file of a folder, without its name's text. Millions of these are kept: 56 bytes each.
+struct TFileRecord {
+  int64_t fSize;
+  int64_t fAllocated;
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fLastChangeDate;
+  TKivFileTime fCreationDate;
+  TAttributes fAttributes;
+  TKeyId fOwnerKey;
+  uint32_t fNameOffset;  // into the table's text, in UTF-16 units
+  uint16_t fNameLength;
+  uint16_t fReserved = 0;
+};
+static_assert(sizeof(TFileRecord) == 56);
+
+// The files of one folder, packed: a scan keeps millions of files and makes a node of one only when somebody asks for it.
+// Immutable once made, so a reader that holds a reference needs no lock.
+class TFileTable : public TInterfaced<IInterface> {
+ public:
+  static TRef<const TFileTable> Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
+  static void operator delete(void* pTable) { ::operator delete(pTable); }
+
+  size_t Count() const { return fCount; }
+  const TFileRecord& operator[](size_t pIndex) const { return Records()[pIndex]; }
+  std::u16string_view NameOf(const TFileRecord& pRecord) const {
+    return {Names() + pRecord.fNameOffset, pRecord.fNameLength};
+  }
+  std::u16string_view NameAt(size_t pIndex) const { return NameOf((*this)[pIndex]); }
+  // Indices by size, largest first, then by name in code-unit order.
+  std::vector<uint32_t> SortedIndices() const;
+
+ private:
+  explicit TFileTable(uint32_t pCount) : fCount(pCount) {}
+  // Room for the records and the text of all names behind the object itself: one piece of exactly that size.
+  static void* operator new(size_t pBytes, size_t pRoom) { return ::operator new(pBytes + pRoom); }
+  static void operator delete(void* pTable, size_t) { ::operator delete(pTable); }
+
+  const TFileRecord* Records() const { return reinterpret_cast<const TFileRecord*>(this + 1); }
+  const char16_t* Names() const { return reinterpret_cast<const char16_t*>(Records() + fCount); }
+
+  const uint32_t fCount;
+};
+
+// Collects the files of a folder while it is being listed. Kept by a worker and used again for the next folder, so that
+// listing allocates nothing per file once it has grown.
+class TFileTableBuilder {
+ public:
+  // False when the folder's names are too many for one table (4 Gi UTF-16 units): the file is then not kept.
+  bool Add(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey);
+  bool IsEmpty() const { return fRecords.empty(); }
+  void Clear();
+  TRef<const TFileTable> Build() const;
+
+ private:
+  std::vector<TFileRecord> fRecords;
+  std::u16string fNames;
+};
+
+}  // namespace Kiv

@@ -1,0 +1,10 @@
+#include "platform/files/CanonicalPath.h"
+#include "platform/files/Paths.h"
+
+namespace Kiv {
+
+std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
+  return ResolvedPath(pPath);
+}
+
+}  // namespace Kiv

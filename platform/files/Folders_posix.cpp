@@ -1,0 +1,58 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/system/Errors.h"
+#include "platform/files/Folders.h"
+#include "platform/text/Text.h"
+
+namespace Kiv {
+
+bool PathExists(const std::u16string& pPath) {
+  struct stat there {};
+  return stat(ToNativeBytes(pPath).c_str(), &there) == 0;
+}
+
+bool FolderExists(const std::u16string& pPath) {
+  struct stat there {};
+  return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && S_ISDIR(there.st_mode);
+}
+
+bool SpecialFileExists(const std::u16string& pPath) {
+  struct stat there {};
+  return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
+}
+
+// From the top down, so that the failure that is told is the first one.
+void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess) {
+  const std::string path = ToNativeBytes(pPath);
+  const mode_t mode = pAccess == TFolderAccess::faUserAlone ? 0700 : 0777;
+  if (path.find('\0') != std::string::npos) throw EOSError(EINVAL, "Creating a folder", pPath);
+  for (size_t end = 0; end < path.size();) {
+    end = std::min(path.find('/', end + 1), path.size());
+    const std::string folder = path.substr(0, end);
+    if (mkdir(folder.c_str(), mode) == 0) continue;
+    const auto code = static_cast<uint32_t>(errno);
+    // A folder that is there may be refused for other reasons first, such as a disk that cannot be written.
+    struct stat there {};
+    if (stat(folder.c_str(), &there) != 0) throw EOSError(code, "Creating a folder", pPath);
+  }
+}
+
+std::u16string CreateTemporaryFolder() {
+  const char* place = std::getenv("TMPDIR");
+  std::string path = std::string(place != nullptr && *place != '\0' ? place : "/tmp") + "/vantrel-XXXXXX";
+  if (mkdtemp(path.data()) == nullptr)
+    throw EOSError(static_cast<uint32_t>(errno), "Creating a temporary folder", FromNativeBytes(path));
+  return FromNativeBytes(path);
+}
+
+void RemoveQuietly(const std::u16string& pPath) noexcept {
+  std::remove(ToNativeBytes(pPath).c_str());
+}
+
+}  // namespace Kiv

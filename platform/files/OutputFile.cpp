@@ -1,0 +1,40 @@
+#include "platform/files/OutputFile.h"
+
+#include <fmt/format.h>
+
+#include <random>
+
+namespace Kiv {
+
+TOutputFile::TOutputFile(const std::u16string& pPath) : fPath(pPath) {
+  try {
+    Open();
+  } catch (...) {
+    fFile = {};
+    RemoveTemporary();
+    throw;
+  }
+}
+
+TOutputFile::~TOutputFile() {
+  fFile = {};  // Windows removes no open file
+  RemoveTemporary();
+}
+
+void TOutputFile::Commit() {
+  if (fCommitted) return;
+  // Otherwise a crash of the system soon after could leave the new name with nothing in it.
+  fFile.Sync();
+  fFile.Close();
+  if (!fTemporary.empty()) Replace();
+  fTemporary.clear();
+  fCommitted = true;
+}
+
+std::u16string TemporaryName() {
+  std::random_device random;
+  const std::string name = fmt::format(".vantrel-{:08x}{:08x}.tmp", random(), random());
+  return {name.begin(), name.end()};
+}
+
+}  // namespace Kiv

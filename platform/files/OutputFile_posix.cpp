@@ -1,0 +1,136 @@
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+
+#include "platform/system/Errors.h"
+#include "platform/files/OutputFile.h"
+#include "platform/text/Text.h"
+
+namespace Kiv {
+
+namespace {
+
+constexpr int kMostLinks = 40;  // as the kernel allows
+
+uint32_t LastError() {
+  return static_cast<uint32_t>(errno);
+}
+
+// With its trailing slash; empty for a bare name.
+std::string FolderPart(const std::string& pPath) {
+  return pPath.substr(0, pPath.rfind('/') + 1);
+}
+
+// Links in /proc lead to open files, whatever their text says.
+bool IsLinkOfKernel(const std::string& pLink) {
+  const int link = open(pLink.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+  if (link < 0) return false;
+  struct statfs info {};
+  const bool proc = fstatfs(link, &info) == 0 && info.f_type == PROC_SUPER_MAGIC;
+  close(link);
+  return proc;
+}
+
+// Follows the links of the last part only, so that a link which leads nowhere still says where the file is to be.
+// Stops at a link of the kernel. Empty when the links go in a circle.
+std::string FollowLinks(std::string pPath) {
+  for (int links = 0; links < kMostLinks; ++links) {
+    char target[PATH_MAX];
+    const ssize_t length = readlink(pPath.c_str(), target, sizeof target);
+    if (length <= 0 || IsLinkOfKernel(pPath)) return pPath;
+    const std::string next(target, static_cast<size_t>(length));
+    pPath = next[0] == '/' ? next : FolderPart(pPath) + next;
+  }
+  return {};
+}
+
+// One of the process's own streams is shared, and not opened again: a second position in the same file would overwrite
+// what the shell's other commands append to it.
+int OpenDirectly(const std::string& pPath) {
+  char folder[PATH_MAX];
+  const std::string own = "/proc/" + std::to_string(getpid()) + "/fd";
+  const size_t slash = pPath.rfind('/') + 1;
+  if (realpath(pPath.substr(0, slash).c_str(), folder) != nullptr && own == folder)
+    return fcntl(std::atoi(pPath.c_str() + slash), F_DUPFD_CLOEXEC, 3);
+  return open(pPath.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+}
+
+// The new file gets the earlier one's owner where the process may give files away. A group that it cannot have again
+// must not pass its rights to another one.
+void CopyPermissions(int pFile, const struct stat& pEarlier) {
+  mode_t mode = pEarlier.st_mode & 07777;
+  const bool group = fchown(pFile, static_cast<uid_t>(-1), pEarlier.st_gid) == 0;
+  if (!group) mode = (mode & ~mode_t{07070}) | ((mode & 07) << 3);
+  const bool owner = pEarlier.st_uid == geteuid() || fchown(pFile, pEarlier.st_uid, static_cast<gid_t>(-1)) == 0;
+  if (!owner) mode &= 0777;
+  // A file system without permissions refuses; nothing is lost by that.
+  if (fchmod(pFile, mode) != 0) return;
+}
+
+}  // namespace
+
+void TOutputFile::Open() {
+  const auto fail = [&](int pCode, std::string_view pOperation) {
+    throw EOSError(static_cast<uint32_t>(pCode), pOperation, fPath);
+  };
+  const std::string path = ToNativeBytes(fPath);
+  if (fPath == kStandardOutput) {
+    const int direct = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (direct < 0) fail(errno, "Opening a file");
+    fTarget = fPath;
+    fFile = TFileStream(direct, fPath);
+    return;
+  }
+  if (path.empty() || path.find('\0') != std::string::npos) fail(EINVAL, "Creating a file");
+  const std::string target = FollowLinks(path);
+  if (target.empty()) fail(ELOOP, "Creating a file");
+  fTarget = FromNativeBytes(target);
+  struct stat earlier {};
+  const bool exists = stat(target.c_str(), &earlier) == 0;
+  if ((exists && S_ISDIR(earlier.st_mode)) || target.back() == '/') fail(EISDIR, "Creating a file");
+  if (exists && (!S_ISREG(earlier.st_mode) || IsLinkOfKernel(target))) {
+    const int direct = OpenDirectly(target);
+    if (direct < 0) fail(errno, "Opening a file");
+    fFile = TFileStream(direct, fPath);
+    return;
+  }
+  // Renaming asks for the folder's permissions only, but a file that is write-protected is meant to stay.
+  if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) fail(errno, "Opening a file");
+  int file = -1;
+  do {
+    fTemporary = FromNativeBytes(FolderPart(target)) + TemporaryName();
+    file = open(ToNativeBytes(fTemporary).c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, exists ? 0600 : 0666);
+  } while (file < 0 && errno == EEXIST);
+  if (file < 0) {
+    const int code = errno;
+    fTemporary.clear();
+    fail(code, "Creating a temporary file beside its target");
+  }
+  fFile = TFileStream(file, fPath);
+  if (exists) CopyPermissions(file, earlier);
+}
+
+void TOutputFile::Replace() {
+  const std::string target = ToNativeBytes(fTarget);
+  if (rename(ToNativeBytes(fTemporary).c_str(), target.c_str()) != 0)
+    throw EOSError(LastError(), "Replacing a file", fPath);
+  // The name is to outlive a crash of the system as well. Where a folder cannot be synchronised, it has to go without.
+  const std::string folder = FolderPart(target);
+  const int opened = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (opened < 0) return;
+  fsync(opened);
+  close(opened);
+}
+
+void TOutputFile::RemoveTemporary() noexcept {
+  if (!fTemporary.empty()) unlink(ToNativeBytes(fTemporary).c_str());
+  fTemporary.clear();
+}
+
+}  // namespace Kiv

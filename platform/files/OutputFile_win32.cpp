@@ -1,0 +1,96 @@
+#include <vector>
+
+#include "platform/system/Errors.h"
+#include "platform/files/OutputFile.h"
+#include "platform/files/Paths.h"
+#include "platform/system/Win32_win32.h"
+
+namespace Kiv {
+
+using namespace Win32;
+
+namespace {
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+HANDLE OpenExisting(const std::u16string& pPath) {
+  return CreateFileW(Wide(pPath), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+// The earlier file's access list and attributes, as far as the process may set them. ReplaceFileW would do the same,
+// but a failure half way leaves nothing at the target.
+void CopyPermissions(const std::u16string& pFrom, const std::u16string& pTo) {
+  DWORD size = 0;
+  GetFileSecurityW(Wide(pFrom), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+  std::vector<char> descriptor(size);
+  if (size > 0 && GetFileSecurityW(Wide(pFrom), DACL_SECURITY_INFORMATION, descriptor.data(), size, &size))
+    SetFileSecurityW(Wide(pTo), DACL_SECURITY_INFORMATION, descriptor.data());
+  const DWORD attributes = GetFileAttributesW(Wide(pFrom));
+  constexpr DWORD kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & kKept) != 0)
+    SetFileAttributesW(Wide(pTo), attributes & kKept);
+}
+
+}  // namespace
+
+void TOutputFile::Open() {
+  constexpr DWORD kDirectoryNotSupported = 336;  // newer than the compiler's headers
+  const auto fail = [&](DWORD pCode, std::string_view pOperation) { throw EOSError(pCode, pOperation, fPath); };
+  if (fPath == kStandardOutput) {
+    HANDLE own = nullptr;
+    if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &own, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS))
+      fail(GetLastError(), "Opening a file");
+    fTarget = fPath;
+    fFile = TFileStream(reinterpret_cast<TFileStream::THandle>(own), fPath);
+    return;
+  }
+  const std::u16string absolute = AbsolutePath(fPath);
+  if (absolute.empty() || fPath.find(u'\0') != std::u16string::npos) fail(ERROR_INVALID_NAME, "Creating a file");
+  if (fPath.back() == u'\\' || fPath.back() == u'/') fail(kDirectoryNotSupported, "Creating a file");
+  fTarget = ExtendedPath(absolute);
+  const DWORD attributes = GetFileAttributesW(Wide(fTarget));
+  const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
+  if (exists && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) fail(kDirectoryNotSupported, "Creating a file");
+  if (exists && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+    const std::u16string resolved = ResolvedPath(absolute);
+    if (!resolved.empty()) fTarget = ExtendedPath(resolved);
+  }
+  // "NUL", "CON" and pipes come out with this prefix.
+  const bool device = absolute.starts_with(u"\\\\.\\");
+  if (exists || device) {
+    // Opened so that a refusal shows before the work, and not after it.
+    const HANDLE earlier = OpenExisting(fTarget);
+    if (earlier == INVALID_HANDLE_VALUE) fail(GetLastError(), "Opening a file");
+    TFileStream file(reinterpret_cast<TFileStream::THandle>(earlier), fPath);
+    if (device || GetFileType(earlier) != FILE_TYPE_DISK) {
+      fFile = std::move(file);
+      return;
+    }
+  }
+  HANDLE file = INVALID_HANDLE_VALUE;
+  do {
+    fTemporary = JoinPath(FolderOfPath(fTarget, u'\\'), TemporaryName(), u'\\');
+    file = CreateFileW(Wide(fTemporary), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+  } while (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
+  if (file == INVALID_HANDLE_VALUE) {
+    const DWORD code = GetLastError();
+    fTemporary.clear();
+    fail(code, "Creating a temporary file beside its target");
+  }
+  fFile = TFileStream(reinterpret_cast<TFileStream::THandle>(file), fPath);
+  if (exists) CopyPermissions(fTarget, fTemporary);
+}
+
+void TOutputFile::Replace() {
+  if (!MoveFileExW(Wide(fTemporary), Wide(fTarget), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+    throw EOSError(GetLastError(), "Replacing a file", fPath);
+}
+
+void TOutputFile::RemoveTemporary() noexcept {
+  if (!fTemporary.empty()) DeleteFileW(Wide(fTemporary));
+  fTemporary.clear();
+}
+
+}  // namespace Kiv

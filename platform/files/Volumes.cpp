@@ -1,0 +1,73 @@
+#include "platform/files/Volumes.h"
+
+#include <condition_variable>
+#include <memory>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "platform/threads/CriticalSection.h"
+#include "platform/system/System.h"
+
+namespace Kiv {
+
+namespace {
+
+struct TAskedVolume {
+  TVolumeInformation fInformation;
+  bool fExists = true;
+};
+
+// Shared with the threads that ask: one that comes back late finds it still there.
+class TAnswers {
+ public:
+  explicit TAnswers(std::vector<TVolumeInformation> pVolumes) : fMissing(pVolumes.size()) {
+    for (TVolumeInformation& volume : pVolumes) fVolumes.push_back({std::move(volume)});
+  }
+
+  void Store(size_t pIndex, TAskedVolume pAnswer) {
+    TCriticalSectionLock lock(fLock);
+    fVolumes[pIndex] = std::move(pAnswer);
+    --fMissing;
+    fChanged.notify_all();
+  }
+
+  // What is known when all have answered or the time is over.
+  std::vector<TVolumeInformation> WaitFor(int64_t pMilliseconds) {
+    const int64_t end = TickCount64() + pMilliseconds;
+    TCriticalSectionLock lock(fLock);
+    for (int64_t rest = pMilliseconds; fMissing > 0 && rest > 0; rest = end - TickCount64())
+      lock.WaitFor(fChanged, rest);
+    std::vector<TVolumeInformation> known;
+    for (const TAskedVolume& volume : fVolumes)
+      if (volume.fExists) known.push_back(volume.fInformation);
+    return known;
+  }
+
+ private:
+  TCriticalSection fLock;
+  std::condition_variable fChanged;
+  std::vector<TAskedVolume> fVolumes GUARDED_BY(fLock);
+  size_t fMissing GUARDED_BY(fLock);
+};
+
+}  // namespace
+
+std::vector<TVolumeInformation> AskVolumes(std::vector<TVolumeInformation> pVolumes, TVolumeQuestion pQuestion,
+                                           int64_t pMilliseconds) {
+  const auto answers = std::make_shared<TAnswers>(pVolumes);
+  for (size_t i = 0; i < pVolumes.size(); ++i) {
+    TAskedVolume volume{pVolumes[i]};
+    try {
+      std::thread([answers, pQuestion, i, volume]() mutable {
+        volume.fExists = pQuestion(volume.fInformation);
+        answers->Store(i, std::move(volume));
+      }).detach();
+    } catch (const std::system_error&) {
+      answers->Store(i, std::move(volume));  // no thread to be had: not asked, so without an answer
+    }
+  }
+  return answers->WaitFor(pMilliseconds);
+}
+
+}  // namespace Kiv

@@ -1,0 +1,89 @@
+#include "platform/system/Console.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "platform/system/ConsoleStream.h"
+#include "platform/text/Text.h"
+#include "platform/text/Utf.h"
+
+namespace Kiv {
+
+using ConsoleStream::TStream;
+
+namespace {
+
+constexpr int kUsualWidth = 80;
+
+// Columns of the progress line that stands on the console now. Of the main thread, like everything that writes.
+int gProgressWidth = 0;
+
+// The longest start of the text that takes at most pColumns.
+std::string_view CutToWidth(std::string_view pText, int pColumns) {
+  size_t end = 0;
+  while (end < pText.size()) {
+    const size_t length = std::max<size_t>(DecodeUtf8(pText.substr(end)).fLength, 1);
+    pColumns -= DisplayWidth(pText.substr(end, length));
+    if (pColumns < 0) break;
+    end += length;
+  }
+  return pText.substr(0, end);
+}
+
+bool WantsColours() {
+  const char* refused = std::getenv("NO_COLOR");
+  return (refused == nullptr || *refused == 0) && ConsoleStream::ShowsColours(TStream::csError);
+}
+
+}  // namespace
+
+bool TConsole::Write(std::string_view pText) {
+  ClearProgress();
+  // In one piece: a line is never torn by another process that writes to the same pipe.
+  std::string line;
+  line.reserve(pText.size() + 2);
+  line.append(pText).append("\r\n");
+  return ConsoleStream::Write(TStream::csOutput, line);
+}
+
+void TConsole::WriteError(std::string_view pText) {
+  ClearProgress();
+  const bool colours = WantsColours();
+  ConsoleStream::Write(TStream::csError,
+                       fmt::format("{}{}{}\r\n", colours ? "\033[91m" : "", pText, colours ? "\033[0m" : ""));
+}
+
+void TConsole::WriteError(std::string_view pMessage, uint32_t pCode, std::string_view pOperation,
+                          std::string_view pObject) {
+  WriteError(fmt::format("{}. {}: \"{}\"  (Error Code {})", pMessage, pOperation, pObject, pCode));
+}
+
+// Blanks rather than an erase sequence, which a plain console would show.
+void TConsole::WriteProgress(std::string_view pText) {
+  if (IsErrorRedirected()) return;
+  const int columns = ConsoleStream::Width(TStream::csError);
+  // The last column stays free: a character there makes some consoles begin a new line.
+  const std::string_view shown = CutToWidth(pText, (columns > 0 ? columns : kUsualWidth) - 1);
+  const int width = DisplayWidth(shown);
+  ConsoleStream::Write(TStream::csError, fmt::format("\r{}{:{}}\r", shown, "", std::max(0, gProgressWidth - width)));
+  gProgressWidth = width;
+}
+
+void TConsole::ClearProgress() {
+  if (gProgressWidth > 0) WriteProgress({});
+}
+
+bool TConsole::IsOutputRedirected() {
+  return !ConsoleStream::IsConsole(TStream::csOutput);
+}
+bool TConsole::IsErrorRedirected() {
+  return !ConsoleStream::IsConsole(TStream::csError);
+}
+int TConsole::OutputWidth() {
+  return ConsoleStream::Width(TStream::csOutput);
+}
+
+}  // namespace Kiv

@@ -1,0 +1,95 @@
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/system/Console.h"
+#include "platform/system/ConsoleStream.h"
+
+namespace Kiv {
+
+namespace {
+
+std::atomic<void (*)()> gCancelHandler{nullptr};
+
+int DescriptorOf(ConsoleStream::TStream pStream) {
+  return pStream == ConsoleStream::TStream::csOutput ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+// A closed pipe is to be an error of write(), not the end of the process. A handler that somebody set is kept.
+void IgnoreClosedPipes() {
+  static const bool done = [] {
+    struct sigaction action {};
+    if (sigaction(SIGPIPE, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
+      action.sa_handler = SIG_IGN;
+      sigaction(SIGPIPE, &action, nullptr);
+    }
+    return true;
+  }();
+  (void)done;
+}
+
+void OnSignal(int) {
+  const int savedError = errno;
+  if (auto* handler = gCancelHandler.load()) handler();
+  errno = savedError;
+}
+
+}  // namespace
+
+namespace ConsoleStream {
+
+bool Write(TStream pStream, std::string_view pText) {
+  IgnoreClosedPipes();
+  const int descriptor = DescriptorOf(pStream);
+  while (!pText.empty()) {
+    const ssize_t written = write(descriptor, pText.data(), pText.size());
+    if (written > 0) {
+      pText.remove_prefix(static_cast<size_t>(written));
+    } else if (written < 0 && errno == EAGAIN) {  // somebody made the terminal non-blocking; it is shared with them
+      pollfd wait{descriptor, POLLOUT, 0};
+      poll(&wait, 1, -1);
+    } else if (written == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool IsConsole(TStream pStream) {
+  return isatty(DescriptorOf(pStream)) == 1;
+}
+
+int Width(TStream pStream) {
+  winsize size{};
+  return ioctl(DescriptorOf(pStream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+bool ShowsColours(TStream pStream) {
+  const char* terminal = std::getenv("TERM");
+  return IsConsole(pStream) && terminal != nullptr && *terminal != 0 && std::strcmp(terminal, "dumb") != 0;
+}
+
+}  // namespace ConsoleStream
+
+void TConsole::SetCancelHandler(void (*pHandler)()) {
+  IgnoreClosedPipes();  // exports write to pipes without this class
+  gCancelHandler = pHandler;
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction current {};
+    // What the starter of the process ignores (nohup, a shell's background job) stays ignored.
+    if (sigaction(signal, nullptr, &current) != 0 || current.sa_handler == SIG_IGN) continue;
+    struct sigaction action {};
+    action.sa_handler = pHandler != nullptr ? OnSignal : SIG_DFL;
+    action.sa_flags = SA_RESTART | SA_RESETHAND;  // reset to the default, so that the second one ends the process
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+}  // namespace Kiv

@@ -1,0 +1,152 @@
+#include "platform/system/FileTime.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+
+#include "platform/text/Text.h"
+
+namespace Kiv {
+
+namespace {
+
+// Civil dates in the proleptic Gregorian calendar; file times begin on 1601-01-01.
+constexpr std::chrono::sys_days kFirstDay = std::chrono::year(1601) / std::chrono::January / 1;
+constexpr int kDecimals = 7;
+
+// Takes so many digits off the front.
+bool TakeNumber(std::string_view& pText, size_t pDigits, int& pNumber) {
+  int64_t number = 0;
+  if (pText.size() < pDigits || pText.substr(0, pDigits).find_first_not_of("0123456789") != std::string_view::npos ||
+      !TryParseInt64(pText.substr(0, pDigits), number))
+    return false;
+  pNumber = static_cast<int>(number);
+  pText.remove_prefix(pDigits);
+  return true;
+}
+
+bool TakeOneOf(std::string_view& pText, std::string_view pCharacters) {
+  if (pText.empty() || pCharacters.find(pText.front()) == std::string_view::npos) return false;
+  pText.remove_prefix(1);
+  return true;
+}
+
+// Decimals of a second in ticks; what is finer is cut off.
+int64_t TakeFraction(std::string_view& pText) {
+  int64_t ticks = 0;
+  int decimals = 0;
+  for (; !pText.empty() && pText.front() >= '0' && pText.front() <= '9'; pText.remove_prefix(1)) {
+    if (decimals == kDecimals) continue;
+    ticks = ticks * 10 + (pText.front() - '0');
+    ++decimals;
+  }
+  for (; decimals < kDecimals; ++decimals) ticks *= 10;
+  return ticks;
+}
+
+// "Z", "+01:00", or nothing; in seconds east of Greenwich.
+bool TakeOffset(std::string_view& pText, int64_t& pSeconds) {
+  pSeconds = 0;
+  if (pText.empty() || TakeOneOf(pText, "Z")) return true;
+  const int sign = pText.front() == '-' ? -1 : 1;
+  int hours = 0;
+  int minutes = 0;
+  if (!TakeOneOf(pText, "+-") || !TakeNumber(pText, 2, hours)) return false;
+  TakeOneOf(pText, ":");
+  if (!TakeNumber(pText, 2, minutes) || hours > 23 || minutes > 59) return false;
+  pSeconds = sign * (hours * 3600 + minutes * 60);
+  return true;
+}
+
+}  // namespace
+
+std::string FormatIsoUtc(TKivFileTime pTime) {
+  if (!pTime.IsSet() || pTime.fTicks < 0) return {};
+  const std::chrono::year_month_day date(kFirstDay + std::chrono::days(pTime.fTicks / TKivFileTime::kTicksPerDay));
+  const int64_t ofDay = pTime.fTicks % TKivFileTime::kTicksPerDay;
+  const int64_t seconds = ofDay / TKivFileTime::kTicksPerSecond;
+  std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
+                                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                                 seconds / 3600, seconds / 60 % 60, seconds % 60);
+  if (const int64_t fraction = ofDay % TKivFileTime::kTicksPerSecond; fraction != 0) {
+    text += fmt::format(".{:0{}}", fraction, kDecimals);
+    text.erase(text.find_last_not_of('0') + 1);
+  }
+  return text + 'Z';
+}
+
+bool TryParseIso(std::string_view pText, TKivFileTime& pTime) {
+  int year = 0;
+  int month = 0;
+  int day = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  if (!TakeNumber(pText, 4, year) || !TakeOneOf(pText, "-") || !TakeNumber(pText, 2, month) || !TakeOneOf(pText, "-") ||
+      !TakeNumber(pText, 2, day) || !TakeOneOf(pText, "T ") || !TakeNumber(pText, 2, hour) || !TakeOneOf(pText, ":") ||
+      !TakeNumber(pText, 2, minute) || !TakeOneOf(pText, ":") || !TakeNumber(pText, 2, second))
+    return false;
+  const int64_t fraction = TakeOneOf(pText, ".,") ? TakeFraction(pText) : 0;
+  int64_t offset = 0;
+  if (!TakeOffset(pText, offset) || !pText.empty()) return false;
+  const auto date = std::chrono::year(year) / month / day;
+  if (!date.ok() || hour > 23 || minute > 59 || second > 60) return false;
+  const int64_t days = (std::chrono::sys_days(date) - kFirstDay).count();
+  const int64_t seconds = days * 86'400 + hour * 3600 + minute * 60 + second - offset;
+  if (seconds < 0) return false;
+  pTime = {seconds * TKivFileTime::kTicksPerSecond + fraction};
+  return true;
+}
+
+bool TIsoLocalFormatter::FindOffset(TKivFileTime pTime, int64_t& pSeconds) {
+  const auto number = static_cast<int32_t>(pTime.fTicks / TKivFileTime::kTicksPerDay);
+  TDay& day = fDays[static_cast<size_t>(number) % fDays.size()];
+  if (day.fDay != number) {
+    const TKivFileTime first{number * TKivFileTime::kTicksPerDay};
+    const TKivFileTime last{first.fTicks + TKivFileTime::kTicksPerDay - TKivFileTime::kTicksPerSecond};
+    int64_t atFirst = 0;
+    int64_t atLast = 0;
+    if (!LocalOffset(first, atFirst) || !LocalOffset(last, atLast)) return LocalOffset(pTime, pSeconds);
+    day = {number, atFirst == atLast ? static_cast<int32_t>(atFirst) : kChanging};
+  }
+  if (day.fOffset == kChanging) return LocalOffset(pTime, pSeconds);
+  pSeconds = day.fOffset;
+  return true;
+}
+
+void TIsoLocalFormatter::Append(std::string& pTarget, TKivFileTime pTime) {
+  int64_t offset = 0;
+  // Before 1970 offsets have changed back sooner.
+  if (pTime.fTicks < TKivFileTime::kUnixEpoch || !FindOffset(pTime, offset)) {
+    pTarget += FormatIsoLocal(pTime);
+    return;
+  }
+  const int64_t seconds = pTime.fTicks / TKivFileTime::kTicksPerSecond + offset;
+  const std::chrono::year_month_day date(kFirstDay + std::chrono::days(seconds / 86'400));
+  if (date.year() > std::chrono::year(9999)) {
+    pTarget += FormatIsoLocal(pTime);
+    return;
+  }
+  const auto year = static_cast<unsigned>(static_cast<int>(date.year()));
+  const auto ofDay = static_cast<unsigned>(seconds % 86'400);
+  const size_t begin = pTarget.size();
+  pTarget += "0000-00-00 00:00:00";
+  auto put = [&](size_t pAt, unsigned pNumber) {
+    pTarget[begin + pAt] = static_cast<char>('0' + pNumber / 10);
+    pTarget[begin + pAt + 1] = static_cast<char>('0' + pNumber % 10);
+  };
+  put(0, year / 100);
+  put(2, year % 100);
+  put(5, static_cast<unsigned>(date.month()));
+  put(8, static_cast<unsigned>(date.day()));
+  put(11, ofDay / 3600);
+  put(14, ofDay / 60 % 60);
+  put(17, ofDay % 60);
+}
+
+std::u16string CurrentDateText() {
+  constexpr size_t kDateLength = 10;
+  return FromUtf8(FormatIsoLocal(TKivFileTime::Now()).substr(0, kDateLength));
+}
+
+}  // namespace Kiv

@@ -1,0 +1,61 @@
+#include "platform/threads/SlimReaderWriterLock.h"
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <climits>
+
+namespace Kiv {
+
+namespace {
+
+// The sections under these locks are a few dozen instructions long, so a short spin usually outlives the holder.
+constexpr int kSpins = 100;
+
+void CpuRelax() {
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#endif
+}
+
+void FutexWait(std::atomic<uint32_t>& pWord, uint32_t pExpected) {
+  syscall(SYS_futex, &pWord, FUTEX_WAIT_PRIVATE, pExpected, nullptr, nullptr, 0);
+}
+
+}  // namespace
+
+void TSlimReaderWriterLock::AcquireExclusiveSlow() {
+  for (int spin = 0;; ++spin) {
+    uint32_t state = fState.load(std::memory_order_relaxed);
+    if ((state & ~kWaiters) == 0) {  // free; the mark of the sleepers stays, or they would sleep for good
+      if (fState.compare_exchange_weak(state, state | kWriter, std::memory_order_acquire, std::memory_order_relaxed))
+        return;
+    } else if (spin < kSpins) {
+      CpuRelax();
+    } else if ((state & kWaiters) != 0 ||
+               fState.compare_exchange_weak(state, state | kWaiters, std::memory_order_relaxed)) {
+      FutexWait(fState, state | kWaiters);
+    }
+  }
+}
+
+void TSlimReaderWriterLock::AcquireSharedSlow() {
+  for (int spin = 0;; ++spin) {
+    uint32_t state = fState.load(std::memory_order_relaxed);
+    // A sleeping writer holds new readers back, or a stream of readers could keep it out for ever.
+    bool held = (state & kWriter) != 0 || ((state & kWaiters) != 0 && (state & ~kWaiters) != 0);
+    if (!held) {
+      if (fState.compare_exchange_weak(state, state + 1, std::memory_order_acquire, std::memory_order_relaxed)) return;
+    } else if (spin < kSpins) {
+      CpuRelax();
+    } else if ((state & kWaiters) != 0 ||
+               fState.compare_exchange_weak(state, state | kWaiters, std::memory_order_relaxed)) {
+      FutexWait(fState, state | kWaiters);
+    }
+  }
+}
+
+void TSlimReaderWriterLock::WakeAll() { syscall(SYS_futex, &fState, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0); }
+
+}  // namespace Kiv

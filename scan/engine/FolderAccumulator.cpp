@@ -1,0 +1,94 @@
+#include "scan/engine/FolderAccumulator.h"
+
+#include <algorithm>
+
+#include "model/statistics/FileAges.h"
+#include "model/statistics/FileStatistics.h"
+#include "model/statistics/TopSizeList.h"
+
+namespace Vantrel::ScanEngine {
+
+TFolderAccumulator::TFolderAccumulator(IScanConfiguration& pConfiguration)
+    : fDoUsers(pConfiguration.GetDoUsersStatistics()),
+      fDoExtensions(pConfiguration.GetDoExtensionsStatistics()),
+      fKeepFiles(pConfiguration.GetKeepFiles()),
+      fAgesDateType(pConfiguration.GetFileAgesDateType()),
+      fLongPathLength(static_cast<size_t>(pConfiguration.GetLongPathLength())),
+      fNow(pConfiguration.GetScanTimeStamp()),
+      fFileAges(pConfiguration.GetFileAges()),
+      fTopSizeList(pConfiguration.GetTopSizeList()),
+      fEntryFilter(pConfiguration.CreateEntryFilter()) {}
+
+void TFolderAccumulator::Begin(size_t pPathLength) {
+  fPathLength = pPathLength;
+  fValues = {};
+  fLastAccessDate = {};
+  fLastChangeDate = {};
+  fLongPaths = false;
+  fOwners.Clear();
+  fExtensions.Clear();
+  fAges.Clear();
+  fFiles.Clear();
+  fTopFiles.clear();
+}
+
+TKeyId TFolderAccumulator::OwnerKeyOf(const IHierarchicalEnumerator& pEntry) {
+  const uint64_t owner = pEntry.GetOwnerId();
+  if (owner != 0 && owner == fLastOwnerId) return fLastOwnerKey;
+  auto known = owner != 0 ? fOwnerKeys.find(owner) : fOwnerKeys.end();
+  const TKeyId key = known != fOwnerKeys.end() ? known->second : TUserSizeArray::KeyOf(pEntry.GetOwner());
+  if (owner == 0) return key;
+  if (known == fOwnerKeys.end()) fOwnerKeys.emplace(owner, key);
+  fLastOwnerId = owner;
+  fLastOwnerKey = key;
+  return key;
+}
+
+void TFolderAccumulator::AddFile(const IHierarchicalEnumerator& pEntry) {
+  const TEntryValues values = pEntry.GetEntryValues();
+  const std::u16string_view name = pEntry.GetObjectName();
+  TBasicSizeValues sizes;
+  sizes.fSize = values.fSize;
+  sizes.fAllocated = values.fAllocated;
+  sizes.fFiles = 1;
+  fValues += sizes;
+  fValues.fCompression |= (values.fAttributes & kAttributeCompressed) != 0 ? compr_yes : compr_no;
+  TKeyId ownerKey = kNoKey;
+  if (fDoUsers) fOwners.Add(ownerKey = OwnerKeyOf(pEntry), sizes);
+  if (fDoExtensions) fExtensions.Add(fExtensionKeys.KeyOfName(name), sizes);
+  if (fAgesDateType != TDateType::dtNone) {
+    const TKivFileTime date =
+        DateOfKind(fAgesDateType, values.fLastAccessDate, values.fLastChangeDate, values.fCreationDate);
+    const int interval = fFileAges->GetIndexOfMatchingInterval(FileAgeInDays(fNow, date));
+    if (interval >= 0) fAges.Add(static_cast<TKeyId>(interval), sizes);
+  }
+  if (fPathLength + 1 + name.size() >= fLongPathLength) fLongPaths = true;
+  fLastAccessDate = std::max(fLastAccessDate, values.fLastAccessDate);
+  fLastChangeDate = std::max(fLastChangeDate, values.fLastChangeDate);
+  if (fTopSizeList && values.fSize >= fTopSizeList->GetThreshold()) fTopFiles.push_back({values, std::u16string(name)});
+  if (fKeepFiles) fFiles.Add(name, values, ownerKey);
+}
+
+TFileGroupContents TFolderAccumulator::Finish(TCustomFolderData& pFolder) {
+  TFileGroupContents contents;
+  contents.fValues = fValues;
+  contents.fOwners = fOwners.Sorted();
+  contents.fExtensions = fExtensions.Sorted();
+  contents.fAges = fAges.Sorted();
+  contents.fLastAccessDate = fLastAccessDate;
+  contents.fLastChangeDate = fLastChangeDate;
+  contents.fLongPaths = fLongPaths;
+  if (!fFiles.IsEmpty()) contents.fFiles = fFiles.Build();
+  if (!fTopFiles.empty()) {
+    std::vector<TTopSizeEntry> entries;
+    entries.reserve(fTopFiles.size());
+    for (TTopFile& file : fTopFiles)
+      entries.push_back({file.fValues.fSize, file.fValues.fAllocated, file.fValues.fLastChangeDate,
+                         TRef<IHierarchicalElement>(&pFolder), std::move(file.fName), file.fValues.fLastAccessDate,
+                         file.fValues.fCreationDate, file.fValues.fAttributes});
+    fTopSizeList->Add(entries);
+  }
+  return contents;
+}
+
+}  // namespace Vantrel::ScanEngine

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/tree/CustomFolder.h"
+#include "model/tree/FileTable.h"
+#include "model/statistics/KeyTotals.h"
+#include "model/roots/RootInterfaces.h"
+
+namespace Vantrel::ScanEngine {
+
+using namespace Kiv;
+
+// Sums up the files of one folder while it is being listed. A worker keeps one and uses it for folder after folder: after
+// the first few folders, counting a file allocates nothing, hashes at most its extension, and takes no lock.
+class TFolderAccumulator {
+ public:
+  // The accumulator is used for one root's scan only: it remembers the keys of that scan's owners.
+  explicit TFolderAccumulator(IScanConfiguration& pConfiguration);
+
+  // The worker's own judge of what the scan takes in; nullptr when it takes in everything.
+  IEntryFilter* EntryFilter() const { return fEntryFilter.get(); }
+
+  // A new folder, whose path has so many UTF-16 units.
+  void Begin(size_t pPathLength);
+  // The enumerator's current entry, a file.
+  void AddFile(const IHierarchicalEnumerator& pEntry);
+  TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
+
+  int64_t FileCount() const { return fValues.fFiles; }
+  const TSizeValues& Values() const { return fValues; }
+  // What was counted since Begin; good until the next Begin. Adds the files worth it to the list of largest files.
+  TFileGroupContents Finish(TCustomFolderData& pFolder);
+
+ private:
+  struct TTopFile {
+    TEntryValues fValues;
+    std::u16string fName;
+  };
+
+  // Fixed.
+  const bool fDoUsers;
+  const bool fDoExtensions;
+  const bool fKeepFiles;
+  const TDateType fAgesDateType;
+  const size_t fLongPathLength;
+  const TKivFileTime fNow;
+  IFileAges* const fFileAges;
+  ITopSizeList* const fTopSizeList;
+  const std::unique_ptr<IEntryFilter> fEntryFilter;
+
+  // Of the folder.
+  size_t fPathLength = 0;
+  TSizeValues fValues;
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fLastChangeDate;
+  bool fLongPaths = false;
+  TKeyTotals fOwners;
+  TKeyTotals fExtensions;
+  TKeyTotals fAges;
+  TFileTableBuilder fFiles;
+  std::vector<TTopFile> fTopFiles;
+
+  // Of the scan.
+  TExtensionKeys fExtensionKeys;
+  boost::unordered_flat_map<uint64_t, TKeyId> fOwnerKeys;
+  uint64_t fLastOwnerId = 0;
+  TKeyId fLastOwnerKey = kNoKey;
+};
+
+}  // namespace Vantrel::ScanEngine

@@ -1,0 +1,75 @@
+#include "scan/engine/ScanEngine.h"
+
+#include <fmt/xchar.h>
+
+#include <algorithm>
+
+#include "scan/engine/ScanJob.h"
+
+namespace Vantrel::ScanEngine {
+
+using ThreadPool::TWorkerThreadPool;
+
+int32_t CpuCapOf(int32_t pProcessors) { return std::clamp(100 - 5 * pProcessors, 60, 80); }
+
+int32_t PreStartedThreads(int32_t pMaximum) { return pMaximum > 2 ? (pMaximum + 1) / 2 : pMaximum; }
+
+TScanEngine::TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
+                         std::function<void()> pOnAllDone, TWorkerThreadPool::TSettings pPoolSettings)
+    : fConfiguration(std::move(pConfiguration)),
+      fWorkerThreadPool(std::make_unique<TWorkerThreadPool>(std::move(pPoolSettings))) {
+  if (fConfiguration->IsSingleThreaded()) {
+    fWorkerThreadPool->SetMaxRunningThreads(1);
+  } else {
+    fWorkerThreadPool->SetMaxRunningThreads(std::max(1, pThreads));
+    if (fConfiguration->WantsPreStartedThreads())
+      fWorkerThreadPool->SetMinWorkerThreads(PreStartedThreads(fWorkerThreadPool->GetMaxRunningThreads()));
+  }
+  fWorkerThreadPool->SetPriority(pPriority);
+  fWorkerThreadPool->SetOnAllWorkItemsDone(std::move(pOnAllDone));
+  fWorkerThreadPool->SetMaxCpuUsage(CpuCapOf(ProcessorCount()));
+}
+
+TScanEngine::~TScanEngine() = default;
+
+void TScanEngine::AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) {
+  auto& folder = static_cast<TCustomFolderData&>(*pFolder);
+  folder.IncludeFolderState(fsScanning);
+  fWorkerThreadPool->AddWorkItem(
+      MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), std::move(pEnumerator), TScanMode::smNew));
+}
+
+void TScanEngine::AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) {
+  auto& folder = static_cast<TCustomFolderData&>(*pFolder);
+  folder.IncludeFolderState(fsScanning);
+  fWorkerThreadPool->AddWorkItem(
+      MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), std::move(pEnumerator), TScanMode::smRefresh));
+}
+
+bool TScanEngine::IsScanning() const { return fWorkerThreadPool && fWorkerThreadPool->GetWorkItemsCount() > 0; }
+
+std::u16string TScanEngine::GetStatusText() const {
+  if (!fWorkerThreadPool) return u"No worker threadpool active";
+  return fmt::format(u"Threads: {0} of max {1}", fWorkerThreadPool->GetThreadCount(),
+                     fWorkerThreadPool->GetMaxRunningThreads());
+}
+
+void TScanEngine::Dispose() {
+  if (fWorkerThreadPool) fWorkerThreadPool->Shutdown();
+  fWorkerThreadPool.reset();
+}
+
+std::unique_ptr<TFolderAccumulator> TScanEngine::TakeAccumulator() {
+  TCriticalSectionLock lock(fLock);
+  if (fAccumulators.empty()) return std::make_unique<TFolderAccumulator>(*fConfiguration);
+  std::unique_ptr<TFolderAccumulator> accumulator = std::move(fAccumulators.back());
+  fAccumulators.pop_back();
+  return accumulator;
+}
+
+void TScanEngine::GiveAccumulator(std::unique_ptr<TFolderAccumulator> pAccumulator) {
+  TCriticalSectionLock lock(fLock);
+  fAccumulators.push_back(std::move(pAccumulator));
+}
+
+}  // namespace Vantrel::ScanEngine

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "model/tree/CustomFolder.h"
+#include "scan/engine/ScanEngine.h"
+#include "scan/engine/ThreadPool.h"
+
+namespace Vantrel::ScanEngine {
+
+enum class TScanMode : uint8_t {
+  smNew,     // the folder is empty and is filled with all beneath it
+  smRefresh  // the folder was scanned before; its own entries are looked at again
+};
+
+// Scans one folder, and of what lies beneath it as much as is not better left to other workers.
+//
+// A folder is listed to its end before any of its sub-folders is opened, and sub-folders wait on a list of their own, so
+// depth costs neither stack, nor buffers, nor open handles. Whether a waiting sub-folder becomes a job of its own or is
+// scanned here is decided when its turn comes, when it is known how hungry the other workers are.
+class TScanJob : public ThreadPool::TBasicWorkItem {
+ public:
+  TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
+           TScanMode pMode);
+
+ protected:
+  void Execute() override;
+
+ private:
+  // A sub-folder that waits to be scanned, and the finished enumerator of its parent, which opens it.
+  struct TWaiting {
+    TRef<TCustomFolderData> fFolder;
+    TRef<IHierarchicalEnumerator> fParent;
+  };
+
+  void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
+  void RefreshFolder();
+  bool NextEntry(IHierarchicalEnumerator& pEnumerator);
+  void ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
+  void AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
+  void EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
+  void ScanWaiting();
+  bool ShouldQueue() const;
+  void Queue(TWaiting pWaiting);
+
+  TScanEngine& fEngine;
+  const TRef<TCustomFolderData> fFromFolder;
+  TRef<IHierarchicalEnumerator> fEnumerator;
+  IScanConfiguration& fRoot;  // the root's scan settings
+  ThreadPool::TWorkerThreadPool& fThreadPool;
+  const bool fFolderDateBasedOnFilesOnly;
+  const TScanMode fMode;
+
+  std::unique_ptr<TFolderAccumulator> fFiles;
+  std::vector<TWaiting> fWaiting;  // scanned from the back, depth first; given away from the front
+  size_t fFirstWaiting = 0;
+  // Of the folder being listed.
+  std::vector<TRef<TCustomFolderData>> fChildren;
+  std::vector<TRef<TCustomFolderData>> fToBeEntered;
+  int64_t fExcluded = 0;
+  uint32_t fRaisedError = 0;
+};
+
+}  // namespace Vantrel::ScanEngine

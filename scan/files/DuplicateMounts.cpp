@@ -1,0 +1,75 @@
+#include "scan/files/DuplicateMounts.h"
+
+#include <algorithm>
+#include <string>
+
+namespace Kiv::Enumerators {
+
+namespace {
+
+std::string Joined(std::string pFolder, std::string_view pRest) {
+  while (pRest.starts_with('/')) pRest.remove_prefix(1);
+  if (pRest.empty()) return pFolder;
+  if (!pFolder.ends_with('/')) pFolder += '/';
+  return pFolder.append(pRest);
+}
+
+// Where pOther shows the folder that pMount shows; pMount's root lies inside pOther's.
+std::string PathThrough(const TMount& pOther, const TMount& pMount) {
+  const std::string_view rest = std::string_view(pMount.fRoot).substr(pOther.fRoot == "/" ? 0 : pOther.fRoot.size());
+  return Joined(pOther.fMountPoint, rest);
+}
+
+}  // namespace
+
+std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts, std::string_view pScanRoot) {
+  std::vector<const TMount*> visible = VisibleMounts(pMounts);
+  auto isHidden = [&](const std::string& pPath, const TMount& pThrough) {
+    return std::any_of(visible.begin(), visible.end(), [&](const TMount* pItem) {
+      return pItem != &pThrough && pItem->fMountPoint.size() > pThrough.fMountPoint.size() &&
+             IsSameOrBeneath(pItem->fMountPoint, pThrough.fMountPoint) && IsSameOrBeneath(pPath, pItem->fMountPoint);
+    });
+  };
+  auto isBeneathRoot = [&](const TMount& pMount) {
+    return IsSameOrBeneath(pMount.fMountPoint, pScanRoot) && pMount.fMountPoint != pScanRoot;
+  };
+  // What shows more is decided before what it may show as well.
+  std::stable_sort(visible.begin(), visible.end(), [](const TMount* pA, const TMount* pB) {
+    return pA->fRoot.size() != pB->fRoot.size() ? pA->fRoot.size() < pB->fRoot.size() : ComesFirst(*pA, *pB);
+  });
+  // The mount that holds the scan's root, and where in its file system that is.
+  const TMount* home = nullptr;
+  for (const TMount* mount : visible)
+    if (IsSameOrBeneath(pScanRoot, mount->fMountPoint) &&
+        (home == nullptr || mount->fMountPoint.size() > home->fMountPoint.size()))
+      home = mount;
+  if (home == nullptr) return {};
+  const std::string homeFolder = Joined(home->fRoot, pScanRoot.substr(home->fMountPoint.size()));
+  std::unordered_set<uint64_t> duplicates;
+  // A road through a mount that is not entered leads nowhere.
+  auto isEntered = [&](const TMount& pMount) {
+    return std::none_of(visible.begin(), visible.end(), [&](const TMount* pItem) {
+      return isBeneathRoot(*pItem) && duplicates.contains(pItem->fId) &&
+             IsSameOrBeneath(pMount.fMountPoint, pItem->fMountPoint);
+    });
+  };
+  auto isShownBy = [&](const TMount& pMount, const TMount& pOther) {
+    if (pOther.fDevice != pMount.fDevice || !IsSameOrBeneath(pMount.fRoot, pOther.fRoot)) return false;
+    if (pOther.fRoot == pMount.fRoot && !ComesFirst(pOther, pMount)) return false;
+    // A road that comes upon the scan's root a second time ends there.
+    if (&pOther != home && pOther.fDevice == home->fDevice && IsSameOrBeneath(homeFolder, pOther.fRoot) &&
+        IsSameOrBeneath(pMount.fRoot, homeFolder))
+      return false;
+    const std::string path = PathThrough(pOther, pMount);
+    return IsSameOrBeneath(path, pScanRoot) && !isHidden(path, pOther) && isEntered(pOther);
+  };
+  for (const TMount* mount : visible) {
+    if (isBeneathRoot(*mount) && std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {
+          return pOther != mount && isShownBy(*mount, *pOther);
+        }))
+      duplicates.insert(mount->fId);
+  }
+  return duplicates;
+}
+
+}  // namespace Kiv::Enumerators

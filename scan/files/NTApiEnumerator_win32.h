@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "scan/files/Win32Enumerator_win32.h"
+
+struct _FILE_FULL_DIR_INFORMATION;  // the kernel's record, of <winternl.h>
+
+namespace Kiv::Enumerators {
+
+// Lists a folder by the kernel's directory query: one call brings a buffer full of records, which hold every value.
+class TCustomNTApiEnumerator : public TWin32Enumerator {
+ public:
+  static constexpr size_t kBufferSize = 65'536;
+  ~TCustomNTApiEnumerator() override;
+
+ protected:
+  using TWin32Enumerator::TWin32Enumerator;
+
+  bool FetchRecord(TRecord& pRecord) override;
+  void CloseListing() noexcept override;
+  void RestartListing() override;
+  int64_t RecordAllocation() const override;
+  int64_t ResidentLimit() const override { return ClusterSize(); }
+
+ private:
+  static constexpr size_t kNoRecord = SIZE_MAX;
+
+  bool Open();
+  bool Query();  // fills the buffer; false at the end and after Fail
+  bool IsRecordSound(size_t pIndex) const;
+
+  HANDLE fHandle = INVALID_HANDLE_VALUE;
+  std::unique_ptr<std::byte[]> fBuffer;                     // only while a listing is open
+  size_t fBufferIndex = kNoRecord;                          // of the record to be fetched next
+  size_t fBufferBytes = 0;                                  // filled by the last query
+  const ::_FILE_FULL_DIR_INFORMATION* fFileInfo = nullptr;  // the current record, inside the buffer
+  bool fRestartScan = true;                                 // at the first query, and after Reset on an open listing
+};
+
+class TNTApiEnumerator final : public TCustomNTApiEnumerator {
+ public:
+  using TCustomNTApiEnumerator::TCustomNTApiEnumerator;
+
+  // For the factory, paths with or without "file:". A file gives the enumerator of that object; a path that does not
+  // exist a TPathNotFoundEnumerator; a volume whose driver does not know the query the find enumerator.
+  static TRef<IHierarchicalEnumerator> CreateForPath(const std::u16string& pPath,
+                                                     THierarchicalEnumeratorOptions pOptions);
+  static TRef<IHierarchicalEnumerator> CreateForObject(const std::u16string& pPath,
+                                                       THierarchicalEnumeratorOptions pOptions);
+  // The folder as it is, without a question to the system.
+  static TRef<TNTApiEnumerator> CreateForFolderPath(std::u16string pPath, THierarchicalEnumeratorOptions pOptions,
+                                                    IWin32FileApi& pApi = TSystemFileApi::Instance());
+
+ protected:
+  TRef<TWin32Enumerator> CreateForFolder(std::u16string pPath) const override;
+};
+
+}  // namespace Kiv::Enumerators

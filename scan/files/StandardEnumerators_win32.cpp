@@ -1,0 +1,16 @@
+#include "scan/storage/EnumeratorFactory.h"
+#include "scan/files/NTApiEnumerator_win32.h"
+#include "scan/files/Win32FindEnumerator_win32.h"
+
+namespace Kiv::Enumerators {
+
+void RegisterStandardEnumerators() {
+  constexpr std::u16string_view protocol = TBaseFileSystemEnumerator::kProtocol;
+  THierarchicalEnumeratorFactory::RegisterEnumerator(
+      {"TFileSystemEnumerator", protocol, TFileSystemEnumerator::CreateForPath, TFileSystemEnumerator::CreateForObject},
+      false);
+  THierarchicalEnumeratorFactory::RegisterEnumerator(
+      {"TNTApiEnumerator", protocol, TNTApiEnumerator::CreateForPath, TNTApiEnumerator::CreateForObject}, true);
+}
+
+}  // namespace Kiv::Enumerators

@@ -1,0 +1,485 @@
+#include "scan/files/UnixEnumerator_posix.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/stat.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "platform/system/Errors.h"
+#include "platform/system/OwnerNames.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "scan/files/DuplicateMounts.h"
+#include "scan/storage/FileSystemEnumerator.h"
+#include "scan/files/LinkRules.h"
+#include "scan/storage/PathNotFoundEnumerator.h"
+#include "scan/files/PseudoFileSystems_posix.h"
+
+#ifndef STATX_MNT_ID
+#define STATX_MNT_ID 0x1000U
+#endif
+
+namespace Kiv::Enumerators {
+
+namespace {
+
+constexpr size_t kBufferBytes = 65'536;
+// The system refuses paths of 4096 bytes and more; longer ones are gone in steps of at most this.
+constexpr size_t kLongestStep = 4'000;
+constexpr unsigned kWantedFields = STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID;
+
+// Folders that are open only because children of theirs still wait. Bounded well below what the process may have open;
+// beyond that children are opened by path, which is slower but always works.
+std::atomic<int> gOpenDirectories{0};
+
+int OpenDirectoriesLimit() {
+  static const int limit = [] {
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) != 0) return 128;
+    return static_cast<int>(std::clamp<rlim_t>(files.rlim_cur / 4, 16, 4096));
+  }();
+  return limit;
+}
+
+// One buffer waits on each thread for the next folder: listing a folder allocates none.
+thread_local std::unique_ptr<std::byte[]> tSpareBuffer;
+
+std::unique_ptr<std::byte[]> TakeBuffer() {
+  if (tSpareBuffer) return std::move(tSpareBuffer);
+  return std::unique_ptr<std::byte[]>(new std::byte[kBufferBytes]);
+}
+
+void GiveBuffer(std::unique_ptr<std::byte[]> pBuffer) { tSpareBuffer = std::move(pBuffer); }
+
+// The record of getdents64.
+struct TDirectoryRecord {
+  uint64_t fInode;
+  int64_t fOffset;
+  uint16_t fLength;
+  uint8_t fType;
+  char fName[1];
+};
+
+int OpenAt(int pDirectory, const char* pPath, int pFlags) {
+  int handle;
+  do handle = openat(pDirectory, pPath, pFlags | O_CLOEXEC);
+  while (handle < 0 && errno == EINTR);
+  return handle;
+}
+
+// Opens a path of any length relative to a handle. Returns the handle, or -1 with errno set.
+int OpenInSteps(int pDirectory, std::string_view pPath, int pFlags) {
+  int at = pDirectory;
+  auto closeStep = [&] {
+    if (at != pDirectory) close(at);
+  };
+  while (pPath.size() > kLongestStep) {
+    const size_t slash = pPath.rfind('/', kLongestStep);
+    if (slash == std::string_view::npos) {  // no name is that long
+      closeStep();
+      errno = ENAMETOOLONG;
+      return -1;
+    }
+    const int next = OpenAt(at, std::string(pPath.substr(0, slash + 1)).c_str(), O_PATH | O_DIRECTORY);
+    const int error = errno;
+    closeStep();
+    if (next < 0) {
+      errno = error;
+      return -1;
+    }
+    at = next;
+    pPath.remove_prefix(slash + 1);
+  }
+  const int handle = OpenAt(at, std::string(pPath).c_str(), pFlags);
+  const int error = errno;
+  closeStep();
+  errno = error;
+  return handle;
+}
+
+TKivFileTime FileTimeOf(const statx_timestamp& pTime) { return TKivFileTime::FromUnix(pTime.tv_sec, pTime.tv_nsec); }
+
+TAttributes AttributesOf(const struct statx& pStatus, std::string_view pName) {
+  TAttributes attributes = 0;
+  if (S_ISDIR(pStatus.stx_mode)) attributes |= kAttributeDirectory;
+  if (S_ISLNK(pStatus.stx_mode)) attributes |= kAttributeReparsePoint;
+  if (S_ISFIFO(pStatus.stx_mode) || S_ISSOCK(pStatus.stx_mode) || S_ISCHR(pStatus.stx_mode) ||
+      S_ISBLK(pStatus.stx_mode))
+    attributes |= kAttributeDevice;
+  if (!S_ISLNK(pStatus.stx_mode) && (pStatus.stx_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)
+    attributes |= kAttributeReadOnly;
+  if (pName.starts_with('.')) attributes |= kAttributeHidden;
+  if ((pStatus.stx_attributes & STATX_ATTR_COMPRESSED) != 0) attributes |= kAttributeCompressed;
+  if ((pStatus.stx_attributes & STATX_ATTR_ENCRYPTED) != 0) attributes |= kAttributeEncrypted;
+  if (S_ISREG(pStatus.stx_mode) && pStatus.stx_blocks * 512 < pStatus.stx_size) attributes |= kAttributeSparse;
+  return attributes != 0 ? attributes : kAttributeNormal;
+}
+
+}  // namespace
+
+// --- what a scan shares --------------------------------------------------------------------------------------------
+
+bool TUnixScan::IsDuplicateMount(uint64_t pMountId) {
+  TCriticalSectionLock lock(fLock);
+  if (!fMountsRead) {
+    fDuplicateMounts = DuplicateMounts(ReadMountTable(), ToNativeBytes(ResolvedPath(fRootPath)));
+    fMountsRead = true;
+  }
+  return fDuplicateMounts.contains(pMountId);
+}
+
+bool TUnixScan::EnterLinkTarget(const TFileIdentity& pTarget) {
+  TCriticalSectionLock lock(fLock);
+  return fLinkTargets.insert(pTarget).second;
+}
+
+// --- folders -------------------------------------------------------------------------------------------------------
+
+TUnixDirectory::TUnixDirectory(std::string pPath)
+    : fName(std::move(pPath)),
+      fPathLength(fName == "/" ? 0 : static_cast<uint32_t>(FromNativeBytes(fName).size())),
+      fFollowLink(true),
+      fHoldsParent(false) {}
+
+TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink)
+    : fParent(std::move(pParent)),
+      fName(ToNativeBytes(pName)),
+      fPathLength(fParent->fPathLength + 1 + static_cast<uint32_t>(pName.size())),
+      fFollowLink(pFollowLink),
+      fHoldsParent(true) {
+  fParent->Hold();
+}
+
+TRef<TUnixDirectory> TUnixDirectory::Again() const {
+  return fParent ? MakeRef<TUnixDirectory>(fParent, FromNativeBytes(fName), fFollowLink) : MakeRef<TUnixDirectory>(fName);
+}
+
+TUnixDirectory::~TUnixDirectory() {
+  CloseHandle();
+  LetGoOfParent();
+}
+
+void TUnixDirectory::CloseHandle() {
+  const int handle = fHandle.exchange(-1, std::memory_order_acq_rel);
+  if (handle < 0) return;
+  close(handle);
+  gOpenDirectories.fetch_sub(1, std::memory_order_relaxed);
+}
+
+void TUnixDirectory::LetGo() {
+  if (fHolders.fetch_sub(1, std::memory_order_acq_rel) == 1) CloseHandle();
+}
+
+void TUnixDirectory::LetGoOfParent() {
+  if (std::exchange(fHoldsParent, false)) fParent->LetGo();
+}
+
+// What nobody holds any more may be closed at any moment, so it is not taken up again.
+bool TUnixDirectory::HoldIfOpen() {
+  int32_t holders = fHolders.load(std::memory_order_relaxed);
+  while (holders > 0 && !fHolders.compare_exchange_weak(holders, holders + 1, std::memory_order_acq_rel)) {
+  }
+  if (holders == 0) return false;
+  if (Handle() >= 0) return true;
+  LetGo();
+  return false;
+}
+
+std::u16string TUnixDirectory::Path() const {
+  std::vector<const TUnixDirectory*> chain;
+  for (const TUnixDirectory* folder = this; folder; folder = folder->fParent.get()) chain.push_back(folder);
+  std::u16string path;
+  path.reserve(fPathLength);
+  for (auto folder = chain.rbegin(); folder != chain.rend(); ++folder) {
+    if (!path.empty() && path.back() != u'/') path += u'/';
+    AppendFromNativeBytes(path, (*folder)->fName);
+  }
+  return path;
+}
+
+int TUnixDirectory::OpenWith(int pFlags) const {
+  if (!fParent) return OpenInSteps(AT_FDCWD, fName, pFlags);
+  // From the nearest folder that is open, or from the root's path.
+  std::vector<const TUnixDirectory*> chain{this};
+  TUnixDirectory* folder = fParent.get();
+  bool isOpen = folder->HoldIfOpen();
+  for (; !isOpen && folder->fParent; isOpen = folder->HoldIfOpen()) {
+    chain.push_back(folder);
+    folder = folder->fParent.get();
+  }
+  std::string path = isOpen ? std::string() : folder->fName;
+  for (auto part = chain.rbegin(); part != chain.rend(); ++part) {
+    if (!path.empty() && path.back() != '/') path += '/';
+    path += (*part)->fName;
+  }
+  const int handle = OpenInSteps(isOpen ? folder->Handle() : AT_FDCWD, path, pFlags);
+  const int error = errno;
+  if (isOpen) folder->LetGo();
+  errno = error;
+  return handle;
+}
+
+int TUnixDirectory::Open() {
+  if (Handle() >= 0) return 0;
+  const int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | (fFollowLink ? 0 : O_NOFOLLOW);
+  // Reading a folder would change its access date, one of the things that a scan is to tell; only its owner and root may
+  // ask for that not to happen.
+  int handle = OpenWith(flags | O_NOATIME);
+  if (handle < 0 && errno == EPERM) handle = OpenWith(flags);
+  const int error = errno;
+  LetGoOfParent();
+  if (handle < 0) return error;
+  fHandle.store(handle, std::memory_order_relaxed);
+  gOpenDirectories.fetch_add(1, std::memory_order_relaxed);
+  return 0;
+}
+
+void TUnixDirectory::CloseWhenShort() {
+  if (gOpenDirectories.load(std::memory_order_relaxed) > OpenDirectoriesLimit()) CloseHandle();
+}
+
+// --- making enumerators --------------------------------------------------------------------------------------------
+
+namespace {
+
+struct TReachedPath {
+  int fError = 0;
+  struct statx fStatus {};
+  bool fIsPseudoFileSystem = false;
+};
+
+// Looks at a path of any length, through links.
+TReachedPath ReachPath(const std::string& pPath) {
+  TReachedPath reached;
+  const int handle = OpenInSteps(AT_FDCWD, pPath, O_PATH);
+  if (handle < 0) {
+    reached.fError = errno;
+    return reached;
+  }
+  if (statx(handle, "", AT_EMPTY_PATH | AT_NO_AUTOMOUNT, kWantedFields, &reached.fStatus) != 0) reached.fError = errno;
+  struct statfs fileSystem {};
+  if (fstatfs(handle, &fileSystem) == 0)
+    reached.fIsPseudoFileSystem = IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  close(handle);
+  return reached;
+}
+
+TFileIdentity IdentityOf(const struct statx& pStatus) {
+  return {static_cast<uint64_t>(pStatus.stx_dev_major) << 32 | pStatus.stx_dev_minor, pStatus.stx_ino};
+}
+
+}  // namespace
+
+TUnixEnumerator::TUnixEnumerator(TRef<TUnixScan> pScan, TRef<TUnixDirectory> pDirectory)
+    : TBaseVisualHierarchicalEnumerator(pScan->fOptions), fScan(std::move(pScan)), fDirectory(std::move(pDirectory)) {
+  fDirectory->Hold();
+}
+
+TUnixEnumerator::~TUnixEnumerator() {
+  Close();
+  fDirectory->LetGo();
+}
+
+TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16string& pPath,
+                                                             THierarchicalEnumeratorOptions pOptions) {
+  const std::u16string path = PathOfFileUrl(pPath, u'/');
+  const std::string bytes = ToNativeBytes(path);
+  const TReachedPath reached = ReachPath(bytes);
+  if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
+  if (reached.fIsPseudoFileSystem) return MakeRef<TPathNotFoundEnumerator>(path, kErrorPseudoFileSystem, pOptions);
+  if (!S_ISDIR(reached.fStatus.stx_mode)) return CreateForObject(path, pOptions);
+  TRef<TUnixEnumerator> enumerator(new TUnixEnumerator(
+      MakeRef<TUnixScan>(path, IdentityOf(reached.fStatus), pOptions), MakeRef<TUnixDirectory>(bytes)));
+  enumerator->fName = FileNameOfPath(path, u'/');
+  enumerator->FillEntry(reached.fStatus, {});
+  return enumerator;
+}
+
+TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16string& pPath,
+                                                               THierarchicalEnumeratorOptions pOptions) {
+  const std::u16string path = PathOfFileUrl(pPath, u'/');
+  const TReachedPath reached = ReachPath(ToNativeBytes(path));
+  if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
+  const std::u16string_view folder = FolderOfPath(path, u'/');
+  TRef<TUnixEnumerator> enumerator(
+      new TUnixEnumerator(MakeRef<TUnixScan>(std::u16string(folder), TFileIdentity(), pOptions),
+                          MakeRef<TUnixDirectory>(ToNativeBytes(folder))));
+  enumerator->fName = FileNameOfPath(path, u'/');
+  enumerator->FillEntry(reached.fStatus, ToNativeBytes(enumerator->fName));
+  enumerator->fSingleObjectOnly = TSingleObject::soAhead;
+  return enumerator;
+}
+
+TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateChildEnumerator(std::u16string_view pName,
+                                                                     TAttributes pAttributes) {
+  return TRef<IHierarchicalEnumerator>(new TUnixEnumerator(
+      fScan, MakeRef<TUnixDirectory>(fDirectory, pName, (pAttributes & kAttributeReparsePoint) != 0)));
+}
+
+TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() {
+  return CreateChildEnumerator(fName, GetAttributes());
+}
+
+TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
+  TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
+  clone->fName = fName;
+  clone->fEntry = fEntry;
+  if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;
+  return clone;
+}
+
+// --- listing -------------------------------------------------------------------------------------------------------
+
+bool TUnixEnumerator::Next() {
+  if (fSingleObjectOnly != TSingleObject::soNo) {
+    const bool first = fSingleObjectOnly == TSingleObject::soAhead;
+    fSingleObjectOnly = TSingleObject::soDone;
+    return first;
+  }
+  if (!fIsOpen && !Open()) return false;
+  while (fBufferIndex < fBufferUsed || ReadBuffer()) {
+    const auto* record = reinterpret_cast<const TDirectoryRecord*>(fBuffer.get() + fBufferIndex);
+    fBufferIndex += record->fLength;
+    const char* name = record->fName;
+    if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+    if (ReadEntry(name)) return true;
+  }
+  return false;
+}
+
+bool TUnixEnumerator::Open() {
+  if (fAtEnd) return false;
+  if (const int error = fDirectory->Open(); error != 0) {
+    fErrorCode = static_cast<uint32_t>(error);
+    fAtEnd = true;
+    return false;
+  }
+  fBuffer = TakeBuffer();
+  fIsOpen = true;
+  return true;
+}
+
+bool TUnixEnumerator::ReadBuffer() {
+  const long bytes = syscall(SYS_getdents64, fDirectory->Handle(), fBuffer.get(), kBufferBytes);
+  if (bytes < 0) fErrorCode = static_cast<uint32_t>(errno);
+  if (bytes <= 0) {
+    Close();
+    return false;
+  }
+  fBufferUsed = static_cast<uint32_t>(bytes);
+  fBufferIndex = 0;
+  return true;
+}
+
+void TUnixEnumerator::Close() {
+  if (!fIsOpen) return;
+  fIsOpen = false;
+  fAtEnd = true;
+  fBufferUsed = fBufferIndex = 0;
+  GiveBuffer(std::move(fBuffer));
+  fDirectory->CloseWhenShort();
+}
+
+void TUnixEnumerator::Reset() {
+  if (fSingleObjectOnly != TSingleObject::soNo) {
+    fSingleObjectOnly = TSingleObject::soAhead;
+    return;
+  }
+  Close();
+  fAtEnd = false;
+  fErrorCode = 0;
+  if (fDirectory->Handle() >= 0) lseek(fDirectory->Handle(), 0, SEEK_SET);
+}
+
+bool TUnixEnumerator::ReadEntry(const char* pName) {
+  struct statx status;
+  if (statx(fDirectory->Handle(), pName, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, kWantedFields, &status) != 0) {
+    // Deleted since the folder was read: there is nothing to tell. Anything else makes the folder incomplete.
+    if (errno != ENOENT && fErrorCode == 0) fErrorCode = static_cast<uint32_t>(errno);
+    return false;
+  }
+  const std::string_view name(pName);
+  fName.clear();
+  AppendFromNativeBytes(fName, name);
+  FillEntry(status, name);
+  if (S_ISLNK(status.stx_mode) && (fOptions & heoFollowSymbolicLinks) != 0) FollowLinkIfWanted(pName);
+  return true;
+}
+
+void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pName) {
+  TEntryValues& values = fEntry.fValues;
+  values.fAttributes = AttributesOf(pStatus, pName);
+  const bool isFolder = (values.fAttributes & kAttributeDirectory) != 0;
+  values.fSize = isFolder ? 0 : static_cast<int64_t>(pStatus.stx_size);
+  TAllocationFacts facts;
+  facts.fIsFolder = isFolder;
+  facts.fRecordAllocation = static_cast<int64_t>(pStatus.stx_blocks) * 512;
+  facts.fSharesHardLinks = (fOptions & heoShareHardLinks) != 0;
+  facts.fNumberOfHardLinks = pStatus.stx_nlink;
+  values.fAllocated = AllocatedSizeOf(facts);
+  values.fLastAccessDate = FileTimeOf(pStatus.stx_atime);
+  values.fLastChangeDate = FileTimeOf(pStatus.stx_mtime);
+  // A file system that has grown from one without creation dates gives 1970 for its older files.
+  const bool isBorn = (pStatus.stx_mask & STATX_BTIME) != 0 && pStatus.stx_btime.tv_sec != 0;
+  values.fCreationDate = isBorn ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
+  fEntry.fIsRepeatedTarget = false;
+  fEntry.fIdentity = IdentityOf(pStatus);
+  fEntry.fMountId = pStatus.stx_mnt_id;
+  fEntry.fUser = pStatus.stx_uid;
+  fEntry.fIsMountPoint = (pStatus.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
+// A link to a folder outside the scan becomes a folder whose contents are scanned; it keeps its reparse attribute. A link
+// to a file stays a link.
+void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
+  std::string target(4096, '\0');
+  const ssize_t length = readlinkat(fDirectory->Handle(), pName, target.data(), target.size());
+  if (length <= 0) return;
+  target.resize(static_cast<size_t>(length));
+  if (!FollowLink(GetFullPath(), FromNativeBytes(target), fScan->fRootPath, u'/', ResolvedPath)) return;
+  struct statx status;
+  if (statx(fDirectory->Handle(), pName, AT_NO_AUTOMOUNT, kWantedFields, &status) != 0 || !S_ISDIR(status.stx_mode))
+    return;
+  FillEntry(status, pName);
+  fEntry.fValues.fAttributes |= kAttributeReparsePoint;
+  fEntry.fIsRepeatedTarget = !fScan->EnterLinkTarget(fEntry.fIdentity);
+}
+
+bool TUnixEnumerator::CanDescend() const {
+  if (!IsFolder() || fEntry.fIsRepeatedTarget || fEntry.fIdentity == fScan->fRootIdentity) return false;
+  const bool otherFileSystem = fEntry.fIdentity.fDevice != fScan->fRootIdentity.fDevice;
+  if (otherFileSystem && (fOptions & heoStayOnFileSystem) != 0) return false;
+  if (fEntry.fIsMountPoint && fScan->IsDuplicateMount(fEntry.fMountId)) return false;
+  return !(fEntry.fIsMountPoint || otherFileSystem) || !IsPseudoFileSystemEntry();
+}
+
+bool TUnixEnumerator::IsPseudoFileSystemEntry() const {
+  const int handle = OpenAt(fDirectory->Handle(), ToNativeBytes(fName).c_str(), O_PATH | O_DIRECTORY);
+  if (handle < 0) return false;  // opening it for real will tell the error
+  struct statfs fileSystem {};
+  const bool pseudo =
+      fstatfs(handle, &fileSystem) == 0 && IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  close(handle);
+  return pseudo;
+}
+
+// --- answers -------------------------------------------------------------------------------------------------------
+
+std::u16string TUnixEnumerator::GetFullPath() const { return JoinPath(fDirectory->Path(), fName, u'/'); }
+
+std::u16string TUnixEnumerator::GetOwner() const { return OwnerNameOfUser(fEntry.fUser); }
+
+TEnumeratorError TUnixEnumerator::GetError() const {
+  return ClassifyEnumeratorError(fErrorCode, {});
+}
+
+}  // namespace Kiv::Enumerators

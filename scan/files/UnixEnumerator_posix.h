@@ -1,0 +1,155 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include "platform/threads/CriticalSection.h"
+#include "scan/storage/EnumeratorBase.h"
+
+struct statx;  // the system's
+
+namespace Kiv::Enumerators {
+
+// What tells one file or folder from every other on this machine.
+struct TFileIdentity {
+  uint64_t fDevice = 0;
+  uint64_t fInode = 0;
+  bool operator==(const TFileIdentity&) const = default;
+};
+
+// What all enumerators of one scan share.
+class TUnixScan : public TInterfaced<IInterface> {
+ public:
+  TUnixScan(std::u16string pRootPath, TFileIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
+      : fRootPath(std::move(pRootPath)), fRootIdentity(pRootIdentity), fOptions(pOptions) {}
+
+  // Whether the scan reaches what this mount shows by another road as well.
+  bool IsDuplicateMount(uint64_t pMountId);
+  // True the first time that a link leads to this folder.
+  bool EnterLinkTarget(const TFileIdentity& pTarget);
+
+  const std::u16string fRootPath;
+  const TFileIdentity fRootIdentity;
+  const THierarchicalEnumeratorOptions fOptions;
+
+ private:
+  struct TIdentityHash {
+    size_t operator()(const TFileIdentity& pKey) const { return pKey.fInode * 0x9E3779B97F4A7C15u ^ pKey.fDevice; }
+  };
+  TCriticalSection fLock;
+  bool fMountsRead GUARDED_BY(fLock) = false;
+  std::unordered_set<uint64_t> fDuplicateMounts GUARDED_BY(fLock);
+  std::unordered_set<TFileIdentity, TIdentityHash> fLinkTargets GUARDED_BY(fLock);
+};
+
+// A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened relative
+// to it, so that no path is resolved from the top again and again, and no path is too long.
+class TUnixDirectory : public TInterfaced<IInterface> {
+ public:
+  // A scan's root, by absolute path.
+  explicit TUnixDirectory(std::string pPath);
+  TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink);
+  ~TUnixDirectory() override;
+  // The same folder, not opened yet: a handle knows one place in the listing only.
+  TRef<TUnixDirectory> Again() const;
+
+  // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as long as
+  // the process has handles to spare; without it children find their way from the nearest folder that is open.
+  int Open();
+  void CloseWhenShort();
+  int Handle() const { return fHandle.load(std::memory_order_relaxed); }
+  // An enumerator holds its folder, and a child holds its parent until it has been opened itself. A reference alone keeps
+  // only the name: those who go down a chain of ten thousand folders need no handle of any but the last.
+  void Hold() { fHolders.fetch_add(1, std::memory_order_relaxed); }
+  void LetGo();
+  std::u16string Path() const;
+  size_t PathLength() const { return fPathLength; }  // in UTF-16 units, of "/" 0
+
+ private:
+  int OpenWith(int pFlags) const;
+  bool HoldIfOpen();
+  void CloseHandle();
+  void LetGoOfParent();
+
+  const TRef<TUnixDirectory> fParent;
+  const std::string fName;  // of the root its path
+  const uint32_t fPathLength;
+  const bool fFollowLink;
+  bool fHoldsParent;
+  std::atomic<int32_t> fHolders{0};
+  std::atomic<int> fHandle{-1};
+};
+
+// Lists a folder of Linux: getdents64 into a 64 KiB buffer, statx relative to the folder's handle for every entry.
+class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
+ public:
+  // For the factory: a path as given, with or without the protocol. A path that cannot be reached gives an enumerator
+  // that tells the error; a file gives one whose only entry is that file.
+  static TRef<IHierarchicalEnumerator> CreateForPath(const std::u16string& pPath,
+                                                     THierarchicalEnumeratorOptions pOptions);
+  static TRef<IHierarchicalEnumerator> CreateForObject(const std::u16string& pPath,
+                                                       THierarchicalEnumeratorOptions pOptions);
+  ~TUnixEnumerator() override;
+
+  bool Next() override;
+  void Reset() override;
+  TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  TRef<IHierarchicalEnumerator> Clone() const override;
+
+  std::u16string_view GetObjectName() const override { return fName; }
+  int64_t GetSize() const override { return fEntry.fValues.fSize; }
+  int64_t GetAllocated() const override { return fEntry.fValues.fAllocated; }
+  TKivFileTime GetLastAccessDate() const override { return fEntry.fValues.fLastAccessDate; }
+  TKivFileTime GetLastChangeDate() const override { return fEntry.fValues.fLastChangeDate; }
+  TKivFileTime GetCreationDate() const override { return fEntry.fValues.fCreationDate; }
+  TAttributes GetAttributes() const override { return fEntry.fValues.fAttributes; }
+  TEntryValues GetEntryValues() const override { return fEntry.fValues; }
+  bool IsFolder() const override { return (fEntry.fValues.fAttributes & kAttributeDirectory) != 0; }
+  std::u16string GetFullPath() const override;
+  std::u16string GetOwner() const override;
+  uint64_t GetOwnerId() const override { return static_cast<uint64_t>(fEntry.fUser) + 1; }
+  bool CanDescend() const override;
+  uint32_t GetErrorCode() const override { return fErrorCode; }
+  TEnumeratorError GetError() const override;
+  std::u16string GetPath() const override { return fDirectory->Path(); }
+  size_t GetPathLength() const override { return fDirectory->PathLength(); }
+
+ private:
+  struct TEntry {
+    TEntryValues fValues;
+    TFileIdentity fIdentity;
+    uint64_t fMountId = 0;
+    uint32_t fUser = 0;
+    bool fIsMountPoint = false;
+    bool fIsRepeatedTarget = false;  // a link to a folder that another link has been followed to
+  };
+  enum class TSingleObject : uint8_t { soNo, soAhead, soDone };
+
+  TUnixEnumerator(TRef<TUnixScan> pScan, TRef<TUnixDirectory> pDirectory);
+  bool Open();
+  bool ReadBuffer();
+  void Close();
+  bool ReadEntry(const char* pName);
+  void FillEntry(const struct statx& pStatus, std::string_view pName);
+  void FollowLinkIfWanted(const char* pName);
+  bool IsPseudoFileSystemEntry() const;
+
+  const TRef<TUnixScan> fScan;
+  const TRef<TUnixDirectory> fDirectory;
+  std::u16string fName;  // of the current entry
+  TEntry fEntry;         // before the first Next: the folder itself, for a scan's root
+  std::unique_ptr<std::byte[]> fBuffer;
+  uint32_t fBufferUsed = 0;
+  uint32_t fBufferIndex = 0;
+  uint32_t fErrorCode = 0;
+  bool fIsOpen = false;
+  bool fAtEnd = false;
+  TSingleObject fSingleObjectOnly = TSingleObject::soNo;
+};
+
+}  // namespace Kiv::Enumerators

@@ -1,0 +1,306 @@
+#include "scan/files/Win32Enumerator_win32.h"
+
+#include <utility>
+
+#include "platform/system/OwnerNames.h"
+#include "platform/files/Paths.h"
+#include "scan/files/BackupPrivilege_win32.h"
+
+namespace Kiv::Enumerators {
+namespace {
+
+constexpr TAttributes kAttributeRecallOnOpen = 0x40000;
+// Files whose data may be elsewhere: nothing is asked of them that could bring it here.
+constexpr TAttributes kRemoteData = kAttributeOffline | kAttributeRecallOnDataAccess | kAttributeRecallOnOpen;
+
+bool IsCloudTag(uint32_t pTag) {
+  return (pTag & 0x9000001A) == 0x9000001A && (pTag & ~0x9000F01AU) == 0;
+}
+
+// Only such a tag stands for another name; cloud placeholders and compressed files carry other tags.
+bool IsNameSurrogate(uint32_t pTag) {
+  return IsReparseTagNameSurrogate(pTag) != 0;
+}
+
+int64_t TicksOf(const FILETIME& pTime) {
+  return static_cast<int64_t>((uint64_t{pTime.dwHighDateTime} << 32) | pTime.dwLowDateTime);
+}
+
+}  // namespace
+
+TWin32Enumerator::TWin32Enumerator(std::u16string pPath, std::u16string pObjectName,
+                                   THierarchicalEnumeratorOptions pOptions, IWin32FileApi& pApi)
+    : TBaseFileSystemEnumerator(std::move(pPath), pOptions), fApi(pApi), fForFile(std::move(pObjectName)) {}
+
+TWin32Enumerator::TWin32Enumerator(std::u16string pPath, const TWin32Enumerator& pParent)
+    : TBaseFileSystemEnumerator(std::move(pPath), pParent), fApi(pParent.fApi) {}
+
+// ---- Listing
+
+bool TWin32Enumerator::Next() {
+  if (fHasEnded) return false;
+  try {
+    while (FetchRecord(fRecord)) {
+      if (fRecord.fName == u"." || fRecord.fName == u"..") continue;
+      TakeRecord();
+      return true;
+    }
+  } catch (...) {
+    EndListing();
+    throw;
+  }
+  EndListing();
+  return false;
+}
+
+void TWin32Enumerator::TakeRecord() {
+  fIsOnEntry = true;
+  fFullPath.clear();
+  fAllocated = kAllocatedUnknown;
+  fCheckedForCompressedFileSize = false;
+  fADSSize = 0;
+  fNumberOfHardLinks = 1;
+  fAttributes = AdjustedAttributes(fRecord.fAttributes);
+  fLinkDecision = TLinkDecision::ldOrdinary;
+  bool isLink = false;
+  if ((fAttributes & kAttributeReparsePoint) != 0) {
+    if ((fAttributes & kAttributeDirectory) != 0) {
+      fLinkDecision = DecideLink();
+      isLink = fLinkDecision != TLinkDecision::ldOrdinary;
+      if (!isLink) fAttributes &= ~kAttributeReparsePoint;
+    } else {
+      isLink = IsNameSurrogate(fRecord.fReparseTag);
+    }
+    if (!isLink) fSawOrdinaryReparsePoint = true;
+    if (IsCloudTag(fRecord.fReparseTag) && IsFolder()) fSawCloudFolder = true;
+  }
+  if (!isLink) fSawOtherThanLink = true;
+}
+
+void TWin32Enumerator::EndListing() {
+  CloseListing();
+  fIsOnEntry = false;
+  fHasEnded = true;
+  fFullPath.clear();
+  fRecord = {};
+}
+
+void TWin32Enumerator::Reset() {
+  RestartListing();
+  fIsOnEntry = false;
+  fHasEnded = false;
+  fErrorCode = 0;
+  fFullPath.clear();
+  fFollowedHere.clear();
+  fSawOtherThanLink = fSawOrdinaryReparsePoint = fSawCloudFolder = false;
+}
+
+bool TWin32Enumerator::Fail(uint32_t pErrorCode) {
+  fErrorCode = pErrorCode;
+  return false;
+}
+
+// A server that did not answer has been asked again when the folder was opened, so an error that is left stands.
+TEnumeratorError TWin32Enumerator::GetError() const {
+  return ClassifyEnumeratorError(fErrorCode, {});
+}
+
+// ---- Values
+
+const TWin32Enumerator::TRecord& TWin32Enumerator::OwnRecord() const {
+  if (!fOwnRecord) {
+    TKivWin32FindData data{};
+    fApi.QueryEntry(ApiPath(fPath), data);  // a failure leaves no dates
+    fOwnRecord = RecordOf(data);
+    fOwnRecord->fName = {};  // the path has it
+    fOwnRecord->fAttributes = AdjustedAttributes(fOwnRecord->fAttributes) | kAttributeDirectory;
+  }
+  return *fOwnRecord;
+}
+
+TWin32Enumerator::TRecord TWin32Enumerator::RecordOf(const TKivWin32FindData& pData) {
+  TRecord record;
+  record.fName = Win32::Narrow(std::wstring_view(pData.cFileName));
+  record.fAttributes = pData.dwFileAttributes;
+  if ((record.fAttributes & kAttributeReparsePoint) != 0) record.fReparseTag = pData.dwReserved0;
+  record.fSize = static_cast<int64_t>((uint64_t{pData.nFileSizeHigh} << 32) | pData.nFileSizeLow);
+  record.fLastAccessDate = DateOf(TicksOf(pData.ftLastAccessTime));
+  record.fLastChangeDate = DateOf(TicksOf(pData.ftLastWriteTime));
+  record.fCreationDate = DateOf(TicksOf(pData.ftCreationTime));
+  return record;
+}
+
+std::u16string_view TWin32Enumerator::GetObjectName() const {
+  return fIsOnEntry ? fRecord.fName : FileNameOfPath(fPath, u'\\');
+}
+
+int64_t TWin32Enumerator::GetSize() const {
+  return IsFolder() ? 0 : Record().fSize;
+}
+
+std::u16string TWin32Enumerator::GetFullPath() const {
+  if (fIsOnEntry && fFullPath.empty()) fFullPath = JoinPath(fPath, fRecord.fName, u'\\');
+  return TBaseFileSystemEnumerator::GetFullPath();
+}
+
+std::u16string TWin32Enumerator::GetOwner() const {
+  return OwnerNameOfPath(GetFullPath());
+}
+
+int64_t TWin32Enumerator::ClusterSize() const {
+  if (fClusterSize == 0) fClusterSize = fApi.ClusterSize(fPath);
+  return fClusterSize;
+}
+
+// Each question opens the file, which takes a hundred times as long as reading its record. So only files are asked that
+// have storage to share, and never those whose data the opening could bring here.
+bool TWin32Enumerator::SharesHardLinks(int64_t pAllocation) const {
+  return (fOptions & heoShareHardLinks) != 0 && pAllocation > 0 &&
+         (fAttributes & (kRemoteData | kAttributeReparsePoint)) == 0 && !fAnyParentIsReparseTagCloud.value_or(false);
+}
+
+void TWin32Enumerator::CheckLinks() const {
+  if (std::exchange(fCheckedForCompressedFileSize, true)) return;
+  TLinkInformation information;
+  if (fApi.QueryLinks(ApiPath(GetFullPath()), information) != 0) return;  // counts as one link without streams
+  fADSSize = information.fADSSize;
+  fNumberOfHardLinks = information.fNumberOfHardLinks;
+}
+
+int64_t TWin32Enumerator::GetAllocated() const {
+  if (!fIsOnEntry || IsFolder()) return 0;
+  if (fAllocated == kAllocatedUnknown) {
+    TAllocationFacts facts;
+    facts.fRecordAllocation = RecordAllocation();
+    facts.fClusterSize = ResidentLimit();
+    fAllocated = AllocatedSizeOf(facts);
+    if (SharesHardLinks(fAllocated)) {
+      CheckLinks();
+      facts.fSharesHardLinks = true;
+      facts.fADSSize = fADSSize;
+      facts.fNumberOfHardLinks = fNumberOfHardLinks;
+      fAllocated = AllocatedSizeOf(facts);
+    }
+  }
+  return fAllocated;
+}
+
+// ---- Links and opening
+
+template <class TOpen>
+uint32_t TWin32Enumerator::OpenWithRetries(const std::u16string& pPath, TOpen pOpen) const {
+  auto openEitherForm = [&] {
+    std::u16string apiPath = ApiPath(pPath);
+    uint32_t code = pOpen(apiPath);
+    if (code != ERROR_FILE_NOT_FOUND) return code;
+    std::u16string longPath = LongPathForm(pPath);
+    return longPath == apiPath ? code : pOpen(longPath);
+  };
+  bool mayTry = (fOptions & heoNoBackupPrivilege) == 0;
+  return TBackupPrivilege::Open(fApi, mayTry, openEitherForm);
+}
+
+uint32_t TWin32Enumerator::OpenFolder(const std::u16string& pPath,
+                                      const std::function<uint32_t(const std::u16string&)>& pOpen) const {
+  uint32_t code = OpenWithRetries(pPath, pOpen);
+  bool isNetworkError = code == kErrorRpcServerUnavailable || code == kErrorInvalidNetworkAddress;
+  return isNetworkError && IsReachable(pPath) ? OpenWithRetries(pPath, pOpen) : code;
+}
+
+bool TWin32Enumerator::IsReachable(const std::u16string& pPath) const {
+  TKivWin32FindData data{};
+  return fApi.QueryEntry(ApiPath(pPath), data) == 0;
+}
+
+TLinkDecision TWin32Enumerator::DecideLink() {
+  if (fRecord.fReparseTag != 0 && !IsNameSurrogate(fRecord.fReparseTag)) return TLinkDecision::ldOrdinary;
+  std::u16string path = GetFullPath();
+  TReparsePoint point;
+  uint32_t code = OpenWithRetries(path, [&](const std::u16string& pApiPath) {
+    point = {};
+    return fApi.ReadReparsePoint(pApiPath, point);
+  });
+  uint32_t tag = fRecord.fReparseTag != 0 ? fRecord.fReparseTag : point.fTag;
+  TLinkKind kind = tag == IO_REPARSE_TAG_MOUNT_POINT ? TLinkKind::lkMountPoint : TLinkKind::lkSymbolicLink;
+  if (code == 0) return DecideResolvedLink(kind, point, path);
+  TEnumeratorError error = ClassifyEnumeratorError(code, [&] { return IsReachable(path); });
+  return DecideUnresolvedLink(path, kind, code, error, fOptions);
+}
+
+// Two links outside the scanned tree may lead to each other; then neither is related to the root or to its own folder.
+bool TWin32Enumerator::IsRelatedToFollowedTarget(const std::u16string& pTarget) const {
+  for (const TFollowedTarget* above = fFollowedAbove.get(); above != nullptr; above = above->fAbove.get())
+    if (AreRelatedPaths(pTarget, above->fTarget, u'\\')) return true;
+  return false;
+}
+
+TLinkDecision TWin32Enumerator::DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint,
+                                                   const std::u16string& pPath) {
+  if (!IsNameSurrogate(pPoint.fTag)) return TLinkDecision::ldOrdinary;
+  if (!IsFollowingEnabled(pKind, fOptions)) return TLinkDecision::ldNotFollowed;
+  auto resolver = [this](const std::u16string& pFolder) { return fApi.ResolvePath(pFolder); };
+  std::u16string target = RootedLinkTarget(pPath, pPoint.fTarget, u'\\');
+  if (!FollowLink(pPath, target, Win32::WithoutExtendedPrefix(RootPath()), u'\\', resolver) ||
+      IsRelatedToFollowedTarget(target))
+    return TLinkDecision::ldNotFollowed;
+  fFollowedHere.emplace_back(fRecord.fName, target);
+  return TLinkDecision::ldFollowed;
+}
+
+bool TWin32Enumerator::CanDescend() const {
+  return IsFolder() && !(fIsOnEntry && fLinkDecision == TLinkDecision::ldNotFollowed);
+}
+
+// ---- Children
+
+void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, std::u16string_view pName, TAttributes pAttributes,
+                                bool pMayBeReparsePoint, bool pIsCloud) const {
+  if (!fAnyParentIsReparseTagCloud && !pIsCloud)
+    pChild.fAnyParentIsReparseTagCloud = (OwnRecord().fAttributes & kAttributeRecallOnDataAccess) != 0;
+  else
+    pChild.fAnyParentIsReparseTagCloud = pIsCloud || *fAnyParentIsReparseTagCloud;
+  pChild.fParentWasSymLink = (pAttributes & kAttributeReparsePoint) != 0;
+  if (fHasEnded) pChild.fAllSiblingsAreLinks = !fSawOtherThanLink;
+  pChild.fOpenReparsePoint = !pMayBeReparsePoint;
+  pChild.fFollowedAbove = fFollowedAbove;
+  for (const auto& [name, target] : fFollowedHere)
+    if (name == pName)
+      pChild.fFollowedAbove = std::make_shared<const TFollowedTarget>(TFollowedTarget{target, fFollowedAbove});
+}
+
+TRef<IHierarchicalEnumerator> TWin32Enumerator::GetChildHierarchicalEnumerator() {
+  if (!fIsOnEntry) return Clone();
+  TRef<TWin32Enumerator> child = CreateForFolder(GetFullPath());
+  bool isReparsePoint = (fRecord.fAttributes & kAttributeReparsePoint) != 0;
+  HandDown(*child, fRecord.fName, fAttributes, isReparsePoint, IsCloudTag(fRecord.fReparseTag));
+  return child;
+}
+
+// The tag is gone by now, so what the listing saw as a whole decides. On the safe side: a folder beside a cloud folder
+// is treated like one, which only means that its files are not opened for their links.
+TRef<IHierarchicalEnumerator> TWin32Enumerator::CreateChildEnumerator(std::u16string_view pName,
+                                                                      TAttributes pAttributes) {
+  TRef<TWin32Enumerator> child = CreateForFolder(JoinPath(fPath, pName, u'\\'));
+  bool mayBeReparsePoint = (pAttributes & kAttributeReparsePoint) != 0 || fSawOrdinaryReparsePoint;
+  HandDown(*child, pName, pAttributes, mayBeReparsePoint, fSawCloudFolder);
+  return child;
+}
+
+TRef<IHierarchicalEnumerator> TWin32Enumerator::Clone() const {
+  TRef<TWin32Enumerator> clone = CreateForFolder(fPath);
+  clone->fForFile = fForFile;
+  clone->fAnyParentIsReparseTagCloud = fAnyParentIsReparseTagCloud;
+  clone->fParentWasSymLink = fParentWasSymLink;
+  clone->fAllSiblingsAreLinks = fAllSiblingsAreLinks;
+  clone->fOpenReparsePoint = fOpenReparsePoint;
+  clone->fFollowedAbove = fFollowedAbove;
+  return clone;
+}
+
+std::u16string RootedPathOf(std::u16string_view pPath) {
+  std::u16string path = PathOfFileUrl(pPath, u'\\');
+  bool isExact = path.starts_with(u"\\\\?\\") || path.starts_with(u"\\\\.\\") || IsShadowCopyPath(path);
+  return isExact ? path : AbsolutePath(path);
+}
+
+}  // namespace Kiv::Enumerators

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "scan/storage/FileSystemEnumerator.h"
+#include "scan/files/Win32FileApi_win32.h"
+
+namespace Kiv::Enumerators {
+
+// What the Windows enumerators share: the values of the current record, links, errors and children. How records are
+// fetched is theirs.
+//
+// Life of a listing: nothing is open until the first Next, and nothing after the last, so that thousands of enumerators
+// can wait in a queue. Links are judged when their record comes up, while the path is at hand.
+class TWin32Enumerator : public TBaseFileSystemEnumerator {
+ public:
+  // pObjectName: only this entry of the folder, empty for all.
+  TWin32Enumerator(std::u16string pPath, std::u16string pObjectName, THierarchicalEnumeratorOptions pOptions,
+                   IWin32FileApi& pApi);
+  TWin32Enumerator(std::u16string pPath, const TWin32Enumerator& pParent);
+
+  // EOSError 3 when the system calls the listing itself invalid, as it does for a file.
+  bool Next() override;
+  void Reset() override;
+  TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  // Of the same folder, standing before its first entry.
+  TRef<IHierarchicalEnumerator> Clone() const override;
+
+  std::u16string_view GetObjectName() const override;
+  int64_t GetSize() const override;
+  int64_t GetAllocated() const override;
+  TKivFileTime GetLastAccessDate() const override { return Record().fLastAccessDate; }
+  TKivFileTime GetLastChangeDate() const override { return Record().fLastChangeDate; }
+  TKivFileTime GetCreationDate() const override { return Record().fCreationDate; }
+  TAttributes GetAttributes() const override { return fIsOnEntry ? fAttributes : Record().fAttributes; }
+  bool IsFolder() const override { return (GetAttributes() & kAttributeDirectory) != 0; }
+  std::u16string GetFullPath() const override;
+  std::u16string GetOwner() const override;
+  bool CanDescend() const override;
+  uint32_t GetErrorCode() const override { return fErrorCode; }
+  TEnumeratorError GetError() const override;
+
+ protected:
+  // One entry as the system describes it. The name is only good until the next record is fetched.
+  struct TRecord {
+    std::u16string_view fName;
+    TAttributes fAttributes = 0;
+    uint32_t fReparseTag = 0;  // 0: none or unknown
+    int64_t fSize = 0;
+    int64_t fAllocation = 0;  // bytes, where the record has them
+    TKivFileTime fLastAccessDate;
+    TKivFileTime fLastChangeDate;
+    TKivFileTime fCreationDate;
+  };
+
+  // Fetches the next record, opening the folder if need be. False at the end and after Fail.
+  virtual bool FetchRecord(TRecord& pRecord) = 0;
+  virtual void CloseListing() noexcept = 0;
+  virtual void RestartListing() = 0;
+  virtual TRef<TWin32Enumerator> CreateForFolder(std::u16string pPath) const = 0;
+  // Bytes on storage by the record, and below which size data lies inside the file record (0: never).
+  virtual int64_t RecordAllocation() const = 0;
+  virtual int64_t ResidentLimit() const = 0;
+
+  bool Fail(uint32_t pErrorCode);  // false
+  // Runs pOpen, which takes the path in API form and returns a code, with the retries that opening a folder gets: the
+  // long form when the path was not found, the backup privilege when it was refused, once more when a server that did
+  // not answer does so now.
+  uint32_t OpenFolder(const std::u16string& pPath, const std::function<uint32_t(const std::u16string&)>& pOpen) const;
+  int64_t ClusterSize() const;
+  const TRecord& Record() const { return fIsOnEntry ? fRecord : OwnRecord(); }
+  static TKivFileTime DateOf(int64_t pTicks) { return {pTicks > 0 ? pTicks : 0}; }
+  static TRecord RecordOf(const TKivWin32FindData& pData);
+
+  IWin32FileApi& fApi;
+  TAttributes fAttributes = 0;     // of the current entry, as they are shown
+  std::u16string fForFile;         // the one entry to list; empty: all
+  bool fOpenReparsePoint = false;  // do not follow, should the folder have become a link since it was listed
+  // Whether the current entry's size was asked for beyond its record (streams, links, compressed size).
+  mutable bool fCheckedForCompressedFileSize = false;
+  uint32_t fErrorCode = 0;
+
+ private:
+  // The targets of the links that were followed on the way here, nearest first.
+  struct TFollowedTarget {
+    std::u16string fTarget;
+    std::shared_ptr<const TFollowedTarget> fAbove;
+  };
+
+  template <class TOpen>
+  uint32_t OpenWithRetries(const std::u16string& pPath, TOpen pOpen) const;
+  bool IsReachable(const std::u16string& pPath) const;
+  void TakeRecord();
+  void EndListing();
+  TLinkDecision DecideLink();
+  TLinkDecision DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint, const std::u16string& pPath);
+  bool IsRelatedToFollowedTarget(const std::u16string& pTarget) const;
+  bool SharesHardLinks(int64_t pAllocation) const;
+  void CheckLinks() const;
+  const TRecord& OwnRecord() const;
+  void HandDown(TWin32Enumerator& pChild, std::u16string_view pName, TAttributes pAttributes, bool pMayBeReparsePoint,
+                bool pIsCloud) const;
+
+  TRecord fRecord;
+  mutable std::optional<TRecord> fOwnRecord;  // of the folder itself, fetched when asked for
+  mutable int64_t fAllocated = kAllocatedUnknown;
+  TLinkDecision fLinkDecision = TLinkDecision::ldOrdinary;
+  bool fIsOnEntry = false;
+  bool fHasEnded = false;
+  std::shared_ptr<const TFollowedTarget> fFollowedAbove;
+  // What the listing has met so far.
+  std::vector<std::pair<std::u16string, std::u16string>> fFollowedHere;  // names of links, their targets
+  bool fSawOtherThanLink = false;
+  bool fSawOrdinaryReparsePoint = false;
+  bool fSawCloudFolder = false;
+};
+
+// A path as typed, with or without "file:", as a full path. Shadow copies and volumes by their GUID stay as they are.
+std::u16string RootedPathOf(std::u16string_view pPath);
+
+}  // namespace Kiv::Enumerators

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "model/tree/HierarchicalInterfaces.h"
+
+namespace Kiv::Enumerators {
+
+// Root of all enumerators.
+class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> {
+ public:
+  TMetaDataValue GetValue(TColumn pColumn) const override;
+  THierarchicalEnumeratorOptions GetOptions() const { return fOptions; }
+  std::u16string GetOwner() const override { return {}; }
+  uint64_t GetOwnerId() const override { return 0; }
+  bool CanDescend() const override { return IsFolder(); }
+  // How many parts the parent's path has; worked out on first use.
+  uint64_t GetParentPathDepth() const;
+
+ protected:
+  explicit TBaseHierarchicalEnumerator(THierarchicalEnumeratorOptions pOptions) : fOptions(pOptions) {}
+
+  mutable std::optional<uint64_t> fParentPathDepth;
+  THierarchicalEnumeratorOptions fOptions;
+};
+
+// Adds what a display needs of an entry.
+class TBaseVisualHierarchicalEnumerator : public TBaseHierarchicalEnumerator {
+ public:
+  // The name as shown: control characters and undecodable bytes as escapes.
+  virtual std::u16string GetDisplayName() const;
+
+ protected:
+  using TBaseHierarchicalEnumerator::TBaseHierarchicalEnumerator;
+};
+
+}  // namespace Kiv::Enumerators

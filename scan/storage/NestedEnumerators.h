@@ -1,0 +1,161 @@
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstdint>
+#include <string>
+
+#include "scan/storage/EnumeratorBase.h"
+
+namespace Kiv::Enumerators {
+
+// Wraps another enumerator and forwards every question to it. The child enumerators are wrapped in the same way.
+class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerator {
+ public:
+  bool Next() override { return fNestedEnumerator->Next(); }
+  void Reset() override { fNestedEnumerator->Reset(); }
+  TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  TRef<IHierarchicalEnumerator> Clone() const override { return Wrap(fNestedEnumerator->Clone()); }
+
+  std::u16string_view GetObjectName() const override { return fNestedEnumerator->GetObjectName(); }
+  int64_t GetSize() const override { return fNestedEnumerator->GetSize(); }
+  int64_t GetAllocated() const override { return fNestedEnumerator->GetAllocated(); }
+  TKivFileTime GetLastAccessDate() const override { return fNestedEnumerator->GetLastAccessDate(); }
+  TKivFileTime GetLastChangeDate() const override { return fNestedEnumerator->GetLastChangeDate(); }
+  TKivFileTime GetCreationDate() const override { return fNestedEnumerator->GetCreationDate(); }
+  TAttributes GetAttributes() const override { return fNestedEnumerator->GetAttributes(); }
+  bool IsFolder() const override { return fNestedEnumerator->IsFolder(); }
+  std::u16string GetFullPath() const override { return fNestedEnumerator->GetFullPath(); }
+  TEntryValues GetEntryValues() const override { return fNestedEnumerator->GetEntryValues(); }
+  std::u16string GetOwner() const override { return fNestedEnumerator->GetOwner(); }
+  uint64_t GetOwnerId() const override { return fNestedEnumerator->GetOwnerId(); }
+  bool CanDescend() const override { return fNestedEnumerator->CanDescend(); }
+  uint32_t GetErrorCode() const override { return fNestedEnumerator->GetErrorCode(); }
+  TEnumeratorError GetError() const override { return fNestedEnumerator->GetError(); }
+  std::u16string GetPath() const override { return fNestedEnumerator->GetPath(); }
+  TMetaDataValue GetValue(TColumn pColumn) const override { return fNestedEnumerator->GetValue(pColumn); }
+  std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override {
+    return fNestedEnumerator->GetFormattedValue(pColumn, pFormat);
+  }
+
+ protected:
+  explicit TBaseNestedHierarchicalEnumerator(TRef<IHierarchicalEnumerator> pNested);
+  // The same kind of wrapper, with the same settings, around another enumerator.
+  virtual TRef<IHierarchicalEnumerator> Wrap(TRef<IHierarchicalEnumerator> pNested) const = 0;
+
+  TRef<IHierarchicalEnumerator> fNestedEnumerator;  // never nullptr
+};
+
+// Keeps what the wrapped enumerator answered about the current entry, so that each value is worked out once. For
+// displays and filters that ask for the same columns again and again.
+class TCachingEnumerator : public TBaseNestedHierarchicalEnumerator {
+ public:
+  explicit TCachingEnumerator(TRef<IHierarchicalEnumerator> pNested);
+
+  bool Next() override;
+  void Reset() override;
+  int64_t GetSize() const override;
+  int64_t GetAllocated() const override;
+  TKivFileTime GetLastAccessDate() const override;
+  TKivFileTime GetLastChangeDate() const override;
+  TKivFileTime GetCreationDate() const override;
+  TAttributes GetAttributes() const override;
+  TEntryValues GetEntryValues() const override;
+  std::u16string GetFullPath() const override;
+  std::u16string GetOwner() const override;
+  TMetaDataValue GetValue(TColumn pColumn) const override;
+  std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override;
+
+ protected:
+  TRef<IHierarchicalEnumerator> Wrap(TRef<IHierarchicalEnumerator> pNested) const override;
+
+ private:
+  // Values by column; clearing forgets which are filled and keeps the memory of texts.
+  template <class T>
+  struct TColumnCache {
+    static constexpr size_t kColumns = static_cast<size_t>(TColumn::mdCount);
+    std::array<T, kColumns> fValues;
+    std::bitset<kColumns> fFilled;
+
+    template <class TCompute>
+    const T& Get(TColumn pColumn, TCompute pCompute) {
+      size_t index = static_cast<size_t>(pColumn);
+      if (!fFilled[index]) {
+        fValues[index] = pCompute();
+        fFilled.set(index);
+      }
+      return fValues[index];
+    }
+  };
+
+  void ClearCaches() const;
+  std::u16string CachedText(TColumn pColumn) const;
+
+  mutable TColumnCache<TMetaDataValue> fVariantCache;
+  mutable TColumnCache<std::u16string> fFormattedStringsCache;
+  mutable TColumnCache<int64_t> fPlainValuesCache;
+  mutable TValueFormat fCachedFormat;  // the format of the formatted strings
+};
+
+// What the entries of a listing add up to. Dates are the newest.
+struct TEntrySums {
+  int64_t fPlainSize = 0;
+  int64_t fSizeOnStorage = 0;
+  int64_t fNumberOfFiles = 0;
+  int64_t fNumberOfFolders = 0;
+  TKivFileTime fLastAccessDate;
+  TKivFileTime fLastChangeDate;
+
+  void Add(const TEntrySums& pOther);
+  bool operator==(const TEntrySums&) const = default;
+};
+
+// Adds up what it lists, and what enumerators for entries of this listing list in turn: each entry counts here and in
+// every summarizing enumerator above. All enumerators of one chain belong to one thread.
+class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
+ public:
+  // With pFolderDateBasedOnFilesOnly the dates of folders' own entries do not count.
+  TSummarizingEnumerator(TRef<IHierarchicalEnumerator> pNested, bool pFolderDateBasedOnFilesOnly);
+  ~TSummarizingEnumerator() override;
+
+  bool Next() override;
+  // The sums begin anew; those above keep what they were told.
+  void Reset() override;
+  TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+
+  // Everything listed so far, beneath the entries as well.
+  const TEntrySums& Summarized() const { return fSummarized; }
+  // The current entry and what has been listed beneath it by its GetChildHierarchicalEnumerator. A folder's own entry
+  // gives one folder.
+  const TEntrySums& Child() const { return fChild; }
+
+ protected:
+  TRef<IHierarchicalEnumerator> Wrap(TRef<IHierarchicalEnumerator> pNested) const override;
+
+ private:
+  TRef<IHierarchicalEnumerator> WrapChild(TRef<IHierarchicalEnumerator> pNested, int64_t pEntryNumber);
+  void CountEntry(const TEntrySums& pEntry);
+  TEntrySums SumsOfEntry() const;
+
+  TEntrySums fSummarized;
+  TEntrySums fChild;
+  bool fFolderDateBasedOnFilesOnly;
+  TRef<TSummarizingEnumerator> fParentEnumerator;  // nullptr at the top
+  int64_t fEntryNumber = 0;                        // of the current entry, from 1
+  int64_t fParentEntryNumber = 0;  // the entry of the parent that this one lists; -1: one listed earlier
+};
+
+// Base of the wrappers that leave entries out.
+class TBaseFilterEnumerator : public TBaseNestedHierarchicalEnumerator {
+ public:
+  bool Next() override;
+
+ protected:
+  using TBaseNestedHierarchicalEnumerator::TBaseNestedHierarchicalEnumerator;
+  // Whether the wrapped enumerator's current entry is passed on.
+  virtual bool IsIncluded() = 0;
+};
+
+}  // namespace Kiv::Enumerators

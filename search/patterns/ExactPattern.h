@@ -1,0 +1,24 @@
+#pragma once
+
+#include "search/patterns/CustomPattern.h"
+
+namespace Kiv::PatternMatching {
+
+// A text that values must equal; of all letters only a to z fold.
+class TExactPattern : public TCustomPattern {
+ public:
+  TExactPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType, char16_t pPathDelimiter)
+      : TCustomPattern(pText, pTarget, pType, pPathDelimiter) {}
+
+  TPatternClass PatternClass() const override { return TPatternClass::pcExact; }
+  std::u16string ToString() const override { return Quoted(GetPattern()); }
+  std::u16string ToExpression() const override;
+  std::u16string_view ClassName() const override { return u"TExactPattern"; }
+
+ protected:
+  bool MatchesText(TMatchText& pText) override;
+  bool SameMatches(const TCustomPattern& pOther) const override { return pOther.GetPattern() == GetPattern(); }
+  bool MayLieBeneath(std::u16string_view pFolder) const override;
+};
+
+}  // namespace Kiv::PatternMatching

@@ -1,0 +1,127 @@
+#include "search/patterns/PatternFilter.h"
+
+#include <algorithm>
+
+#include "search/patterns/PatternItem.h"
+#include "search/patterns/PatternTargets.h"
+#include "search/patterns/PatternText.h"
+
+namespace Vantrel {
+
+using namespace Kiv::PatternMatching;
+
+// One thread's judge. Knows the patterns parted by what they are asked for, so that no pattern is asked in vain, and
+// counts for itself; the counts are told once per folder that has any.
+class TPatternFilter::TEntryFilter : public IEntryFilter {
+ public:
+  explicit TEntryFilter(TPatternFilter& pFilter)
+      : fFilter(&pFilter), fItem(pFilter.fPatterns->GetPathDelimiter()), fCounts(pFilter.fActive.size() + 2) {
+    for (size_t i = 0; i < pFilter.fActive.size(); ++i) {
+      IPattern* pattern = pFilter.fActive[i].get();
+      if (pattern->GetPatternType() == TPatternType::ptyExclude) {
+        fExcludes.push_back({pattern, i});
+        continue;
+      }
+      fIncludes.push_back(pattern);
+      fIncludesAll = fIncludesAll || pattern->MatchesAll();
+      if (pattern->GetTarget() == FullPathTarget()) fIncludePaths.push_back(pattern);
+    }
+    if (fIncludes.empty()) fIncludesAll = true;
+  }
+
+  void BeginFolder(const IHierarchicalEnumerator& pListing) override { fItem.SetFolder(pListing.GetPath()); }
+
+  bool IsFileIncluded(const IHierarchicalEnumerator& pEntry) override {
+    fItem.SetEntry(pEntry);
+    if (!fIncludesAll &&
+        std::none_of(fIncludes.begin(), fIncludes.end(), [&](IPattern* pPattern) { return pPattern->Matches(fItem); }))
+      return Excluded(fCounts.size() - 2);
+    return !IsMatchedByExclude();
+  }
+
+  bool IsFolderIncluded(const IHierarchicalEnumerator& pEntry) override {
+    fItem.SetEntry(pEntry);
+    if (IsMatchedByExclude()) return false;
+    if (fIncludePaths.empty()) return true;
+    const std::u16string_view path = fItem.TextOf(TColumn::mdFullPath).Text();
+    return std::any_of(fIncludePaths.begin(), fIncludePaths.end(),
+                       [&](IPattern* pPattern) { return pPattern->FullPathCanBeReached(path); }) ||
+           Excluded(fCounts.size() - 1);
+  }
+
+  void EndFolder() override {
+    if (!fHasCounts) return;
+    fFilter->AddCounts(fCounts);
+    std::fill(fCounts.begin(), fCounts.end(), 0);
+    fHasCounts = false;
+  }
+
+ private:
+  struct TExclude {
+    IPattern* fPattern;
+    size_t fIndex;  // in the counts
+  };
+
+  bool IsMatchedByExclude() {
+    for (const TExclude& exclude : fExcludes)
+      if (exclude.fPattern->Matches(fItem)) return !Excluded(exclude.fIndex);
+    return false;
+  }
+
+  bool Excluded(size_t pReason) {
+    ++fCounts[pReason];
+    fHasCounts = true;
+    return false;
+  }
+
+  const TRef<TPatternFilter> fFilter;  // keeps the patterns
+  TPatternItem fItem;
+  std::vector<IPattern*> fIncludes;
+  std::vector<IPattern*> fIncludePaths;
+  std::vector<TExclude> fExcludes;
+  bool fIncludesAll = false;
+  TCounts fCounts;
+  bool fHasCounts = false;
+};
+
+TPatternFilter::TPatternFilter(TRef<IPatterns> pPatterns) : fPatterns(std::move(pPatterns)) {}
+
+std::unique_ptr<IEntryFilter> TPatternFilter::CreateEntryFilter() {
+  if (fActive.empty()) return nullptr;
+  return std::make_unique<TEntryFilter>(*this);
+}
+
+void TPatternFilter::BeginScan() {
+  fActive = fPatterns->GetItems();
+  std::erase_if(fActive, [](const TRef<IPattern>& pPattern) { return !pPattern->GetActive(); });
+  TCriticalSectionLock lock(fLock);
+  fCounts.assign(fActive.size() + 2, 0);
+}
+
+void TPatternFilter::AddCounts(const TCounts& pCounts) {
+  TCriticalSectionLock lock(fLock);
+  for (size_t i = 0; i < pCounts.size(); ++i) fCounts[i] += pCounts[i];
+}
+
+std::vector<TExclusion> TPatternFilter::GetExclusions() const {
+  std::vector<TExclusion> exclusions;
+  TCriticalSectionLock lock(fLock);
+  auto add = [&](std::u16string pReason, int64_t pObjects) {
+    if (pObjects > 0) exclusions.push_back({std::move(pReason), pObjects});
+  };
+  for (size_t i = 0; i < fActive.size(); ++i) add(u"by " + PatternToText(*fActive[i], {false, false}), fCounts[i]);
+  if (!fCounts.empty()) {
+    add(u"matching no pattern to include", fCounts[fCounts.size() - 2]);
+    add(u"outside the paths to include", fCounts[fCounts.size() - 1]);
+  }
+  return exclusions;
+}
+
+std::vector<std::u16string> TPatternFilter::GetWarnings() const {
+  std::vector<std::u16string> warnings;
+  for (const TRef<IPattern>& pattern : fActive)
+    if (std::u16string warning = pattern->GetWarning(); !warning.empty()) warnings.push_back(std::move(warning));
+  return warnings;
+}
+
+}  // namespace Vantrel

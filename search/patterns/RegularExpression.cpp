@@ -1,0 +1,196 @@
+#include "search/patterns/RegularExpression.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+
+#include "platform/text/Text.h"
+#include "platform/text/Utf.h"
+
+#define PCRE2_CODE_UNIT_WIDTH 16
+#include <pcre2.h>
+
+// How an expression is kept from holding up a scan.
+//
+// The match limit stops whatever grows exponentially. It counts anew from every character that a match might begin at,
+// though, and not what a repeat of single characters takes in and gives back. So work that grows with the third power
+// of the text's length never meets it: (?:a|b)*[ab]*[cd] takes 3 ms for a name of 255 characters and 10 seconds for a
+// path of 4,000. Texts that long are therefore matched with a second form of the expression, which calls back at every
+// item, and the calls are counted. That costs a good part of the speed, so the many short texts go without.
+//
+// An expression cannot raise the limits: PCRE2 takes (*LIMIT_MATCH=…) and its like only where they lower them.
+
+namespace Kiv::PatternMatching {
+
+namespace {
+
+constexpr uint32_t kMatchLimit = 100'000;
+// For expressions that are interpreted: the JIT is told not to be used, or has no room for them.
+constexpr uint32_t kDepthLimit = 100'000;
+constexpr uint32_t kHeapLimitKiB = 32 * 1024;
+// The compiled form has room for 64 K units, so nothing of use is longer than that.
+constexpr size_t kLongestExpression = 65'536;
+// A repeated group takes some 16 bytes for each time round. Only address space until it is used.
+constexpr size_t kFirstJitStack = 32 * 1024;
+constexpr size_t kMostJitStack = 8 * 1024 * 1024;
+constexpr size_t kLongText = 1000;
+
+// Between two calls lies at most one walk over the text, hence the quotient. The second term is what an ordinary
+// expression may want for its attempts to begin at each character.
+size_t MostCalls(size_t pTextLength) {
+  return std::max(1'000'000'000 / (pTextLength + 1), 32 * pTextLength);
+}
+
+template <auto kFree>
+struct TFreeWith {
+  template <typename T>
+  void operator()(T* pObject) const {
+    kFree(pObject);
+  }
+};
+
+using TCode = std::unique_ptr<pcre2_code, TFreeWith<pcre2_code_free>>;
+using TCompileContext = std::unique_ptr<pcre2_compile_context, TFreeWith<pcre2_compile_context_free>>;
+using TMatchContext = std::unique_ptr<pcre2_match_context, TFreeWith<pcre2_match_context_free>>;
+using TMatchData = std::unique_ptr<pcre2_match_data, TFreeWith<pcre2_match_data_free>>;
+using TJitStack = std::unique_ptr<pcre2_jit_stack, TFreeWith<pcre2_jit_stack_free>>;
+
+// PCRE2 has its own type for a UTF-16 unit, and does not like an empty text that lies nowhere.
+PCRE2_SPTR Units(std::u16string_view pText) {
+  return reinterpret_cast<PCRE2_SPTR>(pText.empty() ? u"" : pText.data());
+}
+
+// Counted from 1, each pair of surrogates as one.
+size_t CharacterAt(std::u16string_view pText, size_t pOffset) {
+  size_t character = 1;
+  for (size_t i = 0; i < std::min(pOffset, pText.size()); ++i) {
+    const bool isSecondHalf = i > 0 && IsTrailSurrogate(pText[i]) && IsLeadSurrogate(pText[i - 1]);
+    if (!isSecondHalf) ++character;
+  }
+  return character;
+}
+
+std::string DescribeError(int pError, std::u16string_view pExpression, size_t pOffset) {
+  PCRE2_UCHAR buffer[256];  // enough for all of PCRE2's messages, by its manual
+  const int length = pcre2_get_error_message(pError, buffer, std::size(buffer));
+  const std::u16string message(buffer, buffer + std::max(length, 0));
+  return fmt::format("{} (at character {})", ToUtf8(message), CharacterAt(pExpression, pOffset));
+}
+
+// Null, with the error text set, when the expression is not valid.
+TCode Compile(std::u16string_view pExpression, uint32_t pOptions, std::string& pErrorText) {
+  TCompileContext context(pcre2_compile_context_create(nullptr));
+  if (!context) throw std::bad_alloc();
+  pcre2_set_max_pattern_length(context.get(), kLongestExpression);
+  int error = 0;
+  PCRE2_SIZE offset = 0;
+  TCode code(pcre2_compile(Units(pExpression), pExpression.size(), pOptions, &error, &offset, context.get()));
+  // An expression that the JIT cannot take is interpreted.
+  if (code)
+    pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE);
+  else
+    pErrorText = DescribeError(error, pExpression, offset);
+  return code;
+}
+
+int CountCall(pcre2_callout_block*, void* pCallsLeft) {
+  size_t& left = *static_cast<size_t*>(pCallsLeft);
+  if (left == 0) return PCRE2_ERROR_CALLOUT;
+  --left;
+  return 0;
+}
+
+}  // namespace
+
+struct TRegularExpression::TCompiled {
+  TCompiled(std::u16string_view pExpression, bool pCaseSensitive);
+  void PrepareMatching();
+  // As pcre2_match.
+  int Match(std::u16string_view pText);
+  // What is matched against a long text: nullptr when it would be too large.
+  const pcre2_code* CountedCode();
+
+  std::u16string fExpression;
+  uint32_t fOptions;
+  std::string fErrorText;
+  TCode fCode;
+  TCode fCountedCode;  // made for the first long text; null when the calls make it too large
+  bool fIsCountedCodeMade = false;
+  bool fIsJitCompiled = false;  // fCode is
+  TMatchData fMatchData;
+  TJitStack fJitStack;
+  TMatchContext fMatchContext;
+  size_t fCallsLeft = 0;
+  int64_t fGivenUp = 0;
+};
+
+TRegularExpression::TCompiled::TCompiled(std::u16string_view pExpression, bool pCaseSensitive)
+    : fExpression(pExpression),
+      // \C would take a surrogate pair apart.
+      fOptions(PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C | (pCaseSensitive ? 0 : PCRE2_CASELESS)),
+      fCode(Compile(fExpression, fOptions, fErrorText)) {
+  if (fCode) PrepareMatching();
+}
+
+void TRegularExpression::TCompiled::PrepareMatching() {
+  fMatchData.reset(pcre2_match_data_create(1, nullptr));  // where the match lies is of no interest
+  fMatchContext.reset(pcre2_match_context_create(nullptr));
+  if (!fMatchData || !fMatchContext) throw std::bad_alloc();
+  size_t jitSize = 0;
+  fIsJitCompiled = pcre2_pattern_info(fCode.get(), PCRE2_INFO_JITSIZE, &jitSize) == 0 && jitSize > 0;
+  pcre2_set_match_limit(fMatchContext.get(), kMatchLimit);
+  pcre2_set_depth_limit(fMatchContext.get(), kDepthLimit);
+  pcre2_set_heap_limit(fMatchContext.get(), kHeapLimitKiB);
+  pcre2_set_callout(fMatchContext.get(), CountCall, &fCallsLeft);
+  fJitStack.reset(pcre2_jit_stack_create(kFirstJitStack, kMostJitStack, nullptr));
+  if (fJitStack) pcre2_jit_stack_assign(fMatchContext.get(), nullptr, fJitStack.get());
+}
+
+int TRegularExpression::TCompiled::Match(std::u16string_view pText) {
+  const pcre2_code* counted = pText.size() > kLongText ? CountedCode() : nullptr;
+  fCallsLeft = counted ? MostCalls(pText.size()) : kMatchLimit;
+  // The direct way into the compiled form leaves out tests of the arguments, which take as long as most matches. Texts
+  // that are no good UTF-16 are safe there too, since the expression was compiled for them.
+  const auto match = counted == nullptr && fIsJitCompiled ? pcre2_jit_match : pcre2_match;
+  return match(counted ? counted : fCode.get(), Units(pText), pText.size(), 0, 0, fMatchData.get(),
+               fMatchContext.get());
+}
+
+const pcre2_code* TRegularExpression::TCompiled::CountedCode() {
+  if (!fIsCountedCodeMade) {
+    fIsCountedCodeMade = true;
+    std::string error;
+    fCountedCode = Compile(fExpression, fOptions | PCRE2_AUTO_CALLOUT, error);
+  }
+  return fCountedCode.get();
+}
+
+TRegularExpression::TRegularExpression(std::u16string_view pExpression, bool pCaseSensitive)
+    : fCompiled(std::make_unique<TCompiled>(pExpression, pCaseSensitive)) {}
+
+TRegularExpression::~TRegularExpression() = default;
+
+bool TRegularExpression::IsValid() const {
+  return fCompiled->fCode != nullptr;
+}
+
+const std::string& TRegularExpression::ErrorText() const {
+  return fCompiled->fErrorText;
+}
+
+bool TRegularExpression::Matches(std::u16string_view pText) {
+  TCompiled& compiled = *fCompiled;
+  if (!compiled.fCode || compiled.fGivenUp >= kMostGivenUp) return false;
+  const int result = compiled.Match(pText);
+  // Whatever else than an answer came back, it was one limit or another.
+  if (result < 0 && result != PCRE2_ERROR_NOMATCH) ++compiled.fGivenUp;
+  return result >= 0;
+}
+
+int64_t TRegularExpression::GivenUp() const {
+  return fCompiled->fGivenUp;
+}
+
+}  // namespace Kiv::PatternMatching

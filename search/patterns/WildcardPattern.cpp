@@ -1,0 +1,185 @@
+#include "search/patterns/WildcardPattern.h"
+
+#include <algorithm>
+
+#include "platform/system/Environment.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "platform/text/Utf.h"
+#include "platform/text/WildcardMatch.h"
+#include "search/patterns/PatternTargets.h"
+
+namespace Kiv::PatternMatching {
+
+namespace {
+
+constexpr auto kNone = std::u16string_view::npos;
+
+bool HasWildcards(std::u16string_view pText) {
+  return pText.find_first_of(u"*?") != kNone;
+}
+
+bool IsBlank(std::u16string_view pText) {
+  return std::all_of(pText.begin(), pText.end(), [](char16_t pUnit) { return pUnit <= u' '; });
+}
+
+// "%DATE%" in any case, wherever it stands.
+std::u16string WithDate(std::u16string pText) {
+  constexpr std::u16string_view kPlaceholder = u"%DATE%";
+  for (size_t at = 0; at + kPlaceholder.size() <= pText.size(); ++at) {
+    if (!SameTextAscii(std::u16string_view(pText).substr(at, kPlaceholder.size()), kPlaceholder)) continue;
+    const std::u16string date = CurrentDateText();
+    pText.replace(at, kPlaceholder.size(), date);
+    at += date.size() - 1;
+  }
+  return pText;
+}
+
+// Calls for every mask of a list that is not empty, until one call returns true. Says whether one did.
+template <class TCall>
+bool AnyMask(std::u16string_view pMasks, const TCall& pCall) {
+  while (!pMasks.empty()) {
+    const size_t end = std::min(pMasks.find(u';'), pMasks.size());
+    if (end > 0 && pCall(pMasks.substr(0, end))) return true;
+    pMasks.remove_prefix(std::min(end + 1, pMasks.size()));
+  }
+  return false;
+}
+
+// The blanks that a mask begins with taken away: the match of names without a dot does not count them.
+std::u16string WithoutLeadingBlanks(std::u16string_view pMasks) {
+  std::u16string masks;
+  for (char16_t unit : pMasks)
+    if (unit != u' ' || (!masks.empty() && masks.back() != u';')) masks += unit;
+  // "*.*" alone matches more than among others, and " *.*" does not.
+  return masks == u"*.*" && masks != pMasks ? masks + u";" : masks;
+}
+
+// Masks in a form that is equal for lists that match alike: behind the last ";" there is no mask when nothing follows.
+std::u16string Canonical(std::u16string pMasks) {
+  // "*.*" matches more alone than in a list.
+  if (pMasks != u"*.*" && !pMasks.ends_with(u';')) pMasks += u';';
+  return pMasks;
+}
+
+}  // namespace
+
+bool CanMatchSomethingBeginningWith(std::u16string_view pMask, std::u16string_view pBeginning) {
+  // As long as some place of the mask is reached, what is left of the mask can be met by a text made for it. After a
+  // "*" every place is: it can take in all of the rest. So only the way to the first "*" has to be looked at.
+  for (size_t i = 0; i < pBeginning.size(); ++i) {
+    if (i == pMask.size()) return false;
+    if (pMask[i] == u'*') return true;
+    if (pMask[i] != u'?' && pMask[i] != pBeginning[i]) return false;
+  }
+  return true;
+}
+
+TWildcardPattern::TWildcardPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType,
+                                   char16_t pPathDelimiter)
+    : TCustomPattern(pText, pTarget, pType, pPathDelimiter) {
+  TWildcardPattern::Prepare();
+}
+
+bool TWildcardPattern::IsNoExtensionForm() const {
+  return std::u16string_view(GetPattern()).ends_with(u"*.");
+}
+
+bool TWildcardPattern::MatchesAll() const {
+  return GetPatternType() == TPatternType::ptyInclude && GetPattern() == u"*";
+}
+
+// A text without wildcards is looked for anywhere; a whole path at the beginning of paths only, since it is found
+// nowhere else, but for the slash, where "/data" would be found in "/old/data" as well.
+std::u16string TWildcardPattern::Widened(std::u16string_view pText) const {
+  std::u16string text(pText);
+  if (IsBlank(text)) return u"*" + text + u"*";
+  if (HasWildcards(text)) return text;
+  const bool isWholePath = GetTarget() == FullPathTarget() && IsRootedPath(text, PathDelimiter());
+  if (!isWholePath && !text.starts_with(u';')) text.insert(0, u"*");
+  if (!text.ends_with(u';')) text += u'*';
+  return text;
+}
+
+std::u16string TWildcardPattern::ShownText() const {
+  if (IsNoExtensionForm()) return GetPattern();
+  return Widened(Unquoted(GetPattern()));
+}
+
+void TWildcardPattern::Prepare() {
+  if (IsNoExtensionForm()) {
+    UseMasks(WithoutLeadingBlanks(GetPattern().substr(0, GetPattern().size() - 1)));
+    fMatchText = GetPattern();
+    fFoldedMatchText = FoldedPattern();
+    fNoExtension = true;
+    return;
+  }
+  std::u16string text = Unquoted(GetPattern());
+  if (IsBlank(text)) text = u"*" + text + u"*";
+  if (GetTarget() != FullPathTarget()) text = ExpandEnvironment(WithDate(std::move(text)));
+  UseMasks(Widened(text));
+}
+
+void TWildcardPattern::UseMasks(std::u16string_view pMasks) {
+  fNoExtension = false;
+  fMatchText = pMasks;
+  fFoldedMatchText = TMatchText(fMatchText).Folded();
+  fMatcher = CreateWildcardMatcher(fMatchText);
+}
+
+bool TWildcardPattern::MatchesText(TMatchText& pText) {
+  if (fNoExtension) return MatchesNoExtension(pText);
+  if (fMatcher->Matches(pText)) return true;
+  if (!HasTrailingDelimiter(pText.Text())) return false;
+  TMatchText shorter(pText.Text().substr(0, pText.Text().size() - 1));
+  return fMatcher->Matches(shorter);
+}
+
+bool TWildcardPattern::MatchesNoExtension(TMatchText& pText) const {
+  const std::u16string_view text = pText.Text();
+  // Most often the match says no, and then nobody need look for dots.
+  const bool mayHaveDelimiter = (pText.Units() & UnitsOf(std::u16string(1, PathDelimiter()))) != 0;
+  const size_t delimiter = mayHaveDelimiter ? text.rfind(PathDelimiter()) : kNone;
+  if (delimiter == kNone) return fMatcher->Matches(pText) && text.find(u'.') == kNone;
+  if (text.find(u'.') == kNone) return fMatcher->Matches(pText);
+  if (GetTarget() == FullPathTarget() && !fMatcher->Matches(pText)) return false;
+  const std::u16string_view name = text.substr(delimiter + 1);
+  return !name.empty() && name.find(u'.') == kNone;
+}
+
+bool TWildcardPattern::SameMatches(const TCustomPattern& pOther) const {
+  const auto& other = static_cast<const TWildcardPattern&>(pOther);
+  return IsNoExtensionForm() == other.IsNoExtensionForm() && Canonical(ShownText()) == Canonical(other.ShownText());
+}
+
+// --- walks ---------------------------------------------------------------------------------------------------------
+
+bool TWildcardPattern::MayLieBeneath(std::u16string_view pFolder) const {
+  std::u16string_view text = FoldedPattern();
+  if (fNoExtension) text.remove_suffix(1);
+  if (AnyMask(text, [&](std::u16string_view pMask) { return AlternativeMayLieBeneath(pMask, pFolder); })) return true;
+  const std::u16string beginning = std::u16string(pFolder) + PathDelimiter();
+  return AnyMask(fFoldedMatchText, [&](std::u16string_view pMask) { return CanMatchSomethingBeginningWith(pMask, beginning); });
+}
+
+bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::u16string_view pFolder) const {
+  const char16_t delimiter = PathDelimiter();
+  if (!IsRootedPath(pText, delimiter) || IsSameOrInside(pFolder, pText, delimiter)) return true;
+  if (pFolder.starts_with(pText.substr(0, pText.find(u'*')))) return true;
+  if (IsSameOrInside(pFolder, FolderOfPath(pText, delimiter), delimiter) &&
+      MatchesWildcardsStripped(FileNameOfPath(pFolder, delimiter), FileNameOfPath(pText, delimiter)))
+    return true;
+  // As many parts of the pattern as the folder has.
+  auto parts = std::count(pFolder.begin(), pFolder.end(), delimiter) + 1;
+  size_t end = 0;
+  for (; end < pText.size(); ++end)
+    if (pText[end] == delimiter && --parts == 0) break;
+  return MatchesWildcardsStripped(pFolder, pText.substr(0, end));
+}
+
+std::u16string TWildcardPattern::ToExpression() const {
+  const bool isExclude = GetPatternType() == TPatternType::ptyExclude;
+  return ExpressionKeyword() + (isExclude ? u"!=" : u"") + ExpressionValue(ShownText());
+}
+
+}  // namespace Kiv::PatternMatching

@@ -1,0 +1,207 @@
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <random>
+
+#include "export/text/DelimitedExport.h"
+#include "platform/text/Text.h"
+#include "tests/support/LineList.h"
+#include "tests/support/MemoryRoot.h"
+
+namespace Kiv::Hierarchical::Exporting::Text {
+namespace {
+
+using namespace Kiv::Testing;
+using testing::ElementsAre;
+using Vantrel::Testing::TLineList;
+
+struct TScannedRoot : TMemoryRoot {
+  explicit TScannedRoot(const std::function<void(TMemoryEntry&)>& pFill, bool pSharesOfAllocated = false) {
+    pFill(Top());
+    fOptions->CollectOwners = true;
+    fOptions->UseAllocatedForShares = pSharesOfAllocated;
+    Scan();
+  }
+};
+
+TMediaSettings Settings(std::u16string_view pColumns = u"fullpath;size") {
+  TMediaSettings settings = DefaultMediaSettings(TMediaType::mtCSV);
+  settings.fByteOrderMark = false;
+  EXPECT_TRUE(TryParseColumns(pColumns, settings.fColumns));
+  return settings;
+}
+
+std::vector<std::string> Lines(TScannedRoot& pRoot, const TMediaSettings& pSettings) {
+  TLineList output;
+  EXPECT_TRUE(TCSVExport(pSettings).Export(*pRoot.fRoot, output));
+  return output.fLines;
+}
+
+void FillRandomly(TMemoryEntry& pFolder, std::mt19937_64& pRandom, int pDepth) {
+  auto date = [&] { return TKivFileTime::FromUnix(static_cast<int64_t>(pRandom() % 2'000'000'000), 0); };
+  auto setValues = [&](TMemoryEntry& pEntry) {
+    pEntry.fValues.fLastChangeDate = date();
+    pEntry.fValues.fLastAccessDate = date();
+    pEntry.fValues.fCreationDate = date();
+    pEntry.fOwnerId = 1 + pRandom() % 2;
+    pEntry.fOwner = pEntry.fOwnerId == 1 ? u"anna" : u"bert, jr.";
+  };
+  for (uint64_t i = pRandom() % 5; i > 0; --i) {
+    const std::u16string name = u"f" + FromUtf8(std::to_string(i)) + (i % 2 ? u".txt" : u" = \x65E5");
+    setValues(pFolder.AddFile(name, static_cast<int64_t>(pRandom() % 3'000'000), static_cast<int64_t>(pRandom() % 5000)));
+  }
+  for (uint64_t i = pDepth > 0 ? 1 + pRandom() % 3 : 0; i > 0; --i) {
+    TMemoryEntry& folder = pFolder.AddFolder(u"d" + FromUtf8(std::to_string(i)));
+    setValues(folder);
+    FillRandomly(folder, pRandom, pDepth - 1);
+  }
+}
+
+// The rows by the nodes' own answers.
+void AppendSlowly(std::vector<std::vector<std::string>>& pRows, IHierarchicalElement& pNode, const TMediaSettings& pSettings) {
+  const TValueFormat format = FormatOf(pSettings);
+  std::vector<std::string> row;
+  for (const TColumn column : pSettings.fColumns) row.push_back(ToUtf8(pNode.GetFormattedValue(column, format)));
+  IFolderData* folder = pNode.AsFolder();
+  // Its row has a path by which it can be told from the row of its folder.
+  if (folder && folder->IsFileGroup()) row[static_cast<size_t>(TColumn::mdFullPath)] += "/[Files]";
+  pRows.push_back(row);
+  if (!folder) return;
+  if (!folder->IsFileGroup())
+    for (const auto& child : folder->FindSubFolders()) AppendSlowly(pRows, *child, pSettings);
+  if (folder->IsFileGroup() || !folder->GetFilesNode())
+    for (const auto& file : folder->FindFiles()) AppendSlowly(pRows, *file, pSettings);
+}
+
+std::vector<std::string> Split(std::string_view pLine, char pSeparator) {
+  std::vector<std::string> cells(1);
+  for (const char character : pLine) {
+    if (character == pSeparator)
+      cells.emplace_back();
+    else
+      cells.back() += character;
+  }
+  return cells;
+}
+
+// What is written for speed from the row itself, and what the nodes would say.
+TEST(DelimitedExport, EveryColumnIsTheNodesOwnValue) {
+  for (const bool allocated : {false, true}) {
+    std::mt19937_64 random(allocated ? 1 : 2);
+    TScannedRoot root([&](TMemoryEntry& pTop) { FillRandomly(pTop, random, 4); }, allocated);
+    for (int form = 0; form < 4; ++form) {
+      TMediaSettings settings = Settings(u"");
+      for (int i = 0; i < static_cast<int>(TColumn::mdCount); ++i) settings.fColumns.push_back(static_cast<TColumn>(i));
+      settings.fIncludedObjectTypes = kAllObjectTypes;
+      settings.fIncludeHeader = false;
+      settings.fSeparator = u"|";
+      settings.fUsePlainByteValues = form == 0;
+      settings.fAutomaticUnit = form != 2;
+      settings.fSizeUnit = TSizeUnit::suKB;
+      settings.fShowUnits = form != 3;
+      std::vector<std::vector<std::string>> expected;
+      AppendSlowly(expected, *root.fRoot->GetTopFolder(), settings);
+      const std::vector<std::string> lines = Lines(root, settings);
+      ASSERT_EQ(lines.size(), expected.size());
+      ASSERT_GT(lines.size(), 50u);
+      for (size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(Split(lines[i], '|'), expected[i]) << form;
+    }
+  }
+}
+
+TEST(DelimitedExport, CaptionsCarryAUnitThatAllValuesShare) {
+  TScannedRoot root([](TMemoryEntry& pTop) { pTop.AddFile(u"f", 1'234'567, 2'000'000); });
+  TMediaSettings settings = Settings(u"size;allocated;averagefilesize;files");
+  EXPECT_EQ(Lines(root, settings).front(), "Size,Allocated,Average File Size,Files");
+  EXPECT_EQ(Lines(root, settings).back(), "1234567,2000000,1234567,1");
+  settings.fUsePlainByteValues = false;  // the automatic unit, behind each number
+  EXPECT_EQ(Lines(root, settings).front(), "Size,Allocated,Average File Size,Files");
+  EXPECT_EQ(Lines(root, settings).back(), "1.2 MB,1.9 MB,1.2 MB,1");
+  settings.fAutomaticUnit = false;
+  settings.fSizeUnit = TSizeUnit::suKB;
+  EXPECT_EQ(Lines(root, settings).front(), "Size (KB),Allocated (KB),Average File Size (KB),Files");
+  EXPECT_EQ(Lines(root, settings).back(), "1205.6,1953.1,1205.6,1");  // 1,205.63 and 1,953.13
+  settings.fSeparator = u";";
+  EXPECT_EQ(Lines(root, settings).back(), "1,205.6;1,953.1;1,205.6;1");
+  settings.fSeparator = u".";
+  EXPECT_EQ(Lines(root, settings).back(), "\"1,205.6\".\"1,953.1\".\"1,205.6\".1");
+  settings.fUsePlainByteValues = true;
+  settings.fSeparator = u"2";
+  EXPECT_EQ(Lines(root, settings).back(), "\"1234567\"2\"2000000\"2\"1234567\"21");
+}
+
+TEST(DelimitedExport, ASecondRootGoesOnBelowTheFirst) {
+  auto fill = [](TMemoryEntry& pTop) { pTop.AddFile(u"f", 5); };
+  TScannedRoot first(fill), second(fill);
+  TMediaSettings settings = Settings();
+  settings.fByteOrderMark = true;
+  TLineList output;
+  EXPECT_TRUE(TCSVExport(settings).Export(*first.fRoot, output));
+  EXPECT_TRUE(TCSVExport(settings).Export(*second.fRoot, output));
+  EXPECT_THAT(output.fLines, ElementsAre("\xEF\xBB\xBF" "Full Path,Size", "/memory,5", "/memory,5"));
+  TLineList text;
+  EXPECT_TRUE(TTextExport(settings).Export(*first.fRoot, text));
+  EXPECT_EQ(text.fLines.back(), "/memory\t5");
+}
+
+void FillByHand(TMemoryEntry& pTop) {
+  pTop.AddFile(u"top", 10);
+  TMemoryEntry& a = pTop.AddFolder(u"a");
+  a.AddFile(u"y", 100);
+  a.AddFile(u"x", 100);
+  a.AddFolder(u"inner").AddFile(u"deep", 50);
+  pTop.AddFolder(u"b").AddFile(u"=b", 250);
+  pTop.AddFolder(u"c");
+}
+
+TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
+  TScannedRoot root(FillByHand);
+  TMediaSettings settings = Settings(u"fullpath;percentofparent");
+  settings.fIncludeHeader = false;
+  // Of equal folders the first by name; 250 and 10 of 510 bytes.
+  EXPECT_THAT(Lines(root, settings), ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0",
+                                                 "/memory/a/inner,20.0", "/memory/b,49.0", "/memory/[Files],2.0",
+                                                 "/memory/c,0.0"));
+  settings.fIncludedObjectTypes = kAllObjectTypes;
+  EXPECT_THAT(Lines(root, settings),
+              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/x,40.0",
+                          "/memory/a/y,40.0", "/memory/a/inner,20.0", "/memory/a/inner/deep,100.0", "/memory/b,49.0",
+                          "/memory/b/=b,100.0", "/memory/[Files],2.0", "/memory/top,2.0", "/memory/c,0.0"));
+  settings.fSmallestFolder = 100;
+  EXPECT_THAT(Lines(root, settings), ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0",
+                                                 "/memory/a/x,40.0", "/memory/a/y,40.0", "/memory/b,49.0",
+                                                 "/memory/b/=b,100.0"));
+  settings.fSmallestFolder = 0;
+  settings.fIncludedObjectTypes = ioFolders | ioFiles;
+  settings.fRecursionLevel = {1, false};
+  EXPECT_THAT(Lines(root, settings),
+              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/b,49.0", "/memory/c,0.0", "/memory/top,2.0"));
+  settings.fIncludedObjectTypes = ioFiles;
+  settings.fRecursionLevel = {};
+  settings.fSortOrder = {TColumn::mdName, true};
+  EXPECT_THAT(Lines(root, settings), ElementsAre("/memory/b/=b,100.0", "/memory/a/inner/deep,100.0", "/memory/a/y,40.0",
+                                                 "/memory/a/x,40.0", "/memory/top,2.0"));
+}
+
+TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {
+  const TDelimitedFormat format{"::", true};
+  std::string line;
+  for (const char16_t* text : {u"a:", u"a:b", u":a", u"a::b", u":", u""}) {
+    if (!line.empty()) line += format.fSeparator;
+    AppendTextField(line, text, format);
+  }
+  EXPECT_EQ(line, "\"a:\"::a:b:::a::\"a::b\"::\":\"::");
+}
+
+TEST(DelimitedExport, StopsAtTheFirstLineThatCannotBeWritten) {
+  TScannedRoot root(FillByHand);
+  for (size_t capacity = 0; capacity < 8; ++capacity) {
+    TLineList output;
+    output.fCapacity = capacity;
+    EXPECT_FALSE(TCSVExport(Settings()).Export(*root.fRoot, output));
+    EXPECT_EQ(output.fRefused, 1) << capacity;
+  }
+}
+
+}  // namespace
+}  // namespace Kiv::Hierarchical::Exporting::Text

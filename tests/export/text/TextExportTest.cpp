@@ -1,0 +1,240 @@
+#include <gmock/gmock.h>
+
+#include "export/text/RootDescription.h"
+#include "export/text/TextExport.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "tests/support/FakeTree.h"
+#include "tests/support/LineList.h"
+
+namespace {
+
+using namespace Kiv;
+using namespace Kiv::Hierarchical::Exporting;
+using Kiv::Hierarchical::Exporting::Text::ShortenedToWidth;
+using Kiv::Hierarchical::Exporting::Text::TFormattedTextExport;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsSupersetOf;
+using testing::Not;
+using testing::StartsWith;
+using Vantrel::Testing::TFakeFolder;
+using Vantrel::Testing::TFakeRoot;
+using Vantrel::Testing::TLineList;
+
+constexpr uint32_t kAccessDenied = 13;  // on Linux; on Windows another error, which is all the same here
+
+TSizeValues Values(int64_t pSize, int64_t pAllocated, int64_t pFiles, int64_t pFolders) {
+  TSizeValues values;
+  values.fSize = pSize;
+  values.fAllocated = pAllocated;
+  values.fFiles = pFiles;
+  values.fFolders = pFolders;
+  return values;
+}
+
+// A path without a volume, so that the head block is the same on every machine.
+TRef<TFakeRoot> MakeRoot() {
+  auto root = MakeRef<TFakeRoot>(u"/no such place");
+  root->fTop = MakeRef<TFakeFolder>(u"no such place", Values(3 << 20, 4 << 20, 1234, 2));
+  root->fTop->Add(MakeRef<TFakeFolder>(u"big", Values(2 << 20, 3 << 20, 1200, 0)));
+  root->fTop->Add(MakeRef<TFakeFolder>(u"[Files]", Values(1 << 20, 1 << 20, 34, 0), TKivFileTime{}, true));
+  root->fTop->Add(MakeRef<TFakeFolder>(u"empty", Values(0, 0, 0, 0)));
+  root->fProgress.fFiles = 1234;
+  root->fProgress.fFolders = 3;
+  root->fDuration = 2000;
+  return root;
+}
+
+class TReport {
+ public:
+  TGlobalOptions fOptions;
+  TMediaSettings fSettings;
+  int fWidth = 0;
+  TLineList fOutput;
+
+  TReport() {
+    fOptions.ExportTitle = "Title";
+    fSettings.fRecursionLevel = {1, false};
+  }
+  std::vector<std::string> Of(TFakeRoot& pRoot) {
+    TFormattedTextExport report(fSettings, fOptions, "Vantrel");
+    report.SetMaximumWidth(fWidth);
+    fComplete = report.Export(pRoot, fOutput);
+    return fOutput.fLines;
+  }
+  bool fComplete = false;
+};
+
+TEST(FormattedReport, IsLaidOutToTheColumn) {
+  TReport report;
+  EXPECT_THAT(report.Of(*MakeRoot()),
+              ElementsAre("Title",                                                                          //
+                          "  /no such place - 3.0 MB - 1,234 files - 2 folders",                            //
+                          "",                                                                               //
+                          "Name              Size  Allocated  Files  Folders  % of Parent  Last Change",    //
+                          "--------------  ------  ---------  -----  -------  -----------  -----------",    //
+                          "/no such place  3.0 MB     4.0 MB  1,234        2      100.0 %             ",    //
+                          "  big           2.0 MB     3.0 MB  1,200        0       66.7 %             ",    //
+                          "  [Files]       1.0 MB     1.0 MB     34        0       33.3 %             ",    //
+                          "  empty            0 B        0 B      0        0        0.0 %             ",    //
+                          "",                                                                               //
+                          "Scanned 1,234 files and 3 folders in 2.00 seconds (618 entries per second)."));  // 1237 / 2
+  EXPECT_TRUE(report.fComplete);
+}
+
+TEST(FormattedReport, NamesTheProgramAndTheMomentUnlessATitleIsSet) {
+  TReport report;
+  report.fOptions.ExportTitle.clear();
+  const std::string before = FormatShortDate(TKivFileTime::Now());
+  const std::string title = report.Of(*MakeRoot()).front();
+  EXPECT_THAT(title, testing::AnyOf(StartsWith("Vantrel Report, " + before + "  "),
+                                    StartsWith("Vantrel Report, " + FormatShortDate(TKivFileTime::Now()) + "  ")));
+}
+
+TEST(FormattedReport, ASecondReportIsSetApart) {
+  TReport report;
+  report.fOutput.fLines = {"1", "2", "3", "4", "5"};  // five lines are no report yet
+  EXPECT_EQ(report.Of(*MakeRoot())[5], "Title");
+  const size_t first = report.fOutput.fLines.size();
+  const std::vector<std::string> lines = report.Of(*MakeRoot());
+  EXPECT_THAT(
+      std::vector(lines.begin() + static_cast<ptrdiff_t>(first), lines.begin() + static_cast<ptrdiff_t>(first) + 4),
+      ElementsAre("", "", "________________________________________________", "Title"));
+}
+
+TEST(FormattedReport, AFixedUnitStandsInTheCaptions) {
+  TReport report;
+  report.fSettings.fAutomaticUnit = false;
+  report.fSettings.fSizeUnit = TSizeUnit::suKB;
+  const std::vector<std::string> lines = report.Of(*MakeRoot());
+  EXPECT_THAT(lines, IsSupersetOf({HasSubstr("  /no such place - 3,072.0 KB - "),
+                                   HasSubstr("Name            Size (KB)  Allocated (KB)  Files"),
+                                   HasSubstr("  big             2,048.0         3,072.0  1,200")}));
+}
+
+// Every row is as wide as the captions, whatever the names are made of, and no name reaches the terminal raw.
+TEST(FormattedReport, HostileNamesKeepTheColumnsAndTheTerminalInOrder) {
+  auto root = MakeRef<TFakeRoot>(u"/x");
+  root->fTop = MakeRef<TFakeFolder>(u"x", Values(6, 6, 6, 6));
+  for (std::u16string name :
+       {u"日本語フォルダ", u"e\u0301te\u0301", u"line\nbreak", u"\x1b[31mred", u"tab\there", u"\xDCFF"})
+    root->fTop->Add(MakeRef<TFakeFolder>(name, Values(1, 1, 1, 0)));
+  TReport report;
+  const std::vector<std::string> lines = report.Of(*root);
+  const int width = DisplayWidth(lines[3]);
+  for (size_t i = 4; i < 12; ++i) {
+    EXPECT_EQ(DisplayWidth(lines[i]), width) << lines[i];
+    for (char character : lines[i]) EXPECT_FALSE(character >= 0 && character < ' ') << lines[i];
+  }
+  EXPECT_THAT(lines[9], HasSubstr("\\x1B[31mred"));
+  EXPECT_THAT(lines[11], HasSubstr("\\xFF"));
+}
+
+TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
+  auto root = MakeRoot();
+  root->fTop->Add(MakeRef<TFakeFolder>(std::u16string(200, u'n'), Values(1, 1, 1, 0)));
+  TReport narrow;
+  narrow.fWidth = 80;
+  for (const std::string& line : narrow.Of(*root)) EXPECT_LE(DisplayWidth(line), 80) << line;
+  TReport wide;
+  EXPECT_THAT(wide.Of(*root), testing::Contains(HasSubstr(std::string(200, 'n'))));
+
+  EXPECT_EQ(ShortenedToWidth("abcdef", 6), "abcdef");
+  EXPECT_EQ(ShortenedToWidth("abcdefg", 6), "abcde…");
+  EXPECT_EQ(ShortenedToWidth("日本語", 4), "日…");  // two columns each: a second one would need five
+}
+
+TEST(FormattedReport, TakesInWhatTheSettingsSay) {
+  TReport report;
+  report.fSettings.fIncludedObjectTypes = ioFolders;
+  EXPECT_THAT(report.Of(*MakeRoot()), Not(testing::Contains(HasSubstr("[Files]"))));
+
+  TReport topOnly;
+  topOnly.fSettings.fRecursionLevel = {0, false};
+  topOnly.fSettings.fIncludeHeader = false;
+  EXPECT_THAT(topOnly.Of(*MakeRoot()), ElementsAre(StartsWith("/no such place"), "", StartsWith("Scanned ")));
+}
+
+TEST(FormattedReport, WalksDownTenThousandLevels) {
+  constexpr int kLevels = 10'000;
+  auto root = MakeRef<TFakeRoot>(u"/deep");
+  root->fTop = MakeRef<TFakeFolder>(u"deep", Values(1, 1, 1, kLevels));
+  TRef<TFakeFolder> folder = root->fTop;
+  std::vector<TRef<TFakeFolder>> chain;
+  for (int i = 0; i < kLevels; ++i) {
+    folder = folder->Add(MakeRef<TFakeFolder>(u"d", Values(1, 1, 1, kLevels - 1 - i)));
+    chain.push_back(folder);
+  }
+  TReport report;
+  report.fSettings.fRecursionLevel = {};
+  report.fWidth = 80;  // 10,000 lines of 20,000 blanks would be 200 MB
+  const std::vector<std::string> lines = report.Of(*root);
+  EXPECT_EQ(lines.size(), 3u + 2 + 1 + kLevels + 2);
+  // Taken apart from the bottom: releasing the top first would recurse ten thousand times.
+  root->fTop->Dispose();
+  for (auto& link : chain) link->Dispose();
+}
+
+TEST(FormattedReport, StopsAtTheFirstLineThatCannotBeWritten) {
+  for (size_t capacity = 0; capacity < 11; ++capacity) {
+    TReport report;
+    report.fOutput.fCapacity = capacity;
+    report.Of(*MakeRoot());
+    EXPECT_FALSE(report.fComplete);
+    EXPECT_EQ(report.fOutput.fRefused, 1) << "after " << capacity << " lines";
+  }
+}
+
+TEST(ScanSummary, TellsWhatIsMissingInPathOrder) {
+  auto root = MakeRoot();
+  root->AddError(u"/x/c", kAccessDenied);
+  root->AddError(u"/x/a\n", kAccessDenied, true);
+  root->AddError(u"/x/b", kAccessDenied);
+  root->fProgress.fExcludedObjects = 1;
+  const std::string reason = OSErrorText(kAccessDenied);
+  const TValueFormat format;
+  EXPECT_THAT(ScanSummary(*root, format, 2),
+              ElementsAre("incomplete: 3 folders could not be read", "  /x/a\\n: " + reason + " (read in part)",
+                          "  /x/b: " + reason, "  … and 1 more", "1 object was excluded", StartsWith("Scanned ")));
+  root->fProgress.fExcludedObjects = 1234;
+  root->fExclusions = {{u"by *.tmp\x1b", 1200}, {u"matching no pattern to include", 34}};
+  EXPECT_THAT(ScanSummary(*root, format, 0),
+              testing::IsSupersetOf({"1,234 objects were excluded", "  1,200 by *.tmp\\x1B",
+                                     "  34 matching no pattern to include"}));
+  root->fProgress.fExcludedObjects = 1;
+  root->fExclusions.clear();
+  root->fErrors.resize(1);
+  EXPECT_THAT(ScanSummary(*root, format, 0), ElementsAre("incomplete: 1 folder could not be read", "  … and 1 more",
+                                                         "1 object was excluded", StartsWith("Scanned ")));
+}
+
+TEST(ScanSummary, TellsHowLongItTookAndThatItWasCancelled) {
+  auto root = MakeRoot();
+  root->fState = rsFinished | rsCancelled;
+  root->fDuration = 12'345;
+  root->fProgress.fFiles = 1'000'000;
+  root->fProgress.fFolders = 1;
+  // 1,000,001 / 12.345 = 81,004.5…
+  EXPECT_THAT(ScanSummary(*root, {}, 20),
+              ElementsAre("The scan was cancelled after 12.3 seconds: the totals cover only the part that was scanned.",
+                          "Scanned 1,000,000 files and 1 folder in 12.3 seconds (81,004 entries per second)."));
+  EXPECT_THAT(RootHeaderLine(*root, {}), testing::EndsWith(" - cancelled"));
+  root->fState = rsFinished;
+  root->fDuration = 3;  // too short for a rate
+  EXPECT_THAT(ScanSummary(*root, {}, 20), ElementsAre("Scanned 1,000,000 files and 1 folder in 0.00 seconds."));
+}
+
+TEST(MediaOptions, UnitsComeFromTheGlobalOptionsUnlessOverridden) {
+  TGlobalOptions options;
+  TMediaOptions media(options);
+  EXPECT_TRUE(media.Effective(TMediaType::mtText).fAutomaticUnit);
+  options.SizeUnit = TSizeUnit::suGB;
+  EXPECT_FALSE(media.Effective(TMediaType::mtText).fAutomaticUnit);
+  EXPECT_EQ(media.Effective(TMediaType::mtText).fSizeUnit, TSizeUnit::suGB);
+  media.Of(TMediaType::mtCSV).fOverrideUnits = true;
+  media.Of(TMediaType::mtCSV).fAutomaticUnit = true;
+  EXPECT_TRUE(media.Effective(TMediaType::mtCSV).fAutomaticUnit);
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "model/statistics/TopSizeList.h"
+#include "model/roots/RootInterfaces.h"
+#include "platform/system/Errors.h"
+
+namespace Kiv {
+namespace {
+
+// A folder that knows its place and nothing else.
+class TPlainFolder : public TInterfaced<IHierarchicalElement> {
+ public:
+  TPlainFolder(TRef<IHierarchicalElement> pParent, std::u16string pName)
+      : fParent(std::move(pParent)), fName(std::move(pName)) {}
+
+  std::u16string_view GetObjectName() const override { return fName; }
+  std::u16string GetFullPath() const override { return fParent ? fParent->GetFullPath() + u'/' + fName : fName; }
+  TRef<IHierarchicalElement> GetParentFolder() const override { return fParent; }
+
+  TMetaDataValue GetValue(TColumn) const override { return {}; }
+  int64_t GetSize() const override { return 0; }
+  int64_t GetAllocated() const override { return 0; }
+  TKivFileTime GetLastAccessDate() const override { return {}; }
+  TKivFileTime GetLastChangeDate() const override { return {}; }
+  TKivFileTime GetCreationDate() const override { return {}; }
+  TAttributes GetAttributes() const override { return kAttributeDirectory; }
+  bool IsFolder() const override { return true; }
+  TRef<IHierarchicalRoot> GetRoot() const override { return {}; }
+  int64_t GetFiles() const override { return 0; }
+  IMetaDataCache& GetMetaDataCache() override { throw EInvalidOperation("no cache"); }
+  TFolderStates GetFolderState() const override { return 0; }
+  void IncludeFolderState(TFolderStates) override {}
+  void ExcludeFolderState(TFolderStates) override {}
+  IFolderData* AsFolder() override { return nullptr; }
+  std::vector<TRef<IFolderData>> FindSubFolders() override { return {}; }
+  TRef<IFolderData> CreateChild(std::u16string_view) override { return {}; }
+
+ private:
+  TRef<IHierarchicalElement> fParent;
+  std::u16string fName;
+};
+
+using TEntries = std::vector<TTopSizeEntry>;
+
+// Comparable form of an entry, in the order that the list promises.
+using TRow = std::pair<int64_t, std::u16string>;  // negated size, full path
+
+TRow RowOf(const TTopSizeEntry& pEntry) {
+  return {-pEntry.fSize, pEntry.fParentFolder->GetFullPath() + u'/' + pEntry.fName};
+}
+
+std::vector<TRow> RowsOf(const TEntries& pEntries) {
+  std::vector<TRow> rows;
+  for (const TTopSizeEntry& entry : pEntries) rows.push_back(RowOf(entry));
+  return rows;
+}
+
+// Sort everything and cut.
+std::vector<TRow> LargestOf(const TEntries& pEntries, size_t pCount) {
+  std::vector<TRow> rows = RowsOf(pEntries);
+  std::sort(rows.begin(), rows.end());
+  rows.resize(std::min(rows.size(), pCount));
+  return rows;
+}
+
+// A tree of folders a to e, each with sub-folders of the same names, and files of few different sizes: ties everywhere.
+struct TTree {
+  explicit TTree(unsigned pSeed) : fRandom(pSeed) {
+    fTop = MakeRef<TPlainFolder>(nullptr, u"/r");
+    for (char16_t first = u'a'; first <= u'e'; ++first) {
+      fFolders.push_back(MakeRef<TPlainFolder>(fTop, std::u16string(1, first)));
+      TRef<IHierarchicalElement> parent = fFolders.back();
+      for (char16_t second = u'a'; second <= u'e'; ++second) {
+        fFolders.push_back(MakeRef<TPlainFolder>(parent, std::u16string(1, second)));
+      }
+    }
+    for (const auto& folder : fFolders) {
+      for (char16_t name = u'A'; name < u'A' + 20; ++name) {
+        auto size = static_cast<int64_t>(fRandom() % 8);
+        fFiles.push_back({size, size * 2, {}, folder, std::u16string(1, name)});
+      }
+    }
+  }
+
+  std::mt19937 fRandom;
+  TRef<IHierarchicalElement> fTop;
+  std::vector<TRef<IHierarchicalElement>> fFolders;
+  TEntries fFiles;
+};
+
+TEST(TopSizeList, KeepsTheSameFilesWhateverTheOrder) {
+  TTree tree(1);
+  for (size_t count : {1u, 7u, 100u, 599u, 600u, 601u}) {
+    std::vector<TRow> expected = LargestOf(tree.fFiles, count);
+    for (int round = 0; round < 10; ++round) {
+      std::shuffle(tree.fFiles.begin(), tree.fFiles.end(), tree.fRandom);
+      TRef<ITopSizeList> list = MakeRef<TTopSizeFileList>(count, u'/');
+      for (const TTopSizeEntry& file : tree.fFiles) {
+        if (file.fSize >= list->GetThreshold()) list->Add(file);
+      }
+      EXPECT_EQ(RowsOf(list->GetSnapshot()), expected) << count << " files, round " << round;
+    }
+  }
+}
+
+TEST(TopSizeList, KeepsTheSameFilesFromManyThreads) {
+  TTree tree(2);
+  for (int round = 0; round < 20; ++round) {
+    std::shuffle(tree.fFiles.begin(), tree.fFiles.end(), tree.fRandom);
+    TRef<ITopSizeList> list = MakeRef<TTopSizeFileList>(50, u'/');
+    std::vector<std::thread> workers;
+    for (size_t thread = 0; thread < 4; ++thread) {
+      workers.emplace_back([&, thread] {
+        auto own = std::span<const TTopSizeEntry>(tree.fFiles).subspan(thread * 150, 150);
+        for (size_t i = 0; i < own.size(); i += 10) list->Add(own.subspan(i, 10));
+      });
+    }
+    for (std::thread& worker : workers) worker.join();
+    EXPECT_EQ(RowsOf(list->GetSnapshot()), LargestOf(tree.fFiles, 50));
+  }
+}
+
+TEST(TopSizeList, RemovesWhatLiesBelowAFolder) {
+  TTree tree(3);
+  TRef<IHierarchicalElement> removed = tree.fFolders[6];  // the second of the first level, with five below
+  ASSERT_EQ(removed->GetFullPath(), u"/r/b");
+  TRef<ITopSizeList> list = MakeRef<TTopSizeFileList>(100, u'/');
+  list->Add(tree.fFiles);
+  TEntries left;
+  for (const TTopSizeEntry& file : list->GetSnapshot()) {
+    std::u16string folder = file.fParentFolder->GetFullPath() + u'/';
+    if (!folder.starts_with(u"/r/b/")) left.push_back(file);
+  }
+  ASSERT_LT(left.size(), 100u);
+  EXPECT_TRUE(list->RemoveBelow(*removed));
+  EXPECT_EQ(RowsOf(list->GetSnapshot()), RowsOf(left));
+  EXPECT_FALSE(list->RemoveBelow(*removed));
+  // There is room again: the smallest file is welcome, and offering everything once more restores the list.
+  EXPECT_LE(list->GetThreshold(), 0);
+  list->Clear();
+  list->Add(tree.fFiles);
+  EXPECT_EQ(RowsOf(list->GetSnapshot()), LargestOf(tree.fFiles, 100));
+  EXPECT_TRUE(list->RemoveBelow(*tree.fTop));
+  EXPECT_TRUE(list->GetSnapshot().empty());
+}
+
+TEST(TopSizeList, TakesNothingWithoutRoomOrAfterDisposal) {
+  TTree tree(4);
+  TRef<ITopSizeList> none = MakeRef<TTopSizeFileList>(0, u'/');
+  EXPECT_EQ(none->GetThreshold(), std::numeric_limits<int64_t>::max());
+  none->Add({std::numeric_limits<int64_t>::max(), 0, {}, tree.fTop, u"huge"});
+  EXPECT_TRUE(none->GetSnapshot().empty());
+  TRef<ITopSizeList> list = MakeRef<TTopSizeFileList>(5, u'/');
+  list->Add(tree.fFiles);
+  EXPECT_EQ(list->GetThreshold(), 7);
+  list->Dispose();
+  EXPECT_EQ(list->GetThreshold(), std::numeric_limits<int64_t>::max());
+  list->Add({std::numeric_limits<int64_t>::max(), 0, {}, tree.fTop, u"huge"});
+  EXPECT_TRUE(list->GetSnapshot().empty());
+}
+
+}  // namespace
+}  // namespace Kiv

@@ -1,0 +1,532 @@
+#include "scan/engine/ScanEngine.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <thread>
+
+#include "model/roots/ScanRoots.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "tests/support/MemoryRoot.h"
+#include "tests/support/Recount.h"
+
+namespace Vantrel::ScanEngine {
+namespace {
+
+using namespace Kiv::Testing;
+
+// Half a day off the bounds of the age intervals, so that the age stays the same while a test runs.
+TKivFileTime DaysAgo(int64_t pDays) {
+  return {TKivFileTime::Now().fTicks - pDays * TKivFileTime::kTicksPerDay - TKivFileTime::kTicksPerDay / 2};
+}
+
+// Makes and changes trees. Every decision comes from one seed.
+class TRandomTree {
+ public:
+  explicit TRandomTree(uint32_t pSeed) : fRandom(pSeed) {}
+
+  int Below(int pBound) { return static_cast<int>(fRandom() % static_cast<uint32_t>(pBound)); }
+
+  void SetDates(TMemoryEntry& pEntry) {
+    if (Below(8) != 0) pEntry.fValues.fLastChangeDate = DaysAgo(Below(1000));
+    if (Below(8) != 0) pEntry.fValues.fLastAccessDate = DaysAgo(Below(1000));
+    pEntry.fValues.fCreationDate = DaysAgo(Below(1000));
+  }
+
+  void AddFile(TMemoryEntry& pFolder) {
+    static const char16_t* const kExtensions[] = {u".txt", u".TXT", u".c", u".mp3", u"", u".", u".tar.gz"};
+    static const char16_t* const kOwners[] = {u"", u"root", u"anna", u"bert"};
+    TMemoryEntry& file = pFolder.AddFile(Name(u"f") + kExtensions[Below(7)], Below(4) == 0 ? 0 : Below(100'000));
+    file.fValues.fAllocated = (file.fValues.fSize + 4095) / 4096 * 4096;
+    if (Below(5) == 0) file.fValues.fAttributes |= kAttributeCompressed;
+    file.fOwnerId = static_cast<uint64_t>(Below(4));
+    file.fOwner = kOwners[file.fOwnerId];
+    SetDates(file);
+  }
+
+  TMemoryEntry& AddFolder(TMemoryEntry& pParent, int pDepth) {
+    TMemoryEntry& folder = pParent.AddFolder(Name(u"folder "));
+    SetDates(folder);
+    folder.fCanDescend = Below(20) != 0;
+    Fill(folder, pDepth);
+    return folder;
+  }
+
+  void Fill(TMemoryEntry& pFolder, int pDepth) {
+    for (int i = Below(6); i > 0; --i) AddFile(pFolder);
+    if (pDepth == 0) return;
+    for (int i = Below(5); i > 0; --i) AddFolder(pFolder, pDepth - 1);
+  }
+
+  // Changes what lies directly in a folder, in one of several ways.
+  void Change(TMemoryEntry& pFolder) {
+    const int removeFiles = Below(4);  // of 0 none, of 3 all
+    const int removeFolders = Below(4);
+    for (TMemoryEntry& child : pFolder.fChildren) {
+      const int share = child.IsFolder() ? removeFolders : removeFiles;
+      if (Below(3) < share) child.fRemoved = true;
+      if (!child.fRemoved && !child.IsFolder() && Below(3) == 0) child.fValues.fSize += Below(200'000);
+    }
+    for (int i = Below(4); i > 0; --i) AddFile(pFolder);
+    for (int i = Below(3); i > 0; --i) AddFolder(pFolder, Below(3));
+  }
+
+ private:
+  std::u16string Name(std::u16string_view pPrefix) {
+    return std::u16string(pPrefix) + FromUtf8(std::to_string(++fNames));
+  }
+
+  std::mt19937 fRandom;
+  int fNames = 0;
+};
+
+struct TScannedStorage : TMemoryRoot {
+  explicit TScannedStorage(int pThreads, std::u16string pPath = u"/memory")
+      : TMemoryRoot(TMemoryStorage::Create(pPath), pPath) {
+    fOptions->MaximumThreads = pThreads;
+    fOptions->NumberOfTopFiles = 7;
+    fOptions->CollectOwners = true;
+    fOptions->FileAgesDateType = TDateType::dtLastChange;
+    fOptions->LongPathLength = 45;
+    fSettings.fPath = pPath;
+  }
+
+  std::string TreeDifferences() {
+    fSettings.fNow = fRoot->GetScanTimeStamp();
+    fSettings.fLongPathLength = static_cast<size_t>(fOptions->LongPathLength);
+    fSettings.fFolderDateBasedOnFilesOnly = fOptions->FolderDateBasedOnFilesOnly;
+    return Difference(RecountStorage(Top(), fSettings), ReadTree(*fRoot->GetTopFolder()));
+  }
+  // With the list of largest files.
+  std::string Differences() {
+    std::string text = TreeDifferences();
+    std::vector<std::pair<int64_t, std::u16string>> listed;
+    for (const TTopSizeEntry& entry : fRoot->GetTopSizeList()->GetSnapshot())
+      listed.emplace_back(entry.fSize, entry.fParentFolder->GetFullPath() + u"/" + entry.fName);
+    const auto expected = LargestFiles(Top(), fSettings, 7);
+    for (size_t i = 0; i < std::max(listed.size(), expected.size()); ++i) {
+      auto of = [i](const auto& pList) {
+        return i < pList.size() ? std::to_string(pList[i].first) + " " + ToUtf8(pList[i].second) : "none";
+      };
+      if (of(listed) != of(expected)) text += "largest file: " + of(listed) + " for " + of(expected) + "\n";
+    }
+    return text;
+  }
+
+  // All nodes, the top folder first.
+  std::vector<TRef<IFolderData>> Nodes() {
+    std::vector<TRef<IFolderData>> nodes{fRoot->GetTopFolder()};
+    for (size_t i = 0; i < nodes.size(); ++i)
+      for (TRef<IFolderData>& child : nodes[i]->FindSubFolders())
+        if (!child->IsFileGroup()) nodes.push_back(child);
+    return nodes;
+  }
+  TRef<IFolderData> Node(const std::u16string& pPath) {
+    for (TRef<IFolderData>& node : Nodes())
+      if (node->GetFullPath() == pPath) return node;
+    return nullptr;
+  }
+  // The storage's entry of a node.
+  TMemoryEntry& Entry(IFolderData& pNode) {
+    return fStorage->Folder(std::u16string_view(pNode.GetFullPath()).substr(std::min(
+        pNode.GetFullPath().size(), fSettings.fPath.size() + 1)));
+  }
+  std::string UnfinishedNodes() {
+    std::string text;
+    for (const TRef<IFolderData>& node : Nodes())
+      if ((node->GetFolderState() & (fsScanning | fsRemoving | fsUpdatePending | fsSubFolderScanningFinished)) !=
+          fsSubFolderScanningFinished)
+        text += ToUtf8(node->GetFullPath()) + " has state " + std::to_string(node->GetFolderState()) + "\n";
+    return text;
+  }
+
+  TRecountSettings fSettings;
+};
+
+TEST(ScanEngine, TotalsEqualTheRecountWithAnyNumberOfThreads) {
+  for (uint32_t seed = 1; seed <= 12; ++seed)
+    for (int threads : {1, 2, 16}) {
+      TScannedStorage scanned(threads);
+      scanned.fOptions->FolderDateBasedOnFilesOnly = seed % 3 == 0;
+      TRandomTree random(seed);
+      random.SetDates(scanned.Top());
+      random.Fill(scanned.Top(), 5);
+      scanned.Scan();
+      SCOPED_TRACE(testing::Message() << "seed " << seed << ", threads " << threads);
+      EXPECT_EQ("", scanned.Differences());
+      EXPECT_EQ("", scanned.UnfinishedNodes());
+      EXPECT_TRUE(scanned.fRoot->GetErrors().empty());
+      EXPECT_EQ(rsFinished, scanned.fRoot->GetState());
+      const TScanProgress progress = scanned.fRoot->GetProgress();
+      const TSizeValues total = scanned.fRoot->GetTopFolder()->GetValues();
+      EXPECT_EQ(total.fFiles, progress.fFiles);
+      EXPECT_EQ(total.fFolders, progress.fFolders);
+      EXPECT_EQ(total.fSize, progress.fBytes);
+    }
+}
+
+// After any sequence of changes, each looked at by a refresh of the right kind, the tree is that of a fresh scan.
+TEST(ScanEngine, RefreshesResetsAndRemovalsLeaveTheTreeOfAFreshScan) {
+  for (uint32_t seed = 1; seed <= 16; ++seed) {
+    TScannedStorage scanned(seed % 2 == 0 ? 1 : 4);
+    TRandomTree random(1000 + seed);
+    random.Fill(scanned.Top(), 4);
+    scanned.Scan();
+    for (int step = 0; step < 25; ++step) {
+      std::vector<TRef<IFolderData>> nodes = scanned.Nodes();
+      TRef<IFolderData> node = nodes[static_cast<size_t>(random.Below(static_cast<int>(nodes.size())))];
+      TMemoryEntry& entry = scanned.Entry(*node);
+      const int action = random.Below(4);
+      SCOPED_TRACE(testing::Message() << "seed " << seed << ", step " << step << ", action " << action << " on "
+                                      << ToUtf8(node->GetFullPath()));
+      if (!entry.fCanDescend) continue;
+      switch (action) {
+        case 0:
+          random.Change(entry);
+          ASSERT_TRUE(node->Refresh(false));
+          break;
+        case 1:  // anything beneath
+          random.Change(entry);
+          for (TMemoryEntry& child : entry.fChildren)
+            if (child.IsFolder() && !child.fRemoved) random.Change(child);
+          ASSERT_TRUE(node->Refresh(true));
+          break;
+        case 2:
+          if (!node->GetParentFolder()) continue;
+          entry.fRemoved = true;
+          // Either is the end of the node: the user takes it out, or a refresh finds that it is gone.
+          ASSERT_TRUE(random.Below(2) == 0 ? scanned.fRoot->RemoveFolder(*node) : node->Refresh(random.Below(2) == 0));
+          break;
+        default:
+          node->Reset();
+          entry.fVanished = true;  // for the recount: nothing is known beneath
+          ASSERT_EQ("", scanned.TreeDifferences());
+          entry.fVanished = false;
+          ASSERT_TRUE(node->Refresh(true));
+      }
+      ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+      ASSERT_EQ("", scanned.Differences());
+      ASSERT_EQ("", scanned.UnfinishedNodes());
+      ASSERT_TRUE(scanned.fRoot->GetErrors().empty());
+    }
+  }
+}
+
+TEST(ScanEngine, AFolderBecomesAParentAndALeafAgain) {
+  TScannedStorage scanned(2);
+  scanned.Top().AddFile(u"own.txt", 10);
+  scanned.Scan();
+  TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
+  EXPECT_EQ(nullptr, top->GetFilesNode());
+  EXPECT_EQ(1u, top->FindFiles().size());
+
+  TMemoryEntry& folder = scanned.Top().AddFolder(u"new");
+  folder.fValues.fLastChangeDate = DaysAgo(1);
+  folder.AddFile(u"inner.txt", 5);
+  auto refresh = [&] {
+    ASSERT_TRUE(top->Refresh(false));
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    EXPECT_EQ("", scanned.Differences());
+  };
+  refresh();
+  ASSERT_NE(nullptr, top->GetFilesNode());
+  EXPECT_EQ(10, top->GetFilesNode()->GetSize());
+  EXPECT_EQ(2u, top->FindSubFolders().size());
+  EXPECT_NE(0, scanned.Node(u"/memory/new")->GetFolderState() & fsDetectedDuringRefresh);
+
+  folder.fRemoved = true;
+  refresh();
+  EXPECT_EQ(nullptr, top->GetFilesNode());
+  EXPECT_TRUE(top->FindSubFolders().empty());
+  EXPECT_EQ(1u, top->FindFiles().size());
+}
+
+// Every call of Next of a small tree fails in turn.
+TEST(ScanEngine, AListingThatBreaksOffKeepsWhatItBroughtAndGivesOneError) {
+  TScannedStorage scanned(2);
+  TRandomTree random(4711);
+  random.Fill(scanned.Top(), 3);
+  std::vector<std::pair<TMemoryEntry*, std::u16string>> folders{{&scanned.Top(), u"/memory"}};
+  for (size_t i = 0; i < folders.size(); ++i)
+    for (TMemoryEntry& child : folders[i].first->fChildren)
+      if (child.IsFolder() && child.fCanDescend) folders.emplace_back(&child, folders[i].second + u"/" + child.fName);
+  ASSERT_GT(folders.size(), 10u);
+  for (auto& [folder, path] : folders) {
+    for (int next = 1; next <= static_cast<int>(folder->fChildren.size()) + 1; ++next) {
+      SCOPED_TRACE(testing::Message() << ToUtf8(path) << ", call " << next);
+      folder->FailListing(next, TMemoryStorage::AccessDeniedCode());
+      scanned.Scan();
+      EXPECT_EQ("", scanned.Differences());
+      EXPECT_EQ("", scanned.UnfinishedNodes());
+      const std::vector<TScanError> errors = scanned.fRoot->GetErrors();
+      ASSERT_EQ(1u, errors.size());
+      EXPECT_EQ(path, errors[0].fPath);
+      EXPECT_EQ(path, errors[0].fObject->GetFullPath());
+      EXPECT_EQ(TEnumeratorError::eeAccessDenied, errors[0].fKind);
+      EXPECT_EQ(next > 1, errors[0].fPartial);
+      EXPECT_EQ(rsFinished | rsHasErrors, scanned.fRoot->GetState());
+    }
+    folder->FailListing(0, 0);
+  }
+  EXPECT_EQ(0, scanned.fStorage->CountLiveEnumerators());
+}
+
+TEST(ScanEngine, ErrorsOfAFolderGoWhenItIsReadableAgain) {
+  TScannedStorage scanned(1);
+  TMemoryEntry& folder = scanned.Top().AddFolder(u"secret");
+  folder.AddFile(u"a", 3);
+  folder.FailListing(1, TMemoryStorage::AccessDeniedCode());
+  scanned.Scan();
+  for (bool recursive : {false, true}) {
+    // A second look that fails as well is still one error.
+    scanned.Node(u"/memory/secret")->Refresh(recursive);
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    EXPECT_EQ(1u, scanned.fRoot->GetErrors().size()) << recursive;
+    EXPECT_EQ(1, scanned.fRoot->GetProgress().fErrors);
+  }
+  folder.FailListing(0, 0);
+  scanned.Node(u"/memory/secret")->Refresh(false);
+  ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+  EXPECT_TRUE(scanned.fRoot->GetErrors().empty());
+  EXPECT_EQ(0u, scanned.fRoot->GetState() & rsHasErrors);
+  EXPECT_EQ("", scanned.Differences());
+}
+
+TEST(ScanEngine, AFolderThatVanishedSinceItsParentWasListed) {
+  TScannedStorage scanned(2);
+  scanned.Top().AddFolder(u"here").AddFile(u"a", 1);
+  TMemoryEntry& gone = scanned.Top().AddFolder(u"gone");
+  gone.AddFile(u"never seen", 100);
+  gone.fVanished = true;
+  scanned.Scan();
+  EXPECT_EQ("", scanned.Differences());
+  ASSERT_EQ(1u, scanned.fRoot->GetErrors().size());
+  EXPECT_EQ(TMemoryStorage::NotFoundCode(), scanned.fRoot->GetErrors()[0].fCode);
+  EXPECT_FALSE(scanned.fRoot->GetErrors()[0].fPartial);
+  EXPECT_EQ(1, scanned.fRoot->GetTopFolder()->GetSize());
+}
+
+TEST(ScanEngine, AnErrorThatAnEnumeratorRaisesIsRecordedLikeOthers) {
+  TScannedStorage scanned(1);
+  scanned.Top().AddFile(u"a", 7);
+  scanned.Top().AddFolder(u"below").AddFile(u"b", 5);
+  scanned.Top().FailListing(3, TMemoryStorage::AccessDeniedCode());
+  scanned.Top().fRaises = true;
+  scanned.Scan();
+  EXPECT_EQ("", scanned.Differences());
+  ASSERT_EQ(1u, scanned.fRoot->GetErrors().size());
+  EXPECT_TRUE(scanned.fRoot->GetErrors()[0].fPartial);
+  EXPECT_EQ(TMemoryStorage::AccessDeniedCode(), scanned.fRoot->GetErrors()[0].fCode);
+}
+
+TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
+  for (bool dispose : {false, true}) {
+    TScannedStorage scanned(1);
+    scanned.Top().AddFile(u"top.txt", 1);
+    TMemoryEntry& held = scanned.Top().AddFolder(u"held");
+    held.AddFile(u"counted", 2);
+    held.AddFolder(u"never reached").AddFile(u"a", 4);
+    held.AddFile(u"not counted", 8);
+    scanned.Top().AddFolder(u"waiting").AddFile(u"b", 16);
+    TGate gate;
+    held.fGate = &gate;
+    scanned.Begin();
+    TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
+    gate.WaitUntilReached();
+    EXPECT_FALSE(scanned.fRoot->WaitForScan(0));
+    EXPECT_FALSE(top->Refresh(true));
+    EXPECT_FALSE(scanned.fRoot->RemoveFolder(*top));
+    EXPECT_THROW(scanned.fRoot->Scan(), EInvalidOperation);
+    if (dispose) {
+      std::thread disposing([&] { scanned.fRoot->Dispose(); });
+      while (!scanned.fRoot->GetScanConfiguration().GetCancellationToken()->IsCancelled()) std::this_thread::yield();
+      gate.Open();
+      disposing.join();
+      EXPECT_NE(0u, scanned.fRoot->GetState() & rsDisposed);
+      EXPECT_EQ(nullptr, scanned.fRoot->GetTopFolder());
+      EXPECT_NE(0, top->GetFolderState() & fsDisposed);
+      EXPECT_EQ(0, scanned.fStorage->CountLiveEnumerators());
+      continue;
+    }
+    scanned.fRoot->CancelScan();
+    gate.Open();
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    EXPECT_EQ(rsCancelled, scanned.fRoot->GetState());
+    // The other folder may have been scanned before or not; what was held stopped at its first sub-folder.
+    TRef<IFolderData> heldNode = scanned.Node(u"/memory/held");
+    EXPECT_EQ(2, heldNode->GetSize());
+    EXPECT_EQ(0u, heldNode->GetSubFolderCount());
+    for (const TRef<IFolderData>& node : scanned.Nodes()) {
+      EXPECT_EQ(0, node->GetFolderState() & fsScanning) << ToUtf8(node->GetFullPath());
+      const bool finished = node->GetFullPath() == u"/memory/waiting" && node->GetSize() == 16;
+      EXPECT_EQ(finished, (node->GetFolderState() & fsSubFolderScanningFinished) != 0) << ToUtf8(node->GetFullPath());
+    }
+    held.fGate = nullptr;
+    scanned.Scan();  // a new scan starts afresh
+    EXPECT_EQ("", scanned.Differences());
+    EXPECT_EQ(rsFinished, scanned.fRoot->GetState());
+  }
+}
+
+TEST(ScanEngine, ScansThatRunAtOnceShareTheThreads) {
+  TScannedStorage first(2), second(2, u"/other");
+  auto services = MakeRef<TMemoryServices>();
+  auto options = std::make_shared<TGlobalOptions>(*first.fOptions);
+  TRef<IScanRoots> roots = CreateScanRoots(services, options);
+  std::vector<TRef<IHierarchicalRoot>> opened;
+  std::vector<std::unique_ptr<TGate>> gates;
+  for (const char16_t* path : {u"/a", u"/b", u"/c"}) {
+    opened.push_back(roots->CreateRoot(path));
+    auto storage = services->fStorages[opened.back()->GetPath()] = TMemoryStorage::Create(opened.back()->GetPath());
+    storage->Top().AddFile(u"x", 1);
+    gates.push_back(std::make_unique<TGate>());
+    storage->Top().fGate = gates.back().get();
+  }
+  for (size_t i = 0; i < opened.size(); ++i) {
+    opened[i]->Scan();
+    gates[i]->WaitUntilReached();
+    EXPECT_EQ(static_cast<int32_t>(i) + 1, roots->CountActiveScans());
+  }
+  // Of two threads the first scan gets both, the second one, the third none; the engine makes one of none.
+  EXPECT_EQ((std::vector<int32_t>{2, 1, 0}), services->fThreads);
+  EXPECT_EQ(u"Threads: 1 of max 2", opened[0]->GetScanEngine()->GetStatusText());
+  EXPECT_EQ(u"Threads: 1 of max 1", opened[2]->GetScanEngine()->GetStatusText());
+  for (auto& gate : gates) gate->Open();
+  for (auto& root : opened) EXPECT_TRUE(root->WaitForScan(kForever));
+  EXPECT_EQ(3, roots->GetVirtualRoot()->GetTopFolder()->GetSize());
+  EXPECT_EQ(3, roots->GetVirtualRoot()->GetTopFolder()->GetFolders());
+  roots->Dispose();
+}
+
+TEST(ScanEngine, DatesLongPathsAndDepthAtTheirLimits) {
+  TScannedStorage scanned(2);
+  scanned.fOptions->FolderDateBasedOnFilesOnly = true;
+  scanned.fOptions->LongPathLength = 20;
+  TMemoryEntry& empty = scanned.Top().AddFolder(u"empty");
+  empty.fValues.fLastChangeDate = empty.fValues.fLastAccessDate = DaysAgo(3);
+  scanned.Top().AddFolder(u"long").AddFile(u"12345678", 1);   // "/memory/long/12345678" has 21
+  scanned.Top().AddFolder(u"equal").AddFile(u"123456", 1);    // "/memory/equal/123456" has 20
+  scanned.Top().AddFolder(u"short").AddFile(u"12345", 1);     // 19
+  scanned.Top().AddFolder(u"a folder itself does not count");
+  scanned.Scan();
+  auto isLong = [&](const char16_t* pName) {
+    return (scanned.Node(std::u16string(u"/memory/") + pName)->GetFolderState() & fsContainsLongPaths) != 0;
+  };
+  EXPECT_TRUE(isLong(u"long"));
+  EXPECT_TRUE(isLong(u"equal"));
+  EXPECT_FALSE(isLong(u"short"));
+  EXPECT_FALSE(isLong(u"a folder itself does not count"));
+  EXPECT_FALSE(scanned.Node(u"/memory/empty")->GetLastChangeDate().IsSet());
+  EXPECT_FALSE(scanned.fRoot->GetTopFolder()->GetLastAccessDate().IsSet());
+}
+
+TEST(ScanEngine, ThousandsOfLevels) {
+  TScannedStorage scanned(2);
+  // Statistics off: every folder adds its files to all of its up to 4,000 ancestors, which takes its time as it is.
+  scanned.fOptions->CollectOwners = scanned.fOptions->CollectExtensions = scanned.fOptions->KeepFiles = false;
+  scanned.fOptions->FileAgesDateType = TDateType::dtNone;
+  TMemoryEntry* folder = &scanned.Top();
+  for (int level = 0; level < 4'000; ++level) {
+    folder->AddFile(u"f", 1);
+    folder = &folder->AddFolder(u"d");
+  }
+  scanned.Scan();
+  const TSizeValues total = scanned.fRoot->GetTopFolder()->GetValues();
+  EXPECT_EQ(4'000, total.fSize);
+  EXPECT_EQ(4'000, total.fFolders);
+  TRef<IFolderData> node = scanned.fRoot->GetTopFolder();
+  for (int level = 0; level < 2'000; ++level)
+    for (TRef<IFolderData>& child : node->FindSubFolders())
+      if (!child->IsFileGroup()) node = child;
+  EXPECT_EQ(2'000, node->GetSize());
+  EXPECT_EQ(7 + 2 * 2'000u, node->GetFullPath().size());
+  EXPECT_TRUE(scanned.fRoot->RemoveFolder(*node));
+  EXPECT_EQ(2'000, scanned.fRoot->GetTopFolder()->GetSize());
+  EXPECT_EQ(1'999, scanned.fRoot->GetTopFolder()->GetFolders());
+}
+
+// The largest files are offered again from the tree when some of them leave; without files in the tree nobody can.
+TEST(ScanEngine, WithoutKeptFilesTheOtherLargestFilesStayListed) {
+  TScannedStorage scanned(1);
+  scanned.fOptions->KeepFiles = false;
+  scanned.Top().AddFile(u"stays", 100);
+  TMemoryEntry& folder = scanned.Top().AddFolder(u"goes");
+  folder.AddFile(u"largest", 200);
+  scanned.Scan();
+  scanned.fRoot->RemoveFolder(*scanned.Node(u"/memory/goes"));
+  const std::vector<TTopSizeEntry> largest = scanned.fRoot->GetTopSizeList()->GetSnapshot();
+  ASSERT_EQ(1u, largest.size());
+  EXPECT_EQ(u"stays", largest[0].fName);
+}
+
+// With every thread held at a gate, what one worker gives away piles up in the queue.
+TEST(ScanEngine, TheQueueStaysBounded) {
+  struct TCase {
+    int fCpu;
+    int32_t fMost;
+  };
+  // Beyond the pool's two threads only while the processor has time left, and never more than 20 for each thread.
+  for (const TCase& bound : {TCase{0, 20 * 2 + 1}, TCase{100, 2 + 1}}) {
+    TScannedStorage scanned(2);
+    scanned.fServices->fPoolSettings.fCpuUsage = [cpu = bound.fCpu] { return cpu; };
+    scanned.fServices->fPoolSettings.fTickCount = [tick = std::make_shared<std::atomic<int64_t>>(0)] {
+      return *tick += 1000;
+    };
+    TGate gate;
+    for (int i = 0; i < 300; ++i) {
+      TMemoryEntry& folder = scanned.Top().AddFolder(u"d" + FromUtf8(std::to_string(i)));
+      folder.AddFile(u"f", 1);
+      folder.fGate = &gate;
+    }
+    scanned.Begin();
+    auto& pool = *static_cast<TScanEngine&>(*scanned.fRoot->GetScanEngine()).GetWorkerThreadPool();
+    gate.WaitUntilReached();
+    int32_t most = 0;
+    // Until every thread that there is stands at the gate, the queue has not reached its length.
+    for (int32_t length = -1; length != pool.GetQueueLength() || length < 2;) {
+      length = pool.GetQueueLength();
+      most = std::max(most, length);
+      std::this_thread::yield();
+    }
+    EXPECT_LE(most, bound.fMost);
+    EXPECT_GE(most, 2);
+    gate.Open();
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    EXPECT_EQ("", scanned.Differences());
+  }
+}
+
+TEST(ScanEngine, CpuCapAndPreStartedThreads) {
+  const std::pair<int, int> caps[] = {{1, 80}, {4, 80}, {5, 75}, {6, 70}, {8, 60}, {64, 60}};
+  for (const auto& [processors, cap] : caps) EXPECT_EQ(cap, CpuCapOf(processors)) << processors;
+  const std::pair<int, int> started[] = {{1, 1}, {2, 2}, {3, 2}, {5, 3}, {8, 4}};
+  for (const auto& [maximum, minimum] : started) EXPECT_EQ(minimum, PreStartedThreads(maximum)) << maximum;
+}
+
+TEST(ScanEngine, RootsOfOneFileOfAMissingPathAndOfAMask) {
+  TScannedStorage scanned(1);
+  scanned.Top().AddFile(u"a.txt", 1);
+  scanned.Top().AddFile(u"b.log", 2);
+  scanned.Top().AddFolder(u"c.txt").AddFile(u"inner.log", 4);
+  auto masked = MakeRef<TCustomUnixRoot>(u"/memory", u"/memory/*.txt", scanned.fServices, scanned.fOptions, nullptr);
+  masked->Scan();
+  ASSERT_TRUE(masked->WaitForScan(kForever));
+  EXPECT_EQ(u"/memory/*.txt", masked->GetTitle());
+
+  EXPECT_EQ(1u, masked->GetTopFolder()->FindFiles().size());
+  EXPECT_EQ(2, masked->GetProgress().fExcludedObjects);
+  EXPECT_EQ(1, masked->GetTopFolder()->GetSize());
+  masked->Dispose();
+
+  auto missing = MakeRef<TCustomUnixRoot>(u"/nowhere", u"", scanned.fServices, scanned.fOptions, nullptr);
+  missing->Scan();
+  EXPECT_TRUE(missing->WaitForScan(0));
+  EXPECT_EQ(rsPathNotFound | rsHasErrors, missing->GetState());
+  ASSERT_EQ(1u, missing->GetErrors().size());
+  EXPECT_EQ(u"/nowhere", missing->GetErrors()[0].fPath);
+  missing->Dispose();
+}
+
+}  // namespace
+}  // namespace Vantrel::ScanEngine

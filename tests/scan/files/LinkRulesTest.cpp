@@ -1,0 +1,198 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/system/DebugLog.h"
+#include "scan/storage/FileSystemEnumerator.h"
+#include "scan/files/LinkRules.h"
+#include "tests/support/MemoryEnumerator.h"
+
+namespace Kiv::Enumerators {
+namespace {
+
+std::string Narrow(std::u16string_view pText) {
+  return std::string(pText.begin(), pText.end());
+}
+
+TEST(LinkRules, RootedTargetCountsFromTheLinksFolder) {
+  struct TCase {
+    char16_t fDelimiter;
+    const char16_t* fLink;
+    const char16_t* fTarget;
+    const char16_t* fExpected;
+  };
+  const TCase cases[] = {
+      {u'/', u"/a/link", u"b", u"/a/b"},
+      {u'/', u"/a/link", u"./b/../c", u"/a/c"},
+      {u'/', u"/a/link", u"..", u"/"},
+      {u'/', u"/a/link", u"../../../b", u"/b"},
+      {u'/', u"/a/link", u"/x/../y/", u"/y"},
+      {u'/', u"/link", u".", u"/"},
+      {u'/', u"/a/link", u"b\\c", u"/a/b\\c"},
+      {u'/', u"/a/link", u"", u""},
+      {u'\\', u"C:\\a\\link", u"b", u"C:\\a\\b"},
+      {u'\\', u"C:\\a\\link", u"..\\..\\..\\b", u"C:\\b"},
+      {u'\\', u"C:\\a\\link", u"\\b", u"C:\\b"},
+      {u'\\', u"C:\\a\\link", u"../b", u"C:\\b"},
+      {u'\\', u"\\\\server\\share\\a\\link", u"\\b", u"\\\\server\\share\\b"},
+      {u'\\', u"C:\\a\\link", u"D:\\x\\..\\y", u"D:\\y"},
+      {u'\\', u"C:\\a\\link", u"\\\\server\\share\\b", u"\\\\server\\share\\b"},
+  };
+  for (const TCase& c : cases)
+    EXPECT_EQ(Narrow(RootedLinkTarget(c.fLink, c.fTarget, c.fDelimiter)), Narrow(c.fExpected))
+        << Narrow(c.fLink) << " -> " << Narrow(c.fTarget);
+}
+
+TEST(LinkRules, LinkIsFollowedOnlyOutOfTheScannedTree) {
+  struct TCase {
+    const char* fWhat;
+    char16_t fDelimiter;
+    const char16_t* fLink;
+    const char16_t* fTarget;
+    const char16_t* fRoot;
+    const char16_t* fResolvedParent;
+    bool fFollowed;
+  };
+  const TCase cases[] = {
+      {"no target", u'/', u"/r/l", u"", u"/r", u"/r", false},
+      {"elsewhere", u'/', u"/r/l", u"/other", u"/r", u"/r", true},
+      {"the root", u'/', u"/r/a/l", u"/r", u"/r", u"/r/a", false},
+      {"inside the root", u'/', u"/r/a/l", u"/r/b", u"/r", u"/r/a", false},
+      {"above the root", u'/', u"/p/r/l", u"/p", u"/p/r", u"/p/r", false},
+      {"relative, back into the root", u'/', u"/r/a/l", u"../b", u"/r", u"/r/a", false},
+      {"relative, out of the root", u'/', u"/r/l", u"../other", u"/r", u"/r", true},
+      {"a name that begins like the root's", u'/', u"/r/l", u"/root", u"/r", u"/r", true},
+      {"everything is inside /", u'/', u"/a/l", u"/b", u"/", u"/a", false},
+      {"letter case counts", u'/', u"/r/l", u"/R", u"/r", u"/r", true},
+      {"the parent as the system sees it", u'/', u"/r/a/l", u"/real/a", u"/r", u"/real/a", false},
+      {"above the resolved parent", u'/', u"/r/a/l", u"/real", u"/r", u"/real/a", false},
+      {"inside the resolved parent", u'/', u"/r/a/l", u"/real/a/b", u"/r", u"/real/a", false},
+      {"beside the resolved parent", u'/', u"/r/a/l", u"/real/b", u"/r", u"/real/a", true},
+      {"a parent that cannot be resolved counts as written", u'/', u"/q/a/l", u"/q", u"/r", u"", false},
+      {"another drive", u'\\', u"C:\\r\\l", u"D:\\r", u"C:\\r", u"C:\\r", true},
+      {"letter case does not count", u'\\', u"C:\\r\\l", u"c:\\R\\b", u"C:\\r", u"C:\\r", false},
+      {"above, up to the drive", u'\\', u"C:\\r\\l", u"C:\\", u"C:\\r", u"C:\\r", false},
+      {"another share", u'\\', u"\\\\s\\one\\l", u"\\\\s\\two", u"\\\\s\\one", u"\\\\s\\one", true},
+  };
+  for (const TCase& c : cases) {
+    auto resolver = [&](const std::u16string&) { return std::u16string(c.fResolvedParent); };
+    EXPECT_EQ(FollowLink(c.fLink, c.fTarget, c.fRoot, c.fDelimiter, resolver), c.fFollowed) << c.fWhat;
+  }
+}
+
+TEST(LinkRules, ParentIsResolvedOnlyWhenTheFirstTestPasses) {
+  std::vector<std::u16string> asked;
+  auto resolver = [&](const std::u16string& pPath) {
+    asked.push_back(pPath);
+    return pPath;
+  };
+  EXPECT_FALSE(FollowLink(u"/r/a/l", u"/r/b", u"/r", u'/', resolver));
+  EXPECT_TRUE(asked.empty());
+  EXPECT_TRUE(FollowLink(u"/r/a/l", u"/x", u"/r", u'/', resolver));
+  EXPECT_EQ(asked, std::vector<std::u16string>{u"/r/a"});
+}
+
+TEST(LinkRules, UnresolvedLinkAsksTheSettingsOnlyForOtherErrors) {
+  std::vector<std::string> lines;
+  SetDebugLogSink([&](std::u16string_view pLine) { lines.push_back(Narrow(pLine)); });
+  auto decide = [](TLinkKind pKind, TEnumeratorError pError, THierarchicalEnumeratorOptions pOptions) {
+    return DecideUnresolvedLink(u"C:\\a\\link", pKind, 1117, pError, pOptions);
+  };
+  const auto both = heoFollowSymbolicLinks | heoFollowMountPoints;
+  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeOk, 0), TLinkDecision::ldOrdinary);
+  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeAccessDenied, both), TLinkDecision::ldNotFollowed);
+  EXPECT_TRUE(lines.empty());
+
+  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeOther, heoFollowSymbolicLinks),
+            TLinkDecision::ldFollowed);
+  EXPECT_EQ(decide(TLinkKind::lkMountPoint, TEnumeratorError::eeOther, heoFollowSymbolicLinks),
+            TLinkDecision::ldNotFollowed);
+  EXPECT_EQ(decide(TLinkKind::lkMountPoint, TEnumeratorError::eeOther, heoFollowMountPoints),
+            TLinkDecision::ldFollowed);
+  SetDebugLogSink({});
+  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeOther, 0), TLinkDecision::ldNotFollowed);
+  const std::vector<std::string> expected = {
+      "Link destination for C:\\a\\link could not be resolved with ErrorCode 1117. Basing decision on settings (True, "
+      "False)",
+      "Link destination for C:\\a\\link could not be resolved with ErrorCode 1117. Basing decision on settings (True, "
+      "False)",
+      "Link destination for C:\\a\\link could not be resolved with ErrorCode 1117. Basing decision on settings (False, "
+      "True)"};
+  EXPECT_EQ(lines, expected);
+}
+
+TEST(LinkRules, NetworkErrorsAreForgivenWhenTheFolderAnswersAfterAll) {
+  int asked = 0;
+  auto answer = [&](bool pAnswer) {
+    return [&asked, pAnswer] {
+      ++asked;
+      return pAnswer;
+    };
+  };
+  EXPECT_EQ(ClassifyEnumeratorError(0, answer(false)), TEnumeratorError::eeOk);
+  EXPECT_EQ(ClassifyEnumeratorError(Testing::TMemoryStorage::AccessDeniedCode(), answer(true)),
+            TEnumeratorError::eeAccessDenied);
+  EXPECT_EQ(ClassifyEnumeratorError(1117, answer(true)), TEnumeratorError::eeOther);
+  EXPECT_EQ(asked, 0);
+  for (uint32_t code : {1722U, 1707U}) {
+    EXPECT_EQ(ClassifyEnumeratorError(code, answer(true)), TEnumeratorError::eeOk);
+    EXPECT_EQ(ClassifyEnumeratorError(code, answer(false)), TEnumeratorError::eeOther);
+    EXPECT_EQ(ClassifyEnumeratorError(code, {}), TEnumeratorError::eeOther);
+  }
+  EXPECT_EQ(asked, 4);
+}
+
+TEST(LinkRules, AllocatedSize) {
+  struct TCase {
+    const char* fWhat;
+    TAllocationFacts fFacts;
+    int64_t fExpected;
+  };
+  const TCase cases[] = {
+      {"a folder has none", {true, 8192, 4096, false, 0, 1}, 0},
+      {"an ordinary file", {false, 8192, 4096, false, 0, 1}, 8192},
+      {"300 bytes in the file record", {false, 304, 4096, false, 0, 1}, 0},
+      {"one cluster is not in the record", {false, 4096, 4096, false, 0, 1}, 4096},
+      {"unknown cluster size", {false, 304, 0, false, 0, 1}, 304},
+      {"two links", {false, 8192, 4096, true, 0, 2}, 4096},
+      {"three links, cut to whole bytes", {false, 8192, 4096, true, 0, 3}, 2730},
+      {"one link with streams", {false, 8192, 4096, true, 100, 1}, 8292},
+      {"two links with streams", {false, 8192, 4096, true, 101, 2}, 4146},
+      {"a count of zero is no division", {false, 8192, 4096, true, 0, 0}, 8192},
+      {"links do not count when not shared", {false, 8192, 4096, false, 100, 2}, 8192},
+  };
+  for (const TCase& c : cases) EXPECT_EQ(AllocatedSizeOf(c.fFacts), c.fExpected) << c.fWhat;
+}
+
+TEST(LinkRules, Attributes) {
+  EXPECT_EQ(AdjustedAttributes(0x8020), 0x20U);
+  EXPECT_EQ(AdjustedAttributes(0x400020), 0x401020U);
+  EXPECT_EQ(AdjustedAttributes(0x1020), 0x1020U);
+}
+
+TEST(FileSystemEnumerator, FileUrlsBecomePaths) {
+  struct TCase {
+    char16_t fDelimiter;
+    const char16_t* fUrl;
+    const char16_t* fPath;
+  };
+  const TCase cases[] = {
+      {u'\\', u"C:\\a/b", u"C:\\a/b"},
+      {u'\\', u"file:C:/a/b", u"C:\\a\\b"},
+      {u'\\', u"FILE:///C:/a", u"C:\\a"},
+      {u'\\', u"File://server/share/a", u"\\\\server\\share\\a"},
+      {u'\\', u"file:\\\\?\\Volume{1}\\a", u"\\\\?\\Volume{1}\\a"},
+      {u'\\', u"files:", u"files:"},
+      {u'/', u"/a/file:b", u"/a/file:b"},
+      {u'/', u"file:/a", u"/a"},
+      {u'/', u"fiLE:///a\\b", u"/a\\b"},
+      {u'/', u"file:a", u"a"},
+      {u'/', u"file:///", u"/"},
+  };
+  for (const TCase& c : cases)
+    EXPECT_EQ(Narrow(PathOfFileUrl(c.fUrl, c.fDelimiter)), Narrow(c.fPath)) << Narrow(c.fUrl);
+}
+
+}  // namespace
+}  // namespace Kiv::Enumerators

@@ -1,0 +1,316 @@
+#include "scan/files/UnixEnumerator_posix.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+
+#include "platform/text/Text.h"
+
+namespace Kiv::Enumerators {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A folder of the file system for one test.
+class UnixEnumerator : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (fs::temp_directory_path() / "vantrel-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(pattern.data()));
+    fFolder = fs::canonical(pattern).string();
+  }
+  void TearDown() override {
+    if (!fFolder.empty()) (void)std::system(("chmod -R u+rwx " + fFolder + "; rm -rf " + fFolder).c_str());
+  }
+
+  std::string Path(const std::string& pName) const { return fFolder + "/" + pName; }
+  void Write(const std::string& pName, size_t pBytes) {
+    const int handle = open(Path(pName).c_str(), O_CREAT | O_WRONLY | O_EXCL, 0644);
+    ASSERT_GE(handle, 0) << pName;
+    const std::string bytes(pBytes, 'x');
+    ASSERT_EQ(static_cast<ssize_t>(pBytes), write(handle, bytes.data(), pBytes));
+    fsync(handle);  // some file systems allot blocks late
+    close(handle);
+  }
+  TRef<IHierarchicalEnumerator> Open(THierarchicalEnumeratorOptions pOptions = 0) const {
+    return TUnixEnumerator::CreateForPath(FromNativeBytes(fFolder), pOptions);
+  }
+
+  std::string fFolder;
+};
+
+struct TListed {
+  TEntryValues fValues;
+  bool fCanDescend;
+};
+
+std::map<std::string, TListed> List(IHierarchicalEnumerator& pEnumerator) {
+  std::map<std::string, TListed> entries;
+  while (pEnumerator.Next()) {
+    const std::string name = ToNativeBytes(pEnumerator.GetObjectName());
+    EXPECT_TRUE(entries.emplace(name, TListed{pEnumerator.GetEntryValues(), pEnumerator.CanDescend()}).second) << name;
+  }
+  return entries;
+}
+
+// Bytes, files and folders beneath, and the first error.
+struct TWalk {
+  int64_t fSize = 0;
+  int64_t fFiles = 0;
+  int64_t fFolders = 0;
+  uint32_t fError = 0;
+};
+
+// Breadth first, so that as many folders as possible wait at once.
+TWalk Walk(TRef<IHierarchicalEnumerator> pTop) {
+  TWalk walk;
+  std::vector<TRef<IHierarchicalEnumerator>> waiting{std::move(pTop)};
+  for (size_t i = 0; i < waiting.size(); ++i) {
+    TRef<IHierarchicalEnumerator> folder = std::move(waiting[i]);
+    while (folder->Next()) {
+      (folder->IsFolder() ? walk.fFolders : walk.fFiles) += 1;
+      walk.fSize += folder->GetSize();
+      if (folder->CanDescend()) waiting.push_back(folder->GetChildHierarchicalEnumerator());
+    }
+    if (walk.fError == 0) walk.fError = folder->GetErrorCode();
+  }
+  return walk;
+}
+
+TEST_F(UnixEnumerator, NamesThatAreNotTextLeadBackToTheirFolders) {
+  const std::string names[] = {"plain", "\xff\xfe", "caf\xc3\xa9", "half\xc3", "\xed\xa0\x80surrogate",
+                               "line\nbreak", "\x1b[31mred", "\xf0\x9f\x98\x80", "trailing ", "back\\slash"};
+  for (const std::string& name : names) {
+    ASSERT_EQ(0, mkdir(Path(name).c_str(), 0755));
+    Write(name + "/inside" + name, name.size());
+  }
+  TRef<IHierarchicalEnumerator> top = Open();
+  size_t seen = 0;
+  while (top->Next()) {
+    const std::string name = ToNativeBytes(top->GetObjectName());
+    EXPECT_EQ(std::count(std::begin(names), std::end(names), name), 1) << testing::PrintToString(name);
+    TRef<IHierarchicalEnumerator> child = top->GetChildHierarchicalEnumerator();
+    ASSERT_TRUE(child->Next()) << testing::PrintToString(name);
+    EXPECT_EQ("inside" + name, ToNativeBytes(child->GetObjectName()));
+    EXPECT_EQ(Path(name) + "/inside" + name, ToNativeBytes(child->GetFullPath()));
+    EXPECT_EQ(child->GetPath().size(), child->GetPathLength());
+    EXPECT_EQ(static_cast<int64_t>(name.size()), child->GetSize());
+    EXPECT_FALSE(child->Next());
+    ++seen;
+  }
+  EXPECT_EQ(std::size(names), seen);
+}
+
+TEST_F(UnixEnumerator, SizesOfLinkedSparseAndSpecialFiles) {
+  Write("one", 5000);
+  ASSERT_EQ(0, link(Path("one").c_str(), Path("two").c_str()));
+  ASSERT_EQ(0, mkdir(Path("folder").c_str(), 0755));
+  ASSERT_EQ(0, link(Path("one").c_str(), Path("folder/three").c_str()));
+  Write("sparse", 0);
+  ASSERT_EQ(0, truncate(Path("sparse").c_str(), 1 << 30));
+  ASSERT_EQ(0, mkfifo(Path(".pipe").c_str(), 0644));
+  ASSERT_EQ(0, chmod(Path("sparse").c_str(), 0444));
+  struct stat status;
+  ASSERT_EQ(0, stat(Path("one").c_str(), &status));
+  const int64_t allocated = status.st_blocks * 512;
+
+  auto shared = List(*Open(heoShareHardLinks));
+  EXPECT_EQ(allocated / 3, shared["one"].fValues.fAllocated);
+  EXPECT_EQ(allocated / 3, shared["two"].fValues.fAllocated);
+  EXPECT_EQ(5000, shared["two"].fValues.fSize);
+  EXPECT_EQ(status.st_mtim.tv_sec, (shared["one"].fValues.fLastChangeDate.fTicks - TKivFileTime::kUnixEpoch) / 10'000'000);
+  auto whole = List(*Open());
+  EXPECT_EQ(allocated, whole["one"].fValues.fAllocated);
+  EXPECT_EQ(0, whole["folder"].fValues.fAllocated);
+  EXPECT_EQ(0, whole["folder"].fValues.fSize);
+  EXPECT_EQ(kAttributeDirectory, whole["folder"].fValues.fAttributes);
+  EXPECT_EQ(1 << 30, whole["sparse"].fValues.fSize);
+  EXPECT_LT(whole["sparse"].fValues.fAllocated, 1 << 20);
+  EXPECT_EQ(kAttributeSparse | kAttributeReadOnly, whole["sparse"].fValues.fAttributes);
+  EXPECT_EQ(kAttributeDevice | kAttributeHidden, whole[".pipe"].fValues.fAttributes);
+  EXPECT_EQ(0, whole[".pipe"].fValues.fSize);
+}
+
+TEST_F(UnixEnumerator, LinksAreFollowedOnlyWhenAskedAndNeverBack) {
+  ASSERT_EQ(0, mkdir(Path("scan").c_str(), 0755));
+  ASSERT_EQ(0, mkdir(Path("scan/real").c_str(), 0755));
+  ASSERT_EQ(0, mkdir(Path("outside").c_str(), 0755));
+  Write("outside/file", 100);
+  const std::pair<const char*, std::string> links[] = {
+      {"self", "self"},         {"loop", "."},           {"up", ".."},      {"inside", "real"},
+      {"dangling", "no-where"}, {"out", "../outside"},   {"again", Path("outside")}, {"file", "../outside/file"}};
+  for (const auto& [name, target] : links) ASSERT_EQ(0, symlink(target.c_str(), Path(std::string("scan/") + name).c_str()));
+  // Back from what is followed, into the scan and to itself.
+  ASSERT_EQ(0, symlink("../scan", Path("outside/back").c_str()));
+  ASSERT_EQ(0, symlink("../outside", Path("outside/itself").c_str()));
+
+  const std::u16string path = FromNativeBytes(Path("scan"));
+  auto plain = List(*TUnixEnumerator::CreateForPath(path, 0));
+  EXPECT_EQ(std::size(links) + 1, plain.size());
+  for (const auto& [name, target] : links) {
+    EXPECT_EQ(kAttributeReparsePoint, plain[name].fValues.fAttributes) << name;
+    EXPECT_EQ(static_cast<int64_t>(target.size()), plain[name].fValues.fSize) << name;
+    EXPECT_FALSE(plain[name].fCanDescend) << name;
+  }
+  EXPECT_TRUE(plain["real"].fCanDescend);
+
+  auto followed = List(*TUnixEnumerator::CreateForPath(path, heoFollowSymbolicLinks));
+  EXPECT_NE(followed["out"].fCanDescend, followed["again"].fCanDescend);  // one folder, once
+  for (const char* name : {"self", "loop", "up", "inside", "dangling", "file"})
+    EXPECT_FALSE(followed[name].fCanDescend) << name;
+  const TWalk walk = Walk(TUnixEnumerator::CreateForPath(path, heoFollowSymbolicLinks));
+  EXPECT_EQ(0u, walk.fError);
+  EXPECT_EQ(3, walk.fFolders);  // "real" and both links to the folder outside
+  EXPECT_EQ(6 + 3, walk.fFiles);
+}
+
+TEST_F(UnixEnumerator, EntriesThatGoWhileTheyAreListed) {
+  for (int i = 0; i < 20; ++i) Write("f" + std::to_string(i), 1);
+  ASSERT_EQ(0, mkdir(Path("folder").c_str(), 0755));
+  TRef<IHierarchicalEnumerator> top = Open();
+  ASSERT_TRUE(top->Next());
+  const std::string first = ToNativeBytes(top->GetObjectName());
+  TRef<IHierarchicalEnumerator> gone = top->CreateChildEnumerator(u"folder", kAttributeDirectory);
+  for (const auto& entry : fs::directory_iterator(fFolder)) fs::remove(entry.path());
+  // The names are in the buffer already, and nothing stands behind them any more.
+  EXPECT_FALSE(top->Next());
+  EXPECT_EQ(0u, top->GetErrorCode());
+  EXPECT_FALSE(gone->Next());
+  EXPECT_EQ(static_cast<uint32_t>(ENOENT), gone->GetErrorCode());
+  EXPECT_EQ(TEnumeratorError::eeOther, gone->GetError());
+}
+
+TEST_F(UnixEnumerator, ResetAndCloneStartAtTheFirstEntryWithoutDisturbingEachOther) {
+  for (int i = 0; i < 5; ++i) Write("f" + std::to_string(i), 1);
+  TRef<IHierarchicalEnumerator> top = Open();
+  for (int i = 0; i < 3; ++i) ASSERT_TRUE(top->Next());
+  TRef<IHierarchicalEnumerator> clone = top->Clone();
+  EXPECT_EQ(top->GetObjectName(), clone->GetObjectName());
+  EXPECT_EQ(5u, List(*clone).size());
+  EXPECT_TRUE(top->Next());
+  top->Reset();
+  EXPECT_EQ(5u, List(*top).size());
+  EXPECT_FALSE(top->Next());
+  top->Reset();
+  EXPECT_EQ(5u, List(*top).size());
+  EXPECT_EQ(5u, List(*top->Clone()).size());
+}
+
+TEST_F(UnixEnumerator, ChainsDeeperThanThePathLimit) {
+  // Built, and counted, by relative steps: no single path reaches the end.
+  const std::string name(60, 'n');
+  const int levels = 400;
+  const pid_t child = fork();
+  if (child == 0) {
+    if (chdir(fFolder.c_str()) != 0) _exit(1);
+    for (int i = 0; i < levels; ++i)
+      if (mkdir(name.c_str(), 0755) != 0 || chdir(name.c_str()) != 0) _exit(2);
+    const int handle = open("end", O_CREAT | O_WRONLY, 0644);
+    _exit(handle >= 0 && write(handle, "1234567", 7) == 7 ? 0 : 3);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  ASSERT_EQ(0, status);
+  const TWalk walk = Walk(Open());
+  EXPECT_EQ(0u, walk.fError);
+  EXPECT_EQ(levels, walk.fFolders);
+  EXPECT_EQ(1, walk.fFiles);
+  EXPECT_EQ(7, walk.fSize);
+}
+
+class UnixEnumeratorDeathTest : public UnixEnumerator {
+ protected:
+  [[noreturn]] void WalkWithFewHandles() {
+    for (int i = 0; i < 100; ++i) {
+      const std::string folder = "d" + std::to_string(i);
+      fs::create_directories(Path(folder + "/e/f"));
+      Write(folder + "/e/f/file", 3);
+    }
+    const rlimit handles{64, 64};
+    setrlimit(RLIMIT_NOFILE, &handles);
+    const TWalk walk = Walk(Open());
+    TearDown();
+    fprintf(stderr, "%d bytes, %d folders, error %u", static_cast<int>(walk.fSize), static_cast<int>(walk.fFolders),
+            walk.fError);
+    exit(0);
+  }
+};
+
+// In a process of its own, since the limit is read once.
+TEST_F(UnixEnumeratorDeathTest, MoreFoldersWaitThanHandlesAreAllowed) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(WalkWithFewHandles(), testing::ExitedWithCode(0), "300 bytes, 300 folders, error 0");
+}
+
+TEST_F(UnixEnumerator, AccessDatesStay) {
+  ASSERT_EQ(0, mkdir(Path("folder").c_str(), 0755));
+  Write("folder/file", 10);
+  // Older than the change date: reading would move even a date that the system updates sparingly.
+  const timespec old[2] = {{1'000'000'000, 0}, {1'500'000'000, 0}};
+  for (const char* name : {"folder/file", "folder"}) ASSERT_EQ(0, utimensat(AT_FDCWD, Path(name).c_str(), old, 0));
+  Walk(Open());
+  for (const char* name : {"folder/file", "folder"}) {
+    struct stat status;
+    ASSERT_EQ(0, stat(Path(name).c_str(), &status));
+    EXPECT_EQ(1'000'000'000, status.st_atim.tv_sec) << name;
+  }
+}
+
+TEST_F(UnixEnumerator, FoldersWithoutPermissions) {
+  Write("file", 1);
+  for (const char* name : {"unreadable", "unsearchable"}) {
+    ASSERT_EQ(0, mkdir(Path(name).c_str(), 0755));
+    Write(std::string(name) + "/file", 2);
+  }
+  ASSERT_EQ(0, chmod(Path("unreadable").c_str(), 0));
+  ASSERT_EQ(0, chmod(Path("unsearchable").c_str(), 0444));
+  ASSERT_EQ(0, chmod(fFolder.c_str(), 0755));
+  // Root may do everything; an ordinary user looks instead.
+  const pid_t child = fork();
+  if (child == 0) {
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(1);
+    TRef<IHierarchicalEnumerator> top = Open();
+    int failures = 0;
+    auto check = [&failures](bool pRight) { failures = 2 * failures + (pRight ? 0 : 1); };
+    check(List(*top).size() == 3 && top->GetErrorCode() == 0);
+    for (const char16_t* name : {u"unreadable", u"unsearchable"}) {
+      TRef<IHierarchicalEnumerator> denied = top->CreateChildEnumerator(name, kAttributeDirectory);
+      check(!denied->Next() && denied->GetErrorCode() == EACCES && denied->GetError() == TEnumeratorError::eeAccessDenied);
+    }
+    _exit(failures == 0 ? 0 : 2 + failures);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  EXPECT_EQ(0, WEXITSTATUS(status));
+}
+
+TEST_F(UnixEnumerator, PathsThatAreNoFolders) {
+  Write("file", 9);
+  auto single = TUnixEnumerator::CreateForPath(FromNativeBytes(Path("file")), 0);
+  EXPECT_FALSE(single->IsFolder());
+  EXPECT_EQ(FromNativeBytes(fFolder), single->GetPath());
+  auto listed = List(*single);
+  ASSERT_EQ(1u, listed.size());
+  EXPECT_EQ(9, listed["file"].fValues.fSize);
+  EXPECT_EQ(static_cast<uint32_t>(ENOENT), TUnixEnumerator::CreateForPath(FromNativeBytes(Path("none")), 0)->GetErrorCode());
+  EXPECT_EQ(static_cast<uint32_t>(ENOTDIR),
+            TUnixEnumerator::CreateForPath(FromNativeBytes(Path("file/below")), 0)->GetErrorCode());
+  EXPECT_EQ(1u, List(*TUnixEnumerator::CreateForPath(u"FILE://" + FromNativeBytes(fFolder), 0)).size());
+  // The kernel's own file systems are listed by name and never entered.
+  auto root = List(*TUnixEnumerator::CreateForPath(u"/", 0));
+  EXPECT_FALSE(root["proc"].fCanDescend);
+  EXPECT_FALSE(root["sys"].fCanDescend);
+  EXPECT_TRUE(root["usr"].fCanDescend || (root["usr"].fValues.fAttributes & kAttributeReparsePoint) != 0);
+}
+
+}  // namespace
+}  // namespace Kiv::Enumerators

@@ -1,0 +1,260 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "model/statistics/FileTypeGroups.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "search/patterns/ExactPattern.h"
+#include "search/patterns/FileGroupPattern.h"
+#include "search/patterns/PatternTargets.h"
+#include "search/patterns/PatternText.h"
+#include "search/patterns/Patterns.h"
+#include "search/patterns/RegExPattern.h"
+#include "search/patterns/WildcardPattern.h"
+#include "tests/support/Failures.h"
+
+namespace Kiv::PatternMatching {
+
+namespace {
+
+using Vantrel::Testing::MessageOf;
+
+constexpr TPatternType kInclude = TPatternType::ptyInclude;
+constexpr TPatternType kExclude = TPatternType::ptyExclude;
+
+TPatternTarget Owner() { return TargetOfColumn(TColumn::mdOwner); }
+
+TRef<IPattern> Parse(std::u16string_view pText, char16_t pDelimiter = u'/') {
+  return ParsePattern(pText, kInclude, pDelimiter);
+}
+
+}  // namespace
+
+TEST(PatternText, PrefixesAndBodies) {
+  constexpr auto kWildcard = TPatternClass::pcWildcard;
+  constexpr auto kRegEx = TPatternClass::pcRegEx;
+  constexpr auto kExact = TPatternClass::pcExact;
+  const struct {
+    const char16_t* fText;
+    TPatternClass fClass;
+    TPatternType fType;
+    bool fActive;
+    const char16_t* fPattern;
+    TPatternTarget fTarget;
+  } cases[] = {
+      {u"(-)*.tmp", kWildcard, kExclude, true, u"*.tmp", NameTarget()},
+      {u"<||(+)/^a.*/i", kRegEx, kInclude, false, u"^a.*", NameTarget()},
+      {u"/abc", kWildcard, kInclude, true, u"/abc", FullPathTarget()},
+      {u"/", kWildcard, kInclude, true, u"/", FullPathTarget()},
+      {u"/i", kWildcard, kInclude, true, u"/i", FullPathTarget()},
+      {u"/a/b/", kRegEx, kInclude, true, u"a/b", FullPathTarget()},
+      {u"/abc//i", kRegEx, kInclude, true, u"abc/", FullPathTarget()},
+      {u"\t  <|| x  ", kWildcard, kInclude, false, u" x", NameTarget()},
+      {u"(+)(-)a", kWildcard, kInclude, true, u"(-)a", NameTarget()},
+      {u"(-)<||a", kWildcard, kExclude, true, u"<||a", NameTarget()},
+      {u"\"say \"\"hi\"\"\"", kExact, kInclude, true, u"say \"hi\"", NameTarget()},
+      {u"\"/srv", kExact, kInclude, true, u"/srv", FullPathTarget()},
+      {u"(-)(owner)root", kWildcard, kExclude, true, u"root", Owner()},
+      {u"(Owner)/^a/", kRegEx, kInclude, true, u"^a", Owner()},
+      {u"(Name)(Owner)x", kWildcard, kInclude, true, u"(Owner)x", NameTarget()},
+      {u"(Percent)x", kWildcard, kInclude, true, u"(Percent)x", NameTarget()},
+      {u"(PercentOfRoot)x", kWildcard, kInclude, true, u"(PercentOfRoot)x", NameTarget()},
+      {u"(GROUP)audio", kWildcard, kInclude, true, u"audio", NameTarget()},
+  };
+  for (const auto& expected : cases) {
+    const TRef<IPattern> pattern = Parse(expected.fText);
+    EXPECT_EQ(pattern->PatternClass(), expected.fClass) << ToUtf8(expected.fText);
+    EXPECT_EQ(pattern->GetPatternType(), expected.fType) << ToUtf8(expected.fText);
+    EXPECT_EQ(pattern->GetActive(), expected.fActive) << ToUtf8(expected.fText);
+    EXPECT_EQ(ToUtf8(pattern->GetPattern()), ToUtf8(expected.fPattern)) << ToUtf8(expected.fText);
+    EXPECT_EQ(pattern->GetTarget(), expected.fTarget) << ToUtf8(expected.fText);
+  }
+  EXPECT_EQ(Parse(u"a/b", u'\\')->GetTarget(), NameTarget()) << "the delimiter is the root's";
+  EXPECT_EQ(Parse(u"a\\b", u'\\')->GetTarget(), FullPathTarget());
+  for (const char16_t* empty : {u"", u"  ", u"(-)", u"<||", u"//", u"//i", u"\"\"", u"(Owner)", u"(Group)"})
+    EXPECT_NE(MessageOf<EInvalidArgumentValue>([&] { Parse(empty); }).find("\"pPattern\""), std::string::npos)
+        << ToUtf8(empty);
+}
+
+TEST(PatternText, ShowsHowATextIsMatched) {
+  auto shown = [](const char16_t* pText, char16_t pDelimiter, const TPatternTarget& pTarget) {
+    return ToUtf8(TWildcardPattern(pText, pTarget, kInclude, pDelimiter).ToString());
+  };
+  EXPECT_EQ(shown(u"foo", u'/', NameTarget()), "*foo*");
+  EXPECT_EQ(shown(u"C:\\Data", u'\\', FullPathTarget()), "C:\\Data*");
+  EXPECT_EQ(shown(u"/data", u'/', FullPathTarget()), "/data*");
+  EXPECT_EQ(shown(u"/data", u'/', NameTarget()), "*/data*");
+  EXPECT_EQ(shown(u"*.tmp", u'/', NameTarget()), "*.tmp");
+  EXPECT_EQ(shown(u";foo", u'/', NameTarget()), ";foo*");
+  EXPECT_EQ(shown(u"  ", u'/', NameTarget()), "*  *");
+  EXPECT_EQ(ToUtf8(TRegExPattern(u"a", NameTarget(), kInclude, u'/', false).ToString()), "/a/i");
+  EXPECT_EQ(ToUtf8(TExactPattern(u"a\"b", NameTarget(), kInclude, u'/').ToString()), "\"a\"\"b\"");
+
+  EXPECT_EQ(ToUtf8(Parse(u"(-)*.tmp")->ToExpression()), "name:!=*.tmp");
+  EXPECT_EQ(ToUtf8(Parse(u"\"a b\"")->ToExpression()), "name:=\"a b\"");
+  EXPECT_EQ(ToUtf8(Parse(u"(Owner)/^r/i")->ToExpression()), "owner:~\"(?i)^r\"");
+  EXPECT_EQ(ToUtf8(Parse(u"(Group)Audio")->ToExpression()), "filetype:Audio");
+}
+
+TEST(Pattern, MatchesStrings) {
+  const struct {
+    const char16_t* fPattern;
+    const char16_t* fText;
+    bool fMatches;
+  } cases[] = {
+      {u"foo", u"xfooy.txt", true},
+      {u"foo", u"fo", false},
+      {u"*.jpg;*.png", u"A.PNG", true},
+      {u"*.jpg;*.png", u"a.jpg.bak", false},
+      {u"fo?", u"foo", true},
+      {u"fo?", u"food", false},
+      {u";foo", u"food", true},
+      {u";foo", u"a food", false},
+      {u"foo;", u"a food", false},
+      {u"/data", u"/data2/x", true},
+      {u"/data", u"/old/data", false},
+      {u"/data/*/logs", u"/DATA/a/b/logs/", true},
+      {u"*.", u"README", true},
+      {u"*.", u"a.txt", false},
+      {u"/srv/*.", u"/srv/a.d/README", true},
+      {u"/srv/*.", u"/srv/a.d/x.txt", false},
+      {u"/srv/*.", u"/home/README", false},
+      {u"/^a.*c$/", u"abc", true},
+      {u"/^a.*c$/", u"ABC", false},
+      {u"/^a.*c$/i", u"ABC", true},
+      {u"/b/", u"abc", true},
+      {u"\"ABC\"", u"abc", true},
+      {u"\"ABC\"", u"abcd", false},
+      {u"\"\u00C4\"", u"\u00E4", false},
+      {u"\"\u00C4\"", u"\u00C4", true},
+      {u"\"/srv/data\"", u"/srv/data/", true},
+      {u"\"/srv/data\"", u"/srv/data//", false},
+      {u"(Group)Audio", u"song.MP3", true},
+      {u"(Group)Audio", u"song.txt", false},
+      {u"/(/", u"(", false},  // does not compile
+      {u"(Group)Nonsense", u"Nonsense", false},
+  };
+  for (const auto& expected : cases)
+    EXPECT_EQ(Parse(expected.fPattern)->MatchesString(expected.fText), expected.fMatches)
+        << ToUtf8(expected.fPattern) << " " << ToUtf8(expected.fText);
+  EXPECT_TRUE(Parse(u"\"C:\\Data\"", u'\\')->MatchesString(u"C:\\Data\\"));
+
+  EXPECT_TRUE(Parse(u"*")->MatchesAll());
+  EXPECT_FALSE(Parse(u"**")->MatchesAll());
+  EXPECT_FALSE(Parse(u"(-)*")->MatchesAll());
+  EXPECT_EQ(ToUtf8(Parse(u"(Group)Nonsense")->GetErrorText()), "No file group found matching \"Nonsense\"");
+  EXPECT_NE(Parse(u"/(/")->GetErrorText(), u"");
+  EXPECT_EQ(Parse(u"/a/")->GetErrorText(), u"");
+}
+
+TEST(Pattern, TextsAreFilledInWhenTheyAreSet) {
+#ifdef _WIN32
+  _putenv_s("VANTREL_TEST_PART", "re*port");
+#else
+  setenv("VANTREL_TEST_PART", "re*port", 1);
+#endif
+  EXPECT_TRUE(Parse(u"x%VANTREL_TEST_PART%.*")->MatchesString(u"xre-port.txt"));
+  EXPECT_FALSE(Parse(u"(FullPath)x%VANTREL_TEST_PART%.*")->MatchesString(u"xre-port.txt")) << "paths stay as typed";
+  const std::u16string today = CurrentDateText();
+  ASSERT_EQ(today.size(), 10u);
+  EXPECT_TRUE(Parse(u"a%date%-%DATE%b")->MatchesString(u"a" + today + u"-" + today + u"b"));
+
+  const TRef<IPattern> pattern = Parse(u"/^a/");
+  EXPECT_TRUE(pattern->MatchesString(u"abc"));
+  pattern->SetPattern(u"^b");
+  EXPECT_FALSE(pattern->MatchesString(u"abc"));
+  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([&] { pattern->SetPattern(u""); }),
+            "TCustomPattern.SetPattern: Empty patterns are not allowed!");
+  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([&] { pattern->Assign(*Parse(u"b")); }),
+            "TCustomPattern.Assign: the patterns are of different classes");
+}
+
+TEST(Pattern, FoldersOnTheWayToAPath) {
+  const struct {
+    const char16_t* fPattern;
+    const char16_t* fFolder;
+    bool fReached;
+  } windows[] = {
+      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\Data", true},
+      {u"C:\\Data\\*\\Logs\\*.log", u"c:\\data\\X\\", true},
+      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\Other", false},
+      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\", true},
+      {u"C:\\Data", u"C:\\Data\\Sub", true},
+      {u"C:\\Data", u"C:\\DataX", true},  // "C:\Data*" takes it in
+      {u"C:\\Data", u"C:\\Dat", false},
+      {u"\"C:\\Data\\x\"", u"C:\\Data", true},
+      {u"\"C:\\Data\\x\"", u"C:\\Dat", false},
+      {u"\"C:\\Data\\x\"", u"C:\\Data\\y", false},
+      {u"Data\\x", u"C:\\Other", true},  // no whole path: could be anywhere
+      {u"/^C:.Data/", u"C:\\Other", true},
+      {u"C:\\a\\*;D:\\b\\*", u"D:\\b", true},
+      {u"C:\\Da?a\\x*y.log", u"C:\\Data\\x1\\sub", true},  // "*" crosses folders
+      {u"C:\\Da?a\\x.log", u"C:\\Data\\sub", false},
+  };
+  for (const auto& expected : windows)
+    EXPECT_EQ(Parse(expected.fPattern, u'\\')->FullPathCanBeReached(expected.fFolder), expected.fReached)
+        << ToUtf8(expected.fPattern) << " " << ToUtf8(expected.fFolder);
+  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/"));
+  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv"));
+  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/www/deep"));
+  EXPECT_FALSE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/ftp"));
+}
+
+// Whatever a mask matches must be reachable through every folder on the way: tried with random masks and paths, where the
+// masks' own matcher says what they match.
+TEST(Pattern, NothingThatMatchesIsOutOfReach) {
+  std::mt19937 random(4242);
+  int matches = 0;
+  for (int i = 0; i < 200'000; ++i) {
+    std::u16string mask = u"/";
+    std::u16string path = u"/";
+    for (size_t length = random() % 8; length > 0; --length) mask += u"ab/*?/;"[random() % 7];
+    for (size_t length = 1 + random() % 7; length > 0; --length) path += u"abAB/"[random() % 5];
+    TWildcardPattern pattern(mask, FullPathTarget(), kInclude, u'/');
+    if (path.find(u"//") != std::u16string::npos || path.ends_with(u'/') || !pattern.MatchesString(path)) continue;
+    ++matches;
+    for (size_t at = path.rfind(u'/'); at > 0; at = path.rfind(u'/', at - 1))
+      ASSERT_TRUE(pattern.FullPathCanBeReached(path.substr(0, at))) << ToUtf8(mask) << " " << ToUtf8(path);
+  }
+  EXPECT_GT(matches, 2'000);
+}
+
+TEST(PatternTargets, CostsAndFormatIdentifiers) {
+  EXPECT_EQ(FormatIdToText(FullPathTarget().fFormatId), u"{DE632DE0-4253-4BAB-85C4-CA3BE18AA0F6}");
+  EXPECT_EQ(FullPathTarget().fPropertyId, 1u);
+  EXPECT_EQ(FormatIdToText(NameTarget().fFormatId), u"{B0461F53-EAF6-4DA1-B879-BEA641BF670E}");
+  EXPECT_EQ(NameTarget().fPropertyId, 61u);
+  TPatternTarget parsed;
+  EXPECT_TRUE(TryParseFormatId(u"{de632de0-4253-4bab-85c4-ca3be18aa0f6}", parsed.fFormatId));
+  EXPECT_EQ(parsed.fFormatId, FullPathTarget().fFormatId);
+  for (const char16_t* wrong : {u"", u"DE632DE0-4253-4BAB-85C4-CA3BE18AA0F6", u"{DE632DE0-4253-4BAB-85C4CA3BE18AA0-F6}",
+                                u"{GE632DE0-4253-4BAB-85C4-CA3BE18AA0F6}"})
+    EXPECT_FALSE(TryParseFormatId(wrong, parsed.fFormatId)) << ToUtf8(wrong);
+  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] { TargetOfColumn(TColumn::mdPercentOfRoot); }),
+            "Given TMetaData cannot be converted to TPatternTarget");
+  EXPECT_EQ(GetPatternTargetCost(NameTarget()), 10);
+  EXPECT_EQ(GetPatternTargetCost(Owner()), 50);
+  EXPECT_THROW(PatternClassToString(static_cast<TPatternClass>(3)), EUnknownEnumException);
+  EXPECT_THROW(PatternTypeToString(static_cast<TPatternType>(2)), EUnknownEnumException);
+}
+
+TEST(OlderPatterns, UncheckedMasksDoNotCount) {
+  TPatterns patterns;
+  patterns.AssignFromString(u"*.txt\t<||*.doc\t\tread me*");
+  EXPECT_EQ(patterns.ToString(), u"*.txt\t<||*.doc\tread me*");
+  EXPECT_TRUE(patterns.Matches(u"a.TXT"));
+  EXPECT_FALSE(patterns.Matches(u"a.doc"));
+  EXPECT_EQ(patterns.GetMatchingPattern(u"Read me.first"), u"read me*");
+  EXPECT_EQ(patterns.GetMatchingPattern(u"a.doc"), u"");
+  TPatterns checked;
+  checked.AssignWithoutUnchecked(patterns);
+  EXPECT_EQ(checked.ToString(), u"*.txt\tread me*");
+  EXPECT_TRUE(checked.Matches(u"a.txt"));
+  patterns.AssignFromString(u"");
+  EXPECT_FALSE(patterns.Matches(u"a"));
+  patterns.SetMatchAll(true);
+  EXPECT_TRUE(patterns.Matches(u"a"));
+}
+
+}  // namespace Kiv::PatternMatching
