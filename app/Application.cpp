@@ -13,28 +13,26 @@
 #include "app/Version.h"
 #include "automation/actions/CompareAction.h"
 #include "automation/actions/EmailAction.h"
-#include "automation/commandline/ExitCodes.h"
 #include "automation/actions/FileExportAction.h"
-#include "automation/commandline/HelpText.h"
 #include "automation/actions/HistoryTasks.h"
 #include "automation/actions/RecordHistoryAction.h"
+#include "automation/commandline/ExitCodes.h"
+#include "automation/commandline/HelpText.h"
 #include "export/text/ListExport.h"
 #include "export/xml/OptionsFile.h"
 #include "export/xml/XMLReader.h"
 #include "model/roots/ScanRoots.h"
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
 #include "platform/system/Console.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Environment.h"
 #include "platform/system/Errors.h"
-#include "platform/files/Folders.h"
-#include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "scan/engine/ScanServices.h"
 #include "search/patterns/PatternFilter.h"
 
 namespace Vantrel {
-
-using namespace Kiv;
 
 namespace {
 
@@ -144,13 +142,13 @@ int TApplication::SaveSettings() {
 }
 
 int TApplication::ExportDriveList(const std::u16string& pFile) {
-  using namespace Hierarchical::Exporting;
+  using namespace Exporting;
   const TListTable drives = DriveList();
   const bool isCSV = HasExtension(pFile, u".csv");
   const TMediaSettings settings = fMedia.Effective(isCSV ? TMediaType::mtCSV : TMediaType::mtText);
   auto write = [&](ILineOutput& pOutput) {
     if (!isCSV) return WriteListAsText(drives, FormatOf(settings), pOutput);
-    const Text::TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
+    const TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
     return WriteListAsDelimited(drives, FormatOf(settings), fields, settings.fIncludeHeader, pOutput);
   };
   try {
@@ -238,7 +236,7 @@ int TApplication::OpenAndScan() {
 
 // Loads on a thread of its own, so that progress is shown and a signal stops it.
 int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
-  using namespace Vantrel::XML::Parser;
+  using namespace Vantrel::XML;
   std::atomic<uint64_t> bytesRead{0};
   auto load = std::async(std::launch::async, [&] {
     return TQZXMLReader::LoadFromFile(pFiles, pRoots, [&](const std::u16string&, uint64_t pBytes) {

@@ -1,5 +1,7 @@
 #pragma once
 
+// A whole run: reads the command line, scans path after path, reports, and gives the exit code.
+
 #include <functional>
 #include <memory>
 #include <span>
@@ -7,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "automation/commandline/CommandLineHandler.h"
 #include "automation/actions/PostScanActions.h"
+#include "automation/commandline/CommandLineHandler.h"
 #include "model/roots/RootInterfaces.h"
 #include "search/patterns/PatternInterfaces.h"
 
@@ -23,17 +25,17 @@ struct TRunSettings {
   bool fLeaveQuickly = false;
   bool fShowProgress = false;
   std::u16string fUserOptionsFile;  // empty: there is none
-  int fReportWidth = 0;  // columns, 0 for any number
-  Kiv::PostScanActions::ILineOutput* fOutput = nullptr;
+  int fReportWidth = 0;             // columns, 0 for any number
+  Vantrel::PostScanActions::ILineOutput* fOutput = nullptr;
   std::function<void(std::string_view)> fWriteError;
-  std::function<Kiv::TRef<Kiv::IScanRoots>(std::shared_ptr<const Kiv::TGlobalOptions>)> fCreateRoots;
+  std::function<Vantrel::TRef<Vantrel::IScanRoots>(std::shared_ptr<const Vantrel::TGlobalOptions>)> fCreateRoots;
 };
 
 // The streams of the process and scans of the file system.
 TRunSettings CreateRunSettings(std::string pPlatformName);
 
 // The program: reads a command line, scans its paths one after the other and reports on each. Main thread only.
-class TApplication : private Kiv::PostScanActions::IPostScanHost, private CommandLine::ICommandLineTasks {
+class TApplication : private Vantrel::PostScanActions::IPostScanHost, private CommandLine::ICommandLineTasks {
  public:
   explicit TApplication(TRunSettings pSettings);
 
@@ -63,22 +65,22 @@ class TApplication : private Kiv::PostScanActions::IPostScanHost, private Comman
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);
   void StartLog();
-  bool QueueActions(Kiv::IScanRoots& pRoots);
+  bool QueueActions(Vantrel::IScanRoots& pRoots);
   void QueueMail();
   int WriteFailures();
-  int OpenFiles(Kiv::IScanRoots& pRoots, const std::u16string& pFiles);
-  int ScanPaths(Kiv::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
-  int ScanPath(Kiv::IScanRoots& pRoots, const std::u16string& pPath);
-  void WriteWarnings(const Kiv::IScanFilter& pFilter);
-  int ReportRoot(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot, const std::u16string& pPath);
-  int PerformActions(Kiv::IScanRoots& pRoots, Kiv::IHierarchicalRoot& pRoot);
-  void WaitForScan(Kiv::IHierarchicalRoot& pRoot);
+  int OpenFiles(Vantrel::IScanRoots& pRoots, const std::u16string& pFiles);
+  int ScanPaths(Vantrel::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
+  int ScanPath(Vantrel::IScanRoots& pRoots, const std::u16string& pPath);
+  void WriteWarnings(const Vantrel::IScanFilter& pFilter);
+  int ReportRoot(Vantrel::IScanRoots& pRoots, Vantrel::IHierarchicalRoot& pRoot, const std::u16string& pPath);
+  int PerformActions(Vantrel::IScanRoots& pRoots, Vantrel::IHierarchicalRoot& pRoot);
+  void WaitForScan(Vantrel::IHierarchicalRoot& pRoot);
   std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
 
   const TRunSettings fSettings;
-  const std::shared_ptr<Kiv::TGlobalOptions> fOptions;
-  Kiv::Hierarchical::Exporting::TMediaOptions fMedia;
-  Kiv::PostScanActions::TPostProcessActionHandler fActions;
+  const std::shared_ptr<Vantrel::TGlobalOptions> fOptions;
+  Vantrel::Exporting::TMediaOptions fMedia;
+  Vantrel::PostScanActions::TPostProcessActionHandler fActions;
   CommandLine::TCommandLineState fState;  // what the command line asked for
   size_t fPathsLeft = 0;
   bool fTerminating = false;

@@ -1,16 +1,18 @@
 #pragma once
 
+// An export's lines to the standard output.
+
 #include "export/walk/HierarchicalExport.h"
 #include "platform/system/Console.h"
 
 namespace Vantrel {
 
 // Lines to the standard output.
-class TConsoleOutput : public Kiv::Hierarchical::Exporting::ILineOutput {
+class TConsoleOutput : public Vantrel::Exporting::ILineOutput {
  public:
   bool WriteLine(std::string_view pLine) override {
     ++fLines;
-    return Kiv::TConsole::Write(pLine);
+    return Vantrel::TConsole::Write(pLine);
   }
   int64_t LineCount() const override { return fLines; }
 

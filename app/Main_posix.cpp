@@ -1,3 +1,5 @@
+// The entry points: arguments become tokens.
+
 #include <string>
 #include <vector>
 
@@ -6,6 +8,6 @@
 
 int main(int pCount, char** pArguments) {
   std::vector<std::u16string> tokens;
-  for (int i = 1; i < pCount; ++i) tokens.push_back(Kiv::FromNativeBytes(pArguments[i]));
+  for (int i = 1; i < pCount; ++i) tokens.push_back(Vantrel::FromNativeBytes(pArguments[i]));
   Vantrel::RunProcess("Linux", tokens);
 }

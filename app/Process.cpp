@@ -33,9 +33,9 @@ void RunProcess(const std::string& pPlatformName, std::span<const std::u16string
   int result = 0;
   {
     TApplication application(settings);
-    Kiv::TConsole::SetCancelHandler(TApplication::RequestCancel);
+    Vantrel::TConsole::SetCancelHandler(TApplication::RequestCancel);
     result = application.Run(pTokens);
-    Kiv::TConsole::SetCancelHandler(nullptr);
+    Vantrel::TConsole::SetCancelHandler(nullptr);
   }
   std::fflush(nullptr);
   if (kLeaveQuickly) std::_Exit(result);

@@ -1,5 +1,7 @@
 #pragma once
 
+// The run on the process's own streams, with Ctrl+C, and how the process ends.
+
 #include <span>
 #include <string>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// The program's name and version.
+
 #include <string>
 
 namespace Vantrel {

@@ -1,3 +1,5 @@
+// Writing a scanned tree as CSV against the same bytes.
+
 #include <algorithm>
 #include <cstdio>
 #include <string>
@@ -14,9 +16,8 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::Hierarchical::Exporting;
 using namespace Vantrel;
+using namespace Vantrel::Exporting;
 using namespace Vantrel::Bench;
 using PostScanActions::TExportFile;
 
@@ -26,7 +27,7 @@ const std::u16string kCopy = u"bench-csv.copy";
 
 void WriteCSV(IHierarchicalRoot& pRoot, const TMediaSettings& pSettings) {
   TExportFile file(kFile, [] { return false; });
-  Text::TCSVExport(pSettings).Export(pRoot, file);
+  TCSVExport(pSettings).Export(pRoot, file);
   file.Commit();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// What both share: the scanned path, the same bytes, their main.
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -22,7 +24,7 @@ namespace Vantrel::Bench {
 class TScannedPath {
  public:
   explicit TScannedPath(const std::u16string& pPath)
-      : fRoots(Kiv::CreateScanRoots(ScanEngine::CreateScanServices(), std::make_shared<Kiv::TGlobalOptions>())),
+      : fRoots(Vantrel::CreateScanRoots(ScanEngine::CreateScanServices(), std::make_shared<Vantrel::TGlobalOptions>())),
         fRoot(fRoots->CreateRoot(pPath)) {
     fRoot->Scan();
     while (!fRoot->WaitForScan(1000)) {
@@ -32,27 +34,27 @@ class TScannedPath {
   TScannedPath(const TScannedPath&) = delete;
   TScannedPath& operator=(const TScannedPath&) = delete;
 
-  Kiv::IScanRoots& Roots() const { return *fRoots; }
-  Kiv::IHierarchicalRoot& Root() const { return *fRoot; }
+  Vantrel::IScanRoots& Roots() const { return *fRoots; }
+  Vantrel::IHierarchicalRoot& Root() const { return *fRoot; }
 
  private:
-  const Kiv::TRef<Kiv::IScanRoots> fRoots;
-  const Kiv::TRef<Kiv::IHierarchicalRoot> fRoot;
+  const Vantrel::TRef<Vantrel::IScanRoots> fRoots;
+  const Vantrel::TRef<Vantrel::IHierarchicalRoot> fRoot;
 };
 
 inline std::string BytesOf(const std::u16string& pFile) {
-  return Kiv::ReadFileContents(pFile, size_t{1} << 40);
+  return Vantrel::ReadFileContents(pFile, size_t{1} << 40);
 }
 
 // What an export is held against: the same bytes from memory.
 inline void WriteBytes(const std::u16string& pFile, std::string_view pBytes) {
-  Kiv::TOutputFile file(pFile);
+  Vantrel::TOutputFile file(pFile);
   file.Write(pBytes);
   file.Commit();
 }
 
 inline void Remove(const std::u16string& pFile) {
-  std::filesystem::remove(Kiv::ToNativeBytes(pFile));
+  std::filesystem::remove(Vantrel::ToNativeBytes(pFile));
 }
 
 // The main of "NAME PATH [ROUNDS]", of 5 rounds unless told otherwise. pRun tells whether the targets are met. Returns
@@ -65,7 +67,7 @@ inline int RunOnPath(const char* pName, int pCount, char** pArguments,
   }
   try {
     const int rounds = pCount > 2 ? std::max(1, std::atoi(pArguments[2])) : 5;
-    return pRun(Kiv::FromNativeBytes(pArguments[1]), rounds) ? 0 : 1;
+    return pRun(Vantrel::FromNativeBytes(pArguments[1]), rounds) ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 2;

@@ -1,3 +1,5 @@
+// The least work: getdents64 and statx on every entry, on two threads, and nothing else.
+
 // The least work that a scan can do: every folder read with getdents64 into a 64 KiB buffer, every entry asked with
 // statx relative to its folder's handle, on two threads. What the real program takes beyond this is its own doing.
 //

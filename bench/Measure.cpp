@@ -1,3 +1,5 @@
+// Runs one program and tells its wall time, processor time and peak memory.
+
 // measure HANDLE PROGRAM [ARGUMENT…]: runs a program and writes what it took to an open handle, as one line
 // "wall-nanoseconds cpu-microseconds peak-kilobytes wait-status".
 //

@@ -1,11 +1,13 @@
-// What a tree costs in memory: builds trees through the engine's own calls, with all statistics on, and divides what the
-// process grew by.
+// Bytes per folder and per kept file, on trees of both kinds.
+
+// What a tree costs in memory: builds trees through the engine's own calls, with all statistics on, and divides what
+// the process grew by.
 //
 //   memory              both kinds of trees, a million folders and a million files
 //   memory N            the same with N
 //
-// A folder's cost is measured on folders of which half have sub-folders, each with a file; the files' own cost, measured on
-// its own, is taken off.
+// A folder's cost is measured on folders of which half have sub-folders, each with a file; the files' own cost,
+// measured on its own, is taken off.
 
 #include <fmt/format.h>
 #include <sys/wait.h>
@@ -15,15 +17,14 @@
 #include <fstream>
 #include <string>
 
-#include "model/statistics/FileStatistics.h"
 #include "model/options/GlobalOptions.h"
 #include "model/roots/Root.h"
 #include "model/roots/ScanRoots.h"
+#include "model/statistics/FileStatistics.h"
 #include "platform/text/Text.h"
 #include "scan/engine/FolderAccumulator.h"
 #include "scan/engine/ScanServices.h"
 
-using namespace Kiv;
 using namespace Vantrel;
 
 namespace {
@@ -107,7 +108,8 @@ class TBuilder {
 
   std::vector<TRef<TCustomFolderData>> AddFolders(TCustomFolderData& pFolder, int64_t pCount) {
     std::vector<TRef<TCustomFolderData>> children;
-    for (int64_t i = 0; i < pCount; ++i) children.push_back(pFolder.MakeChild(NameOf(fNumber++), fEntry->fValues, 0, true));
+    for (int64_t i = 0; i < pCount; ++i)
+      children.push_back(pFolder.MakeChild(NameOf(fNumber++), fEntry->fValues, 0, true));
     pFolder.AppendChildren(children);
     return children;
   }
@@ -173,8 +175,8 @@ int main(int pCount, char** pArguments) {
   const int64_t entries = pCount > 1 ? std::atoll(pArguments[1]) : 1'000'000;
   const double file = InFreshProcess([&] { return CostOfFile(entries); });
   Print("a file", file, 1, 64);
-  Print("a folder, empty, half of them with a sub-folder", InFreshProcess([&] { return CostOfFolder(entries, 0); }),
-        1, 640);
+  Print("a folder, empty, half of them with a sub-folder", InFreshProcess([&] { return CostOfFolder(entries, 0); }), 1,
+        640);
   for (const int64_t files : {1, 3, 10}) {
     const double whole = InFreshProcess([&] { return CostOfFolder(entries / 4, files); });
     const double folder = whole - static_cast<double>(files) * file;

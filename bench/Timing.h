@@ -1,5 +1,7 @@
 #pragma once
 
+// What both share as well: times, medians, verdicts.
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -10,7 +12,9 @@
 namespace Vantrel::Bench {
 
 // Processor time of this program. Where other programs run beside it, it tells more than the clock on the wall.
-inline double ProcessorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+inline double ProcessorSeconds() {
+  return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
 
 template <class TWork>
 double Seconds(const TWork& pWork) {
@@ -27,8 +31,8 @@ inline double Median(std::vector<double> pValues) {
 // Prints a figure beside what it is held against, and tells whether it is at most so many times that.
 inline bool Report(const char* pWhat, double pValue, const char* pAgainst, double pReference, double pMost) {
   const double ratio = pValue / pReference;
-  std::printf("%-6s %s: %.4f against %.4f, ratio %.2f (at most %.2f)\n", ratio <= pMost ? "met" : "MISSED", pWhat, pValue,
-              pReference, ratio, pMost);
+  std::printf("%-6s %s: %.4f against %.4f, ratio %.2f (at most %.2f)\n", ratio <= pMost ? "met" : "MISSED", pWhat,
+              pValue, pReference, ratio, pMost);
   std::printf("       against %s\n", pAgainst);
   return ratio <= pMost;
 }

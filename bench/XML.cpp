@@ -1,3 +1,5 @@
+// Writing and loading scan files against the same bytes and the bare parser.
+
 #include <expat.h>
 #include <malloc.h>
 
@@ -15,16 +17,15 @@
 #include "export/xml/XMLReader.h"
 
 // xml PATH [ROUNDS]: scans the path, then holds writing it as XML against writing the same bytes, and loading the file
-// against the bare parser with empty callbacks, in turn, round after round; and the memory of the loaded tree against that
-// of the scanned one. The file lies in the current folder. Ends with 1 when a target is missed.
+// against the bare parser with empty callbacks, in turn, round after round; and the memory of the loaded tree against
+// that of the scanned one. The file lies in the current folder. Ends with 1 when a target is missed.
 
 namespace {
 
-using namespace Kiv;
 using namespace Vantrel;
 using namespace Vantrel::Bench;
-using Vantrel::XML::Parser::TLoadedRoot;
-using Vantrel::XML::Parser::TQZXMLReader;
+using Vantrel::XML::TLoadedRoot;
+using Vantrel::XML::TQZXMLReader;
 
 constexpr double kMostWrite = 4.0;
 constexpr double kMostLoad = 2.5;
@@ -59,7 +60,7 @@ bool Run(const std::u16string& pPath, int pRounds) {
   const TScannedPath scanned(pPath);
   IHierarchicalRoot& live = scanned.Root();
   const double liveMemory = static_cast<double>(HeapBytes() - before);
-  Hierarchical::Exporting::XML::TCustomXMLExport xml({}, "bench", "1");
+  Exporting::TCustomXMLExport xml({}, "bench", "1");
   ExportXMLFile(xml, live, kFile);
   const std::string bytes = BytesOf(kFile);
   std::printf("%lld files, %lld folders, %.1f MB of XML\n", static_cast<long long>(live.GetTopFolder()->GetFiles()),
@@ -77,10 +78,10 @@ bool Run(const std::u16string& pPath, int pRounds) {
     loadedMemory = static_cast<double>(HeapBytes() - heap);
     loaded.fRoot->Dispose();
   }
-  const bool met[] = {ReportMedians("write, seconds", writes, "writing the same bytes", copies, kMostWrite),
-                      ReportMedians("load, seconds", loads, "the bare parser", parses, kMostLoad),
-                      Report("memory of the loaded tree, MB", loadedMemory / 1e6, "the scanned tree", liveMemory / 1e6,
-                             kMostMemory)};
+  const bool met[] = {
+      ReportMedians("write, seconds", writes, "writing the same bytes", copies, kMostWrite),
+      ReportMedians("load, seconds", loads, "the bare parser", parses, kMostLoad),
+      Report("memory of the loaded tree, MB", loadedMemory / 1e6, "the scanned tree", liveMemory / 1e6, kMostMemory)};
   Remove(kFile);
   Remove(kCopy);
   return std::all_of(std::begin(met), std::end(met), [](bool pMet) { return pMet; });

@@ -7,7 +7,7 @@ packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libic
 # On top of it, what the tests are built and run with, for Linux and for Windows. The benchmarks are built with them, so
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
-  strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish"
+  clang-format strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish"
 # On top of that, the second compiler, with its fuzzer.
 packages_clang="clang libclang-rt-dev"
 # What the libraries for Windows are fetched and built with, which the tests begin with.

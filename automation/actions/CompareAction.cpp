@@ -5,7 +5,7 @@
 #include "platform/files/FileStream.h"
 #include "platform/files/Folders.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 // A file that is missing is better known before hours of scanning. A pipe can be opened only once.
 void TComparePostScanAction::Prepare() {
@@ -13,7 +13,7 @@ void TComparePostScanAction::Prepare() {
 }
 
 void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  const bool compared = Vantrel::XML::Parser::TQZXMLCompareReader::CompareWithXMLFile(
+  const bool compared = Vantrel::XML::TQZXMLCompareReader::CompareWithXMLFile(
       fFileName, pRoot, fRoots, [&](const std::u16string&, uint64_t) { return !fIsCancelled(); });
   if (!compared) throw EExportCancelled("Stopped: nothing was compared");
 }
@@ -22,4 +22,4 @@ int TComparePostScanAction::GetFailureCode() const {
   return Vantrel::ecPathNotFound;
 }
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -1,11 +1,13 @@
 #pragma once
 
+// The comparison with an older scan as what follows a scan.
+
 #include <string>
 
 #include "automation/actions/ExportFile.h"
 #include "automation/actions/PostScanActions.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 // Compares roots with an older scan, an XML file, so that whatever follows in the queue shows what has changed since.
 class TComparePostScanAction : public TBasePostScanAction {
@@ -26,4 +28,4 @@ class TComparePostScanAction : public TBasePostScanAction {
   const TExportFile::TIsCancelled fIsCancelled;
 };
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -4,7 +4,7 @@
 #include "export/text/TextExport.h"
 #include "platform/files/Folders.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 namespace {
 
@@ -53,7 +53,7 @@ void TEmailPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   // A mail is for reading, as the console is.
   if (settings.fRecursionLevel.fFullExpand) settings.fRecursionLevel = {1, false};
   TTextOutput output(fReport, fReportLines);
-  Hierarchical::Exporting::Text::TFormattedTextExport(settings, fOptions, fProgramName).Export(pRoot, output);
+  Exporting::TFormattedTextExport(settings, fOptions, fProgramName).Export(pRoot, output);
   if (fMessage.fSubject.empty()) fMessage.fSubject = u"Vantrel Report: " + pRoot.GetPath();
 }
 
@@ -72,4 +72,4 @@ void TEmailPostScanAction::Finish() {
   Mail::SendMail(message, fServer);
 }
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -1,11 +1,13 @@
 #pragma once
 
+// The mail with report and exports as what follows a scan.
+
 #include <string>
 
-#include "automation/mail/Mail.h"
 #include "automation/actions/PostScanActions.h"
+#include "automation/mail/Mail.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 // Mails the report on all roots once, together with the files that the other actions of the queue have written: so it
 // comes last.
@@ -38,4 +40,4 @@ class TEmailPostScanAction : public TBasePostScanAction {
   int64_t fReportLines = 0;
 };
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -4,7 +4,7 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
   if (pIsCancelled)
@@ -66,4 +66,4 @@ std::u16string NameForFiles(const IHierarchicalRoot& pRoot) {
   return name.empty() ? u"root" : name;
 }
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -1,14 +1,16 @@
 #pragma once
 
+// The file of an export: stopped by the user, or in its place; names made of names.
+
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "export/walk/HierarchicalExport.h"
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 // An export that was stopped while it was written.
 class EExportCancelled : public EException {
@@ -18,13 +20,13 @@ class EExportCancelled : public EException {
 
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
 
-// A file of an export, by bytes or by lines, that takes its place on Commit. Every failure is an exception: EOSError, or
-// EExportCancelled once the question says so. One thread.
-class TExportFile final : public IByteSink, public Hierarchical::Exporting::ILineOutput {
+// A file of an export, by bytes or by lines, that takes its place on Commit. Every failure is an exception: EOSError,
+// or EExportCancelled once the question says so. One thread.
+class TExportFile final : public IByteSink, public Exporting::ILineOutput {
  public:
   using TIsCancelled = std::function<bool()>;
-  // With pUnseen there is nothing at the path until Commit, a temporary name neither, so that scans which run meanwhile do
-  // not count the export itself. On Windows the name is there, and gone with the process.
+  // With pUnseen there is nothing at the path until Commit, a temporary name neither, so that scans which run meanwhile
+  // do not count the export itself. On Windows the name is there, and gone with the process.
   TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen = false);
 
   void Write(std::string_view pBytes) override;
@@ -50,4 +52,4 @@ std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPa
 // The root's path as a part of file names: "photos" of "/data/photos", "C" of "C:\".
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot);
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

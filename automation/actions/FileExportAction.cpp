@@ -6,9 +6,9 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
-using namespace Hierarchical::Exporting;
+using namespace Exporting;
 
 namespace {
 
@@ -31,13 +31,13 @@ std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSet
                                           const TGlobalOptions& pOptions, const std::string& pProgramName) {
   switch (pFormat) {
     case TExportFormat::efCSV:
-      return std::make_unique<Text::TCSVExport>(pSettings);
+      return std::make_unique<TCSVExport>(pSettings);
     case TExportFormat::efTabText:
-      return std::make_unique<Text::TTextExport>(pSettings);
+      return std::make_unique<TTextExport>(pSettings);
     case TExportFormat::efPathList:
-      return std::make_unique<Text::TPathListExport>(pSettings);
+      return std::make_unique<TPathListExport>(pSettings);
     default:
-      return std::make_unique<Text::TFormattedTextExport>(pSettings, pOptions, pProgramName);
+      return std::make_unique<TFormattedTextExport>(pSettings, pOptions, pProgramName);
   }
 }
 
@@ -138,7 +138,7 @@ std::u16string TFileExportPostScanAction::PathOfRoot(const std::u16string& pPath
 }
 
 void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
-  XML::TCustomXMLExport xml(fHandler.MergedRecursionLevel(TMediaType::mtXML), fRun.fProgramName, fRun.fVersion);
+  TCustomXMLExport xml(fHandler.MergedRecursionLevel(TMediaType::mtXML), fRun.fProgramName, fRun.fVersion);
   const std::u16string path = PathOfRoot(fFileName, pRootName);
   ExportXMLFile(xml, pRoot, path, [&] { CheckNotCancelled(fRun.fIsCancelled(), path); });
   NoteWritten(path);
@@ -158,10 +158,10 @@ void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std:
     const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
     const bool isCSV = fFormat == TExportFormat::efCSV;
-    const Text::TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
-    if (settings.fByteOrderMark) fLists.back()->Write(Text::kByteOrderMark);
+    const TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
+    if (settings.fByteOrderMark) fLists.back()->Write(kByteOrderMark);
     WriteListAsDelimited(list, FormatOf(settings), fields, settings.fIncludeHeader, *fLists.back());
   }
 }
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

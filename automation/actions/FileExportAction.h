@@ -1,5 +1,7 @@
 #pragma once
 
+// An export to a file as what follows a scan, with the lists beside it.
+
 #include <memory>
 #include <optional>
 #include <set>
@@ -7,12 +9,12 @@
 #include <string_view>
 #include <vector>
 
-#include "automation/commandline/CommandLineState.h"
 #include "automation/actions/ExportFile.h"
 #include "automation/actions/PostScanActions.h"
+#include "automation/commandline/CommandLineState.h"
 #include "platform/files/Folders.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 using Vantrel::CommandLine::TExportFormat;
 
@@ -73,4 +75,4 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   std::vector<std::u16string> fWritten;
 };
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -4,24 +4,23 @@
 
 #include <algorithm>
 
-#include "automation/commandline/ExitCodes.h"
 #include "automation/actions/ExportFile.h"
+#include "automation/commandline/ExitCodes.h"
 #include "export/history/HistoryDocument.h"
 #include "export/history/HistoryReport.h"
 #include "export/text/ListExport.h"
 #include "export/walk/MediaOptions.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
-#include "platform/text/Text.h"
 #include "platform/files/UserFolders.h"
+#include "platform/text/Text.h"
 
 namespace Vantrel::CommandLine {
 
-using namespace Kiv;
-using namespace Kiv::Hierarchical::Exporting;
-using DB::SQLiteDatabase::THistoryDatabaseReaderWriter;
-using DB::SQLiteDatabase::THistoryEntry;
-using History::Document::THistoryDocument;
+using namespace Vantrel::Exporting;
+using History::THistoryDatabaseReaderWriter;
+using History::THistoryDocument;
+using History::THistoryEntry;
 
 namespace {
 
@@ -91,8 +90,7 @@ class THistoryTasks {
   }
 
   void Show() {
-    const std::u16string pattern =
-        fState.fPatterns ? DB::SQLiteDatabase::HistoryPattern(*fState.fPatterns) : std::u16string();
+    const std::u16string pattern = fState.fPatterns ? History::HistoryPattern(*fState.fPatterns) : std::u16string();
     std::vector<TListTable> tables;
     for (const std::u16string& path : fState.fHistoryPaths) {
       std::vector<THistoryEntry> entries;
@@ -128,10 +126,10 @@ class THistoryTasks {
   void ExportCSV(const std::vector<TListTable>& pTables) {
     const std::u16string& path = fState.fHistoryCSV;
     const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtCSV);
-    const Text::TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
+    const TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
     CreateFolderOf(path);
     PostScanActions::TExportFile file(path, [] { return false; });
-    if (settings.fByteOrderMark && path != TOutputFile::kStandardOutput) file.Write(Text::kByteOrderMark);
+    if (settings.fByteOrderMark && path != TOutputFile::kStandardOutput) file.Write(kByteOrderMark);
     for (const TListTable& table : pTables)
       WriteListAsDelimited(table, FormatOf(settings), fields, settings.fIncludeHeader, file);
     file.Commit();

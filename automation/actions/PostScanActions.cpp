@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
-#include "automation/commandline/ExitCodes.h"
 #include "automation/actions/ExportFile.h"
+#include "automation/commandline/ExitCodes.h"
 #include "export/text/TextExport.h"
+#include "platform/files/Folders.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
-#include "platform/files/Folders.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 namespace {
 
@@ -120,8 +120,8 @@ std::vector<std::u16string> TPostProcessActionHandler::CheckAttachments() const 
 }
 
 bool TPostProcessActionHandler::WriteDefaultReport(IHierarchicalRoot& pRoot) {
-  Hierarchical::Exporting::Text::TFormattedTextExport report(MergedRecursionLevel(TMediaType::mtText),
-                                                             fMedia.GlobalOptions(), fHost.ProgramName());
+  Exporting::TFormattedTextExport report(MergedRecursionLevel(TMediaType::mtText), fMedia.GlobalOptions(),
+                                         fHost.ProgramName());
   report.SetMaximumWidth(fReportWidth);
   return report.Export(pRoot, fOutput);
 }
@@ -149,4 +149,4 @@ bool TPostProcessActionHandler::ShouldCloseApplication() const {
          });
 }
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -1,5 +1,7 @@
 #pragma once
 
+// The queue of what follows a scan, and the default report.
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -9,12 +11,12 @@
 #include "export/walk/HierarchicalExport.h"
 #include "model/roots/RootInterfaces.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
-using Hierarchical::Exporting::ILineOutput;
-using Hierarchical::Exporting::TMediaOptions;
-using Hierarchical::Exporting::TMediaSettings;
-using Hierarchical::Exporting::TMediaType;
+using Exporting::ILineOutput;
+using Exporting::TMediaOptions;
+using Exporting::TMediaSettings;
+using Exporting::TMediaType;
 
 // Something that the command line wants done with a root once it is scanned.
 class TBasePostScanAction {
@@ -114,4 +116,4 @@ class TPostProcessActionHandler {
   bool fReportFailed = false;
 };
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

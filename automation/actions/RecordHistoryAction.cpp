@@ -2,9 +2,9 @@
 
 #include "export/history/HistoryDatabase.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
-using Vantrel::DB::SQLiteDatabase::THistoryDatabaseReaderWriter;
+using Vantrel::History::THistoryDatabaseReaderWriter;
 
 void TRecordHistoryPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
@@ -13,4 +13,4 @@ void TRecordHistoryPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool)
   THistoryDatabaseReaderWriter(fVersion).WriteRootHistoryData(fDatabase, pRoot.GetTitle(), pRoot);
 }
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -1,10 +1,12 @@
 #pragma once
 
+// A row of the history as what follows a scan.
+
 #include <string>
 
 #include "automation/actions/PostScanActions.h"
 
-namespace Kiv::PostScanActions {
+namespace Vantrel::PostScanActions {
 
 // Adds the totals of each finished scan to the history. A scan that was stopped, or that was loaded from a file, is no
 // scan to remember.
@@ -23,4 +25,4 @@ class TRecordHistoryPostScanAction : public TBasePostScanAction {
   const std::string fVersion;
 };
 
-}  // namespace Kiv::PostScanActions
+}  // namespace Vantrel::PostScanActions

@@ -4,28 +4,25 @@
 
 #include <algorithm>
 
-#include "automation/commandline/ExitCodes.h"
 #include "automation/actions/ExportFile.h"
 #include "automation/actions/FileExportAction.h"
-#include "automation/commandline/HelpText.h"
 #include "automation/actions/HistoryTasks.h"
+#include "automation/commandline/ExitCodes.h"
+#include "automation/commandline/HelpText.h"
 #include "export/xml/OptionsFile.h"
 #include "export/xml/XMLReader.h"
-#include "platform/system/FileTime.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
+#include "platform/system/FileTime.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::CommandLine {
-
-using Kiv::ToDisplay;
-using Kiv::TValueKind;
 
 namespace {
 
 std::u16string Folded(std::u16string_view pText) {
   std::u16string folded(pText);
-  for (char16_t& character : folded) character = Kiv::FoldAscii(character);
+  for (char16_t& character : folded) character = Vantrel::FoldAscii(character);
   return folded;
 }
 
@@ -51,11 +48,11 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 
 size_t NumberOfScans(const TCommandLineState& pState) {
   size_t scans = pState.fPaths.size();
-  for (const std::u16string& files : pState.fOpenFiles) scans += XML::Parser::SplitFileNames(files).size();
+  for (const std::u16string& files : pState.fOpenFiles) scans += XML::SplitFileNames(files).size();
   return scans;
 }
 
-TCommandLineHandler::TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions,
+TCommandLineHandler::TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser, Vantrel::TGlobalOptions& pOptions,
                                          std::u16string pUserOptionsFile)
     : fParser(pParser), fOptions(pOptions), fUserOptionsFile(std::move(pUserOptionsFile)) {
   for (const TSwitch& item : AllSwitches()) {
@@ -114,23 +111,23 @@ void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
 
 void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn) {
   try {
-    const std::vector<std::string> skipped = Kiv::Options::LoadOptionsFile(pFile, fOptions).fSkipped;
+    const std::vector<std::string> skipped = Vantrel::Options::LoadOptionsFile(pFile, fOptions).fSkipped;
     constexpr size_t kMostTold = 20;
     for (size_t i = 0; i < std::min(skipped.size(), kMostTold); ++i)
-      fState.fWarnings.push_back(Kiv::ToQuotedDisplay(pFile) + ", " + skipped[i]);
+      fState.fWarnings.push_back(Vantrel::ToQuotedDisplay(pFile) + ", " + skipped[i]);
     if (skipped.size() > kMostTold)
       fState.fWarnings.push_back(
-          fmt::format("{}: {} more were skipped", Kiv::ToQuotedDisplay(pFile), skipped.size() - kMostTold));
-  } catch (const Kiv::Options::EOptionsFileError& error) {
+          fmt::format("{}: {} more were skipped", Vantrel::ToQuotedDisplay(pFile), skipped.size() - kMostTold));
+  } catch (const Vantrel::Options::EOptionsFileError& error) {
     // In a home that this user may not look into, as under sudo -u, there are no options of this user's.
-    if (pIsUsersOwn && !error.IsMissing() && Kiv::PathExists(pFile)) fUserOptionsError = error.what();
+    if (pIsUsersOwn && !error.IsMissing() && Vantrel::PathExists(pFile)) fUserOptionsError = error.what();
     if (!pIsUsersOwn) fErrors.emplace_back(error.what());
   }
 }
 
 // Returns the number of tokens that the switch and its values took.
 size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
-  const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
+  const Vantrel::TSplitToken split = Vantrel::SplitSwitchValue(pTokens[pIndex]);
   const std::string shown = ToDisplay(split.fSwitch);
   const TSwitch* main = &MainSwitchOf(pSwitch);
   const bool seen = std::find(fSeen.begin(), fSeen.end(), main) != fSeen.end();
@@ -148,7 +145,7 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
   }
   if (split.fHasValue && kind == TValueKind::vkOptionalBoolean && !fParser.IsValueOfKind(split.fValue, kind)) {
     fErrors.push_back(
-        fmt::format("{}: {} is not allowed; expected true|false", shown, Kiv::ToQuotedDisplay(split.fValue)));
+        fmt::format("{}: {} is not allowed; expected true|false", shown, Vantrel::ToQuotedDisplay(split.fValue)));
     return 1;
   }
   size_t next = pIndex + 1;
@@ -175,7 +172,7 @@ std::vector<std::u16string> TCommandLineHandler::TakeValues(const TSwitch& pSwit
   const size_t most = kind == TValueKind::vkPaths || kind == TValueKind::vkAnything ? pTokens.size() : 1;
   std::vector<std::u16string> values;
   while (pNext < pTokens.size() && values.size() < most && fParser.IsValueOfKind(pTokens[pNext], kind))
-    values.push_back(Kiv::TKivCommandLineParser::Dequoted(pTokens[pNext++]));
+    values.push_back(Vantrel::TKivCommandLineParser::Dequoted(pTokens[pNext++]));
   return values;
 }
 
@@ -195,7 +192,7 @@ void TCommandLineHandler::ApplyValues(const TSwitch& pSwitch, const std::string&
 void TCommandLineHandler::ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue) {
   try {
     pSwitch.fApply(fState, pValue);
-  } catch (const Kiv::EException& error) {
+  } catch (const Vantrel::EException& error) {
     fErrors.push_back(pShown + " " + error.what());
   }
 }
@@ -205,7 +202,7 @@ void TCommandLineHandler::ApplyValue(const TSwitch& pSwitch, const std::string& 
 bool TCommandLineHandler::IsFileName(const std::u16string& pToken) const {
   constexpr char16_t kAnyDelimiter = u'\\';
   return !pToken.empty() && !fParser.IsSwitch(pToken) && pToken != u"--" && !pToken.ends_with(kAnyDelimiter) &&
-         !pToken.ends_with(u'/') && !Kiv::FolderExists(pToken);
+         !pToken.ends_with(u'/') && !Vantrel::FolderExists(pToken);
 }
 
 bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u16string* pToken) {
@@ -216,7 +213,7 @@ bool TCommandLineHandler::CheckFileName(const std::string& pShown, const std::u1
 }
 
 size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex) {
-  const Kiv::TSplitToken split = Kiv::SplitSwitchValue(pTokens[pIndex]);
+  const Vantrel::TSplitToken split = Vantrel::SplitSwitchValue(pTokens[pIndex]);
   const std::string shown = ToDisplay(split.fSwitch);
   if (split.fHasValue) {
     const std::u16string file(split.fValue);
@@ -232,7 +229,7 @@ size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTo
     return 1;
   }
   if (CheckFileName(shown, hasNext ? &pTokens[pIndex + 1] : nullptr))
-    ApplyValue(pSwitch, shown, Kiv::TKivCommandLineParser::Dequoted(pTokens[pIndex + 1]));
+    ApplyValue(pSwitch, shown, Vantrel::TKivCommandLineParser::Dequoted(pTokens[pIndex + 1]));
   return hasNext && !isSwitch ? 2 : 1;
 }
 
@@ -242,13 +239,13 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   std::string error;
   const size_t consumed = fParser.TryApplyCommandLineOptionToGlobalOptions(pTokens, pIndex, fOptions, error);
   if (consumed > 0) return consumed;
-  const std::u16string_view token = Kiv::SplitSwitchValue(pTokens[pIndex]).fSwitch;
+  const std::u16string_view token = Vantrel::SplitSwitchValue(pTokens[pIndex]).fSwitch;
   const bool isOption =
-      Kiv::FindOption(Kiv::ToUtf8(Kiv::TKivCommandLineParser::RemoveSwitchIndicator(token))) != nullptr;
+      Vantrel::FindOption(Vantrel::ToUtf8(Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(token))) != nullptr;
   fErrors.push_back(isOption ? error : error + SuggestionFor(token));
   // A refused value is not taken for a path as well.
   const bool hasValue = isOption && pIndex + 1 < pTokens.size() && fParser.IsValue(pTokens[pIndex + 1]) &&
-                        !Kiv::SplitSwitchValue(pTokens[pIndex]).fHasValue;
+                        !Vantrel::SplitSwitchValue(pTokens[pIndex]).fHasValue;
   return hasValue ? 2 : 1;
 }
 
@@ -257,15 +254,15 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
 bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
   const bool hasLowerCase =
       std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
-  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Kiv::PathExists(pToken);
+  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Vantrel::PathExists(pToken);
 }
 
 // The nearest switch or option, when it is near enough to have been meant.
 std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
   // "/CSV=file": with two dashes it would be right.
-  const std::u16string_view front = Kiv::WithoutJoinedValue(pToken);
+  const std::u16string_view front = Vantrel::WithoutJoinedValue(pToken);
   const bool isJoined = front.size() < pToken.size() && fParser.NamesKnown(front);
-  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(isJoined ? front : pToken);
+  const std::u16string_view name = Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(isJoined ? front : pToken);
   constexpr size_t kLongestName = 64;  // whatever is longer is a text that went astray
   const std::u16string typed = Folded(name.substr(0, kLongestName));
   std::u16string best;
@@ -276,8 +273,8 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
     bestDistance = distance;
     best = pCandidate;
   };
-  for (const Kiv::TCommandLineItem& item : fParser.RegisteredSwitches()) consider(item.fName);
-  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) consider(Kiv::FromUtf8(option.fName));
+  for (const Vantrel::TCommandLineItem& item : fParser.RegisteredSwitches()) consider(item.fName);
+  for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions()) consider(Vantrel::FromUtf8(option.fName));
   if (best.empty()) return {};
   const std::u16string_view indicator = isJoined ? u"--" : pToken.substr(0, pToken.size() - name.size());
   return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + (isJoined ? "=?" : "?");
@@ -303,12 +300,12 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   if (fErrors.empty()) return;
   std::string message;
   for (const std::string& error : fErrors) message.append(message.empty() ? "" : "\r\n").append(error);
-  throw Kiv::ECommandLineParserCriticalException(message, ecWrongCommandLine);
+  throw Vantrel::ECommandLineParserCriticalException(message, ecWrongCommandLine);
 }
 
 void TCommandLineHandler::CheckHistory() {
   // Kept in the settings, it is to be the same file from wherever the program is started.
-  if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Kiv::ToNativeBytes(HistoryFile(fOptions));
+  if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Vantrel::ToNativeBytes(HistoryFile(fOptions));
   if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
     fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
   if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
@@ -328,12 +325,12 @@ void TCommandLineHandler::CheckScans() {
 }
 
 void TCommandLineHandler::FinalizeExports() {
-  const char16_t delimiter = Kiv::NativePathDelimiter();
-  const std::u16string date = u"_" + Kiv::CurrentDateText();
+  const char16_t delimiter = Vantrel::NativePathDelimiter();
+  const std::u16string date = u"_" + Vantrel::CurrentDateText();
   auto finalize = [&](std::u16string& pFile) {
     if (pFile.empty() || pFile == u"-") return;
-    pFile = Kiv::AbsolutePath(pFile);
-    if (fState.fDateInFileNames) pFile = Kiv::PostScanActions::WithPartInName(pFile, date);
+    pFile = Vantrel::AbsolutePath(pFile);
+    if (fState.fDateInFileNames) pFile = Vantrel::PostScanActions::WithPartInName(pFile, date);
   };
   finalize(fState.fDriveListFile);
   finalize(fState.fHistoryCSV);
@@ -342,9 +339,9 @@ void TCommandLineHandler::FinalizeExports() {
   auto reserve = [&](const std::u16string& pFile) {
     if (pFile.empty()) return;
     const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
-      return Kiv::SamePath(pOther, pFile, delimiter);
+      return Vantrel::SamePath(pOther, pFile, delimiter);
     });
-    if (known) fErrors.push_back("Two exports would go into the same file: " + Kiv::ToQuotedDisplay(pFile));
+    if (known) fErrors.push_back("Two exports would go into the same file: " + Vantrel::ToQuotedDisplay(pFile));
     files.push_back(pFile);
   };
   for (const std::u16string* file : {&fState.fDriveListFile, &fState.fHistoryCSV, &fState.fHistoryExport})
@@ -356,7 +353,7 @@ void TCommandLineHandler::FinalizeExports() {
   // Of several scans, each one's lists have its name in theirs.
   if (NumberOfScans(fState) > 1) return;
   for (const TExportRequest& request : fState.fExports)
-    for (const std::u16string& file : Kiv::PostScanActions::ListFiles(request.fFormat, request.fFile, fOptions))
+    for (const std::u16string& file : Vantrel::PostScanActions::ListFiles(request.fFormat, request.fFile, fOptions))
       reserve(file);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// The tokens of a run into paths and settings, with all that is wrong with them.
+
 #include <span>
 #include <string>
 #include <vector>
@@ -28,14 +30,14 @@ class ICommandLineTasks {
 // Reads the program's switches into what a run is to do. One thread.
 class TCommandLineHandler {
  public:
-  // Registers the program's switches with the parser. Both arguments must outlive the handler. The file of the user's own
-  // options is loaded first of all; empty when there is none.
-  TCommandLineHandler(Kiv::TKivCommandLineParser& pParser, Kiv::TGlobalOptions& pOptions,
+  // Registers the program's switches with the parser. Both arguments must outlive the handler. The file of the user's
+  // own options is loaded first of all; empty when there is none.
+  TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser, Vantrel::TGlobalOptions& pOptions,
                       std::u16string pUserOptionsFile = {});
 
   void Reset();
-  // Loads the options files, then reads the tokens, which come without the program's name. What is wrong is collected, so
-  // that all of it is told at once.
+  // Loads the options files, then reads the tokens, which come without the program's name. What is wrong is collected,
+  // so that all of it is told at once.
   void HandleCommandLineSwitches(std::span<const std::u16string> pTokens);
   // Checks what only the whole command line tells, and makes the names of files what they will be.
   // ECommandLineParserCriticalException, with all messages, one per line, when anything is wrong with it.
@@ -55,7 +57,8 @@ class TCommandLineHandler {
   std::vector<std::u16string> TakeValues(const TSwitch& pSwitch, TTokens pTokens, size_t& pNext) const;
   void ApplyValues(const TSwitch& pSwitch, const std::string& pShown, std::span<const std::u16string> pValues);
   void ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue);
-  // Whether the token can be the name of a file to write; CheckFileName says so when it cannot. pToken is nullptr when there is none.
+  // Whether the token can be the name of a file to write; CheckFileName says so when it cannot. pToken is nullptr when
+  // there is none.
   bool IsFileName(const std::u16string& pToken) const;
   bool CheckFileName(const std::string& pShown, const std::u16string* pToken);
   size_t HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
@@ -66,8 +69,8 @@ class TCommandLineHandler {
   void CheckHistory();
   void CheckScans();
 
-  Kiv::TKivCommandLineParser& fParser;
-  Kiv::TGlobalOptions& fOptions;
+  Vantrel::TKivCommandLineParser& fParser;
+  Vantrel::TGlobalOptions& fOptions;
   const std::u16string fUserOptionsFile;
   TCommandLineState fState;
   std::vector<const TSwitch*> fSeen;  // aliases count as what they stand for

@@ -7,7 +7,7 @@
 #include "platform/text/Text.h"
 #include "search/patterns/SizeText.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -263,4 +263,4 @@ size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens p
   return 0;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// Tokens: switch, value or path; values of switches; options by name.
+
 #include <cstdint>
 #include <span>
 #include <string>
@@ -9,7 +11,7 @@
 #include "model/options/GlobalOptions.h"
 #include "platform/system/Errors.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A command line that cannot be worked on; carries the exit code with which the program ends.
 class ECommandLineParserCriticalException : public EException {
@@ -36,9 +38,9 @@ enum class TValueKind : uint8_t {
   vkPath,             // an existing file
   vkFile,             // a file to write; every token is taken for one, switches are refused
   vkOptionalFile,     // the same, but nothing may follow, and a switch is none
-  vkSecret,           // whatever follows, so that none of it is ever taken for something to be shown; but no known switch
-  vkPattern,          // may begin like a switch, "/^a/i" or "-old", but not with "--" or as a known one
-  vkAnything,         // all tokens up to the next switch, whatever they are
+  vkSecret,    // whatever follows, so that none of it is ever taken for something to be shown; but no known switch
+  vkPattern,   // may begin like a switch, "/^a/i" or "-old", but not with "--" or as a known one
+  vkAnything,  // all tokens up to the next switch, whatever they are
 };
 
 // The moments of a run at which switches act.
@@ -103,8 +105,8 @@ class TKivCommandLineParser {
   bool FindBooleanValueAfterSwitch(std::u16string_view pName, TTokens pTokens, bool& pValue) const;
   bool FindIntegerValueAfterSwitch(std::u16string_view pName, TTokens pTokens, int64_t& pValue) const;
 
-  // The tokens without paths to scan, for a command line that is passed on: what is no switch and no switch's value, and
-  // the values of switches that take paths to scan, with these switches.
+  // The tokens without paths to scan, for a command line that is passed on: what is no switch and no switch's value,
+  // and the values of switches that take paths to scan, with these switches.
   std::vector<std::u16string> GetFilteredCommandLineWithoutPaths(TTokens pTokens) const;
 
   // Begins a moment of the run; switches tied to an earlier one are done with.
@@ -137,4 +139,4 @@ TSplitToken SplitSwitchValue(std::u16string_view pToken);
 // The token up to an "=" or ":" in it, for those that come with a value in a form that is not understood.
 std::u16string_view WithoutJoinedValue(std::u16string_view pToken);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// What a command line asked for.
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -19,12 +21,12 @@ struct TExportRequest {
 
 // What the command line asked for. What is an option as well is set in the options.
 struct TCommandLineState {
-  Kiv::TGlobalOptions* fOptions = nullptr;  // the handler's
+  Vantrel::TGlobalOptions* fOptions = nullptr;  // the handler's
 
-  std::vector<std::u16string> fPaths;                    // to scan, as typed, in order
-  std::vector<std::u16string> fOpenFiles;                // scan files to load, lists as typed
-  Kiv::TRef<Kiv::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
-  std::u16string fCompareFile;                           // the older scan; empty: none
+  std::vector<std::u16string> fPaths;                            // to scan, as typed, in order
+  std::vector<std::u16string> fOpenFiles;                        // scan files to load, lists as typed
+  Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
+  std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   bool fDateInFileNames = false;
 
@@ -34,7 +36,7 @@ struct TCommandLineState {
   std::u16string fHelpTopic;
   bool fVersion = false;
   bool fExportDriveList = false;
-  std::u16string fDriveListFile;  // empty: to the console
+  std::u16string fDriveListFile;              // empty: to the console
   std::vector<std::u16string> fHistoryPaths;  // whose history is shown
   std::u16string fHistoryCSV;                 // empty: to the console
   std::vector<int64_t> fHistoryDeletions;     // IDs of scans

@@ -1,5 +1,7 @@
 #pragma once
 
+// The exit codes.
+
 namespace Vantrel {
 
 // How a run ended, for scripts; docs/command-line.md explains them. Of several paths the highest code counts.

@@ -11,7 +11,7 @@ std::string LowerText(std::string pText) {
 }
 
 std::string SwitchName(const TSwitch& pSwitch) {
-  return "--" + LowerText(Kiv::ToUtf8(pSwitch.fItem.fName));
+  return "--" + LowerText(Vantrel::ToUtf8(pSwitch.fItem.fName));
 }
 
 std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign) {

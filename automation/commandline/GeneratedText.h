@@ -1,5 +1,7 @@
 #pragma once
 
+// What the manual page and the completions have in common.
+
 #include <string>
 #include <string_view>
 #include <vector>

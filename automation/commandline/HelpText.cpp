@@ -17,7 +17,7 @@ constexpr std::string_view kRowFormat = "  {:<32} {}";
 constexpr size_t kScreenWidth = 80;
 
 std::string NameOf(const TSwitch& pSwitch) {
-  const std::string name = "--" + Kiv::ToUtf8(pSwitch.fItem.fName);
+  const std::string name = "--" + Vantrel::ToUtf8(pSwitch.fItem.fName);
   return pSwitch.fValueText.empty() ? name : fmt::format("{} {}", name, pSwitch.fValueText);
 }
 
@@ -41,7 +41,7 @@ void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std
   if (line.size() > pIndent.size()) pLines.push_back(line);
 }
 
-void AppendOption(std::vector<std::string>& pLines, const Kiv::TOptionInfo& pOption) {
+void AppendOption(std::vector<std::string>& pLines, const Vantrel::TOptionInfo& pOption) {
   pLines.push_back(fmt::format("  --{:<28}{}", pOption.fName, pOption.fHelp));
   const std::string range = pOption.fRange.empty() ? "any text" : pOption.fRange;
   const std::string shown = ShownDefault(pOption);
@@ -56,7 +56,7 @@ std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
   AppendWrapped(lines, main.fDetails, "  ");
   std::string aliases;
   for (const TSwitch* alias = &main + 1; alias->fRank == TSwitchRank::srAlias; ++alias)
-    aliases.append(aliases.empty() ? "" : ", ").append("--" + Kiv::ToUtf8(alias->fItem.fName));
+    aliases.append(aliases.empty() ? "" : ", ").append("--" + Vantrel::ToUtf8(alias->fItem.fName));
   if (!aliases.empty()) lines.push_back("  The same as " + aliases + ".");
   lines.emplace_back(main.fItem.fRepeatable ? "  May be given more than once." : "  May be given once.");
   return lines;
@@ -87,7 +87,7 @@ const std::vector<THelpTopic>& HelpTopics() {
 }
 
 // Blanks and punctuation alone are hard to see.
-std::string ShownDefault(const Kiv::TOptionInfo& pOption) {
+std::string ShownDefault(const Vantrel::TOptionInfo& pOption) {
   const std::string& text = pOption.fDefault;
   const bool isPlain =
       text.find_first_of("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") != text.npos;
@@ -119,7 +119,7 @@ std::vector<std::string> SwitchesHelpText() {
   std::string others;
   for (const TSwitch& item : AllSwitches())
     if (item.fRank == TSwitchRank::srNotBuilt)
-      others.append(others.empty() ? "" : ", ").append(Kiv::ToUtf8(item.fItem.fName));
+      others.append(others.empty() ? "" : ", ").append(Vantrel::ToUtf8(item.fItem.fName));
   lines.emplace_back("Known, but not part of this version:");
   AppendWrapped(lines, others, "  ");
   return lines;
@@ -127,7 +127,7 @@ std::vector<std::string> SwitchesHelpText() {
 
 std::vector<std::string> OptionsHelpText() {
   std::vector<std::string> lines = {"Options: --NAME VALUE, --NAME=VALUE or /NAME VALUE. true|false alone means true."};
-  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) AppendOption(lines, option);
+  for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions()) AppendOption(lines, option);
   return lines;
 }
 
@@ -136,20 +136,20 @@ bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines) {
     pLines = HelpText();
     return true;
   }
-  const std::u16string_view name = Kiv::TKivCommandLineParser::RemoveSwitchIndicator(pTopic);
-  const std::string narrow = Kiv::ToUtf8(name);
+  const std::u16string_view name = Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(pTopic);
+  const std::string narrow = Vantrel::ToUtf8(name);
   const bool isSwitch = name.size() < pTopic.size();  // "--options" is one, "options" are all
   for (const THelpTopic& topic : HelpTopics()) {
-    if (isSwitch || !Kiv::SameTextAscii(topic.fName, narrow)) continue;
+    if (isSwitch || !Vantrel::SameTextAscii(topic.fName, narrow)) continue;
     pLines = topic.fText();
     return true;
   }
   for (const TSwitch& item : AllSwitches()) {
-    if (!Kiv::SameTextAscii(item.fItem.fName, name)) continue;
+    if (!Vantrel::SameTextAscii(item.fItem.fName, name)) continue;
     pLines = SwitchHelpText(item);
     return true;
   }
-  const Kiv::TOptionInfo* option = Kiv::FindOption(narrow);
+  const Vantrel::TOptionInfo* option = Vantrel::FindOption(narrow);
   if (option == nullptr) return false;
   pLines.clear();
   AppendOption(pLines, *option);

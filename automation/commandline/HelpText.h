@@ -1,5 +1,7 @@
 #pragma once
 
+// The texts of `--help`, made from the tables.
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,11 +27,11 @@ std::vector<std::string> SwitchesHelpText();
 // Every option with its default and range.
 std::vector<std::string> OptionsHelpText();
 // The default of an option as help shows it, in quotes where there is neither letter nor digit to see; empty for none.
-std::string ShownDefault(const Kiv::TOptionInfo& pOption);
+std::string ShownDefault(const Vantrel::TOptionInfo& pOption);
 // What is told when the command line names nothing to do.
 std::vector<std::string> UsageText();
-// The help on a topic, a switch or an option, with or without an indicator, in any letter case; an empty topic gives the
-// first screen. False when there is none.
+// The help on a topic, a switch or an option, with or without an indicator, in any letter case; an empty topic gives
+// the first screen. False when there is none.
 bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines);
 
 // The exit codes, a line each.

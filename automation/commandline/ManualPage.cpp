@@ -192,7 +192,7 @@ void AppendSwitches(TLines& pLines) {
 
 void AppendOptions(TLines& pLines) {
   pLines.emplace_back(kOptions);
-  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) {
+  for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions()) {
     pLines.insert(pLines.end(),
                   {".TP", fmt::format("\\fB{}\\fR", Escaped("--" + option.fName)), Sentence(option.fHelp)});
     std::string values = "Values: " + (option.fRange.empty() ? "any text" : option.fRange);

@@ -9,15 +9,14 @@
 #include "automation/commandline/GeneratedText.h"
 #include "automation/commandline/HelpText.h"
 #include "automation/commandline/SwitchTable.h"
-#include "model/options/GlobalOptions.h"
 #include "model/columns/MetaData.h"
+#include "model/options/GlobalOptions.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::CommandLine {
 
 namespace {
 
-using Kiv::TValueKind;
 using TLines = std::vector<std::string>;
 
 // What can be completed behind a switch or an option.
@@ -76,15 +75,15 @@ TFollow FollowOf(const TSwitch& pSwitch) {
   return TFollow::foText;
 }
 
-TFollow FollowOf(const Kiv::TOptionInfo& pOption) {
+TFollow FollowOf(const Vantrel::TOptionInfo& pOption) {
   switch (pOption.fKind) {
-    case Kiv::TOptionKind::okBoolean:
+    case Vantrel::TOptionKind::okBoolean:
       return TFollow::foOptionalWord;
-    case Kiv::TOptionKind::okChoice:
+    case Vantrel::TOptionKind::okChoice:
       return TFollow::foWord;
-    case Kiv::TOptionKind::okInteger:
+    case Vantrel::TOptionKind::okInteger:
       return TFollow::foText;
-    case Kiv::TOptionKind::okText:
+    case Vantrel::TOptionKind::okText:
       return FollowOfText(pOption.fRange);
   }
   return TFollow::foText;
@@ -93,7 +92,7 @@ TFollow FollowOf(const Kiv::TOptionInfo& pOption) {
 bool IsSwitchName(std::string_view pName) {
   const auto switches = AllSwitches();
   return std::any_of(switches.begin(), switches.end(), [&](const TSwitch& pSwitch) {
-    return Kiv::SameTextAscii(Kiv::FromUtf8(pName), pSwitch.fItem.fName);
+    return Vantrel::SameTextAscii(Vantrel::FromUtf8(pName), pSwitch.fItem.fName);
   });
 }
 
@@ -106,7 +105,7 @@ std::vector<TCompletion> Completions() {
     completions.push_back({SwitchName(item), std::string(MainSwitchOf(item).fHelp), follow,
                            follow == TFollow::foOptionalWord ? "true false" : ""});
   }
-  for (const Kiv::TOptionInfo& option : Kiv::AllOptions()) {
+  for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions()) {
     // Some switches set the option of their own name.
     if (IsSwitchName(option.fName)) continue;
     const TFollow follow = FollowOf(option);
@@ -125,9 +124,9 @@ std::vector<TCompletion> Completions() {
 
 std::string ColumnWords() {
   std::string words;
-  for (int column = 0; column < static_cast<int>(Kiv::TColumn::mdCount); ++column)
+  for (int column = 0; column < static_cast<int>(Vantrel::TColumn::mdCount); ++column)
     words.append(words.empty() ? "" : " ")
-        .append(Kiv::ToUtf8(Kiv::ColumnInfo(static_cast<Kiv::TColumn>(column)).fName));
+        .append(Vantrel::ToUtf8(Vantrel::ColumnInfo(static_cast<Vantrel::TColumn>(column)).fName));
   return LowerText(words);
 }
 

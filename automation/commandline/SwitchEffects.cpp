@@ -11,12 +11,11 @@
 
 namespace Vantrel::CommandLine {
 
-using namespace Kiv;
-using namespace Kiv::Hierarchical::Exporting;
-using Kiv::PatternMatching::CreateCheckedPattern;
-using Kiv::PatternMatching::CreatePatternsFromFile;
-using Kiv::PatternMatching::IPatterns;
-using Kiv::PatternMatching::TPatternType;
+using namespace Vantrel::Exporting;
+using Vantrel::PatternMatching::CreateCheckedPattern;
+using Vantrel::PatternMatching::CreatePatternsFromFile;
+using Vantrel::PatternMatching::IPatterns;
+using Vantrel::PatternMatching::TPatternType;
 
 namespace {
 

@@ -1,13 +1,16 @@
 #pragma once
 
+// What the switches do.
+
 #include <string_view>
 
 #include "automation/commandline/CommandLineState.h"
 
 namespace Vantrel::CommandLine {
 
-// What the switches do, in the order of the table in SwitchTable.cpp. Each takes one value, an empty one where the switch
-// has none. EInvalidArgumentValue, with a text that makes sense behind the switch, for a value that it cannot take.
+// What the switches do, in the order of the table in SwitchTable.cpp. Each takes one value, an empty one where the
+// switch has none. EInvalidArgumentValue, with a text that makes sense behind the switch, for a value that it cannot
+// take.
 using TSwitchEffect = void(TCommandLineState& pState, std::u16string_view pValue);
 
 // Whether the value says "true", which a switch without one does.
@@ -18,7 +21,7 @@ template <bool TCommandLineState::*pFlag>
 void SetFlag(TCommandLineState& pState, std::u16string_view pValue) {
   pState.*pFlag = IsOn(pValue);
 }
-template <bool Kiv::TGlobalOptions::*pOption>
+template <bool Vantrel::TGlobalOptions::*pOption>
 void SetOption(TCommandLineState& pState, std::u16string_view pValue) {
   pState.fOptions->*pOption = IsOn(pValue);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+// Every switch, one row each.
+
 #include <span>
 #include <string_view>
 
@@ -19,7 +21,7 @@ enum class TSwitchRank : uint8_t {
 // One switch of the program: all that there is to know of it. Parsing, help, the manual page and the completions of
 // shells read this table.
 struct TSwitch {
-  Kiv::TCommandLineItem fItem;
+  Vantrel::TCommandLineItem fItem;
   TSwitchRank fRank;
   std::string_view fValueText;  // how help shows the value
   // What it does, in a few words; of one that is not built: what is missing, a whole sentence.
@@ -36,7 +38,7 @@ struct TSwitch {
 // All switches, in the order in which help lists them.
 std::span<const TSwitch> AllSwitches();
 // The switch registered by this item; nullptr when it is none of the table.
-const TSwitch* SwitchOf(const Kiv::TCommandLineItem* pItem);
+const TSwitch* SwitchOf(const Vantrel::TCommandLineItem* pItem);
 // The switch that an alias stands for, else the switch itself.
 const TSwitch& MainSwitchOf(const TSwitch& pSwitch);
 

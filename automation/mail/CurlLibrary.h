@@ -1,8 +1,10 @@
 #pragma once
 
+// Libcurl's functions, loaded on Linux when they are first needed.
+
 #include <curl/curl.h>
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 // The functions of libcurl that mail needs. On Linux the library is loaded when they are first asked for: linked, it
 // and the thirty libraries it wants itself add 8 milliseconds and more to every start of the program, and few runs send
@@ -21,4 +23,4 @@ struct TCurlLibrary {
 // The library, ready for use and never unloaded. EMailError when it is missing. Any thread.
 const TCurlLibrary& CurlLibrary();
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

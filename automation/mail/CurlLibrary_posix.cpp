@@ -5,7 +5,7 @@
 #include "automation/mail/CurlLibrary.h"
 #include "automation/mail/Mail.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -57,4 +57,4 @@ const TCurlLibrary& CurlLibrary() {
   return library;
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

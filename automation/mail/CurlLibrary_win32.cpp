@@ -1,6 +1,6 @@
 #include "automation/mail/CurlLibrary.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 const TCurlLibrary& CurlLibrary() {
   static const TCurlLibrary library = [] {
@@ -11,4 +11,4 @@ const TCurlLibrary& CurlLibrary() {
   return library;
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

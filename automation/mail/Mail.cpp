@@ -10,7 +10,7 @@
 #include "platform/system/Identity.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -69,4 +69,4 @@ void SendMail(const TMailMessage& pMessage, const TMailServer& pServer) {
   }
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

@@ -1,5 +1,7 @@
 #pragma once
 
+// Mails reports: who sends what to whom, and by which way; `docs/mail.md`.
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,7 +10,7 @@
 #include "platform/system/Errors.h"
 
 // Mails reports, through a mail server or the system's own sendmail; docs/mail.md.
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 struct TMailMessage {
   std::u16string fFrom;                      // empty: the server's user, else user@host
@@ -51,4 +53,4 @@ std::vector<std::u16string> SplitMailAddresses(std::u16string_view pText);
 // without a name. Line breaks and other control characters never pass, so that nobody slips lines into a mail's header.
 void CheckMailAddress(std::u16string_view pText);
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

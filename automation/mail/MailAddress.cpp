@@ -5,7 +5,7 @@
 #include "automation/mail/Mail.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -129,4 +129,4 @@ std::vector<std::u16string> SplitMailAddresses(std::u16string_view pText) {
   return parts;
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

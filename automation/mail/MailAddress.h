@@ -1,9 +1,11 @@
 #pragma once
 
+// Addresses taken apart and checked; lists of them.
+
 #include <string>
 #include <string_view>
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 // One address, taken apart.
 struct TMailAddress {
@@ -14,4 +16,4 @@ struct TMailAddress {
 // Reads "a@b", "<a@b>", "Name <a@b>" and "\"Last, First\" <a@b>". Throws what CheckMailAddress throws.
 TMailAddress ParseMailAddress(std::u16string_view pText);
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

@@ -1,3 +1,5 @@
+// To a mail server; why one refused, in words for users.
+
 #include <curl/curl.h>
 #include <fmt/format.h>
 
@@ -11,7 +13,7 @@
 #include "platform/system/Environment.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -287,4 +289,4 @@ void SendToServer(TMailSource& pMail, const TMailEnvelope& pEnvelope, const TMai
       fmt::format("The mail server {} {}", ServerName(pServer), Reason(code, detail, conversation, pServer)));
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

@@ -10,7 +10,7 @@
 #include "automation/mail/MailText.h"
 #include "platform/files/Paths.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -165,4 +165,4 @@ size_t TMailSource::Read(char* pBuffer, size_t pLength) {
   return length;
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

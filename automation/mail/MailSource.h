@@ -1,5 +1,7 @@
 #pragma once
 
+// A composed mail as bytes, its attachments read while it is sent.
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,7 +14,7 @@
 #include "platform/files/FileStream.h"
 #include "platform/system/FileTime.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 // Who sends a mail to whom.
 struct TMailEnvelope {
@@ -65,4 +67,4 @@ class TMailSource final : public IByteSource {
   std::string fContents;  // of an attachment, before encoding
 };
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

@@ -8,7 +8,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -158,4 +158,4 @@ std::string MailDate(TKivFileTime pTime) {
                      clock.seconds().count());
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

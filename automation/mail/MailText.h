@@ -1,5 +1,7 @@
 #pragma once
 
+// The encodings of a mail's header: texts, addresses, file names, dates.
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,7 +11,7 @@
 
 // The pieces of a mail's header and their encodings. Whatever goes in, what comes out is ASCII without control
 // characters but its own line ends, CRLF, and no line is longer than mail allows.
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 // Lines of 76 characters, each ended by CRLF. Whole lines may be encoded one by one.
 std::string Base64Lines(std::string_view pBytes);
@@ -27,4 +29,4 @@ std::string FileNameParameter(std::u16string_view pFileName);
 // "Fri, 21 Nov 2026 19:02:23 +0000", whatever the user's language.
 std::string MailDate(TKivFileTime pTime);
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

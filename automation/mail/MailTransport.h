@@ -1,12 +1,14 @@
 #pragma once
 
+// What the two ways of sending have in common.
+
 #include <string>
 
 #include "automation/mail/Mail.h"
 #include "automation/mail/MailSource.h"
 
 // The two ways by which a composed mail leaves. Both throw EMailError, and let EOSErrors of attachments through.
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 // To a mail server. The sender must be there.
 void SendToServer(TMailSource& pMail, const TMailEnvelope& pEnvelope, const TMailServer& pServer);
@@ -21,4 +23,4 @@ void CheckSendmail(const std::string& pProgram);
 // The server's name for messages: "mail.example.org:587", in quotes.
 std::string ServerName(const TMailServer& pServer);
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

@@ -1,3 +1,5 @@
+// To the system's sendmail.
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -5,11 +7,11 @@
 #include <vector>
 
 #include "automation/mail/MailTransport.h"
-#include "platform/system/ChildProcess.h"
 #include "platform/files/FileStream.h"
+#include "platform/system/ChildProcess.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 
 namespace {
 
@@ -99,4 +101,4 @@ void SendToSendmail(TMailSource& pMail, const TMailEnvelope& pEnvelope, const st
   }
 }
 
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

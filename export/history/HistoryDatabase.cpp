@@ -13,10 +13,10 @@
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFilter.h"
 
-namespace Vantrel::DB::SQLiteDatabase {
+namespace Vantrel::History {
 
-using Kiv::DiskSpaceManagement::DB::SQLite::EDatabaseError;
-using Kiv::DiskSpaceManagement::DB::SQLite::TSQLiteTransaction;
+using Vantrel::History::EDatabaseError;
+using Vantrel::History::TSQLiteTransaction;
 
 namespace {
 
@@ -376,4 +376,4 @@ int64_t THistoryDatabaseReaderWriter::ImportDataFromTo(const std::u16string& pSo
   return added;
 }
 
-}  // namespace Vantrel::DB::SQLiteDatabase
+}  // namespace Vantrel::History

@@ -1,5 +1,7 @@
 #pragma once
 
+// The totals of earlier scans: recorded, read, deleted, imported; `docs/history.md`.
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,10 +14,9 @@
 #include "search/patterns/PatternInterfaces.h"
 
 // The totals of earlier scans, kept in an SQLite file; docs/history.md describes it.
-namespace Vantrel::DB::SQLiteDatabase {
+namespace Vantrel::History {
 
-using namespace Kiv;
-using Kiv::DiskSpaceManagement::DB::SQLite::TKIVSQLiteDatabase;
+using Vantrel::History::TKIVSQLiteDatabase;
 
 // One scan. Sizes in bytes.
 struct THistoryEntry {
@@ -98,4 +99,4 @@ class THistoryDatabaseReaderWriter {
   std::string fVersion;
 };
 
-}  // namespace Vantrel::DB::SQLiteDatabase
+}  // namespace Vantrel::History

@@ -7,10 +7,10 @@
 #include "platform/files/OutputFile.h"
 #include "platform/text/Text.h"
 
-namespace Vantrel::History::Document {
+namespace Vantrel::History {
 
-using DB::SQLiteDatabase::THistoryDatabaseReaderWriter;
-using DB::SQLiteDatabase::TKIVSQLiteDatabase;
+using History::THistoryDatabaseReaderWriter;
+using History::TKIVSQLiteDatabase;
 
 int64_t THistoryDocument::ImportHistoryFile(const std::u16string& pFile) const {
   return THistoryDatabaseReaderWriter().ImportDataFromTo(pFile, fDatabase);
@@ -41,4 +41,4 @@ bool THistoryDocument::TryReadAllHistoryData(std::vector<TRootHistory>& pHistori
   }
 }
 
-}  // namespace Vantrel::History::Document
+}  // namespace Vantrel::History

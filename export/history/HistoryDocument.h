@@ -1,15 +1,16 @@
 #pragma once
 
+// A whole history taken in and out.
+
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "export/history/HistoryDatabase.h"
 
-namespace Vantrel::History::Document {
+namespace Vantrel::History {
 
-using namespace Kiv;
-using DB::SQLiteDatabase::TRootHistory;
+using History::TRootHistory;
 
 // Takes whole histories into a history file, and out of it. Any thread; others may use the file meanwhile.
 class THistoryDocument {
@@ -30,4 +31,4 @@ class THistoryDocument {
   std::u16string fDatabase;
 };
 
-}  // namespace Vantrel::History::Document
+}  // namespace Vantrel::History

@@ -6,9 +6,9 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
-using Vantrel::DB::SQLiteDatabase::THistoryEntry;
+using Vantrel::History::THistoryEntry;
 
 namespace {
 
@@ -173,4 +173,4 @@ std::vector<std::string> HistoryChart(const std::vector<THistoryEntry>& pEntries
   return pEntries.empty() ? std::vector<std::string>() : THistoryChart(pEntries, pWidth).Lines();
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

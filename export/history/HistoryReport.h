@@ -1,5 +1,7 @@
 #pragma once
 
+// The scans of a root as a table, and as a chart of characters.
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -7,19 +9,17 @@
 #include "export/history/HistoryDatabase.h"
 #include "export/text/ListTables.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // The scans of a root as a table, in the order given, which is oldest first. Growth is against the row before, and
 // empty in the first, as is a percentage of nothing. The column of excluded objects is there when some scan has their
 // number. The ID is a text: it is typed where a scan is to be deleted.
-TListTable HistoryList(std::u16string_view pRootPath,
-                       const std::vector<Vantrel::DB::SQLiteDatabase::THistoryEntry>& pEntries);
+TListTable HistoryList(std::u16string_view pRootPath, const std::vector<Vantrel::History::THistoryEntry>& pEntries);
 
 // The size over time, for a terminal of so many columns: ten lines, or three when the size never changed, of ASCII
 // characters. Time runs evenly from the first date to the last. Where several scans fall on one character, the column
 // is marked over all that they span; a stretch without scans is dotted at the size of the last one before. The scale
 // goes from the smallest to the largest size, not from zero: growth of a few per cent shows. Empty without entries.
-std::vector<std::string> HistoryChart(const std::vector<Vantrel::DB::SQLiteDatabase::THistoryEntry>& pEntries,
-                                      int pWidth = 80);
+std::vector<std::string> HistoryChart(const std::vector<Vantrel::History::THistoryEntry>& pEntries, int pWidth = 80);
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

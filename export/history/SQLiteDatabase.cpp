@@ -9,7 +9,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv::DiskSpaceManagement::DB::SQLite {
+namespace Vantrel::History {
 
 namespace {
 
@@ -242,4 +242,4 @@ void TSQLiteTransaction::Commit() {
   fOpen = false;
 }
 
-}  // namespace Kiv::DiskSpaceManagement::DB::SQLite
+}  // namespace Vantrel::History

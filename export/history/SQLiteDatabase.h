@@ -1,5 +1,7 @@
 #pragma once
 
+// An SQLite file: statements and their texts, names that UTF-8 cannot hold, transactions.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,7 +12,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace Kiv::DiskSpaceManagement::DB::SQLite {
+namespace Vantrel::History {
 
 // A database that cannot be used. One line for the user: the file, what is wrong, " on sql: " and the statement that
 // met it.
@@ -109,4 +111,4 @@ class TSQLiteTransaction {
   bool fOpen = true;
 };
 
-}  // namespace Kiv::DiskSpaceManagement::DB::SQLite
+}  // namespace Vantrel::History

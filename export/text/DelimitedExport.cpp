@@ -6,7 +6,7 @@
 #include "model/tree/FileTable.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -278,4 +278,4 @@ void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   });
 }
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

@@ -1,5 +1,7 @@
 #pragma once
 
+// The tree as lines for programs: CSV, tab-separated text; the list of paths.
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -7,10 +9,10 @@
 
 #include "export/text/DelimitedText.h"
 #include "export/text/TextExport.h"
-#include "platform/threads/CriticalSection.h"
 #include "platform/system/FileTime.h"
+#include "platform/threads/CriticalSection.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 // The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files
 // are written in little more time than their bytes take, so values are read from the tree directly where that is
@@ -69,4 +71,4 @@ class TPathListExport : public TFileStreamExport {
   void WriteRoot(IHierarchicalRoot& pRoot) override;
 };
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

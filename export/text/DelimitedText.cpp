@@ -2,7 +2,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -61,4 +61,4 @@ void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pForm
   pLine += '"';
 }
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

@@ -1,11 +1,13 @@
 #pragma once
 
+// Fields of a line for programs: separators, quotes, formulas made harmless.
+
 #include <string>
 #include <string_view>
 
 #include "model/columns/MetaData.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // by which spreadsheets tell UTF-8
 
@@ -34,4 +36,4 @@ void AppendOwnField(std::string& pLine, std::string_view pText, const TDelimited
 // Of what somebody has written to the end of the line, from pBegin on.
 void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pFormat);
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

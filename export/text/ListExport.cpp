@@ -7,14 +7,14 @@
 #include "export/text/PaddedTable.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 namespace {
 
 std::vector<std::string> Captions(const TListTable& pTable, const TValueFormat& pFormat) {
   std::vector<std::string> captions;
   for (const TListColumn& column : pTable.fColumns)
-    captions.push_back(Text::CaptionWithUnit(column.fCaption, column.fColumn, pFormat));
+    captions.push_back(CaptionWithUnit(column.fCaption, column.fColumn, pFormat));
   return captions;
 }
 
@@ -33,16 +33,16 @@ std::string WithoutTrailingBlanks(std::string pLine) {
 }
 
 std::string DelimitedRow(const TListTable& pTable, const std::vector<TMetaDataValue>& pRow, const TValueFormat& pFormat,
-                         const Text::TDelimitedFormat& pDelimited) {
+                         const TDelimitedFormat& pDelimited) {
   std::string line;
   for (size_t i = 0; i < pRow.size(); ++i) {
     if (i > 0) line += pDelimited.fSeparator;
     const TColumn column = pTable.fColumns[i].fColumn;
     const std::u16string text = FormatValue(column, pRow[i], pFormat);
     if (ColumnInfo(column).fKind == TColumnKind::ckText)
-      Text::AppendTextField(line, text, pDelimited);
+      AppendTextField(line, text, pDelimited);
     else
-      Text::AppendOwnField(line, ToUtf8(text), pDelimited);
+      AppendOwnField(line, ToUtf8(text), pDelimited);
   }
   return line;
 }
@@ -52,7 +52,7 @@ std::string DelimitedRow(const TListTable& pTable, const std::vector<TMetaDataVa
 bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput) {
   std::vector<TColumn> columns;
   for (const TListColumn& column : pTable.fColumns) columns.push_back(column.fColumn);
-  Text::TPaddedTable padded(std::move(columns), "  ");
+  TPaddedTable padded(std::move(columns), "  ");
   std::vector<std::vector<std::string>> rows{Captions(pTable, pFormat)};
   for (const auto& row : pTable.fRows) rows.push_back(RowTexts(pTable, row, pFormat));
   for (const auto& row : rows) padded.Measure(row);
@@ -66,20 +66,20 @@ bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILin
   return true;
 }
 
-bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat,
-                          const Text::TDelimitedFormat& pDelimited, bool pWithHeader, ILineOutput& pOutput) {
+bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
+                          bool pWithHeader, ILineOutput& pOutput) {
   if (pWithHeader) {
     std::string line;
     for (const std::string& caption : Captions(pTable, pFormat)) {
       if (!line.empty()) line += pDelimited.fSeparator;
-      Text::AppendOwnField(line, caption, pDelimited);
+      AppendOwnField(line, caption, pDelimited);
     }
     if (!pOutput.WriteLine(line)) return false;
   }
-  const TValueFormat format = Text::WithoutMisleadingGroups(pFormat, pDelimited);
+  const TValueFormat format = WithoutMisleadingGroups(pFormat, pDelimited);
   for (const auto& row : pTable.fRows)
     if (!pOutput.WriteLine(DelimitedRow(pTable, row, format, pDelimited))) return false;
   return true;
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

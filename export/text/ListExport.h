@@ -1,10 +1,12 @@
 #pragma once
 
-#include "export/text/DelimitedText.h"
-#include "export/walk/HierarchicalExport.h"
-#include "export/text/ListTables.h"
+// Such a list as text for people and as lines for programs.
 
-namespace Kiv::Hierarchical::Exporting {
+#include "export/text/DelimitedText.h"
+#include "export/text/ListTables.h"
+#include "export/walk/HierarchicalExport.h"
+
+namespace Vantrel::Exporting {
 
 // Write a list to an output. False when the output could not take it all; no further line is tried then.
 
@@ -14,7 +16,7 @@ bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILin
 
 // For programs: a line per row, the captions in the first when pWithHeader; no title. Numbers are not grouped where the
 // thousands separator could be taken for that of the fields or of the decimals.
-bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat,
-                          const Text::TDelimitedFormat& pDelimited, bool pWithHeader, ILineOutput& pOutput);
+bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
+                          bool pWithHeader, ILineOutput& pOutput);
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "model/statistics/FileAges.h"
-#include "model/tree/FileTable.h"
 #include "model/statistics/FileTypeGroups.h"
+#include "model/tree/FileTable.h"
 #include "platform/files/Paths.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -267,4 +267,4 @@ TListTable DriveList(std::span<const TVolumeInformation> pDrives) {
   return table;
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

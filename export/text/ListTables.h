@@ -1,5 +1,7 @@
 #pragma once
 
+// The lists beside the tree: largest files, extensions, owners, file ages, drives.
+
 #include <span>
 #include <string>
 #include <string_view>
@@ -9,7 +11,7 @@
 #include "model/roots/RootInterfaces.h"
 #include "platform/files/Volumes.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // A column of a list: the catalogue's column says how its values are formatted, the caption may be another.
 struct TListColumn {
@@ -50,4 +52,4 @@ TListTable DriveList();
 // The same of these drives.
 TListTable DriveList(std::span<const TVolumeInformation> pDrives);
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -5,7 +5,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -82,4 +82,4 @@ std::string ShortenedToWidth(std::string_view pUtf8, int pWidth) {
   return shortened + "…";
 }
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

@@ -1,12 +1,14 @@
 #pragma once
 
+// Tables of fixed width for people: padding, shortening, captions with their unit.
+
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "model/columns/MetaData.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 // A table of fixed width, line by line: cells padded with blanks to the widest text of their column, numbers to the
 // right. All texts are UTF-8 and safe to show; widths are columns of a terminal. Every row is measured before the first
@@ -39,4 +41,4 @@ std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const
 // The text cut to so many display columns, the last of them an ellipsis when something was cut.
 std::string ShortenedToWidth(std::string_view pUtf8, int pWidth);
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
+#include "platform/files/Volumes.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
-#include "platform/files/Volumes.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -115,4 +115,4 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
   return lines;
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -1,11 +1,13 @@
 #pragma once
 
+// What a report says of a root besides its table.
+
 #include <string>
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // What a report says of a root besides its table. All texts are UTF-8 and safe to show on a terminal.
 
@@ -19,4 +21,4 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
 // "1 file", "1,234 files".
 std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pMany, const TValueFormat& pFormat);
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

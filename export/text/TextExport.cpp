@@ -7,7 +7,7 @@
 #include "export/text/RootDescription.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -130,4 +130,4 @@ std::string TFormattedTextExport::CellText(const TExportRow& pRow, TColumn pColu
   return name;
 }
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

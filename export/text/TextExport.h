@@ -1,13 +1,15 @@
 #pragma once
 
+// Exports as lines of text; the formatted report.
+
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "export/walk/HierarchicalExport.h"
 #include "export/text/PaddedTable.h"
+#include "export/walk/HierarchicalExport.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 
 // Exports as lines of text, one row per line, cells joined by a separator. The flavours fix the separator and the form
 // of a row.
@@ -56,8 +58,8 @@ class TFormattedTextExport : public TBaseTextExport {
   int fMaximumWidth = 0;
   TValueFormat fFormat;
   const IComparison* fComparison = nullptr;  // while an export runs: the root's, if any
-  std::string fTopName;      // while an export runs: what the top row is called
-  TPaddedTable fTable;       // likewise
+  std::string fTopName;                      // while an export runs: what the top row is called
+  TPaddedTable fTable;                       // likewise
 };
 
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

@@ -7,7 +7,7 @@
 #include "model/tree/SingleFile.h"
 #include "platform/system/System.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
@@ -175,9 +175,7 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
   bool BeginNode(const TExportRow& pRow, bool pIsComplete) override {
     return SendBranches() && fWriter.BeginNode(pRow, pIsComplete) && SendLongText();
   }
-  bool EndNode(const TExportRow& pRow) override {
-    return SendBranches() && fWriter.EndNode(pRow) && SendLongText();
-  }
+  bool EndNode(const TExportRow& pRow) override { return SendBranches() && fWriter.EndNode(pRow) && SendLongText(); }
   bool VisitFile(const TExportRow& pRow) override {
     return SendBranches() && fWriter.VisitFile(pRow) && SendLongText();
   }
@@ -248,4 +246,4 @@ bool TFileStreamExport::WriteLine(std::string_view pLine) {
   return !fFailed;
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

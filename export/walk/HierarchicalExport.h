@@ -1,5 +1,7 @@
 #pragma once
 
+// The base of all exporters: columns, settings, the walk over the tree, lines to an output.
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,10 +12,10 @@
 
 #include "export/walk/MediaOptions.h"
 #include "export/walk/ParallelText.h"
-#include "model/tree/FileTable.h"
 #include "model/roots/RootInterfaces.h"
+#include "model/tree/FileTable.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // How settings, those that are in effect, want values to be written.
 TValueFormat FormatOf(const TMediaSettings& pSettings);
@@ -144,4 +146,4 @@ class TFileStreamExport : public TFileExport {
   bool fFailed = false;
 };
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

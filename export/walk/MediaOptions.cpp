@@ -1,6 +1,6 @@
 #include "export/walk/MediaOptions.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 TMediaSettings TMediaOptions::Effective(TMediaType pMedia) const {
   TMediaSettings settings = fOptions.Media(pMedia);
@@ -16,4 +16,4 @@ TMediaSettings TMediaOptions::Effective(TMediaType pMedia) const {
   return settings;
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -1,8 +1,10 @@
 #pragma once
 
+// The settings of each kind of output, with what the global options say.
+
 #include "model/options/GlobalOptions.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // The settings of every kind of output, which the global options hold and must outlive this.
 class TMediaOptions {
@@ -19,4 +21,4 @@ class TMediaOptions {
   TGlobalOptions& fOptions;
 };
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

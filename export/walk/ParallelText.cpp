@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -133,4 +133,4 @@ void TParallelText::Execute() {
   }
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

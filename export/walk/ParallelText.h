@@ -1,5 +1,7 @@
 #pragma once
 
+// Pieces of text made on several threads, handed on in their order; `HierarchicalExport` walks with it.
+
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -12,7 +14,7 @@
 
 #include "platform/threads/CriticalSection.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // A piece of an export's output.
 struct TRowText {
@@ -80,4 +82,4 @@ class TParallelText {
   std::vector<std::thread> fThreads;  // last: they use what is above
 };
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -11,22 +11,22 @@
 #include "export/xml/XMLParser.h"
 #include "export/xml/XMLUtils.h"
 #include "platform/files/FileStream.h"
-#include "platform/files/OutputFile.h"
 #include "platform/files/Folders.h"
+#include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
-#include "platform/text/Text.h"
 #include "platform/files/UserFolders.h"
+#include "platform/text/Text.h"
 
-namespace Kiv::Options {
+namespace Vantrel::Options {
 
-using XML::Parser::EXMLError;
-using XML::Parser::IXMLHandler;
-using XML::Parser::TXMLParser;
-using XMLUtils::TXMLAttribute;
-using XMLUtils::TXMLAttributes;
-using XMLUtils::TXMLAttributeSpan;
-using XMLUtils::TXMLFileStream;
-using XMLUtils::TXMLUtils;
+using XML::EXMLError;
+using XML::IXMLHandler;
+using XML::TXMLAttribute;
+using XML::TXMLAttributes;
+using XML::TXMLAttributeSpan;
+using XML::TXMLFileStream;
+using XML::TXMLParser;
+using XML::TXMLUtils;
 
 namespace {
 
@@ -133,8 +133,7 @@ void TOptionsReader::ReadOption(TXMLAttributeSpan pAttributes) {
   if (option == nullptr) return Skip(fmt::format("the option \"{}\" is not known to this version", Shown(name)));
   if (!hasValue) return Skip(fmt::format("the option \"{}\" has no value", option->fName));
   const std::u16string value = TXMLUtils::ExactValue(pAttributes, u"Value", {});
-  if (!option->fSet(fOptions, TextFromFile(*option, value)))
-    return Skip(RefusedValueText(*option, Shown(value)));
+  if (!option->fSet(fOptions, TextFromFile(*option, value))) return Skip(RefusedValueText(*option, Shown(value)));
   if (!fSet.insert(option).second)
     Skip(fmt::format("the option \"{}\" is set a second time; this is the value that counts", option->fName));
 }
@@ -202,4 +201,4 @@ std::u16string UserOptionsFile() {
   return folder.empty() ? folder : JoinPath(folder, u"options.xml", NativePathDelimiter());
 }
 
-}  // namespace Kiv::Options
+}  // namespace Vantrel::Options

@@ -1,5 +1,7 @@
 #pragma once
 
+// The options in an XML file, saved and loaded; `docs/options-file.md`.
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,15 +10,15 @@
 #include "platform/system/Errors.h"
 
 // The options of a user, kept in an XML file; docs/options-file.md describes it.
-namespace Kiv::Options {
+namespace Vantrel::Options {
 
 // An options file of which nothing can be taken. One line for the user: the file, where in it, what is wrong.
 class EOptionsFileError : public EException {
  public:
   explicit EOptionsFileError(const std::string& pMessage, bool pIsMissing = false)
       : EException(pMessage), fIsMissing(pIsMissing) {}
-  // Whether there is no such file for this user, as after "su", which leaves a home that is another's: nothing to tell of
-  // when nobody named the file.
+  // Whether there is no such file for this user, as after "su", which leaves a home that is another's: nothing to tell
+  // of when nobody named the file.
   bool IsMissing() const { return fIsMissing; }
 
  private:
@@ -42,4 +44,4 @@ void SaveOptionsFile(const std::u16string& pPath, const TGlobalOptions& pOptions
 // The file that the user's own options are kept in; empty when the system tells no place for it.
 std::u16string UserOptionsFile();
 
-}  // namespace Kiv::Options
+}  // namespace Vantrel::Options

@@ -3,7 +3,7 @@
 #include "model/roots/Comparison.h"
 #include "platform/text/Text.h"
 
-namespace Vantrel::XML::Parser {
+namespace Vantrel::XML {
 
 bool TQZXMLCompareReader::CompareWithXMLFile(const std::u16string& pPath, IHierarchicalRoot& pRoot, IScanRoots& pRoots,
                                              const TLoadProgress& pProgress) {
@@ -18,4 +18,4 @@ bool TQZXMLCompareReader::CompareWithXMLFile(const std::u16string& pPath, IHiera
   return true;
 }
 
-}  // namespace Vantrel::XML::Parser
+}  // namespace Vantrel::XML

@@ -12,17 +12,17 @@
 #include "model/statistics/FileAges.h"
 #include "model/statistics/FileStatistics.h"
 #include "model/statistics/TopSizeList.h"
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFilter.h"
 #include "search/patterns/PatternList.h"
 
-namespace Kiv::Hierarchical::Exporting::XML {
+namespace Vantrel::Exporting {
 
-using XMLUtils::TXMLAttributes;
-using XMLUtils::TXMLUtils;
+using XML::TXMLAttributes;
+using XML::TXMLUtils;
 
 namespace {
 
@@ -72,7 +72,7 @@ void AppendNumber(std::string& pText, int64_t pNumber) {
 // Writes the elements of a pattern list.
 class TPatternWriter : public PatternMatching::IElementWriter {
  public:
-  explicit TPatternWriter(XMLUtils::TXMLFileStream& pStream) : fStream(pStream) {}
+  explicit TPatternWriter(XML::TXMLFileStream& pStream) : fStream(pStream) {}
   void BeginElement(std::u16string_view pName, const PatternMatching::TElementAttributes& pAttributes) override {
     TXMLAttributes attributes;
     for (const auto& [name, value] : pAttributes) attributes.Add(ToUtf8(name), value);
@@ -85,12 +85,12 @@ class TPatternWriter : public PatternMatching::IElementWriter {
   }
 
  private:
-  XMLUtils::TXMLFileStream& fStream;
+  XML::TXMLFileStream& fStream;
   std::vector<std::string> fNames;
 };
 
 // The list is parted by type: a reader of the one sort need not know of the other.
-void WriteFilters(const IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) {
+void WriteFilters(const IHierarchicalRoot& pRoot, XML::TXMLFileStream& pStream) {
   using namespace PatternMatching;
   const TRef<IScanFilter> filter = pRoot.GetScanFilter();
   const auto* patterns = dynamic_cast<const Vantrel::TPatternFilter*>(filter.get());
@@ -109,7 +109,7 @@ void WriteFilters(const IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStr
   }
 }
 
-void WriteTopSizeListToXML(const ITopSizeList& pList, XMLUtils::TXMLFileStream& pStream) {
+void WriteTopSizeListToXML(const ITopSizeList& pList, XML::TXMLFileStream& pStream) {
   TXMLAttributes attributes;
   pStream.StartElement("TTopSizeFileList");
   for (const TTopSizeEntry& file : pList.GetSnapshot()) {
@@ -134,7 +134,7 @@ class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByte
  public:
   // The export must outlive it.
   explicit TFolderElements(const TCustomXMLExport& pExport)
-      : fExport(pExport), fStream(XMLUtils::TXMLFileStream::Inside(*this)) {}
+      : fExport(pExport), fStream(XML::TXMLFileStream::Inside(*this)) {}
 
   std::unique_ptr<TRowWriter> Branch() const override;
   bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
@@ -150,7 +150,7 @@ class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByte
   void WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords);
 
   const TCustomXMLExport& fExport;
-  XMLUtils::TXMLFileStream fStream;
+  XML::TXMLFileStream fStream;
   TXMLAttributes fAttributes;
   std::u16string fPath;                // of the innermost open folder: no node need ask its ancestors for it
   std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
@@ -181,7 +181,7 @@ void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) throw EInvalidOperation("TCustomXMLExport.Export: the root has not been scanned");
   PrepareFolders(pRoot);
-  XMLUtils::TXMLFileStream stream(pSink);
+  XML::TXMLFileStream stream(pSink);
   stream.StartDocument();
   TXMLAttributes attributes;
   attributes.Add("Type", pRoot.GetPathDelimiter() == u'/' ? "TCustomUnixRoot" : "TFileSystemRoot");
@@ -210,7 +210,7 @@ void TCustomXMLExport::PrepareFolders(IHierarchicalRoot& pRoot) {
   for (int i = 0; i < ages.GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(ages.GetItem(i)));
 }
 
-void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) const {
+void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream& pStream) const {
   const TStorageInformation storage = pRoot.GetStorageInformation();
   pStream.AddElement("Application", std::string_view(fProgramName));
   pStream.AddElement("Version", std::string_view(fVersion));
@@ -397,4 +397,4 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
   archive.Commit();
 }
 
-}  // namespace Kiv::Hierarchical::Exporting::XML
+}  // namespace Vantrel::Exporting

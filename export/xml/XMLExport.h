@@ -1,12 +1,14 @@
 #pragma once
 
+// A root as an XML scan file; `docs/xml-scan-file.md`.
+
 #include <functional>
 #include <string>
 
 #include "export/walk/HierarchicalExport.h"
 #include "export/xml/XMLFileStream.h"
 
-namespace Kiv::Hierarchical::Exporting::XML {
+namespace Vantrel::Exporting {
 
 // Writes a root as an XML scan file: what is known of the scan, then one element per folder, nested as the folders are.
 // docs/xml-scan-file.md describes the format. The same tree gives the same bytes, but for the date of the scan.
@@ -32,7 +34,7 @@ class TCustomXMLExport : public TBaseExport {
     return (pFolder.GetFolderState() & fsIsDummyForComparison) == 0;
   }
   void PrepareFolders(IHierarchicalRoot& pRoot);
-  void WriteHeader(IHierarchicalRoot& pRoot, XMLUtils::TXMLFileStream& pStream) const;
+  void WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream& pStream) const;
   bool IsFullExport() const;
 
   const std::string fProgramName;
@@ -50,4 +52,4 @@ class TCustomXMLExport : public TBaseExport {
 void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const std::u16string& pPath,
                    const std::function<void()>& pCheck = {});
 
-}  // namespace Kiv::Hierarchical::Exporting::XML
+}  // namespace Vantrel::Exporting

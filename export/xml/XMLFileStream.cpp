@@ -11,7 +11,7 @@
 #include "platform/system/Errors.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv::XMLUtils {
+namespace Vantrel::XML {
 
 namespace {
 
@@ -312,4 +312,4 @@ void TXMLFileStream::WriteFileTimeToXMLFile(std::string_view pName, TKivFileTime
   AddElement(pName, fAttributes);
 }
 
-}  // namespace Kiv::XMLUtils
+}  // namespace Vantrel::XML

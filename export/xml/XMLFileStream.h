@@ -1,5 +1,7 @@
 #pragma once
 
+// Writes an XML document piece by piece: layout, escaping, attributes.
+
 #include <algorithm>
 #include <charconv>
 #include <concepts>
@@ -12,7 +14,7 @@
 #include "platform/files/ByteStreams.h"
 #include "platform/system/FileTime.h"
 
-namespace Kiv::XMLUtils {
+namespace Vantrel::XML {
 
 // Bytes that grow in place, without the zeros that a string writes before it is written to.
 class TXMLBuffer {
@@ -151,4 +153,4 @@ class TXMLFileStream {
   TXMLAttributes fAttributes;
 };
 
-}  // namespace Kiv::XMLUtils
+}  // namespace Vantrel::XML

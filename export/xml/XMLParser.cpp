@@ -14,12 +14,12 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv::XML::Parser {
+namespace Vantrel::XML {
 
 // Expat does the work on every platform. Windows has a parser of its own, but a second one would give other messages
 // and accept other files.
 
-using XMLUtils::TXMLAttribute;
+using XML::TXMLAttribute;
 
 namespace {
 
@@ -333,4 +333,4 @@ EXMLError TXMLParser::ErrorHere(std::string_view pMessage) const {
   return fRun == nullptr ? EXMLError(pMessage, 1, 1) : fRun->ErrorHere(pMessage);
 }
 
-}  // namespace Kiv::XML::Parser
+}  // namespace Vantrel::XML

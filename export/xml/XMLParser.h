@@ -1,5 +1,7 @@
 #pragma once
 
+// The events of an XML document, and the limits to what it may cost.
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -10,7 +12,7 @@
 #include "platform/files/ByteStreams.h"
 #include "platform/system/Errors.h"
 
-namespace Kiv::XML::Parser {
+namespace Vantrel::XML {
 
 // What is wrong with a document, and where. The text is "Line 3, column 7: " and the message.
 class EXMLError : public EException {
@@ -32,7 +34,7 @@ class EXMLError : public EException {
 class IXMLHandler {
  public:
   virtual ~IXMLHandler() = default;
-  virtual void StartElement(std::u16string_view pName, XMLUtils::TXMLAttributeSpan pAttributes) = 0;
+  virtual void StartElement(std::u16string_view pName, XML::TXMLAttributeSpan pAttributes) = 0;
   virtual void EndElement(std::u16string_view pName) = 0;
   // Everything between two tags in one piece, white space included; never empty.
   virtual void Characters(std::u16string_view pText) = 0;
@@ -68,4 +70,4 @@ class TXMLParser {
   TRun* fRun = nullptr;  // while Parse is running
 };
 
-}  // namespace Kiv::XML::Parser
+}  // namespace Vantrel::XML

@@ -6,11 +6,11 @@
 #include "export/xml/ZipFile.h"
 #include "platform/text/Text.h"
 
-namespace Vantrel::XML::Parser {
+namespace Vantrel::XML {
 
-using Kiv::XML::Parser::EXMLError;
-using Kiv::XML::Parser::TXMLParser;
-using Kiv::XML::Parser::TXMLProgress;
+using Vantrel::XML::EXMLError;
+using Vantrel::XML::TXMLParser;
+using Vantrel::XML::TXMLProgress;
 
 namespace {
 
@@ -101,4 +101,4 @@ std::u16string_view TXMLParseHelper::BuildProtocolString(TProtocol pProtocol) {
   return {};
 }
 
-}  // namespace Vantrel::XML::Parser
+}  // namespace Vantrel::XML

@@ -1,5 +1,7 @@
 #pragma once
 
+// Loads scan files into the list of roots; protocols in front of paths.
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -8,9 +10,7 @@
 #include "export/xml/XMLParser.h"
 #include "model/roots/RootInterfaces.h"
 
-namespace Vantrel::XML::Parser {
-
-using namespace Kiv;
+namespace Vantrel::XML {
 
 // A scan file that cannot be loaded; the text names the file, and the line where one is to blame.
 class EScanFileError : public EException {
@@ -33,9 +33,9 @@ struct TLoadedRoot {
 // Reads XML scan files, also packed ones, as docs/xml-scan-file.md describes them. Any thread.
 class TQZXMLReader {
  public:
-  // Several files, separated by ";", with '"' around names that hold one. Each root enters the list as soon as it is read. The
-  // first file that cannot be read ends the load with EScanFileError; the roots before it stay. When cancelled, what has
-  // been read so far is returned.
+  // Several files, separated by ";", with '"' around names that hold one. Each root enters the list as soon as it is
+  // read. The first file that cannot be read ends the load with EScanFileError; the roots before it stay. When
+  // cancelled, what has been read so far is returned.
   static std::vector<TLoadedRoot> LoadFromFile(std::u16string_view pFileNames, IScanRoots& pTarget,
                                                const TLoadProgress& pProgress = {});
   // One file; the root is not in the list yet. No root, and no note, when cancelled.
@@ -43,8 +43,7 @@ class TQZXMLReader {
                                          const TLoadProgress& pProgress = {}, TPurpose pPurpose = TPurpose::puShow);
   // The same from any source of the document's bytes; EXMLError tells what is wrong with it.
   static TLoadedRoot ReadRoot(IByteSource& pSource, const std::u16string& pName, IScanRoots& pTarget,
-                              const Kiv::XML::Parser::TXMLProgress& pProgress = {},
-                              TPurpose pPurpose = TPurpose::puShow);
+                              const Vantrel::XML::TXMLProgress& pProgress = {}, TPurpose pPurpose = TPurpose::puShow);
 };
 
 // The names of a list, as LoadFromFile takes it.
@@ -59,4 +58,4 @@ class TXMLParseHelper {
   static std::u16string_view BuildProtocolString(TProtocol pProtocol);
 };
 
-}  // namespace Vantrel::XML::Parser
+}  // namespace Vantrel::XML

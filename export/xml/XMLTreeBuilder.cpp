@@ -3,15 +3,15 @@
 #include <algorithm>
 
 #include "model/tree/CustomFolder.h"
-#include "platform/system/Errors.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFilter.h"
 #include "search/patterns/PatternList.h"
 
-namespace Vantrel::XML::Parser {
+namespace Vantrel::XML {
 
-using XMLUtils::TXMLUtils;
+using XML::TXMLUtils;
 
 enum class TXMLTreeBuilder::TElement : uint8_t {
   elUnknown,
@@ -106,7 +106,9 @@ TXMLTreeBuilder::~TXMLTreeBuilder() {
 
 // --- values --------------------------------------------------------------------------------------------------------
 
-void TXMLTreeBuilder::Fail(const std::string& pMessage) const { throw fParser->ErrorHere(pMessage); }
+void TXMLTreeBuilder::Fail(const std::string& pMessage) const {
+  throw fParser->ErrorHere(pMessage);
+}
 
 int64_t TXMLTreeBuilder::Integer(std::u16string_view pText, std::string_view pWhat, int64_t pLeast,
                                  int64_t pMost) const {
@@ -141,7 +143,7 @@ TBasicSizeValues TXMLTreeBuilder::Sizes(TXMLAttributeSpan pAttributes) const {
 
 std::u16string TXMLTreeBuilder::ExactText() const {
   if (fEscaped.empty()) return fText;
-  const XMLUtils::TXMLAttribute escaped{TXMLUtils::kEscapedSuffix, fEscaped};
+  const XML::TXMLAttribute escaped{TXMLUtils::kEscapedSuffix, fEscaped};
   return TXMLUtils::ExactText({&escaped, 1}, fText);
 }
 
@@ -184,15 +186,16 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
     case elFileAges:
       return ReadFileAges(pAttributes);
     case elTopSizeList:
-      if (!fScan.fTopFiles) fScan.fTopFiles.emplace();  // a second list goes on with the first: files are known by number
+      if (!fScan.fTopFiles)
+        fScan.fTopFiles.emplace();  // a second list goes on with the first: files are known by number
       return;
     case elTopFile:
       return ReadTopFile(pAttributes);
     case elErrorMessage:
       return ReadError(pAttributes);
     case elDoCreateFileAges:
-      fScan.fFileAgesDateType = static_cast<TDateType>(
-          Number(pAttributes, u"FileAgesDateType", 0, static_cast<int64_t>(TDateType::dtNone)));
+      fScan.fFileAgesDateType =
+          static_cast<TDateType>(Number(pAttributes, u"FileAgesDateType", 0, static_cast<int64_t>(TDateType::dtNone)));
       return;
     case elPatternList:
     case elPattern:
@@ -307,7 +310,7 @@ void TXMLTreeBuilder::BeginRoot(TXMLAttributeSpan pAttributes) {
 void TXMLTreeBuilder::ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes) {
   using namespace PatternMatching;
   TElementAttributes attributes;
-  for (const XMLUtils::TXMLAttribute& attribute : pAttributes) {
+  for (const XML::TXMLAttribute& attribute : pAttributes) {
     if (attribute.fName.ends_with(TXMLUtils::kEscapedSuffix)) continue;
     attributes.emplace_back(attribute.fName, TXMLUtils::ExactValue(pAttributes, attribute.fName, {}));
   }
@@ -332,8 +335,8 @@ void TXMLTreeBuilder::ReadError(TXMLAttributeSpan pAttributes) {
   error.fObject = folder.fNode;
   error.fPath = TXMLUtils::ExactValue(pAttributes, u"Path", std::u16string_view(fPath).substr(0, folder.fPathLength));
   error.fCode = static_cast<uint32_t>(Number(pAttributes, u"Code", 0, UINT32_MAX));
-  error.fKind = static_cast<TEnumeratorError>(
-      Number(pAttributes, u"Kind", 0, static_cast<int64_t>(TEnumeratorError::eeOther)));
+  error.fKind =
+      static_cast<TEnumeratorError>(Number(pAttributes, u"Kind", 0, static_cast<int64_t>(TEnumeratorError::eeOther)));
   error.fPartial = Number(pAttributes, u"Partial", INT64_MIN) != 0;
   fScan.fErrors.push_back(std::move(error));
 }
@@ -396,8 +399,7 @@ std::u16string_view TXMLTreeBuilder::NameIn(const TOpenFolder& pParent, std::u16
   if (!name.starts_with(parent)) Fail(ToQuotedDisplay(pPath) + " does not lie in " + ToQuotedDisplay(parent));
   name.remove_prefix(parent.size());
   if (!parent.ends_with(fDelimiter)) {
-    if (!name.starts_with(fDelimiter))
-      Fail(ToQuotedDisplay(pPath) + " does not lie in " + ToQuotedDisplay(parent));
+    if (!name.starts_with(fDelimiter)) Fail(ToQuotedDisplay(pPath) + " does not lie in " + ToQuotedDisplay(parent));
     name.remove_prefix(1);
   }
   if (name.empty() || name.find(fDelimiter) != std::u16string_view::npos)
@@ -485,7 +487,7 @@ void TXMLTreeBuilder::ReadFileAges(TXMLAttributeSpan pAttributes) {
   folder.fHasStatistics = true;
   if (!fFileAges) {
     std::vector<std::pair<std::u16string, std::u16string>> attributes;
-    for (const XMLUtils::TXMLAttribute& attribute : pAttributes) attributes.emplace_back(attribute.fName, u"");
+    for (const XML::TXMLAttribute& attribute : pAttributes) attributes.emplace_back(attribute.fName, u"");
     try {
       fFileAges = TFileAges::CreateFromXML(attributes);
     } catch (const EInvalidArgumentValue& error) {
@@ -513,14 +515,13 @@ void TXMLTreeBuilder::ReadFileAges(TXMLAttributeSpan pAttributes) {
 // --- the end -------------------------------------------------------------------------------------------------------
 
 TRef<IHierarchicalRoot> TXMLTreeBuilder::Finish() {
-  if (!fTreeDone) throw Kiv::XML::Parser::EXMLError("The file holds no folder", 1, 1);
+  if (!fTreeDone) throw Vantrel::XML::EXMLError("The file holds no folder", 1, 1);
   if (fPatterns && fPatterns->Count() > 0) fScan.fFilter = MakeRef<TPatternFilter>(fPatterns);
-  if (fScan.fTopFiles)
-    std::erase_if(*fScan.fTopFiles, [](const TTopSizeEntry& pFile) { return !pFile.fParentFolder; });
+  if (fScan.fTopFiles) std::erase_if(*fScan.fTopFiles, [](const TTopSizeEntry& pFile) { return !pFile.fParentFolder; });
   fRoot->EndLoading(fScan);
   TRef<TCustomRoot> root;
   root.swap(fRoot);
   return root;
 }
 
-}  // namespace Vantrel::XML::Parser
+}  // namespace Vantrel::XML

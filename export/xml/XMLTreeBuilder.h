@@ -1,36 +1,37 @@
 #pragma once
 
+// A root and its tree from the events of a scan file.
+
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "export/xml/XMLReader.h"
+#include "model/roots/Root.h"
 #include "model/statistics/AssocSizeArray.h"
 #include "model/statistics/FileAges.h"
-#include "model/roots/Root.h"
 #include "search/patterns/PatternInterfaces.h"
 
-namespace Vantrel::XML::Parser {
+namespace Vantrel::XML {
 
-using namespace Kiv;
-using XMLUtils::TXMLAttributeSpan;
+using XML::TXMLAttributeSpan;
 
 // Makes a root and its tree of the events of an XML scan file.
 //
 // A folder's node is made, and takes its place, when its element begins. Its values follow inside the element, and its
-// sub-folders' elements after them, so it is filled when the element ends. A folder whose statistics are not in the file
-// gets the sums of its children's.
+// sub-folders' elements after them, so it is filled when the element ends. A folder whose statistics are not in the
+// file gets the sums of its children's.
 //
 // Elements that it does not know are passed over. Everything else that does not fit ends the load, with the line.
-class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
+class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
  public:
   // The name is for messages.
   TXMLTreeBuilder(IScanRoots& pTarget, std::u16string pName, TPurpose pPurpose)
       : fTarget(pTarget), fName(std::move(pName)), fPurpose(pPurpose) {}
   ~TXMLTreeBuilder() override;
   // Before parsing; tells the line of what is wrong.
-  void SetParser(const Kiv::XML::Parser::TXMLParser& pParser) { fParser = &pParser; }
+  void SetParser(const Vantrel::XML::TXMLParser& pParser) { fParser = &pParser; }
 
   void StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) override;
   void EndElement(std::u16string_view pName) override;
@@ -83,7 +84,7 @@ class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
   IScanRoots& fTarget;
   const std::u16string fName;
   const TPurpose fPurpose;
-  const Kiv::XML::Parser::TXMLParser* fParser = nullptr;
+  const Vantrel::XML::TXMLParser* fParser = nullptr;
 
   // The header.
   bool fSeenRoot = false;
@@ -101,11 +102,11 @@ class TXMLTreeBuilder : public Kiv::XML::Parser::IXMLHandler {
   TRef<TFileAges> fFileAges;
   std::vector<std::u16string> fFileAgesNames;  // of the attributes, one per interval
   boost::unordered_flat_map<std::u16string, std::vector<size_t>> fTopFilesByFolder;  // indices of fScan.fTopFiles
-  TRef<ICustomAssocSizeArray> fSizeArray;  // being filled
+  TRef<ICustomAssocSizeArray> fSizeArray;                                            // being filled
 
   // The element that is open.
   std::u16string fText;
   std::u16string fEscaped;  // the exact form of its text, when XML cannot hold it
 };
 
-}  // namespace Vantrel::XML::Parser
+}  // namespace Vantrel::XML

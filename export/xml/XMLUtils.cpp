@@ -6,7 +6,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv::XMLUtils {
+namespace Vantrel::XML {
 
 namespace {
 
@@ -221,4 +221,4 @@ std::u16string TXMLUtils::ExactValue(TXMLAttributeSpan pAttributes, std::u16stri
   return ExactOf(Find(pAttributes, std::u16string(pName).append(kEscapedSuffix)), plain->fValue);
 }
 
-}  // namespace Kiv::XMLUtils
+}  // namespace Vantrel::XML

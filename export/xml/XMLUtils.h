@@ -1,11 +1,13 @@
 #pragma once
 
+// Values in XML: HTML encoding, numbers, halves of file times, names that XML cannot hold.
+
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 
-namespace Kiv::XMLUtils {
+namespace Vantrel::XML {
 
 // An attribute as it was read. The texts belong to the parser.
 struct TXMLAttribute {
@@ -55,4 +57,4 @@ class TXMLUtils {
                                    std::u16string_view pDefault);
 };
 
-}  // namespace Kiv::XMLUtils
+}  // namespace Vantrel::XML

@@ -14,7 +14,7 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Zip {
+namespace Vantrel::Zip {
 
 namespace {
 
@@ -277,8 +277,8 @@ class TZipXMLSource::TArchive {
   }
 
  private:
-  // Scan files shrink to a tenth or a thirtieth. What shrinks to less than a two-hundredth, and would fill the memory, was
-  // made to do that.
+  // Scan files shrink to a tenth or a thirtieth. What shrinks to less than a two-hundredth, and would fill the memory,
+  // was made to do that.
   void RefuseBomb(const zip_stat_t& pStat) const {
     constexpr uint64_t kHarmless = 256 << 20;
     constexpr uint64_t kMostRatio = 200;
@@ -325,4 +325,4 @@ std::unique_ptr<IByteSource> OpenXMLSource(const std::u16string& pPath) {
   return file;
 }
 
-}  // namespace Kiv::Zip
+}  // namespace Vantrel::Zip

@@ -1,17 +1,19 @@
 #pragma once
 
+// An archive of one entry written; the XML entry of an archive read.
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "platform/files/ByteStreams.h"
-#include "platform/system/Errors.h"
 #include "platform/files/FileStream.h"
-#include "platform/system/FileTime.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
+#include "platform/system/FileTime.h"
 
-namespace Kiv::Zip {
+namespace Vantrel::Zip {
 
 // What is wrong with an archive; the text names it. Failures of the system are EOSErrors here too.
 class EZipError : public EException {
@@ -62,4 +64,4 @@ class TZipXMLSource final : public IByteSource {
 // The XML file at a path, unpacked when it is in a zip archive, which shows in its first bytes or its name.
 std::unique_ptr<IByteSource> OpenXMLSource(const std::u16string& pPath);
 
-}  // namespace Kiv::Zip
+}  // namespace Vantrel::Zip

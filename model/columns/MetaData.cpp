@@ -6,11 +6,11 @@
 #include <bit>
 #include <cmath>
 
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/columns/SizeData.h"
+#include "model/tree/HierarchicalInterfaces.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -227,8 +227,8 @@ std::u16string FormatUnsigned(TColumn pColumn, const TMetaDataValue& pValue, con
 
 // People want to see which way a change goes; programs read numbers without a plus.
 bool ShowsPlus(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
-  if (pFormat.fPlainByteValues || (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent &&
-                                   pColumn != TColumn::mdFileChange))
+  if (pFormat.fPlainByteValues ||
+      (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent && pColumn != TColumn::mdFileChange))
     return false;
   const auto* number = std::get_if<int64_t>(&pValue);
   const auto* share = std::get_if<double>(&pValue);
@@ -247,4 +247,4 @@ std::partial_ordering CompareValues(const TMetaDataValue& pA, const TMetaDataVal
   return pA <=> pB;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// The column catalogue; values, how they are formatted and compared.
+
 #include <array>
 #include <compare>
 #include <cstdint>
@@ -11,7 +13,7 @@
 #include "platform/system/FileTime.h"
 #include "platform/threads/Interface.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // The one catalogue of columns: lists, sorting, exports, pattern targets and search conditions all read it.
 
@@ -48,7 +50,7 @@ enum class TColumn : uint8_t {
   mdSizeChange,         // against an earlier scan that the root is compared with
   mdSizeChangePercent,  // of the earlier size
   mdFileChange,         // files more or fewer
-  mdCount  // number of columns
+  mdCount               // number of columns
 };
 
 enum class TColumnKind : uint8_t { ckText, ckSize, ckCount, ckDate, ckShare, ckAttributes };
@@ -111,4 +113,4 @@ class IMetaDataCache : public IInterface {
   virtual void Clear() = 0;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,6 +1,6 @@
 #include "model/columns/MetaDataCache.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 bool TMetaDataCache::Find(TColumn pColumn, std::u16string& pText) const {
   TSharedLock lock(fLock);
@@ -27,4 +27,4 @@ void TMetaDataCache::Clear() {
   fTexts.clear();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// The formatted texts of one node.
+
 #include <string>
 #include <utility>
 #include <vector>
@@ -7,7 +9,7 @@
 #include "model/columns/MetaData.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Formatted column texts of one node. A shown row has a handful of columns, so a short list does. Any thread.
 class TMetaDataCache : public TInterfaced<IMetaDataCache> {
@@ -21,4 +23,4 @@ class TMetaDataCache : public TInterfaced<IMetaDataCache> {
   std::vector<std::pair<TColumn, std::u16string>> fTexts GUARDED_BY(fLock);
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -2,7 +2,7 @@
 
 #include <type_traits>
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -78,4 +78,4 @@ std::u16string TSizeData::GetDisplayUnit() const {
   return std::u16string(UnitName(AutomaticUnit(fValues.fSize)));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,11 +1,13 @@
 #pragma once
 
+// Size records, as plain numbers and as objects that answer columns.
+
 #include <cstdint>
 #include <string>
 
 #include "model/columns/MetaData.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Whether uncompressed and compressed content lies beneath a node; both may be set.
 enum TCompressionState : uint8_t { compr_no = 1, compr_yes = 2 };
@@ -103,4 +105,4 @@ class TSizeData : public TBasicSizeDataOf<ISizeData> {
 // A size column's value of a record; "no value" for a column that is not one of the record's.
 TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -7,7 +7,7 @@
 #include "model/options/OptionDefaults.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -133,7 +133,7 @@ TOptionInfo Parsed(std::string pName, TField pField, std::string pDefault, std::
 
 // --- export settings -----------------------------------------------------------------------------------------------
 
-using namespace Hierarchical::Exporting;
+using namespace Exporting;
 
 // A field of one kind of output's settings.
 template <class T>
@@ -337,4 +337,4 @@ const TOptionInfo* FindOption(std::string_view pName) {
   return found == options.end() ? nullptr : &*found;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// Every option with default, range and help line.
+
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -10,16 +12,17 @@
 #include <variant>
 #include <vector>
 
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/options/MediaSettings.h"
+#include "model/tree/HierarchicalInterfaces.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // How the way to a mail server is kept from listeners: not at all, from after the greeting on, from the start.
 enum class TMailSecurity : uint8_t { msNone, msStartTLS, msTLS };
 
-// The program's options: named, typed properties, each declared once in GlobalOptions.cpp with its default, range and help
-// line. The command line sets them by name, "--help" lists them. Set before a scan starts; a scan reads them at its start.
+// The program's options: named, typed properties, each declared once in GlobalOptions.cpp with its default, range and
+// help line. The command line sets them by name, "--help" lists them. Set before a scan starts; a scan reads them at
+// its start.
 class TGlobalOptions {
  public:
   int32_t MaximumThreads = 0;
@@ -58,15 +61,13 @@ class TGlobalOptions {
   TGlobalOptions();  // all defaults
 
   // The export settings of one kind of output. Each is an option of its own: "CSVSeparator".
-  Hierarchical::Exporting::TMediaSettings& Media(Hierarchical::Exporting::TMediaType pMedia) {
-    return fMedia.at(static_cast<size_t>(pMedia));
-  }
-  const Hierarchical::Exporting::TMediaSettings& Media(Hierarchical::Exporting::TMediaType pMedia) const {
+  Exporting::TMediaSettings& Media(Exporting::TMediaType pMedia) { return fMedia.at(static_cast<size_t>(pMedia)); }
+  const Exporting::TMediaSettings& Media(Exporting::TMediaType pMedia) const {
     return fMedia.at(static_cast<size_t>(pMedia));
   }
 
  private:
-  std::array<Hierarchical::Exporting::TMediaSettings, 7> fMedia;  // by media type
+  std::array<Exporting::TMediaSettings, 7> fMedia;  // by media type
 };
 
 enum class TOptionKind : uint8_t { okBoolean, okInteger, okText, okChoice };
@@ -75,16 +76,16 @@ enum class TOptionKind : uint8_t { okBoolean, okInteger, okText, okChoice };
 struct TOptionInfo {
   std::string fName;
   TOptionKind fKind;
-  std::string fHelp;        // one line, no full stop
-  std::string fDefault;     // as text, as the command line would set it
-  std::string fRange;       // "1..1024", "no|yes", "Created|Changed" …; empty for free text
+  std::string fHelp;     // one line, no full stop
+  std::string fDefault;  // as text, as the command line would set it
+  std::string fRange;    // "1..1024", "no|yes", "Created|Changed" …; empty for free text
   // Sets the option from text. False when the text is no value of it; the option then keeps its value.
   std::function<bool(TGlobalOptions&, std::string_view)> fSet;
   std::function<std::string(const TGlobalOptions&)> fGet;
 };
 
-// What is told of a value that an option does not take: 'MaximumThreads: "0" is not allowed; expected 1..256'. The value is
-// shown as it stands.
+// What is told of a value that an option does not take: 'MaximumThreads: "0" is not allowed; expected 1..256'. The
+// value is shown as it stands.
 std::string RefusedValueText(const TOptionInfo& pOption, std::string_view pValue);
 
 // All options, in the order in which help lists them.
@@ -92,4 +93,4 @@ std::span<const TOptionInfo> AllOptions();
 // The option of a name, without regard to ASCII letter case; nullptr when there is none.
 const TOptionInfo* FindOption(std::string_view pName);
 
-}  // namespace Kiv
+}  // namespace Vantrel

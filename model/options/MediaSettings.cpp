@@ -4,7 +4,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 namespace {
 
@@ -91,4 +91,4 @@ std::u16string SeparatorText(std::u16string_view pSeparator) {
   return std::u16string(pSeparator == u"\t" ? u"TAB" : pSeparator);
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -1,5 +1,7 @@
 #pragma once
 
+// The export settings of one kind of output, and their texts.
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,7 +9,7 @@
 
 #include "model/columns/MetaData.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 
 // The kinds of output that have export settings of their own. The numbers are kept in option files.
 enum class TMediaType : uint8_t { mtText = 2, mtCSV = 5, mtXML = 6 };
@@ -74,4 +76,4 @@ std::u16string ColumnsText(const std::vector<TColumn>& pColumns);
 bool TryParseSeparator(std::u16string_view pText, std::u16string& pSeparator);
 std::u16string SeparatorText(std::u16string_view pSeparator);
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -1,6 +1,8 @@
 #pragma once
 
-namespace Kiv {
+// The defaults that differ by platform.
+
+namespace Vantrel {
 
 // The option defaults that depend on what a system tells cheaply.
 
@@ -12,4 +14,4 @@ extern const bool kCollectOwnersByDefault;
 // file opened for it.
 extern const bool kShareHardLinksByDefault;
 
-}  // namespace Kiv
+}  // namespace Vantrel

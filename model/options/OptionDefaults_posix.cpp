@@ -1,8 +1,8 @@
 #include "model/options/OptionDefaults.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 const bool kCollectOwnersByDefault = true;
 const bool kShareHardLinksByDefault = true;
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,8 +1,8 @@
 #include "model/options/OptionDefaults.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 const bool kCollectOwnersByDefault = false;
 const bool kShareHardLinksByDefault = false;
 
-}  // namespace Kiv
+}  // namespace Vantrel

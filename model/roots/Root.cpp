@@ -1,19 +1,16 @@
 #include "model/roots/Root.h"
 
 #include "model/roots/ScanConfiguration.h"
+#include "platform/files/Paths.h"
+#include "platform/files/Volumes.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
-#include "platform/files/Paths.h"
 #include "platform/system/System.h"
-#include "platform/files/Volumes.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TBaseRoot::TBaseRoot(std::u16string pPath, char16_t pDelimiter)
-    : fPath(std::move(pPath)),
-      fPathDelimiter(pDelimiter),
-      fDisposeToken(MakeRef<TDisposeToken>()),
-      fTitle(fPath) {}
+    : fPath(std::move(pPath)), fPathDelimiter(pDelimiter), fDisposeToken(MakeRef<TDisposeToken>()), fTitle(fPath) {}
 
 std::u16string TBaseRoot::GetTitle() const {
   TCriticalSectionLock lock(fTitleLock);
@@ -36,7 +33,7 @@ TMetaDataValue TBaseRoot::GetValue(TColumn pColumn) const {
   return top ? top->GetValue(pColumn) : TMetaDataValue();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel
 
 namespace Vantrel {
 
@@ -62,7 +59,9 @@ TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards
 
 TCustomRoot::~TCustomRoot() = default;
 
-IScanConfiguration& TCustomRoot::GetScanConfiguration() { return *fConfiguration; }
+IScanConfiguration& TCustomRoot::GetScanConfiguration() {
+  return *fConfiguration;
+}
 
 TRef<IFolderData> TCustomRoot::GetTopFolder() const {
   TCriticalSectionLock lock(fLock);
@@ -184,7 +183,8 @@ void TCustomRoot::Scan() {
                                   isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
   const bool reached = enumerator->GetErrorCode() == 0;
   if (reached && !isFile) {
-    const TKeyId owner = fConfiguration->GetDoUsersStatistics() ? TUserSizeArray::KeyOf(enumerator->GetOwner()) : kNoKey;
+    const TKeyId owner =
+        fConfiguration->GetDoUsersStatistics() ? TUserSizeArray::KeyOf(enumerator->GetOwner()) : kNoKey;
     top->SetEntryValues(enumerator->GetEntryValues(), owner, !fConfiguration->GetFolderDateBasedOnFilesOnly());
   }
   {
@@ -410,9 +410,9 @@ void TCustomRoot::ForgetOwnEntries(IFolderData& pFolder) {
   if (fTopSizeList && fTopSizeList->RemoveFilesOf(pFolder)) fTopSizeListHasGaps = true;
 }
 
-// What left the list makes room for the next largest files elsewhere, as after a fresh scan. Done once, when the tree has
-// its new shape: files that were listed while the list was still full may be among them. A tree that keeps no files cannot
-// tell which they are: the list then stays shorter until the next scan.
+// What left the list makes room for the next largest files elsewhere, as after a fresh scan. Done once, when the tree
+// has its new shape: files that were listed while the list was still full may be among them. A tree that keeps no files
+// cannot tell which they are: the list then stays shorter until the next scan.
 void TCustomRoot::RefillTopSizeList() {
   if (!fTopSizeListHasGaps.exchange(false) || !fConfiguration->GetKeepFiles()) return;
   fTopSizeList->Clear();
@@ -433,8 +433,7 @@ void TCustomRoot::OfferFiles(IFolderData& pFolder) {
     const TFileRecord& file = (*table)[i];
     if (file.fSize >= fTopSizeList->GetThreshold())
       fTopSizeList->Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
-                         std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate,
-                         file.fAttributes});
+                         std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate, file.fAttributes});
   }
 }
 
@@ -471,15 +470,13 @@ void TCustomRoot::Dispose() {
   fErrorObservers.Clear();
 }
 
-TFileSystemRoot::TFileSystemRoot(std::u16string pPath, std::u16string pPathWithWildcards,
-                                 TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
-                                 IScanRoots* pOwner)
+TFileSystemRoot::TFileSystemRoot(std::u16string pPath, std::u16string pPathWithWildcards, TRef<IScanServices> pServices,
+                                 std::shared_ptr<const TGlobalOptions> pOptions, IScanRoots* pOwner)
     : TCustomFileSystemRoot(std::move(pPath), std::move(pPathWithWildcards), u'\\', std::move(pServices),
                             std::move(pOptions), pOwner) {}
 
-TCustomUnixRoot::TCustomUnixRoot(std::u16string pPath, std::u16string pPathWithWildcards,
-                                 TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
-                                 IScanRoots* pOwner)
+TCustomUnixRoot::TCustomUnixRoot(std::u16string pPath, std::u16string pPathWithWildcards, TRef<IScanServices> pServices,
+                                 std::shared_ptr<const TGlobalOptions> pOptions, IScanRoots* pOwner)
     : TCustomFileSystemRoot(std::move(pPath), std::move(pPathWithWildcards), u'/', std::move(pServices),
                             std::move(pOptions), pOwner) {}
 

@@ -1,20 +1,22 @@
 #pragma once
 
+// Roots with a tree: scan, refresh, removal, errors, progress, disposal.
+
 #include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "model/tree/CustomFolder.h"
 #include "model/options/GlobalOptions.h"
-#include "model/tree/Observable.h"
 #include "model/roots/RootEntryFilter.h"
 #include "model/roots/RootInterfaces.h"
-#include "model/tree/Tokens.h"
 #include "model/statistics/TopSizeList.h"
+#include "model/tree/CustomFolder.h"
+#include "model/tree/Observable.h"
+#include "model/tree/Tokens.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // What every root has: a path, a title, a state, observers and the tokens that tell of cancellation and disposal.
 class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
@@ -48,11 +50,9 @@ class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
   std::u16string fTitle GUARDED_BY(fTitleLock);
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel
 
 namespace Vantrel {
-
-using namespace Kiv;
 
 // A root with a tree that is filled by scans.
 class TScanConfiguration;
@@ -88,8 +88,9 @@ class TCustomRoot : public TBaseRoot {
   TStorageInformation GetStorageInformation() const override;
   TRef<IComparison> GetComparison() const override;
   void SetComparison(TRef<IComparison> pComparison) override;
-  // Fills the root from a file instead of by a scan: the tree through the top folder that this returns, then what the file
-  // says of the scan, after which the root is finished like a scanned one. For one thread, while nobody else knows the root.
+  // Fills the root from a file instead of by a scan: the tree through the top folder that this returns, then what the
+  // file says of the scan, after which the root is finished like a scanned one. For one thread, while nobody else knows
+  // the root.
   TRef<TCustomFolderData> BeginLoading();
   void EndLoading(const TLoadedScan& pScan);
 

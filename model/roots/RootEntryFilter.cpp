@@ -4,7 +4,7 @@
 
 #include "platform/text/WildcardMatch.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // The nested filter comes first: its counts are the same whatever mask the path holds.
 bool TRootEntryFilter::IsFileIncluded(const IHierarchicalEnumerator& pEntry) {
@@ -26,4 +26,4 @@ void TRootEntryFilter::EndFolder() {
   fExclusions.fByExpression.fetch_add(std::exchange(fByExpression, 0), std::memory_order_relaxed);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

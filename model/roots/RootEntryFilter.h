@@ -1,12 +1,14 @@
 #pragma once
 
+// What a root asks by itself: the mask in its path, its expression.
+
 #include <atomic>
 #include <memory>
 #include <string>
 
 #include "model/roots/ScanFilter.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // An optional scan filter: a condition on a file's values. The search floor makes them.
 class IExpression : public IInterface {
@@ -54,4 +56,4 @@ class TRootEntryFilter : public IEntryFilter {
   const std::unique_ptr<IEntryFilter> fNested;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

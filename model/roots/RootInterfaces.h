@@ -1,16 +1,18 @@
 #pragma once
 
+// The interfaces of roots, their settings, engines, observers, errors and progress.
+
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/roots/ScanFilter.h"
 #include "model/statistics/TopSizeList.h"
+#include "model/tree/HierarchicalInterfaces.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 class IScanRoots;
 
@@ -27,7 +29,7 @@ class IHierarchicalObserver : public IInterface {
 struct TScanError {
   TRef<IHierarchicalObject> fObject;  // the folder's node
   std::u16string fPath;
-  uint32_t fCode = 0;         // the system's error code
+  uint32_t fCode = 0;  // the system's error code
   TEnumeratorError fKind = TEnumeratorError::eeOther;
   bool fPartial = false;  // some entries were listed before the error
 };
@@ -62,8 +64,8 @@ class IScanConfiguration : public IInterface {
   virtual TDateType GetFileAgesDateType() const = 0;
   virtual IFileAges* GetFileAges() const = 0;
   virtual int32_t GetLongPathLength() const = 0;
-  virtual TColumn GetShareBasis() const = 0;  // mdSize or mdAllocated: what shares are shares of
-  virtual ITopSizeList* GetTopSizeList() const = 0;  // nullptr when none is kept
+  virtual TColumn GetShareBasis() const = 0;          // mdSize or mdAllocated: what shares are shares of
+  virtual ITopSizeList* GetTopSizeList() const = 0;   // nullptr when none is kept
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: one moment for the whole scan
   // One root may ask to be scanned by one thread only, or for threads to be started ahead of the work.
   virtual bool IsSingleThreaded() const { return false; }
@@ -153,8 +155,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual std::u16string GetTitle() const = 0;  // the path, with its wildcards when it has any; or what was set
   virtual char16_t GetPathDelimiter() const = 0;
   virtual TRootStates GetState() const = 0;
-  virtual TRef<IFolderData> GetTopFolder() const = 0;  // nullptr before the first scan and after disposal
-  virtual TRef<IScanEngine> GetScanEngine() const = 0;  // of the last scan, if any
+  virtual TRef<IFolderData> GetTopFolder() const = 0;     // nullptr before the first scan and after disposal
+  virtual TRef<IScanEngine> GetScanEngine() const = 0;    // of the last scan, if any
   virtual std::vector<TScanError> GetErrors() const = 0;  // a copy, in the order in which they were met
   virtual TScanProgress GetProgress() const = 0;
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // when the tree's scan began; not set before the first
@@ -176,7 +178,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   // Asked of the system when a scan has ended, or as the file has it.
   virtual TStorageInformation GetStorageInformation() const = 0;
 
-  // What the root is compared with, nullptr for nothing; a scan ends it. Set where no scan runs, and read by any thread.
+  // What the root is compared with, nullptr for nothing; a scan ends it. Set where no scan runs, and read by any
+  // thread.
   virtual TRef<IComparison> GetComparison() const = 0;
   virtual void SetComparison(TRef<IComparison> pComparison) = 0;
 
@@ -209,8 +212,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
 // What the roots need of the floor above them: enumerators and engines.
 class IScanServices : public IInterface {
  public:
-  // An enumerator of a root's contents; a path that cannot be opened gives one that lists nothing and tells the error. The
-  // folders beneath are reached through it, so that their enumerators know which scan they belong to.
+  // An enumerator of a root's contents; a path that cannot be opened gives one that lists nothing and tells the error.
+  // The folders beneath are reached through it, so that their enumerators know which scan they belong to.
   virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) = 0;
   // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
   virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
@@ -225,8 +228,8 @@ class IScanRoots : public IInterface {
   virtual TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) = 0;
   // The root for the path, its scan started.
   virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
-  // A root that is not scanned but loaded, not in the list yet; the delimiter tells what kind of root it is. The path is
-  // taken as it is.
+  // A root that is not scanned but loaded, not in the list yet; the delimiter tells what kind of root it is. The path
+  // is taken as it is.
   virtual TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view pPath, char16_t pDelimiter) = 0;
   // Puts such a root into the list. EInvalidOperation when the list is full.
   virtual void AddLoaded(TRef<IHierarchicalRoot> pRoot) = 0;
@@ -247,4 +250,4 @@ class IScanRoots : public IInterface {
   virtual void Dispose() = 0;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

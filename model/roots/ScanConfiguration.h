@@ -1,11 +1,13 @@
 #pragma once
 
+// The options of one root's scans, copied at their start.
+
 #include "model/roots/Root.h"
 
 namespace Vantrel {
 
-// The settings of one root's scans, copied from the options when a scan starts. The root owns it and outlives every scan
-// that uses it.
+// The settings of one root's scans, copied from the options when a scan starts. The root owns it and outlives every
+// scan that uses it.
 class TScanConfiguration : public TInterfaced<IScanConfiguration> {
  public:
   // Without a root, for a root that is never scanned itself, the questions and reports of a scan must not be made.

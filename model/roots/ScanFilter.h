@@ -1,5 +1,7 @@
 #pragma once
 
+// The interfaces by which a scan asks what it takes in.
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -7,7 +9,7 @@
 
 #include "model/tree/HierarchicalInterfaces.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Judges the entries of one listing after the other, for a scan. Used by one thread at a time.
 class IEntryFilter {
@@ -42,4 +44,4 @@ class IScanFilter : public IInterface {
   virtual std::vector<std::u16string> GetWarnings() const = 0;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "model/roots/VirtualRoot.h"
-#include "platform/threads/CriticalSection.h"
-#include "platform/system/Errors.h"
 #include "platform/files/Paths.h"
-#include "platform/text/Text.h"
 #include "platform/files/Volumes.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "platform/threads/CriticalSection.h"
 
 namespace Vantrel {
 
@@ -108,8 +108,8 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
 
   int32_t CountActiveScans() const override {
     const std::vector<TRef<IHierarchicalRoot>> roots = GetRoots();
-    return static_cast<int32_t>(std::count_if(
-        roots.begin(), roots.end(), [](const auto& pRoot) { return (pRoot->GetState() & rsScanning) != 0; }));
+    return static_cast<int32_t>(std::count_if(roots.begin(), roots.end(),
+                                              [](const auto& pRoot) { return (pRoot->GetState() & rsScanning) != 0; }));
   }
 
   TRef<IHierarchicalRoot> GetVirtualRoot() override {
@@ -167,10 +167,10 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
 
 }  // namespace Vantrel
 
-namespace Kiv {
+namespace Vantrel {
 
 TRef<IScanRoots> CreateScanRoots(TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions) {
   return MakeRef<Vantrel::TDSMCustomRoots>(std::move(pServices), std::move(pOptions));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,13 +1,15 @@
 #pragma once
 
+// The list of open roots; what a typed path means.
+
 #include <memory>
 
 #include "model/options/GlobalOptions.h"
 #include "model/roots/RootInterfaces.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // The list of open roots (TDSMCustomRoots). The options are copied at each scan's start.
 TRef<IScanRoots> CreateScanRoots(TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions);
 
-}  // namespace Kiv
+}  // namespace Vantrel

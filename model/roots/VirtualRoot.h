@@ -1,13 +1,15 @@
 #pragma once
 
+// A root that shows all others as one tree.
+
 #include <memory>
 
 #include "model/roots/Root.h"
 
 namespace Vantrel {
 
-// The top folder of a combined root: its children are the top folders of other roots, and its totals are theirs, added up
-// when somebody asks. Nothing is stored here, so the roots go on changing beneath it.
+// The top folder of a combined root: its children are the top folders of other roots, and its totals are theirs, added
+// up when somebody asks. Nothing is stored here, so the roots go on changing beneath it.
 class TVirtualRootFolder : public TCustomFolderData {
  public:
   TVirtualRootFolder(TRef<IHierarchicalRoot> pRoot, const IScanRoots& pRoots, std::u16string_view pName);

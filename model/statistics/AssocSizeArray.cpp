@@ -6,7 +6,7 @@
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Every folder has two arrays: what they weigh is what a scan of millions weighs.
 static_assert(sizeof(TExtensionSizeArray) <= 56);
@@ -206,4 +206,4 @@ TMetaDataValue TNamedSizeData::GetValue(TColumn pColumn) const {
   return TBasicSizeData::GetValue(pColumn);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

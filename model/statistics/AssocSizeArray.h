@@ -1,18 +1,20 @@
 #pragma once
 
+// Statistics by extension and by owner.
+
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "model/columns/SizeData.h"
 #include "model/statistics/ColorPalette.h"
 #include "model/statistics/InternedKeys.h"
 #include "model/statistics/PackedSizeTable.h"
-#include "model/columns/SizeData.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A dictionary from a text key to a size record: what each extension or each owner takes below a folder. Records that a
 // subtraction brought to zero stay inside but are not shown: enumeration and look-up pass over them, so that the array
@@ -157,4 +159,4 @@ class TNamedSizeData : public TBasicSizeData {
   std::u16string fName;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

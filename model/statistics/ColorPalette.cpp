@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -51,4 +51,4 @@ TColorPalette& CommonColorPalette() {
   return palette;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

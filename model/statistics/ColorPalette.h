@@ -1,5 +1,7 @@
 #pragma once
 
+// The colour of each key.
+
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
 #include <string>
@@ -7,7 +9,7 @@
 
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using TColor = uint32_t;  // 0xRRGGBB
 
@@ -32,4 +34,4 @@ class TColorPalette {
 // The palette of the common options.
 TColorPalette& CommonColorPalette();
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -9,7 +9,7 @@
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Every folder of a scan may have one.
 static_assert(sizeof(TFileAgeDistribution) <= 48);
@@ -280,4 +280,4 @@ size_t TFileAgeDistribution::HeapBytes() const {
   return fTable.HeapBytes();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

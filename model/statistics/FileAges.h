@@ -1,5 +1,7 @@
 #pragma once
 
+// Age intervals, and statistics by age.
+
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -9,11 +11,11 @@
 #include <vector>
 
 #include "model/statistics/ColorPalette.h"
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/statistics/PackedSizeTable.h"
+#include "model/tree/HierarchicalInterfaces.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // The age of a file in days begun, so that a file is at most n days old exactly when its age is at most n: one of a day
 // and a minute is 2 and not "up to a day". At most 0 for a date in the future; a file without date is very old.
@@ -154,4 +156,4 @@ class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
   TDateType fDateType GUARDED_BY(fLock);
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,6 +1,6 @@
 #include "model/statistics/FileStatistics.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime pLastChange, TKivFileTime pCreation) {
   switch (pType) {
@@ -83,4 +83,4 @@ TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfigu
   return statistics;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,14 +1,16 @@
 #pragma once
 
+// A folder's statistics worked out from its table of files, for folders that hold none.
+
 #include <vector>
 
+#include "model/roots/RootInterfaces.h"
 #include "model/statistics/AssocSizeArray.h"
 #include "model/statistics/FileAges.h"
-#include "model/tree/FileTable.h"
 #include "model/statistics/KeyTotals.h"
-#include "model/roots/RootInterfaces.h"
+#include "model/tree/FileTable.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // The three statistics of a folder, as the folder holds them; nullptr for what its root does not collect.
 struct TFolderStatistics {
@@ -31,8 +33,8 @@ class TStatisticsReading {
   void Read(const TFolderStatistics& pStatistics);
   void Clear();
 
-  // What was read last, good until the next reading; nullptr for what is not collected. Keys that no file has are left out.
-  // Users and extensions come in no particular order, ages by ascending interval.
+  // What was read last, good until the next reading; nullptr for what is not collected. Keys that no file has are left
+  // out. Users and extensions come in no particular order, ages by ascending interval.
   const std::vector<TKeyedSizeValues>* Users() const { return fUsers.Shown(); }
   const std::vector<TKeyedSizeValues>* Extensions() const { return fExtensions.Shown(); }
   const std::vector<TKeyedSizeValues>* Ages() const { return fAges.Shown(); }
@@ -59,4 +61,4 @@ TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfigu
 // The date of a file that its age is counted from.
 TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime pLastChange, TKivFileTime pCreation);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -8,7 +8,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/WildcardMatch.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::atomic<uint32_t> TFileTypeGroup::fPatternChanges{0};
 
@@ -258,4 +258,4 @@ std::vector<TRef<TSizeDataGroup>> CalculateSizeDataForGroups(const ICustomAssocS
   return sums;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// Groups of extensions, and sums by group.
+
 #include <atomic>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
@@ -11,7 +13,7 @@
 #include "model/statistics/AssocSizeArray.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A named kind of files: a list of wildcard masks joined with ";". Any thread.
 class IFileTypeGroup : public IInterface {
@@ -149,4 +151,4 @@ TRef<TSizeDataGroup> CalculateSizeDataForGroup(const ICustomAssocSizeArray& pExt
 std::vector<TRef<TSizeDataGroup>> CalculateSizeDataForGroups(const ICustomAssocSizeArray& pExtensions,
                                                              const IFileTypeGroups& pGroups);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -5,7 +5,7 @@
 
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -52,4 +52,4 @@ const std::u16string& TextOfKey(TKeyId pKey) {
   return table.fTexts[pKey];
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,10 +1,12 @@
 #pragma once
 
+// The process-wide table of extensions and owners.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // The process-wide table of statistics keys (extensions, owners): each text once, named by a small integer, so that
 // merging statistics into a folder's ancestors compares integers and hashes no text. Keys live as long as the process:
@@ -19,4 +21,4 @@ bool FindInternedKey(std::u16string_view pText, TKeyId& pKey);
 // The text of an id. The reference stays good.
 const std::u16string& TextOfKey(TKeyId pKey);
 
-}  // namespace Kiv
+}  // namespace Vantrel

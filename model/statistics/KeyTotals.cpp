@@ -5,7 +5,7 @@
 #include "model/statistics/AssocSizeArray.h"
 #include "model/tree/FileNames.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 void TKeyTotals::Add(TKeyId pKey, const TBasicSizeValues& pValues) {
   if (pKey >= fPositions.size()) fPositions.resize(pKey + 64);
@@ -40,4 +40,4 @@ TKeyId TExtensionKeys::KeyOfName(std::u16string_view pFileName) {
   return key;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// Sums by key for one folder after the other; the keys of extensions, remembered.
+
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <span>
 #include <string>
@@ -8,7 +10,7 @@
 
 #include "model/statistics/PackedSizeTable.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Sums up sizes by key for one folder after the other. The keys are small integers, and few, so a table indexed by key
 // finds the sum; once it has grown, adding a file allocates nothing. Used by one thread.
@@ -24,8 +26,8 @@ class TKeyTotals {
   std::vector<TKeyedSizeValues> fEntries;
 };
 
-// Finds the key of a file name's extension, remembering those that it has seen: interning one takes a lock and folds its
-// letters. Used by one thread.
+// Finds the key of a file name's extension, remembering those that it has seen: interning one takes a lock and folds
+// its letters. Used by one thread.
 class TExtensionKeys {
  public:
   TKeyId KeyOfName(std::u16string_view pFileName);
@@ -38,4 +40,4 @@ class TExtensionKeys {
   boost::unordered_flat_map<std::u16string, TKeyId, TTextHash, std::equal_to<>> fKeys;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

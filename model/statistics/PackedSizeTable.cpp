@@ -8,7 +8,7 @@
 #include <new>
 #include <type_traits>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Records are moved with realloc and memmove.
 static_assert(std::is_trivially_copyable_v<TKeyedSizeValues> && sizeof(TKeyedSizeValues) == 32);
@@ -163,4 +163,4 @@ size_t TPackedSizeTable::HeapBytes() const {
   return sizeof(TMap) + slots * (sizeof(TMap::value_type) + 1);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

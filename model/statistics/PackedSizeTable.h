@@ -1,14 +1,16 @@
 #pragma once
 
+// The records of one statistic of one folder, packed by key.
+
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
 #include <span>
 #include <vector>
 
-#include "model/statistics/InternedKeys.h"
 #include "model/columns/SizeData.h"
+#include "model/statistics/InternedKeys.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // One key of a size table with its numbers. The key is an interned extension or owner, or an age interval's index.
 struct TKeyedSizeValues {
@@ -78,4 +80,4 @@ class TPackedSizeTable {
   uint8_t fCapacity = 0;  // records allocated, or kIsMap
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,6 +1,8 @@
+// The eighteen groups that the program starts with.
+
 #include "model/statistics/FileTypeGroups.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -12,8 +14,8 @@ struct TStandardGroup {
 };
 
 // Kept letter by letter, with their odd masks ("*ascx", "*mbox", a doubled "*.~*") and the trailing ";": lists that
-// users saved are compared with these to tell whether they were changed. tests/model/statistics/standard_file_types.txt holds a
-// copy.
+// users saved are compared with these to tell whether they were changed. tests/model/statistics/standard_file_types.txt
+// holds a copy.
 constexpr TStandardGroup kStandardGroups[] = {
     {u"Audio", u"Files containing music, sounds or playlists", u"*.wav",
      u"*.aac;*.ac3;*.aif;*.aiff;*.au;*.aup;*.a52;*.dts;*.flac;*.itdb;*.itl;*.mka;*.mp1;*.mp2;*.mp3;*.mpa;*.m3u;"
@@ -84,4 +86,4 @@ TStandardFileTypes::TStandardFileTypes() {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -7,7 +7,7 @@
 #include "model/tree/HierarchicalData.h"
 #include "platform/files/Paths.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -123,4 +123,4 @@ void TTopSizeFileList::Dispose() {
   UpdateThreshold();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// The largest files.
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -10,7 +12,7 @@
 #include "model/tree/HierarchicalInterfaces.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // One of the largest files.
 struct TTopSizeEntry {
@@ -84,4 +86,4 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
   bool fDisposed GUARDED_BY(fLock) = false;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

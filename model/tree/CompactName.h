@@ -1,11 +1,13 @@
 #pragma once
 
+// A node's name in one pointer.
+
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // A node's name in one pointer: a length and the UTF-16 units behind it, in a block of just that size. A std::u16string
 // would cost 32 bytes in every one of millions of nodes before its text.
@@ -32,4 +34,4 @@ class TCompactName {
   std::unique_ptr<char16_t[]> fBlock;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

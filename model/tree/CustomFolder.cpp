@@ -64,7 +64,9 @@ TCustomFolderData::TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IH
                                      std::u16string_view pName)
     : TContainerHierarchicalElement(std::move(pParent), std::move(pRoot), pName) {}
 
-TCustomFolderData::~TCustomFolderData() { delete fStatistics.load(std::memory_order_acquire); }
+TCustomFolderData::~TCustomFolderData() {
+  delete fStatistics.load(std::memory_order_acquire);
+}
 
 std::vector<TRef<TCustomFolderData>> TCustomFolderData::Children() const {
   TSharedLock lock(fLock);
@@ -118,9 +120,13 @@ size_t TCustomFolderData::GetSubFolderCount() const {
   return fSubItems ? fSubItems->fList.size() : 0;
 }
 
-TRef<ICustomAssocSizeArray> TCustomFolderData::GetUserSizeArray() const { return Statistics().fUsers; }
+TRef<ICustomAssocSizeArray> TCustomFolderData::GetUserSizeArray() const {
+  return Statistics().fUsers;
+}
 
-TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const { return Statistics().fExtensions; }
+TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const {
+  return Statistics().fExtensions;
+}
 
 TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType pDateType) const {
   TRef<IHierarchicalRoot> root = GetRoot();
@@ -194,8 +200,8 @@ TMetaDataValue TCustomFolderData::ChangeSince(TColumn pColumn) const {
 
 std::u16string TCustomFolderData::GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn >= TColumn::mdCount)
-    throw EInvalidArgumentValue(fmt::format("TCustomFolderData.GetFormattedValue: Unexpected View Type {}",
-                                            static_cast<int>(pColumn)));
+    throw EInvalidArgumentValue(
+        fmt::format("TCustomFolderData.GetFormattedValue: Unexpected View Type {}", static_cast<int>(pColumn)));
   return TContainerHierarchicalElement::GetFormattedValue(pColumn, pFormat);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Folder nodes and the "[Files]" node: filling, subtraction, removal, disposal.
+
 #include <atomic>
 #include <boost/container/small_vector.hpp>
 #include <memory>
@@ -14,13 +16,11 @@
 
 namespace Vantrel {
 
-using namespace Kiv;
-
 class TCustomFolderData;
 class TFileGroupData;
 
-// Values that travel from a folder's files into the folder and all its ancestors, or back out of them: a snapshot that no
-// other thread changes while it is on its way.
+// Values that travel from a folder's files into the folder and all its ancestors, or back out of them: a snapshot that
+// no other thread changes while it is on its way.
 struct TFolderTotals {
   TSizeValues fValues;
   TKivFileTime fLastAccessDate;
@@ -49,8 +49,8 @@ struct TFileGroupContents : TFolderTotals {
 
 // The children of a folder. Made with the first child.
 struct TSubFolderList {
-  TRef<TCustomFolderData> fFilesNode;             // the "[Files]" child, if any
-  std::vector<TRef<TCustomFolderData>> fList;     // the sub-folders, in the order of their discovery
+  TRef<TCustomFolderData> fFilesNode;          // the "[Files]" child, if any
+  std::vector<TRef<TCustomFolderData>> fList;  // the sub-folders, in the order of their discovery
 };
 
 // All that a file says of a folder node. Totals are those of everything beneath it.
@@ -62,25 +62,25 @@ struct TLoadedFolder {
   TFolderStatistics fStatistics;
 };
 
-// Children in the one order that they have everywhere: largest first, then by name in code-unit order. Sizes are read once,
-// since a running scan changes them under the sort.
+// Children in the one order that they have everywhere: largest first, then by name in code-unit order. Sizes are read
+// once, since a running scan changes them under the sort.
 std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren);
 
-// A folder node. The totals beneath it are kept up to date as the scan goes on: every folder's files are added once to the
-// folder and to each ancestor, and taken out again the same way when a branch is reset or removed.
+// A folder node. The totals beneath it are kept up to date as the scan goes on: every folder's files are added once to
+// the folder and to each ancestor, and taken out again the same way when a branch is reset or removed.
 //
 // Subtraction: sizes, counts and statistics are sums, so taking out exactly what was put in leaves the sums of a fresh
 // scan. Compression flags, the long-path mark and the newest dates are not sums; each ancestor works them out anew from
-// its children, which costs time in proportion to its direct children only. A folder therefore remembers the dates of its
-// own entry beside the newest ones of everything beneath it.
+// its children, which costs time in proportion to its direct children only. A folder therefore remembers the dates of
+// its own entry beside the newest ones of everything beneath it.
 //
-// Statistics: a folder has arrays of its own once it has sub-folders. Without sub-folders, and in a "[Files]" node, they are
-// worked out from the table of files whenever somebody asks, unless the scan keeps no files. They come into being under the
-// folder's lock before the first child is known to anybody, and go only where no scan runs; so the scan reads the pointer
-// without the lock, and views copy the references under it.
+// Statistics: a folder has arrays of its own once it has sub-folders. Without sub-folders, and in a "[Files]" node,
+// they are worked out from the table of files whenever somebody asks, unless the scan keeps no files. They come into
+// being under the folder's lock before the first child is known to anybody, and go only where no scan runs; so the scan
+// reads the pointer without the lock, and views copy the references under it.
 //
-// Locks: the per-folder locks are never nested. References to parent and root are read without the lock by the scan and by
-// structural changes, which never run beside a disposal (the root's synchronizer sees to that); everybody else asks
+// Locks: the per-folder locks are never nested. References to parent and root are read without the lock by the scan and
+// by structural changes, which never run beside a disposal (the root's synchronizer sees to that); everybody else asks
 // GetParentFolder and GetRoot.
 class TCustomFolderData : public TContainerHierarchicalElement {
  public:
@@ -111,8 +111,9 @@ class TCustomFolderData : public TContainerHierarchicalElement {
 
   // For the scan engine.
 
-  // Makes a child node that is not in the child list yet; AppendChildren puts a listing's children there in one go, in a
-  // list of just their size, and counts them in every ancestor. The entry's dates are raised here and above when pRaise.
+  // Makes a child node that is not in the child list yet; AppendChildren puts a listing's children there in one go, in
+  // a list of just their size, and counts them in every ancestor. The entry's dates are raised here and above when
+  // pRaise.
   TRef<TCustomFolderData> MakeChild(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey,
                                     bool pRaiseDates);
   void AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren);
@@ -124,8 +125,8 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // The same for a folder that had been listed before: what it counted as its own files is taken out first.
   void ReplaceFiles(const TFileGroupContents& pContents);
 
-  // For trees that come from a file. The totals of each node are set as they are and reach no ancestor; a node's children
-  // are made and filled while nobody else knows the tree.
+  // For trees that come from a file. The totals of each node are set as they are and reach no ancestor; a node's
+  // children are made and filled while nobody else knows the tree.
   TRef<TCustomFolderData> AddLoadedChild(std::u16string_view pName, bool pIsFilesNode);
   void SetLoaded(const TLoadedFolder& pValues);
 
@@ -165,7 +166,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // The folder's own, made from the files it has so far when there are none yet.
   TFolderStatistics& EnsureStatistics();
   std::unique_ptr<TFolderStatistics> TakeStatistics();  // out of the folder
-  TFolderContribution Contribution() const;  // all beneath the folder, the arrays perhaps shared with it
+  TFolderContribution Contribution() const;             // all beneath the folder, the arrays perhaps shared with it
   // The same for the folder's own files alone, in copies that do not change with the folder.
   TFolderContribution OwnFilesContribution() const;
   // This folder first, the top folder last.
@@ -191,7 +192,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren);
 
   std::atomic<TFolderStatistics*> fStatistics{nullptr};  // owned; changed under fLock
-  TNewestDate fOwnLastAccessDate;  // of the entry itself, without what lies beneath
+  TNewestDate fOwnLastAccessDate;                        // of the entry itself, without what lies beneath
   TNewestDate fOwnLastChangeDate;
 };
 
@@ -213,7 +214,7 @@ class TFileGroupData : public TCustomFolderData {
   void Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles);
   bool IsFileGroup() const override { return true; }
   std::u16string_view GetObjectName() const override { return kName; }  // all share it
-  std::u16string GetFullPath() const override;  // of the folder whose files these are
+  std::u16string GetFullPath() const override;                          // of the folder whose files these are
 };
 
 }  // namespace Vantrel

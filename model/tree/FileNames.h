@@ -1,15 +1,17 @@
 #pragma once
 
+// What the extension of a name is.
+
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // At most so many characters of an extension count in the statistics.
 constexpr size_t kLongestExtension = 32;
 
-// The extension of a file name with its dot (".txt"), at most 32 characters after the dot; empty when the name has no dot
-// or ends with it. A name that begins with its only dot is all extension: ".htaccess" is a kind of file, not a nameless
-// one, and the masks of the file-type groups count on it.
+// The extension of a file name with its dot (".txt"), at most 32 characters after the dot; empty when the name has no
+// dot or ends with it. A name that begins with its only dot is all extension: ".htaccess" is a kind of file, not a
+// nameless one, and the masks of the file-type groups count on it.
 inline std::u16string_view ExtensionOfName(std::u16string_view pName) {
   const size_t dot = pName.rfind(u'.');
   if (dot == std::u16string_view::npos || dot + 1 == pName.size()) return {};
@@ -22,4 +24,4 @@ inline std::u16string_view ExtensionColumnOfName(std::u16string_view pName) {
   return extension.empty() ? extension : extension.substr(1);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

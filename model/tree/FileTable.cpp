@@ -5,7 +5,7 @@
 #include <limits>
 #include <numeric>
 
-namespace Kiv {
+namespace Vantrel {
 
 TRef<const TFileTable> TFileTable::Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames) {
   static_assert(sizeof(TFileTable) % alignof(TFileRecord) == 0, "the records stand right behind the object");
@@ -51,6 +51,8 @@ void TFileTableBuilder::Clear() {
   fNames.clear();
 }
 
-TRef<const TFileTable> TFileTableBuilder::Build() const { return TFileTable::Create(fRecords, fNames); }
+TRef<const TFileTable> TFileTableBuilder::Build() const {
+  return TFileTable::Create(fRecords, fNames);
+}
 
-}  // namespace Kiv
+}  // namespace Vantrel

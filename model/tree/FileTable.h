@@ -1,5 +1,7 @@
 #pragma once
 
+// The files of a folder, packed.
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -7,10 +9,10 @@
 #include <string_view>
 #include <vector>
 
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/statistics/InternedKeys.h"
+#include "model/tree/HierarchicalInterfaces.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // One file of a folder, without its name's text. Millions of these are kept: 56 bytes each.
 struct TFileRecord {
@@ -27,8 +29,8 @@ struct TFileRecord {
 };
 static_assert(sizeof(TFileRecord) == 56);
 
-// The files of one folder, packed: a scan keeps millions of files and makes a node of one only when somebody asks for it.
-// Immutable once made, so a reader that holds a reference needs no lock.
+// The files of one folder, packed: a scan keeps millions of files and makes a node of one only when somebody asks for
+// it. Immutable once made, so a reader that holds a reference needs no lock.
 class TFileTable : public TInterfaced<IInterface> {
  public:
   static TRef<const TFileTable> Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
@@ -70,4 +72,4 @@ class TFileTableBuilder {
   std::u16string fNames;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

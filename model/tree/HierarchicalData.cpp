@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "model/tree/FileNames.h"
 #include "model/columns/MetaDataCache.h"
+#include "model/tree/FileNames.h"
 #include "platform/files/Paths.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 template <class TInterface>
 TMetaDataValue TBaseVariantMetaDataProvider<TInterface>::GetValue(TColumn pColumn) const {
@@ -197,4 +197,4 @@ template class TBaseHierarchicalObject<IFolderData>;
 template class TBaseHierarchicalElement<IHierarchicalElement>;
 template class TBaseHierarchicalElement<IFolderData>;
 
-}  // namespace Kiv
+}  // namespace Vantrel

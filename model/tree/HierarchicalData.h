@@ -1,19 +1,21 @@
 #pragma once
 
+// The base classes of nodes, with their members in packed order; objects outside any tree.
+
 #include <atomic>
 #include <string>
 #include <string_view>
 
+#include "model/roots/RootInterfaces.h"
+#include "model/statistics/InternedKeys.h"
 #include "model/tree/CompactName.h"
 #include "model/tree/HierarchicalInterfaces.h"
-#include "model/statistics/InternedKeys.h"
-#include "model/roots/RootInterfaces.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
-namespace Kiv {
+namespace Vantrel {
 
-// Base classes of the tree's nodes. The interfaces form one chain (object, element, folder), so each base class takes the
-// interface that it implements as its parameter: a node then has one virtual table pointer instead of three.
+// Base classes of the tree's nodes. The interfaces form one chain (object, element, folder), so each base class takes
+// the interface that it implements as its parameter: a node then has one virtual table pointer instead of three.
 
 // An object that answers column values by column.
 template <class TInterface>
@@ -150,4 +152,4 @@ class TContainerHierarchicalElement : public TBaseHierarchicalElement<IFolderDat
   int64_t fFiles GUARDED_BY(fLock) = 0;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// The interfaces of nodes and enumerators; attribute bits, state bits, enumerator options.
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -11,10 +13,10 @@
 #include "platform/system/FileTime.h"
 #include "platform/threads/Interface.h"
 
-namespace Kiv {
+namespace Vantrel {
 
-// The interfaces of the scan tree, of the enumerators that feed it and of the root that holds it together. A node is used
-// through these from any thread; what a call returns is a snapshot.
+// The interfaces of the scan tree, of the enumerators that feed it and of the root that holds it together. A node is
+// used through these from any thread; what a call returns is a snapshot.
 
 class IFolderData;
 class IFileAgeDistribution;
@@ -46,25 +48,26 @@ constexpr TAttributes kAttributeRecallOnDataAccess = 0x400000;
 
 // Bits of a node's state. The values are kept in scan files.
 enum TFolderState : uint16_t {
-  fsScanning = 1 << 0,                    // the folder's own entries are being enumerated
-  fsRemoving = 1 << 1,                    // the node is being removed or reset
-  fsSubFolderScanningFinished = 1 << 2,   // the folder and every folder beneath it are finished
-  fsContainsLongPaths = 1 << 3,           // some file beneath has a path of at least LongPathLength
-  fsUpdatePending = 1 << 4,               // a refresh of this folder is queued
-  fsDetectedDuringRefresh = 1 << 5,       // found new by a non-recursive refresh
-  fsIsXMLImport = 1 << 6,                 // built from an imported scan file
-  fsCreatedForComparison = 1 << 7,        // made while comparing with an earlier scan
-  fsIsDummyForComparison = 1 << 8,        // stands for a folder that exists only in the compared scan
-  fsDummySubFoldersAdded = 1 << 9,        // such sub-folders have been added
-  fsIsRoot = 1 << 10,                     // top folder of a root
-  fsDisposed = 1 << 11,                   // node disposed; it answers no further changes
+  fsScanning = 1 << 0,                   // the folder's own entries are being enumerated
+  fsRemoving = 1 << 1,                   // the node is being removed or reset
+  fsSubFolderScanningFinished = 1 << 2,  // the folder and every folder beneath it are finished
+  fsContainsLongPaths = 1 << 3,          // some file beneath has a path of at least LongPathLength
+  fsUpdatePending = 1 << 4,              // a refresh of this folder is queued
+  fsDetectedDuringRefresh = 1 << 5,      // found new by a non-recursive refresh
+  fsIsXMLImport = 1 << 6,                // built from an imported scan file
+  fsCreatedForComparison = 1 << 7,       // made while comparing with an earlier scan
+  fsIsDummyForComparison = 1 << 8,       // stands for a folder that exists only in the compared scan
+  fsDummySubFoldersAdded = 1 << 9,       // such sub-folders have been added
+  fsIsRoot = 1 << 10,                    // top folder of a root
+  fsDisposed = 1 << 11,                  // node disposed; it answers no further changes
 };
 using TFolderStates = uint16_t;
 
 // Which date of a file the age statistics use.
 enum class TDateType : uint8_t { dtLastAccess, dtLastChange, dtCreation, dtLastSave, dtNone };
 
-// Tells whether a root has been disposed. Every changing operation asks it first and does nothing once the root is gone.
+// Tells whether a root has been disposed. Every changing operation asks it first and does nothing once the root is
+// gone.
 class IDisposeToken : public IInterface {
  public:
   virtual bool IsDisposed() const noexcept = 0;
@@ -134,19 +137,19 @@ struct TEntryValues {
 
 // Option bits handed down from parent to child enumerators.
 enum THierarchicalEnumeratorOption : uint32_t {
-  heoShareHardLinks = 2,        // add alternate data streams and share the allocated size among hard links
-  heoFollowSymbolicLinks = 4,   // enter links to folders outside the scan; on Windows unresolvable ones as well
-  heoFollowMountPoints = 8,     // the same for junctions and mounted volumes; Windows only
-  heoNoBackupPrivilege = 16,    // do not try the backup privilege
-  heoStayOnFileSystem = 32,     // do not enter other file systems; Linux only
+  heoShareHardLinks = 2,       // add alternate data streams and share the allocated size among hard links
+  heoFollowSymbolicLinks = 4,  // enter links to folders outside the scan; on Windows unresolvable ones as well
+  heoFollowMountPoints = 8,    // the same for junctions and mounted volumes; Windows only
+  heoNoBackupPrivilege = 16,   // do not try the backup privilege
+  heoStayOnFileSystem = 32,    // do not enter other file systems; Linux only
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
 // What an enumerator says went wrong with the folder that it lists.
 enum class TEnumeratorError : uint8_t { eeOk, eeAccessDenied, eeOther };
 
-// Lists the entries of one folder of some storage. After Next returned true the IHierarchicalBase values are those of the
-// current entry; before the first Next they are those of the folder itself. Used by one thread at a time.
+// Lists the entries of one folder of some storage. After Next returned true the IHierarchicalBase values are those of
+// the current entry; before the first Next they are those of the folder itself. Used by one thread at a time.
 class IHierarchicalEnumerator : public IHierarchicalBase {
  public:
   // Advances to the next entry; false at the end and after an error, which GetErrorCode then tells: an error in the
@@ -214,7 +217,7 @@ class IFolderData : public IHierarchicalElement {
   virtual TRef<const TFileTable> GetFileTable() const = 0;
   // The same as nodes of their own, made for the caller, largest first.
   virtual std::vector<TRef<IHierarchicalElement>> FindFiles() = 0;
-  virtual size_t GetSubFolderCount() const = 0;        // direct sub-folders, "[Files]" not counted
+  virtual size_t GetSubFolderCount() const = 0;  // direct sub-folders, "[Files]" not counted
 
   // Scans the branch, or only the folder's own entries, again; see IHierarchicalRoot::RefreshFolder.
   virtual bool Refresh(bool pRecursive) = 0;
@@ -228,4 +231,4 @@ class IFolderData : public IHierarchicalElement {
   virtual void Dispose() = 0;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

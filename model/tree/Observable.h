@@ -1,5 +1,7 @@
 #pragma once
 
+// A list of observers that costs one atomic read while it is empty.
+
 #include <algorithm>
 #include <atomic>
 #include <vector>
@@ -7,10 +9,10 @@
 #include "model/roots/RootInterfaces.h"
 #include "platform/threads/CriticalSection.h"
 
-namespace Kiv {
+namespace Vantrel {
 
-// A list of observers. Telling them works on a snapshot, so that an observer may unsubscribe while it is being told, and
-// costs one atomic read when there is none: a scan asks for every folder.
+// A list of observers. Telling them works on a snapshot, so that an observer may unsubscribe while it is being told,
+// and costs one atomic read when there is none: a scan asks for every folder.
 template <class TObserver>
 class TObservable : public TInterfaced<IObservable<TObserver>> {
  public:
@@ -49,4 +51,4 @@ class TObservable : public TInterfaced<IObservable<TObserver>> {
   std::atomic<bool> fHasObservers{false};
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

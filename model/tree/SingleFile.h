@@ -1,14 +1,14 @@
 #pragma once
 
+// A file's node, made on demand.
+
 #include "model/tree/FileTable.h"
 #include "model/tree/HierarchicalData.h"
 
 namespace Vantrel {
 
-using namespace Kiv;
-
-// A file node: a file of a folder's table, made into an object because somebody asked for it. It keeps the values that the
-// table had at that moment.
+// A file node: a file of a folder's table, made into an object because somebody asked for it. It keeps the values that
+// the table had at that moment.
 class TCustomFileData : public TBaseHierarchicalElement<IHierarchicalElement> {
  public:
   int64_t GetSize() const override;

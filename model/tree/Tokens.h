@@ -1,10 +1,12 @@
 #pragma once
 
+// The tokens that tell of cancellation and disposal.
+
 #include <atomic>
 
 #include "model/tree/HierarchicalInterfaces.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 class TDisposeToken : public TInterfaced<IDisposeToken> {
  public:
@@ -24,4 +26,4 @@ class TCancellationToken : public TInterfaced<ICancellationToken> {
   std::atomic<bool> fCancelled{false};
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

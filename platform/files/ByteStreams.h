@@ -1,9 +1,11 @@
 #pragma once
 
+// Who takes bytes, and who gives them.
+
 #include <cstddef>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Takes bytes one after the other: a file, an entry of an archive, a test's string.
 class IByteSink {
@@ -22,4 +24,4 @@ class IByteSource {
   virtual size_t Read(char* pBuffer, size_t pLength) = 0;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

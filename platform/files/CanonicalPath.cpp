@@ -2,7 +2,7 @@
 
 #include "platform/files/Paths.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -28,4 +28,4 @@ std::u16string CanonicalPath(const std::u16string& pPath) {
   return path;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,8 +1,10 @@
 #pragma once
 
+// The one form of a path by which a folder is known again.
+
 #include <string>
 
-namespace Kiv {
+namespace Vantrel {
 
 // The one form of a path by which a folder is known again, however it was typed and from whichever machine: absolute,
 // with all links resolved; on Windows with names as the disk spells them and the server's name in place of a mapped
@@ -13,4 +15,4 @@ std::u16string CanonicalPath(const std::u16string& pPath);
 // Serves CanonicalPath: that form of an absolute path; empty when it does not exist.
 std::u16string CanonicalPathOfExisting(const std::u16string& pPath);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,10 +1,10 @@
 #include "platform/files/CanonicalPath.h"
 #include "platform/files/Paths.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
   return ResolvedPath(pPath);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

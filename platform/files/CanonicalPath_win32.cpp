@@ -5,7 +5,7 @@
 // After windows.h, which it takes its types from.
 #include <winnetwk.h>
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -45,4 +45,4 @@ std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
   return std::u16string(WithoutTrailingDelimiter(path, u'\\'));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

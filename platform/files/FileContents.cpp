@@ -1,9 +1,9 @@
 #include "platform/files/FileContents.h"
 
-#include "platform/system/Errors.h"
 #include "platform/files/FileStream.h"
+#include "platform/system/Errors.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::string ReadFileContents(const std::u16string& pPath, size_t pMostBytes) {
   TFileStream file = TFileStream::OpenForReading(pPath);
@@ -16,4 +16,4 @@ std::string ReadFileContents(const std::u16string& pPath, size_t pMostBytes) {
   return contents;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

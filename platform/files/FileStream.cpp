@@ -4,7 +4,7 @@
 
 #include "platform/system/Errors.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -67,4 +67,4 @@ void TFileStream::Fail(uint32_t pCode, std::string_view pOperation) const {
   throw EOSError(pCode, pOperation, fPath);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

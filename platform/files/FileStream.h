@@ -1,5 +1,7 @@
 #pragma once
 
+// An open file, written through a buffer; scratch files without a name.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -7,7 +9,7 @@
 
 #include "platform/files/ByteStreams.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // An open file. Every failure is an EOSError that names the path; after the first one of writing, everything that
 // flushes fails with the same code, so that a lost byte cannot go unnoticed. For one thread at a time.
@@ -61,4 +63,4 @@ class TFileStream final : public IByteSink, public IByteSource {
   std::string fBuffer;  // written, but not handed to the system yet
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -4,12 +4,12 @@
 
 #include <cerrno>
 
-#include "platform/system/Errors.h"
 #include "platform/files/FileStream.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -107,4 +107,4 @@ uint32_t TFileStream::CloseNow() noexcept {
   return close(Descriptor(fHandle)) == 0 || errno == EINTR ? 0 : LastError();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,12 +1,12 @@
 #include <algorithm>
 
-#include "platform/system/Errors.h"
 #include "platform/files/FileStream.h"
 #include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -97,4 +97,4 @@ uint32_t TFileStream::CloseNow() noexcept {
   return CloseHandle(Handle(fHandle)) ? 0 : GetLastError();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

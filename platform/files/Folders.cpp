@@ -2,7 +2,7 @@
 
 #include "platform/files/Paths.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 void CreateFolderOf(const std::u16string& pFile, TFolderAccess pAccess) {
   CreateFolders(std::u16string(FolderOfPath(pFile, NativePathDelimiter())), pAccess);
@@ -17,4 +17,4 @@ std::u16string TTemporaryFiles::Add(std::u16string_view pName) {
   return fFiles.emplace_back(JoinPath(fFolder, pName, NativePathDelimiter()));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

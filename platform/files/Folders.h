@@ -1,11 +1,13 @@
 #pragma once
 
+// Whether there is a folder or something special; making and removing folders; temporary files.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Whether there is anything at the path, or a folder; links are followed.
 bool PathExists(const std::u16string& pPath);
@@ -40,4 +42,4 @@ class TTemporaryFiles {
   std::vector<std::u16string> fFiles;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -6,11 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Folders.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 bool PathExists(const std::u16string& pPath) {
   struct stat there {};
@@ -55,4 +55,4 @@ void RemoveQuietly(const std::u16string& pPath) noexcept {
   std::remove(ToNativeBytes(pPath).c_str());
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

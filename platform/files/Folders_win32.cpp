@@ -1,12 +1,12 @@
 #include <vector>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Folders.h"
 #include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -59,4 +59,4 @@ void RemoveQuietly(const std::u16string& pPath) noexcept {
   if (!DeleteFileW(Wide(path))) RemoveDirectoryW(Wide(path));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

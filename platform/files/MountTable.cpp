@@ -7,7 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -156,4 +156,4 @@ std::vector<TMount> DriveMounts(const std::vector<TMount>& pMounts) {
   return drives;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

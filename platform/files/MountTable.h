@@ -1,11 +1,13 @@
 #pragma once
 
+// Linux' table of mounts: which are seen, which are drives.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace Kiv {
+namespace Vantrel {
 
 // One line of Linux' /proc/self/mountinfo, in native bytes with the escapes decoded.
 struct TMount {
@@ -45,4 +47,4 @@ std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts);
 // packed in.
 std::vector<TMount> DriveMounts(const std::vector<TMount>& pMounts);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -4,7 +4,7 @@
 
 #include <random>
 
-namespace Kiv {
+namespace Vantrel {
 
 TOutputFile::TOutputFile(const std::u16string& pPath) : fPath(pPath) {
   try {
@@ -37,4 +37,4 @@ std::u16string TemporaryName() {
   return {name.begin(), name.end()};
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

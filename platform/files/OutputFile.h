@@ -1,5 +1,7 @@
 #pragma once
 
+// A file that takes its place only when it is complete.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -7,7 +9,7 @@
 #include "platform/files/ByteStreams.h"
 #include "platform/files/FileStream.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A file that takes its place only when it is complete. It is written under a temporary name in the folder of its
 // target and renamed over it by Commit; without Commit it is removed again and an earlier file at the target stays
@@ -59,4 +61,4 @@ class TOutputFile final : public IByteSink {
 // A name for a temporary file that no other program comes up with: 64 random bits.
 std::u16string TemporaryName();
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -8,11 +8,11 @@
 #include <climits>
 #include <cstdlib>
 
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -133,4 +133,4 @@ void TOutputFile::RemoveTemporary() noexcept {
   fTemporary.clear();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,11 +1,11 @@
 #include <vector>
 
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -93,4 +93,4 @@ void TOutputFile::RemoveTemporary() noexcept {
   fTemporary.clear();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -5,7 +5,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -146,4 +146,4 @@ bool IsSameOrInside(std::u16string_view pPath, std::u16string_view pFolder, char
   return Compare(pPath, pFolder, pDelimiter) != TRelation::reApart;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,13 +1,15 @@
 #pragma once
 
+// Path texts taken apart, joined, compared; absolute and resolved paths.
+
 #include <string>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
-// Operations on path texts that touch no file system. The delimiter is the root's: backslash for Windows roots, slash for
-// Unix-like ones; with the backslash "/" is accepted as well and letter case does not count (simple folding), with the
-// slash every character counts.
+// Operations on path texts that touch no file system. The delimiter is the root's: backslash for Windows roots, slash
+// for Unix-like ones; with the backslash "/" is accepted as well and letter case does not count (simple folding), with
+// the slash every character counts.
 
 // pFolder and pName with one delimiter between them.
 std::u16string JoinPath(std::u16string_view pFolder, std::u16string_view pName, char16_t pDelimiter);
@@ -36,4 +38,4 @@ std::u16string AbsolutePath(std::u16string_view pPath);
 // The path with all links resolved, as the system sees it; empty when it does not exist.
 std::u16string ResolvedPath(const std::u16string& pPath);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -10,7 +10,7 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -132,4 +132,4 @@ std::u16string ResolvedPath(const std::u16string& pPath) {
   return FromNativeBytes(TLongPathResolver(std::move(path)).Resolve());
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,10 +1,10 @@
 #include <memory>
 
 #include "platform/files/Paths.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -79,4 +79,4 @@ std::u16string ResolvedPath(const std::u16string& pPath) {
   }));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

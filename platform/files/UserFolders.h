@@ -1,8 +1,10 @@
 #pragma once
 
+// Where a user's own settings and data lie.
+
 #include <string>
 
-namespace Kiv {
+namespace Vantrel {
 
 // The folder in which the program keeps what the user has set: "vantrel" in $XDG_CONFIG_HOME, which counts only when it
 // is absolute, or else in ~/.config; on Windows "Vantrel" in the roaming application data. Absolute, empty when the
@@ -12,4 +14,4 @@ std::u16string UserConfigurationFolder();
 // the local application data, since it may grow large.
 std::u16string UserDataFolder();
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <vector>
 
-#include "platform/text/Text.h"
 #include "platform/files/UserFolders.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -56,4 +56,4 @@ std::u16string UserDataFolder() {
   return FolderOf("XDG_DATA_HOME", ".local/share");
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -6,7 +6,7 @@
 #include "platform/files/UserFolders.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -32,4 +32,4 @@ std::u16string UserDataFolder() {
   return FolderOf(FOLDERID_LocalAppData);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

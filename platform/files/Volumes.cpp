@@ -6,10 +6,10 @@
 #include <thread>
 #include <utility>
 
-#include "platform/threads/CriticalSection.h"
 #include "platform/system/System.h"
+#include "platform/threads/CriticalSection.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -70,4 +70,4 @@ std::vector<TVolumeInformation> AskVolumes(std::vector<TVolumeInformation> pVolu
   return answers->WaitFor(pMilliseconds);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,11 +1,13 @@
 #pragma once
 
+// Size, free space and kind of the volume of a path; local drives; all drives, without waiting for one that hangs.
+
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-namespace Kiv {
+namespace Vantrel {
 
 // What is known of the volume that holds a path. Sizes in bytes; 0 or empty where the system does not tell.
 struct TVolumeInformation {
@@ -37,4 +39,4 @@ using TVolumeQuestion = std::function<bool(TVolumeInformation&)>;
 std::vector<TVolumeInformation> AskVolumes(std::vector<TVolumeInformation> pVolumes, TVolumeQuestion pQuestion,
                                            int64_t pMilliseconds);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -7,10 +7,10 @@
 
 #include "platform/files/MountTable.h"
 #include "platform/files/Paths.h"
-#include "platform/text/Text.h"
 #include "platform/files/Volumes.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::vector<TMount> ReadMountTable() {
   std::ifstream file("/proc/self/mountinfo", std::ios::binary);
@@ -69,4 +69,4 @@ std::vector<TVolumeInformation> ListDrives(int64_t pMilliseconds) {
   return AskVolumes(std::move(drives), ask, pMilliseconds);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -5,7 +5,7 @@
 #include "platform/files/Volumes.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -87,4 +87,4 @@ std::vector<TVolumeInformation> ListDrives(int64_t pMilliseconds) {
   return AskVolumes(std::move(drives), AskDrive, pMilliseconds);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,11 +1,13 @@
 #pragma once
 
+// Another program, fed through its standard input.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace Kiv {
+namespace Vantrel {
 
 // How a program ended, and the beginning of what it had to say.
 struct TChildResult {
@@ -48,4 +50,4 @@ class TChildProcess final {
   std::string fTaken;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

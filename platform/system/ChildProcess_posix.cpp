@@ -13,7 +13,7 @@
 #include "platform/system/System.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -159,4 +159,4 @@ TChildResult TChildProcess::Finish() {
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 0, WIFSIGNALED(status) ? WTERMSIG(status) : 0, fTaken};
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,9 +1,9 @@
 #include "platform/system/ChildProcess.h"
 #include "platform/system/Errors.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Nothing on Windows starts programs yet.
 
@@ -27,4 +27,4 @@ TChildResult TChildProcess::Finish() {
   return {};
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

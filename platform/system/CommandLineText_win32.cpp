@@ -1,10 +1,10 @@
 #include "platform/system/CommandLineText.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::u16string ProcessCommandLine() {
   return reinterpret_cast<const char16_t*>(GetCommandLineW());
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

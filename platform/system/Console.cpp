@@ -10,7 +10,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 using ConsoleStream::TStream;
 
@@ -86,4 +86,4 @@ int TConsole::OutputWidth() {
   return ConsoleStream::Width(TStream::csOutput);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

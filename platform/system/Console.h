@@ -1,9 +1,11 @@
 #pragma once
 
+// The standard streams, progress line, Ctrl+C.
+
 #include <cstdint>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // The process's standard streams. All text is UTF-8; a line ends with CRLF on every platform's redirected output as on
 // the console. Writing happens on one thread, the main one.
@@ -34,4 +36,4 @@ class TConsole {
   static void SetCancelHandler(void (*pHandler)());
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

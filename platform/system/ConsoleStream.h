@@ -1,9 +1,11 @@
 #pragma once
 
+// What each system does for the console.
+
 #include <string_view>
 
 // What each system does for TConsole. Nobody else includes this.
-namespace Kiv::ConsoleStream {
+namespace Vantrel::ConsoleStream {
 
 enum class TStream { csOutput, csError };
 
@@ -15,4 +17,4 @@ int Width(TStream pStream);
 // Whether the console on the stream understands colour sequences.
 bool ShowsColours(TStream pStream);
 
-}  // namespace Kiv::ConsoleStream
+}  // namespace Vantrel::ConsoleStream

@@ -11,7 +11,7 @@
 #include "platform/system/Console.h"
 #include "platform/system/ConsoleStream.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -92,4 +92,4 @@ void TConsole::SetCancelHandler(void (*pHandler)()) {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -3,11 +3,11 @@
 
 #include "platform/system/Console.h"
 #include "platform/system/ConsoleStream.h"
+#include "platform/system/Win32_win32.h"
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
-#include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -82,4 +82,4 @@ void TConsole::SetCancelHandler(void (*pHandler)()) {
   if (pHandler != nullptr) SetConsoleCtrlHandler(OnControlEvent, TRUE);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -5,7 +5,7 @@
 
 #include "platform/threads/CriticalSection.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 struct TDebugLog {
@@ -40,4 +40,4 @@ void SetDebugLogSink(TDebugLogSink pSink) {
   log.fActive.store(static_cast<bool>(log.fSink), std::memory_order_relaxed);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,9 +1,11 @@
 #pragma once
 
+// Lines about the program's decisions, for whoever listens.
+
 #include <functional>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Lines for whoever looks into how the program decided something. Nobody listens by default, and then a line costs one
 // read of a flag: callers that build a long text ask IsDebugLogActive first.
@@ -16,4 +18,4 @@ void LogDebug(std::u16string_view pLine);
 // Replaces the sink, an empty one silences the log. Once it returns, the former sink is not called any more.
 void SetDebugLogSink(TDebugLogSink pSink);
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -3,7 +3,7 @@
 #include "platform/system/Environment.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::optional<std::u16string> EnvironmentVariable(std::u16string_view pName) {
   const char* value = std::getenv(ToNativeBytes(pName).c_str());
@@ -25,4 +25,4 @@ std::u16string ExpandEnvironment(std::u16string_view pText) {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

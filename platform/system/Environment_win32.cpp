@@ -1,7 +1,7 @@
 #include "platform/system/Environment.h"
 #include "platform/system/Win32_win32.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::u16string ExpandEnvironment(std::u16string_view pText) {
   const std::u16string text(pText);
@@ -30,4 +30,4 @@ std::optional<std::u16string> EnvironmentVariable(std::u16string_view pName) {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

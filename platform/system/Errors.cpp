@@ -4,7 +4,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 EOSError::EOSError(uint32_t pCode, std::string_view pOperation, std::u16string_view pObject)
     : EException(
@@ -14,9 +14,10 @@ EOSError::EOSError(uint32_t pCode, std::string_view pOperation, std::u16string_v
       fObject(pObject) {}
 
 std::string OSErrorText(uint32_t pCode) {
-  if (pCode == kErrorPseudoFileSystem) return "It belongs to a pseudo file system of the kernel, where nothing is stored";
+  if (pCode == kErrorPseudoFileSystem)
+    return "It belongs to a pseudo file system of the kernel, where nothing is stored";
   if (pCode == kErrorFileTooLarge) return "The file is too large to be read as a whole";
   return SystemErrorText(pCode);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

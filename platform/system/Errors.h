@@ -1,11 +1,13 @@
 #pragma once
 
+// The exceptions; error codes of the system as kinds and texts.
+
 #include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Base of the program's own failures. The text is UTF-8 and ready to be shown; those from data classes begin with the
 // class and method name and a colon.
@@ -62,4 +64,4 @@ class EOSError : public EException {
   std::u16string fObject;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -3,7 +3,7 @@
 
 #include "platform/system/Errors.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TErrorKind ClassifyOSError(uint32_t pCode) {
   switch (pCode) {
@@ -26,4 +26,4 @@ std::string SystemErrorText(uint32_t pCode) {
   return strerror_r(static_cast<int>(pCode), buffer, sizeof buffer);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,10 +1,10 @@
 #include <fmt/format.h>
 
 #include "platform/system/Errors.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TErrorKind ClassifyOSError(uint32_t pCode) {
   switch (pCode) {
@@ -35,4 +35,4 @@ std::string SystemErrorText(uint32_t pCode) {
   return length == 0 ? fmt::format("Unknown error {}", pCode) : ToUtf8(Win32::Narrow(buffer, length));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

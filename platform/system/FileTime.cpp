@@ -6,7 +6,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -66,8 +66,8 @@ std::string FormatIsoUtc(TKivFileTime pTime) {
   const int64_t ofDay = pTime.fTicks % TKivFileTime::kTicksPerDay;
   const int64_t seconds = ofDay / TKivFileTime::kTicksPerSecond;
   std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
-                                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                                 seconds / 3600, seconds / 60 % 60, seconds % 60);
+                                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), seconds / 3600,
+                                 seconds / 60 % 60, seconds % 60);
   if (const int64_t fraction = ofDay % TKivFileTime::kTicksPerSecond; fraction != 0) {
     text += fmt::format(".{:0{}}", fraction, kDecimals);
     text.erase(text.find_last_not_of('0') + 1);
@@ -149,4 +149,4 @@ std::u16string CurrentDateText() {
   return FromUtf8(FormatIsoLocal(TKivFileTime::Now()).substr(0, kDateLength));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

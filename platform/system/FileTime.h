@@ -1,12 +1,14 @@
 #pragma once
 
+// Points in time, and how they are shown.
+
 #include <array>
 #include <compare>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // A point in time as file systems of Windows store it: 100-nanosecond ticks since 1601-01-01 UTC. Zero means "no date".
 struct TKivFileTime {
@@ -34,18 +36,18 @@ std::string FormatLongTime(TKivFileTime pTime);
 std::string FormatIsoLocal(TKivFileTime pTime);
 // The offset of local time from UTC at that time, in seconds. False where FormatIsoLocal has no text.
 bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds);
-// FormatIsoLocal for millions of times: asking the system for the offset from UTC takes most of the work, so offsets are
-// remembered. One thread.
+// FormatIsoLocal for millions of times: asking the system for the offset from UTC takes most of the work, so offsets
+// are remembered. One thread.
 class TIsoLocalFormatter {
  public:
   void Append(std::string& pTarget, TKivFileTime pTime);
 
  private:
-  // A day whose first and last second have the same offset, so that every second between them has it: no zone has changed
-  // its offset and changed it back within a week. Most zones change theirs on the hour, but not all.
+  // A day whose first and last second have the same offset, so that every second between them has it: no zone has
+  // changed its offset and changed it back within a week. Most zones change theirs on the hour, but not all.
   struct TDay {
-    int32_t fDay = -1;     // since 1601
-    int32_t fOffset = 0;   // seconds; kChanging where it changes during the day
+    int32_t fDay = -1;    // since 1601
+    int32_t fOffset = 0;  // seconds; kChanging where it changes during the day
   };
   static constexpr int32_t kChanging = INT32_MIN;
   bool FindOffset(TKivFileTime pTime, int64_t& pSeconds);
@@ -61,4 +63,4 @@ bool TryParseIso(std::string_view pText, TKivFileTime& pTime);
 // Today's local date: "2026-11-21".
 std::u16string CurrentDateText();
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -4,7 +4,7 @@
 
 #include "platform/system/FileTime.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -52,4 +52,4 @@ bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds) {
   return true;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

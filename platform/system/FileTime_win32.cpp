@@ -1,10 +1,10 @@
 #include <fmt/format.h>
 
 #include "platform/system/FileTime.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -62,4 +62,4 @@ bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds) {
   return true;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

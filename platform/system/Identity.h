@@ -1,8 +1,10 @@
 #pragma once
 
+// The names of the user and of the machine.
+
 #include <string>
 
-namespace Kiv {
+namespace Vantrel {
 
 // The account name of the user that this process runs as, without a domain; empty when it cannot be told. Any thread.
 std::u16string CurrentUserName();
@@ -11,4 +13,4 @@ std::u16string CurrentUserName();
 // May ask the network. Any thread.
 std::string FullHostName();
 
-}  // namespace Kiv
+}  // namespace Vantrel

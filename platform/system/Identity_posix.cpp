@@ -5,7 +5,7 @@
 #include "platform/system/Identity.h"
 #include "platform/system/OwnerNames.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::u16string CurrentUserName() {
   return OwnerNameOfUser(geteuid());
@@ -27,4 +27,4 @@ std::string FullHostName() {
   return name;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

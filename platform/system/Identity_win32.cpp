@@ -2,10 +2,10 @@
 #include <string_view>
 
 #include "platform/system/Identity.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::u16string CurrentUserName() {
   wchar_t buffer[257];
@@ -21,4 +21,4 @@ std::string FullHostName() {
   return ToUtf8(std::u16string(Win32::Narrow(std::wstring_view(buffer))));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

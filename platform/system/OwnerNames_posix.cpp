@@ -7,7 +7,7 @@
 #include "platform/system/OwnerNames.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 std::u16string OwnerNameOfUser(uint32_t pUserId) {
   std::vector<char> buffer(1024);
@@ -22,4 +22,4 @@ std::u16string OwnerNameOfPath(const std::u16string&) {
   return {};
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

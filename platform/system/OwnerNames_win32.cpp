@@ -3,14 +3,14 @@
 #include <memory>
 
 #include "platform/system/OwnerNames.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
 // After windows.h, which they lean on.
 #include <aclapi.h>
 #include <sddl.h>
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -58,4 +58,4 @@ std::u16string OwnerNameOfPath(const std::u16string& pPath) {
   return name.empty() ? SidText(owner) : name;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

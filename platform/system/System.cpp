@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace Kiv {
+namespace Vantrel {
 
 TCpuUsageMeter::TCpuUsageMeter() : fWindowStart(TickCount64()), fAtWindowStart(ReadSystemTimes()) {}
 
@@ -22,4 +22,4 @@ std::optional<int> TCpuUsageMeter::Percent() {
   return fPercent;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// Ticks, processors, processor usage, thread names and priorities, COM.
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -7,7 +9,7 @@
 
 #include "platform/threads/CriticalSection.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // Milliseconds since some fixed moment, never going back. Cheap enough to be asked once per folder.
 int64_t TickCount64();
@@ -20,7 +22,8 @@ int ProcessorCount();
 class TCpuUsageMeter {
  public:
   TCpuUsageMeter();
-  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds; no value until the first one is over.
+  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds; no value until the first one is
+  // over.
   std::optional<int> Percent();
 
  private:
@@ -37,8 +40,8 @@ class TCpuUsageMeter {
   std::optional<int> fPercent GUARDED_BY(fLock);
 };
 
-// Priority of the calling thread, seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6 time-critical.
-// Steps that the system does not grant are left as they are, without an error.
+// Priority of the calling thread, seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6
+// time-critical. Steps that the system does not grant are left as they are, without an error.
 void SetCurrentThreadPriority(int pStep);
 
 // A name that debuggers and top show for the calling thread; at most 15 characters are kept.
@@ -56,4 +59,4 @@ class TComInitializer {
   bool fInitialized;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -10,7 +10,7 @@
 
 #include "platform/system/System.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 int64_t TickCount64() {
   timespec now{};
@@ -62,4 +62,4 @@ TComInitializer::~TComInitializer() {
   (void)fInitialized;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

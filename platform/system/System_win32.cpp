@@ -4,10 +4,10 @@
 #include <bit>
 
 #include "platform/system/System.h"
-#include "platform/text/Text.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 int64_t TickCount64() {
   return static_cast<int64_t>(GetTickCount64());
@@ -52,4 +52,4 @@ TComInitializer::~TComInitializer() {
   if (fInitialized) CoUninitialize();
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

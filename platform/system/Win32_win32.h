@@ -1,5 +1,7 @@
 #pragma once
 
+// Windows' types beside the program's; extended paths.
+
 // For the _win32 sources only: Windows' own types beside the program's.
 
 #include <windows.h>
@@ -7,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace Kiv::Win32 {
+namespace Vantrel::Win32 {
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t));
 
@@ -30,4 +32,4 @@ std::u16string ExtendedPath(std::u16string_view pPath);
 // The usual form of an extended path.
 std::u16string WithoutExtendedPrefix(std::u16string_view pPath);
 
-}  // namespace Kiv::Win32
+}  // namespace Vantrel::Win32

@@ -9,7 +9,7 @@
 
 #include "platform/text/Utf.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -251,4 +251,4 @@ bool TryParseInt64(std::string_view pText, int64_t& pValue) {
   return true;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -9,7 +9,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -75,4 +75,4 @@ char16_t UpcaseUnitBeyondAscii(char16_t pChar) {
   return caseless ? pChar : LookUpUpcase(pChar);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

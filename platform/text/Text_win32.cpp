@@ -1,13 +1,13 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/system/Win32_win32.h"
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
-#include "platform/system/Win32_win32.h"
 
 extern "C" NTSYSAPI WCHAR NTAPI RtlUpcaseUnicodeChar(WCHAR);
 
-namespace Kiv {
+namespace Vantrel {
 
 using namespace Win32;
 
@@ -77,4 +77,4 @@ char16_t UpcaseUnitBeyondAscii(char16_t pChar) {
   return static_cast<char16_t>(RtlUpcaseUnicodeChar(static_cast<WCHAR>(pChar)));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

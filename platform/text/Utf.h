@@ -1,10 +1,12 @@
 #pragma once
 
+// Single characters: decoding, width, upper case as file systems compare.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Single characters, for those who walk a text one by one. Text.h serves everyone else.
 
@@ -28,8 +30,12 @@ inline void AppendCodePoint(std::u16string& pTarget, char32_t pCode) {
 }
 
 // The two halves of a character beyond U+FFFF. Alone, neither is a character.
-constexpr bool IsLeadSurrogate(char16_t pUnit) { return (pUnit & 0xFC00) == 0xD800; }
-constexpr bool IsTrailSurrogate(char16_t pUnit) { return (pUnit & 0xFC00) == 0xDC00; }
+constexpr bool IsLeadSurrogate(char16_t pUnit) {
+  return (pUnit & 0xFC00) == 0xD800;
+}
+constexpr bool IsTrailSurrogate(char16_t pUnit) {
+  return (pUnit & 0xFC00) == 0xDC00;
+}
 
 // Terminal columns: 0, 1 or 2.
 int CodePointWidth(char32_t pCode);
@@ -44,4 +50,4 @@ inline char16_t UpcaseUnit(char16_t pChar) {
   return UpcaseUnitBeyondAscii(pChar);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

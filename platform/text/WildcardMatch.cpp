@@ -4,7 +4,7 @@
 
 #include "platform/text/Utf.h"
 
-namespace Kiv::OwnWildcards {
+namespace Vantrel::OwnWildcards {
 
 namespace {
 
@@ -81,4 +81,4 @@ bool MatchesFoldedStripped(std::u16string_view pFoldedName, std::u16string_view 
   return MatchesList<SameUnit, true>(pFoldedName, pFoldedMasks);
 }
 
-}  // namespace Kiv::OwnWildcards
+}  // namespace Vantrel::OwnWildcards

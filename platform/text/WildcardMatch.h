@@ -1,8 +1,10 @@
 #pragma once
 
+// Names against masks, by the system's call and by our own matcher.
+
 #include <string_view>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Whether a name matches a list of wildcard masks joined with ";" ("*.jpg;*.png"): "*" stands for any run, "?" for one
 // character, letter case does not count, spaces count in name and mask. "*.*" alone matches every name; within a list,
@@ -28,4 +30,4 @@ bool MatchesFoldedStripped(std::u16string_view pFoldedName, std::u16string_view 
 
 }  // namespace OwnWildcards
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,6 +1,6 @@
 #include "platform/text/WildcardMatch.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 bool MatchesWildcards(std::u16string_view pName, std::u16string_view pMasks) {
   return OwnWildcards::Matches(pName, pMasks);
@@ -9,4 +9,4 @@ bool MatchesWildcardsStripped(std::u16string_view pName, std::u16string_view pMa
   return OwnWildcards::MatchesStripped(pName, pMasks);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/text/WildcardMatch.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/WildcardMatch.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -38,4 +38,4 @@ bool MatchesWildcardsStripped(std::u16string_view pName, std::u16string_view pMa
   return PathMatchSpecW(TZeroEnded(pName).Get(), TZeroEnded(pMasks).Get()) != FALSE;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

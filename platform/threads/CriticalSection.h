@@ -1,5 +1,7 @@
 #pragma once
 
+// A mutex that the thread-safety analysis knows.
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -7,7 +9,7 @@
 
 #include "platform/threads/ThreadAnnotations.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A mutex that the thread-safety analysis knows. For the few locks that are not in every node.
 class CAPABILITY("mutex") TCriticalSection {
@@ -41,4 +43,4 @@ class SCOPED_CAPABILITY TCriticalSectionLock {
   std::unique_lock<std::mutex> fLock;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

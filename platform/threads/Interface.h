@@ -1,14 +1,16 @@
 #pragma once
 
+// Reference counting.
+
 #include <atomic>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
 #include <cstdint>
 #include <utility>
 
-namespace Kiv {
+namespace Vantrel {
 
-// Base of all reference-counted interfaces. An object starts with no reference; the first intrusive_ptr takes the first.
-// AddRef and Release may be called from any thread.
+// Base of all reference-counted interfaces. An object starts with no reference; the first intrusive_ptr takes the
+// first. AddRef and Release may be called from any thread.
 class IInterface {
  public:
   virtual void AddRef() const noexcept = 0;
@@ -24,13 +26,18 @@ class IInterface {
   virtual ~IInterface() = default;
 };
 
-inline void intrusive_ptr_add_ref(const IInterface* pObject) noexcept { pObject->AddRef(); }
-inline void intrusive_ptr_release(const IInterface* pObject) noexcept { pObject->Release(); }
+inline void intrusive_ptr_add_ref(const IInterface* pObject) noexcept {
+  pObject->AddRef();
+}
+inline void intrusive_ptr_release(const IInterface* pObject) noexcept {
+  pObject->Release();
+}
 
 template <class T>
 using TRef = boost::intrusive_ptr<T>;
 
-// Implements the counting of an interface: class TThing : public TInterfaced<IThing>. The last release deletes the object.
+// Implements the counting of an interface: class TThing : public TInterfaced<IThing>. The last release deletes the
+// object.
 template <class TInterface>
 class TInterfaced : public TInterface {
  public:
@@ -54,4 +61,4 @@ TRef<T> MakeRef(TArgs&&... pArgs) {
   return TRef<T>(new T(std::forward<TArgs>(pArgs)...));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,11 +1,13 @@
 #pragma once
 
+// The lock in every node.
+
 #include <atomic>
 #include <cstdint>
 
 #include "platform/threads/ThreadAnnotations.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A reader/writer lock small enough to sit in every node of a scan tree. Many readers or one writer; not recursive in
 // either mode, not fair. A thread that finds it taken sleeps in the kernel (futex on Linux, the system's slim lock on
@@ -83,4 +85,4 @@ class SCOPED_CAPABILITY TSharedLock {
   TSlimReaderWriterLock& fLock;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

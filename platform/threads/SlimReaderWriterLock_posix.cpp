@@ -1,12 +1,12 @@
-#include "platform/threads/SlimReaderWriterLock.h"
-
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <climits>
 
-namespace Kiv {
+#include "platform/threads/SlimReaderWriterLock.h"
+
+namespace Vantrel {
 
 namespace {
 
@@ -56,6 +56,8 @@ void TSlimReaderWriterLock::AcquireSharedSlow() {
   }
 }
 
-void TSlimReaderWriterLock::WakeAll() { syscall(SYS_futex, &fState, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0); }
+void TSlimReaderWriterLock::WakeAll() {
+  syscall(SYS_futex, &fState, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
+}
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,14 +1,22 @@
-#include "platform/threads/SlimReaderWriterLock.h"
-
 #include <windows.h>
 
-namespace Kiv {
+#include "platform/threads/SlimReaderWriterLock.h"
+
+namespace Vantrel {
 
 static_assert(sizeof(SRWLOCK) == sizeof(void*), "the lock's state is kept as a plain pointer");
 
-void TSlimReaderWriterLock::AcquireExclusive() { AcquireSRWLockExclusive(reinterpret_cast<PSRWLOCK>(&fState)); }
-void TSlimReaderWriterLock::ReleaseExclusive() { ReleaseSRWLockExclusive(reinterpret_cast<PSRWLOCK>(&fState)); }
-void TSlimReaderWriterLock::AcquireShared() { AcquireSRWLockShared(reinterpret_cast<PSRWLOCK>(&fState)); }
-void TSlimReaderWriterLock::ReleaseShared() { ReleaseSRWLockShared(reinterpret_cast<PSRWLOCK>(&fState)); }
+void TSlimReaderWriterLock::AcquireExclusive() {
+  AcquireSRWLockExclusive(reinterpret_cast<PSRWLOCK>(&fState));
+}
+void TSlimReaderWriterLock::ReleaseExclusive() {
+  ReleaseSRWLockExclusive(reinterpret_cast<PSRWLOCK>(&fState));
+}
+void TSlimReaderWriterLock::AcquireShared() {
+  AcquireSRWLockShared(reinterpret_cast<PSRWLOCK>(&fState));
+}
+void TSlimReaderWriterLock::ReleaseShared() {
+  ReleaseSRWLockShared(reinterpret_cast<PSRWLOCK>(&fState));
+}
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,5 +1,7 @@
 #pragma once
 
+// The macros of that analysis.
+
 // Clang's thread-safety attributes: a member says which lock guards it, a function which lock it wants held, and the
 // clang build checks both. Other compilers see nothing.
 #if defined(__clang__)

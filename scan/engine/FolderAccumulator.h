@@ -1,21 +1,21 @@
 #pragma once
 
+// Sums, statistics, dates and packed files of the folder that is being listed.
+
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "model/roots/RootInterfaces.h"
+#include "model/statistics/KeyTotals.h"
 #include "model/tree/CustomFolder.h"
 #include "model/tree/FileTable.h"
-#include "model/statistics/KeyTotals.h"
-#include "model/roots/RootInterfaces.h"
 
 namespace Vantrel::ScanEngine {
 
-using namespace Kiv;
-
-// Sums up the files of one folder while it is being listed. A worker keeps one and uses it for folder after folder: after
-// the first few folders, counting a file allocates nothing, hashes at most its extension, and takes no lock.
+// Sums up the files of one folder while it is being listed. A worker keeps one and uses it for folder after folder:
+// after the first few folders, counting a file allocates nothing, hashes at most its extension, and takes no lock.
 class TFolderAccumulator {
  public:
   // The accumulator is used for one root's scan only: it remembers the keys of that scan's owners.

@@ -10,9 +10,13 @@ namespace Vantrel::ScanEngine {
 
 using ThreadPool::TWorkerThreadPool;
 
-int32_t CpuCapOf(int32_t pProcessors) { return std::clamp(100 - 5 * pProcessors, 60, 80); }
+int32_t CpuCapOf(int32_t pProcessors) {
+  return std::clamp(100 - 5 * pProcessors, 60, 80);
+}
 
-int32_t PreStartedThreads(int32_t pMaximum) { return pMaximum > 2 ? (pMaximum + 1) / 2 : pMaximum; }
+int32_t PreStartedThreads(int32_t pMaximum) {
+  return pMaximum > 2 ? (pMaximum + 1) / 2 : pMaximum;
+}
 
 TScanEngine::TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
                          std::function<void()> pOnAllDone, TWorkerThreadPool::TSettings pPoolSettings)
@@ -46,7 +50,9 @@ void TScanEngine::AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnu
       MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), std::move(pEnumerator), TScanMode::smRefresh));
 }
 
-bool TScanEngine::IsScanning() const { return fWorkerThreadPool && fWorkerThreadPool->GetWorkItemsCount() > 0; }
+bool TScanEngine::IsScanning() const {
+  return fWorkerThreadPool && fWorkerThreadPool->GetWorkItemsCount() > 0;
+}
 
 std::u16string TScanEngine::GetStatusText() const {
   if (!fWorkerThreadPool) return u"No worker threadpool active";

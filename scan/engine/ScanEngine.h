@@ -1,10 +1,12 @@
 #pragma once
 
+// One scan: its pool, its limits of threads and processor time, and the accumulators that workers share.
+
 #include <memory>
 #include <vector>
 
-#include "model/tree/CustomFolder.h"
 #include "model/roots/RootInterfaces.h"
+#include "model/tree/CustomFolder.h"
 #include "scan/engine/FolderAccumulator.h"
 #include "scan/engine/ThreadPool.h"
 
@@ -14,8 +16,8 @@ namespace Vantrel::ScanEngine {
 // hands it; it never prints, never exits and knows of no window.
 class TScanEngine : public TInterfaced<IScanEngine> {
  public:
-  // The callback comes once from a worker for every time that all jobs are done. The pool's settings replace the machine's
-  // clock and processor in tests.
+  // The callback comes once from a worker for every time that all jobs are done. The pool's settings replace the
+  // machine's clock and processor in tests.
   TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
               std::function<void()> pOnAllDone, ThreadPool::TWorkerThreadPool::TSettings pPoolSettings = {});
   ~TScanEngine() override;

@@ -20,8 +20,8 @@ constexpr int64_t kFilesBetweenLooks = 1024;
 
 }  // namespace
 
-TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder,
-                   TRef<IHierarchicalEnumerator> pEnumerator, TScanMode pMode)
+TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
+                   TScanMode pMode)
     : TBasicWorkItem(pEngine.fConfiguration->GetCancellationToken()),
       fEngine(pEngine),
       fFromFolder(std::move(pFromFolder)),
@@ -90,8 +90,8 @@ void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& p
   if (!IsCancelled()) pFolder.FinishPart();  // a folder that was left early, and all above it, stay unfinished
 }
 
-// Some errors are raised instead of told, by a listing that then tells them as well. They end this listing like any other;
-// left to run up, they would take all folders with them that wait behind this one.
+// Some errors are raised instead of told, by a listing that then tells them as well. They end this listing like any
+// other; left to run up, they would take all folders with them that wait behind this one.
 bool TScanJob::NextEntry(IHierarchicalEnumerator& pEnumerator) {
   try {
     return pEnumerator.Next();
@@ -128,9 +128,8 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
 }
 
 void TScanJob::AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {
-  TRef<TCustomFolderData> child =
-      pFolder.MakeChild(pEnumerator.GetObjectName(), pEnumerator.GetEntryValues(), fFiles->OwnerKeyOf(pEnumerator),
-                        !fFolderDateBasedOnFilesOnly);
+  TRef<TCustomFolderData> child = pFolder.MakeChild(pEnumerator.GetObjectName(), pEnumerator.GetEntryValues(),
+                                                    fFiles->OwnerKeyOf(pEnumerator), !fFolderDateBasedOnFilesOnly);
   if (pEnumerator.CanDescend()) {
     child->IncludeFolderState(fsScanning);
     child->BeginScan(1);
@@ -175,8 +174,8 @@ void TScanJob::RefreshFolder() {
     if (gone.erase(child->GetObjectName()) > 0) continue;
     if (known.contains(child->GetObjectName())) continue;
     child->IncludeFolderState(fsDetectedDuringRefresh);
-    LogDebug(u"TCustomFolderData.RefreshNonRecursive: Found new subfolder \"" +
-             std::u16string(child->GetObjectName()) + u"\" in \"" + folder.GetFullPath() + u"\".");
+    LogDebug(u"TCustomFolderData.RefreshNonRecursive: Found new subfolder \"" + std::u16string(child->GetObjectName()) +
+             u"\" in \"" + folder.GetFullPath() + u"\".");
     added.push_back(child);
   }
   std::erase_if(fToBeEntered, [](const TRef<TCustomFolderData>& pChild) {

@@ -1,5 +1,7 @@
 #pragma once
 
+// The work on one folder: listing, children into the tree, queue or recurse, non-recursive refresh.
+
 #include <memory>
 #include <vector>
 
@@ -16,9 +18,9 @@ enum class TScanMode : uint8_t {
 
 // Scans one folder, and of what lies beneath it as much as is not better left to other workers.
 //
-// A folder is listed to its end before any of its sub-folders is opened, and sub-folders wait on a list of their own, so
-// depth costs neither stack, nor buffers, nor open handles. Whether a waiting sub-folder becomes a job of its own or is
-// scanned here is decided when its turn comes, when it is known how hungry the other workers are.
+// A folder is listed to its end before any of its sub-folders is opened, and sub-folders wait on a list of their own,
+// so depth costs neither stack, nor buffers, nor open handles. Whether a waiting sub-folder becomes a job of its own or
+// is scanned here is decided when its turn comes, when it is known how hungry the other workers are.
 class TScanJob : public ThreadPool::TBasicWorkItem {
  public:
   TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,

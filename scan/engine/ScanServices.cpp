@@ -1,11 +1,9 @@
 #include "scan/engine/ScanServices.h"
 
-#include "scan/storage/EnumeratorFactory.h"
 #include "scan/engine/ScanEngine.h"
+#include "scan/storage/EnumeratorFactory.h"
 
 namespace Vantrel::ScanEngine {
-
-using namespace Kiv;
 
 namespace {
 
@@ -23,6 +21,8 @@ class TScanServices : public TInterfaced<IScanServices> {
 
 }  // namespace
 
-TRef<IScanServices> CreateScanServices() { return MakeRef<TScanServices>(); }
+TRef<IScanServices> CreateScanServices() {
+  return MakeRef<TScanServices>();
+}
 
 }  // namespace Vantrel::ScanEngine

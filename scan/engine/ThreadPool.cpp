@@ -6,7 +6,7 @@
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace ThreadPool {
+namespace Vantrel::ThreadPool {
 
 namespace {
 
@@ -17,7 +17,9 @@ TSynchronizer& Synchronizer() {
 
 }  // namespace
 
-void SetSynchronizer(TSynchronizer pSynchronizer) { Synchronizer() = std::move(pSynchronizer); }
+void SetSynchronizer(TSynchronizer pSynchronizer) {
+  Synchronizer() = std::move(pSynchronizer);
+}
 
 void TBasicWorkItem::Run() {
   fStatus.store(TTaskStatus::tsRunning, std::memory_order_release);
@@ -79,9 +81,13 @@ TWorkerThreadPool::TWorkerThreadPool(TSettings pSettings)
       fMinWorkerThreads(fSettings.fMinWorkerThreads),
       fLastCheckAddNewWorkerThread(fSettings.fTickCount()) {}
 
-TWorkerThreadPool::~TWorkerThreadPool() { Shutdown(); }
+TWorkerThreadPool::~TWorkerThreadPool() {
+  Shutdown();
+}
 
-void TWorkerThreadPool::SetMaxCpuUsage(int32_t pPercent) { fMaxCpuUsage = std::clamp(pPercent, 0, 100); }
+void TWorkerThreadPool::SetMaxCpuUsage(int32_t pPercent) {
+  fMaxCpuUsage = std::clamp(pPercent, 0, 100);
+}
 
 bool TWorkerThreadPool::IsCpuUsageBelowMax() {
   const std::optional<int> usage = fSettings.fCpuUsage();
@@ -169,7 +175,8 @@ void TWorkerThreadPool::ThreadEnds(TWorkerThread& pThread) {
   bool last;
   {
     TCriticalSectionLock lock(fLock);
-    auto own = std::find_if(fThreads.begin(), fThreads.end(), [&](const auto& pItem) { return pItem.get() == &pThread; });
+    auto own =
+        std::find_if(fThreads.begin(), fThreads.end(), [&](const auto& pItem) { return pItem.get() == &pThread; });
     fEndedThreads.push_back(std::move(*own));
     fThreads.erase(own);
     fThreadCount.store(static_cast<int32_t>(fThreads.size()), std::memory_order_relaxed);
@@ -222,4 +229,4 @@ void TWorkerThreadPool::Shutdown() {
   if (!dropped.empty()) fWorkItemsCount.fetch_sub(static_cast<int32_t>(dropped.size()), std::memory_order_acq_rel);
 }
 
-}  // namespace ThreadPool
+}  // namespace Vantrel::ThreadPool

@@ -1,5 +1,7 @@
 #pragma once
 
+// Work items, the queue, worker threads, and when one is started or ends.
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -13,12 +15,10 @@
 #include <vector>
 
 #include "model/tree/HierarchicalInterfaces.h"
-#include "platform/threads/CriticalSection.h"
 #include "platform/system/System.h"
+#include "platform/threads/CriticalSection.h"
 
-namespace ThreadPool {
-
-using namespace Kiv;
+namespace Vantrel::ThreadPool {
 
 enum class TTaskStatus : uint8_t { tsCreated, tsWaiting, tsRunning, tsDone, tsFailed, tsCancelled };
 
@@ -200,4 +200,4 @@ class TWorkerThreadPool : public TCustomThreadPool {
   std::vector<std::unique_ptr<TWorkerThread>> fEndedThreads GUARDED_BY(fLock);  // to be joined
 };
 
-}  // namespace ThreadPool
+}  // namespace Vantrel::ThreadPool

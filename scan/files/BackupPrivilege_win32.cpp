@@ -3,7 +3,7 @@
 #include <atomic>
 #include <limits>
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 // Read and written without a lock: a lost update only changes when the next attempt is made.
@@ -29,4 +29,4 @@ void TBackupPrivilege::ForgetAttempts() {
   gNextAttempt.store(std::numeric_limits<int64_t>::min());
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,11 +1,13 @@
 #pragma once
 
+// Gets the right to read refused folders, twice a second at most.
+
 #include <cstdint>
 
 #include "platform/system/Errors.h"
 #include "scan/files/Win32FileApi_win32.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // The right to read what the user may back up but not open. Taken only when a folder is refused, for the whole process.
 class TBackupPrivilege {
@@ -31,4 +33,4 @@ class TBackupPrivilege {
   }
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

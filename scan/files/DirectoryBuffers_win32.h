@@ -1,5 +1,7 @@
 #pragma once
 
+// Buffers for directory queries, kept for the next one.
+
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -7,7 +9,7 @@
 
 #include "platform/threads/CriticalSection.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Buffers for directory queries, kept for the next listing. Any thread.
 //
@@ -49,4 +51,4 @@ class TDirectoryBuffers {
   }
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   return duplicates;
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

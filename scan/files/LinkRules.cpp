@@ -1,10 +1,10 @@
 #include "scan/files/LinkRules.h"
 
+#include "platform/files/Paths.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
-#include "platform/files/Paths.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 bool IsDelimiter(char16_t pChar, char16_t pDelimiter) {
@@ -120,4 +120,4 @@ TAttributes AdjustedAttributes(TAttributes pAttributes) {
   return pAttributes;
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

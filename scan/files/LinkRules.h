@@ -1,5 +1,7 @@
 #pragma once
 
+// Pure decisions: whether a link is followed, what an error is, the allocated size, attributes.
+
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -11,7 +13,7 @@
 
 // The decisions about an entry that need no file system: they take facts and give an answer, the same on every
 // platform.
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // ---- Links
 
@@ -83,4 +85,4 @@ int64_t AllocatedSizeOf(const TAllocationFacts& pFacts);
 // would be fetched from elsewhere when read counts as offline.
 TAttributes AdjustedAttributes(TAttributes pAttributes);
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

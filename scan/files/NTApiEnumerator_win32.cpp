@@ -4,13 +4,13 @@
 
 #include <utility>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "scan/files/DirectoryBuffers_win32.h"
-#include "scan/storage/PathNotFoundEnumerator.h"
 #include "scan/files/Win32FindEnumerator_win32.h"
+#include "scan/storage/PathNotFoundEnumerator.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 namespace {
 
@@ -149,4 +149,4 @@ TRef<IHierarchicalEnumerator> TNTApiEnumerator::CreateForObject(const std::u16st
   return MakeRef<TNTApiEnumerator>(std::move(folder), std::move(name), pOptions, TSystemFileApi::Instance());
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,5 +1,7 @@
 #pragma once
 
+// Lists a folder by the kernel's directory query.
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -9,7 +11,7 @@
 
 struct _FILE_FULL_DIR_INFORMATION;  // the kernel's record, of <winternl.h>
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Lists a folder by the kernel's directory query: one call brings a buffer full of records, which hold every value.
 class TCustomNTApiEnumerator : public TWin32Enumerator {
@@ -59,4 +61,4 @@ class TNTApiEnumerator final : public TCustomNTApiEnumerator {
   TRef<TWin32Enumerator> CreateForFolder(std::u16string pPath) const override;
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

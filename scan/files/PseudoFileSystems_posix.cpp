@@ -2,7 +2,7 @@
 
 #include <linux/magic.h>
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 bool IsPseudoFileSystem(uint64_t pMagic) {
   switch (pMagic) {
@@ -33,4 +33,4 @@ bool IsPseudoFileSystem(uint64_t pMagic) {
   }
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,7 +1,9 @@
-#include "scan/storage/EnumeratorFactory.h"
-#include "scan/files/UnixEnumerator_posix.h"
+// Makes Linux' enumerator known to the factory.
 
-namespace Kiv::Enumerators {
+#include "scan/files/UnixEnumerator_posix.h"
+#include "scan/storage/EnumeratorFactory.h"
+
+namespace Vantrel::Enumerators {
 
 void RegisterStandardEnumerators() {
   TEnumeratorClass folders;
@@ -12,4 +14,4 @@ void RegisterStandardEnumerators() {
   THierarchicalEnumeratorFactory::RegisterEnumerator(folders, true);
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

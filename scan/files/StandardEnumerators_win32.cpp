@@ -1,8 +1,10 @@
-#include "scan/storage/EnumeratorFactory.h"
+// Makes Windows' enumerators known to the factory.
+
 #include "scan/files/NTApiEnumerator_win32.h"
 #include "scan/files/Win32FindEnumerator_win32.h"
+#include "scan/storage/EnumeratorFactory.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 void RegisterStandardEnumerators() {
   constexpr std::u16string_view protocol = TBaseFileSystemEnumerator::kProtocol;
@@ -13,4 +15,4 @@ void RegisterStandardEnumerators() {
       {"TNTApiEnumerator", protocol, TNTApiEnumerator::CreateForPath, TNTApiEnumerator::CreateForObject}, true);
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -14,21 +14,21 @@
 #include <utility>
 #include <vector>
 
+#include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
 #include "platform/system/OwnerNames.h"
-#include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "scan/files/DuplicateMounts.h"
-#include "scan/storage/FileSystemEnumerator.h"
 #include "scan/files/LinkRules.h"
-#include "scan/storage/PathNotFoundEnumerator.h"
 #include "scan/files/PseudoFileSystems_posix.h"
+#include "scan/storage/FileSystemEnumerator.h"
+#include "scan/storage/PathNotFoundEnumerator.h"
 
 #ifndef STATX_MNT_ID
 #define STATX_MNT_ID 0x1000U
 #endif
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 namespace {
 
@@ -58,7 +58,9 @@ std::unique_ptr<std::byte[]> TakeBuffer() {
   return std::unique_ptr<std::byte[]>(new std::byte[kBufferBytes]);
 }
 
-void GiveBuffer(std::unique_ptr<std::byte[]> pBuffer) { tSpareBuffer = std::move(pBuffer); }
+void GiveBuffer(std::unique_ptr<std::byte[]> pBuffer) {
+  tSpareBuffer = std::move(pBuffer);
+}
 
 // The record of getdents64.
 struct TDirectoryRecord {
@@ -106,7 +108,9 @@ int OpenInSteps(int pDirectory, std::string_view pPath, int pFlags) {
   return handle;
 }
 
-TKivFileTime FileTimeOf(const statx_timestamp& pTime) { return TKivFileTime::FromUnix(pTime.tv_sec, pTime.tv_nsec); }
+TKivFileTime FileTimeOf(const statx_timestamp& pTime) {
+  return TKivFileTime::FromUnix(pTime.tv_sec, pTime.tv_nsec);
+}
 
 TAttributes AttributesOf(const struct statx& pStatus, std::string_view pName) {
   TAttributes attributes = 0;
@@ -160,7 +164,8 @@ TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view
 }
 
 TRef<TUnixDirectory> TUnixDirectory::Again() const {
-  return fParent ? MakeRef<TUnixDirectory>(fParent, FromNativeBytes(fName), fFollowLink) : MakeRef<TUnixDirectory>(fName);
+  return fParent ? MakeRef<TUnixDirectory>(fParent, FromNativeBytes(fName), fFollowLink)
+                 : MakeRef<TUnixDirectory>(fName);
 }
 
 TUnixDirectory::~TUnixDirectory() {
@@ -231,8 +236,8 @@ int TUnixDirectory::OpenWith(int pFlags) const {
 int TUnixDirectory::Open() {
   if (Handle() >= 0) return 0;
   const int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | (fFollowLink ? 0 : O_NOFOLLOW);
-  // Reading a folder would change its access date, one of the things that a scan is to tell; only its owner and root may
-  // ask for that not to happen.
+  // Reading a folder would change its access date, one of the things that a scan is to tell; only its owner and root
+  // may ask for that not to happen.
   int handle = OpenWith(flags | O_NOATIME);
   if (handle < 0 && errno == EPERM) handle = OpenWith(flags);
   const int error = errno;
@@ -297,8 +302,8 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForPath(const std::u16strin
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
   if (reached.fIsPseudoFileSystem) return MakeRef<TPathNotFoundEnumerator>(path, kErrorPseudoFileSystem, pOptions);
   if (!S_ISDIR(reached.fStatus.stx_mode)) return CreateForObject(path, pOptions);
-  TRef<TUnixEnumerator> enumerator(new TUnixEnumerator(
-      MakeRef<TUnixScan>(path, IdentityOf(reached.fStatus), pOptions), MakeRef<TUnixDirectory>(bytes)));
+  TRef<TUnixEnumerator> enumerator(new TUnixEnumerator(MakeRef<TUnixScan>(path, IdentityOf(reached.fStatus), pOptions),
+                                                       MakeRef<TUnixDirectory>(bytes)));
   enumerator->fName = FileNameOfPath(path, u'/');
   enumerator->FillEntry(reached.fStatus, {});
   return enumerator;
@@ -438,8 +443,8 @@ void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pN
   fEntry.fIsMountPoint = (pStatus.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
-// A link to a folder outside the scan becomes a folder whose contents are scanned; it keeps its reparse attribute. A link
-// to a file stays a link.
+// A link to a folder outside the scan becomes a folder whose contents are scanned; it keeps its reparse attribute. A
+// link to a file stays a link.
 void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
   std::string target(4096, '\0');
   const ssize_t length = readlinkat(fDirectory->Handle(), pName, target.data(), target.size());
@@ -466,20 +471,23 @@ bool TUnixEnumerator::IsPseudoFileSystemEntry() const {
   const int handle = OpenAt(fDirectory->Handle(), ToNativeBytes(fName).c_str(), O_PATH | O_DIRECTORY);
   if (handle < 0) return false;  // opening it for real will tell the error
   struct statfs fileSystem {};
-  const bool pseudo =
-      fstatfs(handle, &fileSystem) == 0 && IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  const bool pseudo = fstatfs(handle, &fileSystem) == 0 && IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
   close(handle);
   return pseudo;
 }
 
 // --- answers -------------------------------------------------------------------------------------------------------
 
-std::u16string TUnixEnumerator::GetFullPath() const { return JoinPath(fDirectory->Path(), fName, u'/'); }
+std::u16string TUnixEnumerator::GetFullPath() const {
+  return JoinPath(fDirectory->Path(), fName, u'/');
+}
 
-std::u16string TUnixEnumerator::GetOwner() const { return OwnerNameOfUser(fEntry.fUser); }
+std::u16string TUnixEnumerator::GetOwner() const {
+  return OwnerNameOfUser(fEntry.fUser);
+}
 
 TEnumeratorError TUnixEnumerator::GetError() const {
   return ClassifyEnumeratorError(fErrorCode, {});
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,5 +1,8 @@
 #pragma once
 
+// Lists a folder by getdents64 and statx; the chain of open folder handles; links, mounts, paths beyond the system's
+// limit.
+
 #include <atomic>
 #include <cstddef>
 #include <memory>
@@ -12,7 +15,7 @@
 
 struct statx;  // the system's
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // What tells one file or folder from every other on this machine.
 struct TFileIdentity {
@@ -46,8 +49,8 @@ class TUnixScan : public TInterfaced<IInterface> {
   std::unordered_set<TFileIdentity, TIdentityHash> fLinkTargets GUARDED_BY(fLock);
 };
 
-// A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened relative
-// to it, so that no path is resolved from the top again and again, and no path is too long.
+// A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened
+// relative to it, so that no path is resolved from the top again and again, and no path is too long.
 class TUnixDirectory : public TInterfaced<IInterface> {
  public:
   // A scan's root, by absolute path.
@@ -57,13 +60,13 @@ class TUnixDirectory : public TInterfaced<IInterface> {
   // The same folder, not opened yet: a handle knows one place in the listing only.
   TRef<TUnixDirectory> Again() const;
 
-  // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as long as
-  // the process has handles to spare; without it children find their way from the nearest folder that is open.
+  // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as
+  // long as the process has handles to spare; without it children find their way from the nearest folder that is open.
   int Open();
   void CloseWhenShort();
   int Handle() const { return fHandle.load(std::memory_order_relaxed); }
-  // An enumerator holds its folder, and a child holds its parent until it has been opened itself. A reference alone keeps
-  // only the name: those who go down a chain of ten thousand folders need no handle of any but the last.
+  // An enumerator holds its folder, and a child holds its parent until it has been opened itself. A reference alone
+  // keeps only the name: those who go down a chain of ten thousand folders need no handle of any but the last.
   void Hold() { fHolders.fetch_add(1, std::memory_order_relaxed); }
   void LetGo();
   std::u16string Path() const;
@@ -152,4 +155,4 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   TSingleObject fSingleObjectOnly = TSingleObject::soNo;
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

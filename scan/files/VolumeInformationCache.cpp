@@ -3,7 +3,7 @@
 #include "platform/files/Paths.h"
 #include "scan/files/LinkRules.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 TVolumeInformationCache& TVolumeInformationCache::Instance() {
   static TVolumeInformationCache& cache = *new TVolumeInformationCache;
@@ -29,4 +29,4 @@ void TVolumeInformationCache::Clear() {
   fClusterSizes.clear();
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,13 +1,15 @@
 #pragma once
 
+// Cluster sizes of volumes, asked once.
+
 #include <map>
 #include <string>
 #include <string_view>
 
-#include "platform/threads/CriticalSection.h"
 #include "platform/files/Volumes.h"
+#include "platform/threads/CriticalSection.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Remembers the cluster size of each volume: asking may take a network round trip. One for the process; any thread.
 class TVolumeInformationCache {
@@ -25,4 +27,4 @@ class TVolumeInformationCache {
   std::map<std::u16string, int64_t, std::less<>> fClusterSizes GUARDED_BY(fLock);
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "platform/system/OwnerNames.h"
 #include "platform/files/Paths.h"
+#include "platform/system/OwnerNames.h"
 #include "scan/files/BackupPrivilege_win32.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 constexpr TAttributes kAttributeRecallOnOpen = 0x40000;
@@ -303,4 +303,4 @@ std::u16string RootedPathOf(std::u16string_view pPath) {
   return isExact ? path : AbsolutePath(path);
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

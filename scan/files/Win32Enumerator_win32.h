@@ -1,5 +1,7 @@
 #pragma once
 
+// What both enumerators share: values of the current record, links, retries, children.
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -9,10 +11,10 @@
 #include <utility>
 #include <vector>
 
-#include "scan/storage/FileSystemEnumerator.h"
 #include "scan/files/Win32FileApi_win32.h"
+#include "scan/storage/FileSystemEnumerator.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // What the Windows enumerators share: the values of the current record, links, errors and children. How records are
 // fetched is theirs.
@@ -126,4 +128,4 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
 // A path as typed, with or without "file:", as a full path. Shadow copies and volumes by their GUID stay as they are.
 std::u16string RootedPathOf(std::u16string_view pPath);
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

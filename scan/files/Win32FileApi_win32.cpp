@@ -17,7 +17,7 @@ extern "C" NTSTATUS NTAPI NtQueryDirectoryFile(HANDLE pFile, HANDLE pEvent, PIO_
                                                FILE_INFORMATION_CLASS pClass, BOOLEAN pSingleEntry,
                                                PUNICODE_STRING pMask, BOOLEAN pRestart);
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 using namespace Win32;
@@ -62,8 +62,8 @@ std::u16string WithDriveLetter(const std::u16string& pTarget) {
 // File servers exist that show links but do not hand out what is in them, and so does Wine for links of the system
 // beneath. Where such a link leads shows in the final path. False when that is the path itself.
 bool ReadLinkByFinalPath(const std::u16string& pPath, TReparsePoint& pPoint) {
-  std::u16string target = Kiv::ResolvedPath(pPath);
-  std::u16string folder = Kiv::ResolvedPath(std::u16string(FolderOfPath(pPath, u'\\')));
+  std::u16string target = Vantrel::ResolvedPath(pPath);
+  std::u16string folder = Vantrel::ResolvedPath(std::u16string(FolderOfPath(pPath, u'\\')));
   if (target.empty() || SamePath(target, JoinPath(folder, FileNameOfPath(pPath, u'\\'), u'\\'), u'\\')) return false;
   pPoint = {static_cast<uint32_t>(IO_REPARSE_TAG_SYMLINK), target};
   return true;
@@ -244,7 +244,7 @@ uint32_t TSystemFileApi::QueryCompressedSize(const std::u16string& pPath, int64_
 }
 
 std::u16string TSystemFileApi::ResolvePath(const std::u16string& pPath) {
-  return Kiv::ResolvedPath(LongPathForm(pPath));
+  return Vantrel::ResolvedPath(LongPathForm(pPath));
 }
 
 int64_t TSystemFileApi::ClusterSize(const std::u16string& pPath) {
@@ -267,4 +267,4 @@ int64_t TSystemFileApi::TickCount() {
   return TickCount64();
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,5 +1,7 @@
 #pragma once
 
+// Every system call of the enumerators, behind an interface for tests; long paths; reparse data.
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -10,7 +12,7 @@
 
 // Everything that the Windows enumerators ask of the system, so that tests can stand in for what needs rights, volumes
 // or faults that they cannot have.
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 using TKivWin32FindData = WIN32_FIND_DATAW;
 
@@ -88,4 +90,4 @@ std::u16string ApiPath(std::u16string_view pPath);
 // holds the tag at most.
 bool ParseReparseData(std::span<const std::byte> pData, TReparsePoint& pPoint);
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

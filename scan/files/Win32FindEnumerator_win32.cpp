@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 TCustomFileSystemEnumerator::~TCustomFileSystemEnumerator() {
   TCustomFileSystemEnumerator::CloseListing();
@@ -87,4 +87,4 @@ TRef<IHierarchicalEnumerator> TFileSystemEnumerator::CreateForObject(const std::
   return MakeRef<TFileSystemEnumerator>(std::move(folder), std::move(name), pOptions, TSystemFileApi::Instance());
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

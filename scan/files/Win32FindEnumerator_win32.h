@@ -1,11 +1,13 @@
 #pragma once
 
+// Lists a folder by find-first and find-next.
+
 #include <memory>
 #include <string>
 
 #include "scan/files/Win32Enumerator_win32.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Lists a folder by find-first and find-next. Its records lack the allocated size, which is worked out from the size by
 // whole clusters; only compressed, sparse and offline files are asked for it one by one.
@@ -46,4 +48,4 @@ class TFileSystemEnumerator final : public TCustomFileSystemEnumerator {
   TRef<TWin32Enumerator> CreateForFolder(std::u16string pPath) const override;
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

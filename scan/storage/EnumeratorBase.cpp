@@ -4,7 +4,7 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 uint64_t CountParts(std::u16string_view pPath, char16_t pDelimiter) {
@@ -76,4 +76,4 @@ std::u16string TBaseVisualHierarchicalEnumerator::GetDisplayName() const {
   return FromUtf8(ToDisplay(GetObjectName()));
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

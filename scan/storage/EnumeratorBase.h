@@ -1,5 +1,7 @@
 #pragma once
 
+// The bases of all enumerators: options, columns, the name as shown.
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,7 +9,7 @@
 
 #include "model/tree/HierarchicalInterfaces.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Root of all enumerators.
 class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> {
@@ -37,4 +39,4 @@ class TBaseVisualHierarchicalEnumerator : public TBaseHierarchicalEnumerator {
   using TBaseHierarchicalEnumerator::TBaseHierarchicalEnumerator;
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -4,11 +4,11 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/threads/CriticalSection.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
+#include "platform/threads/CriticalSection.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 struct TRegistration {
@@ -92,4 +92,4 @@ std::vector<std::u16string> THierarchicalEnumeratorFactory::GetKnownEnumeratorsP
   return protocols;
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

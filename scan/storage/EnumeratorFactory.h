@@ -1,12 +1,14 @@
 #pragma once
 
+// The registry of enumerator classes, by protocol.
+
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "scan/storage/EnumeratorBase.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // What the factory knows of a class of enumerators. The texts are literals.
 struct TEnumeratorClass {
@@ -41,4 +43,4 @@ class THierarchicalEnumeratorFactory {
 // initialisers of a static library's objects only run when something else happens to pull the object in.
 void RegisterStandardEnumerators();
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

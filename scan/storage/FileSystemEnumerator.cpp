@@ -5,7 +5,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 std::u16string PathOfFileUrl(std::u16string_view pPath, char16_t pDelimiter) {
   constexpr std::u16string_view protocol = TBaseFileSystemEnumerator::kProtocol;
@@ -31,4 +31,4 @@ TBaseFileSystemEnumerator::TBaseFileSystemEnumerator(std::u16string pPath, const
       fClusterSize(pParent.fClusterSize),
       fRootPath(pParent.fRootPath) {}
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,15 +1,17 @@
 #pragma once
 
+// The base of Windows' enumerators: path, root, and what is handed down to children; paths given as `file:`.
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "scan/storage/EnumeratorBase.h"
 #include "scan/files/LinkRules.h"
+#include "scan/storage/EnumeratorBase.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // A path as the file system takes it: without the protocol "file:", whose letter case does not count. For the backslash
 // every "/" of such a URL becomes "\", and the three slashes before a drive letter go ("file:///C:/x" is "C:\x"); for
@@ -54,4 +56,4 @@ class TBaseFileSystemEnumerator : public TBaseVisualHierarchicalEnumerator {
   std::shared_ptr<const std::u16string> fRootPath;  // shared by all enumerators of one scan
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

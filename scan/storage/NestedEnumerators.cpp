@@ -6,7 +6,7 @@
 
 #include "platform/system/Errors.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 bool SameFormat(const TValueFormat& pA, const TValueFormat& pB) {
@@ -229,4 +229,4 @@ bool TBaseFilterEnumerator::Next() {
   return false;
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,5 +1,7 @@
 #pragma once
 
+// Wrappers around another enumerator: caching, adding up, the base of filters.
+
 #include <array>
 #include <bitset>
 #include <cstdint>
@@ -7,7 +9,7 @@
 
 #include "scan/storage/EnumeratorBase.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Wraps another enumerator and forwards every question to it. The child enumerators are wrapped in the same way.
 class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerator {
@@ -158,4 +160,4 @@ class TBaseFilterEnumerator : public TBaseNestedHierarchicalEnumerator {
   virtual bool IsIncluded() = 0;
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

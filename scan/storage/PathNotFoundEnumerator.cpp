@@ -5,7 +5,7 @@
 #include "platform/files/Paths.h"
 #include "scan/files/LinkRules.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 TPathNotFoundEnumerator::TPathNotFoundEnumerator(std::u16string pPath, uint32_t pErrorCode,
                                                  THierarchicalEnumeratorOptions pOptions)
@@ -28,4 +28,4 @@ TEnumeratorError TPathNotFoundEnumerator::GetError() const {
   return ClassifyEnumeratorError(fErrorCode, {});
 }
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

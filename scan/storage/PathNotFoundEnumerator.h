@@ -1,11 +1,13 @@
 #pragma once
 
+// Stands for a path that could not be opened.
+
 #include <cstdint>
 #include <string>
 
 #include "scan/storage/EnumeratorBase.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 
 // Stands for a path that could not be opened: lists nothing and tells why.
 class TPathNotFoundEnumerator : public TBaseVisualHierarchicalEnumerator {
@@ -37,4 +39,4 @@ class TPathNotFoundEnumerator : public TBaseVisualHierarchicalEnumerator {
   uint32_t fErrorCode;
 };
 
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

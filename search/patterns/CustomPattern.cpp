@@ -1,12 +1,12 @@
 #include "search/patterns/CustomPattern.h"
 
-#include "platform/system/Errors.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 #include "search/patterns/PatternTargets.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 std::u16string_view FindAttribute(const TElementAttributes& pAttributes, std::u16string_view pName) {
   for (const auto& [name, value] : pAttributes)
@@ -159,4 +159,4 @@ std::u16string TCustomPattern::ExpressionValue(std::u16string_view pText) {
   return Quoted(pText);
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

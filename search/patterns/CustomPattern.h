@@ -1,11 +1,13 @@
 #pragma once
 
+// The base of patterns: text, target, type, active flag, XML attributes.
+
 #include <atomic>
 
 #include "search/patterns/PatternInterfaces.h"
 #include "search/patterns/PatternItem.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // Base of all patterns: text, target, type and active flag.
 class TCustomPattern : public TInterfaced<IPattern> {
@@ -85,4 +87,4 @@ std::u16string Quoted(std::u16string_view pText);
 // The text without the quote that it begins with, and the one that it ends with, if any; doubled quotes stand for one.
 std::u16string Unquoted(std::u16string_view pText);
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

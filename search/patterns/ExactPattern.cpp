@@ -3,7 +3,7 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 bool TExactPattern::MatchesText(TMatchText& pText) {
   const std::u16string_view text = pText.Text();
@@ -25,4 +25,4 @@ std::u16string TExactPattern::ToExpression() const {
   return ExpressionKeyword() + (isExclude ? u"!=" : u"=") + Quoted(GetPattern());
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,8 +1,10 @@
 #pragma once
 
+// An exact text; quoting.
+
 #include "search/patterns/CustomPattern.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // A text that values must equal; of all letters only a to z fold.
 class TExactPattern : public TCustomPattern {
@@ -21,4 +23,4 @@ class TExactPattern : public TCustomPattern {
   bool MayLieBeneath(std::u16string_view pFolder) const override;
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,14 +1,12 @@
 #include "search/patterns/FileFilterEnumerator.h"
 
-namespace Kiv::Enumerators::Filter {
+namespace Vantrel::Enumerators {
 
 using PatternMatching::TPatternType;
 
 TFileFilterEnumerator::TFileFilterEnumerator(TRef<IHierarchicalEnumerator> pNested,
                                              TRef<PatternMatching::IPatterns> pPatterns)
-    : TBaseFilterEnumerator(std::move(pNested)),
-      fPatterns(std::move(pPatterns)),
-      fItem(fPatterns->GetPathDelimiter()) {
+    : TBaseFilterEnumerator(std::move(pNested)), fPatterns(std::move(pPatterns)), fItem(fPatterns->GetPathDelimiter()) {
   fItem.SetFolder(fNestedEnumerator->GetPath());
 }
 
@@ -24,4 +22,4 @@ TRef<IHierarchicalEnumerator> TFileFilterEnumerator::Wrap(TRef<IHierarchicalEnum
   return MakeRef<TFileFilterEnumerator>(std::move(pNested), fPatterns);
 }
 
-}  // namespace Kiv::Enumerators::Filter
+}  // namespace Vantrel::Enumerators

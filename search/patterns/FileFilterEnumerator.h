@@ -1,10 +1,12 @@
 #pragma once
 
+// A list as a filter around an enumerator.
+
 #include "scan/storage/NestedEnumerators.h"
 #include "search/patterns/PatternInterfaces.h"
 #include "search/patterns/PatternItem.h"
 
-namespace Kiv::Enumerators::Filter {
+namespace Vantrel::Enumerators {
 
 // Passes on what a list of patterns lets in: files that some include pattern matches, or any when there is none, and no
 // exclude pattern; folders that a walk has to go through. For walks outside a scan, which judges by itself and counts
@@ -23,4 +25,4 @@ class TFileFilterEnumerator : public TBaseFilterEnumerator {
   PatternMatching::TPatternItem fItem;
 };
 
-}  // namespace Kiv::Enumerators::Filter
+}  // namespace Vantrel::Enumerators

@@ -5,7 +5,7 @@
 #include "search/patterns/ExactPattern.h"
 #include "search/patterns/PatternTargets.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::u16string TFileGroupPattern::ToExpression() const {
   return std::u16string(u"filetype:") + (isExclude ? u"!=" : u"") + ExpressionValue(GetPattern());
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,12 +1,14 @@
 #pragma once
 
+// A file-type group as a pattern.
+
 #include "search/patterns/WildcardPattern.h"
 
-namespace Kiv {
+namespace Vantrel {
 class IFileTypeGroups;
 }
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // Stands for a named file-type group: the masks of the group, matched against the name. Takes the masks when it is
 // made.
@@ -36,4 +38,4 @@ class TFileGroupPattern : public TWildcardPattern {
   std::u16string fErrorText;
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

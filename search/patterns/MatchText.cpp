@@ -4,7 +4,7 @@
 
 #include "platform/text/Utf.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 void TMatchText::Fold() {
   fFolded.resize(fText.size());
@@ -20,4 +20,4 @@ void TMatchText::Fold() {
   fIsFolded = true;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,10 +1,12 @@
 #pragma once
 
+// A text that many patterns are matched against, folded once.
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // Which units a text has, by their last six bits. A text that lacks a unit of a mask's fixed parts cannot match it, and
 // most texts of a scan lack one: the set says so without a look at the text. Of capitals, digits and signs, which is
@@ -57,4 +59,4 @@ class TMatchText {
   bool fIsFolded = false;
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

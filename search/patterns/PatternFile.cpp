@@ -8,7 +8,7 @@
 #include "search/patterns/PatternList.h"
 #include "search/patterns/PatternText.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -83,4 +83,4 @@ TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType
   return patterns;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

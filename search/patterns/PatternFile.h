@@ -1,8 +1,10 @@
 #pragma once
 
+// Patterns as users give them: from a file or a switch, with what is wrong with them.
+
 #include "search/patterns/PatternInterfaces.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // Reads a list, one pattern per line, empty lines skipped, from a text file: UTF-8, or UTF-16 with a byte-order mark.
 // The paths to be matched are the system's. All or nothing: EPatternError names the file and, where one is to blame,
@@ -12,4 +14,4 @@ TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType
 // One pattern as users type it, for roots of this system, refused as above; the message names the pattern.
 TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDefaultType);
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -8,7 +8,7 @@
 
 namespace Vantrel {
 
-using namespace Kiv::PatternMatching;
+using namespace Vantrel::PatternMatching;
 
 // One thread's judge. Knows the patterns parted by what they are asked for, so that no pattern is asked in vain, and
 // counts for itself; the counts are told once per folder that has any.

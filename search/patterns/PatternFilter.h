@@ -1,12 +1,12 @@
 #pragma once
 
+// A list as the filter of a scan, with counts of what it leaves out.
+
 #include "model/roots/ScanFilter.h"
 #include "platform/threads/CriticalSection.h"
 #include "search/patterns/PatternInterfaces.h"
 
 namespace Vantrel {
-
-using namespace Kiv;
 
 // What a list of patterns lets a scan take in.
 //

@@ -1,5 +1,7 @@
 #pragma once
 
+// The interfaces of patterns and their lists.
+
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
@@ -11,7 +13,7 @@
 #include "model/columns/MetaData.h"
 #include "search/patterns/MatchText.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 class TPatternItem;
 
@@ -149,4 +151,4 @@ class IPatterns : public IInterface {
   virtual void ReadProperties(const TElementAttributes& pProperties) = 0;
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -3,7 +3,7 @@
 #include "model/tree/FileNames.h"
 #include "platform/files/Paths.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 void TPatternItem::SetFolder(std::u16string_view pPath) {
   fFolderPrefix = pPath;
@@ -88,4 +88,4 @@ void TPatternItem::FillOwner(TColumnText& pText) {
   }
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,5 +1,7 @@
 #pragma once
 
+// What patterns see of an entry.
+
 #include <array>
 #include <bitset>
 #include <boost/unordered/unordered_flat_map.hpp>
@@ -8,7 +10,7 @@
 #include "model/tree/HierarchicalInterfaces.h"
 #include "search/patterns/MatchText.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // What patterns see of a file or folder: the texts of its columns, each worked out once, when the first pattern asks
 // for it. Used for entry after entry it keeps its memory, so that names, paths, extensions and owners cost no
@@ -58,4 +60,4 @@ class TPatternItem {
   boost::unordered_flat_map<uint64_t, std::u16string> fOwnerNames;  // by owner id: a look-up may take system calls
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

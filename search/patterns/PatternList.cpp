@@ -10,7 +10,7 @@
 #include "search/patterns/PatternTargets.h"
 #include "search/patterns/PatternText.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -313,4 +313,4 @@ TRef<IPatterns> CreateFor(TRef<IPattern> pPattern, char16_t pPathDelimiter) {
   return list;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,10 +1,12 @@
 #pragma once
 
+// The list: order, matching, `StopTraversing`, text and XML of the whole.
+
 #include "model/tree/Observable.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 #include "search/patterns/PatternInterfaces.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // Told when the patterns of a list, or what they are, have changed; on the thread that changed them, outside its locks.
 class IPatternsObserver : public IInterface {
@@ -99,4 +101,4 @@ class TPatternList : public TInterfaced<IPatterns> {
 // A list of one pattern in the text form.
 TRef<IPatterns> CreateFor(std::u16string_view pPattern, TPatternType pDefaultType, char16_t pPathDelimiter);
 TRef<IPatterns> CreateFor(TRef<IPattern> pPattern, char16_t pPathDelimiter);
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -7,7 +7,7 @@
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -135,4 +135,4 @@ bool TryParseFormatId(std::u16string_view pText, std::array<uint8_t, 16>& pForma
   return true;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

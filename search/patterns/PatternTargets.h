@@ -1,8 +1,10 @@
 #pragma once
 
+// The columns that patterns look at, and what they cost.
+
 #include "search/patterns/PatternInterfaces.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // The target for a column; EInvalidArgumentValue for one that only a finished tree has values for, such as a share.
 TPatternTarget TargetOfColumn(TColumn pColumn);
@@ -24,4 +26,4 @@ int GetPatternTypeCost(TPatternType pType);
 std::u16string FormatIdToText(const std::array<uint8_t, 16>& pFormatId);
 bool TryParseFormatId(std::u16string_view pText, std::array<uint8_t, 16>& pFormatId);
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

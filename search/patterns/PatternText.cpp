@@ -7,7 +7,7 @@
 #include "search/patterns/RegExPattern.h"
 #include "search/patterns/WildcardPattern.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -146,4 +146,4 @@ TRef<IPattern> CreateForXML(const TElementAttributes& pAttributes, char16_t pPat
   return pattern;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,9 +1,11 @@
 #pragma once
 
+// The text form of one pattern, both ways; the pattern of an XML element.
+
 #include "platform/system/Errors.h"
 #include "search/patterns/PatternInterfaces.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // The text form of single patterns, which users type and edit: docs/patterns.md explains it.
 
@@ -30,4 +32,4 @@ std::u16string PatternToText(const IPattern& pPattern, TPatternTextPrefixes pPre
 // TCustomPattern.", "Empty patterns are not allowed!".
 TRef<IPattern> CreateForXML(const TElementAttributes& pAttributes, char16_t pPathDelimiter);
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -4,7 +4,7 @@
 
 #include "platform/text/WildcardMatch.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 void TCustomPatterns::AssignFromString(std::u16string_view pText) {
   fItems.clear();
@@ -56,4 +56,4 @@ std::u16string TPatterns::GetMatchingPattern(std::u16string_view pName) const {
   return found == Items().end() ? std::u16string() : *found;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,10 +1,12 @@
 #pragma once
 
+// The older kind of list, plain masks with check marks.
+
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // The older kind of list: plain wildcard masks for names, each of which can be unchecked. Kept in settings as one
 // string. One thread at a time.
@@ -46,4 +48,4 @@ class TPatterns : public TCustomPatterns {
   std::u16string fJoined;  // the checked masks with ";" between
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

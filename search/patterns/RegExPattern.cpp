@@ -6,7 +6,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -105,4 +105,4 @@ std::u16string TRegExPattern::ToExpression() const {
   return ExpressionKeyword() + (isExclude ? u"!~" : u"~") + ExpressionValue(expression);
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

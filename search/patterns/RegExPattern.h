@@ -1,5 +1,7 @@
 #pragma once
 
+// A regular expression as a pattern.
+
 #include <array>
 #include <atomic>
 #include <memory>
@@ -7,7 +9,7 @@
 #include "search/patterns/CustomPattern.h"
 #include "search/patterns/RegularExpression.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // A regular expression that must match somewhere in the value. Compiled on first use; an invalid one matches nothing.
 class TRegExPattern : public TCustomPattern {
@@ -50,4 +52,4 @@ class TRegExPattern : public TCustomPattern {
   mutable std::array<TSlot, kSlots> fSlots;
 };
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -22,7 +22,7 @@
 //
 // An expression cannot raise the limits: PCRE2 takes (*LIMIT_MATCH=…) and its like only where they lower them.
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -193,4 +193,4 @@ int64_t TRegularExpression::GivenUp() const {
   return fCompiled->fGivenUp;
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

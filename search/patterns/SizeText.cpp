@@ -6,7 +6,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -120,4 +120,4 @@ int64_t ParseSizeText(std::u16string_view pText, bool pUnitRequired) {
   return value * factor;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,11 +1,13 @@
 #pragma once
 
+// Sizes as people type them.
+
 #include <cstdint>
 #include <string_view>
 
 #include "platform/system/Errors.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // A size that cannot be read; the text says what is wrong with it.
 class ESizeTextError : public EException {
@@ -18,4 +20,4 @@ class ESizeTextError : public EException {
 // pUnitRequired. Three digits may be set apart by ".", "," or a blank. ESizeTextError for anything else.
 int64_t ParseSizeText(std::u16string_view pText, bool pUnitRequired = false);
 
-}  // namespace Kiv
+}  // namespace Vantrel

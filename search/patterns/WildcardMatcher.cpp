@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -45,8 +45,7 @@ class TPlainMask {
   }
 
   // For a mask that fits, in upper case.
-  explicit TPlainMask(std::u16string_view pMask)
-      : fUnits(UnitsOf(pMask)), fBegin(pMask.substr(0, pMask.find(u'*'))) {
+  explicit TPlainMask(std::u16string_view pMask) : fUnits(UnitsOf(pMask)), fBegin(pMask.substr(0, pMask.find(u'*'))) {
     if (fBegin.size() == pMask.size()) return;
     fIsOpen = true;
     const size_t last = pMask.rfind(u'*');
@@ -148,8 +147,8 @@ class TListMatcher : public IWildcardMatcher {
   const std::unique_ptr<const IWildcardMatcher> fOthers;
 };
 
-// The general match behind a guard that turns most texts away: what a mask begins with, what it ends with, and the longest
-// of the texts between its wildcards.
+// The general match behind a guard that turns most texts away: what a mask begins with, what it ends with, and the
+// longest of the texts between its wildcards.
 class TGuardedMatcher : public IWildcardMatcher {
  public:
   // For one mask, without ";".
@@ -230,4 +229,4 @@ std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_vie
   return std::make_unique<TListMatcher>(std::move(list));
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,12 +1,14 @@
 #pragma once
 
+// Masks prepared for matching; plain comparisons and look-ups where these give the general match's answers.
+
 #include <cstdint>
 #include <memory>
 #include <string_view>
 
 #include "search/patterns/MatchText.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // How a matcher decides.
 enum class TWildcardShape : uint8_t {
@@ -33,4 +35,4 @@ std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_vie
 // The general matcher whatever the masks are: our own on folded texts; on Windows the system's.
 std::unique_ptr<const IWildcardMatcher> CreateGeneralMatcher(std::u16string_view pMasks);
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -3,7 +3,7 @@
 #include "platform/text/WildcardMatch.h"
 #include "search/patterns/WildcardMatcher.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -23,4 +23,4 @@ std::unique_ptr<const IWildcardMatcher> CreateGeneralMatcher(std::u16string_view
   return std::make_unique<TGeneralMatcher>(pMasks);
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "platform/system/Environment.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Environment.h"
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 #include "platform/text/WildcardMatch.h"
 #include "search/patterns/PatternTargets.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -159,7 +159,8 @@ bool TWildcardPattern::MayLieBeneath(std::u16string_view pFolder) const {
   if (fNoExtension) text.remove_suffix(1);
   if (AnyMask(text, [&](std::u16string_view pMask) { return AlternativeMayLieBeneath(pMask, pFolder); })) return true;
   const std::u16string beginning = std::u16string(pFolder) + PathDelimiter();
-  return AnyMask(fFoldedMatchText, [&](std::u16string_view pMask) { return CanMatchSomethingBeginningWith(pMask, beginning); });
+  return AnyMask(fFoldedMatchText,
+                 [&](std::u16string_view pMask) { return CanMatchSomethingBeginningWith(pMask, beginning); });
 }
 
 bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::u16string_view pFolder) const {
@@ -182,4 +183,4 @@ std::u16string TWildcardPattern::ToExpression() const {
   return ExpressionKeyword() + (isExclude ? u"!=" : u"") + ExpressionValue(ShownText());
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

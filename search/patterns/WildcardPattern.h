@@ -1,11 +1,13 @@
 #pragma once
 
+// Wildcards: what becomes of a text, names without a dot, which folders lie on the way.
+
 #include <memory>
 
 #include "search/patterns/CustomPattern.h"
 #include "search/patterns/WildcardMatcher.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 // "*.tmp;*.bak": masks as the shell has them. docs/patterns.md says what becomes of a text.
 //
@@ -48,4 +50,4 @@ class TWildcardPattern : public TCustomPattern {
 // Whether some text that begins with pBeginning could match the mask, one without ";". Both in the same letter case.
 bool CanMatchSomethingBeginningWith(std::u16string_view pMask, std::u16string_view pBeginning);
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,3 +1,5 @@
+// Whole runs on made-up roots: exit codes, messages, cancellation.
+
 #include <gmock/gmock.h>
 
 #include "app/Application.h"
@@ -10,7 +12,6 @@
 
 namespace {
 
-using namespace Kiv;
 using namespace Vantrel;
 using testing::ElementsAre;
 using testing::EndsWith;

@@ -1,12 +1,10 @@
-"""Checks that ARCHITECTURE.md names every source file that git tracks, and no file that is gone.
+"""Checks that ARCHITECTURE.md names every room, and that every source file says what it holds.
 
-A heading that holds a folder in backticks and ends with "/" (## `platform/`) opens that folder's section; the root's is
-`./`. In it, each backticked name in the first column of a table is one entry, relative to the folder:
-  `Text.h`  one file;
-  `Text`    the unit of that name: whichever there are of Text.h, Text.cpp, Text_posix.* and Text_win32.*, or a script
-            without a suffix.
-Each source file has exactly one entry. Elsewhere in the document, a path in backticks that begins with one of the
-project's folders must exist as well.
+A room is a folder of a floor that holds source files: `scan/engine/`, or `app/` where the floor itself does. The map names it in
+backticks, with the "/" at its end. Every path in backticks that begins with one of the project's folders must exist; a path
+without a suffix (`scan/engine/ScanJob`) stands for any of ScanJob.h, ScanJob.cpp, ScanJob_posix.* and ScanJob_win32.*.
+
+A header opens with a comment after "#pragma once", and so does a source file without a header of its name. A Python file opens with a docstring, another script with a comment.
 
 Usage: map.py [FOLDER]. Prints a line per violation; exit code 1 when there is one.
 """
@@ -17,7 +15,7 @@ import subprocess
 import sys
 
 MAP = "ARCHITECTURE.md"
-SOURCE_SUFFIXES = {".h", ".cpp", ".py", ".sh", ".cmake"}
+FLOORS = ("platform", "model", "scan", "search", "presentation", "export", "automation", "window", "app")
 UNIT_ENDINGS = ("", ".h", ".cpp", "_posix.h", "_posix.cpp", "_win32.h", "_win32.cpp")
 
 
@@ -29,60 +27,56 @@ def tracked_files(root):
     return [name for name in listing.stdout.split("\0") if name and (root / name).exists()]
 
 
-def is_source(root, name):
-    path = root / name
-    if path.suffix:
-        return path.suffix in SOURCE_SUFFIXES
-    with open(path, "rb") as file:
-        return file.read(2) == b"#!"
+def rooms(files):
+    """The folders of floors that hold source files."""
+    return {str(pathlib.PurePath(name).parent) for name in files
+            if name.endswith((".h", ".cpp")) and name.split("/")[0] in FLOORS}
 
 
-def resolve(entry, files):
-    """The files that an entry, given from the project's root, stands for."""
-    return [entry + ending for ending in UNIT_ENDINGS if entry + ending in files]
+def check_rooms(text, files):
+    for room in sorted(rooms(files)):
+        if f"`{room}/`" not in text:
+            yield f"{MAP}: the room {room}/ is not named"
 
 
-def entries(text):
-    """Yields (line number, path from the root) for each name in the first column of a folder's table."""
-    folder = None
+def check_paths(text, files):
+    """Violations for paths that lead nowhere."""
+    folders = {str(parent) for name in files for parent in pathlib.PurePath(name).parents} - {"."}
+    known = set(files)
     for number, line in enumerate(text.splitlines(), 1):
-        if line.startswith("#"):
-            heading = re.search(r"`([^`]+)/`", line)
-            folder = heading[1] if heading else None
-        elif folder and line.startswith("|"):
-            for name in re.findall(r"`([^`]+)`", line.split("|")[1]):
-                yield number, name if folder == "." else f"{folder}/{name}"
+        for path in re.findall(r"`([\w.-]+/[\w./-]*)`", line):
+            path = path.rstrip("/")
+            exists = path in folders or any(path + ending in known for ending in UNIT_ENDINGS)
+            if path.split("/")[0] in folders and not exists:
+                yield f"{MAP}:{number}: {path} is not there"
+
+
+def opens_with_comment(root, name, files):
+    """Whether a source file says what it holds, or need not: X.cpp and X_posix.cpp leave that to X.h."""
+    path = root / name
+    if name.endswith((".h", ".cpp")):
+        text = path.read_text(encoding="utf-8").removeprefix("#pragma once\n").lstrip("\n")
+        unit = re.sub(r"(_posix|_win32)?\.(h|cpp)$", "", name)
+        says_it = {unit + ending for ending in (".h", "_posix.h", "_win32.h", ".cpp")} - {name}
+        return text.startswith("// ") or not name.endswith(".h") and not says_it.isdisjoint(files)
+    if name.endswith(".py"):
+        return path.read_text(encoding="utf-8").removeprefix("#!/usr/bin/env python3\n").startswith('"""')
+    if name.endswith((".sh", ".cmake")) or not path.suffix and path.read_bytes().startswith(b"#!"):
+        lines = path.read_text(encoding="utf-8").splitlines() + ["", ""]
+        return lines[lines[0].startswith("#!")].startswith(("# ", '"""'))
+    return True
 
 
 def check(root):
     """Returns the violations in a project as lines of text."""
-    files = tracked_files(root)
-    wanted = {name for name in files if is_source(root, name)}
+    files = set(tracked_files(root))
     text = (root / MAP).read_text(encoding="utf-8")
-    violations, named_at = [], {}
-    for number, entry in entries(text):
-        found = resolve(entry, files)
-        if not found:
-            violations.append(f"{MAP}:{number}: {entry} is not there")
-        for name in found:
-            if name in named_at:
-                violations.append(f"{MAP}:{number}: {name} is named in line {named_at[name]} already")
-            named_at.setdefault(name, number)
-    violations += [f"{name}: {MAP} does not name it" for name in sorted(wanted - named_at.keys())]
-    violations += dangling_paths(text, files)
-    if not wanted:
+    violations = list(check_rooms(text, files)) + list(check_paths(text, files))
+    violations += [f"{name}: does not open with a comment that says what it holds"
+                   for name in sorted(files) if not opens_with_comment(root, name, files)]
+    if not rooms(files):
         violations.append(f"{root}: no source file found, so nothing was checked")
     return violations
-
-
-def dangling_paths(text, files):
-    """Violations for paths in the prose and in other tables that lead nowhere."""
-    folders = {str(parent) for name in files for parent in pathlib.PurePath(name).parents} - {"."}
-    for number, line in enumerate(text.splitlines(), 1):
-        for path in re.findall(r"`([\w.-]+/[\w./-]*)`", line):
-            path = path.rstrip("/")
-            if path.split("/")[0] in folders and path not in folders and not resolve(path, files):
-                yield f"{MAP}:{number}: {path} is not there"
 
 
 if __name__ == "__main__":

@@ -1,3 +1,5 @@
+// Loads whatever a fuzzer makes up of `seeds/`; what loads must be written and load again.
+
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -15,12 +17,12 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Vantrel::XML::Parser;
+using namespace Vantrel;
+using namespace Vantrel::XML;
 using namespace Vantrel::Testing;
 
 std::string Written(IHierarchicalRoot& pRoot) {
-  Hierarchical::Exporting::XML::TCustomXMLExport xml({}, "fuzz", "1");
+  Exporting::TCustomXMLExport xml({}, "fuzz", "1");
   TStringSink sink;
   xml.Export(pRoot, sink);
   return sink.fBytes;
@@ -38,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize) {
   TRef<IHierarchicalRoot> first;
   try {
     first = Load({reinterpret_cast<const char*>(pData), pSize}, *roots);
-  } catch (const Kiv::XML::Parser::EXMLError&) {
+  } catch (const Vantrel::XML::EXMLError&) {
     return 0;
   }
   const std::string text = Written(*first);

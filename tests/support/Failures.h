@@ -1,5 +1,7 @@
 #pragma once
 
+// The message that a call fails with.
+
 #include <string>
 
 namespace Vantrel::Testing {

@@ -1,5 +1,7 @@
 #pragma once
 
+// Trees, roots and outputs whose values are simply set.
+
 #include <functional>
 #include <map>
 #include <string>
@@ -7,13 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "model/statistics/FileStatistics.h"
 #include "model/roots/RootInterfaces.h"
+#include "model/statistics/FileStatistics.h"
 #include "platform/system/Errors.h"
 
 namespace Vantrel::Testing {
-
-using namespace Kiv;
 
 // Trees and roots whose values are simply set, for tests of what stands above the model. What no such test asks for is
 // refused, so that nothing is tested against a made-up answer.

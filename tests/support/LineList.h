@@ -1,5 +1,7 @@
 #pragma once
 
+// Trees, roots and outputs whose values are simply set.
+
 #include <string>
 #include <vector>
 
@@ -8,7 +10,7 @@
 namespace Vantrel::Testing {
 
 // Keeps the lines of an export; takes only so many before it says that the disk is full.
-class TLineList : public Kiv::Hierarchical::Exporting::ILineOutput {
+class TLineList : public Vantrel::Exporting::ILineOutput {
  public:
   std::vector<std::string> fLines;
   size_t fCapacity = SIZE_MAX;

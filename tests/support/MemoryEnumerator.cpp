@@ -2,12 +2,11 @@
 
 #include <utility>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "scan/files/LinkRules.h"
 
-namespace Kiv::Testing {
-
+namespace Vantrel::Testing {
 
 void TGate::Open() {
   TCriticalSectionLock lock(fLock);
@@ -175,4 +174,4 @@ TEnumeratorError TMemoryEnumerator::GetError() const {
   return Enumerators::ClassifyEnumeratorError(fErrorCode, {});
 }
 
-}  // namespace Kiv::Testing
+}  // namespace Vantrel::Testing

@@ -1,5 +1,7 @@
 #pragma once
 
+// A storage in memory with an enumerator over it, in which every fault can be staged.
+
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -14,7 +16,7 @@
 
 // A storage that lives in memory: a tree of described entries and an enumerator over it, in which every fault of a real
 // storage can be staged.
-namespace Kiv::Testing {
+namespace Vantrel::Testing {
 
 // A point in a listing at which the listing thread stops until the test lets it go on.
 class TGate {
@@ -131,4 +133,4 @@ class TMemoryEnumerator : public Enumerators::TBaseVisualHierarchicalEnumerator 
   uint32_t fErrorCode = 0;
 };
 
-}  // namespace Kiv::Testing
+}  // namespace Vantrel::Testing

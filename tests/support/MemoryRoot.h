@@ -1,5 +1,7 @@
 #pragma once
 
+// Real engines over such storages; a root that they scan.
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -8,7 +10,7 @@
 #include "model/roots/Root.h"
 #include "tests/support/MemoryServices.h"
 
-namespace Kiv::Testing {
+namespace Vantrel::Testing {
 
 constexpr int64_t kForever = 300'000;  // only there to end a hang; sanitizers on a busy machine are slow
 
@@ -43,4 +45,4 @@ struct TMemoryRoot {
   TRef<Vantrel::TCustomRoot> fRoot;
 };
 
-}  // namespace Kiv::Testing
+}  // namespace Vantrel::Testing

@@ -1,5 +1,7 @@
 #pragma once
 
+// Real engines over such storages; a root that they scan.
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -8,11 +10,11 @@
 #include <vector>
 
 #include "model/roots/Root.h"
-#include "scan/storage/PathNotFoundEnumerator.h"
 #include "scan/engine/ScanEngine.h"
+#include "scan/storage/PathNotFoundEnumerator.h"
 #include "tests/support/MemoryEnumerator.h"
 
-namespace Kiv::Testing {
+namespace Vantrel::Testing {
 
 // Real scan engines over storages in memory, found by the path of the root.
 class TMemoryServices : public TInterfaced<IScanServices> {
@@ -36,4 +38,4 @@ class TMemoryServices : public TInterfaced<IScanServices> {
   }
 };
 
-}  // namespace Kiv::Testing
+}  // namespace Vantrel::Testing

@@ -1,5 +1,7 @@
 #pragma once
 
+// Random texts of what markup and encodings trip over.
+
 #include <cstddef>
 #include <cstdint>
 #include <iterator>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Options with random values from their declared ranges.
+
 #include <cstdint>
 #include <iterator>
 #include <random>
@@ -19,19 +21,19 @@ class TRandomOptions {
   explicit TRandomOptions(uint32_t pSeed) : fRandom(pSeed), fNasty(pSeed) {}
 
   // About half of the options changed.
-  Kiv::TGlobalOptions Next() {
-    Kiv::TGlobalOptions options;
-    for (const Kiv::TOptionInfo& option : Kiv::AllOptions())
+  Vantrel::TGlobalOptions Next() {
+    Vantrel::TGlobalOptions options;
+    for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions())
       for (int tries = fRandom() % 2 == 0 ? 20 : 0; tries > 0 && !option.fSet(options, Value(option)); --tries)
         continue;
     return options;
   }
 
  private:
-  std::string Value(const Kiv::TOptionInfo& pOption) {
+  std::string Value(const Vantrel::TOptionInfo& pOption) {
     const std::string_view range = pOption.fRange;
-    if (pOption.fKind == Kiv::TOptionKind::okInteger) return Number(range);
-    if (pOption.fKind == Kiv::TOptionKind::okText) return Text();
+    if (pOption.fKind == Vantrel::TOptionKind::okInteger) return Number(range);
+    if (pOption.fKind == Vantrel::TOptionKind::okText) return Text();
     std::vector<std::string_view> words;
     for (size_t at = 0; at <= range.size(); at += words.back().size() + 1)
       words.push_back(range.substr(at, range.find('|', at) - at));
@@ -42,8 +44,8 @@ class TRandomOptions {
   std::string Number(std::string_view pRange) {
     const size_t dots = pRange.find("..");
     int64_t least = 0, most = 0;
-    Kiv::TryParseInt64(pRange.substr(0, dots), least);
-    Kiv::TryParseInt64(pRange.substr(dots + 2), most);
+    Vantrel::TryParseInt64(pRange.substr(0, dots), least);
+    Vantrel::TryParseInt64(pRange.substr(dots + 2), most);
     const int64_t inside = std::uniform_int_distribution<int64_t>(least, most)(fRandom);
     const int64_t values[] = {least, most, inside, inside};
     return std::to_string(values[fRandom() % std::size(values)]);
@@ -54,7 +56,7 @@ class TRandomOptions {
     static constexpr std::string_view kForms[] = {"1;5;90", "3", "name", "name;size", "size,ascending", "a@b.example"};
     const size_t choice = fRandom() % (2 * std::size(kForms));
     if (choice < std::size(kForms)) return std::string(kForms[choice]);
-    return Kiv::ToNativeBytes(fNasty.Next());
+    return Vantrel::ToNativeBytes(fNasty.Next());
   }
 
   std::mt19937 fRandom;

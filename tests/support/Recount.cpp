@@ -7,7 +7,7 @@
 #include "model/tree/FileTable.h"
 #include "platform/text/Text.h"
 
-namespace Kiv::Testing {
+namespace Vantrel::Testing {
 
 namespace {
 
@@ -99,7 +99,9 @@ TRecountedFolder ReadFolder(IFolderData& pFolder, TDateType pAgesDateType) {
   return read;
 }
 
-std::string Text(int64_t pValue) { return std::to_string(pValue); }
+std::string Text(int64_t pValue) {
+  return std::to_string(pValue);
+}
 std::string Text(const TBasicSizeValues& pValues) {
   return Text(pValues.fSize) + "/" + Text(pValues.fAllocated) + "/" + Text(pValues.fFiles);
 }
@@ -107,8 +109,12 @@ std::string Text(const TSizeValues& pValues) {
   return Text(static_cast<const TBasicSizeValues&>(pValues)) + "/" + Text(pValues.fFolders) + " folders/compression " +
          Text(pValues.fCompression);
 }
-std::string Text(TKivFileTime pTime) { return Text(pTime.fTicks); }
-std::string Text(const std::u16string& pText) { return ToUtf8(pText); }
+std::string Text(TKivFileTime pTime) {
+  return Text(pTime.fTicks);
+}
+std::string Text(const std::u16string& pText) {
+  return ToUtf8(pText);
+}
 template <class TKey, class TValue>
 std::string Text(const std::map<TKey, TValue>& pMap) {
   std::string text = "{";
@@ -181,8 +187,8 @@ std::string Difference(const TRecount& pExpected, const TRecount& pActual) {
   return text;
 }
 
-std::vector<std::pair<int64_t, std::u16string>> LargestFiles(const TMemoryEntry& pTop, const TRecountSettings& pSettings,
-                                                             size_t pCount) {
+std::vector<std::pair<int64_t, std::u16string>> LargestFiles(const TMemoryEntry& pTop,
+                                                             const TRecountSettings& pSettings, size_t pCount) {
   std::vector<std::pair<int64_t, std::u16string>> files;
   for (const TFlatEntry& entry : Flatten(pTop, pSettings))
     if (!entry.fEntry->IsFolder()) files.emplace_back(-entry.fEntry->fValues.fSize, entry.fPath);
@@ -192,4 +198,4 @@ std::vector<std::pair<int64_t, std::u16string>> LargestFiles(const TMemoryEntry&
   return files;
 }
 
-}  // namespace Kiv::Testing
+}  // namespace Vantrel::Testing

@@ -1,18 +1,20 @@
 #pragma once
 
+// Counts a storage a second time, slowly.
+
 #include <cstdint>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/columns/SizeData.h"
+#include "model/tree/HierarchicalInterfaces.h"
 #include "tests/support/MemoryEnumerator.h"
 
-// The slow reference: what every folder of a scanned storage must say, counted file by file and folder by folder from the
-// description of the storage, with nothing shared with the code that keeps running totals.
-namespace Kiv::Testing {
+// The slow reference: what every folder of a scanned storage must say, counted file by file and folder by folder from
+// the description of the storage, with nothing shared with the code that keeps running totals.
+namespace Vantrel::Testing {
 
 // All that a folder says of itself and of what lies beneath it.
 struct TRecountedFolder {
@@ -47,7 +49,7 @@ TRecount ReadTree(IFolderData& pTop, TDateType pAgesDateType = TDateType::dtLast
 std::string Difference(const TRecount& pExpected, const TRecount& pActual);
 
 // Size and full path of the largest files, the largest first, equal ones by path.
-std::vector<std::pair<int64_t, std::u16string>> LargestFiles(const TMemoryEntry& pTop, const TRecountSettings& pSettings,
-                                                             size_t pCount);
+std::vector<std::pair<int64_t, std::u16string>> LargestFiles(const TMemoryEntry& pTop,
+                                                             const TRecountSettings& pSettings, size_t pCount);
 
-}  // namespace Kiv::Testing
+}  // namespace Vantrel::Testing

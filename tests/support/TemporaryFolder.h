@@ -1,5 +1,7 @@
 #pragma once
 
+// A folder on the disk, gone at the end.
+
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
@@ -36,7 +38,7 @@ class TTemporaryFolder {
     std::fwrite(pContents.data(), 1, pContents.size(), file);
     std::fclose(file);
   }
-  std::string Get(std::string_view pName) const { return Kiv::ReadFileContents(File(pName), size_t{1} << 30); }
+  std::string Get(std::string_view pName) const { return Vantrel::ReadFileContents(File(pName), size_t{1} << 30); }
 
   // What lies in the folder, links not followed.
   size_t Count() const { return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(fPath), {})); }

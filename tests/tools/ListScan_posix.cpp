@@ -1,3 +1,5 @@
+// `list_scan`: scans with a file of patterns and prints every entry of the tree.
+
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -18,7 +20,7 @@
 
 namespace {
 
-using namespace Kiv;
+using namespace Vantrel;
 
 constexpr int64_t kPollMilliseconds = 100;
 constexpr int32_t kThreads = 4;  // more than one, so that what is shared between workers is

@@ -1,3 +1,5 @@
+// `record_history`: records made-up scans, one transaction each.
+
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -16,21 +18,21 @@
 
 namespace {
 
-using namespace Vantrel::DB::SQLiteDatabase;
-using Vantrel::History::Document::THistoryDocument;
+using namespace Vantrel::History;
+using Vantrel::History::THistoryDocument;
 using Vantrel::Testing::TFakeFolder;
 using Vantrel::Testing::TFakeRoot;
 
 void Record(const std::u16string& pFile, const std::u16string& pRoot, int64_t pCount, int64_t pFirst) {
   const THistoryDatabaseReaderWriter history("1.2.3");
-  const auto root = Kiv::MakeRef<TFakeRoot>(pRoot);
-  root->fScanTimeStamp = Kiv::TKivFileTime::Now();
+  const auto root = Vantrel::MakeRef<TFakeRoot>(pRoot);
+  root->fScanTimeStamp = Vantrel::TKivFileTime::Now();
   for (int64_t i = pFirst; i < pFirst + pCount; ++i) {
-    Kiv::TSizeValues values;
+    Vantrel::TSizeValues values;
     values.fSize = i;
     values.fAllocated = 2 * i;
     values.fFiles = 7;
-    root->fTop = Kiv::MakeRef<TFakeFolder>(pRoot, values);
+    root->fTop = Vantrel::MakeRef<TFakeFolder>(pRoot, values);
     history.WriteRootHistoryData(pFile, pRoot, *root);
     std::printf("%lld\n", static_cast<long long>(i));
     std::fflush(stdout);
@@ -38,14 +40,14 @@ void Record(const std::u16string& pFile, const std::u16string& pRoot, int64_t pC
 }
 
 int Run(int pCount, char** pArguments) {
-  auto text = [&](int pIndex) { return Kiv::FromNativeBytes(pArguments[pIndex]); };
+  auto text = [&](int pIndex) { return Vantrel::FromNativeBytes(pArguments[pIndex]); };
   const std::string verb = pCount > 1 ? pArguments[1] : "";
   if (pCount == 4 && verb == "export") {
     THistoryDocument(text(2)).ExportHistoryFile(text(3));
   } else if (pCount == 4 && verb == "import") {
     std::printf("%lld\n", static_cast<long long>(THistoryDocument(text(3)).ImportHistoryFile(text(2))));
   } else if (pCount == 3 && verb == "path") {
-    std::puts(Kiv::ToUtf8(Kiv::CanonicalPath(text(2))).c_str());
+    std::puts(Vantrel::ToUtf8(Vantrel::CanonicalPath(text(2))).c_str());
   } else if (pCount == 5) {
     Record(text(1), text(2), std::stoll(pArguments[3]), std::stoll(pArguments[4]));
   } else {

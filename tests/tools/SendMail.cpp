@@ -1,3 +1,5 @@
+// `send_mail`: sends the mail that a file describes.
+
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -13,12 +15,12 @@
 
 namespace {
 
-using namespace Kiv::Mail;
+using namespace Vantrel::Mail;
 
 constexpr size_t kMostBytes = 1 << 24;
 
 void Read(std::string_view pName, const std::string& pValue, TMailMessage& pMessage, TMailServer& pServer) {
-  const std::u16string text = Kiv::FromUtf8(pValue);
+  const std::u16string text = Vantrel::FromUtf8(pValue);
   if (pName == "from") pMessage.fFrom = text;
   if (pName == "to") pMessage.fTo = SplitMailAddresses(text);
   if (pName == "subject") pMessage.fSubject = text;
@@ -26,15 +28,15 @@ void Read(std::string_view pName, const std::string& pValue, TMailMessage& pMess
   if (pName == "attach") pMessage.fAttachments.push_back(text);
   if (pName == "host") pServer.fHost = pValue;
   if (pName == "port") pServer.fPort = std::stoi(pValue);
-  if (pName == "security" && pValue == "none") pServer.fSecurity = Kiv::TMailSecurity::msNone;
-  if (pName == "security" && pValue == "tls") pServer.fSecurity = Kiv::TMailSecurity::msTLS;
+  if (pName == "security" && pValue == "none") pServer.fSecurity = Vantrel::TMailSecurity::msNone;
+  if (pName == "security" && pValue == "tls") pServer.fSecurity = Vantrel::TMailSecurity::msTLS;
   if (pName == "user") pServer.fUser = pValue;
   if (pName == "password") pServer.fPassword = pValue;
   if (pName == "sendmail") pServer.fSendmail = pValue;
 }
 
 void Send(const char* pFile) {
-  const std::string settings = Kiv::ReadFileContents(Kiv::FromNativeBytes(pFile), kMostBytes);
+  const std::string settings = Vantrel::ReadFileContents(Vantrel::FromNativeBytes(pFile), kMostBytes);
   TMailMessage message;
   TMailServer server;
   std::string_view rest = settings;

@@ -1,3 +1,5 @@
+// The queue, its errors, and when the program ends.
+
 #include <gmock/gmock.h>
 
 #include "automation/actions/ExportFile.h"
@@ -11,9 +13,9 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::PostScanActions;
-using Hierarchical::Exporting::TRecursionLevel;
+using namespace Vantrel;
+using namespace Vantrel::PostScanActions;
+using Exporting::TRecursionLevel;
 using testing::ElementsAre;
 using Vantrel::Testing::MessageOf;
 using Vantrel::Testing::TFakeRoot;
@@ -247,13 +249,14 @@ TEST(ExportFileNames, PartsGoInFrontOfTheExtension) {
     std::u16string_view fPath, fExpected;
   };
   const TCase cases[] = {
-      {u"data.csv", u"data_x.csv"},           {u"data", u"data_x"},          {u"a.b/data.XML.Zip", u"a.b/data_x.XML.Zip"},
-      {u"a.b/data", u"a.b/data_x"},           {u".hidden", u".hidden_x"},    {u".xml.zip", u".xml_x.zip"},
-      {u"data.tar.gz", u"data.tar_x.gz"},     {u"data.zip", u"data_x.zip"},  {u"data.", u"data_x."},
+      {u"data.csv", u"data_x.csv"},       {u"data", u"data_x"},         {u"a.b/data.XML.Zip", u"a.b/data_x.XML.Zip"},
+      {u"a.b/data", u"a.b/data_x"},       {u".hidden", u".hidden_x"},   {u".xml.zip", u".xml_x.zip"},
+      {u"data.tar.gz", u"data.tar_x.gz"}, {u"data.zip", u"data_x.zip"}, {u"data.", u"data_x."},
   };
   for (const TCase& item : cases) EXPECT_EQ(WithPartInName(item.fPath, u"_x"), item.fExpected) << ToUtf8(item.fPath);
 
-  const TCase roots[] = {{u"/data/photos", u"photos"}, {u"/data/a:b*c?\x1B", u"abc"}, {u"/", u"root"}, {u"/...", u"..."}};
+  const TCase roots[] = {
+      {u"/data/photos", u"photos"}, {u"/data/a:b*c?\x1B", u"abc"}, {u"/", u"root"}, {u"/...", u"..."}};
   for (const TCase& item : roots)
     EXPECT_EQ(NameForFiles(*MakeRef<TFakeRoot>(std::u16string(item.fPath))), item.fExpected) << ToUtf8(item.fPath);
 }

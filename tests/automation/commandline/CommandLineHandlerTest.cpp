@@ -1,3 +1,5 @@
+// Command lines and what they ask for, or the message that refuses them.
+
 #include <gmock/gmock.h>
 
 #include "automation/commandline/CommandLineHandler.h"
@@ -8,7 +10,7 @@
 
 namespace {
 
-using namespace Kiv;
+using namespace Vantrel;
 using namespace Vantrel::CommandLine;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,3 +1,5 @@
+// Tokens, values and options, by the rules of both platforms.
+
 #include <gmock/gmock.h>
 
 #include "automation/commandline/CommandLineParser.h"
@@ -5,7 +7,7 @@
 
 namespace {
 
-using namespace Kiv;
+using namespace Vantrel;
 using testing::ElementsAre;
 using TTokens = std::vector<std::u16string>;
 
@@ -84,7 +86,8 @@ TEST(CommandLineSearch, ValuesAfterSwitches) {
 
 TEST(CommandLineSearch, PathsAfterSwitches) {
   const TKivCommandLineParser parser = MakeParser(false);
-  const TTokens tokens = {u"x", u"/OPEN", u"a", u"-open", u"/NOGUI", u"--Open=b c", u"--open", u"\"d\"", u"--", u"/OPEN", u"e"};
+  const TTokens tokens = {u"x",      u"/OPEN", u"a",  u"-open", u"/NOGUI", u"--Open=b c",
+                          u"--open", u"\"d\"", u"--", u"/OPEN", u"e"};
   EXPECT_THAT(parser.FindPathsAfterSwitch(u"OPEN", tokens), ElementsAre(u"a", u"b c", u"d"));
   EXPECT_EQ(parser.FindPathAfterSwitch(u"OPEN", tokens), u"a");
   EXPECT_EQ(parser.FindPathAfterSwitch(u"CLOSE", tokens), u"");

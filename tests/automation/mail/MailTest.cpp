@@ -1,3 +1,5 @@
+// Addresses and lists of them; mails read piece by piece; headers of any text.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +15,7 @@
 
 // What mails look like to a reader, and what servers make of them, is in mail_test.py.
 
-namespace Kiv::Mail {
+namespace Vantrel::Mail {
 namespace {
 
 using testing::ElementsAre;
@@ -167,4 +169,4 @@ TEST(MailTest, HeadersKeepTheirFormForAnyText) {
 }
 
 }  // namespace
-}  // namespace Kiv::Mail
+}  // namespace Vantrel::Mail

@@ -1,3 +1,5 @@
+// Scans recorded and read back, hostile names, imports against a slow reference, the use of indexes, refusals.
+
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
@@ -22,14 +24,14 @@
 namespace {
 
 using namespace Vantrel;
-using namespace Vantrel::DB::SQLiteDatabase;
+using namespace Vantrel::History;
 using namespace Vantrel::Testing;
-using Kiv::DiskSpaceManagement::DB::SQLite::EDatabaseError;
-using Kiv::DiskSpaceManagement::DB::SQLite::TSQLiteTransaction;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-using Vantrel::History::Document::THistoryDocument;
+using Vantrel::History::EDatabaseError;
+using Vantrel::History::THistoryDocument;
+using Vantrel::History::TSQLiteTransaction;
 
 const THistoryDatabaseReaderWriter kHistory("9.8.7");
 
@@ -91,12 +93,12 @@ class THistoryDatabaseTest : public testing::Test {
 };
 
 TEST_F(THistoryDatabaseTest, RecordsTheTotalsOfAScanAsARecountHasThem) {
-  const auto storage = Kiv::Testing::TMemoryStorage::Create();
+  const auto storage = Vantrel::Testing::TMemoryStorage::Create();
   for (const char16_t* name : {u"a", u"b", u"c"}) {
     auto& folder = storage->Top().AddFolder(name);
     for (int i = 1; i < 20; ++i) folder.AddFile(FromUtf8(std::to_string(i)) + name, i * 977, i * 1024);
   }
-  const auto services = MakeRef<Kiv::Testing::TMemoryServices>();
+  const auto services = MakeRef<Vantrel::Testing::TMemoryServices>();
   services->fStorages[u"/memory"] = storage;
   const auto root = MakeRef<TCustomUnixRoot>(u"/memory", u"", services, std::make_shared<TGlobalOptions>(), nullptr);
   EXPECT_THROW(kHistory.WriteRootHistoryData(fFile, u"/memory", *root), EInvalidOperation);
@@ -104,7 +106,7 @@ TEST_F(THistoryDatabaseTest, RecordsTheTotalsOfAScanAsARecountHasThem) {
   ASSERT_TRUE(root->WaitForScan(60'000));
   kHistory.WriteRootHistoryData(fFile, u"/memory", *root);
 
-  const TSizeValues expected = Kiv::Testing::RecountStorage(storage->Top(), {})[u"/memory"].fValues;
+  const TSizeValues expected = Vantrel::Testing::RecountStorage(storage->Top(), {})[u"/memory"].fValues;
   const auto entries = kHistory.ReadRootHistoryData(fFile, u"/memory");
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0].fSize, expected.fSize);

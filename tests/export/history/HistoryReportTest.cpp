@@ -1,3 +1,5 @@
+// Growth between scans; the chart of one scan, of equal ones and of thousands.
+
 #include <gmock/gmock.h>
 
 #include <random>
@@ -7,11 +9,11 @@
 #include "platform/text/Text.h"
 #include "tests/support/LineList.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 namespace {
 
 using testing::ElementsAre;
-using Vantrel::DB::SQLiteDatabase::THistoryEntry;
+using Vantrel::History::THistoryEntry;
 
 constexpr int64_t kDay = TKivFileTime::kTicksPerDay;
 
@@ -98,4 +100,4 @@ TEST(HistoryReportTest, FitsWhateverThereIsAndShowsBothExtremes) {
 }
 
 }  // namespace
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

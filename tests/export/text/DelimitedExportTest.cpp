@@ -1,3 +1,5 @@
+// Rows for programs: every column against the node's own value, headers, units, separators, what is shown.
+
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -8,10 +10,10 @@
 #include "tests/support/LineList.h"
 #include "tests/support/MemoryRoot.h"
 
-namespace Kiv::Hierarchical::Exporting::Text {
+namespace Vantrel::Exporting {
 namespace {
 
-using namespace Kiv::Testing;
+using namespace Vantrel::Testing;
 using testing::ElementsAre;
 using Vantrel::Testing::TLineList;
 
@@ -48,7 +50,8 @@ void FillRandomly(TMemoryEntry& pFolder, std::mt19937_64& pRandom, int pDepth) {
   };
   for (uint64_t i = pRandom() % 5; i > 0; --i) {
     const std::u16string name = u"f" + FromUtf8(std::to_string(i)) + (i % 2 ? u".txt" : u" = \x65E5");
-    setValues(pFolder.AddFile(name, static_cast<int64_t>(pRandom() % 3'000'000), static_cast<int64_t>(pRandom() % 5000)));
+    setValues(
+        pFolder.AddFile(name, static_cast<int64_t>(pRandom() % 3'000'000), static_cast<int64_t>(pRandom() % 5000)));
   }
   for (uint64_t i = pDepth > 0 ? 1 + pRandom() % 3 : 0; i > 0; --i) {
     TMemoryEntry& folder = pFolder.AddFolder(u"d" + FromUtf8(std::to_string(i)));
@@ -58,7 +61,8 @@ void FillRandomly(TMemoryEntry& pFolder, std::mt19937_64& pRandom, int pDepth) {
 }
 
 // The rows by the nodes' own answers.
-void AppendSlowly(std::vector<std::vector<std::string>>& pRows, IHierarchicalElement& pNode, const TMediaSettings& pSettings) {
+void AppendSlowly(std::vector<std::vector<std::string>>& pRows, IHierarchicalElement& pNode,
+                  const TMediaSettings& pSettings) {
   const TValueFormat format = FormatOf(pSettings);
   std::vector<std::string> row;
   for (const TColumn column : pSettings.fColumns) row.push_back(ToUtf8(pNode.GetFormattedValue(column, format)));
@@ -138,7 +142,9 @@ TEST(DelimitedExport, ASecondRootGoesOnBelowTheFirst) {
   TLineList output;
   EXPECT_TRUE(TCSVExport(settings).Export(*first.fRoot, output));
   EXPECT_TRUE(TCSVExport(settings).Export(*second.fRoot, output));
-  EXPECT_THAT(output.fLines, ElementsAre("\xEF\xBB\xBF" "Full Path,Size", "/memory,5", "/memory,5"));
+  EXPECT_THAT(output.fLines, ElementsAre("\xEF\xBB\xBF"
+                                         "Full Path,Size",
+                                         "/memory,5", "/memory,5"));
   TLineList text;
   EXPECT_TRUE(TTextExport(settings).Export(*first.fRoot, text));
   EXPECT_EQ(text.fLines.back(), "/memory\t5");
@@ -159,18 +165,18 @@ TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
   TMediaSettings settings = Settings(u"fullpath;percentofparent");
   settings.fIncludeHeader = false;
   // Of equal folders the first by name; 250 and 10 of 510 bytes.
-  EXPECT_THAT(Lines(root, settings), ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0",
-                                                 "/memory/a/inner,20.0", "/memory/b,49.0", "/memory/[Files],2.0",
-                                                 "/memory/c,0.0"));
+  EXPECT_THAT(Lines(root, settings),
+              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/inner,20.0",
+                          "/memory/b,49.0", "/memory/[Files],2.0", "/memory/c,0.0"));
   settings.fIncludedObjectTypes = kAllObjectTypes;
   EXPECT_THAT(Lines(root, settings),
               ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/x,40.0",
                           "/memory/a/y,40.0", "/memory/a/inner,20.0", "/memory/a/inner/deep,100.0", "/memory/b,49.0",
                           "/memory/b/=b,100.0", "/memory/[Files],2.0", "/memory/top,2.0", "/memory/c,0.0"));
   settings.fSmallestFolder = 100;
-  EXPECT_THAT(Lines(root, settings), ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0",
-                                                 "/memory/a/x,40.0", "/memory/a/y,40.0", "/memory/b,49.0",
-                                                 "/memory/b/=b,100.0"));
+  EXPECT_THAT(Lines(root, settings),
+              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/x,40.0",
+                          "/memory/a/y,40.0", "/memory/b,49.0", "/memory/b/=b,100.0"));
   settings.fSmallestFolder = 0;
   settings.fIncludedObjectTypes = ioFolders | ioFiles;
   settings.fRecursionLevel = {1, false};
@@ -204,4 +210,4 @@ TEST(DelimitedExport, StopsAtTheFirstLineThatCannotBeWritten) {
 }
 
 }  // namespace
-}  // namespace Kiv::Hierarchical::Exporting::Text
+}  // namespace Vantrel::Exporting

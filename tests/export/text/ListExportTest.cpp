@@ -1,3 +1,5 @@
+// The lists' sums against the recount, their layout, every name read back from delimited lines.
+
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -13,10 +15,10 @@
 #include "tests/support/NastyText.h"
 #include "tests/support/Recount.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 namespace {
 
-using namespace Kiv::Testing;
+using namespace Vantrel::Testing;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using Vantrel::Testing::TLineList;
@@ -401,15 +403,15 @@ TEST(DelimitedText, QuotesNeutralizesAndEscapes) {
   };
   for (const auto& each : cases) {
     std::string line = "x;";
-    Text::AppendTextField(line, each.fText, {";", false});
+    AppendTextField(line, each.fText, {";", false});
     EXPECT_EQ(line, std::string("x;") + each.fField);
     line.clear();
-    Text::AppendTextField(line, each.fText, {";", true});
+    AppendTextField(line, each.fText, {";", true});
     EXPECT_EQ(line, each.fHarmless);
   }
   std::string line;
-  Text::AppendOwnField(line, "-1;5", {";", true});
+  AppendOwnField(line, "-1;5", {";", true});
   EXPECT_EQ(line, "\"-1;5\"");
 }
 
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

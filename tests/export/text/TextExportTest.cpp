@@ -1,3 +1,5 @@
+// The report's layout, hostile names, depth, outputs that fail.
+
 #include <gmock/gmock.h>
 
 #include "export/text/RootDescription.h"
@@ -9,15 +11,15 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::Hierarchical::Exporting;
-using Kiv::Hierarchical::Exporting::Text::ShortenedToWidth;
-using Kiv::Hierarchical::Exporting::Text::TFormattedTextExport;
+using namespace Vantrel;
+using namespace Vantrel::Exporting;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 using testing::Not;
 using testing::StartsWith;
+using Vantrel::Exporting::ShortenedToWidth;
+using Vantrel::Exporting::TFormattedTextExport;
 using Vantrel::Testing::TFakeFolder;
 using Vantrel::Testing::TFakeRoot;
 using Vantrel::Testing::TLineList;
@@ -200,8 +202,8 @@ TEST(ScanSummary, TellsWhatIsMissingInPathOrder) {
   root->fProgress.fExcludedObjects = 1234;
   root->fExclusions = {{u"by *.tmp\x1b", 1200}, {u"matching no pattern to include", 34}};
   EXPECT_THAT(ScanSummary(*root, format, 0),
-              testing::IsSupersetOf({"1,234 objects were excluded", "  1,200 by *.tmp\\x1B",
-                                     "  34 matching no pattern to include"}));
+              testing::IsSupersetOf(
+                  {"1,234 objects were excluded", "  1,200 by *.tmp\\x1B", "  34 matching no pattern to include"}));
   root->fProgress.fExcludedObjects = 1;
   root->fExclusions.clear();
   root->fErrors.resize(1);

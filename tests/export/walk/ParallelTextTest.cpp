@@ -1,3 +1,5 @@
+// Pieces in their order on any number of threads; failures, early ends.
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -5,7 +7,7 @@
 
 #include "export/walk/ParallelText.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 namespace {
 
 // Some take long, and some are there from the start.
@@ -83,4 +85,4 @@ TEST(ParallelText, WhatIsGivenUpHalfWayLetsGoOfEverything) {
 }
 
 }  // namespace
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

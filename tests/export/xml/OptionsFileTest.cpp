@@ -1,3 +1,5 @@
+// Every option there and back, every truncation, what is skipped and what is refused.
+
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -11,8 +13,8 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::Options;
+using namespace Vantrel;
+using namespace Vantrel::Options;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 using Vantrel::Testing::TRandomOptions;

@@ -1,3 +1,5 @@
+// What is written, read by Python and xmllint; full disks.
+
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
@@ -9,8 +11,8 @@
 #include "export/xml/OptionsFile.h"
 #include "export/xml/XMLFileStream.h"
 #include "export/xml/ZipFile.h"
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
 #include "tests/support/NastyText.h"
 #include "tests/support/RandomOptions.h"
 #include "tests/support/TemporaryFolder.h"
@@ -19,11 +21,11 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::XMLUtils;
-using Kiv::Zip::TZipOutput;
+using namespace Vantrel;
+using namespace Vantrel::XML;
 using Vantrel::Testing::TNastyText;
 using Vantrel::Testing::TTemporaryFolder;
+using Vantrel::Zip::TZipOutput;
 
 // The program's output; it must end well.
 std::string OutputOf(const std::string& pCommand) {

@@ -1,3 +1,5 @@
+// Layout to the byte, escaping, every text there and back, sinks that fail.
+
 #include <gmock/gmock.h>
 
 #include "export/xml/XMLFileStream.h"
@@ -9,8 +11,8 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::XMLUtils;
+using namespace Vantrel;
+using namespace Vantrel::XML;
 using Vantrel::Testing::TNastyText;
 using Vantrel::Testing::TStringSink;
 using Vantrel::Testing::TStringSource;
@@ -32,7 +34,7 @@ TXMLAttributes Attribute(std::u16string_view pValue) {
 }
 
 // The exact texts of every element and of its attribute "a", by the reading side.
-class TExactTexts final : public Kiv::XML::Parser::IXMLHandler {
+class TExactTexts final : public Vantrel::XML::IXMLHandler {
  public:
   std::vector<std::u16string> fTexts;
   void StartElement(std::u16string_view, TXMLAttributeSpan pAttributes) override {
@@ -145,7 +147,7 @@ TEST(XMLFileStream, EveryTextComesBackIdentical) {
   stream.EndDocument();
   TExactTexts texts;
   TStringSource source(sink.fBytes);
-  Kiv::XML::Parser::TXMLParser(texts).Parse(source);
+  Vantrel::XML::TXMLParser(texts).Parse(source);
   ASSERT_EQ(texts.fTexts.size(), written.size());
   for (size_t i = 0; i < written.size(); ++i) ASSERT_EQ(texts.fTexts[i], written[i]) << i;
 }

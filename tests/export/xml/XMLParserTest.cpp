@@ -1,3 +1,5 @@
+// Events, every truncation, refusals with their place, limits against endless input, cancellation.
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -10,11 +12,11 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::XML::Parser;
-using Kiv::XMLUtils::TXMLAttributeSpan;
+using namespace Vantrel;
+using namespace Vantrel::XML;
 using testing::HasSubstr;
 using Vantrel::Testing::TStringSource;
+using Vantrel::XML::TXMLAttributeSpan;
 
 // All events as one text: "<name a=value|>", "[text]", "</name>".
 class TEventLog final : public IXMLHandler {

@@ -1,3 +1,5 @@
+// Trees from a file against those it was written from; the reader's refusals.
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -15,13 +17,12 @@
 #include "tests/support/MemoryServices.h"
 #include "tests/support/Recount.h"
 
-namespace Vantrel::XML::Parser {
+namespace Vantrel::XML {
 namespace {
 
-using namespace Kiv::Testing;
 using namespace Vantrel::Testing;
-using Kiv::Hierarchical::Exporting::TMediaSettings;
-using Kiv::Hierarchical::Exporting::XML::TCustomXMLExport;
+using Vantrel::Exporting::TCustomXMLExport;
+using Vantrel::Exporting::TMediaSettings;
 
 constexpr int64_t kForever = 60'000;
 
@@ -30,10 +31,13 @@ constexpr size_t kPiece = 61;
 
 // Names with all that is hard to keep, few dates and owners.
 void FillRandomly(TMemoryEntry& pFolder, std::mt19937& pRandom, int pDepth) {
-  static const std::u16string kParts[] = {u"a", u"&<>\"'", u"\u0001", u"\xDCFF", u"\n\t", u"\U0001F600", u"[Files]", u" "};
+  static const std::u16string kParts[] = {u"a",    u"&<>\"'",     u"\u0001",  u"\xDCFF",
+                                          u"\n\t", u"\U0001F600", u"[Files]", u" "};
   static const char16_t* const kExtensions[] = {u".txt", u".TXT", u"", u".&", u".\xD800"};
   static const char16_t* const kOwners[] = {u"", u"anna", u"D\\b<e>rt"};
-  auto date = [&] { return TKivFileTime{int64_t(pRandom() % 3000) * TKivFileTime::kTicksPerDay * 40 + int64_t(pRandom() % 99)}; };
+  auto date = [&] {
+    return TKivFileTime{int64_t(pRandom() % 3000) * TKivFileTime::kTicksPerDay * 40 + int64_t(pRandom() % 99)};
+  };
   auto fill = [&](TMemoryEntry& pEntry) {
     pEntry.fValues.fLastChangeDate = date();
     pEntry.fValues.fLastAccessDate = date();
@@ -83,7 +87,7 @@ struct TLive {
   std::string Refusal(std::string_view pText) {
     try {
       Load(pText);
-    } catch (const Kiv::XML::Parser::EXMLError& error) {
+    } catch (const Vantrel::XML::EXMLError& error) {
       return error.Message();
     }
     return "no error";
@@ -272,9 +276,9 @@ TEST(XMLReader, TakesOlderAndForeignForms) {
   EXPECT_NE(windows->GetState() & rsCancelled, 0u);
   EXPECT_EQ(windows->GetTopFolder()->GetValues(), (TSizeValues{{5, 0, 2}, 0, 0}));
   EXPECT_EQ(live.Load("<Root><Folder fullpath='/x'/></Root>")->GetPathDelimiter(), u'/');
-  const TRef<IHierarchicalRoot> twice =
-      live.Load("<Root><TTopSizeFileList><TopFile name='f' Path='/x' Size='3'/></TTopSizeFileList><TTopSizeFileList/>"
-                "<Folder fullpath='/x'/></Root>");
+  const TRef<IHierarchicalRoot> twice = live.Load(
+      "<Root><TTopSizeFileList><TopFile name='f' Path='/x' Size='3'/></TTopSizeFileList><TTopSizeFileList/>"
+      "<Folder fullpath='/x'/></Root>");
   ASSERT_EQ(twice->GetTopSizeList()->GetSnapshot().size(), 1u);
   EXPECT_EQ(twice->GetTopSizeList()->GetSnapshot()[0].fName, u"f");
 }
@@ -307,7 +311,8 @@ TEST(XMLReader, ThousandsOfLevels) {
   constexpr int kLevels = 3000;
   std::string text = "<Root>";
   std::string path = "/m";
-  for (int i = 0; i < kLevels; ++i, path += "/d") text += "<Folder fullpath='" + path + "'><SizeData Size='1' Files='1'/>";
+  for (int i = 0; i < kLevels; ++i, path += "/d")
+    text += "<Folder fullpath='" + path + "'><SizeData Size='1' Files='1'/>";
   for (int i = 0; i < kLevels; ++i) text += "</Folder>";
   TLive live(u"/m", u'/');
   const TRef<IHierarchicalRoot> loaded = live.Load(text + "</Root>");
@@ -339,8 +344,7 @@ TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
     earlier.Scan();  // its state of now
     const TRecount now = RecountStorage(earlier.fStorage->Top(), settings);
     TStringSource source(text, kPiece);
-    const TLoadedRoot loaded =
-        TQZXMLReader::ReadRoot(source, u"x", *earlier.fRoots, {}, TPurpose::puCompare);
+    const TLoadedRoot loaded = TQZXMLReader::ReadRoot(source, u"x", *earlier.fRoots, {}, TPurpose::puCompare);
     earlier.fRoot->SetComparison(MakeRef<TComparison>(*earlier.fRoot, *loaded.fRoot));
     loaded.fRoot->Dispose();
 
@@ -387,10 +391,11 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   };
   const std::string folder = "<Folder fullpath='/m'/></Root>";
   EXPECT_EQ(refusal("<Root>" + folder), "") << "what is absent is fine";
-  EXPECT_EQ(refusal("<Root><IsFullExport>0</IsFullExport>" + folder),
-            "The XML file \"old.xml\" includes information for directories limited to a certain directory level.\r\n\r\n"
-            "Only exports of the full directory tree can be used for comparison. To get a full export, activate the option "
-            "\"Tools > Options > Export > XML > Full directory tree\".");
+  EXPECT_EQ(
+      refusal("<Root><IsFullExport>0</IsFullExport>" + folder),
+      "The XML file \"old.xml\" includes information for directories limited to a certain directory level.\r\n\r\n"
+      "Only exports of the full directory tree can be used for comparison. To get a full export, activate the option "
+      "\"Tools > Options > Export > XML > Full directory tree\".");
   EXPECT_EQ(refusal("<Root><IsCompared>-1</IsCompared>" + folder),
             "The XML file \"old.xml\" contains data of a previous comparison.\r\n\r\n"
             "Exports containing comparison data cannot be used for a second comparison.");
@@ -406,4 +411,4 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   EXPECT_TRUE(live.fRoot->WaitForScan(kForever));
 }
 
-}  // namespace Vantrel::XML::Parser
+}  // namespace Vantrel::XML

@@ -1,3 +1,5 @@
+// Values both ways, and what is refused.
+
 #include <gmock/gmock.h>
 
 #include "export/xml/XMLUtils.h"
@@ -5,9 +7,9 @@
 
 namespace {
 
-using Kiv::XMLUtils::TXMLAttribute;
-using Kiv::XMLUtils::TXMLUtils;
 using Vantrel::Testing::TNastyText;
+using Vantrel::XML::TXMLAttribute;
+using Vantrel::XML::TXMLUtils;
 
 TEST(XMLUtils, HtmlEncodingGoesBothWays) {
   EXPECT_EQ(TXMLUtils::HtmlEncode(u"R&D <\"it's\">"), u"R&amp;D &lt;&quot;it&#39;s&quot;&gt;");

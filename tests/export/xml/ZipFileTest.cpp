@@ -1,3 +1,5 @@
+// Archives there and back, hand-made ones, every truncation and damaged byte.
+
 #include <gmock/gmock.h>
 
 #include "export/xml/ZipFile.h"
@@ -6,8 +8,8 @@
 
 namespace {
 
-using namespace Kiv;
-using namespace Kiv::Zip;
+using namespace Vantrel;
+using namespace Vantrel::Zip;
 using testing::HasSubstr;
 using Vantrel::Testing::MessageOf;
 using Vantrel::Testing::TTemporaryFolder;

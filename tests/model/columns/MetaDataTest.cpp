@@ -1,16 +1,18 @@
+// How values are formatted, found and compared; size records.
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <set>
 
-#include "model/tree/HierarchicalInterfaces.h"
 #include "model/columns/MetaData.h"
 #include "model/columns/MetaDataCache.h"
 #include "model/columns/SizeData.h"
+#include "model/tree/HierarchicalInterfaces.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 std::string Formatted(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat = {}) {
@@ -146,4 +148,4 @@ TEST(MetaDataCache, KeepsTheLatestTextPerColumn) {
 }
 
 }  // namespace
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,8 +1,10 @@
+// The texts of sort orders, columns and separators, both ways; what is refused.
+
 #include <gtest/gtest.h>
 
 #include "model/options/MediaSettings.h"
 
-namespace Kiv::Hierarchical::Exporting {
+namespace Vantrel::Exporting {
 namespace {
 
 constexpr int kColumns = static_cast<int>(TColumn::mdCount);
@@ -80,4 +82,4 @@ TEST(MediaSettings, SeparatorsBothWays) {
 }
 
 }  // namespace
-}  // namespace Kiv::Hierarchical::Exporting
+}  // namespace Vantrel::Exporting

@@ -1,3 +1,5 @@
+// Statistics against a plain map, from many threads; keys, shares, colours.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +14,7 @@
 #include "platform/text/Text.h"
 #include "tests/support/Failures.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 using TReference = std::map<std::u16string, TBasicSizeValues>;
@@ -330,4 +332,4 @@ TEST(NamedSizeData, AssignCopiesNameAndValues) {
 }
 
 }  // namespace
-}  // namespace Kiv
+}  // namespace Vantrel

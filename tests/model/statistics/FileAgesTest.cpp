@@ -1,3 +1,5 @@
+// Intervals, ages, labels, statistics by age.
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -9,7 +11,7 @@
 #include "platform/system/Errors.h"
 #include "tests/support/Failures.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 using Vantrel::Testing::MessageOf;
@@ -185,4 +187,4 @@ TEST(FileAgeDistribution, ThreadsAddUp) {
 }
 
 }  // namespace
-}  // namespace Kiv
+}  // namespace Vantrel

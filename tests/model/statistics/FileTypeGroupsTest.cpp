@@ -1,3 +1,5 @@
+// The standard groups against their table; sums by group.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,7 +11,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/WildcardMatch.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 std::vector<std::string> Split(const std::string& pText, char pSeparator) {
@@ -186,4 +188,4 @@ TEST(FileTypeGroups, AssignedGroupsAreEqualAndApart) {
 }
 
 }  // namespace
-}  // namespace Kiv
+}  // namespace Vantrel

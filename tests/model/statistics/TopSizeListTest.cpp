@@ -1,3 +1,5 @@
+// That the largest files do not depend on the order.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,11 +8,11 @@
 #include <set>
 #include <thread>
 
-#include "model/statistics/TopSizeList.h"
 #include "model/roots/RootInterfaces.h"
+#include "model/statistics/TopSizeList.h"
 #include "platform/system/Errors.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 // A folder that knows its place and nothing else.
@@ -166,4 +168,4 @@ TEST(TopSizeList, TakesNothingWithoutRoomOrAfterDisposal) {
 }
 
 }  // namespace
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,12 +1,14 @@
+// Nodes: counting, dates, order, refusals, disposal, depth; the list of roots.
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "model/tree/CustomFolder.h"
 #include "model/roots/Root.h"
 #include "model/roots/ScanRoots.h"
+#include "model/tree/CustomFolder.h"
+#include "platform/files/Paths.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
-#include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "tests/support/Failures.h"
 
@@ -250,8 +252,9 @@ TEST_F(FolderTree, RefreshIsRefused) {
   EXPECT_FALSE(a.Refresh(true));
   fRoot->IncludeState(rsFinished | rsShowsPreviousState);
   EXPECT_FALSE(a.Refresh(false));
-  EXPECT_THAT(fLog, ElementsAre("TCustomFolderData.Refresh: Not performing update on \"/top/a\". The root was never scanned.",
-                                "For a root that shows a previous state a sub-branch refresh should no be performed."));
+  EXPECT_THAT(fLog,
+              ElementsAre("TCustomFolderData.Refresh: Not performing update on \"/top/a\". The root was never scanned.",
+                          "For a root that shows a previous state a sub-branch refresh should no be performed."));
 }
 
 TEST_F(FolderTree, ResetKeepsAllButThreeBits) {

@@ -1,13 +1,15 @@
+// Making, finding and removing folders.
+
 #include <gtest/gtest.h>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Folders.h"
 #include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -77,4 +79,4 @@ TEST(Folders, OnlyFilesAndEmptyFoldersAreRemoved) {
   EXPECT_EQ(folder.Count(), 0u);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

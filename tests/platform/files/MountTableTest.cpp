@@ -1,8 +1,10 @@
+// Reading the table of mounts; which of them are drives.
+
 #include <gtest/gtest.h>
 
 #include "platform/files/MountTable.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TEST(MountTable, TheLongestAndLastMountPointHoldsThePath) {
   const std::string table =
@@ -83,4 +85,4 @@ TEST(MountTable, DrivesAreWhatAPersonTakesForThem) {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

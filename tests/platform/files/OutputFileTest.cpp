@@ -1,13 +1,15 @@
+// That a target is complete or untouched: refusals, links, permissions, full disks, devices, own streams.
+
 #include <gmock/gmock.h>
 
 #include <filesystem>
 
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -114,4 +116,4 @@ TEST(FileStream, AScratchFileIsReadBackAndLeavesNothing) {
   EXPECT_THROW(TFileStream::OpenForReading(folder.File("missing")), EOSError);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

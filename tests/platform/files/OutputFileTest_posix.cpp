@@ -12,11 +12,11 @@
 #include <functional>
 #include <thread>
 
-#include "platform/system/Errors.h"
 #include "platform/files/OutputFile.h"
+#include "platform/system/Errors.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -195,4 +195,4 @@ TEST(OutputFileOnLinux, ADashIsTheStandardOutput) {
   EXPECT_EQ(code, static_cast<uint32_t>(EBADF));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,9 +1,11 @@
+// Paths taken apart and compared.
+
 #include <gtest/gtest.h>
 
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -94,4 +96,4 @@ TEST(Paths, SameAndInside) {
   EXPECT_FALSE(IsSameOrInside(u"D:\\x", u"C:\\", u'\\'));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,13 +1,15 @@
+// Where they lie, by environment; making them.
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
-#include "platform/system/Errors.h"
 #include "platform/files/Folders.h"
 #include "platform/files/UserFolders.h"
+#include "platform/system/Errors.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TEST(UserFolders, MissingOnesAreCreated) {
   Vantrel::Testing::TTemporaryFolder folder;
@@ -31,4 +33,4 @@ TEST(UserFolders, MissingOnesAreCreated) {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -7,12 +7,12 @@
 #include <optional>
 #include <string>
 
-#include "platform/text/Text.h"
 #include "platform/files/Folders.h"
 #include "platform/files/UserFolders.h"
+#include "platform/text/Text.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -81,4 +81,4 @@ TEST(UserFoldersOnLinux, NewOnesAreClosedToOthersAndEarlierOnesStayAsTheyWere) {
   EXPECT_EQ(mode(top + "/a/b/c"), 0700u);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "platform/system/Environment.h"
 #include "platform/files/UserFolders.h"
+#include "platform/system/Environment.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TEST(UserFoldersOnWindows, LieInTheApplicationData) {
   EXPECT_EQ(UserConfigurationFolder(), ExpandEnvironment(u"%APPDATA%\\Vantrel"));
   EXPECT_EQ(UserDataFolder(), ExpandEnvironment(u"%LOCALAPPDATA%\\Vantrel"));
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,3 +1,5 @@
+// Drives that answer late, never, or are not there.
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -5,7 +7,7 @@
 #include "platform/files/Volumes.h"
 #include "tests/platform/threads/Gate.h"
 
-namespace Kiv {
+namespace Vantrel {
 namespace {
 
 constexpr int64_t kForever = 60'000;
@@ -52,4 +54,4 @@ TEST(AskVolumes, DoesNotWaitForWhoNeverAnswers) {
   gate->ArriveAndWait();  // the late answer finds its place still there
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

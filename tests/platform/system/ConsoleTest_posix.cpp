@@ -1,3 +1,5 @@
+// Streams that are redirected, closed or full.
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -10,7 +12,7 @@
 
 #include "platform/system/Console.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -28,8 +30,8 @@ class TRedirect {
   int fSaved;
 };
 
-// Reads what was expected, however many pieces it comes in; a terminal hands it on in its own time. What comes beyond it
-// stands in front of the next.
+// Reads what was expected, however many pieces it comes in; a terminal hands it on in its own time. What comes beyond
+// it stands in front of the next.
 void ExpectOutput(int pFile, const std::string& pExpected) {
   constexpr int kPatienceMilliseconds = 20'000;
   std::string got;
@@ -122,4 +124,4 @@ TEST(ConsoleOnLinux, TheFirstInterruptAsksAndTheSecondEnds) {
       testing::KilledBySignal(SIGINT), "");
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,3 +1,5 @@
+// Variables, percent signs; today's date.
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -7,7 +9,7 @@
 #include "platform/system/FileTime.h"
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TEST(Environment, PercentSigns) {
   // PATH is the one variable that every process has on both systems.
@@ -51,4 +53,4 @@ TEST(Environment, DateOfToday) {
   EXPECT_TRUE(date == before || date == after) << date;
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

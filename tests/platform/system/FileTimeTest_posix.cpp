@@ -1,3 +1,5 @@
+// Remembered offsets from UTC against the system's answer, one by one.
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,7 +12,7 @@
 
 namespace {
 
-using namespace Kiv;
+using namespace Vantrel;
 
 constexpr int64_t kDay = 86'400;
 

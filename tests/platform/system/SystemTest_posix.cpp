@@ -1,3 +1,5 @@
+// What the system tells, on each platform.
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
@@ -9,16 +11,16 @@
 #include <ctime>
 #include <filesystem>
 
+#include "platform/files/Paths.h"
+#include "platform/files/Volumes.h"
 #include "platform/system/Errors.h"
 #include "platform/system/FileTime.h"
 #include "platform/system/OwnerNames.h"
-#include "platform/files/Paths.h"
 #include "platform/system/System.h"
 #include "platform/text/Text.h"
-#include "platform/files/Volumes.h"
 #include "tests/support/TemporaryFolder.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -129,4 +131,4 @@ TEST(SystemOnLinux, OwnersAndProcessorTime) {
   EXPECT_LE(most, 100);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,15 +1,17 @@
+// What the system tells, on each platform.
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
+#include "platform/files/Paths.h"
+#include "platform/files/Volumes.h"
 #include "platform/system/Errors.h"
 #include "platform/system/OwnerNames.h"
-#include "platform/files/Paths.h"
-#include "platform/text/Text.h"
-#include "platform/files/Volumes.h"
 #include "platform/system/Win32_win32.h"
+#include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 TEST(PathsOnWindows, AbsoluteExtendedAndUsualForms) {
   EXPECT_EQ(AbsolutePath(u"C:/a/.\\b\\..\\c\\"), u"C:\\a\\c");
@@ -56,4 +58,4 @@ TEST(ErrorsOnWindows, KindsAndText) {
   EXPECT_NE(OSErrorText(ERROR_ACCESS_DENIED).back(), '.');
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,3 +1,5 @@
+// Conversions, text for terminals.
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -5,7 +7,7 @@
 
 #include "platform/text/Text.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -134,4 +136,4 @@ TEST(Text, WholeNumbersOnly) {
   EXPECT_EQ(value, INT64_MIN);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

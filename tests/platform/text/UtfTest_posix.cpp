@@ -1,9 +1,11 @@
+// Upper case of every unit.
+
 #include <gtest/gtest.h>
 #include <unicode/uchar.h>
 
 #include "platform/text/Utf.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 // The shortcuts of UpcaseUnit leave no letter out.
 TEST(Utf, UpcaseOfEveryUnit) {
@@ -17,4 +19,4 @@ TEST(Utf, UpcaseOfEveryUnit) {
   EXPECT_GT(letters, 1'000);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,3 +1,6 @@
+// Masks against a slow definition of a match; on Windows, our own matcher against the system's calls on a million
+// pairs.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +10,7 @@
 #include "platform/text/Utf.h"
 #include "platform/text/WildcardMatch.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -108,4 +111,4 @@ TEST(WildcardMatch, LettersThatAreOneLetter) {
   }
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

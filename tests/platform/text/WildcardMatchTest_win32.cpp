@@ -14,7 +14,7 @@
 // with a blank is asked in a second form, in name and masks: a letter that occurs nowhere else instead of each blank.
 // Such a letter is like the blank when blanks count, and nobody strips it.
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -142,4 +142,4 @@ TEST(WildcardsOfTheSystem, LetterCaseOfEveryUnit) {
   EXPECT_GT(sameLetters, 1'000);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

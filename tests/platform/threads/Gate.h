@@ -1,9 +1,11 @@
 #pragma once
 
+// Lets several threads go at once.
+
 #include <condition_variable>
 #include <mutex>
 
-namespace Kiv {
+namespace Vantrel {
 
 // Opens for all when the given number of threads stand before it. In place of std::latch, which loses wake-ups where
 // the library has no futex to build on, as in the Windows build: it tests the count before it takes its lock.
@@ -23,4 +25,4 @@ class TGate {
   int fMissing;
 };
 
-}  // namespace Kiv
+}  // namespace Vantrel

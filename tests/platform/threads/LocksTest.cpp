@@ -1,3 +1,5 @@
+// Locks under many threads.
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -8,7 +10,7 @@
 #include "platform/threads/SlimReaderWriterLock.h"
 #include "tests/platform/threads/Gate.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -118,4 +120,4 @@ TEST(Locks, CriticalSectionHandsOver) {
   EXPECT_EQ(turn, 900);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

@@ -1,4 +1,4 @@
-#include "scan/engine/ScanEngine.h"
+// Scans, refreshes and removals against the recount; threads, cancellation, errors, depth.
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,14 @@
 #include "model/roots/ScanRoots.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
+#include "scan/engine/ScanEngine.h"
 #include "tests/support/MemoryRoot.h"
 #include "tests/support/Recount.h"
 
 namespace Vantrel::ScanEngine {
 namespace {
 
-using namespace Kiv::Testing;
+using namespace Vantrel::Testing;
 
 // Half a day off the bounds of the age intervals, so that the age stays the same while a test runs.
 TKivFileTime DaysAgo(int64_t pDays) {
@@ -129,8 +130,8 @@ struct TScannedStorage : TMemoryRoot {
   }
   // The storage's entry of a node.
   TMemoryEntry& Entry(IFolderData& pNode) {
-    return fStorage->Folder(std::u16string_view(pNode.GetFullPath()).substr(std::min(
-        pNode.GetFullPath().size(), fSettings.fPath.size() + 1)));
+    return fStorage->Folder(std::u16string_view(pNode.GetFullPath())
+                                .substr(std::min(pNode.GetFullPath().size(), fSettings.fPath.size() + 1)));
   }
   std::string UnfinishedNodes() {
     std::string text;
@@ -405,9 +406,9 @@ TEST(ScanEngine, DatesLongPathsAndDepthAtTheirLimits) {
   scanned.fOptions->LongPathLength = 20;
   TMemoryEntry& empty = scanned.Top().AddFolder(u"empty");
   empty.fValues.fLastChangeDate = empty.fValues.fLastAccessDate = DaysAgo(3);
-  scanned.Top().AddFolder(u"long").AddFile(u"12345678", 1);   // "/memory/long/12345678" has 21
-  scanned.Top().AddFolder(u"equal").AddFile(u"123456", 1);    // "/memory/equal/123456" has 20
-  scanned.Top().AddFolder(u"short").AddFile(u"12345", 1);     // 19
+  scanned.Top().AddFolder(u"long").AddFile(u"12345678", 1);  // "/memory/long/12345678" has 21
+  scanned.Top().AddFolder(u"equal").AddFile(u"123456", 1);   // "/memory/equal/123456" has 20
+  scanned.Top().AddFolder(u"short").AddFile(u"12345", 1);    // 19
   scanned.Top().AddFolder(u"a folder itself does not count");
   scanned.Scan();
   auto isLong = [&](const char16_t* pName) {

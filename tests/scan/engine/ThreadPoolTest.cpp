@@ -1,4 +1,4 @@
-#include "scan/engine/ThreadPool.h"
+// When threads start and end, order, termination, events; races held open by gates.
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,10 @@
 
 #include "model/tree/Tokens.h"
 #include "platform/system/Errors.h"
+#include "scan/engine/ThreadPool.h"
 #include "tests/support/MemoryEnumerator.h"
 
-namespace ThreadPool {
+namespace Vantrel::ThreadPool {
 namespace {
 
 using Testing::TGate;
@@ -26,7 +27,9 @@ class TCall : public TBasicWorkItem {
   std::function<void()> fCall;
 };
 
-TRef<TCall> Call(std::function<void()> pCall) { return MakeRef<TCall>(std::move(pCall)); }
+TRef<TCall> Call(std::function<void()> pCall) {
+  return MakeRef<TCall>(std::move(pCall));
+}
 TRef<TCall> Hold(TGate& pGate) {
   return Call([&pGate] { pGate.Pass(); });
 }
@@ -66,14 +69,11 @@ TEST(ThreadPool, ThreadsAreStartedByTheThreadCheck) {
     int32_t fThreads;  // after one more item
   };
   const TStep steps[] = {
-      {0, 100, 1},    // the minimum, whatever the processor says
-      {0, 60, 1},     // at the minimum: as busy as the cap allows is too busy
-      {0, 59, 2},     // the interval does not count while no more than the minimum runs
-      {0, 0, 2},      // above it, it does
-      {1000, 60, 2},
-      {2000, 59, 3},
-      {3000, 0, 4},
-      {4000, 0, 4},   // the maximum
+      {0, 100, 1},  // the minimum, whatever the processor says
+      {0, 60, 1},   // at the minimum: as busy as the cap allows is too busy
+      {0, 59, 2},   // the interval does not count while no more than the minimum runs
+      {0, 0, 2},    // above it, it does
+      {1000, 60, 2}, {2000, 59, 3}, {3000, 0, 4}, {4000, 0, 4},  // the maximum
   };
   for (const TStep& step : steps) {
     test.fTick = step.fTick;
@@ -292,4 +292,4 @@ TEST(ThreadPool, CpuUsageIsClamped) {
 }
 
 }  // namespace
-}  // namespace ThreadPool
+}  // namespace Vantrel::ThreadPool

@@ -1,10 +1,12 @@
-#include "scan/files/DuplicateMounts.h"
+// Tables of mounts, and which of them do not count.
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-namespace Kiv::Enumerators {
+#include "scan/files/DuplicateMounts.h"
+
+namespace Vantrel::Enumerators {
 namespace {
 
 struct TShown {
@@ -81,4 +83,4 @@ TEST(DuplicateMounts, WhatIsNotEntered) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

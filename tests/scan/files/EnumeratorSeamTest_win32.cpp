@@ -1,3 +1,5 @@
+// Faults, rights and volumes that a stand-in for the system plays.
+
 #include <gtest/gtest.h>
 #include <winternl.h>
 
@@ -13,7 +15,7 @@
 #include "scan/files/Win32FindEnumerator_win32.h"
 
 // Faults, rights and volumes that a test cannot have for real, played by a stand-in for the system's calls.
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 std::string Narrow(std::u16string_view pText) {
@@ -569,4 +571,4 @@ TEST(ReparseData, TargetsAreReadAndDamageIsNoticed) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

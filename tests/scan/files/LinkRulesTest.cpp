@@ -1,14 +1,16 @@
+// Tables of links, errors, allocated sizes and attributes.
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "platform/system/DebugLog.h"
-#include "scan/storage/FileSystemEnumerator.h"
 #include "scan/files/LinkRules.h"
+#include "scan/storage/FileSystemEnumerator.h"
 #include "tests/support/MemoryEnumerator.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 std::string Narrow(std::u16string_view pText) {
@@ -195,4 +197,4 @@ TEST(FileSystemEnumerator, FileUrlsBecomePaths) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,4 +1,4 @@
-#include "scan/files/UnixEnumerator_posix.h"
+// Linux' enumerator on real folders.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,8 +14,9 @@
 #include <map>
 
 #include "platform/text/Text.h"
+#include "scan/files/UnixEnumerator_posix.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 namespace fs = std::filesystem;
@@ -87,7 +88,7 @@ TWalk Walk(TRef<IHierarchicalEnumerator> pTop) {
 }
 
 TEST_F(UnixEnumerator, NamesThatAreNotTextLeadBackToTheirFolders) {
-  const std::string names[] = {"plain", "\xff\xfe", "caf\xc3\xa9", "half\xc3", "\xed\xa0\x80surrogate",
+  const std::string names[] = {"plain",       "\xff\xfe",    "caf\xc3\xa9",      "half\xc3",  "\xed\xa0\x80surrogate",
                                "line\nbreak", "\x1b[31mred", "\xf0\x9f\x98\x80", "trailing ", "back\\slash"};
   for (const std::string& name : names) {
     ASSERT_EQ(0, mkdir(Path(name).c_str(), 0755));
@@ -127,7 +128,8 @@ TEST_F(UnixEnumerator, SizesOfLinkedSparseAndSpecialFiles) {
   EXPECT_EQ(allocated / 3, shared["one"].fValues.fAllocated);
   EXPECT_EQ(allocated / 3, shared["two"].fValues.fAllocated);
   EXPECT_EQ(5000, shared["two"].fValues.fSize);
-  EXPECT_EQ(status.st_mtim.tv_sec, (shared["one"].fValues.fLastChangeDate.fTicks - TKivFileTime::kUnixEpoch) / 10'000'000);
+  EXPECT_EQ(status.st_mtim.tv_sec,
+            (shared["one"].fValues.fLastChangeDate.fTicks - TKivFileTime::kUnixEpoch) / 10'000'000);
   auto whole = List(*Open());
   EXPECT_EQ(allocated, whole["one"].fValues.fAllocated);
   EXPECT_EQ(0, whole["folder"].fValues.fAllocated);
@@ -145,10 +147,16 @@ TEST_F(UnixEnumerator, LinksAreFollowedOnlyWhenAskedAndNeverBack) {
   ASSERT_EQ(0, mkdir(Path("scan/real").c_str(), 0755));
   ASSERT_EQ(0, mkdir(Path("outside").c_str(), 0755));
   Write("outside/file", 100);
-  const std::pair<const char*, std::string> links[] = {
-      {"self", "self"},         {"loop", "."},           {"up", ".."},      {"inside", "real"},
-      {"dangling", "no-where"}, {"out", "../outside"},   {"again", Path("outside")}, {"file", "../outside/file"}};
-  for (const auto& [name, target] : links) ASSERT_EQ(0, symlink(target.c_str(), Path(std::string("scan/") + name).c_str()));
+  const std::pair<const char*, std::string> links[] = {{"self", "self"},
+                                                       {"loop", "."},
+                                                       {"up", ".."},
+                                                       {"inside", "real"},
+                                                       {"dangling", "no-where"},
+                                                       {"out", "../outside"},
+                                                       {"again", Path("outside")},
+                                                       {"file", "../outside/file"}};
+  for (const auto& [name, target] : links)
+    ASSERT_EQ(0, symlink(target.c_str(), Path(std::string("scan/") + name).c_str()));
   // Back from what is followed, into the scan and to itself.
   ASSERT_EQ(0, symlink("../scan", Path("outside/back").c_str()));
   ASSERT_EQ(0, symlink("../outside", Path("outside/itself").c_str()));
@@ -284,7 +292,8 @@ TEST_F(UnixEnumerator, FoldersWithoutPermissions) {
     check(List(*top).size() == 3 && top->GetErrorCode() == 0);
     for (const char16_t* name : {u"unreadable", u"unsearchable"}) {
       TRef<IHierarchicalEnumerator> denied = top->CreateChildEnumerator(name, kAttributeDirectory);
-      check(!denied->Next() && denied->GetErrorCode() == EACCES && denied->GetError() == TEnumeratorError::eeAccessDenied);
+      check(!denied->Next() && denied->GetErrorCode() == EACCES &&
+            denied->GetError() == TEnumeratorError::eeAccessDenied);
     }
     _exit(failures == 0 ? 0 : 2 + failures);
   }
@@ -301,7 +310,8 @@ TEST_F(UnixEnumerator, PathsThatAreNoFolders) {
   auto listed = List(*single);
   ASSERT_EQ(1u, listed.size());
   EXPECT_EQ(9, listed["file"].fValues.fSize);
-  EXPECT_EQ(static_cast<uint32_t>(ENOENT), TUnixEnumerator::CreateForPath(FromNativeBytes(Path("none")), 0)->GetErrorCode());
+  EXPECT_EQ(static_cast<uint32_t>(ENOENT),
+            TUnixEnumerator::CreateForPath(FromNativeBytes(Path("none")), 0)->GetErrorCode());
   EXPECT_EQ(static_cast<uint32_t>(ENOTDIR),
             TUnixEnumerator::CreateForPath(FromNativeBytes(Path("file/below")), 0)->GetErrorCode());
   EXPECT_EQ(1u, List(*TUnixEnumerator::CreateForPath(u"FILE://" + FromNativeBytes(fFolder), 0)).size());
@@ -313,4 +323,4 @@ TEST_F(UnixEnumerator, PathsThatAreNoFolders) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

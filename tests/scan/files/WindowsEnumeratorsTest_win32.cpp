@@ -1,3 +1,5 @@
+// Both Windows enumerators on one real folder, entry by entry.
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -6,12 +8,12 @@
 #include <vector>
 
 #include "platform/text/Text.h"
-#include "scan/storage/EnumeratorFactory.h"
 #include "scan/files/NTApiEnumerator_win32.h"
 #include "scan/files/Win32FindEnumerator_win32.h"
+#include "scan/storage/EnumeratorFactory.h"
 
 // Both enumerators on one real folder: what was put there is what both list, value by value.
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 using Win32::Wide;
@@ -248,4 +250,4 @@ TEST(WindowsEnumerators, FolderItselfIsDescribedBeforeItsEntries) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,3 +1,5 @@
+// Which class serves which path.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,7 +8,7 @@
 #include "scan/storage/EnumeratorFactory.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 // Enumerators that only say by their error code who made them.
@@ -55,4 +57,4 @@ TEST(EnumeratorFactory, MissingPathIsAnEnumeratorThatTells) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

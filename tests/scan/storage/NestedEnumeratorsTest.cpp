@@ -1,3 +1,5 @@
+// Wrappers: sums, caching, filters, depth.
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -5,7 +7,7 @@
 #include "scan/storage/NestedEnumerators.h"
 #include "tests/support/MemoryEnumerator.h"
 
-namespace Kiv::Enumerators {
+namespace Vantrel::Enumerators {
 namespace {
 
 using Testing::TMemoryStorage;
@@ -152,4 +154,4 @@ TEST(FilterEnumerator, LeavesOutWhatIsRejectedAndPassesErrorsOn) {
 }
 
 }  // namespace
-}  // namespace Kiv::Enumerators
+}  // namespace Vantrel::Enumerators

@@ -1,10 +1,11 @@
-#include "search/patterns/PatternFilter.h"
+// Filtered scans against a recount of the rest; counts, unopened branches, warnings.
 
 #include <gtest/gtest.h>
 
 #include <random>
 
 #include "platform/text/Text.h"
+#include "search/patterns/PatternFilter.h"
 #include "search/patterns/PatternList.h"
 #include "tests/support/MemoryRoot.h"
 #include "tests/support/Recount.h"
@@ -12,8 +13,8 @@
 namespace Vantrel {
 namespace {
 
-using namespace Kiv::PatternMatching;
-using namespace Kiv::Testing;
+using namespace Vantrel::PatternMatching;
+using namespace Vantrel::Testing;
 
 void FillRandomly(TMemoryEntry& pFolder, std::mt19937& pRandom, int pDepth) {
   static const char16_t* const kNames[] = {u"report", u"cache-", u"Cache-", u"old", u"data"};
@@ -42,7 +43,8 @@ TVerdict Judge(const TMemoryEntry& pEntry) {
   return TVerdict::veTaken;
 }
 
-// Marks as removed what the patterns leave out, and counts it, so that the recount of the rest is what a scan must find.
+// Marks as removed what the patterns leave out, and counts it, so that the recount of the rest is what a scan must
+// find.
 void StrikeOut(TMemoryEntry& pFolder, std::map<TVerdict, int64_t>& pCounts) {
   for (TMemoryEntry& child : pFolder.fChildren) {
     const TVerdict verdict = Judge(child);

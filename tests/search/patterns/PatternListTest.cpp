@@ -1,3 +1,5 @@
+// Lists: reading back, order, matching while others change them, the filtering enumerator.
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -17,7 +19,7 @@
 #include "tests/support/Failures.h"
 #include "tests/support/MemoryEnumerator.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -63,8 +65,9 @@ TRef<TPatternList> ThroughElements(const TPatternList& pList) {
 
 // Any pattern that can be typed, with all that makes reading it back hard: prefixes, quotes, slashes, blanks, columns.
 TRef<IPattern> RandomPattern(std::mt19937& pRandom, char16_t pDelimiter) {
-  static const std::u16string_view kPieces[] = {u"a",   u"*",  u"?",   u";",       u" ",  u".",   u"\"",  u"/",     u"\\",
-                                                u"(+)", u"()", u"<||", u"(Owner)", u"/i", u"%DATE%", u"\u00E4", u"C:"};
+  static const std::u16string_view kPieces[] = {u"a",       u"*",  u"?",      u";",      u" ",  u".",
+                                                u"\"",      u"/",  u"\\",     u"(+)",    u"()", u"<||",
+                                                u"(Owner)", u"/i", u"%DATE%", u"\u00E4", u"C:"};
   std::u16string text;
   for (size_t pieces = 1 + pRandom() % 5; pieces > 0; --pieces) text += kPieces[pRandom() % std::size(kPieces)];
   static const TPatternTarget kTargets[] = {NameTarget(), FullPathTarget(), TargetOfColumn(TColumn::mdOwner),
@@ -97,7 +100,8 @@ TEST(PatternList, RandomListsReadBackEqual) {
   std::mt19937 random(20261121);
   for (int round = 0; round < 20'000; ++round) {
     auto list = MakeRef<TPatternList>(round % 2 == 0 ? u'/' : u'\\');
-    for (size_t count = 1 + random() % 4; count > 0; --count) list->Add(RandomPattern(random, list->GetPathDelimiter()));
+    for (size_t count = 1 + random() % 4; count > 0; --count)
+      list->Add(RandomPattern(random, list->GetPathDelimiter()));
     list->SetEmptyPatternListMatchesAll(random() % 2 == 0);
     ASSERT_TRUE(ThroughElements(*list)->Equal(*list)) << ToUtf8(Shown(*list));
 
@@ -258,9 +262,9 @@ TEST(FileFilterEnumerator, PassesOnWhatTheListLetsIn) {
       if (pListing.IsFolder()) walk(*pListing.GetChildHierarchicalEnumerator());
     }
   };
-  walk(*MakeRef<Enumerators::Filter::TFileFilterEnumerator>(storage->CreateEnumerator(), list));
+  walk(*MakeRef<Enumerators::TFileFilterEnumerator>(storage->CreateEnumerator(), list));
   std::sort(seen.begin(), seen.end());
   EXPECT_EQ(seen, (std::vector<std::u16string>{u"/m/3.JPG", u"/m/keep", u"/m/keep/deep", u"/m/keep/deep/1.jpg"}));
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

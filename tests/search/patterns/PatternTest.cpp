@@ -1,3 +1,5 @@
+// Single patterns: text form, matching, folders on the way, targets; the older list.
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -14,7 +16,7 @@
 #include "search/patterns/WildcardPattern.h"
 #include "tests/support/Failures.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -23,7 +25,9 @@ using Vantrel::Testing::MessageOf;
 constexpr TPatternType kInclude = TPatternType::ptyInclude;
 constexpr TPatternType kExclude = TPatternType::ptyExclude;
 
-TPatternTarget Owner() { return TargetOfColumn(TColumn::mdOwner); }
+TPatternTarget Owner() {
+  return TargetOfColumn(TColumn::mdOwner);
+}
 
 TRef<IPattern> Parse(std::u16string_view pText, char16_t pDelimiter = u'/') {
   return ParsePattern(pText, kInclude, pDelimiter);
@@ -201,8 +205,8 @@ TEST(Pattern, FoldersOnTheWayToAPath) {
   EXPECT_FALSE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/ftp"));
 }
 
-// Whatever a mask matches must be reachable through every folder on the way: tried with random masks and paths, where the
-// masks' own matcher says what they match.
+// Whatever a mask matches must be reachable through every folder on the way: tried with random masks and paths, where
+// the masks' own matcher says what they match.
 TEST(Pattern, NothingThatMatchesIsOutOfReach) {
   std::mt19937 random(4242);
   int matches = 0;
@@ -257,4 +261,4 @@ TEST(OlderPatterns, UncheckedMasksDoNotCount) {
   EXPECT_TRUE(patterns.Matches(u"a"));
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

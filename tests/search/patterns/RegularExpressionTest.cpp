@@ -1,3 +1,5 @@
+// Expressions and texts, lone surrogates, limits, messages; compiled and interpreted.
+
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -7,7 +9,7 @@
 #include "platform/text/Text.h"
 #include "search/patterns/RegularExpression.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -247,4 +249,4 @@ TEST(RegularExpression, HostileExpressionsAreRefusedOrMatch) {
   });
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching

@@ -1,10 +1,12 @@
+// Sizes such as "10 MB", and what each refusal says.
+
 #include <gtest/gtest.h>
 
 #include "platform/text/Text.h"
 #include "search/patterns/SizeText.h"
 #include "tests/support/Failures.h"
 
-namespace Kiv {
+namespace Vantrel {
 
 namespace {
 
@@ -72,14 +74,16 @@ TEST(SizeText, RefusesWithTheReason) {
   };
   EXPECT_EQ(MessageOf(u""), noNumber(""));
   EXPECT_EQ(MessageOf(u"MB"), noNumber(""));
-  for (const char* number : {"-1", "+1", "0x10", "1e3", "1'000", ".", "1,x00", "\xD9\xA3"})  // the last: a three in Arabic
+  for (const char* number :
+       {"-1", "+1", "0x10", "1e3", "1'000", ".", "1,x00", "\xD9\xA3"})  // the last: a three in Arabic
     EXPECT_EQ(MessageOf(FromUtf8(number) + u"B"), noNumber(number));
 
   for (const char* number : {"1.5", "1,25", "1.0000", "1,000.5", "1,000.500", "1.000,000", "1 000,000", "0.1234"})
-    EXPECT_EQ(MessageOf(FromUtf8(number) + u" GB"),
-              "\"" + std::string(number) +
-                  "\" is a decimal value and not supported. Please use a smaller size unit and provide the number as an "
-                  "integer.");
+    EXPECT_EQ(
+        MessageOf(FromUtf8(number) + u" GB"),
+        "\"" + std::string(number) +
+            "\" is a decimal value and not supported. Please use a smaller size unit and provide the number as an "
+            "integer.");
 
   for (const char* number : {"1000,000", "1,00,000", "1,0000,000", ",000", "1,,000", "1,"})
     EXPECT_EQ(MessageOf(FromUtf8(number) + u"B"),
@@ -89,4 +93,4 @@ TEST(SizeText, RefusesWithTheReason) {
     EXPECT_NE(MessageOf(size), "") << ToUtf8(size);
 }
 
-}  // namespace Kiv
+}  // namespace Vantrel

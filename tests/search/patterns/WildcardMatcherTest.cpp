@@ -1,3 +1,5 @@
+// Every shape of matcher against the general match.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,7 +11,7 @@
 #include "platform/text/WildcardMatch.h"
 #include "search/patterns/WildcardMatcher.h"
 
-namespace Kiv::PatternMatching {
+namespace Vantrel::PatternMatching {
 
 namespace {
 
@@ -221,4 +223,4 @@ TEST(MatchText, FoldsEveryLengthAnewForEachText) {
   }
 }
 
-}  // namespace Kiv::PatternMatching
+}  // namespace Vantrel::PatternMatching
