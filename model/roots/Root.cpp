@@ -24,6 +24,10 @@ TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards
 TCustomRoot::~TCustomRoot() = default;
 
 TRef<IScanConfiguration> TCustomRoot::GetScanConfiguration() const {
+  return Configuration();
+}
+
+TRef<TScanConfiguration> TCustomRoot::Configuration() const {
   TSharedLock lock(fConfigurationLock);
   return fConfiguration;
 }
@@ -88,17 +92,12 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
 
 TRef<TScanConfiguration> TCustomRoot::ConfigurationOfNextScan(bool pWholeTree) {
   TScanRun scan;
-  TRef<TScanConfiguration> current;
-  {
-    TSharedLock lock(fConfigurationLock);
-    current = fConfiguration;
-  }
   {
     TCriticalSectionLock lock(fLock);
     scan.fToken = fCancellationToken;
     scan.fFilter = fScanFilter;
   }
-  if (!pWholeTree) return current->ForRefresh(scan.fToken);
+  if (!pWholeTree) return Configuration()->ForRefresh(scan.fToken);
   if (fOptions->NumberOfTopFiles > 0)
     scan.fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
   scan.fTimeStamp = GetScanTimeStamp();
@@ -113,11 +112,7 @@ TRef<TScanConfiguration> TCustomRoot::ConfigurationOfNextScan(bool pWholeTree) {
 
 void TCustomRoot::StartEngine() {
   const int32_t activeScans = fOwner ? fOwner->CountActiveScans() : 1;
-  TRef<TScanConfiguration> configuration;
-  {
-    TSharedLock lock(fConfigurationLock);
-    configuration = fConfiguration;
-  }
+  TRef<TScanConfiguration> configuration = Configuration();
   const bool wholeTree = configuration->IsOfWholeTree();
   TRef<TCustomRoot> self(this);  // the callback may come after the last outside reference has gone
   TRef<IScanEngine> engine =
@@ -131,7 +126,7 @@ void TCustomRoot::Scan() {
   if (fDisposeToken->IsDisposed()) return;
   if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
   GiveUpTree();
-  const TRef<TScanConfiguration> configuration(static_cast<TScanConfiguration*>(GetScanConfiguration().get()));
+  const TRef<TScanConfiguration> configuration = Configuration();
   TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, configuration->GetEnumeratorOptions());
   // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
   const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();

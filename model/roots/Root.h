@@ -72,6 +72,7 @@ class TCustomRoot : public TBaseRoot {
 
   // What a scan of one kind or another has in common: its state, clock, tokens and engine. pWholeTree: no refresh.
   bool BeginScanning(bool pWholeTree);
+  TRef<TScanConfiguration> Configuration() const;
   TRef<TScanConfiguration> ConfigurationOfNextScan(bool pWholeTree);
   void StartEngine();
   void EndScanning(bool pWholeTree);

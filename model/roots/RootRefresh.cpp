@@ -40,8 +40,8 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
     const TRef<IHierarchicalElement> folder = pFolder.GetParentFolder();
     return folder && RefreshFolder(*folder->AsFolder(), false);
   }
-  if (!BeginScanning(false)) return false;
-  const TRef<TCustomFolderData> folder(static_cast<TCustomFolderData*>(&pFolder));
+  const TRef<TCustomFolderData> folder(dynamic_cast<TCustomFolderData*>(&pFolder));  // a view refreshes what it shows
+  if (!folder || !BeginScanning(false)) return false;
   folder->IncludeFolderState(fsUpdatePending);
   NotifyObservers(*GetTopFolder(), TChangeKind::ckScanStarted);
   StartEngine();
@@ -56,10 +56,9 @@ TCustomRoot::TFoundFolder TCustomRoot::FindInStorage(TCustomFolderData& pFolder)
   TFoundFolder found;
   std::vector<TCustomFolderData*> way;  // the folder first; without the top folder
   for (TCustomFolderData* node = &pFolder; node->ParentFolder(); node = node->ParentFolder()) way.push_back(node);
-  const TRef<IScanConfiguration> configuration = GetScanConfiguration();
   try {
-    TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(
-        fPath, static_cast<const TScanConfiguration&>(*configuration).GetEnumeratorOptions());
+    TRef<IHierarchicalEnumerator> enumerator =
+        fServices->CreateEnumerator(fPath, Configuration()->GetEnumeratorOptions());
     for (size_t i = way.size(); i > 1; --i)
       enumerator = enumerator->CreateChildEnumerator(way[i - 1]->GetObjectName(), way[i - 1]->GetAttributes());
     if (!way.empty()) {

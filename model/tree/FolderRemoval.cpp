@@ -7,9 +7,13 @@
 namespace Vantrel {
 
 TFolderContribution TCustomFolderData::OwnFilesContribution() const {
-  const TRef<IFolderData> filesNode = GetFilesNode();
-  if (!filesNode && GetSubFolderCount() > 0) return {};  // sub-folders only
-  TFolderContribution own = filesNode ? static_cast<TCustomFolderData&>(*filesNode).Contribution() : Contribution();
+  TRef<TCustomFolderData> filesNode;
+  {
+    TSharedLock lock(fLock);
+    if (fSubItems) filesNode = fSubItems->fFilesNode;
+    if (fSubItems && !filesNode && !fSubItems->fList.empty()) return {};  // sub-folders only
+  }
+  TFolderContribution own = filesNode ? filesNode->Contribution() : Contribution();
   own.fStatistics = own.fStatistics.Clone();
   return own;
 }

@@ -265,9 +265,9 @@ TEST(ScanEngine, ARefreshIsDoneOnAWorker) {
   scanned.Top().AddFolder(u"a").AddFile(u"f", 1);
   TMemoryEntry& gone = scanned.Top().AddFolder(u"gone");
   scanned.Scan();
-  gone.fRemoved = true;
   for (const char16_t* path : {u"/memory/a", u"/memory/gone"})
     for (const bool recursive : {false, true}) {
+      gone.fRemoved = path == std::u16string_view(u"/memory/gone");
       const TRef<IFolderData> node = scanned.Node(path);
       if (!node) continue;
       scanned.fStorage->WatchThisThread();
@@ -339,9 +339,10 @@ TEST(ScanEngine, TheEndIsToldWhenTheScanHasEnded) {
   auto observer = MakeRef<TEndObserver>(scanned.Root());
   scanned.fRoot->SubscribeObserver(observer);
   scanned.Scan();
+  scanned.fRoot->GetScanEngine()->Dispose();  // waits for the thread that tells
   scanned.Node(u"/memory/a")->Refresh(true);
   ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
-  scanned.fRoot->GetScanEngine()->Dispose();  // waits for the thread that tells
+  scanned.fRoot->GetScanEngine()->Dispose();
   EXPECT_EQ(2, observer->fEnds);
   EXPECT_FALSE(observer->fStillRunning);
 }
