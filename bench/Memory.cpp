@@ -86,7 +86,7 @@ class TBuilder {
     fRoot->WaitForScan(60'000);
     rmdir(folder);
     fTop = MakeRef<TFolderData>(fRoot, fRoot->GetPath());
-    fFiles = std::make_unique<ScanEngine::TFolderAccumulator>(fRoot->GetScanConfiguration());
+    fFiles = std::make_unique<ScanEngine::TFolderAccumulator>(*fRoot->GetScanConfiguration());
     fEntry = MakeRef<TEntry>();
   }
   ~TBuilder() {

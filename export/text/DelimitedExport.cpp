@@ -87,7 +87,8 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||
                    fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
-  fSharesOfAllocated = pRoot.GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
+  fSharesOfAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
+  ShowGone(pRoot.GetComparison());
   if (LineCount() == 0) WriteHeader();
   TRows rows(*this);
   WalkInParallel(*top, rows, [this](const TRowText& pText) {

@@ -31,7 +31,7 @@ TMetaDataValue Date(TKivFileTime pDate) {
 class TShares {
  public:
   TShares(IHierarchicalRoot& pRoot, const IFolderData& pTop)
-      : fOfAllocated(pRoot.GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated),
+      : fOfAllocated(pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated),
         fWhole(Basis(pTop.GetSize(), pTop.GetAllocated())) {}
 
   double Of(int64_t pSize, int64_t pAllocated) const {
@@ -117,8 +117,8 @@ std::u16string_view DateText(TDateType pType) {
 
 TListTable TopFilesList(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
-  const ITopSizeList* list = top ? pRoot.GetTopSizeList() : nullptr;
-  const bool withOwners = pRoot.GetScanConfiguration().GetDoUsersStatistics();
+  const TRef<ITopSizeList> list = top ? pRoot.GetTopSizeList() : nullptr;
+  const bool withOwners = pRoot.GetScanConfiguration()->GetDoUsersStatistics();
   // The path comes last: where it is long, nothing is pushed out of sight by it.
   std::vector<TListColumn> columns;
   for (TColumn column : {TColumn::mdName, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdPercentOfRoot,
@@ -186,7 +186,7 @@ TListTable UsersList(IHierarchicalRoot& pRoot) {
 }
 
 TListTable FileAgesList(IHierarchicalRoot& pRoot) {
-  const TDateType type = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  const TDateType type = pRoot.GetScanConfiguration()->GetFileAgesDateType();
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   const TRef<IFileAgeDistribution> ages = top ? top->GetFileAgeDistribution(type) : nullptr;
   std::vector<TListColumn> columns{{u"Age", TColumn::mdName}};

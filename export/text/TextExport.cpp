@@ -57,6 +57,7 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
   }
   const TRef<IComparison> comparison = pRoot.GetComparison();
   fComparison = comparison.get();
+  ShowGone(comparison);
   if (fComparison && Settings().fColumns.empty()) {
     SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
                 TColumn::mdSize, TColumn::mdFiles, TColumn::mdLastChange});

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "model/tree/CustomFolder.h"
 #include "model/tree/SingleFile.h"
 #include "platform/system/System.h"
 
@@ -52,9 +53,13 @@ TMetaDataValue AmountOfChange(const IFolderData& pFolder) {
 std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolder) const {
   if (pFolder.IsFileGroup()) return {};
   std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
+  if (fGoneSince && (pFolder.GetFolderState() & fsIsDummyForComparison) == 0) {
+    std::vector<TRef<IFolderData>> gone = fGoneSince->FindGone(pFolder);
+    children.insert(children.end(), gone.begin(), gone.end());
+    if (!gone.empty()) children = SortedBySize(std::move(children));
+  }
   std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
-    return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || !TakesIn(*pChild) ||
-           pChild->GetSize() < fSettings.fSmallestFolder;
+    return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || pChild->GetSize() < fSettings.fSmallestFolder;
   });
   // As they come, they are in the tree's order.
   if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
@@ -152,7 +157,8 @@ bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
 
 int64_t TBaseExport::RowsOf(const IFolderData& pFolder) const {
   constexpr int64_t kVeryMany = 1 << 30;  // a file may claim any number
-  const TSizeValues values = pFolder.GetValues();
+  TSizeValues values = pFolder.GetValues();
+  if (fGoneSince) values.fFolders += std::min(fGoneSince->EarlierValues(pFolder).fFolders, kVeryMany);
   return 1 + std::min(values.fFolders, kVeryMany) + (Includes(ioFiles) ? std::min(values.fFiles, kVeryMany) : 0);
 }
 

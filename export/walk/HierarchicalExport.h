@@ -95,8 +95,10 @@ class TBaseExport {
   // The same on as many threads as there are processors: the writer and its branches write, the pieces come out in the
   // order of the walk. Ends early when pTake returns false, and then returns false too.
   bool WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const;
-  // Whether the exporter wants a folder that the settings take in.
-  virtual bool TakesIn(const IFolderData&) const { return true; }
+  // What has gone since this earlier scan gets rows among the others, from here on; nullptr for no such rows. An
+  // exporter that calls this not, or for a root that is not compared, writes the tree alone.
+  void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
+  const IComparison* GoneSince() const { return fGoneSince.get(); }
 
  private:
   class TWalk;
@@ -115,6 +117,7 @@ class TBaseExport {
   const TMediaSettings fSettings;
   std::vector<TColumn> fColumns;
   bool fSortByChange = false;
+  TRef<IComparison> fGoneSince;
 };
 
 // An exporter that writes a whole root to one place.

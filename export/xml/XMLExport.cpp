@@ -206,7 +206,7 @@ void TCustomXMLExport::PrepareFolders(IHierarchicalRoot& pRoot) {
     return std::tie(pA.fPath, pA.fCode) < std::tie(pB.fPath, pB.fCode);  // threads record in any order
   });
   fFileAgesNames.clear();
-  const IFileAges& ages = *pRoot.GetScanConfiguration().GetFileAges();
+  const IFileAges& ages = *pRoot.GetScanConfiguration()->GetFileAges();
   for (int i = 0; i < ages.GetCount(); ++i) fFileAgesNames.push_back("Days_" + std::to_string(ages.GetItem(i)));
 }
 
@@ -225,11 +225,11 @@ void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream
   pStream.AddElement("Title", TXMLUtils::HtmlEncode(pRoot.GetTitle()));
   pStream.AddElement("TotalBytesOnDrive", storage.fTotalBytes);
   pStream.AddElement("FreeBytesOnDrive", storage.fFreeBytes);
-  const TDateType dateType = pRoot.GetScanConfiguration().GetFileAgesDateType();
+  const TDateType dateType = pRoot.GetScanConfiguration()->GetFileAgesDateType();
   TXMLAttributes attributes;
   attributes.Add("FileAgesDateType", static_cast<int>(dateType));
   pStream.AddBooleanElement("DoCreateFileAges", dateType != TDateType::dtNone, attributes);
-  if (const ITopSizeList* list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
+  if (const TRef<ITopSizeList> list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
   pStream.AddBooleanElement("IsFullExport", IsFullExport());
 }
 

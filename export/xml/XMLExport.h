@@ -29,10 +29,6 @@ class TCustomXMLExport : public TBaseExport {
  private:
   class TFolderElements;
 
-  // What has gone since an earlier scan is no part of the tree.
-  bool TakesIn(const IFolderData& pFolder) const override {
-    return (pFolder.GetFolderState() & fsIsDummyForComparison) == 0;
-  }
   void PrepareFolders(IHierarchicalRoot& pRoot);
   void WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream& pStream) const;
   bool IsFullExport() const;

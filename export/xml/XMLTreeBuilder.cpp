@@ -419,7 +419,7 @@ void TXMLTreeBuilder::EndFolder() {
     return;
   }
   TOpenFolder& parent = fOpen.back();
-  if (!parent.fHasStatistics) AddStatistics(parent, folder.fValues.fStatistics);
+  if (!parent.fHasStatistics) parent.fValues.fStatistics.AddOrCreate(folder.fValues.fStatistics);
   if (!folder.fIsFilesNode) parent.fChildren.push_back(std::move(folder.fNode));
   fPath.resize(parent.fPathLength);
 }
@@ -433,22 +433,6 @@ void TXMLTreeBuilder::CheckNames(const TOpenFolder& pFolder) const {
   if (twice != names.end())
     Fail(ToQuotedDisplay(JoinPath(std::u16string_view(fPath).substr(0, pFolder.fPathLength), *twice, fDelimiter)) +
          " is there twice");
-}
-
-void TXMLTreeBuilder::AddStatistics(TOpenFolder& pTarget, const TFolderStatistics& pStatistics) {
-  TFolderStatistics& target = pTarget.fValues.fStatistics;
-  if (pStatistics.fExtensions) {
-    if (!target.fExtensions) target.fExtensions = MakeRef<TExtensionSizeArray>();
-    target.fExtensions->AddArray(*pStatistics.fExtensions);
-  }
-  if (pStatistics.fUsers) {
-    if (!target.fUsers) target.fUsers = MakeRef<TUserSizeArray>();
-    target.fUsers->AddArray(*pStatistics.fUsers);
-  }
-  if (pStatistics.fAges) {
-    if (!target.fAges) target.fAges = pStatistics.fAges->CloneEmpty();
-    target.fAges->AddDistribution(*pStatistics.fAges);
-  }
 }
 
 void TXMLTreeBuilder::ReadDate(TKivFileTime TEntryValues::*pDate, std::string_view pWhere,

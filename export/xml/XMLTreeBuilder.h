@@ -69,7 +69,6 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   std::u16string_view NameIn(const TOpenFolder& pParent, std::u16string_view pPath) const;
   void EndFolder();
   void CheckNames(const TOpenFolder& pFolder) const;
-  void AddStatistics(TOpenFolder& pTarget, const TFolderStatistics& pStatistics);
   void BeginSizeArray(bool pIsUsers);
   void AddItem(TXMLAttributeSpan pAttributes);
   void ReadFileAges(TXMLAttributeSpan pAttributes);

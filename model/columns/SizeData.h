@@ -40,6 +40,13 @@ struct TSizeValues : TBasicSizeValues {
   int64_t fFolders = 0;
   TCompressionStates fCompression = 0;
   bool operator==(const TSizeValues&) const = default;
+  using TBasicSizeValues::operator+=;
+  TSizeValues& operator+=(const TSizeValues& pOther) {
+    TBasicSizeValues::operator+=(pOther);
+    fFolders += pOther.fFolders;
+    fCompression |= pOther.fCompression;
+    return *this;
+  }
 };
 
 // A size record as an object that answers columns: sizes and counts in bytes and items.

@@ -2,71 +2,120 @@
 
 #include <algorithm>
 
+#include "model/roots/GoneFolder.h"
 #include "platform/text/Utf.h"
 
 namespace Vantrel {
 
 namespace {
 
-// By what folders of the same parent are told apart: on Windows letter case does not count.
-std::u16string KeyOf(const IFolderData& pFolder, char16_t pDelimiter) {
-  std::u16string key(pFolder.GetObjectName());
-  if (pDelimiter != u'/') std::transform(key.begin(), key.end(), key.begin(), UpcaseUnit);
-  return key;
+// A folder without sub-folders has no node for its files: it is its files.
+TSizeValues OwnFilesOf(const IFolderData& pFolder) {
+  if (const TRef<IFolderData> files = pFolder.GetFilesNode()) return files->GetValues();
+  if (pFolder.GetSubFolderCount() > 0) return {};
+  TSizeValues own = pFolder.GetValues();
+  own.fFolders = 0;
+  return own;
+}
+
+bool IsGoneRow(const IFolderData& pFolder) {
+  return (pFolder.GetFolderState() & fsIsDummyForComparison) != 0;
 }
 
 }  // namespace
 
 TComparison::TComparison(IHierarchicalRoot& pCurrent, IHierarchicalRoot& pEarlier)
-    : fScanTimeStamp(pEarlier.GetScanTimeStamp()), fDelimiter(pCurrent.GetPathDelimiter()) {
-  const TRef<IFolderData> top = pCurrent.GetTopFolder();
-  const TRef<IFolderData> earlierTop = pEarlier.GetTopFolder();
-  fCompareDictionary[top.get()] = earlierTop->GetValues();
-  std::vector<TPair> stack{{TRef<TCustomFolderData>(static_cast<TCustomFolderData*>(top.get())), earlierTop}};
-  while (!stack.empty()) {
-    const TPair pair = std::move(stack.back());
-    stack.pop_back();
-    PairChildren(pair, stack);
+    : fScanTimeStamp(pEarlier.GetScanTimeStamp()), fLetterCaseCounts(pCurrent.GetPathDelimiter() == u'/') {
+  std::vector<TRef<IFolderData>> folders{pEarlier.GetTopFolder()};  // of the records, as far as they are not done
+  fRecords.push_back({{}, folders[0]->GetValues(), OwnFilesOf(*folders[0])});
+  for (size_t i = 0; i < folders.size(); ++i) {
+    const TRef<IFolderData> folder = std::move(folders[i]);
+    AddChildren(i, *folder, folders);
+  }
+  fRecords.shrink_to_fit();
+}
+
+void TComparison::AddChildren(size_t pRecord, IFolderData& pFolder, std::vector<TRef<IFolderData>>& pFolders) {
+  std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
+  std::erase_if(children, [](const TRef<IFolderData>& pChild) { return pChild->IsFileGroup(); });
+  std::sort(children.begin(), children.end(), [this](const auto& pA, const auto& pB) {
+    return CompareNames(pA->GetObjectName(), pB->GetObjectName()) < 0;
+  });
+  fRecords[pRecord].fFirstChild = static_cast<uint32_t>(fRecords.size());
+  fRecords[pRecord].fChildren = static_cast<uint32_t>(children.size());
+  for (TRef<IFolderData>& child : children) {
+    fRecords.push_back({std::u16string(child->GetObjectName()), child->GetValues(), OwnFilesOf(*child)});
+    pFolders.push_back(std::move(child));
   }
 }
 
-void TComparison::PairChildren(const TPair& pPair, std::vector<TPair>& pStack) {
-  boost::unordered_flat_map<std::u16string, TRef<TCustomFolderData>> current;
-  TRef<TCustomFolderData> currentFiles;
-  for (TRef<IFolderData>& child : pPair.fCurrent->FindSubFolders()) {
-    auto* node = static_cast<TCustomFolderData*>(child.get());
-    if (child->IsFileGroup())
-      currentFiles = node;
-    else
-      current.emplace(KeyOf(*child, fDelimiter), node);
+int TComparison::CompareNames(std::u16string_view pA, std::u16string_view pB) const {
+  if (fLetterCaseCounts) return pA.compare(pB);
+  const auto [a, b] = std::mismatch(pA.begin(), pA.end(), pB.begin(), pB.end(), [](char16_t pFirst, char16_t pSecond) {
+    return UpcaseUnit(pFirst) == UpcaseUnit(pSecond);
+  });
+  if (a == pA.end() || b == pB.end()) return (a != pA.end()) - (b != pB.end());
+  return UpcaseUnit(*a) < UpcaseUnit(*b) ? -1 : 1;
+}
+
+const TComparison::TRecord* TComparison::FindChild(const TRecord& pRecord, std::u16string_view pName) const {
+  const auto begin = fRecords.begin() + pRecord.fFirstChild;
+  const auto end = begin + pRecord.fChildren;
+  const auto found =
+      std::partition_point(begin, end, [&](const TRecord& pChild) { return CompareNames(pChild.fName, pName) < 0; });
+  return found != end && CompareNames(found->fName, pName) == 0 ? &*found : nullptr;
+}
+
+const TComparison::TRecord* TComparison::FindRecord(const IFolderData& pFolder) const {
+  std::vector<TRef<const IHierarchicalElement>> way;  // the folder first; without the top folder
+  TRef<const IHierarchicalElement> node(&pFolder);
+  if (pFolder.IsFileGroup()) node = pFolder.GetParentFolder();
+  while (node) {
+    TRef<const IHierarchicalElement> parent = node->GetParentFolder();
+    if (parent) way.push_back(std::move(node));
+    node = std::move(parent);
   }
-  bool hasGone = false;
-  for (TRef<IFolderData>& child : pPair.fEarlier->FindSubFolders()) {
-    const bool isFiles = child->IsFileGroup();
-    TRef<TCustomFolderData> node;
-    if (isFiles)
-      node = currentFiles;
-    else if (const auto found = current.find(KeyOf(*child, fDelimiter)); found != current.end())
-      node = found->second;
-    // Files that a folder without sub-folders has now are its own: there is nothing to hang the earlier ones on.
-    if (!node && isFiles && current.empty() && pPair.fCurrent->GetFiles() > 0) continue;
-    if (!node) {
-      node = pPair.fCurrent->AddLoadedChild(child->GetObjectName(), isFiles);
-      node->IncludeFolderState(fsCreatedForComparison | fsIsDummyForComparison | fsSubFolderScanningFinished);
-      hasGone = true;
-    }
-    fCompareDictionary[node.get()] = child->GetValues();
-    if (!isFiles) pStack.push_back({std::move(node), std::move(child)});
-  }
-  // Of an earlier folder without sub-folders all files were its own.
-  if (currentFiles && !fCompareDictionary.contains(currentFiles.get()) && pPair.fEarlier->GetSubFolderCount() == 0)
-    fCompareDictionary[currentFiles.get()] = pPair.fEarlier->GetValues();
-  if (hasGone) pPair.fCurrent->IncludeFolderState(fsDummySubFoldersAdded);
+  const TRecord* record = &fRecords[0];
+  for (auto step = way.rbegin(); step != way.rend() && record; ++step)
+    record = FindChild(*record, (*step)->GetObjectName());
+  return record;
+}
+
+bool TComparison::WasThere(const IFolderData& pFolder) const {
+  const TRecord* record = FindRecord(pFolder);
+  return record && (!pFolder.IsFileGroup() || record->fOwnFiles.fFiles > 0);
 }
 
 TSizeValues TComparison::EarlierValues(const IFolderData& pFolder) const {
-  const auto found = fCompareDictionary.find(&pFolder);
-  return found == fCompareDictionary.end() ? TSizeValues() : found->second;
+  const TRecord* record = FindRecord(pFolder);
+  if (!record) return {};
+  return pFolder.IsFileGroup() ? record->fOwnFiles : record->fValues;
+}
+
+// Whether there is a "[Files]" row for them. Between two folders without sub-folders the folders' own rows say it all;
+// in a folder without sub-folders that has files now there is nothing to compare the earlier row with.
+bool TComparison::HaveFilesGone(const TRecord& pRecord, IFolderData& pFolder) const {
+  if (pRecord.fOwnFiles.fFiles == 0) return false;
+  if (IsGoneRow(pFolder)) return pRecord.fChildren > 0;
+  if (pFolder.GetFilesNode()) return false;
+  return pFolder.GetSubFolderCount() > 0 || (pRecord.fChildren > 0 && pFolder.GetFiles() == 0);
+}
+
+std::vector<TRef<IFolderData>> TComparison::FindGone(IFolderData& pFolder) const {
+  std::vector<TRef<IFolderData>> gone;
+  const TRecord* record = pFolder.IsFileGroup() ? nullptr : FindRecord(pFolder);
+  if (!record) return gone;
+  std::vector<TRef<IFolderData>> current;
+  if (!IsGoneRow(pFolder)) current = pFolder.FindSubFolders();
+  std::vector<bool> isThere(record->fChildren);
+  for (const TRef<IFolderData>& child : current) {
+    const TRecord* earlier = child->IsFileGroup() ? nullptr : FindChild(*record, child->GetObjectName());
+    if (earlier) isThere[static_cast<size_t>(earlier - &fRecords[record->fFirstChild])] = true;
+  }
+  for (uint32_t i = 0; i < record->fChildren; ++i)
+    if (!isThere[i]) gone.push_back(MakeRef<TGoneFolder>(pFolder, fRecords[record->fFirstChild + i].fName, false));
+  if (HaveFilesGone(*record, pFolder)) gone.push_back(MakeRef<TGoneFolder>(pFolder, std::u16string_view(), true));
+  return gone;
 }
 
 }  // namespace Vantrel

@@ -3,46 +3,10 @@
 #include "model/roots/ScanConfiguration.h"
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
-#include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
 #include "platform/system/System.h"
 
 namespace Vantrel {
-
-TBaseRoot::TBaseRoot(std::u16string pPath, char16_t pDelimiter)
-    : fPath(std::move(pPath)), fPathDelimiter(pDelimiter), fDisposeToken(MakeRef<TDisposeToken>()), fTitle(fPath) {}
-
-std::u16string TBaseRoot::GetTitle() const {
-  TCriticalSectionLock lock(fTitleLock);
-  return fTitle;
-}
-
-void TBaseRoot::SetTitle(std::u16string_view pTitle) {
-  TCriticalSectionLock lock(fTitleLock);
-  fTitle = pTitle;
-}
-
-void TBaseRoot::NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) {
-  fObservers.Notify([&](IHierarchicalObserver& pObserver) { pObserver.ObjectChanged(pObject, pKind); });
-}
-
-TMetaDataValue TBaseRoot::GetValue(TColumn pColumn) const {
-  if (pColumn == TColumn::mdName) return GetTitle();
-  if (pColumn == TColumn::mdFullPath) return fPath;
-  TRef<IFolderData> top = GetTopFolder();
-  return top ? top->GetValue(pColumn) : TMetaDataValue();
-}
-
-}  // namespace Vantrel
-
-namespace Vantrel {
-
-namespace {
-
-// How often the folder shown as "being scanned now" changes: often enough for the eye, too seldom to cost anything.
-constexpr int64_t kLastScannedFolderMilliseconds = 50;
-
-}  // namespace
 
 TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards, char16_t pDelimiter,
                          TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
@@ -59,8 +23,13 @@ TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards
 
 TCustomRoot::~TCustomRoot() = default;
 
-IScanConfiguration& TCustomRoot::GetScanConfiguration() {
-  return *fConfiguration;
+TRef<IScanConfiguration> TCustomRoot::GetScanConfiguration() const {
+  return Configuration();
+}
+
+TRef<TScanConfiguration> TCustomRoot::Configuration() const {
+  TSharedLock lock(fConfigurationLock);
+  return fConfiguration;
 }
 
 TRef<IFolderData> TCustomRoot::GetTopFolder() const {
@@ -73,119 +42,100 @@ TRef<IScanEngine> TCustomRoot::GetScanEngine() const {
   return fScanEngine;
 }
 
-std::vector<TScanError> TCustomRoot::GetErrors() const {
+void TCustomRoot::SetScanFilter(TRef<IScanFilter> pFilter) {
   TCriticalSectionLock lock(fLock);
-  return fErrors;
+  fScanFilter.swap(pFilter);  // the one before goes outside the lock
 }
 
-TScanProgress TCustomRoot::GetProgress() const {
-  TScanProgress progress;
-  progress.fFiles = fTotalFilesFound.load(std::memory_order_relaxed);
-  progress.fFolders = fNumFolders.load(std::memory_order_relaxed);
-  progress.fBytes = fBytesFound.load(std::memory_order_relaxed);
-  progress.fExcludedObjects = fExcludedObjects.load(std::memory_order_relaxed);
-  progress.fErrors = fErrorCount.load(std::memory_order_relaxed);
+TRef<IScanFilter> TCustomRoot::GetScanFilter() const {
   TCriticalSectionLock lock(fLock);
-  progress.fLastScannedFolder = fLastScannedFolder;
-  return progress;
-}
-
-uint32_t TCustomRoot::EnumeratorOptions() const {
-  return (fOptions->ShareHardLinks ? heoShareHardLinks : 0u) |
-         (fOptions->FollowSymbolicLinks ? heoFollowSymbolicLinks : 0u) |
-         (fOptions->FollowMountPoints ? heoFollowMountPoints : 0u) |
-         (fOptions->UseBackupPrivilege ? 0u : heoNoBackupPrivilege) |
-         (fOptions->StayOnFileSystem ? heoStayOnFileSystem : 0u);
-}
-
-std::unique_ptr<IEntryFilter> TCustomRoot::CreateEntryFilter() {
-  std::unique_ptr<IEntryFilter> filter = fScanFilter ? fScanFilter->CreateEntryFilter() : nullptr;
-  if (fFileMask.empty() && !fExpression) return filter;
-  return std::make_unique<TRootEntryFilter>(fRootExclusions, fFileMask, fExpression, std::move(filter));
-}
-
-std::vector<TExclusion> TCustomRoot::GetExclusions() const {
-  std::vector<TExclusion> exclusions;
-  if (fScanFilter) exclusions = fScanFilter->GetExclusions();
-  if (const int64_t objects = fRootExclusions.fByFileMask.load(std::memory_order_relaxed); objects > 0)
-    exclusions.push_back({u"not named like " + fFileMask, objects});
-  if (const int64_t objects = fRootExclusions.fByExpression.load(std::memory_order_relaxed); objects > 0)
-    exclusions.push_back({u"not meeting the condition", objects});
-  return exclusions;
+  return fScanFilter;
 }
 
 // --- scanning ------------------------------------------------------------------------------------------------------
 
 bool TCustomRoot::BeginScanning(bool pWholeTree) {
-  auto token = MakeRef<TCancellationToken>();
   TRef<IScanEngine> earlier;
   {
     TCriticalSectionLock lock(fLock);
     if (fScanRunning || fDisposeToken->IsDisposed()) return false;
     fScanRunning = true;
     fScanStarted = TickCount64();
-    fCancellationToken = token;
+    fCancellationToken = MakeRef<TCancellationToken>();
     earlier.swap(fScanEngine);
     if (pWholeTree) {
       fErrors.clear();
       fErrorCount = 0;
     }
+    fCountsExclusions = pWholeTree;
   }
   if (earlier) earlier->Dispose();
-  fLastScanNumberOfFiles = fTotalFilesFound.exchange(0);
-  fNumFolders = 0;
-  fBytesFound = 0;
-  fExcludedObjects = 0;
   if (pWholeTree) {
-    fTopSizeList = nullptr;
+    fLastScanNumberOfFiles = fTotalFilesFound.exchange(0);
+    fNumFolders = 0;
+    fBytesFound = 0;
+    fExcludedObjects = 0;
     fTopSizeListHasGaps = false;
-    if (fOptions->NumberOfTopFiles > 0)
-      fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
     fScanTimeStamp = TKivFileTime::Now().fTicks;
+    fRootExclusions.Clear();
+    SetComparison(nullptr);
+    ExcludeState(rsFinished | rsCancelled | rsPathNotFound | rsHasErrors | rsIsXMLImport);
   }
-  if (pWholeTree && (GetState() & rsIsXMLImport) != 0) fConfiguration = MakeRef<TScanConfiguration>(this, *fOptions);
-  if (pWholeTree) SetComparison(nullptr);  // its nodes are about to go
-  fRootExclusions.Clear();
-  if (fScanFilter) fScanFilter->BeginScan();
-  fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp());
-  ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors | rsIsXMLImport : 0u));
+  TRef<TScanConfiguration> configuration = ConfigurationOfNextScan(pWholeTree);
+  {
+    TExclusiveLock lock(fConfigurationLock);
+    fConfiguration.swap(configuration);  // the one before goes outside the lock
+  }
   IncludeState(rsScanning);
   return true;
 }
 
+TRef<TScanConfiguration> TCustomRoot::ConfigurationOfNextScan(bool pWholeTree) {
+  TScanRun scan;
+  {
+    TCriticalSectionLock lock(fLock);
+    scan.fToken = fCancellationToken;
+    scan.fFilter = fScanFilter;
+  }
+  if (!pWholeTree) return Configuration()->ForRefresh(scan.fToken);
+  if (fOptions->NumberOfTopFiles > 0)
+    scan.fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
+  scan.fTimeStamp = GetScanTimeStamp();
+  if (scan.fFilter) scan.fFilter->BeginScan();
+  TRef<ITopSizeList> list = scan.fTopSizeList;
+  {
+    TCriticalSectionLock lock(fLock);
+    fTopSizeList.swap(list);
+  }
+  return MakeRef<TScanConfiguration>(this, *fOptions, std::move(scan));
+}
+
 void TCustomRoot::StartEngine() {
   const int32_t activeScans = fOwner ? fOwner->CountActiveScans() : 1;
+  TRef<TScanConfiguration> configuration = Configuration();
+  const bool wholeTree = configuration->IsOfWholeTree();
   TRef<TCustomRoot> self(this);  // the callback may come after the last outside reference has gone
-  TRef<IScanEngine> engine = fServices->CreateScanEngine(fOptions->MaximumThreads - activeScans + 1, fConfiguration,
-                                                         fOptions->ThreadPriority, [self] { self->EndScanning(); });
+  TRef<IScanEngine> engine =
+      fServices->CreateScanEngine(fOptions->MaximumThreads - activeScans + 1, std::move(configuration),
+                                  fOptions->ThreadPriority, [self, wholeTree] { self->EndScanning(wholeTree); });
   TCriticalSectionLock lock(fLock);
   fScanEngine = std::move(engine);
 }
 
-// Opened from the root down, by the nodes on the way: a link that was followed is followed again.
-TRef<IHierarchicalEnumerator> TCustomRoot::OpenFolder(IFolderData& pFolder) {
-  std::vector<TRef<IHierarchicalElement>> way;
-  for (TRef<IHierarchicalElement> node(&pFolder); node->GetParentFolder(); node = node->GetParentFolder())
-    way.push_back(node);
-  TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, EnumeratorOptions());
-  for (auto node = way.rbegin(); node != way.rend() && enumerator->GetErrorCode() == 0; ++node)
-    enumerator = enumerator->CreateChildEnumerator((*node)->GetObjectName(), (*node)->GetAttributes());
-  return enumerator;
-}
-
 void TCustomRoot::Scan() {
+  if (fDisposeToken->IsDisposed()) return;
   if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
   GiveUpTree();
-  TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, EnumeratorOptions());
+  const TRef<TScanConfiguration> configuration = Configuration();
+  TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, configuration->GetEnumeratorOptions());
   // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
   const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
                                   isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
   const bool reached = enumerator->GetErrorCode() == 0;
   if (reached && !isFile) {
-    const TKeyId owner =
-        fConfiguration->GetDoUsersStatistics() ? TUserSizeArray::KeyOf(enumerator->GetOwner()) : kNoKey;
-    top->SetEntryValues(enumerator->GetEntryValues(), owner, !fConfiguration->GetFolderDateBasedOnFilesOnly());
+    const TKeyId owner = configuration->GetDoUsersStatistics() ? TUserSizeArray::KeyOf(enumerator->GetOwner()) : kNoKey;
+    top->SetEntryValues(enumerator->GetEntryValues(), owner, !configuration->GetFolderDateBasedOnFilesOnly());
   }
   {
     TCriticalSectionLock lock(fLock);
@@ -194,7 +144,7 @@ void TCustomRoot::Scan() {
   if (!reached) {
     RecordError(*top, *enumerator, false);
     IncludeState(rsPathNotFound);
-    EndScanning();
+    EndScanning(true);
     return;
   }
   NotifyObservers(*top, TChangeKind::ckScanStarted);
@@ -202,93 +152,42 @@ void TCustomRoot::Scan() {
   GetScanEngine()->AddScanJob(top, std::move(enumerator));
 }
 
-void TCustomRoot::EndScanning() {
+void TCustomRoot::EndScanning(bool pWholeTree) {
   RefillTopSizeList();
+  if (!pWholeTree) CountTree();
   TStorageInformation storage;
   if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
     storage = {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+  std::vector<TExclusion> exclusions = pWholeTree ? CurrentExclusions() : std::vector<TExclusion>();
   TRef<TCustomFolderData> top;
   {
     TCriticalSectionLock lock(fLock);
     top = fFolderData;
     fStorage = std::move(storage);
+    if (pWholeTree) fExclusions.swap(exclusions);
+    fCountsExclusions = false;
     fScanDuration = TickCount64() - fScanStarted;
-    if (fCancellationToken->IsCancelled())
-      IncludeState(rsCancelled);
-    else if ((GetState() & rsPathNotFound) == 0)
-      IncludeState(rsFinished);
-    ExcludeState(rsScanning);
+    SetEndState(pWholeTree, fCancellationToken->IsCancelled(), *top);
+    fScanRunning = false;
+    fScanEnded.notify_all();
   }
+  // Told last, so that an observer finds the scan ended. Disposal and the next scan wait for this thread.
   NotifyObservers(*top, TChangeKind::ckScanFinished);
-  TCriticalSectionLock lock(fLock);
-  fScanRunning = false;
-  fScanEnded.notify_all();
 }
 
-namespace {
-
-// Whether the folder to be listed is not there any more. Most enumerators open it with the first Next only.
-bool IsGone(IHierarchicalEnumerator& pEnumerator) {
-  try {
-    if (pEnumerator.GetErrorCode() == 0 && pEnumerator.Next()) {
-      pEnumerator.Reset();
-      return false;
-    }
-  } catch (const EOSError&) {  // the scan will meet and record it
+void TCustomRoot::SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop) {
+  if (!pWholeTree) {
+    // A branch that was left early leaves the top folder unfinished, until that branch is scanned.
+    if ((pTop.GetFolderState() & fsSubFolderScanningFinished) != 0)
+      ExcludeState(rsCancelled);
+    else if (pCancelled)
+      IncludeState(rsCancelled);
+  } else if (pCancelled) {
+    IncludeState(rsCancelled);
+  } else if ((GetState() & rsPathNotFound) == 0) {
+    IncludeState(rsFinished);
   }
-  if (ClassifyOSError(pEnumerator.GetErrorCode()) == TErrorKind::ekNotFound) return true;
-  pEnumerator.Reset();
-  return false;
-}
-
-}  // namespace
-
-bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
-  if ((GetState() & rsFinished) == 0) {
-    LogDebug(u"TCustomFolderData.Refresh: Not performing update on \"" + pFolder.GetFullPath() +
-             u"\". The root was never scanned.");
-    return false;
-  }
-  if ((GetState() & (rsShowsPreviousState | rsIsXMLImport)) != 0) {
-    LogDebug(u"For a root that shows a previous state a sub-branch refresh should no be performed.");
-    return false;
-  }
-  TRef<IHierarchicalEnumerator> enumerator = OpenFolder(pFolder);
-  if (pFolder.GetParentFolder() && IsGone(*enumerator)) return RemoveFolder(pFolder);
-  if (!BeginScanning(false)) return false;
-  auto& folder = static_cast<TCustomFolderData&>(pFolder);
-  folder.IncludeFolderState(fsUpdatePending);
-  {
-    TExclusiveLock structure(fSynchronizer);
-    if (pRecursive)
-      folder.Reset();
-    else
-      folder.ExcludeFolderState(fsSubFolderScanningFinished);
-    folder.ReopenAncestors();
-  }
-  StartEngine();
-  if (pRecursive)
-    GetScanEngine()->AddScanJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
-  else
-    GetScanEngine()->AddRefreshJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
-  return true;
-}
-
-bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
-  {
-    TCriticalSectionLock lock(fLock);
-    if (fScanRunning) return false;
-    fScanRunning = true;  // keeps a scan from starting meanwhile
-  }
-  {
-    TExclusiveLock structure(fSynchronizer);
-    pFolder.Remove();
-    RefillTopSizeList();
-  }
-  TCriticalSectionLock lock(fLock);
-  fScanRunning = false;
-  fScanEnded.notify_all();
-  return true;
+  ExcludeState(rsScanning);
 }
 
 void TCustomRoot::CancelScan() {
@@ -322,121 +221,6 @@ void TCustomRoot::SetComparison(TRef<IComparison> pComparison) {
   fCompareData.swap(pComparison);  // the one before goes outside the lock
 }
 
-// --- loading -------------------------------------------------------------------------------------------------------
-
-TRef<TCustomFolderData> TCustomRoot::BeginLoading() {
-  IncludeState(rsIsXMLImport);
-  auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
-  TCriticalSectionLock lock(fLock);
-  fFolderData = top;
-  return top;
-}
-
-void TCustomRoot::EndLoading(const TLoadedScan& pScan) {
-  if (!pScan.fTitle.empty()) SetTitle(pScan.fTitle);
-  fScanTimeStamp = pScan.fScanTimeStamp.fTicks;
-  fScanFilter = pScan.fFilter;
-  fConfiguration->TakeLoaded(pScan);
-  if (pScan.fTopFiles) {
-    fTopSizeList = MakeRef<TTopSizeFileList>(pScan.fTopFiles->size(), fPathDelimiter);
-    fTopSizeList->Add(*pScan.fTopFiles);
-  }
-  const TRef<IFolderData> top = GetTopFolder();
-  fTotalFilesFound = top->GetFiles();
-  fNumFolders = top->GetFolders();
-  fBytesFound = top->GetSize();
-  fExcludedObjects = pScan.fExcludedObjects;
-  {
-    TCriticalSectionLock lock(fLock);
-    fStorage = pScan.fStorage;
-    fErrors = pScan.fErrors;
-  }
-  fErrorCount = static_cast<int64_t>(pScan.fErrors.size());
-  if (!pScan.fErrors.empty()) IncludeState(rsHasErrors);
-  IncludeState(pScan.fWasCancelled ? rsFinished | rsCancelled : rsFinished);
-}
-
-// --- lists beside the tree -----------------------------------------------------------------------------------------
-
-void TCustomRoot::RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) {
-  TScanError error;
-  error.fObject = TRef<IHierarchicalObject>(&pFolder);
-  error.fPath = pEnumerator.GetPath();
-  error.fCode = pEnumerator.GetErrorCode();
-  error.fKind = pEnumerator.GetError();
-  error.fPartial = pPartial;
-  {
-    TCriticalSectionLock lock(fLock);
-    fErrors.push_back(error);
-  }
-  fErrorCount.fetch_add(1, std::memory_order_relaxed);
-  IncludeState(rsHasErrors);
-  fErrorObservers.Notify([&](IScanErrorObserver& pObserver) { pObserver.ErrorRecorded(error); });
-}
-
-void TCustomRoot::CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
-                               int64_t pExcluded) {
-  fTotalFilesFound.fetch_add(pFiles, std::memory_order_relaxed);
-  fNumFolders.fetch_add(pFolders, std::memory_order_relaxed);
-  fBytesFound.fetch_add(pBytes, std::memory_order_relaxed);
-  if (pExcluded != 0) fExcludedObjects.fetch_add(pExcluded, std::memory_order_relaxed);
-  const int64_t now = TickCount64();
-  int64_t last = fLastScannedFolderTick.load(std::memory_order_relaxed);
-  if (now - last < kLastScannedFolderMilliseconds ||
-      !fLastScannedFolderTick.compare_exchange_strong(last, now, std::memory_order_relaxed))
-    return;
-  std::u16string path = pFolder.GetFullPath();
-  TCriticalSectionLock lock(fLock);
-  fLastScannedFolder = std::move(path);
-}
-
-template <class TIsMeant>
-void TCustomRoot::ForgetErrors(const TIsMeant& pIsMeant) {
-  TCriticalSectionLock lock(fLock);
-  std::erase_if(fErrors, [&](const TScanError& pError) { return pIsMeant(pError.fObject.get()); });
-  fErrorCount = static_cast<int64_t>(fErrors.size());
-  if (fErrors.empty()) ExcludeState(rsHasErrors);
-}
-
-void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
-  ForgetErrors([&](IHierarchicalObject* pObject) {
-    return IsSameOrBelow(TRef<IHierarchicalElement>(dynamic_cast<IHierarchicalElement*>(pObject)), pFolder);
-  });
-  if (fTopSizeList && fTopSizeList->RemoveBelow(pFolder)) fTopSizeListHasGaps = true;
-}
-
-void TCustomRoot::ForgetOwnEntries(IFolderData& pFolder) {
-  ForgetErrors([&](IHierarchicalObject* pObject) { return pObject == &pFolder; });
-  if (fTopSizeList && fTopSizeList->RemoveFilesOf(pFolder)) fTopSizeListHasGaps = true;
-}
-
-// What left the list makes room for the next largest files elsewhere, as after a fresh scan. Done once, when the tree
-// has its new shape: files that were listed while the list was still full may be among them. A tree that keeps no files
-// cannot tell which they are: the list then stays shorter until the next scan.
-void TCustomRoot::RefillTopSizeList() {
-  if (!fTopSizeListHasGaps.exchange(false) || !fConfiguration->GetKeepFiles()) return;
-  fTopSizeList->Clear();
-  std::vector<TRef<IFolderData>> stack;
-  if (TRef<IFolderData> top = GetTopFolder()) stack.push_back(std::move(top));
-  while (!stack.empty()) {
-    TRef<IFolderData> folder = std::move(stack.back());
-    stack.pop_back();
-    if (folder->IsFileGroup()) continue;
-    OfferFiles(*folder);
-    for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
-  }
-}
-
-void TCustomRoot::OfferFiles(IFolderData& pFolder) {
-  TRef<const TFileTable> table = pFolder.GetFileTable();
-  for (size_t i = 0; table && i < table->Count(); ++i) {
-    const TFileRecord& file = (*table)[i];
-    if (file.fSize >= fTopSizeList->GetThreshold())
-      fTopSizeList->Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
-                         std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate, file.fAttributes});
-  }
-}
-
 // --- end -----------------------------------------------------------------------------------------------------------
 
 void TCustomRoot::GiveUpTree() {
@@ -452,19 +236,20 @@ void TCustomRoot::GiveUpTree() {
 
 void TCustomRoot::Dispose() {
   CancelScan();
-  while (!WaitForScan(1000)) {
-  }
   TRef<IScanEngine> engine;
+  TRef<ITopSizeList> topSizeList;
   {
     TCriticalSectionLock lock(fLock);
+    while (fScanRunning) lock.Wait(fScanEnded);
+    fDisposeToken->SetDisposed();
     engine.swap(fScanEngine);
     fErrors.clear();
+    topSizeList = fTopSizeList;
   }
+  IncludeState(rsDisposed);
   if (engine) engine->Dispose();
   SetComparison(nullptr);
-  fDisposeToken->SetDisposed();
-  IncludeState(rsDisposed);
-  if (fTopSizeList) fTopSizeList->Dispose();
+  if (topSizeList) topSizeList->Dispose();
   GiveUpTree();
   fObservers.Clear();
   fErrorObservers.Clear();

@@ -1,6 +1,7 @@
 #pragma once
 
-// Roots with a tree: scan, refresh, removal, errors, progress, disposal.
+// Roots with a tree. The sources: `Root.cpp` has the life of a scan, `RootRefresh.cpp` refresh and removal,
+// `RootErrors.cpp` errors and progress, `RootTopFiles.cpp` the largest files, `RootLoading.cpp` roots from files.
 
 #include <atomic>
 #include <condition_variable>
@@ -9,54 +10,16 @@
 #include <vector>
 
 #include "model/options/GlobalOptions.h"
+#include "model/roots/BaseRoot.h"
 #include "model/roots/RootEntryFilter.h"
-#include "model/roots/RootInterfaces.h"
 #include "model/statistics/TopSizeList.h"
 #include "model/tree/CustomFolder.h"
-#include "model/tree/Observable.h"
-#include "model/tree/Tokens.h"
 
 namespace Vantrel {
 
-// What every root has: a path, a title, a state, observers and the tokens that tell of cancellation and disposal.
-class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
- public:
-  std::u16string GetPath() const override { return fPath; }
-  std::u16string GetTitle() const override;
-  void SetTitle(std::u16string_view pTitle);
-  char16_t GetPathDelimiter() const override { return fPathDelimiter; }
-  TRootStates GetState() const override { return fState.load(std::memory_order_acquire); }
-  TKivFileTime GetScanTimeStamp() const override { return {fScanTimeStamp.load(std::memory_order_relaxed)}; }
-  TRef<IDisposeToken> GetDisposeToken() const override { return fDisposeToken; }
-  void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) override;
-  void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) override { fObservers.Subscribe(std::move(pObserver)); }
-  TMetaDataValue GetValue(TColumn pColumn) const override;
-
- protected:
-  TBaseRoot(std::u16string pPath, char16_t pDelimiter);
-
-  void IncludeState(TRootStates pBits) { fState.fetch_or(pBits, std::memory_order_acq_rel); }
-  void ExcludeState(TRootStates pBits) { fState.fetch_and(~pBits, std::memory_order_acq_rel); }
-
-  const std::u16string fPath;
-  const char16_t fPathDelimiter;
-  const TRef<TDisposeToken> fDisposeToken;
-  std::atomic<int64_t> fScanTimeStamp{0};
-  TObservable<IHierarchicalObserver> fObservers;
-
- private:
-  std::atomic<TRootStates> fState{0};
-  mutable TCriticalSection fTitleLock;
-  std::u16string fTitle GUARDED_BY(fTitleLock);
-};
-
-}  // namespace Vantrel
-
-namespace Vantrel {
-
-// A root with a tree that is filled by scans.
 class TScanConfiguration;
 
+// A root with a tree that is filled by scans.
 class TCustomRoot : public TBaseRoot {
  public:
   ~TCustomRoot() override;
@@ -65,7 +28,7 @@ class TCustomRoot : public TBaseRoot {
   TRef<IScanEngine> GetScanEngine() const override;
   std::vector<TScanError> GetErrors() const override;
   TScanProgress GetProgress() const override;
-  IScanConfiguration& GetScanConfiguration() override;
+  TRef<IScanConfiguration> GetScanConfiguration() const override;
   void ForgetBranch(IFolderData& pFolder) override;
   void ForgetOwnEntries(IFolderData& pFolder) override;
 
@@ -76,14 +39,14 @@ class TCustomRoot : public TBaseRoot {
   bool WaitForScan(int64_t pMilliseconds) override;
   int64_t GetScanDuration() const override { return fScanDuration.load(std::memory_order_relaxed); }
   int64_t GetLastScanNumberOfFiles() const override { return fLastScanNumberOfFiles.load(std::memory_order_relaxed); }
-  ITopSizeList* GetTopSizeList() const override { return fTopSizeList.get(); }
+  TRef<ITopSizeList> GetTopSizeList() const override;
   void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) override {
     fErrorObservers.Subscribe(std::move(pObserver));
   }
   void Dispose() override;
 
-  void SetScanFilter(TRef<IScanFilter> pFilter) override { fScanFilter = std::move(pFilter); }
-  TRef<IScanFilter> GetScanFilter() const override { return fScanFilter; }
+  void SetScanFilter(TRef<IScanFilter> pFilter) override;
+  TRef<IScanFilter> GetScanFilter() const override;
   std::vector<TExclusion> GetExclusions() const override;
   TStorageInformation GetStorageInformation() const override;
   TRef<IComparison> GetComparison() const override;
@@ -107,20 +70,31 @@ class TCustomRoot : public TBaseRoot {
  private:
   friend class TScanConfiguration;
 
-  // What a scan of one kind or another has in common: its state, clock, tokens and engine.
+  // What a scan of one kind or another has in common: its state, clock, tokens and engine. pWholeTree: no refresh.
   bool BeginScanning(bool pWholeTree);
-  void EndScanning();
+  TRef<TScanConfiguration> Configuration() const;
+  TRef<TScanConfiguration> ConfigurationOfNextScan(bool pWholeTree);
   void StartEngine();
-  TRef<IHierarchicalEnumerator> OpenFolder(IFolderData& pFolder);
+  void EndScanning(bool pWholeTree);
+  void SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop);
   void GiveUpTree();
+
+  // Of a refresh, on its worker. The listing of the folder, nullptr when there is nothing to list.
+  TRef<IHierarchicalEnumerator> BeginRefresh(TCustomFolderData& pFolder, bool pRecursive);
+  struct TFoundFolder;
+  TFoundFolder FindInStorage(TCustomFolderData& pFolder);
+  void FindInListing(TFoundFolder& pFound, TCustomFolderData& pFolder, IHierarchicalEnumerator& pParent);
+
   template <class TIsMeant>
   void ForgetErrors(const TIsMeant& pIsMeant);
-  void RefillTopSizeList();
-  void OfferFiles(IFolderData& pFolder);
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
+  void AddError(const TScanError& pError);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
-  uint32_t EnumeratorOptions() const;
-  std::unique_ptr<IEntryFilter> CreateEntryFilter();
+  // Sets the counters of progress to the tree's totals, without so much.
+  void CountTree(const TSizeValues& pWithout = {});
+  std::vector<TExclusion> CurrentExclusions() const;
+  void RefillTopSizeList();
+  static void OfferFiles(ITopSizeList& pList, IFolderData& pFolder);
 
   // Fixed after construction, or set before a scan.
   const std::u16string fPathWithWildcards;
@@ -129,15 +103,15 @@ class TCustomRoot : public TBaseRoot {
   const std::shared_ptr<const TGlobalOptions> fOptions;
   IScanRoots* const fOwner;  // the list that holds this root; nullptr when there is none
   TRef<IExpression> fExpression;
-  TRef<IScanFilter> fScanFilter;
 
-  // Set at a scan's start, fixed while it runs.
-  TRef<TScanConfiguration> fConfiguration;
-  TRef<ITopSizeList> fTopSizeList;
   std::atomic<bool> fTopSizeListHasGaps{false};  // some of its files left the tree: others may belong there now
 
   // Guards structural changes of the whole tree: a scan, a removal and a disposal never run beside each other.
   TSlimReaderWriterLock fSynchronizer;
+
+  // Asked for with every value of a row; so it has a lock of its own, which readers share.
+  mutable TSlimReaderWriterLock fConfigurationLock;
+  TRef<TScanConfiguration> fConfiguration GUARDED_BY(fConfigurationLock);
 
   mutable TCriticalSection fLock;
   std::condition_variable fScanEnded;
@@ -145,7 +119,11 @@ class TCustomRoot : public TBaseRoot {
   TRef<TCancellationToken> fCancellationToken GUARDED_BY(fLock);
   TRef<TCustomFolderData> fFolderData GUARDED_BY(fLock);
   TRef<IScanEngine> fScanEngine GUARDED_BY(fLock);
+  TRef<ITopSizeList> fTopSizeList GUARDED_BY(fLock);
+  TRef<IScanFilter> fScanFilter GUARDED_BY(fLock);  // of the next scan
   std::vector<TScanError> fErrors GUARDED_BY(fLock);
+  bool fCountsExclusions GUARDED_BY(fLock) = false;       // a scan of the whole path is running
+  std::vector<TExclusion> fExclusions GUARDED_BY(fLock);  // of the last one
   std::u16string fLastScannedFolder GUARDED_BY(fLock);
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
   TStorageInformation fStorage GUARDED_BY(fLock);

@@ -19,7 +19,9 @@ class IScanRoots;
 // What happened to a node, told to the observers of its root.
 enum class TChangeKind : uint8_t { ckAdded = 1, ckRemoved = 2, ckChanged = 3, ckScanStarted = 4, ckScanFinished = 5 };
 
-// Told of changes in a tree, on whatever thread made them; the call returns soon and takes no lock of the tree.
+// Told of changes in a tree, on whatever thread made them; the call returns soon and takes no lock of the tree. The end
+// of a scan is told when it has ended, on its last worker: the observer itself must not start or dispose anything then,
+// since that would wait for this worker.
 class IHierarchicalObserver : public IInterface {
  public:
   virtual void ObjectChanged(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
@@ -82,9 +84,12 @@ class IScanEngine : public IInterface {
  public:
   // Queues a folder with all beneath it. The enumerator stands before its first entry.
   virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
-  // Queues a look at a scanned folder's own entries: its files are counted anew, folders that are new are scanned,
-  // folders that are gone are removed; known ones are left alone.
-  virtual void AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  // Queues another look at a folder that was scanned. The worker first asks pOpen for the folder's listing; nullptr
+  // means that there is nothing to list. Recursive: pOpen has emptied the folder, and it is scanned with all beneath
+  // it. Else its files are counted anew, folders that are new are scanned, folders that are gone are removed; known
+  // ones are left alone.
+  virtual void AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
+                             std::function<TRef<IHierarchicalEnumerator>()> pOpen) = 0;
   virtual bool IsScanning() const = 0;
   // "Threads: 2 of max 8", or "No worker threadpool active".
   virtual std::u16string GetStatusText() const = 0;
@@ -95,8 +100,8 @@ class IScanEngine : public IInterface {
 // Bits of a root's state.
 enum TRootState : uint32_t {
   rsScanning = 1 << 0,
-  rsFinished = 1 << 1,   // a scan ran to its end
-  rsCancelled = 1 << 2,  // the last scan was stopped
+  rsFinished = 1 << 1,   // a scan of the whole path ran to its end
+  rsCancelled = 1 << 2,  // a scan or a refresh was stopped, and what it left out has not been scanned since
   rsHasErrors = 1 << 3,
   rsShowsPreviousState = 1 << 4,  // an earlier state from the history
   rsIsXMLImport = 1 << 5,
@@ -105,7 +110,8 @@ enum TRootState : uint32_t {
 };
 using TRootStates = uint32_t;
 
-// Counters of a running scan, cheap to poll; all of them only ever grow during a scan.
+// Counters of the tree, cheap to poll. They only ever grow during a scan. A refresh begins with the tree without the
+// branch that it looks at. What was excluded is that of the last scan of the whole path.
 struct TScanProgress {
   int64_t fFiles = 0;
   int64_t fFolders = 0;
@@ -139,12 +145,21 @@ struct TLoadedScan {
   std::optional<std::vector<TTopSizeEntry>> fTopFiles;  // not set when the root kept no list
 };
 
-// An earlier state of a root's tree. Fixed once made; any thread.
+// An earlier state of a root's tree. It is found by path, so it stays right when the tree changes. Fixed once made; any
+// thread.
+//
+// The tree itself holds what is there now and nothing else. A caller that shows what has gone adds FindGone of each
+// folder to the folder's own FindSubFolders. Of the rows of FindGone, FindSubFolders gives what was beneath them.
 class IComparison : public IInterface {
  public:
+  // Whether the folder was there; for a "[Files]" node, whether its folder had files.
   virtual bool WasThere(const IFolderData& pFolder) const = 0;
-  // What the folder held then; zeros for a folder that was not there.
+  // What the folder, or the files of a "[Files]" node, held then; zeros for what was not there.
   virtual TSizeValues EarlierValues(const IFolderData& pFolder) const = 0;
+  // Rows for what was directly in a folder and is not there at this moment, in no particular order. They are made for
+  // the caller, have state fsIsDummyForComparison and no values of their own; the columns of change work. They are not
+  // in the tree: nothing counts them, and refreshing or removing one does nothing.
+  virtual std::vector<TRef<IFolderData>> FindGone(IFolderData& pFolder) const = 0;
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // of the earlier scan
 };
 
@@ -161,10 +176,12 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TScanProgress GetProgress() const = 0;
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // when the tree's scan began; not set before the first
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
-  virtual IScanConfiguration& GetScanConfiguration() = 0;
+  // The settings that the tree was made with. They never change: the next scan brings new ones.
+  virtual TRef<IScanConfiguration> GetScanConfiguration() const = 0;
   // Tells the observers; costs next to nothing when there are none.
   virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
-  // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists.
+  // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists. For a "[Files]"
+  // node these are the files of its folder.
   virtual void ForgetBranch(IFolderData& pFolder) = 0;
   // The same for the folder's own listing and the files directly in it, which are about to be looked at again.
   virtual void ForgetOwnEntries(IFolderData& pFolder) = 0;
@@ -172,7 +189,7 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   // What the root's scans take in; nullptr for everything. Takes effect with the next scan; none may be running.
   virtual void SetScanFilter(TRef<IScanFilter> pFilter) = 0;
   virtual TRef<IScanFilter> GetScanFilter() const = 0;
-  // What the last scan left out, by reason: the filter's reasons, then the root's own.
+  // What the last scan of the whole path left out, by reason: the filter's reasons, then the root's own.
   virtual std::vector<TExclusion> GetExclusions() const = 0;
 
   // Asked of the system when a scan has ended, or as the file has it.
@@ -183,14 +200,18 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TRef<IComparison> GetComparison() const = 0;
   virtual void SetComparison(TRef<IComparison> pComparison) = 0;
 
-  // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
-  // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
-  // one error.
+  // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first. The
+  // options are taken as they are at this moment. EInvalidOperation when a scan is running. A path that cannot be
+  // opened ends the scan at once with rsPathNotFound and one error.
   virtual void Scan() = 0;
-  // Scans a branch again, or, when not recursive, looks at the folder's own entries only. Refused with a line in the
-  // debug log, and false, when no scan has finished, one is running, or the root shows an earlier state.
+  // Scans a branch again, or, when not recursive, looks at the folder's own entries only; a "[Files]" node stands for
+  // these. Returns at once: a worker opens the folder, with the options of the tree's scan. A folder that is gone
+  // leaves the tree, and the observers are told of the removal. Refused with false when no scan has finished, one is
+  // running, the root shows an earlier state, or the node is in no tree; for the first and third with a line in the
+  // debug log.
   virtual bool RefreshFolder(IFolderData& pFolder, bool pRecursive) = 0;
-  // Takes a folder with all its totals out of the tree; false while a scan is running.
+  // Takes a folder, or the files that a "[Files]" node stands for, with all its totals out of the tree. False while a
+  // scan is running and for a node that is the top folder or in no tree.
   virtual bool RemoveFolder(IFolderData& pFolder) = 0;
   // Asks a running scan to stop at its next folder; it still ends through the usual way, with rsCancelled.
   virtual void CancelScan() = 0;
@@ -198,10 +219,10 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual bool WaitForScan(int64_t pMilliseconds) = 0;
   // How long the last finished scan took, in milliseconds.
   virtual int64_t GetScanDuration() const = 0;
-  // Files of the scan before this one, for progress; 0 when there was none.
+  // Files of the tree before the last scan of the whole path, for progress; 0 when there was none.
   virtual int64_t GetLastScanNumberOfFiles() const = 0;
-  // The root's list of its largest files, which lives until the next scan; nullptr when none is kept.
-  virtual ITopSizeList* GetTopSizeList() const = 0;
+  // The root's list of its largest files; nullptr when none is kept. The next scan makes another.
+  virtual TRef<ITopSizeList> GetTopSizeList() const = 0;
   // Observers are held until the root is disposed.
   virtual void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) = 0;
   virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;

@@ -5,32 +5,57 @@
 
 namespace Vantrel {
 
-TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions)
+namespace {
+
+uint32_t EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
+  return (pOptions.ShareHardLinks ? heoShareHardLinks : 0u) |
+         (pOptions.FollowSymbolicLinks ? heoFollowSymbolicLinks : 0u) |
+         (pOptions.FollowMountPoints ? heoFollowMountPoints : 0u) |
+         (pOptions.UseBackupPrivilege ? 0u : heoNoBackupPrivilege) |
+         (pOptions.StayOnFileSystem ? heoStayOnFileSystem : 0u);
+}
+
+}  // namespace
+
+TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, TScanRun pScan)
     : fRoot(pRoot),
+      fEnumeratorOptions(EnumeratorOptionsOf(pOptions)),
       fFolderDateBasedOnFilesOnly(pOptions.FolderDateBasedOnFilesOnly),
       fKeepFiles(pOptions.KeepFiles),
       fDoExtensionsStatistics(pOptions.CollectExtensions),
       fDoUsersStatistics(pOptions.CollectOwners),
       fFileAgesDateType(pOptions.FileAgesDateType),
       fLongPathLength(pOptions.LongPathLength),
-      fShareBasis(pOptions.UseAllocatedForShares ? TColumn::mdAllocated : TColumn::mdSize) {
+      fShareBasis(pOptions.UseAllocatedForShares ? TColumn::mdAllocated : TColumn::mdSize),
+      fScan(std::move(pScan)) {
   auto ages = MakeRef<TFileAges>();
   ages->SetAsString(FromUtf8(pOptions.FileAges));
   fFileAges = ages;
 }
 
-void TScanConfiguration::TakeLoaded(const TLoadedScan& pScan) {
-  fDoExtensionsStatistics = pScan.fHasExtensions;
-  fDoUsersStatistics = pScan.fHasUsers;
-  fFileAgesDateType = pScan.fFileAgesDateType;
-  if (pScan.fFileAges) fFileAges = pScan.fFileAges;
-  fScanTimeStamp = pScan.fScanTimeStamp;
+TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, const TLoadedScan& pLoaded,
+                                       TRef<ITopSizeList> pTopSizeList)
+    : TScanConfiguration(pRoot, pOptions) {
+  fDoExtensionsStatistics = pLoaded.fHasExtensions;
+  fDoUsersStatistics = pLoaded.fHasUsers;
+  fFileAgesDateType = pLoaded.fFileAgesDateType;
+  if (pLoaded.fFileAges) fFileAges = pLoaded.fFileAges;
+  fScan.fTimeStamp = pLoaded.fScanTimeStamp;
+  fScan.fTopSizeList = std::move(pTopSizeList);
 }
 
-void TScanConfiguration::Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow) {
-  fToken = std::move(pToken);
-  fTopSizeList = std::move(pTopSizeList);
-  fScanTimeStamp = pNow;
+TRef<TScanConfiguration> TScanConfiguration::ForRefresh(TRef<ICancellationToken> pToken) const {
+  auto copy = MakeRef<TScanConfiguration>(*this);
+  copy->fScan.fToken = std::move(pToken);
+  copy->fScan.fWholeTree = false;
+  return copy;
+}
+
+std::unique_ptr<IEntryFilter> TScanConfiguration::CreateEntryFilter() {
+  std::unique_ptr<IEntryFilter> filter = fScan.fFilter ? fScan.fFilter->CreateEntryFilter() : nullptr;
+  if (fRoot->fFileMask.empty() && !fRoot->fExpression) return filter;
+  return std::make_unique<TRootEntryFilter>(fRoot->fRootExclusions, fRoot->fFileMask, fRoot->fExpression,
+                                            std::move(filter));
 }
 
 }  // namespace Vantrel

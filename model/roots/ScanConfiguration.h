@@ -1,24 +1,34 @@
 #pragma once
 
-// The options of one root's scans, copied at their start.
+// The settings of one scan, fixed from its start.
 
 #include "model/roots/Root.h"
 
 namespace Vantrel {
 
-// The settings of one root's scans, copied from the options when a scan starts. The root owns it and outlives every
-// scan that uses it.
+// What settings have from the scan itself rather than from the options.
+struct TScanRun {
+  TRef<ICancellationToken> fToken;
+  TRef<ITopSizeList> fTopSizeList;
+  TRef<IScanFilter> fFilter;
+  TKivFileTime fTimeStamp;
+  bool fWholeTree = true;
+};
+
+// The settings of one scan of one root, as the options were when it began. Nothing here changes afterwards, so readers
+// of the tree need no lock. A refresh has a copy of the settings of its tree's scan.
 class TScanConfiguration : public TInterfaced<IScanConfiguration> {
  public:
   // Without a root, for a root that is never scanned itself, the questions and reports of a scan must not be made.
-  TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions);
+  TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, TScanRun pScan = {});
+  // Of a refresh of the tree that was made with these.
+  TRef<TScanConfiguration> ForRefresh(TRef<ICancellationToken> pToken) const;
   // What the scan that a file holds was made with.
-  void TakeLoaded(const TLoadedScan& pScan);
-  // Ready for the next scan.
-  void Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow);
+  TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, const TLoadedScan& pLoaded,
+                     TRef<ITopSizeList> pTopSizeList);
 
-  TRef<ICancellationToken> GetCancellationToken() const override { return fToken; }
-  std::unique_ptr<IEntryFilter> CreateEntryFilter() override { return fRoot->CreateEntryFilter(); }
+  TRef<ICancellationToken> GetCancellationToken() const override { return fScan.fToken; }
+  std::unique_ptr<IEntryFilter> CreateEntryFilter() override;
   bool IsFolderToBeScanned(IFolderData& pFolder) override {
     return (pFolder.GetFolderState() & (fsRemoving | fsDisposed)) == 0 && !fRoot->fDisposeToken->IsDisposed();
   }
@@ -30,20 +40,25 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   IFileAges* GetFileAges() const override { return fFileAges.get(); }
   int32_t GetLongPathLength() const override { return fLongPathLength; }
   TColumn GetShareBasis() const override { return fShareBasis; }
-  ITopSizeList* GetTopSizeList() const override { return fTopSizeList.get(); }
-  TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
+  ITopSizeList* GetTopSizeList() const override { return fScan.fTopSizeList.get(); }
+  TKivFileTime GetScanTimeStamp() const override { return fScan.fTimeStamp; }
   // The first folders bring work enough for the pool to start threads as they are needed; none have to wait for it.
   bool WantsPreStartedThreads() const override { return false; }
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) override {
     fRoot->RecordError(pFolder, pEnumerator, pPartial);
   }
+  // What a refresh leaves out was counted by the scan already.
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
                     int64_t pExcluded) override {
-    fRoot->CountScanned(pFolder, pFiles, pFolders, pBytes, pExcluded);
+    fRoot->CountScanned(pFolder, pFiles, pFolders, pBytes, fScan.fWholeTree ? pExcluded : 0);
   }
+  bool IsOfWholeTree() const { return fScan.fWholeTree; }  // else of a refresh
+  // Bits of THierarchicalEnumeratorOption.
+  uint32_t GetEnumeratorOptions() const { return fEnumeratorOptions; }
 
  private:
-  TCustomRoot* const fRoot;
+  TCustomRoot* const fRoot;  // outlives every scan
+  uint32_t fEnumeratorOptions;
   bool fFolderDateBasedOnFilesOnly;
   bool fKeepFiles;
   bool fDoExtensionsStatistics;
@@ -52,9 +67,7 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   TRef<IFileAges> fFileAges;
   int32_t fLongPathLength;
   TColumn fShareBasis;
-  TKivFileTime fScanTimeStamp;
-  TRef<ICancellationToken> fToken;
-  TRef<ITopSizeList> fTopSizeList;
+  TScanRun fScan;
 };
 
 }  // namespace Vantrel

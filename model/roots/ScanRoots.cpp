@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "model/roots/Root.h"
 #include "model/roots/VirtualRoot.h"
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
@@ -48,16 +49,19 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
   TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) override {
     const TTypedPath typed = SplitTypedPath(pPath);
     const std::u16string& identity = typed.fWithWildcards.empty() ? typed.fPath : typed.fWithWildcards;
-    TCriticalSectionLock lock(fLock);
-    for (const TListedRoot& listed : fList)
-      if (SamePath(listed.fTypedPath, identity, NativePathDelimiter())) return listed.fRoot;
-    CheckRoom();
     TRef<IHierarchicalRoot> root;
-    if (NativePathDelimiter() == u'/')
-      root = MakeRef<TCustomUnixRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
-    else
-      root = MakeRef<TFileSystemRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
-    fList.push_back({identity, root});
+    {
+      TCriticalSectionLock lock(fLock);
+      for (const TListedRoot& listed : fList)
+        if (SamePath(listed.fTypedPath, identity, NativePathDelimiter())) return listed.fRoot;
+      CheckRoom();
+      if (NativePathDelimiter() == u'/')
+        root = MakeRef<TCustomUnixRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
+      else
+        root = MakeRef<TFileSystemRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
+      fList.push_back({identity, root});
+    }
+    TellVirtualRoot(root);
     return root;
   }
 
@@ -69,9 +73,12 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
 
   // Any number of scans of one path may be open: each file is another state of it.
   void AddLoaded(TRef<IHierarchicalRoot> pRoot) override {
-    TCriticalSectionLock lock(fLock);
-    CheckRoom();
-    fList.push_back({u"", std::move(pRoot)});
+    {
+      TCriticalSectionLock lock(fLock);
+      CheckRoom();
+      fList.push_back({u"", pRoot});
+    }
+    TellVirtualRoot(pRoot);
   }
 
   TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) override {
@@ -113,9 +120,16 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
   }
 
   TRef<IHierarchicalRoot> GetVirtualRoot() override {
-    TCriticalSectionLock lock(fLock);
-    if (!fVirtualRoot) fVirtualRoot = MakeRef<TVirtualRoot>(*this, fOptions, NativePathDelimiter());
-    return fVirtualRoot;
+    std::vector<TListedRoot> listed;
+    TRef<TVirtualRoot> made;
+    {
+      TCriticalSectionLock lock(fLock);
+      if (fVirtualRoot) return fVirtualRoot;
+      made = fVirtualRoot = MakeRef<TVirtualRoot>(*this, fOptions, NativePathDelimiter());
+      listed = fList;
+    }
+    for (const TListedRoot& each : listed) made->RootAdded(*each.fRoot);
+    return made;
   }
 
   void RefreshRecycleBinFolders() override {
@@ -138,6 +152,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
       std::erase_if(fList, [&](const TListedRoot& pListed) { return pListed.fRoot == root; });
     }
     root->Dispose();
+    TellVirtualRoot(nullptr);
   }
 
   void Dispose() override {
@@ -157,12 +172,23 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
                               " paths cannot be open at once (option MaximumRoots)");
   }
 
+  // A root has come, or with nullptr gone. Called without the lock: observers are told.
+  void TellVirtualRoot(TRef<IHierarchicalRoot> pAdded) {
+    TRef<TVirtualRoot> virtualRoot;
+    {
+      TCriticalSectionLock lock(fLock);
+      virtualRoot = fVirtualRoot;
+    }
+    if (virtualRoot && pAdded) virtualRoot->RootAdded(*pAdded);
+    if (virtualRoot && !pAdded) virtualRoot->RootRemoved();
+  }
+
   const TRef<IScanServices> fServices;
   const std::shared_ptr<const TGlobalOptions> fOptions;
   const int32_t fMaxCount;
   mutable TCriticalSection fLock;
   std::vector<TListedRoot> fList GUARDED_BY(fLock);
-  TRef<IHierarchicalRoot> fVirtualRoot GUARDED_BY(fLock);
+  TRef<TVirtualRoot> fVirtualRoot GUARDED_BY(fLock);
 };
 
 }  // namespace Vantrel

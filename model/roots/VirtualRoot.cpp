@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "model/roots/ScanConfiguration.h"
+#include "model/roots/VirtualFolder.h"
 #include "platform/system/Errors.h"
 #include "platform/system/System.h"
 
@@ -28,16 +29,17 @@ std::vector<TRef<IFolderData>> TVirtualRootFolder::Tops() const {
 }
 
 std::vector<TRef<IFolderData>> TVirtualRootFolder::FindSubFolders() {
-  return SortedBySize(Tops());
+  std::vector<TRef<IFolderData>> children = Tops();
+  for (TRef<IFolderData>& child : children)
+    child = MakeRef<TVirtualFolder>(std::move(child), TRef<IHierarchicalElement>(this));
+  return SortedBySize(std::move(children));
 }
 
 TSizeValues TVirtualRootFolder::GetValues() const {
   TSizeValues sum;
   for (const TRef<IFolderData>& top : Tops()) {
-    const TSizeValues values = top->GetValues();
-    sum += values;
-    sum.fFolders += values.fFolders + 1;
-    sum.fCompression |= values.fCompression;
+    sum += top->GetValues();
+    ++sum.fFolders;
   }
   return sum;
 }
@@ -54,32 +56,77 @@ TKivFileTime TVirtualRootFolder::GetLastChangeDate() const {
   return newest;
 }
 
-// Without ages: each root may collect those of another date.
 void TVirtualRootFolder::ReadStatistics(TStatisticsReading& pReading) const {
-  pReading.Read({GetUserSizeArray(), GetExtensionSizeArray(), nullptr});
+  const TRef<IHierarchicalRoot> root = GetRoot();
+  if (!root) return pReading.Clear();
+  pReading.Read({GetUserSizeArray(), GetExtensionSizeArray(),
+                 GetFileAgeDistribution(root->GetScanConfiguration()->GetFileAgesDateType())});
 }
 
-TRef<ICustomAssocSizeArray> TVirtualRootFolder::GetUserSizeArray() const {
-  TRef<ICustomAssocSizeArray> sum = MakeRef<TUserSizeArray>();
-  for (const TRef<IFolderData>& top : Tops())
-    if (TRef<ICustomAssocSizeArray> users = top->GetUserSizeArray()) sum->AddArray(*users);
+namespace {
+
+// The sum of what pGet gives for each folder; nullptr when it gives none for one of them.
+template <class TSum, class TGet>
+TRef<ICustomAssocSizeArray> SumOf(const std::vector<TRef<IFolderData>>& pFolders, const TGet& pGet) {
+  TRef<ICustomAssocSizeArray> sum;
+  for (const TRef<IFolderData>& folder : pFolders) {
+    const TRef<ICustomAssocSizeArray> array = pGet(*folder);
+    if (!array) return nullptr;
+    if (!sum) sum = MakeRef<TSum>();
+    sum->AddArray(*array);
+  }
   return sum;
+}
+
+// Interval lists may differ from root to root. A record can only be told in an interval that holds all of its own, so
+// only bounds that are in all lists are kept. The last interval of each list is open-ended, whatever its bound.
+TRef<IFileAges> CommonIntervals(const std::vector<TRef<IFileAgeDistribution>>& pAges) {
+  std::vector<int64_t> common;
+  int64_t last = 0;
+  for (size_t i = 0; i < pAges.size(); ++i) {
+    const TRef<IFileAges> intervals = pAges[i]->GetFileAges();
+    std::vector<int64_t> bounds;
+    for (int k = 0; k + 1 < intervals->GetCount(); ++k) bounds.push_back(intervals->GetItem(k));
+    last = std::max(last, intervals->GetItem(intervals->GetCount() - 1));
+    if (i == 0) common = bounds;
+    std::erase_if(common, [&](int64_t pBound) { return !std::binary_search(bounds.begin(), bounds.end(), pBound); });
+  }
+  auto ages = MakeRef<TFileAges>();
+  for (const int64_t bound : common) ages->Add(bound);
+  ages->Add(last);
+  return ages;
+}
+
+}  // namespace
+
+TRef<ICustomAssocSizeArray> TVirtualRootFolder::GetUserSizeArray() const {
+  return SumOf<TUserSizeArray>(Tops(), [](const IFolderData& pTop) { return pTop.GetUserSizeArray(); });
 }
 
 TRef<ICustomAssocSizeArray> TVirtualRootFolder::GetExtensionSizeArray() const {
-  TRef<ICustomAssocSizeArray> sum = MakeRef<TExtensionSizeArray>();
-  for (const TRef<IFolderData>& top : Tops())
-    if (TRef<ICustomAssocSizeArray> extensions = top->GetExtensionSizeArray()) sum->AddArray(*extensions);
-  return sum;
+  return SumOf<TExtensionSizeArray>(Tops(), [](const IFolderData& pTop) { return pTop.GetExtensionSizeArray(); });
 }
 
 TRef<IFileAgeDistribution> TVirtualRootFolder::GetFileAgeDistribution(TDateType pDateType) const {
-  TRef<IFileAgeDistribution> sum;
+  std::vector<TRef<IFileAgeDistribution>> all;
   for (const TRef<IFolderData>& top : Tops()) {
+    const TRef<IHierarchicalRoot> root = top->GetRoot();
+    if (!root || root->GetScanConfiguration()->GetFileAgesDateType() == TDateType::dtNone) return nullptr;
     TRef<IFileAgeDistribution> ages = top->GetFileAgeDistribution(pDateType);
-    if (!ages) continue;
-    if (!sum) sum = ages->CloneEmpty();
-    sum->AddDistribution(*ages);
+    if (!ages) return nullptr;
+    all.push_back(std::move(ages));
+  }
+  if (all.empty()) return nullptr;
+  const TRef<IFileAges> intervals = CommonIntervals(all);
+  TRef<IFileAgeDistribution> sum = MakeRef<TFileAgeDistribution>(intervals, pDateType);
+  for (const TRef<IFileAgeDistribution>& ages : all) {
+    const TRef<IFileAges> own = ages->GetFileAges();
+    for (const TKeyedSizeValues& entry : ages->GetEntries()) {
+      const int interval = static_cast<int>(entry.fKey);
+      const bool isLast = interval + 1 >= own->GetCount();
+      sum->Add(isLast ? intervals->GetCount() - 1 : intervals->GetIndexOfMatchingInterval(own->GetItem(interval)),
+               entry.fValues);
+    }
   }
   return sum;
 }
@@ -88,13 +135,94 @@ TRef<IFolderData> TVirtualRootFolder::CreateChild(std::u16string_view) {
   throw EInvalidOperation("TVirtualRootFolder.CreateChild: the children of a combined root belong to other roots");
 }
 
+namespace {
+
+// The settings of all roots together. What a scan asks while it runs is not asked of it.
+class TCombinedConfiguration : public TScanConfiguration {
+ public:
+  TCombinedConfiguration(const std::vector<TRef<IHierarchicalRoot>>& pRoots, const TGlobalOptions& pOptions)
+      : TScanConfiguration(nullptr, pOptions) {
+    for (const TRef<IHierarchicalRoot>& root : pRoots) {
+      const TRef<IScanConfiguration> own = root->GetScanConfiguration();
+      fUsers &= own->GetDoUsersStatistics();
+      fExtensions &= own->GetDoExtensionsStatistics();
+      const TDateType type = own->GetFileAgesDateType();
+      fAges = &root == &pRoots.front() || fAges == type ? type : TDateType::dtNone;
+    }
+  }
+  bool GetDoUsersStatistics() const override { return fUsers; }
+  bool GetDoExtensionsStatistics() const override { return fExtensions; }
+  TDateType GetFileAgesDateType() const override { return fAges; }
+
+ private:
+  bool fUsers = true;
+  bool fExtensions = true;
+  TDateType fAges = TDateType::dtNone;  // where the roots differ
+};
+
+}  // namespace
+
+// Passes on what a root tells. Each root holds one for as long as it lives.
+class TVirtualRoot::TForwarder : public TInterfaced<IHierarchicalObserver> {
+ public:
+  explicit TForwarder(TVirtualRoot& pTarget) : fTarget(&pTarget) {}
+  void ObjectChanged(IHierarchicalObject& pObject, TChangeKind pKind) override {
+    fTarget->NotifyObservers(pObject, pKind);
+    // The totals of the whole are those of the roots' top folders.
+    auto* element = dynamic_cast<IHierarchicalElement*>(&pObject);
+    if (pKind == TChangeKind::ckChanged && element && (element->GetFolderState() & fsIsRoot) != 0)
+      fTarget->NotifyTop(TChangeKind::ckChanged);
+  }
+
+ private:
+  const TRef<TVirtualRoot> fTarget;
+};
+
+class TVirtualRoot::TErrorForwarder : public TInterfaced<IScanErrorObserver> {
+ public:
+  explicit TErrorForwarder(TVirtualRoot& pTarget) : fTarget(&pTarget) {}
+  void ErrorRecorded(const TScanError& pError) override {
+    fTarget->fErrorObservers.Notify([&](IScanErrorObserver& pObserver) { pObserver.ErrorRecorded(pError); });
+  }
+
+ private:
+  const TRef<TVirtualRoot> fTarget;
+};
+
 TVirtualRoot::TVirtualRoot(const IScanRoots& pRoots, std::shared_ptr<const TGlobalOptions> pOptions,
                            char16_t pDelimiter)
-    : TBaseRoot(std::u16string(kTitle), pDelimiter), fRoots(pRoots) {
-  fConfiguration = MakeRef<TScanConfiguration>(nullptr, *pOptions);
-}
+    : TBaseRoot(std::u16string(kTitle), pDelimiter), fRoots(pRoots), fOptions(std::move(pOptions)) {}
 
 TVirtualRoot::~TVirtualRoot() = default;
+
+void TVirtualRoot::RootAdded(IHierarchicalRoot& pRoot) {
+  pRoot.SubscribeObserver(MakeRef<TForwarder>(*this));
+  pRoot.SubscribeErrorObserver(MakeRef<TErrorForwarder>(*this));
+  NotifyTop(TChangeKind::ckChanged);
+}
+
+void TVirtualRoot::RootRemoved() {
+  NotifyTop(TChangeKind::ckChanged);
+}
+
+void TVirtualRoot::NotifyTop(TChangeKind pKind) {
+  if (const TRef<IFolderData> top = GetTopFolder()) NotifyObservers(*top, pKind);
+}
+
+TRef<IScanConfiguration> TVirtualRoot::GetScanConfiguration() const {
+  return MakeRef<TCombinedConfiguration>(fRoots.GetRoots(), *fOptions);
+}
+
+TRootStates TVirtualRoot::GetState() const {
+  TRootStates any = 0, all = rsFinished;
+  const std::vector<TRef<IHierarchicalRoot>> roots = fRoots.GetRoots();
+  for (const TRef<IHierarchicalRoot>& root : roots) {
+    const TRootStates state = root->GetState();
+    any |= state & (rsScanning | rsCancelled | rsHasErrors | rsPathNotFound);
+    all &= state;
+  }
+  return TBaseRoot::GetState() | any | (roots.empty() ? 0u : all);
+}
 
 TRef<IFolderData> TVirtualRoot::GetTopFolder() const {
   if (fDisposeToken->IsDisposed()) return nullptr;
@@ -141,11 +269,13 @@ TScanProgress TVirtualRoot::GetProgress() const {
 }
 
 void TVirtualRoot::Scan() {
+  if (fDisposeToken->IsDisposed()) return;
   for (const TRef<IHierarchicalRoot>& root : fRoots.GetRoots())
     if ((root->GetState() & rsScanning) == 0) root->Scan();
 }
 
 bool TVirtualRoot::RefreshFolder(IFolderData&, bool) {
+  if (fDisposeToken->IsDisposed()) return false;
   Scan();
   return true;
 }
@@ -174,7 +304,7 @@ int64_t TVirtualRoot::GetLastScanNumberOfFiles() const {
 }
 
 void TVirtualRoot::SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) {
-  for (const TRef<IHierarchicalRoot>& root : fRoots.GetRoots()) root->SubscribeErrorObserver(pObserver);
+  fErrorObservers.Subscribe(std::move(pObserver));
 }
 
 void TVirtualRoot::Dispose() {
@@ -187,6 +317,7 @@ void TVirtualRoot::Dispose() {
   }
   if (top) top->Dispose();
   fObservers.Clear();
+  fErrorObservers.Clear();
 }
 
 }  // namespace Vantrel

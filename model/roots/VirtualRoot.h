@@ -4,12 +4,17 @@
 
 #include <memory>
 
-#include "model/roots/Root.h"
+#include "model/options/GlobalOptions.h"
+#include "model/roots/BaseRoot.h"
+#include "model/tree/CustomFolder.h"
 
 namespace Vantrel {
 
 // The top folder of a combined root: its children are the top folders of other roots, and its totals are theirs, added
 // up when somebody asks. Nothing is stored here, so the roots go on changing beneath it.
+//
+// Its children, and all beneath them, are views made for the caller (TVirtualFolder): a top folder has no parent and is
+// 100 % of its own root, while here it is one folder among others.
 class TVirtualRootFolder : public TCustomFolderData {
  public:
   TVirtualRootFolder(TRef<IHierarchicalRoot> pRoot, const IScanRoots& pRoots, std::u16string_view pName);
@@ -18,8 +23,11 @@ class TVirtualRootFolder : public TCustomFolderData {
   TSizeValues GetValues() const override;
   TKivFileTime GetLastAccessDate() const override;
   TKivFileTime GetLastChangeDate() const override;
+  // Of all roots; nullptr when one of them collects none, since the sum would not be that of the whole.
   TRef<ICustomAssocSizeArray> GetUserSizeArray() const override;
   TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override;
+  // The intervals are those that all roots can be told in: bounds that all of them have. nullptr when a root collects
+  // no ages.
   TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override;
   void ReadStatistics(TStatisticsReading& pReading) const override;
   // Its children belong to their own roots: EInvalidOperation.
@@ -30,16 +38,23 @@ class TVirtualRootFolder : public TCustomFolderData {
   const IScanRoots& fRoots;  // owns the virtual root
 };
 
-// A root that shows all roots of a list as one tree. It is not scanned itself.
+// A root that shows all roots of a list as one tree. It is not scanned itself. Its observers are told of all changes in
+// all roots.
 class TVirtualRoot : public TBaseRoot {
  public:
   TVirtualRoot(const IScanRoots& pRoots, std::shared_ptr<const TGlobalOptions> pOptions, char16_t pDelimiter);
   ~TVirtualRoot() override;
+  // To be called for each root of the list, those that are there already included; and when one has left it.
+  void RootAdded(IHierarchicalRoot& pRoot);
+  void RootRemoved();
+
+  // Scanning when one root is, finished when all are; cancelled, and with errors, when one is.
+  TRootStates GetState() const override;
   TRef<IFolderData> GetTopFolder() const override;
   TRef<IScanEngine> GetScanEngine() const override { return nullptr; }
   std::vector<TScanError> GetErrors() const override;
   TScanProgress GetProgress() const override;
-  IScanConfiguration& GetScanConfiguration() override { return *fConfiguration; }
+  TRef<IScanConfiguration> GetScanConfiguration() const override;
   void ForgetBranch(IFolderData&) override {}
   void ForgetOwnEntries(IFolderData&) override {}
   // Each root of the list has a filter of its own: EInvalidOperation.
@@ -57,13 +72,18 @@ class TVirtualRoot : public TBaseRoot {
   bool WaitForScan(int64_t pMilliseconds) override;
   int64_t GetScanDuration() const override;
   int64_t GetLastScanNumberOfFiles() const override;
-  ITopSizeList* GetTopSizeList() const override { return nullptr; }
+  TRef<ITopSizeList> GetTopSizeList() const override { return nullptr; }
   void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) override;
   void Dispose() override;
 
  private:
+  class TForwarder;
+  class TErrorForwarder;
+  void NotifyTop(TChangeKind pKind);
+
   const IScanRoots& fRoots;
-  TRef<IScanConfiguration> fConfiguration;
+  const std::shared_ptr<const TGlobalOptions> fOptions;
+  TObservable<IScanErrorObserver> fErrorObservers;
   mutable TCriticalSection fLock;
   mutable TRef<TVirtualRootFolder> fTop GUARDED_BY(fLock);
 };

@@ -22,6 +22,8 @@ int64_t ValueOf(const TBasicSizeValues& pValues, TColumn pColumn) {
     case TColumn::mdFiles:
     case TColumn::mdItems:
       return pValues.fFiles;
+    case TColumn::mdAverageFileSize:
+      return pValues.fFiles == 0 ? 0 : pValues.fSize / pValues.fFiles;
     default:
       return 0;
   }

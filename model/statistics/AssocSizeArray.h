@@ -34,8 +34,8 @@ class ICustomAssocSizeArray : public IInterface {
   virtual void SetRecord(std::u16string_view pKey, const TBasicSizeValues* pValues) = 0;
   // A key's numbers; false when it has none.
   virtual bool Find(std::u16string_view pKey, TBasicSizeValues& pValues) const = 0;
-  // A key's value in a column (mdSize, mdAllocated, mdFiles), 0 when missing; for mdPercentOfParent the share of the
-  // reference record in millionths.
+  // A key's value in a column (mdSize, mdAllocated, mdFiles, mdAverageFileSize), 0 when missing; for mdPercentOfParent
+  // the share of the reference record in millionths.
   virtual int64_t GetValueOfKey(std::u16string_view pKey, TColumn pColumn, const TSizeValues& pReference,
                                 TColumn pShareBasis) const = 0;
   // All records, in no particular order.

@@ -13,6 +13,39 @@ TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime 
   }
 }
 
+void TFolderStatistics::Add(const TFolderStatistics& pOther) const {
+  if (fUsers && pOther.fUsers) fUsers->AddArray(*pOther.fUsers);
+  if (fExtensions && pOther.fExtensions) fExtensions->AddArray(*pOther.fExtensions);
+  if (fAges && pOther.fAges) fAges->AddDistribution(*pOther.fAges);
+}
+
+void TFolderStatistics::Add(const TListedStatistics& pListed) const {
+  if (fUsers) fUsers->Add(pListed.fOwners);
+  if (fExtensions) fExtensions->Add(pListed.fExtensions);
+  if (fAges) fAges->Add(pListed.fAges);
+}
+
+void TFolderStatistics::Subtract(const TFolderStatistics& pOther) const {
+  if (fUsers && pOther.fUsers) fUsers->SubtractArray(*pOther.fUsers);
+  if (fExtensions && pOther.fExtensions) fExtensions->SubtractArray(*pOther.fExtensions);
+  if (fAges && pOther.fAges) fAges->SubtractDistribution(*pOther.fAges);
+}
+
+void TFolderStatistics::AddOrCreate(const TFolderStatistics& pOther) {
+  if (pOther.fUsers && !fUsers) fUsers = MakeRef<TUserSizeArray>();
+  if (pOther.fExtensions && !fExtensions) fExtensions = MakeRef<TExtensionSizeArray>();
+  if (pOther.fAges && !fAges) fAges = pOther.fAges->CloneEmpty();
+  Add(pOther);
+}
+
+TFolderStatistics TFolderStatistics::Clone() const {
+  TFolderStatistics clone;
+  if (fUsers) clone.fUsers = fUsers->Clone();
+  if (fExtensions) clone.fExtensions = fExtensions->Clone();
+  if (fAges) clone.fAges = fAges->Clone();
+  return clone;
+}
+
 // Sums up all files by the key that pKeyOf gives for a file.
 template <class TKeyOf>
 void TStatisticsReading::SumUp(TRecords& pRecords, const TFileTable* pFiles, const TKeyOf& pKeyOf) {
@@ -73,13 +106,21 @@ TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfigu
   TStatisticsReading reading;
   reading.Read(pFiles, pConfiguration);
   TFolderStatistics statistics;
-  if (reading.Users()) (statistics.fUsers = MakeRef<TUserSizeArray>())->Add(*reading.Users());
-  if (reading.Extensions()) (statistics.fExtensions = MakeRef<TExtensionSizeArray>())->Add(*reading.Extensions());
+  TListedStatistics listed;
+  if (reading.Users()) {
+    statistics.fUsers = MakeRef<TUserSizeArray>();
+    listed.fOwners = *reading.Users();
+  }
+  if (reading.Extensions()) {
+    statistics.fExtensions = MakeRef<TExtensionSizeArray>();
+    listed.fExtensions = *reading.Extensions();
+  }
   if (reading.Ages()) {
     statistics.fAges = MakeRef<TFileAgeDistribution>(TRef<IFileAges>(pConfiguration.GetFileAges()),
                                                      pConfiguration.GetFileAgesDateType());
-    statistics.fAges->Add(*reading.Ages());
+    listed.fAges = *reading.Ages();
   }
+  statistics.Add(listed);
   return statistics;
 }
 

@@ -2,6 +2,7 @@
 
 // A folder's statistics worked out from its table of files, for folders that hold none.
 
+#include <span>
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
@@ -12,11 +13,29 @@
 
 namespace Vantrel {
 
-// The three statistics of a folder, as the folder holds them; nullptr for what its root does not collect.
+// The three statistics of one folder's files as a listing brought them together. Entries are sorted by key.
+struct TListedStatistics {
+  std::span<const TKeyedSizeValues> fOwners;
+  std::span<const TKeyedSizeValues> fExtensions;
+  std::span<const TKeyedSizeValues> fAges;  // by interval index
+};
+
+// The three statistics of a folder, as the folder holds them; nullptr for what its root does not collect. A copy shares
+// the arrays.
 struct TFolderStatistics {
   TRef<ICustomAssocSizeArray> fUsers;
   TRef<ICustomAssocSizeArray> fExtensions;
   TRef<IFileAgeDistribution> fAges;
+
+  bool IsEmpty() const { return !fUsers && !fExtensions && !fAges; }
+  // Add and Subtract change the arrays that are here and leave out what is not collected here.
+  void Add(const TFolderStatistics& pOther) const;
+  void Add(const TListedStatistics& pListed) const;
+  void Subtract(const TFolderStatistics& pOther) const;
+  // Adds, and makes the arrays that are missing here.
+  void AddOrCreate(const TFolderStatistics& pOther);
+  // Arrays of its own with the same contents.
+  TFolderStatistics Clone() const;
 };
 
 // Reads the statistics of folder after folder, as plain records: whoever walks a whole tree keeps one, and nothing is

@@ -11,41 +11,6 @@
 
 namespace Vantrel {
 
-namespace {
-
-const std::u16string kCreatingFiles =
-    u"TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now files in it: ";
-const std::u16string kDisposingFiles =
-    u"TCustomFolderData.SetNewSize(): Disposing [Files] node as there are no files in it: ";
-
-void AddInto(const TFolderStatistics& pTarget, const TFolderStatistics& pValues) {
-  if (pTarget.fUsers && pValues.fUsers) pTarget.fUsers->AddArray(*pValues.fUsers);
-  if (pTarget.fExtensions && pValues.fExtensions) pTarget.fExtensions->AddArray(*pValues.fExtensions);
-  if (pTarget.fAges && pValues.fAges) pTarget.fAges->AddDistribution(*pValues.fAges);
-}
-
-void AddInto(const TFolderStatistics& pTarget, const TFileGroupContents& pContents) {
-  if (pTarget.fUsers) pTarget.fUsers->Add(pContents.fOwners);
-  if (pTarget.fExtensions) pTarget.fExtensions->Add(pContents.fExtensions);
-  if (pTarget.fAges) pTarget.fAges->Add(pContents.fAges);
-}
-
-void TakeOutOf(const TFolderStatistics& pTarget, const TFolderStatistics& pValues) {
-  if (pTarget.fUsers && pValues.fUsers) pTarget.fUsers->SubtractArray(*pValues.fUsers);
-  if (pTarget.fExtensions && pValues.fExtensions) pTarget.fExtensions->SubtractArray(*pValues.fExtensions);
-  if (pTarget.fAges && pValues.fAges) pTarget.fAges->SubtractDistribution(*pValues.fAges);
-}
-
-TFolderStatistics CloneOf(const TFolderStatistics& pStatistics) {
-  TFolderStatistics clone;
-  if (pStatistics.fUsers) clone.fUsers = pStatistics.fUsers->Clone();
-  if (pStatistics.fExtensions) clone.fExtensions = pStatistics.fExtensions->Clone();
-  if (pStatistics.fAges) clone.fAges = pStatistics.fAges->Clone();
-  return clone;
-}
-
-}  // namespace
-
 std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren) {
   std::vector<std::pair<int64_t, TRef<IFolderData>>> keyed;
   keyed.reserve(pChildren.size());
@@ -130,7 +95,7 @@ TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const {
 
 TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType pDateType) const {
   TRef<IHierarchicalRoot> root = GetRoot();
-  if (root && pDateType != root->GetScanConfiguration().GetFileAgesDateType())
+  if (root && pDateType != root->GetScanConfiguration()->GetFileAgesDateType())
     throw EInvalidArgumentValue("Folder data can only provide the file ages as configured during the scan");
   return Statistics().fAges;
 }
@@ -139,7 +104,7 @@ TFolderStatistics TCustomFolderData::Statistics() const {
   const TRef<IHierarchicalRoot> root = GetRoot();
   if (!root) return {};
   const TStatisticsSource source = FindStatistics();
-  return source.fOwn ? *source.fOwn : StatisticsOfFiles(source.fFiles.get(), root->GetScanConfiguration());
+  return source.fOwn ? *source.fOwn : StatisticsOfFiles(source.fFiles.get(), *root->GetScanConfiguration());
 }
 
 void TCustomFolderData::ReadStatistics(TStatisticsReading& pReading) const {
@@ -149,7 +114,7 @@ void TCustomFolderData::ReadStatistics(TStatisticsReading& pReading) const {
   if (source.fOwn)
     pReading.Read(*source.fOwn);
   else
-    pReading.Read(source.fFiles.get(), root->GetScanConfiguration());
+    pReading.Read(source.fFiles.get(), *root->GetScanConfiguration());
 }
 
 TCustomFolderData::TStatisticsSource TCustomFolderData::FindStatistics() const {
@@ -205,366 +170,12 @@ std::u16string TCustomFolderData::GetFormattedValue(TColumn pColumn, const TValu
   return TContainerHierarchicalElement::GetFormattedValue(pColumn, pFormat);
 }
 
-// --- filling -------------------------------------------------------------------------------------------------------
-
-TRef<TCustomFolderData> TCustomFolderData::NewChild(std::u16string_view pName) {
-  return MakeRef<TFolderData>(*this, fRoot, pName);
-}
-
-TRef<IFolderData> TCustomFolderData::CreateChild(std::u16string_view pName) {
-  if (IsGone()) return nullptr;
-  TRef<TCustomFolderData> child = NewChild(pName);
-  AppendChildren({child});
-  return child;
-}
-
-TRef<TCustomFolderData> TCustomFolderData::MakeChild(std::u16string_view pName, const TEntryValues& pValues,
-                                                     TKeyId pOwnerKey, bool pRaiseDates) {
-  TRef<TCustomFolderData> child = NewChild(pName);
-  child->SetEntryValues(pValues, pOwnerKey, pRaiseDates);
-  return child;
-}
-
-void TCustomFolderData::SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates) {
-  fAttributes = pValues.fAttributes;
-  fOwnerKey = pOwnerKey;
-  fCreationDate = pValues.fCreationDate;
-  if (!pRaiseDates) return;
-  fOwnLastAccessDate.Set(pValues.fLastAccessDate);
-  fOwnLastChangeDate.Set(pValues.fLastChangeDate);
-  SetNewerLastChangeDate(pValues.fLastChangeDate);
-  SetNewerLastAccessDate(pValues.fLastAccessDate);
-}
-
-void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
-  if (pChildren.empty() || IsGone()) return;
-  const auto count = static_cast<int64_t>(pChildren.size());
-  EnsureStatistics();  // before anybody can reach a child and bring its values up here
-  bool becomesParent;
-  {
-    TExclusiveLock lock(fLock);
-    if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
-    becomesParent = fSubItems->fList.empty();
-    if (becomesParent) {
-      pChildren.shrink_to_fit();
-      fSubItems->fList = std::move(pChildren);
-    } else {
-      fSubItems->fList.insert(fSubItems->fList.end(), pChildren.begin(), pChildren.end());
-    }
-  }
-  if (becomesParent) MoveOwnFilesIntoNode();
-  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
-    TExclusiveLock lock(node->fLock);
-    node->fFolders += count;
-    node->ClearMetaDataCache();
-  }
-}
-
-TCustomFolderData::TAncestry TCustomFolderData::Ancestry() {
-  TAncestry nodes;
-  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) nodes.push_back(node);
-  return nodes;
-}
-
-TFolderContribution TCustomFolderData::Contribution() const {
-  TFolderContribution values;
-  values.fValues = GetValues();
-  values.fLastAccessDate = GetLastAccessDate();
-  values.fLastChangeDate = GetLastChangeDate();
-  values.fLongPaths = (GetFolderState() & fsContainsLongPaths) != 0;
-  values.fStatistics = Statistics();
-  return values;
-}
-
-void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) {
-  if (IsGone()) return;
-  AddToAncestry(this, static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
-}
-
-// The top-most folder first. pFirst may be nullptr.
-template <class TValues>
-void TCustomFolderData::AddToAncestry(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify) {
-  if (!pFirst) return;
-  const TAncestry nodes = pFirst->Ancestry();
-  for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
-    (*node)->TakeIn(pValues);
-    if (pNotify) pFirst->fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
-  }
-}
-
-void TCustomFolderData::TakeIn(const TFolderContribution& pValues) {
-  AddInto(EnsureStatistics(), pValues.fStatistics);
-  TakeInTotals(pValues);
-}
-
-void TCustomFolderData::TakeIn(const TFileGroupContents& pContents) {
-  AddInto(EnsureStatistics(), pContents);
-  TakeInTotals(pContents);
-}
-
-void TCustomFolderData::TakeInTotals(const TFolderTotals& pTotals) {
-  fLastAccessDate.Raise(pTotals.fLastAccessDate);
-  fLastChangeDate.Raise(pTotals.fLastChangeDate);
-  if (pTotals.fLongPaths) IncludeFolderState(fsContainsLongPaths);
-  TExclusiveLock lock(fLock);
-  fSize += pTotals.fValues.fSize;
-  fAllocated += pTotals.fValues.fAllocated;
-  fFiles += pTotals.fValues.fFiles;
-  fFolders += pTotals.fValues.fFolders;
-  fCompression |= pTotals.fValues.fCompression;
-  ClearMetaDataCache();
-}
-
-void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {
-  if (IsGone()) return;
-  for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder()) {
-  }
-}
-
-void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
-  if (IsGone()) return;
-  for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder()) {
-  }
-}
-
-void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNotify) {
-  if (IsGone() || pContents.fValues.fFiles == 0) return;
-  if (GetSubFolderCount() > 0) {
-    auto group = MakeRef<TFileGroupData>(*this, fRoot);
-    group->Fill(pContents);
-    AddToAncestry(this, pContents, pNotify);
-    AttachFilesNode(std::move(group));
-    if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckAdded);
-    return;
-  }
-  // Without sub-folders the folder is its files: no node is made for them.
-  AddToAncestry(ParentFolder(), pContents, pNotify);
-  FillWith(pContents);
-  if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckChanged);
-}
-
-void TCustomFolderData::FillWith(const TFileGroupContents& pContents) {
-  if (fStatistics.load(std::memory_order_acquire) || !pContents.KeepsAllFiles()) AddInto(EnsureStatistics(), pContents);
-  TakeInTotals(pContents);
-  TExclusiveLock lock(fLock);
-  fFileTable = pContents.fFiles;
-}
-
-TFolderContribution TCustomFolderData::OwnFilesContribution() const {
-  const TRef<IFolderData> filesNode = GetFilesNode();
-  if (!filesNode && GetSubFolderCount() > 0) return {};  // sub-folders only
-  TFolderContribution own = filesNode ? static_cast<TCustomFolderData&>(*filesNode).Contribution() : Contribution();
-  own.fStatistics = CloneOf(own.fStatistics);
-  return own;
-}
-
-void TCustomFolderData::ReplaceFiles(const TFileGroupContents& pContents) {
-  if (IsGone()) return;
-  const bool hasSubFolders = GetSubFolderCount() > 0;
-  const TFolderContribution before = OwnFilesContribution();
-  if (hasSubFolders && before.fValues.fFiles == 0 && pContents.fValues.fFiles > 0)
-    LogDebug(kCreatingFiles + GetFullPath());
-  if (hasSubFolders && before.fValues.fFiles > 0 && pContents.fValues.fFiles == 0)
-    LogDebug(kDisposingFiles + GetFullPath());
-  DetachFilesNode();
-  {
-    TExclusiveLock lock(fLock);
-    fFileTable = nullptr;
-  }
-  GiveBackUpwards(this, before);
-  AddFiles(pContents, true);
-}
-
-void TCustomFolderData::AttachFilesNode(TRef<TFileGroupData> pGroup) {
-  TExclusiveLock lock(fLock);
-  if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
-  fSubItems->fFilesNode = std::move(pGroup);
-}
-
-void TCustomFolderData::DetachFilesNode() {
-  TRef<TCustomFolderData> filesNode;
-  {
-    TExclusiveLock lock(fLock);
-    if (fSubItems) filesNode.swap(fSubItems->fFilesNode);
-  }
-  if (filesNode) filesNode->Dispose();
-}
-
-void TCustomFolderData::MoveOwnFilesIntoNode() {
-  // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
-  TFolderContribution own = Contribution();
-  if (own.fValues.fFiles == 0) return;
-  LogDebug(kCreatingFiles + GetFullPath());
-  TRef<const TFileTable> files;
-  {
-    TExclusiveLock lock(fLock);
-    files.swap(fFileTable);
-  }
-  // Not so the dates: those of the folder's and the new sub-folder's own entries are among them.
-  if (files) own.fLastAccessDate = own.fLastChangeDate = {};
-  for (size_t i = 0; files && i < files->Count(); ++i) {
-    own.fLastAccessDate = std::max(own.fLastAccessDate, (*files)[i].fLastAccessDate);
-    own.fLastChangeDate = std::max(own.fLastChangeDate, (*files)[i].fLastChangeDate);
-  }
-  auto group = MakeRef<TFileGroupData>(*this, fRoot);
-  group->Fill(own, std::move(files));
-  AttachFilesNode(std::move(group));
-}
-
-// --- loading -------------------------------------------------------------------------------------------------------
-
-TRef<TCustomFolderData> TCustomFolderData::AddLoadedChild(std::u16string_view pName, bool pIsFilesNode) {
-  if (pIsFilesNode) {
-    auto files = MakeRef<TFileGroupData>(*this, fRoot);
-    AttachFilesNode(files);
-    return files;
-  }
-  TRef<TCustomFolderData> child = NewChild(pName);
-  TExclusiveLock lock(fLock);
-  if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
-  fSubItems->fList.push_back(child);
-  return child;
-}
-
-void TCustomFolderData::SetLoaded(const TLoadedFolder& pValues) {
-  fAttributes = pValues.fEntry.fAttributes;
-  fOwnerKey = pValues.fOwnerKey;
-  fCreationDate = pValues.fEntry.fCreationDate;
-  // Which of the dates are the folder's own is not in the file.
-  fOwnLastAccessDate.Set(pValues.fEntry.fLastAccessDate);
-  fOwnLastChangeDate.Set(pValues.fEntry.fLastChangeDate);
-  fLastAccessDate.Set(pValues.fEntry.fLastAccessDate);
-  fLastChangeDate.Set(pValues.fEntry.fLastChangeDate);
-  IncludeFolderState(pValues.fState);
-  TExclusiveLock lock(fLock);
-  fSize = pValues.fValues.fSize;
-  fAllocated = pValues.fValues.fAllocated;
-  fFiles = pValues.fValues.fFiles;
-  fFolders = pValues.fValues.fFolders;
-  fCompression = pValues.fValues.fCompression;
-  if (fSubItems) fSubItems->fList.shrink_to_fit();
-  const TFolderStatistics& statistics = pValues.fStatistics;
-  if (statistics.fUsers || statistics.fExtensions || statistics.fAges)
-    delete fStatistics.exchange(new TFolderStatistics(statistics), std::memory_order_acq_rel);
-}
-
-// --- taking out ----------------------------------------------------------------------------------------------------
-
-void TCustomFolderData::GiveBack(const TFolderContribution& pValues) {
-  if (const TFolderStatistics* own = fStatistics.load(std::memory_order_acquire)) TakeOutOf(*own, pValues.fStatistics);
-  {
-    TExclusiveLock lock(fLock);
-    fSize -= pValues.fValues.fSize;
-    fAllocated -= pValues.fValues.fAllocated;
-    fFiles -= pValues.fValues.fFiles;
-    fFolders -= pValues.fValues.fFolders;
-  }
-  RecomputeFromChildren();
-}
-
-void TCustomFolderData::GiveBackUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues) {
-  for (TCustomFolderData* node = pFirst; node; node = node->ParentFolder()) {
-    node->GiveBack(pValues);
-    node->fRoot->NotifyObservers(*node, TChangeKind::ckChanged);
-  }
-}
-
-void TCustomFolderData::RecomputeFromChildren() {
-  TCompressionStates compression = 0;
-  bool longPaths = false;
-  TKivFileTime access = fOwnLastAccessDate.Get();
-  TKivFileTime change = fOwnLastChangeDate.Get();
-  for (const TRef<TCustomFolderData>& child : Children()) {
-    compression |= child->GetValues().fCompression;
-    longPaths |= (child->GetFolderState() & fsContainsLongPaths) != 0;
-    access = std::max(access, child->GetLastAccessDate());
-    change = std::max(change, child->GetLastChangeDate());
-  }
-  SetDerived(compression, longPaths, access, change);
-}
-
-void TCustomFolderData::SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess,
-                                   TKivFileTime pChange) {
-  if (pLongPaths)
-    IncludeFolderState(fsContainsLongPaths);
-  else
-    ExcludeFolderState(fsContainsLongPaths);
-  fLastAccessDate.Set(pAccess);
-  fLastChangeDate.Set(pChange);
-  TExclusiveLock lock(fLock);
-  fCompression = pCompression;
-  ClearMetaDataCache();
-}
-
-void TCustomFolderData::ClearTotals() {
-  TakeStatistics();  // the folder collects anew; what it had goes on in what is lost
-  fLastAccessDate.Set(fOwnLastAccessDate.Get());
-  fLastChangeDate.Set(fOwnLastChangeDate.Get());
-  TExclusiveLock lock(fLock);
-  fSize = fAllocated = fFiles = fFolders = 0;
-  fCompression = 0;
-  ClearMetaDataCache();
-}
+// --- scans and the end ---------------------------------------------------------------------------------------------
 
 bool TCustomFolderData::Refresh(bool pRecursive) {
   TRef<IHierarchicalRoot> root = GetRoot();
   return root && !IsGone() && root->RefreshFolder(*this, pRecursive);
 }
-
-void TCustomFolderData::Reset() {
-  if (IsGone()) return;
-  IncludeFolderState(fsRemoving);
-  fRoot->ForgetBranch(*this);
-  const TFolderContribution lost = Contribution();
-  std::unique_ptr<TSubFolderList> subItems;
-  TRef<const TFileTable> files;
-  {
-    TExclusiveLock lock(fLock);
-    subItems.swap(fSubItems);
-    files.swap(fFileTable);
-  }
-  ClearTotals();
-  ExcludeFolderState(fsSubFolderScanningFinished | fsContainsLongPaths | fsDummySubFoldersAdded);
-  GiveBackUpwards(ParentFolder(), lost);
-  if (subItems) {
-    for (const TRef<TCustomFolderData>& child : subItems->fList) child->Dispose();
-    if (subItems->fFilesNode) subItems->fFilesNode->Dispose();
-  }
-  ExcludeFolderState(fsRemoving);
-}
-
-void TCustomFolderData::RemoveChild(const TCustomFolderData& pChild) {
-  TRef<TCustomFolderData> filesNode;
-  {
-    TExclusiveLock lock(fLock);
-    if (!fSubItems) return;
-    std::erase_if(fSubItems->fList, [&](const TRef<TCustomFolderData>& pItem) { return pItem.get() == &pChild; });
-    if (!fSubItems->fList.empty()) return;
-    filesNode = fSubItems->fFilesNode;
-  }
-  if (!filesNode) return;
-  // The last sub-folder is gone: the folder shows its files directly again.
-  TRef<const TFileTable> files = filesNode->GetFileTable();
-  TExclusiveLock lock(fLock);
-  fFileTable = std::move(files);
-}
-
-void TCustomFolderData::Remove() {
-  TCustomFolderData* parent = ParentFolder();
-  if (IsGone() || !parent) return;
-  TRef<IFolderData> keepAlive(this);
-  IncludeFolderState(fsRemoving);
-  fRoot->ForgetBranch(*this);
-  TFolderContribution lost = Contribution();
-  lost.fValues.fFolders += 1;
-  parent->RemoveChild(*this);
-  GiveBackUpwards(parent, lost);
-  if (parent->GetSubFolderCount() == 0) parent->DetachFilesNode();
-  fRoot->NotifyObservers(*this, TChangeKind::ckRemoved);
-  Dispose();
-}
-
-// --- lifecycle -----------------------------------------------------------------------------------------------------
 
 void TCustomFolderData::FinishPart() {
   for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
@@ -578,6 +189,22 @@ void TCustomFolderData::ReopenAncestors() {
     if (node->fUnfinishedParts.fetch_add(1, std::memory_order_acq_rel) != 0) return;
     node->ExcludeFolderState(fsSubFolderScanningFinished);
   }
+}
+
+int32_t TCustomFolderData::CountUnfinishedChildren() const {
+  TSharedLock lock(fLock);
+  if (!fSubItems) return 0;
+  return static_cast<int32_t>(std::count_if(fSubItems->fList.begin(), fSubItems->fList.end(), [](const auto& pChild) {
+    return (pChild->GetFolderState() & fsSubFolderScanningFinished) == 0;
+  }));
+}
+
+// What is told when a folder's files get a row of their own, and when they lose it.
+void TCustomFolderData::LogFilesNode(bool pComes) const {
+  LogDebug((pComes ? u"TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now "
+                     u"files in it: "
+                   : u"TCustomFolderData.SetNewSize(): Disposing [Files] node as there are no files in it: ") +
+           GetFullPath());
 }
 
 void TCustomFolderData::Dispose() {
@@ -618,10 +245,8 @@ void TCustomFolderData::Test() const {
   if (children.empty()) return;
   TSizeValues sum;
   for (const TRef<TCustomFolderData>& child : children) {
-    const TSizeValues values = child->GetValues();
-    sum += values;
-    sum.fFolders += values.fFolders + (child->IsFileGroup() ? 0 : 1);
-    sum.fCompression |= values.fCompression;
+    sum += child->GetValues();
+    sum.fFolders += child->IsFileGroup() ? 0 : 1;
   }
   if (!(sum == GetValues()))
     throw EInvalidOperation("TFolderData.Test: the totals are not the sum of the children: " + ToUtf8(GetFullPath()));
@@ -640,15 +265,6 @@ TFolderData::TFolderData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRo
 
 TFileGroupData::TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot)
     : TCustomFolderData(TRef<IHierarchicalElement>(&pParent), std::move(pRoot), {}) {}
-
-void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
-  if (pValues.AreAllIn(pFiles.get()))
-    TakeInTotals(pValues);
-  else
-    TakeIn(pValues);
-  TExclusiveLock lock(fLock);
-  fFileTable = std::move(pFiles);
-}
 
 std::u16string TFileGroupData::GetFullPath() const {
   TRef<IHierarchicalElement> folder = GetParentFolder();

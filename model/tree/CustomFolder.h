@@ -1,12 +1,12 @@
 #pragma once
 
-// Folder nodes and the "[Files]" node: filling, subtraction, removal, disposal.
+// Folder nodes and the "[Files]" node. The sources: `CustomFolder.cpp` has the node itself, `FolderTotals.cpp` totals
+// on their way up, `FolderRemoval.cpp` taking out, `FolderLoading.cpp` trees from files.
 
 #include <atomic>
 #include <boost/container/small_vector.hpp>
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "model/statistics/AssocSizeArray.h"
@@ -38,12 +38,9 @@ struct TFolderContribution : TFolderTotals {
   TFolderStatistics fStatistics;
 };
 
-// The same as listing one folder brought it together about its files; entries sorted by key.
-struct TFileGroupContents : TFolderTotals {
-  std::span<const TKeyedSizeValues> fOwners;
-  std::span<const TKeyedSizeValues> fExtensions;
-  std::span<const TKeyedSizeValues> fAges;  // by interval index
-  TRef<const TFileTable> fFiles;            // nullptr when the scan keeps none
+// The same as listing one folder brought it together about its files.
+struct TFileGroupContents : TFolderTotals, TListedStatistics {
+  TRef<const TFileTable> fFiles;  // nullptr when the scan keeps none
   bool KeepsAllFiles() const { return AreAllIn(fFiles.get()); }
 };
 
@@ -119,6 +116,8 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren);
   // The values of the folder's own entry; for the top folder, which no listing brings.
   void SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates);
+  // The dates of the entry as a refresh finds them. They count here and above with the next Reset or ReplaceFiles.
+  void SetOwnDates(const TEntryValues& pValues);
   // Takes in what the listing of this folder brought, here and in every ancestor. A folder with sub-folders keeps it as
   // its "[Files]" child; one without shows its files directly.
   void AddFiles(const TFileGroupContents& pContents, bool pNotify);
@@ -134,8 +133,11 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // last one marks the folder fsSubFolderScanningFinished and is itself a part done of the parent. A branch that is
   // scanned again makes its finished ancestors unfinished for that time.
   void BeginScan(int32_t pParts) { fUnfinishedParts.store(pParts, std::memory_order_relaxed); }
+  void AnnounceParts(int32_t pParts) { fUnfinishedParts.fetch_add(pParts, std::memory_order_acq_rel); }
   void FinishPart();
   void ReopenAncestors();
+  // Direct sub-folders that are not finished: each is an unfinished part.
+  int32_t CountUnfinishedChildren() const;
 
   TCustomFolderData* ParentFolder() const { return static_cast<TCustomFolderData*>(fParentFolder.get()); }
 
@@ -145,7 +147,6 @@ class TCustomFolderData : public TContainerHierarchicalElement {
  protected:
   TCustomFolderData(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
   ~TCustomFolderData() override;
-  virtual TRef<TCustomFolderData> NewChild(std::u16string_view pName);
   std::vector<TRef<TCustomFolderData>> Children() const;
 
   std::unique_ptr<TSubFolderList> fSubItems GUARDED_BY(fLock);
@@ -172,23 +173,32 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // This folder first, the top folder last.
   using TAncestry = boost::container::small_vector<TCustomFolderData*, 32>;
   TAncestry Ancestry();
-  void FillWith(const TFileGroupContents& pContents);
-  void TakeIn(const TFolderContribution& pValues);
-  void TakeIn(const TFileGroupContents& pContents);
-  void TakeInTotals(const TFolderTotals& pTotals);
+
+  // Into this folder alone.
+  void Add(const TFolderContribution& pValues);
+  void Add(const TFileGroupContents& pContents);
+  void AddTotals(const TFolderTotals& pTotals);
+  // The same with the files themselves, for a folder that is its files.
+  void HoldFiles(const TFileGroupContents& pContents);
+  // Into the top folder first and pFirst last; nullptr is no folder.
   template <class TValues>
-  static void AddToAncestry(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify);
-  void GiveBack(const TFolderContribution& pValues);
-  // From pFirst up to the top folder.
-  static void GiveBackUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues);
+  static void AddUpwards(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify);
+  void AttachFilesNode(TRef<TFileGroupData> pGroup);
+  void LogFilesNode(bool pComes) const;
+  void MoveOwnFilesIntoNode();
+
+  // Out of this folder alone.
+  void Subtract(const TFolderContribution& pValues);
+  // Out of pFirst and all above it.
+  static void SubtractUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues);
   // Compression, long-path mark and newest dates from the entry itself and the children.
   void RecomputeFromChildren();
   void SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess, TKivFileTime pChange);
   void ClearTotals();
   void RemoveChild(const TCustomFolderData& pChild);
-  void AttachFilesNode(TRef<TFileGroupData> pGroup);
-  void DetachFilesNode();
-  void MoveOwnFilesIntoNode();
+  // Takes the folder's own files out of it and of every ancestor. Returns their node, if there was one.
+  TRef<TCustomFolderData> RemoveOwnFiles();
+  TRef<TCustomFolderData> DetachFilesNode();
   void DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren);
 
   std::atomic<TFolderStatistics*> fStatistics{nullptr};  // owned; changed under fLock
@@ -210,11 +220,14 @@ class TFileGroupData : public TCustomFolderData {
   static constexpr std::u16string_view kName = u"[Files]";
   TFileGroupData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot);
   // Fills a new node.
-  void Fill(const TFileGroupContents& pContents) { FillWith(pContents); }
+  void Fill(const TFileGroupContents& pContents) { HoldFiles(pContents); }
   void Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles);
   bool IsFileGroup() const override { return true; }
   std::u16string_view GetObjectName() const override { return kName; }  // all share it
   std::u16string GetFullPath() const override;                          // of the folder whose files these are
+  // Both take the files out of the folder and all above it: there is no empty "[Files]" node.
+  void Reset() override { Remove(); }
+  void Remove() override;
 };
 
 }  // namespace Vantrel

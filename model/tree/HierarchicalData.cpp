@@ -140,7 +140,7 @@ template <class TInterface>
 TMetaDataValue TBaseHierarchicalElement<TInterface>::ShareOf(const IHierarchicalElement* pWhole) const {
   const TRef<IHierarchicalRoot> root = this->GetRoot();
   if (!root) return {};
-  const bool allocated = root->GetScanConfiguration().GetShareBasis() == TColumn::mdAllocated;
+  const bool allocated = root->GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
   auto basis = [allocated](const IHierarchicalBase& pNode) {
     return allocated ? pNode.GetAllocated() : pNode.GetSize();
   };

@@ -43,11 +43,14 @@ void TScanEngine::AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumer
       MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), std::move(pEnumerator), TScanMode::smNew));
 }
 
-void TScanEngine::AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) {
+void TScanEngine::AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
+                                std::function<TRef<IHierarchicalEnumerator>()> pOpen) {
   auto& folder = static_cast<TCustomFolderData&>(*pFolder);
   folder.IncludeFolderState(fsScanning);
-  fWorkerThreadPool->AddWorkItem(
-      MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), std::move(pEnumerator), TScanMode::smRefresh));
+  auto job = MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), nullptr,
+                               pRecursive ? TScanMode::smNew : TScanMode::smRefresh);
+  job->SetOpen(std::move(pOpen));
+  fWorkerThreadPool->AddWorkItem(std::move(job));
 }
 
 bool TScanEngine::IsScanning() const {

@@ -23,7 +23,8 @@ class TScanEngine : public TInterfaced<IScanEngine> {
   ~TScanEngine() override;
 
   void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) override;
-  void AddRefreshJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) override;
+  void AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
+                     std::function<TRef<IHierarchicalEnumerator>()> pOpen) override;
   bool IsScanning() const override;
   std::u16string GetStatusText() const override;
   void Dispose() override;

@@ -1,6 +1,7 @@
 #include "scan/engine/ScanJob.h"
 
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <utility>
 
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
@@ -34,6 +35,10 @@ TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TR
 void TScanJob::Execute() {
   fFromFolder->ExcludeFolderState(fsUpdatePending);
   if (IsCancelled() || !fRoot.IsFolderToBeScanned(*fFromFolder)) {
+    fFromFolder->ExcludeFolderState(fsScanning);
+    return;
+  }
+  if (fOpen && !(fEnumerator = std::exchange(fOpen, nullptr)())) {
     fFromFolder->ExcludeFolderState(fsScanning);
     return;
   }
@@ -186,7 +191,9 @@ void TScanJob::RefreshFolder() {
   if (fEnumerator->GetErrorCode() == 0 && fRaisedError == 0 && !IsCancelled())
     for (auto& [name, child] : gone) child->Remove();
   folder.GetRoot()->ForgetOwnEntries(folder);
+  const int32_t unfinished = folder.CountUnfinishedChildren();
   EndListing(folder, *fEnumerator);
+  folder.AnnounceParts(unfinished);  // those that a cancelled scan left; the new ones are announced already
   folder.ReplaceFiles(fFiles->Finish(folder));
   folder.ExcludeFolderState(fsScanning);
   if (!IsCancelled()) folder.FinishPart();

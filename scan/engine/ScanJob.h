@@ -2,6 +2,7 @@
 
 // The work on one folder: listing, children into the tree, queue or recurse, non-recursive refresh.
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -25,6 +26,8 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
  public:
   TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
            TScanMode pMode);
+  // Where the folder's enumerator comes from when the job begins, on its worker; nullptr: nothing is to be listed.
+  void SetOpen(std::function<TRef<IHierarchicalEnumerator>()> pOpen) { fOpen = std::move(pOpen); }
 
  protected:
   void Execute() override;
@@ -49,6 +52,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   TScanEngine& fEngine;
   const TRef<TCustomFolderData> fFromFolder;
   TRef<IHierarchicalEnumerator> fEnumerator;
+  std::function<TRef<IHierarchicalEnumerator>()> fOpen;
   IScanConfiguration& fRoot;  // the root's scan settings
   ThreadPool::TWorkerThreadPool& fThreadPool;
   const bool fFolderDateBasedOnFilesOnly;

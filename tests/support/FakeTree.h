@@ -147,13 +147,13 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TKivFileTime fScanTimeStamp;
   TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
   TRef<IDisposeToken> GetDisposeToken() const override { NotFaked(); }
-  IScanConfiguration& GetScanConfiguration() override { NotFaked(); }
+  TRef<IScanConfiguration> GetScanConfiguration() const override { NotFaked(); }
   void NotifyObservers(IHierarchicalObject&, TChangeKind) override { NotFaked(); }
   void ForgetBranch(IFolderData&) override { NotFaked(); }
   void ForgetOwnEntries(IFolderData&) override { NotFaked(); }
   bool RefreshFolder(IFolderData&, bool) override { NotFaked(); }
   bool RemoveFolder(IFolderData&) override { NotFaked(); }
-  ITopSizeList* GetTopSizeList() const override { NotFaked(); }
+  TRef<ITopSizeList> GetTopSizeList() const override { NotFaked(); }
   void SubscribeObserver(TRef<IHierarchicalObserver>) override { NotFaked(); }
   void SubscribeErrorObserver(TRef<IScanErrorObserver>) override { NotFaked(); }
 };

@@ -96,6 +96,11 @@ void TMemoryStorage::FailNextCall(int64_t pCall, uint32_t pErrorCode) {
   fFailingCall = pCall;
 }
 
+void TMemoryStorage::WatchThisThread() {
+  fWatchedCalls = 0;
+  fWatchedThread = std::this_thread::get_id();
+}
+
 uint32_t TMemoryStorage::AccessDeniedCode() {
   return ClassifyOSError(5) == TErrorKind::ekAccessDenied ? 5 : 13;
 }
@@ -114,6 +119,7 @@ TMemoryEnumerator::TMemoryEnumerator(std::shared_ptr<TMemoryStorage> pStorage, T
     fFolder = fMissing.get();
   }
   ++fStorage->fLiveEnumerators;
+  fStorage->Watch();
 }
 
 TMemoryEnumerator::~TMemoryEnumerator() {
@@ -129,6 +135,7 @@ bool TMemoryEnumerator::Fail(uint32_t pErrorCode) {
 bool TMemoryEnumerator::Next() {
   if (fErrorCode != 0) return false;
   ++fCalls;
+  fStorage->Watch();
   int64_t call = ++fStorage->fNextCalls;
   if (TGate* gate = fFolder->fGate; gate != nullptr && fCalls == 1) gate->Pass();
   if (call == fStorage->fFailingCall) return Fail(fStorage->fFailingCode);

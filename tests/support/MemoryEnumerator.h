@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -74,6 +75,9 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
   void FailNextCall(int64_t pCall, uint32_t pErrorCode);
   int64_t CountNextCalls() const { return fNextCalls; }
   int64_t CountLiveEnumerators() const { return fLiveEnumerators; }
+  // From now on, how often the calling thread opens or lists a folder.
+  void WatchThisThread();
+  int64_t CountWatchedCalls() const { return fWatchedCalls; }
 
   // Codes that mean the same to this platform's error classification as to the system.
   static uint32_t AccessDeniedCode();
@@ -81,6 +85,10 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
 
  private:
   friend class TMemoryEnumerator;
+  void Watch() {
+    if (fWatchedThread == std::this_thread::get_id()) ++fWatchedCalls;
+  }
+
   TMemoryEntry fTop;
   std::u16string fPath;
   char16_t fDelimiter = u'/';
@@ -88,6 +96,8 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
   std::atomic<int64_t> fFailingCall{0};
   std::atomic<uint32_t> fFailingCode{0};
   std::atomic<int64_t> fLiveEnumerators{0};
+  std::atomic<std::thread::id> fWatchedThread;
+  std::atomic<int64_t> fWatchedCalls{0};
 };
 
 // Lists one folder of the storage. Without an entry it stands for a folder that is not there.

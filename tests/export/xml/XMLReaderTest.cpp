@@ -363,7 +363,11 @@ TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
                      std::get<int64_t>(node->GetValue(TColumn::mdFileChange))};
       EXPECT_EQ((node->GetFolderState() & fsIsDummyForComparison) != 0, !now.contains(path));
       EXPECT_EQ(earlier.fRoot->GetComparison()->WasThere(*node), before.contains(path));
-      for (TRef<IFolderData>& child : node->FindSubFolders())
+      std::vector<TRef<IFolderData>> children = node->FindSubFolders();
+      if (now.contains(path))
+        for (TRef<IFolderData>& row : earlier.fRoot->GetComparison()->FindGone(*node))
+          children.push_back(std::move(row));
+      for (TRef<IFolderData>& child : children)
         if (!child->IsFileGroup()) nodes.push_back(std::move(child));
     }
     ASSERT_EQ(found, expected);

@@ -206,6 +206,10 @@ TEST(AssocSizeArray, SharesAreRoundedMillionths) {
     EXPECT_EQ(array->GetValueOfKey(u".b", TColumn::mdAllocated, reference, TColumn::mdSize), 0);
     EXPECT_EQ(array->GetValueOfKey(u".b", TColumn::mdPercentOfParent, reference, TColumn::mdSize), 0);
   }
+  TRef<ICustomAssocSizeArray> array = MakeRef<TExtensionSizeArray>();
+  array->Add(u".a", {7, 0, 2});
+  EXPECT_EQ(array->GetValueOfKey(u".a", TColumn::mdAverageFileSize, {}, TColumn::mdSize), 3) << "7 bytes in 2 files";
+  EXPECT_EQ(array->GetValueOfKey(u".b", TColumn::mdAverageFileSize, {}, TColumn::mdSize), 0);
 }
 
 TEST(AssocSizeArray, SortedKeysFollowEveryChange) {

@@ -85,9 +85,9 @@ class FolderTree : public testing::Test {
     contents.fLongPaths = pFiles.fLong;
     const TKeyedSizeValues owner[] = {{anna, contents.fValues}};
     const TKeyedSizeValues extension[] = {{TExtensionSizeArray::KeyOf(u".txt"), contents.fValues}};
-    IScanConfiguration& configuration = fRoot->GetScanConfiguration();
-    const int interval = configuration.GetFileAges()->GetIndexOfMatchingInterval(
-        FileAgeInDays(configuration.GetScanTimeStamp(), pFiles.fDate));
+    const TRef<IScanConfiguration> configuration = fRoot->GetScanConfiguration();
+    const int interval = configuration->GetFileAges()->GetIndexOfMatchingInterval(
+        FileAgeInDays(configuration->GetScanTimeStamp(), pFiles.fDate));
     const TKeyedSizeValues age[] = {{static_cast<TKeyId>(interval), contents.fValues}};
     if (pFiles.fCount > 0) {
       contents.fOwners = owner;

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <set>
 #include <thread>
 
+#include "model/roots/Comparison.h"
 #include "model/roots/ScanRoots.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
@@ -214,6 +216,253 @@ TEST(ScanEngine, RefreshesResetsAndRemovalsLeaveTheTreeOfAFreshScan) {
   }
 }
 
+// A "[Files]" row has no path of its own in the storage: it stands for the files directly in its folder.
+TEST(ScanEngine, AFilesRowIsRefreshedAndRemovedAsTheFilesOfItsFolder) {
+  for (const bool recursive : {false, true}) {
+    TScannedStorage scanned(2);
+    TMemoryEntry& changing = scanned.Top().AddFile(u"own.txt", 100);
+    TMemoryEntry& other = scanned.Top().AddFile(u"other.txt", 11);
+    scanned.Top().AddFolder(u"below").AddFile(u"a", 5);
+    scanned.Scan();
+    auto row = [&] { return scanned.fRoot->GetTopFolder()->GetFilesNode(); };
+    changing.fValues.fSize = 50;
+    EXPECT_TRUE(row()->Refresh(recursive));
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    EXPECT_EQ("", scanned.Differences()) << "refreshed";
+    EXPECT_EQ("", scanned.UnfinishedNodes());
+    ASSERT_NE(nullptr, row());
+    changing.fRemoved = other.fRemoved = true;
+    EXPECT_TRUE(scanned.fRoot->RemoveFolder(*row()));
+    EXPECT_EQ("", scanned.Differences()) << "removed";
+    EXPECT_EQ(nullptr, row());
+  }
+}
+
+// What a folder's entry says of entering it is asked again by a refresh: a mount may have come or gone.
+TEST(ScanEngine, ARefreshEntersNothingThatAScanLeavesOut) {
+  for (const bool recursive : {false, true}) {
+    TScannedStorage scanned(1);
+    TMemoryEntry& leftOut = scanned.Top().AddFolder(u"other file system");
+    leftOut.AddFolder(u"inner").AddFile(u"a", 1000);
+    leftOut.fCanDescend = false;
+    scanned.Scan();
+    auto refresh = [&] {
+      ASSERT_TRUE(scanned.Node(u"/memory/other file system")->Refresh(recursive));
+      ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+      EXPECT_EQ("", scanned.Differences());
+      EXPECT_EQ("", scanned.UnfinishedNodes());
+    };
+    refresh();
+    leftOut.fCanDescend = true;  // unmounted
+    refresh();
+    leftOut.fCanDescend = false;  // and mounted again
+    refresh();
+  }
+}
+
+TEST(ScanEngine, ARefreshIsDoneOnAWorker) {
+  TScannedStorage scanned(1);
+  scanned.Top().AddFolder(u"a").AddFile(u"f", 1);
+  TMemoryEntry& gone = scanned.Top().AddFolder(u"gone");
+  scanned.Scan();
+  for (const char16_t* path : {u"/memory/a", u"/memory/gone"})
+    for (const bool recursive : {false, true}) {
+      gone.fRemoved = path == std::u16string_view(u"/memory/gone");
+      const TRef<IFolderData> node = scanned.Node(path);
+      if (!node) continue;
+      scanned.fStorage->WatchThisThread();
+      EXPECT_TRUE(node->Refresh(recursive));
+      ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+      EXPECT_EQ(0, scanned.fStorage->CountWatchedCalls()) << ToUtf8(path) << " was opened by the caller";
+      EXPECT_EQ("", scanned.Differences());
+    }
+}
+
+// What the root says of itself after a refresh is what it says after a fresh scan.
+TEST(ScanEngine, ProgressAndStateAfterARefreshAreThoseOfTheWholeTree) {
+  TScannedStorage scanned(1);
+  scanned.Top().AddFile(u"top", 1);
+  TMemoryEntry& branch = scanned.Top().AddFolder(u"branch");
+  branch.AddFile(u"a", 10);
+  branch.AddFolder(u"inner").AddFile(u"b", 100);
+  scanned.Top().AddFolder(u"other").AddFile(u"c", 1000);
+  scanned.Scan();
+  scanned.Scan();
+  EXPECT_EQ(4, scanned.fRoot->GetLastScanNumberOfFiles());
+  for (const bool recursive : {false, true}) {
+    branch.AddFile(recursive ? u"d" : u"e", 5);
+    ASSERT_TRUE(scanned.Node(u"/memory/branch")->Refresh(recursive));
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    const TScanProgress progress = scanned.fRoot->GetProgress();
+    const TSizeValues total = scanned.fRoot->GetTopFolder()->GetValues();
+    EXPECT_EQ(total.fFiles, progress.fFiles);
+    EXPECT_EQ(total.fFolders, progress.fFolders);
+    EXPECT_EQ(total.fSize, progress.fBytes);
+    EXPECT_EQ(4, scanned.fRoot->GetLastScanNumberOfFiles()) << "of the scan before the last one";
+  }
+  TGate gate;
+  branch.fGate = &gate;
+  ASSERT_TRUE(scanned.Node(u"/memory/branch")->Refresh(true));
+  gate.WaitUntilReached();
+  scanned.fRoot->CancelScan();
+  gate.Open();
+  ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+  EXPECT_EQ(rsFinished | rsCancelled, scanned.fRoot->GetState()) << "scanned, but not complete any more";
+  branch.fGate = nullptr;
+  ASSERT_TRUE(scanned.Node(u"/memory/other")->Refresh(true));
+  ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+  EXPECT_EQ(rsFinished | rsCancelled, scanned.fRoot->GetState()) << "another branch is still incomplete";
+  ASSERT_TRUE(scanned.Node(u"/memory/branch")->Refresh(true));
+  ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+  EXPECT_EQ(rsFinished, scanned.fRoot->GetState());
+  EXPECT_EQ("", scanned.Differences());
+}
+
+// Asks a root, when it hears of the end of a scan, whether the scan has ended.
+class TEndObserver : public TInterfaced<IHierarchicalObserver> {
+ public:
+  explicit TEndObserver(IHierarchicalRoot& pRoot) : fRoot(pRoot) {}
+  void ObjectChanged(IHierarchicalObject&, TChangeKind pKind) override {
+    if (pKind != TChangeKind::ckScanFinished) return;
+    ++fEnds;
+    if (fRoot.GetScanEngine()->IsScanning() || !fRoot.WaitForScan(0) || (fRoot.GetState() & rsScanning) != 0)
+      fStillRunning = true;
+  }
+  IHierarchicalRoot& fRoot;
+  std::atomic<int> fEnds{0};
+  std::atomic<bool> fStillRunning{false};
+};
+
+TEST(ScanEngine, TheEndIsToldWhenTheScanHasEnded) {
+  TScannedStorage scanned(2);
+  scanned.Top().AddFolder(u"a").AddFile(u"f", 1);
+  auto observer = MakeRef<TEndObserver>(scanned.Root());
+  scanned.fRoot->SubscribeObserver(observer);
+  scanned.Scan();
+  scanned.fRoot->GetScanEngine()->Dispose();  // waits for the thread that tells
+  scanned.Node(u"/memory/a")->Refresh(true);
+  ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+  scanned.fRoot->GetScanEngine()->Dispose();
+  EXPECT_EQ(2, observer->fEnds);
+  EXPECT_FALSE(observer->fStillRunning);
+}
+
+// A scan takes the options as they are when it begins; a refresh stays with those that its tree was made with.
+TEST(ScanEngine, ChangedOptionsTakeEffectWithTheNextScanAsAWhole) {
+  TScannedStorage scanned(1);
+  TMemoryEntry& folder = scanned.Top().AddFolder(u"a");
+  folder.fOwner = u"anna";
+  folder.AddFile(u"f.txt", 10);
+  scanned.fOptions->CollectOwners = false;
+  scanned.Scan();
+  auto expect = [&](bool pOwners, const char* pWhen) {
+    const TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
+    EXPECT_EQ(pOwners, top->GetUserSizeArray() != nullptr) << pWhen;
+    EXPECT_EQ(!pOwners, top->GetExtensionSizeArray() != nullptr) << pWhen;
+    EXPECT_EQ(pOwners ? 2 : 7, top->GetFileAgeDistribution(TDateType::dtLastChange)->GetFileAges()->GetCount())
+        << pWhen;
+    EXPECT_EQ(pOwners ? u"anna" : u"", scanned.Node(u"/memory/a")->GetFormattedValue(TColumn::mdOwner, {}))
+        << pWhen << ": an owner is looked up only where owners are collected";
+  };
+  expect(false, "first scan");
+  scanned.fOptions->CollectOwners = true;
+  scanned.fOptions->CollectExtensions = false;
+  scanned.fOptions->FileAges = "5;100";
+  scanned.fOptions->NumberOfTopFiles = 0;
+  expect(false, "options changed");
+  ASSERT_TRUE(scanned.Node(u"/memory/a")->Refresh(true));
+  ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+  expect(false, "refreshed");
+  scanned.Scan();
+  expect(true, "second scan");
+}
+
+TEST(ScanEngine, ADisposedRootDoesNothing) {
+  TScannedStorage scanned(1);
+  scanned.Top().AddFolder(u"a").AddFile(u"f", 1);
+  scanned.Scan();
+  const TRef<IFolderData> node = scanned.Node(u"/memory/a");
+  scanned.fRoot->Dispose();
+  EXPECT_NO_THROW(scanned.fRoot->Scan());
+  EXPECT_EQ(nullptr, scanned.fRoot->GetTopFolder());
+  EXPECT_FALSE(scanned.fRoot->RemoveFolder(*node));
+  EXPECT_FALSE(scanned.fRoot->RefreshFolder(*node, true));
+  EXPECT_EQ(0u, scanned.fRoot->GetState() & rsScanning);
+}
+
+// At any time, every row's change is that against the earlier scan's row of the same path, and what has gone is there
+// as rows beside the tree.
+std::string DifferencesFromEarlier(TScannedStorage& pScanned, const TRecount& pBefore) {
+  std::string text;
+  std::set<std::u16string> now, gone;
+  std::vector<TRef<IFolderData>> nodes{pScanned.fRoot->GetTopFolder()};
+  auto check = [&](IFolderData& pNode) {
+    const std::u16string path = pNode.GetFullPath();
+    const auto before = pBefore.find(path);
+    const TSizeValues then = before == pBefore.end() ? TSizeValues() : before->second.fValues;
+    const TMetaDataValue change = pNode.GetValue(TColumn::mdSizeChange);
+    const int64_t expected = pNode.GetSize() - then.fSize;
+    if (change != TMetaDataValue(expected)) text += ToUtf8(path) + ": change is not " + std::to_string(expected) + "\n";
+  };
+  for (size_t i = 0; i < nodes.size(); ++i) {
+    const TRef<IFolderData> node = nodes[i];
+    const bool isGone = (node->GetFolderState() & fsIsDummyForComparison) != 0;
+    (isGone ? gone : now).insert(node->GetFullPath());
+    check(*node);
+    std::vector<TRef<IFolderData>> children = node->FindSubFolders();
+    if (!isGone)
+      for (TRef<IFolderData>& row : pScanned.fRoot->GetComparison()->FindGone(*node))
+        children.push_back(std::move(row));
+    for (TRef<IFolderData>& child : children)
+      if (!child->IsFileGroup()) nodes.push_back(std::move(child));
+  }
+  for (const auto& [path, folder] : pBefore)
+    if (!now.contains(path) && gone.erase(path) == 0) text += ToUtf8(path) + ": not among what has gone\n";
+  for (const std::u16string& path : gone) text += ToUtf8(path) + ": has not gone\n";
+  return text;
+}
+
+TEST(ScanEngine, AComparisonStaysRightThroughRefreshesAndRemovals) {
+  for (uint32_t seed = 1; seed <= 8; ++seed) {
+    TScannedStorage scanned(2);
+    TRandomTree random(seed);
+    random.Fill(scanned.Top(), 4);
+    TMemoryRoot earlier(scanned.fStorage);
+    earlier.Scan();
+    const TRecount before = ReadTree(*earlier.fRoot->GetTopFolder());
+    random.Change(scanned.Top());
+    scanned.Scan();
+    scanned.fRoot->SetComparison(MakeRef<TComparison>(*scanned.fRoot, *earlier.fRoot));
+    earlier.fRoot->Dispose();
+    ASSERT_EQ("", DifferencesFromEarlier(scanned, before));
+    for (int step = 0; step < 15; ++step) {
+      std::vector<TRef<IFolderData>> nodes = scanned.Nodes();
+      const TRef<IFolderData> node = nodes[static_cast<size_t>(random.Below(static_cast<int>(nodes.size())))];
+      TMemoryEntry& entry = scanned.Entry(*node);
+      if (!entry.fCanDescend) continue;
+      SCOPED_TRACE(testing::Message() << "seed " << seed << ", step " << step << ", " << ToUtf8(node->GetFullPath()));
+      if (random.Below(4) == 0 && node->GetParentFolder()) {
+        entry.fRemoved = true;
+        ASSERT_TRUE(scanned.fRoot->RemoveFolder(*node));
+      } else {
+        random.Change(entry);
+        ASSERT_TRUE(node->Refresh(random.Below(2) == 0));
+      }
+      ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+      ASSERT_EQ("", DifferencesFromEarlier(scanned, before));
+      for (const TRef<IFolderData>& row : scanned.fRoot->GetComparison()->FindGone(*scanned.fRoot->GetTopFolder())) {
+        EXPECT_FALSE(row->Refresh(true));
+        EXPECT_FALSE(scanned.fRoot->RemoveFolder(*row));
+        row->Remove();
+        row->Reset();
+      }
+      ASSERT_EQ("", scanned.Differences());
+    }
+    scanned.fRoot->SetComparison(nullptr);
+    ASSERT_EQ("", scanned.Differences()) << "nothing of the comparison is left in the tree";
+  }
+}
+
 TEST(ScanEngine, AFolderBecomesAParentAndALeafAgain) {
   TScannedStorage scanned(2);
   scanned.Top().AddFile(u"own.txt", 10);
@@ -341,7 +590,7 @@ TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
     EXPECT_THROW(scanned.fRoot->Scan(), EInvalidOperation);
     if (dispose) {
       std::thread disposing([&] { scanned.fRoot->Dispose(); });
-      while (!scanned.fRoot->GetScanConfiguration().GetCancellationToken()->IsCancelled()) std::this_thread::yield();
+      while (!scanned.fRoot->GetScanConfiguration()->GetCancellationToken()->IsCancelled()) std::this_thread::yield();
       gate.Open();
       disposing.join();
       EXPECT_NE(0u, scanned.fRoot->GetState() & rsDisposed);

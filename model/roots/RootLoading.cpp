@@ -1,0 +1,43 @@
+// Roots: a tree that comes from a file instead of a scan.
+
+#include "model/roots/Root.h"
+#include "model/roots/ScanConfiguration.h"
+
+namespace Vantrel {
+
+TRef<TCustomFolderData> TCustomRoot::BeginLoading() {
+  IncludeState(rsIsXMLImport);
+  auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
+  TCriticalSectionLock lock(fLock);
+  fFolderData = top;
+  return top;
+}
+
+void TCustomRoot::EndLoading(const TLoadedScan& pScan) {
+  if (!pScan.fTitle.empty()) SetTitle(pScan.fTitle);
+  fScanTimeStamp = pScan.fScanTimeStamp.fTicks;
+  SetScanFilter(pScan.fFilter);
+  TRef<ITopSizeList> topSizeList;
+  if (pScan.fTopFiles) {
+    topSizeList = MakeRef<TTopSizeFileList>(pScan.fTopFiles->size(), fPathDelimiter);
+    topSizeList->Add(*pScan.fTopFiles);
+  }
+  auto configuration = MakeRef<TScanConfiguration>(this, *fOptions, pScan, topSizeList);
+  {
+    TExclusiveLock lock(fConfigurationLock);
+    fConfiguration.swap(configuration);
+  }
+  CountTree();
+  fExcludedObjects = pScan.fExcludedObjects;
+  {
+    TCriticalSectionLock lock(fLock);
+    fStorage = pScan.fStorage;
+    fErrors = pScan.fErrors;
+    fTopSizeList = std::move(topSizeList);
+  }
+  fErrorCount = static_cast<int64_t>(pScan.fErrors.size());
+  if (!pScan.fErrors.empty()) IncludeState(rsHasErrors);
+  IncludeState(pScan.fWasCancelled ? rsFinished | rsCancelled : rsFinished);
+}
+
+}  // namespace Vantrel

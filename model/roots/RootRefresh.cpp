@@ -1,0 +1,154 @@
+// Roots: looking at a part of the tree again, and taking a part out.
+
+#include <optional>
+
+#include "model/roots/Root.h"
+#include "model/roots/ScanConfiguration.h"
+#include "platform/system/DebugLog.h"
+#include "platform/system/Errors.h"
+
+namespace Vantrel {
+
+// What the storage says of a folder that is to be looked at again.
+struct TCustomRoot::TFoundFolder {
+  TRef<IHierarchicalEnumerator> fListing;  // nullptr for a folder that is gone or is not entered
+  std::optional<TEntryValues> fEntry;      // where a listing brought it
+  uint32_t fRaisedError = 0;               // the way to it ended with this error
+  bool fIsGone = false;
+};
+
+namespace {
+
+bool IsNotFound(uint32_t pErrorCode) {
+  return pErrorCode != 0 && ClassifyOSError(pErrorCode) == TErrorKind::ekNotFound;
+}
+
+}  // namespace
+
+bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
+  if ((GetState() & rsFinished) == 0) {
+    LogDebug(u"TCustomFolderData.Refresh: Not performing update on \"" + pFolder.GetFullPath() +
+             u"\". The root was never scanned.");
+    return false;
+  }
+  if ((GetState() & (rsShowsPreviousState | rsIsXMLImport)) != 0) {
+    LogDebug(u"For a root that shows a previous state a sub-branch refresh should no be performed.");
+    return false;
+  }
+  if ((pFolder.GetFolderState() & (fsIsDummyForComparison | fsDisposed)) != 0) return false;
+  if (pFolder.IsFileGroup()) {  // has no path of its own
+    const TRef<IHierarchicalElement> folder = pFolder.GetParentFolder();
+    return folder && RefreshFolder(*folder->AsFolder(), false);
+  }
+  const TRef<TCustomFolderData> folder(dynamic_cast<TCustomFolderData*>(&pFolder));  // a view refreshes what it shows
+  if (!folder || !BeginScanning(false)) return false;
+  folder->IncludeFolderState(fsUpdatePending);
+  NotifyObservers(*GetTopFolder(), TChangeKind::ckScanStarted);
+  StartEngine();
+  TRef<TCustomRoot> self(this);
+  GetScanEngine()->AddRefreshJob(folder, pRecursive,
+                                 [self, folder, pRecursive] { return self->BeginRefresh(*folder, pRecursive); });
+  return true;
+}
+
+// Opened from the root down, by the nodes on the way: a link that was followed is followed again.
+TCustomRoot::TFoundFolder TCustomRoot::FindInStorage(TCustomFolderData& pFolder) {
+  TFoundFolder found;
+  std::vector<TCustomFolderData*> way;  // the folder first; without the top folder
+  for (TCustomFolderData* node = &pFolder; node->ParentFolder(); node = node->ParentFolder()) way.push_back(node);
+  try {
+    TRef<IHierarchicalEnumerator> enumerator =
+        fServices->CreateEnumerator(fPath, Configuration()->GetEnumeratorOptions());
+    for (size_t i = way.size(); i > 1; --i)
+      enumerator = enumerator->CreateChildEnumerator(way[i - 1]->GetObjectName(), way[i - 1]->GetAttributes());
+    if (!way.empty()) {
+      FindInListing(found, pFolder, *enumerator);
+      return found;
+    }
+    if (enumerator->GetErrorCode() == 0 && enumerator->IsFolder()) found.fEntry = enumerator->GetEntryValues();
+    found.fListing = std::move(enumerator);
+  } catch (const EOSError& error) {
+    found.fRaisedError = error.Code();
+    found.fIsGone = !way.empty() && IsNotFound(error.Code());
+  }
+  return found;
+}
+
+// Looked for in the listing of its parent: only there it is said whether a scan enters it. A mount, say, may have come
+// or gone. A listing that breaks off before says nothing; the folder is then opened as it is known.
+void TCustomRoot::FindInListing(TFoundFolder& pFound, TCustomFolderData& pFolder, IHierarchicalEnumerator& pParent) {
+  const std::u16string_view name = pFolder.GetObjectName();
+  const TRef<IScanConfiguration> configuration = GetScanConfiguration();
+  const TRef<ICancellationToken> token = configuration->GetCancellationToken();
+  while (!token->IsCancelled() && pParent.Next()) {
+    if (pParent.GetObjectName() != name) continue;
+    pFound.fIsGone = !pParent.IsFolder();
+    if (pFound.fIsGone) return;
+    pFound.fEntry = pParent.GetEntryValues();
+    if (pParent.CanDescend()) pFound.fListing = pParent.CreateChildEnumerator(name, pParent.GetAttributes());
+    return;
+  }
+  if (pParent.GetErrorCode() == 0 || IsNotFound(pParent.GetErrorCode())) {
+    pFound.fIsGone = !token->IsCancelled();
+    return;
+  }
+  pFound.fListing = pParent.CreateChildEnumerator(name, pFolder.GetAttributes());
+}
+
+TRef<IHierarchicalEnumerator> TCustomRoot::BeginRefresh(TCustomFolderData& pFolder, bool pRecursive) {
+  TFoundFolder found = FindInStorage(pFolder);
+  const TRef<IScanConfiguration> configuration = GetScanConfiguration();
+  if (configuration->GetCancellationToken()->IsCancelled()) return nullptr;
+  TExclusiveLock structure(fSynchronizer);
+  if (found.fIsGone) {
+    pFolder.Remove();
+    return nullptr;
+  }
+  if (found.fEntry && !configuration->GetFolderDateBasedOnFilesOnly()) pFolder.SetOwnDates(*found.fEntry);
+  if (pRecursive || !found.fListing) {
+    pFolder.Reset();
+    CountTree();
+    if (found.fListing) return found.fListing;
+    // Nothing beneath it belongs to the tree, or nothing beneath it can be reached.
+    if (found.fRaisedError != 0) {
+      TScanError error;
+      error.fObject = TRef<IHierarchicalObject>(&pFolder);
+      error.fPath = pFolder.GetFullPath();
+      error.fCode = found.fRaisedError;
+      if (ClassifyOSError(error.fCode) == TErrorKind::ekAccessDenied) error.fKind = TEnumeratorError::eeAccessDenied;
+      AddError(error);
+    }
+    pFolder.BeginScan(1);
+    pFolder.FinishPart();
+    return nullptr;
+  }
+  if ((pFolder.GetFolderState() & fsSubFolderScanningFinished) != 0) {
+    pFolder.ExcludeFolderState(fsSubFolderScanningFinished);
+    pFolder.ReopenAncestors();
+  }
+  pFolder.AnnounceParts(1);  // so that it is not finished by the removal of what is gone
+  return found.fListing;
+}
+
+bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
+  if ((pFolder.GetFolderState() & (fsIsDummyForComparison | fsDisposed)) != 0 || !pFolder.GetParentFolder())
+    return false;
+  {
+    TCriticalSectionLock lock(fLock);
+    if (fScanRunning || fDisposeToken->IsDisposed()) return false;
+    fScanRunning = true;  // keeps a scan from starting meanwhile
+  }
+  {
+    TExclusiveLock structure(fSynchronizer);
+    pFolder.Remove();
+    RefillTopSizeList();
+  }
+  CountTree();
+  TCriticalSectionLock lock(fLock);
+  if ((fFolderData->GetFolderState() & fsSubFolderScanningFinished) != 0) ExcludeState(rsCancelled);
+  fScanRunning = false;
+  fScanEnded.notify_all();
+  return true;
+}
+
+}  // namespace Vantrel

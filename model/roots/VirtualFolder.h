@@ -1,0 +1,68 @@
+#pragma once
+
+// A folder of a root, seen as a part of all roots together.
+
+#include <utility>
+
+#include "model/roots/RootInterfaces.h"
+
+namespace Vantrel {
+
+// Shows a folder of some root at its place in the combined root. Its parent, its depth and its share are those of that
+// place; all else is the folder's own, and what is done to the view is done to the folder.
+class TVirtualFolder : public TInterfaced<IFolderData> {
+ public:
+  TVirtualFolder(TRef<IFolderData> pFolder, TRef<IHierarchicalElement> pParent)
+      : fFolder(std::move(pFolder)), fParent(std::move(pParent)) {}
+
+  TRef<IHierarchicalElement> GetParentFolder() const override { return fParent; }
+  TMetaDataValue GetValue(TColumn pColumn) const override;
+  std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override;
+  std::vector<TRef<IFolderData>> FindSubFolders() override;
+  TRef<IFolderData> GetFilesNode() const override;
+
+  std::u16string_view GetObjectName() const override { return fFolder->GetObjectName(); }
+  int64_t GetSize() const override { return fFolder->GetSize(); }
+  int64_t GetAllocated() const override { return fFolder->GetAllocated(); }
+  int64_t GetFiles() const override { return fFolder->GetFiles(); }
+  int64_t GetFolders() const override { return fFolder->GetFolders(); }
+  TSizeValues GetValues() const override { return fFolder->GetValues(); }
+  TKivFileTime GetLastAccessDate() const override { return fFolder->GetLastAccessDate(); }
+  TKivFileTime GetLastChangeDate() const override { return fFolder->GetLastChangeDate(); }
+  TKivFileTime GetCreationDate() const override { return fFolder->GetCreationDate(); }
+  TAttributes GetAttributes() const override { return fFolder->GetAttributes(); }
+  bool IsFolder() const override { return true; }
+  bool IsFileGroup() const override { return fFolder->IsFileGroup(); }
+  std::u16string GetFullPath() const override { return fFolder->GetFullPath(); }
+  TRef<IHierarchicalRoot> GetRoot() const override { return fFolder->GetRoot(); }
+  IMetaDataCache& GetMetaDataCache() override { return fFolder->GetMetaDataCache(); }
+  TFolderStates GetFolderState() const override { return fFolder->GetFolderState(); }
+  void IncludeFolderState(TFolderStates pBits) override { fFolder->IncludeFolderState(pBits); }
+  void ExcludeFolderState(TFolderStates pBits) override { fFolder->ExcludeFolderState(pBits); }
+  IFolderData* AsFolder() override { return this; }
+  TRef<IFolderData> CreateChild(std::u16string_view pName) override { return fFolder->CreateChild(pName); }
+  TRef<ICustomAssocSizeArray> GetUserSizeArray() const override { return fFolder->GetUserSizeArray(); }
+  TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override { return fFolder->GetExtensionSizeArray(); }
+  TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override {
+    return fFolder->GetFileAgeDistribution(pDateType);
+  }
+  void ReadStatistics(TStatisticsReading& pReading) const override { fFolder->ReadStatistics(pReading); }
+  void AddChildValues(const IFolderData& pChild, bool pNotify) override { fFolder->AddChildValues(pChild, pNotify); }
+  void SetNewerLastAccessDate(TKivFileTime pDate) override { fFolder->SetNewerLastAccessDate(pDate); }
+  void SetNewerLastChangeDate(TKivFileTime pDate) override { fFolder->SetNewerLastChangeDate(pDate); }
+  TRef<const TFileTable> GetFileTable() const override { return fFolder->GetFileTable(); }
+  std::vector<TRef<IHierarchicalElement>> FindFiles() override { return fFolder->FindFiles(); }
+  size_t GetSubFolderCount() const override { return fFolder->GetSubFolderCount(); }
+  bool Refresh(bool pRecursive) override { return fFolder->Refresh(pRecursive); }
+  void Reset() override { fFolder->Reset(); }
+  void Remove() override { fFolder->Remove(); }
+  void Dispose() override {}  // the folder is its root's
+
+ private:
+  TMetaDataValue ShareOf(const IHierarchicalElement& pWhole) const;
+
+  const TRef<IFolderData> fFolder;
+  const TRef<IHierarchicalElement> fParent;
+};
+
+}  // namespace Vantrel

@@ -1,0 +1,189 @@
+// Folder nodes: children and files enter a folder, and their totals go up to the top folder.
+
+#include <algorithm>
+
+#include "model/tree/CustomFolder.h"
+
+namespace Vantrel {
+
+TRef<IFolderData> TCustomFolderData::CreateChild(std::u16string_view pName) {
+  if (IsGone()) return nullptr;
+  TRef<TCustomFolderData> child = MakeRef<TFolderData>(*this, fRoot, pName);
+  AppendChildren({child});
+  return child;
+}
+
+TRef<TCustomFolderData> TCustomFolderData::MakeChild(std::u16string_view pName, const TEntryValues& pValues,
+                                                     TKeyId pOwnerKey, bool pRaiseDates) {
+  TRef<TCustomFolderData> child = MakeRef<TFolderData>(*this, fRoot, pName);
+  child->SetEntryValues(pValues, pOwnerKey, pRaiseDates);
+  return child;
+}
+
+void TCustomFolderData::SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates) {
+  fAttributes = pValues.fAttributes;
+  fOwnerKey = pOwnerKey;
+  fCreationDate = pValues.fCreationDate;
+  if (!pRaiseDates) return;
+  fOwnLastAccessDate.Set(pValues.fLastAccessDate);
+  fOwnLastChangeDate.Set(pValues.fLastChangeDate);
+  SetNewerLastChangeDate(pValues.fLastChangeDate);
+  SetNewerLastAccessDate(pValues.fLastAccessDate);
+}
+
+void TCustomFolderData::SetOwnDates(const TEntryValues& pValues) {
+  fOwnLastAccessDate.Set(pValues.fLastAccessDate);
+  fOwnLastChangeDate.Set(pValues.fLastChangeDate);
+}
+
+void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
+  if (pChildren.empty() || IsGone()) return;
+  const auto count = static_cast<int64_t>(pChildren.size());
+  EnsureStatistics();  // before anybody can reach a child and bring its values up here
+  bool becomesParent;
+  {
+    TExclusiveLock lock(fLock);
+    if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
+    becomesParent = fSubItems->fList.empty();
+    if (becomesParent) {
+      pChildren.shrink_to_fit();
+      fSubItems->fList = std::move(pChildren);
+    } else {
+      fSubItems->fList.insert(fSubItems->fList.end(), pChildren.begin(), pChildren.end());
+    }
+  }
+  if (becomesParent) MoveOwnFilesIntoNode();
+  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
+    TExclusiveLock lock(node->fLock);
+    node->fFolders += count;
+    node->ClearMetaDataCache();
+  }
+}
+
+TCustomFolderData::TAncestry TCustomFolderData::Ancestry() {
+  TAncestry nodes;
+  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) nodes.push_back(node);
+  return nodes;
+}
+
+TFolderContribution TCustomFolderData::Contribution() const {
+  TFolderContribution values;
+  values.fValues = GetValues();
+  values.fLastAccessDate = GetLastAccessDate();
+  values.fLastChangeDate = GetLastChangeDate();
+  values.fLongPaths = (GetFolderState() & fsContainsLongPaths) != 0;
+  values.fStatistics = Statistics();
+  return values;
+}
+
+void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) {
+  if (IsGone()) return;
+  AddUpwards(this, static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
+}
+
+// The top-most folder first. pFirst may be nullptr.
+template <class TValues>
+void TCustomFolderData::AddUpwards(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify) {
+  if (!pFirst) return;
+  const TAncestry nodes = pFirst->Ancestry();
+  for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+    (*node)->Add(pValues);
+    if (pNotify) pFirst->fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
+  }
+}
+
+void TCustomFolderData::Add(const TFolderContribution& pValues) {
+  EnsureStatistics().Add(pValues.fStatistics);
+  AddTotals(pValues);
+}
+
+void TCustomFolderData::Add(const TFileGroupContents& pContents) {
+  EnsureStatistics().Add(pContents);
+  AddTotals(pContents);
+}
+
+void TCustomFolderData::AddTotals(const TFolderTotals& pTotals) {
+  fLastAccessDate.Raise(pTotals.fLastAccessDate);
+  fLastChangeDate.Raise(pTotals.fLastChangeDate);
+  if (pTotals.fLongPaths) IncludeFolderState(fsContainsLongPaths);
+  TExclusiveLock lock(fLock);
+  fSize += pTotals.fValues.fSize;
+  fAllocated += pTotals.fValues.fAllocated;
+  fFiles += pTotals.fValues.fFiles;
+  fFolders += pTotals.fValues.fFolders;
+  fCompression |= pTotals.fValues.fCompression;
+  ClearMetaDataCache();
+}
+
+void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {
+  if (IsGone()) return;
+  for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder()) {
+  }
+}
+
+void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
+  if (IsGone()) return;
+  for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder()) {
+  }
+}
+
+void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNotify) {
+  if (IsGone() || pContents.fValues.fFiles == 0) return;
+  if (GetSubFolderCount() > 0) {
+    auto group = MakeRef<TFileGroupData>(*this, fRoot);
+    group->Fill(pContents);
+    AddUpwards(this, pContents, pNotify);
+    AttachFilesNode(std::move(group));
+    if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckAdded);
+    return;
+  }
+  // Without sub-folders the folder is its files: no node is made for them.
+  AddUpwards(ParentFolder(), pContents, pNotify);
+  HoldFiles(pContents);
+  if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckChanged);
+}
+
+void TCustomFolderData::HoldFiles(const TFileGroupContents& pContents) {
+  if (fStatistics.load(std::memory_order_acquire) || !pContents.KeepsAllFiles()) EnsureStatistics().Add(pContents);
+  AddTotals(pContents);
+  TExclusiveLock lock(fLock);
+  fFileTable = pContents.fFiles;
+}
+
+void TCustomFolderData::AttachFilesNode(TRef<TFileGroupData> pGroup) {
+  TExclusiveLock lock(fLock);
+  if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
+  fSubItems->fFilesNode = std::move(pGroup);
+}
+
+void TCustomFolderData::MoveOwnFilesIntoNode() {
+  // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
+  TFolderContribution own = Contribution();
+  if (own.fValues.fFiles == 0) return;
+  LogFilesNode(true);
+  TRef<const TFileTable> files;
+  {
+    TExclusiveLock lock(fLock);
+    files.swap(fFileTable);
+  }
+  // Not so the dates: those of the folder's and the new sub-folder's own entries are among them.
+  if (files) own.fLastAccessDate = own.fLastChangeDate = {};
+  for (size_t i = 0; files && i < files->Count(); ++i) {
+    own.fLastAccessDate = std::max(own.fLastAccessDate, (*files)[i].fLastAccessDate);
+    own.fLastChangeDate = std::max(own.fLastChangeDate, (*files)[i].fLastChangeDate);
+  }
+  auto group = MakeRef<TFileGroupData>(*this, fRoot);
+  group->Fill(own, std::move(files));
+  AttachFilesNode(std::move(group));
+}
+
+void TFileGroupData::Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles) {
+  if (pValues.AreAllIn(pFiles.get()))
+    AddTotals(pValues);
+  else
+    Add(pValues);
+  TExclusiveLock lock(fLock);
+  fFileTable = std::move(pFiles);
+}
+
+}  // namespace Vantrel
