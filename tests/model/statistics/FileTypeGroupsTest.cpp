@@ -38,7 +38,7 @@ TRef<IFileTypeGroup> AddGroup(IFileTypeGroups& pGroups, std::u16string_view pCap
 
 // The table was written apart from the program's: caption, description, icon and masks, with tabs between them.
 TEST(StandardFileTypes, AgreeWithTheTableLetterByLetter) {
-  std::ifstream table(VANTREL_SOURCE_DIR "/tests/model/standard_file_types.txt", std::ios::binary);
+  std::ifstream table(VANTREL_SOURCE_DIR "/tests/model/statistics/standard_file_types.txt", std::ios::binary);
   ASSERT_TRUE(table);
   TRef<IFileTypeGroups> groups = MakeRef<TStandardFileTypes>();
   const long maskCounts[] = {32, 35, 93, 23, 43, 102, 9,  46, 43,
