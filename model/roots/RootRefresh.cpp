@@ -43,7 +43,7 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   if (!BeginScanning(false)) return false;
   const TRef<TCustomFolderData> folder(static_cast<TCustomFolderData*>(&pFolder));
   folder->IncludeFolderState(fsUpdatePending);
-  NotifyObservers(*GetTopFolder(), TChangeKind::ckScanStarted);
+  fObservers->MarkRoot(rcScanStarted);
   StartEngine();
   TRef<TCustomRoot> self(this);
   GetScanEngine()->AddRefreshJob(folder, pRecursive,

@@ -33,6 +33,7 @@ TRef<ITreeSubscription> TChangeQueues::Subscribe(std::function<void()> pOnFirstC
   const auto place = static_cast<size_t>(queue - fQueues.begin());
   TRef<ITreeSubscription> subscription = MakeRef<TSubscription>(TRef<TChangeQueues>(this), place);
   queue->fTaken = true;
+  queue->fRoot = rcTreeReplaced;
   queue->fOnFirstChange = std::move(pOnFirstChange);
   fSubscribed.fetch_or(static_cast<uint8_t>(1u << place), std::memory_order_relaxed);
   return subscription;
@@ -88,14 +89,14 @@ TTreeChanges TChangeQueues::Take(size_t pPlace) {
     for (const TEntry& entry : entries)
       entry.fMarks->fetch_and(static_cast<uint8_t>(~(1u << pPlace)), std::memory_order_relaxed);
   }
+  std::atomic_thread_fence(std::memory_order_seq_cst);  // a worker that saw the mark has made its change before this
   changes.fNodes.reserve(entries.size());
   for (TEntry& entry : entries) {
     const bool isGone = (entry.fNode->GetFolderState() & fsDisposed) != 0;
-    const bool wasKnown = (entry.fChanges & ncAdded) == 0;
-    // A node that has gone is told once, at the top of what was removed; the subscriber drops all beneath it.
+    // What has gone is told once, at the top of what was removed; the subscriber drops all beneath it.
     if (!isGone)
       changes.fNodes.push_back({std::move(entry.fNode), static_cast<TNodeChanges>(entry.fChanges & ~ncRemoved)});
-    else if (wasKnown && (entry.fChanges & ncRemoved) != 0)
+    else if ((entry.fChanges & ncRemoved) != 0)
       changes.fNodes.push_back({std::move(entry.fNode), ncRemoved});
   }
   return changes;

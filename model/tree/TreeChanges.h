@@ -31,7 +31,7 @@ using TNodeChanges = uint8_t;
 
 // What happened to the root as a whole.
 enum TRootChange : uint8_t {
-  rcTreeReplaced = 1 << 0,      // nothing of the earlier tree is left; begin again at the top folder
+  rcTreeReplaced = 1 << 0,      // nothing of the earlier tree is left: read the tree from the top folder down
   rcScanStarted = 1 << 1,       // of the whole path or of a branch
   rcScanEnded = 1 << 2,         // the root answers as a finished one
   rcComparisonChanged = 1 << 3  // a comparison was set, changed or ended
@@ -43,7 +43,7 @@ struct TChangedNode {
   TNodeChanges fChanges = 0;
 };
 
-// What a queue held: the root's changes come before those of nodes, and a parent's before its children's.
+// What a queue held. The root's changes come before those of nodes, and a parent's before its children's.
 struct TTreeChanges {
   TRootChanges fRoot = 0;
   std::vector<TChangedNode> fNodes;
@@ -54,8 +54,8 @@ struct TTreeChanges {
 // One subscription to a root's changes. Any thread.
 class ITreeSubscription : public IInterface {
  public:
-  // Takes what came since the last call. A node that came and went in between is not among it, nor is one below a node
-  // that has gone.
+  // Takes what came since the last call. A node below one that has gone is not among it. The subscriber may never have
+  // known a node that is told as removed.
   virtual TTreeChanges Take() = 0;
   // Ends the subscription: nothing is queued from now on. Releasing the last reference does the same.
   virtual void End() = 0;
@@ -63,21 +63,28 @@ class ITreeSubscription : public IInterface {
 
 // The marks of one node: a bit for each queue that holds it.
 using TChangeMarks = std::atomic<uint8_t>;
+// And one that says that the node is in the tree: what changes before that is told by ncAdded.
+constexpr uint8_t kIsInTree = 0x80;
 
 // All queues of a root. A root owns one; a subscription keeps it alive.
 class TChangeQueues : public TInterfaced<IInterface> {
  public:
   // A subscription can have one of so many places.
-  static constexpr size_t kMostSubscriptions = 8;
+  static constexpr size_t kMostSubscriptions = 7;
 
-  // Queues changes from now on. The callback, if any, is called on the worker that makes the first change after each
-  // Take; it returns soon and takes nothing from the queue. EInvalidOperation when all places are taken. Any thread.
+  // Queues changes from now on, rcTreeReplaced as the first: the subscriber reads the tree as it is, and what the queue
+  // tells afterwards may be among that already. The callback, if any, is called on the worker that makes the first
+  // change after each Take. It returns soon and takes nothing from the queue. EInvalidOperation when all places are
+  // taken. Any thread.
   TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {});
 
-  // Whether a change of a node with these marks is news to a subscriber. Asked under the lock that guards the changed
-  // values: who finds the node marked knows that the subscriber has not read them yet.
+  // Whether a change of a node with these marks is news to a subscriber. Asked after the change: a worker that finds
+  // the node marked knows that the subscriber has not read it yet.
   bool IsNews(const TChangeMarks& pMarks) const {
-    return (fSubscribed.load(std::memory_order_relaxed) & ~pMarks.load(std::memory_order_relaxed)) != 0;
+    const uint8_t subscribed = fSubscribed.load(std::memory_order_relaxed);
+    if (subscribed == 0) return false;
+    std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with the one in Take
+    return (subscribed & ~pMarks.load(std::memory_order_relaxed)) != 0;
   }
   bool HasSubscribers() const { return fSubscribed.load(std::memory_order_relaxed) != 0; }
   // Queues a change. The marks are the node's own.
