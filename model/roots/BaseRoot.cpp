@@ -3,7 +3,11 @@
 namespace Vantrel {
 
 TBaseRoot::TBaseRoot(std::u16string pPath, char16_t pDelimiter)
-    : fPath(std::move(pPath)), fPathDelimiter(pDelimiter), fDisposeToken(MakeRef<TDisposeToken>()), fTitle(fPath) {}
+    : fPath(std::move(pPath)),
+      fPathDelimiter(pDelimiter),
+      fDisposeToken(MakeRef<TDisposeToken>()),
+      fObservers(MakeRef<TChangeQueues>()),
+      fTitle(fPath) {}
 
 std::u16string TBaseRoot::GetTitle() const {
   TCriticalSectionLock lock(fTitleLock);
@@ -13,10 +17,6 @@ std::u16string TBaseRoot::GetTitle() const {
 void TBaseRoot::SetTitle(std::u16string_view pTitle) {
   TCriticalSectionLock lock(fTitleLock);
   fTitle = pTitle;
-}
-
-void TBaseRoot::NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) {
-  fObservers.Notify([&](IHierarchicalObserver& pObserver) { pObserver.ObjectChanged(pObject, pKind); });
 }
 
 TMetaDataValue TBaseRoot::GetValue(TColumn pColumn) const {

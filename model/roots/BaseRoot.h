@@ -22,8 +22,10 @@ class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
   TRootStates GetState() const override { return fState.load(std::memory_order_acquire); }
   TKivFileTime GetScanTimeStamp() const override { return {fScanTimeStamp.load(std::memory_order_relaxed)}; }
   TRef<IDisposeToken> GetDisposeToken() const override { return fDisposeToken; }
-  void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) override;
-  void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) override { fObservers.Subscribe(std::move(pObserver)); }
+  TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {}) override {
+    return fObservers->Subscribe(std::move(pOnFirstChange));
+  }
+  TChangeQueues& GetChangeQueues() override { return *fObservers; }
   TMetaDataValue GetValue(TColumn pColumn) const override;
 
  protected:
@@ -36,7 +38,7 @@ class TBaseRoot : public TInterfaced<IHierarchicalRoot> {
   const char16_t fPathDelimiter;
   const TRef<TDisposeToken> fDisposeToken;
   std::atomic<int64_t> fScanTimeStamp{0};
-  TObservable<IHierarchicalObserver> fObservers;
+  const TRef<TChangeQueues> fObservers;  // kept alive by subscriptions
 
  private:
   std::atomic<TRootStates> fState{0};

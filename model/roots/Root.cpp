@@ -141,13 +141,14 @@ void TCustomRoot::Scan() {
     TCriticalSectionLock lock(fLock);
     fFolderData = top;  // from here on others see it
   }
+  fObservers->MarkRoot(rcTreeReplaced | rcScanStarted);
+  top->EnterTree();
   if (!reached) {
     RecordError(*top, *enumerator, false);
     IncludeState(rsPathNotFound);
     EndScanning(true);
     return;
   }
-  NotifyObservers(*top, TChangeKind::ckScanStarted);
   StartEngine();
   GetScanEngine()->AddScanJob(top, std::move(enumerator));
 }
@@ -171,8 +172,8 @@ void TCustomRoot::EndScanning(bool pWholeTree) {
     fScanRunning = false;
     fScanEnded.notify_all();
   }
-  // Told last, so that an observer finds the scan ended. Disposal and the next scan wait for this thread.
-  NotifyObservers(*top, TChangeKind::ckScanFinished);
+  // Told last, so that a subscriber finds the scan ended.
+  fObservers->MarkRoot(rcScanEnded);
 }
 
 void TCustomRoot::SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop) {
@@ -217,8 +218,12 @@ TRef<IComparison> TCustomRoot::GetComparison() const {
 }
 
 void TCustomRoot::SetComparison(TRef<IComparison> pComparison) {
-  TCriticalSectionLock lock(fLock);
-  fCompareData.swap(pComparison);  // the one before goes outside the lock
+  {
+    TCriticalSectionLock lock(fLock);
+    fCompareData.swap(pComparison);  // the one before goes outside the lock
+    if (!fCompareData && !pComparison) return;
+  }
+  fObservers->MarkRoot(rcComparisonChanged);
 }
 
 // --- end -----------------------------------------------------------------------------------------------------------
@@ -251,7 +256,7 @@ void TCustomRoot::Dispose() {
   SetComparison(nullptr);
   if (topSizeList) topSizeList->Dispose();
   GiveUpTree();
-  fObservers.Clear();
+  fObservers->MarkRoot(rcTreeReplaced);
   fErrorObservers.Clear();
 }
 

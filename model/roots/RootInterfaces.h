@@ -11,21 +11,11 @@
 #include "model/roots/ScanFilter.h"
 #include "model/statistics/TopSizeList.h"
 #include "model/tree/HierarchicalInterfaces.h"
+#include "model/tree/TreeChanges.h"
 
 namespace Vantrel {
 
 class IScanRoots;
-
-// What happened to a node, told to the observers of its root.
-enum class TChangeKind : uint8_t { ckAdded = 1, ckRemoved = 2, ckChanged = 3, ckScanStarted = 4, ckScanFinished = 5 };
-
-// Told of changes in a tree, on whatever thread made them; the call returns soon and takes no lock of the tree. The end
-// of a scan is told when it has ended, on its last worker: the observer itself must not start or dispose anything then,
-// since that would wait for this worker.
-class IHierarchicalObserver : public IInterface {
- public:
-  virtual void ObjectChanged(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
-};
 
 // Something that was met while scanning and could not be read.
 struct TScanError {
@@ -178,8 +168,10 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
   // The settings that the tree was made with. They never change: the next scan brings new ones.
   virtual TRef<IScanConfiguration> GetScanConfiguration() const = 0;
-  // Tells the observers; costs next to nothing when there are none.
-  virtual void NotifyObservers(IHierarchicalObject& pObject, TChangeKind pKind) = 0;
+  // Tells of all changes from now on; see TChangeQueues::Subscribe.
+  virtual TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {}) = 0;
+  // For the nodes of the tree: where they tell of their changes.
+  virtual TChangeQueues& GetChangeQueues() = 0;
   // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists. For a "[Files]"
   // node these are the files of its folder.
   virtual void ForgetBranch(IFolderData& pFolder) = 0;
@@ -206,7 +198,7 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual void Scan() = 0;
   // Scans a branch again, or, when not recursive, looks at the folder's own entries only; a "[Files]" node stands for
   // these. Returns at once: a worker opens the folder, with the options of the tree's scan. A folder that is gone
-  // leaves the tree, and the observers are told of the removal. Refused with false when no scan has finished, one is
+  // leaves the tree, and the subscribers are told of its removal. Refused with false when no scan has finished, one is
   // running, the root shows an earlier state, or the node is in no tree; for the first and third with a line in the
   // debug log.
   virtual bool RefreshFolder(IFolderData& pFolder, bool pRecursive) = 0;
@@ -223,8 +215,7 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual int64_t GetLastScanNumberOfFiles() const = 0;
   // The root's list of its largest files; nullptr when none is kept. The next scan makes another.
   virtual TRef<ITopSizeList> GetTopSizeList() const = 0;
-  // Observers are held until the root is disposed.
-  virtual void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) = 0;
+  // The observer is held until the root is disposed.
   virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;
   // Tears the tree down. Final; a running scan is cancelled and waited for.
   virtual void Dispose() = 0;

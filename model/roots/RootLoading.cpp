@@ -8,6 +8,7 @@ namespace Vantrel {
 TRef<TCustomFolderData> TCustomRoot::BeginLoading() {
   IncludeState(rsIsXMLImport);
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
+  top->EnterTree();
   TCriticalSectionLock lock(fLock);
   fFolderData = top;
   return top;

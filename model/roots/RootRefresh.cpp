@@ -43,7 +43,7 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   const TRef<TCustomFolderData> folder(dynamic_cast<TCustomFolderData*>(&pFolder));  // a view refreshes what it shows
   if (!folder || !BeginScanning(false)) return false;
   folder->IncludeFolderState(fsUpdatePending);
-  NotifyObservers(*GetTopFolder(), TChangeKind::ckScanStarted);
+  fObservers->MarkRoot(rcScanStarted);
   StartEngine();
   TRef<TCustomRoot> self(this);
   GetScanEngine()->AddRefreshJob(folder, pRecursive,

@@ -1,6 +1,8 @@
 #include "model/roots/VirtualRoot.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 
 #include "model/roots/ScanConfiguration.h"
 #include "model/roots/VirtualFolder.h"
@@ -162,21 +164,52 @@ class TCombinedConfiguration : public TScanConfiguration {
 
 }  // namespace
 
-// Passes on what a root tells. Each root holds one for as long as it lives.
-class TVirtualRoot::TForwarder : public TInterfaced<IHierarchicalObserver> {
+// Brings the changes of all roots together. Roots that have come or gone since are met by the next Take.
+class TVirtualRoot::TSubscription : public TInterfaced<ITreeSubscription> {
  public:
-  explicit TForwarder(TVirtualRoot& pTarget) : fTarget(&pTarget) {}
-  void ObjectChanged(IHierarchicalObject& pObject, TChangeKind pKind) override {
-    fTarget->NotifyObservers(pObject, pKind);
+  TSubscription(TVirtualRoot& pRoot, std::function<void()> pOnFirstChange)
+      : fRoot(&pRoot), fOnFirstChange(std::move(pOnFirstChange)), fOwn(pRoot.fObservers->Subscribe(fOnFirstChange)) {}
+
+  TTreeChanges Take() override {
+    TCriticalSectionLock lock(fLock);
+    TTreeChanges changes = fOwn->Take();
+    if (fEnded) return {};
+    std::map<TRef<IHierarchicalRoot>, TRef<ITreeSubscription>> current;
+    for (const TRef<IHierarchicalRoot>& root : fRoot->fRoots.GetRoots()) {
+      const auto known = fOfRoots.find(root);
+      TRef<ITreeSubscription>& subscription = current[root];
+      subscription = known != fOfRoots.end() ? known->second : root->Subscribe(fOnFirstChange);
+      TTreeChanges of = subscription->Take();
+      changes.fRoot |= of.fRoot;
+      std::move(of.fNodes.begin(), of.fNodes.end(), std::back_inserter(changes.fNodes));
+    }
+    if (current.size() != fOfRoots.size()) changes.fRoot |= rcTreeReplaced;
+    fOfRoots.swap(current);
     // The totals of the whole are those of the roots' top folders.
-    auto* element = dynamic_cast<IHierarchicalElement*>(&pObject);
-    if (pKind == TChangeKind::ckChanged && element && (element->GetFolderState() & fsIsRoot) != 0)
-      fTarget->NotifyTop(TChangeKind::ckChanged);
+    if (const TRef<IFolderData> top = fRoot->GetTopFolder(); top && !changes.fNodes.empty())
+      changes.fNodes.insert(changes.fNodes.begin(), {top, ncChanged});
+    return changes;
+  }
+
+  void End() override {
+    TCriticalSectionLock lock(fLock);
+    fEnded = true;
+    fOwn->End();
+    fOfRoots.clear();
   }
 
  private:
-  const TRef<TVirtualRoot> fTarget;
+  const TRef<TVirtualRoot> fRoot;
+  const std::function<void()> fOnFirstChange;
+  const TRef<ITreeSubscription> fOwn;
+  TCriticalSection fLock;
+  bool fEnded GUARDED_BY(fLock) = false;
+  std::map<TRef<IHierarchicalRoot>, TRef<ITreeSubscription>> fOfRoots GUARDED_BY(fLock);
 };
+
+TRef<ITreeSubscription> TVirtualRoot::Subscribe(std::function<void()> pOnFirstChange) {
+  return MakeRef<TSubscription>(*this, std::move(pOnFirstChange));
+}
 
 class TVirtualRoot::TErrorForwarder : public TInterfaced<IScanErrorObserver> {
  public:
@@ -196,17 +229,12 @@ TVirtualRoot::TVirtualRoot(const IScanRoots& pRoots, std::shared_ptr<const TGlob
 TVirtualRoot::~TVirtualRoot() = default;
 
 void TVirtualRoot::RootAdded(IHierarchicalRoot& pRoot) {
-  pRoot.SubscribeObserver(MakeRef<TForwarder>(*this));
   pRoot.SubscribeErrorObserver(MakeRef<TErrorForwarder>(*this));
-  NotifyTop(TChangeKind::ckChanged);
+  fObservers->MarkRoot(rcTreeReplaced);
 }
 
 void TVirtualRoot::RootRemoved() {
-  NotifyTop(TChangeKind::ckChanged);
-}
-
-void TVirtualRoot::NotifyTop(TChangeKind pKind) {
-  if (const TRef<IFolderData> top = GetTopFolder()) NotifyObservers(*top, pKind);
+  fObservers->MarkRoot(rcTreeReplaced);
 }
 
 TRef<IScanConfiguration> TVirtualRoot::GetScanConfiguration() const {
@@ -316,7 +344,7 @@ void TVirtualRoot::Dispose() {
     top.swap(fTop);
   }
   if (top) top->Dispose();
-  fObservers.Clear();
+  fObservers->MarkRoot(rcTreeReplaced);
   fErrorObservers.Clear();
 }
 

@@ -38,8 +38,8 @@ class TVirtualRootFolder : public TCustomFolderData {
   const IScanRoots& fRoots;  // owns the virtual root
 };
 
-// A root that shows all roots of a list as one tree. It is not scanned itself. Its observers are told of all changes in
-// all roots.
+// A root that shows all roots of a list as one tree. It is not scanned itself. Its subscribers are told of all changes
+// in all roots, with the nodes of those roots.
 class TVirtualRoot : public TBaseRoot {
  public:
   TVirtualRoot(const IScanRoots& pRoots, std::shared_ptr<const TGlobalOptions> pOptions, char16_t pDelimiter);
@@ -73,13 +73,13 @@ class TVirtualRoot : public TBaseRoot {
   int64_t GetScanDuration() const override;
   int64_t GetLastScanNumberOfFiles() const override;
   TRef<ITopSizeList> GetTopSizeList() const override { return nullptr; }
+  TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {}) override;
   void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) override;
   void Dispose() override;
 
  private:
-  class TForwarder;
+  class TSubscription;
   class TErrorForwarder;
-  void NotifyTop(TChangeKind pKind);
 
   const IScanRoots& fRoots;
   const std::shared_ptr<const TGlobalOptions> fOptions;

@@ -170,6 +170,29 @@ std::u16string TCustomFolderData::GetFormattedValue(TColumn pColumn, const TValu
   return TContainerHierarchicalElement::GetFormattedValue(pColumn, pFormat);
 }
 
+// --- what subscribers are told -------------------------------------------------------------------------------------
+
+void TCustomFolderData::TellChange(TNodeChanges pChanges) {
+  if ((fChangeMarks.load(std::memory_order_relaxed) & kIsInTree) == 0 || !fRoot) return;
+  TChangeQueues& queues = fRoot->GetChangeQueues();
+  if (queues.IsNews(fChangeMarks) || (pChanges != ncChanged && queues.HasSubscribers()))
+    queues.Mark(*this, fChangeMarks, pChanges);
+}
+
+void TCustomFolderData::EnterTree() {
+  fChangeMarks.fetch_or(kIsInTree, std::memory_order_relaxed);
+  TellChange(ncAdded);
+}
+
+void TCustomFolderData::IncludeFolderState(TFolderStates pBits) {
+  if ((~fFolderState.fetch_or(pBits, std::memory_order_acq_rel) & pBits) != 0) TellChange();
+}
+
+void TCustomFolderData::ExcludeFolderState(TFolderStates pBits) {
+  if ((fFolderState.fetch_and(static_cast<TFolderStates>(~pBits), std::memory_order_acq_rel) & pBits) != 0)
+    TellChange();
+}
+
 // --- scans and the end ---------------------------------------------------------------------------------------------
 
 bool TCustomFolderData::Refresh(bool pRecursive) {
@@ -217,7 +240,7 @@ void TCustomFolderData::Dispose() {
 }
 
 void TCustomFolderData::DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren) {
-  IncludeFolderState(fsDisposed);
+  fFolderState.fetch_or(fsDisposed, std::memory_order_acq_rel);
   // Whatever a reference keeps alive is released after the lock: the last reference to a root or a parent may be among
   // them.
   std::unique_ptr<TSubFolderList> subItems;

@@ -83,6 +83,8 @@ class TCustomFolderData : public TContainerHierarchicalElement {
  public:
   // IHierarchicalElement
   IFolderData* AsFolder() override { return this; }
+  void IncludeFolderState(TFolderStates pBits) override;
+  void ExcludeFolderState(TFolderStates pBits) override;
   std::vector<TRef<IFolderData>> FindSubFolders() override;
   TRef<IFolderData> CreateChild(std::u16string_view pName) override;
   TMetaDataValue GetValue(TColumn pColumn) const override;
@@ -141,6 +143,10 @@ class TCustomFolderData : public TContainerHierarchicalElement {
 
   TCustomFolderData* ParentFolder() const { return static_cast<TCustomFolderData*>(fParentFolder.get()); }
 
+  // Tells the root's subscribers. Nothing is told of a node that is not in the tree yet; EnterTree tells that it is.
+  void TellChange(TNodeChanges pChanges = ncChanged);
+  void EnterTree();
+
   // Compares the running totals with a recount of the children. Debug builds only.
   void Test() const;
 
@@ -196,6 +202,8 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess, TKivFileTime pChange);
   void ClearTotals();
   void RemoveChild(const TCustomFolderData& pChild);
+  // Disposes of a node that its parent has let go, and tells of it.
+  void LeaveTree();
   // Takes the folder's own files out of it and of every ancestor. Returns their node, if there was one.
   TRef<TCustomFolderData> RemoveOwnFiles();
   TRef<TCustomFolderData> DetachFilesNode();

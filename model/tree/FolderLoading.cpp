@@ -11,6 +11,7 @@ TRef<TCustomFolderData> TCustomFolderData::AddLoadedChild(std::u16string_view pN
     return files;
   }
   TRef<TCustomFolderData> child = MakeRef<TFolderData>(*this, fRoot, pName);
+  child->EnterTree();
   TExclusiveLock lock(fLock);
   if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
   fSubItems->fList.push_back(child);

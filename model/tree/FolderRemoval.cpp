@@ -33,6 +33,7 @@ TRef<TCustomFolderData> TCustomFolderData::RemoveOwnFiles() {
     fFileTable = nullptr;
   }
   SubtractUpwards(this, own);
+  TellChange(ncFiles);
   return filesNode;
 }
 
@@ -42,7 +43,7 @@ void TCustomFolderData::ReplaceFiles(const TFileGroupContents& pContents) {
   const bool hasFiles = pContents.fValues.fFiles > 0;
   if (GetSubFolderCount() > 0 && !before && hasFiles) LogFilesNode(true);
   if (before && !hasFiles) LogFilesNode(false);
-  if (before) before->Dispose();
+  if (before) before->LeaveTree();
   AddFiles(pContents, true);
 }
 
@@ -61,7 +62,7 @@ void TCustomFolderData::Subtract(const TFolderContribution& pValues) {
 void TCustomFolderData::SubtractUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues) {
   for (TCustomFolderData* node = pFirst; node; node = node->ParentFolder()) {
     node->Subtract(pValues);
-    node->fRoot->NotifyObservers(*node, TChangeKind::ckChanged);
+    node->TellChange();
   }
 }
 
@@ -123,6 +124,7 @@ void TCustomFolderData::Reset() {
     for (const TRef<TCustomFolderData>& child : subItems->fList) child->Dispose();
     if (subItems->fFilesNode) subItems->fFilesNode->Dispose();
   }
+  TellChange(ncReset | ncFiles);
   ExcludeFolderState(fsRemoving);
 }
 
@@ -142,6 +144,12 @@ void TCustomFolderData::RemoveChild(const TCustomFolderData& pChild) {
   fFileTable = std::move(files);
 }
 
+void TCustomFolderData::LeaveTree() {
+  const TRef<IHierarchicalRoot> root = fRoot;
+  Dispose();
+  if (root) root->GetChangeQueues().Mark(*this, fChangeMarks, ncRemoved);
+}
+
 void TCustomFolderData::Remove() {
   TCustomFolderData* parent = ParentFolder();
   if (IsGone() || !parent) return;
@@ -153,12 +161,12 @@ void TCustomFolderData::Remove() {
   parent->RemoveChild(*this);
   SubtractUpwards(parent, lost);
   if (parent->GetSubFolderCount() == 0) {
-    if (const TRef<TCustomFolderData> filesNode = parent->DetachFilesNode()) filesNode->Dispose();
+    if (const TRef<TCustomFolderData> filesNode = parent->DetachFilesNode()) filesNode->LeaveTree();
+    parent->TellChange(ncFiles);
   }
   // A folder that a cancelled scan left unfinished was an unfinished part of its parent.
   if ((GetFolderState() & fsSubFolderScanningFinished) == 0 && parent->fUnfinishedParts > 0) parent->FinishPart();
-  fRoot->NotifyObservers(*this, TChangeKind::ckRemoved);
-  Dispose();
+  LeaveTree();
 }
 
 void TFileGroupData::Remove() {
@@ -169,8 +177,7 @@ void TFileGroupData::Remove() {
   IncludeFolderState(fsRemoving);
   fRoot->ForgetBranch(*this);
   folder->RemoveOwnFiles();
-  fRoot->NotifyObservers(*this, TChangeKind::ckRemoved);
-  Dispose();
+  LeaveTree();
 }
 
 }  // namespace Vantrel

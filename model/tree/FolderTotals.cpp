@@ -39,6 +39,7 @@ void TCustomFolderData::SetOwnDates(const TEntryValues& pValues) {
 void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
   if (pChildren.empty() || IsGone()) return;
   const auto count = static_cast<int64_t>(pChildren.size());
+  const std::vector<TRef<TCustomFolderData>> children(pChildren);
   EnsureStatistics();  // before anybody can reach a child and bring its values up here
   bool becomesParent;
   {
@@ -54,10 +55,14 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
   }
   if (becomesParent) MoveOwnFilesIntoNode();
   for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
-    TExclusiveLock lock(node->fLock);
-    node->fFolders += count;
-    node->ClearMetaDataCache();
+    {
+      TExclusiveLock lock(node->fLock);
+      node->fFolders += count;
+      node->ClearMetaDataCache();
+    }
+    node->TellChange();
   }
+  for (const TRef<TCustomFolderData>& child : children) child->EnterTree();
 }
 
 TCustomFolderData::TAncestry TCustomFolderData::Ancestry() {
@@ -88,7 +93,7 @@ void TCustomFolderData::AddUpwards(TCustomFolderData* pFirst, const TValues& pVa
   const TAncestry nodes = pFirst->Ancestry();
   for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
     (*node)->Add(pValues);
-    if (pNotify) pFirst->fRoot->NotifyObservers(**node, TChangeKind::ckChanged);
+    if (pNotify) (*node)->TellChange();
   }
 }
 
@@ -117,14 +122,14 @@ void TCustomFolderData::AddTotals(const TFolderTotals& pTotals) {
 
 void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {
   if (IsGone()) return;
-  for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder()) {
-  }
+  for (TCustomFolderData* node = this; node && node->fLastAccessDate.Raise(pDate); node = node->ParentFolder())
+    node->TellChange();
 }
 
 void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
   if (IsGone()) return;
-  for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder()) {
-  }
+  for (TCustomFolderData* node = this; node && node->fLastChangeDate.Raise(pDate); node = node->ParentFolder())
+    node->TellChange();
 }
 
 void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNotify) {
@@ -134,13 +139,12 @@ void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNoti
     group->Fill(pContents);
     AddUpwards(this, pContents, pNotify);
     AttachFilesNode(std::move(group));
-    if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckAdded);
     return;
   }
   // Without sub-folders the folder is its files: no node is made for them.
   AddUpwards(ParentFolder(), pContents, pNotify);
   HoldFiles(pContents);
-  if (pNotify) fRoot->NotifyObservers(*this, TChangeKind::ckChanged);
+  if (pNotify) TellChange(ncChanged | ncFiles);
 }
 
 void TCustomFolderData::HoldFiles(const TFileGroupContents& pContents) {
@@ -151,9 +155,14 @@ void TCustomFolderData::HoldFiles(const TFileGroupContents& pContents) {
 }
 
 void TCustomFolderData::AttachFilesNode(TRef<TFileGroupData> pGroup) {
-  TExclusiveLock lock(fLock);
-  if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
-  fSubItems->fFilesNode = std::move(pGroup);
+  const TRef<TFileGroupData> group = pGroup;
+  {
+    TExclusiveLock lock(fLock);
+    if (!fSubItems) fSubItems = std::make_unique<TSubFolderList>();
+    fSubItems->fFilesNode = std::move(pGroup);
+  }
+  group->EnterTree();
+  TellChange(ncFiles);
 }
 
 void TCustomFolderData::MoveOwnFilesIntoNode() {

@@ -10,6 +10,7 @@
 #include "model/statistics/InternedKeys.h"
 #include "model/tree/CompactName.h"
 #include "model/tree/HierarchicalInterfaces.h"
+#include "model/tree/TreeChanges.h"
 #include "platform/threads/SlimReaderWriterLock.h"
 
 namespace Vantrel {
@@ -147,6 +148,7 @@ class TContainerHierarchicalElement : public TBaseHierarchicalElement<IFolderDat
   using TBaseHierarchicalElement<IFolderData>::TBaseHierarchicalElement;
 
   TCompressionStates fCompression GUARDED_BY(fLock) = 0;
+  TChangeMarks fChangeMarks{0};
   std::atomic<int32_t> fUnfinishedParts{0};  // of a scan; stands here to fill a gap
   int64_t fFolders GUARDED_BY(fLock) = 0;
   int64_t fFiles GUARDED_BY(fLock) = 0;

@@ -73,15 +73,44 @@ class IDisposeToken : public IInterface {
   virtual bool IsDisposed() const noexcept = 0;
 };
 
+class TCancellationWatch;
+
 // Tells whether work should stop. Any thread.
 class ICancellationIndicator : public IInterface {
  public:
   virtual bool IsCancelled() const noexcept = 0;
+
+ private:
+  friend class TCancellationWatch;
+  virtual void AddWatch(TCancellationWatch& pWatch) = 0;
+  // Returns when none of the watch's calls runs any more.
+  virtual void RemoveWatch(TCancellationWatch& pWatch) = 0;
 };
 
 class ICancellationToken : public ICancellationIndicator {
  public:
+  // May come again, and then calls the watches again: what hung between two looks at the token is met the next time.
   virtual void Cancel() noexcept = 0;
+};
+
+// While it lives, each Cancel of a token calls back, on the cancelling thread; at once when the token is cancelled
+// already. The call returns soon and takes no lock that is held where the watch ends.
+class TCancellationWatch {
+ public:
+  TCancellationWatch(TRef<ICancellationIndicator> pToken, std::function<void()> pOnCancel)
+      : fOnCancel(std::move(pOnCancel)), fToken(std::move(pToken)) {
+    if (fToken) fToken->AddWatch(*this);
+  }
+  ~TCancellationWatch() {
+    if (fToken) fToken->RemoveWatch(*this);
+  }
+  TCancellationWatch(const TCancellationWatch&) = delete;
+  TCancellationWatch& operator=(const TCancellationWatch&) = delete;
+
+  const std::function<void()> fOnCancel;
+
+ private:
+  const TRef<ICancellationIndicator> fToken;
 };
 
 // The values of one entry, be it a node or the current entry of an enumerator.

@@ -2,9 +2,12 @@
 
 // The tokens that tell of cancellation and disposal.
 
+#include <algorithm>
 #include <atomic>
+#include <vector>
 
 #include "model/tree/HierarchicalInterfaces.h"
+#include "platform/threads/CriticalSection.h"
 
 namespace Vantrel {
 
@@ -20,10 +23,26 @@ class TDisposeToken : public TInterfaced<IDisposeToken> {
 class TCancellationToken : public TInterfaced<ICancellationToken> {
  public:
   bool IsCancelled() const noexcept override { return fCancelled.load(std::memory_order_relaxed); }
-  void Cancel() noexcept override { fCancelled.store(true, std::memory_order_relaxed); }
+  void Cancel() noexcept override {
+    fCancelled.store(true, std::memory_order_relaxed);
+    TCriticalSectionLock lock(fLock);
+    for (const TCancellationWatch* watch : fWatches) watch->fOnCancel();
+  }
 
  private:
+  void AddWatch(TCancellationWatch& pWatch) override {
+    TCriticalSectionLock lock(fLock);
+    fWatches.push_back(&pWatch);
+    if (IsCancelled()) pWatch.fOnCancel();
+  }
+  void RemoveWatch(TCancellationWatch& pWatch) override {
+    TCriticalSectionLock lock(fLock);
+    std::erase(fWatches, &pWatch);
+  }
+
   std::atomic<bool> fCancelled{false};
+  TCriticalSection fLock;
+  std::vector<TCancellationWatch*> fWatches GUARDED_BY(fLock);
 };
 
 }  // namespace Vantrel

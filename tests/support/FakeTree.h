@@ -148,13 +148,13 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
   TRef<IDisposeToken> GetDisposeToken() const override { NotFaked(); }
   TRef<IScanConfiguration> GetScanConfiguration() const override { NotFaked(); }
-  void NotifyObservers(IHierarchicalObject&, TChangeKind) override { NotFaked(); }
+  TRef<ITreeSubscription> Subscribe(std::function<void()>) override { NotFaked(); }
+  TChangeQueues& GetChangeQueues() override { NotFaked(); }
   void ForgetBranch(IFolderData&) override { NotFaked(); }
   void ForgetOwnEntries(IFolderData&) override { NotFaked(); }
   bool RefreshFolder(IFolderData&, bool) override { NotFaked(); }
   bool RemoveFolder(IFolderData&) override { NotFaked(); }
   TRef<ITopSizeList> GetTopSizeList() const override { NotFaked(); }
-  void SubscribeObserver(TRef<IHierarchicalObserver>) override { NotFaked(); }
   void SubscribeErrorObserver(TRef<IScanErrorObserver>) override { NotFaked(); }
 };
 

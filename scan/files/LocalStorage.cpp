@@ -1,0 +1,50 @@
+#include "scan/files/LocalStorage.h"
+
+#include "platform/files/FileStream.h"
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
+#include "platform/files/Volumes.h"
+#include "scan/storage/EnumeratorFactory.h"
+#include "scan/storage/FileSystemEnumerator.h"
+
+namespace Vantrel::Storages {
+
+namespace {
+
+class TLocalStorage : public TInterfaced<IStorage> {
+ public:
+  std::u16string_view GetProtocol() const override { return Enumerators::TBaseFileSystemEnumerator::kProtocol; }
+  char16_t GetPathDelimiter() const override { return NativePathDelimiter(); }
+
+  std::u16string AbsolutePath(std::u16string_view pTyped) const override {
+    return Vantrel::AbsolutePath(Enumerators::PathOfFileUrl(pTyped, NativePathDelimiter()));
+  }
+
+  bool Exists(const std::u16string& pPath) const override { return PathExists(pPath); }
+
+  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath,
+                                                 const TScanContext& pContext) const override {
+    return Enumerators::THierarchicalEnumeratorFactory::CreateForPath(pPath, pContext.fOptions);
+  }
+
+  TStorageInformation GetInformation(const std::u16string& pPath) const override {
+    TVolumeInformation volume;
+    if (!GetVolumeInformationOfPath(pPath, volume)) return {};
+    return {volume.fMountPoint,  volume.fFileSystem, volume.fLabel,
+            volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+  }
+
+  std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
+
+  std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+    return std::make_unique<TFileStream>(TFileStream::OpenForReading(pPath));
+  }
+};
+
+}  // namespace
+
+TRef<IStorage> CreateLocalStorage() {
+  return MakeRef<TLocalStorage>();
+}
+
+}  // namespace Vantrel::Storages
