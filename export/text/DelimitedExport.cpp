@@ -1,9 +1,9 @@
 #include "export/text/DelimitedExport.h"
 
-#include <charconv>
 #include <cmath>
 
 #include "model/tree/FileTable.h"
+#include "platform/text/Numbers.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
@@ -11,11 +11,6 @@ namespace Vantrel::Exporting {
 namespace {
 
 constexpr std::string_view kPathListSeparator = "   ";
-
-void AppendInteger(std::string& pTarget, int64_t pValue) {
-  char digits[24];
-  pTarget.append(digits, std::to_chars(digits, digits + sizeof digits, pValue).ptr);
-}
 
 TSizeValues SizesOf(const TFileRecord& pFile) {
   TSizeValues sizes;
@@ -55,11 +50,12 @@ class TDelimitedExport::TRows final : public TRowWriter {
   }
   void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
   void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  void AppendNameField(const TExportRow& pRow);
   bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
   bool AppendNumber(TColumn pColumn, int64_t pValue);
   void AppendShareOfParent(const TSizeValues& pSizes);
   void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
-  void AppendToPath(std::u16string_view pName);
+  void AppendToPath(std::u16string_view pName, bool pIsFileGroup);
   int64_t ShareBasis(const TSizeValues& pSizes) const {
     return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
   }
@@ -68,6 +64,8 @@ class TDelimitedExport::TRows final : public TRowWriter {
   std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed between the first date and Flush
   std::string
       fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
+  size_t fParentLength = 0;  // of the path of what the row lies in; 0 for the top
+  std::string fName;         // of the row, where names are written
   std::vector<TOpenFolder> fOpen;
 };
 
@@ -139,15 +137,18 @@ std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
   return rows;
 }
 
-void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName) {
-  if (!fPath.empty() && fPath.back() != fExport.fDelimiter) fPath += fExport.fDelimiter;
-  AppendUtf8Escaped(fPath, pName);
+void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName, bool pIsFileGroup) {
+  if (fPath.empty())
+    AppendUnambiguous(fPath, pName);  // that of the top, which is a path
+  else
+    AppendNameToPath(fPath, pName, fExport.fDelimiter, pIsFileGroup);
 }
 
 bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   const TSizeValues sizes = pRow.fFolder.GetValues();
   const size_t parentLength = fPath.size();
-  AppendToPath(pRow.Name());
+  AppendToPath(pRow.Name(), pRow.fFolder.IsFileGroup());
+  fParentLength = parentLength;
   if (pRow.fIsShown) WriteRow(pRow, sizes);
   if (pIsComplete) {
     fPath.resize(parentLength);
@@ -170,10 +171,11 @@ bool TDelimitedExport::TRows::VisitFile(const TExportRow& pRow) {
   const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
   if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
   const size_t length = fPath.size();
-  AppendToPath(pRow.Name());
+  AppendToPath(pRow.Name(), false);
+  fParentLength = length;
   WriteRow(pRow, SizesOf(*pRow.fFile));
   fPath.resize(length);
-  if (!group.empty()) AppendToPath(group);
+  if (!group.empty()) AppendToPath(group, true);
   return true;
 }
 
@@ -186,11 +188,19 @@ void TDelimitedExport::TRows::WriteRow(const TExportRow& pRow, const TSizeValues
 }
 
 void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
-  if (pColumn == TColumn::mdName) return AppendTextField(Line(), pRow.Name(), fExport.fFields);
+  if (pColumn == TColumn::mdName) return AppendNameField(pRow);
   if (pColumn == TColumn::mdFullPath) return AppendEscapedField(Line(), fPath, fExport.fFields);
+  if (pColumn == TColumn::mdParentPath && fParentLength > 0)
+    return AppendEscapedField(Line(), std::string_view(fPath).substr(0, fParentLength), fExport.fFields);
   const size_t begin = Line().size();
   if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
   if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
+}
+
+void TDelimitedExport::TRows::AppendNameField(const TExportRow& pRow) {
+  fName.clear();
+  AppendName(fName, pRow.Name(), !pRow.IsFile() && pRow.fFolder.IsFileGroup());
+  AppendEscapedField(Line(), fName, fExport.fFields);
 }
 
 // Numbers and dates, of what the row itself holds. False for all else.
@@ -258,8 +268,9 @@ void TDelimitedExport::TRows::AppendSlowly(const TExportRow& pRow, TColumn pColu
 
 // --- paths ---------------------------------------------------------------------------------------------------------
 
-TPathListExport::TPathListExport(const TMediaSettings& pSettings) : TFileStreamExport(pSettings) {
-  SetColumns(pSettings.fColumns);
+TPathListExport::TPathListExport(const TMediaSettings& pSettings, bool pBytesOfNames)
+    : TFileStreamExport(pSettings), fBytesOfNames(pBytesOfNames) {
+  if (!pBytesOfNames) SetColumns(pSettings.fColumns);
 }
 
 void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -269,7 +280,7 @@ void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   WalkTree(*top, [&](const TExportRow& pRow) {
     if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;  // no path of the storage
     const TRef<IHierarchicalElement> element = pRow.Element();
-    std::string line = ToDisplay(element->GetFullPath());
+    std::string line = fBytesOfNames ? ToNativeBytes(element->GetFullPath()) : ToDisplay(element->GetFullPath());
     for (const TColumn column : Columns()) {
       if (column == TColumn::mdFullPath) continue;
       line += kPathListSeparator;

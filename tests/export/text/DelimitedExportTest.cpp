@@ -189,6 +189,31 @@ TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
                                                  "/memory/a/x,40.0", "/memory/top,2.0"));
 }
 
+TEST(DelimitedExport, NoTwoRowsHaveOnePath) {
+  TScannedRoot root([](TMemoryEntry& pTop) {
+    pTop.AddFile(u"own", 1);
+    pTop.AddFolder(u"[Files]").AddFile(u"[Files]", 20);
+    pTop.AddFolder(u"\\xFF").AddFile(u"a", 300);
+    pTop.AddFolder(u"\xDCFF").AddFile(u"\\x5C", 4000);
+  });
+  TMediaSettings settings = Settings(u"fullpath;name;parentpath");
+  settings.fIncludeHeader = false;
+  settings.fIncludedObjectTypes = kAllObjectTypes;
+  EXPECT_THAT(Lines(root, settings),
+              ElementsAre("/memory,/memory,", R"(/memory/\xFF,\xFF,/memory)",
+                          R"(/memory/\xFF/\x5Cx5C,\x5Cx5C,/memory/\xFF)", R"(/memory/\x5CxFF,\x5CxFF,/memory)",
+                          R"(/memory/\x5CxFF/a,a,/memory/\x5CxFF)", R"(/memory/\x5BFiles],\x5BFiles],/memory)",
+                          R"(/memory/\x5BFiles]/\x5BFiles],\x5BFiles],/memory/\x5BFiles])",
+                          "/memory/[Files],[Files],/memory", "/memory/own,own,/memory"));
+  // Where a backslash delimits, a name can be read as an escape too.
+  for (const auto& [name, path] :
+       {std::pair(u"xFF", R"(C:\x5CxFF)"), {u"uD800", R"(C:\x5CuD800)"}, {u"xfile", R"(C:\xfile)"}}) {
+    std::string text = "C:\\";
+    AppendNameToPath(text, name, '\\', false);
+    EXPECT_EQ(text, path);
+  }
+}
+
 TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {
   const TDelimitedFormat format{"::", true};
   std::string line;

@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
+#include <thread>
+#include <vector>
+
 #include "model/roots/Root.h"
 #include "model/roots/ScanRoots.h"
 #include "model/tree/CustomFolder.h"
@@ -176,6 +181,26 @@ TEST_F(FolderTree, DatesAreOnlyRaisedUntilTheirReasonIsGone) {
   b.Remove();
   EXPECT_EQ(200, a->GetLastChangeDate().fTicks);
   EXPECT_EQ(200, fTop->GetLastChangeDate().fTicks);
+}
+
+TEST(NewestDate, NoThreadTakesBackWhatAnotherHasRaised) {
+  constexpr int64_t kThreads = 4;
+  constexpr int64_t kSteps = 300'000;
+  TNewestDate date;
+  std::atomic<int64_t> lost{0};
+  std::latch start(kThreads);
+  std::vector<std::jthread> threads;
+  for (int64_t i = 0; i < kThreads; ++i)
+    threads.emplace_back([&, i] {
+      start.arrive_and_wait();
+      for (int64_t ticks = i; ticks < kSteps * kThreads; ticks += kThreads) {
+        date.Raise({ticks});
+        lost += date.Get().fTicks < ticks;
+      }
+    });
+  threads.clear();
+  EXPECT_EQ(lost, 0) << "dates that were lower again after they had been raised";
+  EXPECT_EQ(date.Get().fTicks, kSteps * kThreads - 1);
 }
 
 TEST_F(FolderTree, FilesNodeComesAndGoes) {
