@@ -22,11 +22,11 @@ from walk import FILES, FOLDERS, GROUPS, walk
 
 OK = 0
 ALL_LEVELS = 1 << 30
-DEFAULT_COLUMNS = ("fullpath", "size", "allocated", "files", "folders", "percentofparent", "lastchange", "lastaccess")
+DEFAULT_COLUMNS = ("fullpath", "size", "allocated", "files", "folders", "percentofparent", "lastchange", "lastaccess", "error")
 CAPTIONS = {"name": "Name", "fullpath": "Full Path", "parentpath": "Parent Path", "extension": "Extension",
             "owner": "Owner", "size": "Size", "allocated": "Allocated", "files": "Files", "folders": "Folders",
             "items": "Items", "percentofparent": "% of Parent", "percentofroot": "% of Root",
-            "lastchange": "Last Change", "lastaccess": "Last Access", "depth": "Depth", "pathlength": "Path Length"}
+            "lastchange": "Last Change", "lastaccess": "Last Access", "depth": "Depth", "pathlength": "Path Length", "error": "Error"}
 UNITS = {"B": 1, "KB": 1 << 10, "MB": 1 << 20, "GB": 1 << 30, "TB": 1 << 40}
 # Clocks that change at one minute past midnight, in a zone that no machine has to know.
 ZONE = "NST3:30NDT,M3.2.0/0:01,M11.1.0/0:01"
@@ -126,6 +126,7 @@ class Format:
                           "fullpath": lambda: shown(node.path, node.kind),
                           "parentpath": lambda: shown(node.place.path) if node.place else "",
                           "extension": lambda: extension_of(node) if node.kind == FILES else "",
+                          "error": lambda: "",  # all can be read
                           "owner": lambda: node.owner}[column]())
 
     def table(self, nodes, columns):

@@ -45,7 +45,8 @@ constexpr TSwitch kSwitches[] = {
      "show changes since an XML file",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Also the exports then know the columns sizechange, sizechangepercent and filechange."},
+     "Exports then know the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
+     "them."},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},

@@ -1,10 +1,13 @@
 #include "export/text/DelimitedExport.h"
 
+#include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
 #include <cmath>
 
 #include "model/tree/FileTable.h"
 #include "platform/text/Numbers.h"
 #include "platform/text/Text.h"
+#include "platform/text/Utf.h"
 
 namespace Vantrel::Exporting {
 
@@ -51,6 +54,9 @@ class TDelimitedExport::TRows final : public TRowWriter {
   void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
   void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
   void AppendNameField(const TExportRow& pRow);
+  std::u16string KeyOf(std::u16string_view pName) const;
+  bool AppendFileChange(const TExportRow& pRow, TColumn pColumn);
+  const TFileRecord* EarlierFile(const TExportRow& pRow);
   bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
   bool AppendNumber(TColumn pColumn, int64_t pValue);
   void AppendShareOfParent(const TSizeValues& pSizes);
@@ -67,17 +73,31 @@ class TDelimitedExport::TRows final : public TRowWriter {
   size_t fParentLength = 0;  // of the path of what the row lies in; 0 for the top
   std::string fName;         // of the row, where names are written
   std::vector<TOpenFolder> fOpen;
+
+  // The earlier files of the folder whose files are written, by name, where the root is compared.
+  const IFolderData* fFolderOfEarlierFiles = nullptr;
+  TRef<const TFileTable> fEarlierFiles;
+  boost::unordered_flat_map<std::u16string, const TFileRecord*> fEarlierFile;
 };
 
-TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {
-  SetColumns({TColumn::mdFullPath, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
-              TColumn::mdPercentOfParent, TColumn::mdLastChange, TColumn::mdLastAccess});
-  if (!pSettings.fColumns.empty()) SetColumns(pSettings.fColumns);
+TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {}
+
+void TDelimitedExport::ChooseColumns() {
+  if (!Settings().fColumns.empty()) return SetColumns(Settings().fColumns);
+  std::vector<TColumn> columns{TColumn::mdFullPath,   TColumn::mdSize,       TColumn::mdAllocated,
+                               TColumn::mdFiles,      TColumn::mdFolders,    TColumn::mdPercentOfParent,
+                               TColumn::mdLastChange, TColumn::mdLastAccess, TColumn::mdError};
+  if (GoneSince())
+    columns.insert(columns.end(),
+                   {TColumn::mdSizeChange, TColumn::mdAllocatedChange, TColumn::mdFileChange, TColumn::mdChangeState});
+  SetColumns(std::move(columns));
 }
 
 void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
+  ShowGone(pRoot.GetComparison());
+  ChooseColumns();
   fFields = {Separator(), Settings().fNeutralizeFormulas};
   fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
   fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
@@ -86,7 +106,6 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
                    fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
   fSharesOfAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
-  ShowGone(pRoot.GetComparison());
   if (LineCount() == 0) WriteHeader();
   TRows rows(*this);
   WalkInParallel(*top, rows, [this](const TRowText& pText) {
@@ -192,9 +211,52 @@ void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeVal
   if (pColumn == TColumn::mdFullPath) return AppendEscapedField(Line(), fPath, fExport.fFields);
   if (pColumn == TColumn::mdParentPath && fParentLength > 0)
     return AppendEscapedField(Line(), std::string_view(fPath).substr(0, fParentLength), fExport.fFields);
+  if (pColumn == TColumn::mdError) return AppendTextField(Line(), fExport.ErrorOf(pRow), fExport.fFields);
+  if (fExport.GoneSince() && pRow.IsFile() && AppendFileChange(pRow, pColumn)) return;
   const size_t begin = Line().size();
   if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
   if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
+}
+
+// By what files of one folder are told apart.
+std::u16string TDelimitedExport::TRows::KeyOf(std::u16string_view pName) const {
+  std::u16string key(pName);
+  if (fExport.fDelimiter != '/') std::transform(key.begin(), key.end(), key.begin(), UpcaseUnit);
+  return key;
+}
+
+const TFileRecord* TDelimitedExport::TRows::EarlierFile(const TExportRow& pRow) {
+  if (fFolderOfEarlierFiles != &pRow.fFolder) {
+    fFolderOfEarlierFiles = &pRow.fFolder;
+    fEarlierFile.clear();
+    fEarlierFiles = fExport.GoneSince()->EarlierFiles(pRow.fFolder);
+    for (size_t i = 0; fEarlierFiles && i < fEarlierFiles->Count(); ++i) {
+      const TFileRecord& file = (*fEarlierFiles)[i];
+      fEarlierFile.emplace(KeyOf(fEarlierFiles->NameOf(file)), &file);
+    }
+  }
+  const auto found = fEarlierFile.find(KeyOf(pRow.Name()));
+  return found == fEarlierFile.end() ? nullptr : found->second;
+}
+
+// False for a column that tells no change. Cells stay empty when nothing is known of earlier files.
+bool TDelimitedExport::TRows::AppendFileChange(const TExportRow& pRow, TColumn pColumn) {
+  if (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdAllocatedChange && pColumn != TColumn::mdFileChange &&
+      pColumn != TColumn::mdSizeChangePercent && pColumn != TColumn::mdChangeState)
+    return false;
+  if (!fExport.GoneSince()->KnowsFiles()) return true;
+  const TFileRecord* then = EarlierFile(pRow);
+  const int64_t growth = pRow.fFile->fSize - (then ? then->fSize : 0);
+  TMetaDataValue value = growth;
+  if (pColumn == TColumn::mdAllocatedChange) value = pRow.fFile->fAllocated - (then ? then->fAllocated : 0);
+  if (pColumn == TColumn::mdFileChange) value = int64_t{then ? 0 : 1};
+  if (pColumn == TColumn::mdChangeState) value = std::u16string(then ? u"" : u"new");
+  if (pColumn == TColumn::mdSizeChangePercent) {
+    value = {};
+    if (then && then->fSize != 0) value = static_cast<double>(growth) / static_cast<double>(then->fSize);
+  }
+  AppendOwnField(Line(), ToUtf8(FormatValue(pColumn, value, fExport.fFormat)), fExport.fFields);
+  return true;
 }
 
 void TDelimitedExport::TRows::AppendNameField(const TExportRow& pRow) {
@@ -278,7 +340,9 @@ void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   if (!top) return;
   const TValueFormat format = ValueFormat();
   WalkTree(*top, [&](const TExportRow& pRow) {
-    if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;  // no path of the storage
+    // Neither the sum of a folder's files nor what has gone is a path of the storage.
+    if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;
+    if (pRow.fFolder.GetFolderState() & fsIsDummyForComparison) return true;
     const TRef<IHierarchicalElement> element = pRow.Element();
     std::string line = fBytesOfNames ? ToNativeBytes(element->GetFullPath()) : ToDisplay(element->GetFullPath());
     for (const TColumn column : Columns()) {

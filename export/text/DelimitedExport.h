@@ -26,6 +26,7 @@ class TDelimitedExport : public TBaseTextExport {
  private:
   class TRows;
 
+  void ChooseColumns();
   void WriteHeader();
   bool WriteRow(std::string_view pRow);
   // For whichever thread writes rows just now.

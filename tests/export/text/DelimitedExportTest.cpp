@@ -6,6 +6,8 @@
 #include <random>
 
 #include "export/text/DelimitedExport.h"
+#include "model/roots/Comparison.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "tests/support/LineList.h"
 #include "tests/support/MemoryRoot.h"
@@ -212,6 +214,46 @@ TEST(DelimitedExport, NoTwoRowsHaveOnePath) {
     AppendNameToPath(text, name, '\\', false);
     EXPECT_EQ(text, path);
   }
+}
+
+TEST(DelimitedExport, ShowsWhatHasChanged) {
+  TScannedRoot root([](TMemoryEntry& pTop) {
+    pTop.AddFolder(u"grown").AddFile(u"f", 700, 1024);
+    pTop.AddFolder(u"added").AddFile(u"f", 30, 512);
+    pTop.AddFile(u"own", 4, 512);
+  });
+  TScannedRoot earlier([](TMemoryEntry& pTop) {
+    pTop.AddFolder(u"grown").AddFile(u"f", 600, 512);
+    pTop.AddFolder(u"lost").AddFolder(u"below").AddFile(u"f", 5, 4096);
+    pTop.AddFile(u"own", 4, 512);
+  });
+  EXPECT_EQ(Lines(root, Settings(u"")).front(),
+            "Full Path,Size,Allocated,Files,Folders,% of Parent,Last Change,Last Access,Error");
+  root.fRoot->SetComparison(MakeRef<TComparison>(*root.fRoot, *earlier.fRoot));
+  EXPECT_EQ(Lines(root, Settings(u"")).front(),
+            "Full Path,Size,Allocated,Files,Folders,% of Parent,Last Change,Last Access,Error,Size Change,Allocated "
+            "Change,File Change,State");
+  EXPECT_THAT(Lines(root, Settings(u"fullpath;sizechange;allocatedchange;filechange;state")),
+              ElementsAre("Full Path,Size Change,Allocated Change,File Change,State", "/memory,125,-3072,0,",
+                          "/memory/grown,100,512,0,", "/memory/added,30,512,1,new", "/memory/[Files],0,0,0,",
+                          "/memory/lost,-5,-4096,-1,gone", "/memory/lost/below,-5,-4096,-1,gone"));
+  TMediaSettings files = Settings(u"name;sizechange;allocatedchange;filechange;state;sizechangepercent");
+  files.fIncludedObjectTypes = ioFiles;
+  EXPECT_THAT(Lines(root, files), ElementsAre("f,100,512,0,,16.7", "f,30,512,1,new,", "own,0,0,0,,0.0"));
+  TLineList paths;
+  EXPECT_TRUE(TPathListExport(Settings(u"")).Export(*root.fRoot, paths));
+  EXPECT_THAT(paths.fLines, ElementsAre("/memory", "/memory/grown", "/memory/added"));
+}
+
+TEST(DelimitedExport, TellsWhatCouldNotBeRead) {
+  TScannedRoot root([](TMemoryEntry& pTop) {
+    TMemoryEntry& denied = pTop.AddFolder(u"denied");
+    denied.fFailAtNext = 1;
+    denied.fErrorCode = 13;
+    pTop.AddFolder(u"fine").AddFile(u"f", 5);
+  });
+  EXPECT_THAT(Lines(root, Settings(u"fullpath;error")),
+              ElementsAre("Full Path,Error", "/memory,", "/memory/fine,", "/memory/denied," + OSErrorText(13)));
 }
 
 TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {
