@@ -230,9 +230,8 @@ std::u16string FormatUnsigned(TColumn pColumn, const TMetaDataValue& pValue, con
 
 // People want to see which way a change goes; programs read numbers without a plus.
 bool ShowsPlus(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
-  if (pFormat.fPlainByteValues ||
-      (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent &&
-       pColumn != TColumn::mdFileChange && pColumn != TColumn::mdAllocatedChange))
+  if (pFormat.fPlainByteValues || (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent &&
+                                   pColumn != TColumn::mdFileChange && pColumn != TColumn::mdAllocatedChange))
     return false;
   const auto* number = std::get_if<int64_t>(&pValue);
   const auto* share = std::get_if<double>(&pValue);
