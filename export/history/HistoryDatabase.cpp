@@ -7,11 +7,11 @@
 #include <cmath>
 #include <utility>
 
+#include "export/history/HistoryKeys.h"
 #include "platform/files/CanonicalPath.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
-#include "search/patterns/PatternFilter.h"
 
 namespace Vantrel::History {
 
@@ -116,75 +116,6 @@ void RequireTables(TKIVSQLiteDatabase& pDatabase) {
   if (!THistoryDatabaseReaderWriter::HoldsHistory(pDatabase)) pDatabase.ExecuteQuery(SchemaSQL());
 }
 
-std::string PathCondition(const std::u16string& pPath) {
-  return "PATH = " + TKIVSQLiteDatabase::GetSQLString(pPath);
-}
-
-std::string PatternCondition(std::u16string_view pPattern) {
-  return "PATTERN = " + TKIVSQLiteDatabase::GetSQLString(pPattern);
-}
-
-std::optional<int64_t> FindId(TKIVSQLiteDatabase& pDatabase, std::string_view pTable, const std::string& pCondition) {
-  std::optional<int64_t> id;
-  if (pDatabase.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID", pTable, pCondition)))
-    id = pDatabase.GetInteger(0);
-  pDatabase.CloseQuery();
-  return id;
-}
-
-bool LetterCaseTellsFoldersApart() {
-  return NativePathDelimiter() == u'/';
-}
-
-// The roots that hold a path's history. Several when a path was recorded in several spellings, and letter case does not
-// count here. The index serves the exact path alone. What walks the whole table is one row per folder ever scanned, not
-// per scan.
-std::vector<int64_t> FindRoots(TKIVSQLiteDatabase& pDatabase, const std::u16string& pRootPath) {
-  const std::u16string path = CanonicalPath(pRootPath);
-  const std::string condition = PathCondition(path);
-  if (LetterCaseTellsFoldersApart()) {
-    if (const std::optional<int64_t> exact = FindId(pDatabase, "ROOTS", condition)) return {*exact};
-    // A folder of that very name has no history yet. That of another folder is not to pass for its own.
-    if (PathExists(path)) return {};
-  }
-  std::vector<int64_t> ids;
-  pDatabase.OpenQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID", "ROOTS", condition + " COLLATE NOCASE ORDER BY ID"));
-  for (; pDatabase.HasRow() && (ids.empty() || !LetterCaseTellsFoldersApart()); pDatabase.NextRow())
-    ids.push_back(pDatabase.GetInteger(0));
-  pDatabase.CloseQuery();
-  return ids;
-}
-
-// The same patterns in one order, each once.
-std::u16string InOrder(std::u16string_view pPattern) {
-  std::vector<std::u16string_view> patterns;
-  while (!pPattern.empty()) {
-    const size_t end = std::min(pPattern.find(u'\t'), pPattern.size());
-    patterns.push_back(pPattern.substr(0, end));
-    pPattern.remove_prefix(std::min(end + 1, pPattern.size()));
-  }
-  std::sort(patterns.begin(), patterns.end());
-  patterns.erase(std::unique(patterns.begin(), patterns.end()), patterns.end());
-  std::u16string text;
-  for (const std::u16string_view pattern : patterns) (text += text.empty() ? u"" : u"\t") += pattern;
-  return text;
-}
-
-// The rows of a filter, that with the very text first. Earlier versions recorded patterns in the order in which they
-// were given.
-std::vector<int64_t> FindPatterns(TKIVSQLiteDatabase& pDatabase, std::u16string_view pPattern) {
-  std::vector<int64_t> ids;
-  if (const std::optional<int64_t> exact = FindId(pDatabase, "PATTERNS", PatternCondition(pPattern)))
-    ids.push_back(*exact);
-  pDatabase.OpenQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID, PATTERN", "PATTERNS") + " ORDER BY ID");
-  for (; pDatabase.HasRow(); pDatabase.NextRow()) {
-    const std::u16string text = pDatabase.GetText(1);
-    if (text != pPattern && InOrder(text) == pPattern) ids.push_back(pDatabase.GetInteger(0));
-  }
-  pDatabase.CloseQuery();
-  return ids;
-}
-
 int64_t CountScans(TKIVSQLiteDatabase& pDatabase, int64_t pRootId) {
   pDatabase.OpenQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("COUNT(ID)", "SCANS", "ROOT_ID = ?"), {pRootId});
   const int64_t count = pDatabase.GetInteger(0);
@@ -217,19 +148,6 @@ TScanRow RowOfRoot(const std::u16string& pRootPath, IHierarchicalRoot& pRoot, co
     row.fEntry.fUnreadFolders = std::max<int64_t>(1, static_cast<int64_t>(pRoot.GetErrors().size()));
   if (!row.fPattern.empty()) row.fEntry.fExcludedObjects = pRoot.GetProgress().fExcludedObjects;
   return row;
-}
-
-int64_t RootIdOf(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPath) {
-  if (!LetterCaseTellsFoldersApart())
-    if (const std::vector<int64_t> ids = FindRoots(pDatabase, pPath); !ids.empty()) return ids.front();
-  return pDatabase.InsertIfDoesNotExists("ROOTS", "PATH", TKIVSQLiteDatabase::GetSQLString(pPath),
-                                         PathCondition(pPath));
-}
-
-int64_t PatternIdOf(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPattern) {
-  if (const std::vector<int64_t> ids = FindPatterns(pDatabase, pPattern); !ids.empty()) return ids.front();
-  return pDatabase.InsertIfDoesNotExists("PATTERNS", "PATTERN", TKIVSQLiteDatabase::GetSQLString(pPattern),
-                                         PatternCondition(pPattern));
 }
 
 void InsertScan(TKIVSQLiteDatabase& pDatabase, const TScanRow& pRow) {
@@ -277,19 +195,6 @@ void RefuseDanglingIds(TKIVSQLiteDatabase& pDatabase, const std::u16string& pSou
 }
 
 }  // namespace
-
-std::u16string HistoryPattern(const IHierarchicalRoot& pRoot) {
-  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
-  const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
-  return patterns != nullptr ? HistoryPattern(*patterns->GetPatterns()) : std::u16string();
-}
-
-std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns) {
-  PatternMatching::TPatternsToStringRepresentationOptions options =
-      PatternMatching::TPatternsToStringRepresentationOptions::Default();
-  options.ActivePatternsOnly = true;
-  return InOrder(pPatterns.ToString(options));
-}
 
 double DayCountOfTime(TKivFileTime pTime) {
   const int64_t local = pTime.fTicks + OffsetTicks(pTime);
@@ -376,9 +281,9 @@ std::vector<THistoryEntry> THistoryDatabaseReaderWriter::ReadRootHistoryData(con
   if (pPattern.empty())
     patterns.emplace_back();
   else
-    for (const int64_t id : FindPatterns(database, InOrder(pPattern))) patterns.emplace_back(id);
+    for (const int64_t id : FindPatterns(database, PatternInOrder(pPattern))) patterns.emplace_back(id);
   std::vector<THistoryEntry> entries;
-  for (const int64_t root : FindRoots(database, pRootPath))
+  for (const int64_t root : FindRoots(database, CanonicalPath(pRootPath)))
     for (const std::optional<int64_t>& pattern : patterns)
       for (database.OpenQuery(GetScansSQL(root, pattern)); database.HasRow(); database.NextRow())
         entries.push_back(EntryOfRow(database));
@@ -413,7 +318,7 @@ int64_t THistoryDatabaseReaderWriter::GetNumberOfScans(const std::u16string& pDa
   OpenForReading(database, pDatabase);
   if (!HoldsHistory(database)) return 0;
   int64_t count = 0;
-  for (const int64_t root : FindRoots(database, pRootPath)) count += CountScans(database, root);
+  for (const int64_t root : FindRoots(database, CanonicalPath(pRootPath))) count += CountScans(database, root);
   return count;
 }
 
