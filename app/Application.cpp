@@ -19,6 +19,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
 #include "export/text/ListExport.h"
+#include "export/text/RootDescription.h"
 #include "export/xml/OptionsFile.h"
 #include "export/xml/XMLReader.h"
 #include "model/roots/ScanRoots.h"
@@ -144,12 +145,12 @@ int TApplication::SaveSettings() {
 int TApplication::ExportDriveList(const std::u16string& pFile) {
   using namespace Exporting;
   const TListTable drives = DriveList();
-  const bool isCSV = HasExtension(pFile, u".csv");
-  const TMediaSettings settings = fMedia.Effective(isCSV ? TMediaType::mtCSV : TMediaType::mtText);
+  using PostScanActions::TExportFormat;
+  const TExportFormat format = PostScanActions::FormatOfFile(pFile, TExportFormat::efReport);
+  const TMediaSettings effective = fMedia.Effective(PostScanActions::MediaOf(format));
   auto write = [&](ILineOutput& pOutput) {
-    if (!isCSV) return WriteListAsText(drives, FormatOf(settings), pOutput);
-    const TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
-    return WriteListAsDelimited(drives, FormatOf(settings), fields, settings.fIncludeHeader, pOutput);
+    if (format == TExportFormat::efReport) return WriteListAsText(drives, FormatOf(effective), pOutput);
+    return WriteListAsDelimited(drives, PostScanActions::RowSettings(format, effective, pFile), pOutput);
   };
   try {
     if (pFile.empty()) return write(*fSettings.fOutput) ? ecOk : ecOutputFailed;
@@ -175,7 +176,8 @@ bool TApplication::QueueActions(IScanRoots& pRoots) {
     fActions.Add(std::make_unique<TComparePostScanAction>(fState.fCompareFile, pRoots, isCancelled));
   if (fOptions->RecordHistory)
     fActions.Add(std::make_unique<TRecordHistoryPostScanAction>(CommandLine::HistoryFile(*fOptions), kVersion));
-  const TExportRun run{kProgramName, kVersion, CommandLine::NumberOfScans(fState) > 1, isCancelled};
+  const TExportRun run{kProgramName, kVersion, CommandLine::NumberOfScans(fState) > 1, fState.fPathsEndWithNul,
+                       isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
   if (!fState.fMailTo.empty()) QueueMail();
@@ -333,6 +335,12 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
 
 int TApplication::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
   fActions.PerformPostProcessActions(&pRoot, pRoots);
+  if (!fActions.ShowsReport()) {
+    const TValueFormat format = FormatOf(fMedia.Effective(Exporting::TMediaType::mtText));
+    constexpr int64_t kMostListed = 10;  // a report has room for more
+    const auto listed = static_cast<size_t>(std::min<int64_t>(kMostListed, fOptions->NumberOfListedErrors));
+    for (const std::string& line : Exporting::ErrorSummary(pRoot, format, listed)) fSettings.fWriteError(line);
+  }
   return WriteFailures();
 }
 

@@ -135,6 +135,7 @@ REFUSED = [
         err=(pattern('The options file ".*options.xml" cannot be loaded. Line 1, .*. /NOOPTIONS leaves it out'),)),
     Row("/SAVESETTINGS /READONLY", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
+    Row("data --null", err=("--null is for path lists: write one with --pathlist",)),
     Row("--history-csv a.csv", err=("--history-csv writes the history that --history names: name a path with it",)),
     Row("--history-delete first", err=('--history-delete "first" is no scan\'s ID; --history shows them',)),
     Row("--history --history-import", err=("A path was expected after the command line parameter --history",
@@ -165,9 +166,9 @@ DONE = [
     Row("--expand data", out=("deep",)),
     Row("data --expand 0", out=("6.2 KB",), absent=("sub",)),
     Row("data /TEXT a.csv /TEXT a.tsv /TEXT a.txt /CSV b.txt /CSV b.log /SAVE a.xml /PATHLIST paths.txt",
-        files={"a.csv": ("Full Path,Size,", "data,6300,"), "a.tsv": ("Full Path\tSize\t", "data\t6.2 KB\t"),
+        files={"a.csv": ("Full Path,Size,", "data,6300,"), "a.tsv": ("Full Path\tSize\t", "data\t6300\t"),
                "a.txt": ("Vantrel Report, ", "deep"), "b.txt": ("Vantrel Report, ", "deep"), "b.log": ("Full Path,Size,",),
-               "a.xml": ("<?xml", "three.txt"), "paths.txt": ("data\r\n", "sub\r\n", "deep\r\n")}),
+               "a.xml": ("<?xml", "three.txt"), "paths.txt": ("data", "sub", "deep")}),
     Row("data other --text r.txt", files={"r.txt": ("Vantrel Report, ", "6.2 KB", SEPARATOR, "70 B")}),
     Row("data --csv -", out=("Full Path,Size,", "data,6300,")),
     Row("other --csv data/own.csv data --filesintree --exportedelements 7",  # its own rows do not know it
@@ -175,6 +176,7 @@ DONE = [
     Row("--csv data/own.csv data", given={"data/own.csv": 23 * "x"}, files={"data/own.csv": ("data,6323,",)}),
     Row("/EXPORTDRIVELIST", out=("Drives\r\n", "Drive", "Total", "Free", "% Used")),
     Row("--exportdrivelist drives.csv", files={"drives.csv": ("Drive,", ",Total,Used,Free,% Used\r\n",)}),
+    Row("--exportdrivelist drives.tab", files={"drives.tab": ("Drive\t", "\tTotal\tUsed\tFree\t% Used\r\n")}),
     Row("data --exportdriveslist -", out=("Total", "Vantrel Report, ")),
     Row("--exportdrivelist data", out=("Total", "6.2 KB")),  # a folder is no file to write
     Row("data --sortby name,ascending --expand -1 --csv -", out=("[Files],1000,", "sub,5300,", "[Files],5000,", "deep,300,")),
@@ -223,6 +225,7 @@ DONE = [
         out=("History of sub/../data/*.bin", "4.9 KB", "  1\r\n", "History of data", "6.2 KB", "  2\r\n")),
     Row("--HistoryFile h.db --history data --history-csv h.csv", before=(RECORDED,), files={"h.csv": (
         "Date,Size,Allocated,Files,Free Space,Growth,Growth %,ID\r\n", ",6300,", ",3,", ",,,1\r\n")}),
+    Row("--HistoryFile h.db --history data --history-csv h.tsv", before=(RECORDED,), files={"h.tsv": ("Date\tSize\t", "\t6300\t")}),
     Row("--HistoryFile h.db --history-delete 1 --history data", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,),
         out=("The scan 1 was deleted; of its path 0 scans are left",)),
     Row("--HistoryFile h.db --history-export new/copy.db", before=(RECORDED,), files={"new/copy.db": ("SQLite format 3",)}),

@@ -159,6 +159,7 @@ class LinuxTest(CommonTests, ProgramTest):
             self.command = [program]
             user = {"user": ordinary, "group": ordinary, "extra_groups": []}
         run = self.scan("--NumberOfListedErrors", "2", self.native(self.folder), **user)
+        exported = self.run_program("--NumberOfListedErrors", "2", self.native(self.folder), "--csv", "-", **user)
         for i in range(3):
             (self.folder / f"closed{i}").chmod(0o700)
         self.assertEqual((run.code, run.err), (INCOMPLETE, ""))
@@ -168,6 +169,11 @@ class LinuxTest(CommonTests, ProgramTest):
         first = run.lines.index(expected[0])
         self.assertEqual(run.lines[first:first + 4], expected)
         self.assertEqual(run.rows[str(self.folder)][:2], (10, 1))
+        # Where no report is shown it is told all the same.
+        self.assertEqual((exported.code, exported.err.splitlines()), (INCOMPLETE, expected))
+        for i in range(3):
+            row = next(line for line in exported.lines if line.startswith(f"{self.folder}/closed{i},"))
+            self.assertEqual(row.split(",")[-1], "Permission denied")
 
     def test_a_signal_stops_the_run_with_what_there_is(self):
         # More reports than a pipe holds: the program waits in the middle of them until they are read.

@@ -10,6 +10,7 @@ import datetime
 import fractions
 import os
 import re
+import shutil
 import subprocess
 import time
 import unicodedata
@@ -21,11 +22,11 @@ from walk import FILES, FOLDERS, GROUPS, walk
 
 OK = 0
 ALL_LEVELS = 1 << 30
-DEFAULT_COLUMNS = ("fullpath", "size", "allocated", "files", "folders", "percentofparent", "lastchange", "lastaccess")
+DEFAULT_COLUMNS = ("fullpath", "size", "allocated", "files", "folders", "percentofparent", "lastchange", "lastaccess", "error")
 CAPTIONS = {"name": "Name", "fullpath": "Full Path", "parentpath": "Parent Path", "extension": "Extension",
             "owner": "Owner", "size": "Size", "allocated": "Allocated", "files": "Files", "folders": "Folders",
             "items": "Items", "percentofparent": "% of Parent", "percentofroot": "% of Root",
-            "lastchange": "Last Change", "lastaccess": "Last Access", "depth": "Depth", "pathlength": "Path Length"}
+            "lastchange": "Last Change", "lastaccess": "Last Access", "depth": "Depth", "pathlength": "Path Length", "error": "Error"}
 UNITS = {"B": 1, "KB": 1 << 10, "MB": 1 << 20, "GB": 1 << 30, "TB": 1 << 40}
 # Clocks that change at one minute past midnight, in a zone that no machine has to know.
 ZONE = "NST3:30NDT,M3.2.0/0:01,M11.1.0/0:01"
@@ -35,9 +36,12 @@ codecs.register_error("visible", lambda error: ("".join(f"\\x{byte:02X}" for byt
                                                 error.end))
 
 
-def shown(name):
-    """The name as exports for programs show it."""
-    return name.decode("utf-8", "visible")
+def shown(path, kind=FOLDERS):
+    """The path or name as exports for programs show it: what looks like an escape, or like the group of files, is told apart."""
+    literal = re.sub(rb"\\(?=x([89A-F][0-9A-F]|5[BC])|uD[89A-F][0-9A-F]{2})", rb"\\x5C", path)
+    parts = literal.decode("utf-8", "visible").split("/")
+    own = parts.pop() if kind == GROUPS else None
+    return "/".join([re.sub(r"^\[(?=Files\]$)", r"\\x5B", part) for part in parts] + ([own] if own else []))
 
 
 def code_units(name):
@@ -118,10 +122,11 @@ class Format:
             # The group's row has a path by which it is told from its folder, but on the storage there is none of that name.
             path = node.place.path if node.kind == GROUPS else node.path
             return self.count(len(path.decode("utf-8", "surrogateescape").encode("utf-16-le", "surrogatepass")) // 2)
-        return self.text({"name": lambda: shown(node.name),
-                          "fullpath": lambda: shown(node.path),
+        return self.text({"name": lambda: shown(node.name, node.kind),
+                          "fullpath": lambda: shown(node.path, node.kind),
                           "parentpath": lambda: shown(node.place.path) if node.place else "",
                           "extension": lambda: extension_of(node) if node.kind == FILES else "",
+                          "error": lambda: "",  # all can be read
                           "owner": lambda: node.owner}[column]())
 
     def table(self, nodes, columns):
@@ -178,7 +183,8 @@ class TextExportTest(program_test.ProgramTest):
         for name in os.listdir(self.tree / "denied"):
             os.chmod(self.tree / "denied" / name, 0o755)
         for number, name in enumerate(("plain/a<b>.TXT", "plain/line\nbreak\t.txt", "plain/sub/ends:", "plain/sub/::",
-                                       "plain/\r", 'plain/"', "plain/sub/x\t", "=top", "plain/-", "plain/12:30")):
+                                       "plain/\r", 'plain/"', "plain/sub/x\t", "=top", "plain/-", "plain/12:30",
+                                       "plain/[Files]/[Files]", "plain/\\xFF", "plain/\udcff", "plain/\\x5C")):
             path = self.make(f"hostile/{name}", 3000 * number)
             date = CLOCK_CHANGE + number * 600 - 3000
             os.utime(path, (date + 86_400, date))
@@ -264,21 +270,26 @@ class TextExportTest(program_test.ProgramTest):
             self.check("--sortby", argument, "--filesintree", types=7, order=sorted_by(key, reverse))
 
     def test_tab_separated_text(self):
-        text = self.export("--text", "out.tsv", "--filesintree", "--TextSizeUnit", "KB")
-        self.assertFalse(text.startswith("\ufeff"))
-        rows = read_csv(text, "\t")
-        form = Format("KB", grouped=True, neutral=False)
-        self.assert_same_rows(rows, [[form.caption(column) for column in DEFAULT_COLUMNS]] +
-                              form.table(rows_of(self.walked, 7), DEFAULT_COLUMNS))
+        for arguments, form in (((), Format()), (("--TextSizeUnit", "KB"), Format("KB", grouped=True, neutral=False))):
+            for switch, name in (("--text", "out.tsv"), ("--csv", "out.tsv"), ("--csv", "out.TAB")):
+                text = self.export(switch, name, "--filesintree", *arguments)
+                self.assertFalse(text.startswith("\ufeff"))
+                rows = read_csv(text, "\t")
+                self.assert_same_rows(rows, [[form.caption(column) for column in DEFAULT_COLUMNS]] +
+                                      form.table(rows_of(self.walked, 7), DEFAULT_COLUMNS))
 
     def test_the_path_list_is_what_find_lists(self):
         for elements, condition in ((7, []), (1, ["-type", "d"]), (4, ["!", "-type", "d"])):
             text = self.export("--pathlist", "paths.txt", "--exportedelements", str(elements))
             listed = subprocess.run(["find", str(self.tree), *condition, "-print0"], check=True, capture_output=True).stdout
             expected = sorted(safe(path) for path in listed.split(b"\0")[:-1])
-            self.assertEqual(sorted(text.split("\r\n")[:-1]), expected)
+            self.assertEqual(sorted(text.split("\n")[:-1]), expected)
+            run = self.run_program(str(self.tree), "--pathlist", "paths0", "--null", "--exportedelements", str(elements),
+                                   "--usecolumns", "fullpath;size")
+            self.assertEqual((run.code, run.err), (OK, ""))
+            self.assertEqual(sorted((self.folder / "paths0").read_bytes().split(b"\0")), sorted(listed.split(b"\0")))
             # A folder stands before what is in it.
-            lines = text.split("\r\n")[:-1]
+            lines = text.split("\n")[:-1]
             if elements == 7:
                 place = {line: index for index, line in enumerate(lines)}
                 for line, index in place.items():
@@ -319,6 +330,27 @@ class TextExportTest(program_test.ProgramTest):
             self.assertEqual(files.keys(), runs[0].keys())
             for name, data in files.items():
                 self.assertTrue(data == runs[0][name], name)
+
+
+class SystemCallsTest(program_test.ProgramTest):
+    command = program_test.LinuxTest.command
+
+    def test_a_file_takes_its_place_once_it_is_on_the_disk(self):
+        """Otherwise a crash of the system could leave the name with nothing in it."""
+        if not shutil.which("strace") or subprocess.run(["strace", "-o", "/dev/null", "true"], capture_output=True,
+                                                        check=False).returncode != 0:
+            self.skipTest("strace is not installed, or this system does not let it trace")
+        self.make("data/file", 10)
+        run = subprocess.run(["strace", "-f", "-y", "-o", "calls", "-e", "trace=write,fsync,rename,renameat,renameat2",
+                              *self.command, "data", "--csv", "out.csv"], cwd=self.folder, capture_output=True,
+                             timeout=program_test.TIMEOUT, check=False)
+        self.assertEqual((run.returncode, run.stderr), (OK, b""))
+        calls = (self.folder / "calls").read_text(encoding="utf-8", errors="backslashreplace").splitlines()
+        renamed = next(index for index, call in enumerate(calls) if "rename" in call and "out.csv" in call)
+        temporary = re.search(r"\.vantrel-[0-9a-f]+\.tmp", calls[renamed])[0]
+        on_file = [call.split("(")[0].split()[-1] for call in calls[:renamed] if f"{temporary}>" in call]
+        self.assertEqual((on_file[0], on_file[-1]), ("write", "fsync"), "no fsync between the last write and the rename")
+        self.assertTrue(any("fsync" in call and f"<{self.folder}>" in call for call in calls[renamed:]), "the name is not synced")
 
 
 SHORT = {"\n": "\\n", "\r": "\\r", "\t": "\\t"}

@@ -41,7 +41,7 @@ void TExportFile::CopyScratch() {
 
 bool TExportFile::WriteLine(std::string_view pLine) {
   Write(pLine);
-  Sink().Write("\r\n");
+  Sink().Write(fLineEnd);
   ++fLines;
   return true;
 }

@@ -21,7 +21,7 @@ class EExportCancelled : public EException {
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
 
 // A file of an export, by bytes or by lines, that takes its place on Commit. Every failure is an exception: EOSError,
-// or EExportCancelled once the question says so. One thread.
+// or EExportCancelled once the question says so. Lines end with CRLF. One thread.
 class TExportFile final : public IByteSink, public Exporting::ILineOutput {
  public:
   using TIsCancelled = std::function<bool()>;
@@ -32,6 +32,8 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
   void Write(std::string_view pBytes) override;
   bool WriteLine(std::string_view pLine) override;
   int64_t LineCount() const override { return fLines; }
+  // Another end for the lines to come.
+  void SetLineEnd(std::string_view pLineEnd) { fLineEnd = pLineEnd; }
   void Commit();
   const std::u16string& Path() const { return fPath; }
 
@@ -43,6 +45,7 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
   const TIsCancelled fIsCancelled;
   std::unique_ptr<TOutputFile> fFile;  // not there yet: what is written goes into the scratch file
   TFileStream fScratch;
+  std::string fLineEnd = "\r\n";
   int64_t fLines = 0;
 };
 

@@ -28,17 +28,23 @@ std::u16string_view TemporaryNameOf(TExportFormat pFormat) {
 }
 
 std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSettings& pSettings,
-                                          const TGlobalOptions& pOptions, const std::string& pProgramName) {
+                                          const TGlobalOptions& pOptions, const TExportRun& pRun) {
   switch (pFormat) {
     case TExportFormat::efCSV:
       return std::make_unique<TCSVExport>(pSettings);
     case TExportFormat::efTabText:
       return std::make_unique<TTextExport>(pSettings);
     case TExportFormat::efPathList:
-      return std::make_unique<TPathListExport>(pSettings);
+      return std::make_unique<TPathListExport>(pSettings, pRun.fPathsEndWithNul);
     default:
-      return std::make_unique<TFormattedTextExport>(pSettings, pOptions, pProgramName);
+      return std::make_unique<TFormattedTextExport>(pSettings, pOptions, pRun.fProgramName);
   }
+}
+
+// Other programs read path lists: lines end as the system's own do.
+std::string_view EndOfPath(bool pWithNul) {
+  if (pWithNul) return std::string_view("\0", 1);
+  return NativePathDelimiter() == u'/' ? "\n" : "\r\n";
 }
 
 // Lists have columns of their own, so beside lines for programs they get files of their own: "data-extensions.csv"
@@ -63,6 +69,19 @@ TMediaType MediaOf(TExportFormat pFormat) {
     default:
       return TMediaType::mtText;
   }
+}
+
+TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual) {
+  if (HasExtension(pFile, u".csv")) return TExportFormat::efCSV;
+  if (HasExtension(pFile, u".tsv") || HasExtension(pFile, u".tab")) return TExportFormat::efTabText;
+  return pUsual;
+}
+
+TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std::u16string_view pFile) {
+  if (pFormat == TExportFormat::efTabText) pSettings = TabSettings(std::move(pSettings));
+  // The next program in a pipe would take the mark for a part of the first field.
+  if (pFile.empty() || pFile == TOutputFile::kStandardOutput) pSettings.fByteOrderMark = false;
+  return pSettings;
 }
 
 std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
@@ -145,22 +164,20 @@ void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u
 }
 
 void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
-  if (!fFile) fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
-  TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
-  // The next program in a pipe would take the mark for a part of the first field.
-  if (fFileName == TOutputFile::kStandardOutput) settings.fByteOrderMark = false;
-  CreateExport(fFormat, settings, fOptions, fRun.fProgramName)->Export(pRoot, *fFile);
+  if (!fFile) {
+    fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
+    if (fFormat == TExportFormat::efPathList) fFile->SetLineEnd(EndOfPath(fRun.fPathsEndWithNul));
+  }
+  const TMediaSettings settings = RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
+  CreateExport(fFormat, settings, fOptions, fRun)->Export(pRoot, *fFile);
 }
 
 void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
-  const TMediaSettings settings = fHandler.MergedRecursionLevel(MediaOf(fFormat));
+  const TMediaSettings settings = RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
   for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
     const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
-    const bool isCSV = fFormat == TExportFormat::efCSV;
-    const TDelimitedFormat fields{isCSV ? ToUtf8(settings.Separator()) : "\t", settings.fNeutralizeFormulas};
-    if (settings.fByteOrderMark) fLists.back()->Write(kByteOrderMark);
-    WriteListAsDelimited(list, FormatOf(settings), fields, settings.fIncludeHeader, *fLists.back());
+    WriteListAsDelimited(list, settings, *fLists.back());
   }
 }
 

@@ -21,6 +21,12 @@ using Vantrel::CommandLine::TExportFormat;
 // The kind of output whose settings a format follows.
 TMediaType MediaOf(TExportFormat pFormat);
 
+// The format that a file's name asks for: CSV, or tabs for ".tsv" and ".tab"; else the usual one.
+TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual);
+
+// The settings, of the format's kind of output and in effect, as a file of rows for programs wants them.
+TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std::u16string_view pFile);
+
 // The files that the lists which the options ask for get beside an export of one scan: none beside one that holds them
 // itself, or that has no file name.
 std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
@@ -31,6 +37,7 @@ struct TExportRun {
   std::string fProgramName;
   std::string fVersion;
   bool fSeveralRoots = false;
+  bool fPathsEndWithNul = false;  // in path lists
   TExportFile::TIsCancelled fIsCancelled;
 };
 
@@ -50,6 +57,9 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   std::u16string GetInformation() const override { return u"Export to \"" + fFileName + u"\""; }
   uint32_t GetFlags() const override { return kMayClose; }
   bool UsesMedia(TMediaType pMedia) const override { return pMedia == MediaOf(fFormat); }
+  bool ShowsReport() const override {
+    return fFormat == TExportFormat::efReport && fFileName == TOutputFile::kStandardOutput;
+  }
   std::vector<std::u16string> GetAttachments() const override { return fWritten; }
   const std::u16string& GetFileName() const { return fFileName; }
   // Of spreadsheets, which have names inside; empty for all that is written so far.

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "automation/actions/ExportFile.h"
+#include "automation/actions/FileExportAction.h"
 #include "automation/commandline/ExitCodes.h"
 #include "export/history/HistoryDocument.h"
 #include "export/history/HistoryReport.h"
@@ -119,19 +119,20 @@ class THistoryTasks {
     if (!Check(WriteListAsText(pTable, FormatOf(settings), fOutput)) || !Write("")) return false;
     for (const std::string& line : HistoryChart(pEntries, fWidth))
       if (!Write(line)) return false;
-    return true;
+    return !HasIncompleteScans(pEntries) ||
+           (Write("") && Write("? is an incomplete scan: folders could not be read. Growth is against the last scan in "
+                               "which as many could not."));
   }
 
   // Several paths go below each other, each table with its captions.
   void ExportCSV(const std::vector<TListTable>& pTables) {
     const std::u16string& path = fState.fHistoryCSV;
-    const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtCSV);
-    const TDelimitedFormat fields{ToUtf8(settings.Separator()), settings.fNeutralizeFormulas};
+    const TExportFormat format = PostScanActions::FormatOfFile(path, TExportFormat::efCSV);
+    const TMediaSettings settings = PostScanActions::RowSettings(
+        format, TMediaOptions(*fState.fOptions).Effective(PostScanActions::MediaOf(format)), path);
     CreateFolderOf(path);
     PostScanActions::TExportFile file(path, [] { return false; });
-    if (settings.fByteOrderMark && path != TOutputFile::kStandardOutput) file.Write(kByteOrderMark);
-    for (const TListTable& table : pTables)
-      WriteListAsDelimited(table, FormatOf(settings), fields, settings.fIncludeHeader, file);
+    for (const TListTable& table : pTables) WriteListAsDelimited(table, settings, file);
     file.Commit();
   }
 

@@ -66,6 +66,12 @@ bool TPostProcessActionHandler::WritesNothing() const {
   });
 }
 
+bool TPostProcessActionHandler::ShowsReport() const {
+  return WritesNothing() || std::any_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
+           return pQueued.fAction && pQueued.fAction->ShowsReport();
+         });
+}
+
 bool TPostProcessActionHandler::CanWriteMore() const {
   if (WritesNothing()) return !fReportFailed;
   return std::any_of(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {

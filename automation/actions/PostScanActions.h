@@ -39,6 +39,8 @@ class TBasePostScanAction {
   // The exit code of a run in which the action failed.
   virtual int GetFailureCode() const;
   virtual bool UsesMedia(TMediaType) const { return false; }
+  // Whether it writes a report where the user sees it at once.
+  virtual bool ShowsReport() const { return false; }
   // Paths of the files that a mail takes along; complete once Finish has returned.
   virtual std::vector<std::u16string> GetAttachments() const { return {}; }
 };
@@ -86,6 +88,8 @@ class TPostProcessActionHandler {
   // The files that a mail takes along: those of all actions. EInvalidOperation that names one that is not there.
   std::vector<std::u16string> CheckAttachments() const;
   bool ShouldCloseApplication() const;
+  // Whether the user sees a report of each root. Otherwise the caller tells what could not be read.
+  bool ShowsReport() const;
   // Whether one more root would be written anywhere: not once all that writes has failed.
   bool CanWriteMore() const;
 

@@ -313,6 +313,9 @@ void TCommandLineHandler::CheckHistory() {
 }
 
 void TCommandLineHandler::CheckScans() {
+  const auto isPathList = [](const TExportRequest& pRequest) { return pRequest.fFormat == TExportFormat::efPathList; };
+  if (fState.fPathsEndWithNul && std::none_of(fState.fExports.begin(), fState.fExports.end(), isPathList))
+    fErrors.push_back("--null is for path lists: write one with --pathlist");
   const size_t scans = NumberOfScans(fState);
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");

@@ -29,6 +29,7 @@ struct TCommandLineState {
   std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   bool fDateInFileNames = false;
+  bool fPathsEndWithNul = false;  // in path lists
 
   bool fUnattended = false;
   bool fReadOnly = false;  // nothing of the user's settings is changed

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "automation/actions/FileExportAction.h"
 #include "automation/mail/Mail.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
@@ -12,6 +13,7 @@
 namespace Vantrel::CommandLine {
 
 using namespace Vantrel::Exporting;
+using PostScanActions::FormatOfFile;
 using Vantrel::PatternMatching::CreateCheckedPattern;
 using Vantrel::PatternMatching::CreatePatternsFromFile;
 using Vantrel::PatternMatching::IPatterns;
@@ -86,14 +88,12 @@ void ImportPatterns(TCommandLineState& pState, std::u16string_view pFile) {
 // --- what is written -----------------------------------------------------------------------------------------------
 
 void ExportCSV(TCommandLineState& pState, std::u16string_view pFile) {
-  AddExport(pState, HasExtension(pFile, u".txt") ? TExportFormat::efReport : TExportFormat::efCSV, pFile);
+  const bool isReport = HasExtension(pFile, u".txt");
+  AddExport(pState, isReport ? TExportFormat::efReport : FormatOfFile(pFile, TExportFormat::efCSV), pFile);
 }
 
 void ExportText(TCommandLineState& pState, std::u16string_view pFile) {
-  TExportFormat format = TExportFormat::efReport;
-  if (HasExtension(pFile, u".csv")) format = TExportFormat::efCSV;
-  if (HasExtension(pFile, u".tsv") || HasExtension(pFile, u".tab")) format = TExportFormat::efTabText;
-  AddExport(pState, format, pFile);
+  AddExport(pState, FormatOfFile(pFile, TExportFormat::efReport), pFile);
 }
 
 void ExportPathList(TCommandLineState& pState, std::u16string_view pFile) {

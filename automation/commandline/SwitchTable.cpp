@@ -45,7 +45,8 @@ constexpr TSwitch kSwitches[] = {
      "show changes since an XML file",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Also the exports then know the columns sizechange, sizechangepercent and filechange."},
+     "Exports then know the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
+     "them."},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},
@@ -62,7 +63,8 @@ constexpr TSwitch kSwitches[] = {
      "write the tree as CSV",
      ExportCSV,
      {},
-     "A file whose name ends in .txt gets the report instead. \"-\" is the standard output."},
+     "The extension chooses: .tsv and .tab for fields between tabs, .txt for the report. \"-\" is the standard "
+     "output."},
     {{u"TEXT", vkFile, kRepeated},
      srMain,
      "FILE",
@@ -73,6 +75,13 @@ constexpr TSwitch kSwitches[] = {
      "for the "
      "report. \"-\" is the standard output."},
     {{u"PATHLIST", vkFile, kRepeated}, srMore, "FILE", "write a list of paths", ExportPathList},
+    {{u"NULL", vkNone, kRepeated},
+     srMore,
+     "",
+     "end the paths of --pathlist with NUL, names as they are",
+     SetFlag<&TState::fPathsEndWithNul>,
+     {},
+     "As find -print0 writes them and xargs -0 reads them."},
     {{u"XML", vkFile, kRepeated},
      srMain,
      "FILE",

@@ -7,11 +7,11 @@
 #include <cmath>
 #include <utility>
 
+#include "export/history/HistoryKeys.h"
 #include "platform/files/CanonicalPath.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
-#include "search/patterns/PatternFilter.h"
 
 namespace Vantrel::History {
 
@@ -51,6 +51,29 @@ int64_t OffsetTicks(TKivFileTime pTime) {
   return LocalOffset(pTime, seconds) ? seconds * TKivFileTime::kTicksPerSecond : 0;
 }
 
+// The mark of a scan that is not whole, behind the version: "1.2.3 (incomplete: 4)". The tables have no column for it.
+constexpr std::string_view kUnreadMark = "(incomplete: ";
+
+std::string VersionText(const THistoryEntry& pEntry) {
+  if (pEntry.fUnreadFolders == 0) return pEntry.fVersion;
+  return fmt::format("{}{}{}{})", pEntry.fVersion, pEntry.fVersion.empty() ? "" : " ", kUnreadMark,
+                     pEntry.fUnreadFolders);
+}
+
+void ReadVersion(std::string pText, THistoryEntry& pEntry) {
+  const size_t mark = pText.rfind(kUnreadMark);
+  if (mark != std::string::npos && pText.ends_with(')')) {
+    const size_t number = mark + kUnreadMark.size();
+    int64_t unread = 0;
+    if (TryParseInt64(std::string_view(pText).substr(number, pText.size() - number - 1), unread) && unread > 0) {
+      pEntry.fUnreadFolders = unread;
+      pText.resize(mark);
+      if (pText.ends_with(' ')) pText.pop_back();
+    }
+  }
+  pEntry.fVersion = std::move(pText);
+}
+
 // In the order in which EntryOfRow takes them.
 constexpr std::string_view kEntryColumns =
     "SCANS.ID, DATE, SIZE, ALLOCATED, FILES, FREE_SPACE, VERSION, EXCLUDED_OBJECTS";
@@ -69,7 +92,7 @@ THistoryEntry EntryOfRow(const TKIVSQLiteDatabase& pDatabase) {
   entry.fAllocated = GetAmount(pDatabase, 3);
   entry.fFiles = GetAmount(pDatabase, 4);
   entry.fFreeSpace = GetAmount(pDatabase, 5);
-  entry.fVersion = ToUtf8(pDatabase.GetText(6));
+  ReadVersion(ToUtf8(pDatabase.GetText(6)), entry);
   if (!pDatabase.IsNull(7)) entry.fExcludedObjects = GetAmount(pDatabase, 7);
   return entry;
 }
@@ -93,33 +116,8 @@ void RequireTables(TKIVSQLiteDatabase& pDatabase) {
   if (!THistoryDatabaseReaderWriter::HoldsHistory(pDatabase)) pDatabase.ExecuteQuery(SchemaSQL());
 }
 
-std::string PathCondition(const std::u16string& pPath) {
-  return "PATH = " + TKIVSQLiteDatabase::GetSQLString(pPath);
-}
-
-std::string PatternCondition(std::u16string_view pPattern) {
-  return "PATTERN = " + TKIVSQLiteDatabase::GetSQLString(pPattern);
-}
-
-std::optional<int64_t> FindId(TKIVSQLiteDatabase& pDatabase, std::string_view pTable, const std::string& pCondition) {
-  std::optional<int64_t> id;
-  if (pDatabase.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID", pTable, pCondition)))
-    id = pDatabase.GetInteger(0);
-  pDatabase.CloseQuery();
-  return id;
-}
-
-// The index serves the exact path alone, so that is asked for first. It is also what is meant on systems where "Data"
-// and "data" are two folders. What walks the whole table is one row per folder ever scanned, not per scan.
-std::optional<int64_t> FindRoot(TKIVSQLiteDatabase& pDatabase, const std::u16string& pRootPath) {
-  const std::string condition = PathCondition(CanonicalPath(pRootPath));
-  if (const std::optional<int64_t> exact = FindId(pDatabase, "ROOTS", condition)) return exact;
-  return FindId(pDatabase, "ROOTS", condition + " COLLATE NOCASE ORDER BY ID");
-}
-
 int64_t CountScans(TKIVSQLiteDatabase& pDatabase, int64_t pRootId) {
-  pDatabase.OpenQuery(
-      TKIVSQLiteDatabase::GetSimpleSelectSQL("COUNT(ID)", "SCANS", fmt::format("ROOT_ID = {}", pRootId)));
+  pDatabase.OpenQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("COUNT(ID)", "SCANS", "ROOT_ID = ?"), {pRootId});
   const int64_t count = pDatabase.GetInteger(0);
   pDatabase.CloseQuery();
   return count;
@@ -146,28 +144,23 @@ TScanRow RowOfRoot(const std::u16string& pRootPath, IHierarchicalRoot& pRoot, co
   row.fEntry.fFiles = totals.fFiles;
   row.fEntry.fFreeSpace = pRoot.GetStorageInformation().fFreeBytes;
   row.fEntry.fVersion = pVersion;
+  if (pRoot.GetState() & rsHasErrors)
+    row.fEntry.fUnreadFolders = std::max<int64_t>(1, static_cast<int64_t>(pRoot.GetErrors().size()));
   if (!row.fPattern.empty()) row.fEntry.fExcludedObjects = pRoot.GetProgress().fExcludedObjects;
   return row;
 }
 
 void InsertScan(TKIVSQLiteDatabase& pDatabase, const TScanRow& pRow) {
   const THistoryEntry& entry = pRow.fEntry;
-  const std::string path = TKIVSQLiteDatabase::GetSQLString(pRow.fPath);
-  const int64_t root = pDatabase.InsertIfDoesNotExists("ROOTS", "PATH", path, PathCondition(pRow.fPath));
-  std::string sql =
-      "INSERT INTO SCANS (ROOT_ID,DATE,VERSION,SIZE,ALLOCATED,FILES,FREE_SPACE,PATTERN_ID,EXCLUDED_OBJECTS) VALUES " +
-      fmt::format("({},{},{},{},{},{},{}", root, DayCountOfTime(entry.fDate),
-                  TKIVSQLiteDatabase::GetSQLString(FromUtf8(entry.fVersion)), entry.fSize, entry.fAllocated,
-                  entry.fFiles, entry.fFreeSpace);
-  if (pRow.fPattern.empty()) {
-    sql += ",null,null);";
-  } else {
-    const std::string pattern = TKIVSQLiteDatabase::GetSQLString(pRow.fPattern);
-    const int64_t id = pDatabase.InsertIfDoesNotExists("PATTERNS", "PATTERN", pattern, PatternCondition(pRow.fPattern));
-    sql +=
-        entry.fExcludedObjects ? fmt::format(",{},{});", id, *entry.fExcludedObjects) : fmt::format(",{},null);", id);
-  }
-  pDatabase.ExecuteQuery(sql);
+  const int64_t root = RootIdOf(pDatabase, pRow.fPath);
+  std::string values = fmt::format("{},{},{},{},{},{},{}", root, DayCountOfTime(entry.fDate),
+                                   TKIVSQLiteDatabase::GetSQLString(FromUtf8(VersionText(entry))), entry.fSize,
+                                   entry.fAllocated, entry.fFiles, entry.fFreeSpace);
+  values += pRow.fPattern.empty() ? ",null" : fmt::format(",{}", PatternIdOf(pDatabase, pRow.fPattern));
+  values += entry.fExcludedObjects ? fmt::format(",{}", *entry.fExcludedObjects) : ",null";
+  const std::string insert = TKIVSQLiteDatabase::GetInsertSQL(
+      "SCANS", "ROOT_ID,DATE,VERSION,SIZE,ALLOCATED,FILES,FREE_SPACE,PATTERN_ID,EXCLUDED_OBJECTS", values);
+  pDatabase.ExecuteQuery(insert + ";");
 }
 
 // All that is recorded of a scan but its ID, under the IDs that the target has for its root and pattern, and the how
@@ -202,19 +195,6 @@ void RefuseDanglingIds(TKIVSQLiteDatabase& pDatabase, const std::u16string& pSou
 }
 
 }  // namespace
-
-std::u16string HistoryPattern(const IHierarchicalRoot& pRoot) {
-  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
-  const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
-  return patterns != nullptr ? HistoryPattern(*patterns->GetPatterns()) : std::u16string();
-}
-
-std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns) {
-  PatternMatching::TPatternsToStringRepresentationOptions options =
-      PatternMatching::TPatternsToStringRepresentationOptions::Default();
-  options.ActivePatternsOnly = true;
-  return pPatterns.ToString(options);
-}
 
 double DayCountOfTime(TKivFileTime pTime) {
   const int64_t local = pTime.fTicks + OffsetTicks(pTime);
@@ -297,16 +277,19 @@ std::vector<THistoryEntry> THistoryDatabaseReaderWriter::ReadRootHistoryData(con
   TKIVSQLiteDatabase database;
   OpenForReading(database, pDatabase);
   if (!HoldsHistory(database)) return {};
-  const std::optional<int64_t> root = FindRoot(database, pRootPath);
-  if (!root) return {};
-  std::optional<int64_t> pattern;
-  if (!pPattern.empty()) {
-    pattern = FindId(database, "PATTERNS", PatternCondition(pPattern));
-    if (!pattern) return {};
-  }
+  std::vector<std::optional<int64_t>> patterns;
+  if (pPattern.empty())
+    patterns.emplace_back();
+  else
+    for (const int64_t id : FindPatterns(database, PatternInOrder(pPattern))) patterns.emplace_back(id);
   std::vector<THistoryEntry> entries;
-  for (database.OpenQuery(GetScansSQL(*root, pattern)); database.HasRow(); database.NextRow())
-    entries.push_back(EntryOfRow(database));
+  for (const int64_t root : FindRoots(database, CanonicalPath(pRootPath)))
+    for (const std::optional<int64_t>& pattern : patterns)
+      for (database.OpenQuery(GetScansSQL(root, pattern)); database.HasRow(); database.NextRow())
+        entries.push_back(EntryOfRow(database));
+  std::stable_sort(entries.begin(), entries.end(), [](const THistoryEntry& pA, const THistoryEntry& pB) {
+    return std::pair(pA.fDate.fTicks, pA.fId) < std::pair(pB.fDate.fTicks, pB.fId);
+  });
   return entries;
 }
 
@@ -334,8 +317,9 @@ int64_t THistoryDatabaseReaderWriter::GetNumberOfScans(const std::u16string& pDa
   TKIVSQLiteDatabase database;
   OpenForReading(database, pDatabase);
   if (!HoldsHistory(database)) return 0;
-  const std::optional<int64_t> root = FindRoot(database, pRootPath);
-  return root ? CountScans(database, *root) : 0;
+  int64_t count = 0;
+  for (const int64_t root : FindRoots(database, CanonicalPath(pRootPath))) count += CountScans(database, root);
+  return count;
 }
 
 int64_t THistoryDatabaseReaderWriter::DeleteHistoryData(const std::u16string& pDatabase, int64_t pScanId) const {
@@ -350,7 +334,7 @@ int64_t THistoryDatabaseReaderWriter::DeleteHistoryData(const std::u16string& pD
   const int64_t root = database.GetInteger(0);
   database.ExecuteQuery(TKIVSQLiteDatabase::GetDeleteSQL("SCANS", scan));
   const int64_t remaining = CountScans(database, root);
-  if (remaining == 0) database.ExecuteQuery(TKIVSQLiteDatabase::GetDeleteSQL("ROOTS", fmt::format("ID = {}", root)));
+  if (remaining == 0) database.ExecuteQuery(TKIVSQLiteDatabase::GetDeleteSQL("ROOTS", "ID = ?"), {root});
   transaction.Commit();
   return remaining;
 }
@@ -364,7 +348,7 @@ int64_t THistoryDatabaseReaderWriter::ImportDataFromTo(const std::u16string& pSo
   CreateHistoryDatabase(pTarget);
   // Not to be created when it has just gone: so is what is attached.
   OpenForReading(database, pTarget);
-  database.ExecuteQuery(fmt::format("ATTACH {} AS source;", TKIVSQLiteDatabase::GetFileNameSQL(pSource)));
+  database.AttachDatabase(pSource, "source");
   TSQLiteTransaction transaction(database);
   RefuseDanglingIds(database, pSource);
   database.ExecuteQuery("INSERT OR IGNORE INTO main.ROOTS (PATH) SELECT PATH FROM source.ROOTS ORDER BY ID;");

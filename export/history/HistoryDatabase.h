@@ -28,6 +28,7 @@ struct THistoryEntry {
   int64_t fFreeSpace = 0;
   std::string fVersion;  // of the program; empty when it is not known
   std::optional<int64_t> fExcludedObjects;
+  int64_t fUnreadFolders = 0;  // folders that could not be read; without them the totals are incomplete
 };
 
 // The scans of one root under one filter, oldest first.
@@ -43,8 +44,8 @@ struct TScannedRoot {
   TRef<IHierarchicalRoot> fRoot;
 };
 
-// What is in force of the root's filter, as one text; empty when that is nothing. Scans with different texts have
-// different histories.
+// What is in force of the root's filter, as one text, in an order of its own: the order in which patterns were given
+// makes no difference. Empty when nothing is in force. Scans with different texts have different histories.
 std::u16string HistoryPattern(const IHierarchicalRoot& pRoot);
 std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns);
 
@@ -70,15 +71,16 @@ class THistoryDatabaseReaderWriter {
   // scan is in it.
   static bool HoldsHistory(TKIVSQLiteDatabase& pDatabase);
 
-  // Records the root's last scan, creating the file when it is missing. EInvalidOperation when no scan has ended, or it
-  // was stopped: its totals would look as if files had gone.
+  // Records the root's last scan, creating the file when it is missing. A scan that could not read some folders is
+  // marked as incomplete. EInvalidOperation when no scan has ended, or it was stopped: its totals would look as if
+  // files had gone.
   void WriteRootHistoryData(const std::u16string& pDatabase, const std::u16string& pRootPath,
                             IHierarchicalRoot& pRoot) const;
   // All of them or none.
   void WriteHistoryDataList(const std::u16string& pDatabase, const std::vector<TScannedRoot>& pRoots) const;
 
-  // The scans of a root under a filter, by date. The path as it was recorded comes first; only when there is none, one
-  // that differs in the case of ASCII letters.
+  // The scans of a root under a filter, by date. Where letter case tells folders apart, a path with other case is taken
+  // only when neither a history nor a folder has the very path. Where it does not, all spellings are one history.
   std::vector<THistoryEntry> ReadRootHistoryData(const std::u16string& pDatabase, const std::u16string& pRootPath,
                                                  std::u16string_view pPattern = {}) const;
   // Everything, by path and pattern.

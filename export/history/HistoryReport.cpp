@@ -16,6 +16,14 @@ TMetaDataValue Date(TKivFileTime pDate) {
   return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
 }
 
+// The scan that one is compared with: the last before it in which as many folders could not be read. What an incomplete
+// scan lacks would look like growth in the next whole one.
+const THistoryEntry* ComparedWith(const std::vector<THistoryEntry>& pEntries, size_t pIndex) {
+  for (size_t i = pIndex; i-- > 0;)
+    if (pEntries[i].fUnreadFolders == pEntries[pIndex].fUnreadFolders) return &pEntries[i];
+  return nullptr;
+}
+
 // Growth in bytes and as a share of what was there.
 void AppendGrowth(std::vector<TMetaDataValue>& pRow, const THistoryEntry* pEarlier, const THistoryEntry& pEntry) {
   if (pEarlier == nullptr) return pRow.resize(pRow.size() + 2);
@@ -25,6 +33,7 @@ void AppendGrowth(std::vector<TMetaDataValue>& pRow, const THistoryEntry* pEarli
   pRow.emplace_back(static_cast<double>(growth) / static_cast<double>(pEarlier->fSize));
 }
 
+constexpr char kIncompleteMark = '?';
 constexpr int kRows = 8;
 constexpr int kLeastColumns = 10;
 
@@ -33,6 +42,7 @@ struct TSpan {
   int64_t fLeast = 0;
   int64_t fMost = 0;
   int64_t fLast = 0;
+  bool fIncomplete = false;
 };
 
 class THistoryChart {
@@ -99,8 +109,9 @@ class THistoryChart {
       const double share = duration > 0 ? static_cast<double>(entry.fDate.fTicks - begin) / duration : 0;
       const auto last = static_cast<double>(fSpans.size() - 1);
       std::optional<TSpan>& span = fSpans[static_cast<size_t>(std::clamp(share * last + 0.5, 0.0, last))];
-      if (!span) span = TSpan{entry.fSize, entry.fSize, entry.fSize};
-      *span = {std::min(span->fLeast, entry.fSize), std::max(span->fMost, entry.fSize), entry.fSize};
+      if (!span) span = TSpan{entry.fSize, entry.fSize, entry.fSize, false};
+      *span = {std::min(span->fLeast, entry.fSize), std::max(span->fMost, entry.fSize), entry.fSize,
+               span->fIncomplete || entry.fUnreadFolders > 0};
     }
   }
 
@@ -111,7 +122,10 @@ class THistoryChart {
     for (size_t i = 0; i <= end; ++i) {
       const std::optional<TSpan>& span = fSpans[i];
       const bool marked = span && pRow >= RowOfSize(span->fMost) && pRow <= RowOfSize(span->fLeast);
-      line += marked ? '*' : !span && pRow == lastRow ? '.' : ' ';
+      if (marked)
+        line += span->fIncomplete ? kIncompleteMark : '*';
+      else
+        line += !span && pRow == lastRow ? '.' : ' ';
       if (span) lastRow = RowOfSize(span->fLast);
     }
     line.resize(line.find_last_not_of(' ') + 1);
@@ -146,25 +160,32 @@ class THistoryChart {
 
 }  // namespace
 
+bool HasIncompleteScans(const std::vector<THistoryEntry>& pEntries) {
+  return std::any_of(pEntries.begin(), pEntries.end(),
+                     [](const THistoryEntry& pEntry) { return pEntry.fUnreadFolders > 0; });
+}
+
 TListTable HistoryList(std::u16string_view pRootPath, const std::vector<THistoryEntry>& pEntries) {
   const bool withExcluded = std::any_of(pEntries.begin(), pEntries.end(),
                                         [](const THistoryEntry& pEntry) { return pEntry.fExcludedObjects; });
+  const bool withUnread = HasIncompleteScans(pEntries);
   TListTable table{u"History of " + std::u16string(pRootPath), u"history", {}, {}};
   table.fColumns = {{u"Date", TColumn::mdLastChange},           {u"Size", TColumn::mdSize},
                     {u"Allocated", TColumn::mdAllocated},       {u"Files", TColumn::mdFiles},
                     {u"Free Space", TColumn::mdSize},           {u"Growth", TColumn::mdSizeChange},
                     {u"Growth %", TColumn::mdSizeChangePercent}};
   if (withExcluded) table.fColumns.push_back({u"Excluded", TColumn::mdItems});
+  if (withUnread) table.fColumns.push_back({u"Not Read", TColumn::mdFolders});
   table.fColumns.push_back({u"ID", TColumn::mdName});
-  const THistoryEntry* earlier = nullptr;
-  for (const THistoryEntry& entry : pEntries) {
+  for (size_t i = 0; i < pEntries.size(); ++i) {
+    const THistoryEntry& entry = pEntries[i];
     std::vector<TMetaDataValue> row{Date(entry.fDate), entry.fSize, entry.fAllocated, entry.fFiles, entry.fFreeSpace};
-    AppendGrowth(row, earlier, entry);
+    AppendGrowth(row, ComparedWith(pEntries, i), entry);
     if (withExcluded) row.emplace_back();
     if (entry.fExcludedObjects) row.back() = *entry.fExcludedObjects;
+    if (withUnread) row.emplace_back(entry.fUnreadFolders);
     row.emplace_back(FromUtf8(std::to_string(entry.fId)));
     table.fRows.push_back(std::move(row));
-    earlier = &entry;
   }
   return table;
 }

@@ -109,11 +109,27 @@ void TKIVSQLiteDatabase::ExecuteQuery(const std::string& pSQL) {
   if (sqlite3_exec(fDatabase, pSQL.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) FailOn(pSQL);
 }
 
-void TKIVSQLiteDatabase::OpenQuery(const std::string& pSQL) {
+void TKIVSQLiteDatabase::ExecuteQuery(const std::string& pSQL, std::initializer_list<TSQLValue> pValues) {
+  for (OpenQuery(pSQL, pValues); HasRow();) NextRow();
+  CloseQuery();
+}
+
+void TKIVSQLiteDatabase::OpenQuery(const std::string& pSQL, std::initializer_list<TSQLValue> pValues) {
   CloseQuery();
   fQuerySQL = pSQL;
   if (sqlite3_prepare_v2(fDatabase, pSQL.c_str(), -1, &fQuery, nullptr) != SQLITE_OK) FailOn(pSQL);
+  int index = 0;
+  for (const TSQLValue& value : pValues) Bind(++index, value);
   NextRow();
+}
+
+void TKIVSQLiteDatabase::Bind(int pIndex, const TSQLValue& pValue) {
+  const auto* number = std::get_if<int64_t>(&pValue);
+  const std::string text = number ? std::string() : std::get<std::string>(pValue);
+  const int result = number
+                         ? sqlite3_bind_int64(fQuery, pIndex, *number)
+                         : sqlite3_bind_text64(fQuery, pIndex, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  if (result != SQLITE_OK) FailOn(fQuerySQL);
 }
 
 void TKIVSQLiteDatabase::NextRow() {
@@ -175,9 +191,22 @@ int64_t TKIVSQLiteDatabase::ChangedRows() const {
   return sqlite3_changes64(fDatabase);
 }
 
+void TKIVSQLiteDatabase::AttachDatabase(const std::u16string& pFile, std::string_view pSchema) {
+  ExecuteQuery(fmt::format("ATTACH ? AS {};", pSchema), {FileNameBytes(pFile)});
+}
+
+void TKIVSQLiteDatabase::RequireSoundFile() {
+  const std::string check = "PRAGMA integrity_check(1);";
+  OpenQuery(check);
+  const std::u16string answer = GetText(0);
+  CloseQuery();
+  if (answer != u"ok") Fail("the file is damaged: " + ToDisplay(answer), check);
+}
+
 void TKIVSQLiteDatabase::CopyTo(IByteSink& pTarget) {
   // What has been read within a transaction stays as it is until its end.
   ExecuteQuery("BEGIN; SELECT COUNT(*) FROM sqlite_master;");
+  RequireSoundFile();
   sqlite3_int64 length = 0;
   const std::unique_ptr<unsigned char, TFree> bytes(sqlite3_serialize(fDatabase, "main", &length, 0));
   if (!bytes && length != 0) FailOn("COMMIT;");
@@ -217,10 +246,6 @@ std::string TKIVSQLiteDatabase::GetCreateIndexSQL(std::string_view pName, std::s
 
 std::string TKIVSQLiteDatabase::GetSQLString(std::u16string_view pText) {
   return pText.empty() ? "null" : Quoted(EscapedUtf8(pText));
-}
-
-std::string TKIVSQLiteDatabase::GetFileNameSQL(const std::u16string& pFile) {
-  return Quoted(FileNameBytes(pFile));
 }
 
 TSQLiteTransaction::TSQLiteTransaction(TKIVSQLiteDatabase& pDatabase) : fDatabase(pDatabase) {

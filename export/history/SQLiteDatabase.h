@@ -3,8 +3,10 @@
 // An SQLite file: statements and their texts, names that UTF-8 cannot hold, transactions.
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <variant>
 
 #include "platform/files/ByteStreams.h"
 #include "platform/system/Errors.h"
@@ -20,6 +22,9 @@ class EDatabaseError : public EException {
  public:
   using EException::EException;
 };
+
+// What a statement is given for a "?": a number, or a text of UTF-8.
+using TSQLValue = std::variant<int64_t, std::string>;
 
 // A connection to an SQLite file, and the texts of statements. Failures are EDatabaseErrors. For one thread at a time;
 // any number of connections, of other programs too, may use one file at once.
@@ -47,8 +52,10 @@ class TKIVSQLiteDatabase {
 
   // Runs one or more statements, and throws away what they return.
   void ExecuteQuery(const std::string& pSQL);
+  // Runs one statement whose question marks stand for these values.
+  void ExecuteQuery(const std::string& pSQL, std::initializer_list<TSQLValue> pValues);
   // Runs one statement up to its first row; an earlier query is closed. An open query may keep others from writing.
-  void OpenQuery(const std::string& pSQL);
+  void OpenQuery(const std::string& pSQL, std::initializer_list<TSQLValue> pValues = {});
   void CloseQuery() noexcept;
   // OpenQuery for a statement of either kind: whether there is a row. Without one the query is closed at once.
   bool OpenOrExecuteQuery(const std::string& pSQL);
@@ -69,7 +76,10 @@ class TKIVSQLiteDatabase {
                                 std::string_view pCondition);
   // How many rows the last statement changed that inserts, updates or deletes.
   int64_t ChangedRows() const;
-  // All bytes of the file as of one moment, whatever others write meanwhile. The sink's failures come through.
+  // Makes another file's tables known under a name of their own.
+  void AttachDatabase(const std::u16string& pFile, std::string_view pSchema);
+  // All bytes of the file as of one moment, whatever others write meanwhile. A file that is damaged anywhere is refused
+  // before the first byte. The sink's failures come through.
   void CopyTo(IByteSink& pTarget);
 
   // Reports what only the caller can know to be wrong with the file, and the statement that told.
@@ -83,11 +93,11 @@ class TKIVSQLiteDatabase {
   static std::string GetCreateIndexSQL(std::string_view pName, std::string_view pTable, std::string_view pColumns);
   // A literal in quotes; "null" for an empty text.
   static std::string GetSQLString(std::u16string_view pText);
-  // The same for the path of a file, which SQLite is to open: without the escapes of texts.
-  static std::string GetFileNameSQL(const std::u16string& pFile);
 
  private:
   [[noreturn]] void FailOn(std::string_view pSQL) const;
+  void Bind(int pIndex, const TSQLValue& pValue);
+  void RequireSoundFile();
 
   std::u16string fFile;
   sqlite3* fDatabase = nullptr;

@@ -1,21 +1,19 @@
 #include "export/text/DelimitedExport.h"
 
-#include <charconv>
+#include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
 #include <cmath>
 
 #include "model/tree/FileTable.h"
+#include "platform/text/Numbers.h"
 #include "platform/text/Text.h"
+#include "platform/text/Utf.h"
 
 namespace Vantrel::Exporting {
 
 namespace {
 
 constexpr std::string_view kPathListSeparator = "   ";
-
-void AppendInteger(std::string& pTarget, int64_t pValue) {
-  char digits[24];
-  pTarget.append(digits, std::to_chars(digits, digits + sizeof digits, pValue).ptr);
-}
 
 TSizeValues SizesOf(const TFileRecord& pFile) {
   TSizeValues sizes;
@@ -55,11 +53,15 @@ class TDelimitedExport::TRows final : public TRowWriter {
   }
   void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
   void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  void AppendNameField(const TExportRow& pRow);
+  std::u16string KeyOf(std::u16string_view pName) const;
+  bool AppendFileChange(const TExportRow& pRow, TColumn pColumn);
+  const TFileRecord* EarlierFile(const TExportRow& pRow);
   bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
   bool AppendNumber(TColumn pColumn, int64_t pValue);
   void AppendShareOfParent(const TSizeValues& pSizes);
   void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
-  void AppendToPath(std::u16string_view pName);
+  void AppendToPath(std::u16string_view pName, bool pIsFileGroup);
   int64_t ShareBasis(const TSizeValues& pSizes) const {
     return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
   }
@@ -68,18 +70,34 @@ class TDelimitedExport::TRows final : public TRowWriter {
   std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed between the first date and Flush
   std::string
       fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
+  size_t fParentLength = 0;  // of the path of what the row lies in; 0 for the top
+  std::string fName;         // of the row, where names are written
   std::vector<TOpenFolder> fOpen;
+
+  // The earlier files of the folder whose files are written, by name, where the root is compared.
+  const IFolderData* fFolderOfEarlierFiles = nullptr;
+  TRef<const TFileTable> fEarlierFiles;
+  boost::unordered_flat_map<std::u16string, const TFileRecord*> fEarlierFile;
 };
 
-TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {
-  SetColumns({TColumn::mdFullPath, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
-              TColumn::mdPercentOfParent, TColumn::mdLastChange, TColumn::mdLastAccess});
-  if (!pSettings.fColumns.empty()) SetColumns(pSettings.fColumns);
+TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {}
+
+void TDelimitedExport::ChooseColumns() {
+  if (!Settings().fColumns.empty()) return SetColumns(Settings().fColumns);
+  std::vector<TColumn> columns{TColumn::mdFullPath,   TColumn::mdSize,       TColumn::mdAllocated,
+                               TColumn::mdFiles,      TColumn::mdFolders,    TColumn::mdPercentOfParent,
+                               TColumn::mdLastChange, TColumn::mdLastAccess, TColumn::mdError};
+  if (GoneSince())
+    columns.insert(columns.end(),
+                   {TColumn::mdSizeChange, TColumn::mdAllocatedChange, TColumn::mdFileChange, TColumn::mdChangeState});
+  SetColumns(std::move(columns));
 }
 
 void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
+  ShowGone(pRoot.GetComparison());
+  ChooseColumns();
   fFields = {Separator(), Settings().fNeutralizeFormulas};
   fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
   fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
@@ -88,7 +106,6 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
                    fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
   fSharesOfAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
-  ShowGone(pRoot.GetComparison());
   if (LineCount() == 0) WriteHeader();
   TRows rows(*this);
   WalkInParallel(*top, rows, [this](const TRowText& pText) {
@@ -139,15 +156,18 @@ std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
   return rows;
 }
 
-void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName) {
-  if (!fPath.empty() && fPath.back() != fExport.fDelimiter) fPath += fExport.fDelimiter;
-  AppendUtf8Escaped(fPath, pName);
+void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName, bool pIsFileGroup) {
+  if (fPath.empty())
+    AppendUnambiguous(fPath, pName);  // that of the top, which is a path
+  else
+    AppendNameToPath(fPath, pName, fExport.fDelimiter, pIsFileGroup);
 }
 
 bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete) {
   const TSizeValues sizes = pRow.fFolder.GetValues();
   const size_t parentLength = fPath.size();
-  AppendToPath(pRow.Name());
+  AppendToPath(pRow.Name(), pRow.fFolder.IsFileGroup());
+  fParentLength = parentLength;
   if (pRow.fIsShown) WriteRow(pRow, sizes);
   if (pIsComplete) {
     fPath.resize(parentLength);
@@ -170,10 +190,11 @@ bool TDelimitedExport::TRows::VisitFile(const TExportRow& pRow) {
   const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
   if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
   const size_t length = fPath.size();
-  AppendToPath(pRow.Name());
+  AppendToPath(pRow.Name(), false);
+  fParentLength = length;
   WriteRow(pRow, SizesOf(*pRow.fFile));
   fPath.resize(length);
-  if (!group.empty()) AppendToPath(group);
+  if (!group.empty()) AppendToPath(group, true);
   return true;
 }
 
@@ -186,11 +207,62 @@ void TDelimitedExport::TRows::WriteRow(const TExportRow& pRow, const TSizeValues
 }
 
 void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
-  if (pColumn == TColumn::mdName) return AppendTextField(Line(), pRow.Name(), fExport.fFields);
+  if (pColumn == TColumn::mdName) return AppendNameField(pRow);
   if (pColumn == TColumn::mdFullPath) return AppendEscapedField(Line(), fPath, fExport.fFields);
+  if (pColumn == TColumn::mdParentPath && fParentLength > 0)
+    return AppendEscapedField(Line(), std::string_view(fPath).substr(0, fParentLength), fExport.fFields);
+  if (pColumn == TColumn::mdError) return AppendTextField(Line(), fExport.ErrorOf(pRow), fExport.fFields);
+  if (fExport.GoneSince() && pRow.IsFile() && AppendFileChange(pRow, pColumn)) return;
   const size_t begin = Line().size();
   if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
   if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
+}
+
+// By what files of one folder are told apart.
+std::u16string TDelimitedExport::TRows::KeyOf(std::u16string_view pName) const {
+  std::u16string key(pName);
+  if (fExport.fDelimiter != '/') std::transform(key.begin(), key.end(), key.begin(), UpcaseUnit);
+  return key;
+}
+
+const TFileRecord* TDelimitedExport::TRows::EarlierFile(const TExportRow& pRow) {
+  if (fFolderOfEarlierFiles != &pRow.fFolder) {
+    fFolderOfEarlierFiles = &pRow.fFolder;
+    fEarlierFile.clear();
+    fEarlierFiles = fExport.GoneSince()->EarlierFiles(pRow.fFolder);
+    for (size_t i = 0; fEarlierFiles && i < fEarlierFiles->Count(); ++i) {
+      const TFileRecord& file = (*fEarlierFiles)[i];
+      fEarlierFile.emplace(KeyOf(fEarlierFiles->NameOf(file)), &file);
+    }
+  }
+  const auto found = fEarlierFile.find(KeyOf(pRow.Name()));
+  return found == fEarlierFile.end() ? nullptr : found->second;
+}
+
+// False for a column that tells no change. Cells stay empty when nothing is known of earlier files.
+bool TDelimitedExport::TRows::AppendFileChange(const TExportRow& pRow, TColumn pColumn) {
+  if (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdAllocatedChange && pColumn != TColumn::mdFileChange &&
+      pColumn != TColumn::mdSizeChangePercent && pColumn != TColumn::mdChangeState)
+    return false;
+  if (!fExport.GoneSince()->KnowsFiles()) return true;
+  const TFileRecord* then = EarlierFile(pRow);
+  const int64_t growth = pRow.fFile->fSize - (then ? then->fSize : 0);
+  TMetaDataValue value = growth;
+  if (pColumn == TColumn::mdAllocatedChange) value = pRow.fFile->fAllocated - (then ? then->fAllocated : 0);
+  if (pColumn == TColumn::mdFileChange) value = int64_t{then ? 0 : 1};
+  if (pColumn == TColumn::mdChangeState) value = std::u16string(then ? u"" : u"new");
+  if (pColumn == TColumn::mdSizeChangePercent) {
+    value = {};
+    if (then && then->fSize != 0) value = static_cast<double>(growth) / static_cast<double>(then->fSize);
+  }
+  AppendOwnField(Line(), ToUtf8(FormatValue(pColumn, value, fExport.fFormat)), fExport.fFields);
+  return true;
+}
+
+void TDelimitedExport::TRows::AppendNameField(const TExportRow& pRow) {
+  fName.clear();
+  AppendName(fName, pRow.Name(), !pRow.IsFile() && pRow.fFolder.IsFileGroup());
+  AppendEscapedField(Line(), fName, fExport.fFields);
 }
 
 // Numbers and dates, of what the row itself holds. False for all else.
@@ -258,8 +330,9 @@ void TDelimitedExport::TRows::AppendSlowly(const TExportRow& pRow, TColumn pColu
 
 // --- paths ---------------------------------------------------------------------------------------------------------
 
-TPathListExport::TPathListExport(const TMediaSettings& pSettings) : TFileStreamExport(pSettings) {
-  SetColumns(pSettings.fColumns);
+TPathListExport::TPathListExport(const TMediaSettings& pSettings, bool pBytesOfNames)
+    : TFileStreamExport(pSettings), fBytesOfNames(pBytesOfNames) {
+  if (!pBytesOfNames) SetColumns(pSettings.fColumns);
 }
 
 void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -267,9 +340,11 @@ void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   if (!top) return;
   const TValueFormat format = ValueFormat();
   WalkTree(*top, [&](const TExportRow& pRow) {
-    if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;  // no path of the storage
+    // Neither the sum of a folder's files nor what has gone is a path of the storage.
+    if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;
+    if (pRow.fFolder.GetFolderState() & fsIsDummyForComparison) return true;
     const TRef<IHierarchicalElement> element = pRow.Element();
-    std::string line = ToDisplay(element->GetFullPath());
+    std::string line = fBytesOfNames ? ToNativeBytes(element->GetFullPath()) : ToDisplay(element->GetFullPath());
     for (const TColumn column : Columns()) {
       if (column == TColumn::mdFullPath) continue;
       line += kPathListSeparator;

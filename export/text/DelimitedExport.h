@@ -26,6 +26,7 @@ class TDelimitedExport : public TBaseTextExport {
  private:
   class TRows;
 
+  void ChooseColumns();
   void WriteHeader();
   bool WriteRow(std::string_view pRow);
   // For whichever thread writes rows just now.
@@ -45,10 +46,10 @@ class TDelimitedExport : public TBaseTextExport {
   mutable std::vector<std::unique_ptr<TIsoLocalFormatter>> fDateFormatters GUARDED_BY(fLock);
 };
 
-// Fields between tabs.
+// Fields between tabs; takes the settings of text.
 class TTextExport : public TDelimitedExport {
  public:
-  explicit TTextExport(const TMediaSettings& pSettings) : TDelimitedExport(pSettings) {}
+  explicit TTextExport(const TMediaSettings& pText) : TDelimitedExport(TabSettings(pText)) {}
 };
 
 // Fields between the separators of the settings, a comma unless somebody has chosen another one.
@@ -61,14 +62,18 @@ class TCSVExport : public TDelimitedExport {
   std::u16string_view OwnSeparator() const override { return {}; }
 };
 
-// A path per line. Further columns, where the settings name some, follow behind three blanks each.
+// A path per line. Further columns, where the settings name some, follow behind three blanks each. With pBytesOfNames
+// paths are the bytes by which the system knows them, and no columns follow: for an output whose lines end with NUL.
 class TPathListExport : public TFileStreamExport {
  public:
-  explicit TPathListExport(const TMediaSettings& pSettings);
+  explicit TPathListExport(const TMediaSettings& pSettings, bool pBytesOfNames = false);
   TMediaType MediaType() const override { return TMediaType::mtText; }
 
  protected:
   void WriteRoot(IHierarchicalRoot& pRoot) override;
+
+ private:
+  const bool fBytesOfNames;
 };
 
 }  // namespace Vantrel::Exporting

@@ -1,5 +1,8 @@
 #include "export/text/DelimitedText.h"
 
+#include <algorithm>
+
+#include "model/tree/CustomFolder.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
@@ -22,7 +25,28 @@ bool LooksLikeFormula(std::string_view pText) {
   return !pText.empty() && std::string_view("=+-@\t\r").find(pText.front()) != std::string_view::npos;
 }
 
+// Whether a backslash before this text would be read as the beginning of an escape.
+bool ContinuesEscape(std::u16string_view pText) {
+  const auto hasDigits = [pText](size_t pCount) {
+    const auto isDigit = [](char16_t c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F'); };
+    return pText.size() > pCount &&
+           std::all_of(pText.begin() + 1, pText.begin() + 1 + static_cast<int>(pCount), isDigit);
+  };
+  if (pText.starts_with(u'u')) return hasDigits(4) && pText[1] == u'D' && pText[2] >= u'8';
+  return pText.starts_with(u'x') && hasDigits(2) &&
+         (pText[1] >= u'8' || pText.starts_with(u"x5B") || pText.starts_with(u"x5C"));
+}
+
 }  // namespace
+
+TMediaSettings TabSettings(TMediaSettings pText) {
+  pText.fSeparator = u"\t";
+  pText.fUseAlternativeSeparator = false;
+  if (pText.fOverrideUnits) return pText;
+  pText.fUsePlainByteValues = true;
+  pText.fAutomaticUnit = true;
+  return pText;
+}
 
 TValueFormat WithoutMisleadingGroups(TValueFormat pFormat, const TDelimitedFormat& pDelimited) {
   if (ToUtf8(pFormat.fThousandsSeparator) == pDelimited.fSeparator ||
@@ -33,7 +57,7 @@ TValueFormat WithoutMisleadingGroups(TValueFormat pFormat, const TDelimitedForma
 
 void AppendTextField(std::string& pLine, std::u16string_view pText, const TDelimitedFormat& pFormat) {
   const size_t begin = pLine.size();
-  AppendUtf8Escaped(pLine, pText);
+  AppendUnambiguous(pLine, pText);
   if (pFormat.fNeutralizeFormulas && LooksLikeFormula(std::string_view(pLine).substr(begin)))
     pLine.insert(begin, 1, '\'');
   QuoteField(pLine, begin, pFormat);
@@ -59,6 +83,33 @@ void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pForm
   pLine += '"';
   for (const char character : field) pLine.append(character == '"' ? 2 : 1, character);
   pLine += '"';
+}
+
+void AppendUnambiguous(std::string& pTarget, std::u16string_view pText) {
+  const size_t begin = pTarget.size();
+  AppendUtf8Escaped(pTarget, pText);
+  // Nearly always there is no backslash, neither of the name's nor of an escape.
+  if (pTarget.find('\\', begin) == std::string::npos) return;
+  pTarget.resize(begin);
+  for (size_t end = pText.find(u'\\'); end != std::u16string_view::npos; end = pText.find(u'\\')) {
+    AppendUtf8Escaped(pTarget, pText.substr(0, end));
+    pText.remove_prefix(end + 1);
+    pTarget += ContinuesEscape(pText) ? "\\x5C" : "\\";
+  }
+  AppendUtf8Escaped(pTarget, pText);
+}
+
+void AppendName(std::string& pTarget, std::u16string_view pName, bool pIsFileGroup) {
+  if (pIsFileGroup || pName != TFileGroupData::kName) return AppendUnambiguous(pTarget, pName);
+  pTarget += "\\x5B";
+  AppendUnambiguous(pTarget, pName.substr(1));
+}
+
+void AppendNameToPath(std::string& pPath, std::u16string_view pName, char pDelimiter, bool pIsFileGroup) {
+  if (pPath.back() != pDelimiter) pPath += pDelimiter;
+  // On Windows the delimiter is a backslash too.
+  if (pDelimiter == '\\' && ContinuesEscape(pName)) pPath += "x5C";
+  AppendName(pPath, pName, pIsFileGroup);
 }
 
 }  // namespace Vantrel::Exporting

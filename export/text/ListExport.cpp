@@ -68,18 +68,27 @@ bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILin
 
 bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
                           bool pWithHeader, ILineOutput& pOutput) {
+  const auto write = [&](const std::string& pLine) {
+    const bool marks = pDelimited.fByteOrderMark && pOutput.LineCount() == 0;
+    return pOutput.WriteLine(marks ? std::string(kByteOrderMark) + pLine : pLine);
+  };
   if (pWithHeader) {
     std::string line;
     for (const std::string& caption : Captions(pTable, pFormat)) {
       if (!line.empty()) line += pDelimited.fSeparator;
       AppendOwnField(line, caption, pDelimited);
     }
-    if (!pOutput.WriteLine(line)) return false;
+    if (!write(line)) return false;
   }
   const TValueFormat format = WithoutMisleadingGroups(pFormat, pDelimited);
   for (const auto& row : pTable.fRows)
-    if (!pOutput.WriteLine(DelimitedRow(pTable, row, format, pDelimited))) return false;
+    if (!write(DelimitedRow(pTable, row, format, pDelimited))) return false;
   return true;
+}
+
+bool WriteListAsDelimited(const TListTable& pTable, const TMediaSettings& pSettings, ILineOutput& pOutput) {
+  const TDelimitedFormat fields{ToUtf8(pSettings.Separator()), pSettings.fNeutralizeFormulas, pSettings.fByteOrderMark};
+  return WriteListAsDelimited(pTable, FormatOf(pSettings), fields, pSettings.fIncludeHeader, pOutput);
 }
 
 }  // namespace Vantrel::Exporting

@@ -18,5 +18,7 @@ bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILin
 // thousands separator could be taken for that of the fields or of the decimals.
 bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
                           bool pWithHeader, ILineOutput& pOutput);
+// The same as settings say that are in effect.
+bool WriteListAsDelimited(const TListTable& pTable, const TMediaSettings& pSettings, ILineOutput& pOutput);
 
 }  // namespace Vantrel::Exporting

@@ -35,23 +35,25 @@ std::string ErrorLine(const TScanError& pError) {
                      pError.fPartial ? " (read in part)" : "");
 }
 
-void AppendErrors(std::vector<std::string>& pLines, const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
-                  size_t pListedErrors) {
+}  // namespace
+
+std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
+                                      size_t pListedErrors) {
   std::vector<TScanError> errors = pRoot.GetErrors();
-  if (errors.empty()) return;
+  if (errors.empty()) return {};
   // Threads record errors in any order; the report's order is fixed.
   std::sort(errors.begin(), errors.end(),
             [](const TScanError& pA, const TScanError& pB) { return pA.fPath < pB.fPath; });
   const auto count = static_cast<int64_t>(errors.size());
-  pLines.push_back(fmt::format("incomplete: {} could not be read", CountText(count, "folder", "folders", pFormat)));
+  std::vector<std::string> lines;
+  lines.push_back(fmt::format("incomplete: {} could not be read", CountText(count, "folder", "folders", pFormat)));
   const size_t listed = std::min(errors.size(), pListedErrors);
-  for (size_t i = 0; i < listed; ++i) pLines.push_back(ErrorLine(errors[i]));
+  for (size_t i = 0; i < listed; ++i) lines.push_back(ErrorLine(errors[i]));
   if (listed < errors.size())
-    pLines.push_back(
+    lines.push_back(
         fmt::format("  … and {} more", ToUtf8(FormatValue(TColumn::mdFolders, count - int64_t(listed), pFormat))));
+  return lines;
 }
-
-}  // namespace
 
 std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pMany, const TValueFormat& pFormat) {
   return fmt::format("{} {}", ToUtf8(FormatValue(TColumn::mdFiles, pCount, pFormat)), pCount == 1 ? pOne : pMany);
@@ -88,8 +90,7 @@ std::string DriveInformation(const IHierarchicalRoot& pRoot, const TValueFormat&
 
 std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
                                      size_t pListedErrors) {
-  std::vector<std::string> lines;
-  AppendErrors(lines, pRoot, pFormat, pListedErrors);
+  std::vector<std::string> lines = ErrorSummary(pRoot, pFormat, pListedErrors);
   const TScanProgress progress = pRoot.GetProgress();
   if (progress.fExcludedObjects > 0) {
     lines.push_back(CountText(progress.fExcludedObjects, "object was excluded", "objects were excluded", pFormat));

@@ -18,6 +18,10 @@ std::string DriveInformation(const IHierarchicalRoot& pRoot, const TValueFormat&
 // What is missing from the totals and how long the scan took; at most pListedErrors folders are named, by path order.
 std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat, size_t pListedErrors);
 
+// Its part about folders that could not be read; nothing when all could.
+std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
+                                      size_t pListedErrors);
+
 // "1 file", "1,234 files".
 std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pMany, const TValueFormat& pFormat);
 

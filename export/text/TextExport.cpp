@@ -26,6 +26,7 @@ std::string TBaseTextExport::HeaderText(TColumn pColumn) const {
 }
 
 std::string TBaseTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
+  if (pColumn == TColumn::mdError) return ToDisplay(ErrorOf(pRow));
   return ToDisplay(pRow.Element()->GetFormattedValue(pColumn, pFormat));
 }
 

@@ -6,7 +6,9 @@
 
 #include "model/tree/CustomFolder.h"
 #include "model/tree/SingleFile.h"
+#include "platform/system/Errors.h"
 #include "platform/system/System.h"
+#include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
 
@@ -242,9 +244,24 @@ bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TEx
 bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {
   fOutput = &pOutput;
   fFailed = false;
+  ReadErrors(pRoot);
   WriteRoot(pRoot);
+  fErrors.clear();
   fOutput = nullptr;
   return !fFailed;
+}
+
+void TFileStreamExport::ReadErrors(const IHierarchicalRoot& pRoot) {
+  for (const TScanError& error : pRoot.GetErrors())
+    if (error.fObject)
+      fErrors.emplace(error.fObject.get(),
+                      FromUtf8(OSErrorText(error.fCode) + (error.fPartial ? " (read in part)" : "")));
+}
+
+std::u16string_view TFileStreamExport::ErrorOf(const TExportRow& pRow) const {
+  if (fErrors.empty() || pRow.IsFile()) return {};
+  const auto found = fErrors.find(&pRow.fFolder);
+  return found == fErrors.end() ? std::u16string_view() : found->second;
 }
 
 bool TFileStreamExport::WriteLine(std::string_view pLine) {

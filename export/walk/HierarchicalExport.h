@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "export/walk/MediaOptions.h"
@@ -141,11 +142,16 @@ class TFileStreamExport : public TFileExport {
   virtual void WriteRoot(IHierarchicalRoot& pRoot) = 0;
   bool WriteLine(std::string_view pLine);
   int64_t LineCount() const { return fOutput->LineCount(); }
+  // Why the row's folder could not be read; empty when it could. While an export runs; any thread.
+  std::u16string_view ErrorOf(const TExportRow& pRow) const;
   // While an export runs.
   ILineOutput& Output() const { return *fOutput; }
 
  private:
-  ILineOutput* fOutput = nullptr;  // while an export runs
+  void ReadErrors(const IHierarchicalRoot& pRoot);
+
+  ILineOutput* fOutput = nullptr;                                          // while an export runs
+  std::unordered_map<const IHierarchicalObject*, std::u16string> fErrors;  // likewise, by folder
   bool fFailed = false;
 };
 

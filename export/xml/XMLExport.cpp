@@ -1,7 +1,6 @@
 #include "export/xml/XMLExport.h"
 
 #include <algorithm>
-#include <charconv>
 #include <functional>
 #include <iterator>
 #include <tuple>
@@ -15,6 +14,7 @@
 #include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
+#include "platform/text/Numbers.h"
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFilter.h"
 #include "search/patterns/PatternList.h"
@@ -62,11 +62,6 @@ void AddSizes(TXMLAttributes& pAttributes, const TBasicSizeValues& pValues) {
 void AddHalves(TXMLAttributes& pAttributes, std::string_view pLow, std::string_view pHigh, TKivFileTime pTime) {
   pAttributes.Add(pLow, TXMLUtils::LowHalf(pTime.fTicks));
   pAttributes.Add(pHigh, TXMLUtils::HighHalf(pTime.fTicks));
-}
-
-void AppendNumber(std::string& pText, int64_t pNumber) {
-  char digits[20];
-  pText.append(digits, std::to_chars(digits, std::end(digits), pNumber).ptr);
 }
 
 // Writes the elements of a pattern list.
@@ -348,11 +343,11 @@ void TCustomXMLExport::TFolderElements::WriteFileAges(const std::vector<TKeyedSi
     const bool isEmpty = record == pRecords.end() || record->fKey != i;
     const TBasicSizeValues values = isEmpty ? TBasicSizeValues() : (record++)->fValues;
     fInterval.clear();
-    AppendNumber(fInterval, values.fSize);
+    AppendInteger(fInterval, values.fSize);
     fInterval += ' ';
-    AppendNumber(fInterval, values.fAllocated);
+    AppendInteger(fInterval, values.fAllocated);
     fInterval += ' ';
-    AppendNumber(fInterval, values.fFiles);
+    AppendInteger(fInterval, values.fFiles);
     fAttributes.Add(fExport.fFileAgesNames[i], std::string_view(fInterval));
   }
   fStream.AddElement("FileAgeDistribution", fAttributes);

@@ -49,6 +49,9 @@ constexpr std::array<TColumnInfo, static_cast<size_t>(TColumn::mdCount)> kColumn
     {TColumn::mdSizeChange, {kCommonFormat, 20}, u"SizeChange", u"Size Change", TColumnKind::ckSize},
     {TColumn::mdSizeChangePercent, {kCommonFormat, 21}, u"SizeChangePercent", u"Change %", TColumnKind::ckShare},
     {TColumn::mdFileChange, {kCommonFormat, 22}, u"FileChange", u"File Change", TColumnKind::ckCount},
+    {TColumn::mdAllocatedChange, {kCommonFormat, 23}, u"AllocatedChange", u"Allocated Change", TColumnKind::ckSize},
+    {TColumn::mdChangeState, {kCommonFormat, 24}, u"State", u"State", TColumnKind::ckText},
+    {TColumn::mdError, {kCommonFormat, 25}, u"Error", u"Error", TColumnKind::ckText},
 }};
 
 constexpr bool InOrderOfColumns() {
@@ -227,8 +230,8 @@ std::u16string FormatUnsigned(TColumn pColumn, const TMetaDataValue& pValue, con
 
 // People want to see which way a change goes; programs read numbers without a plus.
 bool ShowsPlus(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
-  if (pFormat.fPlainByteValues ||
-      (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent && pColumn != TColumn::mdFileChange))
+  if (pFormat.fPlainByteValues || (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent &&
+                                   pColumn != TColumn::mdFileChange && pColumn != TColumn::mdAllocatedChange))
     return false;
   const auto* number = std::get_if<int64_t>(&pValue);
   const auto* share = std::get_if<double>(&pValue);

@@ -50,6 +50,9 @@ enum class TColumn : uint8_t {
   mdSizeChange,         // against an earlier scan that the root is compared with
   mdSizeChangePercent,  // of the earlier size
   mdFileChange,         // files more or fewer
+  mdAllocatedChange,    // bytes on the disk more or fewer
+  mdChangeState,        // "new", "gone", or nothing
+  mdError,              // why the folder could not be read; known to exports alone
   mdCount               // number of columns
 };
 

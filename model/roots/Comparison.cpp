@@ -27,12 +27,17 @@ bool IsGoneRow(const IFolderData& pFolder) {
 TComparison::TComparison(IHierarchicalRoot& pCurrent, IHierarchicalRoot& pEarlier)
     : fScanTimeStamp(pEarlier.GetScanTimeStamp()), fLetterCaseCounts(pCurrent.GetPathDelimiter() == u'/') {
   std::vector<TRef<IFolderData>> folders{pEarlier.GetTopFolder()};  // of the records, as far as they are not done
-  fRecords.push_back({{}, folders[0]->GetValues(), OwnFilesOf(*folders[0])});
+  AddRecord({}, *folders[0]);
   for (size_t i = 0; i < folders.size(); ++i) {
     const TRef<IFolderData> folder = std::move(folders[i]);
     AddChildren(i, *folder, folders);
   }
   fRecords.shrink_to_fit();
+}
+
+void TComparison::AddRecord(std::u16string_view pName, const IFolderData& pFolder) {
+  fRecords.push_back({std::u16string(pName), pFolder.GetValues(), OwnFilesOf(pFolder), pFolder.GetFileTable()});
+  fKnowsFiles = fKnowsFiles || fRecords.back().fFiles;
 }
 
 void TComparison::AddChildren(size_t pRecord, IFolderData& pFolder, std::vector<TRef<IFolderData>>& pFolders) {
@@ -44,7 +49,7 @@ void TComparison::AddChildren(size_t pRecord, IFolderData& pFolder, std::vector<
   fRecords[pRecord].fFirstChild = static_cast<uint32_t>(fRecords.size());
   fRecords[pRecord].fChildren = static_cast<uint32_t>(children.size());
   for (TRef<IFolderData>& child : children) {
-    fRecords.push_back({std::u16string(child->GetObjectName()), child->GetValues(), OwnFilesOf(*child)});
+    AddRecord(child->GetObjectName(), *child);
     pFolders.push_back(std::move(child));
   }
 }
@@ -90,6 +95,11 @@ TSizeValues TComparison::EarlierValues(const IFolderData& pFolder) const {
   const TRecord* record = FindRecord(pFolder);
   if (!record) return {};
   return pFolder.IsFileGroup() ? record->fOwnFiles : record->fValues;
+}
+
+TRef<const TFileTable> TComparison::EarlierFiles(const IFolderData& pFolder) const {
+  const TRecord* record = FindRecord(pFolder);
+  return record ? record->fFiles : nullptr;
 }
 
 // Whether there is a "[Files]" row for them. Between two folders without sub-folders the folders' own rows say it all;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
+#include "model/tree/FileTable.h"
 
 namespace Vantrel {
 
@@ -27,18 +28,22 @@ class TComparison : public TInterfaced<IComparison> {
   TSizeValues EarlierValues(const IFolderData& pFolder) const override;
   std::vector<TRef<IFolderData>> FindGone(IFolderData& pFolder) const override;
   TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
+  bool KnowsFiles() const override { return fKnowsFiles; }
+  TRef<const TFileTable> EarlierFiles(const IFolderData& pFolder) const override;
 
  private:
   // A folder of the earlier tree. The children of one folder stand together, sorted by name.
   struct TRecord {
     std::u16string fName;
     TSizeValues fValues;
-    TSizeValues fOwnFiles;  // of them, the files directly in the folder
+    TSizeValues fOwnFiles;          // of them, the files directly in the folder
+    TRef<const TFileTable> fFiles;  // these, as far as the earlier scan kept them
     uint32_t fFirstChild = 0;
     uint32_t fChildren = 0;
   };
 
   int CompareNames(std::u16string_view pA, std::u16string_view pB) const;
+  void AddRecord(std::u16string_view pName, const IFolderData& pFolder);
   void AddChildren(size_t pRecord, IFolderData& pFolder, std::vector<TRef<IFolderData>>& pFolders);
   const TRecord* FindChild(const TRecord& pRecord, std::u16string_view pName) const;
   // The record of a folder, or of the folder whose files a "[Files]" node is; nullptr when it was not there.
@@ -46,7 +51,8 @@ class TComparison : public TInterfaced<IComparison> {
   bool HaveFilesGone(const TRecord& pRecord, IFolderData& pFolder) const;
 
   const TKivFileTime fScanTimeStamp;
-  const bool fLetterCaseCounts;   // on Windows it does not
+  const bool fLetterCaseCounts;  // on Windows it does not
+  bool fKnowsFiles = false;
   std::vector<TRecord> fRecords;  // the top folder first, level by level
 };
 

@@ -151,6 +151,10 @@ class IComparison : public IInterface {
   // in the tree: nothing counts them, and refreshing or removing one does nothing.
   virtual std::vector<TRef<IFolderData>> FindGone(IFolderData& pFolder) const = 0;
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // of the earlier scan
+  // Whether the earlier scan kept its files.
+  virtual bool KnowsFiles() const = 0;
+  // Those that were directly in the folder, or are of a "[Files]" node, then; nullptr when there were none.
+  virtual TRef<const TFileTable> EarlierFiles(const IFolderData& pFolder) const = 0;
 };
 
 // One scanned path with its tree.

@@ -144,6 +144,8 @@ TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
     case TColumn::mdSizeChange:
     case TColumn::mdSizeChangePercent:
     case TColumn::mdFileChange:
+    case TColumn::mdAllocatedChange:
+    case TColumn::mdChangeState:
       return ChangeSince(pColumn);
     default:
       return TContainerHierarchicalElement::GetValue(pColumn);
@@ -155,10 +157,15 @@ TMetaDataValue TCustomFolderData::ChangeSince(TColumn pColumn) const {
   const TRef<IHierarchicalRoot> root = GetRoot();
   const TRef<IComparison> comparison = root ? root->GetComparison() : nullptr;
   if (!comparison) return {};
+  if (pColumn == TColumn::mdChangeState) {
+    if (GetFolderState() & fsIsDummyForComparison) return u"gone";
+    return comparison->WasThere(*this) ? TMetaDataValue() : u"new";
+  }
   const TSizeValues now = GetValues();
   const TSizeValues then = comparison->EarlierValues(*this);
   if (pColumn == TColumn::mdFileChange) return now.fFiles - then.fFiles;
   if (pColumn == TColumn::mdSizeChange) return now.fSize - then.fSize;
+  if (pColumn == TColumn::mdAllocatedChange) return now.fAllocated - then.fAllocated;
   if (then.fSize == 0) return {};
   return static_cast<double>(now.fSize - then.fSize) / static_cast<double>(then.fSize);
 }

@@ -59,6 +59,26 @@ TEST(HistoryReportTest, GrowthIsAgainstTheScanBefore) {
   EXPECT_TRUE(std::holds_alternative<std::monostate>(table.fRows[2][7]));
 }
 
+// A whole scan is compared with a whole one, another one with a scan that lacks as much.
+TEST(HistoryReportTest, IncompleteScansAreNeverComparedSilently) {
+  std::vector<THistoryEntry> entries{Scan(0, 100), Scan(1, 40), Scan(2, 110), Scan(3, 45), Scan(4, 46)};
+  for (const size_t i : {1u, 3u}) entries[i].fUnreadFolders = 2;
+  entries[4].fUnreadFolders = 7;
+  const TListTable table = HistoryList(u"/data", entries);
+  ASSERT_EQ(table.fColumns.size(), 9u);
+  EXPECT_EQ(table.fColumns[7].fCaption, u"Not Read");
+  std::vector<TMetaDataValue> growth, unread;
+  for (const auto& row : table.fRows) {
+    growth.push_back(row[5]);
+    unread.push_back(row[7]);
+  }
+  const TMetaDataValue none;
+  EXPECT_EQ(growth, (std::vector<TMetaDataValue>{none, none, int64_t{10}, int64_t{5}, none}));
+  EXPECT_EQ(unread, (std::vector<TMetaDataValue>{int64_t{0}, int64_t{2}, int64_t{0}, int64_t{2}, int64_t{7}}));
+  entries.resize(2);
+  EXPECT_THAT(Plot(HistoryChart(entries, 18)), ElementsAre("*.........", "", "", "", "", "", "", "          ?"));
+}
+
 TEST(HistoryReportTest, OneScanAndEqualSizesAreOneLine) {
   EXPECT_TRUE(HistoryChart({}).empty());
   EXPECT_THAT(Plot(HistoryChart({Scan(0, 77)})), ElementsAre("*"));

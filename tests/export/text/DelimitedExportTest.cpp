@@ -6,6 +6,8 @@
 #include <random>
 
 #include "export/text/DelimitedExport.h"
+#include "model/roots/Comparison.h"
+#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "tests/support/LineList.h"
 #include "tests/support/MemoryRoot.h"
@@ -187,6 +189,71 @@ TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
   settings.fSortOrder = {TColumn::mdName, true};
   EXPECT_THAT(Lines(root, settings), ElementsAre("/memory/b/=b,100.0", "/memory/a/inner/deep,100.0", "/memory/a/y,40.0",
                                                  "/memory/a/x,40.0", "/memory/top,2.0"));
+}
+
+TEST(DelimitedExport, NoTwoRowsHaveOnePath) {
+  TScannedRoot root([](TMemoryEntry& pTop) {
+    pTop.AddFile(u"own", 1);
+    pTop.AddFolder(u"[Files]").AddFile(u"[Files]", 20);
+    pTop.AddFolder(u"\\xFF").AddFile(u"a", 300);
+    pTop.AddFolder(u"\xDCFF").AddFile(u"\\x5C", 4000);
+  });
+  TMediaSettings settings = Settings(u"fullpath;name;parentpath");
+  settings.fIncludeHeader = false;
+  settings.fIncludedObjectTypes = kAllObjectTypes;
+  EXPECT_THAT(Lines(root, settings),
+              ElementsAre("/memory,/memory,", R"(/memory/\xFF,\xFF,/memory)",
+                          R"(/memory/\xFF/\x5Cx5C,\x5Cx5C,/memory/\xFF)", R"(/memory/\x5CxFF,\x5CxFF,/memory)",
+                          R"(/memory/\x5CxFF/a,a,/memory/\x5CxFF)", R"(/memory/\x5BFiles],\x5BFiles],/memory)",
+                          R"(/memory/\x5BFiles]/\x5BFiles],\x5BFiles],/memory/\x5BFiles])",
+                          "/memory/[Files],[Files],/memory", "/memory/own,own,/memory"));
+  // Where a backslash delimits, a name can be read as an escape too.
+  for (const auto& [name, path] :
+       {std::pair(u"xFF", R"(C:\x5CxFF)"), {u"uD800", R"(C:\x5CuD800)"}, {u"xfile", R"(C:\xfile)"}}) {
+    std::string text = "C:\\";
+    AppendNameToPath(text, name, '\\', false);
+    EXPECT_EQ(text, path);
+  }
+}
+
+TEST(DelimitedExport, ShowsWhatHasChanged) {
+  TScannedRoot root([](TMemoryEntry& pTop) {
+    pTop.AddFolder(u"grown").AddFile(u"f", 700, 1024);
+    pTop.AddFolder(u"added").AddFile(u"f", 30, 512);
+    pTop.AddFile(u"own", 4, 512);
+  });
+  TScannedRoot earlier([](TMemoryEntry& pTop) {
+    pTop.AddFolder(u"grown").AddFile(u"f", 600, 512);
+    pTop.AddFolder(u"lost").AddFolder(u"below").AddFile(u"f", 5, 4096);
+    pTop.AddFile(u"own", 4, 512);
+  });
+  EXPECT_EQ(Lines(root, Settings(u"")).front(),
+            "Full Path,Size,Allocated,Files,Folders,% of Parent,Last Change,Last Access,Error");
+  root.fRoot->SetComparison(MakeRef<TComparison>(*root.fRoot, *earlier.fRoot));
+  EXPECT_EQ(Lines(root, Settings(u"")).front(),
+            "Full Path,Size,Allocated,Files,Folders,% of Parent,Last Change,Last Access,Error,Size Change,Allocated "
+            "Change,File Change,State");
+  EXPECT_THAT(Lines(root, Settings(u"fullpath;sizechange;allocatedchange;filechange;state")),
+              ElementsAre("Full Path,Size Change,Allocated Change,File Change,State", "/memory,125,-3072,0,",
+                          "/memory/grown,100,512,0,", "/memory/added,30,512,1,new", "/memory/[Files],0,0,0,",
+                          "/memory/lost,-5,-4096,-1,gone", "/memory/lost/below,-5,-4096,-1,gone"));
+  TMediaSettings files = Settings(u"name;sizechange;allocatedchange;filechange;state;sizechangepercent");
+  files.fIncludedObjectTypes = ioFiles;
+  EXPECT_THAT(Lines(root, files), ElementsAre("f,100,512,0,,16.7", "f,30,512,1,new,", "own,0,0,0,,0.0"));
+  TLineList paths;
+  EXPECT_TRUE(TPathListExport(Settings(u"")).Export(*root.fRoot, paths));
+  EXPECT_THAT(paths.fLines, ElementsAre("/memory", "/memory/grown", "/memory/added"));
+}
+
+TEST(DelimitedExport, TellsWhatCouldNotBeRead) {
+  TScannedRoot root([](TMemoryEntry& pTop) {
+    TMemoryEntry& denied = pTop.AddFolder(u"denied");
+    denied.fFailAtNext = 1;
+    denied.fErrorCode = 13;
+    pTop.AddFolder(u"fine").AddFile(u"f", 5);
+  });
+  EXPECT_THAT(Lines(root, Settings(u"fullpath;error")),
+              ElementsAre("Full Path,Error", "/memory,", "/memory/fine,", "/memory/denied," + OSErrorText(13)));
 }
 
 TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {

@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
+#include <thread>
+#include <vector>
+
 #include "model/roots/Root.h"
 #include "model/roots/ScanRoots.h"
 #include "model/tree/CustomFolder.h"
@@ -176,6 +181,27 @@ TEST_F(FolderTree, DatesAreOnlyRaisedUntilTheirReasonIsGone) {
   b.Remove();
   EXPECT_EQ(200, a->GetLastChangeDate().fTicks);
   EXPECT_EQ(200, fTop->GetLastChangeDate().fTicks);
+}
+
+// Each thread raises the date a little above what it finds, so that all of them are always about the same step.
+TEST(NewestDate, NoThreadTakesBackWhatAnotherHasRaised) {
+  constexpr int kThreads = 4;
+  constexpr int kSteps = 4'000'000;
+  TNewestDate date;
+  std::atomic<int> lost{0};
+  std::latch start(kThreads);
+  std::vector<std::jthread> threads;
+  for (int i = 1; i <= kThreads; ++i)
+    threads.emplace_back([&, i] {
+      start.arrive_and_wait();
+      for (int step = 0; step < kSteps; ++step) {
+        const int64_t ticks = date.Get().fTicks + i;
+        date.Raise({ticks});
+        lost += date.Get().fTicks < ticks;
+      }
+    });
+  threads.clear();
+  EXPECT_EQ(lost, 0) << "dates that were lower again after they had been raised";
 }
 
 TEST_F(FolderTree, FilesNodeComesAndGoes) {

@@ -1,0 +1,110 @@
+#include "export/history/HistoryKeys.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "export/history/HistoryDatabase.h"
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
+#include "search/patterns/PatternFilter.h"
+
+namespace Vantrel::History {
+
+namespace {
+
+std::string PathCondition(const std::u16string& pPath) {
+  return "PATH = " + TKIVSQLiteDatabase::GetSQLString(pPath);
+}
+
+std::string PatternCondition(std::u16string_view pPattern) {
+  return "PATTERN = " + TKIVSQLiteDatabase::GetSQLString(pPattern);
+}
+
+std::optional<int64_t> FindId(TKIVSQLiteDatabase& pDatabase, std::string_view pTable, const std::string& pCondition) {
+  std::optional<int64_t> id;
+  if (pDatabase.OpenOrExecuteQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID", pTable, pCondition)))
+    id = pDatabase.GetInteger(0);
+  pDatabase.CloseQuery();
+  return id;
+}
+
+bool LetterCaseTellsFoldersApart() {
+  return NativePathDelimiter() == u'/';
+}
+
+}  // namespace
+
+// The roots that hold a path's history. Several when a path was recorded in several spellings, and letter case does not
+// count here. The index serves the exact path alone. What walks the whole table is one row per folder ever scanned, not
+// per scan.
+std::vector<int64_t> FindRoots(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPath) {
+  const std::string condition = PathCondition(pPath);
+  if (LetterCaseTellsFoldersApart()) {
+    if (const std::optional<int64_t> exact = FindId(pDatabase, "ROOTS", condition)) return {*exact};
+    // A folder of that very name has no history yet. That of another folder is not to pass for its own.
+    if (PathExists(pPath)) return {};
+  }
+  std::vector<int64_t> ids;
+  pDatabase.OpenQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID", "ROOTS", condition + " COLLATE NOCASE ORDER BY ID"));
+  for (; pDatabase.HasRow() && (ids.empty() || !LetterCaseTellsFoldersApart()); pDatabase.NextRow())
+    ids.push_back(pDatabase.GetInteger(0));
+  pDatabase.CloseQuery();
+  return ids;
+}
+
+std::u16string PatternInOrder(std::u16string_view pPattern) {
+  std::vector<std::u16string_view> patterns;
+  while (!pPattern.empty()) {
+    const size_t end = std::min(pPattern.find(u'\t'), pPattern.size());
+    patterns.push_back(pPattern.substr(0, end));
+    pPattern.remove_prefix(std::min(end + 1, pPattern.size()));
+  }
+  std::sort(patterns.begin(), patterns.end());
+  patterns.erase(std::unique(patterns.begin(), patterns.end()), patterns.end());
+  std::u16string text;
+  for (const std::u16string_view pattern : patterns) (text += text.empty() ? u"" : u"\t") += pattern;
+  return text;
+}
+
+// The rows of a filter, that with the very text first. Earlier versions recorded patterns in the order in which they
+// were given.
+std::vector<int64_t> FindPatterns(TKIVSQLiteDatabase& pDatabase, std::u16string_view pPattern) {
+  std::vector<int64_t> ids;
+  if (const std::optional<int64_t> exact = FindId(pDatabase, "PATTERNS", PatternCondition(pPattern)))
+    ids.push_back(*exact);
+  pDatabase.OpenQuery(TKIVSQLiteDatabase::GetSimpleSelectSQL("ID, PATTERN", "PATTERNS") + " ORDER BY ID");
+  for (; pDatabase.HasRow(); pDatabase.NextRow()) {
+    const std::u16string text = pDatabase.GetText(1);
+    if (text != pPattern && PatternInOrder(text) == pPattern) ids.push_back(pDatabase.GetInteger(0));
+  }
+  pDatabase.CloseQuery();
+  return ids;
+}
+
+int64_t RootIdOf(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPath) {
+  if (!LetterCaseTellsFoldersApart())
+    if (const std::vector<int64_t> ids = FindRoots(pDatabase, pPath); !ids.empty()) return ids.front();
+  return pDatabase.InsertIfDoesNotExists("ROOTS", "PATH", TKIVSQLiteDatabase::GetSQLString(pPath),
+                                         PathCondition(pPath));
+}
+
+int64_t PatternIdOf(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPattern) {
+  if (const std::vector<int64_t> ids = FindPatterns(pDatabase, pPattern); !ids.empty()) return ids.front();
+  return pDatabase.InsertIfDoesNotExists("PATTERNS", "PATTERN", TKIVSQLiteDatabase::GetSQLString(pPattern),
+                                         PatternCondition(pPattern));
+}
+
+std::u16string HistoryPattern(const IHierarchicalRoot& pRoot) {
+  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
+  const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
+  return patterns != nullptr ? HistoryPattern(*patterns->GetPatterns()) : std::u16string();
+}
+
+std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns) {
+  PatternMatching::TPatternsToStringRepresentationOptions options =
+      PatternMatching::TPatternsToStringRepresentationOptions::Default();
+  options.ActivePatternsOnly = true;
+  return PatternInOrder(pPatterns.ToString(options));
+}
+
+}  // namespace Vantrel::History

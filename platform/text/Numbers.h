@@ -1,0 +1,18 @@
+#pragma once
+
+// Numbers appended to text.
+
+#include <charconv>
+#include <cstdint>
+#include <iterator>
+#include <string>
+
+namespace Vantrel {
+
+// Bare decimal digits, with a minus where it is needed. For rows that are written by the million.
+inline void AppendInteger(std::string& pTarget, int64_t pValue) {
+  char digits[20];
+  pTarget.append(digits, std::to_chars(digits, std::end(digits), pValue).ptr);
+}
+
+}  // namespace Vantrel
