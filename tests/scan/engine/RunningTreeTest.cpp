@@ -115,15 +115,6 @@ TEST(RunningTree, IsReadByTwoThreadsBesideScansRefreshesAndRemovals) {
   EXPECT_EQ("", Difference(RecountStorage(scanned.Top(), settings), ReadTree(*root.GetTopFolder())));
 }
 
-class TEventCounts : public TInterfaced<IHierarchicalObserver> {
- public:
-  void ObjectChanged(IHierarchicalObject&, TChangeKind pKind) override { ++fCounts[static_cast<size_t>(pKind)]; }
-  int Of(TChangeKind pKind) const { return fCounts[static_cast<size_t>(pKind)]; }
-
- private:
-  std::array<std::atomic<int>, 6> fCounts{};
-};
-
 struct TCombinedRoots {
   TCombinedRoots() {
     fOptions->CollectOwners = true;
@@ -226,9 +217,10 @@ TEST(VirtualRoot, TellsStateAndChangesOfAllRoots) {
   combined.Top(a).AddFolder(u"inner").AddFile(u"f", 100);
   const TRef<IHierarchicalRoot> all = combined.fRoots->GetVirtualRoot();
   EXPECT_EQ(0u, all->GetState());
-  auto events = MakeRef<TEventCounts>();
-  all->SubscribeObserver(events);
+  const TRef<ITreeSubscription> subscription = all->Subscribe();
+  EXPECT_EQ(rcTreeReplaced, subscription->Take().fRoot);
   IHierarchicalRoot& b = combined.Open(u"/b");  // comes later
+  EXPECT_EQ(rcTreeReplaced, subscription->Take().fRoot);
   combined.Scan(a);
   EXPECT_EQ(0u, all->GetState()) << "one root has no tree yet";
   TGate gate;
@@ -239,10 +231,11 @@ TEST(VirtualRoot, TellsStateAndChangesOfAllRoots) {
   ASSERT_TRUE(b.WaitForScan(kForever));
   b.GetScanEngine()->Dispose();
   EXPECT_EQ(rsFinished, all->GetState());
-  EXPECT_EQ(2, events->Of(TChangeKind::ckScanStarted));
-  EXPECT_EQ(2, events->Of(TChangeKind::ckScanFinished));
-  EXPECT_GT(events->Of(TChangeKind::ckChanged), 0);
+  const TTreeChanges changes = subscription->Take();
+  EXPECT_EQ(rcTreeReplaced | rcScanStarted | rcScanEnded, changes.fRoot);
   const TRef<IFolderData> top = all->GetTopFolder();
+  ASSERT_EQ(4u, changes.fNodes.size()) << "the whole, both top folders, and the folder in one of them";
+  EXPECT_EQ(top, changes.fNodes[0].fNode);
   all->Dispose();
   EXPECT_FALSE(all->RefreshFolder(*top, true));
   EXPECT_NO_THROW(all->Scan());
