@@ -132,24 +132,43 @@ TAttributes AttributesOf(const struct statx& pStatus, std::string_view pName) {
 
 // --- what a scan shares --------------------------------------------------------------------------------------------
 
+std::u16string TUnixScan::RealRootPath() {
+  TCriticalSectionLock lock(fLock);
+  if (fRealRootPath.empty()) fRealRootPath = ResolvedPath(fRootPath);
+  return fRealRootPath.empty() ? fRootPath : fRealRootPath;
+}
+
 bool TUnixScan::IsDuplicateMount(uint64_t pMountId) {
+  const std::u16string root = RealRootPath();
   TCriticalSectionLock lock(fLock);
   if (!fMountsRead) {
-    fDuplicateMounts = DuplicateMounts(ReadMountTable(), ToNativeBytes(ResolvedPath(fRootPath)));
+    fDuplicateMounts = DuplicateMounts(ReadMountTable(), ToNativeBytes(root));
     fMountsRead = true;
   }
   return fDuplicateMounts.contains(pMountId);
 }
 
-bool TUnixScan::EnterLinkTarget(const TFileIdentity& pTarget) {
+bool TUnixScan::IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk) {
+  {
+    TCriticalSectionLock lock(fLock);
+    if (auto found = fPseudoDevices.find(pDevice); found != fPseudoDevices.end()) return found->second;
+  }
+  const std::optional<bool> answer = pAsk();
+  if (!answer) return false;
   TCriticalSectionLock lock(fLock);
-  return fLinkTargets.insert(pTarget).second;
+  return fPseudoDevices.emplace(pDevice, *answer).first->second;
+}
+
+bool TUnixScan::EnterFolder(const TFileIdentity& pFolder, uint64_t pRoad) {
+  TCriticalSectionLock lock(fLock);
+  return fEntered.emplace(pFolder, pRoad).first->second == pRoad;
 }
 
 // --- folders -------------------------------------------------------------------------------------------------------
 
 TUnixDirectory::TUnixDirectory(std::string pPath)
     : fName(std::move(pPath)),
+      fRoad(0),
       fPathLength(fName == "/" ? 0 : static_cast<uint32_t>(FromNativeBytes(fName).size())),
       fFollowLink(true),
       fHoldsParent(false) {}
@@ -157,6 +176,7 @@ TUnixDirectory::TUnixDirectory(std::string pPath)
 TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink)
     : fParent(std::move(pParent)),
       fName(ToNativeBytes(pName)),
+      fRoad((fParent->fRoad + std::hash<std::string>()(fName)) * 0x9E3779B97F4A7C15u),
       fPathLength(fParent->fPathLength + 1 + static_cast<uint32_t>(pName.size())),
       fFollowLink(pFollowLink),
       fHoldsParent(true) {
@@ -211,6 +231,12 @@ std::u16string TUnixDirectory::Path() const {
   return path;
 }
 
+bool TUnixDirectory::IsBeyondLink() const {
+  const TUnixDirectory* folder = this;
+  while (folder->fParent && !folder->fFollowLink) folder = folder->fParent.get();
+  return folder->fParent != nullptr;
+}
+
 int TUnixDirectory::OpenWith(int pFlags) const {
   if (!fParent) return OpenInSteps(AT_FDCWD, fName, pFlags);
   // From the nearest folder that is open, or from the root's path.
@@ -262,6 +288,13 @@ struct TReachedPath {
   bool fIsPseudoFileSystem = false;
 };
 
+// No value when the system does not tell.
+std::optional<bool> IsOnPseudoFileSystem(int pHandle) {
+  struct statfs fileSystem {};
+  if (fstatfs(pHandle, &fileSystem) != 0) return {};
+  return IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+}
+
 // Looks at a path of any length, through links.
 TReachedPath ReachPath(const std::string& pPath) {
   TReachedPath reached;
@@ -271,9 +304,7 @@ TReachedPath ReachPath(const std::string& pPath) {
     return reached;
   }
   if (statx(handle, "", AT_EMPTY_PATH | AT_NO_AUTOMOUNT, kWantedFields, &reached.fStatus) != 0) reached.fError = errno;
-  struct statfs fileSystem {};
-  if (fstatfs(handle, &fileSystem) == 0)
-    reached.fIsPseudoFileSystem = IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  reached.fIsPseudoFileSystem = IsOnPseudoFileSystem(handle).value_or(false);
   close(handle);
   return reached;
 }
@@ -326,8 +357,10 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16str
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateChildEnumerator(std::u16string_view pName,
                                                                      TAttributes pAttributes) {
-  return TRef<IHierarchicalEnumerator>(new TUnixEnumerator(
-      fScan, MakeRef<TUnixDirectory>(fDirectory, pName, (pAttributes & kAttributeReparsePoint) != 0)));
+  const bool isLink = (pAttributes & kAttributeReparsePoint) != 0;
+  TRef<TUnixEnumerator> child(new TUnixEnumerator(fScan, MakeRef<TUnixDirectory>(fDirectory, pName, isLink)));
+  child->fIsUnlisted = !fIsOpen && !fAtEnd && fSingleObjectOnly == TSingleObject::soNo;
+  return child;
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() {
@@ -338,6 +371,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
   TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
   clone->fName = fName;
   clone->fEntry = fEntry;
+  clone->fIsUnlisted = fIsUnlisted;
   if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;
   return clone;
 }
@@ -366,6 +400,11 @@ bool TUnixEnumerator::Open() {
   if (const int error = fDirectory->Open(); error != 0) {
     fErrorCode = static_cast<uint32_t>(error);
     fAtEnd = true;
+    return false;
+  }
+  if (!BelongsToScan()) {
+    fAtEnd = true;
+    fDirectory->CloseWhenShort();
     return false;
   }
   fBuffer = TakeBuffer();
@@ -436,44 +475,74 @@ void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pN
   // A file system that has grown from one without creation dates gives 1970 for its older files.
   const bool isBorn = (pStatus.stx_mask & STATX_BTIME) != 0 && pStatus.stx_btime.tv_sec != 0;
   values.fCreationDate = isBorn ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
-  fEntry.fIsRepeatedTarget = false;
   fEntry.fIdentity = IdentityOf(pStatus);
   fEntry.fMountId = pStatus.stx_mnt_id;
   fEntry.fUser = pStatus.stx_uid;
   fEntry.fIsMountPoint = (pStatus.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
+const std::u16string& TUnixEnumerator::RealPath() {
+  if (fRealPath.empty()) fRealPath = ResolvedPath(fDirectory->Path());
+  return fRealPath;
+}
+
 // A link to a folder outside the scan becomes a folder whose contents are scanned; it keeps its reparse attribute. A
-// link to a file stays a link.
+// link to a file stays a link. Only real paths are compared: the scan may itself have come here through a link, and so
+// may the target.
 void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
-  std::string target(4096, '\0');
-  const ssize_t length = readlinkat(fDirectory->Handle(), pName, target.data(), target.size());
-  if (length <= 0) return;
-  target.resize(static_cast<size_t>(length));
-  if (!FollowLink(GetFullPath(), FromNativeBytes(target), fScan->fRootPath, u'/', ResolvedPath)) return;
   struct statx status;
   if (statx(fDirectory->Handle(), pName, AT_NO_AUTOMOUNT, kWantedFields, &status) != 0 || !S_ISDIR(status.stx_mode))
     return;
+  if (RealPath().empty()) return;
+  const std::u16string target = ResolvedPath(GetFullPath());
+  if (!FollowLink(JoinPath(RealPath(), fName, u'/'), target, fScan->RealRootPath(), u'/', {})) return;
   FillEntry(status, pName);
   fEntry.fValues.fAttributes |= kAttributeReparsePoint;
-  fEntry.fIsRepeatedTarget = !fScan->EnterLinkTarget(fEntry.fIdentity);
 }
 
 bool TUnixEnumerator::CanDescend() const {
-  if (!IsFolder() || fEntry.fIsRepeatedTarget || fEntry.fIdentity == fScan->fRootIdentity) return false;
-  const bool otherFileSystem = fEntry.fIdentity.fDevice != fScan->fRootIdentity.fDevice;
-  if (otherFileSystem && (fOptions & heoStayOnFileSystem) != 0) return false;
-  if (fEntry.fIsMountPoint && fScan->IsDuplicateMount(fEntry.fMountId)) return false;
-  return !(fEntry.fIsMountPoint || otherFileSystem) || !IsPseudoFileSystemEntry();
+  return IsFolder() && MayEnter(fEntry, [this] { return IsPseudoFileSystemEntry(); });
 }
 
-bool TUnixEnumerator::IsPseudoFileSystemEntry() const {
+bool TUnixEnumerator::MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const {
+  if (pEntry.fIdentity == fScan->fRootIdentity) return false;
+  if (pEntry.fIsMountPoint && fScan->IsDuplicateMount(pEntry.fMountId)) return false;
+  // The root's own file system was asked when the scan began.
+  if (pEntry.fIdentity.fDevice == fScan->fRootIdentity.fDevice) return true;
+  return (fOptions & heoStayOnFileSystem) == 0 && !fScan->IsPseudoDevice(pEntry.fIdentity.fDevice, pAskPseudo);
+}
+
+std::optional<bool> TUnixEnumerator::IsPseudoFileSystemEntry() const {
   const int handle = OpenAt(fDirectory->Handle(), ToNativeBytes(fName).c_str(), O_PATH | O_DIRECTORY);
-  if (handle < 0) return false;  // opening it for real will tell the error
-  struct statfs fileSystem {};
-  const bool pseudo = fstatfs(handle, &fileSystem) == 0 && IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  if (handle < 0) return {};  // opening it for real will tell the error
+  const std::optional<bool> pseudo = IsOnPseudoFileSystem(handle);
   close(handle);
   return pseudo;
+}
+
+// What counts once is decided on the open folder, whatever its name stood for when it was listed. With links followed,
+// many roads may lead to one folder; the first to open it shows its contents, the others show an empty folder. So every
+// folder that any road reaches is counted once, and totals do not depend on which road came first.
+bool TUnixEnumerator::BelongsToScan() {
+  const bool followsLinks = (fOptions & heoFollowSymbolicLinks) != 0;
+  if (!fIsUnlisted && !followsLinks) return true;
+  struct statx status;
+  if (statx(fDirectory->Handle(), "", AT_EMPTY_PATH | AT_NO_AUTOMOUNT, kWantedFields, &status) != 0) {
+    fErrorCode = static_cast<uint32_t>(errno);
+    return false;
+  }
+  if (fIsUnlisted && !IsOpenFolderAllowed(status)) return false;
+  return !followsLinks || fScan->EnterFolder(IdentityOf(status), fDirectory->Road());
+}
+
+// The rules that a listing applies to its entries, for a folder that was opened by name.
+bool TUnixEnumerator::IsOpenFolderAllowed(const struct statx& pStatus) {
+  TEntry folder;
+  folder.fIdentity = IdentityOf(pStatus);
+  folder.fMountId = pStatus.stx_mnt_id;
+  folder.fIsMountPoint = true;  // or beneath one
+  if (!MayEnter(folder, [this] { return IsOnPseudoFileSystem(fDirectory->Handle()); })) return false;
+  return !fDirectory->IsBeyondLink() || !AreRelatedPaths(RealPath(), fScan->RealRootPath(), u'/');
 }
 
 // --- answers -------------------------------------------------------------------------------------------------------

@@ -5,9 +5,12 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "platform/threads/CriticalSection.h"
@@ -30,10 +33,14 @@ class TUnixScan : public TInterfaced<IInterface> {
   TUnixScan(std::u16string pRootPath, TFileIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
       : fRootPath(std::move(pRootPath)), fRootIdentity(pRootIdentity), fOptions(pOptions) {}
 
+  // The root's path with all links resolved.
+  std::u16string RealRootPath();
   // Whether the scan reaches what this mount shows by another road as well.
   bool IsDuplicateMount(uint64_t pMountId);
-  // True the first time that a link leads to this folder.
-  bool EnterLinkTarget(const TFileIdentity& pTarget);
+  // Whether nothing is stored on this device. pAsk answers it, no value when it cannot, and is called once per device.
+  bool IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk);
+  // False when another road has entered this folder before. A road that enters its folder again gets true again.
+  bool EnterFolder(const TFileIdentity& pFolder, uint64_t pRoad);
 
   const std::u16string fRootPath;
   const TFileIdentity fRootIdentity;
@@ -44,9 +51,11 @@ class TUnixScan : public TInterfaced<IInterface> {
     size_t operator()(const TFileIdentity& pKey) const { return pKey.fInode * 0x9E3779B97F4A7C15u ^ pKey.fDevice; }
   };
   TCriticalSection fLock;
+  std::u16string fRealRootPath GUARDED_BY(fLock);  // empty until first asked for
   bool fMountsRead GUARDED_BY(fLock) = false;
   std::unordered_set<uint64_t> fDuplicateMounts GUARDED_BY(fLock);
-  std::unordered_set<TFileIdentity, TIdentityHash> fLinkTargets GUARDED_BY(fLock);
+  std::unordered_map<uint64_t, bool> fPseudoDevices GUARDED_BY(fLock);
+  std::unordered_map<TFileIdentity, uint64_t, TIdentityHash> fEntered GUARDED_BY(fLock);  // by which road
 };
 
 // A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened
@@ -71,6 +80,10 @@ class TUnixDirectory : public TInterfaced<IInterface> {
   void LetGo();
   std::u16string Path() const;
   size_t PathLength() const { return fPathLength; }  // in UTF-16 units, of "/" 0
+  // A number that stands for the path below the scan's root: the same for every object of the same path.
+  uint64_t Road() const { return fRoad; }
+  // Whether a link is followed on the way from the scan's root to here.
+  bool IsBeyondLink() const;
 
  private:
   int OpenWith(int pFlags) const;
@@ -80,6 +93,7 @@ class TUnixDirectory : public TInterfaced<IInterface> {
 
   const TRef<TUnixDirectory> fParent;
   const std::string fName;  // of the root its path
+  const uint64_t fRoad;
   const uint32_t fPathLength;
   const bool fFollowLink;
   bool fHoldsParent;
@@ -129,8 +143,8 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
     uint64_t fMountId = 0;
     uint32_t fUser = 0;
     bool fIsMountPoint = false;
-    bool fIsRepeatedTarget = false;  // a link to a folder that another link has been followed to
   };
+  using TAskPseudo = std::function<std::optional<bool>()>;
   enum class TSingleObject : uint8_t { soNo, soAhead, soDone };
 
   TUnixEnumerator(TRef<TUnixScan> pScan, TRef<TUnixDirectory> pDirectory);
@@ -140,18 +154,24 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   bool ReadEntry(const char* pName);
   void FillEntry(const struct statx& pStatus, std::string_view pName);
   void FollowLinkIfWanted(const char* pName);
-  bool IsPseudoFileSystemEntry() const;
+  bool MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const;
+  std::optional<bool> IsPseudoFileSystemEntry() const;
+  bool BelongsToScan();
+  bool IsOpenFolderAllowed(const struct statx& pStatus);
+  const std::u16string& RealPath();
 
   const TRef<TUnixScan> fScan;
   const TRef<TUnixDirectory> fDirectory;
-  std::u16string fName;  // of the current entry
-  TEntry fEntry;         // before the first Next: the folder itself, for a scan's root
+  std::u16string fName;      // of the current entry
+  std::u16string fRealPath;  // of the folder, with all links resolved; empty until first asked for
+  TEntry fEntry;             // before the first Next: the folder itself, for a scan's root
   std::unique_ptr<std::byte[]> fBuffer;
   uint32_t fBufferUsed = 0;
   uint32_t fBufferIndex = 0;
   uint32_t fErrorCode = 0;
   bool fIsOpen = false;
   bool fAtEnd = false;
+  bool fIsUnlisted = false;  // opened by name alone: no listing has said whether the folder may be entered
   TSingleObject fSingleObjectOnly = TSingleObject::soNo;
 };
 
