@@ -159,11 +159,6 @@ bool TUnixScan::IsPseudoDevice(uint64_t pDevice, const std::function<std::option
   return fPseudoDevices.emplace(pDevice, *answer).first->second;
 }
 
-bool TUnixScan::EnterFolder(const TFileIdentity& pFolder, uint64_t pRoad) {
-  TCriticalSectionLock lock(fLock);
-  return fEntered.emplace(pFolder, pRoad).first->second == pRoad;
-}
-
 // --- folders -------------------------------------------------------------------------------------------------------
 
 TUnixDirectory::TUnixDirectory(std::string pPath)
@@ -309,7 +304,7 @@ TReachedPath ReachPath(const std::string& pPath) {
   return reached;
 }
 
-TFileIdentity IdentityOf(const struct statx& pStatus) {
+TFolderIdentity IdentityOf(const struct statx& pStatus) {
   return {static_cast<uint64_t>(pStatus.stx_dev_major) << 32 | pStatus.stx_dev_minor, pStatus.stx_ino};
 }
 
@@ -347,7 +342,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16str
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
   const std::u16string_view folder = FolderOfPath(path, u'/');
   TRef<TUnixEnumerator> enumerator(
-      new TUnixEnumerator(MakeRef<TUnixScan>(std::u16string(folder), TFileIdentity(), pOptions),
+      new TUnixEnumerator(MakeRef<TUnixScan>(std::u16string(folder), TFolderIdentity(), pOptions),
                           MakeRef<TUnixDirectory>(ToNativeBytes(folder))));
   enumerator->fName = FileNameOfPath(path, u'/');
   enumerator->FillEntry(reached.fStatus, ToNativeBytes(enumerator->fName));
@@ -508,8 +503,8 @@ bool TUnixEnumerator::MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseud
   if (pEntry.fIdentity == fScan->fRootIdentity) return false;
   if (pEntry.fIsMountPoint && fScan->IsDuplicateMount(pEntry.fMountId)) return false;
   // The root's own file system was asked when the scan began.
-  if (pEntry.fIdentity.fDevice == fScan->fRootIdentity.fDevice) return true;
-  return (fOptions & heoStayOnFileSystem) == 0 && !fScan->IsPseudoDevice(pEntry.fIdentity.fDevice, pAskPseudo);
+  if (pEntry.fIdentity.fVolume == fScan->fRootIdentity.fVolume) return true;
+  return (fOptions & heoStayOnFileSystem) == 0 && !fScan->IsPseudoDevice(pEntry.fIdentity.fVolume, pAskPseudo);
 }
 
 std::optional<bool> TUnixEnumerator::IsPseudoFileSystemEntry() const {
@@ -532,7 +527,7 @@ bool TUnixEnumerator::BelongsToScan() {
     return false;
   }
   if (fIsUnlisted && !IsOpenFolderAllowed(status)) return false;
-  return !followsLinks || fScan->EnterFolder(IdentityOf(status), fDirectory->Road());
+  return !followsLinks || fScan->fEntered.Enter(IdentityOf(status), fDirectory->Road());
 }
 
 // The rules that a listing applies to its entries, for a folder that was opened by name.

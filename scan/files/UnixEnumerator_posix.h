@@ -14,23 +14,17 @@
 #include <unordered_set>
 
 #include "platform/threads/CriticalSection.h"
+#include "scan/files/EnteredFolders.h"
 #include "scan/storage/EnumeratorBase.h"
 
 struct statx;  // the system's
 
 namespace Vantrel::Enumerators {
 
-// What tells one file or folder from every other on this machine.
-struct TFileIdentity {
-  uint64_t fDevice = 0;
-  uint64_t fInode = 0;
-  bool operator==(const TFileIdentity&) const = default;
-};
-
 // What all enumerators of one scan share.
 class TUnixScan : public TInterfaced<IInterface> {
  public:
-  TUnixScan(std::u16string pRootPath, TFileIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
+  TUnixScan(std::u16string pRootPath, TFolderIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
       : fRootPath(std::move(pRootPath)), fRootIdentity(pRootIdentity), fOptions(pOptions) {}
 
   // The root's path with all links resolved.
@@ -39,23 +33,18 @@ class TUnixScan : public TInterfaced<IInterface> {
   bool IsDuplicateMount(uint64_t pMountId);
   // Whether nothing is stored on this device. pAsk answers it, no value when it cannot, and is called once per device.
   bool IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk);
-  // False when another road has entered this folder before. A road that enters its folder again gets true again.
-  bool EnterFolder(const TFileIdentity& pFolder, uint64_t pRoad);
 
   const std::u16string fRootPath;
-  const TFileIdentity fRootIdentity;
+  const TFolderIdentity fRootIdentity;
   const THierarchicalEnumeratorOptions fOptions;
+  TEnteredFolders fEntered;
 
  private:
-  struct TIdentityHash {
-    size_t operator()(const TFileIdentity& pKey) const { return pKey.fInode * 0x9E3779B97F4A7C15u ^ pKey.fDevice; }
-  };
   TCriticalSection fLock;
   std::u16string fRealRootPath GUARDED_BY(fLock);  // empty until first asked for
   bool fMountsRead GUARDED_BY(fLock) = false;
   std::unordered_set<uint64_t> fDuplicateMounts GUARDED_BY(fLock);
   std::unordered_map<uint64_t, bool> fPseudoDevices GUARDED_BY(fLock);
-  std::unordered_map<TFileIdentity, uint64_t, TIdentityHash> fEntered GUARDED_BY(fLock);  // by which road
 };
 
 // A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened
@@ -139,7 +128,7 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
  private:
   struct TEntry {
     TEntryValues fValues;
-    TFileIdentity fIdentity;
+    TFolderIdentity fIdentity;
     uint64_t fMountId = 0;
     uint32_t fUser = 0;
     bool fIsMountPoint = false;
