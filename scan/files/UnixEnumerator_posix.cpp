@@ -490,7 +490,7 @@ void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
     return;
   if (RealPath().empty()) return;
   const std::u16string target = ResolvedPath(GetFullPath());
-  if (!FollowLink(JoinPath(RealPath(), fName, u'/'), target, fScan->RealRootPath(), u'/', {})) return;
+  if (!FollowLink(JoinPath(RealPath(), fName, u'/'), target, fScan->RealRootPath(), u'/')) return;
   FillEntry(status, pName);
   fEntry.fValues.fAttributes |= kAttributeReparsePoint;
 }

@@ -256,8 +256,8 @@ TLinkDecision TWin32Enumerator::DecideResolvedLink(TLinkKind pKind, const TRepar
   std::u16string target;
   if (!pPoint.fTarget.empty() && !pPoint.fTarget.starts_with(u"\\\\?\\Volume{")) target = fApi.ResolvePath(pPath);
   if (target.empty()) target = pPoint.fTarget;
-  return FollowLink(link, target, fScan->RealRootPath(fApi, RootPath()), u'\\', {}) ? TLinkDecision::ldFollowed
-                                                                                    : TLinkDecision::ldNotFollowed;
+  return FollowLink(link, target, fScan->RealRootPath(fApi, RootPath()), u'\\') ? TLinkDecision::ldFollowed
+                                                                                : TLinkDecision::ldNotFollowed;
 }
 
 // With links followed, many roads may lead to one folder. The first to open it shows its contents, the others show an
