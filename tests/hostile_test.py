@@ -9,6 +9,7 @@ that root's rights would spoil.
 import json
 import os
 import pathlib
+import random
 import re
 import shutil
 import subprocess
@@ -313,6 +314,60 @@ class LinuxTest(HostileTest):
         # In the hostile tree nothing leads to a folder outside but what leads above it or to /usr.
         report = self.scan("/FollowSymbolicLinks", "true", f"{self.tree}/links")
         self.assertEqual(report.top, totals_of(self.recount(f"{self.tree}/links")))
+
+    def test_real_paths_decide_about_links(self):
+        """Each case by hand: links, the folder to be scanned, bytes, files and folders. root holds a/b and y with 3 and 20 bytes, one
+        beside it deep and two with 100 and 1,000. "back" is not followed, so it counts as a file of its text's length."""
+        for links, root, expected in (
+                ({}, "root", (23, 2, 3)),
+                # The scanned folder by another name: "back" leads into it.
+                ({"name": "root", "root/a/back": "{0}/root/y"}, "name", (23, 3, 3)),
+                # A target that leads through a link into the scanned folder, and one that leads out of it.
+                ({"name": "root", "root/a/back": "{0}/name/y"}, "root", (23, 3, 3)),
+                ({"root/name": "../one", "root/a/out": "{0}/root/name/two"}, "root", (1123, 4, 7)),
+                # A relative link in a folder that a link led to: its text would lead into the scanned folder.
+                ({"root/a/b/out": "{0}/one/deep", "one/deep/next": "../two"}, "root", (1123, 4, 5)),
+                # One target in the other, whichever is met first.
+                ({"root/all": "../one", "root/a/part": "{0}/one/two"}, "root", (1123, 4, 7)),
+                ({"root/part": "../one/two", "root/a/all": "{0}/one"}, "root", (1123, 4, 7)),
+                ({"root/part": "../one/two", "root/a/same": "{0}/one/two", "root/a/b/third": "{0}/one/two"}, "root", (1023, 3, 6))):
+            folder = self.make_folder()
+            for path, size in (("root/a/b/f", 3), ("root/y/f", 20), ("one/deep/f", 100), ("one/two/f", 1000)):
+                self.write(f"{folder}/{path}", size)
+            for path, target in links.items():
+                os.symlink(target.format(folder), f"{folder}/{path}")
+                if path.endswith("back"):
+                    expected = (expected[0] + len(target.format(folder)), *expected[1:])
+            for threads in ("1", "2", "16"):
+                report = self.scan("--FollowSymbolicLinks", "--MaximumThreads", threads, f"{folder}/{root}")
+                self.assertEqual((*self.brief(report), report.error), (OK, expected, ""), links)
+
+    def test_any_net_of_links_counts_each_folder_once(self):
+        for seed in range(12):
+            folder = self.make_folder()
+            generator = random.Random(seed)
+            self.make_net(generator, folder)
+            os.symlink("root", f"{folder}/name")
+            for root in ("root", "name"):
+                expected = totals_of(recount.recount_following(f"{folder}/{root}"))
+                for threads in ("1", "16"):
+                    report = self.scan("--FollowSymbolicLinks", "--MaximumThreads", threads, f"{folder}/{root}")
+                    self.assertEqual((report.code, report.top, report.error), (OK, expected, ""), f"seed {seed}, {folder}/{root}")
+
+    def make_net(self, generator, folder):
+        """Folders whose files are powers of two, so that each sum tells which of them it holds, and links among them."""
+        folders, links = [f"{folder}/root"], []
+        self.write(f"{folder}/root/f", 1)
+        for number in range(1, 16):
+            folders.append(f"{generator.choice([folder, *folders])}/d{number}")
+            self.write(f"{folders[-1]}/f", 1 << number)
+        for number in range(16):
+            place = generator.choice(folders)
+            target = generator.choice(folders + links)
+            inner = [entry.path for entry in os.scandir(target) if entry.is_dir()] if os.path.isdir(target) else []
+            target = generator.choice([target, *inner])
+            links.append(f"{place}/l{number}")
+            os.symlink(os.path.relpath(target, place) if number % 2 else target, links[-1])
 
     # --- mounts ---
 

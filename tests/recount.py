@@ -214,6 +214,36 @@ def recount(path):
     return Recount(path).run().as_dictionary()
 
 
+def are_related(one, other):
+    return os.path.commonpath([one, other]) in (one, other)
+
+
+def recount_following(path):
+    """The same with links followed, without first levels: a link to a folder that neither holds nor lies in DIR or the
+    link's own folder is that folder once more, and each folder's content counts once. Paths are real ones throughout."""
+    top = os.path.realpath(os.fsencode(path))
+    totals, entered, to_read = Totals(), set(), [top]
+    while to_read:
+        folder = to_read.pop()
+        status = os.stat(folder)
+        if (status.st_dev, status.st_ino) in entered:
+            continue
+        entered.add((status.st_dev, status.st_ino))
+        for name in os.listdir(folder):
+            place = os.path.join(folder, name)
+            target = os.path.realpath(place)
+            status = os.lstat(place)
+            is_link = stat.S_ISLNK(status.st_mode)
+            if is_link and (not os.path.isdir(target) or are_related(target, top) or are_related(target, folder)):
+                totals.add_file(name, status)
+            elif is_link or stat.S_ISDIR(status.st_mode):
+                totals.add_folder(os.stat(place))
+                to_read.append(target)
+            else:
+                totals.add_file(name, status)
+    return totals.as_dictionary()
+
+
 def print_plainly(totals, indent=""):
     def printable(value):
         return ascii(value) if isinstance(value, str) else value
@@ -232,8 +262,9 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("directory", metavar="DIR")
     parser.add_argument("--json", action="store_true")
+    parser.add_argument("--follow", action="store_true", help="follow links out of the tree")
     arguments = parser.parse_args()
-    totals = recount(arguments.directory)
+    totals = (recount_following if arguments.follow else recount)(arguments.directory)
     if arguments.json:
         json.dump(totals, sys.stdout, indent=1, sort_keys=True)
         print()

@@ -189,7 +189,9 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   // An enumerator of the current entry's contents, of the same kind and with the same options. Opens nothing yet.
   virtual TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() = 0;
   // The same for an entry listed earlier: a scan lists a folder to its end before it descends, so that neither open
-  // handles nor buffers pile up with depth.
+  // handles nor buffers pile up with depth. It may also be asked of an enumerator that has listed nothing, as when a
+  // branch is opened from the root down; the rules of CanDescend then hold as well. A folder that does not belong to
+  // the scan gives an enumerator that lists nothing, and that is no error.
   virtual TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) = 0;
   virtual TRef<IHierarchicalEnumerator> Clone() const = 0;
 

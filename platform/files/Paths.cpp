@@ -39,10 +39,13 @@ size_t LengthOfParts(std::u16string_view pPath, size_t pFrom, int pParts) {
 size_t WindowsRootLength(std::u16string_view pPath) {
   auto delimiterAt = [&](size_t pAt) { return pAt < pPath.size() && IsDelimiter(pPath[pAt], u'\\'); };
   if (delimiterAt(0) && delimiterAt(1)) {
-    const bool device = pPath.size() >= 4 && (pPath[2] == u'?' || pPath[2] == u'.') && delimiterAt(3);
-    if (!device) return LengthOfParts(pPath, 2, 2);  // a server and its share
+    const bool prefixed = pPath.size() >= 4 && (pPath[2] == u'?' || pPath[2] == u'.') && delimiterAt(3);
+    if (!prefixed) return LengthOfParts(pPath, 2, 2);  // a server and its share
     const bool unc = pPath.size() >= 8 && SameTextAscii(pPath.substr(4, 3), u"UNC") && delimiterAt(7);
-    return unc ? LengthOfParts(pPath, 8, 2) : LengthOfParts(pPath, 4, 1);
+    if (unc) return LengthOfParts(pPath, 8, 2);
+    // "\\?\GLOBALROOT\Device\HarddiskVolumeShadowCopy1\": without the last delimiter it names the device.
+    const bool device = delimiterAt(14) && SameTextAscii(pPath.substr(4, 10), u"GLOBALROOT");
+    return LengthOfParts(pPath, 4, device ? 3 : 1);
   }
   if (delimiterAt(0)) return 1;
   if (pPath.size() >= 2 && IsDriveLetter(pPath[0]) && pPath[1] == u':') return delimiterAt(2) ? 3 : 2;

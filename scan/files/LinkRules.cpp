@@ -75,13 +75,10 @@ std::u16string RootedLinkTarget(std::u16string_view pLinkPath, std::u16string_vi
 }
 
 bool FollowLink(std::u16string_view pLinkPath, std::u16string_view pTarget, std::u16string_view pRootPath,
-                char16_t pDelimiter, const TPathResolver& pResolver) {
+                char16_t pDelimiter) {
   std::u16string target = RootedLinkTarget(pLinkPath, pTarget, pDelimiter);
-  if (target.empty() || AreRelatedPaths(target, pRootPath, pDelimiter)) return false;
-  std::u16string parent(FolderOfPath(pLinkPath, pDelimiter));
-  if (std::u16string resolved = pResolver ? pResolver(parent) : std::u16string(); !resolved.empty())
-    parent = std::move(resolved);
-  return !AreRelatedPaths(target, parent, pDelimiter);
+  return !target.empty() && !AreRelatedPaths(target, pRootPath, pDelimiter) &&
+         !AreRelatedPaths(target, FolderOfPath(pLinkPath, pDelimiter), pDelimiter);
 }
 
 bool IsFollowingEnabled(TLinkKind pKind, THierarchicalEnumeratorOptions pOptions) {

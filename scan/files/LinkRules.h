@@ -25,9 +25,6 @@ enum class TLinkDecision : uint8_t {
   ldFollowed      // entered
 };
 
-// Gives a path with all its links resolved; empty when it cannot be resolved.
-using TPathResolver = std::function<std::u16string(const std::u16string&)>;
-
 // The root that the path begins with: "C:\", "\\server\share\", "/". A relative path gives its first part.
 std::u16string_view RootOfPath(std::u16string_view pPath, char16_t pDelimiter);
 
@@ -39,10 +36,10 @@ bool AreRelatedPaths(std::u16string_view pA, std::u16string_view pB, char16_t pD
 std::u16string RootedLinkTarget(std::u16string_view pLinkPath, std::u16string_view pTarget, char16_t pDelimiter);
 
 // Whether a link leads to data that the scan of pRootPath does not reach anyway: its target, made rooted as above, must
-// be related neither to the scanned root nor to the link's own folder as the system sees it. So a link cannot make a
-// scan count data twice or run in circles. The resolver is only asked when the first test passes.
+// be related neither to the scanned root nor to the link's own folder. So a link cannot make a scan count data twice or
+// run in circles. The caller resolves all links in the three paths, but for the link itself.
 bool FollowLink(std::u16string_view pLinkPath, std::u16string_view pTarget, std::u16string_view pRootPath,
-                char16_t pDelimiter, const TPathResolver& pResolver);
+                char16_t pDelimiter);
 
 // Whether the options allow links of this kind to be followed at all.
 bool IsFollowingEnabled(TLinkKind pKind, THierarchicalEnumeratorOptions pOptions);

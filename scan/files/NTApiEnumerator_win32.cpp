@@ -7,6 +7,7 @@
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
 #include "scan/files/DirectoryBuffers_win32.h"
+#include "scan/files/VolumeInformationCache.h"
 #include "scan/files/Win32FindEnumerator_win32.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
@@ -16,8 +17,6 @@ namespace {
 
 using TBuffers = TDirectoryBuffers<TCustomNTApiEnumerator::kBufferSize>;
 
-constexpr uint32_t kFlagsFollow = FILE_FLAG_BACKUP_SEMANTICS;
-constexpr uint32_t kFlagsDoNotFollow = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
 constexpr size_t kHeaderSize = offsetof(FILE_FULL_DIRECTORY_INFORMATION, FileName);
 
 constexpr uint32_t kStatusSuccess = 0;
@@ -51,13 +50,13 @@ void TCustomNTApiEnumerator::RestartListing() {
 }
 
 bool TCustomNTApiEnumerator::Open() {
-  uint32_t flags = fOpenReparsePoint ? kFlagsDoNotFollow : kFlagsFollow;
   uint32_t code = OpenFolder(fPath, [&](const std::u16string& pApiPath) {
     uint32_t error = 0;
-    fHandle = fApi.OpenDirectory(pApiPath, flags, error);
+    fHandle = fApi.OpenDirectory(pApiPath, OpenFlags(), error);
     return error;
   });
   if (code != 0) return Fail(code);
+  if (!BelongsToScan(fHandle)) return false;  // the end of the listing closes it
   fBuffer = TBuffers::Take();
   fRestartScan = true;
   return true;
@@ -128,6 +127,7 @@ TRef<TNTApiEnumerator> TNTApiEnumerator::CreateForFolderPath(std::u16string pPat
 TRef<IHierarchicalEnumerator> TNTApiEnumerator::CreateForPath(const std::u16string& pPath,
                                                               THierarchicalEnumeratorOptions pOptions) {
   IWin32FileApi& api = TSystemFileApi::Instance();
+  TVolumeInformationCache::Instance().Clear();
   std::u16string path = RootedPathOf(pPath);
   TKivWin32FindData data{};
   uint32_t code = api.QueryEntry(ApiPath(path), data);

@@ -3,16 +3,13 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/stat.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
-#include <vector>
 
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
@@ -33,22 +30,7 @@ namespace Vantrel::Enumerators {
 namespace {
 
 constexpr size_t kBufferBytes = 65'536;
-// The system refuses paths of 4096 bytes and more; longer ones are gone in steps of at most this.
-constexpr size_t kLongestStep = 4'000;
 constexpr unsigned kWantedFields = STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID;
-
-// Folders that are open only because children of theirs still wait. Bounded well below what the process may have open;
-// beyond that children are opened by path, which is slower but always works.
-std::atomic<int> gOpenDirectories{0};
-
-int OpenDirectoriesLimit() {
-  static const int limit = [] {
-    rlimit files{};
-    if (getrlimit(RLIMIT_NOFILE, &files) != 0) return 128;
-    return static_cast<int>(std::clamp<rlim_t>(files.rlim_cur / 4, 16, 4096));
-  }();
-  return limit;
-}
 
 // One buffer waits on each thread for the next folder: listing a folder allocates none.
 thread_local std::unique_ptr<std::byte[]> tSpareBuffer;
@@ -70,43 +52,6 @@ struct TDirectoryRecord {
   uint8_t fType;
   char fName[1];
 };
-
-int OpenAt(int pDirectory, const char* pPath, int pFlags) {
-  int handle;
-  do handle = openat(pDirectory, pPath, pFlags | O_CLOEXEC);
-  while (handle < 0 && errno == EINTR);
-  return handle;
-}
-
-// Opens a path of any length relative to a handle. Returns the handle, or -1 with errno set.
-int OpenInSteps(int pDirectory, std::string_view pPath, int pFlags) {
-  int at = pDirectory;
-  auto closeStep = [&] {
-    if (at != pDirectory) close(at);
-  };
-  while (pPath.size() > kLongestStep) {
-    const size_t slash = pPath.rfind('/', kLongestStep);
-    if (slash == std::string_view::npos) {  // no name is that long
-      closeStep();
-      errno = ENAMETOOLONG;
-      return -1;
-    }
-    const int next = OpenAt(at, std::string(pPath.substr(0, slash + 1)).c_str(), O_PATH | O_DIRECTORY);
-    const int error = errno;
-    closeStep();
-    if (next < 0) {
-      errno = error;
-      return -1;
-    }
-    at = next;
-    pPath.remove_prefix(slash + 1);
-  }
-  const int handle = OpenAt(at, std::string(pPath).c_str(), pFlags);
-  const int error = errno;
-  closeStep();
-  errno = error;
-  return handle;
-}
 
 TKivFileTime FileTimeOf(const statx_timestamp& pTime) {
   return TKivFileTime::FromUnix(pTime.tv_sec, pTime.tv_nsec);
@@ -132,124 +77,31 @@ TAttributes AttributesOf(const struct statx& pStatus, std::string_view pName) {
 
 // --- what a scan shares --------------------------------------------------------------------------------------------
 
+std::u16string TUnixScan::RealRootPath() {
+  TCriticalSectionLock lock(fLock);
+  if (fRealRootPath.empty()) fRealRootPath = ResolvedPath(fRootPath);
+  return fRealRootPath.empty() ? fRootPath : fRealRootPath;
+}
+
 bool TUnixScan::IsDuplicateMount(uint64_t pMountId) {
+  const std::u16string root = RealRootPath();
   TCriticalSectionLock lock(fLock);
   if (!fMountsRead) {
-    fDuplicateMounts = DuplicateMounts(ReadMountTable(), ToNativeBytes(ResolvedPath(fRootPath)));
+    fDuplicateMounts = DuplicateMounts(ReadMountTable(), ToNativeBytes(root));
     fMountsRead = true;
   }
   return fDuplicateMounts.contains(pMountId);
 }
 
-bool TUnixScan::EnterLinkTarget(const TFileIdentity& pTarget) {
+bool TUnixScan::IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk) {
+  {
+    TCriticalSectionLock lock(fLock);
+    if (auto found = fPseudoDevices.find(pDevice); found != fPseudoDevices.end()) return found->second;
+  }
+  const std::optional<bool> answer = pAsk();
+  if (!answer) return false;
   TCriticalSectionLock lock(fLock);
-  return fLinkTargets.insert(pTarget).second;
-}
-
-// --- folders -------------------------------------------------------------------------------------------------------
-
-TUnixDirectory::TUnixDirectory(std::string pPath)
-    : fName(std::move(pPath)),
-      fPathLength(fName == "/" ? 0 : static_cast<uint32_t>(FromNativeBytes(fName).size())),
-      fFollowLink(true),
-      fHoldsParent(false) {}
-
-TUnixDirectory::TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink)
-    : fParent(std::move(pParent)),
-      fName(ToNativeBytes(pName)),
-      fPathLength(fParent->fPathLength + 1 + static_cast<uint32_t>(pName.size())),
-      fFollowLink(pFollowLink),
-      fHoldsParent(true) {
-  fParent->Hold();
-}
-
-TRef<TUnixDirectory> TUnixDirectory::Again() const {
-  return fParent ? MakeRef<TUnixDirectory>(fParent, FromNativeBytes(fName), fFollowLink)
-                 : MakeRef<TUnixDirectory>(fName);
-}
-
-TUnixDirectory::~TUnixDirectory() {
-  CloseHandle();
-  LetGoOfParent();
-}
-
-void TUnixDirectory::CloseHandle() {
-  const int handle = fHandle.exchange(-1, std::memory_order_acq_rel);
-  if (handle < 0) return;
-  close(handle);
-  gOpenDirectories.fetch_sub(1, std::memory_order_relaxed);
-}
-
-void TUnixDirectory::LetGo() {
-  if (fHolders.fetch_sub(1, std::memory_order_acq_rel) == 1) CloseHandle();
-}
-
-void TUnixDirectory::LetGoOfParent() {
-  if (std::exchange(fHoldsParent, false)) fParent->LetGo();
-}
-
-// What nobody holds any more may be closed at any moment, so it is not taken up again.
-bool TUnixDirectory::HoldIfOpen() {
-  int32_t holders = fHolders.load(std::memory_order_relaxed);
-  while (holders > 0 && !fHolders.compare_exchange_weak(holders, holders + 1, std::memory_order_acq_rel)) {
-  }
-  if (holders == 0) return false;
-  if (Handle() >= 0) return true;
-  LetGo();
-  return false;
-}
-
-std::u16string TUnixDirectory::Path() const {
-  std::vector<const TUnixDirectory*> chain;
-  for (const TUnixDirectory* folder = this; folder; folder = folder->fParent.get()) chain.push_back(folder);
-  std::u16string path;
-  path.reserve(fPathLength);
-  for (auto folder = chain.rbegin(); folder != chain.rend(); ++folder) {
-    if (!path.empty() && path.back() != u'/') path += u'/';
-    AppendFromNativeBytes(path, (*folder)->fName);
-  }
-  return path;
-}
-
-int TUnixDirectory::OpenWith(int pFlags) const {
-  if (!fParent) return OpenInSteps(AT_FDCWD, fName, pFlags);
-  // From the nearest folder that is open, or from the root's path.
-  std::vector<const TUnixDirectory*> chain{this};
-  TUnixDirectory* folder = fParent.get();
-  bool isOpen = folder->HoldIfOpen();
-  for (; !isOpen && folder->fParent; isOpen = folder->HoldIfOpen()) {
-    chain.push_back(folder);
-    folder = folder->fParent.get();
-  }
-  std::string path = isOpen ? std::string() : folder->fName;
-  for (auto part = chain.rbegin(); part != chain.rend(); ++part) {
-    if (!path.empty() && path.back() != '/') path += '/';
-    path += (*part)->fName;
-  }
-  const int handle = OpenInSteps(isOpen ? folder->Handle() : AT_FDCWD, path, pFlags);
-  const int error = errno;
-  if (isOpen) folder->LetGo();
-  errno = error;
-  return handle;
-}
-
-int TUnixDirectory::Open() {
-  if (Handle() >= 0) return 0;
-  const int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | (fFollowLink ? 0 : O_NOFOLLOW);
-  // Reading a folder would change its access date, one of the things that a scan is to tell; only its owner and root
-  // may ask for that not to happen.
-  int handle = OpenWith(flags | O_NOATIME);
-  if (handle < 0 && errno == EPERM) handle = OpenWith(flags);
-  const int error = errno;
-  LetGoOfParent();
-  if (handle < 0) return error;
-  fHandle.store(handle, std::memory_order_relaxed);
-  gOpenDirectories.fetch_add(1, std::memory_order_relaxed);
-  return 0;
-}
-
-void TUnixDirectory::CloseWhenShort() {
-  if (gOpenDirectories.load(std::memory_order_relaxed) > OpenDirectoriesLimit()) CloseHandle();
+  return fPseudoDevices.emplace(pDevice, *answer).first->second;
 }
 
 // --- making enumerators --------------------------------------------------------------------------------------------
@@ -262,6 +114,13 @@ struct TReachedPath {
   bool fIsPseudoFileSystem = false;
 };
 
+// No value when the system does not tell.
+std::optional<bool> IsOnPseudoFileSystem(int pHandle) {
+  struct statfs fileSystem {};
+  if (fstatfs(pHandle, &fileSystem) != 0) return {};
+  return IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+}
+
 // Looks at a path of any length, through links.
 TReachedPath ReachPath(const std::string& pPath) {
   TReachedPath reached;
@@ -271,14 +130,12 @@ TReachedPath ReachPath(const std::string& pPath) {
     return reached;
   }
   if (statx(handle, "", AT_EMPTY_PATH | AT_NO_AUTOMOUNT, kWantedFields, &reached.fStatus) != 0) reached.fError = errno;
-  struct statfs fileSystem {};
-  if (fstatfs(handle, &fileSystem) == 0)
-    reached.fIsPseudoFileSystem = IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  reached.fIsPseudoFileSystem = IsOnPseudoFileSystem(handle).value_or(false);
   close(handle);
   return reached;
 }
 
-TFileIdentity IdentityOf(const struct statx& pStatus) {
+TFolderIdentity IdentityOf(const struct statx& pStatus) {
   return {static_cast<uint64_t>(pStatus.stx_dev_major) << 32 | pStatus.stx_dev_minor, pStatus.stx_ino};
 }
 
@@ -316,7 +173,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16str
   if (reached.fError != 0) return MakeRef<TPathNotFoundEnumerator>(path, reached.fError, pOptions);
   const std::u16string_view folder = FolderOfPath(path, u'/');
   TRef<TUnixEnumerator> enumerator(
-      new TUnixEnumerator(MakeRef<TUnixScan>(std::u16string(folder), TFileIdentity(), pOptions),
+      new TUnixEnumerator(MakeRef<TUnixScan>(std::u16string(folder), TFolderIdentity(), pOptions),
                           MakeRef<TUnixDirectory>(ToNativeBytes(folder))));
   enumerator->fName = FileNameOfPath(path, u'/');
   enumerator->FillEntry(reached.fStatus, ToNativeBytes(enumerator->fName));
@@ -326,8 +183,10 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateForObject(const std::u16str
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateChildEnumerator(std::u16string_view pName,
                                                                      TAttributes pAttributes) {
-  return TRef<IHierarchicalEnumerator>(new TUnixEnumerator(
-      fScan, MakeRef<TUnixDirectory>(fDirectory, pName, (pAttributes & kAttributeReparsePoint) != 0)));
+  const bool isLink = (pAttributes & kAttributeReparsePoint) != 0;
+  TRef<TUnixEnumerator> child(new TUnixEnumerator(fScan, MakeRef<TUnixDirectory>(fDirectory, pName, isLink)));
+  child->fIsUnlisted = !fIsOpen && !fAtEnd && fSingleObjectOnly == TSingleObject::soNo;
+  return child;
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() {
@@ -338,6 +197,7 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
   TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
   clone->fName = fName;
   clone->fEntry = fEntry;
+  clone->fIsUnlisted = fIsUnlisted;
   if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;
   return clone;
 }
@@ -366,6 +226,11 @@ bool TUnixEnumerator::Open() {
   if (const int error = fDirectory->Open(); error != 0) {
     fErrorCode = static_cast<uint32_t>(error);
     fAtEnd = true;
+    return false;
+  }
+  if (!BelongsToScan()) {
+    fAtEnd = true;
+    fDirectory->CloseWhenShort();
     return false;
   }
   fBuffer = TakeBuffer();
@@ -436,44 +301,74 @@ void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pN
   // A file system that has grown from one without creation dates gives 1970 for its older files.
   const bool isBorn = (pStatus.stx_mask & STATX_BTIME) != 0 && pStatus.stx_btime.tv_sec != 0;
   values.fCreationDate = isBorn ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
-  fEntry.fIsRepeatedTarget = false;
   fEntry.fIdentity = IdentityOf(pStatus);
   fEntry.fMountId = pStatus.stx_mnt_id;
   fEntry.fUser = pStatus.stx_uid;
   fEntry.fIsMountPoint = (pStatus.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
+const std::u16string& TUnixEnumerator::RealPath() {
+  if (fRealPath.empty()) fRealPath = ResolvedPath(fDirectory->Path());
+  return fRealPath;
+}
+
 // A link to a folder outside the scan becomes a folder whose contents are scanned; it keeps its reparse attribute. A
-// link to a file stays a link.
+// link to a file stays a link. Only real paths are compared: the scan may itself have come here through a link, and so
+// may the target.
 void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
-  std::string target(4096, '\0');
-  const ssize_t length = readlinkat(fDirectory->Handle(), pName, target.data(), target.size());
-  if (length <= 0) return;
-  target.resize(static_cast<size_t>(length));
-  if (!FollowLink(GetFullPath(), FromNativeBytes(target), fScan->fRootPath, u'/', ResolvedPath)) return;
   struct statx status;
   if (statx(fDirectory->Handle(), pName, AT_NO_AUTOMOUNT, kWantedFields, &status) != 0 || !S_ISDIR(status.stx_mode))
     return;
+  if (RealPath().empty()) return;
+  const std::u16string target = ResolvedPath(GetFullPath());
+  if (!FollowLink(JoinPath(RealPath(), fName, u'/'), target, fScan->RealRootPath(), u'/')) return;
   FillEntry(status, pName);
   fEntry.fValues.fAttributes |= kAttributeReparsePoint;
-  fEntry.fIsRepeatedTarget = !fScan->EnterLinkTarget(fEntry.fIdentity);
 }
 
 bool TUnixEnumerator::CanDescend() const {
-  if (!IsFolder() || fEntry.fIsRepeatedTarget || fEntry.fIdentity == fScan->fRootIdentity) return false;
-  const bool otherFileSystem = fEntry.fIdentity.fDevice != fScan->fRootIdentity.fDevice;
-  if (otherFileSystem && (fOptions & heoStayOnFileSystem) != 0) return false;
-  if (fEntry.fIsMountPoint && fScan->IsDuplicateMount(fEntry.fMountId)) return false;
-  return !(fEntry.fIsMountPoint || otherFileSystem) || !IsPseudoFileSystemEntry();
+  return IsFolder() && MayEnter(fEntry, [this] { return IsPseudoFileSystemEntry(); });
 }
 
-bool TUnixEnumerator::IsPseudoFileSystemEntry() const {
+bool TUnixEnumerator::MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const {
+  if (pEntry.fIdentity == fScan->fRootIdentity) return false;
+  if (pEntry.fIsMountPoint && fScan->IsDuplicateMount(pEntry.fMountId)) return false;
+  // The root's own file system was asked when the scan began.
+  if (pEntry.fIdentity.fVolume == fScan->fRootIdentity.fVolume) return true;
+  return (fOptions & heoStayOnFileSystem) == 0 && !fScan->IsPseudoDevice(pEntry.fIdentity.fVolume, pAskPseudo);
+}
+
+std::optional<bool> TUnixEnumerator::IsPseudoFileSystemEntry() const {
   const int handle = OpenAt(fDirectory->Handle(), ToNativeBytes(fName).c_str(), O_PATH | O_DIRECTORY);
-  if (handle < 0) return false;  // opening it for real will tell the error
-  struct statfs fileSystem {};
-  const bool pseudo = fstatfs(handle, &fileSystem) == 0 && IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
+  if (handle < 0) return {};  // opening it for real will tell the error
+  const std::optional<bool> pseudo = IsOnPseudoFileSystem(handle);
   close(handle);
   return pseudo;
+}
+
+// What counts once is decided on the open folder, whatever its name stood for when it was listed. With links followed,
+// many roads may lead to one folder; the first to open it shows its contents, the others show an empty folder. So every
+// folder that any road reaches is counted once, and totals do not depend on which road came first.
+bool TUnixEnumerator::BelongsToScan() {
+  const bool followsLinks = (fOptions & heoFollowSymbolicLinks) != 0;
+  if (!fIsUnlisted && !followsLinks) return true;
+  struct statx status;
+  if (statx(fDirectory->Handle(), "", AT_EMPTY_PATH | AT_NO_AUTOMOUNT, kWantedFields, &status) != 0) {
+    fErrorCode = static_cast<uint32_t>(errno);
+    return false;
+  }
+  if (fIsUnlisted && !IsOpenFolderAllowed(status)) return false;
+  return !followsLinks || fScan->fEntered.Enter(IdentityOf(status), fDirectory->Road());
+}
+
+// The rules that a listing applies to its entries, for a folder that was opened by name.
+bool TUnixEnumerator::IsOpenFolderAllowed(const struct statx& pStatus) {
+  TEntry folder;
+  folder.fIdentity = IdentityOf(pStatus);
+  folder.fMountId = pStatus.stx_mnt_id;
+  folder.fIsMountPoint = true;  // or beneath one
+  if (!MayEnter(folder, [this] { return IsOnPseudoFileSystem(fDirectory->Handle()); })) return false;
+  return !fDirectory->IsBeyondLink() || !AreRelatedPaths(RealPath(), fScan->RealRootPath(), u'/');
 }
 
 // --- answers -------------------------------------------------------------------------------------------------------

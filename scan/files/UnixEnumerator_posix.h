@@ -1,90 +1,49 @@
 #pragma once
 
-// Lists a folder by getdents64 and statx; the chain of open folder handles; links, mounts, paths beyond the system's
-// limit.
+// Lists a folder by getdents64 and statx; links and mounts.
 
-#include <atomic>
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "platform/threads/CriticalSection.h"
+#include "scan/files/EnteredFolders.h"
+#include "scan/files/UnixDirectory_posix.h"
 #include "scan/storage/EnumeratorBase.h"
 
 struct statx;  // the system's
 
 namespace Vantrel::Enumerators {
 
-// What tells one file or folder from every other on this machine.
-struct TFileIdentity {
-  uint64_t fDevice = 0;
-  uint64_t fInode = 0;
-  bool operator==(const TFileIdentity&) const = default;
-};
-
 // What all enumerators of one scan share.
 class TUnixScan : public TInterfaced<IInterface> {
  public:
-  TUnixScan(std::u16string pRootPath, TFileIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
+  TUnixScan(std::u16string pRootPath, TFolderIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
       : fRootPath(std::move(pRootPath)), fRootIdentity(pRootIdentity), fOptions(pOptions) {}
 
+  // The root's path with all links resolved.
+  std::u16string RealRootPath();
   // Whether the scan reaches what this mount shows by another road as well.
   bool IsDuplicateMount(uint64_t pMountId);
-  // True the first time that a link leads to this folder.
-  bool EnterLinkTarget(const TFileIdentity& pTarget);
+  // Whether nothing is stored on this device. pAsk answers it, no value when it cannot, and is called once per device.
+  bool IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk);
 
   const std::u16string fRootPath;
-  const TFileIdentity fRootIdentity;
+  const TFolderIdentity fRootIdentity;
   const THierarchicalEnumeratorOptions fOptions;
+  TEnteredFolders fEntered;
 
  private:
-  struct TIdentityHash {
-    size_t operator()(const TFileIdentity& pKey) const { return pKey.fInode * 0x9E3779B97F4A7C15u ^ pKey.fDevice; }
-  };
   TCriticalSection fLock;
+  std::u16string fRealRootPath GUARDED_BY(fLock);  // empty until first asked for
   bool fMountsRead GUARDED_BY(fLock) = false;
   std::unordered_set<uint64_t> fDuplicateMounts GUARDED_BY(fLock);
-  std::unordered_set<TFileIdentity, TIdentityHash> fLinkTargets GUARDED_BY(fLock);
-};
-
-// A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened
-// relative to it, so that no path is resolved from the top again and again, and no path is too long.
-class TUnixDirectory : public TInterfaced<IInterface> {
- public:
-  // A scan's root, by absolute path.
-  explicit TUnixDirectory(std::string pPath);
-  TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink);
-  ~TUnixDirectory() override;
-  // The same folder, not opened yet: a handle knows one place in the listing only.
-  TRef<TUnixDirectory> Again() const;
-
-  // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as
-  // long as the process has handles to spare; without it children find their way from the nearest folder that is open.
-  int Open();
-  void CloseWhenShort();
-  int Handle() const { return fHandle.load(std::memory_order_relaxed); }
-  // An enumerator holds its folder, and a child holds its parent until it has been opened itself. A reference alone
-  // keeps only the name: those who go down a chain of ten thousand folders need no handle of any but the last.
-  void Hold() { fHolders.fetch_add(1, std::memory_order_relaxed); }
-  void LetGo();
-  std::u16string Path() const;
-  size_t PathLength() const { return fPathLength; }  // in UTF-16 units, of "/" 0
-
- private:
-  int OpenWith(int pFlags) const;
-  bool HoldIfOpen();
-  void CloseHandle();
-  void LetGoOfParent();
-
-  const TRef<TUnixDirectory> fParent;
-  const std::string fName;  // of the root its path
-  const uint32_t fPathLength;
-  const bool fFollowLink;
-  bool fHoldsParent;
-  std::atomic<int32_t> fHolders{0};
-  std::atomic<int> fHandle{-1};
+  std::unordered_map<uint64_t, bool> fPseudoDevices GUARDED_BY(fLock);
 };
 
 // Lists a folder of Linux: getdents64 into a 64 KiB buffer, statx relative to the folder's handle for every entry.
@@ -125,12 +84,12 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
  private:
   struct TEntry {
     TEntryValues fValues;
-    TFileIdentity fIdentity;
+    TFolderIdentity fIdentity;
     uint64_t fMountId = 0;
     uint32_t fUser = 0;
     bool fIsMountPoint = false;
-    bool fIsRepeatedTarget = false;  // a link to a folder that another link has been followed to
   };
+  using TAskPseudo = std::function<std::optional<bool>()>;
   enum class TSingleObject : uint8_t { soNo, soAhead, soDone };
 
   TUnixEnumerator(TRef<TUnixScan> pScan, TRef<TUnixDirectory> pDirectory);
@@ -140,18 +99,24 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   bool ReadEntry(const char* pName);
   void FillEntry(const struct statx& pStatus, std::string_view pName);
   void FollowLinkIfWanted(const char* pName);
-  bool IsPseudoFileSystemEntry() const;
+  bool MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const;
+  std::optional<bool> IsPseudoFileSystemEntry() const;
+  bool BelongsToScan();
+  bool IsOpenFolderAllowed(const struct statx& pStatus);
+  const std::u16string& RealPath();
 
   const TRef<TUnixScan> fScan;
   const TRef<TUnixDirectory> fDirectory;
-  std::u16string fName;  // of the current entry
-  TEntry fEntry;         // before the first Next: the folder itself, for a scan's root
+  std::u16string fName;      // of the current entry
+  std::u16string fRealPath;  // of the folder, with all links resolved; empty until first asked for
+  TEntry fEntry;             // before the first Next: the folder itself, for a scan's root
   std::unique_ptr<std::byte[]> fBuffer;
   uint32_t fBufferUsed = 0;
   uint32_t fBufferIndex = 0;
   uint32_t fErrorCode = 0;
   bool fIsOpen = false;
   bool fAtEnd = false;
+  bool fIsUnlisted = false;  // opened by name alone: no listing has said whether the folder may be entered
   TSingleObject fSingleObjectOnly = TSingleObject::soNo;
 };
 

@@ -1,7 +1,6 @@
 #include "scan/files/VolumeInformationCache.h"
 
 #include "platform/files/Paths.h"
-#include "scan/files/LinkRules.h"
 
 namespace Vantrel::Enumerators {
 
@@ -10,17 +9,19 @@ TVolumeInformationCache& TVolumeInformationCache::Instance() {
   return cache;
 }
 
-int64_t TVolumeInformationCache::ClusterSize(std::u16string_view pPath) {
-  std::u16string_view drive = RootOfPath(pPath, NativePathDelimiter());
+int64_t TVolumeInformationCache::ClusterSize(const std::u16string& pPath) {
   {
     TCriticalSectionLock lock(fLock);
-    if (auto found = fClusterSizes.find(drive); found != fClusterSizes.end()) return found->second;
+    if (auto found = fClusterSizes.find(pPath); found != fClusterSizes.end()) return found->second;
   }
-  // Asked without the lock, so that one slow server does not hold up the other drives.
+  // Asked without the lock, so that one slow server does not hold up the other drives. A volume without a drive letter
+  // has no resolved path; the folder that it is mounted in leads to it as well.
+  std::u16string folder = ResolvedPath(pPath);
+  if (folder.empty()) folder = pPath;
   TVolumeInformation information;
-  if (!GetVolumeInformationOfPath(std::u16string(drive), information)) information.fClusterSize = 0;
+  if (!GetVolumeInformationOfPath(folder, information)) information.fClusterSize = 0;
   TCriticalSectionLock lock(fLock);
-  fClusterSizes.emplace(drive, information.fClusterSize);
+  fClusterSizes.emplace(pPath, information.fClusterSize);
   return information.fClusterSize;
 }
 

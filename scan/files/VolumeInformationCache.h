@@ -16,10 +16,11 @@ class TVolumeInformationCache {
  public:
   static TVolumeInformationCache& Instance();
 
-  // Bytes per cluster of the drive that the path begins with ("C:\", "\\server\share\"); 0 when the system does not
-  // tell. A volume that is mounted in a folder counts as its drive.
-  int64_t ClusterSize(std::u16string_view pPath);
-  // Forgets everything: a drive letter may have come to stand for another medium.
+  // Bytes per cluster of the volume that the folder really lies on, by a drive letter, a share, a folder that a volume
+  // is mounted in or a link; 0 when the system does not tell. Kept by path: ask for the folder in which a scan comes to
+  // the volume, and not for each folder beneath.
+  int64_t ClusterSize(const std::u16string& pPath);
+  // Forgets everything: a drive letter may have come to stand for another medium. Each scan begins with it.
   void Clear();
 
  private:

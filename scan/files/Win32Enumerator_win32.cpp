@@ -1,5 +1,6 @@
 #include "scan/files/Win32Enumerator_win32.h"
 
+#include <functional>
 #include <utility>
 
 #include "platform/files/Paths.h"
@@ -30,10 +31,17 @@ int64_t TicksOf(const FILETIME& pTime) {
 
 TWin32Enumerator::TWin32Enumerator(std::u16string pPath, std::u16string pObjectName,
                                    THierarchicalEnumeratorOptions pOptions, IWin32FileApi& pApi)
-    : TBaseFileSystemEnumerator(std::move(pPath), pOptions), fApi(pApi), fForFile(std::move(pObjectName)) {}
+    : TBaseFileSystemEnumerator(std::move(pPath), pOptions),
+      fApi(pApi),
+      fForFile(std::move(pObjectName)),
+      fScan(std::make_shared<TWin32Scan>()),
+      fVolumePath(std::make_shared<const std::u16string>(fPath)) {}
 
 TWin32Enumerator::TWin32Enumerator(std::u16string pPath, const TWin32Enumerator& pParent)
-    : TBaseFileSystemEnumerator(std::move(pPath), pParent), fApi(pParent.fApi) {}
+    : TBaseFileSystemEnumerator(std::move(pPath), pParent),
+      fApi(pParent.fApi),
+      fScan(pParent.fScan),
+      fVolumePath(pParent.fVolumePath) {}
 
 // ---- Listing
 
@@ -65,7 +73,7 @@ void TWin32Enumerator::TakeRecord() {
   bool isLink = false;
   if ((fAttributes & kAttributeReparsePoint) != 0) {
     if ((fAttributes & kAttributeDirectory) != 0) {
-      fLinkDecision = DecideLink();
+      fLinkDecision = DecideLink(GetFullPath(), fRecord.fReparseTag);
       isLink = fLinkDecision != TLinkDecision::ldOrdinary;
       if (!isLink) fAttributes &= ~kAttributeReparsePoint;
     } else {
@@ -91,7 +99,6 @@ void TWin32Enumerator::Reset() {
   fHasEnded = false;
   fErrorCode = 0;
   fFullPath.clear();
-  fFollowedHere.clear();
   fSawOtherThanLink = fSawOrdinaryReparsePoint = fSawCloudFolder = false;
 }
 
@@ -148,7 +155,7 @@ std::u16string TWin32Enumerator::GetOwner() const {
 }
 
 int64_t TWin32Enumerator::ClusterSize() const {
-  if (fClusterSize == 0) fClusterSize = fApi.ClusterSize(fPath);
+  if (fClusterSize == 0) fClusterSize = fApi.ClusterSize(*fVolumePath);
   return fClusterSize;
 }
 
@@ -212,39 +219,71 @@ bool TWin32Enumerator::IsReachable(const std::u16string& pPath) const {
   return fApi.QueryEntry(ApiPath(pPath), data) == 0;
 }
 
-TLinkDecision TWin32Enumerator::DecideLink() {
-  if (fRecord.fReparseTag != 0 && !IsNameSurrogate(fRecord.fReparseTag)) return TLinkDecision::ldOrdinary;
-  std::u16string path = GetFullPath();
+TLinkDecision TWin32Enumerator::DecideLink(const std::u16string& pPath, uint32_t pTag) const {
+  if (pTag != 0 && !IsNameSurrogate(pTag)) return TLinkDecision::ldOrdinary;
   TReparsePoint point;
-  uint32_t code = OpenWithRetries(path, [&](const std::u16string& pApiPath) {
+  uint32_t code = OpenWithRetries(pPath, [&](const std::u16string& pApiPath) {
     point = {};
     return fApi.ReadReparsePoint(pApiPath, point);
   });
-  uint32_t tag = fRecord.fReparseTag != 0 ? fRecord.fReparseTag : point.fTag;
+  uint32_t tag = pTag != 0 ? pTag : point.fTag;
   TLinkKind kind = tag == IO_REPARSE_TAG_MOUNT_POINT ? TLinkKind::lkMountPoint : TLinkKind::lkSymbolicLink;
-  if (code == 0) return DecideResolvedLink(kind, point, path);
-  TEnumeratorError error = ClassifyEnumeratorError(code, [&] { return IsReachable(path); });
-  return DecideUnresolvedLink(path, kind, code, error, fOptions);
+  if (code == 0) return DecideResolvedLink(kind, point, pPath);
+  TEnumeratorError error = ClassifyEnumeratorError(code, [&] { return IsReachable(pPath); });
+  return DecideUnresolvedLink(pPath, kind, code, error, fOptions);
 }
 
-// Two links outside the scanned tree may lead to each other; then neither is related to the root or to its own folder.
-bool TWin32Enumerator::IsRelatedToFollowedTarget(const std::u16string& pTarget) const {
-  for (const TFollowedTarget* above = fFollowedAbove.get(); above != nullptr; above = above->fAbove.get())
-    if (AreRelatedPaths(pTarget, above->fTarget, u'\\')) return true;
-  return false;
+std::u16string TWin32Scan::RealRootPath(IWin32FileApi& pApi, const std::u16string& pRootPath) {
+  TCriticalSectionLock lock(fLock);
+  if (fRealRootPath.empty()) fRealRootPath = pApi.ResolvePath(pRootPath);
+  if (fRealRootPath.empty()) fRealRootPath = Win32::WithoutExtendedPrefix(pRootPath);
+  return fRealRootPath;
 }
 
+std::u16string TWin32Enumerator::RealPathOf(const std::u16string& pFolder) const {
+  std::u16string real = fApi.ResolvePath(pFolder);
+  return real.empty() ? Win32::WithoutExtendedPrefix(pFolder) : real;
+}
+
+// Only real paths are compared: the scan may itself have come here through a link, and so may the target. A volume
+// without a drive letter has none, so its name stands for it.
 TLinkDecision TWin32Enumerator::DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint,
-                                                   const std::u16string& pPath) {
+                                                   const std::u16string& pPath) const {
   if (!IsNameSurrogate(pPoint.fTag)) return TLinkDecision::ldOrdinary;
   if (!IsFollowingEnabled(pKind, fOptions)) return TLinkDecision::ldNotFollowed;
-  auto resolver = [this](const std::u16string& pFolder) { return fApi.ResolvePath(pFolder); };
-  std::u16string target = RootedLinkTarget(pPath, pPoint.fTarget, u'\\');
-  if (!FollowLink(pPath, target, Win32::WithoutExtendedPrefix(RootPath()), u'\\', resolver) ||
-      IsRelatedToFollowedTarget(target))
-    return TLinkDecision::ldNotFollowed;
-  fFollowedHere.emplace_back(fRecord.fName, target);
-  return TLinkDecision::ldFollowed;
+  std::u16string folder = RealPathOf(std::u16string(FolderOfPath(pPath, u'\\')));
+  std::u16string link = JoinPath(folder, FileNameOfPath(pPath, u'\\'), u'\\');
+  std::u16string target;
+  if (!pPoint.fTarget.empty() && !pPoint.fTarget.starts_with(u"\\\\?\\Volume{")) target = fApi.ResolvePath(pPath);
+  if (target.empty()) target = pPoint.fTarget;
+  return FollowLink(link, target, fScan->RealRootPath(fApi, RootPath()), u'\\') ? TLinkDecision::ldFollowed
+                                                                                : TLinkDecision::ldNotFollowed;
+}
+
+// With links followed, many roads may lead to one folder. The first to open it shows its contents, the others show an
+// empty folder: every folder is counted once, and the work does not grow with the number of roads.
+bool TWin32Enumerator::BelongsToScan(HANDLE pFolder) {
+  if (fIsUndecidedLink && DecideLink(fPath, 0) == TLinkDecision::ldNotFollowed) return false;
+  if (!FollowsLinks() || !fForFile.empty()) return true;
+  constexpr uint64_t withoutIds = UINT64_MAX;  // as a volume; the real path is the id
+  TFolderIdentity identity;
+  if (fApi.QueryIdentity(pFolder, identity) != 0)
+    identity = {withoutIds, std::hash<std::u16string>()(RealPathOf(fPath))};
+  return fScan->fEntered.Enter(identity, std::hash<std::u16string>()(fPath));
+}
+
+bool TWin32Enumerator::BelongsToScan() {
+  if (!fIsUndecidedLink && (!FollowsLinks() || !fForFile.empty())) return true;
+  HANDLE folder = INVALID_HANDLE_VALUE;
+  uint32_t code = OpenFolder(fPath, [&](const std::u16string& pApiPath) {
+    uint32_t error = 0;
+    folder = fApi.OpenDirectory(pApiPath, OpenFlags(), error);
+    return error;
+  });
+  if (code != 0) return true;  // the listing will tell
+  bool belongs = BelongsToScan(folder);
+  fApi.CloseDirectory(folder);
+  return belongs;
 }
 
 bool TWin32Enumerator::CanDescend() const {
@@ -253,8 +292,8 @@ bool TWin32Enumerator::CanDescend() const {
 
 // ---- Children
 
-void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, std::u16string_view pName, TAttributes pAttributes,
-                                bool pMayBeReparsePoint, bool pIsCloud) const {
+void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, TAttributes pAttributes, bool pMayBeReparsePoint,
+                                bool pIsCloud) const {
   if (!fAnyParentIsReparseTagCloud && !pIsCloud)
     pChild.fAnyParentIsReparseTagCloud = (OwnRecord().fAttributes & kAttributeRecallOnDataAccess) != 0;
   else
@@ -262,17 +301,18 @@ void TWin32Enumerator::HandDown(TWin32Enumerator& pChild, std::u16string_view pN
   pChild.fParentWasSymLink = (pAttributes & kAttributeReparsePoint) != 0;
   if (fHasEnded) pChild.fAllSiblingsAreLinks = !fSawOtherThanLink;
   pChild.fOpenReparsePoint = !pMayBeReparsePoint;
-  pChild.fFollowedAbove = fFollowedAbove;
-  for (const auto& [name, target] : fFollowedHere)
-    if (name == pName)
-      pChild.fFollowedAbove = std::make_shared<const TFollowedTarget>(TFollowedTarget{target, fFollowedAbove});
+  if (!pChild.fParentWasSymLink.value()) return;
+  // A link may lead to another volume.
+  pChild.fVolumePath = std::make_shared<const std::u16string>(pChild.fPath);
+  pChild.fClusterSize = 0;
+  pChild.fIsUndecidedLink = !fIsOnEntry && !fHasEnded;
 }
 
 TRef<IHierarchicalEnumerator> TWin32Enumerator::GetChildHierarchicalEnumerator() {
   if (!fIsOnEntry) return Clone();
   TRef<TWin32Enumerator> child = CreateForFolder(GetFullPath());
   bool isReparsePoint = (fRecord.fAttributes & kAttributeReparsePoint) != 0;
-  HandDown(*child, fRecord.fName, fAttributes, isReparsePoint, IsCloudTag(fRecord.fReparseTag));
+  HandDown(*child, fAttributes, isReparsePoint, IsCloudTag(fRecord.fReparseTag));
   return child;
 }
 
@@ -282,7 +322,7 @@ TRef<IHierarchicalEnumerator> TWin32Enumerator::CreateChildEnumerator(std::u16st
                                                                       TAttributes pAttributes) {
   TRef<TWin32Enumerator> child = CreateForFolder(JoinPath(fPath, pName, u'\\'));
   bool mayBeReparsePoint = (pAttributes & kAttributeReparsePoint) != 0 || fSawOrdinaryReparsePoint;
-  HandDown(*child, pName, pAttributes, mayBeReparsePoint, fSawCloudFolder);
+  HandDown(*child, pAttributes, mayBeReparsePoint, fSawCloudFolder);
   return child;
 }
 
@@ -293,12 +333,14 @@ TRef<IHierarchicalEnumerator> TWin32Enumerator::Clone() const {
   clone->fParentWasSymLink = fParentWasSymLink;
   clone->fAllSiblingsAreLinks = fAllSiblingsAreLinks;
   clone->fOpenReparsePoint = fOpenReparsePoint;
-  clone->fFollowedAbove = fFollowedAbove;
+  clone->fIsUndecidedLink = fIsUndecidedLink;
   return clone;
 }
 
 std::u16string RootedPathOf(std::u16string_view pPath) {
   std::u16string path = PathOfFileUrl(pPath, u'\\');
+  // The bare name of a shadow copy is the device's; with a delimiter it is the folder's.
+  if (IsShadowCopyPath(path) && FolderOfPath(path, u'\\').empty() && !path.ends_with(u'\\')) path += u'\\';
   bool isExact = path.starts_with(u"\\\\?\\") || path.starts_with(u"\\\\.\\") || IsShadowCopyPath(path);
   return isExact ? path : AbsolutePath(path);
 }

@@ -9,12 +9,25 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
+#include "platform/threads/CriticalSection.h"
 #include "scan/files/Win32FileApi_win32.h"
 #include "scan/storage/FileSystemEnumerator.h"
 
 namespace Vantrel::Enumerators {
+
+// What all enumerators of one scan share.
+class TWin32Scan {
+ public:
+  // The scanned folder's path with all links resolved.
+  std::u16string RealRootPath(IWin32FileApi& pApi, const std::u16string& pRootPath);
+
+  TEnteredFolders fEntered;
+
+ private:
+  TCriticalSection fLock;
+  std::u16string fRealRootPath GUARDED_BY(fLock);  // empty until first asked for
+};
 
 // What the Windows enumerators share: the values of the current record, links, errors and children. How records are
 // fetched is theirs.
@@ -73,10 +86,17 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   virtual int64_t ResidentLimit() const = 0;
 
   bool Fail(uint32_t pErrorCode);  // false
+  // Whether the folder's contents belong to the scan; asked when it is opened. Not so for a link that is not followed,
+  // and for a folder that another road has entered before. The second form opens the folder for it.
+  bool BelongsToScan(HANDLE pFolder);
+  bool BelongsToScan();
   // Runs pOpen, which takes the path in API form and returns a code, with the retries that opening a folder gets: the
   // long form when the path was not found, the backup privilege when it was refused, once more when a server that did
   // not answer does so now.
   uint32_t OpenFolder(const std::u16string& pPath, const std::function<uint32_t(const std::u16string&)>& pOpen) const;
+  uint32_t OpenFlags() const {
+    return FILE_FLAG_BACKUP_SEMANTICS | (fOpenReparsePoint ? FILE_FLAG_OPEN_REPARSE_POINT : 0);
+  }
   int64_t ClusterSize() const;
   const TRecord& Record() const { return fIsOnEntry ? fRecord : OwnRecord(); }
   static TKivFileTime DateOf(int64_t pTicks) { return {pTicks > 0 ? pTicks : 0}; }
@@ -91,25 +111,19 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   uint32_t fErrorCode = 0;
 
  private:
-  // The targets of the links that were followed on the way here, nearest first.
-  struct TFollowedTarget {
-    std::u16string fTarget;
-    std::shared_ptr<const TFollowedTarget> fAbove;
-  };
-
   template <class TOpen>
   uint32_t OpenWithRetries(const std::u16string& pPath, TOpen pOpen) const;
   bool IsReachable(const std::u16string& pPath) const;
   void TakeRecord();
   void EndListing();
-  TLinkDecision DecideLink();
-  TLinkDecision DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint, const std::u16string& pPath);
-  bool IsRelatedToFollowedTarget(const std::u16string& pTarget) const;
+  TLinkDecision DecideLink(const std::u16string& pPath, uint32_t pTag) const;
+  TLinkDecision DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint, const std::u16string& pPath) const;
+  std::u16string RealPathOf(const std::u16string& pFolder) const;
+  bool FollowsLinks() const { return (fOptions & (heoFollowSymbolicLinks | heoFollowMountPoints)) != 0; }
   bool SharesHardLinks(int64_t pAllocation) const;
   void CheckLinks() const;
   const TRecord& OwnRecord() const;
-  void HandDown(TWin32Enumerator& pChild, std::u16string_view pName, TAttributes pAttributes, bool pMayBeReparsePoint,
-                bool pIsCloud) const;
+  void HandDown(TWin32Enumerator& pChild, TAttributes pAttributes, bool pMayBeReparsePoint, bool pIsCloud) const;
 
   TRecord fRecord;
   mutable std::optional<TRecord> fOwnRecord;  // of the folder itself, fetched when asked for
@@ -117,9 +131,10 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   TLinkDecision fLinkDecision = TLinkDecision::ldOrdinary;
   bool fIsOnEntry = false;
   bool fHasEnded = false;
-  std::shared_ptr<const TFollowedTarget> fFollowedAbove;
+  const std::shared_ptr<TWin32Scan> fScan;
+  std::shared_ptr<const std::u16string> fVolumePath;  // where the scan came to the folder's volume
+  bool fIsUndecidedLink = false;  // a link that was opened by name: no listing has said whether it is followed
   // What the listing has met so far.
-  std::vector<std::pair<std::u16string, std::u16string>> fFollowedHere;  // names of links, their targets
   bool fSawOtherThanLink = false;
   bool fSawOrdinaryReparsePoint = false;
   bool fSawCloudFolder = false;

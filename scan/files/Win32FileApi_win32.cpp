@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 #include <vector>
 
@@ -45,7 +46,8 @@ std::u16string UsualTarget(std::u16string_view pTarget) {
   return WithoutExtendedPrefix(std::u16string(kPrefix).append(pTarget.substr(4)));
 }
 
-// A volume's name tells nothing about whether it lies inside the scan; its drive letter does.
+// A volume's name tells nothing about whether it lies inside the scan; its drive letter does. A volume that is mounted
+// in folders only keeps its name: one of those folders may be the link itself.
 std::u16string WithDriveLetter(const std::u16string& pTarget) {
   if (!pTarget.starts_with(u"\\\\?\\Volume{")) return pTarget;
   size_t end = pTarget.find(u'\\', kPrefix.size());
@@ -55,8 +57,11 @@ std::u16string WithDriveLetter(const std::u16string& pTarget) {
   if (!GetVolumePathNamesForVolumeNameW(Wide(volume), paths.data(), static_cast<DWORD>(paths.size()), &length) ||
       paths[0] == 0)
     return pTarget;
-  std::u16string drive(Narrow(std::wstring_view(paths.data())));
-  return end == std::u16string::npos ? drive : drive + pTarget.substr(end + 1);
+  for (const wchar_t* path = paths.data(); *path != 0; path += std::wcslen(path) + 1) {
+    std::u16string drive(Narrow(std::wstring_view(path)));
+    if (drive.size() == 3) return end == std::u16string::npos ? drive : drive + pTarget.substr(end + 1);
+  }
+  return pTarget;
 }
 
 // File servers exist that show links but do not hand out what is in them, and so does Wine for links of the system
@@ -161,6 +166,23 @@ HANDLE TSystemFileApi::OpenDirectory(const std::u16string& pPath, uint32_t pFlag
 
 void TSystemFileApi::CloseDirectory(HANDLE pDirectory) noexcept {
   CloseHandle(pDirectory);
+}
+
+uint32_t TSystemFileApi::QueryIdentity(HANDLE pDirectory, TFolderIdentity& pIdentity) {
+  // Ids of 128 bits are unique on every file system; those of 64 bits are known to older ones.
+  FILE_ID_INFO id{};
+  BY_HANDLE_FILE_INFORMATION information{};
+  if (GetFileInformationByHandleEx(pDirectory, FileIdInfo, &id, sizeof(id))) {
+    pIdentity.fVolume = id.VolumeSerialNumber;
+    std::memcpy(&pIdentity.fId, id.FileId.Identifier, 8);
+    std::memcpy(&pIdentity.fIdHigh, id.FileId.Identifier + 8, 8);
+  } else if (GetFileInformationByHandle(pDirectory, &information)) {
+    pIdentity = {information.dwVolumeSerialNumber,
+                 (uint64_t{information.nFileIndexHigh} << 32) | information.nFileIndexLow};
+  } else {
+    return GetLastError();
+  }
+  return pIdentity.fId == 0 && pIdentity.fIdHigh == 0 ? ERROR_NOT_SUPPORTED : 0;
 }
 
 uint32_t TSystemFileApi::QueryDirectory(HANDLE pDirectory, std::span<std::byte> pBuffer, const std::u16string* pMask,

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/system/Win32_win32.h"
+#include "scan/files/EnteredFolders.h"
 
 // Everything that the Windows enumerators ask of the system, so that tests can stand in for what needs rights, volumes
 // or faults that they cannot have.
@@ -35,6 +36,8 @@ class IWin32FileApi {
   // INVALID_HANDLE_VALUE and the code when it fails.
   virtual HANDLE OpenDirectory(const std::u16string& pPath, uint32_t pFlags, uint32_t& pErrorCode) = 0;
   virtual void CloseDirectory(HANDLE pDirectory) noexcept = 0;
+  // An error as well where the file system gives folders no ids.
+  virtual uint32_t QueryIdentity(HANDLE pDirectory, TFolderIdentity& pIdentity) = 0;
   // One query of full directory information; a status of the kernel.
   virtual uint32_t QueryDirectory(HANDLE pDirectory, std::span<std::byte> pBuffer, const std::u16string* pMask,
                                   bool pRestart, uint32_t& pBytes) = 0;
@@ -50,7 +53,7 @@ class IWin32FileApi {
   virtual uint32_t QueryCompressedSize(const std::u16string& pPath, int64_t& pBytes) = 0;
   // The path, a usual one, with all links resolved; empty when that fails.
   virtual std::u16string ResolvePath(const std::u16string& pPath) = 0;
-  virtual int64_t ClusterSize(const std::u16string& pPath) = 0;  // of a usual path
+  virtual int64_t ClusterSize(const std::u16string& pPath) = 0;  // of the volume of a folder, by a usual path
 
   virtual bool EnableBackupPrivilege() = 0;
   virtual int64_t TickCount() = 0;  // milliseconds
@@ -63,6 +66,7 @@ class TSystemFileApi : public IWin32FileApi {
 
   HANDLE OpenDirectory(const std::u16string& pPath, uint32_t pFlags, uint32_t& pErrorCode) override;
   void CloseDirectory(HANDLE pDirectory) noexcept override;
+  uint32_t QueryIdentity(HANDLE pDirectory, TFolderIdentity& pIdentity) override;
   uint32_t QueryDirectory(HANDLE pDirectory, std::span<std::byte> pBuffer, const std::u16string* pMask, bool pRestart,
                           uint32_t& pBytes) override;
   HANDLE FindFirst(const std::u16string& pPattern, TKivWin32FindData& pData, uint32_t& pErrorCode) override;

@@ -4,6 +4,7 @@
 
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
+#include "scan/files/VolumeInformationCache.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
 namespace Vantrel::Enumerators {
@@ -19,6 +20,7 @@ void TCustomFileSystemEnumerator::CloseListing() noexcept {
 }
 
 bool TCustomFileSystemEnumerator::FindFirst() {
+  if (!BelongsToScan()) return false;
   fFindData = std::make_unique<TKivWin32FindData>();
   fSingleObjectOnly = !fForFile.empty();
   // A drive is an entry of no folder, so finding cannot describe it.
@@ -71,6 +73,7 @@ TRef<TFileSystemEnumerator> TFileSystemEnumerator::CreateForFolderPath(std::u16s
 
 TRef<IHierarchicalEnumerator> TFileSystemEnumerator::CreateForPath(const std::u16string& pPath,
                                                                    THierarchicalEnumeratorOptions pOptions) {
+  TVolumeInformationCache::Instance().Clear();
   std::u16string path = RootedPathOf(pPath);
   TKivWin32FindData data{};
   uint32_t code = TSystemFileApi::Instance().QueryEntry(ApiPath(path), data);

@@ -142,15 +142,6 @@ TRef<IHierarchicalEnumerator> TCachingEnumerator::Wrap(TRef<IHierarchicalEnumera
 
 // ---- TSummarizingEnumerator
 
-void TEntrySums::Add(const TEntrySums& pOther) {
-  fPlainSize += pOther.fPlainSize;
-  fSizeOnStorage += pOther.fSizeOnStorage;
-  fNumberOfFiles += pOther.fNumberOfFiles;
-  fNumberOfFolders += pOther.fNumberOfFolders;
-  fLastAccessDate = std::max(fLastAccessDate, pOther.fLastAccessDate);
-  fLastChangeDate = std::max(fLastChangeDate, pOther.fLastChangeDate);
-}
-
 TSummarizingEnumerator::TSummarizingEnumerator(TRef<IHierarchicalEnumerator> pNested, bool pFolderDateBasedOnFilesOnly)
     : TBaseNestedHierarchicalEnumerator(std::move(pNested)), fFolderDateBasedOnFilesOnly(pFolderDateBasedOnFilesOnly) {}
 
@@ -173,21 +164,44 @@ TEntrySums TSummarizingEnumerator::SumsOfEntry() const {
   return sums;
 }
 
+void TSummarizingEnumerator::AddToSummarized(const TEntrySums& pEntry) {
+  fSummarizedPlainSize += pEntry.fPlainSize;
+  fSummarizedSizeOnStorage += pEntry.fSizeOnStorage;
+  fSummarizedNumberOfFiles += pEntry.fNumberOfFiles;
+  fSummarizedNumberOfFolders += pEntry.fNumberOfFolders;
+  fSummarizedLastAccessDate = std::max(fSummarizedLastAccessDate, pEntry.fLastAccessDate);
+  fSummarizedLastChangeDate = std::max(fSummarizedLastChangeDate, pEntry.fLastChangeDate);
+}
+
+void TSummarizingEnumerator::AddToChild(const TEntrySums& pEntry) {
+  fChildPlainSize += pEntry.fPlainSize;
+  fChildSizeOnStorage += pEntry.fSizeOnStorage;
+  fChildNumberOfFiles += pEntry.fNumberOfFiles;
+  fChildNumberOfFolders += pEntry.fNumberOfFolders;
+  fChildLastAccessDate = std::max(fChildLastAccessDate, pEntry.fLastAccessDate);
+  fChildLastChangeDate = std::max(fChildLastChangeDate, pEntry.fLastChangeDate);
+}
+
+void TSummarizingEnumerator::ClearChild() {
+  fChildPlainSize = fChildSizeOnStorage = fChildNumberOfFiles = fChildNumberOfFolders = 0;
+  fChildLastAccessDate = fChildLastChangeDate = {};
+}
+
 void TSummarizingEnumerator::CountEntry(const TEntrySums& pEntry) {
-  fSummarized.Add(pEntry);
-  fChild = pEntry;
+  AddToSummarized(pEntry);
+  AddToChild(pEntry);
   const TSummarizingEnumerator* child = this;
   for (TSummarizingEnumerator* parent = fParentEnumerator.get(); parent != nullptr;
        parent = parent->fParentEnumerator.get()) {
-    parent->fSummarized.Add(pEntry);
-    if (child->fParentEntryNumber == parent->fEntryNumber) parent->fChild.Add(pEntry);
+    parent->AddToSummarized(pEntry);
+    if (child->fParentEntryNumber == parent->fEntryNumber) parent->AddToChild(pEntry);
     child = parent;
   }
 }
 
 bool TSummarizingEnumerator::Next() {
   ++fEntryNumber;
-  fChild = {};
+  ClearChild();
   if (!TBaseNestedHierarchicalEnumerator::Next()) return false;
   CountEntry(SumsOfEntry());
   return true;
@@ -195,8 +209,9 @@ bool TSummarizingEnumerator::Next() {
 
 void TSummarizingEnumerator::Reset() {
   ++fEntryNumber;
-  fChild = {};
-  fSummarized = {};
+  ClearChild();
+  fSummarizedPlainSize = fSummarizedSizeOnStorage = fSummarizedNumberOfFiles = fSummarizedNumberOfFolders = 0;
+  fSummarizedLastAccessDate = fSummarizedLastChangeDate = {};
   TBaseNestedHierarchicalEnumerator::Reset();
 }
 

@@ -108,8 +108,6 @@ struct TEntrySums {
   int64_t fNumberOfFolders = 0;
   TKivFileTime fLastAccessDate;
   TKivFileTime fLastChangeDate;
-
-  void Add(const TEntrySums& pOther);
   bool operator==(const TEntrySums&) const = default;
 };
 
@@ -128,10 +126,16 @@ class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
 
   // Everything listed so far, beneath the entries as well.
-  const TEntrySums& Summarized() const { return fSummarized; }
+  TEntrySums Summarized() const {
+    return {fSummarizedPlainSize,       fSummarizedSizeOnStorage,  fSummarizedNumberOfFiles,
+            fSummarizedNumberOfFolders, fSummarizedLastAccessDate, fSummarizedLastChangeDate};
+  }
   // The current entry and what has been listed beneath it by its GetChildHierarchicalEnumerator. A folder's own entry
   // gives one folder.
-  const TEntrySums& Child() const { return fChild; }
+  TEntrySums Child() const {
+    return {fChildPlainSize,       fChildSizeOnStorage,  fChildNumberOfFiles,
+            fChildNumberOfFolders, fChildLastAccessDate, fChildLastChangeDate};
+  }
 
  protected:
   TRef<IHierarchicalEnumerator> Wrap(TRef<IHierarchicalEnumerator> pNested) const override;
@@ -140,9 +144,23 @@ class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
   TRef<IHierarchicalEnumerator> WrapChild(TRef<IHierarchicalEnumerator> pNested, int64_t pEntryNumber);
   void CountEntry(const TEntrySums& pEntry);
   TEntrySums SumsOfEntry() const;
+  void AddToSummarized(const TEntrySums& pEntry);
+  void AddToChild(const TEntrySums& pEntry);
+  void ClearChild();
 
-  TEntrySums fSummarized;
-  TEntrySums fChild;
+  int64_t fSummarizedPlainSize = 0;
+  int64_t fSummarizedSizeOnStorage = 0;
+  int64_t fSummarizedNumberOfFiles = 0;
+  int64_t fSummarizedNumberOfFolders = 0;
+  TKivFileTime fSummarizedLastAccessDate;
+  TKivFileTime fSummarizedLastChangeDate;
+  // The same of the current entry and what lies beneath it.
+  int64_t fChildPlainSize = 0;
+  int64_t fChildSizeOnStorage = 0;
+  int64_t fChildNumberOfFiles = 0;
+  int64_t fChildNumberOfFolders = 0;
+  TKivFileTime fChildLastAccessDate;
+  TKivFileTime fChildLastChangeDate;
   bool fFolderDateBasedOnFilesOnly;
   TRef<TSummarizingEnumerator> fParentEnumerator;  // nullptr at the top
   int64_t fEntryNumber = 0;                        // of the current entry, from 1

@@ -42,6 +42,9 @@ TEST(Paths, PartsOfWindowsPaths) {
            {u"\\\\server\\share\\a", u"\\\\server\\share\\", u"a", true},
            {u"\\\\?\\C:\\a", u"\\\\?\\C:\\", u"a", true},
            {u"\\\\?\\UNC\\server\\share\\a", u"\\\\?\\UNC\\server\\share\\", u"a", true},
+           // A shadow copy: without the delimiter behind its name it would be the device.
+           {u"\\\\?\\GLOBALROOT\\Device\\Copy1\\", u"", u"\\\\?\\GLOBALROOT\\Device\\Copy1\\", true},
+           {u"\\\\?\\GLOBALROOT\\Device\\Copy1\\a", u"\\\\?\\GLOBALROOT\\Device\\Copy1\\", u"a", true},
        })
     CheckParts(each, u'\\');
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <winternl.h>
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -53,12 +54,14 @@ class TStandInApi : public TSystemFileApi {
   uint32_t fReparseCode = 0;
   TReparsePoint fReparsePoint;
   int fReparseReads = 0;
-  std::u16string fResolved;
+  std::function<std::u16string(const std::u16string&)> fResolve;  // unset: nothing can be resolved
+  std::map<std::u16string, int64_t> fClusterSizes;                // by path; others have 4096
   TLinkInformation fLinks;
   int fLinkQueries = 0;
 
   HANDLE OpenDirectory(const std::u16string& pPath, uint32_t pFlags, uint32_t& pErrorCode) override {
     fOpenFlags.push_back(pFlags);
+    fLastFolder = Win32::WithoutExtendedPrefix(pPath);
     pErrorCode = Refuse(pPath);
     if (pErrorCode != 0) return INVALID_HANDLE_VALUE;
     ++fOpenHandles;
@@ -66,6 +69,13 @@ class TStandInApi : public TSystemFileApi {
     return this;
   }
   void CloseDirectory(HANDLE) noexcept override { --fOpenHandles; }
+
+  // Of the folder that was opened last: two paths are one folder if they resolve to the same.
+  uint32_t QueryIdentity(HANDLE, TFolderIdentity& pIdentity) override {
+    std::u16string real = ResolvePath(fLastFolder);
+    pIdentity = {1, std::hash<std::u16string>()(real.empty() ? fLastFolder : real)};
+    return 0;
+  }
 
   uint32_t QueryDirectory(HANDLE, std::span<std::byte> pBuffer, const std::u16string*, bool pRestart,
                           uint32_t& pBytes) override {
@@ -119,8 +129,13 @@ class TStandInApi : public TSystemFileApi {
     pInformation = fLinks;
     return 0;
   }
-  std::u16string ResolvePath(const std::u16string& pPath) override { return fResolved.empty() ? pPath : fResolved; }
-  int64_t ClusterSize(const std::u16string&) override { return 4096; }
+  std::u16string ResolvePath(const std::u16string& pPath) override {
+    return fResolve ? fResolve(pPath) : std::u16string();
+  }
+  int64_t ClusterSize(const std::u16string& pPath) override {
+    auto found = fClusterSizes.find(pPath);
+    return found == fClusterSizes.end() ? 4096 : found->second;
+  }
   bool EnableBackupPrivilege() override {
     ++fPrivilegeAttempts;
     fPrivilegeHeld = fPrivilegeGranted;
@@ -155,6 +170,7 @@ class TStandInApi : public TSystemFileApi {
   }
 
   static inline uint32_t fLastRecord = 0;
+  std::u16string fLastFolder;
   size_t fNextBatch = 0;
   std::vector<TEntry> fFindList;
   size_t fFindIndex = 0;
@@ -288,6 +304,10 @@ TEST_F(EnumeratorSeam, PathsGoToTheSystemInLongForm_StandInForOpen) {
        "\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy3\\a"},
       {u"\\\\server\\share\\@GMT-2026.01.02-03.04.05", "\\\\server\\share\\@GMT-2026.01.02-03.04.05"}};
   for (const auto& [path, form] : forms) EXPECT_EQ(Narrow(ApiPath(path)), form);
+  // The root of a shadow copy, which without its last delimiter is the device.
+  const std::u16string shadowRoot = u"\\\\?\\GLOBALROOT\\Device\\HarddiskVolumeShadowCopy3\\";
+  for (const std::u16string& path : {shadowRoot, shadowRoot.substr(0, shadowRoot.size() - 1)})
+    EXPECT_EQ(Narrow(ApiPath(RootedPathOf(path))), Narrow(shadowRoot));
 
   fApi.fBatches = {{{u"a", 32}}};
   fApi.fOpenCodes = {{"\\\\server\\share\\@GMT-1", 2}, {"\\\\?\\C:\\gone", 2}};
@@ -424,7 +444,6 @@ TEST_F(EnumeratorSeam, ReparsePointsAreJudgedByTagTargetAndError_StandInForRepar
       {"relative, into the tree", symbolicLink, 0, 0, u"b", both, true, false},
       {"relative, out of the tree", symbolicLink, 0, 0, u"..\\other", both, true, true},
       {"without a target", symbolicLink, 0, 0, u"", both, true, false},
-      {"into what the parent really is", symbolicLink, 0, 0, u"E:\\real\\x", both, true, false},
       {"refused", symbolicLink, 5, 0, u"", both, true, false},
       {"another error, settings on", symbolicLink, 1117, 0, u"", heoFollowSymbolicLinks, true, true},
       {"another error, settings off", symbolicLink, 1117, 0, u"", heoFollowMountPoints, true, false},
@@ -432,7 +451,6 @@ TEST_F(EnumeratorSeam, ReparsePointsAreJudgedByTagTargetAndError_StandInForRepar
       {"a server that does not", mountPoint, 1707, 1707, u"", 0, true, false},
       {"unknown tag, the system tells a link", 0, 0, 0, u"D:\\x", both, true, true},
   };
-  fApi.fResolved = u"E:\\real";
   for (const TCase& c : cases) {
     fApi.fBatches = {{{u"link", 0x410, 0, 0, c.fTag}}};
     fApi.fReparsePoint = {c.fTag == 0 ? symbolicLink : c.fTag, c.fTarget};
@@ -508,22 +526,89 @@ TEST_F(EnumeratorSeam, TenThousandLevels_StandInForFolders) {
   }
 }
 
-// "scan\l" leads to D:\x, where every folder holds a link "l" again, by turns to D:\y and D:\x.
-TEST_F(EnumeratorSeam, LinksThatLeadToEachOtherEnd_StandInForReparsePoints) {
-  fApi.fBatches = {{{u"l", 0x410, 0, 0, IO_REPARSE_TAG_SYMLINK}}};
-  TRef<IHierarchicalEnumerator> enumerator = Native(heoFollowSymbolicLinks);
-  int followed = 0;
-  for (; followed < 10; ++followed) {
-    bool isEven = followed % 2 == 0;
-    fApi.fReparsePoint = {IO_REPARSE_TAG_SYMLINK, isEven ? u"D:\\x" : u"D:\\y"};
-    fApi.fResolved = followed == 0 ? u"C:\\scan" : isEven ? u"D:\\y" : u"D:\\x";
-    ASSERT_TRUE(enumerator->Next());
-    if (!enumerator->CanDescend()) break;
-    std::u16string name(enumerator->GetObjectName());
-    ASSERT_FALSE(enumerator->Next());
-    enumerator = enumerator->CreateChildEnumerator(name, 0x410);
+TEST_F(EnumeratorSeam, RealPathsDecideAboutLinks_StandInForReparsePoints) {
+  struct TCase {
+    const char* fWhat;
+    const char16_t* fRealRoot;
+    const char16_t* fRealFolder;  // of "C:\scan\sub", which holds the link
+    const char16_t* fRealTarget;
+    const char16_t* fTarget;  // as the link has it
+    bool fDescends;
+  };
+  const TCase cases[] = {
+      {"the root is given through a link", u"E:\\real", u"E:\\real\\sub", u"E:\\real\\b", u"E:\\real\\b", false},
+      {"a target through a link into the tree", u"C:\\scan", u"C:\\scan\\sub", u"C:\\scan\\b", u"D:\\alias\\b", false},
+      {"relative, below a followed link", u"C:\\scan", u"D:\\x\\y", u"D:\\z", u"..\\z", true},
+      {"into what the folder really is", u"C:\\scan", u"E:\\real", u"E:\\real\\x", u"E:\\real\\x", false},
+      {"beside what the folder really is", u"C:\\scan", u"E:\\real", u"E:\\other", u"E:\\other", true},
+      {"a volume that is mounted here only", u"C:\\scan", u"C:\\scan\\sub", u"C:\\scan\\sub\\l", u"\\\\?\\Volume{1}\\",
+       true},
+      {"a target that cannot be resolved", u"C:\\scan", u"D:\\x\\y", u"", u"..\\z", true},
+  };
+  fApi.fBatches = {{{u"l", 0x410, 0, 0, IO_REPARSE_TAG_MOUNT_POINT}}};
+  for (const TCase& c : cases) {
+    fApi.fReparsePoint = {static_cast<uint32_t>(IO_REPARSE_TAG_MOUNT_POINT), c.fTarget};
+    fApi.fResolve = [&](const std::u16string& pPath) -> std::u16string {
+      return pPath == u"C:\\scan" ? c.fRealRoot : pPath == u"C:\\scan\\sub" ? c.fRealFolder : c.fRealTarget;
+    };
+    for (const TMake& make : Both()) {
+      auto folder = make(heoFollowMountPoints)->CreateChildEnumerator(u"sub", kAttributeDirectory);
+      ASSERT_TRUE(folder->Next());
+      EXPECT_EQ(folder->CanDescend(), c.fDescends) << c.fWhat;
+    }
   }
-  EXPECT_EQ(followed, 2) << "D:\\x, D:\\y, and no more";
+}
+
+// Twenty folders, each of which holds two links to the next, and the last to the first: a million roads.
+TEST_F(EnumeratorSeam, ManyRoadsToOneFolderAreNoMoreWork_StandInForReparsePoints) {
+  fApi.fBatches = {{{u"a", 0x410, 0, 0, IO_REPARSE_TAG_SYMLINK}, {u"b", 0x410, 0, 0, IO_REPARSE_TAG_SYMLINK}}};
+  fApi.fReparsePoint = {IO_REPARSE_TAG_SYMLINK, u"D:\\next"};
+  fApi.fResolve = [](const std::u16string& pPath) {
+    auto depth = std::count(pPath.begin(), pPath.end(), u'\\') - 1;
+    return depth == 0 ? pPath : std::u16string(u"D:\\f") + static_cast<char16_t>(u'a' + depth % 20);
+  };
+  for (const TMake& make : Both()) {
+    std::vector<TRef<IHierarchicalEnumerator>> waiting{make(heoFollowSymbolicLinks)};
+    int entries = 0;
+    size_t folders = 0;
+    for (; folders < waiting.size() && folders < 1000; ++folders) {
+      TRef<IHierarchicalEnumerator> folder = std::move(waiting[folders]);
+      std::vector<std::u16string> names;
+      for (; folder->Next(); ++entries)
+        if (folder->CanDescend()) names.emplace_back(folder->GetObjectName());
+      EXPECT_EQ(folder->GetErrorCode(), 0U);
+      for (const std::u16string& name : names) waiting.push_back(folder->CreateChildEnumerator(name, 0x410));
+    }
+    EXPECT_EQ(entries, 42) << "two in each folder and in the root";
+    EXPECT_EQ(folders, 43U);
+  }
+}
+
+TEST_F(EnumeratorSeam, LinkThatIsNotFollowedIsNotOpenedByNameEither_StandInForReparsePoints) {
+  fApi.fBatches = {{{u"file", 32}}};
+  fApi.fReparsePoint = {IO_REPARSE_TAG_SYMLINK, u"D:\\x"};
+  for (const TMake& make : Both()) {
+    EXPECT_EQ(NamesOf(*make(0)->CreateChildEnumerator(u"l", 0x410)), TNames{});
+    EXPECT_EQ(NamesOf(*make(heoFollowSymbolicLinks)->CreateChildEnumerator(u"l", 0x410)), TNames{"file"});
+    EXPECT_EQ(NamesOf(*make(0)->CreateChildEnumerator(u"folder", 0x10)), TNames{"file"});
+  }
+}
+
+TEST_F(EnumeratorSeam, VolumeInAFolderHasItsOwnClusters_StandInForVolume) {
+  fApi.fReparsePoint = {IO_REPARSE_TAG_MOUNT_POINT, u"\\\\?\\Volume{1}\\"};
+  fApi.fClusterSizes = {{u"C:\\scan", 4096}, {u"C:\\scan\\v", 512}};
+  fApi.fBatches = {{{u"file", 32, 600}, {u"v", 0x410, 0, 0, IO_REPARSE_TAG_MOUNT_POINT}, {u"sub", 0x10}}};
+  auto top = Find(heoFollowMountPoints);
+  ASSERT_TRUE(top->Next());
+  EXPECT_EQ(top->GetAllocated(), 4096);
+  NamesOf(*top);
+  auto volume = top->CreateChildEnumerator(u"v", 0x410);
+  auto below = volume->CreateChildEnumerator(u"sub", 0x10);
+  auto beside = top->CreateChildEnumerator(u"sub", 0x10);
+  for (const auto& [folder, expected] : {std::pair(volume, 1024), {below, 1024}, {beside, 4096}}) {
+    ASSERT_TRUE(folder->Next());
+    EXPECT_EQ(folder->GetAllocated(), expected) << Narrow(folder->GetPath());
+  }
 }
 
 // The bytes of a reparse point: header, offsets and lengths, then the target behind its printed form.

@@ -53,46 +53,31 @@ TEST(LinkRules, LinkIsFollowedOnlyOutOfTheScannedTree) {
     const char16_t* fLink;
     const char16_t* fTarget;
     const char16_t* fRoot;
-    const char16_t* fResolvedParent;
     bool fFollowed;
   };
   const TCase cases[] = {
-      {"no target", u'/', u"/r/l", u"", u"/r", u"/r", false},
-      {"elsewhere", u'/', u"/r/l", u"/other", u"/r", u"/r", true},
-      {"the root", u'/', u"/r/a/l", u"/r", u"/r", u"/r/a", false},
-      {"inside the root", u'/', u"/r/a/l", u"/r/b", u"/r", u"/r/a", false},
-      {"above the root", u'/', u"/p/r/l", u"/p", u"/p/r", u"/p/r", false},
-      {"relative, back into the root", u'/', u"/r/a/l", u"../b", u"/r", u"/r/a", false},
-      {"relative, out of the root", u'/', u"/r/l", u"../other", u"/r", u"/r", true},
-      {"a name that begins like the root's", u'/', u"/r/l", u"/root", u"/r", u"/r", true},
-      {"everything is inside /", u'/', u"/a/l", u"/b", u"/", u"/a", false},
-      {"letter case counts", u'/', u"/r/l", u"/R", u"/r", u"/r", true},
-      {"the parent as the system sees it", u'/', u"/r/a/l", u"/real/a", u"/r", u"/real/a", false},
-      {"above the resolved parent", u'/', u"/r/a/l", u"/real", u"/r", u"/real/a", false},
-      {"inside the resolved parent", u'/', u"/r/a/l", u"/real/a/b", u"/r", u"/real/a", false},
-      {"beside the resolved parent", u'/', u"/r/a/l", u"/real/b", u"/r", u"/real/a", true},
-      {"a parent that cannot be resolved counts as written", u'/', u"/q/a/l", u"/q", u"/r", u"", false},
-      {"another drive", u'\\', u"C:\\r\\l", u"D:\\r", u"C:\\r", u"C:\\r", true},
-      {"letter case does not count", u'\\', u"C:\\r\\l", u"c:\\R\\b", u"C:\\r", u"C:\\r", false},
-      {"above, up to the drive", u'\\', u"C:\\r\\l", u"C:\\", u"C:\\r", u"C:\\r", false},
-      {"another share", u'\\', u"\\\\s\\one\\l", u"\\\\s\\two", u"\\\\s\\one", u"\\\\s\\one", true},
+      {"no target", u'/', u"/r/l", u"", u"/r", false},
+      {"elsewhere", u'/', u"/r/l", u"/other", u"/r", true},
+      {"the root", u'/', u"/r/a/l", u"/r", u"/r", false},
+      {"inside the root", u'/', u"/r/a/l", u"/r/b", u"/r", false},
+      {"above the root", u'/', u"/p/r/l", u"/p", u"/p/r", false},
+      {"relative, back into the root", u'/', u"/r/a/l", u"../b", u"/r", false},
+      {"relative, out of the root", u'/', u"/r/l", u"../other", u"/r", true},
+      {"a name that begins like the root's", u'/', u"/r/l", u"/root", u"/r", true},
+      {"everything is inside /", u'/', u"/a/l", u"/b", u"/", false},
+      {"letter case counts", u'/', u"/r/l", u"/R", u"/r", true},
+      {"the link's folder", u'/', u"/real/a/l", u"/real/a", u"/r", false},
+      {"above the link's folder", u'/', u"/real/a/l", u"/real", u"/r", false},
+      {"inside the link's folder", u'/', u"/real/a/l", u"/real/a/b", u"/r", false},
+      {"beside the link's folder", u'/', u"/real/a/l", u"/real/b", u"/r", true},
+      {"another drive", u'\\', u"C:\\r\\l", u"D:\\r", u"C:\\r", true},
+      {"letter case does not count", u'\\', u"C:\\r\\l", u"c:\\R\\b", u"C:\\r", false},
+      {"above, up to the drive", u'\\', u"C:\\r\\l", u"C:\\", u"C:\\r", false},
+      {"another share", u'\\', u"\\\\s\\one\\l", u"\\\\s\\two", u"\\\\s\\one", true},
   };
   for (const TCase& c : cases) {
-    auto resolver = [&](const std::u16string&) { return std::u16string(c.fResolvedParent); };
-    EXPECT_EQ(FollowLink(c.fLink, c.fTarget, c.fRoot, c.fDelimiter, resolver), c.fFollowed) << c.fWhat;
+    EXPECT_EQ(FollowLink(c.fLink, c.fTarget, c.fRoot, c.fDelimiter), c.fFollowed) << c.fWhat;
   }
-}
-
-TEST(LinkRules, ParentIsResolvedOnlyWhenTheFirstTestPasses) {
-  std::vector<std::u16string> asked;
-  auto resolver = [&](const std::u16string& pPath) {
-    asked.push_back(pPath);
-    return pPath;
-  };
-  EXPECT_FALSE(FollowLink(u"/r/a/l", u"/r/b", u"/r", u'/', resolver));
-  EXPECT_TRUE(asked.empty());
-  EXPECT_TRUE(FollowLink(u"/r/a/l", u"/x", u"/r", u'/', resolver));
-  EXPECT_EQ(asked, std::vector<std::u16string>{u"/r/a"});
 }
 
 TEST(LinkRules, UnresolvedLinkAsksTheSettingsOnlyForOtherErrors) {

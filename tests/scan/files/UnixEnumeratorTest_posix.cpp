@@ -2,13 +2,19 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -132,6 +138,7 @@ TEST_F(UnixEnumerator, SizesOfLinkedSparseAndSpecialFiles) {
             (shared["one"].fValues.fLastChangeDate.fTicks - TKivFileTime::kUnixEpoch) / 10'000'000);
   auto whole = List(*Open());
   EXPECT_EQ(allocated, whole["one"].fValues.fAllocated);
+  EXPECT_EQ(kAttributeNormal, whole["one"].fValues.fAttributes) << "a file with all its storage is not sparse";
   EXPECT_EQ(0, whole["folder"].fValues.fAllocated);
   EXPECT_EQ(0, whole["folder"].fValues.fSize);
   EXPECT_EQ(kAttributeDirectory, whole["folder"].fValues.fAttributes);
@@ -172,13 +179,112 @@ TEST_F(UnixEnumerator, LinksAreFollowedOnlyWhenAskedAndNeverBack) {
   EXPECT_TRUE(plain["real"].fCanDescend);
 
   auto followed = List(*TUnixEnumerator::CreateForPath(path, heoFollowSymbolicLinks));
-  EXPECT_NE(followed["out"].fCanDescend, followed["again"].fCanDescend);  // one folder, once
+  EXPECT_TRUE(followed["out"].fCanDescend);
   for (const char* name : {"self", "loop", "up", "inside", "dangling", "file"})
     EXPECT_FALSE(followed[name].fCanDescend) << name;
   const TWalk walk = Walk(TUnixEnumerator::CreateForPath(path, heoFollowSymbolicLinks));
   EXPECT_EQ(0u, walk.fError);
   EXPECT_EQ(3, walk.fFolders);  // "real" and both links to the folder outside
   EXPECT_EQ(6 + 3, walk.fFiles);
+}
+
+// A branch is opened by the names on the way, as a refresh does, without a listing of the folders above.
+TEST_F(UnixEnumerator, WhatIsNotEnteredIsNotOpenedByNameEither) {
+  ASSERT_EQ(0, mkdir(Path("scan").c_str(), 0755));
+  ASSERT_EQ(0, symlink("..", Path("scan/up").c_str()));
+  ASSERT_EQ(0, symlink("/dev", Path("scan/dev").c_str()));
+  Write("scan/file", 1);
+  struct TCase {
+    const char* fWhat;
+    std::string fRoot;
+    std::vector<const char16_t*> fNames;
+    TAttributes fAttributes;
+    THierarchicalEnumeratorOptions fOptions;
+    bool fLists;
+  };
+  const TCase cases[] = {
+      {"an ordinary folder", fFolder, {u"scan"}, kAttributeDirectory, 0, true},
+      {"a pseudo file system", "/", {u"proc"}, kAttributeDirectory, 0, false},
+      {"inside a pseudo file system", "/", {u"proc", u"sys"}, kAttributeDirectory, 0, false},
+      {"another file system", "/", {u"dev"}, kAttributeDirectory, 0, true},
+      {"another file system, not wanted", "/", {u"dev"}, kAttributeDirectory, heoStayOnFileSystem, false},
+      {"a followed link", Path("scan"), {u"dev"}, kAttributeDirectory | kAttributeReparsePoint, 4, true},
+      {"a link back", Path("scan"), {u"up"}, kAttributeDirectory | kAttributeReparsePoint, 4, false},
+  };
+  for (const TCase& c : cases) {
+    TRef<IHierarchicalEnumerator> folder = TUnixEnumerator::CreateForPath(FromNativeBytes(c.fRoot), c.fOptions);
+    for (const char16_t* name : c.fNames) folder = folder->CreateChildEnumerator(name, c.fAttributes);
+    for (int round = 0; round < 2; ++round) {
+      EXPECT_EQ(c.fLists, folder->Next()) << c.fWhat;
+      EXPECT_EQ(0u, folder->GetErrorCode()) << c.fWhat;
+      folder->Reset();
+    }
+  }
+}
+
+// Counts a system call by making it fail; to be called in a process of its own.
+int gTrapped = 0;
+
+void CountCalls(int pCall) {
+  struct sigaction action {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = [](int, siginfo_t*, void* pContext) {
+    ++gTrapped;
+    static_cast<ucontext_t*>(pContext)->uc_mcontext.gregs[REG_RAX] = -ENOSYS;
+  };
+  sigaction(SIGSYS, &action, nullptr);
+  sock_filter filter[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<uint32_t>(pCall), 0, 1),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP), BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+  const sock_fprog program{4, filter};
+  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
+}
+
+TEST_F(UnixEnumerator, AnotherFileSystemIsAskedOnceAndNotInEachFolder) {
+  std::string pattern = "/dev/shm/vantrel-XXXXXX";
+  if (mkdtemp(pattern.data()) == nullptr) GTEST_SKIP() << "no second file system to write to";
+  for (int i = 0; i < 50; ++i) fs::create_directory(pattern + "/" + std::to_string(i));
+  ASSERT_EQ(0, symlink(pattern.c_str(), Path("memory").c_str()));
+  TRef<IHierarchicalEnumerator> top = Open(heoFollowSymbolicLinks);
+  const pid_t child = fork();
+  if (child == 0) {
+    // The first answer can be kept, so it must not be the one that fails.
+    ASSERT_TRUE(top->Next() && top->CanDescend());
+    CountCalls(SYS_fstatfs);
+    const TWalk walk = Walk(top->GetChildHierarchicalEnumerator());
+    _exit(walk.fFolders == 50 ? gTrapped : 100);
+  }
+  int status = -1;
+  ASSERT_EQ(child, waitpid(child, &status, 0));
+  fs::remove_all(pattern);
+  EXPECT_EQ(0, WEXITSTATUS(status)) << "questions what kind of file system a folder is on; 100: not all was listed";
+}
+
+int OpenHandles() {
+  return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
+
+TEST_F(UnixEnumerator, ListingThatBreaksOffIsNotAtItsEnd) {
+  // More names than one reading of the folder brings.
+  for (int i = 0; i < 5'000; ++i) fs::create_symlink("x", Path("a-name-of-some-length-" + std::to_string(i)));
+  TRef<IHierarchicalEnumerator> top = Open();
+  ASSERT_TRUE(top->Next());
+  fs::remove_all(fFolder);
+  while (top->Next()) {
+  }
+  EXPECT_EQ(static_cast<uint32_t>(ENOENT), top->GetErrorCode());
+}
+
+TEST_F(UnixEnumerator, FolderThatBecomesALinkIsNotFollowed) {
+  ASSERT_EQ(0, mkdir(Path("folder").c_str(), 0755));
+  TRef<IHierarchicalEnumerator> top = Open();
+  ASSERT_TRUE(top->Next());
+  TRef<IHierarchicalEnumerator> child = top->GetChildHierarchicalEnumerator();
+  ASSERT_EQ(0, rmdir(Path("folder").c_str()));
+  ASSERT_EQ(0, symlink("/usr", Path("folder").c_str()));
+  EXPECT_FALSE(child->Next()) << "lists what a link leads to, without being asked to";
+  EXPECT_NE(0u, child->GetErrorCode());
 }
 
 TEST_F(UnixEnumerator, EntriesThatGoWhileTheyAreListed) {
@@ -228,9 +334,20 @@ TEST_F(UnixEnumerator, ChainsDeeperThanThePathLimit) {
   int status = -1;
   ASSERT_EQ(child, waitpid(child, &status, 0));
   ASSERT_EQ(0, status);
+  const int handles = OpenHandles();
   const TWalk walk = Walk(Open());
   EXPECT_EQ(0u, walk.fError);
   EXPECT_EQ(levels, walk.fFolders);
+  // By its whole path, which is gone in steps, to its end, to what is missing there, and through names that are none.
+  std::string end = fFolder;
+  for (int i = 0; i < levels; ++i) end += "/" + name;
+  for (const auto& [tail, error] :
+       {std::pair("", 0), {"/none", ENOENT}, {"/end/below", ENOTDIR}, {"/none/none", ENOENT}})
+    EXPECT_EQ(static_cast<uint32_t>(error),
+              TUnixEnumerator::CreateForPath(FromNativeBytes(end + tail), 0)->GetErrorCode());
+  EXPECT_NE(0u, TUnixEnumerator::CreateForPath(FromNativeBytes(end.replace(6000, 60, 60, 'm')), 0)->GetErrorCode());
+  EXPECT_EQ(1, Walk(TUnixEnumerator::CreateForPath(FromNativeBytes(fFolder), 0)).fFiles);
+  EXPECT_EQ(handles, OpenHandles()) << "handles stay open";
   EXPECT_EQ(1, walk.fFiles);
   EXPECT_EQ(7, walk.fSize);
 }
@@ -316,10 +433,13 @@ TEST_F(UnixEnumerator, PathsThatAreNoFolders) {
             TUnixEnumerator::CreateForPath(FromNativeBytes(Path("file/below")), 0)->GetErrorCode());
   EXPECT_EQ(1u, List(*TUnixEnumerator::CreateForPath(u"FILE://" + FromNativeBytes(fFolder), 0)).size());
   // The kernel's own file systems are listed by name and never entered.
+  const int handles = OpenHandles();
   auto root = List(*TUnixEnumerator::CreateForPath(u"/", 0));
   EXPECT_FALSE(root["proc"].fCanDescend);
   EXPECT_FALSE(root["sys"].fCanDescend);
   EXPECT_TRUE(root["usr"].fCanDescend || (root["usr"].fValues.fAttributes & kAttributeReparsePoint) != 0);
+  EXPECT_NE(0u, TUnixEnumerator::CreateForPath(u"/proc", 0)->GetErrorCode());
+  EXPECT_EQ(handles, OpenHandles()) << "handles stay open";
 }
 
 }  // namespace

@@ -239,6 +239,24 @@ TEST(WindowsEnumerators, WhatIsNotThereIsAnError) {
   }
 }
 
+TEST(WindowsEnumerators, FoldersAreToldApart) {
+  TFilledFolder folder;
+  ASSERT_TRUE(folder.AddFolder(u"sub"));
+  IWin32FileApi& api = TSystemFileApi::Instance();
+  std::vector<TFolderIdentity> identities;
+  for (const std::u16string& path :
+       {folder.Path(), folder.Path() + u"\\sub", folder.Path() + u"\\SUB", folder.Path() + u"\\sub\\.."}) {
+    uint32_t error = 0;
+    HANDLE handle = api.OpenDirectory(path, FILE_FLAG_BACKUP_SEMANTICS, error);
+    ASSERT_EQ(error, 0U) << ToDisplay(path);
+    EXPECT_EQ(api.QueryIdentity(handle, identities.emplace_back()), 0U);
+    api.CloseDirectory(handle);
+  }
+  EXPECT_FALSE(identities[0] == identities[1]);
+  EXPECT_TRUE(identities[1] == identities[2]);
+  EXPECT_TRUE(identities[0] == identities[3]);
+}
+
 TEST(WindowsEnumerators, FolderItselfIsDescribedBeforeItsEntries) {
   TFilledFolder folder;
   ASSERT_TRUE(folder.AddFile(u"file", 300));

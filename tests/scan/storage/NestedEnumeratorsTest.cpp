@@ -68,7 +68,7 @@ TEST(SummarizingEnumerator, ChainOfTenThousandLevelsIsReleased) {
   Testing::TMemoryEntry* folder = &storage->Top();
   for (int i = 0; i < 10'000; ++i) folder = &folder->AddFolder(u"x");
   TRef<IHierarchicalEnumerator> enumerator = MakeRef<TSummarizingEnumerator>(storage->CreateEnumerator(), false);
-  while (enumerator->Next()) enumerator = enumerator->GetChildHierarchicalEnumerator();
+  for (int i = 0; i < 10'000; ++i) enumerator = enumerator->CreateChildEnumerator(u"x", kAttributeDirectory);
   EXPECT_EQ(storage->CountLiveEnumerators(), 10'001);
   enumerator.reset();
   EXPECT_EQ(storage->CountLiveEnumerators(), 0);
