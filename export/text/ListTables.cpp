@@ -117,7 +117,7 @@ std::u16string_view DateText(TDateType pType) {
 
 TListTable TopFilesList(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
-  const ITopSizeList* list = top ? pRoot.GetTopSizeList() : nullptr;
+  const TRef<ITopSizeList> list = top ? pRoot.GetTopSizeList() : nullptr;
   const bool withOwners = pRoot.GetScanConfiguration().GetDoUsersStatistics();
   // The path comes last: where it is long, nothing is pushed out of sight by it.
   std::vector<TListColumn> columns;

@@ -229,7 +229,7 @@ void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream
   TXMLAttributes attributes;
   attributes.Add("FileAgesDateType", static_cast<int>(dateType));
   pStream.AddBooleanElement("DoCreateFileAges", dateType != TDateType::dtNone, attributes);
-  if (const ITopSizeList* list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
+  if (const TRef<ITopSizeList> list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
   pStream.AddBooleanElement("IsFullExport", IsFullExport());
 }
 

@@ -5,6 +5,7 @@
 #include "platform/files/Volumes.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
+#include "platform/system/MemoryReserve.h"
 #include "platform/system/System.h"
 
 namespace Vantrel {
@@ -131,26 +132,36 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
       fErrorCount = 0;
     }
   }
-  if (earlier) earlier->Dispose();
+  try {
+    if (earlier) earlier->Dispose();
+    PrepareScan(pWholeTree, std::move(token));
+  } catch (...) {
+    SetScanEnded();
+    throw;
+  }
+  ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors | rsIsXMLImport : 0u));
+  IncludeState(rsScanning);
+  return true;
+}
+
+void TCustomRoot::PrepareScan(bool pWholeTree, TRef<TCancellationToken> pToken) {
   fLastScanNumberOfFiles = fTotalFilesFound.exchange(0);
   fNumFolders = 0;
   fBytesFound = 0;
   fExcludedObjects = 0;
   if (pWholeTree) {
-    fTopSizeList = nullptr;
-    fTopSizeListHasGaps = false;
+    TRef<ITopSizeList> list;
     if (fOptions->NumberOfTopFiles > 0)
-      fTopSizeList = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
+      list = MakeRef<TTopSizeFileList>(static_cast<size_t>(fOptions->NumberOfTopFiles), fPathDelimiter);
+    SetTopSizeList(std::move(list));
+    fTopSizeListHasGaps = false;
     fScanTimeStamp = TKivFileTime::Now().fTicks;
   }
   if (pWholeTree && (GetState() & rsIsXMLImport) != 0) fConfiguration = MakeRef<TScanConfiguration>(this, *fOptions);
   if (pWholeTree) SetComparison(nullptr);  // its nodes are about to go
   fRootExclusions.Clear();
   if (fScanFilter) fScanFilter->BeginScan();
-  fConfiguration->Begin(token, fTopSizeList, GetScanTimeStamp());
-  ExcludeState(rsFinished | rsCancelled | rsPathNotFound | (pWholeTree ? rsHasErrors | rsIsXMLImport : 0u));
-  IncludeState(rsScanning);
-  return true;
+  fConfiguration->Begin(std::move(pToken), GetTopSizeList(), GetScanTimeStamp());
 }
 
 void TCustomRoot::StartEngine() {
@@ -175,7 +186,15 @@ TRef<IHierarchicalEnumerator> TCustomRoot::OpenFolder(IFolderData& pFolder) {
 
 void TCustomRoot::Scan() {
   if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
-  GiveUpTree();
+  try {
+    GiveUpTree();
+    BeginTree();
+  } catch (...) {
+    FailScan(CodeOfCaughtException("TCustomRoot.Scan"));
+  }
+}
+
+void TCustomRoot::BeginTree() {
   TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, EnumeratorOptions());
   // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
   const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
@@ -202,11 +221,36 @@ void TCustomRoot::Scan() {
   GetScanEngine()->AddScanJob(top, std::move(enumerator));
 }
 
-void TCustomRoot::EndScanning() {
+// A scan that could not begin, for an exception, ends like one whose path cannot be opened.
+void TCustomRoot::FailScan(uint32_t pCode) noexcept {
+  TReserveUse reserve;
+  TRef<TCustomFolderData> top;
+  {
+    TCriticalSectionLock lock(fLock);
+    if (!fFolderData) fFolderData = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
+    top = fFolderData;
+  }
+  top->ExcludeFolderState(fsScanning | fsUpdatePending);
+  AddError({top, top->GetFullPath(), pCode, TEnumeratorError::eeOther, false});
+  IncludeState(rsPathNotFound);
+  EndScanning();
+}
+
+TStorageInformation TCustomRoot::AskStorage() const {
+  try {
+    if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
+      return {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+  } catch (...) {  // the tree stands without it
+    CodeOfCaughtException("TCustomRoot.AskStorage");
+  }
+  return {};
+}
+
+// noexcept: whoever waits for the scan would wait for ever.
+void TCustomRoot::EndScanning() noexcept {
+  TReserveUse reserve;
   RefillTopSizeList();
-  TStorageInformation storage;
-  if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
-    storage = {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+  TStorageInformation storage = AskStorage();
   TRef<TCustomFolderData> top;
   {
     TCriticalSectionLock lock(fLock);
@@ -220,6 +264,10 @@ void TCustomRoot::EndScanning() {
     ExcludeState(rsScanning);
   }
   NotifyObservers(*top, TChangeKind::ckScanFinished);
+  SetScanEnded();
+}
+
+void TCustomRoot::SetScanEnded() {
   TCriticalSectionLock lock(fLock);
   fScanRunning = false;
   fScanEnded.notify_all();
@@ -266,12 +314,27 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
       folder.ExcludeFolderState(fsSubFolderScanningFinished);
     folder.ReopenAncestors();
   }
-  StartEngine();
-  if (pRecursive)
-    GetScanEngine()->AddScanJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
-  else
-    GetScanEngine()->AddRefreshJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
+  try {
+    StartEngine();
+    if (pRecursive)
+      GetScanEngine()->AddScanJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
+    else
+      GetScanEngine()->AddRefreshJob(TRef<IFolderData>(&pFolder), std::move(enumerator));
+  } catch (...) {
+    FailRefresh(folder, CodeOfCaughtException("TCustomRoot.RefreshFolder"));
+  }
   return true;
+}
+
+// The folder stays as it is now, with an error of its own.
+void TCustomRoot::FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept {
+  TReserveUse reserve;
+  pFolder.ExcludeFolderState(fsScanning | fsUpdatePending);
+  ForgetOwnEntries(pFolder);
+  AddError({TRef<IHierarchicalObject>(&pFolder), pFolder.GetFullPath(), pCode, TEnumeratorError::eeOther, false});
+  pFolder.BeginScan(1);
+  pFolder.FinishPart();
+  EndScanning();
 }
 
 bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
@@ -312,6 +375,16 @@ TStorageInformation TCustomRoot::GetStorageInformation() const {
   return fStorage;
 }
 
+TRef<ITopSizeList> TCustomRoot::GetTopSizeList() const {
+  TCriticalSectionLock lock(fLock);
+  return fTopSizeList;
+}
+
+void TCustomRoot::SetTopSizeList(TRef<ITopSizeList> pList) {
+  TCriticalSectionLock lock(fLock);
+  fTopSizeList.swap(pList);  // the one before goes outside the lock
+}
+
 TRef<IComparison> TCustomRoot::GetComparison() const {
   TCriticalSectionLock lock(fLock);
   return fCompareData;
@@ -338,8 +411,9 @@ void TCustomRoot::EndLoading(const TLoadedScan& pScan) {
   fScanFilter = pScan.fFilter;
   fConfiguration->TakeLoaded(pScan);
   if (pScan.fTopFiles) {
-    fTopSizeList = MakeRef<TTopSizeFileList>(pScan.fTopFiles->size(), fPathDelimiter);
-    fTopSizeList->Add(*pScan.fTopFiles);
+    auto list = MakeRef<TTopSizeFileList>(pScan.fTopFiles->size(), fPathDelimiter);
+    list->Add(*pScan.fTopFiles);
+    SetTopSizeList(std::move(list));
   }
   const TRef<IFolderData> top = GetTopFolder();
   fTotalFilesFound = top->GetFiles();
@@ -365,13 +439,17 @@ void TCustomRoot::RecordError(IFolderData& pFolder, const IHierarchicalEnumerato
   error.fCode = pEnumerator.GetErrorCode();
   error.fKind = pEnumerator.GetError();
   error.fPartial = pPartial;
+  AddError(error);
+}
+
+void TCustomRoot::AddError(const TScanError& pError) {
+  IncludeState(rsHasErrors);
   {
     TCriticalSectionLock lock(fLock);
-    fErrors.push_back(error);
+    fErrors.push_back(pError);
   }
   fErrorCount.fetch_add(1, std::memory_order_relaxed);
-  IncludeState(rsHasErrors);
-  fErrorObservers.Notify([&](IScanErrorObserver& pObserver) { pObserver.ErrorRecorded(error); });
+  fErrorObservers.Notify([&](IScanErrorObserver& pObserver) { pObserver.ErrorRecorded(pError); });
 }
 
 void TCustomRoot::CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
@@ -402,12 +480,13 @@ void TCustomRoot::ForgetBranch(IFolderData& pFolder) {
   ForgetErrors([&](IHierarchicalObject* pObject) {
     return IsSameOrBelow(TRef<IHierarchicalElement>(dynamic_cast<IHierarchicalElement*>(pObject)), pFolder);
   });
-  if (fTopSizeList && fTopSizeList->RemoveBelow(pFolder)) fTopSizeListHasGaps = true;
+  if (const TRef<ITopSizeList> list = GetTopSizeList(); list && list->RemoveBelow(pFolder)) fTopSizeListHasGaps = true;
 }
 
 void TCustomRoot::ForgetOwnEntries(IFolderData& pFolder) {
   ForgetErrors([&](IHierarchicalObject* pObject) { return pObject == &pFolder; });
-  if (fTopSizeList && fTopSizeList->RemoveFilesOf(pFolder)) fTopSizeListHasGaps = true;
+  if (const TRef<ITopSizeList> list = GetTopSizeList(); list && list->RemoveFilesOf(pFolder))
+    fTopSizeListHasGaps = true;
 }
 
 // What left the list makes room for the next largest files elsewhere, as after a fresh scan. Done once, when the tree
@@ -415,25 +494,26 @@ void TCustomRoot::ForgetOwnEntries(IFolderData& pFolder) {
 // cannot tell which they are: the list then stays shorter until the next scan.
 void TCustomRoot::RefillTopSizeList() {
   if (!fTopSizeListHasGaps.exchange(false) || !fConfiguration->GetKeepFiles()) return;
-  fTopSizeList->Clear();
+  const TRef<ITopSizeList> list = GetTopSizeList();
+  list->Clear();
   std::vector<TRef<IFolderData>> stack;
   if (TRef<IFolderData> top = GetTopFolder()) stack.push_back(std::move(top));
   while (!stack.empty()) {
     TRef<IFolderData> folder = std::move(stack.back());
     stack.pop_back();
     if (folder->IsFileGroup()) continue;
-    OfferFiles(*folder);
+    OfferFiles(*folder, *list);
     for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
   }
 }
 
-void TCustomRoot::OfferFiles(IFolderData& pFolder) {
+void TCustomRoot::OfferFiles(IFolderData& pFolder, ITopSizeList& pList) {
   TRef<const TFileTable> table = pFolder.GetFileTable();
   for (size_t i = 0; table && i < table->Count(); ++i) {
     const TFileRecord& file = (*table)[i];
-    if (file.fSize >= fTopSizeList->GetThreshold())
-      fTopSizeList->Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
-                         std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate, file.fAttributes});
+    if (file.fSize >= pList.GetThreshold())
+      pList.Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
+                 std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate, file.fAttributes});
   }
 }
 
@@ -464,7 +544,7 @@ void TCustomRoot::Dispose() {
   SetComparison(nullptr);
   fDisposeToken->SetDisposed();
   IncludeState(rsDisposed);
-  if (fTopSizeList) fTopSizeList->Dispose();
+  if (const TRef<ITopSizeList> list = GetTopSizeList()) list->Dispose();
   GiveUpTree();
   fObservers.Clear();
   fErrorObservers.Clear();

@@ -76,7 +76,7 @@ class TCustomRoot : public TBaseRoot {
   bool WaitForScan(int64_t pMilliseconds) override;
   int64_t GetScanDuration() const override { return fScanDuration.load(std::memory_order_relaxed); }
   int64_t GetLastScanNumberOfFiles() const override { return fLastScanNumberOfFiles.load(std::memory_order_relaxed); }
-  ITopSizeList* GetTopSizeList() const override { return fTopSizeList.get(); }
+  TRef<ITopSizeList> GetTopSizeList() const override;
   void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) override {
     fErrorObservers.Subscribe(std::move(pObserver));
   }
@@ -109,14 +109,22 @@ class TCustomRoot : public TBaseRoot {
 
   // What a scan of one kind or another has in common: its state, clock, tokens and engine.
   bool BeginScanning(bool pWholeTree);
-  void EndScanning();
+  void PrepareScan(bool pWholeTree, TRef<TCancellationToken> pToken);
+  void BeginTree();
+  void FailScan(uint32_t pCode) noexcept;
+  void FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept;
+  void EndScanning() noexcept;
+  void SetScanEnded();
   void StartEngine();
+  TStorageInformation AskStorage() const;
   TRef<IHierarchicalEnumerator> OpenFolder(IFolderData& pFolder);
   void GiveUpTree();
   template <class TIsMeant>
   void ForgetErrors(const TIsMeant& pIsMeant);
   void RefillTopSizeList();
-  void OfferFiles(IFolderData& pFolder);
+  void OfferFiles(IFolderData& pFolder, ITopSizeList& pList);
+  void SetTopSizeList(TRef<ITopSizeList> pList);
+  void AddError(const TScanError& pError);
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
   uint32_t EnumeratorOptions() const;
@@ -133,7 +141,6 @@ class TCustomRoot : public TBaseRoot {
 
   // Set at a scan's start, fixed while it runs.
   TRef<TScanConfiguration> fConfiguration;
-  TRef<ITopSizeList> fTopSizeList;
   std::atomic<bool> fTopSizeListHasGaps{false};  // some of its files left the tree: others may belong there now
 
   // Guards structural changes of the whole tree: a scan, a removal and a disposal never run beside each other.
@@ -150,6 +157,7 @@ class TCustomRoot : public TBaseRoot {
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
   TStorageInformation fStorage GUARDED_BY(fLock);
   TRef<IComparison> fCompareData GUARDED_BY(fLock);
+  TRef<ITopSizeList> fTopSizeList GUARDED_BY(fLock);
 
   // Progress: written by workers once per folder, polled by whoever shows it.
   std::atomic<int64_t> fTotalFilesFound{0};

@@ -184,8 +184,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual void SetComparison(TRef<IComparison> pComparison) = 0;
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first.
-  // EInvalidOperation when one is running. A path that cannot be opened ends the scan at once with rsPathNotFound and
-  // one error.
+  // EInvalidOperation when one is running. A path that cannot be opened, and a scan for which there is no thread or no
+  // memory, ends at once with rsPathNotFound and one error.
   virtual void Scan() = 0;
   // Scans a branch again, or, when not recursive, looks at the folder's own entries only. Refused with a line in the
   // debug log, and false, when no scan has finished, one is running, or the root shows an earlier state.
@@ -200,8 +200,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual int64_t GetScanDuration() const = 0;
   // Files of the scan before this one, for progress; 0 when there was none.
   virtual int64_t GetLastScanNumberOfFiles() const = 0;
-  // The root's list of its largest files, which lives until the next scan; nullptr when none is kept.
-  virtual ITopSizeList* GetTopSizeList() const = 0;
+  // The root's list of its largest files, until the next scan begins another; nullptr when none is kept.
+  virtual TRef<ITopSizeList> GetTopSizeList() const = 0;
   // Observers are held until the root is disposed.
   virtual void SubscribeObserver(TRef<IHierarchicalObserver> pObserver) = 0;
   virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;

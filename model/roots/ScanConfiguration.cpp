@@ -24,13 +24,13 @@ void TScanConfiguration::TakeLoaded(const TLoadedScan& pScan) {
   fDoUsersStatistics = pScan.fHasUsers;
   fFileAgesDateType = pScan.fFileAgesDateType;
   if (pScan.fFileAges) fFileAges = pScan.fFileAges;
-  fScanTimeStamp = pScan.fScanTimeStamp;
+  fScanTimeStamp = pScan.fScanTimeStamp.fTicks;
 }
 
 void TScanConfiguration::Begin(TRef<ICancellationToken> pToken, TRef<ITopSizeList> pTopSizeList, TKivFileTime pNow) {
   fToken = std::move(pToken);
   fTopSizeList = std::move(pTopSizeList);
-  fScanTimeStamp = pNow;
+  fScanTimeStamp = pNow.fTicks;
 }
 
 }  // namespace Vantrel

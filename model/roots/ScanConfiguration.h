@@ -31,7 +31,7 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   int32_t GetLongPathLength() const override { return fLongPathLength; }
   TColumn GetShareBasis() const override { return fShareBasis; }
   ITopSizeList* GetTopSizeList() const override { return fTopSizeList.get(); }
-  TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
+  TKivFileTime GetScanTimeStamp() const override { return {fScanTimeStamp.load(std::memory_order_relaxed)}; }
   // The first folders bring work enough for the pool to start threads as they are needed; none have to wait for it.
   bool WantsPreStartedThreads() const override { return false; }
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) override {
@@ -52,7 +52,7 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   TRef<IFileAges> fFileAges;
   int32_t fLongPathLength;
   TColumn fShareBasis;
-  TKivFileTime fScanTimeStamp;
+  std::atomic<int64_t> fScanTimeStamp{0};  // read by views while the next scan begins
   TRef<ICancellationToken> fToken;
   TRef<ITopSizeList> fTopSizeList;
 };

@@ -57,7 +57,7 @@ class TVirtualRoot : public TBaseRoot {
   bool WaitForScan(int64_t pMilliseconds) override;
   int64_t GetScanDuration() const override;
   int64_t GetLastScanNumberOfFiles() const override;
-  ITopSizeList* GetTopSizeList() const override { return nullptr; }
+  TRef<ITopSizeList> GetTopSizeList() const override { return nullptr; }
   void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) override;
   void Dispose() override;
 

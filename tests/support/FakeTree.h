@@ -153,7 +153,7 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   void ForgetOwnEntries(IFolderData&) override { NotFaked(); }
   bool RefreshFolder(IFolderData&, bool) override { NotFaked(); }
   bool RemoveFolder(IFolderData&) override { NotFaked(); }
-  ITopSizeList* GetTopSizeList() const override { NotFaked(); }
+  TRef<ITopSizeList> GetTopSizeList() const override { NotFaked(); }
   void SubscribeObserver(TRef<IHierarchicalObserver>) override { NotFaked(); }
   void SubscribeErrorObserver(TRef<IScanErrorObserver>) override { NotFaked(); }
 };
