@@ -94,7 +94,10 @@ int TApplication::Run(std::span<const std::u16string> pTokens) {
     fSettings.fWriteError(error.what());
     for (const std::string& line : CommandLine::UsageText()) fSettings.fWriteError(line);
     return error.ExitCode();
-  } catch (const std::exception& error) {  // a fault of the program, or no memory: better a line than an abort
+  } catch (const std::bad_alloc&) {
+    TConsole::WriteLastWords(kNoMemoryText);
+    return ecInternalError;
+  } catch (const std::exception& error) {  // a fault of the program: better a line than an abort
     fSettings.fWriteError(error.what());
     return ecInternalError;
   }
@@ -292,7 +295,13 @@ int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string
 }
 
 int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
-  const TRef<IHierarchicalRoot> root = pRoots.CreateRoot(pPath);
+  TRef<IHierarchicalRoot> root;
+  try {
+    root = pRoots.CreateRoot(pPath);
+  } catch (const EOSError& error) {  // one path that cannot be understood; the others are scanned
+    fSettings.fWriteError(error.what());
+    return ecPathNotFound;
+  }
   if (fState.fPatterns) root->SetScanFilter(MakeRef<TPatternFilter>(fState.fPatterns));
   root->Scan();
   WaitForScan(*root);

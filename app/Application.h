@@ -34,6 +34,10 @@ struct TRunSettings {
 // The streams of the process and scans of the file system.
 TRunSettings CreateRunSettings(std::string pPlatformName);
 
+// Shown where there is no memory left to make another text with.
+inline constexpr std::string_view kNoMemoryText =
+    "There is not enough memory to go on. What was not finished by now is missing.\r\n";
+
 // The program: reads a command line, scans its paths one after the other and reports on each. Main thread only.
 class TApplication : private Vantrel::PostScanActions::IPostScanHost, private CommandLine::ICommandLineTasks {
  public:

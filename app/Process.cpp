@@ -2,8 +2,12 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <new>
+#include <string_view>
 
 #include "app/Application.h"
+#include "automation/commandline/ExitCodes.h"
 #include "platform/system/Console.h"
 
 namespace Vantrel {
@@ -25,9 +29,24 @@ constexpr bool kLeaveQuickly = false;
 constexpr bool kLeaveQuickly = true;
 #endif
 
+// What no code could handle, on any thread: most likely there is no memory for the part of the work that must not stop
+// half way.
+[[noreturn]] void EndUnhandled() {
+  std::string_view text = "An error of the program was handled nowhere. The program ends.\r\n";
+  try {
+    if (std::current_exception()) throw;
+  } catch (const std::bad_alloc&) {
+    text = kNoMemoryText;
+  } catch (...) {
+  }
+  TConsole::WriteLastWords(text);
+  std::_Exit(ecInternalError);
+}
+
 }  // namespace
 
 void RunProcess(const std::string& pPlatformName, std::span<const std::u16string> pTokens) {
+  std::set_terminate(EndUnhandled);
   TRunSettings settings = CreateRunSettings(pPlatformName);
   settings.fLeaveQuickly = kLeaveQuickly;
   int result = 0;

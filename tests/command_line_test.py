@@ -426,7 +426,8 @@ class LinuxTest(CommonTests, CommandLineTest):
 
     def start(self, line):
         process = subprocess.Popen([*self.command, *shlex.split(line)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, cwd=self.work, env=self.environment)
+                                   stderr=subprocess.PIPE, cwd=self.work, env=self.environment,
+                                   preexec_fn=program_test.obey_interrupts)
         self.addCleanup(lambda: (process.kill(), process.communicate()))
         return process
 

@@ -32,6 +32,11 @@ def count(folder):
     return files, folders, size
 
 
+def obey_interrupts():
+    """In a child: a test run in a script's background ignores them, and what it starts would do the same."""
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+
+
 class Run:
     """What a run of the program left behind. The report's rows by name: (bytes, files, folders)."""
 
@@ -179,7 +184,7 @@ class LinuxTest(CommonTests, ProgramTest):
         # More reports than a pipe holds: the program waits in the middle of them until they are read.
         paths = [self.make(f"p{i}/x", 1).parent.name for i in range(500)]
         with subprocess.Popen([*self.command, *paths], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              cwd=self.folder) as process:
+                              cwd=self.folder, preexec_fn=obey_interrupts) as process:
             process.stdout.readline()
             process.send_signal(signal.SIGINT)
             out, err = process.communicate(timeout=TIMEOUT)

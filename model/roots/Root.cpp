@@ -4,6 +4,7 @@
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
 #include "platform/system/Errors.h"
+#include "platform/system/MemoryReserve.h"
 #include "platform/system/System.h"
 
 namespace Vantrel {
@@ -69,7 +70,18 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
     }
     fCountsExclusions = pWholeTree;
   }
-  if (earlier) earlier->Dispose();
+  try {
+    if (earlier) earlier->Dispose();
+    PrepareScan(pWholeTree);
+  } catch (...) {
+    SetScanEnded();
+    throw;
+  }
+  IncludeState(rsScanning);
+  return true;
+}
+
+void TCustomRoot::PrepareScan(bool pWholeTree) {
   if (pWholeTree) {
     fLastScanNumberOfFiles = fTotalFilesFound.exchange(0);
     fNumFolders = 0;
@@ -82,12 +94,8 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
     ExcludeState(rsFinished | rsCancelled | rsPathNotFound | rsHasErrors | rsIsXMLImport);
   }
   TRef<TScanConfiguration> configuration = ConfigurationOfNextScan(pWholeTree);
-  {
-    TExclusiveLock lock(fConfigurationLock);
-    fConfiguration.swap(configuration);  // the one before goes outside the lock
-  }
-  IncludeState(rsScanning);
-  return true;
+  TExclusiveLock lock(fConfigurationLock);
+  fConfiguration.swap(configuration);  // the one before goes outside the lock
 }
 
 TRef<TScanConfiguration> TCustomRoot::ConfigurationOfNextScan(bool pWholeTree) {
@@ -125,7 +133,15 @@ void TCustomRoot::StartEngine() {
 void TCustomRoot::Scan() {
   if (fDisposeToken->IsDisposed()) return;
   if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
-  GiveUpTree();
+  try {
+    GiveUpTree();
+    BeginTree();
+  } catch (...) {
+    FailScan(CodeOfCaughtException("TCustomRoot.Scan"));
+  }
+}
+
+void TCustomRoot::BeginTree() {
   const TRef<TScanConfiguration> configuration = Configuration();
   TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, configuration->GetEnumeratorOptions());
   // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
@@ -153,12 +169,37 @@ void TCustomRoot::Scan() {
   GetScanEngine()->AddScanJob(top, std::move(enumerator));
 }
 
-void TCustomRoot::EndScanning(bool pWholeTree) {
+// A scan that could not begin, for an exception, ends like one whose path cannot be opened.
+void TCustomRoot::FailScan(uint32_t pCode) noexcept {
+  TReserveUse reserve;
+  TRef<TCustomFolderData> top;
+  {
+    TCriticalSectionLock lock(fLock);
+    if (!fFolderData) fFolderData = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
+    top = fFolderData;
+  }
+  top->ExcludeFolderState(fsScanning | fsUpdatePending);
+  AddError({top, top->GetFullPath(), pCode, TEnumeratorError::eeOther, false});
+  IncludeState(rsPathNotFound);
+  EndScanning(true);
+}
+
+TStorageInformation TCustomRoot::AskStorage() const {
+  try {
+    if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
+      return {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+  } catch (...) {  // the tree stands without it
+    CodeOfCaughtException("TCustomRoot.AskStorage");
+  }
+  return {};
+}
+
+// noexcept: a thread that waits for the scan would wait for ever.
+void TCustomRoot::EndScanning(bool pWholeTree) noexcept {
+  TReserveUse reserve;
   RefillTopSizeList();
   if (!pWholeTree) CountTree();
-  TStorageInformation storage;
-  if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
-    storage = {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+  TStorageInformation storage = AskStorage();
   std::vector<TExclusion> exclusions = pWholeTree ? CurrentExclusions() : std::vector<TExclusion>();
   TRef<TCustomFolderData> top;
   {
@@ -169,11 +210,16 @@ void TCustomRoot::EndScanning(bool pWholeTree) {
     fCountsExclusions = false;
     fScanDuration = TickCount64() - fScanStarted;
     SetEndState(pWholeTree, fCancellationToken->IsCancelled(), *top);
-    fScanRunning = false;
-    fScanEnded.notify_all();
   }
+  SetScanEnded();
   // Told last, so that a subscriber finds the scan ended.
   fObservers->MarkRoot(rcScanEnded);
+}
+
+void TCustomRoot::SetScanEnded() {
+  TCriticalSectionLock lock(fLock);
+  fScanRunning = false;
+  fScanEnded.notify_all();
 }
 
 void TCustomRoot::SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop) {
@@ -210,6 +256,16 @@ bool TCustomRoot::WaitForScan(int64_t pMilliseconds) {
 TStorageInformation TCustomRoot::GetStorageInformation() const {
   TCriticalSectionLock lock(fLock);
   return fStorage;
+}
+
+TRef<ITopSizeList> TCustomRoot::GetTopSizeList() const {
+  TCriticalSectionLock lock(fLock);
+  return fTopSizeList;
+}
+
+void TCustomRoot::SetTopSizeList(TRef<ITopSizeList> pList) {
+  TCriticalSectionLock lock(fLock);
+  fTopSizeList.swap(pList);  // the one before goes outside the lock
 }
 
 TRef<IComparison> TCustomRoot::GetComparison() const {

@@ -75,7 +75,13 @@ class TCustomRoot : public TBaseRoot {
   TRef<TScanConfiguration> Configuration() const;
   TRef<TScanConfiguration> ConfigurationOfNextScan(bool pWholeTree);
   void StartEngine();
-  void EndScanning(bool pWholeTree);
+  void PrepareScan(bool pWholeTree);
+  void BeginTree();
+  void FailScan(uint32_t pCode) noexcept;
+  void FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept;
+  void EndScanning(bool pWholeTree) noexcept;
+  void SetScanEnded();
+  TStorageInformation AskStorage() const;
   void SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop);
   void GiveUpTree();
 
@@ -128,6 +134,7 @@ class TCustomRoot : public TBaseRoot {
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
   TStorageInformation fStorage GUARDED_BY(fLock);
   TRef<IComparison> fCompareData GUARDED_BY(fLock);
+  TRef<ITopSizeList> fTopSizeList GUARDED_BY(fLock);
 
   // Progress: written by workers once per folder, polled by whoever shows it.
   std::atomic<int64_t> fTotalFilesFound{0};

@@ -198,7 +198,7 @@ class IHierarchicalRoot : public IMetaDataFormatter {
 
   // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first. The
   // options are taken as they are at this moment. EInvalidOperation when a scan is running. A path that cannot be
-  // opened ends the scan at once with rsPathNotFound and one error.
+  // opened, and a scan for which there is no thread or no memory, ends at once with rsPathNotFound and one error.
   virtual void Scan() = 0;
   // Scans a branch again, or, when not recursive, looks at the folder's own entries only; a "[Files]" node stands for
   // these. Returns at once: a worker opens the folder, with the options of the tree's scan. A folder that is gone

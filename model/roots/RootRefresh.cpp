@@ -6,6 +6,7 @@
 #include "model/roots/ScanConfiguration.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
+#include "platform/system/MemoryReserve.h"
 
 namespace Vantrel {
 
@@ -44,11 +45,23 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   if (!folder || !BeginScanning(false)) return false;
   folder->IncludeFolderState(fsUpdatePending);
   fObservers->MarkRoot(rcScanStarted);
-  StartEngine();
-  TRef<TCustomRoot> self(this);
-  GetScanEngine()->AddRefreshJob(folder, pRecursive,
-                                 [self, folder, pRecursive] { return self->BeginRefresh(*folder, pRecursive); });
+  try {
+    StartEngine();
+    TRef<TCustomRoot> self(this);
+    GetScanEngine()->AddRefreshJob(folder, pRecursive,
+                                   [self, folder, pRecursive] { return self->BeginRefresh(*folder, pRecursive); });
+  } catch (...) {
+    FailRefresh(*folder, CodeOfCaughtException("TCustomRoot.RefreshFolder"));
+  }
   return true;
+}
+
+// The folder stays as it is now, with an error of its own.
+void TCustomRoot::FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept {
+  TReserveUse reserve;
+  pFolder.ExcludeFolderState(fsScanning | fsUpdatePending);
+  AddError({TRef<IHierarchicalObject>(&pFolder), pFolder.GetFullPath(), pCode, TEnumeratorError::eeOther, false});
+  EndScanning(false);
 }
 
 // Opened from the root down, by the nodes on the way: a link that was followed is followed again.

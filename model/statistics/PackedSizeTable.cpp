@@ -5,8 +5,10 @@
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <memory>
 #include <type_traits>
+
+#include "platform/system/MemoryReserve.h"
 
 namespace Vantrel {
 
@@ -140,18 +142,18 @@ void TPackedSizeTable::SubtractTable(const TPackedSizeTable& pOther) {
 void TPackedSizeTable::Reserve(unsigned pCount) {
   if (pCount <= fCapacity) return;
   uint8_t capacity = *std::lower_bound(kCapacities.begin(), kCapacities.end(), pCount);
-  void* block = std::realloc(static_cast<void*>(fRecords), capacity * sizeof(TKeyedSizeValues));
-  if (!block) throw std::bad_alloc();
+  void* block;
+  while (!(block = std::realloc(static_cast<void*>(fRecords), capacity * sizeof(TKeyedSizeValues)))) MakeRoomOrThrow();
   fRecords = static_cast<TKeyedSizeValues*>(block);
   fCapacity = capacity;
 }
 
 void TPackedSizeTable::BecomeMap(size_t pExpected) {
-  auto* map = new TMap;
+  auto map = std::make_unique<TMap>();
   map->reserve(std::max<size_t>(pExpected, fCount + 1u));
   for (const TKeyedSizeValues& record : Packed()) map->emplace(record.fKey, record.fValues);
   std::free(fRecords);
-  fMap = map;
+  fMap = map.release();
   fCount = 0;
   fCapacity = kIsMap;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
+#include "platform/system/Errors.h"
 #include "platform/threads/CriticalSection.h"
 
 namespace Vantrel {
@@ -36,7 +37,13 @@ class TObservable : public TInterfaced<IObservable<TObserver>> {
       TCriticalSectionLock lock(fLock);
       observers = fObservers;
     }
-    for (const TRef<TObserver>& observer : observers) pCall(*observer);
+    for (const TRef<TObserver>& observer : observers) {
+      try {
+        pCall(*observer);
+      } catch (...) {  // an observer's fault is its own: it must not end a scan
+        CodeOfCaughtException("TObservable.Notify");
+      }
+    }
   }
   void Clear() {
     std::vector<TRef<TObserver>> observers;  // released outside the lock

@@ -16,6 +16,8 @@ class TConsole {
   static bool Write(std::string_view pText);
   // The same to standard error, in red when that is a console that shows colours and NO_COLOR is not set.
   static void WriteError(std::string_view pText);
+  // The text as it stands to standard error, from any thread and without any memory: for a process about to end.
+  static void WriteLastWords(std::string_view pText) noexcept;
   // A failing operation: message. operation: "object"  (Error Code code)
   static void WriteError(std::string_view pMessage, uint32_t pCode, std::string_view pOperation,
                          std::string_view pObject);

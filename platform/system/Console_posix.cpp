@@ -77,6 +77,10 @@ bool ShowsColours(TStream pStream) {
 
 }  // namespace ConsoleStream
 
+void TConsole::WriteLastWords(std::string_view pText) noexcept {
+  ConsoleStream::Write(ConsoleStream::TStream::csError, pText);
+}
+
 void TConsole::SetCancelHandler(void (*pHandler)()) {
   IgnoreClosedPipes();  // exports write to pipes without this class
   gCancelHandler = pHandler;

@@ -76,6 +76,13 @@ bool ShowsColours(TStream pStream) {
 
 }  // namespace ConsoleStream
 
+// The byte interface: text for a console would have to be converted first. Plain letters are the same in every code
+// page.
+void TConsole::WriteLastWords(std::string_view pText) noexcept {
+  DWORD written = 0;
+  WriteFile(GetStdHandle(STD_ERROR_HANDLE), pText.data(), static_cast<DWORD>(pText.size()), &written, nullptr);
+}
+
 void TConsole::SetCancelHandler(void (*pHandler)()) {
   gCancelHandler = pHandler;
   SetConsoleCtrlHandler(OnControlEvent, FALSE);  // it may be set already; once is enough

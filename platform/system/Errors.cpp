@@ -2,6 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <new>
+#include <system_error>
+
+#include "platform/system/DebugLog.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel {
@@ -17,7 +21,41 @@ std::string OSErrorText(uint32_t pCode) {
   if (pCode == kErrorPseudoFileSystem)
     return "It belongs to a pseudo file system of the kernel, where nothing is stored";
   if (pCode == kErrorFileTooLarge) return "The file is too large to be read as a whole";
+  if (pCode == kErrorNoMemory) return "Not enough memory";
+  if (pCode == kErrorNoThread) return "No thread could be started";
+  if (pCode == kErrorUnexpected) return "An unexpected error, whose text is in the debug log";
   return SystemErrorText(pCode);
+}
+
+namespace {
+
+// A log that cannot be written for lack of memory must not bring down what it tells of.
+void LogCaughtException(std::string_view pPlace, const char* pText) noexcept {
+  try {
+    LogDebug(FromUtf8(fmt::format("{}: {}", pPlace, pText)));
+  } catch (...) {
+  }
+}
+
+}  // namespace
+
+uint32_t CodeOfCaughtException(std::string_view pPlace) noexcept {
+  try {
+    throw;
+  } catch (const EOSError& error) {
+    return error.Code();
+  } catch (const std::bad_alloc&) {
+    return kErrorNoMemory;
+  } catch (const std::system_error& error) {
+    LogCaughtException(pPlace, error.what());
+    if (error.code() == std::errc::resource_unavailable_try_again) return kErrorNoThread;
+    return kErrorUnexpected;
+  } catch (const std::exception& error) {
+    LogCaughtException(pPlace, error.what());
+  } catch (...) {
+    LogCaughtException(pPlace, "an exception of an unknown type");
+  }
+  return kErrorUnexpected;
 }
 
 }  // namespace Vantrel

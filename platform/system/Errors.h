@@ -44,6 +44,9 @@ TErrorKind ClassifyOSError(uint32_t pCode);
 // Codes of the program's own; no system's codes have bit 29 set.
 constexpr uint32_t kErrorPseudoFileSystem = 0x2000'0001;  // the path leads into a pseudo file system of the kernel
 constexpr uint32_t kErrorFileTooLarge = 0x2000'0002;      // larger than what is read as a whole
+constexpr uint32_t kErrorNoMemory = 0x2000'0003;
+constexpr uint32_t kErrorNoThread = 0x2000'0004;    // no thread could be started
+constexpr uint32_t kErrorUnexpected = 0x2000'0005;  // an exception without a code; the debug log has its text
 
 // The text for a code, UTF-8, without a trailing full stop or line break ("Permission denied").
 std::string OSErrorText(uint32_t pCode);
@@ -63,5 +66,9 @@ class EOSError : public EException {
   std::string fOperation;
   std::u16string fObject;
 };
+
+// In an exception handler: the code that stands for the exception. The text of one that has no code goes to the debug
+// log, behind the name of the place that caught it.
+uint32_t CodeOfCaughtException(std::string_view pPlace) noexcept;
 
 }  // namespace Vantrel

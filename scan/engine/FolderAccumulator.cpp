@@ -19,8 +19,9 @@ TFolderAccumulator::TFolderAccumulator(IScanConfiguration& pConfiguration)
       fTopSizeList(pConfiguration.GetTopSizeList()),
       fEntryFilter(pConfiguration.CreateEntryFilter()) {}
 
-void TFolderAccumulator::Begin(size_t pPathLength) {
-  fPathLength = pPathLength;
+void TFolderAccumulator::Begin() {
+  fPathLength = 0;
+  fFilesGivenUp = false;
   fValues = {};
   fLastAccessDate = {};
   fLastChangeDate = {};
@@ -45,7 +46,21 @@ TKeyId TFolderAccumulator::OwnerKeyOf(const IHierarchicalEnumerator& pEntry) {
   return key;
 }
 
+void TFolderAccumulator::GiveUpFiles() {
+  Begin();
+  fFilesGivenUp = true;
+}
+
 void TFolderAccumulator::AddFile(const IHierarchicalEnumerator& pEntry) {
+  try {
+    CountFile(pEntry);
+  } catch (...) {
+    GiveUpFiles();
+    throw;
+  }
+}
+
+void TFolderAccumulator::CountFile(const IHierarchicalEnumerator& pEntry) {
   const TEntryValues values = pEntry.GetEntryValues();
   const std::u16string_view name = pEntry.GetObjectName();
   TBasicSizeValues sizes;
@@ -70,26 +85,33 @@ void TFolderAccumulator::AddFile(const IHierarchicalEnumerator& pEntry) {
   if (fKeepFiles) fFiles.Add(name, values, ownerKey);
 }
 
-TFileGroupContents TFolderAccumulator::Finish(TCustomFolderData& pFolder) {
-  TFileGroupContents contents;
-  contents.fValues = fValues;
-  contents.fOwners = fOwners.Sorted();
-  contents.fExtensions = fExtensions.Sorted();
-  contents.fAges = fAges.Sorted();
-  contents.fLastAccessDate = fLastAccessDate;
-  contents.fLastChangeDate = fLastChangeDate;
-  contents.fLongPaths = fLongPaths;
-  if (!fFiles.IsEmpty()) contents.fFiles = fFiles.Build();
-  if (!fTopFiles.empty()) {
-    std::vector<TTopSizeEntry> entries;
-    entries.reserve(fTopFiles.size());
-    for (TTopFile& file : fTopFiles)
-      entries.push_back({file.fValues.fSize, file.fValues.fAllocated, file.fValues.fLastChangeDate,
-                         TRef<IHierarchicalElement>(&pFolder), std::move(file.fName), file.fValues.fLastAccessDate,
-                         file.fValues.fCreationDate, file.fValues.fAttributes});
-    fTopSizeList->Add(entries);
+TFileGroupContents TFolderAccumulator::Finish() {
+  try {
+    TFileGroupContents contents;
+    contents.fValues = fValues;
+    contents.fOwners = fOwners.Sorted();
+    contents.fExtensions = fExtensions.Sorted();
+    contents.fAges = fAges.Sorted();
+    contents.fLastAccessDate = fLastAccessDate;
+    contents.fLastChangeDate = fLastChangeDate;
+    contents.fLongPaths = fLongPaths;
+    if (!fFiles.IsEmpty()) contents.fFiles = fFiles.Build();
+    return contents;
+  } catch (...) {
+    GiveUpFiles();
+    throw;
   }
-  return contents;
+}
+
+void TFolderAccumulator::OfferTopFiles(TCustomFolderData& pFolder) {
+  if (fTopFiles.empty()) return;
+  std::vector<TTopSizeEntry> entries;
+  entries.reserve(fTopFiles.size());
+  for (TTopFile& file : fTopFiles)
+    entries.push_back({file.fValues.fSize, file.fValues.fAllocated, file.fValues.fLastChangeDate,
+                       TRef<IHierarchicalElement>(&pFolder), std::move(file.fName), file.fValues.fLastAccessDate,
+                       file.fValues.fCreationDate, file.fValues.fAttributes});
+  fTopSizeList->Add(entries);
 }
 
 }  // namespace Vantrel::ScanEngine

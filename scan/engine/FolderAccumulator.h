@@ -24,18 +24,27 @@ class TFolderAccumulator {
   // The worker's own judge of what the scan takes in; nullptr when it takes in everything.
   IEntryFilter* EntryFilter() const { return fEntryFilter.get(); }
 
-  // A new folder, whose path has so many UTF-16 units.
-  void Begin(size_t pPathLength);
-  // The enumerator's current entry, a file.
+  // A new folder: nothing is counted.
+  void Begin();
+  // The length of the folder's path in UTF-16 units.
+  void SetPathLength(size_t pPathLength) { fPathLength = pPathLength; }
+  // The enumerator's current entry, a file. When there is no memory for it, all files of the folder are given up: their
+  // sums no longer agree with each other.
   void AddFile(const IHierarchicalEnumerator& pEntry);
+  bool AreFilesGivenUp() const { return fFilesGivenUp; }
   TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
 
   int64_t FileCount() const { return fValues.fFiles; }
   const TSizeValues& Values() const { return fValues; }
-  // What was counted since Begin; good until the next Begin. Adds the files worth it to the list of largest files.
-  TFileGroupContents Finish(TCustomFolderData& pFolder);
+  // What was counted since Begin; good until the next Begin. Gives all files up when there is no memory for it.
+  TFileGroupContents Finish();
+  // Adds the files worth it to the list of largest files. After Finish.
+  void OfferTopFiles(TCustomFolderData& pFolder);
 
  private:
+  void CountFile(const IHierarchicalEnumerator& pEntry);
+  void GiveUpFiles();
+
   struct TTopFile {
     TEntryValues fValues;
     std::u16string fName;
@@ -58,6 +67,7 @@ class TFolderAccumulator {
   TKivFileTime fLastAccessDate;
   TKivFileTime fLastChangeDate;
   bool fLongPaths = false;
+  bool fFilesGivenUp = false;
   TKeyTotals fOwners;
   TKeyTotals fExtensions;
   TKeyTotals fAges;

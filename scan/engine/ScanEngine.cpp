@@ -30,7 +30,10 @@ TScanEngine::TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfigurati
       fWorkerThreadPool->SetMinWorkerThreads(PreStartedThreads(fWorkerThreadPool->GetMaxRunningThreads()));
   }
   fWorkerThreadPool->SetPriority(pPriority);
-  fWorkerThreadPool->SetOnAllWorkItemsDone(std::move(pOnAllDone));
+  fWorkerThreadPool->SetOnAllWorkItemsDone([this, done = std::move(pOnAllDone)] {
+    if (done) done();
+    fReserve.reset();
+  });
   fWorkerThreadPool->SetMaxCpuUsage(CpuCapOf(ProcessorCount()));
 }
 
@@ -78,7 +81,10 @@ std::unique_ptr<TFolderAccumulator> TScanEngine::TakeAccumulator() {
 
 void TScanEngine::GiveAccumulator(std::unique_ptr<TFolderAccumulator> pAccumulator) {
   TCriticalSectionLock lock(fLock);
-  fAccumulators.push_back(std::move(pAccumulator));
+  try {
+    fAccumulators.push_back(std::move(pAccumulator));
+  } catch (const std::bad_alloc&) {  // the next job makes its own
+  }
 }
 
 }  // namespace Vantrel::ScanEngine

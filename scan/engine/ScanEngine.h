@@ -3,10 +3,12 @@
 // One scan: its pool, its limits of threads and processor time, and the accumulators that workers share.
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
 #include "model/tree/CustomFolder.h"
+#include "platform/system/MemoryReserve.h"
 #include "scan/engine/FolderAccumulator.h"
 #include "scan/engine/ThreadPool.h"
 
@@ -39,6 +41,8 @@ class TScanEngine : public TInterfaced<IScanEngine> {
   void GiveAccumulator(std::unique_ptr<TFolderAccumulator> pAccumulator);
 
   const TRef<IScanConfiguration> fConfiguration;
+  // While the scan runs; what follows it may use the memory.
+  std::optional<TMemoryReserve> fReserve{std::in_place};
   std::unique_ptr<ThreadPool::TWorkerThreadPool> fWorkerThreadPool;
   TCriticalSection fLock;
   std::vector<std::unique_ptr<TFolderAccumulator>> fAccumulators GUARDED_BY(fLock);

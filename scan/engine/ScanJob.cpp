@@ -1,10 +1,12 @@
 #include "scan/engine/ScanJob.h"
 
+#include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <utility>
 
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
+#include "platform/system/MemoryReserve.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
 namespace Vantrel::ScanEngine {
@@ -27,48 +29,82 @@ TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TR
       fEngine(pEngine),
       fFromFolder(std::move(pFromFolder)),
       fEnumerator(std::move(pEnumerator)),
-      fRoot(*pEngine.fConfiguration),
+      fConfiguration(*pEngine.fConfiguration),
       fThreadPool(*pEngine.fWorkerThreadPool),
-      fFolderDateBasedOnFilesOnly(fRoot.GetFolderDateBasedOnFilesOnly()),
+      fFolderDateBasedOnFilesOnly(fConfiguration.GetFolderDateBasedOnFilesOnly()),
       fMode(pMode) {}
 
 void TScanJob::Execute() {
   fFromFolder->ExcludeFolderState(fsUpdatePending);
-  if (IsCancelled() || !fRoot.IsFolderToBeScanned(*fFromFolder)) {
+  if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*fFromFolder)) {
     fFromFolder->ExcludeFolderState(fsScanning);
     return;
   }
-  if (fOpen && !(fEnumerator = std::exchange(fOpen, nullptr)())) {
-    fFromFolder->ExcludeFolderState(fsScanning);
+  if (fOpen && !OpenFolder()) return;
+  if (!TakeAccumulator()) {
+    TakeIn(*fFromFolder, fEnumerator.get(), {});
     return;
   }
-  fFiles = fEngine.TakeAccumulator();
   if (fMode == TScanMode::smRefresh)
     RefreshFolder();
   else
-    ScanFolder(*fFromFolder, *fEnumerator);
+    ScanFolder(*fFromFolder, fEnumerator.get());
   fEnumerator = nullptr;
   ScanWaiting();
   fEngine.GiveAccumulator(std::move(fFiles));
 }
 
+// False when there is nothing to list.
+bool TScanJob::OpenFolder() {
+  try {
+    fEnumerator = std::exchange(fOpen, nullptr)();
+  } catch (...) {
+    const uint32_t code = CodeOfCaughtException("TScanJob.OpenFolder");
+    TReserveUse reserve;
+    const TRef<TPathNotFoundEnumerator> failed = MakeRef<TPathNotFoundEnumerator>(fFromFolder->GetFullPath(), code, 0);
+    fConfiguration.RecordError(*fFromFolder, *failed, true);
+  }
+  if (!fEnumerator) fFromFolder->ExcludeFolderState(fsScanning);
+  return fEnumerator != nullptr;
+}
+
+bool TScanJob::TakeAccumulator() {
+  try {
+    fFiles = fEngine.TakeAccumulator();
+  } catch (...) {
+    fFailure = CodeOfCaughtException("TScanJob.TakeAccumulator");
+  }
+  return fFiles != nullptr;
+}
+
 void TScanJob::ScanWaiting() {
   while (fFirstWaiting < fWaiting.size()) {
-    if (ShouldQueue()) {
-      // The folder nearest to the top is likely to have the most beneath it: the best to give away.
-      Queue(std::move(fWaiting[fFirstWaiting++]));
+    // The folder nearest to the top is likely to have the most beneath it: the best to give away.
+    if (ShouldQueue() && Queue(fWaiting[fFirstWaiting])) {
+      ++fFirstWaiting;
       continue;
     }
     TWaiting next = std::move(fWaiting.back());
     fWaiting.pop_back();
-    if (IsCancelled() || !fRoot.IsFolderToBeScanned(*next.fFolder)) {
+    if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*next.fFolder)) {
       next.fFolder->ExcludeFolderState(fsScanning);
       continue;
     }
-    TRef<IHierarchicalEnumerator> enumerator =
-        next.fParent->CreateChildEnumerator(next.fFolder->GetObjectName(), next.fFolder->GetAttributes());
+    const TRef<IHierarchicalEnumerator> enumerator = Open(next);
     next.fParent = nullptr;  // with its last child on the way, the parent's handle can go
-    ScanFolder(*next.fFolder, *enumerator);
+    ScanFolder(*next.fFolder, enumerator.get());
+  }
+}
+
+// nullptr when there is none; fFailure tells why.
+TRef<IHierarchicalEnumerator> TScanJob::Open(const TWaiting& pWaiting) {
+  fFailure = 0;
+  try {
+    return pWaiting.fParent->CreateChildEnumerator(pWaiting.fFolder->GetObjectName(),
+                                                   pWaiting.fFolder->GetAttributes());
+  } catch (...) {
+    fFailure = CodeOfCaughtException("TScanJob.Open");
+    return nullptr;
   }
 }
 
@@ -79,42 +115,53 @@ bool TScanJob::ShouldQueue() const {
   return queued <= kMostQueuedPerThread * fThreadPool.GetThreadCount() && fThreadPool.IsCpuUsageBelowMax();
 }
 
-void TScanJob::Queue(TWaiting pWaiting) {
-  TRef<IHierarchicalEnumerator> enumerator =
-      pWaiting.fParent->CreateChildEnumerator(pWaiting.fFolder->GetObjectName(), pWaiting.fFolder->GetAttributes());
-  fThreadPool.AddWorkItem(
-      MakeRef<TScanJob>(fEngine, std::move(pWaiting.fFolder), std::move(enumerator), TScanMode::smNew));
-}
-
-void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {
-  ListEntries(pFolder, pEnumerator);
-  EndListing(pFolder, pEnumerator);
-  const TFileGroupContents contents = fFiles->Finish(pFolder);
-  pFolder.AddFiles(contents, true);
-  pFolder.ExcludeFolderState(fsScanning);
-  if (!IsCancelled()) pFolder.FinishPart();  // a folder that was left early, and all above it, stay unfinished
-}
-
-// Some errors are raised instead of told, by a listing that then tells them as well. They end this listing like any
-// other; left to run up, they would take all folders with them that wait behind this one.
-bool TScanJob::NextEntry(IHierarchicalEnumerator& pEnumerator) {
+// False when the folder still waits: what keeps it from becoming a job need not keep it from being scanned here.
+bool TScanJob::Queue(TWaiting& pWaiting) {
+  TRef<IHierarchicalEnumerator> enumerator = Open(pWaiting);
+  if (!enumerator) return false;
   try {
-    return pEnumerator.Next();
-  } catch (const EOSError& error) {
-    fRaisedError = error.Code();
+    fThreadPool.AddWorkItem(MakeRef<TScanJob>(fEngine, pWaiting.fFolder, std::move(enumerator), TScanMode::smNew));
+  } catch (...) {
+    CodeOfCaughtException("TScanJob.Queue");
     return false;
+  }
+  pWaiting = {};
+  return true;
+}
+
+void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
+  TakeIn(pFolder, pEnumerator, List(pFolder, pEnumerator));
+}
+
+// --- listing: may fail anywhere, and changes nothing in the tree -----------------------------------------------------
+
+// Whatever ends the listing early is kept in fFailure; what was listed before still counts.
+TFileGroupContents TScanJob::List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
+  fFiles->Begin();
+  fChildren.clear();
+  fExcluded = 0;
+  if (!pEnumerator) return {};
+  fFailure = 0;
+  try {
+    ListEntries(pFolder, *pEnumerator);
+  } catch (...) {
+    fFailure = CodeOfCaughtException("TScanJob.ListEntries");
+  }
+  if (IEntryFilter* const filter = fFiles->EntryFilter()) filter->EndFolder();
+  try {
+    MakeRoomToWait();
+    return fFiles->Finish();
+  } catch (...) {
+    fFailure = CodeOfCaughtException("TScanJob.List");
+    return {};
   }
 }
 
 void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {
-  fFiles->Begin(pEnumerator.GetPathLength());
-  fChildren.clear();
-  fToBeEntered.clear();
-  fExcluded = 0;
-  fRaisedError = 0;
+  fFiles->SetPathLength(pEnumerator.GetPathLength());
   IEntryFilter* const filter = fFiles->EntryFilter();
   if (filter) filter->BeginFolder(pEnumerator);
-  while (NextEntry(pEnumerator)) {
+  while (pEnumerator.Next()) {
     if (pEnumerator.IsFolder()) {
       if (IsCancelled()) break;
       if (filter && !filter->IsFolderIncluded(pEnumerator))
@@ -129,7 +176,6 @@ void TScanJob::ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& 
       if (fFiles->FileCount() % kFilesBetweenLooks == 0 && IsCancelled()) break;
     }
   }
-  if (filter) filter->EndFolder();
 }
 
 void TScanJob::AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {
@@ -138,42 +184,97 @@ void TScanJob::AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerato
   if (pEnumerator.CanDescend()) {
     child->IncludeFolderState(fsScanning);
     child->BeginScan(1);
-    fToBeEntered.push_back(child);
   } else {
     child->IncludeFolderState(fsSubFolderScanningFinished);
   }
   fChildren.push_back(std::move(child));
 }
 
-// The children enter the tree and the waiting list; errors and progress are told.
-void TScanJob::EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator) {
-  const auto folders = static_cast<int64_t>(fChildren.size());
-  pFolder.BeginScan(1 + static_cast<int32_t>(fToBeEntered.size()));
-  pFolder.AppendChildren(std::move(fChildren));
+namespace {
+
+bool IsToBeEntered(const TRef<TCustomFolderData>& pChild) {
+  return (pChild->GetFolderState() & fsScanning) != 0;
+}
+
+}  // namespace
+
+// A child that could not wait would never be scanned, so without room for all of them none enters the tree.
+void TScanJob::MakeRoomToWait() {
   if (fFirstWaiting == fWaiting.size()) {
     fWaiting.clear();
     fFirstWaiting = 0;
   }
+  fChildren.shrink_to_fit();  // here, where it may fail: the folder keeps the list as it is
+  const auto entered = static_cast<size_t>(std::count_if(fChildren.begin(), fChildren.end(), IsToBeEntered));
+  const size_t wanted = fWaiting.size() + entered;
+  if (wanted <= fWaiting.capacity()) return;
+  try {
+    fWaiting.reserve(std::max(wanted, 2 * fWaiting.capacity()));
+  } catch (...) {
+    fChildren.clear();
+    throw;
+  }
+}
+
+// --- into the tree: all of it or none ------------------------------------------------------------------------------
+
+// noexcept: some ancestors would have the folder's files and others not. The reserve of memory serves for this part.
+void TScanJob::TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator,
+                      const TFileGroupContents& pFiles) noexcept {
+  TReserveUse reserve;
+  EndListing(pFolder, pEnumerator);
+  if (fFiles) fFiles->OfferTopFiles(pFolder);
+  pFolder.AddFiles(pFiles, true);
+  EndFolder(pFolder);
+}
+
+void TScanJob::EndFolder(TCustomFolderData& pFolder) {
+  pFolder.ExcludeFolderState(fsScanning);
+  if (!IsCancelled()) pFolder.FinishPart();  // a folder that was left early, and all above it, stay unfinished
+}
+
+// The children enter the tree and the waiting list; errors and progress are told.
+void TScanJob::EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
+  const auto folders = static_cast<int64_t>(fChildren.size());
+  const size_t before = fWaiting.size();
   // From the back, the first listed comes first.
-  for (auto child = fToBeEntered.rbegin(); child != fToBeEntered.rend(); ++child)
-    fWaiting.push_back({std::move(*child), TRef<IHierarchicalEnumerator>(&pEnumerator)});
-  const bool partial = folders > 0 || fFiles->FileCount() > 0;
-  if (pEnumerator.GetErrorCode() != 0)
-    fRoot.RecordError(pFolder, pEnumerator, partial);
-  else if (fRaisedError != 0)
-    fRoot.RecordError(pFolder, *MakeRef<TPathNotFoundEnumerator>(pEnumerator.GetPath(), fRaisedError, 0), partial);
-  fRoot.CountScanned(pFolder, fFiles->FileCount(), folders, fFiles->Values().fSize, fExcluded);
+  for (auto child = fChildren.rbegin(); child != fChildren.rend(); ++child)
+    if (IsToBeEntered(*child)) fWaiting.push_back({*child, TRef<IHierarchicalEnumerator>(pEnumerator)});
+  pFolder.BeginScan(1 + static_cast<int32_t>(fWaiting.size() - before));
+  pFolder.AppendChildren(std::move(fChildren));
+  const TSizeValues values = fFiles ? fFiles->Values() : TSizeValues();
+  const bool partial = folders > 0 || values.fFiles > 0;
+  if (pEnumerator && pEnumerator->GetErrorCode() != 0) {
+    fConfiguration.RecordError(pFolder, *pEnumerator, partial);
+  } else if (fFailure != 0) {
+    const std::u16string path = pEnumerator ? pEnumerator->GetPath() : pFolder.GetFullPath();
+    fConfiguration.RecordError(pFolder, *MakeRef<TPathNotFoundEnumerator>(path, fFailure, 0), partial);
+  }
+  fConfiguration.CountScanned(pFolder, values.fFiles, folders, values.fSize, fExcluded);
 }
 
 // --- refresh -------------------------------------------------------------------------------------------------------
 
 void TScanJob::RefreshFolder() {
   TCustomFolderData& folder = *fFromFolder;
+  TFileGroupContents files = List(folder, fEnumerator.get());
+  std::vector<TRef<IFolderData>> gone;
+  try {
+    gone = KeepNewChildren();
+  } catch (...) {
+    fFailure = CodeOfCaughtException("TScanJob.RefreshFolder");
+    fChildren.clear();
+  }
+  TakeInRefresh(files, gone);
+}
+
+// Of the children listed, leaves those that are new. Returns the folder's children that were not listed.
+std::vector<TRef<IFolderData>> TScanJob::KeepNewChildren() {
+  TCustomFolderData& folder = *fFromFolder;
   boost::unordered_flat_map<std::u16string_view, TRef<IFolderData>> gone;
   for (TRef<IFolderData>& child : folder.FindSubFolders())
     if (!child->IsFileGroup()) gone.emplace(child->GetObjectName(), child);
   const auto known = gone;  // keeps the names alive
-  ListEntries(folder, *fEnumerator);
   std::vector<TRef<TCustomFolderData>> added;
   for (TRef<TCustomFolderData>& child : fChildren) {
     if (gone.erase(child->GetObjectName()) > 0) continue;
@@ -183,20 +284,26 @@ void TScanJob::RefreshFolder() {
              u"\" in \"" + folder.GetFullPath() + u"\".");
     added.push_back(child);
   }
-  std::erase_if(fToBeEntered, [](const TRef<TCustomFolderData>& pChild) {
-    return (pChild->GetFolderState() & fsDetectedDuringRefresh) == 0;
-  });
+  std::vector<TRef<IFolderData>> left;
+  for (auto& [name, child] : gone) left.push_back(child);
   fChildren = std::move(added);
+  return left;
+}
+
+// noexcept as TakeIn.
+void TScanJob::TakeInRefresh(const TFileGroupContents& pFiles, const std::vector<TRef<IFolderData>>& pGone) noexcept {
+  TReserveUse reserve;
+  TCustomFolderData& folder = *fFromFolder;
   // A listing that broke off says nothing of what it did not reach.
-  if (fEnumerator->GetErrorCode() == 0 && fRaisedError == 0 && !IsCancelled())
-    for (auto& [name, child] : gone) child->Remove();
+  if (fEnumerator->GetErrorCode() == 0 && fFailure == 0 && !IsCancelled())
+    for (const TRef<IFolderData>& child : pGone) child->Remove();
   folder.GetRoot()->ForgetOwnEntries(folder);
   const int32_t unfinished = folder.CountUnfinishedChildren();
-  EndListing(folder, *fEnumerator);
+  EndListing(folder, fEnumerator.get());
   folder.AnnounceParts(unfinished);  // those that a cancelled scan left; the new ones are announced already
-  folder.ReplaceFiles(fFiles->Finish(folder));
-  folder.ExcludeFolderState(fsScanning);
-  if (!IsCancelled()) folder.FinishPart();
+  fFiles->OfferTopFiles(folder);
+  if (!fFiles->AreFilesGivenUp()) folder.ReplaceFiles(pFiles);
+  EndFolder(folder);
 }
 
 }  // namespace Vantrel::ScanEngine

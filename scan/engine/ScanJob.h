@@ -30,6 +30,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   void SetOpen(std::function<TRef<IHierarchicalEnumerator>()> pOpen) { fOpen = std::move(pOpen); }
 
  protected:
+  // Throws nothing: whatever goes wrong ends the listing of one folder, which then stands on the root's error list.
   void Execute() override;
 
  private:
@@ -39,21 +40,34 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
     TRef<IHierarchicalEnumerator> fParent;
   };
 
-  void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
-  void RefreshFolder();
-  bool NextEntry(IHierarchicalEnumerator& pEnumerator);
+  bool OpenFolder();
+  bool TakeAccumulator();
+  void ScanWaiting();
+  TRef<IHierarchicalEnumerator> Open(const TWaiting& pWaiting);
+  bool ShouldQueue() const;
+  bool Queue(TWaiting& pWaiting);
+  // The enumerator may be nullptr: the folder could not be opened.
+  void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
+
+  TFileGroupContents List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
   void ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
-  void EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
-  void ScanWaiting();
-  bool ShouldQueue() const;
-  void Queue(TWaiting pWaiting);
+  void MakeRoomToWait();
+
+  void TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator,
+              const TFileGroupContents& pFiles) noexcept;
+  void EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
+  void EndFolder(TCustomFolderData& pFolder);
+
+  void RefreshFolder();
+  std::vector<TRef<IFolderData>> KeepNewChildren();
+  void TakeInRefresh(const TFileGroupContents& pFiles, const std::vector<TRef<IFolderData>>& pGone) noexcept;
 
   TScanEngine& fEngine;
   const TRef<TCustomFolderData> fFromFolder;
   TRef<IHierarchicalEnumerator> fEnumerator;
   std::function<TRef<IHierarchicalEnumerator>()> fOpen;
-  IScanConfiguration& fRoot;  // the root's scan settings
+  IScanConfiguration& fConfiguration;
   ThreadPool::TWorkerThreadPool& fThreadPool;
   const bool fFolderDateBasedOnFilesOnly;
   const TScanMode fMode;
@@ -62,10 +76,9 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   std::vector<TWaiting> fWaiting;  // scanned from the back, depth first; given away from the front
   size_t fFirstWaiting = 0;
   // Of the folder being listed.
-  std::vector<TRef<TCustomFolderData>> fChildren;
-  std::vector<TRef<TCustomFolderData>> fToBeEntered;
+  std::vector<TRef<TCustomFolderData>> fChildren;  // those to be entered are marked fsScanning
   int64_t fExcluded = 0;
-  uint32_t fRaisedError = 0;
+  uint32_t fFailure = 0;  // the code of what ended the listing, unless the enumerator tells it
 };
 
 }  // namespace Vantrel::ScanEngine

@@ -1,10 +1,9 @@
 #include "scan/engine/ThreadPool.h"
 
 #include <algorithm>
+#include <system_error>
 
-#include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
-#include "platform/text/Text.h"
 
 namespace Vantrel::ThreadPool {
 
@@ -27,8 +26,8 @@ void TBasicWorkItem::Run() {
   try {
     Execute();
     if (IsCancelled()) result = TTaskStatus::tsCancelled;
-  } catch (const std::exception& error) {
-    LogDebug(u"TBasicWorkItem.Run: " + FromUtf8(error.what()));
+  } catch (...) {
+    CodeOfCaughtException("TBasicWorkItem.Run");
     result = TTaskStatus::tsFailed;
   }
   fStatus.store(result, std::memory_order_release);
@@ -46,24 +45,26 @@ TRef<IWorkItem> TWorkItemsQueue::TakeFirst() {
   return item;
 }
 
+bool TWorkItemsQueue::Remove(const IWorkItem& pItem) {
+  return std::erase_if(fItems, [&](const TRef<IWorkItem>& pOther) { return pOther.get() == &pItem; }) > 0;
+}
+
 void TWorkerThread::Start() {
+  if (fThreadPool.fSettings.fGrantsThread && !fThreadPool.fSettings.fGrantsThread())
+    throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
   fThread = std::thread([this] { Execute(); });
 }
 
-void TWorkerThread::Execute() {
+// noexcept: what gets this far would leave the pool counting an item that is gone, and its owner waiting for ever.
+void TWorkerThread::Execute() noexcept {
   SetCurrentThreadName("worker");
   SetCurrentThreadPriority(fThreadPool.FPriority.load(std::memory_order_relaxed));
   TComInitializer com(fThreadPool.fSettings.fInitializeCOM);
-  if (fThreadPool.fOnNewThread) fThreadPool.fOnNewThread();
-  while ((fWorkItem = fThreadPool.WaitForWorkItem())) {
-    fStatus.store(TStatus::tsWorking, std::memory_order_release);
+  while ((fWorkItem = fThreadPool.WaitForWorkItem(*this))) {
     fWorkItem->Run();
     fWorkItem = nullptr;
-    fStatus.store(TStatus::tsIdle, std::memory_order_release);
     fThreadPool.WorkItemDone(1);
   }
-  fStatus.store(TStatus::tsEnded, std::memory_order_release);
-  fThreadPool.ThreadEnds(*this);
 }
 
 namespace {
@@ -90,7 +91,12 @@ void TWorkerThreadPool::SetMaxCpuUsage(int32_t pPercent) {
 }
 
 bool TWorkerThreadPool::IsCpuUsageBelowMax() {
-  const std::optional<int> usage = fSettings.fCpuUsage();
+  std::optional<int> usage;
+  try {
+    usage = fSettings.fCpuUsage();
+  } catch (...) {  // no memory to read the system's counters with: no time for a further thread either
+    return false;
+  }
   return usage ? *usage < GetMaxCpuUsage() : GetThreadCount() < ProcessorCount();
 }
 
@@ -105,28 +111,47 @@ void TWorkerThreadPool::AddWorkItems(std::vector<TRef<IWorkItem>> pItems) {
     TCriticalSectionLock lock(fLock);
     if (fDestryoing) throw EInvalidOperation("New workitems cannot be added to a threadpool that is destroying.");
     if (fIsTerminatingAllWorkitems) return;
+    Queue(pItems);
     fWorkItemsCount.fetch_add(static_cast<int32_t>(pItems.size()), std::memory_order_acq_rel);
-    for (TRef<IWorkItem>& item : pItems) {
-      if (fSettings.fUseLIFO)
-        fWorkerItemsQueue.Prepend(std::move(item));
-      else
-        fWorkerItemsQueue.Append(std::move(item));
-    }
-    fQueueLength.store(static_cast<int32_t>(fWorkerItemsQueue.Count()), std::memory_order_relaxed);
     for (size_t i = 0; i < pItems.size() && fIdleThreads > 0; ++i) fNewWorkItemEvent.notify_one();
   }
-  CheckAddNewWorkerThread();
+  CheckAddNewWorkerThread(pItems);
 }
 
-void TWorkerThreadPool::CheckAddNewWorkerThread() {
+// All of them or none.
+void TWorkerThreadPool::Queue(const std::vector<TRef<IWorkItem>>& pItems) {
+  size_t queued = 0;
+  try {
+    for (; queued < pItems.size(); ++queued) {
+      if (fSettings.fUseLIFO)
+        fWorkerItemsQueue.Prepend(pItems[queued]);
+      else
+        fWorkerItemsQueue.Append(pItems[queued]);
+    }
+  } catch (...) {
+    while (queued-- > 0) fWorkerItemsQueue.Remove(*pItems[queued]);
+    throw;
+  }
+  fQueueLength.store(static_cast<int32_t>(fWorkerItemsQueue.Count()), std::memory_order_relaxed);
+}
+
+// Takes items back that no thread is there for.
+void TWorkerThreadPool::Unqueue(const std::vector<TRef<IWorkItem>>& pItems) {
+  for (const TRef<IWorkItem>& item : pItems)
+    if (fWorkerItemsQueue.Remove(*item)) fWorkItemsCount.fetch_sub(1, std::memory_order_acq_rel);
+  fQueueLength.store(static_cast<int32_t>(fWorkerItemsQueue.Count()), std::memory_order_relaxed);
+}
+
+void TWorkerThreadPool::CheckAddNewWorkerThread(const std::vector<TRef<IWorkItem>>& pAdded) {
   const int64_t now = fSettings.fTickCount();
   const int32_t minimum = GetMinWorkerThreads();
   if (now - fLastCheckAddNewWorkerThread.load(std::memory_order_relaxed) < kThreadCheckMilliseconds &&
       GetThreadCount() > minimum)
     return;
+  if (now < fNoThreadBefore.load(std::memory_order_relaxed) && GetThreadCount() > 0) return;
   // Asked before the lock is taken, and only where the answer counts: it may read the system's counters.
   const bool cpuBelowMax = GetThreadCount() < minimum || IsCpuUsageBelowMax();
-  std::vector<std::unique_ptr<TWorkerThread>> ended;
+  std::list<TWorkerThread> ended;
   {
     TCriticalSectionLock lock(fLock);
     fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
@@ -135,19 +160,38 @@ void TWorkerThreadPool::CheckAddNewWorkerThread() {
     // Beyond the minimum, an idle thread that is on its way to the item makes a new one needless.
     const bool idleThreadsSuffice = fIdleThreads >= static_cast<int32_t>(fWorkerItemsQueue.Count());
     if (threads >= minimum && (idleThreadsSuffice || !cpuBelowMax)) return;
-    fThreads.push_back(std::make_unique<TWorkerThread>(*this));
-    fThreadCount.store(threads + 1, std::memory_order_relaxed);
-    fThreads.back()->Start();
+    try {
+      StartThread(now);
+    } catch (...) {
+      Unqueue(pAdded);
+      throw;
+    }
     ended.swap(fEndedThreads);
   }
-  for (const std::unique_ptr<TWorkerThread>& thread : ended) thread->Join();
+  for (TWorkerThread& thread : ended) thread.Join();
 }
 
-TRef<IWorkItem> TWorkerThreadPool::WaitForWorkItem() {
+// A thread that runs does the work of one that cannot be started. Throws when there is none.
+void TWorkerThreadPool::StartThread(int64_t pNow) {
+  std::list<TWorkerThread> started;
+  try {
+    started.emplace_back(*this);
+    started.back().Start();  // it waits for the lock before it asks for work
+  } catch (...) {
+    CodeOfCaughtException("TWorkerThreadPool.StartThread");
+    fNoThreadBefore.store(pNow + kRefusedThreadMilliseconds, std::memory_order_relaxed);
+    if (fThreads.empty()) throw;
+    return;
+  }
+  fThreads.splice(fThreads.end(), started);
+  fThreadCount.store(static_cast<int32_t>(fThreads.size()), std::memory_order_relaxed);
+}
+
+TRef<IWorkItem> TWorkerThreadPool::WaitForWorkItem(TWorkerThread& pThread) {
   TCriticalSectionLock lock(fLock);
   const int64_t idleSince = TickCount64();
   while (true) {
-    if (fTerminated) return nullptr;
+    if (fTerminated) break;
     if (!FPaused) {
       if (TRef<IWorkItem> item = fWorkerItemsQueue.TakeFirst()) {
         fQueueLength.store(static_cast<int32_t>(fWorkerItemsQueue.Count()), std::memory_order_relaxed);
@@ -155,38 +199,29 @@ TRef<IWorkItem> TWorkerThreadPool::WaitForWorkItem() {
       }
     }
     const int64_t left = fSettings.fMaxIdleTime - (TickCount64() - idleSince);
-    if (left <= 0) return nullptr;
+    if (left <= 0) break;
     ++fIdleThreads;
     lock.WaitFor(fNewWorkItemEvent, left);
     --fIdleThreads;
   }
+  LetThreadEnd(pThread);
+  return nullptr;
+}
+
+// Under the same lock that the thread found no work: an item added from now on finds one thread less, and gets its own.
+void TWorkerThreadPool::LetThreadEnd(TWorkerThread& pThread) {
+  const auto own =
+      std::find_if(fThreads.begin(), fThreads.end(), [&](const auto& pItem) { return &pItem == &pThread; });
+  fEndedThreads.splice(fEndedThreads.end(), fThreads, own);
+  fThreadCount.store(static_cast<int32_t>(fThreads.size()), std::memory_order_relaxed);
+  fThreadOrItemEnded.notify_all();
 }
 
 void TWorkerThreadPool::WorkItemDone(int32_t pCount) {
   if (fWorkItemsCount.fetch_sub(pCount, std::memory_order_acq_rel) != pCount) return;
-  fAllWorkItemsDoneEventCount.fetch_add(1, std::memory_order_relaxed);
   if (fOnAllWorkItemsDone) fOnAllWorkItemsDone();
   TCriticalSectionLock lock(fLock);
   fThreadOrItemEnded.notify_all();
-}
-
-void TWorkerThreadPool::ThreadEnds(TWorkerThread& pThread) {
-  if (FOnThreadTerminated) FOnThreadTerminated();
-  bool last;
-  {
-    TCriticalSectionLock lock(fLock);
-    auto own =
-        std::find_if(fThreads.begin(), fThreads.end(), [&](const auto& pItem) { return pItem.get() == &pThread; });
-    fEndedThreads.push_back(std::move(*own));
-    fThreads.erase(own);
-    fThreadCount.store(static_cast<int32_t>(fThreads.size()), std::memory_order_relaxed);
-    last = fThreads.empty();
-    if (last && FOnAllThreadsTerminated) {
-      // Told under the lock: after it, the pool may be gone.
-      FOnAllThreadsTerminated();
-    }
-    fThreadOrItemEnded.notify_all();
-  }
 }
 
 void TWorkerThreadPool::TerminateAllWorkItems() {
@@ -209,12 +244,12 @@ void TWorkerThreadPool::SetPaused(bool pPaused) {
     FPaused = pPaused;
     fNewWorkItemEvent.notify_all();
   }
-  if (!pPaused) CheckAddNewWorkerThread();
+  if (!pPaused) CheckAddNewWorkerThread({});
 }
 
 void TWorkerThreadPool::Shutdown() {
   std::deque<TRef<IWorkItem>> dropped;
-  std::vector<std::unique_ptr<TWorkerThread>> ended;
+  std::list<TWorkerThread> ended;
   {
     TCriticalSectionLock lock(fLock);
     fDestryoing = true;
@@ -225,7 +260,7 @@ void TWorkerThreadPool::Shutdown() {
     while (!fThreads.empty()) lock.Wait(fThreadOrItemEnded);
     ended.swap(fEndedThreads);
   }
-  for (const std::unique_ptr<TWorkerThread>& thread : ended) thread->Join();
+  for (TWorkerThread& thread : ended) thread.Join();
   if (!dropped.empty()) fWorkItemsCount.fetch_sub(static_cast<int32_t>(dropped.size()), std::memory_order_acq_rel);
 }
 

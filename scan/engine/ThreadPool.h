@@ -46,8 +46,6 @@ class TBasicWorkItem : public TInterfaced<IWorkItem> {
     fOnWorkDone = std::move(pCallback);
     fFireOnWorkDoneSynchronized = pSynchronized;
   }
-  int64_t GetTag() const { return fTag; }
-  void SetTag(int64_t pTag) { fTag = pTag; }
 
  protected:
   explicit TBasicWorkItem(TRef<ICancellationIndicator> pCancellationToken = nullptr)
@@ -59,7 +57,6 @@ class TBasicWorkItem : public TInterfaced<IWorkItem> {
 
  private:
   TCallback fOnWorkDone;
-  int64_t fTag = 0;
   std::atomic<TTaskStatus> fStatus{TTaskStatus::tsCreated};
   bool fFireOnWorkDoneSynchronized = false;
 };
@@ -69,7 +66,8 @@ class TWorkItemsQueue {
  public:
   void Append(TRef<IWorkItem> pItem) { fItems.push_back(std::move(pItem)); }
   void Prepend(TRef<IWorkItem> pItem) { fItems.push_front(std::move(pItem)); }
-  TRef<IWorkItem> TakeFirst();  // nullptr when empty
+  TRef<IWorkItem> TakeFirst();          // nullptr when empty
+  bool Remove(const IWorkItem& pItem);  // false when it is not there
   size_t Count() const { return fItems.size(); }
   std::deque<TRef<IWorkItem>> TakeAll() { return std::exchange(fItems, {}); }
 
@@ -80,41 +78,27 @@ class TWorkItemsQueue {
 class TWorkerThreadPool;
 
 // One thread of a pool.
-class TKivThread {
+class TWorkerThread {
  public:
-  enum class TStatus : uint8_t { tsStarting, tsIdle, tsWorking, tsEnded };
-  virtual ~TKivThread() = default;
-  TStatus GetStatus() const { return fStatus.load(std::memory_order_acquire); }
-
- protected:
-  explicit TKivThread(TWorkerThreadPool& pPool) : fThreadPool(pPool) {}
-  TWorkerThreadPool& fThreadPool;
-  std::atomic<TStatus> fStatus{TStatus::tsStarting};
-};
-
-class TWorkerThread : public TKivThread {
- public:
-  explicit TWorkerThread(TWorkerThreadPool& pPool) : TKivThread(pPool) {}
-  void Start();
+  explicit TWorkerThread(TWorkerThreadPool& pPool) : fThreadPool(pPool) {}
+  void Start();  // std::system_error when the system grants no thread
   void Join() { fThread.join(); }
 
  private:
-  void Execute();
+  void Execute() noexcept;
 
+  TWorkerThreadPool& fThreadPool;
   TRef<IWorkItem> fWorkItem;  // being run
   std::thread fThread;
 };
 
-// What every pool has: its threads, their number and priority, and what happens when they end.
+// What every pool has: its threads' number and priority, and whether it works, pauses or ends.
 class TCustomThreadPool {
  public:
   virtual ~TCustomThreadPool() = default;
   int32_t GetMaxRunningThreads() const { return FMaxRunningThreads.load(std::memory_order_relaxed); }
   void SetMaxRunningThreads(int32_t pValue) { FMaxRunningThreads = pValue < 1 ? 1 : pValue; }
   void SetPriority(int32_t pStep) { FPriority = pStep; }  // for threads started from now on
-  // Called on a thread that ends, and once more when it was the last. Set before work is added.
-  std::function<void()> FOnThreadTerminated;
-  std::function<void()> FOnAllThreadsTerminated;
 
  protected:
   std::atomic<int32_t> FMaxRunningThreads{1};
@@ -133,7 +117,9 @@ class TWorkerThreadPool : public TCustomThreadPool {
     bool fUseLIFO = false;
     int32_t fMaxIdleTime = 60'000;  // milliseconds
     int32_t fMinWorkerThreads = 1;
-    // Replace the machine in tests: percent of processor time in use, and milliseconds.
+    // Replace the machine in tests: whether the system grants a thread, percent of processor time in use, and
+    // milliseconds.
+    std::function<bool()> fGrantsThread;
     std::function<std::optional<int>()> fCpuUsage;  // no value: not measured yet
     std::function<int64_t()> fTickCount;
   };
@@ -142,7 +128,9 @@ class TWorkerThreadPool : public TCustomThreadPool {
   ~TWorkerThreadPool() override;
 
   // Queues an item and starts a thread when the thread check says so. EInvalidOperation while the pool is being
-  // destroyed; dropped without a word while all items are being terminated.
+  // destroyed; dropped without a word while all items are being terminated. That the system grants no further thread is
+  // no error while one runs. std::system_error when it grants not even the first, std::bad_alloc when there is no
+  // memory: the items are not in the queue then.
   void AddWorkItem(TRef<IWorkItem> pItem);
   void AddWorkItems(std::vector<TRef<IWorkItem>> pItems);
   // Drops all waiting items and waits for the running ones. The pool takes new work afterwards.
@@ -157,7 +145,6 @@ class TWorkerThreadPool : public TCustomThreadPool {
   int32_t GetMinWorkerThreads() const { return fMinWorkerThreads.load(std::memory_order_relaxed); }
   // Called by the worker that finished the last item, every time that none is left. Set before work is added.
   void SetOnAllWorkItemsDone(std::function<void()> pCallback) { fOnAllWorkItemsDone = std::move(pCallback); }
-  void SetOnNewThread(std::function<void()> pCallback) { fOnNewThread = std::move(pCallback); }
 
   // Items queued or running.
   int32_t GetWorkItemsCount() const { return fWorkItemsCount.load(std::memory_order_acquire); }
@@ -172,32 +159,38 @@ class TWorkerThreadPool : public TCustomThreadPool {
  private:
   friend class TWorkerThread;
 
-  void CheckAddNewWorkerThread();
-  TRef<IWorkItem> WaitForWorkItem();  // nullptr: the thread ends
+  void Queue(const std::vector<TRef<IWorkItem>>& pItems) REQUIRES(fLock);
+  void Unqueue(const std::vector<TRef<IWorkItem>>& pItems) REQUIRES(fLock);
+  // Takes the items that were just added back, and throws, when there is no thread at all for them.
+  void CheckAddNewWorkerThread(const std::vector<TRef<IWorkItem>>& pAdded);
+  void StartThread(int64_t pNow) REQUIRES(fLock);
+  // nullptr: the thread ends, and the pool does not count it any more.
+  TRef<IWorkItem> WaitForWorkItem(TWorkerThread& pThread);
+  void LetThreadEnd(TWorkerThread& pThread) REQUIRES(fLock);
   void WorkItemDone(int32_t pCount);
-  void ThreadEnds(TWorkerThread& pThread);
 
   // A new thread is considered at most this often once the minimum runs.
   static constexpr int64_t kThreadCheckMilliseconds = 2;
+  // After the system refused one, it is asked again at most this often.
+  static constexpr int64_t kRefusedThreadMilliseconds = 100;
 
   TCpuUsageMeter fCpuMeter;
   const TSettings fSettings;
   std::function<void()> fOnAllWorkItemsDone;
-  std::function<void()> fOnNewThread;
   std::atomic<int32_t> fMinWorkerThreads;
   std::atomic<int32_t> fMaxCpuUsage{100};
   std::atomic<int32_t> fWorkItemsCount{0};
-  std::atomic<int32_t> fAllWorkItemsDoneEventCount{0};
   std::atomic<int32_t> fQueueLength{0};
   std::atomic<int32_t> fThreadCount{0};
   std::atomic<int64_t> fLastCheckAddNewWorkerThread;
+  std::atomic<int64_t> fNoThreadBefore{INT64_MIN};  // tick count
   std::condition_variable fNewWorkItemEvent;
   std::condition_variable fThreadOrItemEnded;
   bool fIsTerminatingAllWorkitems GUARDED_BY(fLock) = false;
   int32_t fIdleThreads GUARDED_BY(fLock) = 0;
   TWorkItemsQueue fWorkerItemsQueue GUARDED_BY(fLock);
-  std::list<std::unique_ptr<TWorkerThread>> fThreads GUARDED_BY(fLock);
-  std::vector<std::unique_ptr<TWorkerThread>> fEndedThreads GUARDED_BY(fLock);  // to be joined
+  std::list<TWorkerThread> fThreads GUARDED_BY(fLock);
+  std::list<TWorkerThread> fEndedThreads GUARDED_BY(fLock);  // to be joined
 };
 
 }  // namespace Vantrel::ThreadPool

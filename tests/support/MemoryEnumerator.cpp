@@ -1,9 +1,11 @@
 #include "tests/support/MemoryEnumerator.h"
 
+#include <new>
 #include <utility>
 
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
+#include "platform/system/System.h"
 #include "scan/files/LinkRules.h"
 
 namespace Vantrel::Testing {
@@ -29,6 +31,13 @@ void TGate::Pass() {
 void TGate::WaitUntilOpen() {
   TCriticalSectionLock lock(fLock);
   while (!fOpen) lock.Wait(fChanged);
+}
+
+bool TGate::IsOpenBefore(int64_t pMilliseconds) {
+  const int64_t end = TickCount64() + pMilliseconds;
+  TCriticalSectionLock lock(fLock);
+  while (!fOpen && TickCount64() < end) lock.WaitFor(fChanged, end - TickCount64());
+  return fOpen;
 }
 
 TMemoryEntry& TMemoryEntry::AddFile(std::u16string_view pName, int64_t pSize, int64_t pAllocated) {
@@ -141,6 +150,7 @@ bool TMemoryEnumerator::Next() {
   if (call == fStorage->fFailingCall) return Fail(fStorage->fFailingCode);
   if (fFolder->fVanished) return Fail(TMemoryStorage::NotFoundCode());
   if (fCalls == fFolder->fFailAtNext) {
+    if (fFolder->fNoMemory) throw std::bad_alloc();
     if (fFolder->fRaises) throw EOSError(fFolder->fErrorCode, "Next", fFolder->fName);
     return Fail(fFolder->fErrorCode);
   }
@@ -165,6 +175,7 @@ TRef<IHierarchicalEnumerator> TMemoryEnumerator::GetChildHierarchicalEnumerator(
 }
 
 TRef<IHierarchicalEnumerator> TMemoryEnumerator::CreateChildEnumerator(std::u16string_view pName, TAttributes) {
+  if (fFolder->fNoChildren) throw std::bad_alloc();
   return MakeRef<TMemoryEnumerator>(fStorage, fFolder->Find(pName), JoinPath(fPath, pName, fStorage->fDelimiter),
                                     fOptions);
 }

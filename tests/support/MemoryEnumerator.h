@@ -22,10 +22,11 @@ namespace Vantrel::Testing {
 // A point in a listing at which the listing thread stops until the test lets it go on.
 class TGate {
  public:
-  void Open();              // for good
-  void WaitUntilReached();  // returns when a thread has come to the gate
-  void Pass();              // called by the listing thread
-  void WaitUntilOpen();     // the same, without being noticed
+  void Open();                               // for good
+  void WaitUntilReached();                   // returns when a thread has come to the gate
+  void Pass();                               // called by the listing thread
+  void WaitUntilOpen();                      // the same, without being noticed
+  bool IsOpenBefore(int64_t pMilliseconds);  // the same with a bound, for what may never come; false when it did not
 
  private:
   TCriticalSection fLock;
@@ -48,8 +49,10 @@ struct TMemoryEntry {
   std::atomic<bool> fVanished{false};  // the first Next fails: not found
   std::atomic<int> fFailAtNext{0};     // this call of Next, counted from 1, fails with fErrorCode; 0: none
   std::atomic<uint32_t> fErrorCode{0};
-  std::atomic<bool> fRaises{false};    // it fails with an exception, as some enumerators do
-  std::atomic<TGate*> fGate{nullptr};  // the first Next passes through this gate
+  std::atomic<bool> fRaises{false};      // it fails with an exception, as some enumerators do
+  std::atomic<bool> fNoMemory{false};    // that exception is std::bad_alloc
+  std::atomic<bool> fNoChildren{false};  // the folder's enumerator fails with it when a child is to be opened
+  std::atomic<TGate*> fGate{nullptr};    // the first Next passes through this gate
 
   TMemoryEntry& AddFile(std::u16string_view pName, int64_t pSize, int64_t pAllocated = -1);  // -1: as pSize
   TMemoryEntry& AddFolder(std::u16string_view pName);

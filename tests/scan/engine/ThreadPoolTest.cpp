@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <system_error>
 #include <thread>
 
 #include "model/tree/Tokens.h"
@@ -13,6 +14,8 @@ namespace Vantrel::ThreadPool {
 namespace {
 
 using Testing::TGate;
+
+constexpr int64_t kHang = 60'000;  // milliseconds after which a test fails that would else wait for ever
 
 // Runs a function.
 class TCall : public TBasicWorkItem {
@@ -42,6 +45,7 @@ struct TTestPool {
     settings.fMaxIdleTime = pIdleTime;
     settings.fCpuUsage = [this] { return fCpu.load(); };
     settings.fTickCount = [this] { return fTick.load(); };
+    settings.fGrantsThread = [this] { return fThreadsLeft-- > 0; };
     fPool = std::make_unique<TWorkerThreadPool>(std::move(settings));
     fPool->SetMaxRunningThreads(pMaximum);
     fPool->SetMaxCpuUsage(60);
@@ -53,6 +57,7 @@ struct TTestPool {
 
   std::atomic<int> fCpu{0};
   std::atomic<int64_t> fTick{0};
+  std::atomic<int> fThreadsLeft{1'000'000};  // that the system grants
   std::atomic<int> fAllDone{0};
   TGate fDone;
   std::unique_ptr<TWorkerThreadPool> fPool;
@@ -140,21 +145,42 @@ TEST(ThreadPool, OrderOfItems) {
   }
 }
 
-TEST(ThreadPool, IdleThreadsEndAndNewOnesStart) {
-  std::atomic<int> started{0}, ended{0};
-  TGate last;
-  TTestPool test(2, false, 1);
-  test.fPool->SetOnNewThread([&] { ++started; });
-  test.fPool->FOnThreadTerminated = [&] { ++ended; };
-  test.fPool->FOnAllThreadsTerminated = [&] { last.Open(); };
-  test.fPool->AddWorkItem(Call([] {}));
-  last.WaitUntilOpen();
+// Items come while the only thread is about to end: each must find it or get a new one.
+TEST(ThreadPool, AThreadThatEndsLeavesNoItemBehind) {
+  TTestPool test(1, false, 0);
+  for (int i = 0; i < 20'000; ++i) {
+    auto ran = std::make_shared<TGate>();
+    test.fPool->AddWorkItem(Call([ran] { ran->Open(); }));
+    ASSERT_TRUE(ran->IsOpenBefore(kHang)) << "item " << i << " waits and no thread takes it";
+  }
   while (test.fPool->GetThreadCount() > 0) std::this_thread::yield();
-  EXPECT_EQ(1, ended);
-  TGate ran;
-  test.fPool->AddWorkItem(Call([&] { ran.Open(); }));
-  ran.WaitUntilOpen();
-  EXPECT_EQ(2, started);
+}
+
+TEST(ThreadPool, ThreadsThatTheSystemRefuses) {
+  TTestPool test(4);
+  test.fThreadsLeft = 0;
+  bool ran = false;
+  // Not even the first: the caller is told, and the item is not kept for later.
+  EXPECT_THROW(test.fPool->AddWorkItem(Call([&] { ran = true; })), std::system_error);
+  EXPECT_THROW(test.fPool->AddWorkItems({Call([&] { ran = true; }), Call([&] { ran = true; })}), std::system_error);
+  EXPECT_EQ(0, test.fPool->GetWorkItemsCount());
+  EXPECT_EQ(0, test.fPool->GetQueueLength());
+  EXPECT_EQ(0, test.fPool->GetThreadCount());
+  // No second one: the first does all the work.
+  test.fThreadsLeft = 1;
+  TGate gate;
+  std::atomic<int> done{0};
+  test.fPool->AddWorkItem(Hold(gate));
+  gate.WaitUntilReached();
+  for (int i = 0; i < 10; ++i) {
+    test.fTick += 1000;
+    EXPECT_NO_THROW(test.fPool->AddWorkItem(Call([&] { ++done; })));
+  }
+  EXPECT_EQ(1, test.fPool->GetThreadCount());
+  gate.Open();
+  ASSERT_TRUE(test.fDone.IsOpenBefore(kHang));
+  EXPECT_EQ(10, done);
+  EXPECT_FALSE(ran);
 }
 
 TEST(ThreadPool, AddingWhileDestroying) {
@@ -212,7 +238,7 @@ TEST(ThreadPool, PausedItemsWait) {
   EXPECT_EQ(1, test.fPool->GetQueueLength());
   EXPECT_FALSE(ran);
   test.fPool->SetPaused(false);
-  test.fDone.WaitUntilOpen();
+  ASSERT_TRUE(test.fDone.IsOpenBefore(kHang)) << "the item still waits";
   EXPECT_TRUE(ran);
 }
 
@@ -237,13 +263,7 @@ TEST(ThreadPool, CompletionCallbacksTellTheOutcome) {
   }
   std::thread::id calledOn;
   auto synchronized = Call([] {});
-  synchronized->SetTag(42);
-  synchronized->SetOnWorkDone(
-      [&](TBasicWorkItem& pItem) {
-        calledOn = std::this_thread::get_id();
-        EXPECT_EQ(42, pItem.GetTag());
-      },
-      true);
+  synchronized->SetOnWorkDone([&](TBasicWorkItem&) { calledOn = std::this_thread::get_id(); }, true);
   test.fPool->AddWorkItem(synchronized);
   posted.WaitUntilOpen();
   test.fPool->Shutdown();
