@@ -5,10 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <clocale>
-#include <filesystem>
-#include <fstream>
 #include <future>
-#include <thread>
 
 #include "app/ConsoleOutput.h"
 #include "app/Version.h"
@@ -26,7 +23,6 @@
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Console.h"
-#include "platform/system/DebugLog.h"
 #include "platform/system/Environment.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
@@ -71,7 +67,8 @@ TApplication::TApplication(TRunSettings pSettings)
     : fSettings(std::move(pSettings)),
       fOptions(std::make_shared<TGlobalOptions>()),
       fMedia(*fOptions),
-      fActions(*this, fMedia, *fSettings.fOutput) {
+      fActions(*this, fMedia, *fSettings.fOutput),
+      fLog(fSettings.fWriteError) {
   fActions.SetReportWidth(fSettings.fReportWidth);
   gCancelRequested = false;
 }
@@ -106,43 +103,10 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
   for (const std::string& warning : handler.State().fWarnings) fSettings.fWriteError(warning);
   handler.FinalizeCommandLineOptions();
   fState = handler.State();
-  StartLog();
+  fLog.Start(fState.fDebug, fState.fDebugLogFile);
   const int result = handler.ProcessCommandlineTasks(*this);
-  SetDebugLogSink({});
-  WriteLog();
+  fLog.Stop();
   return result;
-}
-
-void TApplication::StartLog() {
-  if (!fState.fDebugLogFile.empty()) {
-    // Line by line: a log is wanted most when the program does not come to its end.
-    auto file = std::make_shared<std::ofstream>();
-    try {
-      file->open(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
-    } catch (const std::system_error&) {  // a name that is no text
-      file->setstate(std::ios::failbit);
-    }
-    if (!*file) fSettings.fWriteError("The log cannot be written: " + ToQuotedDisplay(fState.fDebugLogFile));
-    SetDebugLogSink([file](std::u16string_view pLine) { *file << ToDisplay(pLine) << std::endl; });
-  } else if (fState.fDebug) {
-    SetDebugLogSink([this, mainThread = std::this_thread::get_id()](std::u16string_view pLine) {
-      {
-        TCriticalSectionLock lock(fLogLock);
-        fLog.push_back(ToDisplay(pLine));
-      }
-      if (std::this_thread::get_id() == mainThread) WriteLog();
-    });
-  }
-}
-
-// The console belongs to the main thread. It writes what others have logged when it logs itself, and while it waits.
-void TApplication::WriteLog() {
-  std::vector<std::string> lines;
-  {
-    TCriticalSectionLock lock(fLogLock);
-    lines.swap(fLog);
-  }
-  for (const std::string& line : lines) fSettings.fWriteError(line);
 }
 
 int TApplication::ShowVersion() {
@@ -297,7 +261,7 @@ int TApplication::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
     return loaded;
   });
   while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready) {
-    WriteLog();
+    fLog.WriteWaiting();
     if (fSettings.fShowProgress)
       TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
   }
@@ -382,7 +346,7 @@ void TApplication::WaitForScan(IHierarchicalRoot& pRoot) {
       pRoot.CancelScan();
       cancelled = true;
     }
-    WriteLog();
+    fLog.WriteWaiting();
     if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pRoot.GetProgress()));
   }
   if (fSettings.fShowProgress) TConsole::ClearProgress();

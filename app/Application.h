@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "app/RunLog.h"
 #include "automation/actions/PostScanActions.h"
 #include "automation/commandline/CommandLineHandler.h"
 #include "model/roots/RootInterfaces.h"
-#include "platform/threads/CriticalSection.h"
 #include "search/patterns/PatternInterfaces.h"
 
 namespace Vantrel {
@@ -68,8 +68,6 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
 
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);
-  void StartLog();
-  void WriteLog();
   bool QueueActions(Vantrel::IScanRoots& pRoots);
   void QueueMail();
   int WriteFailures();
@@ -92,8 +90,7 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   size_t fPathsLeft = 0;
   bool fTerminating = false;
   std::optional<std::vector<std::u16string>> fUnmatched;  // patterns; none before the first scan
-  Vantrel::TCriticalSection fLogLock;
-  std::vector<std::string> fLog GUARDED_BY(fLogLock);  // for the console, until the main thread writes it
+  TRunLog fLog;
 };
 
 }  // namespace Vantrel

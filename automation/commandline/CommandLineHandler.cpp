@@ -3,10 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <set>
 
 #include "automation/actions/ExportFile.h"
-#include "automation/actions/FileExportAction.h"
 #include "automation/actions/HistoryTasks.h"
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
@@ -287,7 +285,7 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckHistory();
   CheckScans();
   FinalizeExports();
-  CheckFiles();
+  for (std::string& message : FilesOfRun(fState, fUserOptionsFile).Conflicts()) fErrors.push_back(std::move(message));
   if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
@@ -344,57 +342,6 @@ void TCommandLineHandler::FinalizeExports() {
   finalize(fState.fHistoryCSV);
   finalize(fState.fHistoryExport);
   for (TExportRequest& request : fState.fExports) finalize(request.fFile);
-}
-
-// Whatever two of them are one is told before any of them is opened for writing.
-void TCommandLineHandler::CheckFiles() {
-  TRunFiles files;
-  auto addAll = [&](const std::vector<std::u16string>& pFiles, TFileUse pUse, const char* pName) {
-    for (const std::u16string& file : pFiles) files.Add(file, pUse, pName);
-  };
-  addAll(fState.fOptionsFiles, TFileUse::fuSettings, "a file of options");
-  addAll(fState.fPatternFiles, TFileUse::fuRead, "a file of patterns");
-  addAll(fState.fOpenFiles, TFileUse::fuRead, "a scan to open");
-  addAll(fState.fHistoryImports, TFileUse::fuRead, "a history to import");
-  files.Add(fState.fCompareFile, TFileUse::fuOldScan, "the scan to compare with");
-  files.Add(fUserOptionsFile, TFileUse::fuSettings, "the settings");
-  if (fOptions.RecordHistory || fState.HasHistoryTasks()) {
-    // The database keeps files of its own beside it while it is open.
-    const std::u16string history = HistoryFile(fOptions);
-    for (const char16_t* ending : {u"", u"-journal", u"-wal", u"-shm"})
-      if (!history.empty()) files.Add(history + ending, TFileUse::fuWritten, "the history");
-  }
-  files.Add(fState.fDebugLogFile, TFileUse::fuWritten, "the log");
-  for (const std::u16string* file : {&fState.fDriveListFile, &fState.fHistoryCSV, &fState.fHistoryExport})
-    files.Add(*file, TFileUse::fuExport, "an export");
-  AddExports(files);
-  for (std::string& message : files.Conflicts()) fErrors.push_back(std::move(message));
-}
-
-void TCommandLineHandler::AddExports(TRunFiles& pFiles) const {
-  using namespace Vantrel::PostScanActions;
-  auto useOf = [](const TExportRequest& pRequest) {
-    return pRequest.fFormat == TExportFormat::efXML ? TFileUse::fuXMLExport : TFileUse::fuExport;
-  };
-  const bool several = NumberOfScans(fState) > 1;
-  for (const TExportRequest& request : fState.fExports) {
-    const bool hasFilePerRoot = several && request.fFormat == TExportFormat::efXML && request.fFile != u"-";
-    if (!hasFilePerRoot) pFiles.Add(request.fFile, useOf(request), "an export");
-  }
-  for (const TExportRequest& request : fState.fExports) {
-    std::vector<std::u16string> lists = ListFiles(request.fFormat, request.fFile, fOptions);
-    if (several && request.fFormat == TExportFormat::efXML && !request.fFile.empty()) lists.push_back(request.fFile);
-    for (const std::u16string& list : lists) {
-      if (!several) pFiles.Add(list, useOf(request), "an export");
-      // Each root's file has its name in it. Those of opened files are not known yet.
-      std::set<std::u16string> names;
-      for (const std::u16string& path : fState.fPaths) {
-        const std::u16string root = NameForFiles(Vantrel::AbsolutePath(path), Vantrel::NativePathDelimiter());
-        if (several && names.insert(Vantrel::ToLowerLinguistic(root)).second)
-          pFiles.Add(WithPartInName(list, u"_" + root), useOf(request), "an export");
-      }
-    }
-  }
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {

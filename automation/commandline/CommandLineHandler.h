@@ -14,8 +14,6 @@ namespace Vantrel::CommandLine {
 // How many scans the run brings, made and loaded.
 size_t NumberOfScans(const TCommandLineState& pState);
 
-class TRunFiles;
-
 // What a run can be asked to do; the program does it. Each returns an exit code.
 class ICommandLineTasks {
  public:
@@ -70,8 +68,6 @@ class TCommandLineHandler {
   bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
-  void CheckFiles();
-  void AddExports(TRunFiles& pFiles) const;
   void CheckHistory();
   void CheckScans();
 

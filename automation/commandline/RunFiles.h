@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "automation/commandline/CommandLineState.h"
 #include "platform/files/SameFile.h"
 
 namespace Vantrel::CommandLine {
@@ -39,5 +40,8 @@ class TRunFiles {
 
   std::vector<TFile> fFiles;
 };
+
+// The files of a finished command line. The file of the user's own options may be empty: there is none.
+TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUserOptionsFile);
 
 }  // namespace Vantrel::CommandLine
