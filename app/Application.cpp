@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <atomic>
 #include <clocale>
-#include <filesystem>
-#include <fstream>
 #include <future>
 
 #include "app/ConsoleOutput.h"
@@ -26,7 +24,6 @@
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Console.h"
-#include "platform/system/DebugLog.h"
 #include "platform/system/Environment.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
@@ -71,7 +68,8 @@ TApplication::TApplication(TRunSettings pSettings)
     : fSettings(std::move(pSettings)),
       fOptions(std::make_shared<TGlobalOptions>()),
       fMedia(*fOptions),
-      fActions(*this, fMedia, *fSettings.fOutput) {
+      fActions(*this, fMedia, *fSettings.fOutput),
+      fLog(fSettings.fWriteError) {
   fActions.SetReportWidth(fSettings.fReportWidth);
   gCancelRequested = false;
 }
@@ -109,26 +107,10 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
   for (const std::string& warning : handler.State().fWarnings) fSettings.fWriteError(warning);
   handler.FinalizeCommandLineOptions();
   fState = handler.State();
-  StartLog();
+  fLog.Start(fState.fDebug, fState.fDebugLogFile);
   const int result = handler.ProcessCommandlineTasks(*this);
-  SetDebugLogSink({});
+  fLog.Stop();
   return result;
-}
-
-void TApplication::StartLog() {
-  if (!fState.fDebugLogFile.empty()) {
-    // Line by line: a log is wanted most when the program does not come to its end.
-    auto file = std::make_shared<std::ofstream>();
-    try {
-      file->open(std::filesystem::path(fState.fDebugLogFile), std::ios::binary);
-    } catch (const std::system_error&) {  // a name that is no text
-      file->setstate(std::ios::failbit);
-    }
-    if (!*file) fSettings.fWriteError("The log cannot be written: " + ToQuotedDisplay(fState.fDebugLogFile));
-    SetDebugLogSink([file](std::u16string_view pLine) { *file << ToDisplay(pLine) << std::endl; });
-  } else if (fState.fDebug) {
-    SetDebugLogSink([this](std::u16string_view pLine) { fSettings.fWriteError(ToDisplay(pLine)); });
-  }
 }
 
 int TApplication::ShowVersion() {
@@ -143,6 +125,13 @@ int TApplication::SaveSettings() {
     fSettings.fWriteError(error.what());
     return ecOutputFailed;
   }
+}
+
+int TApplication::ForgetSettings() {
+  RemoveQuietly(fSettings.fUserOptionsFile);
+  if (!PathExists(fSettings.fUserOptionsFile)) return ecOk;
+  fSettings.fWriteError("The settings cannot be removed: " + ToQuotedDisplay(fSettings.fUserOptionsFile));
+  return ecOutputFailed;
 }
 
 int TApplication::ExportDriveList(const std::u16string& pFile) {
@@ -166,7 +155,7 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
     fSettings.fWriteError(error.what());
     return ecCancelled;
   } catch (const EOSError& error) {
-    fSettings.fWriteError(error.what());
+    if (!PostScanActions::IsReaderGone(error)) fSettings.fWriteError(error.what());
     return ecOutputFailed;
   }
 }
@@ -192,22 +181,31 @@ void TApplication::QueueMail() {
   server.fHost = fOptions->MailServer;
   server.fPort = fOptions->MailPort;
   server.fSecurity = fOptions->MailSecurity;
-  server.fUser = fState.fUserName.empty() ? fOptions->MailUser : ToUtf8(fState.fUserName);
-  server.fPassword = ToUtf8(fState.fPassword);
-  if (server.fPassword.empty()) server.fPassword = ToUtf8(EnvironmentVariable(u"VANTREL_PASSWORD").value_or(u""));
+  server.fUser = fState.fUserName.empty() ? fOptions->MailUser : ToNativeBytes(fState.fUserName);
+  server.fPassword = ToNativeBytes(fState.fPassword);
+  if (server.fPassword.empty())
+    server.fPassword = ToNativeBytes(EnvironmentVariable(u"VANTREL_PASSWORD").value_or(u""));
   Mail::TMailMessage message;
   message.fFrom = FromUtf8(fOptions->MailFrom);
   message.fTo = fState.fMailTo;
   message.fSubject = fState.fMailSubject;
+  // A report within an export would spoil it.
+  const bool isTaken = std::any_of(fState.fExports.begin(), fState.fExports.end(),
+                                   [](const auto& pRequest) { return pRequest.fFile == TOutputFile::kStandardOutput; });
+  const auto showLine = [this, isTaken](std::string_view pLine) {
+    if (!isTaken) return fSettings.fOutput->WriteLine(pLine);
+    fSettings.fWriteError(pLine);
+    return true;
+  };
   fActions.Add(std::make_unique<PostScanActions::TEmailPostScanAction>(
-      fActions, *fOptions, std::move(message), std::move(server), fState.fAttachReport, kProgramName));
+      fActions, *fOptions, std::move(message), std::move(server), fState.fAttachReport, kProgramName, showLine));
 }
 
 // Tells what failed. Returns the highest of the exit codes.
 int TApplication::WriteFailures() {
   int result = ecOk;
   for (const PostScanActions::TActionFailure& failure : fActions.TakeFailures()) {
-    fSettings.fWriteError(failure.fMessage);
+    if (!failure.fMessage.empty()) fSettings.fWriteError(failure.fMessage);
     result = std::max(result, failure.fExitCode);
   }
   return result;
@@ -215,6 +213,21 @@ int TApplication::WriteFailures() {
 
 int TApplication::ManageHistory() {
   return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError);
+}
+
+// What follows the scan fails before it when it is bound to fail.
+int TApplication::PrepareHistory() {
+  try {
+    for (const std::u16string* file : {&fState.fHistoryCSV, &fState.fHistoryExport}) {
+      if (file->empty() || *file == TOutputFile::kStandardOutput || SpecialFileExists(*file)) continue;
+      CreateFolderOf(*file);
+      const TOutputFile probe(*file);
+    }
+    return ecOk;
+  } catch (const EOSError& error) {
+    fSettings.fWriteError(error.what());
+    return ecOutputFailed;
+  }
 }
 
 int TApplication::OpenAndScan() {
@@ -226,11 +239,12 @@ int TApplication::OpenAndScan() {
   int result = ecOk;
   for (size_t i = 0; i < fState.fOpenFiles.size() && fActions.CanWriteMore(); ++i) {
     fPathsLeft = fState.fPaths.size() + fState.fOpenFiles.size() - i - 1;
-    result = std::max(result, OpenFiles(*roots, fState.fOpenFiles[i]));
+    result = std::max(result, OpenFile(*roots, fState.fOpenFiles[i]));
   }
   result = std::max(result, ScanPaths(*roots, fState.fPaths));
   fActions.FinishActions();
   result = std::max(result, WriteFailures());
+  WriteUnmatched();
   if (fSettings.fLeaveQuickly) {
     roots.detach();
   } else {
@@ -240,25 +254,26 @@ int TApplication::OpenAndScan() {
 }
 
 // Loads on a thread of its own, so that progress is shown and a signal stops it.
-int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
+int TApplication::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
   using namespace Vantrel::XML;
   std::atomic<uint64_t> bytesRead{0};
   auto load = std::async(std::launch::async, [&] {
-    return TQZXMLReader::LoadFromFile(pFiles, pRoots, [&](const std::u16string&, uint64_t pBytes) {
+    TLoadedRoot loaded = TQZXMLReader::ReadRootFromXMLFile(pFile, pRoots, [&](const std::u16string&, uint64_t pBytes) {
       bytesRead.store(pBytes, std::memory_order_relaxed);
       return !gCancelRequested.load(std::memory_order_relaxed);
     });
+    if (loaded.fRoot) pRoots.AddLoaded(loaded.fRoot);
+    return loaded;
   });
-  while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready)
+  while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready) {
+    fLog.WriteWaiting();
     if (fSettings.fShowProgress)
       TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
+  }
   if (fSettings.fShowProgress) TConsole::ClearProgress();
   try {
     int result = ecOk;
-    const std::vector<TLoadedRoot> roots = load.get();
-    fPathsLeft += roots.size();
-    for (const TLoadedRoot& loaded : roots) {
-      --fPathsLeft;
+    if (const TLoadedRoot loaded = load.get(); loaded.fRoot) {
       for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
       result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
       if (loaded.fRoot->GetState() & rsHasErrors) result = std::max<int>(result, ecIncomplete);
@@ -302,11 +317,15 @@ int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
     fSettings.fWriteError(error.what());
     return ecPathNotFound;
   }
-  if (fState.fPatterns) root->SetScanFilter(MakeRef<TPatternFilter>(fState.fPatterns));
+  const TRef<TPatternFilter> filter = fState.fPatterns ? MakeRef<TPatternFilter>(fState.fPatterns) : nullptr;
+  if (filter) root->SetScanFilter(filter);
   root->Scan();
   WaitForScan(*root);
   const int result = ReportRoot(pRoots, *root, pPath);
-  if (const TRef<IScanFilter> filter = root->GetScanFilter()) WriteWarnings(*filter);
+  if (filter) {
+    WriteWarnings(*filter);
+    if ((root->GetState() & rsPathNotFound) == 0) NoteUnmatched(filter->GetUnmatched());
+  }
   // The next path's tree gets this one's memory.
   if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
   return result;
@@ -316,6 +335,21 @@ void TApplication::WriteWarnings(const IScanFilter& pFilter) {
   for (const std::u16string& warning : pFilter.GetWarnings()) fSettings.fWriteError("Warning: " + ToDisplay(warning));
 }
 
+// A pattern that matches in one of several paths is right.
+void TApplication::NoteUnmatched(const std::vector<std::u16string>& pPatterns) {
+  if (!fUnmatched) fUnmatched = pPatterns;
+  std::erase_if(*fUnmatched, [&](const std::u16string& pPattern) {
+    return std::find(pPatterns.begin(), pPatterns.end(), pPattern) == pPatterns.end();
+  });
+}
+
+// What was not scanned could have matched.
+void TApplication::WriteUnmatched() {
+  if (!fUnmatched || gCancelRequested) return;
+  for (const std::u16string& pattern : *fUnmatched)
+    fSettings.fWriteError("Warning: the pattern " + ToDisplay(pattern) + " matched nothing");
+}
+
 void TApplication::WaitForScan(IHierarchicalRoot& pRoot) {
   bool cancelled = false;
   while (!pRoot.WaitForScan(kPollMilliseconds)) {
@@ -323,6 +357,7 @@ void TApplication::WaitForScan(IHierarchicalRoot& pRoot) {
       pRoot.CancelScan();
       cancelled = true;
     }
+    fLog.WriteWaiting();
     if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pRoot.GetProgress()));
   }
   if (fSettings.fShowProgress) TConsole::ClearProgress();

@@ -4,11 +4,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "app/RunLog.h"
 #include "automation/actions/PostScanActions.h"
 #include "automation/commandline/CommandLineHandler.h"
 #include "model/roots/RootInterfaces.h"
@@ -62,19 +64,22 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   int ShowHelp(const std::vector<std::string>& pLines) override { return WriteLines(pLines); }
   int ShowVersion() override;
   int SaveSettings() override;
+  int ForgetSettings() override;
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
+  int PrepareHistory() override;
   int ManageHistory() override;
 
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);
-  void StartLog();
   bool QueueActions(Vantrel::IScanRoots& pRoots);
   void QueueMail();
   int WriteFailures();
-  int OpenFiles(Vantrel::IScanRoots& pRoots, const std::u16string& pFiles);
+  int OpenFile(Vantrel::IScanRoots& pRoots, const std::u16string& pFile);
   int ScanPaths(Vantrel::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
   int ScanPath(Vantrel::IScanRoots& pRoots, const std::u16string& pPath);
+  void NoteUnmatched(const std::vector<std::u16string>& pPatterns);
+  void WriteUnmatched();
   void WriteWarnings(const Vantrel::IScanFilter& pFilter);
   int ReportRoot(Vantrel::IScanRoots& pRoots, Vantrel::IHierarchicalRoot& pRoot, const std::u16string& pPath);
   int PerformActions(Vantrel::IScanRoots& pRoots, Vantrel::IHierarchicalRoot& pRoot);
@@ -88,6 +93,8 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   CommandLine::TCommandLineState fState;  // what the command line asked for
   size_t fPathsLeft = 0;
   bool fTerminating = false;
+  std::optional<std::vector<std::u16string>> fUnmatched;  // patterns; none before the first scan
+  TRunLog fLog;
 };
 
 }  // namespace Vantrel

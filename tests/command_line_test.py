@@ -12,6 +12,7 @@ import io
 import os
 import pathlib
 import re
+import resource
 import shlex
 import shutil
 import signal
@@ -59,6 +60,10 @@ def only_once(switch):
             "semicolon.")
 
 
+def cannot_be_both(name, one, other):
+    return pattern(rf'"(?:.*[/\\])?{re.escape(name)}" cannot be both {one} and {other}')
+
+
 def option_file(options, version=1):
     return f'<VantrelOptions Version="{version}">{options}</VantrelOptions>'
 
@@ -90,7 +95,29 @@ REFUSED = [
                                              a_file_was_expected("--csv", ""))),
     Row("data --exportdrivelist=data", err=(a_file_was_expected("--exportdrivelist", "data"),)),
     Row("data /SUBJECT a /SUBJECT b", err=(only_once("/SUBJECT"),)),
-    Row("data /COMPARE a --compare b /EXPORTDRIVELIST a --exportdriveslist b /USERNAME a /USERNAME b /PASSWORD a /PASSWORD b",
+    Row("data /TITLE a --exporttitle b /SORTBY size /SORTBY name /EXPAND 1 --expand 2 --usecolumns size --usecolumns files "
+        "--exportedelements 1 --exportedelements 2 --hidesmallfolders 1KB --hidesmallfolders 2KB --listseparator a --listseparator b",
+        err=tuple(map(only_once, ("--exporttitle", "/SORTBY", "--expand", "--usecolumns", "--exportedelements",
+                                  "--hidesmallfolders", "--listseparator")))),
+    Row("data other --MaximumRoots 1", err=("2 scans are asked for, and one run takes 1 (option MaximumRoots)",)),
+    Row("data --title h\udcff --MailFrom h\udcff", windows=False,
+        err=('--title "h\\xFF" is no text', 'MailFrom: "h\\xFF" is not allowed; expected text')),
+    Row("/SAVESETTINGS --HistoryFile h\udcff.db", windows=False,
+        err=(pattern(r'/SAVESETTINGS keeps text in UTF-8 only, and the name of the history is none: ".*h\\xFF.db"'),)),
+    Row("/FORGETSETTINGS /READONLY", err=("/FORGETSETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
+    # One file for two things of a run.
+    Row("data --record-history --HistoryFile h.db --csv h.db", err=(cannot_be_both("h.db", "the history", "an export"),)),
+    Row("data --record-history --HistoryFile h.db --debuglog ./h.db-wal", err=(cannot_be_both("h.db-wal", "the history", "the log"),)),
+    Row("--history data --HistoryFile h.db --history-csv data/../h.db", err=(cannot_be_both("h.db", "the history", "an export"),)),
+    Row("--HistoryFile h.db --history-import h.db", given={"h.db": "x"}, err=(cannot_be_both("h.db", "a history to import", "the history"),)),
+    Row("data --debuglog a.xml --xml a.xml", err=(cannot_be_both("a.xml", "the log", "an export"),)),
+    Row("data --debuglog a.xml --compare a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "the scan to compare with", "the log"),)),
+    Row("--open a.xml --xml a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "a scan to open", "an export"),)),
+    Row("data --compare a.xml --csv a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "the scan to compare with", "an export"),)),
+    Row("data --options o.xml --text o.xml", given={"o.xml": option_file("")}, err=(cannot_be_both("o.xml", "a file of options", "an export"),)),
+    Row("data --importpatterns p.txt --csv p.txt", given={"p.txt": "*.bin"}, err=(cannot_be_both("p.txt", "a file of patterns", "an export"),)),
+    Row("data other --xml a.xml --csv a_other.xml", err=(pattern(r'Two exports would go into the same file: ".*[/\\]a_other\.xml"'),)),
+    Row("data /COMPARE a --compare b /EXPORTDRIVELIST c --exportdriveslist d /USERNAME a /USERNAME b /PASSWORD a /PASSWORD b",
         err=(only_once("--compare"), only_once("--exportdriveslist"), only_once("/USERNAME"), only_once("/PASSWORD"))),
     Row("--help switches /? options", err=(only_once("/?"),)),
     Row("data /DEBUGLOG a.log /DEBUGMODE b.log", err=(only_once("/DEBUGMODE"),)),
@@ -160,6 +187,11 @@ DONE = [
         files={f"new/folder/data_{TODAY}.csv": ("Full Path,Size,", "data,6300,", "sub,5300,", "[Files],5000,", "deep,300,",
                                                 "[Files],1000,", "other,70,"),
                f"new/data_{TODAY}_data.xml.zip": ("three.txt", "IsFullExport", "deep"), f"new/data_{TODAY}_other.xml.zip": ("photo.jpg",)}),
+    Row("data --expand 1", given={"1": "a file that is called like the level"}, out=("sub",), absent=("deep",)),
+    Row("data --title -5.5", out=("-5.5\r\n",)),
+    Row("data /KIV_JOB 7", out=("6.2 KB",)),
+    Row("data --HistoryFile h\udcff.db --record-history --csv -", out=("data,6300,",), files={"h\udcff.db": ("SQLite format 3",)},
+        windows=False),
     Row("data --expand abc", err=("Unexpected value after /EXPAND: abc. Doing a full expand instead.",), out=("[Files]", "deep")),
     Row("--expand -1 data", out=("deep",)),
     Row("data --expand /nogui", out=("deep",)),
@@ -199,8 +231,27 @@ DONE = [
     Row("data --nounits", out=("6300 ", "100.0 ", "5300 ", "1000 ")),
     Row("data --filter *.txt --csv -", out=("data,1300,",)),
     Row("data --exclude deep --csv -", out=("data,6000,",)),
+    # A pattern in quotes is exact, one that names a folder means that folder, and one that matches nothing is told.
+    Row("data --exclude '\"ee\"' --csv -", out=("data,6300,",), err=('Warning: the pattern "ee" matched nothing',)),
+    Row("data --exclude '\"deep\"' --csv -", out=("data,6000,",)),
+    Row("data --csv '\"a.csv\"'", files={'"a.csv"': ("data,6300,",)}, windows=False),
+    Row("data --exclude ./data/sub --csv -", given={"data/sub2/x": "12"}, out=("data,1002,", "sub2,2,")),
+    Row("data --exclude ./other/../data/sub/ --csv -", given={"data/sub2/x": "12"}, out=("data,1002,", "sub2,2,")),
+    Row("data --exclude data/sub/;three.txt --csv -", given={"data/sub2/three.txt": "12"}, out=("data,1000,",)),
+    Row("data --filter ./data/sub --csv -", given={"data/sub2/x": "12"}, out=("data,5300,", "sub,5300,"), absent=("sub2",)),
+    Row("data --importpatterns p.txt --csv -", given={"p.txt": "(-)data/sub\n", "data/sub2/x": "12"}, out=("data,1002,",)),
+    Row("data other --exclude photo.jpg --exclude *.bin --exclude two.bin --exclude ./data/sub3 --csv -", out=("data,1300,",),
+        err=(pattern(r"Warning: the pattern .*sub3;.*sub3.\* matched nothing"),)),
+    Row("data --filter *.bin --filter *.none --filter two* --exclude one.txt --exclude *.tmp --csv -", out=("data,5000,",),
+        err=("Warning: the pattern *.none matched nothing", "Warning: the pattern *.tmp matched nothing")),
     Row("data --importpatterns p.txt --csv -", given={"p.txt": "*.bin\n"}, out=("data,5000,",)),
     Row("--open old.xml --csv -", before=("data --xml old.xml",), out=("data,6300,", "deep,300,")),
+    # Lists of files, with quotes around a name that holds the separator.
+    Row("--open '\"old.xml\";\"a;b.xml\"' --csv -", before=("data --xml 'a;b.xml'", "other --xml old.xml"),
+        out=("other,70,", "data,6300,")),
+    Row("--open 'a;b.xml' --csv -", before=("data --xml 'a;b.xml'",), out=("data,6300,",)),
+    Row("--scan '\"da;ta\";other' --csv -", given={"da;ta/x": "12"}, out=("da;ta,2,", "other,70,")),
+    Row("data --compare old.xml --xml old.xml", before=("data --xml old.xml",), files={"old.xml": ("three.txt",)}),
     Row("data --exclude *.bin --compare old.xml", before=("data --xml old.xml",), out=("1.3 KB", "-4.9 KB")),
     Row("data --options o.xml", given={"o.xml": option_file('<Option Name="ExportTitle" Value="From a file"/>')},
         out=("From a file\r\n",)),
@@ -213,7 +264,8 @@ DONE = [
     Row("data --nooptions", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Vantrel Report, ",)),
     Row("data /READONLY --ExportTitle Other", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Other\r\n",)),
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "data /SAVESETTINGS /FORGETSETTINGS --ExportTitle New"),
-        out=("Kept\r\n",)),
+        out=("Vantrel Report, ",)),
+    Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "/FORGETSETTINGS", "--forgetsettings"), out=("Vantrel Report, ",)),
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "/NOOPTIONS /SAVESETTINGS"), out=("Vantrel Report, ",)),
     Row("--HistoryFile h.db --history data", before=(RECORDED,), out=("History of data", "6.2 KB", "  1\r\n", "|*")),
     Row("data --HistoryFile h.db --RecordHistory --history data", before=(RECORDED, "data/sub --record-history --HistoryFile h.db"),
@@ -241,7 +293,7 @@ DONE = [
     Row("--version", out=("Vantrel ", ", 64-bit)\r\n")),
     Row("--help", out=("Usage: vantrel ", "--CSV", "Exit code: ")),
     Row("/?", out=("Usage: vantrel ",)),
-    Row("-h expand", out=("--EXPAND [LEVEL]", "May be given more than once.")),
+    Row("-h exclude", out=("--EXCLUDE PATTERN", "May be given more than once.")),
     Row("--help no-such --version --help", code=WRONG_COMMAND_LINE, err=(
         only_once("--help"),)),
     Row("data data/sub data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB", SEPARATOR, "5.2 KB")),
@@ -251,6 +303,8 @@ DONE = [
 FAILED = [
     Row("gone data --csv -", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), out=("data,6300,",)),
     Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),
+    Row("--open 'a.xml;missing.xml;b.xml' --csv -", PATH_NOT_FOUND, before=("data --xml a.xml", "other --xml b.xml"),
+        err=(pattern('The XML file "missing.xml" cannot be read: .+'),), out=("data,6300,", "other,70,")),
     Row("--open missing.xml", PATH_NOT_FOUND, err=(pattern('The XML file "missing.xml" cannot be read: .+'),)),
     Row("--HistoryFile history.db --history data", PATH_NOT_FOUND, err=(NO_HISTORY,)),
     Row("--HistoryFile h.db --history data --exclude *.tmp", PATH_NOT_FOUND, before=(RECORDED,), err=(NO_HISTORY,)),
@@ -268,13 +322,20 @@ FAILED = [
     Row("data --compare wrong.xml", PATH_NOT_FOUND, given={"wrong.xml": "<a/>"}, err=(pattern('.*wrong.xml.*'),), out=("6.2 KB",)),
     # A file where a folder would have to be; told before the scan, so the second export is not written either.
     Row("data --csv data/one.txt/x.csv --text ok.txt", OUTPUT_FAILED, err=(pattern(r'.*[/\\]data[/\\]one\.txt[/\\]x\.csv.*'),)),
-    # A path list leaves nothing to report; the mail cannot be sent, and nothing tells the password.
+    # The mail cannot be sent: its report goes to the console, and nothing tells the password.
     Row("data --email a@b.example --subject Hi --attach --username me --password s3cret --debug --MailServer 127.0.0.1 "
         "--MailPort 1 --MailSecurity none --csv a.csv", OUTPUT_FAILED, files={"a.csv": ("data,6300,",)},
-        err=(pattern(".* for: .*data"), pattern(r".*: Export to .*a\.csv.*"), pattern(".*: Mail to a@b.example"),
+        out=("Vantrel Report, ", "6.2 KB", "sub"), err=(pattern(".* for: .*data"), pattern(r".*: Export to .*a\.csv.*"), pattern(".*: Mail to a@b.example"),
              pattern(".*Terminating application."), pattern(".*127.0.0.1.*"))),
     Row("gone --email a@b.example --MailServer 127.0.0.1 --MailPort 1", OUTPUT_FAILED,
         err=(pattern('Cannot scan "gone": .+'), "No mail was sent: there is nothing to report")),
+    # What would fail after the scan fails before it.
+    Row("data --email a@b.example --MailServer 127.0.0.1 --MailPort 1 --MailFrom x@y@ --csv a.csv", OUTPUT_FAILED,
+        err=('"x@y@" is no mail address',)),
+    Row(f"data --text ok.txt --csv {'n' * 300}.csv", OUTPUT_FAILED, err=(pattern(r'.*n\.csv".*'),)),
+    Row(f"data --text ok.txt --csv {'n' * 245}.csv --extensionslist", OUTPUT_FAILED, err=(pattern(r'.*n-extensions\.csv".*'),)),
+    Row(f"data --record-history --HistoryFile h.db --history data --history-csv {'n' * 300}.csv --text ok.txt", OUTPUT_FAILED,
+        err=(pattern(r'.*n\.csv".*'),)),
     Row("data --csv /dev/full", OUTPUT_FAILED, err=(pattern('.*"/dev/full".*'),), windows=False),
     # One failing export keeps neither the other exports nor the other paths from being written.
     Row("data other --csv /dev/full --text ok.txt", OUTPUT_FAILED, windows=False, err=(pattern('.*"/dev/full".*'),),
@@ -456,10 +517,46 @@ class LinuxTest(CommonTests, CommandLineTest):
             process = self.start(line)
             process.stdout.readline()
             process.stdout.close()
-            self.assertEqual(process.wait(TIMEOUT), OUTPUT_FAILED)
-            self.assertRegex(process.stderr.read().decode(), r'^Writing a file: "-": .*\r\n$')
+            self.assertEqual((process.wait(TIMEOUT), process.stderr.read()), (OUTPUT_FAILED, b""))
             process.stderr.close()
         self.assertIn("long", self.contents("ok.txt"))
+
+    def test_a_reader_that_has_left_is_not_told_so(self):
+        self.assertEqual(self.run_line(RECORDED).code, OK)
+        for line in ("data", "--HistoryFile h.db --history data", "--exportdrivelist -", "--HistoryFile h.db --history data --history-csv -",
+                     "data --csv -", "data --xml -", "--help"):
+            reader, writer = os.pipe()
+            os.close(reader)
+            process = subprocess.run([*self.command, *shlex.split(line)], stdin=subprocess.DEVNULL, stdout=writer,
+                                     stderr=subprocess.PIPE, timeout=TIMEOUT, cwd=self.work, env=self.environment, check=False)
+            os.close(writer)
+            with self.subTest(line=line):
+                self.assertEqual((process.returncode, process.stderr), (OUTPUT_FAILED, b""))
+
+    def test_two_names_of_one_file_are_found(self):
+        for name in ("file", "hard"):
+            (self.work / name).unlink(missing_ok=True)
+        (self.work / "file").write_text("earlier", encoding="utf-8")
+        (self.work / "hard").hardlink_to(self.work / "file")
+        (self.work / "soft").symlink_to("file")
+        (self.work / "nowhere").symlink_to("later.csv")
+        (self.work / "folder").symlink_to(".")
+        before = self.listing()
+        for one, other in (("file", "hard"), ("soft", "file"), ("folder/file", "file"), ("nowhere", "later.csv"),
+                           ("folder/new.csv", "new.csv")):
+            with self.subTest(one=one, other=other):
+                run = self.run_line(f"data --debuglog {one} --csv {other}")
+                self.assertEqual(run.code, WRONG_COMMAND_LINE)
+                self.assertIn(f'/{other}" cannot be both the log and an export', run.err)
+                self.assertEqual((self.contents("file"), self.listing()), ("earlier", before))
+        self.assertEqual(self.run_line("data --csv /dev/null --text ok.txt --debuglog /dev/stderr").code, OK)
+
+    def test_a_full_disk_is_told_with_the_name_of_the_file(self):
+        self.make_long_paths()
+        run = self.run_line("data long --csv x.csv", restore_signals=False,  # a signal that Python ignores would end it
+                            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096)))
+        self.assertEqual(run.code, OUTPUT_FAILED)
+        self.assertRegex(run.err, r'^Writing a file: ".*/x\.csv": File too large')
 
     def test_a_pipe_gets_the_whole_export(self):
         os.mkfifo(self.work / "pipe")
@@ -546,6 +643,21 @@ class WindowsTest(CommonTests, CommandLineTest):
         # is there nothing to lose.
         if "WINEPREFIX" not in os.environ:
             self.skipTest("no folder of Wine's that is only for tests")
+
+    def test_letter_case_does_not_make_two_files_of_one(self):
+        for line in ("data --debuglog NEW.xml --xml new.XML", "data --debuglog data/ONE.txt --csv data/one.TXT"):
+            with self.subTest(line=line):
+                run = self.run_line(line)
+                self.assertEqual(run.code, WRONG_COMMAND_LINE)
+                self.assertRegex(run.err, 'cannot be both the log and an export')
+
+    def test_names_that_cannot_be_fail_before_the_scan(self):
+        for name in ("a?b.csv", "a<b.csv", "aa:b.csv"):
+            with self.subTest(name=name):
+                run = self.run_line(f"data --csv '{name}' --text ok.txt")
+                self.assertEqual(run.code, OUTPUT_FAILED)
+                self.assertIn(name, run.err)
+                self.assertNotIn("ok.txt", self.listing())
 
     def make_tree(self):
         super().make_tree()

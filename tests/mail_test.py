@@ -67,7 +67,7 @@ class MailTest(unittest.TestCase):
         path.write_bytes(contents)
         return path
 
-    def send(self, environment=None, attach=(), **settings):
+    def send(self, environment=None, attach=(), patience=TIMEOUT, **settings):
         """Sends a mail to the loopback host unless told otherwise. Returns the message that it was refused with, or
         nothing."""
         values = {"host": "127.0.0.1", "security": "none", "from": "sender@example.org", "to": "a@example.org", **settings}
@@ -76,7 +76,7 @@ class MailTest(unittest.TestCase):
         description = self.file("mail.settings", "".join(piece + "\0" for piece in pieces).encode())
         clean = {name: value for name, value in os.environ.items() if name not in ("SSL_CERT_FILE", "SSL_CERT_DIR")}
         run = wine.run([*self.command, self.native(description)], stdin=subprocess.DEVNULL, capture_output=True,
-                       timeout=TIMEOUT, env={**clean, **(environment or {})}, cwd=self.folder)
+                       timeout=patience, env={**clean, **(environment or {})}, cwd=self.folder)
         message = wine.without_remarks(run.stderr).decode().strip()
         self.assertEqual((run.returncode, run.stdout), (1 if message else 0, b""), message)
         self.assertLessEqual(len(message.splitlines()), 1, message)
@@ -313,6 +313,41 @@ class Refusals:
                 ((*hello, f"535 {PASSWORD} is wrong\r\n".encode()), ('"u"', "password"))):
             with self.subTest(replies=replies), self.scripted(*replies) as port:
                 self.assert_refused(f'"127.0.0.1:{port}"', *words, port=port, user="u", password=PASSWORD)
+
+    def test_servers_that_repeat_the_password(self):
+        raw = PASSWORD.encode()
+        plain, login, hexed = base64.b64encode(raw), base64.b64encode(b"\0u\0" + raw), raw.hex().encode()
+        hello = b"220 hi\r\n", b"250-hi\r\n250 AUTH PLAIN\r\n", b"334 \r\n"
+        for said in (plain + b" is wrong", login, b"xy" + login, raw.upper(), hexed, raw[:8] + b"\r\n535 " + raw[8:],
+                     b"5.7.8 " + login[:9] + b"\r\n535 5.7.8 " + login[9:], b"s%33cret%20P%C3%A4ssword", b"x" * 592 + raw,
+                     b"x" * 590 + b" " + plain, plain.replace(b"+", b"-").replace(b"/", b"_").rstrip(b"=")):
+            reply = b"535" + (b"-" if b"\r\n" in said else b" ") + said + b"\r\n"
+            for replies in ((*hello, reply), (*hello, b"235 in\r\n", reply.replace(b"535", b"550"))):
+                with self.subTest(replies=replies), self.scripted(*replies) as port:
+                    message = self.send(port=port, user="u", password=PASSWORD).encode()
+                    self.assertIn(b"may hold the password", message)
+                    for piece in (raw, plain, login, hexed, b"s%33cret"):
+                        for start in range(len(piece) - 7):
+                            self.assertNotIn(piece[start:start + 8].lower(), message.lower())
+
+    def test_a_server_that_does_not_say_goodbye_has_the_mail(self):
+        def serve():
+            connection, _ = listener.accept()
+            with connection, connection.makefile("rb") as lines:
+                connection.sendall(b"220 hi\r\n")
+                in_mail = False
+                for line in lines:
+                    if in_mail and line != b".\r\n" or line == b"QUIT\r\n":
+                        continue  # and after the latter nothing more is said until the other side has gone
+                    in_mail = line == b"DATA\r\n"
+                    connection.sendall(b"354 go on\r\n" if in_mail else b"250 fine\r\n")
+
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            thread = threading.Thread(target=serve)
+            thread.start()
+            # Less than what a silent server is given, so that waiting for the goodbye is a failure.
+            self.assertEqual(self.send(port=listener.getsockname()[1], patience=45), "")
+            thread.join()
 
 
 @unittest.skipUnless(os.environ.get("VANTREL_SEND_MAIL"), "no program to run")

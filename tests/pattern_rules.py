@@ -25,7 +25,7 @@ DELIMITER = "/"
 NAME, FULL_PATH, PARENT_PATH, EXTENSION, OWNER = COLUMNS = ("name", "fullpath", "parentpath", "extension", "owner")
 OTHER_COLUMNS = ("size", "allocated", "lastaccess", "lastchange", "creation", "attributes", "pathlength", "depth")
 LONGEST_EXTENSION = 32
-GROUPS = pathlib.Path(__file__).resolve().parent / "model" / "standard_file_types.txt"
+GROUPS = pathlib.Path(__file__).resolve().parent / "model/statistics/standard_file_types.txt"
 
 
 # --- Text --------------------------------------------------------------------------------------------------------------

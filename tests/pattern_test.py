@@ -248,6 +248,24 @@ class CommandLineTests:
             with self.subTest(arguments=arguments):
                 self.check(tree, arguments, patterns)
 
+    def test_a_path_means_the_folder_alone(self):
+        self.make_tree()
+        self.make("tree/a/b2/beside.txt", 100)
+        self.make("tree/other/a/b/deep.txt", 1000)
+        folder = self.native(self.folder / "tree/a/b")
+        inside = [path for path in (self.folder / "tree/a/b").iterdir()]
+        all_sizes = sum(path.stat().st_size for path in (self.folder / "tree").rglob("*") if path.is_file())
+        inside_sizes = sum(path.stat().st_size for path in inside)
+        patterns = [(folder, inside_sizes), (folder + self.delimiter, inside_sizes), ("(FullPath)" + folder, inside_sizes),
+                    ("a/b", inside_sizes + 1000), ("other/a/b/", 1000)]
+        for pattern, size in patterns:
+            with self.subTest(pattern=pattern):
+                left = self.scan_tree("--exclude", pattern)
+                taken = self.scan_tree("--filter", pattern)
+                self.assertEqual((left.code, left.err, taken.code, taken.err), (OK, "", OK, ""))
+                top = self.native(self.folder / "tree")
+                self.assertEqual((left.rows[top][0], taken.rows[top][0]), (all_sizes - size, size))
+
     def test_the_report_counts_what_was_left_out(self):
         # Two folders and, outside them, two files; what lies in the folders is not counted.
         run, choice = self.check(self.make_tree(), ("--exclude", "/^cache-/i", "--exclude", "*.bak;new.*"),

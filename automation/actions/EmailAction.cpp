@@ -33,13 +33,14 @@ void WriteFile(const std::u16string& pPath, std::string_view pText) {
 
 TEmailPostScanAction::TEmailPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
                                            Mail::TMailMessage pMessage, Mail::TMailServer pServer, bool pAttachReport,
-                                           std::string pProgramName)
+                                           std::string pProgramName, TShowLine pShowLine)
     : fHandler(pHandler),
       fOptions(pOptions),
       fMessage(std::move(pMessage)),
       fServer(std::move(pServer)),
       fAttachReport(pAttachReport),
-      fProgramName(std::move(pProgramName)) {}
+      fProgramName(std::move(pProgramName)),
+      fShowLine(std::move(pShowLine)) {}
 
 std::u16string TEmailPostScanAction::GetMailTo() const {
   std::u16string all;
@@ -48,17 +49,38 @@ std::u16string TEmailPostScanAction::GetMailTo() const {
 }
 
 void TEmailPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  if (pRoot.GetState() & rsCancelled) throw EExportCancelled("Stopped: no mail was sent");
   TMediaSettings settings = fHandler.MergedRecursionLevel(TMediaType::mtText);
   // A mail is for reading, as the console is.
   if (settings.fRecursionLevel.fFullExpand) settings.fRecursionLevel = {1, false};
   TTextOutput output(fReport, fReportLines);
   Exporting::TFormattedTextExport(settings, fOptions, fProgramName).Export(pRoot, output);
   if (fMessage.fSubject.empty()) fMessage.fSubject = u"Vantrel Report: " + pRoot.GetPath();
+  if ((pRoot.GetState() & rsCancelled) == 0) return;
+  ShowReport();
+  throw EExportCancelled("Stopped: no mail was sent");
 }
 
 void TEmailPostScanAction::Finish() {
   if (fReport.empty()) throw EInvalidOperation("No mail was sent: there is nothing to report");
+  try {
+    Send();
+  } catch (const EException&) {
+    ShowReport();
+    throw;
+  }
+}
+
+// The report would be lost with the mail.
+void TEmailPostScanAction::ShowReport() const {
+  constexpr std::string_view kLineEnd = "\r\n";
+  for (size_t begin = 0; begin < fReport.size();) {
+    const size_t end = fReport.find(kLineEnd, begin);
+    if (!fShowLine(std::string_view(fReport).substr(begin, end - begin))) return;
+    begin = end + kLineEnd.size();
+  }
+}
+
+void TEmailPostScanAction::Send() {
   Mail::TMailMessage message = fMessage;
   message.fAttachments = fHandler.CheckAttachments();
   if (!fAttachReport) {

@@ -2,7 +2,9 @@
 
 // The mail with report and exports as what follows a scan.
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "automation/actions/PostScanActions.h"
 #include "automation/mail/Mail.h"
@@ -13,13 +15,14 @@ namespace Vantrel::PostScanActions {
 // comes last.
 class TEmailPostScanAction : public TBasePostScanAction {
  public:
+  using TShowLine = std::function<bool(std::string_view)>;  // false: there is no point in going on
   // The handler and the options must outlive the action. The report is the mail's text, or a file beside the others
-  // with pAttachReport.
+  // with pAttachReport. pShowLine gets the report line by line when no mail can be sent.
   TEmailPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
                        Mail::TMailMessage pMessage, Mail::TMailServer pServer, bool pAttachReport,
-                       std::string pProgramName);
+                       std::string pProgramName, TShowLine pShowLine);
 
-  void Prepare() override { Mail::CheckMailServer(fServer); }
+  void Prepare() override { Mail::CheckMail(fMessage, fServer); }
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
   void Finish() override;
   std::u16string GetInformation() const override { return u"Mail to " + GetMailTo(); }
@@ -30,12 +33,16 @@ class TEmailPostScanAction : public TBasePostScanAction {
   const std::u16string& GetSubject() const { return fMessage.fSubject; }
 
  private:
+  void Send();
+  void ShowReport() const;
+
   const TPostProcessActionHandler& fHandler;
   const TGlobalOptions& fOptions;
   Mail::TMailMessage fMessage;
   const Mail::TMailServer fServer;
   const bool fAttachReport;
   const std::string fProgramName;
+  const TShowLine fShowLine;
   std::string fReport;
   int64_t fReportLines = 0;
 };

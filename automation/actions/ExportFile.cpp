@@ -2,11 +2,14 @@
 
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Console.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::PostScanActions {
 
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
+  if (pIsCancelled && pPath == TOutputFile::kStandardOutput)
+    throw EExportCancelled("Stopped: what went to the standard output is not complete");
   if (pIsCancelled)
     throw EExportCancelled("Stopped: " + ToQuotedDisplay(pPath) + " was not written, an earlier one is untouched");
 }
@@ -56,10 +59,16 @@ std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPa
   return path.append(name.substr(0, dot)).append(pPart).append(name.substr(dot));
 }
 
+bool IsReaderGone(const EOSError& pError) {
+  return pError.Object() == TOutputFile::kStandardOutput && TConsole::IsReaderGone(pError.Code());
+}
+
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot) {
-  const std::u16string path = pRoot.GetPath();
-  std::u16string name(
-      FileNameOfPath(WithoutTrailingDelimiter(path, pRoot.GetPathDelimiter()), pRoot.GetPathDelimiter()));
+  return NameForFiles(pRoot.GetPath(), pRoot.GetPathDelimiter());
+}
+
+std::u16string NameForFiles(std::u16string_view pPath, char16_t pDelimiter) {
+  std::u16string name(FileNameOfPath(WithoutTrailingDelimiter(pPath, pDelimiter), pDelimiter));
   std::erase_if(name, [](char16_t pUnit) {
     return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos;
   });

@@ -19,6 +19,8 @@ class EExportCancelled : public EException {
 };
 
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
+// Whether the reader of the standard output has left, as "head" does: the run fails, but says nothing of it.
+bool IsReaderGone(const EOSError& pError);
 
 // A file of an export, by bytes or by lines, that takes its place on Commit. Every failure is an exception: EOSError,
 // or EExportCancelled once the question says so. Lines end with CRLF. One thread.
@@ -54,5 +56,6 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart);
 // The root's path as a part of file names: "photos" of "/data/photos", "C" of "C:\".
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot);
+std::u16string NameForFiles(std::u16string_view pPath, char16_t pDelimiter);
 
 }  // namespace Vantrel::PostScanActions

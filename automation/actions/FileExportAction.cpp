@@ -113,6 +113,10 @@ void TFileExportPostScanAction::Prepare() {
   // Who reads a pipe would take the end of the probe for that of the export.
   if (SpecialFileExists(fFileName)) return;
   const TOutputFile probe(fFileName);
+  if (fRun.fSeveralRoots) return;  // the names of the lists are not known yet
+  for (const std::u16string& list : ListFiles(fFormat, fFileName, fOptions)) {
+    const TOutputFile listProbe(list);
+  }
 }
 
 void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {

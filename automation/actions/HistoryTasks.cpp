@@ -13,6 +13,7 @@
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/files/UserFolders.h"
+#include "platform/system/Console.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::CommandLine {
@@ -50,20 +51,22 @@ class THistoryTasks {
   void Try(const TTask& pTask) {
     try {
       pTask();
+    } catch (const EOSError& error) {
+      Fail(PostScanActions::IsReaderGone(error) ? "" : error.what(), ecOutputFailed);
     } catch (const EException& error) {
       Fail(error.what(), ecOutputFailed);
     }
   }
 
   void Fail(std::string_view pMessage, int pExitCode) {
-    fWriteError(pMessage);
+    if (!pMessage.empty()) fWriteError(pMessage);
     fResult = std::max(fResult, pExitCode);
   }
 
   bool Write(std::string_view pLine) { return Check(fOutput.WriteLine(pLine)); }
 
   bool Check(bool pWritten) {
-    if (!pWritten) Fail("The history could not be written", ecOutputFailed);
+    if (!pWritten) Fail(TConsole::IsOutputClosed() ? "" : "The history could not be written", ecOutputFailed);
     return pWritten;
   }
 

@@ -6,6 +6,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "export/text/TextExport.h"
 #include "platform/files/Folders.h"
+#include "platform/system/Console.h"
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
@@ -48,7 +49,7 @@ bool TPostProcessActionHandler::PerformPostProcessActions(IHierarchicalRoot* pRo
   bool written = RunActions(*pRoot);
   if (WritesNothing() && fHost.IsUnattended() && !WriteDefaultReport(*pRoot)) {
     fReportFailed = true;
-    fFailures.push_back({"The report could not be written", Vantrel::ecOutputFailed});
+    fFailures.push_back({TConsole::IsOutputClosed() ? "" : "The report could not be written", Vantrel::ecOutputFailed});
     written = false;
   }
   if (!scansActive && ShouldCloseApplication()) EndProgram();
@@ -95,6 +96,8 @@ bool TPostProcessActionHandler::CallEach(const TCall& pCall) {
       pCall(*queued.fAction);
     } catch (const EExportCancelled& error) {
       Fail(queued, error.what(), Vantrel::ecCancelled);
+    } catch (const EOSError& error) {
+      Fail(queued, IsReaderGone(error) ? "" : error.what(), queued.fAction->GetFailureCode());
     } catch (const EException& error) {
       Fail(queued, error.what(), queued.fAction->GetFailureCode());
     }

@@ -47,7 +47,7 @@ class TBasePostScanAction {
 
 // An action that failed.
 struct TActionFailure {
-  std::string fMessage;
+  std::string fMessage;  // empty when nobody is to be told: the reader of the output has left
   int fExitCode;
 };
 

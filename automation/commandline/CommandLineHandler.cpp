@@ -5,12 +5,11 @@
 #include <algorithm>
 
 #include "automation/actions/ExportFile.h"
-#include "automation/actions/FileExportAction.h"
 #include "automation/actions/HistoryTasks.h"
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
+#include "automation/commandline/RunFiles.h"
 #include "export/xml/OptionsFile.h"
-#include "export/xml/XMLReader.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/system/FileTime.h"
@@ -47,9 +46,7 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 }  // namespace
 
 size_t NumberOfScans(const TCommandLineState& pState) {
-  size_t scans = pState.fPaths.size();
-  for (const std::u16string& files : pState.fOpenFiles) scans += XML::SplitFileNames(files).size();
-  return scans;
+  return pState.fPaths.size() + pState.fOpenFiles.size();
 }
 
 TCommandLineHandler::TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser, Vantrel::TGlobalOptions& pOptions,
@@ -104,8 +101,11 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
 
 // Before everything else, wherever they stand: what the command line sets goes first.
 void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
-  if (!fUserOptionsFile.empty() && !fParser.FindSwitch(u"NOOPTIONS", pTokens)) LoadOptionsFile(fUserOptionsFile, true);
-  for (const std::u16string& file : fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens))
+  // What is to be forgotten is not loaded first: a damaged file must not keep itself from being removed.
+  constexpr std::u16string_view kLeftOut[] = {u"NOOPTIONS", u"FORGETSETTINGS"};
+  if (!fUserOptionsFile.empty() && !fParser.FindSwitches(kLeftOut, pTokens)) LoadOptionsFile(fUserOptionsFile, true);
+  fState.fOptionsFiles = fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens);
+  for (const std::u16string& file : fState.fOptionsFiles)
     if (!file.empty()) LoadOptionsFile(file, false);
 }
 
@@ -172,7 +172,7 @@ std::vector<std::u16string> TCommandLineHandler::TakeValues(const TSwitch& pSwit
   const size_t most = kind == TValueKind::vkPaths || kind == TValueKind::vkAnything ? pTokens.size() : 1;
   std::vector<std::u16string> values;
   while (pNext < pTokens.size() && values.size() < most && fParser.IsValueOfKind(pTokens[pNext], kind))
-    values.push_back(Vantrel::TKivCommandLineParser::Dequoted(pTokens[pNext++]));
+    values.push_back(pTokens[pNext++]);
   return values;
 }
 
@@ -228,8 +228,7 @@ size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTo
     ApplyValue(pSwitch, shown, {});
     return 1;
   }
-  if (CheckFileName(shown, hasNext ? &pTokens[pIndex + 1] : nullptr))
-    ApplyValue(pSwitch, shown, Vantrel::TKivCommandLineParser::Dequoted(pTokens[pIndex + 1]));
+  if (CheckFileName(shown, hasNext ? &pTokens[pIndex + 1] : nullptr)) ApplyValue(pSwitch, shown, pTokens[pIndex + 1]);
   return hasNext && !isSwitch ? 2 : 1;
 }
 
@@ -286,17 +285,22 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckHistory();
   CheckScans();
   FinalizeExports();
+  for (std::string& message : FilesOfRun(fState, fUserOptionsFile).Conflicts()) fErrors.push_back(std::move(message));
   if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
-  if (fState.fReadOnly && fState.fSaveSettings)
-    fErrors.push_back("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED");
+  if (fState.fForgetSettings) fState.fSaveSettings = false;
+  if (fState.fReadOnly && (fState.fSaveSettings || fState.fForgetSettings))
+    fErrors.push_back(fmt::format("{} is not allowed together with /READONLY or /RESTRICTED",
+                                  fState.fForgetSettings ? "/FORGETSETTINGS" : "/SAVESETTINGS"));
   if (fState.fSaveSettings && fUserOptionsFile.empty())
     fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
   // Who asks for help gets it all the same.
   if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
     fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
-  if (fState.fForgetSettings) fState.fSaveSettings = false;
+  if (fState.fSaveSettings && Vantrel::ToUtf8(Vantrel::FromNativeBytes(fOptions.HistoryFile)) != fOptions.HistoryFile)
+    fErrors.push_back("/SAVESETTINGS keeps text in UTF-8 only, and the name of the history is none: " +
+                      Vantrel::ToQuotedDisplay(Vantrel::FromNativeBytes(fOptions.HistoryFile)));
   if (fErrors.empty()) return;
   std::string message;
   for (const std::string& error : fErrors) message.append(message.empty() ? "" : "\r\n").append(error);
@@ -319,8 +323,11 @@ void TCommandLineHandler::CheckScans() {
   const size_t scans = NumberOfScans(fState);
   if (scans > 1 && !fState.fCompareFile.empty())
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
+  if (scans > static_cast<size_t>(fOptions.MaximumRoots))
+    fErrors.push_back(fmt::format("{} scans are asked for, and one run takes {} (option MaximumRoots)", scans,
+                                  fOptions.MaximumRoots));
   const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList ||
-                       fState.fSaveSettings || fState.HasHistoryTasks();
+                       fState.fSaveSettings || fState.fForgetSettings || fState.HasHistoryTasks();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -328,7 +335,6 @@ void TCommandLineHandler::CheckScans() {
 }
 
 void TCommandLineHandler::FinalizeExports() {
-  const char16_t delimiter = Vantrel::NativePathDelimiter();
   const std::u16string date = u"_" + Vantrel::CurrentDateText();
   auto finalize = [&](std::u16string& pFile) {
     if (pFile.empty() || pFile == u"-") return;
@@ -338,33 +344,17 @@ void TCommandLineHandler::FinalizeExports() {
   finalize(fState.fDriveListFile);
   finalize(fState.fHistoryCSV);
   finalize(fState.fHistoryExport);
-  std::vector<std::u16string> files;
-  auto reserve = [&](const std::u16string& pFile) {
-    if (pFile.empty()) return;
-    const bool known = std::any_of(files.begin(), files.end(), [&](const std::u16string& pOther) {
-      return Vantrel::SamePath(pOther, pFile, delimiter);
-    });
-    if (known) fErrors.push_back("Two exports would go into the same file: " + Vantrel::ToQuotedDisplay(pFile));
-    files.push_back(pFile);
-  };
-  for (const std::u16string* file : {&fState.fDriveListFile, &fState.fHistoryCSV, &fState.fHistoryExport})
-    reserve(*file);
-  for (TExportRequest& request : fState.fExports) {
-    finalize(request.fFile);
-    reserve(request.fFile);
-  }
-  // Of several scans, each one's lists have its name in theirs.
-  if (NumberOfScans(fState) > 1) return;
-  for (const TExportRequest& request : fState.fExports)
-    for (const std::u16string& file : Vantrel::PostScanActions::ListFiles(request.fFormat, request.fFile, fOptions))
-      reserve(file);
+  for (TExportRequest& request : fState.fExports) finalize(request.fFile);
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fHelp) return pTasks.ShowHelp(fHelpText);
   if (fState.fVersion) return pTasks.ShowVersion();
   int result = ecOk;
+  if (fState.HasHistoryTasks()) result = pTasks.PrepareHistory();
+  if (result != ecOk) return result;
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
+  if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
   if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
   // The scan just made is part of the history that is shown.

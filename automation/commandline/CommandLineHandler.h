@@ -11,7 +11,7 @@
 
 namespace Vantrel::CommandLine {
 
-// How many scans the run brings, made and loaded: a list of files counts each of them.
+// How many scans the run brings, made and loaded.
 size_t NumberOfScans(const TCommandLineState& pState);
 
 // What a run can be asked to do; the program does it. Each returns an exit code.
@@ -21,9 +21,11 @@ class ICommandLineTasks {
   virtual int ShowHelp(const std::vector<std::string>& pLines) = 0;
   virtual int ShowVersion() = 0;
   virtual int SaveSettings() = 0;
+  virtual int ForgetSettings() = 0;                              // the user's own options file goes
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs what follows them.
   virtual int OpenAndScan() = 0;
+  virtual int PrepareHistory() = 0;  // before a scan: what would fail in ManageHistory anyhow fails now
   virtual int ManageHistory() = 0;
 };
 

@@ -14,9 +14,17 @@ namespace {
 // The program's own switches, for runs that it starts itself.
 constexpr std::u16string_view kInternalPrefix = u"KIV_";
 
-bool IsNumber(std::u16string_view pText) {
+bool IsInteger(std::u16string_view pText) {
   int64_t value = 0;
   return TryParseInt64(ToUtf8(pText), value);
+}
+
+// "-5", "-5.5", ".5": a value, whatever switches may be called.
+bool IsNumber(std::u16string_view pText) {
+  if (pText.starts_with(u'-') || pText.starts_with(u'+')) pText.remove_prefix(1);
+  const bool digitsAndDots = std::all_of(
+      pText.begin(), pText.end(), [](char16_t pUnit) { return (pUnit >= u'0' && pUnit <= u'9') || pUnit == u'.'; });
+  return digitsAndDots && !pText.empty() && pText.back() != u'.' && std::count(pText.begin(), pText.end(), u'.') <= 1;
 }
 
 bool IsSize(std::u16string_view pText) {
@@ -27,8 +35,21 @@ bool IsSize(std::u16string_view pText) {
   }
 }
 
-bool StartsWithAscii(std::u16string_view pText, std::u16string_view pPrefix) {
-  return SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix);
+// A path such as "/kiv_data/x" is none.
+bool IsInternalSwitch(std::u16string_view pName) {
+  return SameTextAscii(pName.substr(0, kInternalPrefix.size()), kInternalPrefix) && pName.find(u'/') == pName.npos;
+}
+
+bool IsBlank(char16_t pUnit) {
+  return pUnit == u' ' || pUnit == u'\t' || pUnit == u'\r' || pUnit == u'\n';
+}
+
+// Sets the option from a token. Names of files keep their bytes; any other text that is not UTF-8 would become another
+// one, so it is refused.
+bool SetFromToken(const TOptionInfo& pOption, std::u16string_view pToken, TGlobalOptions& pOptions) {
+  constexpr std::string_view kNamesFile = "HistoryFile";
+  const std::string bytes = ToNativeBytes(pToken);
+  return (pOption.fName == kNamesFile || bytes == ToUtf8(pToken)) && pOption.fSet(pOptions, bytes);
 }
 
 }  // namespace
@@ -55,12 +76,18 @@ std::vector<std::u16string> TKivCommandLineParser::SplitCommandLine(std::u16stri
   std::u16string token;
   bool quoted = false;
   bool started = false;  // so that "" is a token
-  for (char16_t character : pCommandLine) {
-    const bool blank = character == u' ' || character == u'\t' || character == u'\r' || character == u'\n';
-    if (character == u'"') {
+  auto at = [&](size_t pIndex) { return pIndex < pCommandLine.size() ? pCommandLine[pIndex] : u' '; };
+  for (size_t i = 0; i < pCommandLine.size(); ++i) {
+    const char16_t character = pCommandLine[i];
+    if (character == u'\\' && at(i + 1) == u'"' && !(quoted && (IsBlank(at(i + 2)) || at(i + 2) == u';'))) {
+      token += pCommandLine[++i];  // a quote that is a character
+      started = true;
+    } else if (quoted && character == u'"' && at(i + 1) == u'"') {
+      token += pCommandLine[++i];  // a doubled one
+    } else if (character == u'"') {
       quoted = !quoted;
       started = true;
-    } else if (!blank || quoted) {
+    } else if (!IsBlank(character) || quoted) {
       token += character;
       started = true;
     } else if (started) {
@@ -80,12 +107,6 @@ bool TKivCommandLineParser::StartsWithSwitchIndicator(std::u16string_view pToken
 std::u16string_view TKivCommandLineParser::RemoveSwitchIndicator(std::u16string_view pToken) {
   if (pToken.starts_with(u"--")) return pToken.substr(2);
   return StartsWithSwitchIndicator(pToken) ? pToken.substr(1) : pToken;
-}
-
-std::u16string TKivCommandLineParser::Dequoted(std::u16string_view pToken) {
-  if (pToken.size() >= 2 && pToken.front() == u'"' && pToken.back() == u'"')
-    pToken = pToken.substr(1, pToken.size() - 2);
-  return std::u16string(pToken);
 }
 
 const TCommandLineItem* TKivCommandLineParser::FindRegistered(std::u16string_view pToken) const {
@@ -109,7 +130,7 @@ bool TKivCommandLineParser::IsSwitch(std::u16string_view pToken) const {
   if (!fSlashBeginsPaths || !pToken.starts_with(u'/')) return true;
   // "/PASSWORD=secret" is a slip to be told of, not a path to be shown.
   const std::u16string_view name = WithoutJoinedValue(pToken);
-  return NamesKnown(name) || IsIgnored(name);
+  return NamesKnown(name) || IsIgnored(name) || IsInternalSwitch(RemoveSwitchIndicator(name));
 }
 
 bool TKivCommandLineParser::IsValue(std::u16string_view pToken) const {
@@ -129,7 +150,7 @@ bool TKivCommandLineParser::IsValueOfKind(std::u16string_view pToken, TValueKind
     case TValueKind::vkSecret:
       return pToken != u"--" && !NamesKnown(pToken);
     case TValueKind::vkLevel:
-      return IsValue(pToken) && (IsNumber(pToken) || !PathExists(std::u16string(pToken)));
+      return IsValue(pToken) && (IsInteger(pToken) || !PathExists(std::u16string(pToken)));
     case TValueKind::vkFile:
       return true;
     case TValueKind::vkPattern:
@@ -167,7 +188,7 @@ bool TKivCommandLineParser::FindParameterAfterSwitch(std::u16string_view pName, 
   for (size_t i = pStart; i + 1 < pTokens.size(); ++i) {
     if (!FindSwitch(pName, pTokens.subspan(i, 1))) continue;
     if (pValueOnly && !IsValue(pTokens[i + 1])) return false;
-    pParameter = Dequoted(pTokens[i + 1]);
+    pParameter = pTokens[i + 1];
     return true;
   }
   return false;
@@ -188,7 +209,7 @@ std::vector<std::u16string> TKivCommandLineParser::FindPathsAfterSwitch(std::u16
     if (split.fHasValue)
       paths.emplace_back(split.fValue);
     else if (i + 1 < pTokens.size() && IsValue(pTokens[i + 1]))
-      paths.push_back(Dequoted(pTokens[++i]));
+      paths.push_back(pTokens[++i]);
   }
   return paths;
 }
@@ -241,7 +262,7 @@ size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens p
   const TSplitToken split = SplitSwitchValue(pTokens[pIndex]);
   const std::u16string_view name = RemoveSwitchIndicator(split.fSwitch);
   const bool hasNext = !split.fHasValue && pIndex + 1 < pTokens.size() && IsValue(pTokens[pIndex + 1]);
-  if (StartsWithAscii(name, kInternalPrefix)) return hasNext ? 2 : 1;
+  if (IsInternalSwitch(name)) return hasNext ? 2 : 1;
   const TOptionInfo* option = FindOption(ToUtf8(name));
   if (option == nullptr) {
     // What is joined to it may be a password: "/PASSWORD=secret" is told as "/PASSWORD=".
@@ -250,11 +271,11 @@ size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens p
     return 0;
   }
   if (split.fHasValue) {
-    if (option->fSet(pOptions, ToUtf8(split.fValue))) return 1;
+    if (SetFromToken(*option, split.fValue, pOptions)) return 1;
     pError = RefusedValueText(*option, ToDisplay(split.fValue));
     return 0;
   }
-  if (hasNext && option->fSet(pOptions, ToUtf8(pTokens[pIndex + 1]))) return 2;
+  if (hasNext && SetFromToken(*option, pTokens[pIndex + 1], pOptions)) return 2;
   const bool takesTrue = option->fKind == TOptionKind::okBoolean;
   if (takesTrue && option->fSet(pOptions, "True")) return 1;
   pError = hasNext

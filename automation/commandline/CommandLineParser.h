@@ -65,13 +65,14 @@ class TKivCommandLineParser {
   // The program's own, with the rules of the platform.
   static TKivCommandLineParser& GetInstance();
 
-  // Splits at blanks; double quotes group blanks into one token and are taken away. A backslash is a character like any
-  // other, so that "C:\my folder\" keeps its end.
+  // Splits at blanks; double quotes group blanks into one token and are taken away. These are the only quotes that are
+  // taken away: tokens come to all other functions without them. A quote behind a backslash, or a doubled one within
+  // quotes, is a character: "\"cache\"". A backslash is a character like any other in front of a quote that closes a
+  // token or a part of a list, so that "C:\my folder\" keeps its end.
   static std::vector<std::u16string> SplitCommandLine(std::u16string_view pCommandLine);
   static bool StartsWithSwitchIndicator(std::u16string_view pToken);
   // Without "/", "-" or "--".
   static std::u16string_view RemoveSwitchIndicator(std::u16string_view pToken);
-  static std::u16string Dequoted(std::u16string_view pToken);
 
   void RegisterCmdLineSwitch(const TCommandLineItem& pItem) { fItems.push_back(pItem); }
   // Switches that somebody else reads: they are passed over, with the value that follows.

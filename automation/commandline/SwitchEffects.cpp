@@ -4,24 +4,27 @@
 
 #include "automation/actions/FileExportAction.h"
 #include "automation/mail/Mail.h"
+#include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFile.h"
 #include "search/patterns/PatternList.h"
 #include "search/patterns/SizeText.h"
+#include "search/patterns/TypedPattern.h"
 
 namespace Vantrel::CommandLine {
 
 using namespace Vantrel::Exporting;
 using PostScanActions::FormatOfFile;
-using Vantrel::PatternMatching::CreateCheckedPattern;
 using Vantrel::PatternMatching::CreatePatternsFromFile;
+using Vantrel::PatternMatching::CreateTypedPattern;
 using Vantrel::PatternMatching::IPatterns;
 using Vantrel::PatternMatching::TPatternType;
 
 namespace {
 
 constexpr int64_t kSmallFolder = 10 << 20;
+constexpr auto kNone = std::u16string_view::npos;
 
 IPatterns& PatternsOf(TCommandLineState& pState) {
   if (!pState.fPatterns) {
@@ -54,15 +57,29 @@ bool IsOn(std::u16string_view pValue) {
   return pValue.empty() || pValue == u"1" || SameTextAscii(pValue, u"true");
 }
 
+std::vector<std::u16string> SplitPaths(std::u16string_view pPaths) {
+  if (PathExists(std::u16string(pPaths))) return {std::u16string(pPaths)};
+  std::vector<std::u16string> paths;
+  while (!pPaths.empty()) {
+    size_t end = std::min(pPaths.find(u';'), pPaths.size());
+    std::u16string_view path = pPaths.substr(0, end);
+    if (const size_t quote = pPaths.find(u"\";");
+        pPaths.starts_with(u'"') && (quote != kNone || pPaths.ends_with(u'"'))) {
+      const size_t closing = quote != kNone ? quote : pPaths.size() - 1;
+      path = pPaths.substr(1, std::max<size_t>(closing, 1) - 1);
+      end = closing + 1;
+    }
+    if (!path.empty()) paths.emplace_back(path);
+    pPaths.remove_prefix(std::min(end + 1, pPaths.size()));
+  }
+  return paths;
+}
+
 // --- what is scanned -----------------------------------------------------------------------------------------------
 
 // Paths may be joined with ";".
 void AddPaths(TCommandLineState& pState, std::u16string_view pValue) {
-  while (!pValue.empty()) {
-    const size_t end = std::min(pValue.find(u';'), pValue.size());
-    if (end > 0) pState.fPaths.emplace_back(pValue.substr(0, end));
-    pValue.remove_prefix(std::min(end + 1, pValue.size()));
-  }
+  for (std::u16string& path : SplitPaths(pValue)) pState.fPaths.push_back(std::move(path));
 }
 
 void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) {
@@ -70,19 +87,21 @@ void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) {
 }
 
 void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
-  pState.fOpenFiles.emplace_back(pFiles);
+  for (std::u16string& file : SplitPaths(pFiles)) pState.fOpenFiles.push_back(std::move(file));
 }
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
-  PatternsOf(pState).Add(CreateCheckedPattern(pPattern, TPatternType::ptyInclude));
+  PatternsOf(pState).Add(CreateTypedPattern(pPattern, TPatternType::ptyInclude));
 }
 
 void AddExclude(TCommandLineState& pState, std::u16string_view pPattern) {
-  PatternsOf(pState).Add(CreateCheckedPattern(pPattern, TPatternType::ptyExclude));
+  PatternsOf(pState).Add(CreateTypedPattern(pPattern, TPatternType::ptyExclude));
 }
 
 void ImportPatterns(TCommandLineState& pState, std::u16string_view pFile) {
-  PatternsOf(pState).AddRange(*CreatePatternsFromFile(std::u16string(pFile), TPatternType::ptyInclude));
+  const std::u16string file(pFile);
+  pState.fPatternFiles.push_back(file);
+  PatternsOf(pState).AddRange(*CreatePatternsFromFile(file, TPatternType::ptyInclude, CreateTypedPattern));
 }
 
 // --- what is written -----------------------------------------------------------------------------------------------
@@ -168,7 +187,9 @@ void HideSmallFolders(TCommandLineState& pState, std::u16string_view pSize) {
 }
 
 void SetTitle(TCommandLineState& pState, std::u16string_view pTitle) {
-  pState.fOptions->ExportTitle = ToUtf8(pTitle);
+  const std::string title = ToUtf8(pTitle);
+  if (title != ToNativeBytes(pTitle)) throw EInvalidArgumentValue(ToQuotedDisplay(pTitle) + " is no text");
+  pState.fOptions->ExportTitle = title;
 }
 
 void SetSeparator(TCommandLineState& pState, std::u16string_view pSeparator) {

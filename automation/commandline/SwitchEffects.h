@@ -2,7 +2,9 @@
 
 // What the switches do.
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "automation/commandline/CommandLineState.h"
 
@@ -15,6 +17,10 @@ using TSwitchEffect = void(TCommandLineState& pState, std::u16string_view pValue
 
 // Whether the value says "true", which a switch without one does.
 bool IsOn(std::u16string_view pValue);
+
+// The paths of a list that are joined with ";". One that holds a ";" itself stands in double quotes, or is the whole
+// list and exists.
+std::vector<std::u16string> SplitPaths(std::u16string_view pPaths);
 
 // Of switches that say yes or no to one thing, or only yes, and of those whose value is kept as it is.
 template <bool TCommandLineState::*pFlag>

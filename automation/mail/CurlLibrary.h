@@ -23,4 +23,7 @@ struct TCurlLibrary {
 // The library, ready for use and never unloaded. EMailError when it is missing. Any thread.
 const TCurlLibrary& CurlLibrary();
 
+// Nothing more is read from the socket: whoever waits for an answer gets the end of the conversation at once.
+void StopReading(curl_socket_t pSocket);
+
 }  // namespace Vantrel::Mail

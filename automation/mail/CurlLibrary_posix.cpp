@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <sys/socket.h>
 
 #include <string>
 
@@ -55,6 +56,10 @@ TCurlLibrary Load() {
 const TCurlLibrary& CurlLibrary() {
   static const TCurlLibrary library = Load();
   return library;
+}
+
+void StopReading(curl_socket_t pSocket) {
+  shutdown(pSocket, SHUT_RD);
 }
 
 }  // namespace Vantrel::Mail

@@ -11,4 +11,8 @@ const TCurlLibrary& CurlLibrary() {
   return library;
 }
 
+void StopReading(curl_socket_t pSocket) {
+  shutdown(pSocket, SD_RECEIVE);
+}
+
 }  // namespace Vantrel::Mail

@@ -46,7 +46,8 @@ std::string IdHost(const TMailEnvelope& pEnvelope) {
 
 }  // namespace
 
-void CheckMailServer(const TMailServer& pServer) {
+void CheckMail(const TMailMessage& pMessage, const TMailServer& pServer) {
+  Envelope(pMessage, pServer);
   if (pServer.fHost.empty())
     CheckSendmail(pServer.fSendmail);
   else

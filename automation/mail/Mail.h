@@ -41,9 +41,9 @@ class EMailError : public EException {
 // given up. Attachments are read while they are sent and never held as a whole. For one thread at a time.
 void SendMail(const TMailMessage& pMessage, const TMailServer& pServer);
 
-// Throws the EMailError that SendMail is bound to throw: there is no way to send a mail, or one that cannot be right.
-// For whoever has hours of work before the mail.
-void CheckMailServer(const TMailServer& pServer);
+// Throws what SendMail is bound to throw for a mail whose text and attachments are not there yet: an address that is
+// none, or no way to send a mail. For callers that have hours of work before the mail.
+void CheckMail(const TMailMessage& pMessage, const TMailServer& pServer);
 
 // The parts of a list of addresses, separated by ";" or ","; in quotes and angle brackets these separate nothing.
 // Blanks around a part are taken off, empty parts left out. The parts are not checked.

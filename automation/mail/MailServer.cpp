@@ -10,6 +10,7 @@
 
 #include "automation/mail/CurlLibrary.h"
 #include "automation/mail/MailTransport.h"
+#include "automation/mail/SecretText.h"
 #include "platform/system/Environment.h"
 #include "platform/text/Text.h"
 
@@ -20,7 +21,8 @@ namespace {
 constexpr long kConnectSeconds = 30;
 constexpr long kSilenceSeconds = 60;
 constexpr long kLowestPort = 1, kHighestPort = 65535;
-constexpr size_t kLongestReply = 600;  // bytes of a server's answer that a message shows
+constexpr size_t kLongestReply = 600;     // bytes of a server's answer that a message shows
+constexpr size_t kMostOfReply = 1 << 16;  // bytes of it that are looked at
 
 // One try to hand over a mail, as libcurl's callbacks see it.
 struct TConversation {
@@ -42,6 +44,15 @@ size_t GiveMail(char* pBuffer, size_t pSize, size_t pCount, void* pConversation)
   }
 }
 
+// "5.7.8 " in front of a line's text, which repeats what the first line said.
+std::string_view WithoutEnhancedCode(std::string_view pLine) {
+  const size_t end = pLine.find_first_not_of("0123456789.");
+  const std::string_view code = pLine.substr(0, end);
+  const bool isCode =
+      end != std::string_view::npos && pLine[end] == ' ' && std::count(code.begin(), code.end(), '.') == 2;
+  return isCode ? pLine.substr(end + 1) : pLine;
+}
+
 // Of all commands only those with an address are looked at: others hold the password.
 void NoteCommand(TConversation& pConversation, std::string_view pLine) {
   constexpr std::string_view kSender = "MAIL FROM:", kRecipient = "RCPT TO:", kQuit = "QUIT";
@@ -61,13 +72,13 @@ void NoteReply(TConversation& pConversation, std::string_view pLine) {
   const bool unfinished = pConversation.fReply.ends_with('-');
   if (unfinished) {
     pConversation.fReply.back() = ' ';
-    if (pLine.size() > kCodeLength) pConversation.fReply += pLine.substr(kCodeLength + 1);
+    if (pLine.size() > kCodeLength) pConversation.fReply += WithoutEnhancedCode(pLine.substr(kCodeLength + 1));
   } else {
     pConversation.fReply = pLine;
   }
   while (!pConversation.fReply.empty() && static_cast<unsigned char>(pConversation.fReply.back()) <= ' ')
     pConversation.fReply.pop_back();
-  if (pConversation.fReply.size() > kLongestReply) pConversation.fReply.resize(kLongestReply);
+  if (pConversation.fReply.size() > kMostOfReply) pConversation.fReply.resize(kMostOfReply);
   if (pLine.size() > kCodeLength && pLine[kCodeLength] == '-') pConversation.fReply += '-';
 }
 
@@ -130,6 +141,7 @@ class TConnection {
  public:
   TConnection(const TMailServer& pServer, const TMailEnvelope& pEnvelope, TConversation& pConversation);
   ~TConnection() {
+    LeaveAtOnce();
     fLibrary.fCleanup(fHandle);
     fLibrary.fFreeList(fRecipients);
   }
@@ -138,13 +150,22 @@ class TConnection {
 
   CURLcode Perform() { return fLibrary.fPerform(fHandle); }
   // What libcurl has to say of the failure; never empty.
-  std::string Detail(CURLcode pCode) const { return fError[0] ? fError : fLibrary.fErrorText(pCode); }
+  std::string Detail(CURLcode pCode) const { return fError[0] ? fError : ErrorText(pCode); }
+  // The library's own text for the code.
+  std::string ErrorText(CURLcode pCode) const { return fLibrary.fErrorText(pCode); }
 
  private:
   template <typename TValue>
   void Set(CURLoption pOption, TValue pValue) {
     const CURLcode code = fLibrary.fSetOption(fHandle, pOption, pValue);
     if (code != CURLE_OK && fRefused == CURLE_OK) fRefused = code;
+  }
+  // The library says goodbye when it cleans up, and would wait a minute for a server that does not answer to that.
+  // Everything is decided by then.
+  void LeaveAtOnce() {
+    curl_socket_t socket = CURL_SOCKET_BAD;
+    if (fLibrary.fGetInfo(fHandle, CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK && socket != CURL_SOCKET_BAD)
+      StopReading(socket);
   }
   void SetServer(const TMailServer& pServer);
   void SetEncryption(TMailSecurity pSecurity);
@@ -222,11 +243,11 @@ void TConnection::SetCallbacks(TConversation& pConversation) {
   Set(CURLOPT_DEBUGDATA, static_cast<void*>(&pConversation));
 }
 
-// The server's answer as part of a message; nothing when it says the password back.
+// The server's answer as part of a message; not when it says the password back, whole or in part.
 std::string Answer(const TConversation& pConversation, const TMailServer& pServer) {
   const std::string& reply = pConversation.fReply;
-  if (!pServer.fPassword.empty() && reply.find(pServer.fPassword) != std::string::npos) return "";
-  return reply.empty() ? "" : " It says: " + ToDisplay(FromUtf8(reply));
+  if (HoldsSecret(reply, pServer.fPassword)) return " What it says is not shown, since it may hold the password.";
+  return reply.empty() ? "" : " It says: " + ToDisplay(FromUtf8(reply.substr(0, kLongestReply)));
 }
 
 // Whether the last thing that the server said was a refusal.
@@ -284,7 +305,8 @@ void SendToServer(TMailSource& pMail, const TMailEnvelope& pEnvelope, const TMai
   const CURLcode code = connection.Perform();
   if (conversation.fFailure) std::rethrow_exception(conversation.fFailure);
   if (code == CURLE_OK) return;
-  const std::string detail = ToDisplay(FromUtf8(connection.Detail(code)));
+  std::string detail = ToDisplay(FromUtf8(connection.Detail(code)));
+  if (HoldsSecret(detail, pServer.fPassword)) detail = connection.ErrorText(code);
   throw EMailError(
       fmt::format("The mail server {} {}", ServerName(pServer), Reason(code, detail, conversation, pServer)));
 }

@@ -250,7 +250,7 @@ std::vector<TOptionInfo> DeclareOptions() {
               "Priority of the scan: 0 idle, 3 normal, 6 highest"),
       Integer("LongPathLength", &TOptions::LongPathLength, 260, 1, 32767,
               "Paths with at least so many characters are marked as long"),
-      Integer("NumberOfTopFiles", &TOptions::NumberOfTopFiles, 100, 0, 100000, "Largest files that a scan remembers"),
+      Integer("NumberOfTopFiles", &TOptions::NumberOfTopFiles, 100, 0, 100000, "Show the top 100 largest files"),
       Integer("NumberOfListedErrors", &TOptions::NumberOfListedErrors, 20, 0, kMostInt,
               "Folders that a report lists as unreadable"),
       Boolean("KeepFiles", &TOptions::KeepFiles, true, "Keep every file in the tree, not only folders"),

@@ -50,13 +50,13 @@ int64_t FileAgeInDays(TKivFileTime pNow, TKivFileTime pDate) {
 std::u16string FileAgeLabelFromDays(int64_t pDays) {
   struct TUnit {
     int64_t fDays;
-    std::string_view fWord;
+    std::string_view fWord;  // of one
   };
-  static constexpr TUnit units[] = {{365, "years"}, {30, "months"}, {7, "weeks"}};
-  for (const TUnit& unit : units) {
-    if (pDays >= unit.fDays) return FromUtf8(fmt::format("{} {}", pDays / unit.fDays, unit.fWord));
-  }
-  return FromUtf8(fmt::format("{} days", pDays));
+  static constexpr TUnit units[] = {{365, "year"}, {30, "month"}, {7, "week"}, {0, "day"}};
+  const TUnit& unit =
+      *std::find_if(std::begin(units), std::end(units) - 1, [&](const TUnit& pUnit) { return pDays >= pUnit.fDays; });
+  const int64_t count = unit.fDays > 0 ? pDays / unit.fDays : pDays;
+  return FromUtf8(fmt::format("{} {}{}", count, unit.fWord, count == 1 ? "" : "s"));
 }
 
 void TIntegerList::CheckIndex(int pIndex) const {

@@ -40,7 +40,7 @@ class IFileAges : public IInterface {
   // The calls with an index raise EInvalidArgumentValue for one outside 0..count-1.
   virtual int64_t GetItem(int pIndex) const = 0;
   virtual bool EqualsTo(const IFileAges& pOther) const = 0;
-  // "1 weeks - 1 months"; "up to 1 days" for the first and "over 2 years" for the last.
+  // "1 week - 1 month"; "up to 1 day" for the first and "over 2 years" for the last.
   virtual std::u16string GetLabel(int pIndex) const = 0;
   // From green for the youngest to red.
   virtual TColor GetColor(int pIndex) const = 0;

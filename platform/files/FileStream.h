@@ -20,8 +20,8 @@ class TFileStream final : public IByteSink, public IByteSource {
 
   // To be read from its start; a folder is refused.
   static TFileStream OpenForReading(const std::u16string& pPath);
-  // A file without a name to write and read back, in the same folder as the given path. It is gone when it is closed,
-  // and on a crash.
+  // A file without a name to write and read back, in the same folder as the given path, which messages name. It is gone
+  // when it is closed, and on a crash.
   static TFileStream CreateScratch(const std::u16string& pBeside);
 
   // Closed.

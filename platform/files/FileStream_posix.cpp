@@ -51,8 +51,8 @@ TFileStream TFileStream::CreateScratch(const std::u16string& pBeside) {
   const size_t slash = folder.rfind('/');
   folder = slash == std::string::npos ? "." : folder.substr(0, slash + 1);
   const int number = OpenNameless(folder);
-  if (number < 0) throw EOSError(LastError(), "Creating a temporary file", FromNativeBytes(folder));
-  return TFileStream(number, FromNativeBytes(folder));
+  if (number < 0) throw EOSError(LastError(), "Creating a temporary file", pBeside);
+  return TFileStream(number, pBeside);
 }
 
 size_t TFileStream::Read(char* pBuffer, size_t pLength) {

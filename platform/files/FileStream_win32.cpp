@@ -42,8 +42,8 @@ TFileStream TFileStream::CreateScratch(const std::u16string& pBeside) {
     file = CreateFileW(Wide(path), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                        FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
   } while (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
-  if (file == INVALID_HANDLE_VALUE) throw EOSError(GetLastError(), "Creating a temporary file", folder);
-  return TFileStream(reinterpret_cast<THandle>(file), folder);
+  if (file == INVALID_HANDLE_VALUE) throw EOSError(GetLastError(), "Creating a temporary file", pBeside);
+  return TFileStream(reinterpret_cast<THandle>(file), pBeside);
 }
 
 size_t TFileStream::Read(char* pBuffer, size_t pLength) {

@@ -93,6 +93,8 @@ void TOutputFile::Open() {
   fTarget = FromNativeBytes(target);
   struct stat earlier {};
   const bool exists = stat(target.c_str(), &earlier) == 0;
+  // A name that its folder cannot hold is better known before the work. The temporary name is short.
+  if (!exists && errno == ENAMETOOLONG) fail(ENAMETOOLONG, "Creating a file");
   if ((exists && S_ISDIR(earlier.st_mode)) || target.back() == '/') fail(EISDIR, "Creating a file");
   if (exists && (!S_ISREG(earlier.st_mode) || IsLinkOfKernel(target))) {
     const int direct = OpenDirectly(target);

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <string_view>
 #include <vector>
 
 #include "platform/files/OutputFile.h"
@@ -15,6 +17,13 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 
 HANDLE OpenExisting(const std::u16string& pPath) {
   return CreateFileW(Wide(pPath), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+bool IsPossibleName(std::u16string_view pName) {
+  constexpr size_t kLongestName = 255;
+  return pName.size() <= kLongestName && std::none_of(pName.begin(), pName.end(), [](char16_t pUnit) {
+           return pUnit < u' ' || std::u16string_view(u"<>:\"/\\|?*").find(pUnit) != std::u16string_view::npos;
+         });
 }
 
 // The earlier file's access list and attributes, as far as the process may set them. ReplaceFileW would do the same,
@@ -51,6 +60,8 @@ void TOutputFile::Open() {
   fTarget = ExtendedPath(absolute);
   const DWORD attributes = GetFileAttributesW(Wide(fTarget));
   const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
+  // A name that cannot be is better known before the work. The temporary name is a good one.
+  if (!exists && !IsPossibleName(FileNameOfPath(absolute, u'\\'))) fail(ERROR_INVALID_NAME, "Creating a file");
   if (exists && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) fail(kDirectoryNotSupported, "Creating a file");
   if (exists && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
     const std::u16string resolved = ResolvedPath(absolute);

@@ -14,6 +14,10 @@ class TConsole {
   // Writes the text and CRLF to standard output. Returns false when the reader is gone or the disk is full: the caller
   // stops writing; a closed pipe never ends the process by a signal.
   static bool Write(std::string_view pText);
+  // Whether writing to standard output failed because its reader is gone: nobody is left to be told of it.
+  static bool IsOutputClosed();
+  // Whether the system's code says that a pipe's reader is gone.
+  static bool IsReaderGone(uint32_t pCode);
   // The same to standard error, in red when that is a console that shows colours and NO_COLOR is not set.
   static void WriteError(std::string_view pText);
   // The text as it stands to standard error, from any thread and without any memory: for a process about to end.

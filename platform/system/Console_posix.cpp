@@ -16,6 +16,7 @@ namespace Vantrel {
 namespace {
 
 std::atomic<void (*)()> gCancelHandler{nullptr};
+std::atomic<bool> gOutputClosed{false};
 
 int DescriptorOf(ConsoleStream::TStream pStream) {
   return pStream == ConsoleStream::TStream::csOutput ? STDOUT_FILENO : STDERR_FILENO;
@@ -55,6 +56,7 @@ bool Write(TStream pStream, std::string_view pText) {
       pollfd wait{descriptor, POLLOUT, 0};
       poll(&wait, 1, -1);
     } else if (written == 0 || errno != EINTR) {
+      if (pStream == TStream::csOutput && written < 0 && errno == EPIPE) gOutputClosed = true;
       return false;
     }
   }
@@ -79,6 +81,14 @@ bool ShowsColours(TStream pStream) {
 
 void TConsole::WriteLastWords(std::string_view pText) noexcept {
   ConsoleStream::Write(ConsoleStream::TStream::csError, pText);
+}
+
+bool TConsole::IsOutputClosed() {
+  return gOutputClosed;
+}
+
+bool TConsole::IsReaderGone(uint32_t pCode) {
+  return pCode == EPIPE;
 }
 
 void TConsole::SetCancelHandler(void (*pHandler)()) {

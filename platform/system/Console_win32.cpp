@@ -12,6 +12,7 @@ namespace Vantrel {
 namespace {
 
 std::atomic<void (*)()> gCancelHandler{nullptr};
+std::atomic<bool> gOutputClosed{false};
 
 // Asked each time: a program may replace its own streams.
 HANDLE HandleOf(ConsoleStream::TStream pStream) {
@@ -50,7 +51,10 @@ bool Write(TStream pStream, std::string_view pText) {
   while (!pText.empty()) {
     DWORD written = 0;
     const auto length = static_cast<DWORD>(std::min<size_t>(pText.size(), 1 << 20));
-    if (!WriteFile(handle, pText.data(), length, &written, nullptr) || written == 0) return false;
+    if (!WriteFile(handle, pText.data(), length, &written, nullptr) || written == 0) {
+      if (pStream == TStream::csOutput && TConsole::IsReaderGone(GetLastError())) gOutputClosed = true;
+      return false;
+    }
     pText.remove_prefix(written);
   }
   return true;
@@ -81,6 +85,14 @@ bool ShowsColours(TStream pStream) {
 void TConsole::WriteLastWords(std::string_view pText) noexcept {
   DWORD written = 0;
   WriteFile(GetStdHandle(STD_ERROR_HANDLE), pText.data(), static_cast<DWORD>(pText.size()), &written, nullptr);
+}
+
+bool TConsole::IsOutputClosed() {
+  return gOutputClosed;
+}
+
+bool TConsole::IsReaderGone(uint32_t pCode) {
+  return pCode == ERROR_BROKEN_PIPE || pCode == ERROR_NO_DATA || pCode == ERROR_PIPE_NOT_CONNECTED;
 }
 
 void TConsole::SetCancelHandler(void (*pHandler)()) {

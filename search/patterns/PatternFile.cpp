@@ -57,7 +57,8 @@ TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDef
   return pattern;
 }
 
-TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType) {
+TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType,
+                                       TRef<IPattern> (*pCreate)(std::u16string_view, TPatternType)) {
   std::u16string text;
   try {
     if (!DecodeText(ReadFileContents(pPath, kLargestFile), text))
@@ -75,7 +76,7 @@ TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType
     if (line.ends_with(u'\r')) line.remove_suffix(1);
     if (line.find_first_not_of(u" \t") == std::u16string_view::npos) continue;
     try {
-      patterns->Add(CreateCheckedPattern(line, pDefaultType));
+      patterns->Add(pCreate(line, pDefaultType));
     } catch (const EPatternError& error) {
       throw EPatternError(fmt::format("{}, line {}: {}", ToQuotedDisplay(pPath), number, error.what()));
     }

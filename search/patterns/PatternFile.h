@@ -6,12 +6,15 @@
 
 namespace Vantrel::PatternMatching {
 
+// One pattern in the text form, for roots of this system. EPatternError, with a message that names the pattern, for one
+// that cannot be taken or would match nothing because something is wrong with it.
+TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDefaultType);
+
 // Reads a list, one pattern per line, empty lines skipped, from a text file: UTF-8, or UTF-16 with a byte-order mark.
 // The paths to be matched are the system's. All or nothing: EPatternError names the file and, where one is to blame,
-// the line and the pattern. A pattern that would match nothing because something is wrong with it is refused as well.
-TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType);
-
-// One pattern as users type it, for roots of this system, refused as above; the message names the pattern.
-TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDefaultType);
+// the line and the pattern. pCreate makes a pattern of a line.
+TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType,
+                                       TRef<IPattern> (*pCreate)(std::u16string_view,
+                                                                 TPatternType) = CreateCheckedPattern);
 
 }  // namespace Vantrel::PatternMatching

@@ -15,16 +15,20 @@ using namespace Vantrel::PatternMatching;
 class TPatternFilter::TEntryFilter : public IEntryFilter {
  public:
   explicit TEntryFilter(TPatternFilter& pFilter)
-      : fFilter(&pFilter), fItem(pFilter.fPatterns->GetPathDelimiter()), fCounts(pFilter.fActive.size() + 2) {
+      : fFilter(&pFilter),
+        fItem(pFilter.fPatterns->GetPathDelimiter()),
+        fCounts(pFilter.fActive.size() + 2),
+        fMatched(pFilter.fActive.size()),
+        fUnmatched(pFilter.fActive.size()) {
     for (size_t i = 0; i < pFilter.fActive.size(); ++i) {
       IPattern* pattern = pFilter.fActive[i].get();
       if (pattern->GetPatternType() == TPatternType::ptyExclude) {
         fExcludes.push_back({pattern, i});
         continue;
       }
-      fIncludes.push_back(pattern);
+      fIncludes.push_back({pattern, i});
       fIncludesAll = fIncludesAll || pattern->MatchesAll();
-      if (pattern->GetTarget() == FullPathTarget()) fIncludePaths.push_back(pattern);
+      if (pattern->GetTarget() == FullPathTarget()) fIncludePaths.push_back({pattern, i});
     }
     if (fIncludes.empty()) fIncludesAll = true;
   }
@@ -33,9 +37,12 @@ class TPatternFilter::TEntryFilter : public IEntryFilter {
 
   bool IsFileIncluded(const IHierarchicalEnumerator& pEntry) override {
     fItem.SetEntry(pEntry);
-    if (!fIncludesAll &&
-        std::none_of(fIncludes.begin(), fIncludes.end(), [&](IPattern* pPattern) { return pPattern->Matches(fItem); }))
+    if (fIncludesAll) {
+      AskUnmatched(fIncludes);
+    } else if (FirstMatch(fIncludes) == nullptr) {
+      AskUnmatched(fExcludes);
       return Excluded(fCounts.size() - 2);
+    }
     return !IsMatchedByExclude();
   }
 
@@ -43,29 +50,56 @@ class TPatternFilter::TEntryFilter : public IEntryFilter {
     fItem.SetEntry(pEntry);
     if (IsMatchedByExclude()) return false;
     if (fIncludePaths.empty()) return true;
+    AskUnmatched(fIncludePaths);
     const std::u16string_view path = fItem.TextOf(TColumn::mdFullPath).Text();
     return std::any_of(fIncludePaths.begin(), fIncludePaths.end(),
-                       [&](IPattern* pPattern) { return pPattern->FullPathCanBeReached(path); }) ||
+                       [&](const TAsked& pAsked) { return pAsked.fPattern->FullPathCanBeReached(path); }) ||
            Excluded(fCounts.size() - 1);
   }
 
   void EndFolder() override {
     if (!fHasCounts) return;
-    fFilter->AddCounts(fCounts);
+    fFilter->AddCounts(fCounts, fMatched);
     std::fill(fCounts.begin(), fCounts.end(), 0);
     fHasCounts = false;
   }
 
  private:
-  struct TExclude {
+  struct TAsked {
     IPattern* fPattern;
     size_t fIndex;  // in the counts
   };
+  using TAskedPatterns = std::vector<TAsked>;
+
+  bool Matches(const TAsked& pAsked) {
+    if (!pAsked.fPattern->Matches(fItem)) return false;
+    if (!fMatched[pAsked.fIndex]) {
+      fMatched[pAsked.fIndex] = true;
+      --fUnmatched;
+      fHasCounts = true;
+    }
+    return true;
+  }
+
+  // Those behind the first one that matches decide nothing. They are asked until each has matched once, so that a
+  // pattern which stands behind a wider one is not said to match nothing.
+  const TAsked* FirstMatch(const TAskedPatterns& pPatterns) {
+    for (size_t i = 0; i < pPatterns.size(); ++i) {
+      if (!Matches(pPatterns[i])) continue;
+      AskUnmatched(pPatterns, i + 1);
+      return &pPatterns[i];
+    }
+    return nullptr;
+  }
+
+  void AskUnmatched(const TAskedPatterns& pPatterns, size_t pFrom = 0) {
+    for (size_t i = pFrom; fUnmatched > 0 && i < pPatterns.size(); ++i)
+      if (!fMatched[pPatterns[i].fIndex]) Matches(pPatterns[i]);
+  }
 
   bool IsMatchedByExclude() {
-    for (const TExclude& exclude : fExcludes)
-      if (exclude.fPattern->Matches(fItem)) return !Excluded(exclude.fIndex);
-    return false;
+    const TAsked* first = FirstMatch(fExcludes);
+    return first != nullptr && !Excluded(first->fIndex);
   }
 
   bool Excluded(size_t pReason) {
@@ -76,11 +110,13 @@ class TPatternFilter::TEntryFilter : public IEntryFilter {
 
   const TRef<TPatternFilter> fFilter;  // keeps the patterns
   TPatternItem fItem;
-  std::vector<IPattern*> fIncludes;
-  std::vector<IPattern*> fIncludePaths;
-  std::vector<TExclude> fExcludes;
+  TAskedPatterns fIncludes;
+  TAskedPatterns fIncludePaths;
+  TAskedPatterns fExcludes;
   bool fIncludesAll = false;
   TCounts fCounts;
+  TMatched fMatched;
+  size_t fUnmatched;
   bool fHasCounts = false;
 };
 
@@ -96,10 +132,12 @@ void TPatternFilter::BeginScan() {
   std::erase_if(fActive, [](const TRef<IPattern>& pPattern) { return !pPattern->GetActive(); });
   TCriticalSectionLock lock(fLock);
   fCounts.assign(fActive.size() + 2, 0);
+  fMatched.assign(fActive.size(), false);
 }
 
-void TPatternFilter::AddCounts(const TCounts& pCounts) {
+void TPatternFilter::AddCounts(const TCounts& pCounts, const TMatched& pMatched) {
   TCriticalSectionLock lock(fLock);
+  for (size_t i = 0; i < pMatched.size(); ++i) fMatched[i] = fMatched[i] || pMatched[i];
   for (size_t i = 0; i < pCounts.size(); ++i) fCounts[i] += pCounts[i];
 }
 
@@ -115,6 +153,14 @@ std::vector<TExclusion> TPatternFilter::GetExclusions() const {
     add(u"outside the paths to include", fCounts[fCounts.size() - 1]);
   }
   return exclusions;
+}
+
+std::vector<std::u16string> TPatternFilter::GetUnmatched() const {
+  std::vector<std::u16string> unmatched;
+  TCriticalSectionLock lock(fLock);
+  for (size_t i = 0; i < fMatched.size(); ++i)
+    if (!fMatched[i]) unmatched.push_back(PatternToText(*fActive[i], {false, false}));
+  return unmatched;
 }
 
 std::vector<std::u16string> TPatternFilter::GetWarnings() const {

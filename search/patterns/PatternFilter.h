@@ -23,18 +23,22 @@ class TPatternFilter : public TInterfaced<IScanFilter> {
   void BeginScan() override;
   std::vector<TExclusion> GetExclusions() const override;
   std::vector<std::u16string> GetWarnings() const override;
+  // The text forms of the patterns that have matched nothing since the scan began.
+  std::vector<std::u16string> GetUnmatched() const;
   const TRef<PatternMatching::IPatterns>& GetPatterns() const { return fPatterns; }
 
  private:
   class TEntryFilter;
   // What was left out: by each pattern, in list order; then files without a match; then folders off the include paths.
   using TCounts = std::vector<int64_t>;
-  void AddCounts(const TCounts& pCounts);
+  using TMatched = std::vector<bool>;  // by each pattern, in list order
+  void AddCounts(const TCounts& pCounts, const TMatched& pMatched);
 
   const TRef<PatternMatching::IPatterns> fPatterns;
   std::vector<TRef<PatternMatching::IPattern>> fActive;  // set when a scan begins, fixed while it runs
   mutable TCriticalSection fLock;
   TCounts fCounts GUARDED_BY(fLock);
+  TMatched fMatched GUARDED_BY(fLock);
 };
 
 }  // namespace Vantrel

@@ -46,12 +46,12 @@ void TPatterns::Changed() {
 }
 
 bool TPatterns::Matches(std::u16string_view pName) const {
-  return fMatchAll || MatchesWildcards(pName, fJoined);
+  return fMatchAll || MatchesWildcardsStripped(pName, fJoined);
 }
 
 std::u16string TPatterns::GetMatchingPattern(std::u16string_view pName) const {
   const auto found = std::find_if(Items().begin(), Items().end(), [&](const std::u16string& pItem) {
-    return !PatternIsUnchecked(pItem) && MatchesWildcards(pName, pItem);
+    return !PatternIsUnchecked(pItem) && MatchesWildcardsStripped(pName, pItem);
   });
   return found == Items().end() ? std::u16string() : *found;
 }

@@ -33,7 +33,8 @@ class TCustomPatterns {
 
 class TPatterns : public TCustomPatterns {
  public:
-  // Whether the name matches a checked mask, or everything is to match.
+  // Whether the name matches a checked mask, or everything is to match. The blanks that a mask begins with do not
+  // count.
   bool Matches(std::u16string_view pName) const;
   // The first checked mask that matches; empty when none does.
   std::u16string GetMatchingPattern(std::u16string_view pName) const;

@@ -166,7 +166,9 @@ bool TWildcardPattern::MayLieBeneath(std::u16string_view pFolder) const {
 bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::u16string_view pFolder) const {
   const char16_t delimiter = PathDelimiter();
   if (!IsRootedPath(pText, delimiter) || IsSameOrInside(pFolder, pText, delimiter)) return true;
-  if (pFolder.starts_with(pText.substr(0, pText.find(u'*')))) return true;
+  // A mask without wildcards beside one that has them is matched as it stands, so "/a" leads to no "/ab".
+  const size_t star = pText.find(u'*');
+  if ((star != kNone || !HasWildcards(FoldedPattern())) && pFolder.starts_with(pText.substr(0, star))) return true;
   if (IsSameOrInside(pFolder, FolderOfPath(pText, delimiter), delimiter) &&
       MatchesWildcardsStripped(FileNameOfPath(pFolder, delimiter), FileNameOfPath(pText, delimiter)))
     return true;

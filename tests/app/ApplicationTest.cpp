@@ -2,9 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "app/Application.h"
 #include "automation/commandline/CommandLineParser.h"
 #include "automation/commandline/ExitCodes.h"
+#include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "tests/support/FakeTree.h"
@@ -29,6 +32,7 @@ class Application : public testing::Test {
   TLineList fOutput;
   std::vector<std::string> fErrors;
   bool fLeaveQuickly = false;
+  bool fErrorsByMainThread = true;
 
   TRef<TFakeRoot> AddRoot(std::u16string pPath) {
     auto root = MakeRef<TFakeRoot>(pPath);
@@ -43,7 +47,10 @@ class Application : public testing::Test {
     settings.fPlatformName = "Test";
     settings.fLeaveQuickly = fLeaveQuickly;
     settings.fOutput = &fOutput;
-    settings.fWriteError = [this](std::string_view pText) { fErrors.emplace_back(pText); };
+    settings.fWriteError = [this, mainThread = std::this_thread::get_id()](std::string_view pText) {
+      fErrors.emplace_back(pText);
+      fErrorsByMainThread = fErrorsByMainThread && std::this_thread::get_id() == mainThread;
+    };
     settings.fCreateRoots = [this](std::shared_ptr<const TGlobalOptions>) { return fRoots; };
     TApplication application(settings);
     return application.Run(TKivCommandLineParser::SplitCommandLine(pLine));
@@ -132,6 +139,16 @@ TEST_F(Application, AnswersWithoutScanning) {
   EXPECT_THAT(fErrors, ElementsAre("No path to scan was given", StartsWith("Usage: "), EndsWith("--help\".")));
   EXPECT_EQ(Run(u"a --nonsense"), ecWrongCommandLine);
   EXPECT_EQ(fOutput.fLines.size(), 1u);
+}
+
+TEST_F(Application, WhatOtherThreadsLogReachesTheConsoleByTheMainThread) {
+  AddRoot(u"a")->fOnWait = [] {
+    std::thread([] { LogDebug(u"of a worker"); }).join();
+    return true;
+  };
+  EXPECT_EQ(Run(u"a --debug"), ecOk);
+  EXPECT_THAT(fErrors, testing::Contains("of a worker"));
+  EXPECT_TRUE(fErrorsByMainThread) << "a worker wrote to the console";
 }
 
 TEST_F(Application, AFaultOfTheProgramIsOneLineAndACode) {

@@ -244,6 +244,11 @@ TEST_F(FailingActions, AttachmentsAreThoseOfAllActionsAndMustBeThere) {
             "The file to be mailed is not there: " + ToQuotedDisplay(folder.File("missing")));
 }
 
+TEST(ExportFileNames, TheStandardOutputIsNoFileThatIsUntouched) {
+  EXPECT_EQ(MessageOf<EExportCancelled>([] { CheckNotCancelled(true, u"-"); }),
+            "Stopped: what went to the standard output is not complete");
+}
+
 TEST(ExportFileNames, PartsGoInFrontOfTheExtension) {
   struct TCase {
     std::u16string_view fPath, fExpected;

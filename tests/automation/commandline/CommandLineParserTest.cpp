@@ -26,6 +26,13 @@ TEST(CommandLineSplitting, QuotesGroupBlanksAndBackslashesAreOrdinary) {
   EXPECT_THAT(split(uR"("C:\a b";"D:\c d" "")"), ElementsAre(uR"(C:\a b;D:\c d)", u""));
   EXPECT_THAT(split(uR"(--title="a b" "open end )"), ElementsAre(u"--title=a b", u"open end "));
   EXPECT_THAT(split(u"   "), ElementsAre());
+  // A quote that is a character: one layer is taken off, and what is left is exact.
+  EXPECT_THAT(split(uR"("\"cache\"" \"cache\" "\"my cache\"" "(Owner)\"root\"")"),
+              ElementsAre(uR"("cache")", uR"("cache")", uR"("my cache")", uR"x((Owner)"root")x"));
+  EXPECT_THAT(split(uR"(--exclude="\"a\"" """my cache""" "a""b")"),
+              ElementsAre(uR"(--exclude="a")", uR"("my cache")", uR"(a"b)"));
+  EXPECT_THAT(split(uR"(/SCAN "C:\a b\";"D:\c d\" "C:\e\")"),
+              ElementsAre(u"/SCAN", uR"(C:\a b\;D:\c d\)", uR"(C:\e\)"));
 }
 
 TEST(CommandLineTokens, TellSwitchesFromValuesAndPaths) {
@@ -35,12 +42,12 @@ TEST(CommandLineTokens, TellSwitchesFromValuesAndPaths) {
     bool fSwitchOnLinux;
   };
   const TCase cases[] = {
-      {u"/NOGUI", true, true},    {u"/nogui", true, true},    {u"-NoGui", true, true},
-      {u"--nogui", true, true},   {u"--NOGUI=1", true, true}, {u"/keepfiles", true, true},  // an option
-      {u"/usr", true, false},     {u"/", false, false},       {u"/NOGUI/", true, false},
-      {u"/KIV_RUN", true, false}, {u"-unknown", true, true},  {u"-", false, false},
-      {u"-5", false, false},      {u"-5x", true, true},       {u"-1.5", true, true},  // integers only
-      {u"NOGUI", false, false},   {u"C:\\", false, false},    {u"", false, false},
+      {u"/NOGUI", true, true},    {u"/nogui", true, true},     {u"-NoGui", true, true},   {u"--nogui", true, true},
+      {u"--NOGUI=1", true, true}, {u"/keepfiles", true, true},  // an option
+      {u"/usr", true, false},     {u"/", false, false},        {u"/NOGUI/", true, false}, {u"/KIV_RUN", true, true},
+      {u"-unknown", true, true},  {u"-", false, false},        {u"-5", false, false},     {u"-5x", true, true},
+      {u"-5.5", false, false},    {u"-1.5.2", true, true},     {u"-1.", true, true},      {u"-.5", false, false},
+      {u"/kiv_a/b", true, false}, {u"NOGUI", false, false},    {u"C:\\", false, false},   {u"", false, false},
   };
   const TKivCommandLineParser windows = MakeParser(false);
   const TKivCommandLineParser linux_ = MakeParser(true);
@@ -76,7 +83,7 @@ TEST(CommandLineSearch, ValuesAfterSwitches) {
   EXPECT_FALSE(parser.FindBooleanValueAfterSwitch(u"ReadOnly", TTokens{u"-readonly", u"yes"}, flag));
 
   std::u16string text;
-  const TTokens tokens = {u"/A", u"\"first one\"", u"/A", u"/B"};
+  const TTokens tokens = {u"/A", u"first one", u"/A", u"/B"};
   EXPECT_TRUE(parser.FindParameterAfterSwitch(u"A", tokens, 0, true, text));
   EXPECT_EQ(text, u"first one");
   EXPECT_FALSE(parser.FindParameterAfterSwitch(u"A", tokens, 1, true, text));
@@ -88,7 +95,7 @@ TEST(CommandLineSearch, PathsAfterSwitches) {
   const TKivCommandLineParser parser = MakeParser(false);
   const TTokens tokens = {u"x",      u"/OPEN", u"a",  u"-open", u"/NOGUI", u"--Open=b c",
                           u"--open", u"\"d\"", u"--", u"/OPEN", u"e"};
-  EXPECT_THAT(parser.FindPathsAfterSwitch(u"OPEN", tokens), ElementsAre(u"a", u"b c", u"d"));
+  EXPECT_THAT(parser.FindPathsAfterSwitch(u"OPEN", tokens), ElementsAre(u"a", u"b c", u"\"d\""));
   EXPECT_EQ(parser.FindPathAfterSwitch(u"OPEN", tokens), u"a");
   EXPECT_EQ(parser.FindPathAfterSwitch(u"CLOSE", tokens), u"");
   const std::u16string_view names[] = {u"CLOSE", u"nogui"};
@@ -186,10 +193,14 @@ TEST(OptionSetter, SetsOptionsByName) {
                 {{u"/kiv_job", u"/NOGUI"}, 1, "", "", ""},
                 {{u"C:\\x"}, 0, "", "", ""}},
                false);
-  CheckOptions({{{u"/StayOnFileSystem", u"/usr"}, 1, "", "StayOnFileSystem", "true"},
-                {{u"--ExportTitle", u"/usr"}, 2, "", "ExportTitle", "/usr"},
-                {{u"/usr"}, 0, "", "", ""}},
-               true);
+  CheckOptions(
+      {{{u"/KIV_JOB", u"foo"}, 2, "", "", ""},
+       {{u"--HistoryFile=h\xDCFF.db"}, 1, "", "HistoryFile", ToNativeBytes(u"h\xDCFF.db")},
+       {{u"--ExportTitle", u"h\xDCFF"}, 0, "ExportTitle: \"h\\xFF\" is not allowed; expected text", "ExportTitle", ""},
+       {{u"/StayOnFileSystem", u"/usr"}, 1, "", "StayOnFileSystem", "true"},
+       {{u"--ExportTitle", u"/usr"}, 2, "", "ExportTitle", "/usr"},
+       {{u"/usr"}, 0, "", "", ""}},
+      true);
 }
 
 TEST(OptionSetter, RefusesWithTheRange) {

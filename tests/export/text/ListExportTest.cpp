@@ -116,7 +116,7 @@ TEST(ListTables, SumsAreThoseOfARecount) {
       const TBasicSizeValues values = interval == expected.fAges.end() ? TBasicSizeValues() : interval->second;
       ExpectSums(ages, static_cast<size_t>(i), values, static_cast<double>(values.fSize) / static_cast<double>(whole));
     }
-    EXPECT_EQ(Cell<std::u16string>(ages, 0, u"Age"), u"up to 1 days");
+    EXPECT_EQ(Cell<std::u16string>(ages, 0, u"Age"), u"up to 1 day");
     EXPECT_EQ(Cell<std::u16string>(ages, 6, u"Age"), u"over 2 years");  // empty: the files are younger
   }
 }

@@ -102,8 +102,8 @@ TEST(FileAges, XmlAttributesAndAssignment) {
 
 TEST(FileAges, Labels) {
   TRef<IFileAges> ages = TFileAges::CreateDefault();
-  const std::u16string_view labels[] = {u"up to 1 days",        u"1 days - 1 weeks",   u"1 weeks - 1 months",
-                                        u"1 months - 6 months", u"6 months - 1 years", u"1 years - 2 years",
+  const std::u16string_view labels[] = {u"up to 1 day",        u"1 day - 1 week",    u"1 week - 1 month",
+                                        u"1 month - 6 months", u"6 months - 1 year", u"1 year - 2 years",
                                         u"over 2 years"};
   for (int i = 0; i < 7; ++i) EXPECT_EQ(ages->GetLabel(i), labels[i]);
   EXPECT_EQ(AgesOf(u"90")->GetLabel(0), u"any age");

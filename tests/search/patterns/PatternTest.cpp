@@ -255,6 +255,9 @@ TEST(OlderPatterns, UncheckedMasksDoNotCount) {
   checked.AssignWithoutUnchecked(patterns);
   EXPECT_EQ(checked.ToString(), u"*.txt\tread me*");
   EXPECT_TRUE(checked.Matches(u"a.txt"));
+  checked.AssignFromString(u" *.jpg");
+  EXPECT_TRUE(checked.Matches(u"a.jpg")) << "a blank in front of a mask counts";
+  EXPECT_EQ(checked.GetMatchingPattern(u"a.jpg"), u" *.jpg");
   patterns.AssignFromString(u"");
   EXPECT_FALSE(patterns.Matches(u"a"));
   patterns.SetMatchAll(true);

@@ -1,0 +1,122 @@
+#include "automation/commandline/RunFiles.h"
+
+#include <fmt/format.h>
+
+#include <set>
+
+#include "automation/actions/ExportFile.h"
+#include "automation/actions/FileExportAction.h"
+#include "automation/actions/HistoryTasks.h"
+#include "automation/commandline/CommandLineHandler.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+
+namespace Vantrel::CommandLine {
+
+namespace {
+
+constexpr std::u16string_view kStandardOutput = u"-";
+
+bool IsExport(TFileUse pUse) {
+  return pUse == TFileUse::fuExport || pUse == TFileUse::fuXMLExport;
+}
+
+bool IsWritten(TFileUse pUse) {
+  return IsExport(pUse) || pUse == TFileUse::fuWritten;
+}
+
+}  // namespace
+
+void TRunFiles::Add(const std::u16string& pPath, TFileUse pUse, std::string pName) {
+  if (pPath.empty()) return;
+  fFiles.push_back(
+      {pPath, pUse, std::move(pName), pPath == kStandardOutput ? TFilePlace{pPath, {}} : PlaceOfFile(pPath)});
+}
+
+bool TRunFiles::MayBeOne(const TFile& pA, const TFile& pB) {
+  if (!IsWritten(pA.fUse) && !IsWritten(pB.fUse)) return true;
+  auto are = [&](TFileUse pOne, TFileUse pOther) {
+    return (pA.fUse == pOne && pB.fUse == pOther) || (pA.fUse == pOther && pB.fUse == pOne);
+  };
+  // Each week's scan is compared with the last one and takes its place.
+  return are(TFileUse::fuOldScan, TFileUse::fuXMLExport);
+}
+
+std::vector<std::string> TRunFiles::Conflicts() const {
+  std::vector<std::string> messages;
+  for (size_t later = 1; later < fFiles.size(); ++later) {
+    for (size_t earlier = 0; earlier < later; ++earlier) {
+      const TFile& a = fFiles[earlier];
+      const TFile& b = fFiles[later];
+      if (MayBeOne(a, b) || !IsSamePlace(a.fPlace, b.fPlace)) continue;
+      messages.push_back(IsExport(a.fUse) && IsExport(b.fUse)
+                             ? "Two exports would go into the same file: " + ToQuotedDisplay(b.fPath)
+                             : fmt::format("{} cannot be both {} and {}", ToQuotedDisplay(b.fPath), a.fName, b.fName));
+      break;  // one message for each file
+    }
+  }
+  return messages;
+}
+
+namespace {
+
+constexpr const char* kExport = "an export";
+
+TFileUse UseOf(const TExportRequest& pRequest) {
+  return pRequest.fFormat == TExportFormat::efXML ? TFileUse::fuXMLExport : TFileUse::fuExport;
+}
+
+// An XML file holds one scan, and so does a list.
+void AddFilesPerRoot(TRunFiles& pFiles, const TExportRequest& pRequest, const TCommandLineState& pState) {
+  using namespace PostScanActions;
+  std::vector<std::u16string> files = ListFiles(pRequest.fFormat, pRequest.fFile, *pState.fOptions);
+  if (pRequest.fFormat == TExportFormat::efXML && !pRequest.fFile.empty()) files.push_back(pRequest.fFile);
+  // Each root's file has its name in it. Those of opened files are not known yet.
+  std::set<std::u16string> names;
+  for (const std::u16string& path : pState.fPaths) {
+    const std::u16string root = NameForFiles(AbsolutePath(path), NativePathDelimiter());
+    if (!names.insert(ToLowerLinguistic(root)).second) continue;
+    for (const std::u16string& file : files) pFiles.Add(WithPartInName(file, u"_" + root), UseOf(pRequest), kExport);
+  }
+}
+
+void AddExports(TRunFiles& pFiles, const TCommandLineState& pState) {
+  for (const std::u16string* file : {&pState.fDriveListFile, &pState.fHistoryCSV, &pState.fHistoryExport})
+    pFiles.Add(*file, TFileUse::fuExport, kExport);
+  const bool several = NumberOfScans(pState) > 1;
+  for (const TExportRequest& request : pState.fExports)
+    if (!several || request.fFormat != TExportFormat::efXML || request.fFile == kStandardOutput)
+      pFiles.Add(request.fFile, UseOf(request), kExport);
+  for (const TExportRequest& request : pState.fExports) {
+    if (several) AddFilesPerRoot(pFiles, request, pState);
+    if (several) continue;
+    for (const std::u16string& list : PostScanActions::ListFiles(request.fFormat, request.fFile, *pState.fOptions))
+      pFiles.Add(list, UseOf(request), kExport);
+  }
+}
+
+}  // namespace
+
+TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUserOptionsFile) {
+  TRunFiles files;
+  auto addAll = [&](const std::vector<std::u16string>& pFiles, TFileUse pUse, const char* pName) {
+    for (const std::u16string& file : pFiles) files.Add(file, pUse, pName);
+  };
+  addAll(pState.fOptionsFiles, TFileUse::fuSettings, "a file of options");
+  addAll(pState.fPatternFiles, TFileUse::fuRead, "a file of patterns");
+  addAll(pState.fOpenFiles, TFileUse::fuRead, "a scan to open");
+  addAll(pState.fHistoryImports, TFileUse::fuRead, "a history to import");
+  files.Add(pState.fCompareFile, TFileUse::fuOldScan, "the scan to compare with");
+  files.Add(pUserOptionsFile, TFileUse::fuSettings, "the settings");
+  if (pState.fOptions->RecordHistory || pState.HasHistoryTasks()) {
+    // The database keeps files of its own beside it while it is open.
+    const std::u16string history = HistoryFile(*pState.fOptions);
+    for (const char16_t* ending : {u"", u"-journal", u"-wal", u"-shm"})
+      if (!history.empty()) files.Add(history + ending, TFileUse::fuWritten, "the history");
+  }
+  files.Add(pState.fDebugLogFile, TFileUse::fuWritten, "the log");
+  AddExports(files, pState);
+  return files;
+}
+
+}  // namespace Vantrel::CommandLine

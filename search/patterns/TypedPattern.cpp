@@ -1,0 +1,99 @@
+#include "search/patterns/TypedPattern.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
+#include "platform/text/Text.h"
+#include "search/patterns/PatternFile.h"
+
+namespace Vantrel::PatternMatching {
+
+namespace {
+
+bool TakePrefix(std::u16string_view& pText, std::u16string_view pPrefix) {
+  if (!SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix)) return false;
+  pText.remove_prefix(pPrefix.size());
+  return true;
+}
+
+bool IsDelimiter(char16_t pUnit) {
+  return pUnit == u'/' || pUnit == NativePathDelimiter();
+}
+
+bool IsPath(std::u16string_view pText) {
+  return std::any_of(pText.begin(), pText.end(), IsDelimiter);
+}
+
+// "./x" and "../x".
+bool BeginsAtCurrentFolder(std::u16string_view pText) {
+  const size_t dots = pText.starts_with(u"..") ? 2 : pText.starts_with(u'.') ? 1 : 0;
+  return dots > 0 && dots < pText.size() && IsDelimiter(pText[dots]);
+}
+
+bool IsExpression(std::u16string_view pBody) {
+  return pBody.size() > 1 && pBody.starts_with(u'/') && (pBody.ends_with(u'/') || pBody.ends_with(u"/i"));
+}
+
+bool HasWildcards(std::u16string_view pText) {
+  return pText.find_first_of(u"*?") != std::u16string_view::npos;
+}
+
+// The masks of a path and of all beneath it.
+std::u16string MasksOf(std::u16string_view pPath) {
+  const char16_t delimiter = NativePathDelimiter();
+  std::u16string path(pPath);
+  if (IsRootedPath(path, delimiter) || BeginsAtCurrentFolder(path)) {
+    path = AbsolutePath(path);
+  } else {
+    std::replace_if(path.begin(), path.end(), IsDelimiter, delimiter);
+    path = std::u16string(u"*") + delimiter + std::u16string(WithoutTrailingDelimiter(path, delimiter));
+  }
+  return path + u';' + JoinPath(path, u"*", delimiter);
+}
+
+// The masks that stand for what is typed; none when it is no path, or says itself how it is matched.
+std::optional<std::u16string> MasksOfPaths(std::u16string_view pBody) {
+  if (pBody.size() < 2 || pBody.starts_with(u'"') || !IsPath(pBody)) return std::nullopt;
+  // "/tmp/" is an expression as well. Who has such a folder means the folder.
+  if (IsExpression(pBody) && !FolderExists(std::u16string(pBody))) return std::nullopt;
+  const bool hasMasks = HasWildcards(pBody);
+  bool hasPath = false;
+  std::u16string masks;
+  while (!pBody.empty()) {
+    const size_t end = std::min(pBody.find(u';'), pBody.size());
+    const std::u16string part(pBody.substr(0, end));
+    pBody.remove_prefix(std::min(end + 1, pBody.size()));
+    if (part.empty()) continue;
+    if (!masks.empty()) masks += u';';
+    if (IsPath(part) && !HasWildcards(part)) {
+      hasPath = true;
+      masks += MasksOf(part);
+    } else {
+      masks += hasMasks ? part : u"*" + part + u"*";
+    }
+  }
+  if (!hasPath) return std::nullopt;
+  return masks;
+}
+
+}  // namespace
+
+TRef<IPattern> CreateTypedPattern(std::u16string_view pText, TPatternType pDefaultType) {
+  std::u16string_view body = pText;
+  while (!body.empty() && body.front() <= u' ') body.remove_prefix(1);
+  while (!body.empty() && body.back() <= u' ') body.remove_suffix(1);
+  const std::u16string_view whole = body;
+  TakePrefix(body, u"<||");
+  if (!TakePrefix(body, u"(+)")) TakePrefix(body, u"(-)");
+  const std::u16string_view prefixes = whole.substr(0, whole.size() - body.size());
+  constexpr std::u16string_view kFullPath = u"(FullPath)";
+  const bool isNamed = TakePrefix(body, kFullPath);
+  const std::optional<std::u16string> masks = body.starts_with(u'(') && !isNamed ? std::nullopt : MasksOfPaths(body);
+  if (!masks) return CreateCheckedPattern(pText, pDefaultType);
+  return CreateCheckedPattern(std::u16string(prefixes).append(kFullPath).append(*masks), pDefaultType);
+}
+
+}  // namespace Vantrel::PatternMatching
