@@ -223,7 +223,7 @@ int TApplication::OpenAndScan() {
   int result = ecOk;
   for (size_t i = 0; i < fState.fOpenFiles.size() && fActions.CanWriteMore(); ++i) {
     fPathsLeft = fState.fPaths.size() + fState.fOpenFiles.size() - i - 1;
-    result = std::max(result, OpenFiles(*roots, fState.fOpenFiles[i]));
+    result = std::max(result, OpenFile(*roots, fState.fOpenFiles[i]));
   }
   result = std::max(result, ScanPaths(*roots, fState.fPaths));
   fActions.FinishActions();
@@ -237,11 +237,11 @@ int TApplication::OpenAndScan() {
 }
 
 // Loads on a thread of its own, so that progress is shown and a signal stops it.
-int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
+int TApplication::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
   using namespace Vantrel::XML;
   std::atomic<uint64_t> bytesRead{0};
   auto load = std::async(std::launch::async, [&] {
-    return TQZXMLReader::LoadFromFile(pFiles, pRoots, [&](const std::u16string&, uint64_t pBytes) {
+    return TQZXMLReader::LoadFromFile({&pFile, 1}, pRoots, [&](const std::u16string&, uint64_t pBytes) {
       bytesRead.store(pBytes, std::memory_order_relaxed);
       return !gCancelRequested.load(std::memory_order_relaxed);
     });
@@ -250,21 +250,26 @@ int TApplication::OpenFiles(IScanRoots& pRoots, const std::u16string& pFiles) {
     if (fSettings.fShowProgress)
       TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
   if (fSettings.fShowProgress) TConsole::ClearProgress();
-  try {
-    int result = ecOk;
-    const std::vector<TLoadedRoot> roots = load.get();
-    fPathsLeft += roots.size();
-    for (const TLoadedRoot& loaded : roots) {
-      --fPathsLeft;
-      for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
-      result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
-      if (loaded.fRoot->GetState() & rsHasErrors) result = std::max<int>(result, ecIncomplete);
-    }
-    return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
-  } catch (const EScanFileError& error) {
-    fSettings.fWriteError(error.what());
+  const std::vector<TLoadedRoot> loaded = load.get();
+  if (loaded.empty()) return ecCancelled;
+  const TRef<IHierarchicalRoot> root = loaded.front().fRoot;
+  if (!root) {
+    fSettings.fWriteError(loaded.front().fError);
     return ecPathNotFound;
   }
+  const int result = ReportLoaded(pRoots, loaded.front());
+  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
+  return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
+}
+
+int TApplication::ReportLoaded(IScanRoots& pRoots, const XML::TLoadedRoot& pLoaded) {
+  IHierarchicalRoot& root = *pLoaded.fRoot;
+  for (const std::string& note : pLoaded.fNotes) fSettings.fWriteError(note);
+  if (fOptions->RecordHistory)
+    fSettings.fWriteError("Not recorded in the history, since it was loaded from a file: " +
+                          ToQuotedDisplay(root.GetPath()));
+  const int result = PerformActions(pRoots, root);
+  return root.GetState() & (rsHasErrors | rsCancelled) ? std::max<int>(result, ecIncomplete) : result;
 }
 
 int TApplication::WriteLines(const std::vector<std::string>& pLines) {
@@ -323,7 +328,7 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
   const TRootStates state = pRoot.GetState();
   if (state & rsPathNotFound) {
     const std::vector<TScanError> errors = pRoot.GetErrors();
-    const std::string reason = errors.empty() ? "it cannot be opened" : OSErrorText(errors.front().fCode);
+    const std::string reason = errors.empty() ? "it cannot be opened" : ToDisplay(errors.front().fText);
     fSettings.fWriteError("Cannot scan " + ToQuotedDisplay(pPath) + ": " + reason);
     return ecPathNotFound;
   }

@@ -14,6 +14,10 @@
 #include "model/roots/RootInterfaces.h"
 #include "search/patterns/PatternInterfaces.h"
 
+namespace Vantrel::XML {
+struct TLoadedRoot;
+}
+
 namespace Vantrel {
 
 // What a run works with. Tests put their own streams and roots here; CreateRunSettings gives the real ones.
@@ -68,7 +72,8 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   bool QueueActions(Vantrel::IScanRoots& pRoots);
   void QueueMail();
   int WriteFailures();
-  int OpenFiles(Vantrel::IScanRoots& pRoots, const std::u16string& pFiles);
+  int OpenFile(Vantrel::IScanRoots& pRoots, const std::u16string& pFile);
+  int ReportLoaded(Vantrel::IScanRoots& pRoots, const Vantrel::XML::TLoadedRoot& pLoaded);
   int ScanPaths(Vantrel::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
   int ScanPath(Vantrel::IScanRoots& pRoots, const std::u16string& pPath);
   void WriteWarnings(const Vantrel::IScanFilter& pFilter);

@@ -48,7 +48,7 @@ std::u16string TEmailPostScanAction::GetMailTo() const {
 }
 
 void TEmailPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  if (pRoot.GetState() & rsCancelled) throw EExportCancelled("Stopped: no mail was sent");
+  if (WasStopped(pRoot)) throw EExportCancelled("Stopped: no mail was sent");
   TMediaSettings settings = fHandler.MergedRecursionLevel(TMediaType::mtText);
   // A mail is for reading, as the console is.
   if (settings.fRecursionLevel.fFullExpand) settings.fRecursionLevel = {1, false};

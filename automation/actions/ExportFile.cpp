@@ -6,6 +6,10 @@
 
 namespace Vantrel::PostScanActions {
 
+bool WasStopped(const IHierarchicalRoot& pRoot) {
+  return (pRoot.GetState() & (rsCancelled | rsIsXMLImport)) == rsCancelled;
+}
+
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
   if (pIsCancelled)
     throw EExportCancelled("Stopped: " + ToQuotedDisplay(pPath) + " was not written, an earlier one is untouched");

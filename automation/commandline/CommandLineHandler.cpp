@@ -10,7 +10,6 @@
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
 #include "export/xml/OptionsFile.h"
-#include "export/xml/XMLReader.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/system/FileTime.h"
@@ -47,9 +46,7 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 }  // namespace
 
 size_t NumberOfScans(const TCommandLineState& pState) {
-  size_t scans = pState.fPaths.size();
-  for (const std::u16string& files : pState.fOpenFiles) scans += XML::SplitFileNames(files).size();
-  return scans;
+  return pState.fPaths.size() + pState.fOpenFiles.size();
 }
 
 TCommandLineHandler::TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser, Vantrel::TGlobalOptions& pOptions,

@@ -24,7 +24,7 @@ struct TCommandLineState {
   Vantrel::TGlobalOptions* fOptions = nullptr;  // the handler's
 
   std::vector<std::u16string> fPaths;                            // to scan, as typed, in order
-  std::vector<std::u16string> fOpenFiles;                        // scan files to load, lists as typed
+  std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;

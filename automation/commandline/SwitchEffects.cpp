@@ -4,6 +4,7 @@
 
 #include "automation/actions/FileExportAction.h"
 #include "automation/mail/Mail.h"
+#include "export/xml/XMLReader.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFile.h"
@@ -70,7 +71,7 @@ void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) {
 }
 
 void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
-  pState.fOpenFiles.emplace_back(pFiles);
+  for (std::u16string& file : XML::SplitFileNames(pFiles)) pState.fOpenFiles.push_back(std::move(file));
 }
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
@@ -119,8 +120,10 @@ void Expand(TCommandLineState& pState, std::u16string_view pLevel) {
                                ". Doing a full expand instead.");
   // Chosen by somebody, all levels too: no use of the settings may put in a default of its own.
   if (!isLevel || level < 0) level = TRecursionLevel::kUnlimited;
-  for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV, TMediaType::mtXML})
-    pState.fOptions->Media(media).fRecursionLevel = {static_cast<int32_t>(level), false};
+  // An XML file that lacks folders is no use to a later comparison: only its own option, XMLLevels, limits it.
+  ChangeTextExports(pState, [&](TMediaSettings& pSettings) {
+    pSettings.fRecursionLevel = {static_cast<int32_t>(level), false};
+  });
 }
 
 void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {

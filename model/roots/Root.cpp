@@ -79,7 +79,7 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
     fScanTimeStamp = TKivFileTime::Now().fTicks;
     fRootExclusions.Clear();
     SetComparison(nullptr);
-    ExcludeState(rsFinished | rsCancelled | rsPathNotFound | rsHasErrors | rsIsXMLImport);
+    ExcludeState(rsFinished | rsCancelled | rsPathNotFound | rsHasErrors | rsIsXMLImport | rsIsPartialImport);
   }
   TRef<TScanConfiguration> configuration = ConfigurationOfNextScan(pWholeTree);
   {
@@ -158,7 +158,8 @@ void TCustomRoot::EndScanning(bool pWholeTree) {
   if (!pWholeTree) CountTree();
   TStorageInformation storage;
   if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
-    storage = {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+    storage = {volume.fMountPoint,  volume.fLabel,      volume.fFileSystem,
+               volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
   std::vector<TExclusion> exclusions = pWholeTree ? CurrentExclusions() : std::vector<TExclusion>();
   TRef<TCustomFolderData> top;
   {
