@@ -333,7 +333,7 @@ TEST(XMLReader, LargestFilesKeepTheirPaths) {
     const TRef<IHierarchicalRoot> loaded = live.Load("<Root>" + content + "</Root>");
     std::vector<std::u16string> paths;
     for (const TTopSizeEntry& file : loaded->GetTopSizeList()->GetSnapshot())
-      paths.push_back(file.fParentFolder->GetFullPath() + u"/" + file.fName);
+      paths.push_back((file.fParentFolder ? file.fParentFolder->GetFullPath() : u"no folder") + u"/" + file.fName);
     EXPECT_EQ(paths, (std::vector<std::u16string>{u"/x/a/b/c/1", u"/x/a/2", u"/x/3", u"/x/a/b/c/4"}))
         << "those outside the root are left out";
     EXPECT_EQ(loaded->GetTopFolder()->GetSubFolderCount(), 1u) << "no folder enters the tree for them";
