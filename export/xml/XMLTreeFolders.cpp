@@ -138,20 +138,25 @@ const TBasicSizeValues& TXMLTreeBuilder::Counted(const TBasicSizeValues& pValues
   return pValues;
 }
 
+// In whatever letter case the file has it.
+constexpr std::u16string_view kDays = u"Days_";
+
 void TXMLTreeBuilder::ReadFileAges(TXMLAttributeSpan pAttributes) {
   TOpenFolder& folder = OpenFolder("begin of 'FileAgeDistribution'");
   if (folder.fValues.fStatistics.fAges) return;
   folder.fHasStatistics = true;
   if (!fFileAges) {
     std::vector<std::pair<std::u16string, std::u16string>> attributes;
-    for (const XML::TXMLAttribute& attribute : pAttributes) attributes.emplace_back(attribute.fName, u"");
+    for (const XML::TXMLAttribute& attribute : pAttributes)
+      if (SameTextAscii(attribute.fName.substr(0, kDays.size()), kDays))
+        attributes.emplace_back(std::u16string(kDays).append(attribute.fName.substr(kDays.size())), u"");
     try {
       fFileAges = TFileAges::CreateFromXML(attributes);
     } catch (const EInvalidArgumentValue& error) {
       Fail(error.what());
     }
     for (int i = 0; i < fFileAges->GetCount(); ++i)
-      fFileAgesNames.push_back(u"Days_" + FromUtf8(std::to_string(fFileAges->GetItem(i))));
+      fFileAgesNames.push_back(std::u16string(kDays) + FromUtf8(std::to_string(fFileAges->GetItem(i))));
     fScan.fFileAges = fFileAges;
   }
   auto ages = MakeRef<TFileAgeDistribution>(fFileAges, fScan.fFileAgesDateType);

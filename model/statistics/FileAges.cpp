@@ -97,9 +97,7 @@ TRef<TFileAges> TFileAges::CreateFromXML(std::span<const std::pair<std::u16strin
   auto ages = MakeRef<TFileAges>();
   for (const auto& [name, value] : pAttributes) {
     int64_t days = 0;
-    const std::u16string_view text = name;
-    if (SameTextAscii(text.substr(0, prefix.size()), prefix) && ParseDays(text.substr(prefix.size()), days))
-      ages->Add(days);
+    if (name.starts_with(prefix) && ParseDays(std::u16string_view(name).substr(prefix.size()), days)) ages->Add(days);
   }
   if (ages->GetCount() < 1) {
     throw EInvalidArgumentValue("TFileAges.CreateFromXML: Given XML attributes did not contain any FileAge info");
