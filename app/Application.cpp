@@ -258,12 +258,10 @@ int TApplication::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
   using namespace Vantrel::XML;
   std::atomic<uint64_t> bytesRead{0};
   auto load = std::async(std::launch::async, [&] {
-    TLoadedRoot loaded = TQZXMLReader::ReadRootFromXMLFile(pFile, pRoots, [&](const std::u16string&, uint64_t pBytes) {
+    return TQZXMLReader::LoadFromFile({&pFile, 1}, pRoots, [&](const std::u16string&, uint64_t pBytes) {
       bytesRead.store(pBytes, std::memory_order_relaxed);
       return !gCancelRequested.load(std::memory_order_relaxed);
     });
-    if (loaded.fRoot) pRoots.AddLoaded(loaded.fRoot);
-    return loaded;
   });
   while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready) {
     fLog.WriteWaiting();
@@ -271,18 +269,26 @@ int TApplication::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
       TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
   }
   if (fSettings.fShowProgress) TConsole::ClearProgress();
-  try {
-    int result = ecOk;
-    if (const TLoadedRoot loaded = load.get(); loaded.fRoot) {
-      for (const std::string& note : loaded.fNotes) fSettings.fWriteError(note);
-      result = std::max(result, PerformActions(pRoots, *loaded.fRoot));
-      if (loaded.fRoot->GetState() & rsHasErrors) result = std::max<int>(result, ecIncomplete);
-    }
-    return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
-  } catch (const EScanFileError& error) {
-    fSettings.fWriteError(error.what());
+  const std::vector<TLoadedRoot> loaded = load.get();
+  if (loaded.empty()) return ecCancelled;
+  const TRef<IHierarchicalRoot> root = loaded.front().fRoot;
+  if (!root) {
+    fSettings.fWriteError(loaded.front().fError);
     return ecPathNotFound;
   }
+  const int result = ReportLoaded(pRoots, loaded.front());
+  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
+  return gCancelRequested ? std::max<int>(result, ecCancelled) : result;
+}
+
+int TApplication::ReportLoaded(IScanRoots& pRoots, const XML::TLoadedRoot& pLoaded) {
+  IHierarchicalRoot& root = *pLoaded.fRoot;
+  for (const std::string& note : pLoaded.fNotes) fSettings.fWriteError(note);
+  if (fOptions->RecordHistory)
+    fSettings.fWriteError("Not recorded in the history, since it was loaded from a file: " +
+                          ToQuotedDisplay(root.GetPath()));
+  const int result = PerformActions(pRoots, root);
+  return root.GetState() & (rsHasErrors | rsCancelled) ? std::max<int>(result, ecIncomplete) : result;
 }
 
 int TApplication::WriteLines(const std::vector<std::string>& pLines) {
@@ -367,7 +373,7 @@ int TApplication::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const
   const TRootStates state = pRoot.GetState();
   if (state & rsPathNotFound) {
     const std::vector<TScanError> errors = pRoot.GetErrors();
-    const std::string reason = errors.empty() ? "it cannot be opened" : OSErrorText(errors.front().fCode);
+    const std::string reason = errors.empty() ? "it cannot be opened" : ToDisplay(errors.front().fText);
     fSettings.fWriteError("Cannot scan " + ToQuotedDisplay(pPath) + ": " + reason);
     return ecPathNotFound;
   }

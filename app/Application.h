@@ -16,6 +16,10 @@
 #include "model/roots/RootInterfaces.h"
 #include "search/patterns/PatternInterfaces.h"
 
+namespace Vantrel::XML {
+struct TLoadedRoot;
+}
+
 namespace Vantrel {
 
 // What a run works with. Tests put their own streams and roots here; CreateRunSettings gives the real ones.
@@ -76,6 +80,7 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   void QueueMail();
   int WriteFailures();
   int OpenFile(Vantrel::IScanRoots& pRoots, const std::u16string& pFile);
+  int ReportLoaded(Vantrel::IScanRoots& pRoots, const Vantrel::XML::TLoadedRoot& pLoaded);
   int ScanPaths(Vantrel::IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
   int ScanPath(Vantrel::IScanRoots& pRoots, const std::u16string& pPath);
   void NoteUnmatched(const std::vector<std::u16string>& pPatterns);

@@ -23,7 +23,7 @@ GRAMMAR = HERE.parent / "docs" / "xml-scan-file.rng"
 TIMEOUT = 120
 LONGEST_EXTENSION = 1 + 32
 TICKS_OF_1970 = 116_444_736_000_000_000
-OK, _, _, PATH_NOT_FOUND = range(4)
+OK, INCOMPLETE, _, PATH_NOT_FOUND = range(4)
 
 
 def unescaped(text):
@@ -278,13 +278,84 @@ class OpenTests:
         self.assertEqual(found, [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"),
                                  ("came (new)", "+42", "+2"), ("same", "0", "0")])
         self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
-        self.assertEqual(self.run_program(tree, "--compare", "old.xml", "--xml", "compared.xml").code, OK)
+        old = (self.folder / "old.xml").read_bytes()
+        (self.folder / "compared.xml").write_bytes(old.replace(b"<IsCompared>0", b"<IsCompared>-1"))
         # What is wrong with a file shows when it is read, after the scan; that there is none shows before.
         for name, text, reports in (("compared.xml", "contains data of a previous comparison.", 1),
                                     ("none.xml", "none.xml", 0)):
             run = self.run_program(tree, "--compare", name)
             self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, reports))
             self.assertIn(text, run.err)
+
+    def test_one_file_serves_a_comparison_every_week(self):
+        scan = self.small_scan()
+        tree = self.native(self.folder / "tree")
+        for week, size, change in ((1, 2000, "1,000"), (2, 2500, "500")):
+            self.make("tree/a/b/c.txt", size)
+            self.make(f"tree/new{week}/x", 1)
+            run = self.run_program("--SizeUnit", "B", tree, "--compare", "scan.xml", "--xml", "scan.xml", "--expand", "1",
+                                   "--text", "report.txt")
+            self.assertEqual((run.code, run.err), (OK, ""), f"week {week}")
+            report = (self.folder / "report.txt").read_text(encoding="utf-8-sig")
+            self.assertRegex(report, rf"\n  a +\+{change} ")
+            self.assertIn(f"  new{week} (new) ", report)
+            header, folders, _ = read_file(scan)
+            self.assertEqual((header["IsCompared"], header["IsFullExport"]), ("0", "-1"))
+            self.assertIn(tree + self.delimiter.join(("", "a", "b")), [path for path, _ in folders])
+
+    def test_a_file_says_what_it_lacks_also_when_written_again(self):
+        self.small_scan()
+        self.assertEqual(self.run_program(self.native(self.folder / "tree"), "--XMLLevels", "1", "--xml", "limited.xml").code, OK)
+        header, folders, largest = read_file(self.folder / "limited.xml")
+        self.assertEqual((header["IsFullExport"], len(folders), len(largest)), ("0", 4, 4))
+        full = (self.folder / "scan.xml").read_bytes()
+        (self.folder / "stopped.xml").write_bytes(
+            full.replace(b"<IsFullExport>", b"<Terminated>-1</Terminated>\r\n<IsFullExport>"))
+        for name, code in (("limited.xml", OK), ("stopped.xml", INCOMPLETE)):
+            with self.subTest(name=name):
+                run = self.run_program("--open", name, "--xml", "again.xml", "--csv", "again.csv")
+                self.assertEqual(run.code, code, run.err)
+                self.assertIn(name, run.err)
+                self.assertEqual((self.folder / "again.xml").read_bytes(), (self.folder / name).read_bytes())
+                self.assertTrue((self.folder / "again.csv").exists())
+                check = subprocess.run(["xmllint", "--noout", "--relaxng", GRAMMAR, "again.xml"], check=False,
+                                       cwd=self.folder, capture_output=True, timeout=TIMEOUT)
+                self.assertEqual(check.returncode, 0, check.stderr)
+                run = self.run_program(self.native(self.folder / "tree"), "--compare", "again.xml")
+                self.assertEqual(run.code, PATH_NOT_FOUND)
+
+    def test_a_bad_file_does_not_take_the_others_with_it(self):
+        scan = self.small_scan().read_bytes()
+        # What a Windows command line makes of quotes, Wine does not pass on.
+        name, shown = ("a;b.xml", '"a;b.xml"') if self.delimiter == "/" else ("other.xml", "other.xml")
+        (self.folder / name).write_bytes(scan)
+        (self.folder / "bad.xml").write_bytes(scan[:200])
+        run = self.run_program(f"--open=scan.xml;bad.xml;{shown};none.xml")
+        self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, 2), run.err)
+        self.assertEqual([re.search(r'"(.*?)"', line)[1] for line in run.err.splitlines() if line],
+                         ["bad.xml", "none.xml"])
+
+    def test_an_opened_file_tells_of_its_own_machine_and_time(self):
+        scan = self.small_scan().read_bytes()
+        for old, new in ((rb"<DateISO>.*?<", b"<DateISO>2001-02-03T04:05:06Z<"),
+                         (rb"<Filesystem.*?</Filesystem>|<Filesystem/>", b"<Filesystem>elsewherefs</Filesystem>"),
+                         (rb"<TotalBytesOnDrive>.*?<", b"<TotalBytesOnDrive>2048<"),
+                         (rb"<FreeBytesOnDrive>.*?<", b"<FreeBytesOnDrive>512<"),
+                         (rb"\r\n<FolderState>", b'\r\n<ErrorMessage Code="5" Kind="1" Partial="0">Zugriff verweigert'
+                                                b'</ErrorMessage>\r\n<FolderState>')):
+            scan, count = re.subn(old, new, scan, count=1)
+            self.assertEqual(count, 1, old)
+        (self.folder / "other.xml").write_bytes(scan)
+        run = self.run_program("--open", "other.xml", "--record-history", "--HistoryFile", "history.db",
+                               env={**os.environ, "TZ": "UTC"})
+        self.assertEqual(run.code, INCOMPLETE)
+        self.assertIn("     Drive: elsewherefs  Total: 2.0 KB  Free: 512 B (25.0 %)", run.lines)
+        self.assertIn("Scanned 4 files and 3 folders on 2001-02-03 04:05:06.", run.lines)
+        self.assertIn(f"  {self.native(self.folder / 'tree')}: Zugriff verweigert", run.lines)
+        self.assertIn("Not recorded in the history", run.err)
+        self.assertFalse((self.folder / "history.db").exists())
+        self.assertEqual(self.run_program("--open", "other.xml", "--xml", "again.xml").code, INCOMPLETE)
+        self.assertEqual((self.folder / "again.xml").read_bytes(), scan)
 
 
 class LinuxOpenTest(OpenTests, program_test.ProgramTest):

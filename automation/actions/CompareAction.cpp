@@ -12,10 +12,21 @@ void TComparePostScanAction::Prepare() {
   if (!SpecialFileExists(fFileName)) TFileStream::OpenForReading(fFileName);
 }
 
+void TComparePostScanAction::ReadInput(IHierarchicalRoot&) {
+  ForgetEarlier();
+  fEarlier = XML::TQZXMLCompareReader::ReadEarlier(fFileName, fRoots,
+                                                   [&](const std::u16string&, uint64_t) { return !fIsCancelled(); });
+  if (!fEarlier) throw EExportCancelled("Stopped: nothing was compared");
+}
+
 void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  const bool compared = Vantrel::XML::TQZXMLCompareReader::CompareWithXMLFile(
-      fFileName, pRoot, fRoots, [&](const std::u16string&, uint64_t) { return !fIsCancelled(); });
-  if (!compared) throw EExportCancelled("Stopped: nothing was compared");
+  XML::TQZXMLCompareReader::Compare(pRoot, *fEarlier);
+  ForgetEarlier();
+}
+
+void TComparePostScanAction::ForgetEarlier() {
+  if (fEarlier) fEarlier->Dispose();
+  fEarlier = nullptr;
 }
 
 int TComparePostScanAction::GetFailureCode() const {

@@ -55,7 +55,7 @@ void TEmailPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   TTextOutput output(fReport, fReportLines);
   Exporting::TFormattedTextExport(settings, fOptions, fProgramName).Export(pRoot, output);
   if (fMessage.fSubject.empty()) fMessage.fSubject = u"Vantrel Report: " + pRoot.GetPath();
-  if ((pRoot.GetState() & rsCancelled) == 0) return;
+  if (!WasStopped(pRoot)) return;
   ShowReport();
   throw EExportCancelled("Stopped: no mail was sent");
 }

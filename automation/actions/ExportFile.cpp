@@ -7,6 +7,10 @@
 
 namespace Vantrel::PostScanActions {
 
+bool WasStopped(const IHierarchicalRoot& pRoot) {
+  return (pRoot.GetState() & (rsCancelled | rsIsXMLImport)) == rsCancelled;
+}
+
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
   if (pIsCancelled && pPath == TOutputFile::kStandardOutput)
     throw EExportCancelled("Stopped: what went to the standard output is not complete");

@@ -18,6 +18,9 @@ class EExportCancelled : public EException {
   using EException::EException;
 };
 
+// Whether the scan of this run was stopped: half a tree in place of yesterday's whole one would be a loss. The tree of
+// an opened file is what that file holds, also when its scan was stopped.
+bool WasStopped(const IHierarchicalRoot& pRoot);
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
 // Whether the reader of the standard output has left, as "head" does: the run fails, but says nothing of it.
 bool IsReaderGone(const EOSError& pError);

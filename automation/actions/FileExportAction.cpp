@@ -120,8 +120,7 @@ void TFileExportPostScanAction::Prepare() {
 }
 
 void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  // Half a tree in place of yesterday's whole one would be a loss.
-  CheckNotCancelled((pRoot.GetState() & rsCancelled) != 0, fFileName);
+  CheckNotCancelled(WasStopped(pRoot), fFileName);
   const std::u16string name = UniqueNameOf(pRoot);
   if (fFormat == TExportFormat::efXML) return ExportXML(pRoot, name);
   ExportLines(pRoot);

@@ -55,7 +55,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
   void Finish() override;
   std::u16string GetInformation() const override { return u"Export to \"" + fFileName + u"\""; }
-  uint32_t GetFlags() const override { return kMayClose; }
+  uint32_t GetFlags() const override { return fFormat == TExportFormat::efXML ? kMayClose | kSaves : kMayClose; }
   bool UsesMedia(TMediaType pMedia) const override { return pMedia == MediaOf(fFormat); }
   bool ShowsReport() const override {
     return fFormat == TExportFormat::efReport && fFileName == TOutputFile::kStandardOutput;

@@ -85,31 +85,38 @@ void TPostProcessActionHandler::Fail(TQueued& pQueued, std::string_view pMessage
   fFailures.push_back({std::string(pMessage), pExitCode});
 }
 
+template <class TCall>
+bool TPostProcessActionHandler::Call(TQueued& pQueued, const TCall& pCall) {
+  try {
+    pCall(*pQueued.fAction);
+  } catch (const EExportCancelled& error) {
+    Fail(pQueued, error.what(), Vantrel::ecCancelled);
+  } catch (const EOSError& error) {
+    Fail(pQueued, IsReaderGone(error) ? "" : error.what(), pQueued.fAction->GetFailureCode());
+  } catch (const EException& error) {
+    Fail(pQueued, error.what(), pQueued.fAction->GetFailureCode());
+  }
+  return !pQueued.fFailed;
+}
+
 // One export that fails, on a disk that is full, does not keep the others from theirs.
 template <class TCall>
 bool TPostProcessActionHandler::CallEach(const TCall& pCall) {
   bool succeeded = true;
   for (TQueued& queued : fActions) {
     if (!queued.fAction) throw EInvalidOperation("The PostScanActions array must not contain nil values!");
-    if (queued.fFailed) continue;
-    try {
-      pCall(*queued.fAction);
-    } catch (const EExportCancelled& error) {
-      Fail(queued, error.what(), Vantrel::ecCancelled);
-    } catch (const EOSError& error) {
-      Fail(queued, IsReaderGone(error) ? "" : error.what(), queued.fAction->GetFailureCode());
-    } catch (const EException& error) {
-      Fail(queued, error.what(), queued.fAction->GetFailureCode());
-    }
-    succeeded = succeeded && !queued.fFailed;
+    if (!queued.fFailed) succeeded = Call(queued, pCall) && succeeded;
   }
   return succeeded;
 }
 
 bool TPostProcessActionHandler::ResolveRequirements() {
-  std::stable_partition(fActions.begin(), fActions.end(), [](const TQueued& pQueued) {
-    return pQueued.fAction && (pQueued.fAction->GetFlags() & TBasePostScanAction::kPrepares) != 0;
-  });
+  auto has = [](uint32_t pFlag) {
+    return [pFlag](const TQueued& pQueued) { return pQueued.fAction && (pQueued.fAction->GetFlags() & pFlag) != 0; };
+  };
+  const auto others = std::stable_partition(fActions.begin(), fActions.end(), has(TBasePostScanAction::kPrepares));
+  if (others != fActions.begin())
+    std::stable_partition(fActions.begin(), fActions.end(), has(TBasePostScanAction::kSaves));
   return CallEach([](TBasePostScanAction& pAction) { pAction.Prepare(); });
 }
 
@@ -136,10 +143,15 @@ bool TPostProcessActionHandler::WriteDefaultReport(IHierarchicalRoot& pRoot) {
 }
 
 bool TPostProcessActionHandler::RunActions(IHierarchicalRoot& pRoot) {
+  bool read = true;
+  for (TQueued& queued : fActions)
+    if (queued.fAction && !queued.fFailed)
+      read = Call(queued, [&](TBasePostScanAction& pAction) { pAction.ReadInput(pRoot); }) && read;
   return CallEach([&](TBasePostScanAction& pAction) {
-    Log(u": " + pAction.GetInformation());
-    pAction.Execute(pRoot, true, true);
-  });
+           Log(u": " + pAction.GetInformation());
+           pAction.Execute(pRoot, true, true);
+         }) &&
+         read;
 }
 
 void TPostProcessActionHandler::EndProgram() {

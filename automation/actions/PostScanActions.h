@@ -23,11 +23,14 @@ class TBasePostScanAction {
  public:
   static constexpr uint32_t kMayClose = 1;  // with the closing option the program may end once this action has run
   static constexpr uint32_t kPrepares = 2;  // comes before the others, and takes no report's place
+  static constexpr uint32_t kSaves = 4;     // writes the scan alone: comes before even that
   static constexpr int32_t kAnyLevel = -1;
 
   virtual ~TBasePostScanAction() = default;
   // Before anything is scanned: what would fail anyhow fails now.
   virtual void Prepare() {}
+  // For each root, before any action of the queue writes: reads what may be written over.
+  virtual void ReadInput(IHierarchicalRoot&) {}
   // Failures are exceptions. The others of the queue go on.
   virtual void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) = 0;
   // After the last root. What spans several of them is completed here, and takes its place.
@@ -72,8 +75,9 @@ class TPostProcessActionHandler {
 
   void Add(std::unique_ptr<TBasePostScanAction> pAction) { fActions.push_back({std::move(pAction)}); }
   bool IsEmpty() const { return fActions.empty(); }
-  // Puts the queue in order, what prepares others first, and lets each action find out whether it can work at all.
-  // False when one cannot: then nothing should be scanned.
+  // Puts the queue in order, and lets each action find out whether it can work at all. What prepares others comes
+  // first; where there is such an action, what saves the scan comes before it. False when one cannot: then nothing
+  // should be scanned.
   bool ResolveRequirements();
   // The settings with which the tree is exported for all actions of one kind of output together: deep enough for each.
   TMediaSettings MergedRecursionLevel(TMediaType pMedia) const;
@@ -104,6 +108,9 @@ class TPostProcessActionHandler {
   };
 
   bool WritesNothing() const;
+  // False when the action failed, which is noted.
+  template <class TCall>
+  bool Call(TQueued& pQueued, const TCall& pCall);
   template <class TCall>
   bool CallEach(const TCall& pCall);
   void Fail(TQueued& pQueued, std::string_view pMessage, int pExitCode);

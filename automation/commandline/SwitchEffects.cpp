@@ -4,6 +4,7 @@
 
 #include "automation/actions/FileExportAction.h"
 #include "automation/mail/Mail.h"
+#include "export/xml/XMLReader.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
@@ -59,20 +60,7 @@ bool IsOn(std::u16string_view pValue) {
 
 std::vector<std::u16string> SplitPaths(std::u16string_view pPaths) {
   if (PathExists(std::u16string(pPaths))) return {std::u16string(pPaths)};
-  std::vector<std::u16string> paths;
-  while (!pPaths.empty()) {
-    size_t end = std::min(pPaths.find(u';'), pPaths.size());
-    std::u16string_view path = pPaths.substr(0, end);
-    if (const size_t quote = pPaths.find(u"\";");
-        pPaths.starts_with(u'"') && (quote != kNone || pPaths.ends_with(u'"'))) {
-      const size_t closing = quote != kNone ? quote : pPaths.size() - 1;
-      path = pPaths.substr(1, std::max<size_t>(closing, 1) - 1);
-      end = closing + 1;
-    }
-    if (!path.empty()) paths.emplace_back(path);
-    pPaths.remove_prefix(std::min(end + 1, pPaths.size()));
-  }
-  return paths;
+  return XML::SplitFileNames(pPaths);
 }
 
 // --- what is scanned -----------------------------------------------------------------------------------------------
@@ -138,8 +126,10 @@ void Expand(TCommandLineState& pState, std::u16string_view pLevel) {
                                ". Doing a full expand instead.");
   // Chosen by somebody, all levels too: no use of the settings may put in a default of its own.
   if (!isLevel || level < 0) level = TRecursionLevel::kUnlimited;
-  for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV, TMediaType::mtXML})
-    pState.fOptions->Media(media).fRecursionLevel = {static_cast<int32_t>(level), false};
+  // An XML file that lacks folders is no use to a later comparison: only its own option, XMLLevels, limits it.
+  ChangeTextExports(pState, [&](TMediaSettings& pSettings) {
+    pSettings.fRecursionLevel = {static_cast<int32_t>(level), false};
+  });
 }
 
 void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {

@@ -105,7 +105,9 @@ constexpr TSwitch kSwitches[] = {
      "levels of folders to show; all of them",
      Expand,
      {},
-     "0 is the top alone, -1 is all levels. Without this switch the report on the console shows one level, files all."},
+     "0 is the top alone, -1 is all levels. Without this switch the report on the console shows one level, files all. "
+     "XML "
+     "files hold all levels unless XMLLevels limits them."},
     {{u"SORTBY", vkText, kOnce},
      srMain,
      "COLUMN[,DIRECTION]",

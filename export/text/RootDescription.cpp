@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "platform/files/Volumes.h"
-#include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
@@ -31,7 +29,7 @@ std::string SecondsText(int64_t pMilliseconds) {
 }
 
 std::string ErrorLine(const TScanError& pError) {
-  return fmt::format("  {}: {}{}", ToDisplay(pError.fPath), OSErrorText(pError.fCode),
+  return fmt::format("  {}: {}{}", ToDisplay(pError.fPath), ToDisplay(pError.fText),
                      pError.fPartial ? " (read in part)" : "");
 }
 
@@ -73,19 +71,18 @@ std::string RootHeaderLine(const IHierarchicalRoot& pRoot, const TValueFormat& p
 }
 
 std::string DriveInformation(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat) {
-  TVolumeInformation volume;
-  if (!GetVolumeInformationOfPath(pRoot.GetPath(), volume)) return {};
-  std::string kind = ToDisplay(volume.fFileSystem);
-  if (!volume.fLabel.empty()) kind += (kind.empty() ? "" : ", ") + ToDisplay(volume.fLabel);
-  std::string text = "Drive: " + ToDisplay(volume.fMountPoint);
-  if (!kind.empty()) text += " (" + kind + ")";
+  const TStorageInformation storage = pRoot.GetStorageInformation();
+  std::string kind = ToDisplay(storage.fFileSystem);
+  if (!storage.fLabel.empty()) kind += (kind.empty() ? "" : ", ") + ToDisplay(storage.fLabel);
+  std::string text = ToDisplay(storage.fMountPoint);
+  if (!kind.empty()) text += text.empty() ? kind : " (" + kind + ")";
   // A file system without storage of its own tells no sizes.
-  if (volume.fTotalBytes > 0) {
+  if (storage.fTotalBytes > 0) {
     text +=
-        fmt::format("  Total: {}  Free: {} ({})", SizeText(volume.fTotalBytes, pFormat),
-                    SizeText(volume.fFreeBytes, pFormat), ShareText(volume.fFreeBytes, volume.fTotalBytes, pFormat));
+        fmt::format("{}Total: {}  Free: {} ({})", text.empty() ? "" : "  ", SizeText(storage.fTotalBytes, pFormat),
+                    SizeText(storage.fFreeBytes, pFormat), ShareText(storage.fFreeBytes, storage.fTotalBytes, pFormat));
   }
-  return text;
+  return text.empty() ? text : "Drive: " + text;
 }
 
 std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
@@ -99,13 +96,20 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
                                   ToDisplay(exclusion.fReason)));
   }
   const int64_t duration = pRoot.GetScanDuration();
-  const bool cancelled = (pRoot.GetState() & rsCancelled) != 0;
-  if (cancelled) {
-    lines.push_back(fmt::format("The scan was cancelled after {}: the totals cover only the part that was scanned.",
-                                SecondsText(duration)));
+  // A file tells when its scan began, not how long it took.
+  const bool isLoaded = (pRoot.GetState() & rsIsXMLImport) != 0;
+  if (pRoot.GetState() & rsCancelled) {
+    lines.push_back(fmt::format("The scan was cancelled{}: the totals cover only the part that was scanned.",
+                                isLoaded ? "" : " after " + SecondsText(duration)));
   }
-  std::string line = fmt::format("Scanned {} and {} in {}", CountText(progress.fFiles, "file", "files", pFormat),
-                                 CountText(progress.fFolders, "folder", "folders", pFormat), SecondsText(duration));
+  std::string line = fmt::format("Scanned {} and {}", CountText(progress.fFiles, "file", "files", pFormat),
+                                 CountText(progress.fFolders, "folder", "folders", pFormat));
+  if (isLoaded) {
+    const std::string date = FormatIsoLocal(pRoot.GetScanTimeStamp());
+    lines.push_back(line + (date.empty() ? "." : " on " + date + "."));
+    return lines;
+  }
+  line += " in " + SecondsText(duration);
   // A rate from a scan shorter than the clock's step says nothing.
   if (duration >= 10) {
     const int64_t entries = progress.fFiles + progress.fFolders + progress.fExcludedObjects;

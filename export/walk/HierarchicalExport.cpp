@@ -253,9 +253,7 @@ bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {
 
 void TFileStreamExport::ReadErrors(const IHierarchicalRoot& pRoot) {
   for (const TScanError& error : pRoot.GetErrors())
-    if (error.fObject)
-      fErrors.emplace(error.fObject.get(),
-                      FromUtf8(OSErrorText(error.fCode) + (error.fPartial ? " (read in part)" : "")));
+    if (error.fObject) fErrors.emplace(error.fObject.get(), error.fText + (error.fPartial ? u" (read in part)" : u""));
 }
 
 std::u16string_view TFileStreamExport::ErrorOf(const TExportRow& pRow) const {

@@ -5,16 +5,34 @@
 
 namespace Vantrel::XML {
 
-bool TQZXMLCompareReader::CompareWithXMLFile(const std::u16string& pPath, IHierarchicalRoot& pRoot, IScanRoots& pRoots,
-                                             const TLoadProgress& pProgress) {
-  if (pPath.empty()) throw EScanFileError("The given file path must not be empty");
+namespace {
+
+void RequireNoScan(const IHierarchicalRoot& pRoot) {
   if (pRoot.GetState() & rsScanning)
     throw EScanFileError("This operation is not allowed during an active scan.\r\n" + ToQuotedDisplay(pRoot.GetPath()) +
                          " currently scanning.\r\nPlease wait until the scan is finished.");
-  const TLoadedRoot earlier = TQZXMLReader::ReadRootFromXMLFile(pPath, pRoots, pProgress, TPurpose::puCompare);
-  if (!earlier.fRoot) return false;
-  pRoot.SetComparison(MakeRef<TComparison>(pRoot, *earlier.fRoot));
-  earlier.fRoot->Dispose();
+}
+
+}  // namespace
+
+TRef<IHierarchicalRoot> TQZXMLCompareReader::ReadEarlier(const std::u16string& pPath, IScanRoots& pRoots,
+                                                         const TLoadProgress& pProgress) {
+  if (pPath.empty()) throw EScanFileError("The given file path must not be empty");
+  return TQZXMLReader::ReadRootFromXMLFile(pPath, pRoots, pProgress, TPurpose::puCompare).fRoot;
+}
+
+void TQZXMLCompareReader::Compare(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier) {
+  RequireNoScan(pRoot);
+  pRoot.SetComparison(MakeRef<TComparison>(pRoot, pEarlier));
+}
+
+bool TQZXMLCompareReader::CompareWithXMLFile(const std::u16string& pPath, IHierarchicalRoot& pRoot, IScanRoots& pRoots,
+                                             const TLoadProgress& pProgress) {
+  RequireNoScan(pRoot);
+  const TRef<IHierarchicalRoot> earlier = ReadEarlier(pPath, pRoots, pProgress);
+  if (!earlier) return false;
+  Compare(pRoot, *earlier);
+  earlier->Dispose();
   return true;
 }
 

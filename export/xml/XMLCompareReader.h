@@ -9,9 +9,15 @@ namespace Vantrel::XML {
 // Compares a tree with an older scan file. Any thread.
 class TQZXMLCompareReader {
  public:
-  // Reads the file and makes it the root's comparison; the root's lists and exports then show what has changed. Returns
-  // false when cancelled. EScanFileError, and the root as it was, when the file cannot be loaded, holds only a part of
-  // its tree or a comparison itself, when no path is given, or while the root is being scanned.
+  // Reads the file as the earlier state of a root, which is not touched; no root when cancelled. The caller disposes
+  // it. EScanFileError when the file cannot be loaded, holds only a part of its tree or a comparison itself, or when no
+  // path is given.
+  static TRef<IHierarchicalRoot> ReadEarlier(const std::u16string& pPath, IScanRoots& pRoots,
+                                             const TLoadProgress& pProgress = {});
+  // Makes it what the root is compared with; the root's lists and exports then show what has changed. EScanFileError
+  // while the root is being scanned.
+  static void Compare(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier);
+  // Both in one. Returns false, and leaves the root as it was, when cancelled.
   static bool CompareWithXMLFile(const std::u16string& pPath, IHierarchicalRoot& pRoot, IScanRoots& pRoots,
                                  const TLoadProgress& pProgress = {});
 };

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <tuple>
 
+#include "export/xml/XMLReader.h"
 #include "export/xml/XMLUtils.h"
 #include "export/xml/ZipFile.h"
 #include "model/statistics/AssocSizeArray.h"
@@ -168,8 +169,9 @@ std::string_view TCustomXMLExport::TagOf(TColumn pMetaData) {
 }
 
 bool TCustomXMLExport::IsFullExport() const {
-  return Settings().fRecursionLevel.fLevel == TRecursionLevel::kUnlimited &&
-         Settings().fIncludedObjectTypes == (ioFolders | ioFileGroups);
+  constexpr TIncludedObjectTypes kAllRows = ioFolders | ioFileGroups;
+  return Settings().fRecursionLevel.fLevel == TRecursionLevel::kUnlimited && Settings().fSmallestFolder == 0 &&
+         (Settings().fIncludedObjectTypes & kAllRows) == kAllRows;
 }
 
 void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
@@ -225,7 +227,10 @@ void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream
   attributes.Add("FileAgesDateType", static_cast<int>(dateType));
   pStream.AddBooleanElement("DoCreateFileAges", dateType != TDateType::dtNone, attributes);
   if (const TRef<ITopSizeList> list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
-  pStream.AddBooleanElement("IsFullExport", IsFullExport());
+  const TRootStates state = pRoot.GetState();
+  if (state & rsCancelled) pStream.AddBooleanElement("Terminated", true);
+  // What a file left out is not in the tree that was loaded from it.
+  pStream.AddBooleanElement("IsFullExport", IsFullExport() && (state & rsIsPartialImport) == 0);
 }
 
 // --- folders -------------------------------------------------------------------------------------------------------
@@ -249,8 +254,7 @@ bool TCustomXMLExport::TFolderElements::BeginNode(const TExportRow& pRow, bool p
   fStream.StartElement("Folder", fAttributes);
   for (const TColumn column : fExport.Columns()) WriteColumn(folder, column);
   if (!fExport.fErrors.empty()) WriteErrors(folder);
-  // How the tree came into being is no property of the folder.
-  fStream.AddElement("FolderState", folder.GetFolderState() & ~fsIsXMLImport);
+  fStream.AddElement("FolderState", folder.GetFolderState() & XML::kFolderStatesInFiles);
   const TSizeValues values = folder.GetValues();
   fAttributes.Clear();
   AddSizes(fAttributes, values);
@@ -286,7 +290,7 @@ void TCustomXMLExport::TFolderElements::WriteErrors(const IFolderData& pFolder) 
     fAttributes.Add("Kind", static_cast<int>(error->fKind));
     fAttributes.AddBoolean("Partial", error->fPartial);
     if (error->fPath != fPath) fAttributes.Add("Path", error->fPath);
-    fStream.AddElement("ErrorMessage", std::string_view(OSErrorText(error->fCode)), fAttributes);
+    fStream.AddElement("ErrorMessage", error->fText, fAttributes);
   }
 }
 

@@ -22,35 +22,56 @@ constexpr TProtocolPrefix kProtocols[] = {{TXMLParseHelper::TProtocol::prFile, u
                                           {TXMLParseHelper::TProtocol::prWebDav, u"webdav:"},
                                           {TXMLParseHelper::TProtocol::prVirtualDisk, u"vdisk:"}};
 
+// Takes a text in quotes off the front, and returns it without them. Takes nothing when the second quote is missing.
+std::u16string TakeQuoted(std::u16string_view& pText) {
+  std::u16string name;
+  for (size_t at = 1; at < pText.size(); ++at) {
+    if (pText[at] != u'"') {
+      name += pText[at];
+    } else if (pText.substr(at + 1).starts_with(u'"')) {
+      name += pText[at++];
+    } else {
+      pText.remove_prefix(at + 1);
+      return name;
+    }
+  }
+  return {};
+}
+
 }  // namespace
 
 std::vector<std::u16string> SplitFileNames(std::u16string_view pFileNames) {
   std::vector<std::u16string> names;
-  std::u16string name;
-  bool quoted = false;
-  auto take = [&] {
+  while (!pFileNames.empty()) {
+    std::u16string name;
+    if (pFileNames.starts_with(u'"')) name = TakeQuoted(pFileNames);
+    const size_t end = std::min(pFileNames.find(u';'), pFileNames.size());
+    name += pFileNames.substr(0, end);
+    pFileNames.remove_prefix(std::min(end + 1, pFileNames.size()));
     if (!name.empty()) names.push_back(std::move(name));
-    name.clear();
-  };
-  for (char16_t unit : pFileNames) {
-    if (unit == u'"')
-      quoted = !quoted;
-    else if (unit == u';' && !quoted)
-      take();
-    else
-      name += unit;
   }
-  take();
   return names;
 }
 
 std::vector<TLoadedRoot> TQZXMLReader::LoadFromFile(std::u16string_view pFileNames, IScanRoots& pTarget,
                                                     const TLoadProgress& pProgress) {
+  return LoadFromFile(SplitFileNames(pFileNames), pTarget, pProgress);
+}
+
+std::vector<TLoadedRoot> TQZXMLReader::LoadFromFile(std::span<const std::u16string> pFileNames, IScanRoots& pTarget,
+                                                    const TLoadProgress& pProgress) {
   std::vector<TLoadedRoot> loaded;
-  for (const std::u16string& name : SplitFileNames(pFileNames)) {
-    TLoadedRoot root = ReadRootFromXMLFile(name, pTarget, pProgress);
-    if (!root.fRoot) break;
-    pTarget.AddLoaded(root.fRoot);
+  for (const std::u16string& name : pFileNames) {
+    TLoadedRoot root;
+    try {
+      root = ReadRootFromXMLFile(name, pTarget, pProgress);
+      if (!root.fRoot) break;
+      pTarget.AddLoaded(root.fRoot);
+    } catch (const EException& error) {
+      if (root.fRoot) root.fRoot->Dispose();
+      root = {};
+      root.fError = error.what();
+    }
     loaded.push_back(std::move(root));
   }
   return loaded;
@@ -83,6 +104,9 @@ TLoadedRoot TQZXMLReader::ReadRoot(IByteSource& pSource, const std::u16string& p
     loaded.fNotes.push_back("The XML file " + ToQuotedDisplay(pName) +
                             " includes information for directories limited to a certain directory level.\r\n"
                             "Only the information of included directories will be shown.");
+  if (builder.WasCancelled())
+    loaded.fNotes.push_back("The XML file " + ToQuotedDisplay(pName) +
+                            " holds a scan that was stopped: its totals cover only the part that was scanned.");
   return loaded;
 }
 

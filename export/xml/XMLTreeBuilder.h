@@ -2,11 +2,11 @@
 
 // A root and its tree from the events of a scan file.
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "export/xml/LoadedTopFiles.h"
 #include "export/xml/XMLReader.h"
 #include "model/roots/Root.h"
 #include "model/statistics/AssocSizeArray.h"
@@ -39,7 +39,8 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
 
   // The root, once the document has been read to its end.
   TRef<IHierarchicalRoot> Finish();
-  bool IsFullExport() const { return fIsFullExport; }
+  bool IsFullExport() const { return fScan.fIsFullExport; }
+  bool WasCancelled() const { return fScan.fWasCancelled; }
 
  private:
   enum class TElement : uint8_t;
@@ -53,6 +54,9 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
     std::vector<TRef<TCustomFolderData>> fChildren;
   };
 
+  // Bytes or items. Two such numbers can be added; no storage holds so much.
+  static constexpr int64_t kMostOfAnything = INT64_MAX / 2;
+
   static TElement ElementOf(std::u16string_view pName);
 
   [[noreturn]] void Fail(const std::string& pMessage) const;
@@ -61,9 +65,13 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
                  int64_t pMost = INT64_MAX) const;
   TKivFileTime FileTime(TXMLAttributeSpan pAttributes, std::u16string_view pLow, std::u16string_view pHigh) const;
   TBasicSizeValues Sizes(TXMLAttributeSpan pAttributes) const;
+  // Refuses statistics whose sums would not fit their numbers.
+  const TBasicSizeValues& Counted(const TBasicSizeValues& pValues);
   std::u16string ExactText() const;
 
   void BeginRoot(TXMLAttributeSpan pAttributes);
+  // What the root's kind is where its type does not say.
+  char16_t DelimiterFor(std::u16string_view pPath) const;
   void CreateRoot();
   void BeginFolder(TXMLAttributeSpan pAttributes);
   std::u16string_view NameIn(const TOpenFolder& pParent, std::u16string_view pPath) const;
@@ -74,10 +82,13 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   void ReadFileAges(TXMLAttributeSpan pAttributes);
   void ReadDate(TKivFileTime TEntryValues::*pDate, std::string_view pWhere, TXMLAttributeSpan pAttributes);
   void ReadSizeData(TXMLAttributeSpan pAttributes);
-  void ReadError(TXMLAttributeSpan pAttributes);
+  void BeginError(TXMLAttributeSpan pAttributes);
+  void EndError();
   void ReadTopFile(TXMLAttributeSpan pAttributes);
   void ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes);
   void ReadHeaderText(TElement pElement);
+  // A file that holds no whole state of its tree is refused as the earlier state of a comparison.
+  void RefuseToCompare(std::string_view pReason) const;
   TOpenFolder& OpenFolder(std::string_view pWhere);
 
   IScanRoots& fTarget;
@@ -90,18 +101,18 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   char16_t fDelimiter = 0;  // by the root's type; 0 for one that the path has to tell
   std::u16string fRootPath;
   TLoadedScan fScan;
-  bool fIsFullExport = true;
   TRef<PatternMatching::IPatterns> fPatterns;
 
   // The tree.
   TRef<TCustomRoot> fRoot;
   std::vector<TOpenFolder> fOpen;
   bool fTreeDone = false;
-  std::u16string fPath;  // of the innermost open folder
+  std::u16string fPath;       // of the innermost open folder; of the top folder before and after
+  TBasicSizeValues fCounted;  // of all statistics read: no sum of some of them is more
+  TLoadedTopFiles fTopFiles;
   TRef<TFileAges> fFileAges;
   std::vector<std::u16string> fFileAgesNames;  // of the attributes, one per interval
-  boost::unordered_flat_map<std::u16string, std::vector<size_t>> fTopFilesByFolder;  // indices of fScan.fTopFiles
-  TRef<ICustomAssocSizeArray> fSizeArray;                                            // being filled
+  TRef<ICustomAssocSizeArray> fSizeArray;      // being filled
 
   // The element that is open.
   std::u16string fText;

@@ -181,6 +181,11 @@ bool TXMLUtils::TryJoinHalves(int64_t pLow, int64_t pHigh, int64_t& pTicks) {
   return true;
 }
 
+bool TXMLUtils::IsEscapedForm(std::u16string_view pAttributeName) {
+  return pAttributeName.size() >= kEscapedSuffix.size() &&
+         SameTextAscii(pAttributeName.substr(pAttributeName.size() - kEscapedSuffix.size()), kEscapedSuffix);
+}
+
 bool TXMLUtils::CanHold(std::u16string_view pText) {
   return HeldPrefix(pText) == pText.size();
 }

@@ -46,6 +46,7 @@ class TXMLUtils {
   // for the element's own text, and as the attribute with "Escaped" behind it for an attribute's value. Its form is
   // plain: the backslash is doubled, and each unit that XML cannot hold is written as \uXXXX.
   static constexpr std::u16string_view kEscapedSuffix = u"Escaped";
+  static bool IsEscapedForm(std::u16string_view pAttributeName);
   static bool CanHold(std::u16string_view pText);
   static std::u16string EscapeUnits(std::u16string_view pText);
   static std::u16string UnescapeUnits(std::u16string_view pText);

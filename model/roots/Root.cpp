@@ -91,7 +91,7 @@ void TCustomRoot::PrepareScan(bool pWholeTree) {
     fScanTimeStamp = TKivFileTime::Now().fTicks;
     fRootExclusions.Clear();
     SetComparison(nullptr);
-    ExcludeState(rsFinished | rsCancelled | rsPathNotFound | rsHasErrors | rsIsXMLImport);
+    ExcludeState(rsFinished | rsCancelled | rsPathNotFound | rsHasErrors | rsIsXMLImport | rsIsPartialImport);
   }
   TRef<TScanConfiguration> configuration = ConfigurationOfNextScan(pWholeTree);
   TExclusiveLock lock(fConfigurationLock);
@@ -187,7 +187,8 @@ void TCustomRoot::FailScan(uint32_t pCode) noexcept {
 TStorageInformation TCustomRoot::AskStorage() const {
   try {
     if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
-      return {volume.fFileSystem, volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+      return {volume.fMountPoint,  volume.fLabel,      volume.fFileSystem,
+              volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
   } catch (...) {  // the tree stands without it
     CodeOfCaughtException("TCustomRoot.AskStorage");
   }

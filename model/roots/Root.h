@@ -94,7 +94,7 @@ class TCustomRoot : public TBaseRoot {
   template <class TIsMeant>
   void ForgetErrors(const TIsMeant& pIsMeant);
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
-  void AddError(const TScanError& pError);
+  void AddError(TScanError pError);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
   // Sets the counters of progress to the tree's totals, without so much.
   void CountTree(const TSizeValues& pWithout = {});

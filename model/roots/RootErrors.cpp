@@ -1,7 +1,9 @@
 // Roots: what could not be read, what was left out, and how far a scan has come.
 
 #include "model/roots/Root.h"
+#include "platform/system/Errors.h"
 #include "platform/system/System.h"
+#include "platform/text/Text.h"
 
 namespace Vantrel {
 
@@ -27,7 +29,8 @@ void TCustomRoot::RecordError(IFolderData& pFolder, const IHierarchicalEnumerato
   AddError(error);
 }
 
-void TCustomRoot::AddError(const TScanError& pError) {
+void TCustomRoot::AddError(TScanError pError) {
+  if (pError.fText.empty()) pError.fText = FromUtf8(OSErrorText(pError.fCode));
   {
     TCriticalSectionLock lock(fLock);
     fErrors.push_back(pError);

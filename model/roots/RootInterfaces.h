@@ -21,9 +21,10 @@ class IScanRoots;
 struct TScanError {
   TRef<IHierarchicalObject> fObject;  // the folder's node
   std::u16string fPath;
-  uint32_t fCode = 0;  // the system's error code
+  uint32_t fCode = 0;  // the error code of the system that was scanned
   TEnumeratorError fKind = TEnumeratorError::eeOther;
-  bool fPartial = false;  // some entries were listed before the error
+  bool fPartial = false;   // some entries were listed before the error
+  std::u16string fText{};  // what the system that was scanned calls the error; the root fills it in where it is empty
 };
 
 // Told of every error as it is recorded, on the worker's thread.
@@ -97,6 +98,7 @@ enum TRootState : uint32_t {
   rsIsXMLImport = 1 << 5,
   rsDisposed = 1 << 6,
   rsPathNotFound = 1 << 7,
+  rsIsPartialImport = 1 << 8,  // loaded from a file that left folders of its scan out
 };
 using TRootStates = uint32_t;
 
@@ -113,6 +115,8 @@ struct TScanProgress {
 
 // What is known of the storage that a root lies on, as of its scan. Sizes in bytes; 0 or empty where it is not known.
 struct TStorageInformation {
+  std::u16string fMountPoint;  // "/", "/home", "C:\"; not in scan files
+  std::u16string fLabel;       // volume label on Windows, the device on Linux; not in scan files
   std::u16string fFileSystem;
   int64_t fBytesPerCluster = 0;
   int64_t fTotalBytes = 0;
@@ -126,6 +130,7 @@ struct TLoadedScan {
   TStorageInformation fStorage;
   int64_t fExcludedObjects = 0;
   bool fWasCancelled = false;
+  bool fIsFullExport = true;  // the file holds every folder of the scan
   TRef<IScanFilter> fFilter;  // nullptr when there was none
   TDateType fFileAgesDateType = TDateType::dtNone;
   TRef<IFileAges> fFileAges;  // nullptr when the file holds no ages
@@ -213,7 +218,7 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual void CancelScan() = 0;
   // Waits for the end of the scan, at most so many milliseconds. True when no scan is running.
   virtual bool WaitForScan(int64_t pMilliseconds) = 0;
-  // How long the last finished scan took, in milliseconds.
+  // How long the last finished scan took, in milliseconds; 0 for a loaded root, since no file says it.
   virtual int64_t GetScanDuration() const = 0;
   // Files of the tree before the last scan of the whole path, for progress; 0 when there was none.
   virtual int64_t GetLastScanNumberOfFiles() const = 0;

@@ -38,7 +38,7 @@ void TCustomRoot::EndLoading(const TLoadedScan& pScan) {
   }
   fErrorCount = static_cast<int64_t>(pScan.fErrors.size());
   if (!pScan.fErrors.empty()) IncludeState(rsHasErrors);
-  IncludeState(pScan.fWasCancelled ? rsFinished | rsCancelled : rsFinished);
+  IncludeState(rsFinished | (pScan.fWasCancelled ? rsCancelled : 0u) | (pScan.fIsFullExport ? 0u : rsIsPartialImport));
 }
 
 }  // namespace Vantrel

@@ -8,21 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "model/tree/HierarchicalInterfaces.h"
+#include "model/roots/RootInterfaces.h"
 #include "platform/files/ByteStreams.h"
 #include "platform/system/Errors.h"
 
 namespace Vantrel {
-
-// What is known of the storage that a path lies on. Sizes in bytes; 0 or empty where it is not known.
-struct TStorageInformation {
-  std::u16string fMountPoint;  // "/home", "C:\"
-  std::u16string fFileSystem;  // "ext4", "NTFS"
-  std::u16string fLabel;       // volume label, or the device: "/dev/sda1"
-  int64_t fBytesPerCluster = 0;
-  int64_t fTotalBytes = 0;
-  int64_t fFreeBytes = 0;  // for this user
-};
 
 // What goes along with everything that a storage opens.
 struct TScanContext {

@@ -58,6 +58,35 @@ bool TakeOffset(std::string_view& pText, int64_t& pSeconds) {
   return true;
 }
 
+// "2026-11-21" or "20261121".
+bool TakeDate(std::string_view& pText, std::chrono::year_month_day& pDate) {
+  int year = 0;
+  int month = 0;
+  int day = 0;
+  if (!TakeNumber(pText, 4, year)) return false;
+  const bool hasDashes = TakeOneOf(pText, "-");
+  if (!TakeNumber(pText, 2, month) || hasDashes != TakeOneOf(pText, "-") || !TakeNumber(pText, 2, day)) return false;
+  pDate = std::chrono::year(year) / month / day;
+  return pDate.ok();
+}
+
+// "14:03:59", "140359", with decimals or without, and an offset; the ticks since midnight UTC of the date.
+bool TakeTime(std::string_view& pText, int64_t& pTicks) {
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  if (!TakeNumber(pText, 2, hour)) return false;
+  const bool hasColons = TakeOneOf(pText, ":");
+  if (!TakeNumber(pText, 2, minute) || hasColons != TakeOneOf(pText, ":") || !TakeNumber(pText, 2, second) ||
+      hour > 23 || minute > 59 || second > 60)
+    return false;
+  const int64_t fraction = TakeOneOf(pText, ".,") ? TakeFraction(pText) : 0;
+  int64_t offset = 0;
+  if (!TakeOffset(pText, offset)) return false;
+  pTicks = (hour * 3600 + minute * 60 + second - offset) * TKivFileTime::kTicksPerSecond + fraction;
+  return true;
+}
+
 }  // namespace
 
 std::string FormatIsoUtc(TKivFileTime pTime) {
@@ -76,25 +105,14 @@ std::string FormatIsoUtc(TKivFileTime pTime) {
 }
 
 bool TryParseIso(std::string_view pText, TKivFileTime& pTime) {
-  int year = 0;
-  int month = 0;
-  int day = 0;
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
-  if (!TakeNumber(pText, 4, year) || !TakeOneOf(pText, "-") || !TakeNumber(pText, 2, month) || !TakeOneOf(pText, "-") ||
-      !TakeNumber(pText, 2, day) || !TakeOneOf(pText, "T ") || !TakeNumber(pText, 2, hour) || !TakeOneOf(pText, ":") ||
-      !TakeNumber(pText, 2, minute) || !TakeOneOf(pText, ":") || !TakeNumber(pText, 2, second))
-    return false;
-  const int64_t fraction = TakeOneOf(pText, ".,") ? TakeFraction(pText) : 0;
-  int64_t offset = 0;
-  if (!TakeOffset(pText, offset) || !pText.empty()) return false;
-  const auto date = std::chrono::year(year) / month / day;
-  if (!date.ok() || hour > 23 || minute > 59 || second > 60) return false;
+  std::chrono::year_month_day date;
+  if (!TakeDate(pText, date)) return false;
+  int64_t ofDay = 0;
+  if (!pText.empty() && (!TakeOneOf(pText, "T ") || !TakeTime(pText, ofDay) || !pText.empty())) return false;
   const int64_t days = (std::chrono::sys_days(date) - kFirstDay).count();
-  const int64_t seconds = days * 86'400 + hour * 3600 + minute * 60 + second - offset;
-  if (seconds < 0) return false;
-  pTime = {seconds * TKivFileTime::kTicksPerSecond + fraction};
+  const int64_t ticks = days * TKivFileTime::kTicksPerDay + ofDay;
+  if (ticks < 0) return false;
+  pTime = {ticks};
   return true;
 }
 

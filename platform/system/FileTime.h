@@ -57,8 +57,8 @@ class TIsoLocalFormatter {
 // "2026-11-21T14:03:59Z" in UTC, for files; with as many decimals of the second as the time has, up to seven. Empty for
 // "no date".
 std::string FormatIsoUtc(TKivFileTime pTime);
-// Reads that form, also with an offset ("+01:00") or without any, which counts as UTC, and with a blank for the "T".
-// False for anything else.
+// Reads that form, also with an offset ("+01:00") or without any, which counts as UTC; with a blank for the "T";
+// without dashes or colons ("20261121T140359Z"); without a time, which counts as midnight. False for anything else.
 bool TryParseIso(std::string_view pText, TKivFileTime& pTime);
 // Today's local date: "2026-11-21".
 std::u16string CurrentDateText();

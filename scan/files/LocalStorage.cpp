@@ -30,7 +30,7 @@ class TLocalStorage : public TInterfaced<IStorage> {
   TStorageInformation GetInformation(const std::u16string& pPath) const override {
     TVolumeInformation volume;
     if (!GetVolumeInformationOfPath(pPath, volume)) return {};
-    return {volume.fMountPoint,  volume.fFileSystem, volume.fLabel,
+    return {volume.fMountPoint,  volume.fLabel,      volume.fFileSystem,
             volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
   }
 

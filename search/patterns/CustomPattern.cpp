@@ -10,7 +10,7 @@ namespace Vantrel::PatternMatching {
 
 std::u16string_view FindAttribute(const TElementAttributes& pAttributes, std::u16string_view pName) {
   for (const auto& [name, value] : pAttributes)
-    if (name == pName) return value;
+    if (SameTextAscii(name, pName)) return value;
   return {};
 }
 

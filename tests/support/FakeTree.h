@@ -12,6 +12,7 @@
 #include "model/roots/RootInterfaces.h"
 #include "model/statistics/FileStatistics.h"
 #include "platform/system/Errors.h"
+#include "platform/text/Text.h"
 
 namespace Vantrel::Testing {
 
@@ -113,6 +114,7 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
     TScanError error;
     error.fPath = std::move(pErrorPath);
     error.fCode = pCode;
+    error.fText = FromUtf8(OSErrorText(pCode));
     error.fPartial = pPartial;
     fErrors.push_back(error);
     fState |= rsHasErrors;

@@ -217,12 +217,13 @@ TEST_F(FailingActions, OneDoesNotStopTheOthersAndIsNotCalledAgain) {
 TEST_F(FailingActions, WhatPreparesComesFirstAndAFailedPreparationIsTold) {
   Put("export", Step::stFinish);
   Put("compare", Step::stPrepare, TBasePostScanAction::kPrepares);
+  Put("save", Step::stFinish, TBasePostScanAction::kSaves);
   EXPECT_FALSE(fHandler.ResolveRequirements());
-  EXPECT_THAT(Calls(), ElementsAre("compare.Prepare", "export.Prepare"));
+  EXPECT_THAT(Calls(), ElementsAre("save.Prepare", "compare.Prepare", "export.Prepare"));
   EXPECT_TRUE(fHandler.CanWriteMore());
   EXPECT_FALSE(fHandler.FinishActions());
   EXPECT_FALSE(fHandler.CanWriteMore());
-  EXPECT_EQ(Failures(), "compare failed (5)\nexport failed (3)\n");
+  EXPECT_EQ(Failures(), "compare failed (5)\nsave failed (3)\nexport failed (3)\n");
 }
 
 TEST_F(FailingActions, ALostConsoleTakesNoFurtherReport) {

@@ -211,6 +211,13 @@ TEST(XMLReader, RefusesWhatDoesNotFit) {
       {inRoot(top + "<SizeData Size=\"9223372036854775808\"/></Folder>"),
        "Size is no whole number: \"9223372036854775808\""},
       {inRoot(top + "<SizeData Files=\"-1\"/></Folder>"), "Files is out of range: -1"},
+      {inRoot(top + "<SizeData Size=\"4611686018427387904\"/></Folder>"), "Size is out of range: 4611686018427387904"},
+      {inRoot(top + "<TUserSizeArray><Item name=\"a\" Files=\"4611686018427387907\"/></TUserSizeArray></Folder>"),
+       "Files is out of range: 4611686018427387907"},
+      {inRoot(top + "<Folder fullpath=\"/m/a\"><TUserSizeArray><Item name=\"a\" Size=\"4611686018427387903\"/>" +
+              "</TUserSizeArray></Folder><Folder fullpath=\"/m/b\"><FileAgeDistribution Days_1=\"1 0 0\"/></Folder>" +
+              "</Folder>"),
+       "The statistics add up to more than any storage holds"},
       {inRoot(top + "<Attributes>4294967296</Attributes></Folder>"), "Attributes is out of range: 4294967296"},
       {inRoot(top + "<FolderState>x</FolderState></Folder>"), "FolderState is no whole number: \"x\""},
       {inRoot(top + "<LastChangeDate Low=\"1\" High=\"-1\"/></Folder>"), "Low and High are no date"},
@@ -276,11 +283,77 @@ TEST(XMLReader, TakesOlderAndForeignForms) {
   EXPECT_NE(windows->GetState() & rsCancelled, 0u);
   EXPECT_EQ(windows->GetTopFolder()->GetValues(), (TSizeValues{{5, 0, 2}, 0, 0}));
   EXPECT_EQ(live.Load("<Root><Folder fullpath='/x'/></Root>")->GetPathDelimiter(), u'/');
-  const TRef<IHierarchicalRoot> twice = live.Load(
-      "<Root><TTopSizeFileList><TopFile name='f' Path='/x' Size='3'/></TTopSizeFileList><TTopSizeFileList/>"
-      "<Folder fullpath='/x'/></Root>");
-  ASSERT_EQ(twice->GetTopSizeList()->GetSnapshot().size(), 1u);
-  EXPECT_EQ(twice->GetTopSizeList()->GetSnapshot()[0].fName, u"f");
+  for (const char* date : {"20010203", " 2001-02-03\n", "20010203T000000Z", "2001-02-03T01:00:00+0100"})
+    EXPECT_EQ(FormatIsoUtc(live.Load(std::string("<Root><DateISO>") + date + "</DateISO><Folder fullpath='/x'/></Root>")
+                               ->GetScanTimeStamp()),
+              "2001-02-03T00:00:00Z");
+}
+
+TEST(XMLReader, TakesWhatIsHarmlessOfAFolder) {
+  TLive live(u"/m", u'/');
+  const TRef<IHierarchicalRoot> loaded = live.Load(
+      "<Root><Path>/x</Path><DoCreateFileAges FileAgesDateType=' 1 '>-1</DoCreateFileAges><Folder fullpath='/x/'>"
+      "<Folder fullpath='/x/a/'><SizeData Size=' 5\n'/><Attributes>\t16 </Attributes><FolderState>256</FolderState>"
+      "<FileAgeDistribution days_7='5 6 7'/></Folder></Folder></Root>");
+  const auto children = loaded->GetTopFolder()->FindSubFolders();
+  ASSERT_EQ(children.size(), 1u);
+  EXPECT_EQ(children[0]->GetFullPath(), u"/x/a");
+  EXPECT_EQ(children[0]->GetSize(), 5);
+  EXPECT_EQ(children[0]->GetAttributes(), kAttributeDirectory);
+  // A file does not make a folder gone (256); and it is told apart from what was scanned.
+  EXPECT_EQ(children[0]->GetFolderState(), fsIsXMLImport);
+  const auto ages = children[0]->GetFileAgeDistribution(TDateType::dtLastChange);
+  ASSERT_TRUE(ages);
+  EXPECT_EQ(ages->GetRecord(0), (TBasicSizeValues{5, 6, 7}));
+}
+
+TEST(XMLReader, AFolderWithStatisticsOfItsOwnTakesNoneFromItsChildren) {
+  TLive live(u"/m", u'/');
+  const std::string child =
+      "<Folder fullpath='/x/a'><TExtensionSizeArray><Item name='.b' Size='2'/></TExtensionSizeArray></Folder>";
+  for (const bool hasOwn : {true, false}) {
+    const std::string own = "<TExtensionSizeArray><Item name='.a' Size='9'/></TExtensionSizeArray>";
+    const TRef<IHierarchicalRoot> loaded =
+        live.Load("<Root><Folder fullpath='/x'>" + (hasOwn ? own : "") + child + "</Folder></Root>");
+    EXPECT_EQ(loaded->GetTopFolder()->GetExtensionSizeArray()->GetKeysSorted(TColumn::mdSize),
+              std::vector<std::u16string>{hasOwn ? u".a" : u".b"});
+  }
+}
+
+// Wherever the list stands, and whether its files' folders are in the file or not.
+TEST(XMLReader, LargestFilesKeepTheirPaths) {
+  TLive live(u"/m", u'/');
+  const std::string lists =
+      "<TTopSizeFileList><TopFile name='1' Path='/x/a/b/c' Size='9'/><TopFile name='2' Path='/x/a' Size='8'/>"
+      "<TopFile name='3' Path='/x' Size='7'/></TTopSizeFileList>"
+      "<TTopSizeFileList><TopFile name='4' Path='/x/a/b/c' Size='6'/><TopFile name='5' Path='/xa' Size='5'/>"
+      "<TopFile name='6' Path='' Size='4'/></TTopSizeFileList>";
+  const std::string tree = "<Folder fullpath='/x'><Folder fullpath='/x/a'/></Folder>";
+  for (const std::string& content : {lists + tree, tree + lists}) {
+    const TRef<IHierarchicalRoot> loaded = live.Load("<Root>" + content + "</Root>");
+    std::vector<std::u16string> paths;
+    for (const TTopSizeEntry& file : loaded->GetTopSizeList()->GetSnapshot())
+      paths.push_back((file.fParentFolder ? file.fParentFolder->GetFullPath() : u"no folder") + u"/" + file.fName);
+    EXPECT_EQ(paths, (std::vector<std::u16string>{u"/x/a/b/c/1", u"/x/a/2", u"/x/3", u"/x/a/b/c/4"}))
+        << "those outside the root are left out";
+    EXPECT_EQ(loaded->GetTopFolder()->GetSubFolderCount(), 1u) << "no folder enters the tree for them";
+  }
+}
+
+TEST(XMLReader, PatternsAreAboutThePathsOfTheRoot) {
+  TLive live(u"/m", u'/');
+  const std::pair<const char*, char16_t> cases[] = {{"/x", u'/'}, {"file:/x", u'/'}, {"C:\\x", u'\\'}};
+  for (const auto& [path, delimiter] : cases) {
+    const TRef<IHierarchicalRoot> loaded = live.Load(
+        std::string("<Root><Path>") + path +
+        "</Path><IncludePatterns><TPatternList><Pattern class='TWildcardPattern' TEXT='*.a' active='-1' "
+        "target_fmtid='{B0461F53-EAF6-4DA1-B879-BEA641BF670E}' Target_PID='61' patterntype='0'/></TPatternList>"
+        "</IncludePatterns><Folder fullpath='" +
+        path + "'/></Root>");
+    const auto* filter = dynamic_cast<const TPatternFilter*>(loaded->GetScanFilter().get());
+    ASSERT_TRUE(filter) << path;
+    EXPECT_EQ(filter->GetPatterns()->GetPathDelimiter(), delimiter) << path;
+  }
 }
 
 TEST(XMLReader, CancelledLoadsLeaveNothing) {
@@ -298,6 +371,8 @@ TEST(XMLReader, CancelledLoadsLeaveNothing) {
 
 TEST(XMLReader, FileNamesAndProtocols) {
   EXPECT_EQ(SplitFileNames(u"a.xml;;\"b;c.xml\"; d"), (std::vector<std::u16string>{u"a.xml", u"b;c.xml", u" d"}));
+  EXPECT_EQ(SplitFileNames(u"\"say \"\"hi;\"\"\";a\"b;\"open"),
+            (std::vector<std::u16string>{u"say \"hi;\"", u"a\"b", u"\"open"}));
   std::u16string_view path = u"FILE:/srv";
   EXPECT_EQ(TXMLParseHelper::ParseXMLProtocol(path), TXMLParseHelper::TProtocol::prFile);
   EXPECT_EQ(path, u"/srv");
@@ -403,6 +478,9 @@ TEST(Comparison, RefusesWhatIsNoWholeState) {
   EXPECT_EQ(refusal("<Root><IsCompared>-1</IsCompared>" + folder),
             "The XML file \"old.xml\" contains data of a previous comparison.\r\n\r\n"
             "Exports containing comparison data cannot be used for a second comparison.");
+  EXPECT_EQ(refusal("<Root><Terminated>-1</Terminated>" + folder),
+            "The XML file \"old.xml\" holds a scan that was stopped before its end.\r\n\r\n"
+            "Only whole scans can be used for comparison.");
   EXPECT_EQ(refusalOfFile(u""), "The given file path must not be empty");
   TGate gate;
   live.fStorage->Folder(u"a").fGate = &gate;
