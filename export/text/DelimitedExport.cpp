@@ -23,6 +23,24 @@ TSizeValues SizesOf(const TFileRecord& pFile) {
   return sizes;
 }
 
+// A file's change since the earlier one, nullptr for a new file. A new file grew by no percentage.
+TMetaDataValue FileChange(const TFileRecord& pNow, const TFileRecord* pThen, TColumn pColumn) {
+  const int64_t growth = pNow.fSize - (pThen ? pThen->fSize : 0);
+  switch (pColumn) {
+    case TColumn::mdAllocatedChange:
+      return pNow.fAllocated - (pThen ? pThen->fAllocated : 0);
+    case TColumn::mdFileChange:
+      return int64_t{pThen ? 0 : 1};
+    case TColumn::mdChangeState:
+      return std::u16string(pThen ? u"" : u"new");
+    case TColumn::mdSizeChangePercent:
+      if (!pThen || pThen->fSize == 0) return {};
+      return static_cast<double>(growth) / static_cast<double>(pThen->fSize);
+    default:
+      return growth;
+  }
+}
+
 }  // namespace
 
 // Writes rows, of the whole tree or of what lies in one of its folders.
@@ -246,15 +264,7 @@ bool TDelimitedExport::TRows::AppendFileChange(const TExportRow& pRow, TColumn p
     return false;
   if (!fExport.GoneSince()->KnowsFiles()) return true;
   const TFileRecord* then = EarlierFile(pRow);
-  const int64_t growth = pRow.fFile->fSize - (then ? then->fSize : 0);
-  TMetaDataValue value = growth;
-  if (pColumn == TColumn::mdAllocatedChange) value = pRow.fFile->fAllocated - (then ? then->fAllocated : 0);
-  if (pColumn == TColumn::mdFileChange) value = int64_t{then ? 0 : 1};
-  if (pColumn == TColumn::mdChangeState) value = std::u16string(then ? u"" : u"new");
-  if (pColumn == TColumn::mdSizeChangePercent) {
-    value = {};
-    if (then && then->fSize != 0) value = static_cast<double>(growth) / static_cast<double>(then->fSize);
-  }
+  const TMetaDataValue value = FileChange(*pRow.fFile, then, pColumn);
   AppendOwnField(Line(), ToUtf8(FormatValue(pColumn, value, fExport.fFormat)), fExport.fFields);
   return true;
 }

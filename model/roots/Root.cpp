@@ -259,16 +259,6 @@ TStorageInformation TCustomRoot::GetStorageInformation() const {
   return fStorage;
 }
 
-TRef<ITopSizeList> TCustomRoot::GetTopSizeList() const {
-  TCriticalSectionLock lock(fLock);
-  return fTopSizeList;
-}
-
-void TCustomRoot::SetTopSizeList(TRef<ITopSizeList> pList) {
-  TCriticalSectionLock lock(fLock);
-  fTopSizeList.swap(pList);  // the one before goes outside the lock
-}
-
 TRef<IComparison> TCustomRoot::GetComparison() const {
   TCriticalSectionLock lock(fLock);
   return fCompareData;

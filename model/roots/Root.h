@@ -134,7 +134,6 @@ class TCustomRoot : public TBaseRoot {
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
   TStorageInformation fStorage GUARDED_BY(fLock);
   TRef<IComparison> fCompareData GUARDED_BY(fLock);
-  TRef<ITopSizeList> fTopSizeList GUARDED_BY(fLock);
 
   // Progress: written by workers once per folder, polled by whoever shows it.
   std::atomic<int64_t> fTotalFilesFound{0};
