@@ -10,32 +10,9 @@
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "scan/engine/ScanEngine.h"
+#include "tests/scan/engine/FailingAllocation.h"
 #include "tests/support/MemoryRoot.h"
 #include "tests/support/Recount.h"
-
-namespace {
-
-std::atomic<int64_t> gAllocationsLeft{-1};  // before the one that fails; negative: none fails
-
-}  // namespace
-
-// Replaced for the whole test program. An allocation that fails does so once: memory that was given up helps it.
-void* operator new(size_t pBytes) {
-  bool fails = gAllocationsLeft.load(std::memory_order_relaxed) >= 0 && gAllocationsLeft.fetch_sub(1) == 0;
-  while (true) {
-    if (void* memory = fails ? nullptr : std::malloc(pBytes != 0 ? pBytes : 1)) return memory;
-    fails = false;
-    const std::new_handler handler = std::get_new_handler();
-    if (!handler) throw std::bad_alloc();
-    handler();
-  }
-}
-void operator delete(void* pMemory) noexcept {
-  std::free(pMemory);
-}
-void operator delete(void* pMemory, size_t) noexcept {
-  std::free(pMemory);
-}
 
 namespace Vantrel::ScanEngine {
 namespace {
