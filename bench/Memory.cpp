@@ -96,14 +96,17 @@ class TBuilder {
 
   // So many files in the folder, of mixed extensions and ages.
   void AddFiles(TCustomFolderData& pFolder, int64_t pCount) {
-    fFiles->Begin(1);
+    fFiles->Begin();
+    fFiles->SetPathLength(1);
     for (int64_t i = 0; i < pCount; ++i) {
       fEntry->fName = NameOf(fNumber++);
       fEntry->fValues.fSize = fEntry->fValues.fAllocated = 4096;
       fEntry->fValues.fLastChangeDate = TKivFileTime::FromUnix(1'000'000'000 + fNumber % 97 * 5'000'000, 0);
       fFiles->AddFile(*fEntry);
     }
-    pFolder.AddFiles(fFiles->Finish(pFolder), false);
+    const TFileGroupContents files = fFiles->Finish();
+    fFiles->OfferTopFiles(pFolder);
+    pFolder.AddFiles(files, false);
   }
 
   std::vector<TRef<TCustomFolderData>> AddFolders(TCustomFolderData& pFolder, int64_t pCount) {
