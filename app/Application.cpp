@@ -21,6 +21,7 @@
 #include "export/xml/OptionsFile.h"
 #include "export/xml/XMLReader.h"
 #include "model/roots/ScanRoots.h"
+#include "model/roots/Storage.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Console.h"
@@ -299,7 +300,7 @@ int TApplication::WriteLines(const std::vector<std::string>& pLines) {
 
 // One path after the other: scans side by side would take turns on the same drive and on the same threads.
 int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string>& pPaths) {
-  const std::vector<std::u16string> paths = WithoutRepeatedPaths(pPaths);
+  const std::vector<std::u16string> paths = WithoutRepeatedPaths(pRoots, pPaths);
   int result = ecOk;
   fPathsLeft = paths.size();
   for (const std::u16string& path : paths) {
@@ -320,6 +321,9 @@ int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
   try {
     root = pRoots.CreateRoot(pPath);
   } catch (const EOSError& error) {  // one path that cannot be understood; the others are scanned
+    fSettings.fWriteError(error.what());
+    return ecPathNotFound;
+  } catch (const EUnknownProtocol& error) {
     fSettings.fWriteError(error.what());
     return ecPathNotFound;
   }
@@ -357,12 +361,9 @@ void TApplication::WriteUnmatched() {
 }
 
 void TApplication::WaitForScan(IHierarchicalRoot& pRoot) {
-  bool cancelled = false;
   while (!pRoot.WaitForScan(kPollMilliseconds)) {
-    if (gCancelRequested && !cancelled) {
-      pRoot.CancelScan();
-      cancelled = true;
-    }
+    // Again and again: each time what hangs is interrupted.
+    if (gCancelRequested) pRoot.CancelScan();
     fLog.WriteWaiting();
     if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pRoot.GetProgress()));
   }
@@ -395,12 +396,17 @@ int TApplication::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
 }
 
 // A path inside another one stays: whoever names both wants to see both. The very same path twice is a slip.
-std::vector<std::u16string> TApplication::WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths) {
+std::vector<std::u16string> TApplication::WithoutRepeatedPaths(const IScanRoots& pRoots,
+                                                               const std::vector<std::u16string>& pPaths) {
   const char16_t delimiter = NativePathDelimiter();
   std::vector<std::u16string> kept;
   std::vector<std::u16string> absolute;
   for (const std::u16string& path : pPaths) {
-    const std::u16string full(WithoutTrailingDelimiter(AbsolutePath(path), delimiter));
+    std::u16string full = path;
+    try {
+      full = WithoutTrailingDelimiter(pRoots.AbsolutePath(path), delimiter);
+    } catch (const EException&) {  // told when its turn comes
+    }
     const bool known = std::any_of(absolute.begin(), absolute.end(),
                                    [&](const std::u16string& pOther) { return SamePath(pOther, full, delimiter); });
     if (known) {

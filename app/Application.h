@@ -89,7 +89,8 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   int ReportRoot(Vantrel::IScanRoots& pRoots, Vantrel::IHierarchicalRoot& pRoot, const std::u16string& pPath);
   int PerformActions(Vantrel::IScanRoots& pRoots, Vantrel::IHierarchicalRoot& pRoot);
   void WaitForScan(Vantrel::IHierarchicalRoot& pRoot);
-  std::vector<std::u16string> WithoutRepeatedPaths(const std::vector<std::u16string>& pPaths);
+  std::vector<std::u16string> WithoutRepeatedPaths(const Vantrel::IScanRoots& pRoots,
+                                                   const std::vector<std::u16string>& pPaths);
 
   const TRunSettings fSettings;
   const std::shared_ptr<Vantrel::TGlobalOptions> fOptions;

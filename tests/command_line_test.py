@@ -296,11 +296,14 @@ DONE = [
     Row("-h exclude", out=("--EXCLUDE PATTERN", "May be given more than once.")),
     Row("--help no-such --version --help", code=WRONG_COMMAND_LINE, err=(
         only_once("--help"),)),
+    Row("file:data data --csv -", err=('"data" was given more than once; it is scanned once',), out=("data,6300,",)),
     Row("data data/sub data", err=('"data" was given more than once; it is scanned once',), out=("6.2 KB", SEPARATOR, "5.2 KB")),
 ]
 
 # What goes wrong on the way. Whatever can still be done is done.
 FAILED = [
+    Row("sftp://host/x data --csv -", PATH_NOT_FOUND, out=("data,6300,",),
+        err=('"sftp://host/x" cannot be scanned: there is no storage "sftp:". Known are: file:.',)),
     Row("gone data --csv -", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), out=("data,6300,",)),
     Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),
     Row("--open 'a.xml;missing.xml;b.xml' --csv -", PATH_NOT_FOUND, before=("data --xml a.xml", "other --xml b.xml"),

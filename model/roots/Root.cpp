@@ -1,13 +1,19 @@
 #include "model/roots/Root.h"
 
 #include "model/roots/ScanConfiguration.h"
+#include "model/roots/Storage.h"
 #include "platform/files/Paths.h"
-#include "platform/files/Volumes.h"
 #include "platform/system/Errors.h"
 #include "platform/system/MemoryReserve.h"
 #include "platform/system/System.h"
 
 namespace Vantrel {
+
+namespace {
+
+constexpr int64_t kMillisecondsBetweenCancels = 100;
+
+}  // namespace
 
 TCustomRoot::TCustomRoot(std::u16string pPath, std::u16string pPathWithWildcards, char16_t pDelimiter,
                          TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions,
@@ -143,7 +149,7 @@ void TCustomRoot::Scan() {
 
 void TCustomRoot::BeginTree() {
   const TRef<TScanConfiguration> configuration = Configuration();
-  TRef<IHierarchicalEnumerator> enumerator = fServices->CreateEnumerator(fPath, configuration->GetEnumeratorOptions());
+  TRef<IHierarchicalEnumerator> enumerator = OpenPath(*configuration);
   // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
   const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
@@ -186,9 +192,7 @@ void TCustomRoot::FailScan(uint32_t pCode) noexcept {
 
 TStorageInformation TCustomRoot::AskStorage() const {
   try {
-    if (TVolumeInformation volume; GetVolumeInformationOfPath(fPath, volume))
-      return {volume.fMountPoint,  volume.fLabel,      volume.fFileSystem,
-              volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+    return GetStorage()->GetInformation(fPath);
   } catch (...) {  // the tree stands without it
     CodeOfCaughtException("TCustomRoot.AskStorage");
   }
@@ -254,6 +258,16 @@ bool TCustomRoot::WaitForScan(int64_t pMilliseconds) {
   return true;
 }
 
+TRef<IStorage> TCustomRoot::GetStorage() const {
+  if ((GetState() & rsIsXMLImport) != 0) return fServices->GetLoadedScanStorage(fPathDelimiter);
+  return fServices->FindStorage(fPath);
+}
+
+TRef<IHierarchicalEnumerator> TCustomRoot::OpenPath(const TScanConfiguration& pConfiguration) const {
+  return GetStorage()->CreateEnumerator(fPath,
+                                        {pConfiguration.GetCancellationToken(), pConfiguration.GetEnumeratorOptions()});
+}
+
 TStorageInformation TCustomRoot::GetStorageInformation() const {
   TCriticalSectionLock lock(fLock);
   return fStorage;
@@ -292,7 +306,10 @@ void TCustomRoot::Dispose() {
   TRef<ITopSizeList> topSizeList;
   {
     TCriticalSectionLock lock(fLock);
-    while (fScanRunning) lock.Wait(fScanEnded);
+    while (fScanRunning) {
+      fCancellationToken->Cancel();  // again: what has begun to hang meanwhile is interrupted, too
+      lock.WaitFor(fScanEnded, kMillisecondsBetweenCancels);
+    }
     fDisposeToken->SetDisposed();
     engine.swap(fScanEngine);
     fErrors.clear();

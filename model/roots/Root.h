@@ -49,6 +49,7 @@ class TCustomRoot : public TBaseRoot {
   TRef<IScanFilter> GetScanFilter() const override;
   std::vector<TExclusion> GetExclusions() const override;
   TStorageInformation GetStorageInformation() const override;
+  TRef<IStorage> GetStorage() const override;
   TRef<IComparison> GetComparison() const override;
   void SetComparison(TRef<IComparison> pComparison) override;
   // Fills the root from a file instead of by a scan: the tree through the top folder that this returns, then what the
@@ -82,6 +83,7 @@ class TCustomRoot : public TBaseRoot {
   void EndScanning(bool pWholeTree) noexcept;
   void SetScanEnded();
   TStorageInformation AskStorage() const;
+  TRef<IHierarchicalEnumerator> OpenPath(const TScanConfiguration& pConfiguration) const;
   void SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop);
   void GiveUpTree();
 

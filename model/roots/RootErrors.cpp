@@ -1,6 +1,7 @@
 // Roots: what could not be read, what was left out, and how far a scan has come.
 
 #include "model/roots/Root.h"
+#include "model/roots/Storage.h"
 #include "platform/system/Errors.h"
 #include "platform/system/System.h"
 #include "platform/text/Text.h"
@@ -30,7 +31,7 @@ void TCustomRoot::RecordError(IFolderData& pFolder, const IHierarchicalEnumerato
 }
 
 void TCustomRoot::AddError(TScanError pError) {
-  if (pError.fText.empty()) pError.fText = FromUtf8(OSErrorText(pError.fCode));
+  if (pError.fText.empty()) pError.fText = FromUtf8(GetStorage()->ErrorText(pError.fCode));
   {
     TCriticalSectionLock lock(fLock);
     fErrors.push_back(pError);

@@ -16,6 +16,7 @@
 namespace Vantrel {
 
 class IScanRoots;
+class IStorage;
 
 // Something that was met while scanning and could not be read.
 struct TScanError {
@@ -177,6 +178,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
   // The settings that the tree was made with. They never change: the next scan brings new ones.
   virtual TRef<IScanConfiguration> GetScanConfiguration() const = 0;
+  // What the path lies on; for a loaded scan a storage that cannot be opened.
+  virtual TRef<IStorage> GetStorage() const = 0;
   // Tells of all changes from now on; see TChangeQueues::Subscribe.
   virtual TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {}) = 0;
   // For the nodes of the tree: where they tell of their changes.
@@ -230,12 +233,13 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual void Dispose() = 0;
 };
 
-// What the roots need of the floor above them: enumerators and engines.
+// What the roots need of the floor above them: kinds of storage, and engines.
 class IScanServices : public IInterface {
  public:
-  // An enumerator of a root's contents; a path that cannot be opened gives one that lists nothing and tells the error.
-  // The folders beneath are reached through it, so that their enumerators know which scan they belong to.
-  virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) = 0;
+  // The kind of storage that serves a path, typed or a root's. EUnknownProtocol when there is none.
+  virtual TRef<IStorage> FindStorage(std::u16string_view pPath) = 0;
+  // What a loaded scan lies on, which cannot be opened. The delimiter is that of its paths.
+  virtual TRef<IStorage> GetLoadedScanStorage(char16_t pPathDelimiter) = 0;
   // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
   virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
                                              int32_t pPriority, std::function<void()> pOnAllDone) = 0;
@@ -244,9 +248,11 @@ class IScanServices : public IInterface {
 // The list of open roots.
 class IScanRoots : public IInterface {
  public:
-  // Adds a root for a path, not scanned yet. The path is made absolute. EInvalidOperation when the list is full. A path
-  // that is in the list already gives the root that is there.
+  // Adds a root for a path as typed, not scanned yet. EInvalidOperation when the list is full, EUnknownProtocol when no
+  // kind of storage serves the path. A path that is in the list already gives the root that is there.
   virtual TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) = 0;
+  // A path as typed in the form that its root carries. EUnknownProtocol as for CreateRoot.
+  virtual std::u16string AbsolutePath(std::u16string_view pPath) const = 0;
   // The root for the path, its scan started.
   virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
   // A root that is not scanned but loaded, not in the list yet; the delimiter tells what kind of root it is. The path

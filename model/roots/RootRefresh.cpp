@@ -70,8 +70,7 @@ TCustomRoot::TFoundFolder TCustomRoot::FindInStorage(TCustomFolderData& pFolder)
   std::vector<TCustomFolderData*> way;  // the folder first; without the top folder
   for (TCustomFolderData* node = &pFolder; node->ParentFolder(); node = node->ParentFolder()) way.push_back(node);
   try {
-    TRef<IHierarchicalEnumerator> enumerator =
-        fServices->CreateEnumerator(fPath, Configuration()->GetEnumeratorOptions());
+    TRef<IHierarchicalEnumerator> enumerator = OpenPath(*Configuration());
     for (size_t i = way.size(); i > 1; --i)
       enumerator = enumerator->CreateChildEnumerator(way[i - 1]->GetObjectName(), way[i - 1]->GetAttributes());
     if (!way.empty()) {

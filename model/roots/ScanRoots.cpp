@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "model/roots/Root.h"
+#include "model/roots/Storage.h"
 #include "model/roots/VirtualRoot.h"
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
@@ -21,12 +22,12 @@ struct TTypedPath {
   std::u16string fWithWildcards;
 };
 
-TTypedPath SplitTypedPath(std::u16string_view pTyped) {
+TTypedPath SplitTypedPath(std::u16string_view pTyped, const IStorage& pStorage) {
   TTypedPath typed;
-  typed.fPath = AbsolutePath(pTyped);
-  const char16_t delimiter = NativePathDelimiter();
+  typed.fPath = pStorage.AbsolutePath(pTyped);
+  const char16_t delimiter = pStorage.GetPathDelimiter();
   const std::u16string_view last = FileNameOfPath(typed.fPath, delimiter);
-  if (last.find_first_of(u"*?") == std::u16string_view::npos || !ResolvedPath(typed.fPath).empty()) return typed;
+  if (last.find_first_of(u"*?") == std::u16string_view::npos || pStorage.Exists(typed.fPath)) return typed;
   typed.fWithWildcards = typed.fPath;
   typed.fPath = FolderOfPath(typed.fWithWildcards, delimiter);
   return typed;
@@ -47,15 +48,17 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
       : fServices(std::move(pServices)), fOptions(std::move(pOptions)), fMaxCount(fOptions->MaximumRoots) {}
 
   TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) override {
-    const TTypedPath typed = SplitTypedPath(pPath);
+    const TRef<IStorage> storage = fServices->FindStorage(pPath);
+    const TTypedPath typed = SplitTypedPath(pPath, *storage);
+    const char16_t delimiter = storage->GetPathDelimiter();
     const std::u16string& identity = typed.fWithWildcards.empty() ? typed.fPath : typed.fWithWildcards;
     TRef<IHierarchicalRoot> root;
     {
       TCriticalSectionLock lock(fLock);
       for (const TListedRoot& listed : fList)
-        if (SamePath(listed.fTypedPath, identity, NativePathDelimiter())) return listed.fRoot;
+        if (SamePath(listed.fTypedPath, identity, delimiter)) return listed.fRoot;
       CheckRoom();
-      if (NativePathDelimiter() == u'/')
+      if (delimiter == u'/')
         root = MakeRef<TCustomUnixRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
       else
         root = MakeRef<TFileSystemRoot>(typed.fPath, typed.fWithWildcards, fServices, fOptions, this);
@@ -63,6 +66,10 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
     }
     TellVirtualRoot(root);
     return root;
+  }
+
+  std::u16string AbsolutePath(std::u16string_view pPath) const override {
+    return fServices->FindStorage(pPath)->AbsolutePath(pPath);
   }
 
   TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view pPath, char16_t pDelimiter) override {

@@ -6,6 +6,7 @@
 
 #include "model/options/GlobalOptions.h"
 #include "model/roots/BaseRoot.h"
+#include "model/roots/Storage.h"
 #include "model/tree/CustomFolder.h"
 
 namespace Vantrel {
@@ -62,6 +63,7 @@ class TVirtualRoot : public TBaseRoot {
   TRef<IScanFilter> GetScanFilter() const override { return nullptr; }
   std::vector<TExclusion> GetExclusions() const override;  // of all roots
   TStorageInformation GetStorageInformation() const override { return {}; }
+  TRef<IStorage> GetStorage() const override { return nullptr; }
   TRef<IComparison> GetComparison() const override { return nullptr; }
   void SetComparison(TRef<IComparison>) override {}
   // Scans all roots of the list.

@@ -7,6 +7,7 @@
 #include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
 #include "platform/system/MemoryReserve.h"
+#include "platform/threads/InterruptibleThread.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
 namespace Vantrel::ScanEngine {
@@ -35,6 +36,9 @@ TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TR
       fMode(pMode) {}
 
 void TScanJob::Execute() {
+  // A call that hangs, on a share whose server is gone, ends when the scan is cancelled.
+  TInterruptibleThread thread;
+  const TCancellationWatch watch(fCancellationToken, [&thread] { thread.Interrupt(); });
   fFromFolder->ExcludeFolderState(fsUpdatePending);
   if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*fFromFolder)) {
     fFromFolder->ExcludeFolderState(fsScanning);
@@ -244,7 +248,9 @@ void TScanJob::EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator* p
   pFolder.AppendChildren(std::move(fChildren));
   const TSizeValues values = fFiles ? fFiles->Values() : TSizeValues();
   const bool partial = folders > 0 || values.fFiles > 0;
-  if (pEnumerator && pEnumerator->GetErrorCode() != 0) {
+  if (TInterruptibleThread::IsCurrentInterrupted()) {
+    // What the interrupted call says is no fault of the folder.
+  } else if (pEnumerator && pEnumerator->GetErrorCode() != 0) {
     fConfiguration.RecordError(pFolder, *pEnumerator, partial);
   } else if (fFailure != 0) {
     const std::u16string path = pEnumerator ? pEnumerator->GetPath() : pFolder.GetFullPath();

@@ -1,7 +1,8 @@
 #include "scan/engine/ScanServices.h"
 
 #include "scan/engine/ScanEngine.h"
-#include "scan/storage/EnumeratorFactory.h"
+#include "scan/files/LocalStorage.h"
+#include "scan/storage/Storages.h"
 
 namespace Vantrel::ScanEngine {
 
@@ -9,14 +10,19 @@ namespace {
 
 class TScanServices : public TInterfaced<IScanServices> {
  public:
-  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) override {
-    return Enumerators::THierarchicalEnumeratorFactory::CreateForPath(pRootPath, pOptions);
+  TRef<IStorage> FindStorage(std::u16string_view pPath) override { return fStorages->FindForPath(pPath); }
+
+  TRef<IStorage> GetLoadedScanStorage(char16_t pPathDelimiter) override {
+    return Storages::CreateLoadedScanStorage(pPathDelimiter);
   }
 
   TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
                                      std::function<void()> pOnAllDone) override {
     return MakeRef<TScanEngine>(pThreads, std::move(pConfiguration), pPriority, std::move(pOnAllDone));
   }
+
+ private:
+  const TRef<IStorages> fStorages = Storages::CreateStorages({Storages::CreateLocalStorage()});
 };
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "scan/files/LocalStorage.h"
 
 #include "platform/files/FileStream.h"
-#include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
 #include "scan/storage/EnumeratorFactory.h"
@@ -20,7 +19,7 @@ class TLocalStorage : public TInterfaced<IStorage> {
     return Vantrel::AbsolutePath(Enumerators::PathOfFileUrl(pTyped, NativePathDelimiter()));
   }
 
-  bool Exists(const std::u16string& pPath) const override { return PathExists(pPath); }
+  bool Exists(const std::u16string& pPath) const override { return !ResolvedPath(pPath).empty(); }
 
   TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath,
                                                  const TScanContext& pContext) const override {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/text/Text.h"
+#include "platform/threads/InterruptibleThread.h"
 
 namespace Vantrel::Enumerators {
 
@@ -36,7 +37,7 @@ int OpenDirectoriesLimit() {
 int OpenAt(int pDirectory, const char* pPath, int pFlags) {
   int handle;
   do handle = openat(pDirectory, pPath, pFlags | O_CLOEXEC);
-  while (handle < 0 && errno == EINTR);
+  while (handle < 0 && errno == EINTR && !TInterruptibleThread::IsCurrentInterrupted());
   return handle;
 }
 

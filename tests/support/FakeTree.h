@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
+#include "model/roots/Storage.h"
 #include "model/statistics/FileStatistics.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
@@ -152,6 +153,7 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TRef<IScanConfiguration> GetScanConfiguration() const override { NotFaked(); }
   TRef<ITreeSubscription> Subscribe(std::function<void()>) override { NotFaked(); }
   TChangeQueues& GetChangeQueues() override { NotFaked(); }
+  TRef<IStorage> GetStorage() const override { NotFaked(); }
   void ForgetBranch(IFolderData&) override { NotFaked(); }
   void ForgetOwnEntries(IFolderData&) override { NotFaked(); }
   bool RefreshFolder(IFolderData&, bool) override { NotFaked(); }
@@ -178,6 +180,7 @@ class TFakeRoots : public TInterfaced<IScanRoots> {
   void Dispose() override { fDisposed = true; }
 
   TRef<IHierarchicalRoot> Scan(std::u16string_view) override { NotFaked(); }
+  std::u16string AbsolutePath(std::u16string_view) const override { NotFaked(); }
   TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view, char16_t) override { NotFaked(); }
   void AddLoaded(TRef<IHierarchicalRoot>) override { NotFaked(); }
   std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() override { NotFaked(); }

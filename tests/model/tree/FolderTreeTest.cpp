@@ -27,9 +27,8 @@ using Vantrel::Testing::MessageOf;
 // No scan runs in these tests: trees are put together by hand.
 class TNoServices : public TInterfaced<IScanServices> {
  public:
-  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string&, uint32_t) override {
-    throw ENotImplemented("no scan in this test");
-  }
+  TRef<IStorage> FindStorage(std::u16string_view) override { throw ENotImplemented("no scan in this test"); }
+  TRef<IStorage> GetLoadedScanStorage(char16_t) override { throw ENotImplemented("no scan in this test"); }
   TRef<IScanEngine> CreateScanEngine(int32_t, TRef<IScanConfiguration>, int32_t, std::function<void()>) override {
     throw ENotImplemented("no scan in this test");
   }

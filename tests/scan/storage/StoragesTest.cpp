@@ -1,0 +1,55 @@
+// Which kind of storage serves a path, and what is said of one that none serves.
+
+#include <gtest/gtest.h>
+
+#include "platform/files/Paths.h"
+#include "scan/files/LocalStorage.h"
+#include "scan/storage/Storages.h"
+#include "tests/support/Failures.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace Vantrel::Storages {
+namespace {
+
+using Testing::MessageOf;
+
+TEST(Storages, AProtocolIsMoreThanOneLetterBeforeAColon) {
+  EXPECT_EQ(ProtocolOf(u"sftp://host/x"), u"sftp:");
+  EXPECT_EQ(ProtocolOf(u"s3+x:y"), u"s3+x:");
+  for (const char16_t* path : {u"", u"C:\\x", u"c:x", u"/a:b", u"./a:b", u"a b:c", u"3x:y", u":x", u"name"})
+    EXPECT_EQ(ProtocolOf(path), u"");
+}
+
+TEST(Storages, LocalFilesServeWhatHasNoProtocol) {
+  const TRef<IStorages> storages = CreateStorages({CreateLocalStorage(), CreateLoadedScanStorage(u'/')});
+  const Testing::TTemporaryFolder folder;
+  folder.Put("file", "contents");
+  const std::u16string path = folder.File("file");
+  EXPECT_EQ(storages->FindForPath(path)->GetProtocol(), u"file:");
+  const TRef<IStorage> local = storages->FindForPath(u"FILE:" + path);
+  EXPECT_EQ(local->AbsolutePath(u"file:" + path), path);
+  char bytes[20];
+  EXPECT_EQ(std::string(bytes, local->OpenFile(path, {})->Read(bytes, sizeof bytes)), "contents");
+  EXPECT_EQ(storages->GetProtocols(), (std::vector<std::u16string>{u"file:", u""}));
+}
+
+TEST(Storages, AnUnknownProtocolIsToldWithTheKnownOnes) {
+  const TRef<IStorages> storages = CreateStorages({CreateLocalStorage()});
+  EXPECT_EQ(MessageOf<EUnknownProtocol>([&] { storages->FindForPath(u"sftp://host/x"); }),
+            "\"sftp://host/x\" cannot be scanned: there is no storage \"sftp:\". Known are: file:.");
+}
+
+// On Windows a colon is in no name.
+TEST(Storages, AFileOfThatNameIsAFile) {
+  if (NativePathDelimiter() != u'/') GTEST_SKIP();
+  const Testing::TTemporaryFolder folder;
+  folder.Put("sftp:x", "");
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.Path());
+  EXPECT_EQ(CreateStorages({CreateLocalStorage()})->FindForPath(u"sftp:x")->AbsolutePath(u"sftp:x"),
+            folder.File("sftp:x"));
+  std::filesystem::current_path(before);
+}
+
+}  // namespace
+}  // namespace Vantrel::Storages
