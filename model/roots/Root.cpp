@@ -62,13 +62,14 @@ TRef<IScanFilter> TCustomRoot::GetScanFilter() const {
 // --- scanning ------------------------------------------------------------------------------------------------------
 
 bool TCustomRoot::BeginScanning(bool pWholeTree) {
+  auto token = MakeRef<TCancellationToken>();  // before anything is changed: it may find no memory
   TRef<IScanEngine> earlier;
   {
     TCriticalSectionLock lock(fLock);
     if (fScanRunning || fDisposeToken->IsDisposed()) return false;
     fScanRunning = true;
     fScanStarted = TickCount64();
-    fCancellationToken = MakeRef<TCancellationToken>();
+    fCancellationToken = std::move(token);
     earlier.swap(fScanEngine);
     if (pWholeTree) {
       fErrors.clear();
