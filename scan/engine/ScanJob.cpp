@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <optional>
 #include <utility>
 
 #include "platform/system/DebugLog.h"
@@ -38,7 +39,11 @@ TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TR
 void TScanJob::Execute() {
   // A call that hangs, on a share whose server is gone, ends when the scan is cancelled.
   TInterruptibleThread thread;
-  const TCancellationWatch watch(fCancellationToken, [&thread] { thread.Interrupt(); });
+  std::optional<TCancellationWatch> watch;
+  try {
+    watch.emplace(fCancellationToken, [&thread] { thread.Interrupt(); });
+  } catch (const std::bad_alloc&) {  // the job does without
+  }
   fFromFolder->ExcludeFolderState(fsUpdatePending);
   if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*fFromFolder)) {
     fFromFolder->ExcludeFolderState(fsScanning);

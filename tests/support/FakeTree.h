@@ -12,6 +12,7 @@
 #include "model/roots/RootInterfaces.h"
 #include "model/roots/Storage.h"
 #include "model/statistics/FileStatistics.h"
+#include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
@@ -180,7 +181,7 @@ class TFakeRoots : public TInterfaced<IScanRoots> {
   void Dispose() override { fDisposed = true; }
 
   TRef<IHierarchicalRoot> Scan(std::u16string_view) override { NotFaked(); }
-  std::u16string AbsolutePath(std::u16string_view) const override { NotFaked(); }
+  std::u16string AbsolutePath(std::u16string_view pPath) const override { return Vantrel::AbsolutePath(pPath); }
   TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view, char16_t) override { NotFaked(); }
   void AddLoaded(TRef<IHierarchicalRoot>) override { NotFaked(); }
   std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() override { NotFaked(); }

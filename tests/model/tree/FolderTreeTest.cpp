@@ -10,6 +10,7 @@
 
 #include "model/roots/Root.h"
 #include "model/roots/ScanRoots.h"
+#include "model/roots/Storage.h"
 #include "model/tree/CustomFolder.h"
 #include "platform/files/Paths.h"
 #include "platform/system/DebugLog.h"
@@ -24,10 +25,27 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Vantrel::Testing::MessageOf;
 
+// A storage of which only the paths are asked.
+class TPathsAlone : public TInterfaced<IStorage> {
+ public:
+  std::u16string_view GetProtocol() const override { return u"file:"; }
+  char16_t GetPathDelimiter() const override { return NativePathDelimiter(); }
+  std::u16string AbsolutePath(std::u16string_view pTyped) const override { return Vantrel::AbsolutePath(pTyped); }
+  bool Exists(const std::u16string& pPath) const override { return !ResolvedPath(pPath).empty(); }
+  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string&, const TScanContext&) const override {
+    throw ENotImplemented("no scan in this test");
+  }
+  TStorageInformation GetInformation(const std::u16string&) const override { return {}; }
+  std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
+  std::unique_ptr<IByteSource> OpenFile(const std::u16string&, const TScanContext&) const override {
+    throw ENotImplemented("no scan in this test");
+  }
+};
+
 // No scan runs in these tests: trees are put together by hand.
 class TNoServices : public TInterfaced<IScanServices> {
  public:
-  TRef<IStorage> FindStorage(std::u16string_view) override { throw ENotImplemented("no scan in this test"); }
+  TRef<IStorage> FindStorage(std::u16string_view) override { return MakeRef<TPathsAlone>(); }
   TRef<IStorage> GetLoadedScanStorage(char16_t) override { throw ENotImplemented("no scan in this test"); }
   TRef<IScanEngine> CreateScanEngine(int32_t, TRef<IScanConfiguration>, int32_t, std::function<void()>) override {
     throw ENotImplemented("no scan in this test");
