@@ -1,12 +1,12 @@
 #pragma once
 
-// Factory and engine behind the interface that the roots know; the way from a root down to a branch.
+// Creates the scan services, which connect the roots to the enumerator factory and the scan engine.
 
 #include "model/roots/RootInterfaces.h"
 
 namespace Vantrel::ScanEngine {
 
-// The enumerator factory and the scan engine behind the interface that the roots know.
+// Makes the enumerator factory and the scan engine available through the interface that the roots use.
 Vantrel::TRef<Vantrel::IScanServices> CreateScanServices();
 
 }  // namespace Vantrel::ScanEngine
