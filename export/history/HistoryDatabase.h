@@ -82,7 +82,8 @@ class THistoryDatabaseReaderWriter {
   void WriteHistoryDataList(const std::u16string& pDatabase, const std::vector<TScannedRoot>& pRoots) const;
 
   // The scans of a root under a filter, by date. If letter case distinguishes folders, a path in another letter case is
-  // used only when neither a history nor a folder has the exact path. If it does not, all spellings share one history.
+  // a fallback. It is used only when neither a history nor a folder has the exact path. If letter case does not count,
+  // all spellings share one history.
   std::vector<THistoryEntry> ReadRootHistoryData(const std::u16string& pDatabase, const std::u16string& pRootPath,
                                                  std::u16string_view pPattern = {}) const;
   // All scans, by path and pattern.

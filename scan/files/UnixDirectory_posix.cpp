@@ -18,8 +18,8 @@ namespace {
 // The system refuses paths of 4096 bytes and more. Longer paths are opened in steps of at most this many bytes.
 constexpr size_t kLongestStep = 4'000;
 
-// The number of folders that stay open for waiting children. It is kept well below the process's limit of open files.
-// Above it, children are opened by path, which is slower but always works.
+// The number of open folders. It is kept well below the process's limit of open files. Above it, a folder is closed
+// although children still wait. They are then opened by path, which is slower but always works.
 std::atomic<int> gOpenDirectories{0};
 
 int OpenDirectoriesLimit() {

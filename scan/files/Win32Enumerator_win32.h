@@ -90,9 +90,8 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   // and for a folder already entered by another path. The second form opens the folder to find out.
   bool BelongsToScan(HANDLE pFolder);
   bool BelongsToScan();
-  // Calls pOpen with the path in API form, and returns its code. Retries as opening a folder needs it: with the long
-  // form if the path was not found, with the backup privilege if it was refused, and once more if a server that did not
-  // answer does so now.
+  // Calls pOpen with the path in API form, and returns its code. If the path was not found, retries with the long form.
+  // If it was refused, retries with the backup privilege. If a server did not answer but does now, tries once more.
   uint32_t OpenFolder(const std::u16string& pPath, const std::function<uint32_t(const std::u16string&)>& pOpen) const;
   uint32_t OpenFlags() const {
     return FILE_FLAG_BACKUP_SEMANTICS | (fOpenReparsePoint ? FILE_FLAG_OPEN_REPARSE_POINT : 0);

@@ -12,8 +12,8 @@ namespace Vantrel {
 //
 // A file is taken in if some include pattern matches it, or none exists, and no exclude pattern matches. A folder is
 // taken in and walked unless an exclude pattern matches it. It is also left out if include patterns on full paths exist
-// and none can match beneath it. Include patterns on other columns may match anywhere, so they leave no folder out.
-// Inactive patterns do not count.
+// and none can match beneath it. Include patterns on other columns do not decide about folders, because they may match
+// anywhere. Inactive patterns do not count.
 class TPatternFilter : public TInterfaced<IScanFilter> {
  public:
   // A filter belongs to one root, because it counts for that root. Several filters may share a list. A scan uses the

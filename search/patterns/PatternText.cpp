@@ -114,9 +114,9 @@ std::u16string PatternToText(const IPattern& pPattern, TPatternTextPrefixes pPre
 
   const TColumnInfo* column = ColumnOfTarget(pattern.GetTarget());
   const std::u16string named = column ? u"(" + std::u16string(column->fName) + u")" : std::u16string();
-  // The plain form is used unless it would be read as another pattern. That can happen to a mask that looks like a
-  // prefix or an expression, to a blank at either end, and to a column that is not the guessed one. A column in front
-  // separates the body from the prefixes. An empty mask at the end changes no match, but hides a slash or a blank.
+  // The plain form is used unless it would be read as another pattern. A mask may look like a prefix or an expression,
+  // or have a blank at either end. The column may not be the one that the reader guesses. A column in front separates
+  // the body from the prefixes. An empty mask at the end changes no match, but hides a slash or a blank.
   const std::u16string plain = prefix + body;
   for (const std::u16string& text : {plain, prefix + named + body, plain + u";", prefix + named + body + u";"}) {
     const TRef<IPattern> read = ParsePattern(text, pattern.GetPatternType(), pattern.PathDelimiter());
