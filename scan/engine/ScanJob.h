@@ -18,7 +18,7 @@ enum class TScanMode : uint8_t {
   smRefresh  // the folder was scanned before; the job looks at its own entries again
 };
 
-// Scans one folder. It also scans what lies beneath it, as far as other workers need no work.
+// Scans one folder, and those folders beneath it that it does not give to other workers.
 //
 // A folder is listed to its end before any of its sub-folders is opened. Sub-folders wait on the job's own list. So
 // depth costs no stack, no buffers and no open handles. When a sub-folder's turn comes, the job decides whether it
