@@ -20,7 +20,7 @@ using Vantrel::History::TSQLiteTransaction;
 
 namespace {
 
-// Other programs read these tables: what is here stays as it is, to the blank.
+// Other programs read these tables, so their text must not change in any character.
 constexpr std::string_view kTables =
     "CREATE TABLE IF NOT EXISTS ROOTS (ID\tINTEGER NOT NULL UNIQUE,PATH TEXT NOT NULL UNIQUE,"
     "PRIMARY KEY(ID AUTOINCREMENT));"
@@ -40,18 +40,18 @@ std::string SchemaSQL() {
 
 constexpr int64_t kTicksPerMillisecond = TKivFileTime::kTicksPerSecond / 1000;
 constexpr int64_t kMillisecondsPerDay = TKivFileTime::kTicksPerDay / kTicksPerMillisecond;
-// File times count from 1601.
+// File times count from the year 1601.
 constexpr int64_t kDaysTo1899 =
     (std::chrono::sys_days(std::chrono::year(1899) / 12 / 30) - std::chrono::sys_days(std::chrono::year(1601) / 1 / 1))
         .count();
 
-// 0 where the system does not tell.
+// 0 if the system does not tell.
 int64_t OffsetTicks(TKivFileTime pTime) {
   int64_t seconds = 0;
   return LocalOffset(pTime, seconds) ? seconds * TKivFileTime::kTicksPerSecond : 0;
 }
 
-// The mark of a scan that is not whole, behind the version: "1.2.3 (incomplete: 4)". The tables have no column for it.
+// Marks an incomplete scan, after the version: "1.2.3 (incomplete: 4)". The tables have no column for it.
 constexpr std::string_view kUnreadMark = "(incomplete: ";
 
 std::string VersionText(const THistoryEntry& pEntry) {
@@ -74,12 +74,12 @@ void ReadVersion(std::string pText, THistoryEntry& pEntry) {
   pEntry.fVersion = std::move(pText);
 }
 
-// In the order in which EntryOfRow takes them.
+// EntryOfRow reads the columns in this order.
 constexpr std::string_view kEntryColumns =
     "SCANS.ID, DATE, SIZE, ALLOCATED, FILES, FREE_SPACE, VERSION, EXCLUDED_OBJECTS";
 constexpr int kEntryColumnCount = 8;
 
-// Less than nothing is no size: only another program can have written it, and differences would overflow.
+// A negative number is no size. Only another program can have written it, and differences would overflow.
 int64_t GetAmount(const TKIVSQLiteDatabase& pDatabase, int pColumn) {
   return std::max<int64_t>(0, pDatabase.GetInteger(pColumn));
 }
@@ -102,7 +102,7 @@ void OpenForReading(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) 
 }
 
 void OpenForWriting(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) {
-  // Which folders somebody has is nobody else's business.
+  // The list of a user's folders is private, so other users must not read the file.
   try {
     CreateFolderOf(AbsolutePath(pFile), TFolderAccess::faUserAlone);
   } catch (const EOSError& error) {
@@ -111,7 +111,7 @@ void OpenForWriting(TKIVSQLiteDatabase& pDatabase, const std::u16string& pFile) 
   pDatabase.ConnectToDatabase(pFile, true);
 }
 
-// Within a transaction, so that of several programs only one finds the file empty.
+// Runs within a transaction. So if several programs run it at once, only one finds the file empty.
 void RequireTables(TKIVSQLiteDatabase& pDatabase) {
   if (!THistoryDatabaseReaderWriter::HoldsHistory(pDatabase)) pDatabase.ExecuteQuery(SchemaSQL());
 }
@@ -123,7 +123,7 @@ int64_t CountScans(TKIVSQLiteDatabase& pDatabase, int64_t pRootId) {
   return count;
 }
 
-// A scan to be written; the pattern is empty without a filter.
+// A scan to be written. The pattern is empty without a filter.
 struct TScanRow {
   std::u16string fPath;
   std::u16string fPattern;
@@ -163,8 +163,8 @@ void InsertScan(TKIVSQLiteDatabase& pDatabase, const TScanRow& pRow) {
   pDatabase.ExecuteQuery(insert + ";");
 }
 
-// All that is recorded of a scan but its ID, under the IDs that the target has for its root and pattern, and the how
-// manieth scan it is of those that agree in all of it.
+// Selects everything recorded of a scan except its ID. It uses the IDs that the target has for the scan's root and
+// pattern. Scans with equal values are numbered.
 std::string NumberedScansSQL(std::string_view pSchema) {
   constexpr std::string_view columns =
       "TARGET_ROOTS.ID, S.DATE, S.VERSION, S.SIZE, S.ALLOCATED, S.FILES, S.FREE_SPACE, TARGET_PATTERNS.ID, "
@@ -177,7 +177,7 @@ std::string NumberedScansSQL(std::string_view pSchema) {
       pSchema, columns);
 }
 
-// EXCEPT takes NULLs for equal, which "=" does not.
+// EXCEPT treats NULLs as equal, unlike "=".
 std::string ImportSQL() {
   constexpr std::string_view columns =
       "ROOT_ID, DATE, VERSION, SIZE, ALLOCATED, FILES, FREE_SPACE, PATTERN_ID, EXCLUDED_OBJECTS";
@@ -187,7 +187,8 @@ std::string ImportSQL() {
       columns, NumberedScansSQL("source"), NumberedScansSQL("main"));
 }
 
-// A scan whose root or pattern is not in its file would come in under another filter, or not at all.
+// Refuses a source with scans whose root or pattern is missing there. Such a scan would be imported under another
+// filter, or not at all.
 void RefuseDanglingIds(TKIVSQLiteDatabase& pDatabase, const std::u16string& pSource) {
   const std::string check = "PRAGMA source.foreign_key_check;";
   if (!pDatabase.OpenOrExecuteQuery(check)) return;
@@ -203,12 +204,12 @@ double DayCountOfTime(TKivFileTime pTime) {
 }
 
 TKivFileTime TimeOfDayCount(double pDays) {
-  // Beyond these a file time has no room; they are the years 1601 and 9999.
+  // A file time cannot hold days beyond these limits, the years 1601 and 9999.
   constexpr double kLastDay = 2'958'465;
   if (!(pDays > -static_cast<double>(kDaysTo1899) && pDays <= kLastDay)) return {};
   const double milliseconds = pDays * static_cast<double>(kMillisecondsPerDay);
   const int64_t local = (std::llround(milliseconds) + kDaysTo1899 * kMillisecondsPerDay) * kTicksPerMillisecond;
-  // The offset depends on the very time that it leads to. The second step is for the hours about a change of clocks.
+  // The offset depends on the time that is being computed. The second step corrects the hours around a clock change.
   TKivFileTime time{local - OffsetTicks({local})};
   time.fTicks = local - OffsetTicks(time);
   return time;
@@ -217,7 +218,7 @@ TKivFileTime TimeOfDayCount(double pDays) {
 void THistoryDatabaseReaderWriter::CreateHistoryDatabase(const std::u16string& pDatabase) const {
   TKIVSQLiteDatabase database;
   OpenForWriting(database, pDatabase);
-  if (HoldsHistory(database)) return;  // one that may not be written will do, then
+  if (HoldsHistory(database)) return;  // a history that is read-only is no error here
   TSQLiteTransaction transaction(database);
   RequireTables(database);
   transaction.Commit();
@@ -230,14 +231,14 @@ bool THistoryDatabaseReaderWriter::CheckTableStructure(TKIVSQLiteDatabase& pData
 }
 
 bool THistoryDatabaseReaderWriter::HoldsHistory(TKIVSQLiteDatabase& pDatabase) {
-  // In this order: the tables come all at once, so who sees something sees all of them, even when another program is
-  // about to make them.
+  // The order matters. All tables are created at once, so a program that sees any table sees them all. That holds even
+  // while another program is creating them.
   const std::string tables = TKIVSQLiteDatabase::GetSimpleSelectSQL("name", "sqlite_master");
   const bool holdsSomething = pDatabase.OpenOrExecuteQuery(tables);
   pDatabase.CloseQuery();
   if (holdsSomething && !CheckTableStructure(pDatabase))
     pDatabase.Fail("this is a database of another kind, not a history of scans", tables);
-  // Histories have no number of their own so far; whoever changes what the tables mean is to set one.
+  // Histories have no format number so far. A change to the meaning of the tables must set one.
   const std::string version = "PRAGMA user_version;";
   pDatabase.OpenQuery(version);
   const int64_t number = pDatabase.GetInteger(0);
@@ -254,7 +255,8 @@ void THistoryDatabaseReaderWriter::WriteRootHistoryData(const std::u16string& pD
 
 void THistoryDatabaseReaderWriter::WriteHistoryDataList(const std::u16string& pDatabase,
                                                         const std::vector<TScannedRoot>& pRoots) const {
-  // Asking the system for canonical paths may take long, and nobody else can write once the transaction has begun.
+  // Looking up canonical paths may take long, and no other program can write once the transaction has begun. So it is
+  // done first.
   std::vector<TScanRow> rows;
   for (const TScannedRoot& root : pRoots) rows.push_back(RowOfRoot(root.fPath, *root.fRoot, fVersion));
   TKIVSQLiteDatabase database;
@@ -341,12 +343,12 @@ int64_t THistoryDatabaseReaderWriter::DeleteHistoryData(const std::u16string& pD
 
 int64_t THistoryDatabaseReaderWriter::ImportDataFromTo(const std::u16string& pSource,
                                                        const std::u16string& pTarget) const {
-  if (CanonicalPath(pSource) == CanonicalPath(pTarget)) return 0;  // it would wait for itself
+  if (CanonicalPath(pSource) == CanonicalPath(pTarget)) return 0;  // the import would wait for itself
   TKIVSQLiteDatabase database;
   OpenForReading(database, pSource);
   if (!HoldsHistory(database)) return 0;
   CreateHistoryDatabase(pTarget);
-  // Not to be created when it has just gone: so is what is attached.
+  // OpenForReading does not create the target if it has just been removed. Attached files are not created either.
   OpenForReading(database, pTarget);
   database.AttachDatabase(pSource, "source");
   TSQLiteTransaction transaction(database);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The totals of earlier scans: recorded, read, deleted, imported; `docs/history.md`.
+// Records, reads, deletes and imports the totals of earlier scans. See `docs/history.md`.
 
 #include <cstdint>
 #include <optional>
@@ -13,22 +13,22 @@
 #include "platform/system/FileTime.h"
 #include "search/patterns/PatternInterfaces.h"
 
-// The totals of earlier scans, kept in an SQLite file; docs/history.md describes it.
+// The totals of earlier scans, kept in an SQLite file. docs/history.md describes the file.
 namespace Vantrel::History {
 
 using Vantrel::History::TKIVSQLiteDatabase;
 
-// One scan. Sizes in bytes.
+// One scan. Sizes are in bytes.
 struct THistoryEntry {
-  int64_t fId = 0;  // by which it can be deleted
+  int64_t fId = 0;  // identifies the scan for deletion
   TKivFileTime fDate;
   int64_t fSize = 0;
   int64_t fAllocated = 0;
   int64_t fFiles = 0;
   int64_t fFreeSpace = 0;
-  std::string fVersion;  // of the program; empty when it is not known
+  std::string fVersion;  // of the program; empty if unknown
   std::optional<int64_t> fExcludedObjects;
-  int64_t fUnreadFolders = 0;  // folders that could not be read; without them the totals are incomplete
+  int64_t fUnreadFolders = 0;  // folders that could not be read; if there are any, the totals are incomplete
 };
 
 // The scans of one root under one filter, oldest first.
@@ -44,57 +44,60 @@ struct TScannedRoot {
   TRef<IHierarchicalRoot> fRoot;
 };
 
-// What is in force of the root's filter, as one text, in an order of its own: the order in which patterns were given
-// makes no difference. Empty when nothing is in force. Scans with different texts have different histories.
+// The root's active filter as one text. The patterns are sorted, so their given order makes no difference. Empty
+// without an active filter. Scans with different texts have different histories.
 std::u16string HistoryPattern(const IHierarchicalRoot& pRoot);
 std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns);
 
-// Local date and time as days since 1899-12-30 with the time of day as the fraction. Exact to a millisecond in both
-// directions; of the hour that the end of summer time repeats, one of the two is meant.
+// Local date and time, as days since 1899-12-30 with the time of day as the fraction. It is exact to a millisecond in
+// both directions. For the hour repeated at the end of summer time, one of the two times is used.
 double DayCountOfTime(TKivFileTime pTime);
 TKivFileTime TimeOfDayCount(double pDays);
 
-// Writes and reads history files. Each call opens the file and closes it again; any thread, and other programs, may do
-// so at once. Root paths are brought to their canonical form, so any spelling of a path will do; give that with the
-// wildcards where the root has some. What fails is an EDatabaseError that names the file and the statement; the file is
-// then as it was before. A file of another kind is never written to.
+// Writes and reads history files. Each call opens the file and closes it again. Any thread and other programs may use
+// the file at the same time.
+//
+// Root paths are made canonical, so any spelling of a path works. If a root has wildcards, pass the path with them.
+// Failures throw an EDatabaseError that names the file and the statement; the file then stays as before. A file of
+// another kind is never changed.
 class THistoryDatabaseReaderWriter {
  public:
-  // The program's version, which is recorded with each scan.
+  // pVersion is the program's version, recorded with each scan.
   explicit THistoryDatabaseReaderWriter(std::string pVersion = {}) : fVersion(std::move(pVersion)) {}
 
-  // Makes the file a history, and the folder that it lies in, where they are missing.
+  // Creates the file's folder if it is missing. Makes the file a history unless it is one.
   void CreateHistoryDatabase(const std::u16string& pDatabase) const;
-  // Whether all tables are there.
+  // Whether all tables exist.
   static bool CheckTableStructure(TKIVSQLiteDatabase& pDatabase);
-  // Refuses files of other kinds and of newer versions. False for one that holds nothing at all, as before the first
-  // scan is in it.
+  // Whether the file holds a history. False for an empty file, as before its first scan. EDatabaseError for files of
+  // other kinds and of newer versions.
   static bool HoldsHistory(TKIVSQLiteDatabase& pDatabase);
 
-  // Records the root's last scan, creating the file when it is missing. A scan that could not read some folders is
-  // marked as incomplete. EInvalidOperation when no scan has ended, or it was stopped: its totals would look as if
-  // files had gone.
+  // Records the root's last scan, and creates the file if missing. A scan that could not read some folders is marked as
+  // incomplete. EInvalidOperation when no scan has ended or the last one was stopped. The totals of a stopped scan
+  // would look as if files had been deleted.
   void WriteRootHistoryData(const std::u16string& pDatabase, const std::u16string& pRootPath,
                             IHierarchicalRoot& pRoot) const;
-  // All of them or none.
+  // Records all roots or none.
   void WriteHistoryDataList(const std::u16string& pDatabase, const std::vector<TScannedRoot>& pRoots) const;
 
-  // The scans of a root under a filter, by date. Where letter case tells folders apart, a path with other case is taken
-  // only when neither a history nor a folder has the very path. Where it does not, all spellings are one history.
+  // The scans of a root under a filter, by date. If letter case distinguishes folders, a path in another letter case is
+  // a fallback. It is used only when neither a history nor a folder has the exact path. If letter case does not count,
+  // all spellings share one history.
   std::vector<THistoryEntry> ReadRootHistoryData(const std::u16string& pDatabase, const std::u16string& pRootPath,
                                                  std::u16string_view pPattern = {}) const;
-  // Everything, by path and pattern.
+  // All scans, by path and pattern.
   std::vector<TRootHistory> ReadAllHistoryData(const std::u16string& pDatabase) const;
-  // How many scans of the root there are, whatever the filter.
+  // The number of scans of the root under all filters.
   int64_t GetNumberOfScans(const std::u16string& pDatabase, const std::u16string& pRootPath) const;
-  // Removes one scan, and its root with the last one. Returns how many scans of the root remain. EInvalidArgumentValue
-  // when there is no such scan.
+  // Deletes one scan, and its root with the last scan. Returns the number of scans left of the root.
+  // EInvalidArgumentValue when the scan does not exist.
   int64_t DeleteHistoryData(const std::u16string& pDatabase, int64_t pScanId) const;
-  // Adds the scans of one file to another, which is created when it is missing. A scan is the same when all that is
-  // recorded of it is: what the target has already is not added again. Returns how many scans were added.
+  // Adds the scans of one file to another, which is created if missing. Scans are the same if everything recorded of
+  // them is equal. Scans that the target already has are not added again. Returns the number of scans added.
   int64_t ImportDataFromTo(const std::u16string& pSource, const std::u16string& pTarget) const;
 
-  // The statement that ReadRootHistoryData finds a root's scans with.
+  // The statement by which ReadRootHistoryData finds a root's scans.
   static std::string GetScansSQL(int64_t pRootId, std::optional<int64_t> pPatternId);
 
  private:

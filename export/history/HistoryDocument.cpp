@@ -20,7 +20,7 @@ void THistoryDocument::ExportHistoryFile(const std::u16string& pFile) const {
   const std::string refusal = "The history cannot be copied to " + ToQuotedDisplay(pFile);
   if (CanonicalPath(pFile) == CanonicalPath(fDatabase))
     throw EInvalidArgumentValue(refusal + ": it is the history itself");
-  // What SQLite keeps beside a file belongs to what the file was: it would be played back into the copy.
+  // SQLite's side files belong to the old file. SQLite would apply them to the copy.
   for (const char16_t* suffix : {u"-journal", u"-wal"})
     if (PathExists(CanonicalPath(pFile) + suffix)) throw EInvalidArgumentValue(refusal + ": it is a database in use");
   TKIVSQLiteDatabase database;

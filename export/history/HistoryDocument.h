@@ -1,6 +1,6 @@
 #pragma once
 
-// A whole history taken in and out.
+// Imports and exports whole histories.
 
 #include <cstdint>
 #include <string>
@@ -12,19 +12,21 @@ namespace Vantrel::History {
 
 using History::TRootHistory;
 
-// Takes whole histories into a history file, and out of it. Any thread; others may use the file meanwhile.
+// Imports whole histories into a history file and exports them from it. Any thread. Other programs may use the file
+// meanwhile.
 class THistoryDocument {
  public:
-  // pDatabase: the file of the user's history.
+  // pDatabase is the file of the user's history.
   explicit THistoryDocument(std::u16string pDatabase) : fDatabase(std::move(pDatabase)) {}
 
-  // Adds the scans of another history file that are not here yet. Returns how many those were. EDatabaseError; then
-  // nothing was added.
+  // Adds the scans of another history file that are missing here, and returns their number. On EDatabaseError nothing
+  // was added.
   int64_t ImportHistoryFile(const std::u16string& pFile) const;
-  // A copy of the history as of one moment, in place of what is there only when it is complete. EDatabaseError,
-  // EOSError; EInvalidArgumentValue when the target is the history itself, or a database that somebody is writing to.
+  // Writes a copy of the history as of one moment. The copy replaces an existing file only when it is complete.
+  // EDatabaseError; EOSError; EInvalidArgumentValue when the target is the history itself, or a database to which
+  // another program is writing.
   void ExportHistoryFile(const std::u16string& pFile) const;
-  // Everything that is recorded, by path and pattern. False, with a line for the user, when it cannot be read.
+  // Reads all records, by path and pattern. If they cannot be read, returns false and a line for the user.
   bool TryReadAllHistoryData(std::vector<TRootHistory>& pHistories, std::string& pError) const;
 
  private:

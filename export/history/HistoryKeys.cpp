@@ -34,14 +34,15 @@ bool LetterCaseTellsFoldersApart() {
 
 }  // namespace
 
-// The roots that hold a path's history. Several when a path was recorded in several spellings, and letter case does not
-// count here. The index serves the exact path alone. What walks the whole table is one row per folder ever scanned, not
-// per scan.
+// The roots that hold a path's history. There are several if letter case does not count and the path was recorded in
+// several spellings. The index finds only the exact path. The search through the whole table reads one row per folder
+// ever scanned, not one per scan.
 std::vector<int64_t> FindRoots(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPath) {
   const std::string condition = PathCondition(pPath);
   if (LetterCaseTellsFoldersApart()) {
     if (const std::optional<int64_t> exact = FindId(pDatabase, "ROOTS", condition)) return {*exact};
-    // A folder of that very name has no history yet. That of another folder is not to pass for its own.
+    // The folder exists under this exact name but has no history yet. The history of another folder must not be used
+    // for it.
     if (PathExists(pPath)) return {};
   }
   std::vector<int64_t> ids;
@@ -66,8 +67,7 @@ std::u16string PatternInOrder(std::u16string_view pPattern) {
   return text;
 }
 
-// The rows of a filter, that with the very text first. Earlier versions recorded patterns in the order in which they
-// were given.
+// The rows of a filter, with the exact text first. Earlier versions recorded patterns in the order given.
 std::vector<int64_t> FindPatterns(TKIVSQLiteDatabase& pDatabase, std::u16string_view pPattern) {
   std::vector<int64_t> ids;
   if (const std::optional<int64_t> exact = FindId(pDatabase, "PATTERNS", PatternCondition(pPattern)))

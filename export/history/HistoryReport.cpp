@@ -16,15 +16,15 @@ TMetaDataValue Date(TKivFileTime pDate) {
   return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
 }
 
-// The scan that one is compared with: the last before it in which as many folders could not be read. What an incomplete
-// scan lacks would look like growth in the next whole one.
+// The scan that this one is compared with: the last one before it with the same number of unreadable folders. Otherwise
+// the folders missing from an incomplete scan would look like growth in the next complete one.
 const THistoryEntry* ComparedWith(const std::vector<THistoryEntry>& pEntries, size_t pIndex) {
   for (size_t i = pIndex; i-- > 0;)
     if (pEntries[i].fUnreadFolders == pEntries[pIndex].fUnreadFolders) return &pEntries[i];
   return nullptr;
 }
 
-// Growth in bytes and as a share of what was there.
+// Appends the growth in bytes and as a share of the earlier size.
 void AppendGrowth(std::vector<TMetaDataValue>& pRow, const THistoryEntry* pEarlier, const THistoryEntry& pEntry) {
   if (pEarlier == nullptr) return pRow.resize(pRow.size() + 2);
   const int64_t growth = pEntry.fSize - pEarlier->fSize;
@@ -37,7 +37,7 @@ constexpr char kIncompleteMark = '?';
 constexpr int kRows = 8;
 constexpr int kLeastColumns = 10;
 
-// What a column of the chart shows, in sizes.
+// The sizes that one column of the chart shows.
 struct TSpan {
   int64_t fLeast = 0;
   int64_t fMost = 0;
@@ -71,7 +71,7 @@ class THistoryChart {
   }
 
  private:
-  // As exact as it takes to tell the ends of the scale apart.
+  // Labels have as many digits as needed to tell the ends of the scale apart.
   void MakeLabels() {
     TValueFormat format;
     auto text = [&](int pRow) { return ToUtf8(FormatValue(TColumn::mdSize, SizeOfRow(pRow), format)); };
@@ -87,7 +87,7 @@ class THistoryChart {
     for (std::string& label : fLabels) label.insert(0, width - label.size(), ' ');
   }
 
-  // The sizes may be as far apart as numbers go.
+  // The difference may exceed the range of integers.
   double Extent() const { return static_cast<double>(fMost) - static_cast<double>(fLeast); }
 
   int64_t SizeOfRow(int pRow) const {
@@ -132,14 +132,14 @@ class THistoryChart {
     return line;
   }
 
-  // Nothing is known after the last scan.
+  // No size is known after the last scan.
   size_t LastColumn() const {
     size_t last = fSpans.size() - 1;
     while (!fSpans[last]) --last;
     return last;
   }
 
-  // The last date stands under the end of the line, when there is room.
+  // The last date stands under the end of the line if there is room.
   std::string Dates() const {
     constexpr size_t kDayLength = 10;
     const bool wide = fFirst.size() + fLast.size() + 1 <= fSpans.size();
@@ -152,7 +152,7 @@ class THistoryChart {
   int64_t fLeast = 0;
   int64_t fMost = 0;
   int fRows = 1;
-  std::vector<std::string> fLabels;  // one for each row, of one width
+  std::vector<std::string> fLabels;  // one for each row, all of one width
   std::vector<std::optional<TSpan>> fSpans;
   std::string fFirst;
   std::string fLast;

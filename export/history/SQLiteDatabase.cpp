@@ -31,7 +31,7 @@ std::string EscapedUtf8(std::u16string_view pText) {
   return result;
 }
 
-// False for what is not four digits as EscapedUtf8 writes them.
+// False unless the text is four digits as EscapedUtf8 writes them.
 bool TryReadUnit(std::u16string_view pDigits, char16_t& pUnit) {
   if (pDigits.size() != kEscapeDigits) return false;
   unsigned unit = 0;
@@ -56,7 +56,7 @@ std::u16string Unescaped(std::u16string pText) {
   return pText;
 }
 
-// Absolute: SQLite gives ":memory:" and what begins with "file:" a meaning of its own.
+// The path is made absolute, because SQLite gives ":memory:" and names that begin with "file:" a special meaning.
 std::string FileNameBytes(const std::u16string& pFile) {
   return ToNativeBytes(AbsolutePath(pFile));
 }
@@ -80,7 +80,7 @@ void TKIVSQLiteDatabase::ConnectToDatabase(const std::u16string& pFile, bool pCr
   CloseConnection();
   fFile = pFile;
   const std::string name = FileNameBytes(pFile);
-  // SQLite would take an empty name for a database that nobody sees, and cut a name at its NUL.
+  // SQLite would use a hidden temporary database for an empty name, and would cut a name at its NUL.
   if (name.empty() || name.find('\0') != std::string::npos)
     throw EDatabaseError(fmt::format("The database {} cannot be opened: no such name can be", ToQuotedDisplay(pFile)));
   const int flags = SQLITE_OPEN_READWRITE | (pCreate ? SQLITE_OPEN_CREATE : 0) | SQLITE_OPEN_NOMUTEX;
@@ -92,7 +92,7 @@ void TKIVSQLiteDatabase::ConnectToDatabase(const std::u16string& pFile, bool pCr
     throw EDatabaseError(fmt::format("The database {} cannot be opened: {}", ToQuotedDisplay(pFile), why));
   }
   sqlite3_busy_timeout(fDatabase, pBusyMilliseconds);
-  // Files come from others too: what is hidden in them is not run.
+  // Files may come from other users, so code hidden in them is not run.
   sqlite3_db_config(fDatabase, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   sqlite3_db_config(fDatabase, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
   sqlite3_db_config(fDatabase, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
@@ -204,7 +204,7 @@ void TKIVSQLiteDatabase::RequireSoundFile() {
 }
 
 void TKIVSQLiteDatabase::CopyTo(IByteSink& pTarget) {
-  // What has been read within a transaction stays as it is until its end.
+  // Data read within a transaction does not change until its end.
   ExecuteQuery("BEGIN; SELECT COUNT(*) FROM sqlite_master;");
   RequireSoundFile();
   sqlite3_int64 length = 0;
@@ -249,7 +249,8 @@ std::string TKIVSQLiteDatabase::GetSQLString(std::u16string_view pText) {
 }
 
 TSQLiteTransaction::TSQLiteTransaction(TKIVSQLiteDatabase& pDatabase) : fDatabase(pDatabase) {
-  // IMMEDIATE: who reads first and asks to write afterwards may be refused when two do it at once.
+  // IMMEDIATE takes the write lock at once. If two programs read first and ask to write later, one of them may be
+  // refused.
   fDatabase.ExecuteQuery("BEGIN IMMEDIATE;");
 }
 
@@ -258,7 +259,7 @@ TSQLiteTransaction::~TSQLiteTransaction() {
   try {
     fDatabase.ExecuteQuery("ROLLBACK;");
   } catch (const EDatabaseError&) {
-    // A full disk, for one, has ended it already. Closing the connection does the rest.
+    // An error such as a full disk has already ended the transaction. Closing the connection does the rest.
   }
 }
 

@@ -43,10 +43,10 @@ TMetaDataValue FileChange(const TFileRecord& pNow, const TFileRecord* pThen, TCo
 
 }  // namespace
 
-// Writes rows, of the whole tree or of what lies in one of its folders.
+// Writes rows for the whole tree, or for the contents of one of its folders.
 class TDelimitedExport::TRows final : public TRowWriter {
  public:
-  // The export must outlive it.
+  // pExport must outlive this object.
   explicit TRows(const TDelimitedExport& pExport) : fExport(pExport) {}
 
   std::unique_ptr<TRowWriter> Branch() const override;
@@ -58,10 +58,10 @@ class TDelimitedExport::TRows final : public TRowWriter {
   }
 
  private:
-  // What rows need to know of an open folder.
+  // The data of an open folder that its rows need.
   struct TOpenFolder {
-    size_t fParentLength;  // of the path of the folder around it
-    int64_t fShareBasis;   // the size that shares of what lies in it are of
+    size_t fParentLength;  // of the parent folder's path
+    int64_t fShareBasis;   // the size that shares within the folder refer to
   };
 
   std::string& Line() { return fText.fBytes; }
@@ -85,14 +85,13 @@ class TDelimitedExport::TRows final : public TRowWriter {
   }
 
   const TDelimitedExport& fExport;
-  std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed between the first date and Flush
-  std::string
-      fPath;  // of the row, as it is written: no node need ask its ancestors, and no folder's is converted twice
-  size_t fParentLength = 0;  // of the path of what the row lies in; 0 for the top
-  std::string fName;         // of the row, where names are written
+  std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed from the first date until Flush
+  std::string fPath;  // of the row, as written, so no ancestors are asked and no folder's path is converted twice
+  size_t fParentLength = 0;  // of the path of the row's folder; 0 for the top
+  std::string fName;         // of the row, if names are written
   std::vector<TOpenFolder> fOpen;
 
-  // The earlier files of the folder whose files are written, by name, where the root is compared.
+  // If the root is compared: the earlier files, by name, of the folder whose files are being written.
   const IFolderData* fFolderOfEarlierFiles = nullptr;
   TRef<const TFileTable> fEarlierFiles;
   boost::unordered_flat_map<std::u16string, const TFileRecord*> fEarlierFile;
@@ -119,7 +118,7 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   fFields = {Separator(), Settings().fNeutralizeFormulas};
   fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
   fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
-  // A separator with another character than these is in no bare number and in no date.
+  // Bare numbers and dates hold only these characters. A separator with any other character cannot occur in them.
   fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||
                    fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
@@ -136,7 +135,7 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   });
 }
 
-// A second root goes on below the first one: its captions would be taken for a row.
+// A second root follows the first one's rows without captions, which would be read as a row.
 void TDelimitedExport::WriteHeader() {
   if (!Settings().fIncludeHeader || (Settings().fIncludedObjectTypes & ioFolders) == 0) return;
   std::string line;
@@ -176,7 +175,7 @@ std::unique_ptr<TRowWriter> TDelimitedExport::TRows::Branch() const {
 
 void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName, bool pIsFileGroup) {
   if (fPath.empty())
-    AppendUnambiguous(fPath, pName);  // that of the top, which is a path
+    AppendUnambiguous(fPath, pName);  // the top's name is a path
   else
     AppendNameToPath(fPath, pName, fExport.fDelimiter, pIsFileGroup);
 }
@@ -191,7 +190,7 @@ bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete
     fPath.resize(parentLength);
     return true;
   }
-  // A file's share is of its folder, whether or not a "[Files]" row stands between them.
+  // A file's share refers to its folder, with or without a "[Files]" row between them.
   const bool isGroup = pRow.fFolder.IsFileGroup() && !fOpen.empty();
   fOpen.push_back({parentLength, isGroup ? fOpen.back().fShareBasis : ShareBasis(sizes)});
   return true;
@@ -203,7 +202,7 @@ bool TDelimitedExport::TRows::EndNode(const TExportRow&) {
   return true;
 }
 
-// A file lies in the folder itself: the "[Files]" node around its row is no part of the path.
+// A file lies in the folder itself. The "[Files]" node around its row is not part of the path.
 bool TDelimitedExport::TRows::VisitFile(const TExportRow& pRow) {
   const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
   if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
@@ -236,7 +235,7 @@ void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeVal
   if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
 }
 
-// By what files of one folder are told apart.
+// The key that identifies a file within its folder.
 std::u16string TDelimitedExport::TRows::KeyOf(std::u16string_view pName) const {
   std::u16string key(pName);
   if (fExport.fDelimiter != '/') std::transform(key.begin(), key.end(), key.begin(), UpcaseUnit);
@@ -257,7 +256,7 @@ const TFileRecord* TDelimitedExport::TRows::EarlierFile(const TExportRow& pRow) 
   return found == fEarlierFile.end() ? nullptr : found->second;
 }
 
-// False for a column that tells no change. Cells stay empty when nothing is known of earlier files.
+// False for a column that shows no change. The cell stays empty if the earlier files are unknown.
 bool TDelimitedExport::TRows::AppendFileChange(const TExportRow& pRow, TColumn pColumn) {
   if (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdAllocatedChange && pColumn != TColumn::mdFileChange &&
       pColumn != TColumn::mdSizeChangePercent && pColumn != TColumn::mdChangeState)
@@ -275,7 +274,7 @@ void TDelimitedExport::TRows::AppendNameField(const TExportRow& pRow) {
   AppendEscapedField(Line(), fName, fExport.fFields);
 }
 
-// Numbers and dates, of what the row itself holds. False for all else.
+// Appends numbers and dates that the row itself holds. False for all other columns.
 bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
   const bool isFile = pRow.IsFile();
   switch (pColumn) {
@@ -286,7 +285,7 @@ bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeV
     case TColumn::mdFiles:
       return AppendNumber(pColumn, pSizes.fFiles);
     case TColumn::mdFolders:
-      // A file's cell is empty, as in every list.
+      // A file's cell is empty, as in all lists.
       return isFile || AppendNumber(pColumn, pSizes.fFolders);
     case TColumn::mdPercentOfParent:
       AppendShareOfParent(pSizes);
@@ -323,7 +322,7 @@ void TDelimitedExport::TRows::AppendShareOfParent(const TSizeValues& pSizes) {
     Line() += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fExport.fFormat));
     return;
   }
-  // The same for a million rows: tenths of a per cent, halves away from zero.
+  // A fast form for a million rows, with the same result: tenths of a per cent, halves rounded away from zero.
   const auto tenths = std::llround(share * 100.0 * 10);
   AppendInteger(Line(), tenths / 10);
   Line() += fExport.fDecimalSeparator;
@@ -350,7 +349,7 @@ void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   if (!top) return;
   const TValueFormat format = ValueFormat();
   WalkTree(*top, [&](const TExportRow& pRow) {
-    // Neither the sum of a folder's files nor what has gone is a path of the storage.
+    // A "[Files]" row has no path in the storage, and neither has a deleted item.
     if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;
     if (pRow.fFolder.GetFolderState() & fsIsDummyForComparison) return true;
     const TRef<IHierarchicalElement> element = pRow.Element();

@@ -1,6 +1,6 @@
 #pragma once
 
-// The tree as lines for programs: CSV, tab-separated text; the list of paths.
+// Exports the tree as lines for programs: CSV, tab-separated text, and the list of paths.
 
 #include <memory>
 #include <string>
@@ -14,9 +14,8 @@
 
 namespace Vantrel::Exporting {
 
-// The tree as lines for programs: a row per folder or file, fields quoted where they need it. Rows of a million files
-// are written in little more time than their bytes take, so values are read from the tree directly where that is
-// possible, and several threads write.
+// Exports the tree as lines for programs, one row per folder or file. Fields are quoted if needed. Speed matters for a
+// million files. So values are read directly from the tree where possible, and several threads write.
 class TDelimitedExport : public TBaseTextExport {
  protected:
   explicit TDelimitedExport(const TMediaSettings& pSettings);
@@ -29,30 +28,30 @@ class TDelimitedExport : public TBaseTextExport {
   void ChooseColumns();
   void WriteHeader();
   bool WriteRow(std::string_view pRow);
-  // For whichever thread writes rows just now.
+  // Lends a formatter to the thread that is writing rows.
   std::unique_ptr<TIsoLocalFormatter> TakeDateFormatter() const;
   void GiveDateFormatter(std::unique_ptr<TIsoLocalFormatter> pFormatter) const;
 
-  // The same for all rows of a root.
+  // The next values are the same for all rows of a root.
   TValueFormat fFormat;
   TDelimitedFormat fFields;
   char fDelimiter = 0;
   std::string fDecimalSeparator;
-  bool fQuotesNumbers = false;  // where they need it: the separator may turn up in numbers and dates
+  bool fQuotesNumbers = false;  // quotes numbers and dates if needed, because the separator may occur in them
   bool fSharesOfAllocated = false;
 
   mutable TCriticalSection fLock;
-  // Not in use; they remember what they have asked the system for, so they serve again.
+  // Formatters not in use. They are reused because they remember what they have asked the system.
   mutable std::vector<std::unique_ptr<TIsoLocalFormatter>> fDateFormatters GUARDED_BY(fLock);
 };
 
-// Fields between tabs; takes the settings of text.
+// Fields separated by tabs, with the settings of text.
 class TTextExport : public TDelimitedExport {
  public:
   explicit TTextExport(const TMediaSettings& pText) : TDelimitedExport(TabSettings(pText)) {}
 };
 
-// Fields between the separators of the settings, a comma unless somebody has chosen another one.
+// Fields with the separator from the settings, a comma by default.
 class TCSVExport : public TDelimitedExport {
  public:
   explicit TCSVExport(const TMediaSettings& pSettings) : TDelimitedExport(pSettings) {}
@@ -62,8 +61,8 @@ class TCSVExport : public TDelimitedExport {
   std::u16string_view OwnSeparator() const override { return {}; }
 };
 
-// A path per line. Further columns, where the settings name some, follow behind three blanks each. With pBytesOfNames
-// paths are the bytes by which the system knows them, and no columns follow: for an output whose lines end with NUL.
+// One path per line. Further columns from the settings follow, each after three blanks. With pBytesOfNames the paths
+// are written as the system's bytes, without further columns. That form suits an output whose lines end with NUL.
 class TPathListExport : public TFileStreamExport {
  public:
   explicit TPathListExport(const TMediaSettings& pSettings, bool pBytesOfNames = false);

@@ -9,14 +9,14 @@ namespace Vantrel::Exporting {
 
 namespace {
 
-// Also of a field that ends like a separator: "a:" before "::" would be read as "a" before a field that begins with
-// ":".
+// Whether the text holds the separator, or ends like its beginning. For example, the field "a:" before the separator
+// "::" would be read as "a", and the next field would begin with ":".
 bool HoldsSeparator(std::string_view pText, const std::string& pSeparator) {
   return (std::string(pText) + pSeparator).find(pSeparator) < pText.size();
 }
 
 bool NeedsQuotes(std::string_view pText, const std::string& pSeparator) {
-  // One by one: the library looks for one character in many at a time, but for one of several in one after the other.
+  // Searches one character at a time, since the library searches fast only for a single character.
   auto holds = [pText](char pCharacter) { return pText.find(pCharacter) != std::string_view::npos; };
   return holds('"') || holds('\r') || holds('\n') || (holds(pSeparator.front()) && HoldsSeparator(pText, pSeparator));
 }
@@ -25,7 +25,7 @@ bool LooksLikeFormula(std::string_view pText) {
   return !pText.empty() && std::string_view("=+-@\t\r").find(pText.front()) != std::string_view::npos;
 }
 
-// Whether a backslash before this text would be read as the beginning of an escape.
+// Whether the text after a backslash would be read as an escape.
 bool ContinuesEscape(std::u16string_view pText) {
   const auto hasDigits = [pText](size_t pCount) {
     const auto isDigit = [](char16_t c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F'); };
@@ -88,7 +88,7 @@ void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pForm
 void AppendUnambiguous(std::string& pTarget, std::u16string_view pText) {
   const size_t begin = pTarget.size();
   AppendUtf8Escaped(pTarget, pText);
-  // Nearly always there is no backslash, neither of the name's nor of an escape.
+  // Most names hold no backslash and no escape.
   if (pTarget.find('\\', begin) == std::string::npos) return;
   pTarget.resize(begin);
   for (size_t end = pText.find(u'\\'); end != std::u16string_view::npos; end = pText.find(u'\\')) {

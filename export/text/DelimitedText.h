@@ -1,6 +1,6 @@
 #pragma once
 
-// Fields of a line for programs: separators, quotes, formulas made harmless.
+// The fields of a line for programs: separators, quotes, and protection against formulas.
 
 #include <string>
 #include <string_view>
@@ -9,44 +9,45 @@
 
 namespace Vantrel::Exporting {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // by which spreadsheets tell UTF-8
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // spreadsheets recognise UTF-8 by it
 
-// How fields become a line that programs read back: joined by a separator and quoted as RFC 4180 says.
+// How fields form a line that programs can read back: joined by a separator and quoted as in RFC 4180.
 struct TDelimitedFormat {
   std::string fSeparator = ",";      // UTF-8, not empty
   bool fNeutralizeFormulas = false;  // see AppendTextField
-  bool fByteOrderMark = false;       // at the beginning of the output
+  bool fByteOrderMark = false;       // at the start of the output
 };
 
-// The settings of tab-separated text, made of those of text: like CSV but for the tabs. Sizes are bytes unless a unit
-// was chosen for text.
+// The settings of tab-separated text, made from the settings of text. Values are written as in CSV, but with tabs.
+// Sizes are bytes unless a unit was chosen for text.
 TMediaSettings TabSettings(TMediaSettings pText);
 
-// The format for values in such a line. A digit group that could be taken for the end of a field, or of the whole
-// number, is not set apart.
+// The value format for such a line. Digits are not grouped if the group separator could be taken for the end of a field
+// or of the number.
 TValueFormat WithoutMisleadingGroups(TValueFormat pFormat, const TDelimitedFormat& pDelimited);
 
-// Append one field to a line; the separator between fields is the caller's. A field that holds the separator, ends
-// like one, or holds a double quote, CR or LF is put in double quotes, those inside doubled.
+// These functions append one field to a line. The caller writes the separators. A field is put in double quotes if it
+// holds the separator, ends like one, or holds a double quote, CR or LF. Quotes inside are doubled.
 //
-// Of names and other texts from outside, as AppendUnambiguous writes them. A spreadsheet takes a field that begins with
-// "=", "+", "-", "@", tab or CR for a formula; with fNeutralizeFormulas such a text gets an apostrophe in front.
+// AppendTextField takes names and other texts from outside and writes them like AppendUnambiguous. A spreadsheet takes
+// a field that begins with "=", "+", "-", "@", tab or CR for a formula. With fNeutralizeFormulas such a text gets an
+// apostrophe in front.
 void AppendTextField(std::string& pLine, std::u16string_view pText, const TDelimitedFormat& pFormat);
-// The same of a text that AppendUnambiguous has written.
+// Like AppendTextField, for a text already written by AppendUnambiguous.
 void AppendEscapedField(std::string& pLine, std::string_view pText, const TDelimitedFormat& pFormat);
-// Of texts of the program's own making, such as numbers, dates and captions; UTF-8.
+// For the program's own texts, such as numbers, dates and captions. pText is UTF-8.
 void AppendOwnField(std::string& pLine, std::string_view pText, const TDelimitedFormat& pFormat);
-// Of what somebody has written to the end of the line, from pBegin on.
+// Quotes the end of the line, from pBegin on, if needed.
 void QuoteField(std::string& pLine, size_t pBegin, const TDelimitedFormat& pFormat);
 
-// Appends a name or path as UTF-8, so that it can be told from every other one. What UTF-8 cannot hold becomes a
-// visible escape, "\xFF" for an undecodable byte and "\uD800" for a lone surrogate. A backslash that would be read as
-// the beginning of an escape is written "\x5C". All else, control characters too, stays as it is.
+// Appends a name or path as UTF-8, so that different names stay different. What UTF-8 cannot hold becomes a visible
+// escape: "\xFF" for an undecodable byte, "\uD800" for a lone surrogate. A backslash that would be read as the start of
+// an escape is written "\x5C". All else stays as it is, control characters too.
 void AppendUnambiguous(std::string& pTarget, std::u16string_view pText);
-// The same for a name that follows a path, which is not empty; the delimiter is put in between. A name that is that of
-// the "[Files]" rows gets "\x5B" for its bracket, unless it is such a row's.
+// Appends a name to a path, which is not empty, with the delimiter in between. A name equal to that of the "[Files]"
+// rows gets "\x5B" for its bracket, unless the row is a "[Files]" row.
 void AppendNameToPath(std::string& pPath, std::u16string_view pName, char pDelimiter, bool pIsFileGroup);
-// Such a name alone.
+// Appends such a name without a path.
 void AppendName(std::string& pTarget, std::u16string_view pName, bool pIsFileGroup);
 
 }  // namespace Vantrel::Exporting

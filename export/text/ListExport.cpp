@@ -26,7 +26,7 @@ std::vector<std::string> RowTexts(const TListTable& pTable, const std::vector<TM
   return texts;
 }
 
-// The last column is the one with the long paths: padding those would make every other row as long.
+// The last column often holds long paths. Padding them would make every other row as long.
 std::string WithoutTrailingBlanks(std::string pLine) {
   pLine.resize(pLine.find_last_not_of(' ') + 1);
   return pLine;

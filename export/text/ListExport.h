@@ -1,6 +1,6 @@
 #pragma once
 
-// Such a list as text for people and as lines for programs.
+// Writes a list as text for people or as lines for programs.
 
 #include "export/text/DelimitedText.h"
 #include "export/text/ListTables.h"
@@ -8,17 +8,18 @@
 
 namespace Vantrel::Exporting {
 
-// Write a list to an output. False when the output could not take it all; no further line is tried then.
+// These functions write a list to an output. They return false when the output cannot take a line, and then try no
+// further line.
 
-// For people: title, captions, underline, and a row per line in columns of fixed width. Set apart by an empty line from
-// what the output already holds.
+// Writes a list for people: title, captions, underline, and one row per line in columns of fixed width. An empty line
+// separates it from earlier output.
 bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput);
 
-// For programs: a line per row, the captions in the first when pWithHeader; no title. Numbers are not grouped where the
-// thousands separator could be taken for that of the fields or of the decimals.
+// Writes a list for programs: one row per line, without a title. With pWithHeader the first line holds the captions.
+// Numbers are not grouped if the group separator could be taken for that of the fields or the decimals.
 bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
                           bool pWithHeader, ILineOutput& pOutput);
-// The same as settings say that are in effect.
+// The same, with the format from the effective settings.
 bool WriteListAsDelimited(const TListTable& pTable, const TMediaSettings& pSettings, ILineOutput& pOutput);
 
 }  // namespace Vantrel::Exporting

@@ -13,7 +13,7 @@ namespace Vantrel::Exporting {
 
 namespace {
 
-// The lists' names.
+// The names of the lists.
 constexpr std::u16string_view kTopFiles = u"topfiles";
 constexpr std::u16string_view kExtensions = u"extensions";
 constexpr std::u16string_view kUsers = u"users";
@@ -27,7 +27,7 @@ TMetaDataValue Date(TKivFileTime pDate) {
   return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
 }
 
-// Shares of a root, each reckoned as the tree's own column does.
+// Computes shares of a root in the same way as the tree's share column.
 class TShares {
  public:
   TShares(IHierarchicalRoot& pRoot, const IFolderData& pTop)
@@ -52,7 +52,7 @@ TListTable NewList(std::u16string_view pWhat, std::u16string_view pName, const I
   return {std::move(title), pName, std::move(pColumns), {}};
 }
 
-// What follows the first columns in every list of sums.
+// Every list of sums has these columns after its first ones.
 void AppendSumColumns(std::vector<TListColumn>& pColumns) {
   for (TColumn column : {TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdPercentOfRoot})
     pColumns.push_back(Catalogued(column));
@@ -71,8 +71,9 @@ std::vector<TKeyedSizeValues> BySize(const ICustomAssocSizeArray& pArray) {
   return entries;
 }
 
-// The list of largest files knows no owners, but the tables of their folders do. Each of those is walked once: looking
-// up file by file would take hours for a hundred thousand files in one folder. The files come largest first.
+// The list of largest files holds no owners, but the file tables of their folders do. Each table is walked once.
+// Searching it for each file would take hours for a hundred thousand files in one folder. pFiles is sorted by size, the
+// largest first.
 std::vector<TMetaDataValue> OwnersOf(const std::vector<TTopSizeEntry>& pFiles) {
   std::unordered_map<IHierarchicalElement*, std::unordered_map<std::u16string_view, size_t>> wanted;
   for (size_t i = 0; i < pFiles.size(); ++i)
@@ -119,7 +120,7 @@ TListTable TopFilesList(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   const TRef<ITopSizeList> list = top ? pRoot.GetTopSizeList() : nullptr;
   const bool withOwners = pRoot.GetScanConfiguration()->GetDoUsersStatistics();
-  // The path comes last: where it is long, nothing is pushed out of sight by it.
+  // The path is the last column, so a long path pushes no other column out of sight.
   std::vector<TListColumn> columns;
   for (TColumn column : {TColumn::mdName, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdPercentOfRoot,
                          TColumn::mdLastChange, TColumn::mdLastAccess, TColumn::mdCreation, TColumn::mdAttributes})
@@ -239,7 +240,7 @@ TListTable DriveList() {
 }
 
 TListTable DriveList(std::span<const TVolumeInformation> pDrives) {
-  // Where paths begin with a slash, drives are known by their devices.
+  // On systems whose paths begin with a slash, drives are identified by their devices.
   const std::u16string label = NativePathDelimiter() == u'/' ? u"Device" : u"Label";
   TListTable table{u"Drives",
                    u"drives",
@@ -257,7 +258,8 @@ TListTable DriveList(std::span<const TVolumeInformation> pDrives) {
       row.emplace_back(drive.fTotalBytes);
       row.emplace_back(drive.fUsedBytes);
       row.emplace_back(drive.fFreeBytes);
-      // Of what its user can have at most: what is kept back for the system is never free, so a full drive shows 100 %.
+      // The base is the space that the user can have. Space reserved for the system is never free, so a full drive
+      // shows 100 %.
       const int64_t usable = std::max<int64_t>(drive.fUsedBytes + drive.fFreeBytes, 1);
       row.emplace_back(static_cast<double>(drive.fUsedBytes) / static_cast<double>(usable));
     }

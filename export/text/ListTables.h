@@ -13,7 +13,8 @@
 
 namespace Vantrel::Exporting {
 
-// A column of a list: the catalogue's column says how its values are formatted, the caption may be another.
+// A column of a list. The catalogue's column says how its values are formatted. The caption may differ from the
+// catalogue's.
 struct TListColumn {
   std::u16string fCaption;
   TColumn fColumn;
@@ -22,34 +23,33 @@ struct TListColumn {
 // A list beside the tree, ready to be written.
 struct TListTable {
   std::u16string fTitle;      // "Largest files of /data"
-  std::u16string_view fName;  // "topfiles": ASCII, goes into file names
+  std::u16string_view fName;  // such as "topfiles": ASCII, used in file names
   std::vector<TListColumn> fColumns;
-  std::vector<std::vector<TMetaDataValue>> fRows;  // a raw value per column
+  std::vector<std::vector<TMetaDataValue>> fRows;  // one raw value per column
 };
 
-// The lists of one root, of what its tree holds at the moment. Where the scan did not collect what a list shows, there
-// are no rows and the title ends with "(not collected)". Shares are of the whole root, in the sizes that the root's
-// shares are of.
+// The lists of one root, from its tree as it is now. If the scan did not collect the data, the list has no rows and its
+// title ends with "(not collected)". Shares refer to the whole root, in the sizes that the root uses for shares.
 
-// The largest files, as the root remembers them, by size. Owners are there when the scan collected them; the cell is
+// The largest files that the root remembers, by size. Owners appear if the scan collected them. The owner's cell is
 // empty for a file that the scan did not keep.
 TListTable TopFilesList(IHierarchicalRoot& pRoot);
-// Extensions by size, with the standard file-type groups that each counts in; equal sizes by extension.
+// Extensions by size, with the standard file-type groups that hold each. Equal sizes are sorted by extension.
 TListTable ExtensionsList(IHierarchicalRoot& pRoot);
-// Owners by size, equal sizes by name.
+// Owners by size. Equal sizes are sorted by name.
 TListTable UsersList(IHierarchicalRoot& pRoot);
-// The intervals of the scan, from the youngest on, those without files too.
+// The scan's age intervals, the youngest first, including those without files.
 TListTable FileAgesList(IHierarchicalRoot& pRoot);
 
-// Those of them that the options ask for.
+// The lists that the options ask for.
 std::vector<TListTable> ChosenLists(IHierarchicalRoot& pRoot, const TGlobalOptions& pOptions);
-// Their names alone.
+// Only the names of these lists.
 std::vector<std::u16string_view> ChosenListNames(const TGlobalOptions& pOptions);
 
-// The drives of this machine, by path. One that does not answer within a few seconds, or has no sizes, has empty cells.
-// "% Used" is of what is used and free, as df reckons it.
+// The drives of this machine, by path. A drive that does not answer within a few seconds, or has no sizes, has empty
+// cells. "% Used" refers to the sum of used and free space, as in df.
 TListTable DriveList();
-// The same of these drives.
+// The same for the given drives.
 TListTable DriveList(std::span<const TVolumeInformation> pDrives);
 
 }  // namespace Vantrel::Exporting

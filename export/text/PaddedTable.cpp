@@ -58,7 +58,7 @@ std::string TPaddedTable::Underline() const {
 
 std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const TValueFormat& pFormat) {
   std::string text = ToUtf8(pCaption);
-  // Bare numbers of bytes are in no unit.
+  // A plain number of bytes carries no unit.
   const bool sharesUnit = !pFormat.fPlainByteValues && pFormat.fSizeUnit != TSizeUnit::suAutomatic;
   if (sharesUnit && ColumnInfo(pColumn).fKind == TColumnKind::ckSize)
     text += " (" + ToUtf8(UnitName(pFormat.fSizeUnit)) + ")";

@@ -10,18 +10,18 @@
 
 namespace Vantrel::Exporting {
 
-// A table of fixed width, line by line: cells padded with blanks to the widest text of their column, numbers to the
-// right. All texts are UTF-8 and safe to show; widths are columns of a terminal. Every row is measured before the first
-// is made.
+// Makes a table of fixed width line by line. Cells are padded with blanks to the widest text of their column; numbers
+// are aligned right. All texts are UTF-8 and safe to show. Widths are in terminal columns. Measure every row before
+// making the first.
 class TPaddedTable {
  public:
   TPaddedTable() = default;
-  // The columns say how cells are aligned.
+  // pColumns tells how cells are aligned.
   TPaddedTable(std::vector<TColumn> pColumns, std::string pSeparator);
 
-  // One cell per column.
+  // pCells has one cell per column.
   void Measure(const std::vector<std::string>& pCells);
-  // Makes a column narrower, but not below a least width, so that rows take at most so many columns in all.
+  // Narrows a column so that rows take at most pMaximumWidth columns. The column keeps a minimum width.
   void LimitRowWidth(size_t pColumn, int pMaximumWidth);
 
   // A cell that is too wide is shortened.
@@ -35,10 +35,10 @@ class TPaddedTable {
   std::string fSeparator;
 };
 
-// The caption of a column, with the unit where all values of the column share one that they do not name: "Size (MB)".
+// The caption of a column. It includes the unit if all values share one and do not show it: "Size (MB)".
 std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const TValueFormat& pFormat);
 
-// The text cut to so many display columns, the last of them an ellipsis when something was cut.
+// Cuts the text to pWidth display columns. If something was cut, the last column is an ellipsis.
 std::string ShortenedToWidth(std::string_view pUtf8, int pWidth);
 
 }  // namespace Vantrel::Exporting

@@ -12,7 +12,7 @@ namespace {
 
 std::string SizeText(int64_t pBytes, const TValueFormat& pFormat) {
   TValueFormat format = pFormat;
-  format.fShowUnits = true;  // no header line names the unit here
+  format.fShowUnits = true;  // no header line shows the unit here
   return ToUtf8(FormatValue(TColumn::mdSize, pBytes, format));
 }
 
@@ -39,7 +39,7 @@ std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TVal
                                       size_t pListedErrors) {
   std::vector<TScanError> errors = pRoot.GetErrors();
   if (errors.empty()) return {};
-  // Threads record errors in any order; the report's order is fixed.
+  // Threads record errors in any order. Sorting gives the report a fixed order.
   std::sort(errors.begin(), errors.end(),
             [](const TScanError& pA, const TScanError& pB) { return pA.fPath < pB.fPath; });
   const auto count = static_cast<int64_t>(errors.size());
@@ -76,7 +76,7 @@ std::string DriveInformation(const IHierarchicalRoot& pRoot, const TValueFormat&
   if (!storage.fLabel.empty()) kind += (kind.empty() ? "" : ", ") + ToDisplay(storage.fLabel);
   std::string text = ToDisplay(storage.fMountPoint);
   if (!kind.empty()) text += text.empty() ? kind : " (" + kind + ")";
-  // A file system without storage of its own tells no sizes.
+  // A file system without storage of its own reports no sizes.
   if (storage.fTotalBytes > 0) {
     text +=
         fmt::format("{}Total: {}  Free: {} ({})", text.empty() ? "" : "  ", SizeText(storage.fTotalBytes, pFormat),
@@ -96,7 +96,7 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
                                   ToDisplay(exclusion.fReason)));
   }
   const int64_t duration = pRoot.GetScanDuration();
-  // A file tells when its scan began, not how long it took.
+  // A file holds the time when its scan began, but not its duration.
   const bool isLoaded = (pRoot.GetState() & rsIsXMLImport) != 0;
   if (pRoot.GetState() & rsCancelled) {
     lines.push_back(fmt::format("The scan was cancelled{}: the totals cover only the part that was scanned.",
@@ -110,7 +110,7 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
     return lines;
   }
   line += " in " + SecondsText(duration);
-  // A rate from a scan shorter than the clock's step says nothing.
+  // If a scan is shorter than the clock's step, its rate means nothing.
   if (duration >= 10) {
     const int64_t entries = progress.fFiles + progress.fFolders + progress.fExcludedObjects;
     const int64_t rate = entries * 1000 / duration;

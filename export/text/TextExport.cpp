@@ -11,7 +11,7 @@ namespace Vantrel::Exporting {
 
 namespace {
 
-constexpr int64_t kLinesOfAnEarlierReport = 5;  // an output with more lines than this holds a report already
+constexpr int64_t kLinesOfAnEarlierReport = 5;  // an output with more lines already holds a report
 constexpr int kRuleLength = 48;
 
 }  // namespace
@@ -92,8 +92,8 @@ void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
   WriteLine("");
 }
 
-// The table's rows are made twice, once to measure and once to write: kept in memory in between, the texts of a million
-// folders would take more room than the tree.
+// The table's rows are made twice, to measure and to write. The texts of a million folders would take more memory than
+// the tree, so they are not kept.
 void TFormattedTextExport::WriteTable(IFolderData& pTop) {
   MeasureColumns(pTop);
   LimitNameWidth();

@@ -1,6 +1,6 @@
 #pragma once
 
-// Exports as lines of text; the formatted report.
+// The base of exports as lines of text, and the formatted report.
 
 #include <string>
 #include <string_view>
@@ -11,8 +11,8 @@
 
 namespace Vantrel::Exporting {
 
-// Exports as lines of text, one row per line, cells joined by a separator. The flavours fix the separator and the form
-// of a row.
+// Exports lines of text, one row per line, with cells joined by a separator. Derived classes set the separator and the
+// form of a row.
 class TBaseTextExport : public TFileStreamExport {
  public:
   TMediaType MediaType() const override { return TMediaType::mtText; }
@@ -20,26 +20,26 @@ class TBaseTextExport : public TFileStreamExport {
  protected:
   using TFileStreamExport::TFileStreamExport;
 
-  // The flavour's own separator; empty to take that of the settings.
+  // The separator of the derived class, or empty to use the one from the settings.
   virtual std::u16string_view OwnSeparator() const { return u"\t"; }
   std::string Separator() const;
-  // The column's caption, with the unit where all values of the column share one: "Size (MB)".
+  // The column's caption. It includes the unit if all values share one: "Size (MB)".
   std::string HeaderText(TColumn pColumn) const;
-  // The cell's text, one line, safe to show.
+  // The cell's text on one line, safe to show.
   virtual std::string CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const;
   // One text per column.
   std::vector<std::string> HeaderCells() const;
   std::vector<std::string> RowCells(const TExportRow& pRow, const TValueFormat& pFormat) const;
 };
 
-// A table of fixed width under a head block, for people: the report on the console, and in text files.
+// A table of fixed width under a head block, for people. It is the report on the console and in text files.
 class TFormattedTextExport : public TBaseTextExport {
  public:
-  // The options must outlive the exporter.
+  // pOptions must outlive the exporter.
   TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions, std::string pProgramName);
 
-  // Columns that a line may take, 0 for any number. Where a row would be wider, names are shortened: a name of 200
-  // characters would otherwise break every line of the table on a terminal.
+  // Sets the columns that a line may take; 0 means no limit. Names are shortened if a row would be wider. On a
+  // terminal, a name of 200 characters would otherwise wrap every line of the table.
   void SetMaximumWidth(int pColumns) { fMaximumWidth = pColumns; }
 
  protected:
@@ -57,9 +57,9 @@ class TFormattedTextExport : public TBaseTextExport {
   const std::string fProgramName;
   int fMaximumWidth = 0;
   TValueFormat fFormat;
-  const IComparison* fComparison = nullptr;  // while an export runs: the root's, if any
-  std::string fTopName;                      // while an export runs: what the top row is called
-  TPaddedTable fTable;                       // likewise
+  const IComparison* fComparison = nullptr;  // the root's comparison, if any; set while an export runs
+  std::string fTopName;                      // the name of the top row; set while an export runs
+  TPaddedTable fTable;                       // set while an export runs
 };
 
 }  // namespace Vantrel::Exporting

@@ -16,7 +16,7 @@ TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
   format.fSizeUnit = pSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : pSettings.fSizeUnit;
   format.fPlainByteValues = pSettings.fUsePlainByteValues;
-  // A fixed unit stands in the header line, once.
+  // A fixed unit is written once, in the header line.
   format.fShowUnits = pSettings.fShowUnits && pSettings.fAutomaticUnit && !pSettings.fUsePlainByteValues;
   return format;
 }
@@ -28,7 +28,7 @@ TRef<IHierarchicalElement> TExportRow::Element() const {
 
 namespace {
 
-// Equal ones stay in the order in which they are.
+// Equal items keep their order.
 template <class TItem, class TValueOf>
 void SortByColumn(std::vector<TItem>& pItems, bool pDescending, const TValueOf& pValueOf) {
   std::vector<std::pair<TMetaDataValue, TItem>> keyed;
@@ -43,7 +43,7 @@ void SortByColumn(std::vector<TItem>& pItems, bool pDescending, const TValueOf& 
   std::transform(keyed.begin(), keyed.end(), pItems.begin(), [](auto& pItem) { return std::move(pItem.second); });
 }
 
-// The largest change first, whichever way it goes.
+// Sorts by the amount of change, the largest first, whether growth or shrinkage.
 TMetaDataValue AmountOfChange(const IFolderData& pFolder) {
   const TMetaDataValue value = pFolder.GetValue(TColumn::mdSizeChange);
   const auto* change = std::get_if<int64_t>(&value);
@@ -63,7 +63,7 @@ std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolde
   std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
     return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || pChild->GetSize() < fSettings.fSmallestFolder;
   });
-  // As they come, they are in the tree's order.
+  // The files are already in the tree's order.
   if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
     SortByColumn(children, order->fDescending, [&](const auto& pChild) { return pChild->GetValue(order->fColumn); });
   } else if (fSortByChange && !order) {
@@ -72,7 +72,7 @@ std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolde
   return children;
 }
 
-// Those of a folder with sub-folders stand beneath its "[Files]" node, where there are such rows.
+// The files of a folder with sub-folders lie beneath its "[Files]" node, if such rows are exported.
 TRef<const TFileTable> TBaseExport::IncludedFiles(const IFolderData& pFolder) const {
   if (!Includes(ioFiles) || (Includes(ioFileGroups) && !pFolder.IsFileGroup() && pFolder.GetFilesNode()))
     return nullptr;
@@ -89,10 +89,10 @@ std::vector<uint32_t> TBaseExport::OrderOfFiles(IFolderData& pFolder, const TFil
   return indices;
 }
 
-// The walk keeps one entry per open level instead of a call per level: trees are deeper than stacks.
+// The walk keeps one entry per open level and does not recurse, because trees can be deeper than the stack.
 class TBaseExport::TWalk {
  public:
-  // pLevel: of the topmost folder.
+  // pLevel is the level of the topmost folder.
   TWalk(const TBaseExport& pExport, IExportVisitor& pVisitor, int32_t pLevel)
       : fExport(pExport), fVisitor(pVisitor), fTopLevel(pLevel) {}
 
@@ -110,7 +110,7 @@ class TBaseExport::TWalk {
   struct TOpenFolder {
     TRef<IFolderData> fFolder;
     std::vector<TRef<IFolderData>> fChildren;
-    TRef<const TFileTable> fFiles;  // nullptr when none are exported
+    TRef<const TFileTable> fFiles;  // nullptr when no files are exported
     size_t fNext = 0;
   };
 
@@ -119,7 +119,7 @@ class TBaseExport::TWalk {
     const TExportRow row{.fFolder = *pFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*pFolder)};
     if (fVisitor.TakesBranch(row)) return true;
     TOpenFolder folder;
-    // A folder that is not included itself still leads to those beneath it.
+    // A folder that is not included still leads to those beneath it.
     if (level < fExport.Settings().fRecursionLevel.fLevel) {
       folder.fChildren = fExport.IncludedChildren(*pFolder);
       folder.fFiles = fExport.IncludedFiles(*pFolder);
@@ -158,14 +158,14 @@ bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
 // --- on several threads ----------------------------------------------------------------------------------------------
 
 int64_t TBaseExport::RowsOf(const IFolderData& pFolder) const {
-  constexpr int64_t kVeryMany = 1 << 30;  // a file may claim any number
+  constexpr int64_t kVeryMany = 1 << 30;  // limits the count, because a scan file may claim any number
   TSizeValues values = pFolder.GetValues();
   if (fGoneSince) values.fFolders += std::min(fGoneSince->EarlierValues(pFolder).fFolders, kVeryMany);
   return 1 + std::min(values.fFolders, kVeryMany) + (Includes(ioFiles) ? std::min(values.fFiles, kVeryMany) : 0);
 }
 
-// Leaves small branches to other threads, siblings together as long as they are small, and sees to the folders above
-// them itself: whatever the shape of the tree, a piece stays small and no thread gets all the work.
+// Gives small branches to other threads, and groups small siblings. It writes the folders above them itself. So every
+// piece stays small for any shape of tree, and no thread gets all the work.
 class TBaseExport::TBranchingVisitor final : public IExportVisitor {
  public:
   TBranchingVisitor(const TBaseExport& pExport, TRowWriter& pWriter, TParallelText& pText)
@@ -193,7 +193,7 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
   static constexpr int64_t kRowsPerPiece = 500;
   static constexpr size_t kLongText = 128 * 1024;
 
-  // Chains of folders and huge folders are never a small branch.
+  // Long chains of folders and huge folders are never small branches, so their text is sent when it grows long.
   bool SendLongText() { return fWriter.fText.fBytes.size() < kLongText || SendText(); }
 
   bool SendText() {
@@ -201,7 +201,7 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
     return fWriter.fText.fBytes.empty() || fText.Add(fWriter.fText);
   }
 
-  // All of them lie in the innermost open folder.
+  // All collected branches lie in the innermost open folder.
   bool SendBranches() {
     if (fBranches.empty()) return true;
     if (!SendText()) return false;
@@ -219,9 +219,9 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
   const TBaseExport& fExport;
   TRowWriter& fWriter;
   TParallelText& fText;
-  std::vector<TRef<IFolderData>> fBranches;  // siblings, not sent yet
-  int32_t fLevel = 0;                        // theirs
-  int64_t fRows = 0;                         // of them
+  std::vector<TRef<IFolderData>> fBranches;  // siblings not sent yet
+  int32_t fLevel = 0;                        // the level of fBranches
+  int64_t fRows = 0;                         // the rows of fBranches
 };
 
 bool TBaseExport::WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The base of all exporters: columns, settings, the walk over the tree, lines to an output.
+// The base of all exporters: columns, settings, the walk over the tree, and lines written to an output.
 
 #include <cstdint>
 #include <functional>
@@ -18,51 +18,51 @@
 
 namespace Vantrel::Exporting {
 
-// How settings, those that are in effect, want values to be written.
+// The value format for settings that are in effect.
 TValueFormat FormatOf(const TMediaSettings& pSettings);
 
-// Takes the lines of an export: the console, a file, a test's list. Lines are UTF-8, without their end, and come from
-// one thread.
+// Takes the lines of an export, such as the console or a file. Lines are UTF-8 without line ends. They come from one
+// thread.
 class ILineOutput {
  public:
   virtual ~ILineOutput() = default;
-  // Writes the line and its CRLF. False when it could not be written; the exporter then stops.
+  // Writes the line and CRLF. False when it could not be written; the exporter then stops.
   virtual bool WriteLine(std::string_view pLine) = 0;
-  // Lines that the output holds, those of earlier exports included.
+  // The number of lines in the output, those of earlier exports included.
   virtual int64_t LineCount() const = 0;
 };
 
-// A folder or file on its way into an export. Level 0 is the top. A tree has millions of files, which are no nodes of
-// their own: a file comes as its record in the folder's table.
+// A folder or file on its way into an export. Level 0 is the top. A tree has millions of files without nodes of their
+// own, so a file is passed as its record in the folder's table.
 struct TExportRow {
   IFolderData& fFolder;  // the node, or the folder that the file lies in
   int32_t fLevel = 0;
-  const TFileTable* fFiles = nullptr;  // both set for a file, and only then
+  const TFileTable* fFiles = nullptr;  // set for a file only, as is fFile
   const TFileRecord* fFile = nullptr;
   bool fIsShown = true;  // false for a folder that only leads to rows beneath it
 
   bool IsFile() const { return fFile != nullptr; }
   std::u16string_view Name() const { return IsFile() ? fFiles->NameOf(*fFile) : fFolder.GetObjectName(); }
-  // The folder's node, or one made for the file: not for every file of a tree.
+  // The folder's node, or a node made for the file. Too slow to call for every file of a tree.
   TRef<IHierarchicalElement> Element() const;
 };
 
-// Takes the rows of an export, a folder before its contents. Returning false ends the walk.
+// Takes the rows of an export, a folder before its contents. A return value of false ends the walk.
 class IExportVisitor {
  public:
   virtual ~IExportVisitor() = default;
-  // pIsComplete: nothing beneath the node follows, and there is no EndNode for it.
+  // pIsComplete means that nothing beneath the node follows and EndNode is not called for it.
   virtual bool BeginNode(const TExportRow& pRow, bool pIsComplete) = 0;
   virtual bool EndNode(const TExportRow& pRow) = 0;
   virtual bool VisitFile(const TExportRow&) { return true; }
-  // Asked before anything else about a folder. True when the visitor sees to it and all beneath it by itself.
+  // Called first for each folder. True means that the visitor itself handles the folder and everything beneath it.
   virtual bool TakesBranch(const TExportRow&) { return false; }
 };
 
-// A visitor that writes rows into a text.
+// A visitor that writes rows as text.
 class TRowWriter : public IExportVisitor {
  public:
-  // Another writer, for folders in the innermost open one. Its text goes behind what this one has written.
+  // Makes a writer for folders in the innermost open folder. Its text follows the text that this writer has written.
   virtual std::unique_ptr<TRowWriter> Branch() const = 0;
   // Called before the text is taken.
   virtual void Flush() {}
@@ -70,7 +70,7 @@ class TRowWriter : public IExportVisitor {
   TRowText fText;
 };
 
-// What all exporters share: the settings of their kind of output, the columns, and the walk over the tree.
+// Common to all exporters: the settings of their kind of output, the columns, and the walk over the tree.
 class TBaseExport {
  public:
   virtual ~TBaseExport() = default;
@@ -79,25 +79,25 @@ class TBaseExport {
   const TMediaSettings& Settings() const { return fSettings; }
   void SetColumns(std::vector<TColumn> pColumns) { fColumns = std::move(pColumns); }
   std::span<const TColumn> Columns() const { return fColumns; }
-  // Siblings in the order of their change against the scan that the root is compared with, the largest first.
+  // Sorts siblings by their change since the compared scan, the largest change first.
   void SetSortByChange(bool pSortByChange) { fSortByChange = pSortByChange; }
-  // How the settings want values to be written.
+  // The value format for the settings.
   TValueFormat ValueFormat() const { return FormatOf(fSettings); }
 
  protected:
   explicit TBaseExport(const TMediaSettings& pSettings) : fSettings(pSettings) {}
 
-  // Calls the row function for the top folder and everything beneath it that the settings take in, a folder before its
-  // contents, sub-folders before files, siblings in the order of the settings, else the largest first. Ends early when
-  // the function returns false, and then returns false too.
+  // Calls pRow for the top folder and everything beneath it that the settings include. A folder comes before its
+  // contents, sub-folders before files. Siblings come in the order of the settings, else the largest first. If pRow
+  // returns false, the walk ends and returns false.
   bool WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const;
-  // The same for exporters whose output nests.
+  // The same for exporters with nested output.
   bool WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const;
-  // The same on as many threads as there are processors: the writer and its branches write, the pieces come out in the
-  // order of the walk. Ends early when pTake returns false, and then returns false too.
+  // The same on as many threads as there are processors. The writer and its branches make the text. Pieces are passed
+  // to pTake in the order of the walk. If pTake returns false, the walk ends and returns false.
   bool WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const;
-  // What has gone since this earlier scan gets rows among the others, from here on; nullptr for no such rows. An
-  // exporter that calls this not, or for a root that is not compared, writes the tree alone.
+  // From now on, items deleted since this earlier scan get rows too. nullptr means no such rows. Without this call, or
+  // if the root is not compared, the exporter writes only the tree.
   void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
   const IComparison* GoneSince() const { return fGoneSince.get(); }
 
@@ -109,7 +109,7 @@ class TBaseExport {
   bool IsIncluded(const IFolderData& pFolder) const {
     return Includes(pFolder.IsFileGroup() ? ioFileGroups : ioFolders);
   }
-  // Roughly how many rows a branch becomes.
+  // The approximate number of rows of a branch.
   int64_t RowsOf(const IFolderData& pFolder) const;
   std::vector<TRef<IFolderData>> IncludedChildren(IFolderData& pFolder) const;
   TRef<const TFileTable> IncludedFiles(const IFolderData& pFolder) const;
@@ -121,37 +121,37 @@ class TBaseExport {
   TRef<IComparison> fGoneSince;
 };
 
-// An exporter that writes a whole root to one place.
+// An exporter that writes a whole root to one output.
 class TFileExport : public TBaseExport {
  public:
-  // False when the output could not take it all. Writes what the tree holds at this moment; no scan should be running.
+  // Writes the tree as it is now. No scan should be running. False when the output could not take it all.
   virtual bool Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) = 0;
 
  protected:
   using TBaseExport::TBaseExport;
 };
 
-// An exporter that writes line after line. Once a line could not be written, no further one is tried.
+// An exporter that writes line by line. After a line could not be written, it tries no further one.
 class TFileStreamExport : public TFileExport {
  public:
   bool Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) final;
 
  protected:
   using TFileExport::TFileExport;
-  // The export itself; it writes by WriteLine. Values that do not change from row to row are prepared here.
+  // Makes the export by calling WriteLine. Values that are the same for all rows are prepared here.
   virtual void WriteRoot(IHierarchicalRoot& pRoot) = 0;
   bool WriteLine(std::string_view pLine);
   int64_t LineCount() const { return fOutput->LineCount(); }
-  // Why the row's folder could not be read; empty when it could. While an export runs; any thread.
+  // Why the row's folder could not be read, or empty if it was read. Call it only while an export runs. Any thread.
   std::u16string_view ErrorOf(const TExportRow& pRow) const;
-  // While an export runs.
+  // Call it only while an export runs.
   ILineOutput& Output() const { return *fOutput; }
 
  private:
   void ReadErrors(const IHierarchicalRoot& pRoot);
 
-  ILineOutput* fOutput = nullptr;                                          // while an export runs
-  std::unordered_map<const IHierarchicalObject*, std::u16string> fErrors;  // likewise, by folder
+  ILineOutput* fOutput = nullptr;                                          // set while an export runs
+  std::unordered_map<const IHierarchicalObject*, std::u16string> fErrors;  // by folder; set while an export runs
   bool fFailed = false;
 };
 

@@ -10,7 +10,7 @@ TMediaSettings TMediaOptions::Effective(TMediaType pMedia) const {
     settings.fAutomaticUnit = fOptions.SizeUnit == TSizeUnit::suAutomatic;
     settings.fSizeUnit = fOptions.SizeUnit;
   }
-  // Bytes need no unit in the caption, and numbers in units that nobody can see would be worth nothing.
+  // Bytes need no unit in the caption. Numbers in a unit that is not shown would be useless.
   if (settings.fUsePlainByteValues) settings.fAutomaticUnit = true;
   if (!settings.fShowUnits && settings.fAutomaticUnit) settings.fUsePlainByteValues = true;
   return settings;

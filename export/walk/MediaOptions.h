@@ -1,19 +1,19 @@
 #pragma once
 
-// The settings of each kind of output, with what the global options say.
+// The settings of each kind of output, combined with the global options.
 
 #include "model/options/GlobalOptions.h"
 
 namespace Vantrel::Exporting {
 
-// The settings of every kind of output, which the global options hold and must outlive this.
+// Gives the settings of every kind of output. The global options hold them and must outlive this object.
 class TMediaOptions {
  public:
   explicit TMediaOptions(TGlobalOptions& pOptions) : fOptions(pOptions) {}
 
   TMediaSettings& Of(TMediaType pMedia) { return fOptions.Media(pMedia); }
-  // A copy whose unit fields hold what counts: its own or, when it does not override them, the global options'; and
-  // plain byte values only where no unit of its own goes first.
+  // A copy of the settings with the unit fields that are in effect. They are the media's own, or the global options'
+  // unless overridden. Plain byte values are set only if no unit of the media's own takes precedence.
   TMediaSettings Effective(TMediaType pMedia) const;
   const TGlobalOptions& GlobalOptions() const { return fOptions; }
 

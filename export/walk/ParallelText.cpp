@@ -8,7 +8,7 @@ namespace Vantrel::Exporting {
 
 namespace {
 
-constexpr size_t kPiecesPerThread = 4;  // so that nobody waits for a piece that takes longer than the others
+constexpr size_t kPiecesPerThread = 4;  // keeps threads busy while one piece takes longer than the others
 
 }  // namespace
 
@@ -61,7 +61,7 @@ bool TParallelText::Finish() {
   return HandOn(0);
 }
 
-// Hands on what is ready at the front, and goes on until at most so many pieces are left.
+// Hands on the finished pieces at the front, and waits until at most pMostLeft pieces are left.
 bool TParallelText::HandOn(size_t pMostLeft) {
   while (!fStopped && !fPieces.empty()) {
     TPiece& first = *fPieces.front();
@@ -103,7 +103,7 @@ void TParallelText::MakePiece(TPiece& pPiece) {
   } catch (...) {
     pPiece.fError = std::current_exception();
   }
-  pPiece.fMake = nullptr;  // what it refers to may end before this piece's turn comes
+  pPiece.fMake = nullptr;  // objects that it refers to may be gone before this piece is handed on
   {
     TCriticalSectionLock lock(fLock);
     pPiece.fDone = true;
@@ -111,7 +111,7 @@ void TParallelText::MakePiece(TPiece& pPiece) {
   fPieceDone.notify_one();
 }
 
-// More threads only make it faster: where the system has none left, those that run do it all.
+// Starts a thread if the system allows it. If not, the running threads do all the work.
 void TParallelText::StartThread() {
   try {
     fThreads.emplace_back([this] { Execute(); });

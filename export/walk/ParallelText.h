@@ -1,6 +1,6 @@
 #pragma once
 
-// Pieces of text made on several threads, handed on in their order; `HierarchicalExport` walks with it.
+// Makes pieces of text on several threads and hands them on in order. `HierarchicalExport` uses it for its walk.
 
 #include <condition_variable>
 #include <cstddef>
@@ -16,10 +16,10 @@
 
 namespace Vantrel::Exporting {
 
-// A piece of an export's output.
+// One piece of an export's output.
 struct TRowText {
   std::string fBytes;
-  std::vector<size_t> fEnds;  // of the rows in it, where the export is one of lines
+  std::vector<size_t> fEnds;  // the ends of the rows in it, if the export is made of lines
 
   void Clear() {
     fBytes.clear();
@@ -27,28 +27,28 @@ struct TRowText {
   }
 };
 
-// Makes pieces of text on several threads and hands them on in the order in which they were asked for, on the thread
-// that asks. That thread makes pieces too while it would have to wait; no other thread is started for a single piece.
-// Holds a few pieces per thread at most.
+// Makes pieces of text on several threads. It hands them on in the order of the requests, on the requesting thread.
+// When that thread would have to wait, it makes pieces too. No thread is started for a single piece. At most a few
+// pieces per thread are kept.
 //
-// What the making of a piece throws comes out where the piece would be handed on. For one asking thread.
+// An exception from making a piece is thrown when the piece would be handed on. One requesting thread.
 class TParallelText {
  public:
-  using TMake = std::function<void(TRowText&)>;        // fills a piece, which is empty; on any thread
-  using TTake = std::function<bool(const TRowText&)>;  // false ends it all: no further piece is made or handed on
+  using TMake = std::function<void(TRowText&)>;        // fills an empty piece, on any thread
+  using TTake = std::function<bool(const TRowText&)>;  // if it returns false, no further piece is made or handed on
 
-  // At most as many threads work as told, the asking one included.
+  // At most pThreads threads work, the requesting one included.
   TParallelText(int pThreads, TTake pTake);
-  // What has not been handed on is dropped.
+  // Drops the pieces that have not been handed on.
   ~TParallelText();
   TParallelText(const TParallelText&) = delete;
   TParallelText& operator=(const TParallelText&) = delete;
 
-  // The next piece, to be made. All three return false once pTake has done so.
+  // Adds the next piece, which pMake will fill. This call and the next two return false once pTake has done so.
   bool Add(TMake pMake);
-  // The next piece, which is there; comes back empty.
+  // Adds the next piece, already made. pText comes back empty.
   bool Add(TRowText& pText);
-  // Returns when all pieces have been handed on.
+  // Returns after all pieces have been handed on.
   bool Finish();
 
  private:
@@ -56,7 +56,7 @@ class TParallelText {
     TMake fMake;
     TRowText fText;
     std::exception_ptr fError;
-    bool fDone = false;  // guarded by fLock until it is set
+    bool fDone = false;  // guarded by fLock until set
   };
 
   std::unique_ptr<TPiece> NewPiece();
@@ -69,9 +69,9 @@ class TParallelText {
 
   const size_t fMostThreads;
   const TTake fTake;
-  // Of the asking thread alone.
-  std::deque<std::unique_ptr<TPiece>> fPieces;  // in their order
-  std::vector<std::unique_ptr<TPiece>> fSpare;  // their memory serves again
+  // Used only by the requesting thread.
+  std::deque<std::unique_ptr<TPiece>> fPieces;  // in order
+  std::vector<std::unique_ptr<TPiece>> fSpare;  // kept to reuse their memory
   bool fStopped = false;
 
   TCriticalSection fLock;
@@ -79,7 +79,7 @@ class TParallelText {
   std::condition_variable fPieceDone;
   std::deque<TPiece*> fWaiting GUARDED_BY(fLock);
   bool fEnd GUARDED_BY(fLock) = false;
-  std::vector<std::thread> fThreads;  // last: they use what is above
+  std::vector<std::thread> fThreads;  // the last member, because the threads use those above
 };
 
 }  // namespace Vantrel::Exporting

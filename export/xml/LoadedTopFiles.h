@@ -1,6 +1,6 @@
 #pragma once
 
-// The largest files that a scan file lists, and the nodes of their folders.
+// The largest files listed in a scan file, and the nodes of their folders.
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <string>
@@ -12,15 +12,15 @@
 
 namespace Vantrel::XML {
 
-// Collects the largest files as they are read, and finds their folders once the whole tree is there: the list may stand
-// before the tree or after it. For one thread.
+// Collects the largest files while they are read. It finds their folders when the whole tree is loaded, because the
+// list may come before or after the tree. One thread.
 class TLoadedTopFiles {
  public:
-  // The path is the one of the folder that holds the file.
+  // pFolderPath is the path of the folder that holds the file.
   void Add(TTopSizeEntry pFile, std::u16string pFolderPath);
-  // The files with their folders. A file whose folder the tree does not hold, since the file is limited to some levels,
-  // gets a node outside the tree, beneath the nearest folder that is there: its path is right, and it goes with the
-  // list. A file that does not lie beneath the top folder at all is left out. Called once.
+  // Returns the files with their folders. If the file is limited to some levels, the tree may lack a listed file's
+  // folder. The folder then gets a node outside the tree, beneath the nearest folder in it. Its path is right, and it
+  // lives as long as the list. Files that do not lie beneath the top folder are left out. Call it once.
   std::vector<TTopSizeEntry> Take(TCustomFolderData& pTop, std::u16string_view pTopPath, char16_t pDelimiter);
 
  private:
@@ -36,7 +36,7 @@ class TLoadedTopFiles {
 
   std::vector<TListed> fFiles;
   boost::unordered_flat_map<std::u16string, TRef<TCustomFolderData>> fFolders;  // by path; nullptr outside the root
-  boost::unordered_flat_map<const TCustomFolderData*, TChildren> fChildren;     // by name, of folders looked into
+  boost::unordered_flat_map<const TCustomFolderData*, TChildren> fChildren;     // by name, for folders already searched
 };
 
 }  // namespace Vantrel::XML

@@ -30,31 +30,31 @@ using XML::TXMLUtils;
 
 namespace {
 
-// Of the format, not of the program. A change that older programs would misread needs a higher one; a new element,
-// attribute or option does not: they skip it and say so.
+// The version of the format, not of the program. Increase it for a change that older programs would misread. A new
+// element, attribute or option needs no increase: older programs skip it and report it.
 constexpr int64_t kFormatVersion = 1;
 
-// Thousands of times what all options take. It bounds what a file of nothing but unknown options makes us tell.
+// Thousands of times the size of all options. It limits the messages about a file of unknown options.
 constexpr uint64_t kMostBytes = 4 << 20;
 
-// What stays out of files: an option that holds a secret is to be named here.
+// Tells which options are kept out of files. An option that holds a secret must be named here.
 bool IsKeptInFiles(const TOptionInfo&) {
   return true;
 }
 
-// In messages. A damaged or hostile file may hold texts of any length.
+// Shortens a text for messages. A damaged or hostile file may hold texts of any length.
 std::string Shown(std::u16string_view pText) {
   constexpr size_t kMostShown = 60;
   std::string shown = ToDisplay(pText.substr(0, kMostShown));
   return pText.size() > kMostShown ? shown + "..." : shown;
 }
 
-// Options' texts are UTF-8, but may hold any bytes: one that does not decode gets through as in names.
+// Options hold UTF-8 texts but may hold any bytes. Bytes that do not decode are kept as in file names.
 std::u16string TextForFile(std::string_view pText) {
   return FromNativeBytes(pText);
 }
 
-// The value as TOptionInfo::fSet takes it. Scan files have -1 and 0 for booleans; people write true and false.
+// The value in the form that TOptionInfo::fSet takes. Scan files use -1 and 0 for booleans; users write true and false.
 std::string TextFromFile(const TOptionInfo& pOption, std::u16string_view pValue) {
   bool value = false;
   if (pOption.fKind == TOptionKind::okBoolean && TXMLUtils::TryReadBoolean(pValue, value))
@@ -62,12 +62,12 @@ std::string TextFromFile(const TOptionInfo& pOption, std::u16string_view pValue)
   return ToNativeBytes(pValue);
 }
 
-// Collects an options file into a copy of the options.
+// Reads an options file into a copy of the options.
 class TOptionsReader final : public IXMLHandler {
  public:
   explicit TOptionsReader(const TGlobalOptions& pOptions) : fOptions(pOptions), fParser(*this) {}
 
-  // False when the file is longer than it may be.
+  // False when the file is longer than allowed.
   bool Read(IByteSource& pSource) {
     return fParser.Parse(pSource, [](uint64_t pBytesRead) { return pBytesRead <= kMostBytes; });
   }
@@ -90,7 +90,7 @@ class TOptionsReader final : public IXMLHandler {
  private:
   void StartRoot(std::u16string_view pName, TXMLAttributeSpan pAttributes);
   void ReadOption(TXMLAttributeSpan pAttributes);
-  // Tells of something at the current place of the file.
+  // Reports what was skipped at the current place of the file.
   void Skip(std::string_view pWhat) {
     fLoaded.fSkipped.push_back(fmt::format("line {}: {}", fParser.ErrorHere({}).Line(), pWhat));
   }
@@ -188,7 +188,7 @@ void SaveOptionsFile(const std::u16string& pPath, const TGlobalOptions& pOptions
   const TGlobalOptions defaults;
   for (const TOptionInfo& option : AllOptions()) {
     const std::string value = option.fGet(pOptions);
-    // Against what the default reads back as: its declaration may be spelled in another way.
+    // Compares with the default as read back, because its declaration may be spelled differently.
     if (IsKeptInFiles(option) && value != option.fGet(defaults)) WriteOption(stream, option, value);
   }
   stream.EndElement("VantrelOptions");

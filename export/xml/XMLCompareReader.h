@@ -1,6 +1,6 @@
 #pragma once
 
-// An older scan file as what a root is compared with.
+// Loads an older scan file as the earlier state for a comparison with a root.
 
 #include "export/xml/XMLReader.h"
 
@@ -9,15 +9,15 @@ namespace Vantrel::XML {
 // Compares a tree with an older scan file. Any thread.
 class TQZXMLCompareReader {
  public:
-  // Reads the file as the earlier state of a root, which is not touched; no root when cancelled. The caller disposes
-  // it. EScanFileError when the file cannot be loaded, holds only a part of its tree or a comparison itself, or when no
-  // path is given.
+  // Reads the file as the earlier state of a root, and does not change that root. Returns no root when cancelled. The
+  // caller disposes of the result. EScanFileError when the path is empty, or the file cannot be loaded, holds only part
+  // of its tree, or is itself a comparison.
   static TRef<IHierarchicalRoot> ReadEarlier(const std::u16string& pPath, IScanRoots& pRoots,
                                              const TLoadProgress& pProgress = {});
-  // Makes it what the root is compared with; the root's lists and exports then show what has changed. EScanFileError
-  // while the root is being scanned.
+  // Makes pEarlier the scan that the root is compared with. The root's lists and exports then show the changes.
+  // EScanFileError while the root is being scanned.
   static void Compare(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier);
-  // Both in one. Returns false, and leaves the root as it was, when cancelled.
+  // Reads and compares. When cancelled, returns false and leaves the root unchanged.
   static bool CompareWithXMLFile(const std::u16string& pPath, IHierarchicalRoot& pRoot, IScanRoots& pRoots,
                                  const TLoadProgress& pProgress = {});
 };

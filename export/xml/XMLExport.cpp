@@ -32,7 +32,7 @@ struct TColumnTag {
   std::string_view fTag;
 };
 
-// Of the tags that the format knows those whose columns the catalogue has.
+// The format's tags whose columns the catalogue has.
 constexpr TColumnTag kTags[] = {
     {TColumn::mdName, "Name"},
     {TColumn::mdAttributes, "Attributes"},
@@ -48,7 +48,7 @@ constexpr TColumnTag kTags[] = {
     {TColumn::mdFileChange, "FileChange"},
 };
 
-// Sizes and counts stand in SizeData.
+// Sizes and counts are attributes of SizeData.
 bool IsSizeColumn(TColumn pColumn) {
   return pColumn == TColumn::mdSize || pColumn == TColumn::mdAllocated || pColumn == TColumn::mdFiles ||
          pColumn == TColumn::mdFolders || pColumn == TColumn::mdItems;
@@ -85,7 +85,7 @@ class TPatternWriter : public PatternMatching::IElementWriter {
   std::vector<std::string> fNames;
 };
 
-// The list is parted by type: a reader of the one sort need not know of the other.
+// The list is written separately for each type, so a reader of one type may ignore the other.
 void WriteFilters(const IHierarchicalRoot& pRoot, XML::TXMLFileStream& pStream) {
   using namespace PatternMatching;
   const TRef<IScanFilter> filter = pRoot.GetScanFilter();
@@ -125,10 +125,10 @@ void WriteTopSizeListToXML(const ITopSizeList& pList, XML::TXMLFileStream& pStre
 
 }  // namespace
 
-// Writes the elements of folders, of the whole tree or of those in one of its folders.
+// Writes the elements of folders, for the whole tree or for one of its folders.
 class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByteSink {
  public:
-  // The export must outlive it.
+  // pExport must outlive this object.
   explicit TFolderElements(const TCustomXMLExport& pExport)
       : fExport(pExport), fStream(XML::TXMLFileStream::Inside(*this)) {}
 
@@ -148,8 +148,8 @@ class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByte
   const TCustomXMLExport& fExport;
   XML::TXMLFileStream fStream;
   TXMLAttributes fAttributes;
-  std::u16string fPath;                // of the innermost open folder: no node need ask its ancestors for it
-  std::vector<size_t> fParentLengths;  // of the open folders' parents' paths
+  std::u16string fPath;                // of the innermost open folder, so no ancestors are asked
+  std::vector<size_t> fParentLengths;  // the path lengths of the open folders' parents
   TStatisticsReading fStatistics;
   std::vector<TKeyedSizeValues> fSorted;
   std::string fInterval;
@@ -200,7 +200,7 @@ void TCustomXMLExport::PrepareFolders(IHierarchicalRoot& pRoot) {
   fErrors = pRoot.GetErrors();
   std::stable_sort(fErrors.begin(), fErrors.end(), [](const TScanError& pA, const TScanError& pB) {
     if (pA.fObject != pB.fObject) return std::less<>()(pA.fObject.get(), pB.fObject.get());
-    return std::tie(pA.fPath, pA.fCode) < std::tie(pB.fPath, pB.fCode);  // threads record in any order
+    return std::tie(pA.fPath, pA.fCode) < std::tie(pB.fPath, pB.fCode);  // threads record errors in any order
   });
   fFileAgesNames.clear();
   const IFileAges& ages = *pRoot.GetScanConfiguration()->GetFileAges();
@@ -229,7 +229,7 @@ void TCustomXMLExport::WriteHeader(IHierarchicalRoot& pRoot, XML::TXMLFileStream
   if (const TRef<ITopSizeList> list = pRoot.GetTopSizeList()) WriteTopSizeListToXML(*list, pStream);
   const TRootStates state = pRoot.GetState();
   if (state & rsCancelled) pStream.AddBooleanElement("Terminated", true);
-  // What a file left out is not in the tree that was loaded from it.
+  // A tree loaded from a partial file lacks what the file left out.
   pStream.AddBooleanElement("IsFullExport", IsFullExport() && (state & rsIsPartialImport) == 0);
 }
 
@@ -278,7 +278,7 @@ bool TCustomXMLExport::TFolderElements::EndNode(const TExportRow&) {
   return true;
 }
 
-// Whoever loads the file is to know that its totals are incomplete, and where.
+// A reader of the file must learn that its totals are incomplete, and where.
 void TCustomXMLExport::TFolderElements::WriteErrors(const IFolderData& pFolder) {
   const IHierarchicalObject* object = &pFolder;
   auto error = std::partition_point(fExport.fErrors.begin(), fExport.fErrors.end(), [&](const TScanError& pError) {
@@ -313,7 +313,7 @@ void TCustomXMLExport::TFolderElements::WriteColumn(const IHierarchicalElement& 
   }
   if (IsSizeColumn(pColumn)) return;
   const std::u16string text = pNode.GetFormattedValue(pColumn, fExport.fFormat);
-  // Where owners are not collected, every folder would have an empty one.
+  // If owners are not collected, every folder would have an empty one.
   if (pColumn == TColumn::mdOwner && text.empty()) return;
   fStream.AddElement(TagOf(pColumn), text);
 }
@@ -339,7 +339,7 @@ void TCustomXMLExport::TFolderElements::WriteSizeArray(std::string_view pName,
   fStream.EndElement(pName);
 }
 
-// One attribute per interval, "Days_" and its bound, with size, allocated size and files.
+// Writes one attribute per interval, named "Days_" and its bound. It holds the size, allocated size and files.
 void TCustomXMLExport::TFolderElements::WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords) {
   fAttributes.Clear();
   auto record = pRecords.begin();
@@ -359,7 +359,7 @@ void TCustomXMLExport::TFolderElements::WriteFileAges(const std::vector<TKeyedSi
 
 namespace {
 
-// Asks before every piece that is written.
+// Calls the check before each piece is written.
 class TCheckedSink final : public IByteSink {
  public:
   TCheckedSink(IByteSink& pSink, const std::function<void()>& pCheck) : fSink(pSink), fCheck(pCheck) {}
@@ -386,7 +386,7 @@ void ExportXMLFile(TCustomXMLExport& pExport, IHierarchicalRoot& pRoot, const st
     file.Commit();
     return;
   }
-  // "data.xml.zip" and "data.zip" both hold "data.xml".
+  // The entry is "data.xml" for both "data.xml.zip" and "data.zip".
   std::u16string entry(FileNameOfPath(pPath, NativePathDelimiter()));
   entry.resize(entry.size() - kZip.size());
   if (!HasExtension(entry, kXML)) entry += kXML;

@@ -15,10 +15,10 @@ namespace Vantrel::XML {
 
 namespace {
 
-// Large enough that the sink's work per call does not count, small enough to stay in the processor's cache.
+// This size makes the sink's cost per call small and still fits into the processor's cache.
 constexpr size_t kPieceForSink = 64 * 1024;
 
-// What an ASCII character becomes in a text or an attribute; nothing for those that are written as they are.
+// The escape of an ASCII character in a text or attribute. Empty for characters written as they are.
 struct TEscape {
   char fLength = 0;
   char fText[7] = {};
@@ -49,7 +49,7 @@ constexpr TEscapeTable MakeEscapeTable(bool pInAttribute) {
 constexpr TEscapeTable kInText = MakeEscapeTable(false);
 constexpr TEscapeTable kInAttribute = MakeEscapeTable(true);
 constexpr size_t kLongestEscape = 6;
-// What is kept free beside it, since escapes are copied with the full length of the table's field.
+// Spare room after the escapes, because each copy takes the full length of the table's field.
 constexpr size_t kSpare = sizeof(TEscape::fText);
 
 char* PutEscape(char* pTarget, const TEscape& pEscape) {
@@ -73,8 +73,7 @@ char* PutPair(char* pTarget, char16_t pLead, char16_t pTrail) {
   return pTarget;
 }
 
-// Writes the unit at the place, which is not ASCII, and moves the place to the last unit that was used. Clears the mark
-// for one that XML cannot hold.
+// Writes the non-ASCII character at pAt and moves pAt to its last unit. Sets pHeld to false if XML cannot hold it.
 char* PutBeyondAscii(char* pTarget, std::u16string_view pText, size_t& pAt, bool& pHeld) {
   const char16_t unit = pText[pAt];
   if (unit < 0x800) {
@@ -119,12 +118,13 @@ void TXMLBuffer::Grow(size_t pBytes) {
 }
 
 bool TXMLBuffer::AppendEscaped(std::u16string_view pText, bool pInAttribute) {
-  constexpr size_t kPiece = 1024;  // so that the room for the worst case stays small
+  constexpr size_t kPiece = 1024;  // limits the room reserved for the worst case
   const TEscapeTable& table = pInAttribute ? kInAttribute : kInText;
   bool held = true;
   while (!pText.empty()) {
     size_t length = std::min(pText.size(), kPiece);
-    while (length < pText.size() && IsLeadSurrogate(pText[length - 1])) ++length;  // its other half may follow
+    // The other half of a surrogate pair may follow.
+    while (length < pText.size() && IsLeadSurrogate(pText[length - 1])) ++length;
     char* room = Reserve(length * kLongestEscape + kSpare);
     Advance(PutEscaped(room, pText.substr(0, length), table, held));
     pText.remove_prefix(length);
@@ -208,7 +208,7 @@ void TXMLFileStream::FlushWhenFull() {
   if (fBuffer.Size() >= kPieceForSink) Flush();
 }
 
-// The line break belongs to what follows it: only then is it known whether the parent has text.
+// A line break is written only with the next tag. Only then is it known whether the parent has text.
 void TXMLFileStream::BeginTag(std::string_view pName, std::string_view pAttributes) {
   if (fOpen.empty() && fRootWritten) Refuse("StartElement", "There is a root element already");
   fRootWritten = true;

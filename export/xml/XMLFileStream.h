@@ -1,6 +1,6 @@
 #pragma once
 
-// Writes an XML document piece by piece: layout, escaping, attributes.
+// Writes an XML document piece by piece, with layout, escapes and attributes.
 
 #include <algorithm>
 #include <charconv>
@@ -16,10 +16,10 @@
 
 namespace Vantrel::XML {
 
-// Bytes that grow in place, without the zeros that a string writes before it is written to.
+// A buffer of bytes that grows in place. Unlike a string, it does not fill new bytes with zeros first.
 class TXMLBuffer {
  public:
-  // Room for so many bytes behind the last one; what is used of it is told to Advance.
+  // Returns room for pBytes after the last byte. The caller passes the number of bytes used to Advance.
   char* Reserve(size_t pBytes) {
     if (fCapacity - fSize < pBytes) Grow(pBytes);
     return fBytes.get() + fSize;
@@ -30,11 +30,11 @@ class TXMLBuffer {
   size_t Size() const { return fSize; }
   std::string_view View() const { return {fBytes.get(), fSize}; }
 
-  // The text as UTF-8 with the characters escaped that have a meaning in XML, or that a parser would not give back: CR,
-  // and in attributes also tab, line feed and the double quote. What XML cannot hold becomes U+FFFD; returns false when
-  // there was such a unit.
+  // Appends the text as UTF-8. Characters that have a meaning in XML are escaped. So are those that a parser would not
+  // return unchanged: CR and, in attributes, also tab, line feed and the double quote. A unit that XML cannot hold
+  // becomes U+FFFD; the call then returns false.
   bool AppendEscaped(std::u16string_view pText, bool pInAttribute);
-  // Well-formed UTF-8 without control characters other than these.
+  // pText must be well-formed UTF-8 without control characters, except tab, line feed and CR.
   void AppendEscaped(std::string_view pText, bool pInAttribute);
   template <std::integral TNumber>
   void AppendNumber(TNumber pNumber) {
@@ -50,15 +50,15 @@ class TXMLBuffer {
   size_t fCapacity = 0;
 };
 
-// The attributes of an element, in the form in which they are written. Made once and cleared for each element, so that
-// nothing is allocated. Names are ASCII and used as they are.
+// The attributes of an element, in the form in which they are written. One object is cleared and reused for each
+// element, so nothing is allocated. Names are ASCII and written unchanged.
 class TXMLAttributes {
  public:
   void Clear() { fText.Clear(); }
   bool IsEmpty() const { return fText.Size() == 0; }
-  // A value that XML cannot hold as it is gets a second attribute beside it, see TXMLUtils::EscapeUnits.
+  // A value that XML cannot hold unchanged gets a second attribute. See TXMLUtils::EscapeUnits.
   void Add(std::string_view pName, std::u16string_view pValue);
-  // Well-formed UTF-8 without control characters other than tab, line feed and CR.
+  // pValue must be well-formed UTF-8 without control characters, except tab, line feed and CR.
   void Add(std::string_view pName, std::string_view pValue);
   template <std::integral TNumber>
   void Add(std::string_view pName, TNumber pValue) {
@@ -67,7 +67,7 @@ class TXMLAttributes {
     fText.AppendNumber(pValue);
     fText.Append("\"");
   }
-  // "-1" or "0".
+  // Writes "-1" or "0".
   void AddBoolean(std::string_view pName, bool pValue) { Add(pName, pValue ? -1 : 0); }
 
   std::string_view Text() const { return fText.View(); }
@@ -78,35 +78,36 @@ class TXMLAttributes {
   TXMLBuffer fText;
 };
 
-// Writes an XML document, UTF-8 with CRLF line breaks, piece by piece to a sink. Each element begins a line, without
-// indentation, unless text has been written to its parent: so nothing ever gets white space beside its text, as long as
-// an element's text comes before its child elements. An element without content is closed in the short form.
+// Writes an XML document to a sink, piece by piece, in UTF-8 with CRLF line breaks. Each element begins a line, without
+// indentation, unless its parent has text. So texts never get white space around them, if an element's text is written
+// before its child elements. An empty element is written in the short form.
 //
-// A call that would make the document ill-formed fails with EInvalidOperation or EInvalidArgumentValue; names are taken
-// as they are. What the sink throws comes through. The sink gets large pieces, the last one by EndDocument; it belongs
-// to the caller and must live as long. For one thread at a time.
+// A call that would make the document ill-formed throws EInvalidOperation or EInvalidArgumentValue. Names are not
+// checked. Exceptions of the sink are passed on. The sink gets large pieces, the last one from EndDocument. The caller
+// owns the sink and keeps it alive. One thread at a time.
 class TXMLFileStream {
  public:
   explicit TXMLFileStream(IByteSink& pSink) : fSink(pSink) {}
-  // Writes what lies in an element that another stream has begun, for somebody to put there: no document is started or
-  // ended, and Flush comes last. The element has other elements in it already, but no text.
+  // Makes a stream that writes contents for an element that another stream has begun. The caller inserts the result
+  // there. The stream starts and ends no document, and Flush must come last. The element must already have child
+  // elements and no text.
   static TXMLFileStream Inside(IByteSink& pSink);
 
-  // The declaration. Other encodings than UTF-8 are refused.
+  // Writes the declaration. Only UTF-8 is accepted as encoding.
   void StartDocument(std::string_view pVersion = "1.0", std::string_view pEncoding = "UTF-8",
                      std::string_view pStandalone = "no");
-  // All elements must be closed.
+  // Ends the document. All elements must be closed.
   void EndDocument();
-  // Hands to the sink what it does not have yet. The innermost element must have content.
+  // Passes all remaining bytes to the sink. The innermost element must have content.
   void Flush();
 
   void StartElement(std::string_view pName, const TXMLAttributes& pAttributes = {});
-  // Closes the innermost element, whose name it must be.
+  // Closes the innermost element, which must have this name.
   void EndElement(std::string_view pName);
-  // An element with a text. One that XML cannot hold as it is comes with a second form as an attribute, see
+  // Writes an element with a text. If XML cannot hold the text, an attribute holds its exact form. See
   // TXMLUtils::EscapeUnits.
   void AddElement(std::string_view pName, std::u16string_view pText, const TXMLAttributes& pAttributes = {});
-  // The text is well-formed UTF-8 without control characters other than tab, line feed and CR.
+  // The text must be well-formed UTF-8 without control characters, except tab, line feed and CR.
   void AddElement(std::string_view pName, std::string_view pText, const TXMLAttributes& pAttributes = {});
   template <std::integral TNumber>
   void AddElement(std::string_view pName, TNumber pNumber, const TXMLAttributes& pAttributes = {}) {
@@ -116,17 +117,17 @@ class TXMLFileStream {
     fBuffer.AppendNumber(pNumber);
     EndTag(pName);
   }
-  // An empty element.
+  // Writes an empty element.
   void AddElement(std::string_view pName, const TXMLAttributes& pAttributes);
-  // "-1" or "0".
+  // Writes "-1" or "0".
   void AddBooleanElement(std::string_view pName, bool pValue, const TXMLAttributes& pAttributes = {}) {
     AddElement(pName, pValue ? -1 : 0, pAttributes);
   }
-  // Text of the innermost element. What XML cannot hold becomes U+FFFD.
+  // Writes text into the innermost element. Units that XML cannot hold become U+FFFD.
   void Characters(std::u16string_view pText);
-  // The data must not hold "?>".
+  // pData must not contain "?>".
   void ProcessingInstruction(std::string_view pTarget, std::string_view pData);
-  // An empty element with the halves of the time as attributes Low and High.
+  // Writes an empty element with the halves of the time in the attributes Low and High.
   void WriteFileTimeToXMLFile(std::string_view pName, TKivFileTime pTime);
 
  private:
@@ -145,9 +146,9 @@ class TXMLFileStream {
 
   IByteSink& fSink;
   TXMLBuffer fBuffer;
-  std::string fNames;  // of the open elements, one behind the other
+  std::string fNames;  // names of the open elements, one after the other
   std::vector<TOpenElement> fOpen;
-  bool fTagOpen = false;   // the ">" of the last start tag is still to come
+  bool fTagOpen = false;   // the ">" of the last start tag is not written yet
   bool fAnything = false;  // the next line is not the first one
   bool fRootWritten = false;
   TXMLAttributes fAttributes;

@@ -16,8 +16,7 @@
 
 namespace Vantrel::XML {
 
-// Expat does the work on every platform. Windows has a parser of its own, but a second one would give other messages
-// and accept other files.
+// Expat parses on every platform. Windows has its own parser, but it would give other messages and accept other files.
 
 using XML::TXMLAttribute;
 
@@ -27,8 +26,8 @@ static_assert(sizeof(XML_Char) == 1, "Expat has to be the one that speaks UTF-8"
 
 constexpr size_t kPieceOfSource = 256 * 1024;
 
-// Expat's memory, counted: distinct names, nesting and long tags all end up here, so that one limit bounds them all.
-// Its allocation functions know no parser, hence one sum for the process.
+// The memory that Expat uses. Distinct names, nesting and long tags all count here, so one limit bounds them all.
+// Expat's allocation functions do not know their parser, so the sum is for the whole process.
 std::atomic<size_t> gParserMemory{0};
 constexpr size_t kBlockHead = alignof(std::max_align_t);
 
@@ -78,7 +77,7 @@ void* CountedReallocate(void* pBlock, size_t pSize) {
 
 constexpr XML_Memory_Handling_Suite kCountedMemory = {CountedAllocate, CountedReallocate, CountedFree};
 
-// Widens eight bytes when all of them are ASCII.
+// Widens eight bytes if all of them are ASCII.
 bool WidenEightAscii(const char* pSource, char16_t* pTarget) {
   uint64_t word;
   std::memcpy(&word, pSource, sizeof word);
@@ -87,7 +86,7 @@ bool WidenEightAscii(const char* pSource, char16_t* pTarget) {
   return true;
 }
 
-// UTF-8 that Expat has checked. The target has room for as many units as there are bytes. Returns its end.
+// Widens UTF-8 that Expat has checked. pTarget needs as many units as there are bytes. Returns the end of the result.
 char16_t* Widen(std::string_view pText, char16_t* pTarget) {
   size_t at = 0;
   while (at < pText.size()) {
@@ -95,7 +94,7 @@ char16_t* Widen(std::string_view pText, char16_t* pTarget) {
       at += 8;
       pTarget += 8;
     }
-    // One by one up to the end of characters that are not ASCII, or of the text.
+    // Goes one by one to the end of the non-ASCII characters, or of the text.
     while (at < pText.size() && (pText[at] & 0x80) == 0) *pTarget++ = static_cast<char16_t>(pText[at++]);
     while (at < pText.size() && (pText[at] & 0x80) != 0) {
       const TDecoded decoded = DecodeUtf8(pText.substr(at));
@@ -111,7 +110,7 @@ char16_t* Widen(std::string_view pText, char16_t* pTarget) {
   return pTarget;
 }
 
-// Units that grow as a vector does, but without zeros written first.
+// An array of units that grows like a vector, but does not fill new units with zeros first.
 class TUnits {
  public:
   char16_t* Reserve(size_t pMore) {
@@ -155,7 +154,7 @@ EXMLError::EXMLError(std::string_view pMessage, uint64_t pLine, uint64_t pColumn
       fLine(pLine),
       fColumn(pColumn) {}
 
-// One Parse. Expat is C: no exception may pass through it, so each is kept until Expat has returned.
+// One call of Parse. Expat is written in C, so no exception may pass through it. Each is kept until Expat returns.
 class TXMLParser::TRun {
  public:
   explicit TRun(IXMLHandler& pHandler);
@@ -169,7 +168,7 @@ class TXMLParser::TRun {
   static void XMLCALL OnDoctype(void* pRun, const XML_Char*, const XML_Char*, const XML_Char*, int);
   static void XMLCALL OnDeclaration(void* pRun, const XML_Char*, const XML_Char* pEncoding, int);
 
-  // Does the work of an event and keeps what it throws. After that Expat may still have an event or two to tell.
+  // Handles an event and keeps any exception. Expat may still send one or two events after that.
   template <class TWork>
   void Guard(TWork pWork) noexcept;
   void Start(const XML_Char* pName, const XML_Char** pAttributes);
@@ -184,8 +183,8 @@ class TXMLParser::TRun {
   uint64_t fBytesFed = 0;
   uint64_t fTokenStart = 0;
   size_t fDepth = 0;
-  TUnits fText;  // since the last tag
-  TUnits fTag;   // name, attributes and their values
+  TUnits fText;  // the text since the last tag
+  TUnits fTag;   // the name, the attributes and their values
   std::vector<TXMLAttribute> fAttributes;
 };
 
@@ -230,13 +229,13 @@ void TXMLParser::TRun::OnText(void* pRun, const XML_Char* pText, int pLength) {
   run->Guard([&] { run->Text({pText, static_cast<size_t>(pLength)}); });
 }
 
-// Entities are declared nowhere else, so that none can be.
+// Document types are refused. Entities can be declared only there, so none are.
 void TXMLParser::TRun::OnDoctype(void* pRun, const XML_Char*, const XML_Char*, const XML_Char*, int) {
   auto* run = static_cast<TRun*>(pRun);
   run->Guard([&] { throw run->ErrorHere("a document type declaration is not accepted"); });
 }
 
-// Expat knows two more encodings, and calls this before it uses them.
+// Expat knows two other encodings, and calls this function before it uses them.
 void TXMLParser::TRun::OnDeclaration(void* pRun, const XML_Char*, const XML_Char* pEncoding, int) {
   auto* run = static_cast<TRun*>(pRun);
   run->Guard([&] {
@@ -250,7 +249,7 @@ void TXMLParser::TRun::Start(const XML_Char* pName, const XML_Char** pAttributes
   DeliverText();
   if (++fDepth > kDeepestNesting)
     throw ErrorHere(fmt::format("elements are nested more than {} levels deep", kDeepestNesting));
-  // The room first, so that the views stay where they are.
+  // Room is reserved first, so that the views stay valid.
   const size_t nameLength = std::strlen(pName);
   size_t length = nameLength;
   for (const XML_Char** text = pAttributes; *text != nullptr; ++text) length += std::strlen(*text);
@@ -276,8 +275,8 @@ void TXMLParser::TRun::DeliverText() {
   fHandler.Characters(text);
 }
 
-// How many of the bytes fed belong to a token that has no end yet. Expat does not know its place when it has put off
-// looking at the token again; then the token still begins where it did.
+// The number of bytes passed to Expat that belong to an unfinished token. If Expat has put off looking at the token
+// again, it does not report its position. The token then begins where it did before.
 size_t TXMLParser::TRun::Unfinished() {
   const XML_Index index = XML_GetCurrentByteIndex(fParser.get());
   if (index >= 0) fTokenStart = static_cast<uint64_t>(index);
@@ -287,7 +286,8 @@ size_t TXMLParser::TRun::Unfinished() {
 bool TXMLParser::TRun::Run(IByteSource& pSource, const TXMLProgress& pProgress) {
   for (;;) {
     if (pProgress && !pProgress(fBytesFed)) return false;
-    // Expat looks at an unfinished token anew with every piece. Pieces that grow with it keep the work in proportion.
+    // Expat reads an unfinished token again with every piece. Pieces that grow with the token keep the work
+    // proportional to its size.
     const size_t unfinished = Unfinished();
     if (unfinished > kLongestToken) throw ErrorHere(fmt::format("a tag is longer than {}", Megabytes(kLongestToken)));
     const size_t wanted = std::min(std::max(kPieceOfSource, unfinished), kLongestToken - unfinished + kPieceOfSource);

@@ -22,7 +22,7 @@ constexpr TProtocolPrefix kProtocols[] = {{TXMLParseHelper::TProtocol::prFile, u
                                           {TXMLParseHelper::TProtocol::prWebDav, u"webdav:"},
                                           {TXMLParseHelper::TProtocol::prVirtualDisk, u"vdisk:"}};
 
-// Takes a text in quotes off the front, and returns it without them. Takes nothing when the second quote is missing.
+// Takes a quoted text from the front and returns it without its quotes. Takes nothing if the second quote is missing.
 std::u16string TakeQuoted(std::u16string_view& pText) {
   std::u16string name;
   for (size_t at = 1; at < pText.size(); ++at) {

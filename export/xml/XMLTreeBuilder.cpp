@@ -97,7 +97,7 @@ TXMLTreeBuilder::TElement TXMLTreeBuilder::ElementOf(std::u16string_view pName) 
   return found == elements.end() ? elUnknown : found->second;
 }
 
-// A tree that was not finished is taken apart here, or it would never go.
+// Takes an unfinished tree apart. Otherwise its memory would never be freed.
 TXMLTreeBuilder::~TXMLTreeBuilder() {
   if (!fRoot) return;
   fOpen.clear();
@@ -108,7 +108,7 @@ TXMLTreeBuilder::~TXMLTreeBuilder() {
 
 namespace {
 
-// Without the white space of XML around it.
+// The text without leading and trailing XML white space.
 std::u16string_view TrimmedXML(std::u16string_view pText) {
   constexpr std::u16string_view kBlanks = u" \t\r\n";
   const size_t begin = std::min(pText.find_first_not_of(kBlanks), pText.size());
@@ -135,7 +135,7 @@ int64_t TXMLTreeBuilder::Number(TXMLAttributeSpan pAttributes, std::u16string_vi
                                 int64_t pMost) const {
   const std::u16string_view text = TXMLUtils::GetValueFromAttributeByQName(pAttributes, pName, u"0");
   int64_t value = 0;
-  // Without blanks to take off, and without making a text of the name for a message that is hardly ever wanted.
+  // Reads the number first without trimming, and without making the name's text for a message that is rarely needed.
   if (TXMLUtils::TryReadInteger(text, value) && value >= pLeast && value <= pMost) return value;
   return Integer(text, ToUtf8(pName), pLeast, pMost);
 }
@@ -169,7 +169,7 @@ TXMLTreeBuilder::TOpenFolder& TXMLTreeBuilder::OpenFolder(std::string_view pWher
 
 void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
   using enum TElement;
-  // Attributes are looked up one by one: a million of them would take hours.
+  // Attributes are searched one by one, so a million of them would take hours.
   constexpr size_t kMostAttributes = 1000;
   if (pAttributes.size() > kMostAttributes)
     Fail("An element has " + std::to_string(pAttributes.size()) + " attributes; no scan file has so many");
@@ -199,7 +199,7 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
     case elFileAges:
       return ReadFileAges(pAttributes);
     case elTopSizeList:
-      if (!fScan.fTopFiles) fScan.fTopFiles.emplace();  // a second list goes on with the first
+      if (!fScan.fTopFiles) fScan.fTopFiles.emplace();  // a second list extends the first
       return;
     case elTopFile:
       return ReadTopFile(pAttributes);
@@ -260,7 +260,7 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
       fScan.fTitle = TXMLUtils::HtmlDecode(ExactText());
       break;
     case elDate:
-      // Older files have the date in some language's form.
+      // Older files hold the date in the format of a language.
       TryParseIso(ToUtf8(TrimmedXML(fText)), fScan.fScanTimeStamp);
       break;
     case elDateISO:
@@ -344,7 +344,7 @@ void TXMLTreeBuilder::ReadPatternElement(TElement pElement, TXMLAttributeSpan pA
     attributes.emplace_back(attribute.fName, TXMLUtils::ExactValue(pAttributes, attribute.fName, {}));
   }
   if (!fPatterns) {
-    // Paths in patterns are those of the root.
+    // Paths in patterns use the root's delimiter.
     std::u16string_view path = fRootPath;
     TXMLParseHelper::ParseXMLProtocol(path);
     fPatterns = MakeRef<TPatternList>(DelimiterFor(path));
@@ -372,7 +372,7 @@ void TXMLTreeBuilder::ReadTopFile(TXMLAttributeSpan pAttributes) {
   fTopFiles.Add(std::move(file), TXMLUtils::ExactValue(pAttributes, u"Path", {}));
 }
 
-// The root comes into being with its first folder: by then its kind and path are known.
+// Creates the root with its first folder. By then the root's kind and path are known.
 void TXMLTreeBuilder::CreateRoot() {
   std::u16string_view path = fRootPath;
   TXMLParseHelper::ParseXMLProtocol(path);

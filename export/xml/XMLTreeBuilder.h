@@ -1,6 +1,6 @@
 #pragma once
 
-// A root and its tree from the events of a scan file.
+// Builds a root and its tree from the events of a scan file.
 
 #include <string>
 #include <string_view>
@@ -17,27 +17,27 @@ namespace Vantrel::XML {
 
 using XML::TXMLAttributeSpan;
 
-// Makes a root and its tree of the events of an XML scan file.
+// Builds a root and its tree from the events of an XML scan file.
 //
-// A folder's node is made, and takes its place, when its element begins. Its values follow inside the element, and its
-// sub-folders' elements after them, so it is filled when the element ends. A folder whose statistics are not in the
-// file gets the sums of its children's.
+// A folder's node is made and placed when its element begins. The folder's values follow inside the element, then the
+// elements of its sub-folders. So the node is filled when the element ends. If the file lacks a folder's statistics,
+// they are the sums of its children's.
 //
-// Elements that it does not know are passed over. Everything else that does not fit ends the load, with the line.
+// Unknown elements are skipped. Any other content that does not fit ends the load with an error that names the line.
 class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
  public:
-  // The name is for messages.
+  // pName is used in messages.
   TXMLTreeBuilder(IScanRoots& pTarget, std::u16string pName, TPurpose pPurpose)
       : fTarget(pTarget), fName(std::move(pName)), fPurpose(pPurpose) {}
   ~TXMLTreeBuilder() override;
-  // Before parsing; tells the line of what is wrong.
+  // Call it before parsing. The parser tells the line of an error.
   void SetParser(const Vantrel::XML::TXMLParser& pParser) { fParser = &pParser; }
 
   void StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) override;
   void EndElement(std::u16string_view pName) override;
   void Characters(std::u16string_view pText) override { fText = pText; }
 
-  // The root, once the document has been read to its end.
+  // Returns the root after the whole document has been read.
   TRef<IHierarchicalRoot> Finish();
   bool IsFullExport() const { return fScan.fIsFullExport; }
   bool WasCancelled() const { return fScan.fWasCancelled; }
@@ -48,13 +48,13 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   struct TOpenFolder {
     TRef<TCustomFolderData> fNode;
     TLoadedFolder fValues;
-    size_t fPathLength = 0;  // of its path, which fPath begins with
+    size_t fPathLength = 0;  // of the folder's path, with which fPath begins
     bool fIsFilesNode = false;
-    bool fHasStatistics = false;  // of its own, in the file
+    bool fHasStatistics = false;  // whether the file holds statistics of this folder
     std::vector<TRef<TCustomFolderData>> fChildren;
   };
 
-  // Bytes or items. Two such numbers can be added; no storage holds so much.
+  // The limit for bytes or items. Two such numbers can be added, and no storage holds so much.
   static constexpr int64_t kMostOfAnything = INT64_MAX / 2;
 
   static TElement ElementOf(std::u16string_view pName);
@@ -65,12 +65,12 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
                  int64_t pMost = INT64_MAX) const;
   TKivFileTime FileTime(TXMLAttributeSpan pAttributes, std::u16string_view pLow, std::u16string_view pHigh) const;
   TBasicSizeValues Sizes(TXMLAttributeSpan pAttributes) const;
-  // Refuses statistics whose sums would not fit their numbers.
+  // Refuses statistics whose sums would overflow.
   const TBasicSizeValues& Counted(const TBasicSizeValues& pValues);
   std::u16string ExactText() const;
 
   void BeginRoot(TXMLAttributeSpan pAttributes);
-  // What the root's kind is where its type does not say.
+  // The root's path delimiter. If the root's type does not tell it, pPath does.
   char16_t DelimiterFor(std::u16string_view pPath) const;
   void CreateRoot();
   void BeginFolder(TXMLAttributeSpan pAttributes);
@@ -87,7 +87,7 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   void ReadTopFile(TXMLAttributeSpan pAttributes);
   void ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes);
   void ReadHeaderText(TElement pElement);
-  // A file that holds no whole state of its tree is refused as the earlier state of a comparison.
+  // For comparisons: refuses a file that does not hold the whole state of its tree.
   void RefuseToCompare(std::string_view pReason) const;
   TOpenFolder& OpenFolder(std::string_view pWhere);
 
@@ -96,27 +96,27 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   const TPurpose fPurpose;
   const Vantrel::XML::TXMLParser* fParser = nullptr;
 
-  // The header.
+  // These fields hold the header.
   bool fSeenRoot = false;
-  char16_t fDelimiter = 0;  // by the root's type; 0 for one that the path has to tell
+  char16_t fDelimiter = 0;  // by the root's type; 0 if only the path can tell
   std::u16string fRootPath;
   TLoadedScan fScan;
   TRef<PatternMatching::IPatterns> fPatterns;
 
-  // The tree.
+  // These fields hold the tree.
   TRef<TCustomRoot> fRoot;
   std::vector<TOpenFolder> fOpen;
   bool fTreeDone = false;
-  std::u16string fPath;       // of the innermost open folder; of the top folder before and after
-  TBasicSizeValues fCounted;  // of all statistics read: no sum of some of them is more
+  std::u16string fPath;       // of the innermost open folder; before and after, of the top folder
+  TBasicSizeValues fCounted;  // the sum of all statistics read, so no sum of some of them is larger
   TLoadedTopFiles fTopFiles;
   TRef<TFileAges> fFileAges;
-  std::vector<std::u16string> fFileAgesNames;  // of the attributes, one per interval
-  TRef<ICustomAssocSizeArray> fSizeArray;      // being filled
+  std::vector<std::u16string> fFileAgesNames;  // names of the attributes, one per interval
+  TRef<ICustomAssocSizeArray> fSizeArray;      // the array being filled
 
-  // The element that is open.
+  // These fields belong to the open element.
   std::u16string fText;
-  std::u16string fEscaped;  // the exact form of its text, when XML cannot hold it
+  std::u16string fEscaped;  // the exact form of its text, if XML cannot hold it
 };
 
 }  // namespace Vantrel::XML

@@ -1,4 +1,4 @@
-// The folders of a scan file: nodes, totals, errors, statistics.
+// The part of TXMLTreeBuilder that builds folders: nodes, totals, errors and statistics.
 
 #include <algorithm>
 
@@ -55,8 +55,8 @@ void TXMLTreeBuilder::EndFolder() {
   TOpenFolder folder = std::move(fOpen.back());
   fOpen.pop_back();
   CheckNames(folder);
-  // A file that claims other states must not take a folder for gone, or for one that is being removed.
-  folder.fValues.fState &= kFolderStatesInFiles & ~fsIsRoot;  // the top folder's node says so by itself
+  // Other states in a file must not mark a folder as gone or as being removed.
+  folder.fValues.fState &= kFolderStatesInFiles & ~fsIsRoot;  // the top folder's node sets this itself
   folder.fValues.fState |= fsIsXMLImport;
   folder.fNode->SetLoaded(folder.fValues);
   if (fOpen.empty()) {
@@ -104,7 +104,7 @@ void TXMLTreeBuilder::BeginError(TXMLAttributeSpan pAttributes) {
   fScan.fErrors.push_back(std::move(error));
 }
 
-// The words are those of the system that was scanned: this one's may differ, or know no such code.
+// The file holds the message of the scanned system. This system's message may differ, or the code may be unknown here.
 void TXMLTreeBuilder::EndError() {
   OpenFolder("end of 'ErrorMessage'");
   if (fScan.fErrors.empty()) return;
@@ -127,7 +127,7 @@ void TXMLTreeBuilder::BeginSizeArray(bool pIsUsers) {
 }
 
 void TXMLTreeBuilder::AddItem(TXMLAttributeSpan pAttributes) {
-  if (!fSizeArray) return;  // an item of something else
+  if (!fSizeArray) return;  // the item belongs to another element
   fSizeArray->Add(TXMLUtils::ExactValue(pAttributes, u"name", {}), Counted(Sizes(pAttributes)));
 }
 
@@ -138,7 +138,7 @@ const TBasicSizeValues& TXMLTreeBuilder::Counted(const TBasicSizeValues& pValues
   return pValues;
 }
 
-// In whatever letter case the file has it.
+// Letter case does not count in files.
 constexpr std::u16string_view kDays = u"Days_";
 
 void TXMLTreeBuilder::ReadFileAges(TXMLAttributeSpan pAttributes) {

@@ -10,7 +10,7 @@ namespace Vantrel::XML {
 
 namespace {
 
-// How many units of the text, from its start, XML can hold.
+// The number of units from the start of the text that XML can hold.
 size_t HeldPrefix(std::u16string_view pText) {
   for (size_t at = 0; at < pText.size(); ++at) {
     const char16_t unit = pText[at];
@@ -24,7 +24,7 @@ size_t HeldPrefix(std::u16string_view pText) {
   return pText.size();
 }
 
-// Calls one function with each part that XML can hold, the other with each unit that it cannot.
+// Calls one function with each part that XML can hold, and the other with each unit that it cannot hold.
 template <class THeld, class TLost>
 void SplitByHeld(std::u16string_view pText, THeld pHeld, TLost pLost) {
   while (!pText.empty()) {
@@ -37,14 +37,14 @@ void SplitByHeld(std::u16string_view pText, THeld pHeld, TLost pLost) {
   }
 }
 
-// The value of a digit, also of hexadecimal ones; 16 for other characters.
+// The value of a decimal or hexadecimal digit; 16 for other characters.
 uint32_t DigitValue(char16_t pChar) {
   const char16_t folded = FoldAscii(pChar);
   if (folded >= u'0' && folded <= u'9') return folded - u'0';
   return folded >= u'a' && folded <= u'f' ? folded - u'a' + 10 : 16;
 }
 
-// A number of digits only, at least one; nothing when it is larger than any character's.
+// Reads a number of at least one digit. No value when it is larger than any character's number.
 std::optional<uint32_t> ReadCharacterNumber(std::u16string_view pDigits, uint32_t pBase) {
   uint32_t number = 0;
   for (const char16_t digit : pDigits) {
@@ -57,7 +57,7 @@ std::optional<uint32_t> ReadCharacterNumber(std::u16string_view pDigits, uint32_
   return number;
 }
 
-// The character that stands between "&" and ";"; nothing for what is not known.
+// The character for an entity name between "&" and ";". No value for unknown names.
 std::optional<uint32_t> ReadEntity(std::u16string_view pName) {
   if (pName == u"amp") return u'&';
   if (pName == u"lt") return u'<';
@@ -79,7 +79,7 @@ const TXMLAttribute* Find(TXMLAttributeSpan pAttributes, std::u16string_view pNa
   return found == pAttributes.end() ? nullptr : &*found;
 }
 
-// What is written in the place of a text that XML cannot hold.
+// The text with U+FFFD for each unit that XML cannot hold.
 std::u16string Replaced(std::u16string_view pText) {
   std::u16string result;
   SplitByHeld(

@@ -22,8 +22,8 @@ namespace {
   throw EZipError(fmt::format("{}: {}", ToQuotedDisplay(pPath), pWhat));
 }
 
-// libzip reaches files through this, so that it opens them as the rest of the program does: any path, on both
-// platforms. It is C, so what the file throws is kept here until libzip has returned.
+// Gives libzip access to a file in the way the program opens files: any path, on both platforms. libzip is written in
+// C, so exceptions of the file are kept until libzip returns.
 class TLibraryFile {
  public:
   virtual ~TLibraryFile() { zip_error_fini(&fError); }
@@ -31,7 +31,7 @@ class TLibraryFile {
   TLibraryFile(const TLibraryFile&) = delete;
   TLibraryFile& operator=(const TLibraryFile&) = delete;
 
-  // The source as libzip knows it; it must not be used after this object.
+  // The source object for libzip. It must not be used after this object is gone.
   zip_source_t* MakeSource() { return zip_source_function_create(Call, this, nullptr); }
   void RethrowFailure() const {
     if (fFailure) std::rethrow_exception(fFailure);
@@ -118,7 +118,8 @@ class TReadFile final : public TLibraryFile {
   uint64_t fPosition = 0;
 };
 
-// A new archive. It is not there yet, so that libzip asks for nothing that was in it; and it is not made complete here.
+// A new archive. It reports to libzip that it does not exist yet, so libzip reads no old content. It does not commit
+// the file.
 class TWriteFile final : public TLibraryFile {
  public:
   explicit TWriteFile(TOutputFile& pFile) : fFile(pFile) {}
@@ -165,7 +166,7 @@ class TWriteFile final : public TLibraryFile {
   uint64_t fEnd = 0;
 };
 
-// With the text that zip_error_strerror makes, which has to be freed.
+// Holds an error, with the text that zip_error_strerror allocates and that must be freed.
 struct TZipError {
   TZipError() { zip_error_init(&fError); }
   ~TZipError() { zip_error_fini(&fError); }
@@ -182,7 +183,7 @@ struct TCloseEntry {
 };
 using TArchiveHandle = std::unique_ptr<zip_t, TDiscard>;
 
-// The file must outlive the archive. The error takes what went wrong.
+// pFile must outlive the archive. pError receives the error.
 TArchiveHandle OpenArchive(TLibraryFile& pFile, int pFlags, zip_error_t& pError) {
   zip_source_t* source = pFile.MakeSource();
   zip_t* archive = source == nullptr ? nullptr : zip_open_from_source(source, pFlags, &pError);
@@ -190,9 +191,9 @@ TArchiveHandle OpenArchive(TLibraryFile& pFile, int pFlags, zip_error_t& pError)
   return TArchiveHandle(archive);
 }
 
-// An archive's clock begins in 1980.
+// The time of an archive's entry. Archives cannot hold times before 1980.
 time_t EntryTime(TKivFileTime pTime) {
-  constexpr time_t kEarliest = 315'619'200;  // 1980-01-02, which is 1980 in every time zone
+  constexpr time_t kEarliest = 315'619'200;  // 1980-01-02, which lies in 1980 in every time zone
   const auto seconds = static_cast<time_t>((pTime.fTicks - TKivFileTime::kUnixEpoch) / TKivFileTime::kTicksPerSecond);
   return seconds < kEarliest ? kEarliest : seconds;
 }
@@ -227,12 +228,12 @@ void TZipOutput::Commit() {
   if (index < 0 || zip_file_set_mtime(archive.get(), static_cast<zip_uint64_t>(index), EntryTime(fTime), 0) != 0 ||
       zip_close(archive.get()) != 0)
     fail(zip_get_error(archive.get()));
-  archive.release();  // closing has freed it
-  fScratch = {};      // its space is free before the archive waits for the disk
+  archive.release();  // zip_close has freed it
+  fScratch = {};      // frees its space before the archive waits for the disk
   fTarget.Commit();
 }
 
-// What belongs together to read an entry, in the order in which it has to be taken down.
+// The objects needed to read an entry. Their order ensures that they are destroyed in the right order.
 class TZipXMLSource::TArchive {
  public:
   explicit TArchive(const std::u16string& pPath)
@@ -258,7 +259,7 @@ class TZipXMLSource::TArchive {
     return *found;
   }
 
-  // Returns the unpacked size.
+  // Opens the entry and returns its unpacked size.
   uint64_t OpenEntry(zip_uint64_t pIndex) {
     zip_stat_t stat;
     if (zip_stat_index(fArchive.get(), pIndex, 0, &stat) != 0) FailReading(zip_get_error(fArchive.get()));
@@ -277,8 +278,8 @@ class TZipXMLSource::TArchive {
   }
 
  private:
-  // Scan files shrink to a tenth or a thirtieth. What shrinks to less than a two-hundredth, and would fill the memory,
-  // was made to do that.
+  // Scan files shrink to a tenth or a thirtieth. An entry that would fill the memory and has shrunk to less than a
+  // two-hundredth was made to do harm.
   void RefuseBomb(const zip_stat_t& pStat) const {
     constexpr uint64_t kHarmless = 256 << 20;
     constexpr uint64_t kMostRatio = 200;
@@ -316,7 +317,7 @@ std::unique_ptr<IByteSource> OpenXMLSource(const std::u16string& pPath) {
   if (HasExtension(pPath, u".zip")) return std::make_unique<TZipXMLSource>(pPath);
   char start[4] = {};
   auto file = std::make_unique<TFileStream>(TFileStream::OpenForReading(pPath));
-  // A pipe cannot be looked into; it is read as it comes.
+  // A pipe cannot be checked for an archive, so it is read as it is.
   if (!file->CanSeek()) return file;
   const size_t length = file->Read(start, sizeof start);
   const std::string_view head(start, length);

@@ -1,6 +1,6 @@
 #pragma once
 
-// An archive of one entry written; the XML entry of an archive read.
+// Writes an archive of one entry, and reads the XML entry of an archive.
 
 #include <cstdint>
 #include <memory>
@@ -15,22 +15,22 @@
 
 namespace Vantrel::Zip {
 
-// What is wrong with an archive; the text names it. Failures of the system are EOSErrors here too.
+// Reports what is wrong with an archive; the text names it. Failures of the system are EOSErrors here too.
 class EZipError : public EException {
  public:
   using EException::EException;
 };
 
-// An archive with one packed entry. What is written goes to a scratch file first, as libzip asks for its data and does
-// not take them; Commit packs it into the archive, which then takes its place as any TOutputFile does. So there has to
-// be room for the entry unpacked, in the folder of the archive. For one thread at a time.
+// Writes an archive with one packed entry. Data goes to a scratch file first, because libzip pulls its data. Commit
+// packs it into the archive. The archive then replaces an earlier file like any TOutputFile. So the archive's folder
+// needs room for the unpacked entry. One thread at a time.
 class TZipOutput final : public IByteSink {
  public:
-  // The entry's time is shown with it; "no date" gives the earliest that an archive can hold.
+  // pTime is shown with the entry. "No date" gives the earliest time that an archive can hold.
   TZipOutput(const std::u16string& pPath, std::u16string_view pEntryName, TKivFileTime pTime);
 
   void Write(std::string_view pBytes) override { fScratch.Write(pBytes); }
-  // Once. Takes long for large entries.
+  // Call it once. It takes long for large entries.
   void Commit();
 
  private:
@@ -40,19 +40,20 @@ class TZipOutput final : public IByteSink {
   TKivFileTime fTime;
 };
 
-// The XML entry of an archive, unpacked piece by piece: memory does not depend on its size. Its checksum is checked
+// Unpacks the XML entry of an archive piece by piece, so memory does not depend on its size. The checksum is checked
 // with the last piece.
 class TZipXMLSource final : public IByteSource {
  public:
-  // EZipError when this is no zip archive, or holds not exactly one entry whose name ends in ".xml" (in any case; what
-  // macOS adds below "__MACOSX/" does not count), or one that is encrypted or packed in an unknown way.
+  // EZipError when the file is not a zip archive, or the entry is encrypted or packed in an unknown way. The archive
+  // must hold exactly one entry whose name ends in ".xml", in any letter case. Entries that macOS adds below
+  // "__MACOSX/" do not count.
   explicit TZipXMLSource(const std::u16string& pPath);
   ~TZipXMLSource() override;
 
   // EZipError for damaged data and for a wrong checksum or size.
   size_t Read(char* pBuffer, size_t pLength) override;
 
-  // The unpacked size as the archive tells it, which Read holds it to.
+  // The unpacked size that the archive states. Read enforces it.
   uint64_t Size() const { return fSize; }
 
  private:
@@ -61,7 +62,7 @@ class TZipXMLSource final : public IByteSource {
   uint64_t fSize = 0;
 };
 
-// The XML file at a path, unpacked when it is in a zip archive, which shows in its first bytes or its name.
+// Opens the XML file at a path. It is unpacked if it is in a zip archive, which its first bytes or its name show.
 std::unique_ptr<IByteSource> OpenXMLSource(const std::u16string& pPath);
 
 }  // namespace Vantrel::Zip

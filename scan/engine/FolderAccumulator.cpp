@@ -34,7 +34,7 @@ void TFolderAccumulator::Begin() {
 }
 
 TKeyId TFolderAccumulator::OwnerKeyOf(const IHierarchicalEnumerator& pEntry) {
-  if (!fDoUsers) return kNoKey;  // the question alone is a system call on some systems
+  if (!fDoUsers) return kNoKey;  // looking up the owner takes a system call on some systems
   const uint64_t owner = pEntry.GetOwnerId();
   if (owner != 0 && owner == fLastOwnerId) return fLastOwnerKey;
   auto known = owner != 0 ? fOwnerKeys.find(owner) : fOwnerKeys.end();

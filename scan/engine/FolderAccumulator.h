@@ -1,6 +1,6 @@
 #pragma once
 
-// Sums, statistics, dates and packed files of the folder that is being listed.
+// Counts the files of one folder while a worker lists it: sums, statistics, dates and packed file records.
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <memory>
@@ -14,31 +14,31 @@
 
 namespace Vantrel::ScanEngine {
 
-// Sums up the files of one folder while it is being listed. A worker keeps one and uses it for folder after folder:
-// after the first few folders, counting a file allocates nothing, hashes at most its extension, and takes no lock.
+// Adds up the files of one folder while it is being listed. A worker reuses one accumulator for all its folders. After
+// the first few folders, counting a file allocates nothing and takes no lock. It hashes at most the file's extension.
 class TFolderAccumulator {
  public:
-  // The accumulator is used for one root's scan only: it remembers the keys of that scan's owners.
+  // An accumulator serves one root's scan only, because it remembers the keys of that scan's owners.
   explicit TFolderAccumulator(IScanConfiguration& pConfiguration);
 
-  // The worker's own judge of what the scan takes in; nullptr when it takes in everything.
+  // This worker's filter for the scan. nullptr when the scan takes in everything.
   IEntryFilter* EntryFilter() const { return fEntryFilter.get(); }
 
-  // A new folder: nothing is counted.
+  // Starts a new folder with all counts at zero.
   void Begin();
   // The length of the folder's path in UTF-16 units.
   void SetPathLength(size_t pPathLength) { fPathLength = pPathLength; }
-  // The enumerator's current entry, a file. When there is no memory for it, all files of the folder are given up: their
-  // sums no longer agree with each other.
+  // Counts the enumerator's current entry, which is a file. If memory runs out, all files of the folder are given up,
+  // since their sums would disagree.
   void AddFile(const IHierarchicalEnumerator& pEntry);
   bool AreFilesGivenUp() const { return fFilesGivenUp; }
   TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
 
   int64_t FileCount() const { return fValues.fFiles; }
   const TSizeValues& Values() const { return fValues; }
-  // What was counted since Begin; good until the next Begin. Gives all files up when there is no memory for it.
+  // The counts since Begin, valid until the next Begin. If memory runs out, all files of the folder are given up.
   TFileGroupContents Finish();
-  // Adds the files worth it to the list of largest files. After Finish.
+  // Adds the folder's largest files to the list of largest files. Call it after Finish.
   void OfferTopFiles(TCustomFolderData& pFolder);
 
  private:
@@ -50,7 +50,6 @@ class TFolderAccumulator {
     std::u16string fName;
   };
 
-  // Fixed.
   const bool fDoUsers;
   const bool fDoExtensions;
   const bool fKeepFiles;
@@ -61,7 +60,7 @@ class TFolderAccumulator {
   ITopSizeList* const fTopSizeList;
   const std::unique_ptr<IEntryFilter> fEntryFilter;
 
-  // Of the folder.
+  // These values belong to the current folder.
   size_t fPathLength = 0;
   TSizeValues fValues;
   TKivFileTime fLastAccessDate;
@@ -74,7 +73,7 @@ class TFolderAccumulator {
   TFileTableBuilder fFiles;
   std::vector<TTopFile> fTopFiles;
 
-  // Of the scan.
+  // These values belong to the whole scan.
   TExtensionKeys fExtensionKeys;
   boost::unordered_flat_map<uint64_t, TKeyId> fOwnerKeys;
   uint64_t fLastOwnerId = 0;

@@ -83,7 +83,7 @@ void TScanEngine::GiveAccumulator(std::unique_ptr<TFolderAccumulator> pAccumulat
   TCriticalSectionLock lock(fLock);
   try {
     fAccumulators.push_back(std::move(pAccumulator));
-  } catch (const std::bad_alloc&) {  // the next job makes its own
+  } catch (const std::bad_alloc&) {  // the accumulator is lost; the next job makes a new one
   }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// One scan: its pool, its limits of threads and processor time, and the accumulators that workers share.
+// Runs one scan: its thread pool, its limits of threads and processor time, and the accumulators that workers share.
 
 #include <memory>
 #include <optional>
@@ -14,12 +14,12 @@
 
 namespace Vantrel::ScanEngine {
 
-// Fills one root's tree: a job per folder on a pool of worker threads. The engine takes whatever enumerator the root
-// hands it; it never prints, never exits and knows of no window.
+// Fills one root's tree with one job per folder on a pool of worker threads. The root supplies the enumerator. The
+// engine never prints and never exits, and it knows no window.
 class TScanEngine : public TInterfaced<IScanEngine> {
  public:
-  // The callback comes once from a worker for every time that all jobs are done. The pool's settings replace the
-  // machine's clock and processor in tests.
+  // The callback runs on a worker each time all jobs are done. The pool's settings replace the machine's clock and
+  // processor in tests.
   TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
               std::function<void()> pOnAllDone, ThreadPool::TWorkerThreadPool::TSettings pPoolSettings = {});
   ~TScanEngine() override;
@@ -36,21 +36,24 @@ class TScanEngine : public TInterfaced<IScanEngine> {
  private:
   friend class TScanJob;
 
-  // Accumulators wait here between jobs: as many as there are workers, each warm from the folders before.
+  // Accumulators wait here between jobs. There is at most one per worker, and each keeps its memory from earlier
+  // folders.
   std::unique_ptr<TFolderAccumulator> TakeAccumulator();
   void GiveAccumulator(std::unique_ptr<TFolderAccumulator> pAccumulator);
 
   const TRef<IScanConfiguration> fConfiguration;
-  // While the scan runs; what follows it may use the memory.
+  // Held while the scan runs. Steps after the scan may use this memory.
   std::optional<TMemoryReserve> fReserve{std::in_place};
   std::unique_ptr<ThreadPool::TWorkerThreadPool> fWorkerThreadPool;
   TCriticalSection fLock;
   std::vector<std::unique_ptr<TFolderAccumulator>> fAccumulators GUARDED_BY(fLock);
 };
 
-// The processor share from which on no more threads are started: 100 less 5 for each processor, between 60 and 80.
+// The processor usage, in percent, at which no more threads are started. It is 100 minus 5 per processor, limited to
+// 60..80.
 int32_t CpuCapOf(int32_t pProcessors);
-// How many threads a scan starts ahead when it asks for that: half of them, rounded up; 1 and 2 as they are.
+// How many threads a scan starts ahead when it asks for that. It is half the maximum, rounded up, but 1 and 2 stay as
+// they are.
 int32_t PreStartedThreads(int32_t pMaximum);
 
 }  // namespace Vantrel::ScanEngine

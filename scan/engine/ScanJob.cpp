@@ -18,9 +18,9 @@ using ThreadPool::TWorkerThreadPool;
 
 namespace {
 
-// How many items may wait for each running thread before a worker keeps its sub-folders to itself.
+// A worker keeps its sub-folders to itself once this many items wait for each running thread.
 constexpr int32_t kMostQueuedPerThread = 20;
-// A folder of a million files must not hold up a cancelled scan.
+// Cancellation is checked this often, so a folder of a million files does not delay it.
 constexpr int64_t kFilesBetweenLooks = 1024;
 
 }  // namespace
@@ -63,7 +63,7 @@ void TScanJob::Execute() {
   fEngine.GiveAccumulator(std::move(fFiles));
 }
 
-// False when there is nothing to list.
+// Opens the folder for listing. False when there is nothing to list.
 bool TScanJob::OpenFolder() {
   try {
     fEnumerator = std::exchange(fOpen, nullptr)();
@@ -88,7 +88,7 @@ bool TScanJob::TakeAccumulator() {
 
 void TScanJob::ScanWaiting() {
   while (fFirstWaiting < fWaiting.size()) {
-    // The folder nearest to the top is likely to have the most beneath it: the best to give away.
+    // The folder nearest to the top probably has the most beneath it, so it is the best one to give away.
     if (ShouldQueue() && Queue(fWaiting[fFirstWaiting])) {
       ++fFirstWaiting;
       continue;
@@ -100,12 +100,13 @@ void TScanJob::ScanWaiting() {
       continue;
     }
     const TRef<IHierarchicalEnumerator> enumerator = Open(next);
-    next.fParent = nullptr;  // with its last child on the way, the parent's handle can go
+    // The parent's handle can close once its last child is open.
+    next.fParent = nullptr;
     ScanFolder(*next.fFolder, enumerator.get());
   }
 }
 
-// nullptr when there is none; fFailure tells why.
+// Opens the waiting folder. On failure it returns nullptr and sets fFailure.
 TRef<IHierarchicalEnumerator> TScanJob::Open(const TWaiting& pWaiting) {
   fFailure = 0;
   try {
@@ -124,7 +125,8 @@ bool TScanJob::ShouldQueue() const {
   return queued <= kMostQueuedPerThread * fThreadPool.GetThreadCount() && fThreadPool.IsCpuUsageBelowMax();
 }
 
-// False when the folder still waits: what keeps it from becoming a job need not keep it from being scanned here.
+// Turns a waiting folder into a job of its own. False when that fails. The folder then still waits and is scanned by
+// this job.
 bool TScanJob::Queue(TWaiting& pWaiting) {
   TRef<IHierarchicalEnumerator> enumerator = Open(pWaiting);
   if (!enumerator) return false;
@@ -142,9 +144,9 @@ void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* p
   TakeIn(pFolder, pEnumerator, List(pFolder, pEnumerator));
 }
 
-// --- listing: may fail anywhere, and changes nothing in the tree -----------------------------------------------------
+// --- listing: it may fail anywhere, and it changes nothing in the tree -----------------------------------------------
 
-// Whatever ends the listing early is kept in fFailure; what was listed before still counts.
+// An error that ends the listing early is kept in fFailure. What was listed before it still counts.
 TFileGroupContents TScanJob::List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
   fFiles->Begin();
   fChildren.clear();
@@ -207,13 +209,15 @@ bool IsToBeEntered(const TRef<TCustomFolderData>& pChild) {
 
 }  // namespace
 
-// A child that could not wait would never be scanned, so without room for all of them none enters the tree.
+// Reserves room for the children that must wait to be scanned. Without room for all of them, none enters the tree,
+// because a child that cannot wait would never be scanned.
 void TScanJob::MakeRoomToWait() {
   if (fFirstWaiting == fWaiting.size()) {
     fWaiting.clear();
     fFirstWaiting = 0;
   }
-  fChildren.shrink_to_fit();  // here, where it may fail: the folder keeps the list as it is
+  // This call may fail, so it is made here. The folder later keeps the list as it is.
+  fChildren.shrink_to_fit();
   const auto entered = static_cast<size_t>(std::count_if(fChildren.begin(), fChildren.end(), IsToBeEntered));
   const size_t wanted = fWaiting.size() + entered;
   if (wanted <= fWaiting.capacity()) return;
@@ -225,9 +229,10 @@ void TScanJob::MakeRoomToWait() {
   }
 }
 
-// --- into the tree: all of it or none ------------------------------------------------------------------------------
+// --- into the tree: all of it or none --------------------------------------------------------------------------------
 
-// noexcept: some ancestors would have the folder's files and others not. The reserve of memory serves for this part.
+// An exception here would leave the folder's files in only some of its ancestors, so this function is noexcept. It may
+// use the reserve of memory.
 void TScanJob::TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator,
                       const TFileGroupContents& pFiles) noexcept {
   TReserveUse reserve;
@@ -239,14 +244,15 @@ void TScanJob::TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnum
 
 void TScanJob::EndFolder(TCustomFolderData& pFolder) {
   pFolder.ExcludeFolderState(fsScanning);
-  if (!IsCancelled()) pFolder.FinishPart();  // a folder that was left early, and all above it, stay unfinished
+  // A folder that was left early stays unfinished, as do all folders above it.
+  if (!IsCancelled()) pFolder.FinishPart();
 }
 
-// The children enter the tree and the waiting list; errors and progress are told.
+// Adds the children to the tree and the waiting list, and reports errors and progress.
 void TScanJob::EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
   const auto folders = static_cast<int64_t>(fChildren.size());
   const size_t before = fWaiting.size();
-  // From the back, the first listed comes first.
+  // Waiting folders are taken from the back, so adding them in reverse scans the first listed one first.
   for (auto child = fChildren.rbegin(); child != fChildren.rend(); ++child)
     if (IsToBeEntered(*child)) fWaiting.push_back({*child, TRef<IHierarchicalEnumerator>(pEnumerator)});
   pFolder.BeginScan(1 + static_cast<int32_t>(fWaiting.size() - before));
@@ -279,13 +285,13 @@ void TScanJob::RefreshFolder() {
   TakeInRefresh(files, gone);
 }
 
-// Of the children listed, leaves those that are new. Returns the folder's children that were not listed.
+// Keeps only the new ones of the listed children. Returns the folder's children that were not listed.
 std::vector<TRef<IFolderData>> TScanJob::KeepNewChildren() {
   TCustomFolderData& folder = *fFromFolder;
   boost::unordered_flat_map<std::u16string_view, TRef<IFolderData>> gone;
   for (TRef<IFolderData>& child : folder.FindSubFolders())
     if (!child->IsFileGroup()) gone.emplace(child->GetObjectName(), child);
-  const auto known = gone;  // keeps the names alive
+  const auto known = gone;  // keeps the names of children alive
   std::vector<TRef<TCustomFolderData>> added;
   for (TRef<TCustomFolderData>& child : fChildren) {
     if (gone.erase(child->GetObjectName()) > 0) continue;
@@ -301,17 +307,17 @@ std::vector<TRef<IFolderData>> TScanJob::KeepNewChildren() {
   return left;
 }
 
-// noexcept as TakeIn.
+// noexcept for the same reason as TakeIn.
 void TScanJob::TakeInRefresh(const TFileGroupContents& pFiles, const std::vector<TRef<IFolderData>>& pGone) noexcept {
   TReserveUse reserve;
   TCustomFolderData& folder = *fFromFolder;
-  // A listing that broke off says nothing of what it did not reach.
+  // A listing that broke off says nothing about the entries it did not reach.
   if (fEnumerator->GetErrorCode() == 0 && fFailure == 0 && !IsCancelled())
     for (const TRef<IFolderData>& child : pGone) child->Remove();
   folder.GetRoot()->ForgetOwnEntries(folder);
   const int32_t unfinished = folder.CountUnfinishedChildren();
   EndListing(folder, fEnumerator.get());
-  folder.AnnounceParts(unfinished);  // those that a cancelled scan left; the new ones are announced already
+  folder.AnnounceParts(unfinished);  // children left by a cancelled scan; the new ones are announced already
   fFiles->OfferTopFiles(folder);
   if (!fFiles->AreFilesGivenUp()) folder.ReplaceFiles(pFiles);
   EndFolder(folder);

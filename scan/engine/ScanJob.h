@@ -1,6 +1,7 @@
 #pragma once
 
-// The work on one folder: listing, children into the tree, queue or recurse, non-recursive refresh.
+// The work on one folder. A job lists it, adds its children to the tree, and queues or scans them. It also refreshes a
+// folder.
 
 #include <functional>
 #include <memory>
@@ -13,28 +14,29 @@
 namespace Vantrel::ScanEngine {
 
 enum class TScanMode : uint8_t {
-  smNew,     // the folder is empty and is filled with all beneath it
-  smRefresh  // the folder was scanned before; its own entries are looked at again
+  smNew,     // the folder is empty; the job fills it and all beneath it
+  smRefresh  // the folder was scanned before; the job looks at its own entries again
 };
 
-// Scans one folder, and of what lies beneath it as much as is not better left to other workers.
+// Scans one folder, and those folders beneath it that it does not give to other workers.
 //
-// A folder is listed to its end before any of its sub-folders is opened, and sub-folders wait on a list of their own,
-// so depth costs neither stack, nor buffers, nor open handles. Whether a waiting sub-folder becomes a job of its own or
-// is scanned here is decided when its turn comes, when it is known how hungry the other workers are.
+// A folder is listed to its end before any of its sub-folders is opened. Sub-folders wait on the job's own list. So
+// depth costs no stack, no buffers and no open handles. When a sub-folder's turn comes, the job decides whether it
+// becomes a job of its own. By then the load of the other workers is known.
 class TScanJob : public ThreadPool::TBasicWorkItem {
  public:
   TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
            TScanMode pMode);
-  // Where the folder's enumerator comes from when the job begins, on its worker; nullptr: nothing is to be listed.
+  // Sets the function that makes the folder's enumerator on the worker when the job begins. It returns nullptr when
+  // there is nothing to list.
   void SetOpen(std::function<TRef<IHierarchicalEnumerator>()> pOpen) { fOpen = std::move(pOpen); }
 
  protected:
-  // Throws nothing: whatever goes wrong ends the listing of one folder, which then stands on the root's error list.
+  // Throws nothing. An error ends the listing of one folder and is added to the root's error list.
   void Execute() override;
 
  private:
-  // A sub-folder that waits to be scanned, and the finished enumerator of its parent, which opens it.
+  // A sub-folder that waits to be scanned, and its parent's finished enumerator, which opens it.
   struct TWaiting {
     TRef<TCustomFolderData> fFolder;
     TRef<IHierarchicalEnumerator> fParent;
@@ -46,7 +48,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   TRef<IHierarchicalEnumerator> Open(const TWaiting& pWaiting);
   bool ShouldQueue() const;
   bool Queue(TWaiting& pWaiting);
-  // The enumerator may be nullptr: the folder could not be opened.
+  // pEnumerator is nullptr if the folder could not be opened.
   void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
 
   TFileGroupContents List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
@@ -73,12 +75,12 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   const TScanMode fMode;
 
   std::unique_ptr<TFolderAccumulator> fFiles;
-  std::vector<TWaiting> fWaiting;  // scanned from the back, depth first; given away from the front
+  std::vector<TWaiting> fWaiting;  // taken from the back to scan, depth first; given away from the front
   size_t fFirstWaiting = 0;
-  // Of the folder being listed.
+  // These values belong to the folder being listed.
   std::vector<TRef<TCustomFolderData>> fChildren;  // those to be entered are marked fsScanning
   int64_t fExcluded = 0;
-  uint32_t fFailure = 0;  // the code of what ended the listing, unless the enumerator tells it
+  uint32_t fFailure = 0;  // code of the error that ended the listing; 0 if the enumerator reports it
 };
 
 }  // namespace Vantrel::ScanEngine

@@ -55,7 +55,8 @@ void TWorkerThread::Start() {
   fThread = std::thread([this] { Execute(); });
 }
 
-// noexcept: what gets this far would leave the pool counting an item that is gone, and its owner waiting for ever.
+// An exception here would leave the pool counting an item that is gone, and its owner would wait for ever. So Execute
+// is noexcept.
 void TWorkerThread::Execute() noexcept {
   SetCurrentThreadName("worker");
   SetCurrentThreadPriority(fThreadPool.FPriority.load(std::memory_order_relaxed));
@@ -94,7 +95,8 @@ bool TWorkerThreadPool::IsCpuUsageBelowMax() {
   std::optional<int> usage;
   try {
     usage = fSettings.fCpuUsage();
-  } catch (...) {  // no memory to read the system's counters with: no time for a further thread either
+    // Without memory to read the system's counters, there is no time for a further thread either.
+  } catch (...) {
     return false;
   }
   return usage ? *usage < GetMaxCpuUsage() : GetThreadCount() < ProcessorCount();
@@ -118,7 +120,7 @@ void TWorkerThreadPool::AddWorkItems(std::vector<TRef<IWorkItem>> pItems) {
   CheckAddNewWorkerThread(pItems);
 }
 
-// All of them or none.
+// Queues all of the items, or none.
 void TWorkerThreadPool::Queue(const std::vector<TRef<IWorkItem>>& pItems) {
   size_t queued = 0;
   try {
@@ -135,7 +137,7 @@ void TWorkerThreadPool::Queue(const std::vector<TRef<IWorkItem>>& pItems) {
   fQueueLength.store(static_cast<int32_t>(fWorkerItemsQueue.Count()), std::memory_order_relaxed);
 }
 
-// Takes items back that no thread is there for.
+// Takes back the items for which no thread can be started.
 void TWorkerThreadPool::Unqueue(const std::vector<TRef<IWorkItem>>& pItems) {
   for (const TRef<IWorkItem>& item : pItems)
     if (fWorkerItemsQueue.Remove(*item)) fWorkItemsCount.fetch_sub(1, std::memory_order_acq_rel);
@@ -149,7 +151,7 @@ void TWorkerThreadPool::CheckAddNewWorkerThread(const std::vector<TRef<IWorkItem
       GetThreadCount() > minimum)
     return;
   if (now < fNoThreadBefore.load(std::memory_order_relaxed) && GetThreadCount() > 0) return;
-  // Asked before the lock is taken, and only where the answer counts: it may read the system's counters.
+  // This may read the system's counters. So it runs before the lock is taken, and only where the answer matters.
   const bool cpuBelowMax = GetThreadCount() < minimum || IsCpuUsageBelowMax();
   std::list<TWorkerThread> ended;
   {
@@ -157,7 +159,7 @@ void TWorkerThreadPool::CheckAddNewWorkerThread(const std::vector<TRef<IWorkItem
     fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
     const auto threads = static_cast<int32_t>(fThreads.size());
     if (threads >= GetMaxRunningThreads() || fWorkerItemsQueue.Count() == 0 || fTerminated || FPaused) return;
-    // Beyond the minimum, an idle thread that is on its way to the item makes a new one needless.
+    // Beyond the minimum, no new thread is needed while an idle thread is about to take the item.
     const bool idleThreadsSuffice = fIdleThreads >= static_cast<int32_t>(fWorkerItemsQueue.Count());
     if (threads >= minimum && (idleThreadsSuffice || !cpuBelowMax)) return;
     try {
@@ -171,12 +173,12 @@ void TWorkerThreadPool::CheckAddNewWorkerThread(const std::vector<TRef<IWorkItem
   for (TWorkerThread& thread : ended) thread.Join();
 }
 
-// A thread that runs does the work of one that cannot be started. Throws when there is none.
+// If the thread cannot be started, a running thread does its work. Throws when no thread is running.
 void TWorkerThreadPool::StartThread(int64_t pNow) {
   std::list<TWorkerThread> started;
   try {
     started.emplace_back(*this);
-    started.back().Start();  // it waits for the lock before it asks for work
+    started.back().Start();  // the new thread waits for the lock before it asks for work
   } catch (...) {
     CodeOfCaughtException("TWorkerThreadPool.StartThread");
     fNoThreadBefore.store(pNow + kRefusedThreadMilliseconds, std::memory_order_relaxed);
@@ -208,7 +210,8 @@ TRef<IWorkItem> TWorkerThreadPool::WaitForWorkItem(TWorkerThread& pThread) {
   return nullptr;
 }
 
-// Under the same lock that the thread found no work: an item added from now on finds one thread less, and gets its own.
+// The caller still holds the lock under which the thread found no work. An item added later sees one thread less and
+// starts its own.
 void TWorkerThreadPool::LetThreadEnd(TWorkerThread& pThread) {
   const auto own =
       std::find_if(fThreads.begin(), fThreads.end(), [&](const auto& pItem) { return &pItem == &pThread; });

@@ -1,6 +1,6 @@
 #pragma once
 
-// Work items, the queue, worker threads, and when one is started or ends.
+// The thread pool: work items, their queue, worker threads, and the rules that start and end threads.
 
 #include <atomic>
 #include <condition_variable>
@@ -22,15 +22,16 @@ namespace Vantrel::ThreadPool {
 
 enum class TTaskStatus : uint8_t { tsCreated, tsWaiting, tsRunning, tsDone, tsFailed, tsCancelled };
 
-// Something that a worker runs once.
+// A piece of work that a worker runs once.
 class IWorkItem : public IInterface {
  public:
-  // Runs the work on the calling worker and tells the completion callback. Nothing is thrown: a failure is the status.
+  // Runs the work on the calling worker and calls the completion callback. Throws nothing; a failure is kept as the
+  // status.
   virtual void Run() = 0;
   virtual TTaskStatus GetStatus() const = 0;
 };
 
-// Hands a completion callback over to the user-interface thread. Set once by the program, before any work; without it
+// Passes a completion callback to the user-interface thread. The program sets it once, before any work. Without it,
 // callbacks run on the worker.
 using TSynchronizer = std::function<void(std::function<void()>)>;
 void SetSynchronizer(TSynchronizer pSynchronizer);
@@ -41,7 +42,7 @@ class TBasicWorkItem : public TInterfaced<IWorkItem> {
 
   void Run() final;
   TTaskStatus GetStatus() const final { return fStatus.load(std::memory_order_acquire); }
-  // Set before the item is queued.
+  // Call it before the item is queued.
   void SetOnWorkDone(TCallback pCallback, bool pSynchronized) {
     fOnWorkDone = std::move(pCallback);
     fFireOnWorkDoneSynchronized = pSynchronized;
@@ -61,13 +62,13 @@ class TBasicWorkItem : public TInterfaced<IWorkItem> {
   bool fFireOnWorkDoneSynchronized = false;
 };
 
-// Work that waits for a thread.
+// Work items that wait for a thread.
 class TWorkItemsQueue {
  public:
   void Append(TRef<IWorkItem> pItem) { fItems.push_back(std::move(pItem)); }
   void Prepend(TRef<IWorkItem> pItem) { fItems.push_front(std::move(pItem)); }
   TRef<IWorkItem> TakeFirst();          // nullptr when empty
-  bool Remove(const IWorkItem& pItem);  // false when it is not there
+  bool Remove(const IWorkItem& pItem);  // false when the item is not in the queue
   size_t Count() const { return fItems.size(); }
   std::deque<TRef<IWorkItem>> TakeAll() { return std::exchange(fItems, {}); }
 
@@ -81,24 +82,24 @@ class TWorkerThreadPool;
 class TWorkerThread {
  public:
   explicit TWorkerThread(TWorkerThreadPool& pPool) : fThreadPool(pPool) {}
-  void Start();  // std::system_error when the system grants no thread
+  void Start();  // throws std::system_error when the system grants no thread
   void Join() { fThread.join(); }
 
  private:
   void Execute() noexcept;
 
   TWorkerThreadPool& fThreadPool;
-  TRef<IWorkItem> fWorkItem;  // being run
+  TRef<IWorkItem> fWorkItem;  // the item that the thread runs
   std::thread fThread;
 };
 
-// What every pool has: its threads' number and priority, and whether it works, pauses or ends.
+// Common to all pools: the number and priority of the threads, and whether the pool works, pauses or ends.
 class TCustomThreadPool {
  public:
   virtual ~TCustomThreadPool() = default;
   int32_t GetMaxRunningThreads() const { return FMaxRunningThreads.load(std::memory_order_relaxed); }
   void SetMaxRunningThreads(int32_t pValue) { FMaxRunningThreads = pValue < 1 ? 1 : pValue; }
-  void SetPriority(int32_t pStep) { FPriority = pStep; }  // for threads started from now on
+  void SetPriority(int32_t pStep) { FPriority = pStep; }  // applies to threads started later
 
  protected:
   std::atomic<int32_t> FMaxRunningThreads{1};
@@ -109,7 +110,7 @@ class TCustomThreadPool {
   bool fDestryoing GUARDED_BY(fLock) = false;
 };
 
-// Runs work items on threads that are started on demand and end when they have been idle for long.
+// Runs work items on threads. Threads start on demand and end when they have been idle for fMaxIdleTime.
 class TWorkerThreadPool : public TCustomThreadPool {
  public:
   struct TSettings {
@@ -117,43 +118,46 @@ class TWorkerThreadPool : public TCustomThreadPool {
     bool fUseLIFO = false;
     int32_t fMaxIdleTime = 60'000;  // milliseconds
     int32_t fMinWorkerThreads = 1;
-    // Replace the machine in tests: whether the system grants a thread, percent of processor time in use, and
-    // milliseconds.
+    // These functions replace the machine in tests. They tell whether the system grants a thread, the processor time in
+    // use in percent, and the clock in milliseconds.
     std::function<bool()> fGrantsThread;
-    std::function<std::optional<int>()> fCpuUsage;  // no value: not measured yet
+    std::function<std::optional<int>()> fCpuUsage;  // no value when not measured yet
     std::function<int64_t()> fTickCount;
   };
   explicit TWorkerThreadPool(TSettings pSettings);
-  // Waits for the running items; items that still wait are dropped. Not from one of its own workers.
+  // Waits for the running items and drops those that still wait. Must not run on one of the pool's own workers.
   ~TWorkerThreadPool() override;
 
-  // Queues an item and starts a thread when the thread check says so. EInvalidOperation while the pool is being
-  // destroyed; dropped without a word while all items are being terminated. That the system grants no further thread is
-  // no error while one runs. std::system_error when it grants not even the first, std::bad_alloc when there is no
-  // memory: the items are not in the queue then.
+  // Queues an item and starts a thread when the thread check allows it.
+  //
+  // If the system grants no further thread while one runs, that is no error. std::system_error when it grants not even
+  // the first; std::bad_alloc when memory runs out. In both cases the items are not queued.
+  //
+  // EInvalidOperation while the pool is being destroyed. While TerminateAllWorkItems runs, the item is dropped
+  // silently.
   void AddWorkItem(TRef<IWorkItem> pItem);
   void AddWorkItems(std::vector<TRef<IWorkItem>> pItems);
   // Drops all waiting items and waits for the running ones. The pool takes new work afterwards.
   void TerminateAllWorkItems();
   void SetPaused(bool pPaused);
-  // Ends all threads and waits for them; adding work from now on is an error.
+  // Ends all threads and waits for them. Adding work afterwards is an error.
   void Shutdown();
 
   void SetMinWorkerThreads(int32_t pValue) { fMinWorkerThreads = pValue; }
   void SetMaxCpuUsage(int32_t pPercent);  // clamped to 0..100
   int32_t GetMaxCpuUsage() const { return fMaxCpuUsage.load(std::memory_order_relaxed); }
   int32_t GetMinWorkerThreads() const { return fMinWorkerThreads.load(std::memory_order_relaxed); }
-  // Called by the worker that finished the last item, every time that none is left. Set before work is added.
+  // The worker that finished the last item calls it, each time no item is left. Set it before work is added.
   void SetOnAllWorkItemsDone(std::function<void()> pCallback) { fOnAllWorkItemsDone = std::move(pCallback); }
 
   // Items queued or running.
   int32_t GetWorkItemsCount() const { return fWorkItemsCount.load(std::memory_order_acquire); }
-  // Items waiting for a thread; an estimate that costs no lock.
+  // The number of items that wait for a thread. It is an estimate, read without a lock.
   int32_t GetQueueLength() const { return fQueueLength.load(std::memory_order_relaxed); }
   int32_t GetThreadCount() const { return fThreadCount.load(std::memory_order_relaxed); }
-  // Whether the machine has processor time to spare for another thread. Until the first measurement is over, as many
-  // threads as there are processors are taken to find room: a short scan would otherwise be over before it began to
-  // share its work, and more of them would only get in each other's way.
+  // Whether the machine has processor time for another thread. Until the first measurement is done, the answer is yes
+  // for as many threads as there are processors. Otherwise a short scan would end before it shared its work. More
+  // threads than that would only slow each other down.
   bool IsCpuUsageBelowMax();
 
  private:
@@ -161,17 +165,17 @@ class TWorkerThreadPool : public TCustomThreadPool {
 
   void Queue(const std::vector<TRef<IWorkItem>>& pItems) REQUIRES(fLock);
   void Unqueue(const std::vector<TRef<IWorkItem>>& pItems) REQUIRES(fLock);
-  // Takes the items that were just added back, and throws, when there is no thread at all for them.
+  // If no thread can run the items that were just added, removes them from the queue and throws.
   void CheckAddNewWorkerThread(const std::vector<TRef<IWorkItem>>& pAdded);
   void StartThread(int64_t pNow) REQUIRES(fLock);
-  // nullptr: the thread ends, and the pool does not count it any more.
+  // Waits for an item. On nullptr the thread must end; the pool no longer counts it.
   TRef<IWorkItem> WaitForWorkItem(TWorkerThread& pThread);
   void LetThreadEnd(TWorkerThread& pThread) REQUIRES(fLock);
   void WorkItemDone(int32_t pCount);
 
-  // A new thread is considered at most this often once the minimum runs.
+  // Once the minimum number of threads runs, a new thread is considered at most this often.
   static constexpr int64_t kThreadCheckMilliseconds = 2;
-  // After the system refused one, it is asked again at most this often.
+  // After the system refused a thread, the pool asks again at most this often.
   static constexpr int64_t kRefusedThreadMilliseconds = 100;
 
   TCpuUsageMeter fCpuMeter;
@@ -183,14 +187,14 @@ class TWorkerThreadPool : public TCustomThreadPool {
   std::atomic<int32_t> fQueueLength{0};
   std::atomic<int32_t> fThreadCount{0};
   std::atomic<int64_t> fLastCheckAddNewWorkerThread;
-  std::atomic<int64_t> fNoThreadBefore{INT64_MIN};  // tick count
+  std::atomic<int64_t> fNoThreadBefore{INT64_MIN};  // a tick count: no thread is asked for before it
   std::condition_variable fNewWorkItemEvent;
   std::condition_variable fThreadOrItemEnded;
   bool fIsTerminatingAllWorkitems GUARDED_BY(fLock) = false;
   int32_t fIdleThreads GUARDED_BY(fLock) = 0;
   TWorkItemsQueue fWorkerItemsQueue GUARDED_BY(fLock);
   std::list<TWorkerThread> fThreads GUARDED_BY(fLock);
-  std::list<TWorkerThread> fEndedThreads GUARDED_BY(fLock);  // to be joined
+  std::list<TWorkerThread> fEndedThreads GUARDED_BY(fLock);  // waiting to be joined
 };
 
 }  // namespace Vantrel::ThreadPool

@@ -6,7 +6,7 @@
 namespace Vantrel::Enumerators {
 namespace {
 
-// Read and written without a lock: a lost update only changes when the next attempt is made.
+// Read and written without a lock. A lost update only changes the time of the next attempt.
 std::atomic<int64_t> gNextAttempt{std::numeric_limits<int64_t>::min()};
 std::atomic<uint32_t> gSuccesses{0};
 

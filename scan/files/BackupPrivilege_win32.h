@@ -1,6 +1,6 @@
 #pragma once
 
-// Gets the right to read refused folders, twice a second at most.
+// Enables the backup privilege, which lets a scan read refused folders. Attempts are made at most twice a second.
 
 #include <cstdint>
 
@@ -9,21 +9,22 @@
 
 namespace Vantrel::Enumerators {
 
-// The right to read what the user may back up but not open. Taken only when a folder is refused, for the whole process.
+// The privilege to read what the user may back up but not open. It is enabled for the whole process, and only when a
+// folder is refused.
 class TBackupPrivilege {
  public:
-  // After an attempt nobody makes another for this long: a scan meets thousands of refused folders.
+  // The minimum time between two attempts. A scan meets thousands of refused folders.
   static constexpr int64_t kMillisecondsBetweenAttempts = 500;
 
-  // Makes an attempt if one is due. True when the privilege is now held thanks to it. Any thread.
+  // Tries to enable the privilege if an attempt is due. True when this attempt succeeded. Any thread.
   static bool TryEnable(IWin32FileApi& pApi);
-  // Grows whenever an attempt succeeds.
+  // The number of attempts that succeeded.
   static uint32_t Successes();
-  // Lets the next attempt be made at once, for tests.
+  // Allows the next attempt at once. For tests.
   static void ForgetAttempts();
 
-  // Calls pOpen, which returns a code, and once more when it was refused and the privilege has come in the meantime, by
-  // this thread's attempt or by another's: two threads may be refused at the same time, and only one makes the attempt.
+  // Calls pOpen, which returns a code. If it was refused and the privilege has been enabled since, calls it once more.
+  // Another thread may have enabled it: two threads can be refused at once, and only one of them makes the attempt.
   template <class TOpen>
   static uint32_t Open(IWin32FileApi& pApi, bool pMayTry, TOpen pOpen) {
     uint32_t successes = Successes();

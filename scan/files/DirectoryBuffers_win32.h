@@ -1,6 +1,6 @@
 #pragma once
 
-// Buffers for directory queries, kept for the next one.
+// A stock of buffers for directory queries. Each buffer is kept for the next listing.
 
 #include <cstddef>
 #include <memory>
@@ -11,10 +11,10 @@
 
 namespace Vantrel::Enumerators {
 
-// Buffers for directory queries, kept for the next listing. Any thread.
+// A stock of buffers for directory queries, kept for the next listing. Any thread.
 //
-// They are shared by all threads. As a thread_local of each, which would need no lock, they crash the program when a
-// scan's threads end before it: this compiler's library destroys such an object after its memory has been given back.
+// All threads share the stock. A thread_local buffer would need no lock, but the program crashes when a scan's threads
+// end before it. This compiler's library destroys such an object after its memory has been freed.
 template <size_t kSize>
 class TDirectoryBuffers {
  public:
@@ -37,14 +37,14 @@ class TDirectoryBuffers {
   }
 
  private:
-  static constexpr size_t kKept = 64;  // more than threads that list at once
+  static constexpr size_t kKept = 64;  // more than the threads that list at once
 
   struct TStock {
-    TStock() { fFree.reserve(kKept); }  // so that giving back never fails
+    TStock() { fFree.reserve(kKept); }  // reserves room so that returning a buffer never fails
     TCriticalSection fLock;
     std::vector<std::unique_ptr<std::byte[]>> fFree GUARDED_BY(fLock);
   };
-  // Never destroyed: a worker may outlive the statics.
+  // Never destroyed, because a worker may outlive static objects.
   static TStock& Stock() {
     static TStock& stock = *new TStock;
     return stock;

@@ -14,7 +14,7 @@ std::string Joined(std::string pFolder, std::string_view pRest) {
   return pFolder.append(pRest);
 }
 
-// Where pOther shows the folder that pMount shows; pMount's root lies inside pOther's.
+// The path at which pOther shows the folder that pMount shows. pMount's root lies inside pOther's root.
 std::string PathThrough(const TMount& pOther, const TMount& pMount) {
   const std::string_view rest = std::string_view(pMount.fRoot).substr(pOther.fRoot == "/" ? 0 : pOther.fRoot.size());
   return Joined(pOther.fMountPoint, rest);
@@ -33,11 +33,11 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   auto isBeneathRoot = [&](const TMount& pMount) {
     return IsSameOrBeneath(pMount.fMountPoint, pScanRoot) && pMount.fMountPoint != pScanRoot;
   };
-  // What shows more is decided before what it may show as well.
+  // A mount that shows more is decided before the mounts that show part of it.
   std::stable_sort(visible.begin(), visible.end(), [](const TMount* pA, const TMount* pB) {
     return pA->fRoot.size() != pB->fRoot.size() ? pA->fRoot.size() < pB->fRoot.size() : ComesFirst(*pA, *pB);
   });
-  // The mount that holds the scan's root, and where in its file system that is.
+  // The mount that holds the scan's root. homeFolder is the root's path in that mount's file system.
   const TMount* home = nullptr;
   for (const TMount* mount : visible)
     if (IsSameOrBeneath(pScanRoot, mount->fMountPoint) &&
@@ -46,7 +46,7 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   if (home == nullptr) return {};
   const std::string homeFolder = Joined(home->fRoot, pScanRoot.substr(home->fMountPoint.size()));
   std::unordered_set<uint64_t> duplicates;
-  // A road through a mount that is not entered leads nowhere.
+  // A path through a mount that the scan does not enter leads nowhere.
   auto isEntered = [&](const TMount& pMount) {
     return std::none_of(visible.begin(), visible.end(), [&](const TMount* pItem) {
       return isBeneathRoot(*pItem) && duplicates.contains(pItem->fId) &&
@@ -56,7 +56,7 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   auto isShownBy = [&](const TMount& pMount, const TMount& pOther) {
     if (pOther.fDevice != pMount.fDevice || !IsSameOrBeneath(pMount.fRoot, pOther.fRoot)) return false;
     if (pOther.fRoot == pMount.fRoot && !ComesFirst(pOther, pMount)) return false;
-    // A road that comes upon the scan's root a second time ends there.
+    // A path that meets the scan's root a second time ends there.
     if (&pOther != home && pOther.fDevice == home->fDevice && IsSameOrBeneath(homeFolder, pOther.fRoot) &&
         IsSameOrBeneath(pMount.fRoot, homeFolder))
       return false;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Which folders a scan has entered, by identity, so that each counts once.
+// The set of folders that a scan has entered, by identity, so that each counts once.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace Vantrel::Enumerators {
 
-// What tells one folder from every other: device and inode on Linux, volume and file id on Windows.
+// Identifies a folder: device and inode on Linux, volume and file ID on Windows.
 struct TFolderIdentity {
   uint64_t fVolume = 0;
   uint64_t fId = 0;
@@ -18,11 +18,11 @@ struct TFolderIdentity {
   bool operator==(const TFolderIdentity&) const = default;
 };
 
-// One for each scan that follows links, shared by its enumerators. Any thread.
+// One object for each scan that follows links, shared by its enumerators. Any thread.
 class TEnteredFolders {
  public:
-  // Whether this road may list the folder: the first one to come may, again and again, and no other. pRoad is a number
-  // that stands for the path as the scan shows it.
+  // Whether the folder may be listed by this path. The first path to ask may list it, any number of times; other paths
+  // may not. pRoad is a number that stands for the path as the scan shows it.
   bool Enter(const TFolderIdentity& pFolder, uint64_t pRoad) {
     TCriticalSectionLock lock(fLock);
     return fRoads.emplace(pFolder, pRoad).first->second == pRoad;

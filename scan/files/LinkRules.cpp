@@ -11,7 +11,7 @@ bool IsDelimiter(char16_t pChar, char16_t pDelimiter) {
   return pChar == pDelimiter || (pDelimiter == u'\\' && pChar == u'/');
 }
 
-// pBase extended by the parts of pRest; ".." goes one part up, but never above the root.
+// Appends the parts of pRest to pBase. ".." goes one part up, but never above the root.
 std::u16string ResolveParts(std::u16string pBase, std::u16string_view pRest, char16_t pDelimiter) {
   size_t begin = 0;
   while (begin < pRest.size()) {

@@ -1,12 +1,12 @@
 #pragma once
 
-// The files of this machine as a storage: what the operating system reaches by a path.
+// The storage for files of this machine, which the operating system reaches by a path.
 
 #include "model/roots/Storage.h"
 
 namespace Vantrel::Storages {
 
-// Serves paths of the operating system, with "file:" in front or without. Its paths have no protocol.
+// Serves paths of the operating system, with or without "file:" in front. The storage's own paths have no protocol.
 TRef<IStorage> CreateLocalStorage();
 
 }  // namespace Vantrel::Storages

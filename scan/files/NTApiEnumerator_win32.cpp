@@ -25,7 +25,7 @@ constexpr uint32_t kStatusNoMoreFiles = 0x80000006;
 constexpr uint32_t kStatusInvalidParameter = 0xC000000D;
 constexpr uint32_t kStatusNoSuchFile = 0xC000000F;
 
-// What drivers answer that do not know the query at all.
+// Whether the code means that the driver does not know the query at all.
 bool IsQueryUnknown(uint32_t pErrorCode) {
   return pErrorCode == ERROR_INVALID_FUNCTION || pErrorCode == ERROR_NOT_SUPPORTED ||
          pErrorCode == ERROR_CALL_NOT_IMPLEMENTED || pErrorCode == ERROR_INVALID_LEVEL;
@@ -56,7 +56,7 @@ bool TCustomNTApiEnumerator::Open() {
     return error;
   });
   if (code != 0) return Fail(code);
-  if (!BelongsToScan(fHandle)) return false;  // the end of the listing closes it
+  if (!BelongsToScan(fHandle)) return false;  // the end of the listing closes fHandle
   fBuffer = TBuffers::Take();
   fRestartScan = true;
   return true;
@@ -74,7 +74,7 @@ bool TCustomNTApiEnumerator::Query() {
     throw EOSError(ERROR_PATH_NOT_FOUND, "NtQueryDirectoryFile", fPath);
   }
   if (status == kStatusNoMoreFiles) return false;
-  // An empty folder without "." and "..", the root of a drive, answers its first query so.
+  // The root of an empty drive has no "." and "..". Its first query gives this status.
   if (status == kStatusNoSuchFile && isFirst && mask == nullptr) return false;
   if (status != kStatusSuccess) return Fail(RtlNtStatusToDosError(static_cast<NTSTATUS>(status)));
   fRestartScan = false;
@@ -83,7 +83,7 @@ bool TCustomNTApiEnumerator::Query() {
   return true;
 }
 
-// Drivers of file servers and filters have been seen to write offsets past what they filled.
+// Checks that the record lies inside the filled part. Some drivers of file servers and filters write offsets beyond it.
 bool TCustomNTApiEnumerator::IsRecordSound(size_t pIndex) const {
   if (pIndex % alignof(FILE_FULL_DIRECTORY_INFORMATION) != 0 || pIndex + kHeaderSize > fBufferBytes) return false;
   auto* info = reinterpret_cast<const FILE_FULL_DIRECTORY_INFORMATION*>(fBuffer.get() + pIndex);
@@ -100,7 +100,7 @@ bool TCustomNTApiEnumerator::FetchRecord(TRecord& pRecord) {
 
   pRecord.fName = Win32::Narrow(info.FileName, info.FileNameLength / 2);
   pRecord.fAttributes = info.FileAttributes;
-  // The extended-attributes size of a reparse point is its tag.
+  // For a reparse point, the extended-attributes size is its tag.
   pRecord.fReparseTag = (info.FileAttributes & kAttributeReparsePoint) != 0 ? info.EaSize : 0;
   pRecord.fSize = info.EndOfFile.QuadPart;
   pRecord.fAllocation = info.AllocationSize.QuadPart;
@@ -133,7 +133,7 @@ TRef<IHierarchicalEnumerator> TNTApiEnumerator::CreateForPath(const std::u16stri
   uint32_t code = api.QueryEntry(ApiPath(path), data);
   if (ClassifyOSError(code) == TErrorKind::ekNotFound) return MakeRef<TPathNotFoundEnumerator>(path, code, pOptions);
   if (code == 0 && (data.dwFileAttributes & kAttributeDirectory) == 0) return CreateForObject(path, pOptions);
-  // Asked once per scan. An error of another kind is left to the scan to meet again.
+  // The driver is asked once per scan. The scan will meet any other error again, so it is ignored here.
   TRef<TNTApiEnumerator> probe = CreateForFolderPath(path, pOptions, api);
   if (!probe->Next() && IsQueryUnknown(probe->GetErrorCode()))
     return TFileSystemEnumerator::CreateForFolderPath(path, pOptions, api);
@@ -144,7 +144,7 @@ TRef<IHierarchicalEnumerator> TNTApiEnumerator::CreateForObject(const std::u16st
                                                                 THierarchicalEnumeratorOptions pOptions) {
   std::u16string path = RootedPathOf(pPath);
   std::u16string folder(FolderOfPath(path, u'\\'));
-  if (folder.empty()) return TFileSystemEnumerator::CreateForObject(path, pOptions);  // a drive is in no folder
+  if (folder.empty()) return TFileSystemEnumerator::CreateForObject(path, pOptions);  // no folder lists a drive
   std::u16string name(FileNameOfPath(path, u'\\'));
   return MakeRef<TNTApiEnumerator>(std::move(folder), std::move(name), pOptions, TSystemFileApi::Instance());
 }

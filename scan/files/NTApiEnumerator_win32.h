@@ -1,6 +1,6 @@
 #pragma once
 
-// Lists a folder by the kernel's directory query.
+// The enumerator that lists a Windows folder by the kernel's directory query.
 
 #include <cstddef>
 #include <cstdint>
@@ -9,11 +9,12 @@
 
 #include "scan/files/Win32Enumerator_win32.h"
 
-struct _FILE_FULL_DIR_INFORMATION;  // the kernel's record, of <winternl.h>
+struct _FILE_FULL_DIR_INFORMATION;  // the kernel's record, from <winternl.h>
 
 namespace Vantrel::Enumerators {
 
-// Lists a folder by the kernel's directory query: one call brings a buffer full of records, which hold every value.
+// Lists a folder by the kernel's directory query. One call fills a buffer with records, and each record holds all
+// values.
 class TCustomNTApiEnumerator : public TWin32Enumerator {
  public:
   static constexpr size_t kBufferSize = 65'536;
@@ -37,23 +38,24 @@ class TCustomNTApiEnumerator : public TWin32Enumerator {
 
   HANDLE fHandle = INVALID_HANDLE_VALUE;
   std::unique_ptr<std::byte[]> fBuffer;                     // only while a listing is open
-  size_t fBufferIndex = kNoRecord;                          // of the record to be fetched next
-  size_t fBufferBytes = 0;                                  // filled by the last query
+  size_t fBufferIndex = kNoRecord;                          // of the next record
+  size_t fBufferBytes = 0;                                  // bytes filled by the last query
   const ::_FILE_FULL_DIR_INFORMATION* fFileInfo = nullptr;  // the current record, inside the buffer
-  bool fRestartScan = true;                                 // at the first query, and after Reset on an open listing
+  bool fRestartScan = true;                                 // for the first query, and after Reset on an open listing
 };
 
 class TNTApiEnumerator final : public TCustomNTApiEnumerator {
  public:
   using TCustomNTApiEnumerator::TCustomNTApiEnumerator;
 
-  // For the factory, paths with or without "file:". A file gives the enumerator of that object; a path that does not
-  // exist a TPathNotFoundEnumerator; a volume whose driver does not know the query the find enumerator.
+  // For the factory. Takes paths with or without "file:". Returns an enumerator of that one object for a file, and a
+  // TPathNotFoundEnumerator for a path that does not exist. If the volume's driver does not know the query, returns the
+  // find enumerator.
   static TRef<IHierarchicalEnumerator> CreateForPath(const std::u16string& pPath,
                                                      THierarchicalEnumeratorOptions pOptions);
   static TRef<IHierarchicalEnumerator> CreateForObject(const std::u16string& pPath,
                                                        THierarchicalEnumeratorOptions pOptions);
-  // The folder as it is, without a question to the system.
+  // Makes an enumerator for the folder without asking the system anything.
   static TRef<TNTApiEnumerator> CreateForFolderPath(std::u16string pPath, THierarchicalEnumeratorOptions pOptions,
                                                     IWin32FileApi& pApi = TSystemFileApi::Instance());
 

@@ -23,7 +23,7 @@ bool IsPseudoFileSystem(uint64_t pMagic) {
     case BINFMTFS_MAGIC:
     case NSFS_MAGIC:
     case RDTGROUP_SUPER_MAGIC:
-    case AUTOFS_SUPER_MAGIC:  // looking into one would mount what stands behind it
+    case AUTOFS_SUPER_MAGIC:  // listing it would mount the file system behind it
     case 0x19800202:          // message queues
     case 0x62656570:          // configfs
     case 0x65735543:          // the control file system of fuse

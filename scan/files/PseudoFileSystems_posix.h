@@ -1,12 +1,12 @@
 #pragma once
 
-// The file systems in which nothing is stored.
+// Recognises the kernel's pseudo file systems, in which nothing is stored.
 
 #include <cstdint>
 
 namespace Vantrel::Enumerators {
 
-// Whether a file system's magic number (statfs) is that of a kernel's pseudo file system, in which nothing is stored.
+// Whether the magic number from statfs belongs to a pseudo file system of the kernel.
 bool IsPseudoFileSystem(uint64_t pMagic);
 
 }  // namespace Vantrel::Enumerators

@@ -1,4 +1,4 @@
-// Makes Linux' enumerator known to the factory.
+// Registers the Linux enumerator with the factory.
 
 #include "scan/files/UnixEnumerator_posix.h"
 #include "scan/storage/EnumeratorFactory.h"

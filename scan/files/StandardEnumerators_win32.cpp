@@ -1,4 +1,4 @@
-// Makes Windows' enumerators known to the factory.
+// Registers the Windows enumerators with the factory.
 
 #include "scan/files/NTApiEnumerator_win32.h"
 #include "scan/files/Win32FindEnumerator_win32.h"

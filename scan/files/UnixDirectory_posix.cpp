@@ -16,11 +16,11 @@ namespace Vantrel::Enumerators {
 
 namespace {
 
-// The system refuses paths of 4096 bytes and more; longer ones are gone in steps of at most this.
+// The system refuses paths of 4096 bytes and more. Longer paths are opened in steps of at most this many bytes.
 constexpr size_t kLongestStep = 4'000;
 
-// Folders that are open only because children of theirs still wait. Bounded well below what the process may have open;
-// beyond that children are opened by path, which is slower but always works.
+// The number of open folders. It is kept well below the process's limit of open files. Above it, a folder is closed
+// although children still wait. They are then opened by path, which is slower but always works.
 std::atomic<int> gOpenDirectories{0};
 
 int OpenDirectoriesLimit() {
@@ -48,7 +48,7 @@ int OpenInSteps(int pDirectory, std::string_view pPath, int pFlags) {
   };
   while (pPath.size() > kLongestStep) {
     const size_t slash = pPath.rfind('/', kLongestStep);
-    if (slash == std::string_view::npos) {  // no name is that long
+    if (slash == std::string_view::npos) {  // no name is this long
       closeStep();
       errno = ENAMETOOLONG;
       return -1;
@@ -112,7 +112,7 @@ void TUnixDirectory::LetGoOfParent() {
   if (std::exchange(fHoldsParent, false)) fParent->LetGo();
 }
 
-// What nobody holds any more may be closed at any moment, so it is not taken up again.
+// Holds the folder if it is open. A folder without holders may close at any moment, so it is not held again.
 bool TUnixDirectory::HoldIfOpen() {
   int32_t holders = fHolders.load(std::memory_order_relaxed);
   while (holders > 0 && !fHolders.compare_exchange_weak(holders, holders + 1, std::memory_order_acq_rel)) {
@@ -143,7 +143,7 @@ bool TUnixDirectory::IsBeyondLink() const {
 
 int TUnixDirectory::OpenWith(int pFlags) const {
   if (!fParent) return OpenInSteps(AT_FDCWD, fName, pFlags);
-  // From the nearest folder that is open, or from the root's path.
+  // Opens from the nearest open folder above, or from the root's path.
   std::vector<const TUnixDirectory*> chain{this};
   TUnixDirectory* folder = fParent.get();
   bool isOpen = folder->HoldIfOpen();
@@ -166,8 +166,7 @@ int TUnixDirectory::OpenWith(int pFlags) const {
 int TUnixDirectory::Open() {
   if (Handle() >= 0) return 0;
   const int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | (fFollowLink ? 0 : O_NOFOLLOW);
-  // Reading a folder would change its access date, one of the things that a scan is to tell; only its owner and root
-  // may ask for that not to happen.
+  // Reading a folder would change its access date, which the scan reports. Only the owner and root may use O_NOATIME.
   int handle = OpenWith(flags | O_NOATIME);
   if (handle < 0 && errno == EPERM) handle = OpenWith(flags);
   const int error = errno;

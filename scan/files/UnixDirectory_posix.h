@@ -1,6 +1,7 @@
 #pragma once
 
-// A folder on the way of a scan: the chain of open handles, and paths beyond the system's limit.
+// A folder that a scan passes through: its chain of open handles, and opening of paths beyond the system's length
+// limit.
 
 #include <atomic>
 #include <cstddef>
@@ -14,34 +15,34 @@ namespace Vantrel::Enumerators {
 
 // Opens a path relative to a handle. Returns the handle, or -1 with errno set.
 int OpenAt(int pDirectory, const char* pPath, int pFlags);
-// The same for a path of any length.
+// Like OpenAt, for a path of any length.
 int OpenInSteps(int pDirectory, std::string_view pPath, int pFlags);
 
-// A folder on the way of a scan: its name, the folder above, and its handle while it is open. Children are opened
-// relative to it, so that no path is resolved from the top again and again, and no path is too long.
+// A folder that a scan passes through: its name, its parent, and its handle while it is open. Children are opened
+// relative to the handle. So paths are not resolved from the top each time, and no path is too long.
 class TUnixDirectory : public TInterfaced<IInterface> {
  public:
-  // A scan's root, by absolute path.
+  // Makes a scan's root from an absolute path.
   explicit TUnixDirectory(std::string pPath);
   TUnixDirectory(TRef<TUnixDirectory> pParent, std::u16string_view pName, bool pFollowLink);
   ~TUnixDirectory() override;
-  // The same folder, not opened yet: a handle knows one place in the listing only.
+  // A new object for the same folder, not opened yet. A handle keeps only one place in the listing.
   TRef<TUnixDirectory> Again() const;
 
-  // Opens the folder for listing; returns 0 or the error. The handle stays open while somebody holds the folder, as
-  // long as the process has handles to spare; without it children find their way from the nearest folder that is open.
+  // Opens the folder for listing. Returns 0 or the error (errno). The handle stays open while the folder is held and
+  // the process has handles to spare. Without it, children are opened from the nearest open folder above.
   int Open();
   void CloseWhenShort();
   int Handle() const { return fHandle.load(std::memory_order_relaxed); }
-  // An enumerator holds its folder, and a child holds its parent until it has been opened itself. A reference alone
-  // keeps only the name: those who go down a chain of ten thousand folders need no handle of any but the last.
+  // An enumerator holds its folder. A child holds its parent until the child has been opened. A mere reference keeps
+  // only the name, so a chain of ten thousand folders needs only the last handle.
   void Hold() { fHolders.fetch_add(1, std::memory_order_relaxed); }
   void LetGo();
   std::u16string Path() const;
-  size_t PathLength() const { return fPathLength; }  // in UTF-16 units, of "/" 0
-  // A number that stands for the path below the scan's root: the same for every object of the same path.
+  size_t PathLength() const { return fPathLength; }  // in UTF-16 units; 0 for "/"
+  // A number that stands for the path below the scan's root. Objects of the same path have the same number.
   uint64_t Road() const { return fRoad; }
-  // Whether a link is followed on the way from the scan's root to here.
+  // Whether a link was followed between the scan's root and this folder.
   bool IsBeyondLink() const;
 
  private:
@@ -51,7 +52,7 @@ class TUnixDirectory : public TInterfaced<IInterface> {
   void LetGoOfParent();
 
   const TRef<TUnixDirectory> fParent;
-  const std::string fName;  // of the root its path
+  const std::string fName;  // the path for a root
   const uint64_t fRoad;
   const uint32_t fPathLength;
   const bool fFollowLink;

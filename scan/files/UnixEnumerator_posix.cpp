@@ -32,7 +32,7 @@ namespace {
 constexpr size_t kBufferBytes = 65'536;
 constexpr unsigned kWantedFields = STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID;
 
-// One buffer waits on each thread for the next folder: listing a folder allocates none.
+// Each thread keeps one spare buffer for its next folder, so listing a folder allocates none.
 thread_local std::unique_ptr<std::byte[]> tSpareBuffer;
 
 std::unique_ptr<std::byte[]> TakeBuffer() {
@@ -44,7 +44,7 @@ void GiveBuffer(std::unique_ptr<std::byte[]> pBuffer) {
   tSpareBuffer = std::move(pBuffer);
 }
 
-// The record of getdents64.
+// The record layout of getdents64.
 struct TDirectoryRecord {
   uint64_t fInode;
   int64_t fOffset;
@@ -75,7 +75,7 @@ TAttributes AttributesOf(const struct statx& pStatus, std::string_view pName) {
 
 }  // namespace
 
-// --- what a scan shares --------------------------------------------------------------------------------------------
+// --- data shared by one scan -----------------------------------------------------------------------------------------
 
 std::u16string TUnixScan::RealRootPath() {
   TCriticalSectionLock lock(fLock);
@@ -114,14 +114,14 @@ struct TReachedPath {
   bool fIsPseudoFileSystem = false;
 };
 
-// No value when the system does not tell.
+// No value when the system does not answer.
 std::optional<bool> IsOnPseudoFileSystem(int pHandle) {
   struct statfs fileSystem {};
   if (fstatfs(pHandle, &fileSystem) != 0) return {};
   return IsPseudoFileSystem(static_cast<uint64_t>(fileSystem.f_type));
 }
 
-// Looks at a path of any length, through links.
+// Reads the status of a path of any length, following links.
 TReachedPath ReachPath(const std::string& pPath) {
   TReachedPath reached;
   const int handle = OpenInSteps(AT_FDCWD, pPath, O_PATH);
@@ -273,7 +273,7 @@ void TUnixEnumerator::Reset() {
 bool TUnixEnumerator::ReadEntry(const char* pName) {
   struct statx status;
   if (statx(fDirectory->Handle(), pName, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, kWantedFields, &status) != 0) {
-    // Deleted since the folder was read: there is nothing to tell. Anything else makes the folder incomplete.
+    // An entry deleted since the folder was read is skipped. Any other error makes the folder incomplete.
     if (errno != ENOENT && fErrorCode == 0) fErrorCode = static_cast<uint32_t>(errno);
     return false;
   }
@@ -298,7 +298,7 @@ void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pN
   values.fAllocated = AllocatedSizeOf(facts);
   values.fLastAccessDate = FileTimeOf(pStatus.stx_atime);
   values.fLastChangeDate = FileTimeOf(pStatus.stx_mtime);
-  // A file system that has grown from one without creation dates gives 1970 for its older files.
+  // A file system upgraded from one without creation dates reports 1970 for its older files.
   const bool isBorn = (pStatus.stx_mask & STATX_BTIME) != 0 && pStatus.stx_btime.tv_sec != 0;
   values.fCreationDate = isBorn ? FileTimeOf(pStatus.stx_btime) : TKivFileTime();
   fEntry.fIdentity = IdentityOf(pStatus);
@@ -312,9 +312,9 @@ const std::u16string& TUnixEnumerator::RealPath() {
   return fRealPath;
 }
 
-// A link to a folder outside the scan becomes a folder whose contents are scanned; it keeps its reparse attribute. A
-// link to a file stays a link. Only real paths are compared: the scan may itself have come here through a link, and so
-// may the target.
+// A link to a folder outside the scan becomes a folder whose contents are scanned. It keeps its reparse attribute. A
+// link to a file stays a link. Only real paths are compared, since the scan's root and the target may themselves be
+// reached through links.
 void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
   struct statx status;
   if (statx(fDirectory->Handle(), pName, AT_NO_AUTOMOUNT, kWantedFields, &status) != 0 || !S_ISDIR(status.stx_mode))
@@ -333,22 +333,22 @@ bool TUnixEnumerator::CanDescend() const {
 bool TUnixEnumerator::MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const {
   if (pEntry.fIdentity == fScan->fRootIdentity) return false;
   if (pEntry.fIsMountPoint && fScan->IsDuplicateMount(pEntry.fMountId)) return false;
-  // The root's own file system was asked when the scan began.
+  // The root's own file system was checked when the scan began.
   if (pEntry.fIdentity.fVolume == fScan->fRootIdentity.fVolume) return true;
   return (fOptions & heoStayOnFileSystem) == 0 && !fScan->IsPseudoDevice(pEntry.fIdentity.fVolume, pAskPseudo);
 }
 
 std::optional<bool> TUnixEnumerator::IsPseudoFileSystemEntry() const {
   const int handle = OpenAt(fDirectory->Handle(), ToNativeBytes(fName).c_str(), O_PATH | O_DIRECTORY);
-  if (handle < 0) return {};  // opening it for real will tell the error
+  if (handle < 0) return {};  // the later opening reports the error
   const std::optional<bool> pseudo = IsOnPseudoFileSystem(handle);
   close(handle);
   return pseudo;
 }
 
-// What counts once is decided on the open folder, whatever its name stood for when it was listed. With links followed,
-// many roads may lead to one folder; the first to open it shows its contents, the others show an empty folder. So every
-// folder that any road reaches is counted once, and totals do not depend on which road came first.
+// Decides on the open folder whether the scan counts it, whatever its name meant when it was listed. With links
+// followed, many paths may lead to one folder. The first to open it shows its contents; the others show an empty
+// folder. So each reachable folder counts once, and totals do not depend on the order.
 bool TUnixEnumerator::BelongsToScan() {
   const bool followsLinks = (fOptions & heoFollowSymbolicLinks) != 0;
   if (!fIsUnlisted && !followsLinks) return true;
@@ -361,17 +361,17 @@ bool TUnixEnumerator::BelongsToScan() {
   return !followsLinks || fScan->fEntered.Enter(IdentityOf(status), fDirectory->Road());
 }
 
-// The rules that a listing applies to its entries, for a folder that was opened by name.
+// Applies the rules of a listing to a folder that was opened by name.
 bool TUnixEnumerator::IsOpenFolderAllowed(const struct statx& pStatus) {
   TEntry folder;
   folder.fIdentity = IdentityOf(pStatus);
   folder.fMountId = pStatus.stx_mnt_id;
-  folder.fIsMountPoint = true;  // or beneath one
+  folder.fIsMountPoint = true;  // the folder is a mount point, or may lie beneath one
   if (!MayEnter(folder, [this] { return IsOnPseudoFileSystem(fDirectory->Handle()); })) return false;
   return !fDirectory->IsBeyondLink() || !AreRelatedPaths(RealPath(), fScan->RealRootPath(), u'/');
 }
 
-// --- answers -------------------------------------------------------------------------------------------------------
+// --- values of the entry ---------------------------------------------------------------------------------------------
 
 std::u16string TUnixEnumerator::GetFullPath() const {
   return JoinPath(fDirectory->Path(), fName, u'/');

@@ -1,6 +1,6 @@
 #pragma once
 
-// Lists a folder by getdents64 and statx; links and mounts.
+// The enumerator that lists a Linux folder by getdents64 and statx, with its handling of links and mounts.
 
 #include <cstddef>
 #include <functional>
@@ -16,11 +16,11 @@
 #include "scan/files/UnixDirectory_posix.h"
 #include "scan/storage/EnumeratorBase.h"
 
-struct statx;  // the system's
+struct statx;  // declared by the system
 
 namespace Vantrel::Enumerators {
 
-// What all enumerators of one scan share.
+// Data shared by all enumerators of one scan.
 class TUnixScan : public TInterfaced<IInterface> {
  public:
   TUnixScan(std::u16string pRootPath, TFolderIdentity pRootIdentity, THierarchicalEnumeratorOptions pOptions)
@@ -28,9 +28,10 @@ class TUnixScan : public TInterfaced<IInterface> {
 
   // The root's path with all links resolved.
   std::u16string RealRootPath();
-  // Whether the scan reaches what this mount shows by another road as well.
+  // Whether the scan also reaches this mount's contents by another path.
   bool IsDuplicateMount(uint64_t pMountId);
-  // Whether nothing is stored on this device. pAsk answers it, no value when it cannot, and is called once per device.
+  // Whether the device belongs to a pseudo file system, in which nothing is stored. pAsk answers it once per device,
+  // with no value when it cannot tell.
   bool IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk);
 
   const std::u16string fRootPath;
@@ -46,11 +47,12 @@ class TUnixScan : public TInterfaced<IInterface> {
   std::unordered_map<uint64_t, bool> fPseudoDevices GUARDED_BY(fLock);
 };
 
-// Lists a folder of Linux: getdents64 into a 64 KiB buffer, statx relative to the folder's handle for every entry.
+// Lists a Linux folder. It reads getdents64 into a 64 KiB buffer and calls statx on each entry, relative to the
+// folder's handle.
 class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
  public:
-  // For the factory: a path as given, with or without the protocol. A path that cannot be reached gives an enumerator
-  // that tells the error; a file gives one whose only entry is that file.
+  // For the factory. The path may have the protocol in front. If the path cannot be reached, the enumerator reports the
+  // error. If it is a file, the enumerator's only entry is that file.
   static TRef<IHierarchicalEnumerator> CreateForPath(const std::u16string& pPath,
                                                      THierarchicalEnumeratorOptions pOptions);
   static TRef<IHierarchicalEnumerator> CreateForObject(const std::u16string& pPath,
@@ -108,15 +110,15 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   const TRef<TUnixScan> fScan;
   const TRef<TUnixDirectory> fDirectory;
   std::u16string fName;      // of the current entry
-  std::u16string fRealPath;  // of the folder, with all links resolved; empty until first asked for
-  TEntry fEntry;             // before the first Next: the folder itself, for a scan's root
+  std::u16string fRealPath;  // of the folder, with all links resolved; empty until first needed
+  TEntry fEntry;             // for a scan's root, the folder itself before the first Next
   std::unique_ptr<std::byte[]> fBuffer;
   uint32_t fBufferUsed = 0;
   uint32_t fBufferIndex = 0;
   uint32_t fErrorCode = 0;
   bool fIsOpen = false;
   bool fAtEnd = false;
-  bool fIsUnlisted = false;  // opened by name alone: no listing has said whether the folder may be entered
+  bool fIsUnlisted = false;  // opened by name alone, so no listing has checked whether the folder may be entered
   TSingleObject fSingleObjectOnly = TSingleObject::soNo;
 };
 

@@ -14,8 +14,8 @@ int64_t TVolumeInformationCache::ClusterSize(const std::u16string& pPath) {
     TCriticalSectionLock lock(fLock);
     if (auto found = fClusterSizes.find(pPath); found != fClusterSizes.end()) return found->second;
   }
-  // Asked without the lock, so that one slow server does not hold up the other drives. A volume without a drive letter
-  // has no resolved path; the folder that it is mounted in leads to it as well.
+  // The system is asked without the lock, so a slow server does not hold up other drives. A volume without a drive
+  // letter has no resolved path. The folder that it is mounted in leads to it as well.
   std::u16string folder = ResolvedPath(pPath);
   if (folder.empty()) folder = pPath;
   TVolumeInformation information;

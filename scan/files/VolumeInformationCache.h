@@ -1,6 +1,6 @@
 #pragma once
 
-// Cluster sizes of volumes, asked once.
+// A cache of the cluster sizes of volumes.
 
 #include <map>
 #include <string>
@@ -11,16 +11,17 @@
 
 namespace Vantrel::Enumerators {
 
-// Remembers the cluster size of each volume: asking may take a network round trip. One for the process; any thread.
+// Remembers the cluster size of each volume, because asking may take a network round trip. One object serves the
+// process; any thread.
 class TVolumeInformationCache {
  public:
   static TVolumeInformationCache& Instance();
 
-  // Bytes per cluster of the volume that the folder really lies on, by a drive letter, a share, a folder that a volume
-  // is mounted in or a link; 0 when the system does not tell. Kept by path: ask for the folder in which a scan comes to
-  // the volume, and not for each folder beneath.
+  // The bytes per cluster of the volume on which the folder really lies. The path may be a drive letter, a share, a
+  // mount folder or a link. 0 when the system does not tell. Results are kept by path. So ask once, for the folder at
+  // which a scan enters the volume, not for each folder beneath.
   int64_t ClusterSize(const std::u16string& pPath);
-  // Forgets everything: a drive letter may have come to stand for another medium. Each scan begins with it.
+  // Forgets all sizes, because a drive letter may now stand for another medium. Each scan calls it first.
   void Clear();
 
  private:

@@ -11,14 +11,14 @@ namespace Vantrel::Enumerators {
 namespace {
 
 constexpr TAttributes kAttributeRecallOnOpen = 0x40000;
-// Files whose data may be elsewhere: nothing is asked of them that could bring it here.
+// Files whose data may be stored elsewhere. No call is made that could fetch their data.
 constexpr TAttributes kRemoteData = kAttributeOffline | kAttributeRecallOnDataAccess | kAttributeRecallOnOpen;
 
 bool IsCloudTag(uint32_t pTag) {
   return (pTag & 0x9000001A) == 0x9000001A && (pTag & ~0x9000F01AU) == 0;
 }
 
-// Only such a tag stands for another name; cloud placeholders and compressed files carry other tags.
+// Whether the tag marks another name. Cloud placeholders and compressed files carry other tags.
 bool IsNameSurrogate(uint32_t pTag) {
   return IsReparseTagNameSurrogate(pTag) != 0;
 }
@@ -107,7 +107,7 @@ bool TWin32Enumerator::Fail(uint32_t pErrorCode) {
   return false;
 }
 
-// A server that did not answer has been asked again when the folder was opened, so an error that is left stands.
+// A server that did not answer was asked again when the folder was opened. So no retry is made here.
 TEnumeratorError TWin32Enumerator::GetError() const {
   return ClassifyEnumeratorError(fErrorCode, {});
 }
@@ -117,9 +117,9 @@ TEnumeratorError TWin32Enumerator::GetError() const {
 const TWin32Enumerator::TRecord& TWin32Enumerator::OwnRecord() const {
   if (!fOwnRecord) {
     TKivWin32FindData data{};
-    fApi.QueryEntry(ApiPath(fPath), data);  // a failure leaves no dates
+    fApi.QueryEntry(ApiPath(fPath), data);  // a failure leaves the dates unset
     fOwnRecord = RecordOf(data);
-    fOwnRecord->fName = {};  // the path has it
+    fOwnRecord->fName = {};  // fPath holds the name
     fOwnRecord->fAttributes = AdjustedAttributes(fOwnRecord->fAttributes) | kAttributeDirectory;
   }
   return *fOwnRecord;
@@ -159,8 +159,8 @@ int64_t TWin32Enumerator::ClusterSize() const {
   return fClusterSize;
 }
 
-// Each question opens the file, which takes a hundred times as long as reading its record. So only files are asked that
-// have storage to share, and never those whose data the opening could bring here.
+// Asking for links opens the file, which takes a hundred times as long as reading its record. So only files with
+// storage to share are asked. Files whose data the opening could fetch are never asked.
 bool TWin32Enumerator::SharesHardLinks(int64_t pAllocation) const {
   return (fOptions & heoShareHardLinks) != 0 && pAllocation > 0 &&
          (fAttributes & (kRemoteData | kAttributeReparsePoint)) == 0 && !fAnyParentIsReparseTagCloud.value_or(false);
@@ -169,7 +169,8 @@ bool TWin32Enumerator::SharesHardLinks(int64_t pAllocation) const {
 void TWin32Enumerator::CheckLinks() const {
   if (std::exchange(fCheckedForCompressedFileSize, true)) return;
   TLinkInformation information;
-  if (fApi.QueryLinks(ApiPath(GetFullPath()), information) != 0) return;  // counts as one link without streams
+  // A file that cannot be asked counts as one link without streams.
+  if (fApi.QueryLinks(ApiPath(GetFullPath()), information) != 0) return;
   fADSSize = information.fADSSize;
   fNumberOfHardLinks = information.fNumberOfHardLinks;
 }
@@ -245,8 +246,8 @@ std::u16string TWin32Enumerator::RealPathOf(const std::u16string& pFolder) const
   return real.empty() ? Win32::WithoutExtendedPrefix(pFolder) : real;
 }
 
-// Only real paths are compared: the scan may itself have come here through a link, and so may the target. A volume
-// without a drive letter has none, so its name stands for it.
+// Only real paths are compared, since the scan's root and the target may themselves be reached through links. A volume
+// without a drive letter has no real path, so its name is compared instead.
 TLinkDecision TWin32Enumerator::DecideResolvedLink(TLinkKind pKind, const TReparsePoint& pPoint,
                                                    const std::u16string& pPath) const {
   if (!IsNameSurrogate(pPoint.fTag)) return TLinkDecision::ldOrdinary;
@@ -260,12 +261,12 @@ TLinkDecision TWin32Enumerator::DecideResolvedLink(TLinkKind pKind, const TRepar
                                                                                 : TLinkDecision::ldNotFollowed;
 }
 
-// With links followed, many roads may lead to one folder. The first to open it shows its contents, the others show an
-// empty folder: every folder is counted once, and the work does not grow with the number of roads.
+// With links followed, many paths may lead to one folder. The first to open it shows its contents; the others show an
+// empty folder. So every folder counts once, and the work does not grow with the number of paths.
 bool TWin32Enumerator::BelongsToScan(HANDLE pFolder) {
   if (fIsUndecidedLink && DecideLink(fPath, 0) == TLinkDecision::ldNotFollowed) return false;
   if (!FollowsLinks() || !fForFile.empty()) return true;
-  constexpr uint64_t withoutIds = UINT64_MAX;  // as a volume; the real path is the id
+  constexpr uint64_t withoutIds = UINT64_MAX;  // stands for the volume; a hash of the real path is the ID
   TFolderIdentity identity;
   if (fApi.QueryIdentity(pFolder, identity) != 0)
     identity = {withoutIds, std::hash<std::u16string>()(RealPathOf(fPath))};
@@ -280,7 +281,7 @@ bool TWin32Enumerator::BelongsToScan() {
     folder = fApi.OpenDirectory(pApiPath, OpenFlags(), error);
     return error;
   });
-  if (code != 0) return true;  // the listing will tell
+  if (code != 0) return true;  // the listing reports the error
   bool belongs = BelongsToScan(folder);
   fApi.CloseDirectory(folder);
   return belongs;
@@ -316,8 +317,9 @@ TRef<IHierarchicalEnumerator> TWin32Enumerator::GetChildHierarchicalEnumerator()
   return child;
 }
 
-// The tag is gone by now, so what the listing saw as a whole decides. On the safe side: a folder beside a cloud folder
-// is treated like one, which only means that its files are not opened for their links.
+// The reparse tag is no longer known here, so the listing's findings about all its entries decide. This errs on the
+// safe side: a folder beside a cloud folder is treated as one. The only effect is that its files are not opened to
+// count their links.
 TRef<IHierarchicalEnumerator> TWin32Enumerator::CreateChildEnumerator(std::u16string_view pName,
                                                                       TAttributes pAttributes) {
   TRef<TWin32Enumerator> child = CreateForFolder(JoinPath(fPath, pName, u'\\'));
@@ -339,7 +341,7 @@ TRef<IHierarchicalEnumerator> TWin32Enumerator::Clone() const {
 
 std::u16string RootedPathOf(std::u16string_view pPath) {
   std::u16string path = PathOfFileUrl(pPath, u'\\');
-  // The bare name of a shadow copy is the device's; with a delimiter it is the folder's.
+  // The bare name of a shadow copy means the device. With a delimiter it means the folder.
   if (IsShadowCopyPath(path) && FolderOfPath(path, u'\\').empty() && !path.ends_with(u'\\')) path += u'\\';
   bool isExact = path.starts_with(u"\\\\?\\") || path.starts_with(u"\\\\.\\") || IsShadowCopyPath(path);
   return isExact ? path : AbsolutePath(path);

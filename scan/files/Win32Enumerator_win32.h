@@ -1,6 +1,6 @@
 #pragma once
 
-// What both enumerators share: values of the current record, links, retries, children.
+// The base of both Windows enumerators: values of the current record, links, retries, children.
 
 #include <cstdint>
 #include <functional>
@@ -16,7 +16,7 @@
 
 namespace Vantrel::Enumerators {
 
-// What all enumerators of one scan share.
+// Data shared by all enumerators of one scan.
 class TWin32Scan {
  public:
   // The scanned folder's path with all links resolved.
@@ -29,24 +29,24 @@ class TWin32Scan {
   std::u16string fRealRootPath GUARDED_BY(fLock);  // empty until first asked for
 };
 
-// What the Windows enumerators share: the values of the current record, links, errors and children. How records are
-// fetched is theirs.
+// The base of the Windows enumerators: values of the current record, links, errors and children. Derived classes fetch
+// the records.
 //
-// Life of a listing: nothing is open until the first Next, and nothing after the last, so that thousands of enumerators
-// can wait in a queue. Links are judged when their record comes up, while the path is at hand.
+// A listing has nothing open before the first Next and after the last. So thousands of enumerators can wait in a queue.
+// A link is judged when its record is read, while the path is known.
 class TWin32Enumerator : public TBaseFileSystemEnumerator {
  public:
-  // pObjectName: only this entry of the folder, empty for all.
+  // pObjectName limits the listing to this entry of the folder. Empty lists all entries.
   TWin32Enumerator(std::u16string pPath, std::u16string pObjectName, THierarchicalEnumeratorOptions pOptions,
                    IWin32FileApi& pApi);
   TWin32Enumerator(std::u16string pPath, const TWin32Enumerator& pParent);
 
-  // EOSError 3 when the system calls the listing itself invalid, as it does for a file.
+  // Throws EOSError 3 when the system refuses the listing itself, as it does for a file.
   bool Next() override;
   void Reset() override;
   TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
-  // Of the same folder, standing before its first entry.
+  // An enumerator of the same folder, positioned before its first entry.
   TRef<IHierarchicalEnumerator> Clone() const override;
 
   std::u16string_view GetObjectName() const override;
@@ -64,35 +64,34 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   TEnumeratorError GetError() const override;
 
  protected:
-  // One entry as the system describes it. The name is only good until the next record is fetched.
+  // One entry as the system describes it. The name is valid until the next record is fetched.
   struct TRecord {
     std::u16string_view fName;
     TAttributes fAttributes = 0;
-    uint32_t fReparseTag = 0;  // 0: none or unknown
+    uint32_t fReparseTag = 0;  // 0 if none or unknown
     int64_t fSize = 0;
-    int64_t fAllocation = 0;  // bytes, where the record has them
+    int64_t fAllocation = 0;  // bytes, if the record has them
     TKivFileTime fLastAccessDate;
     TKivFileTime fLastChangeDate;
     TKivFileTime fCreationDate;
   };
 
-  // Fetches the next record, opening the folder if need be. False at the end and after Fail.
+  // Fetches the next record and opens the folder first if needed. False at the end and after Fail.
   virtual bool FetchRecord(TRecord& pRecord) = 0;
   virtual void CloseListing() noexcept = 0;
   virtual void RestartListing() = 0;
   virtual TRef<TWin32Enumerator> CreateForFolder(std::u16string pPath) const = 0;
-  // Bytes on storage by the record, and below which size data lies inside the file record (0: never).
+  // The record's bytes on storage, and the size below which data lies inside the file record (0: never).
   virtual int64_t RecordAllocation() const = 0;
   virtual int64_t ResidentLimit() const = 0;
 
-  bool Fail(uint32_t pErrorCode);  // false
-  // Whether the folder's contents belong to the scan; asked when it is opened. Not so for a link that is not followed,
-  // and for a folder that another road has entered before. The second form opens the folder for it.
+  bool Fail(uint32_t pErrorCode);  // records the error and returns false
+  // Whether the folder's contents belong to the scan; called when it is opened. False for a link that is not followed,
+  // and for a folder already entered by another path. The second form opens the folder to find out.
   bool BelongsToScan(HANDLE pFolder);
   bool BelongsToScan();
-  // Runs pOpen, which takes the path in API form and returns a code, with the retries that opening a folder gets: the
-  // long form when the path was not found, the backup privilege when it was refused, once more when a server that did
-  // not answer does so now.
+  // Calls pOpen with the path in API form, and returns its code. If the path was not found, retries with the long form.
+  // If it was refused, retries with the backup privilege. If a server did not answer but does now, tries once more.
   uint32_t OpenFolder(const std::u16string& pPath, const std::function<uint32_t(const std::u16string&)>& pOpen) const;
   uint32_t OpenFlags() const {
     return FILE_FLAG_BACKUP_SEMANTICS | (fOpenReparsePoint ? FILE_FLAG_OPEN_REPARSE_POINT : 0);
@@ -103,10 +102,10 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   static TRecord RecordOf(const TKivWin32FindData& pData);
 
   IWin32FileApi& fApi;
-  TAttributes fAttributes = 0;     // of the current entry, as they are shown
-  std::u16string fForFile;         // the one entry to list; empty: all
-  bool fOpenReparsePoint = false;  // do not follow, should the folder have become a link since it was listed
-  // Whether the current entry's size was asked for beyond its record (streams, links, compressed size).
+  TAttributes fAttributes = 0;     // of the current entry, as shown
+  std::u16string fForFile;         // the only entry to list; empty lists all
+  bool fOpenReparsePoint = false;  // do not follow a link, in case the folder became one since it was listed
+  // Whether data beyond the record was fetched for the current entry's size: streams, links, compressed size.
   mutable bool fCheckedForCompressedFileSize = false;
   uint32_t fErrorCode = 0;
 
@@ -126,21 +125,21 @@ class TWin32Enumerator : public TBaseFileSystemEnumerator {
   void HandDown(TWin32Enumerator& pChild, TAttributes pAttributes, bool pMayBeReparsePoint, bool pIsCloud) const;
 
   TRecord fRecord;
-  mutable std::optional<TRecord> fOwnRecord;  // of the folder itself, fetched when asked for
+  mutable std::optional<TRecord> fOwnRecord;  // of the folder itself, fetched on first use
   mutable int64_t fAllocated = kAllocatedUnknown;
   TLinkDecision fLinkDecision = TLinkDecision::ldOrdinary;
   bool fIsOnEntry = false;
   bool fHasEnded = false;
   const std::shared_ptr<TWin32Scan> fScan;
-  std::shared_ptr<const std::u16string> fVolumePath;  // where the scan came to the folder's volume
-  bool fIsUndecidedLink = false;  // a link that was opened by name: no listing has said whether it is followed
-  // What the listing has met so far.
+  std::shared_ptr<const std::u16string> fVolumePath;  // the folder at which the scan entered the volume
+  bool fIsUndecidedLink = false;  // a link opened by name, so no listing has decided whether to follow it
+  // These fields say what the listing has found so far.
   bool fSawOtherThanLink = false;
   bool fSawOrdinaryReparsePoint = false;
   bool fSawCloudFolder = false;
 };
 
-// A path as typed, with or without "file:", as a full path. Shadow copies and volumes by their GUID stay as they are.
+// Makes a typed path, with or without "file:", a full path. Shadow copies and volumes given by GUID stay as they are.
 std::u16string RootedPathOf(std::u16string_view pPath);
 
 }  // namespace Vantrel::Enumerators

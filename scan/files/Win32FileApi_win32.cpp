@@ -33,21 +33,21 @@ struct TCloseHandle {
 };
 using THandle = std::unique_ptr<HANDLE, TCloseHandle>;
 
-// Opens for looking at the file only: that neither fetches it from a cloud nor fails on an exclusive lock.
+// Opens a file only to read its attributes. This fetches nothing from a cloud and does not fail on an exclusive lock.
 THandle OpenForAttributes(const std::u16string& pPath, DWORD pFlags) {
   HANDLE handle = CreateFileW(Wide(pPath), FILE_READ_ATTRIBUTES | SYNCHRONIZE, kShareAll, nullptr, OPEN_EXISTING,
                               FILE_FLAG_BACKUP_SEMANTICS | pFlags, nullptr);
   return THandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
-// "\??\C:\x" and "\??\UNC\server\share" are the kernel's spelling of a target.
+// Turns the kernel's spelling of a target, "\??\C:\x" or "\??\UNC\server\share", into the usual one.
 std::u16string UsualTarget(std::u16string_view pTarget) {
   if (!pTarget.starts_with(u"\\??\\")) return WithoutExtendedPrefix(pTarget);
   return WithoutExtendedPrefix(std::u16string(kPrefix).append(pTarget.substr(4)));
 }
 
-// A volume's name tells nothing about whether it lies inside the scan; its drive letter does. A volume that is mounted
-// in folders only keeps its name: one of those folders may be the link itself.
+// Replaces a volume's name by its drive letter, which tells whether the target lies inside the scan. A volume that is
+// mounted only in folders keeps its name, since one of those folders may be the link itself.
 std::u16string WithDriveLetter(const std::u16string& pTarget) {
   if (!pTarget.starts_with(u"\\\\?\\Volume{")) return pTarget;
   size_t end = pTarget.find(u'\\', kPrefix.size());
@@ -64,8 +64,8 @@ std::u16string WithDriveLetter(const std::u16string& pTarget) {
   return pTarget;
 }
 
-// File servers exist that show links but do not hand out what is in them, and so does Wine for links of the system
-// beneath. Where such a link leads shows in the final path. False when that is the path itself.
+// Some file servers show links but do not return their data. Wine does the same for links of the system beneath it. The
+// final path shows where such a link leads. False when the final path is the path itself.
 bool ReadLinkByFinalPath(const std::u16string& pPath, TReparsePoint& pPoint) {
   std::u16string target = Vantrel::ResolvedPath(pPath);
   std::u16string folder = Vantrel::ResolvedPath(std::u16string(FolderOfPath(pPath, u'\\')));
@@ -134,8 +134,8 @@ std::u16string ApiPath(std::u16string_view pPath) {
   return IsShadowCopyPath(pPath) ? std::u16string(pPath) : LongPathForm(pPath);
 }
 
-// The layout: tag (4 bytes), length of what follows the 8-byte header (2), reserved (2), then offset and length of the
-// target and of its printed form in bytes (4 × 2), for symbolic links flags (4), then the characters.
+// The layout: tag (4 bytes), length of the data after the 8-byte header (2), reserved (2). Then offset and length of
+// the target and of its printed form in bytes (4 × 2). Symbolic links have flags (4) next. The characters follow.
 bool ParseReparseData(std::span<const std::byte> pData, TReparsePoint& pPoint) {
   pPoint = {};
   uint16_t length = 0;
@@ -169,7 +169,7 @@ void TSystemFileApi::CloseDirectory(HANDLE pDirectory) noexcept {
 }
 
 uint32_t TSystemFileApi::QueryIdentity(HANDLE pDirectory, TFolderIdentity& pIdentity) {
-  // Ids of 128 bits are unique on every file system; those of 64 bits are known to older ones.
+  // 128-bit IDs are unique on every file system. Older file systems know only 64-bit IDs.
   FILE_ID_INFO id{};
   BY_HANDLE_FILE_INFORMATION information{};
   if (GetFileInformationByHandleEx(pDirectory, FileIdInfo, &id, sizeof(id))) {
@@ -259,7 +259,7 @@ uint32_t TSystemFileApi::QueryCompressedSize(const std::u16string& pPath, int64_
   DWORD high = 0;
   SetLastError(0);
   DWORD low = GetCompressedFileSizeW(Wide(pPath), &high);
-  // 0xFFFFFFFF is a size as well.
+  // 0xFFFFFFFF may also be a valid half of a size.
   if (low == INVALID_FILE_SIZE && GetLastError() != 0) return GetLastError();
   pBytes = static_cast<int64_t>((uint64_t{high} << 32) | low);
   return 0;
@@ -282,7 +282,7 @@ bool TSystemFileApi::EnableBackupPrivilege() {
   privileges.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
   if (!LookupPrivilegeValueW(nullptr, L"SeBackupPrivilege", &privileges.Privileges[0].Luid)) return false;
   if (!AdjustTokenPrivileges(token.get(), FALSE, &privileges, 0, nullptr, nullptr)) return false;
-  return GetLastError() == ERROR_SUCCESS;  // it also succeeds without having granted anything
+  return GetLastError() == ERROR_SUCCESS;  // the call also succeeds when it granted nothing
 }
 
 int64_t TSystemFileApi::TickCount() {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Every system call of the enumerators, behind an interface for tests; long paths; reparse data.
+// The system calls of the Windows enumerators, behind an interface for tests; long paths; reparse data.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,13 +11,13 @@
 #include "platform/system/Win32_win32.h"
 #include "scan/files/EnteredFolders.h"
 
-// Everything that the Windows enumerators ask of the system, so that tests can stand in for what needs rights, volumes
-// or faults that they cannot have.
+// All system calls of the Windows enumerators. Tests replace those that need rights, volumes or faults which a test
+// machine does not have.
 namespace Vantrel::Enumerators {
 
 using TKivWin32FindData = WIN32_FIND_DATAW;
 
-// Where a reparse point leads. Tags whose target is not a path of this system leave it empty.
+// Where a reparse point leads. The target is empty for tags whose target is not a path of this system.
 struct TReparsePoint {
   uint32_t fTag = 0;
   std::u16string fTarget;  // without the prefixes of the kernel and of extended paths
@@ -25,20 +25,20 @@ struct TReparsePoint {
 
 struct TLinkInformation {
   uint32_t fNumberOfHardLinks = 1;
-  int64_t fADSSize = 0;  // bytes of all streams but the unnamed one
+  int64_t fADSSize = 0;  // bytes of all streams except the unnamed one
 };
 
-// Paths are in the form that ApiPath gives. Calls that return a code return 0 for success. Any thread.
+// Paths have the form that ApiPath returns. A returned code of 0 means success. Any thread.
 class IWin32FileApi {
  public:
   virtual ~IWin32FileApi() = default;
 
-  // INVALID_HANDLE_VALUE and the code when it fails.
+  // On failure, returns INVALID_HANDLE_VALUE and sets pErrorCode.
   virtual HANDLE OpenDirectory(const std::u16string& pPath, uint32_t pFlags, uint32_t& pErrorCode) = 0;
   virtual void CloseDirectory(HANDLE pDirectory) noexcept = 0;
-  // An error as well where the file system gives folders no ids.
+  // Fails also on a file system that gives folders no IDs.
   virtual uint32_t QueryIdentity(HANDLE pDirectory, TFolderIdentity& pIdentity) = 0;
-  // One query of full directory information; a status of the kernel.
+  // Makes one query of full directory information. Returns a status of the kernel.
   virtual uint32_t QueryDirectory(HANDLE pDirectory, std::span<std::byte> pBuffer, const std::u16string* pMask,
                                   bool pRestart, uint32_t& pBytes) = 0;
 
@@ -46,20 +46,20 @@ class IWin32FileApi {
   virtual uint32_t FindNext(HANDLE pFind, TKivWin32FindData& pData) = 0;
   virtual void CloseFind(HANDLE pFind) noexcept = 0;
 
-  // Attributes, dates and size of one file or folder; the name stays empty, the tag 0.
+  // Gets the attributes, dates and size of one file or folder. The name stays empty and the tag 0.
   virtual uint32_t QueryEntry(const std::u16string& pPath, TKivWin32FindData& pData) = 0;
   virtual uint32_t ReadReparsePoint(const std::u16string& pPath, TReparsePoint& pPoint) = 0;
   virtual uint32_t QueryLinks(const std::u16string& pPath, TLinkInformation& pInformation) = 0;
   virtual uint32_t QueryCompressedSize(const std::u16string& pPath, int64_t& pBytes) = 0;
-  // The path, a usual one, with all links resolved; empty when that fails.
+  // Returns the path with all links resolved, or an empty text on failure. pPath is a usual path, not in API form.
   virtual std::u16string ResolvePath(const std::u16string& pPath) = 0;
-  virtual int64_t ClusterSize(const std::u16string& pPath) = 0;  // of the volume of a folder, by a usual path
+  virtual int64_t ClusterSize(const std::u16string& pPath) = 0;  // of the volume of a folder, given by a usual path
 
   virtual bool EnableBackupPrivilege() = 0;
   virtual int64_t TickCount() = 0;  // milliseconds
 };
 
-// The system itself. Tests derive from it and replace single calls.
+// The system's own calls. Tests derive from this class and replace single calls.
 class TSystemFileApi : public IWin32FileApi {
  public:
   static TSystemFileApi& Instance();
@@ -82,16 +82,17 @@ class TSystemFileApi : public IWin32FileApi {
   int64_t TickCount() override;
 };
 
-// A path of a shadow copy, by device name or by its "@GMT-" part. Such paths go to the system as they are.
+// Whether the path is in a shadow copy, by device name or by its "@GMT-" part. Such paths go to the system unchanged.
 bool IsShadowCopyPath(std::u16string_view pPath);
-// "\\?\C:\x", "\\?\UNC\server\share\x": by text alone, so that names which the usual form would trim (trailing dots and
-// blanks) survive. Drives and volumes get the delimiter without which they would mean the device.
+// The extended form: "\\?\C:\x", "\\?\UNC\server\share\x". It is made by text alone. So names with trailing dots and
+// blanks survive, which the usual form would trim. Drives and volumes get a final delimiter, since without it they
+// would mean the device.
 std::u16string LongPathForm(std::u16string_view pPath);
-// The form in which a path goes to the system.
+// The form in which a path is passed to the system.
 std::u16string ApiPath(std::u16string_view pPath);
 
-// Reads what the system keeps in a reparse point. False when the data is cut short or contradicts itself; pPoint then
-// holds the tag at most.
+// Reads the data of a reparse point. False when the data is cut short or contradicts itself. pPoint then holds at most
+// the tag.
 bool ParseReparseData(std::span<const std::byte> pData, TReparsePoint& pPoint);
 
 }  // namespace Vantrel::Enumerators

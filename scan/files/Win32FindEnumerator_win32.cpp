@@ -23,7 +23,7 @@ bool TCustomFileSystemEnumerator::FindFirst() {
   if (!BelongsToScan()) return false;
   fFindData = std::make_unique<TKivWin32FindData>();
   fSingleObjectOnly = !fForFile.empty();
-  // A drive is an entry of no folder, so finding cannot describe it.
+  // A drive is an entry of no folder, so the find call cannot describe it.
   bool isDrive = fSingleObjectOnly && fPath.empty();
   std::u16string pattern = fSingleObjectOnly ? JoinPath(fPath, fForFile, u'\\') : JoinPath(fPath, u"*", u'\\');
   uint32_t code = OpenFolder(pattern, [&](const std::u16string& pApiPath) {
@@ -33,8 +33,7 @@ bool TCustomFileSystemEnumerator::FindFirst() {
     return error;
   });
   if (code == 0) return true;
-  // An empty folder without "." and "..", the root of a drive, matches nothing; a folder that is not there gives
-  // another code.
+  // The root of an empty drive has no "." and "..", so the search matches nothing. A missing folder gives another code.
   return code == ERROR_FILE_NOT_FOUND && !fSingleObjectOnly ? false : Fail(code);
 }
 
@@ -51,7 +50,7 @@ bool TCustomFileSystemEnumerator::FetchRecord(TRecord& pRecord) {
   return true;
 }
 
-// Bits of files whose storage is not simply their size in whole clusters.
+// Asks the system about files with the bits of "asked". Their storage is not just their size in whole clusters.
 int64_t TCustomFileSystemEnumerator::RecordAllocation() const {
   constexpr TAttributes asked = kAttributeCompressed | kAttributeSparse | kAttributeOffline;
   int64_t size = Record().fSize;

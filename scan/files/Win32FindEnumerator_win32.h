@@ -1,6 +1,6 @@
 #pragma once
 
-// Lists a folder by find-first and find-next.
+// The enumerator that lists a Windows folder by find-first and find-next.
 
 #include <memory>
 #include <string>
@@ -9,8 +9,8 @@
 
 namespace Vantrel::Enumerators {
 
-// Lists a folder by find-first and find-next. Its records lack the allocated size, which is worked out from the size by
-// whole clusters; only compressed, sparse and offline files are asked for it one by one.
+// Lists a folder by find-first and find-next. Its records lack the allocated size, so that is the size rounded up to
+// whole clusters. The system is asked only for compressed, sparse and offline files, one by one.
 class TCustomFileSystemEnumerator : public TWin32Enumerator {
  public:
   ~TCustomFileSystemEnumerator() override;
@@ -22,15 +22,15 @@ class TCustomFileSystemEnumerator : public TWin32Enumerator {
   void CloseListing() noexcept override;
   void RestartListing() override { CloseListing(); }
   int64_t RecordAllocation() const override;
-  int64_t ResidentLimit() const override { return 0; }  // a rounded size says nothing about where the data lies
+  int64_t ResidentLimit() const override { return 0; }  // a rounded size does not tell where the data lies
 
  private:
   bool FindFirst();
   bool FindNext();
 
   HANDLE fFindHandle = INVALID_HANDLE_VALUE;
-  std::unique_ptr<TKivWin32FindData> fFindData;  // only while a listing is open: it is large
-  bool fSingleObjectOnly = false;                // the open listing is that of one object, which has been fetched
+  std::unique_ptr<TKivWin32FindData> fFindData;  // only while a listing is open, because it is large
+  bool fSingleObjectOnly = false;                // the open listing is for one object, which has been fetched
 };
 
 class TFileSystemEnumerator final : public TCustomFileSystemEnumerator {

@@ -63,7 +63,7 @@ TMetaDataValue TBaseHierarchicalEnumerator::GetValue(TColumn pColumn) const {
     case TColumn::mdDepth:
       return static_cast<int64_t>(GetParentPathDepth() + 1);
     default:
-      return {};  // the columns that only a node of a tree has
+      return {};  // columns that only a tree node has
   }
 }
 

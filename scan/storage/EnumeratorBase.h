@@ -1,6 +1,6 @@
 #pragma once
 
-// The bases of all enumerators: options, columns, the name as shown.
+// The base classes of all enumerators: options, columns, and the name as shown.
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace Vantrel::Enumerators {
 
-// Root of all enumerators.
+// Base of all enumerators.
 class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> {
  public:
   TMetaDataValue GetValue(TColumn pColumn) const override;
@@ -19,7 +19,7 @@ class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> 
   std::u16string GetOwner() const override { return {}; }
   uint64_t GetOwnerId() const override { return 0; }
   bool CanDescend() const override { return IsFolder(); }
-  // How many parts the parent's path has; worked out on first use.
+  // The number of parts in the parent's path, computed on first use.
   uint64_t GetParentPathDepth() const;
 
  protected:
@@ -29,10 +29,10 @@ class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> 
   THierarchicalEnumeratorOptions fOptions;
 };
 
-// Adds what a display needs of an entry.
+// Adds the values that a display needs of an entry.
 class TBaseVisualHierarchicalEnumerator : public TBaseHierarchicalEnumerator {
  public:
-  // The name as shown: control characters and undecodable bytes as escapes.
+  // The name as shown, with control characters and undecodable bytes as escapes.
   virtual std::u16string GetDisplayName() const;
 
  protected:

@@ -22,7 +22,7 @@ struct TRegistry {
 };
 
 TRegistry& Registry() {
-  static TRegistry& registry = *new TRegistry;  // never destroyed: threads may outlive main
+  static TRegistry& registry = *new TRegistry;  // never destroyed, because threads may outlive main
   return registry;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The registry of enumerator classes, by protocol.
+// The registry of enumerator classes. Each class serves the paths of one protocol.
 
 #include <string>
 #include <string_view>
@@ -10,37 +10,38 @@
 
 namespace Vantrel::Enumerators {
 
-// What the factory knows of a class of enumerators. The texts are literals.
+// Describes an enumerator class to the factory. The texts must be literals.
 struct TEnumeratorClass {
   using TCreate = TRef<IHierarchicalEnumerator> (*)(const std::u16string& pPath,
                                                     THierarchicalEnumeratorOptions pOptions);
-  std::string_view fName;  // "TNTApiEnumerator"
+  std::string_view fName;  // such as "TNTApiEnumerator"
   std::u16string_view
-      fProtocol;  // what the paths that it serves begin with, "file:"; ASCII, letter case does not count
-  TCreate fCreateForPath = nullptr;    // lists a folder; gets the path with its protocol
-  TCreate fCreateForObject = nullptr;  // stands for one file or folder; without it fCreateForPath serves
+      fProtocol;  // the start of the paths that the class serves, such as "file:"; ASCII, in any letter case
+  TCreate fCreateForPath = nullptr;    // lists a folder; the path includes its protocol
+  TCreate fCreateForObject = nullptr;  // serves one file or folder; if nullptr, fCreateForPath is used
 };
 
-// The registry of enumerator classes. The standard ones of the platform are there from the first use. Any thread.
+// The registry of enumerator classes. It holds the platform's standard classes from its first use. Any thread.
 class THierarchicalEnumeratorFactory {
  public:
-  // Makes the class known; of two with one protocol the default one serves it, else the later. The default class also
-  // serves the paths without a known protocol; a later default replaces an earlier one.
+  // Registers a class. If two classes have one protocol, the default class serves it, else the one registered later.
+  // The default class also serves paths without a known protocol. A later default class replaces the earlier one.
   static void RegisterEnumerator(const TEnumeratorClass& pClass, bool pDefault);
 
-  // An enumerator of the folder, standing before its first entry. ENotImplemented when the class that serves the path
-  // cannot be created from one, or no class does. A path that does not exist is no failure here: the enumerator tells.
+  // Makes an enumerator of the folder, positioned before its first entry. ENotImplemented when no class serves the
+  // path, or the class cannot be created from a path. A path that does not exist is no error here; the enumerator
+  // reports it.
   static TRef<IHierarchicalEnumerator> CreateForPath(const std::u16string& pPath,
                                                      THierarchicalEnumeratorOptions pOptions);
-  // An enumerator with one entry, the file or folder itself.
+  // Makes an enumerator whose only entry is the file or folder itself.
   static TRef<IHierarchicalEnumerator> CreateForObject(const std::u16string& pPath,
                                                        THierarchicalEnumeratorOptions pOptions);
-  // The protocols in the order of their registration, each once.
+  // All protocols, each once, in the order of registration.
   static std::vector<std::u16string> GetKnownEnumeratorsProtocols();
 };
 
-// Registers the classes that come with the platform, through RegisterEnumerator. The factory calls it on its first use:
-// initialisers of a static library's objects only run when something else happens to pull the object in.
+// Registers the platform's classes by RegisterEnumerator. The factory calls it on its first use. Static initialisers
+// would not do: the linker drops an unused object of a static library, with its initialisers.
 void RegisterStandardEnumerators();
 
 }  // namespace Vantrel::Enumerators

@@ -1,6 +1,6 @@
 #pragma once
 
-// The base of Windows' enumerators: path, root, and what is handed down to children; paths given as `file:`.
+// The base of the Windows enumerators: the path, the root, and values passed to children. Also converts `file:` paths.
 
 #include <cstdint>
 #include <memory>
@@ -13,39 +13,40 @@
 
 namespace Vantrel::Enumerators {
 
-// A path as the file system takes it: without the protocol "file:", whose letter case does not count. For the backslash
-// every "/" of such a URL becomes "\", and the three slashes before a drive letter go ("file:///C:/x" is "C:\x"); for
-// the slash any number of leading slashes is one. Other paths stay as they are.
+// A path as the file system takes it, without the protocol "file:" in any letter case. With a backslash as delimiter,
+// every "/" of such a URL becomes "\". The slashes before a drive letter are dropped: "file:///C:/x" is "C:\x". With a
+// slash as delimiter, leading slashes become one. Other paths stay unchanged.
 std::u16string PathOfFileUrl(std::u16string_view pPath, char16_t pDelimiter);
 
-// Common to Windows' enumerators of file systems. The one for Linux stands on folder handles and shares none of this.
+// Base of the Windows file system enumerators. The Linux enumerator works on folder handles and does not use it.
 class TBaseFileSystemEnumerator : public TBaseVisualHierarchicalEnumerator {
  public:
   static constexpr std::u16string_view kProtocol = u"file:";
 
   std::u16string GetPath() const override { return fPath; }
-  // Of the current entry; of the folder before the first and after the last.
+  // The path of the current entry. Before the first entry and after the last, the path of the folder.
   std::u16string GetFullPath() const override { return fFullPath.empty() ? fPath : fFullPath; }
 
-  // What is handed down to the children; no value while nobody has worked it out.
-  // Whether a folder above, or this one, stands for files of a cloud storage.
+  // The next three values are passed to the children. They have no value until computed.
+  //
+  // Whether this folder or one above it stands for files of a cloud storage.
   std::optional<bool> GetAnyParentIsReparseTagCloud() const { return fAnyParentIsReparseTagCloud; }
   // Whether this folder was reached through a symbolic link.
   std::optional<bool> GetParentWasSymLink() const { return fParentWasSymLink; }
-  // Whether every entry beside this folder, itself included, is a link.
+  // Whether all entries of the parent folder, this one included, are links.
   std::optional<bool> GetAllSiblingsAreLinks() const { return fAllSiblingsAreLinks; }
 
  protected:
-  // A root of a scan: links are judged against pPath.
+  // Makes the root of a scan. Links are judged against pPath.
   TBaseFileSystemEnumerator(std::u16string pPath, THierarchicalEnumeratorOptions pOptions);
-  // A folder inside the scan of pParent.
+  // Makes a folder inside the scan of pParent.
   TBaseFileSystemEnumerator(std::u16string pPath, const TBaseFileSystemEnumerator& pParent);
 
   const std::u16string& RootPath() const { return *fRootPath; }
 
   std::u16string fPath;
   mutable std::u16string fFullPath;
-  mutable int64_t fClusterSize = 0;  // bytes; 0 until first needed, and where the system does not tell
+  mutable int64_t fClusterSize = 0;  // bytes; 0 until first needed, and if the system does not tell
   mutable int64_t fADSSize = 0;      // of the current file, bytes
   mutable uint32_t fNumberOfHardLinks = 1;
   std::optional<bool> fAnyParentIsReparseTagCloud;

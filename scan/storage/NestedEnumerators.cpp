@@ -24,11 +24,12 @@ TMetaDataValue ValueOfText(std::u16string pText) {
   return pText.empty() ? TMetaDataValue() : TMetaDataValue(std::move(pText));
 }
 
-// Releases a parent without recursion: a chain of 10,000 enumerators, each holding the last reference to the one above,
-// would otherwise be torn down on 10,000 stack frames.
+// Releases a parent without recursion. Otherwise a chain of 10,000 enumerators, each with the last reference to the one
+// above, would need 10,000 stack frames to be destroyed.
 void ReleaseParent(TRef<TSummarizingEnumerator> pParent) {
   using TWaiting = std::vector<TRef<TSummarizingEnumerator>>;
-  // Of the outermost call, on whose stack they are: a thread_local with a destructor is destroyed too late by mingw.
+  // Points to the list on the stack of the outermost call. mingw destroys a thread_local that has a destructor too
+  // late.
   thread_local TWaiting* outermost = nullptr;
   if (pParent == nullptr) return;
   if (outermost != nullptr) return outermost->push_back(std::move(pParent));
@@ -38,7 +39,7 @@ void ReleaseParent(TRef<TSummarizingEnumerator> pParent) {
   while (!waiting.empty()) {
     TRef<TSummarizingEnumerator> last = std::move(waiting.back());
     waiting.pop_back();
-    last.reset();  // may come back here and add its own parent to those waiting
+    last.reset();  // may call this function again, which adds its own parent to the waiting ones
   }
   outermost = nullptr;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Wrappers around another enumerator: caching, adding up, the base of filters.
+// Wrappers around another enumerator: one caches values, one adds up sizes, one is the base of filters.
 
 #include <array>
 #include <bitset>
@@ -11,7 +11,7 @@
 
 namespace Vantrel::Enumerators {
 
-// Wraps another enumerator and forwards every question to it. The child enumerators are wrapped in the same way.
+// Wraps another enumerator and forwards all calls to it. Child enumerators are wrapped in the same way.
 class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerator {
  public:
   bool Next() override { return fNestedEnumerator->Next(); }
@@ -43,14 +43,14 @@ class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerat
 
  protected:
   explicit TBaseNestedHierarchicalEnumerator(TRef<IHierarchicalEnumerator> pNested);
-  // The same kind of wrapper, with the same settings, around another enumerator.
+  // Makes a wrapper of the same kind, with the same settings, around another enumerator.
   virtual TRef<IHierarchicalEnumerator> Wrap(TRef<IHierarchicalEnumerator> pNested) const = 0;
 
   TRef<IHierarchicalEnumerator> fNestedEnumerator;  // never nullptr
 };
 
-// Keeps what the wrapped enumerator answered about the current entry, so that each value is worked out once. For
-// displays and filters that ask for the same columns again and again.
+// Caches the wrapped enumerator's values of the current entry, so each is computed once. It serves displays and filters
+// that ask for the same columns repeatedly.
 class TCachingEnumerator : public TBaseNestedHierarchicalEnumerator {
  public:
   explicit TCachingEnumerator(TRef<IHierarchicalEnumerator> pNested);
@@ -73,7 +73,7 @@ class TCachingEnumerator : public TBaseNestedHierarchicalEnumerator {
   TRef<IHierarchicalEnumerator> Wrap(TRef<IHierarchicalEnumerator> pNested) const override;
 
  private:
-  // Values by column; clearing forgets which are filled and keeps the memory of texts.
+  // Values by column. Clearing marks all as unset but keeps the memory of texts.
   template <class T>
   struct TColumnCache {
     static constexpr size_t kColumns = static_cast<size_t>(TColumn::mdCount);
@@ -100,7 +100,7 @@ class TCachingEnumerator : public TBaseNestedHierarchicalEnumerator {
   mutable TValueFormat fCachedFormat;  // the format of the formatted strings
 };
 
-// What the entries of a listing add up to. Dates are the newest.
+// The sums over the entries of a listing. Each date is the newest one.
 struct TEntrySums {
   int64_t fPlainSize = 0;
   int64_t fSizeOnStorage = 0;
@@ -111,27 +111,27 @@ struct TEntrySums {
   bool operator==(const TEntrySums&) const = default;
 };
 
-// Adds up what it lists, and what enumerators for entries of this listing list in turn: each entry counts here and in
+// Adds up the entries that it lists, and those listed by enumerators for its entries. Each entry counts here and in
 // every summarizing enumerator above. All enumerators of one chain belong to one thread.
 class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
  public:
-  // With pFolderDateBasedOnFilesOnly the dates of folders' own entries do not count.
+  // With pFolderDateBasedOnFilesOnly the dates of folder entries do not count.
   TSummarizingEnumerator(TRef<IHierarchicalEnumerator> pNested, bool pFolderDateBasedOnFilesOnly);
   ~TSummarizingEnumerator() override;
 
   bool Next() override;
-  // The sums begin anew; those above keep what they were told.
+  // Sets the sums to zero. The enumerators above keep what was added to them.
   void Reset() override;
   TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
 
-  // Everything listed so far, beneath the entries as well.
+  // The sums of all entries listed so far, those beneath the entries included.
   TEntrySums Summarized() const {
     return {fSummarizedPlainSize,       fSummarizedSizeOnStorage,  fSummarizedNumberOfFiles,
             fSummarizedNumberOfFolders, fSummarizedLastAccessDate, fSummarizedLastChangeDate};
   }
-  // The current entry and what has been listed beneath it by its GetChildHierarchicalEnumerator. A folder's own entry
-  // gives one folder.
+  // The sums of the current entry and of what its GetChildHierarchicalEnumerator has listed beneath it. A folder's own
+  // entry counts as one folder.
   TEntrySums Child() const {
     return {fChildPlainSize,       fChildSizeOnStorage,  fChildNumberOfFiles,
             fChildNumberOfFolders, fChildLastAccessDate, fChildLastChangeDate};
@@ -154,7 +154,7 @@ class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
   int64_t fSummarizedNumberOfFolders = 0;
   TKivFileTime fSummarizedLastAccessDate;
   TKivFileTime fSummarizedLastChangeDate;
-  // The same of the current entry and what lies beneath it.
+  // Sums of the current entry and what lies beneath it.
   int64_t fChildPlainSize = 0;
   int64_t fChildSizeOnStorage = 0;
   int64_t fChildNumberOfFiles = 0;
@@ -163,11 +163,11 @@ class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
   TKivFileTime fChildLastChangeDate;
   bool fFolderDateBasedOnFilesOnly;
   TRef<TSummarizingEnumerator> fParentEnumerator;  // nullptr at the top
-  int64_t fEntryNumber = 0;                        // of the current entry, from 1
-  int64_t fParentEntryNumber = 0;  // the entry of the parent that this one lists; -1: one listed earlier
+  int64_t fEntryNumber = 0;                        // of the current entry, counted from 1
+  int64_t fParentEntryNumber = 0;  // the parent's entry that this enumerator lists; -1 for one listed earlier
 };
 
-// Base of the wrappers that leave entries out.
+// Base of the wrappers that leave out entries.
 class TBaseFilterEnumerator : public TBaseNestedHierarchicalEnumerator {
  public:
   bool Next() override;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Stands for a path that could not be opened.
+// The enumerator for a path that could not be opened.
 
 #include <cstdint>
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace Vantrel::Enumerators {
 
-// Stands for a path that could not be opened: lists nothing and tells why.
+// Stands for a path that could not be opened. It lists nothing and reports the error.
 class TPathNotFoundEnumerator : public TBaseVisualHierarchicalEnumerator {
  public:
   TPathNotFoundEnumerator(std::u16string pPath, uint32_t pErrorCode, THierarchicalEnumeratorOptions pOptions);

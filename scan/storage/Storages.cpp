@@ -48,7 +48,7 @@ class TStorages : public TInterfaced<IStorages> {
   const std::vector<TRef<IStorage>> fKinds;
 };
 
-// The code of an error that only the scan file could explain.
+// The error code for a path that only the scan file could explain.
 constexpr uint32_t kNothingToOpen = 2;
 
 class TLoadedScanStorage : public TInterfaced<IStorage> {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The list of all kinds of storage, and the one that stands for a loaded scan.
+// The list of all kinds of storage, and the storage of a loaded scan.
 
 #include <vector>
 
@@ -8,15 +8,15 @@
 
 namespace Vantrel::Storages {
 
-// The given kinds; the first is that of paths without a protocol, and knows whether a path that looks like a protocol
-// is one of its own.
+// Makes a list of these kinds of storage. The first kind serves paths without a protocol. It also tells whether a path
+// that seems to have a protocol is its own.
 TRef<IStorages> CreateStorages(std::vector<TRef<IStorage>> pKinds);
 
-// What a loaded scan lies on: nothing that could be opened. The delimiter is that of the scan's paths.
+// The storage of a loaded scan, from which nothing can be opened. pPathDelimiter is the delimiter of the scan's paths.
 TRef<IStorage> CreateLoadedScanStorage(char16_t pPathDelimiter);
 
-// What a path begins with that looks like a protocol, with its colon: "sftp:" of "sftp://host/data". Empty when it
-// begins with none; one letter is a drive.
+// The protocol at the start of a path, with its colon: "sftp:" of "sftp://host/data". Empty when there is none. A
+// single letter is a drive, not a protocol.
 std::u16string_view ProtocolOf(std::u16string_view pPath);
 
 }  // namespace Vantrel::Storages

@@ -74,7 +74,7 @@ bool TCustomPattern::FullPathCanBeReached(std::u16string_view pFolderPath) const
   TMatchText path(pFolderPath);
   std::u16string_view folder = path.Folded();
   if (folder.ends_with(fPathDelimiter)) folder.remove_suffix(1);
-  // The root of all paths is on the way to every one.
+  // Every path lies beneath the root of all paths.
   return folder.empty() || MayLieBeneath(folder);
 }
 
@@ -146,7 +146,7 @@ void TCustomPattern::ReadFromXML(const TElementAttributes& pAttributes) {
 }
 
 std::u16string TCustomPattern::ExpressionKeyword() const {
-  // A name condition whose value holds a delimiter looks at the full path.
+  // A name condition whose value holds a delimiter is matched against the full path.
   if (fTarget == NameTarget() || fTarget == FullPathTarget() || fColumn == nullptr) return u"name:";
   if (fColumn->fColumn == TColumn::mdExtension) return u"extension:";
   if (fColumn->fColumn == TColumn::mdOwner) return u"owner:";

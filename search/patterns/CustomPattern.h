@@ -1,6 +1,6 @@
 #pragma once
 
-// The base of patterns: text, target, type, active flag, XML attributes.
+// The base class of patterns: text, target, type, active flag, XML attributes.
 
 #include <atomic>
 
@@ -33,32 +33,32 @@ class TCustomPattern : public TInterfaced<IPattern> {
   std::u16string GetErrorText() const override { return {}; }
 
   char16_t PathDelimiter() const { return fPathDelimiter; }
-  // The name that stands for the class in files.
+  // The class's name in files.
   virtual std::u16string_view ClassName() const = 0;
 
  protected:
-  // The delimiter is that of the roots whose paths will be matched. EInvalidArgumentValue for an empty text.
+  // pPathDelimiter is the delimiter of the roots whose paths will be matched. EInvalidArgumentValue for an empty text.
   TCustomPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType, char16_t pPathDelimiter);
 
   virtual bool MatchesText(TMatchText& pText) = 0;
-  // The text or the target has changed. Constructors call it, since a base class cannot.
+  // Called after the text or the target has changed. Constructors call it too, because the base class's cannot.
   virtual void Prepare() {}
-  // Whether a pattern of the same class, target, type and active flag matches alike.
+  // Whether the other pattern matches the same values. It has the same class, target, type and active flag.
   virtual bool SameMatches(const TCustomPattern& pOther) const = 0;
-  // Whether the folder could be on the way to a match; asked for rooted texts only. It is folded, as the
-  // text to compare it with has to be: letter case does not count.
+  // Whether the folder could lead to a match. Called only for patterns whose text is a rooted path. pFolder is folded,
+  // because letter case does not count; the text compared with it must be folded too.
   virtual bool MayLieBeneath(std::u16string_view pFolder) const = 0;
   std::u16string_view FoldedPattern() const { return fFoldedPattern; }
-  // What the class keeps besides.
+  // Writes the attributes that the derived class keeps.
   virtual void WriteMore(TElementAttributes&) const {}
   virtual void ReadMore(const TElementAttributes&) {}
   virtual void AssignMore(const TCustomPattern&) {}
 
-  // A value that ends with a delimiter is matched a second time without it, where values are paths.
+  // If values are paths, a value that ends with a delimiter is matched a second time without it.
   bool HasTrailingDelimiter(std::u16string_view pText) const {
     return fIsPathValued && pText.size() > 1 && pText.back() == fPathDelimiter;
   }
-  // How the query language calls the target ("name:"), and a value as it stands there.
+  // The target's keyword in the query language, such as "name:", and a value as the query language writes it.
   std::u16string ExpressionKeyword() const;
   static std::u16string ExpressionValue(std::u16string_view pText);
 
@@ -67,24 +67,24 @@ class TCustomPattern : public TInterfaced<IPattern> {
   void TakeTarget(const TPatternTarget& pTarget);
 
   std::u16string fPattern;
-  std::u16string fFoldedPattern;  // of fPattern
+  std::u16string fFoldedPattern;  // fPattern in folded form
   TPatternTarget fTarget;
-  const TColumnInfo* fColumn = nullptr;  // of fTarget; nullptr for a column that this program does not know
-  bool fIsPathValued = false;            // of fTarget
+  const TColumnInfo* fColumn = nullptr;  // of fTarget; nullptr for a column unknown to this program
+  bool fIsPathValued = false;            // whether fTarget's values are paths
   TPatternType fPatternType;
   const char16_t fPathDelimiter;
   std::atomic<bool> fActive{true};
 };
 
-// The value of an attribute; empty when it is not there.
+// The value of an attribute, or an empty text if it is missing.
 std::u16string_view FindAttribute(const TElementAttributes& pAttributes, std::u16string_view pName);
-// Booleans in files: "-1" and "0"; any other number but 0 reads as true.
+// Booleans in files are "-1" and "0". Any other number except 0 reads as true.
 std::u16string BooleanText(bool pValue);
 bool BooleanOf(std::u16string_view pText);
 
-// In double quotes, those inside doubled.
+// The text in double quotes. Quotes inside it are doubled.
 std::u16string Quoted(std::u16string_view pText);
-// The text without the quote that it begins with, and the one that it ends with, if any; doubled quotes stand for one.
+// The text without its first and last quote, if any. Doubled quotes become single ones.
 std::u16string Unquoted(std::u16string_view pText);
 
 }  // namespace Vantrel::PatternMatching

@@ -14,7 +14,7 @@ bool TExactPattern::MatchesText(TMatchText& pText) {
 bool TExactPattern::MayLieBeneath(std::u16string_view pFolder) const {
   const char16_t delimiter = PathDelimiter();
   const std::u16string_view text = FoldedPattern();
-  if (IsSameOrInside(text, pFolder, delimiter)) return true;  // on the way to it
+  if (IsSameOrInside(text, pFolder, delimiter)) return true;  // the folder leads to the text
   if (pFolder.starts_with(text) || IsSameOrInside(pFolder, text, delimiter)) return true;
   return IsSameOrInside(pFolder, FolderOfPath(text, delimiter), delimiter) &&
          FileNameOfPath(pFolder, delimiter) == FileNameOfPath(text, delimiter);

@@ -1,12 +1,12 @@
 #pragma once
 
-// An exact text; quoting.
+// A pattern that matches one exact text.
 
 #include "search/patterns/CustomPattern.h"
 
 namespace Vantrel::PatternMatching {
 
-// A text that values must equal; of all letters only a to z fold.
+// Matches values that equal the text. Only the letters a to z are folded.
 class TExactPattern : public TCustomPattern {
  public:
   TExactPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType, char16_t pPathDelimiter)

@@ -1,6 +1,6 @@
 #pragma once
 
-// A list as a filter around an enumerator.
+// An enumerator that passes on only the entries that a list of patterns takes in.
 
 #include "scan/storage/NestedEnumerators.h"
 #include "search/patterns/PatternInterfaces.h"
@@ -8,12 +8,12 @@
 
 namespace Vantrel::Enumerators {
 
-// Passes on what a list of patterns lets in: files that some include pattern matches, or any when there is none, and no
-// exclude pattern; folders that a walk has to go through. For walks outside a scan, which judges by itself and counts
-// what it leaves out.
+// Passes on the entries that a list of patterns takes in. A file passes if some include pattern matches it, or none
+// exists, and no exclude pattern matches. A folder passes if a walk must go through it. Meant for walks outside a scan.
+// A scan filters by itself and counts what it leaves out.
 class TFileFilterEnumerator : public TBaseFilterEnumerator {
  public:
-  // The list may change while it is used.
+  // The list may change during use.
   TFileFilterEnumerator(TRef<IHierarchicalEnumerator> pNested, TRef<PatternMatching::IPatterns> pPatterns);
 
  protected:

@@ -1,6 +1,6 @@
 #pragma once
 
-// A file-type group as a pattern.
+// A pattern that stands for a file-type group.
 
 #include "search/patterns/WildcardPattern.h"
 
@@ -10,21 +10,20 @@ class IFileTypeGroups;
 
 namespace Vantrel::PatternMatching {
 
-// Stands for a named file-type group: the masks of the group, matched against the name. Takes the masks when it is
-// made.
+// Stands for a named file-type group. The group's masks are matched against the name. The constructor copies the masks.
 class TFileGroupPattern : public TWildcardPattern {
  public:
-  // The text is the group's caption, in any letter case.
+  // pGroup is the group's caption, in any letter case.
   TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter,
                     const IFileTypeGroups& pGroups);
-  // With the groups that the program starts with.
+  // Uses the groups that the program starts with.
   TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter);
 
   bool MatchesAll() const override { return false; }
   std::u16string ToString() const override { return GetPattern(); }
   std::u16string ToExpression() const override;
   std::u16string_view ClassName() const override { return u"TFileGroupPattern"; }
-  // "No file group found matching …" when there is no such group.
+  // "No file group found matching …" if the group does not exist.
   std::u16string GetErrorText() const override { return fErrorText; }
 
  protected:

@@ -8,7 +8,8 @@ namespace Vantrel::PatternMatching {
 
 void TMatchText::Fold() {
   fFolded.resize(fText.size());
-  // Without a branch in it, the compiler folds eight units at a time. Names with other letters are gone over once more.
+  // A loop without branches lets the compiler fold eight units at a time. Names with non-ASCII letters get a second
+  // pass.
   char16_t all = 0;
   for (size_t at = 0; at < fText.size(); ++at) {
     const char16_t unit = fText[at];

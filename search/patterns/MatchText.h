@@ -1,6 +1,6 @@
 #pragma once
 
-// A text that many patterns are matched against, folded once.
+// A text that many patterns are matched against and that is folded once.
 
 #include <cstdint>
 #include <string>
@@ -8,9 +8,9 @@
 
 namespace Vantrel::PatternMatching {
 
-// Which units a text has, by their last six bits. A text that lacks a unit of a mask's fixed parts cannot match it, and
-// most texts of a scan lack one: the set says so without a look at the text. Of capitals, digits and signs, which is
-// what folded names are made of, no two share a bit.
+// The set of units in a text, by their last six bits. A text that lacks a unit of a mask's fixed parts cannot match the
+// mask. Most texts of a scan lack one, so the set rejects them without reading the text. Folded names mostly hold
+// capitals, digits and signs, and no two of these share a bit.
 using TUnitSet = uint64_t;
 inline TUnitSet UnitsOf(std::u16string_view pText) {
   TUnitSet units = 0;
@@ -18,20 +18,20 @@ inline TUnitSet UnitsOf(std::u16string_view pText) {
   return units;
 }
 
-// A text that many patterns are matched against. What letter case hides is taken away once, on first use, so that ten
-// patterns fold a name once. Keeps its memory from text to text. One thread.
+// A text that many patterns are matched against. It is folded to one letter case on first use, so ten patterns fold a
+// name once. The object keeps its memory from text to text. One thread.
 class TMatchText {
  public:
   TMatchText() = default;
   explicit TMatchText(std::u16string_view pText) : fText(pText) {}
 
-  // The text must stay where it is until the next one is set.
+  // The caller keeps the text in place until the next one is set.
   void Set(std::u16string_view pText) {
     fText = pText;
     fIsFolded = false;
   }
-  // The same for a text that differs from the last one behind its first pBegin units only. The last one must have been
-  // folded; what is new comes as folded text, pUnits is the sum of both parts' sets.
+  // Sets a text that shares its first pBegin units with the last one. The last text must have been folded. pFoldedEnd
+  // is the new end in folded form, and pUnits is the union of both parts' sets.
   void SetBehind(size_t pBegin, std::u16string_view pText, std::u16string_view pFoldedEnd, TUnitSet pUnits) {
     fText = pText;
     fFolded.resize(pBegin);
@@ -39,12 +39,12 @@ class TMatchText {
     fUnits = pUnits;
   }
   std::u16string_view Text() const { return fText; }
-  // Every unit in upper case, as UpcaseUnit gives it; as long as the text.
+  // The text with every unit in upper case, as by UpcaseUnit. It has the text's length.
   std::u16string_view Folded() {
     if (!fIsFolded) Fold();
     return fFolded;
   }
-  // Of the folded text.
+  // The units of the folded text.
   TUnitSet Units() {
     if (!fIsFolded) Fold();
     return fUnits;

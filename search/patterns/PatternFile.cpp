@@ -14,7 +14,7 @@ namespace {
 
 constexpr size_t kLargestFile = 64 << 20;
 
-// What is shown of a pattern: one of a megabyte would bury what is wrong with it.
+// The beginning of a pattern, for messages. A pattern of a megabyte would hide what is wrong with it.
 std::string QuotedBeginning(std::u16string_view pText) {
   constexpr size_t kShown = 200;
   return pText.size() <= kShown ? ToQuotedDisplay(pText) : ToQuotedDisplay(pText.substr(0, kShown)) + "…";
@@ -30,7 +30,7 @@ std::u16string FromUtf16(std::string_view pBytes, bool pBigEndian) {
   return text;
 }
 
-// False when the bytes are no text.
+// False when the bytes are not text.
 bool DecodeText(std::string_view pBytes, std::u16string& pText) {
   if (pBytes.starts_with("\xFF\xFE") || pBytes.starts_with("\xFE\xFF")) {
     if (pBytes.size() % 2 != 0) return false;

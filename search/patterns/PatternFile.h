@@ -1,18 +1,18 @@
 #pragma once
 
-// Patterns as users give them: from a file or a switch, with what is wrong with them.
+// Reads patterns that users give in a file or by a switch, and reports what is wrong with them.
 
 #include "search/patterns/PatternInterfaces.h"
 
 namespace Vantrel::PatternMatching {
 
-// One pattern in the text form, for roots of this system. EPatternError, with a message that names the pattern, for one
-// that cannot be taken or would match nothing because something is wrong with it.
+// Makes a pattern from its text form, for roots of this system. EPatternError, with a message that names the pattern,
+// if it is not accepted or a mistake in it keeps it from matching anything.
 TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDefaultType);
 
-// Reads a list, one pattern per line, empty lines skipped, from a text file: UTF-8, or UTF-16 with a byte-order mark.
-// The paths to be matched are the system's. All or nothing: EPatternError names the file and, where one is to blame,
-// the line and the pattern. pCreate makes a pattern of a line.
+// Reads a list from a text file with one pattern per line. Empty lines are skipped. The file is UTF-8, or UTF-16 with a
+// byte-order mark. Patterns match paths of this system. If one pattern fails, no list is returned. The EPatternError
+// names the file and, if one line is wrong, the line and the pattern. pCreate makes a pattern from a line.
 TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType,
                                        TRef<IPattern> (*pCreate)(std::u16string_view,
                                                                  TPatternType) = CreateCheckedPattern);

@@ -10,8 +10,8 @@ namespace Vantrel {
 
 using namespace Vantrel::PatternMatching;
 
-// One thread's judge. Knows the patterns parted by what they are asked for, so that no pattern is asked in vain, and
-// counts for itself; the counts are told once per folder that has any.
+// The filter that one thread uses. It groups the patterns by what they decide, so none is asked in vain. It counts by
+// itself and reports the counts once per folder that has any.
 class TPatternFilter::TEntryFilter : public IEntryFilter {
  public:
   explicit TEntryFilter(TPatternFilter& pFilter)
@@ -81,8 +81,8 @@ class TPatternFilter::TEntryFilter : public IEntryFilter {
     return true;
   }
 
-  // Those behind the first one that matches decide nothing. They are asked until each has matched once, so that a
-  // pattern which stands behind a wider one is not said to match nothing.
+  // The patterns after the first match do not change the result. They are still asked until each has matched once.
+  // Otherwise a pattern behind a wider one would be reported as matching nothing.
   const TAsked* FirstMatch(const TAskedPatterns& pPatterns) {
     for (size_t i = 0; i < pPatterns.size(); ++i) {
       if (!Matches(pPatterns[i])) continue;
@@ -108,7 +108,7 @@ class TPatternFilter::TEntryFilter : public IEntryFilter {
     return false;
   }
 
-  const TRef<TPatternFilter> fFilter;  // keeps the patterns
+  const TRef<TPatternFilter> fFilter;  // keeps the patterns alive
   TPatternItem fItem;
   TAskedPatterns fIncludes;
   TAskedPatterns fIncludePaths;

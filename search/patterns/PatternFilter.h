@@ -1,6 +1,6 @@
 #pragma once
 
-// A list as the filter of a scan, with counts of what it leaves out.
+// A list of patterns as the filter of a scan, with counts of what it leaves out.
 
 #include "model/roots/ScanFilter.h"
 #include "platform/threads/CriticalSection.h"
@@ -8,15 +8,16 @@
 
 namespace Vantrel {
 
-// What a list of patterns lets a scan take in.
+// Decides by a list of patterns what a scan takes in.
 //
-// A file is taken in when some include pattern matches it, or there is none, and no exclude pattern does. A folder is
-// taken in, and walked, unless an exclude pattern matches it or no include pattern on full paths can be reached through
-// it: what include patterns on other columns are about may lie anywhere. Inactive patterns do not count.
+// A file is taken in if some include pattern matches it, or none exists, and no exclude pattern matches. A folder is
+// taken in and walked unless an exclude pattern matches it. It is also left out if include patterns on full paths exist
+// and none can match beneath it. Include patterns on other columns do not decide about folders, because they may match
+// anywhere. Inactive patterns do not count.
 class TPatternFilter : public TInterfaced<IScanFilter> {
  public:
-  // One filter belongs to one root, since it counts for it; the list may be shared. A scan uses the patterns that are
-  // active when it begins.
+  // A filter belongs to one root, because it counts for that root. Several filters may share a list. A scan uses the
+  // patterns that are active when it begins.
   explicit TPatternFilter(TRef<PatternMatching::IPatterns> pPatterns);
 
   std::unique_ptr<IEntryFilter> CreateEntryFilter() override;
@@ -29,13 +30,14 @@ class TPatternFilter : public TInterfaced<IScanFilter> {
 
  private:
   class TEntryFilter;
-  // What was left out: by each pattern, in list order; then files without a match; then folders off the include paths.
+  // The numbers of entries left out. First by each pattern, in list order; then files without a match; then folders
+  // outside the include paths.
   using TCounts = std::vector<int64_t>;
-  using TMatched = std::vector<bool>;  // by each pattern, in list order
+  using TMatched = std::vector<bool>;  // for each pattern, in list order
   void AddCounts(const TCounts& pCounts, const TMatched& pMatched);
 
   const TRef<PatternMatching::IPatterns> fPatterns;
-  std::vector<TRef<PatternMatching::IPattern>> fActive;  // set when a scan begins, fixed while it runs
+  std::vector<TRef<PatternMatching::IPattern>> fActive;  // set when a scan begins, unchanged while it runs
   mutable TCriticalSection fLock;
   TCounts fCounts GUARDED_BY(fLock);
   TMatched fMatched GUARDED_BY(fLock);

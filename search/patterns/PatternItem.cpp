@@ -56,7 +56,7 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
   pText.fText.Set(pText.fBuffer);
 }
 
-// Of the entries of one folder only the end of the path differs.
+// In one folder only the end of the path differs from entry to entry.
 void TPatternItem::FillFullPath(TColumnText& pText) {
   if (fEntry == nullptr) {
     pText.fBuffer = fObject->GetFullPath();

@@ -1,6 +1,6 @@
 #pragma once
 
-// What patterns see of an entry.
+// The values of an entry as patterns see them.
 
 #include <array>
 #include <bitset>
@@ -12,24 +12,24 @@
 
 namespace Vantrel::PatternMatching {
 
-// What patterns see of a file or folder: the texts of its columns, each worked out once, when the first pattern asks
-// for it. Used for entry after entry it keeps its memory, so that names, paths, extensions and owners cost no
-// allocation. One thread.
+// The texts of a file's or folder's columns, as patterns see them. Each text is made once, when the first pattern needs
+// it. The object keeps its memory from entry to entry, so names, paths, extensions and owners allocate nothing. One
+// thread.
 class TPatternItem {
  public:
-  // The delimiter of the paths: the root's.
+  // pDelimiter is the path delimiter of the root.
   explicit TPatternItem(char16_t pDelimiter) : fDelimiter(pDelimiter) {}
 
-  // The entries that follow lie in this folder.
+  // Sets the folder of the entries that follow.
   void SetFolder(std::u16string_view pPath);
-  // The current entry of an enumerator, in the folder that was set.
+  // Sets the enumerator's current entry. It lies in the folder set before.
   void SetEntry(const IHierarchicalEnumerator& pEntry);
-  // A node of a tree, or anything else with values of its own.
+  // Sets a tree node, or another object with values of its own.
   void SetObject(const IHierarchicalBase& pObject);
 
   bool IsFolder() const { return fIsFolder; }
-  // The column's value as text: names and paths as they are, numbers as bare numbers, dates and attributes as lists
-  // show them. Empty when there is none. Good until the next entry is set.
+  // The column's value as text. Names and paths are unchanged, numbers have no grouping, dates and attributes are as
+  // lists show them. Empty if there is no value. Valid until the next entry is set.
   TMatchText& TextOf(TColumn pColumn) {
     const auto index = static_cast<size_t>(pColumn);
     if (!fFilled[index]) Fill(pColumn, fTexts[index]);
@@ -48,16 +48,16 @@ class TPatternItem {
   void FillOwner(TColumnText& pText);
 
   const char16_t fDelimiter;
-  std::u16string fFolderPrefix;  // with its delimiter
-  bool fPathHasPrefix = false;   // the text of the full path begins with it
-  TUnitSet fPrefixUnits = 0;     // of it, once folded
-  size_t fFolderLength = 0;      // without it
+  std::u16string fFolderPrefix;  // ends with the delimiter
+  bool fPathHasPrefix = false;   // whether the text of the full path begins with fFolderPrefix
+  TUnitSet fPrefixUnits = 0;     // units of fFolderPrefix, once folded
+  size_t fFolderLength = 0;      // length of the folder's path without the delimiter
   const IHierarchicalBase* fObject = nullptr;
-  const IHierarchicalEnumerator* fEntry = nullptr;  // fObject, when it is an enumerator
+  const IHierarchicalEnumerator* fEntry = nullptr;  // fObject, if it is an enumerator
   bool fIsFolder = false;
   std::bitset<kColumns> fFilled;
   std::array<TColumnText, kColumns> fTexts;
-  boost::unordered_flat_map<uint64_t, std::u16string> fOwnerNames;  // by owner id: a look-up may take system calls
+  boost::unordered_flat_map<uint64_t, std::u16string> fOwnerNames;  // by owner ID: a look-up may take system calls
 };
 
 }  // namespace Vantrel::PatternMatching

@@ -82,7 +82,7 @@ void TPatternList::TInternalList::SetAutoSort(bool pAutoSort) {
   Sort();
 }
 
-// Those that cost the same stay in the order in which they came.
+// Patterns of equal cost keep their order.
 void TPatternList::TInternalList::Sort() {
   if (!fAutoSort) return;
   std::stable_sort(fItems.begin(), fItems.end(), [](const TRef<IPattern>& pA, const TRef<IPattern>& pB) {
@@ -212,7 +212,7 @@ void TPatternList::Activate(const TPatternTargets& pTargets, const TPatternTypes
 
 // --- matching ------------------------------------------------------------------------------------------------------
 
-// An exclude pattern keeps something out, so with one no list lets everything in.
+// An exclude pattern leaves something out. So a list with one never lets everything in.
 bool TPatternList::MatchesAll() const {
   const TReading patterns(fList);
   bool any = false;
@@ -226,8 +226,7 @@ bool TPatternList::MatchesAll() const {
   return any ? all : GetEmptyPatternListMatchesAll();
 }
 
-// That everything is let in answers for include patterns only: asked for exclude patterns, the same list would let
-// nothing in.
+// MatchesAll answers for include patterns only. For exclude patterns it would leave out everything.
 bool TPatternList::Matches(TPatternItem& pItem, TPatternType pType) {
   if (pType == TPatternType::ptyInclude && MatchesAll()) return true;
   const TReading patterns(fList);

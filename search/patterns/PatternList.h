@@ -1,6 +1,6 @@
 #pragma once
 
-// The list: order, matching, `StopTraversing`, text and XML of the whole.
+// The list of patterns: its order, matching, `StopTraversing`, and the text and XML forms of the whole list.
 
 #include "model/tree/Observable.h"
 #include "platform/threads/SlimReaderWriterLock.h"
@@ -8,13 +8,13 @@
 
 namespace Vantrel::PatternMatching {
 
-// Told when the patterns of a list, or what they are, have changed; on the thread that changed them, outside its locks.
+// Called when the patterns of a list have changed. It runs on the thread that changed them, outside the list's locks.
 class IPatternsObserver : public IInterface {
  public:
   virtual void PatternsChanged(IPatterns& pPatterns) = 0;
 };
 
-// Orders patterns by what it costs to ask them: cheap ones first.
+// Orders patterns by the cost of matching them, cheap ones first.
 class TPatternComparer {
  public:
   static int Cost(const IPattern& pPattern);
@@ -23,7 +23,7 @@ class TPatternComparer {
 
 class TPatternList : public TInterfaced<IPatterns> {
  public:
-  // The delimiter is that of the roots whose paths will be matched.
+  // pPathDelimiter is the delimiter of the roots whose paths will be matched.
   explicit TPatternList(char16_t pPathDelimiter) : fPathDelimiter(pPathDelimiter) {}
 
   TRef<IPattern> Add(std::u16string_view pPattern, TPatternType pDefaultType) override;
@@ -67,8 +67,8 @@ class TPatternList : public TInterfaced<IPatterns> {
  private:
   using TItems = std::vector<TRef<IPattern>>;
 
-  // The patterns under their lock. Readers may match between BeginRead and EndRead; they take no lock of this list
-  // meanwhile.
+  // The patterns and their lock. Readers may match between BeginRead and EndRead. Meanwhile they take no other lock of
+  // this list.
   class TInternalList {
    public:
     const TItems& BeginRead() const ACQUIRE_SHARED(fLock);
@@ -87,7 +87,7 @@ class TPatternList : public TInterfaced<IPatterns> {
     TItems fItems GUARDED_BY(fLock);
     bool fAutoSort GUARDED_BY(fLock) = false;
   };
-  // Reads for a scope.
+  // Holds a read for a scope.
   class TReading;
 
   void Changed();
@@ -98,7 +98,7 @@ class TPatternList : public TInterfaced<IPatterns> {
   TObservable<IPatternsObserver> fObservers;
 };
 
-// A list of one pattern in the text form.
+// Makes a list of one pattern in the text form.
 TRef<IPatterns> CreateFor(std::u16string_view pPattern, TPatternType pDefaultType, char16_t pPathDelimiter);
 TRef<IPatterns> CreateFor(TRef<IPattern> pPattern, char16_t pPathDelimiter);
 }  // namespace Vantrel::PatternMatching

@@ -11,7 +11,8 @@ namespace Vantrel::PatternMatching {
 
 namespace {
 
-// Property ids of the full path's format identifier whose values are paths. The catalogue has the first of them so far.
+// The property IDs of the full path's format identifier whose values are paths. So far the catalogue holds only the
+// first.
 constexpr uint32_t kPathValuedIds[] = {1, 16, 57, 58};
 
 constexpr int kUnknownTargetCost = 50;
@@ -21,8 +22,8 @@ struct TTargetCost {
   int fCost;
 };
 
-// The columns that an entry of a listing has values for, and what it takes to get at them: the name is at hand, a path
-// has to be put together, numbers and dates to be formatted, the owner to be asked for.
+// The columns that have values for an entry of a listing, and their cost. The name is at hand. A path must be put
+// together, numbers and dates formatted, and the owner asked for.
 constexpr TTargetCost kTargetCosts[] = {
     {TColumn::mdName, 10},       {TColumn::mdExtension, 12},  {TColumn::mdParentPath, 15}, {TColumn::mdFullPath, 20},
     {TColumn::mdAttributes, 30}, {TColumn::mdPathLength, 30}, {TColumn::mdDepth, 30},      {TColumn::mdSize, 35},
@@ -130,7 +131,7 @@ bool TryParseFormatId(std::u16string_view pText, std::array<uint8_t, 16>& pForma
     if (digit == std::u16string_view::npos) return false;
     parsed[i / 2] = static_cast<uint8_t>(parsed[i / 2] * 16 + digit);
   }
-  if (!SameTextAscii(FormatIdToText(parsed), pText)) return false;  // braces and dashes where they belong
+  if (!SameTextAscii(FormatIdToText(parsed), pText)) return false;  // braces and dashes must be in place
   pFormatId = parsed;
   return true;
 }

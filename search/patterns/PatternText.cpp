@@ -28,8 +28,8 @@ bool TakePrefix(std::u16string_view& pText, std::u16string_view pPrefix) {
   return true;
 }
 
-// "(Owner)": the column in front, when there is one that patterns can look at; any other word in parentheses belongs to
-// the body.
+// Takes a column such as "(Owner)" from the front, if patterns can be matched against it. Any other word in parentheses
+// belongs to the body.
 const TColumnInfo* TakeColumn(std::u16string_view& pText) {
   const size_t end = pText.find(u')');
   if (!pText.starts_with(u'(') || end == std::u16string_view::npos) return nullptr;
@@ -44,7 +44,7 @@ const TColumnInfo* TakeColumn(std::u16string_view& pText) {
   return column;
 }
 
-// A body in slashes, with "i" behind or without.
+// A body between slashes, with or without "i" after it.
 struct TSlashes {
   bool fAreThere = false;
   bool fCaseSensitive = true;
@@ -114,9 +114,9 @@ std::u16string PatternToText(const IPattern& pPattern, TPatternTextPrefixes pPre
 
   const TColumnInfo* column = ColumnOfTarget(pattern.GetTarget());
   const std::u16string named = column ? u"(" + std::u16string(column->fName) + u")" : std::u16string();
-  // The plain form, unless it would be read as something else: a mask that looks like a prefix or like an expression, a
-  // blank at an end, a column that nobody would guess. Naming the column keeps what follows apart from the prefixes; an
-  // empty mask at the end changes nothing, but hides a slash or a blank.
+  // The plain form is used unless it would be read as another pattern. A mask may look like a prefix or an expression,
+  // or have a blank at either end. The column may not be the one that the reader guesses. A column in front separates
+  // the body from the prefixes. An empty mask at the end changes no match, but hides a slash or a blank.
   const std::u16string plain = prefix + body;
   for (const std::u16string& text : {plain, prefix + named + body, plain + u";", prefix + named + body + u";"}) {
     const TRef<IPattern> read = ParsePattern(text, pattern.GetPatternType(), pattern.PathDelimiter());
@@ -128,7 +128,7 @@ std::u16string PatternToText(const IPattern& pPattern, TPatternTextPrefixes pPre
 
 TRef<IPattern> CreateForXML(const TElementAttributes& pAttributes, char16_t pPathDelimiter) {
   const std::u16string_view name = FindAttribute(pAttributes, u"Class");
-  // What the text and the target are, the attributes say.
+  // The attributes give the real text and target.
   constexpr std::u16string_view kAny = u"*";
   constexpr TPatternType kType = TPatternType::ptyInclude;
   TRef<TCustomPattern> pattern;

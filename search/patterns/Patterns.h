@@ -1,6 +1,6 @@
 #pragma once
 
-// The older kind of list, plain masks with check marks.
+// The older kind of list: plain masks with check marks.
 
 #include <string>
 #include <string_view>
@@ -8,7 +8,7 @@
 
 namespace Vantrel::PatternMatching {
 
-// The older kind of list: plain wildcard masks for names, each of which can be unchecked. Kept in settings as one
+// The older kind of list. It holds plain wildcard masks for names, and each can be unchecked. Settings store it as one
 // string. One thread at a time.
 class TCustomPatterns {
  public:
@@ -16,11 +16,13 @@ class TCustomPatterns {
   static bool PatternIsUnchecked(std::u16string_view pPattern) { return pPattern.starts_with(kUncheckedPrefix); }
 
   virtual ~TCustomPatterns() = default;
-  // The masks, joined with tab characters; empty ones are left out. An unchecked one begins with "<||".
+  // pText holds the masks, joined with tab characters. Empty masks are skipped. An unchecked mask begins with "<
+  //
+  // ".
   void AssignFromString(std::u16string_view pText);
   std::u16string ToString() const;
   void Assign(const TCustomPatterns& pSource);
-  // The checked ones only.
+  // Takes over only the checked masks.
   void AssignWithoutUnchecked(const TCustomPatterns& pSource);
   const std::vector<std::u16string>& Items() const { return fItems; }  // with their prefixes
 
@@ -33,10 +35,9 @@ class TCustomPatterns {
 
 class TPatterns : public TCustomPatterns {
  public:
-  // Whether the name matches a checked mask, or everything is to match. The blanks that a mask begins with do not
-  // count.
+  // Whether the name matches a checked mask, or all names match. Leading blanks of a mask do not count.
   bool Matches(std::u16string_view pName) const;
-  // The first checked mask that matches; empty when none does.
+  // The first checked mask that matches, or an empty text.
   std::u16string GetMatchingPattern(std::u16string_view pName) const;
   bool GetMatchAll() const { return fMatchAll; }
   void SetMatchAll(bool pMatchAll) { fMatchAll = pMatchAll; }
@@ -46,7 +47,7 @@ class TPatterns : public TCustomPatterns {
 
  private:
   bool fMatchAll = false;
-  std::u16string fJoined;  // the checked masks with ";" between
+  std::u16string fJoined;  // the checked masks, joined with ";"
 };
 
 }  // namespace Vantrel::PatternMatching

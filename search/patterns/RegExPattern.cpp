@@ -12,24 +12,24 @@ namespace {
 
 constexpr std::u16string_view kCaseSensitiveAttribute = u"CaseSensitive";
 
-// A small number for each thread that matches.
+// A small number that identifies a thread that matches.
 size_t NumberOfThread() {
   static std::atomic<size_t> threads{0};
-  static constinit thread_local size_t number = 0;  // 0: has none yet
+  static constinit thread_local size_t number = 0;  // 0 means none yet
   if (number == 0) number = threads.fetch_add(1, std::memory_order_relaxed) + 1;
   return number;
 }
 
 }  // namespace
 
-// Has a slot in use for a scope.
+// Holds a slot in use for a scope.
 class TRegExPattern::TSlotInUse {
  public:
-  // The given one, when it is free or gets so.
+  // Takes this slot, waiting until it is free.
   explicit TSlotInUse(TSlot& pSlot) : fSlot(pSlot) {
     while (!TryTake(fSlot)) std::this_thread::yield();
   }
-  // Any; the calling thread's own if possible. With more threads than slots they take turns.
+  // Takes any slot, and the calling thread's own if it is free. If there are more threads than slots, they take turns.
   explicit TSlotInUse(const TRegExPattern& pPattern) : fSlot(AnyOf(pPattern)) {}
   ~TSlotInUse() { fSlot.fInUse.store(false, std::memory_order_release); }
   TSlotInUse(const TSlotInUse&) = delete;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A regular expression as a pattern.
+// A pattern that is a regular expression.
 
 #include <array>
 #include <atomic>
@@ -11,14 +11,15 @@
 
 namespace Vantrel::PatternMatching {
 
-// A regular expression that must match somewhere in the value. Compiled on first use; an invalid one matches nothing.
+// A regular expression that must match somewhere in the value. It is compiled on first use. An invalid expression
+// matches nothing.
 class TRegExPattern : public TCustomPattern {
  public:
   TRegExPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType, char16_t pPathDelimiter,
                 bool pCaseSensitive)
       : TCustomPattern(pText, pTarget, pType, pPathDelimiter), fCaseSensitive(pCaseSensitive) {}
 
-  // What an expression could match cannot be told from a part of a path.
+  // Part of a path does not tell what an expression could match.
   bool FullPathCanBeReached(std::u16string_view) const override { return true; }
   TPatternClass PatternClass() const override { return TPatternClass::pcRegEx; }
   std::u16string ToString() const override { return u"/" + GetPattern() + (fCaseSensitive ? u"/" : u"/i"); }
@@ -38,12 +39,12 @@ class TRegExPattern : public TCustomPattern {
   void AssignMore(const TCustomPattern& pSource) override;
 
  private:
-  // The compiled expression has work space of its own, which one match at a time can use. So each thread has a slot of
-  // its own as long as there are slots, and takes another one when that is in use: waiting for a lock is a system call,
-  // and even passing one to and fro between processors takes longer than most matches.
+  // A compiled expression has a work space that only one match at a time can use. So each thread has its own slot, as
+  // long as there are enough. It takes another slot if its own is in use, since waiting for a lock is a system call.
+  // Even moving a slot between processors takes longer than most matches.
   struct alignas(64) TSlot {
     std::atomic<bool> fInUse{false};
-    std::unique_ptr<TRegularExpression> fExpression;  // compiled on first use; for who has the slot in use
+    std::unique_ptr<TRegularExpression> fExpression;  // compiled on first use, by the thread that has the slot in use
   };
   static constexpr size_t kSlots = 16;
   class TSlotInUse;

@@ -14,31 +14,33 @@
 
 // How an expression is kept from holding up a scan.
 //
-// The match limit stops whatever grows exponentially. It counts anew from every character that a match might begin at,
-// though, and not what a repeat of single characters takes in and gives back. So work that grows with the third power
-// of the text's length never meets it: (?:a|b)*[ab]*[cd] takes 3 ms for a name of 255 characters and 10 seconds for a
-// path of 4,000. Texts that long are therefore matched with a second form of the expression, which calls back at every
-// item, and the calls are counted. That costs a good part of the speed, so the many short texts go without.
+// The match limit stops work that grows exponentially. But it starts anew at every character where a match might begin.
+// It also does not count what a repeat of single characters takes in and gives back. So work that grows with the third
+// power of the text's length never reaches it. For example, (?:a|b)*[ab]*[cd] takes 3 ms for a name of 255 characters
+// and 10 seconds for a path of 4,000.
 //
-// An expression cannot raise the limits: PCRE2 takes (*LIMIT_MATCH=…) and its like only where they lower them.
+// Long texts are therefore matched with a second form of the expression. It calls back at every item, and the calls are
+// counted. That costs much speed, so the many short texts use the first form.
+//
+// An expression cannot raise the limits: PCRE2 accepts (*LIMIT_MATCH=…) and similar items only to lower them.
 
 namespace Vantrel::PatternMatching {
 
 namespace {
 
 constexpr uint32_t kMatchLimit = 100'000;
-// For expressions that are interpreted: the JIT is told not to be used, or has no room for them.
+// For interpreted expressions, when the JIT is switched off or has no room for them.
 constexpr uint32_t kDepthLimit = 100'000;
 constexpr uint32_t kHeapLimitKiB = 32 * 1024;
-// The compiled form has room for 64 K units, so nothing of use is longer than that.
+// The compiled form has room for 64 K units, so no useful expression is longer.
 constexpr size_t kLongestExpression = 65'536;
-// A repeated group takes some 16 bytes for each time round. Only address space until it is used.
+// A repeated group takes about 16 bytes for each repetition. Unused stack takes only address space.
 constexpr size_t kFirstJitStack = 32 * 1024;
 constexpr size_t kMostJitStack = 8 * 1024 * 1024;
 constexpr size_t kLongText = 1000;
 
-// Between two calls lies at most one walk over the text, hence the quotient. The second term is what an ordinary
-// expression may want for its attempts to begin at each character.
+// Two calls are at most one walk over the text apart, hence the quotient. An ordinary expression may need the second
+// term for its attempts to start at each character.
 size_t MostCalls(size_t pTextLength) {
   return std::max(1'000'000'000 / (pTextLength + 1), 32 * pTextLength);
 }
@@ -57,12 +59,12 @@ using TMatchContext = std::unique_ptr<pcre2_match_context, TFreeWith<pcre2_match
 using TMatchData = std::unique_ptr<pcre2_match_data, TFreeWith<pcre2_match_data_free>>;
 using TJitStack = std::unique_ptr<pcre2_jit_stack, TFreeWith<pcre2_jit_stack_free>>;
 
-// PCRE2 has its own type for a UTF-16 unit, and does not like an empty text that lies nowhere.
+// PCRE2 has its own type for a UTF-16 unit, and refuses a null pointer even for an empty text.
 PCRE2_SPTR Units(std::u16string_view pText) {
   return reinterpret_cast<PCRE2_SPTR>(pText.empty() ? u"" : pText.data());
 }
 
-// Counted from 1, each pair of surrogates as one.
+// Counted from 1. A surrogate pair is one character.
 size_t CharacterAt(std::u16string_view pText, size_t pOffset) {
   size_t character = 1;
   for (size_t i = 0; i < std::min(pOffset, pText.size()); ++i) {
@@ -73,13 +75,13 @@ size_t CharacterAt(std::u16string_view pText, size_t pOffset) {
 }
 
 std::string DescribeError(int pError, std::u16string_view pExpression, size_t pOffset) {
-  PCRE2_UCHAR buffer[256];  // enough for all of PCRE2's messages, by its manual
+  PCRE2_UCHAR buffer[256];  // PCRE2's manual says this holds all of its messages
   const int length = pcre2_get_error_message(pError, buffer, std::size(buffer));
   const std::u16string message(buffer, buffer + std::max(length, 0));
   return fmt::format("{} (at character {})", ToUtf8(message), CharacterAt(pExpression, pOffset));
 }
 
-// Null, with the error text set, when the expression is not valid.
+// Returns null and sets the error text if the expression is not valid.
 TCode Compile(std::u16string_view pExpression, uint32_t pOptions, std::string& pErrorText) {
   TCompileContext context(pcre2_compile_context_create(nullptr));
   if (!context) throw std::bad_alloc();
@@ -87,7 +89,7 @@ TCode Compile(std::u16string_view pExpression, uint32_t pOptions, std::string& p
   int error = 0;
   PCRE2_SIZE offset = 0;
   TCode code(pcre2_compile(Units(pExpression), pExpression.size(), pOptions, &error, &offset, context.get()));
-  // An expression that the JIT cannot take is interpreted.
+  // If the JIT cannot compile an expression, the expression is interpreted.
   if (code)
     pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE);
   else
@@ -107,18 +109,18 @@ int CountCall(pcre2_callout_block*, void* pCallsLeft) {
 struct TRegularExpression::TCompiled {
   TCompiled(std::u16string_view pExpression, bool pCaseSensitive);
   void PrepareMatching();
-  // As pcre2_match.
+  // Returns what pcre2_match returns.
   int Match(std::u16string_view pText);
-  // What is matched against a long text: nullptr when it would be too large.
+  // The expression for long texts, or nullptr if it would be too large.
   const pcre2_code* CountedCode();
 
   std::u16string fExpression;
   uint32_t fOptions;
   std::string fErrorText;
   TCode fCode;
-  TCode fCountedCode;  // made for the first long text; null when the calls make it too large
+  TCode fCountedCode;  // made for the first long text; null if the callbacks make it too large
   bool fIsCountedCodeMade = false;
-  bool fIsJitCompiled = false;  // fCode is
+  bool fIsJitCompiled = false;  // whether the JIT compiled fCode
   TMatchData fMatchData;
   TJitStack fJitStack;
   TMatchContext fMatchContext;
@@ -128,14 +130,14 @@ struct TRegularExpression::TCompiled {
 
 TRegularExpression::TCompiled::TCompiled(std::u16string_view pExpression, bool pCaseSensitive)
     : fExpression(pExpression),
-      // \C would take a surrogate pair apart.
+      // \C would split a surrogate pair.
       fOptions(PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C | (pCaseSensitive ? 0 : PCRE2_CASELESS)),
       fCode(Compile(fExpression, fOptions, fErrorText)) {
   if (fCode) PrepareMatching();
 }
 
 void TRegularExpression::TCompiled::PrepareMatching() {
-  fMatchData.reset(pcre2_match_data_create(1, nullptr));  // where the match lies is of no interest
+  fMatchData.reset(pcre2_match_data_create(1, nullptr));  // the position of the match is not needed
   fMatchContext.reset(pcre2_match_context_create(nullptr));
   if (!fMatchData || !fMatchContext) throw std::bad_alloc();
   size_t jitSize = 0;
@@ -151,8 +153,8 @@ void TRegularExpression::TCompiled::PrepareMatching() {
 int TRegularExpression::TCompiled::Match(std::u16string_view pText) {
   const pcre2_code* counted = pText.size() > kLongText ? CountedCode() : nullptr;
   fCallsLeft = counted ? MostCalls(pText.size()) : kMatchLimit;
-  // The direct way into the compiled form leaves out tests of the arguments, which take as long as most matches. Texts
-  // that are no good UTF-16 are safe there too, since the expression was compiled for them.
+  // The direct call of the compiled form skips checks of the arguments, which take as long as most matches. Ill-formed
+  // UTF-16 is safe there too, because the expression was compiled for it.
   const auto match = counted == nullptr && fIsJitCompiled ? pcre2_jit_match : pcre2_match;
   return match(counted ? counted : fCode.get(), Units(pText), pText.size(), 0, 0, fMatchData.get(),
                fMatchContext.get());
@@ -184,7 +186,7 @@ bool TRegularExpression::Matches(std::u16string_view pText) {
   TCompiled& compiled = *fCompiled;
   if (!compiled.fCode || compiled.fGivenUp >= kMostGivenUp) return false;
   const int result = compiled.Match(pText);
-  // Whatever else than an answer came back, it was one limit or another.
+  // Any other error means that a limit was reached.
   if (result < 0 && result != PCRE2_ERROR_NOMATCH) ++compiled.fGivenUp;
   return result >= 0;
 }

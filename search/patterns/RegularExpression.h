@@ -1,6 +1,6 @@
 #pragma once
 
-// Regular expressions, with limits to the work on one text.
+// Regular expressions, with limits on the work for one text.
 
 #include <cstdint>
 #include <memory>
@@ -9,32 +9,31 @@
 
 namespace Vantrel::PatternMatching {
 
-// A compiled regular expression in PCRE's dialect. Text that is no well-formed UTF-16 is matched as well: a lone
-// surrogate matches nothing and ends what "." takes in. Matching allocates nothing but for the first text and the first
-// long one.
+// A compiled regular expression in PCRE's dialect. It also matches ill-formed UTF-16: a lone surrogate matches nothing,
+// and "." stops before it. Matching allocates memory only for the first text and the first long one.
 //
-// The steps and the depth that one match may take are limited. An expression that would need more, as nested repeats
-// can, gives up on that text, which then counts as not matching. One that has given up kMostGivenUp times matches
-// nothing any more, so that no expression holds up a scan.
+// The steps and the depth of one match are limited. An expression that needs more, as nested repeats can, gives up on
+// that text. The text then counts as not matching. After giving up kMostGivenUp times, the expression matches nothing
+// any more. So no expression holds up a scan.
 //
-// One thread at a time; whoever shares an expression guards it.
+// One thread at a time. Code that shares an expression between threads must guard it.
 class TRegularExpression {
  public:
   static constexpr int64_t kMostGivenUp = 1000;
 
-  // Compiles the expression; IsValid tells whether that worked.
+  // Compiles the expression. IsValid tells whether that worked.
   TRegularExpression(std::u16string_view pExpression, bool pCaseSensitive);
   ~TRegularExpression();
   TRegularExpression(const TRegularExpression&) = delete;
   TRegularExpression& operator=(const TRegularExpression&) = delete;
 
   bool IsValid() const;
-  // Why the expression is not valid, and where, for people, UTF-8: "missing closing parenthesis (at character 5)".
-  // Empty for a valid one.
+  // Why and where the expression is not valid, in words for the user, UTF-8: "missing closing parenthesis (at character
+  // 5)". Empty for a valid expression.
   const std::string& ErrorText() const;
-  // Whether it matches anywhere in the text. False when it is not valid or gives up.
+  // Whether the expression matches anywhere in the text. False when it is not valid or gives up.
   bool Matches(std::u16string_view pText);
-  // How many texts it has given up on.
+  // The number of texts on which the expression gave up.
   int64_t GivenUp() const;
 
  private:

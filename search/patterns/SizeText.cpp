@@ -57,7 +57,7 @@ bool IsLetter(char pCharacter) {
   return (pCharacter >= 'a' && pCharacter <= 'z') || (pCharacter >= 'A' && pCharacter <= 'Z');
 }
 
-// The digits of a number whose groups of three may be set apart.
+// The digits of a number, without the separators between groups of three.
 std::string DigitsOf(std::string_view pNumber) {
   if (pNumber.empty() || pNumber.find_first_not_of("0123456789., ") != std::string_view::npos ||
       pNumber.find_first_of(kDigits) == std::string_view::npos) {
@@ -97,7 +97,7 @@ std::string DigitsOf(std::string_view pNumber) {
 }  // namespace
 
 int64_t ParseSizeText(std::u16string_view pText, bool pUnitRequired) {
-  const std::string whole = ToDisplay(pText);  // the messages go to terminals; what it escapes is no size anyhow
+  const std::string whole = ToDisplay(pText);  // messages go to terminals; a text that needs escapes is not a size
   const std::string_view text = Trimmed(whole);
   size_t end = text.size();
   while (end > 0 && IsLetter(text[end - 1])) --end;

@@ -27,7 +27,7 @@ bool IsPath(std::u16string_view pText) {
   return std::any_of(pText.begin(), pText.end(), IsDelimiter);
 }
 
-// "./x" and "../x".
+// Whether the text begins like "./x" or "../x".
 bool BeginsAtCurrentFolder(std::u16string_view pText) {
   const size_t dots = pText.starts_with(u"..") ? 2 : pText.starts_with(u'.') ? 1 : 0;
   return dots > 0 && dots < pText.size() && IsDelimiter(pText[dots]);
@@ -41,7 +41,7 @@ bool HasWildcards(std::u16string_view pText) {
   return pText.find_first_of(u"*?") != std::u16string_view::npos;
 }
 
-// The masks of a path and of all beneath it.
+// The masks of a path and of everything beneath it.
 std::u16string MasksOf(std::u16string_view pPath) {
   const char16_t delimiter = NativePathDelimiter();
   std::u16string path(pPath);
@@ -54,10 +54,10 @@ std::u16string MasksOf(std::u16string_view pPath) {
   return path + u';' + JoinPath(path, u"*", delimiter);
 }
 
-// The masks that stand for what is typed; none when it is no path, or says itself how it is matched.
+// The masks for a typed text. None when it is not a path, or says itself how it is matched.
 std::optional<std::u16string> MasksOfPaths(std::u16string_view pBody) {
   if (pBody.size() < 2 || pBody.starts_with(u'"') || !IsPath(pBody)) return std::nullopt;
-  // "/tmp/" is an expression as well. Who has such a folder means the folder.
+  // "/tmp/" is also an expression. If such a folder exists, the text means the folder.
   if (IsExpression(pBody) && !FolderExists(std::u16string(pBody))) return std::nullopt;
   const bool hasMasks = HasWildcards(pBody);
   bool hasPath = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Patterns as people type them on a command line: those that name a folder mean that folder.
+// Patterns as users type them on a command line. A path without wildcards means the folder or file there.
 
 #include <string_view>
 
@@ -8,9 +8,9 @@
 
 namespace Vantrel::PatternMatching {
 
-// As CreateCheckedPattern, but a path without wildcards means the folder, or the file, at the path, and all beneath it:
-// "/data/cache" and "/data/cache/" become "/data/cache;/data/cache/*". A path that begins with "." is taken from the
-// current folder; one such as "src/build" means folders so called, wherever they lie. EPatternError.
+// Works like CreateCheckedPattern, but a path without wildcards means the folder or file at the path and everything
+// beneath it. "/data/cache" and "/data/cache/" become "/data/cache;/data/cache/*". A path that begins with "." starts
+// at the current folder. A path such as "src/build" means all folders of that name, wherever they are. EPatternError.
 TRef<IPattern> CreateTypedPattern(std::u16string_view pText, TPatternType pDefaultType);
 
 }  // namespace Vantrel::PatternMatching

@@ -14,11 +14,11 @@ namespace {
 
 constexpr auto kNone = std::u16string_view::npos;
 
-// Up to here comparing with one extension after the other costs less than hashing the name's.
+// Up to this number, comparing with each extension costs less than hashing the name's extension.
 constexpr size_t kFewExtensions = 3;
 
-// Whether the text holds the part, which is not empty. Most texts do not, and the look at the first and the last unit
-// of all places at once says so: without an exit in the loop, the compiler compares eight units at a time.
+// Whether the text holds the part, which is not empty. Most texts do not, and comparing the first and last unit at all
+// places shows that. The loop has no early exit, so the compiler compares eight units at a time.
 bool Holds(std::u16string_view pText, std::u16string_view pPart) {
   if (pText.size() < pPart.size()) return false;
   const size_t last = pPart.size() - 1;
@@ -33,7 +33,7 @@ bool Holds(std::u16string_view pText, std::u16string_view pPart) {
   return found != 0 && pText.find(pPart) != kNone;
 }
 
-// A mask with no "?" and at most one text between its stars: "begin*middle*end", where each may be missing.
+// A mask without "?" and with at most one text between its stars: "begin*middle*end". Each of the three may be missing.
 class TPlainMask {
  public:
   static bool Fits(std::u16string_view pMask) {
@@ -44,7 +44,7 @@ class TPlainMask {
     return between.find(u'*') == kNone;
   }
 
-  // For a mask that fits, in upper case.
+  // Call it only with a mask that fits, in upper case.
   explicit TPlainMask(std::u16string_view pMask) : fUnits(UnitsOf(pMask)), fBegin(pMask.substr(0, pMask.find(u'*'))) {
     if (fBegin.size() == pMask.size()) return;
     fIsOpen = true;
@@ -60,7 +60,7 @@ class TPlainMask {
     if ((fUnits & ~pText.Units()) != 0) return false;
     std::u16string_view text = pText.Folded();
     if (!fIsOpen) return text == fBegin;
-    if (text.size() < fBegin.size() + fMiddle.size() + fEnd.size()) return false;  // they must not overlap
+    if (text.size() < fBegin.size() + fMiddle.size() + fEnd.size()) return false;  // the three parts must not overlap
     if (!text.starts_with(fBegin) || !text.ends_with(fEnd)) return false;
     text.remove_prefix(fBegin.size());
     text.remove_suffix(fEnd.size());
@@ -68,13 +68,13 @@ class TPlainMask {
   }
 
  private:
-  // Without the stars on both sides.
+  // The text without the stars at both ends.
   static std::u16string_view Trimmed(std::u16string_view pText) {
     const size_t begin = pText.find_first_not_of(u'*');
     return begin == kNone ? std::u16string_view() : pText.substr(begin, pText.find_last_not_of(u'*') + 1 - begin);
   }
 
-  TUnitSet fUnits;  // that a text must have
+  TUnitSet fUnits;  // units that a text must have
   std::u16string fBegin;
   std::u16string fMiddle;
   std::u16string fEnd;
@@ -97,11 +97,11 @@ class TPlainMatcher : public IWildcardMatcher {
   const TPlainMask fMask;
 };
 
-// What follows the last dot of a name, in upper case.
+// Matches the text after the last dot of a name, in upper case.
 class TExtensions {
  public:
-  // "*." and a text in which nothing stands for anything else. With a dot in it, the name's last dot would not be where
-  // the text begins.
+  // Whether the mask is "*." and a text without wildcards and without a dot. With a dot, the name's last dot would lie
+  // inside the text.
   static bool Fits(std::u16string_view pMask) {
     return pMask.starts_with(u"*.") && pMask.find_first_of(u".*?", 2) == kNone;
   }
@@ -114,7 +114,7 @@ class TExtensions {
 
  private:
   struct THash {
-    using is_transparent = void;  // looked up by view, without making a string
+    using is_transparent = void;  // look-up by view, without making a string
     size_t operator()(std::u16string_view pText) const { return std::hash<std::u16string_view>()(pText); }
   };
   boost::unordered_flat_set<std::u16string, THash, std::equal_to<>> fExtensions;
@@ -123,7 +123,7 @@ class TExtensions {
 struct TMaskList {
   TExtensions fExtensions;
   std::vector<TPlainMask> fPlain;
-  std::u16string fOthers;  // as they were given, joined with ";"; empty when there are none
+  std::u16string fOthers;  // the other masks as given, joined with ";"; empty if none
 };
 
 class TListMatcher : public IWildcardMatcher {
@@ -147,11 +147,11 @@ class TListMatcher : public IWildcardMatcher {
   const std::unique_ptr<const IWildcardMatcher> fOthers;
 };
 
-// The general match behind a guard that turns most texts away: what a mask begins with, what it ends with, and the
-// longest of the texts between its wildcards.
+// The general match behind a quick check that rejects most texts. The check uses the mask's beginning, its end, and the
+// longest text between its wildcards.
 class TGuardedMatcher : public IWildcardMatcher {
  public:
-  // For one mask, without ";".
+  // Takes one mask, without ";".
   explicit TGuardedMatcher(std::u16string_view pMask) : fGeneral(CreateGeneralMatcher(pMask)) {
     TMatchText text(pMask);
     const std::u16string_view mask = text.Folded();
@@ -178,13 +178,13 @@ class TGuardedMatcher : public IWildcardMatcher {
 
  private:
   const std::unique_ptr<const IWildcardMatcher> fGeneral;
-  TUnitSet fUnits = 0;  // that a text must have
+  TUnitSet fUnits = 0;  // units that a text must have
   std::u16string fBegin;
   std::u16string fEnd;
   std::u16string fInside;
 };
 
-// The masks between the ";". What follows the last one is no mask when it is empty.
+// The masks between the ";". An empty part after the last ";" is not a mask.
 std::vector<std::u16string_view> Split(std::u16string_view pMasks) {
   std::vector<std::u16string_view> result;
   while (!pMasks.empty()) {
@@ -215,7 +215,7 @@ TMaskList Sort(const std::vector<std::u16string_view>& pMasks) {
 }  // namespace
 
 std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_view pMasks) {
-  if (pMasks == u"*.*") return std::make_unique<TAllMatcher>();  // matches names without a dot too, when it is alone
+  if (pMasks == u"*.*") return std::make_unique<TAllMatcher>();  // alone, it also matches names without a dot
   TMaskList list = Sort(Split(pMasks));
   if (std::any_of(list.fPlain.begin(), list.fPlain.end(), [](const TPlainMask& pMask) { return pMask.MatchesAll(); })) {
     return std::make_unique<TAllMatcher>();

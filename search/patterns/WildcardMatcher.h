@@ -1,6 +1,7 @@
 #pragma once
 
-// Masks prepared for matching; plain comparisons and look-ups where these give the general match's answers.
+// Wildcard masks prepared for matching. Plain comparisons and look-ups replace the general match if they give its
+// answers.
 
 #include <cstdint>
 #include <memory>
@@ -12,27 +13,29 @@ namespace Vantrel::PatternMatching {
 
 // How a matcher decides.
 enum class TWildcardShape : uint8_t {
-  wsAll,         // "*": without a look
-  wsPlain,       // "*part*", "begin*", "*end", "begin*end", a text without wildcards: by comparing
+  wsAll,         // "*": matches without reading the text
+  wsPlain,       // "*part*", "begin*", "*end", "begin*end", or no wildcards: by comparing
   wsExtensions,  // "*.jpg;*.png": by one look-up
-  wsMixed,       // a list of these, perhaps with others among them
-  wsGeneral      // all else: by the general match
+  wsMixed,       // a list of these, perhaps with other masks
+  wsGeneral      // everything else: by the general match
 };
 
-// A list of wildcard masks, prepared once and matched often. Any thread; a text belongs to one.
+// A list of wildcard masks, prepared once and matched often. Any thread may use the matcher, but a text belongs to one
+// thread.
 class IWildcardMatcher {
  public:
   virtual ~IWildcardMatcher() = default;
-  // What MatchesWildcards says of the text and the masks. Allocates nothing.
+  // The same answer as MatchesWildcards gives for the text and the masks. Allocates nothing.
   virtual bool Matches(TMatchText& pText) const = 0;
   virtual TWildcardShape Shape() const = 0;
 };
 
-// The cheapest matcher that gives the same answers as MatchesWildcards(…, pMasks): plain comparisons for "*part*",
-// "begin*", "*end" and texts without wildcards, one look-up for lists of extensions, the general matcher for all else.
+// The cheapest matcher that answers like MatchesWildcards(…, pMasks). Plain comparisons serve "*part*", "begin*",
+// "*end" and texts without wildcards. One look-up serves lists of extensions. The general matcher serves everything
+// else.
 std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_view pMasks);
 
-// The general matcher whatever the masks are: our own on folded texts; on Windows the system's.
+// The general matcher for any masks. It is our own on folded texts; on Windows it is the system's.
 std::unique_ptr<const IWildcardMatcher> CreateGeneralMatcher(std::u16string_view pMasks);
 
 }  // namespace Vantrel::PatternMatching

@@ -23,7 +23,7 @@ bool IsBlank(std::u16string_view pText) {
   return std::all_of(pText.begin(), pText.end(), [](char16_t pUnit) { return pUnit <= u' '; });
 }
 
-// "%DATE%" in any case, wherever it stands.
+// Replaces "%DATE%", in any letter case, wherever it stands.
 std::u16string WithDate(std::u16string pText) {
   constexpr std::u16string_view kPlaceholder = u"%DATE%";
   for (size_t at = 0; at + kPlaceholder.size() <= pText.size(); ++at) {
@@ -35,7 +35,7 @@ std::u16string WithDate(std::u16string pText) {
   return pText;
 }
 
-// Calls for every mask of a list that is not empty, until one call returns true. Says whether one did.
+// Calls the function for every non-empty mask of a list, until a call returns true. Returns whether one did.
 template <class TCall>
 bool AnyMask(std::u16string_view pMasks, const TCall& pCall) {
   while (!pMasks.empty()) {
@@ -46,16 +46,17 @@ bool AnyMask(std::u16string_view pMasks, const TCall& pCall) {
   return false;
 }
 
-// The blanks that a mask begins with taken away: the match of names without a dot does not count them.
+// Removes leading blanks of masks, which do not count when names without a dot are matched.
 std::u16string WithoutLeadingBlanks(std::u16string_view pMasks) {
   std::u16string masks;
   for (char16_t unit : pMasks)
     if (unit != u' ' || (!masks.empty() && masks.back() != u';')) masks += unit;
-  // "*.*" alone matches more than among others, and " *.*" does not.
+  // "*.*" alone matches more than "*.*" in a list, and " *.*" does not.
   return masks == u"*.*" && masks != pMasks ? masks + u";" : masks;
 }
 
-// Masks in a form that is equal for lists that match alike: behind the last ";" there is no mask when nothing follows.
+// Gives lists that match alike an equal form. An empty part after the last ";" is not a mask, so a final ";" changes
+// nothing.
 std::u16string Canonical(std::u16string pMasks) {
   // "*.*" matches more alone than in a list.
   if (pMasks != u"*.*" && !pMasks.ends_with(u';')) pMasks += u';';
@@ -65,8 +66,8 @@ std::u16string Canonical(std::u16string pMasks) {
 }  // namespace
 
 bool CanMatchSomethingBeginningWith(std::u16string_view pMask, std::u16string_view pBeginning) {
-  // As long as some place of the mask is reached, what is left of the mask can be met by a text made for it. After a
-  // "*" every place is: it can take in all of the rest. So only the way to the first "*" has to be looked at.
+  // If a place in the mask can be reached, some text matches the rest of the mask. After a "*" every place can be
+  // reached, since "*" takes in the rest of the beginning. So only the part before the first "*" is compared.
   for (size_t i = 0; i < pBeginning.size(); ++i) {
     if (i == pMask.size()) return false;
     if (pMask[i] == u'*') return true;
@@ -89,8 +90,8 @@ bool TWildcardPattern::MatchesAll() const {
   return GetPatternType() == TPatternType::ptyInclude && GetPattern() == u"*";
 }
 
-// A text without wildcards is looked for anywhere; a whole path at the beginning of paths only, since it is found
-// nowhere else, but for the slash, where "/data" would be found in "/old/data" as well.
+// A text without wildcards is searched for anywhere. A whole path is searched for only at the beginning of paths. It
+// occurs nowhere else, except with slashes: "/data" would also be found in "/old/data".
 std::u16string TWildcardPattern::Widened(std::u16string_view pText) const {
   std::u16string text(pText);
   if (IsBlank(text)) return u"*" + text + u"*";
@@ -137,7 +138,7 @@ bool TWildcardPattern::MatchesText(TMatchText& pText) {
 
 bool TWildcardPattern::MatchesNoExtension(TMatchText& pText) const {
   const std::u16string_view text = pText.Text();
-  // Most often the match says no, and then nobody need look for dots.
+  // Most texts do not match, and then no search for dots is needed.
   const bool mayHaveDelimiter = (pText.Units() & UnitsOf(std::u16string(1, PathDelimiter()))) != 0;
   const size_t delimiter = mayHaveDelimiter ? text.rfind(PathDelimiter()) : kNone;
   if (delimiter == kNone) return fMatcher->Matches(pText) && text.find(u'.') == kNone;
@@ -166,13 +167,13 @@ bool TWildcardPattern::MayLieBeneath(std::u16string_view pFolder) const {
 bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::u16string_view pFolder) const {
   const char16_t delimiter = PathDelimiter();
   if (!IsRootedPath(pText, delimiter) || IsSameOrInside(pFolder, pText, delimiter)) return true;
-  // A mask without wildcards beside one that has them is matched as it stands, so "/a" leads to no "/ab".
+  // In a list that holds wildcards, a mask without them is matched exactly, so "/a" does not lead to "/ab".
   const size_t star = pText.find(u'*');
   if ((star != kNone || !HasWildcards(FoldedPattern())) && pFolder.starts_with(pText.substr(0, star))) return true;
   if (IsSameOrInside(pFolder, FolderOfPath(pText, delimiter), delimiter) &&
       MatchesWildcardsStripped(FileNameOfPath(pFolder, delimiter), FileNameOfPath(pText, delimiter)))
     return true;
-  // As many parts of the pattern as the folder has.
+  // Takes as many parts of the pattern as the folder has.
   auto parts = std::count(pFolder.begin(), pFolder.end(), delimiter) + 1;
   size_t end = 0;
   for (; end < pText.size(); ++end)

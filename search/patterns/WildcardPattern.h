@@ -1,6 +1,6 @@
 #pragma once
 
-// Wildcards: what becomes of a text, names without a dot, which folders lie on the way.
+// The wildcard pattern: its text forms, its match of names without a dot, and which folders lead to a match.
 
 #include <memory>
 
@@ -9,10 +9,10 @@
 
 namespace Vantrel::PatternMatching {
 
-// "*.tmp;*.bak": masks as the shell has them. docs/patterns.md says what becomes of a text.
+// Wildcard masks such as "*.tmp;*.bak", as in the shell. docs/patterns.md explains what becomes of a text.
 //
-// Three forms of the text are kept apart: the pattern as it was typed; the shown form, which says how it is matched and
-// reads back into an equal pattern; and the match text, in which dates and environment variables are filled in.
+// A pattern has three forms of its text. The pattern is the text as typed. The shown form says how it is matched and
+// reads back into an equal pattern. The match text has dates and environment variables filled in.
 class TWildcardPattern : public TCustomPattern {
  public:
   TWildcardPattern(std::u16string_view pText, const TPatternTarget& pTarget, TPatternType pType,
@@ -23,7 +23,7 @@ class TWildcardPattern : public TCustomPattern {
   std::u16string ToString() const override { return ShownText(); }
   std::u16string ToExpression() const override;
   std::u16string_view ClassName() const override { return u"TWildcardPattern"; }
-  // What values are matched against; of the no-extension form the text itself.
+  // The text that values are matched against. For the no-extension form it is the text itself.
   const std::u16string& MatchText() const { return fMatchText; }
 
  protected:
@@ -31,7 +31,7 @@ class TWildcardPattern : public TCustomPattern {
   void Prepare() override;
   bool SameMatches(const TCustomPattern& pOther) const override;
   bool MayLieBeneath(std::u16string_view pFolder) const override;
-  // For groups, whose text is not what is matched.
+  // For groups, which match other masks than their text.
   void UseMasks(std::u16string_view pMasks);
 
  private:
@@ -44,10 +44,11 @@ class TWildcardPattern : public TCustomPattern {
   std::u16string fMatchText;
   std::u16string fFoldedMatchText;
   bool fNoExtension = false;
-  std::unique_ptr<const IWildcardMatcher> fMatcher;  // of the no-extension form for its text without the dot
+  std::unique_ptr<const IWildcardMatcher> fMatcher;  // for the no-extension form, it matches the text without the dot
 };
 
-// Whether some text that begins with pBeginning could match the mask, one without ";". Both in the same letter case.
+// Whether some text that begins with pBeginning could match pMask. The mask holds no ";". Both have the same letter
+// case.
 bool CanMatchSomethingBeginningWith(std::u16string_view pMask, std::u16string_view pBeginning);
 
 }  // namespace Vantrel::PatternMatching
