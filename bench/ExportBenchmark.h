@@ -17,7 +17,6 @@
 #include "platform/text/Text.h"
 #include "scan/engine/ScanServices.h"
 
-// What the benchmarks of exports have in common: a scanned path, files in the current folder, and their main.
 namespace Vantrel::Bench {
 
 // A path, scanned with the default settings. Disposed of with the object.

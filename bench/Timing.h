@@ -8,7 +8,6 @@
 #include <ctime>
 #include <vector>
 
-// Times and verdicts of the benchmarks of exports.
 namespace Vantrel::Bench {
 
 // Processor time of this program. It is more exact than elapsed time when other programs run.

@@ -19,7 +19,7 @@ class EExportCancelled : public EException {
 };
 
 // Whether the scan of this run was stopped. Then no export is written, so that half a tree does not replace yesterday's
-// whole one. False for an opened file: its tree is whatever the file holds, even if its scan was stopped.
+// whole one. False for an opened file: its tree is what the file holds, even if its scan was stopped.
 bool WasStopped(const IHierarchicalRoot& pRoot);
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
 // Whether the reader of the standard output has gone, as "head" does. The run then fails without a message.

@@ -19,7 +19,7 @@ struct TExportRequest {
   std::u16string fFile;  // absolute; "-" for the standard output; empty: only to be mailed
 };
 
-// The requests of a command line. Requests that are also options are set in the options.
+// Requests that are also options are set in the options.
 struct TCommandLineState {
   Vantrel::TGlobalOptions* fOptions = nullptr;  // the handler's
 

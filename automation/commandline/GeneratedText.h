@@ -1,6 +1,6 @@
 #pragma once
 
-// What the manual page and the completions have in common.
+// Helpers that the manual page and the completions share.
 
 #include <string>
 #include <string_view>
@@ -10,9 +10,7 @@
 
 namespace Vantrel::CommandLine {
 
-// What the manual page and the completions have in common.
-
-// UTF-8, ASCII letters in lower case.
+// The text with its ASCII letters in lower case. UTF-8.
 std::string LowerText(std::string pText);
 // "--scan": the spelling of a switch that is shown and completed.
 std::string SwitchName(const TSwitch& pSwitch);

@@ -10,8 +10,6 @@
 
 namespace Vantrel::CommandLine {
 
-// Texts of "--help", line by line, made from the switch and option tables.
-
 // The topics that are not the name of a switch or an option.
 struct THelpTopic {
   std::string_view fName;
