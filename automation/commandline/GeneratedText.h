@@ -14,8 +14,8 @@ namespace Vantrel::CommandLine {
 std::string LowerText(std::string pText);
 // "--scan": the spelling of a switch that is shown and completed.
 std::string SwitchName(const TSwitch& pSwitch);
-// The lines as a single one, with LF between them: the console ends what it writes with CRLF, and both shells and
-// formatters take a CR for a part of the line. So the only CR stands behind a closing comment.
+// Joins the lines with LF into one. The console ends its output with CRLF, and shells and formatters read a CR as a
+// part of the line. So the only CR stands after a closing comment.
 std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign);
 
 }  // namespace Vantrel::CommandLine
