@@ -84,7 +84,7 @@ void TApplication::RequestCancel() {
 }
 
 int TApplication::Run(std::span<const std::u16string> pTokens) {
-  // The user's language and time formats; numbers are formatted and read by rules of our own.
+  // Dates use the user's language and time formats. Numbers are formatted and read by the program's own rules.
   std::setlocale(LC_ALL, "");
   std::setlocale(LC_NUMERIC, "C");
   try {
@@ -96,7 +96,7 @@ int TApplication::Run(std::span<const std::u16string> pTokens) {
   } catch (const std::bad_alloc&) {
     TConsole::WriteLastWords(kNoMemoryText);
     return ecInternalError;
-  } catch (const std::exception& error) {  // a fault of the program: better a line than an abort
+  } catch (const std::exception& error) {  // a fault of the program: an error line instead of an abort
     fSettings.fWriteError(error.what());
     return ecInternalError;
   }
@@ -161,7 +161,7 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
   }
 }
 
-// False when one of them cannot work.
+// False when an action cannot work.
 bool TApplication::QueueActions(IScanRoots& pRoots) {
   using namespace PostScanActions;
   const TExportFile::TIsCancelled isCancelled = [] { return gCancelRequested.load(std::memory_order_relaxed); };
@@ -190,7 +190,7 @@ void TApplication::QueueMail() {
   message.fFrom = FromUtf8(fOptions->MailFrom);
   message.fTo = fState.fMailTo;
   message.fSubject = fState.fMailSubject;
-  // A report within an export would spoil it.
+  // A report within an export would spoil the export.
   const bool isTaken = std::any_of(fState.fExports.begin(), fState.fExports.end(),
                                    [](const auto& pRequest) { return pRequest.fFile == TOutputFile::kStandardOutput; });
   const auto showLine = [this, isTaken](std::string_view pLine) {
@@ -202,7 +202,7 @@ void TApplication::QueueMail() {
       fActions, *fOptions, std::move(message), std::move(server), fState.fAttachReport, kProgramName, showLine));
 }
 
-// Tells what failed. Returns the highest of the exit codes.
+// Reports what failed. Returns the highest of the exit codes.
 int TApplication::WriteFailures() {
   int result = ecOk;
   for (const PostScanActions::TActionFailure& failure : fActions.TakeFailures()) {
@@ -216,7 +216,7 @@ int TApplication::ManageHistory() {
   return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError);
 }
 
-// What follows the scan fails before it when it is bound to fail.
+// Finds out before the scan whether the actions after it can work.
 int TApplication::PrepareHistory() {
   try {
     for (const std::u16string* file : {&fState.fHistoryCSV, &fState.fHistoryExport}) {
@@ -298,7 +298,7 @@ int TApplication::WriteLines(const std::vector<std::string>& pLines) {
   return written ? ecOk : ecOutputFailed;
 }
 
-// One path after the other: scans side by side would take turns on the same drive and on the same threads.
+// Scans one path after the other. Parallel scans would compete for the same drive and the same threads.
 int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string>& pPaths) {
   const std::vector<std::u16string> paths = WithoutRepeatedPaths(pRoots, pPaths);
   int result = ecOk;
@@ -309,7 +309,7 @@ int TApplication::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string
       result = std::max<int>(result, ecCancelled);
       continue;
     }
-    if (!fActions.CanWriteMore()) break;  // nobody would see the other reports
+    if (!fActions.CanWriteMore()) break;  // the other reports could not be shown
     --fPathsLeft;
     result = std::max(result, ScanPath(pRoots, path));
   }
@@ -320,7 +320,7 @@ int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
   TRef<IHierarchicalRoot> root;
   try {
     root = pRoots.CreateRoot(pPath);
-  } catch (const EOSError& error) {  // one path that cannot be understood; the others are scanned
+  } catch (const EOSError& error) {  // this path cannot be understood; the others are scanned
     fSettings.fWriteError(error.what());
     return ecPathNotFound;
   } catch (const EUnknownProtocol& error) {
@@ -336,7 +336,7 @@ int TApplication::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
     WriteWarnings(*filter);
     if ((root->GetState() & rsPathNotFound) == 0) NoteUnmatched(filter->GetUnmatched());
   }
-  // The next path's tree gets this one's memory.
+  // Frees this path's tree, so that the next one can use its memory.
   if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
   return result;
 }
@@ -345,7 +345,7 @@ void TApplication::WriteWarnings(const IScanFilter& pFilter) {
   for (const std::u16string& warning : pFilter.GetWarnings()) fSettings.fWriteError("Warning: " + ToDisplay(warning));
 }
 
-// A pattern that matches in one of several paths is right.
+// A pattern that matches in one of several paths is not reported.
 void TApplication::NoteUnmatched(const std::vector<std::u16string>& pPatterns) {
   if (!fUnmatched) fUnmatched = pPatterns;
   std::erase_if(*fUnmatched, [&](const std::u16string& pPattern) {
@@ -353,7 +353,7 @@ void TApplication::NoteUnmatched(const std::vector<std::u16string>& pPatterns) {
   });
 }
 
-// What was not scanned could have matched.
+// Paths that were not scanned could have matched.
 void TApplication::WriteUnmatched() {
   if (!fUnmatched || gCancelRequested) return;
   for (const std::u16string& pattern : *fUnmatched)
@@ -395,7 +395,7 @@ int TApplication::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
   return WriteFailures();
 }
 
-// A path inside another one stays: whoever names both wants to see both. The very same path twice is a slip.
+// A path inside another one is kept, because the user named both. The same path given twice is a mistake.
 std::vector<std::u16string> TApplication::WithoutRepeatedPaths(const IScanRoots& pRoots,
                                                                const std::vector<std::u16string>& pPaths) {
   const char16_t delimiter = NativePathDelimiter();

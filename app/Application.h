@@ -22,12 +22,11 @@ struct TLoadedRoot;
 
 namespace Vantrel {
 
-// What a run works with. Tests put their own streams and roots here; CreateRunSettings gives the real ones.
+// The settings of a run. Tests pass their own streams and roots; CreateRunSettings gives the real ones.
 struct TRunSettings {
   std::string fPlatformName;  // "Linux"
-  // Freeing a tree of millions of nodes takes a noticeable part of a run and serves nobody when the process ends
-  // anyhow. Set, the last tree is left as it is, and the caller ends the process at once with the code that Run
-  // returned. Leak checks want the orderly way.
+  // Set: the last tree is not freed, and the caller ends the process at once with the code that Run returned. Freeing
+  // millions of nodes takes a noticeable part of a run and is of no use then. Leak checks need the orderly way.
   bool fLeaveQuickly = false;
   bool fShowProgress = false;
   std::u16string fUserOptionsFile;  // empty: there is none
@@ -40,7 +39,7 @@ struct TRunSettings {
 // The streams of the process and scans of the file system.
 TRunSettings CreateRunSettings(std::string pPlatformName);
 
-// Shown where there is no memory left to make another text with.
+// The message when there is no memory for any other text.
 inline constexpr std::string_view kNoMemoryText =
     "There is not enough memory to go on. What was not finished by now is missing.\r\n";
 
@@ -52,8 +51,8 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   // Runs a command line, without the program's name, and returns the exit code. Throws nothing.
   int Run(std::span<const std::u16string> pTokens);
 
-  // Stops the scan that is running; the part scanned is reported and no further path is scanned. May be called from a
-  // signal handler.
+  // Stops the running scan. The part scanned is reported, and no further path is scanned. May be called from a signal
+  // handler.
   static void RequestCancel();
 
  private:
@@ -99,7 +98,7 @@ class TApplication : private Vantrel::PostScanActions::IPostScanHost, private Co
   CommandLine::TCommandLineState fState;  // what the command line asked for
   size_t fPathsLeft = 0;
   bool fTerminating = false;
-  std::optional<std::vector<std::u16string>> fUnmatched;  // patterns; none before the first scan
+  std::optional<std::vector<std::u16string>> fUnmatched;  // patterns that matched nothing; none before the first scan
   TRunLog fLog;
 };
 

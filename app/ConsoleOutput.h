@@ -1,6 +1,6 @@
 #pragma once
 
-// An export's lines to the standard output.
+// Writes an export's lines to the standard output.
 
 #include "export/walk/HierarchicalExport.h"
 #include "platform/system/Console.h"

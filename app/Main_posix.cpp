@@ -1,4 +1,4 @@
-// The entry points: arguments become tokens.
+// The entry point on Linux: turns arguments into tokens.
 
 #include <string>
 #include <vector>

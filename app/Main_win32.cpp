@@ -1,4 +1,4 @@
-// The entry points: arguments become tokens.
+// The entry point on Windows: turns arguments into tokens.
 
 #include <string>
 #include <vector>
@@ -7,8 +7,7 @@
 #include "automation/commandline/CommandLineParser.h"
 #include "platform/system/CommandLineText.h"
 
-// The C library's own arguments are not used: it reads \" as a quote, which takes "C:\my folder\" apart at the wrong
-// place.
+// The C library's own arguments are not used. It reads \" as a quote and so splits "C:\my folder\" at the wrong place.
 int wmain(int, wchar_t**) {
   std::vector<std::u16string> tokens = Vantrel::TKivCommandLineParser::SplitCommandLine(Vantrel::ProcessCommandLine());
   if (!tokens.empty()) tokens.erase(tokens.begin());  // the program's name

@@ -14,7 +14,7 @@ namespace Vantrel {
 
 namespace {
 
-// Builds that look for leaks and races end in good order, so that they see all of them.
+// Builds that look for leaks and races end in good order, so that they find all of them.
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 #define VANTREL_SANITIZED 1
@@ -29,8 +29,8 @@ constexpr bool kLeaveQuickly = false;
 constexpr bool kLeaveQuickly = true;
 #endif
 
-// What no code could handle, on any thread: most likely there is no memory for the part of the work that must not stop
-// half way.
+// Ends the program after an exception that no code handled, on any thread. The likely cause: no memory is left for the
+// part of the work that must not stop half way.
 [[noreturn]] void EndUnhandled() {
   std::string_view text = "An error of the program was handled nowhere. The program ends.\r\n";
   try {

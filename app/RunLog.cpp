@@ -13,11 +13,11 @@ namespace Vantrel {
 
 void TRunLog::Start(bool pToConsole, const std::u16string& pFile) {
   if (!pFile.empty()) {
-    // Line by line: a log is wanted most when the program does not come to its end.
+    // Written line by line, because a log matters most when the program does not reach its end.
     auto file = std::make_shared<std::ofstream>();
     try {
       file->open(std::filesystem::path(pFile), std::ios::binary);
-    } catch (const std::system_error&) {  // a name that is no text
+    } catch (const std::system_error&) {  // the name is not valid text
       file->setstate(std::ios::failbit);
     }
     if (!*file) fWriteError("The log cannot be written: " + ToQuotedDisplay(pFile));

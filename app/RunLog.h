@@ -11,8 +11,8 @@
 
 namespace Vantrel {
 
-// Takes the lines of the debug log while a run lasts. Any thread may log; all else is for the main thread, which the
-// console belongs to.
+// Takes the lines of the debug log during a run. Any thread may log. All other calls are for the main thread, which
+// owns the console.
 class TRunLog {
  public:
   // pWriteError writes a line to the standard error and must outlive the log.
@@ -21,7 +21,8 @@ class TRunLog {
   TRunLog(const TRunLog&) = delete;
   TRunLog& operator=(const TRunLog&) = delete;
 
-  // To the file, if one is named, else to the console if that is wanted. A file that cannot be written is told.
+  // Logs to the file if one is named, otherwise to the console if that is wanted. Reports a file that cannot be
+  // written.
   void Start(bool pToConsole, const std::u16string& pFile);
   // Writes what other threads have logged for the console. Called from time to time while the main thread waits.
   void WriteWaiting();

@@ -1,4 +1,4 @@
-// Writing a scanned tree as CSV against the same bytes.
+// Compares writing a scanned tree as CSV with writing the same bytes.
 
 #include <algorithm>
 #include <cstdio>
@@ -10,9 +10,9 @@
 #include "bench/Timing.h"
 #include "export/text/DelimitedExport.h"
 
-// csv PATH [ROUNDS]: scans the path, then holds writing it as CSV against writing the same bytes, in turn, round after
-// round: with the settings as they are before anybody changes them, and with every single file. The file lies in the
-// current folder. Ends with 1 when the target is missed.
+// csv PATH [ROUNDS]: scans the path, then writes it as CSV and writes the same bytes, in turn, round after round. It
+// does so with the default settings, and with every single file. The file is in the current folder. Ends with 1 when
+// the target is missed.
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// What both share: the scanned path, the same bytes, their main.
+// The scanned path, the reference output and the main function that the export benchmarks share.
 
 #include <algorithm>
 #include <cstdio>
@@ -17,10 +17,9 @@
 #include "platform/text/Text.h"
 #include "scan/engine/ScanServices.h"
 
-// What the benchmarks of exports have in common: a scanned path, files in the current folder, and their main.
 namespace Vantrel::Bench {
 
-// A path, scanned with the settings as they are before anybody changes them. Disposed of with the object.
+// A path, scanned with the default settings. Disposed of with the object.
 class TScannedPath {
  public:
   explicit TScannedPath(const std::u16string& pPath)
@@ -46,7 +45,7 @@ inline std::string BytesOf(const std::u16string& pFile) {
   return Vantrel::ReadFileContents(pFile, size_t{1} << 40);
 }
 
-// What an export is held against: the same bytes from memory.
+// The reference for an export: the same bytes, written from memory.
 inline void WriteBytes(const std::u16string& pFile, std::string_view pBytes) {
   Vantrel::TOutputFile file(pFile);
   file.Write(pBytes);
@@ -57,8 +56,8 @@ inline void Remove(const std::u16string& pFile) {
   std::filesystem::remove(Vantrel::ToNativeBytes(pFile));
 }
 
-// The main of "NAME PATH [ROUNDS]", of 5 rounds unless told otherwise. pRun tells whether the targets are met. Returns
-// 0 then, 1 when one is missed, and 2 when the command line is wrong or something fails.
+// The main function of "NAME PATH [ROUNDS]"; 5 rounds by default. pRun returns whether the targets are met. Returns 0
+// then, 1 when one is missed, and 2 when the command line is wrong or something fails.
 inline int RunOnPath(const char* pName, int pCount, char** pArguments,
                      bool (*pRun)(const std::u16string& pPath, int pRounds)) {
   if (pCount < 2) {

@@ -1,7 +1,7 @@
-// The least work: getdents64 and statx on every entry, on two threads, and nothing else.
+// The least work of a scan: getdents64 and statx on every entry, on two threads, and nothing else.
 
-// The least work that a scan can do: every folder read with getdents64 into a 64 KiB buffer, every entry asked with
-// statx relative to its folder's handle, on two threads. What the real program takes beyond this is its own doing.
+// Every folder is read with getdents64 into a 64 KiB buffer. Every entry is read with statx relative to its folder's
+// handle. Two threads do this. Any time beyond it is the program's own.
 //
 // Each worker walks depth first from a list of its own and touches the shared list only when the other one is out of
 // work, so that the lock is not part of what is measured. A child is opened relative to its parent's handle. Opening it
@@ -71,7 +71,7 @@ uint64_t DeviceOf(const struct statx& pStatus) {
   return (static_cast<uint64_t>(pStatus.stx_dev_major) << 32) | pStatus.stx_dev_minor;
 }
 
-// Statistics made up by the kernel on the fly; their sizes mean nothing.
+// File systems of the kernel that make up their contents; their sizes mean nothing.
 bool IsPseudoFileSystem(int pHandle) {
   constexpr uint32_t cConfigfsMagic = 0x62656570;
   constexpr uint32_t cFusectlMagic = 0x65735543;
@@ -90,7 +90,7 @@ class TWorkList {
  public:
   TWorkList(unsigned pWorkers, TFolder pStart) : fWorkers(pWorkers) { fFolders.push_back(std::move(pStart)); }
 
-  // Waits for a folder to read; false once every worker waits, which is the end of the scan.
+  // Waits for a folder to read. False once every worker waits, which is the end of the scan.
   bool Take(std::vector<TFolder>& pInto) {
     std::unique_lock guard(fLock);
     if (fFolders.empty()) {
@@ -108,7 +108,7 @@ class TWorkList {
     return true;
   }
 
-  // Gives away the older half, which lies nearer to the root and so stands for more work.
+  // Gives away the older half. It is nearer to the root and so has more work beneath it.
   void ShareIfWanted(std::vector<TFolder>& pOwn) {
     if (fWaiting.load(std::memory_order_relaxed) == 0 || pOwn.size() < 2) return;
     const auto half = pOwn.begin() + static_cast<std::ptrdiff_t>(pOwn.size() / 2);
@@ -235,7 +235,7 @@ TTotals Walk(const char* pPath, uint64_t pDevice, unsigned pThreads) {
 
 }  // namespace
 
-// floor PATH [THREADS]: prints the totals, so that they can be checked and nothing is optimised away.
+// floor PATH [THREADS]: prints the totals. They can be checked, and the compiler cannot optimise the work away.
 int main(int pCount, char** pArguments) {
   const int threads = pCount == 3 ? std::atoi(pArguments[2]) : 2;
   if (pCount < 2 || pCount > 3 || threads < 1) {

@@ -1,10 +1,10 @@
-// Runs one program and tells its wall time, processor time and peak memory.
+// Runs one program and reports its wall time, processor time and peak memory.
 
 // measure HANDLE PROGRAM [ARGUMENT…]: runs a program and writes what it took to an open handle, as one line
 // "wall-nanoseconds cpu-microseconds peak-kilobytes wait-status".
 //
-// A process of its own because the system counts the memory of the process that starts a program towards the program's
-// peak: started straight from a script, everything seems to need at least what the interpreter needs.
+// This is a separate process because the system counts the memory of the starting process towards the program's peak.
+// Started straight from a script, every program would seem to need at least the interpreter's memory.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>

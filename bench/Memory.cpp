@@ -1,13 +1,13 @@
-// Bytes per folder and per kept file, on trees of both kinds.
+// Measures the bytes per folder and per kept file, on trees of both kinds.
 
-// What a tree costs in memory: builds trees through the engine's own calls, with all statistics on, and divides what
-// the process grew by.
+// Builds trees through the engine's own calls, with all statistics on. Divides the growth of the process by the number
+// of nodes.
 //
 //   memory              both kinds of trees, a million folders and a million files
 //   memory N            the same with N
 //
-// A folder's cost is measured on folders of which half have sub-folders, each with a file; the files' own cost,
-// measured on its own, is taken off.
+// A folder's cost is measured on folders of which half have sub-folders, each with a file. The files' cost is measured
+// separately and subtracted.
 
 #include <fmt/format.h>
 #include <sys/wait.h>
@@ -38,7 +38,7 @@ int64_t ResidentBytes() {
   return resident * 4096;
 }
 
-// Stands for an enumerator's current entry.
+// Replaces an enumerator's current entry.
 class TEntry : public TInterfaced<IHierarchicalEnumerator> {
  public:
   std::u16string fName;
@@ -94,7 +94,7 @@ class TBuilder {
     fRoots->Dispose();
   }
 
-  // So many files in the folder, of mixed extensions and ages.
+  // Adds so many files of mixed extensions and ages to the folder.
   void AddFiles(TCustomFolderData& pFolder, int64_t pCount) {
     fFiles->Begin();
     fFiles->SetPathLength(1);
@@ -147,7 +147,8 @@ double CostOfFolder(int64_t pFolders, int64_t pFilesInEach) {
   return static_cast<double>(ResidentBytes() - before) / static_cast<double>(pFolders);
 }
 
-// Measured in a process of its own: what one measurement frees, the next would be given without the process growing.
+// Each measurement has its own process. Otherwise memory that one measurement frees would go to the next, and the
+// process would not grow.
 template <class TMeasure>
 double InFreshProcess(const TMeasure& pMeasure) {
   int ends[2];

@@ -1,6 +1,6 @@
 #pragma once
 
-// What both share as well: times, medians, verdicts.
+// Times, medians and verdicts that the export benchmarks share.
 
 #include <algorithm>
 #include <chrono>
@@ -8,10 +8,9 @@
 #include <ctime>
 #include <vector>
 
-// Times and verdicts of the benchmarks of exports.
 namespace Vantrel::Bench {
 
-// Processor time of this program. Where other programs run beside it, it tells more than the clock on the wall.
+// Processor time of this program. It is more exact than elapsed time when other programs run.
 inline double ProcessorSeconds() {
   return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
 }
@@ -28,7 +27,7 @@ inline double Median(std::vector<double> pValues) {
   return pValues[pValues.size() / 2];
 }
 
-// Prints a figure beside what it is held against, and tells whether it is at most so many times that.
+// Prints a figure and its reference. Returns whether the figure is at most so many times the reference.
 inline bool Report(const char* pWhat, double pValue, const char* pAgainst, double pReference, double pMost) {
   const double ratio = pValue / pReference;
   std::printf("%-6s %s: %.4f against %.4f, ratio %.2f (at most %.2f)\n", ratio <= pMost ? "met" : "MISSED", pWhat,

@@ -1,4 +1,4 @@
-// Writing and loading scan files against the same bytes and the bare parser.
+// Compares writing scan files with writing the same bytes, and loading them with the bare parser.
 
 #include <expat.h>
 #include <malloc.h>
@@ -16,9 +16,9 @@
 #include "export/xml/XMLExport.h"
 #include "export/xml/XMLReader.h"
 
-// xml PATH [ROUNDS]: scans the path, then holds writing it as XML against writing the same bytes, and loading the file
-// against the bare parser with empty callbacks, in turn, round after round; and the memory of the loaded tree against
-// that of the scanned one. The file lies in the current folder. Ends with 1 when a target is missed.
+// xml PATH [ROUNDS]: scans the path and measures in turn, round after round. Writing it as XML is compared with writing
+// the same bytes. Loading the file is compared with the bare parser with empty callbacks. The loaded tree's memory is
+// compared with the scanned one's. The file is in the current folder. Ends with 1 when a target is missed.
 
 namespace {
 

@@ -11,8 +11,8 @@ function(vantrel_platform_sources RESULT FOLDER)
   set(${RESULT} ${sources} PARENT_SCOPE)
 endfunction()
 
-# {fmt} and Boost live in the host's include folder. Copying just these two into the build folder's include path
-# keeps a cross build from seeing the host's C library headers beside them.
+# {fmt} and Boost are in the host's include folder. Only these two are copied into the build folder's include path. So a
+# cross build does not see the host's C library headers beside them.
 function(vantrel_header_library TARGET)
   set(folder ${CMAKE_BINARY_DIR}/headers)
   file(MAKE_DIRECTORY ${folder})

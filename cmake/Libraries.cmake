@@ -1,5 +1,5 @@
-# Which floor is linked with which library, on which platform: the list is at the end. Libraries used as headers only are
-# in Floors.cmake.
+# This file says which floor is linked with which library, on which platform; the list is at the end. Libraries used as
+# headers only are in Floors.cmake.
 
 # vantrel_library(FLOOR PLATFORM HEADER LIBRARY SOURCE [DEFINITION…])
 # Links a floor's code with a library on one platform, LINUX or WINDOWS. The source is where the library and its header
@@ -16,7 +16,7 @@ function(vantrel_library FLOOR PLATFORM HEADER LIBRARY SOURCE)
     return()
   endif()
   string(MAKE_C_IDENTIFIER "VANTREL_${LIBRARY}" name)
-  # One that is gone, as after deleting .libraries, is looked for again.
+  # Looks again for a library that is gone, as after deleting .libraries.
   foreach(found ${name}_INCLUDE_DIR ${name}_LIBRARY)
     if(DEFINED ${found} AND NOT EXISTS "${${found}}")
       unset(${found} CACHE)
@@ -40,7 +40,7 @@ function(vantrel_library FLOOR PLATFORM HEADER LIBRARY SOURCE)
   target_link_libraries(vantrel_${FLOOR} PRIVATE ${${name}_LIBRARY})
 endfunction()
 
-# Windows' own libraries, which every Windows compiler brings along.
+# Libraries of Windows itself, which every Windows compiler includes.
 if(WIN32)
   target_link_libraries(vantrel_platform PRIVATE shlwapi ntdll advapi32 mpr)
 endif()

@@ -1,22 +1,22 @@
-# Sourced by ./run, ./test and the scripts beside this file: the Debian packages that each kind of build wants, and how
-# they get onto the machine.
+# Sourced by ./run, ./test and the scripts beside this file. Lists the Debian packages of each kind of build and
+# installs them.
 
-# What the program itself is built with. ccache is not needed, but makes every later rebuild quicker.
+# Packages to build the program. ccache is optional but makes later rebuilds quicker.
 packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libicu-dev libpcre2-dev libexpat1-dev
   libzip-dev libcurl4-openssl-dev libsqlite3-dev"
-# On top of it, what the tests are built and run with, for Linux and for Windows. The benchmarks are built with them, so
+# In addition, packages to build and run the tests, for Linux and for Windows. The benchmarks are built with them, so
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
   clang-format strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish"
-# On top of that, the second compiler, with its fuzzer.
+# In addition, the second compiler, with its fuzzer.
 packages_clang="clang libclang-rt-dev"
-# What the libraries for Windows are fetched and built with, which the tests begin with.
+# Packages to fetch and build the libraries for Windows. The tests begin with this step.
 packages_windows_libraries="ca-certificates dpkg-dev cmake ninja-build g++-mingw-w64-x86-64-posix
   gcc-mingw-w64-x86-64-posix libz-mingw-w64-dev xz-utils bzip2 gcc
   libc6-dev make tcl"
 
-# require_packages PACKAGE...: installs those that are missing, and asks for rights only when there are some. Ends the
-# script with a message when it cannot. VANTREL_SKIP_PACKAGES=1 trusts the machine to have everything.
+# require_packages PACKAGE...: installs the missing packages and asks for rights only when there are any. Ends the
+# script with a message when it cannot. With VANTREL_SKIP_PACKAGES=1 it does nothing.
 require_packages() {
   local installed missing="" package
   [ "${VANTREL_SKIP_PACKAGES:-}" != 1 ] || return 0
@@ -39,7 +39,7 @@ require_packages() {
   packages_as_root apt-get -q install -y --no-install-recommends $missing
 }
 
-# Runs a command with the right to install, and its output only when it fails.
+# Runs a command with the right to install. Shows its output only when it fails.
 packages_as_root() {
   local output sudo=""
   if [ "$(id -u)" != 0 ]; then
@@ -50,7 +50,7 @@ packages_as_root() {
     fi
   fi
   output=$(mktemp)
-  # A package's own script may not ask a question; sudo may, and does so on the terminal.
+  # A package's own script must not ask questions. sudo may ask, on the terminal.
   if ! $sudo env DEBIAN_FRONTEND=noninteractive "$@" >"$output" 2>&1 </dev/null; then
     cat "$output" >&2
     rm -f "$output"

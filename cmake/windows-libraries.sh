@@ -1,16 +1,16 @@
 #!/bin/bash
-# Builds the third-party libraries of the Windows program, once, into .libraries/windows, where CMake's Windows preset
-# looks: cmake/windows-libraries.sh [LIBRARY…], all of them when none is named. One is built again only when its recipe
-# has changed. The sources are the upstream tarballs of Debian's source packages, so that both platforms are linked with
-# the same versions; apt checks their signatures.
+# Builds the third-party libraries of the Windows program into .libraries/windows, where CMake's Windows preset looks:
+# cmake/windows-libraries.sh [LIBRARY…], by default all of them. A library is built again only when its recipe has
+# changed. The sources are the upstream tarballs of Debian's source packages, so both platforms use the same versions.
+# apt checks their signatures.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 folder=$root/.libraries
 prefix=$folder/windows
 source "$root/cmake/packages.sh"
 
-# The table: name, Debian source package. How each is built says the function build_NAME below, which is called with the
-# unpacked source and an empty folder to build in.
+# The table: name, Debian source package. The function build_NAME below builds a library. Its arguments are the unpacked
+# source and an empty folder to build in.
 libraries="
   pcre2 pcre2
   expat expat
@@ -27,21 +27,21 @@ build_pcre2() {
 
 build_expat() {
   local source=$1
-  # Depending on the version, the tarball is the whole repository, with the library in a folder of its own.
+  # In some versions the tarball is the whole repository, with the library in its own folder.
   [ ! -d "$source/expat" ] || source=$source/expat
   build_with_cmake "$source" "$2" -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF \
     -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF
 }
 
-# Deflate alone, with Debian's zlib: scan files are packed with nothing else, and never encrypted.
+# Deflate alone, with Debian's zlib: scan files use no other compression and no encryption.
 build_libzip() {
   build_with_cmake "$1" "$2" -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF -DENABLE_OPENSSL=OFF \
     -DENABLE_WINDOWS_CRYPTO=OFF -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DBUILD_TOOLS=OFF \
     -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF
 }
 
-# Mail to a server, and nothing else: encrypted by the system itself, with names of hosts looked up on a thread, so that
-# a limit of time holds there as well.
+# Mail to a server only. The system itself encrypts. Host names are looked up on a thread, so that a time limit holds
+# there as well.
 build_curl() {
   local protocol off=()
   for protocol in DICT FILE FTP GOPHER HTTP IMAP LDAP LDAPS MQTT POP3 RTSP SMB TELNET TFTP; do
@@ -54,8 +54,8 @@ build_curl() {
     -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF -DENABLE_CURL_MANUAL=OFF
 }
 
-# The tarball is the canonical source, whose one large C file is put together by its own makefile with tclsh; that file
-# alone is compiled, by the cross compiler. No extension is ever loaded.
+# The tarball is the canonical source. Its own makefile puts the one large C file together with tclsh. The cross
+# compiler compiles that file alone. No extension is ever loaded.
 build_sqlite() {
   local source=$1 build=$2
   (cd "$build" && "$source/configure" --disable-tcl --disable-readline && make sqlite3.c sqlite3.h)
@@ -76,19 +76,19 @@ build_with_cmake() {
   ninja -C "$build" install
 }
 
-# apt with lists and sources of its own below .libraries: the system's configuration stays as it is, and no rights are
-# wanted.
+# Runs apt with its own lists and sources below .libraries. The system's configuration does not change, and no rights
+# are needed.
 private_apt() {
   apt-get -q -o Dir::Etc::SourceList="$folder/apt/sources.list" -o Dir::Etc::SourceParts=/dev/null \
     -o Dir::State::Lists="$folder/apt/lists" -o Dir::Cache="$folder/apt/cache" -o APT::Sandbox::User="$(id -un)" "$@"
 }
 
-# Brings the index of Debian's source packages, from wherever this machine gets its binary packages.
+# Downloads the index of Debian's source packages from the place of this machine's binary packages.
 fetch_index() {
   local sources=$folder/apt/sources.list
   mkdir -p "$folder"/apt/{lists,cache}/partial
   list_sources >"$sources"
-  # A machine with all packages but without apt's lists, as images are often left.
+  # A machine with all packages but without apt's lists, as many images are.
   [ -s "$sources" ] || packages_as_root apt-get -q update
   [ -s "$sources" ] || list_sources >"$sources"
   if [ ! -s "$sources" ]; then
@@ -110,7 +110,7 @@ list_sources() {
 fetch() {
   local downloads=$folder/downloads/$1 tarballs
   mkdir -p "$downloads" "$2"
-  # A package's description may be missing for a version from the security suite: what counts is the tarball.
+  # A package's description may be missing for a version from the security suite; only the tarball matters.
   (cd "$downloads" && private_apt source --download-only --tar-only "$1") || true
   tarballs=("$downloads"/*.orig.tar.*[^c])
   if [ ! -f "${tarballs[0]}" ]; then
@@ -143,7 +143,7 @@ while read -r name package; do
   fi
   echo "Building $name for Windows…" >&2
   log=$folder/$name.log
-  # In a shell of its own: "set -e" does not hold inside a function that "if" or "||" waits for.
+  # Runs in its own shell: "set -e" has no effect inside a function that "if" or "||" waits for.
   set +e
   (set -e; build "$name" "$package") >"$log" 2>&1 </dev/null
   code=$?

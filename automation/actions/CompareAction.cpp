@@ -7,7 +7,7 @@
 
 namespace Vantrel::PostScanActions {
 
-// A file that is missing is better known before hours of scanning. A pipe can be opened only once.
+// Finds a missing file before hours of scanning. A pipe is not probed, because it can be opened only once.
 void TComparePostScanAction::Prepare() {
   if (!SpecialFileExists(fFileName)) TFileStream::OpenForReading(fFileName);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The comparison with an older scan as what follows a scan.
+// The action that compares a scan with an older one.
 
 #include <string>
 
@@ -9,11 +9,11 @@
 
 namespace Vantrel::PostScanActions {
 
-// Compares roots with an older scan, an XML file, so that whatever follows in the queue shows what has changed since.
-// The file is read before anything is written: the run may save the scan in its place.
+// Compares roots with an older scan from an XML file, so that later actions of the queue show the changes. The file is
+// read before anything is written, because the run may save the new scan in its place.
 class TComparePostScanAction : public TBasePostScanAction {
  public:
-  // The list of roots must outlive the action. Asked while the file is read, pIsCancelled ends it.
+  // The list of roots must outlive the action. pIsCancelled is called while the file is read; true ends the reading.
   TComparePostScanAction(std::u16string pFileName, IScanRoots& pRoots, TExportFile::TIsCancelled pIsCancelled)
       : fFileName(std::move(pFileName)), fRoots(pRoots), fIsCancelled(std::move(pIsCancelled)) {}
   ~TComparePostScanAction() override { ForgetEarlier(); }

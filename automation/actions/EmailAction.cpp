@@ -50,7 +50,7 @@ std::u16string TEmailPostScanAction::GetMailTo() const {
 
 void TEmailPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   TMediaSettings settings = fHandler.MergedRecursionLevel(TMediaType::mtText);
-  // A mail is for reading, as the console is.
+  // A mail is for people to read, like the console.
   if (settings.fRecursionLevel.fFullExpand) settings.fRecursionLevel = {1, false};
   TTextOutput output(fReport, fReportLines);
   Exporting::TFormattedTextExport(settings, fOptions, fProgramName).Export(pRoot, output);
@@ -70,7 +70,7 @@ void TEmailPostScanAction::Finish() {
   }
 }
 
-// The report would be lost with the mail.
+// Shows the report, which would otherwise be lost with the mail.
 void TEmailPostScanAction::ShowReport() const {
   constexpr std::string_view kLineEnd = "\r\n";
   for (size_t begin = 0; begin < fReport.size();) {
@@ -87,7 +87,7 @@ void TEmailPostScanAction::Send() {
     message.fText = fReport;
     return Mail::SendMail(message, fServer);
   }
-  TTemporaryFiles files;  // for as long as the mail is under way
+  TTemporaryFiles files;  // live until the mail is sent
   message.fAttachments.push_back(files.Add(u"Report.txt"));
   WriteFile(message.fAttachments.back(), fReport);
   message.fText = "The report is attached.\r\n";

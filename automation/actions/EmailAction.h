@@ -1,6 +1,6 @@
 #pragma once
 
-// The mail with report and exports as what follows a scan.
+// The action that mails the report and the exports.
 
 #include <functional>
 #include <string>
@@ -11,13 +11,12 @@
 
 namespace Vantrel::PostScanActions {
 
-// Mails the report on all roots once, together with the files that the other actions of the queue have written: so it
-// comes last.
+// Mails the report on all roots once, with the files that the other actions of the queue have written. So it runs last.
 class TEmailPostScanAction : public TBasePostScanAction {
  public:
-  using TShowLine = std::function<bool(std::string_view)>;  // false: there is no point in going on
-  // The handler and the options must outlive the action. The report is the mail's text, or a file beside the others
-  // with pAttachReport. pShowLine gets the report line by line when no mail can be sent.
+  using TShowLine = std::function<bool(std::string_view)>;  // false: stop writing
+  // The handler and the options must outlive the action. The report is the mail's text, or an attached file with
+  // pAttachReport. pShowLine gets the report line by line when no mail can be sent.
   TEmailPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
                        Mail::TMailMessage pMessage, Mail::TMailServer pServer, bool pAttachReport,
                        std::string pProgramName, TShowLine pShowLine);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The file of an export: stopped by the user, or in its place; names made of names.
+// The file of an export, which can be cancelled, and file names made from other names.
 
 #include <functional>
 #include <memory>
@@ -12,32 +12,32 @@
 
 namespace Vantrel::PostScanActions {
 
-// An export that was stopped while it was written.
+// Thrown when the user stops an export while it is written.
 class EExportCancelled : public EException {
  public:
   using EException::EException;
 };
 
-// Whether the scan of this run was stopped: half a tree in place of yesterday's whole one would be a loss. The tree of
-// an opened file is what that file holds, also when its scan was stopped.
+// Whether the scan of this run was stopped. Then no export is written, so that half a tree does not replace yesterday's
+// whole one. False for an opened file: its tree is what the file holds, even if its scan was stopped.
 bool WasStopped(const IHierarchicalRoot& pRoot);
 void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
-// Whether the reader of the standard output has left, as "head" does: the run fails, but says nothing of it.
+// Whether the reader of the standard output has gone, as "head" does. The run then fails without a message.
 bool IsReaderGone(const EOSError& pError);
 
-// A file of an export, by bytes or by lines, that takes its place on Commit. Every failure is an exception: EOSError,
-// or EExportCancelled once the question says so. Lines end with CRLF. One thread.
+// A file of an export, written by bytes or by lines, which replaces its target on Commit. Every failure is an
+// exception: EOSError, or EExportCancelled after the callback says so. Lines end with CRLF. One thread.
 class TExportFile final : public IByteSink, public Exporting::ILineOutput {
  public:
   using TIsCancelled = std::function<bool()>;
-  // With pUnseen there is nothing at the path until Commit, a temporary name neither, so that scans which run meanwhile
-  // do not count the export itself. On Windows the name is there, and gone with the process.
+  // With pUnseen nothing appears at the path until Commit, not even a temporary name. So scans that run meanwhile do
+  // not count the export itself. On Windows the name appears, and goes with the process.
   TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen = false);
 
   void Write(std::string_view pBytes) override;
   bool WriteLine(std::string_view pLine) override;
   int64_t LineCount() const override { return fLines; }
-  // Another end for the lines to come.
+  // Sets another line end for the following lines.
   void SetLineEnd(std::string_view pLineEnd) { fLineEnd = pLineEnd; }
   void Commit();
   const std::u16string& Path() const { return fPath; }
@@ -48,14 +48,14 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
 
   const std::u16string fPath;
   const TIsCancelled fIsCancelled;
-  std::unique_ptr<TOutputFile> fFile;  // not there yet: what is written goes into the scratch file
+  std::unique_ptr<TOutputFile> fFile;  // not there yet: output goes into the scratch file
   TFileStream fScratch;
   std::string fLineEnd = "\r\n";
   int64_t fLines = 0;
 };
 
-// The path with a part behind the name, before the extension, ".xml.zip" being one: "data.xml.zip" and "_photos" give
-// "data_photos.xml.zip".
+// The path with a part added to the name before the extension. ".xml.zip" is one extension: "data.xml.zip" and
+// "_photos" give "data_photos.xml.zip".
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart);
 // The root's path as a part of file names: "photos" of "/data/photos", "C" of "C:\".
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot);

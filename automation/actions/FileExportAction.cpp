@@ -41,13 +41,13 @@ std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSet
   }
 }
 
-// Other programs read path lists: lines end as the system's own do.
+// Other programs read path lists, so lines end as is usual on the system.
 std::string_view EndOfPath(bool pWithNul) {
   if (pWithNul) return std::string_view("\0", 1);
   return NativePathDelimiter() == u'/' ? "\n" : "\r\n";
 }
 
-// Lists have columns of their own, so beside lines for programs they get files of their own: "data-extensions.csv"
+// Lists have their own columns. So beside files that programs read they get their own files: "data-extensions.csv"
 // beside "data.csv".
 bool HasListFiles(TExportFormat pFormat, std::u16string_view pFileName) {
   return (pFormat == TExportFormat::efCSV || pFormat == TExportFormat::efTabText) && !pFileName.empty() &&
@@ -79,7 +79,7 @@ TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual) {
 
 TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std::u16string_view pFile) {
   if (pFormat == TExportFormat::efTabText) pSettings = TabSettings(std::move(pSettings));
-  // The next program in a pipe would take the mark for a part of the first field.
+  // The next program in a pipe would read the mark as a part of the first field.
   if (pFile.empty() || pFile == TOutputFile::kStandardOutput) pSettings.fByteOrderMark = false;
   return pSettings;
 }
@@ -101,8 +101,8 @@ TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHan
       fFileName(std::move(pFileName)),
       fRun(std::move(pRun)) {}
 
-// A scan may take hours: whatever keeps the file from being written is better known before it. A file that is open
-// meanwhile would be part of the scan, though.
+// Probes the target before the scan, which may take hours. The file is not kept open meanwhile, because the scan would
+// count it.
 void TFileExportPostScanAction::Prepare() {
   if (fFileName.empty()) {
     fFileName = fTemporary.emplace().Add(TemporaryNameOf(fFormat));
@@ -110,7 +110,7 @@ void TFileExportPostScanAction::Prepare() {
   }
   if (fFileName == TOutputFile::kStandardOutput) return;
   CreateFolderOf(fFileName);
-  // Who reads a pipe would take the end of the probe for that of the export.
+  // The reader of a pipe would take the end of the probe for the end of the export.
   if (SpecialFileExists(fFileName)) return;
   const TOutputFile probe(fFileName);
   if (fRun.fSeveralRoots) return;  // the names of the lists are not known yet
@@ -129,7 +129,7 @@ void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
 
 void TFileExportPostScanAction::Finish() {
   auto commit = [&](std::unique_ptr<TExportFile>& pFile) {
-    // Stopped between two roots: what there is would pass for all of them.
+    // Stopped between two roots: the file would look as if it held all of them.
     CheckNotCancelled(fRun.fSeveralRoots && fRun.fIsCancelled(), pFile->Path());
     pFile->Commit();
     NoteWritten(pFile->Path());
@@ -142,11 +142,11 @@ void TFileExportPostScanAction::Finish() {
 
 void TFileExportPostScanAction::NoteWritten(const std::u16string& pPath) {
   fWritten.push_back(pPath);
-  // The names made of the first one.
+  // Names made from the first one are temporary, too.
   if (fTemporary) fTemporary->Add(FileNameOfPath(pPath, NativePathDelimiter()));
 }
 
-// Two folders of one name on different drives get different files, also where file names differ by letter case only.
+// Two folders with the same name on different drives get different files. So do names that differ by letter case only.
 std::u16string TFileExportPostScanAction::UniqueNameOf(const IHierarchicalRoot& pRoot) {
   const std::u16string name = NameForFiles(pRoot);
   std::u16string unique = name;

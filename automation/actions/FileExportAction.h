@@ -1,6 +1,6 @@
 #pragma once
 
-// An export to a file as what follows a scan, with the lists beside it.
+// The action that exports to a file, with the lists beside it.
 
 #include <memory>
 #include <optional>
@@ -18,17 +18,17 @@ namespace Vantrel::PostScanActions {
 
 using Vantrel::CommandLine::TExportFormat;
 
-// The kind of output whose settings a format follows.
+// The kind of output whose settings a format uses.
 TMediaType MediaOf(TExportFormat pFormat);
 
-// The format that a file's name asks for: CSV, or tabs for ".tsv" and ".tab"; else the usual one.
+// The format for a file's name: CSV, tabs for ".tsv" and ".tab", otherwise the usual one.
 TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual);
 
-// The settings, of the format's kind of output and in effect, as a file of rows for programs wants them.
+// The settings in effect for the format's kind of output, adjusted for files that programs read row by row.
 TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std::u16string_view pFile);
 
-// The files that the lists which the options ask for get beside an export of one scan: none beside one that holds them
-// itself, or that has no file name.
+// The list files that the options ask for beside an export of one scan. None if the export holds its lists itself or
+// has no file name.
 std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
                                       const TGlobalOptions& pOptions);
 
@@ -41,13 +41,13 @@ struct TExportRun {
   TExportFile::TIsCancelled fIsCancelled;
 };
 
-// Exports roots to a file when their scans have finished. Several roots go below each other into one file; where one
-// file holds one root only, each gets a file of its own with the root's name in it. Files take their places when all is
-// written. What goes wrong is an exception that names the file.
+// Exports roots to a file when their scans have finished. Several roots go one after the other into one file. If a
+// format holds one root only, each root gets its own file with the root's name in it. Files replace their targets when
+// everything is written. An error is an exception that names the file.
 class TFileExportPostScanAction : public TBasePostScanAction {
  public:
-  // The handler and the options must outlive the action. Without a name the file is made where temporary files lie, and
-  // is gone with the action.
+  // The handler and the options must outlive the action. Without a name, the file is a temporary one that the action
+  // deletes at its end.
   TFileExportPostScanAction(const TPostProcessActionHandler& pHandler, const TGlobalOptions& pOptions,
                             TExportFormat pFormat, std::u16string pFileName, TExportRun pRun);
 
@@ -62,7 +62,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   }
   std::vector<std::u16string> GetAttachments() const override { return fWritten; }
   const std::u16string& GetFileName() const { return fFileName; }
-  // Of spreadsheets, which have names inside; empty for all that is written so far.
+  // For spreadsheets, which have names inside; empty for all current formats.
   std::u16string GetSheetName() const { return {}; }
 
  private:
@@ -78,7 +78,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   const TExportFormat fFormat;
   std::u16string fFileName;
   const TExportRun fRun;
-  std::optional<TTemporaryFiles> fTemporary;  // none: the file has a place of its own
+  std::optional<TTemporaryFiles> fTemporary;  // none: the file has its own target
   std::unique_ptr<TExportFile> fFile;         // open over several roots
   std::vector<std::unique_ptr<TExportFile>> fLists;
   std::set<std::u16string> fRootNames;

@@ -46,7 +46,7 @@ class THistoryTasks {
   }
 
  private:
-  // What one task meets does not keep the others from theirs.
+  // If one task fails, the others still run.
   template <class TTask>
   void Try(const TTask& pTask) {
     try {
@@ -127,7 +127,7 @@ class THistoryTasks {
                                "which as many could not."));
   }
 
-  // Several paths go below each other, each table with its captions.
+  // Several paths follow one another, each table with its own captions.
   void ExportCSV(const std::vector<TListTable>& pTables) {
     const std::u16string& path = fState.fHistoryCSV;
     const TExportFormat format = PostScanActions::FormatOfFile(path, TExportFormat::efCSV);

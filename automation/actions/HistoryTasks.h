@@ -1,6 +1,6 @@
 #pragma once
 
-// The history on the command line: shown, exported, imported, scans deleted.
+// The command line's tasks on the history: show, export, import, delete scans.
 
 #include <functional>
 #include <string>
@@ -10,11 +10,12 @@
 
 namespace Vantrel::CommandLine {
 
-// The file of the history: that of the options, else in the user's own data folder; empty when the system tells none.
+// The file of the history: the one in the options, otherwise one in the user's data folder. Empty when the system names
+// no such folder.
 std::u16string HistoryFile(const Vantrel::TGlobalOptions& pOptions);
 
-// Does what the command line asks of the history: imports, deletions, tables with charts, the CSV file, the export, in
-// this order. Messages go one by one to pWriteError. Returns the exit code.
+// Runs the command line's tasks on the history in this order: imports, deletions, tables with charts, the CSV file, the
+// export. Sends messages one by one to pWriteError. Returns the exit code.
 int RunHistoryTasks(const TCommandLineState& pState, Vantrel::Exporting::ILineOutput& pOutput, int pWidth,
                     const std::function<void(std::string_view)>& pWriteError);
 

@@ -30,7 +30,7 @@ TMediaSettings TPostProcessActionHandler::MergedRecursionLevel(TMediaType pMedia
   TMediaSettings settings = fMedia.Effective(pMedia);
   auto& recursion = settings.fRecursionLevel;
   if (WritesNothing()) {
-    // A console is for reading: nobody wants a whole tree there who has not asked for it.
+    // A console is for people to read, so it shows a whole tree only on request.
     if (recursion.fLevel == recursion.kUnlimited && recursion.fFullExpand) recursion = {1, false};
     return settings;
   }
@@ -99,7 +99,7 @@ bool TPostProcessActionHandler::Call(TQueued& pQueued, const TCall& pCall) {
   return !pQueued.fFailed;
 }
 
-// One export that fails, on a disk that is full, does not keep the others from theirs.
+// If one export fails, for example on a full disk, the others are still written.
 template <class TCall>
 bool TPostProcessActionHandler::CallEach(const TCall& pCall) {
   bool succeeded = true;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The queue of what follows a scan, and the default report.
+// The queue of actions that follow a scan, and the default report.
 
 #include <cstdint>
 #include <memory>
@@ -18,25 +18,25 @@ using Exporting::TMediaOptions;
 using Exporting::TMediaSettings;
 using Exporting::TMediaType;
 
-// Something that the command line wants done with a root once it is scanned.
+// An action that the command line requests for each scanned root.
 class TBasePostScanAction {
  public:
   static constexpr uint32_t kMayClose = 1;  // with the closing option the program may end once this action has run
-  static constexpr uint32_t kPrepares = 2;  // comes before the others, and takes no report's place
-  static constexpr uint32_t kSaves = 4;     // writes the scan alone: comes before even that
+  static constexpr uint32_t kPrepares = 2;  // runs before the others and does not replace a report
+  static constexpr uint32_t kSaves = 4;     // writes the scan alone: runs even before that
   static constexpr int32_t kAnyLevel = -1;
 
   virtual ~TBasePostScanAction() = default;
-  // Before anything is scanned: what would fail anyhow fails now.
+  // Before any scan: detects errors that would make the action fail later.
   virtual void Prepare() {}
-  // For each root, before any action of the queue writes: reads what may be written over.
+  // For each root, before any action of the queue writes: reads files that may be replaced.
   virtual void ReadInput(IHierarchicalRoot&) {}
-  // Failures are exceptions. The others of the queue go on.
+  // Failures are exceptions. The other actions still run.
   virtual void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) = 0;
-  // After the last root. What spans several of them is completed here, and takes its place.
+  // After the last root: completes files that hold several roots and moves them into place.
   virtual void Finish() {}
   virtual std::u16string GetInformation() const = 0;  // one line for the log
-  // Folder levels that the action needs of the tree; kAnyLevel when it has no say in it.
+  // Folder levels that the action needs of the tree; kAnyLevel if it has no requirement.
   virtual int32_t GetRecursionlevel() const { return kAnyLevel; }
   virtual uint32_t GetFlags() const { return 0; }
   // The exit code of a run in which the action failed.
@@ -50,11 +50,11 @@ class TBasePostScanAction {
 
 // An action that failed.
 struct TActionFailure {
-  std::string fMessage;  // empty when nobody is to be told: the reader of the output has left
+  std::string fMessage;  // empty: no message, since the reader of the output has left
   int fExitCode;
 };
 
-// What the actions must know of the program that they run in.
+// What the actions need to know about the program.
 class IPostScanHost {
  public:
   virtual ~IPostScanHost() = default;
@@ -67,34 +67,32 @@ class IPostScanHost {
   virtual std::string ProgramName() const = 0;
 };
 
-// The queue of actions; runs it for each root whose scan has finished. Used on the main thread only.
+// The queue of actions; runs it for each root whose scan has finished. Main thread only.
 class TPostProcessActionHandler {
  public:
-  // All arguments must outlive the handler. The output takes the default report.
+  // All arguments must outlive the handler. The default report goes to pOutput.
   TPostProcessActionHandler(IPostScanHost& pHost, TMediaOptions& pMedia, ILineOutput& pOutput);
 
   void Add(std::unique_ptr<TBasePostScanAction> pAction) { fActions.push_back({std::move(pAction)}); }
   bool IsEmpty() const { return fActions.empty(); }
-  // Puts the queue in order, and lets each action find out whether it can work at all. What prepares others comes
-  // first; where there is such an action, what saves the scan comes before it. False when one cannot: then nothing
-  // should be scanned.
+  // Sorts the queue and asks each action whether it can work. Actions that prepare others come first. If there is one,
+  // actions that save the scan come before it. False when an action cannot work: then nothing should be scanned.
   bool ResolveRequirements();
-  // The settings with which the tree is exported for all actions of one kind of output together: deep enough for each.
+  // The export settings for all actions with one kind of output, with enough levels for each of them.
   TMediaSettings MergedRecursionLevel(TMediaType pMedia) const;
-  // Runs the queue, or writes the default report to the output when nothing in the queue writes and there is no window;
-  // then ends the program when nothing is left to do. False when something of it failed. An action that has failed is
-  // not run again.
+  // Runs the queue, or writes the default report if no action writes and there is no window. Then ends the program when
+  // no work is left. False when an action failed. An action that has failed is not run again.
   bool PerformPostProcessActions(IHierarchicalRoot* pRoot, const IScanRoots& pScans);
-  // Completes all actions that have not failed, in their order, after the last root. False when one failed.
+  // Completes, in their order, all actions that have not failed. Called after the last root. False when one failed.
   bool FinishActions();
   // What has failed since the last call.
   std::vector<TActionFailure> TakeFailures() { return std::exchange(fFailures, {}); }
-  // The files that a mail takes along: those of all actions. EInvalidOperation that names one that is not there.
+  // The files of all actions for a mail. EInvalidOperation that names a missing one.
   std::vector<std::u16string> CheckAttachments() const;
   bool ShouldCloseApplication() const;
-  // Whether the user sees a report of each root. Otherwise the caller tells what could not be read.
+  // Whether the user sees a report of each root. If not, the caller reports what could not be read.
   bool ShowsReport() const;
-  // Whether one more root would be written anywhere: not once all that writes has failed.
+  // Whether one more root would be written anywhere: false once all actions that write have failed.
   bool CanWriteMore() const;
 
   // Columns of the default report's lines, 0 for any number.

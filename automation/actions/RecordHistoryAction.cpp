@@ -9,7 +9,7 @@ using Vantrel::History::THistoryDatabaseReaderWriter;
 void TRecordHistoryPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top || (pRoot.GetState() & rsCancelled) != 0 || (top->GetFolderState() & fsIsXMLImport) != 0) return;
-  // The title of what was scanned is its path with the wildcards: another history than that of the whole folder.
+  // The title is the path with its wildcards, so its history differs from that of the whole folder.
   THistoryDatabaseReaderWriter(fVersion).WriteRootHistoryData(fDatabase, pRoot.GetTitle(), pRoot);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// A row of the history as what follows a scan.
+// The action that adds a row to the history after a scan.
 
 #include <string>
 
@@ -8,14 +8,13 @@
 
 namespace Vantrel::PostScanActions {
 
-// Adds the totals of each finished scan to the history. A scan that was stopped, or that was loaded from a file, is no
-// scan to remember.
+// Adds the totals of each finished scan to the history. Scans that were stopped or loaded from a file are not recorded.
 class TRecordHistoryPostScanAction : public TBasePostScanAction {
  public:
   TRecordHistoryPostScanAction(std::u16string pDatabase, std::string pVersion)
       : fDatabase(std::move(pDatabase)), fVersion(std::move(pVersion)) {}
 
-  // A history that cannot be written is told here, and not before the scan: nothing else is to suffer from it.
+  // Reports a history that cannot be written after the scan, not before it, so that the other actions still run.
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
   std::u16string GetInformation() const override { return u"Record in \"" + fDatabase + u"\""; }
   uint32_t GetFlags() const override { return kPrepares; }

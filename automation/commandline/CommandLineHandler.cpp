@@ -25,7 +25,7 @@ std::u16string Folded(std::u16string_view pText) {
   return folded;
 }
 
-// Insertions, deletions, replacements and swaps of neighbours that turn one text into the other.
+// The number of insertions, deletions, replacements and swaps of neighbours that turn one text into the other.
 size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
   std::vector<std::vector<size_t>> cost(pA.size() + 1, std::vector<size_t>(pB.size() + 1));
   for (size_t i = 0; i <= pA.size(); ++i) {
@@ -76,7 +76,7 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   LoadOptionsFiles(switches);
   for (size_t i = 0; i < pTokens.size();) {
     const std::u16string& token = pTokens[i];
-    if (token == u"--") {  // paths from here on, whatever they begin with
+    if (token == u"--") {  // only paths follow, whatever they begin with
       fState.fPaths.insert(fState.fPaths.end(), pTokens.begin() + static_cast<ptrdiff_t>(i) + 1, pTokens.end());
       return;
     }
@@ -99,9 +99,9 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
   }
 }
 
-// Before everything else, wherever they stand: what the command line sets goes first.
+// Loaded before everything else, wherever the switches stand: the command line overrides every options file.
 void TCommandLineHandler::LoadOptionsFiles(TTokens pTokens) {
-  // What is to be forgotten is not loaded first: a damaged file must not keep itself from being removed.
+  // The file to be forgotten is not loaded: even a damaged file must be removable.
   constexpr std::u16string_view kLeftOut[] = {u"NOOPTIONS", u"FORGETSETTINGS"};
   if (!fUserOptionsFile.empty() && !fParser.FindSwitches(kLeftOut, pTokens)) LoadOptionsFile(fUserOptionsFile, true);
   fState.fOptionsFiles = fParser.FindPathsAfterSwitch(u"OPTIONS", pTokens);
@@ -119,7 +119,7 @@ void TCommandLineHandler::LoadOptionsFile(const std::u16string& pFile, bool pIsU
       fState.fWarnings.push_back(
           fmt::format("{}: {} more were skipped", Vantrel::ToQuotedDisplay(pFile), skipped.size() - kMostTold));
   } catch (const Vantrel::Options::EOptionsFileError& error) {
-    // In a home that this user may not look into, as under sudo -u, there are no options of this user's.
+    // This user may not read the home folder, as under sudo -u. So there are no options of this user.
     if (pIsUsersOwn && !error.IsMissing() && Vantrel::PathExists(pFile)) fUserOptionsError = error.what();
     if (!pIsUsersOwn) fErrors.emplace_back(error.what());
   }
@@ -154,12 +154,12 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
     values.emplace_back(split.fValue);
   else
     values = TakeValues(pSwitch, pTokens, next);
-  if (kind == TValueKind::vkPath) std::erase(values, std::u16string());  // an empty variable of a script
+  if (kind == TValueKind::vkPath) std::erase(values, std::u16string());  // from an empty variable of a script
   if (pSwitch.fApply == nullptr) {
     fErrors.push_back(fmt::format("{}: {}", shown, pSwitch.fHelp));
     return next - pIndex;
   }
-  // "/SCAN -- PATH" is fine: what follows is taken as paths anyhow.
+  // "/SCAN -- PATH" is valid: the tokens after "--" are paths in any case.
   const bool pathsFollow =
       kind == TValueKind::vkPaths && next + 1 < pTokens.size() && pTokens[next] == u"--" && values.empty();
   if (!pathsFollow) ApplyValues(pSwitch, shown, values);
@@ -222,7 +222,7 @@ size_t TCommandLineHandler::HandleFileSwitch(const TSwitch& pSwitch, TTokens pTo
   }
   const bool hasNext = pIndex + 1 < pTokens.size();
   const bool isSwitch = hasNext && (fParser.IsSwitch(pTokens[pIndex + 1]) || pTokens[pIndex + 1] == u"--");
-  // Then a folder behind the switch is a path to scan.
+  // A folder after the switch is then a path to scan.
   const bool mayBeMissing = pSwitch.fItem.fValueKind == TValueKind::vkOptionalFile || fIsMailed;
   if (mayBeMissing && (!hasNext || !IsFileName(pTokens[pIndex + 1]))) {
     ApplyValue(pSwitch, shown, {});
@@ -242,27 +242,27 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   const bool isOption =
       Vantrel::FindOption(Vantrel::ToUtf8(Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(token))) != nullptr;
   fErrors.push_back(isOption ? error : error + SuggestionFor(token));
-  // A refused value is not taken for a path as well.
+  // A refused value is not also taken as a path.
   const bool hasValue = isOption && pIndex + 1 < pTokens.size() && fParser.IsValue(pTokens[pIndex + 1]) &&
                         !Vantrel::SplitSwitchValue(pTokens[pIndex]).fHasValue;
   return hasValue ? 2 : 1;
 }
 
-// "/EXEL" where "/" begins paths as well: one that is not there, and nearly a switch. In capitals only: a "/data" that
-// is missing is not taken for "/DATE".
+// Finds a misspelled switch such as "/EXEL" where "/" also begins paths: the path does not exist and is nearly a
+// switch. Capitals only, so that a missing "/data" is not taken for "/DATE".
 bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
   const bool hasLowerCase =
       std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
   return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Vantrel::PathExists(pToken);
 }
 
-// The nearest switch or option, when it is near enough to have been meant.
+// The nearest switch or option, if it is near enough to be the one meant.
 std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
-  // "/CSV=file": with two dashes it would be right.
+  // Handles "/CSV=file", which would be right with two dashes.
   const std::u16string_view front = Vantrel::WithoutJoinedValue(pToken);
   const bool isJoined = front.size() < pToken.size() && fParser.NamesKnown(front);
   const std::u16string_view name = Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(isJoined ? front : pToken);
-  constexpr size_t kLongestName = 64;  // whatever is longer is a text that went astray
+  constexpr size_t kLongestName = 64;  // a longer token is not a misspelled name
   const std::u16string typed = Folded(name.substr(0, kLongestName));
   std::u16string best;
   size_t bestDistance = std::max<size_t>(1, typed.size() / 3) + 1;
@@ -295,7 +295,7 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
                                   fState.fForgetSettings ? "/FORGETSETTINGS" : "/SAVESETTINGS"));
   if (fState.fSaveSettings && fUserOptionsFile.empty())
     fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
-  // Who asks for help gets it all the same.
+  // An options file that cannot be loaded does not stop help.
   if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
     fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
   if (fState.fSaveSettings && Vantrel::ToUtf8(Vantrel::FromNativeBytes(fOptions.HistoryFile)) != fOptions.HistoryFile)
@@ -308,7 +308,7 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
 }
 
 void TCommandLineHandler::CheckHistory() {
-  // Kept in the settings, it is to be the same file from wherever the program is started.
+  // The path is made absolute, so that saved settings name the same file wherever the program is started.
   if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Vantrel::ToNativeBytes(HistoryFile(fOptions));
   if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
     fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
@@ -357,7 +357,7 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
   if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
-  // The scan just made is part of the history that is shown.
+  // The history shown includes the scan just made.
   if (fState.HasHistoryTasks() && result != ecCancelled) result = std::max(result, pTasks.ManageHistory());
   return result;
 }

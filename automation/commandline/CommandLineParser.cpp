@@ -11,7 +11,7 @@ namespace Vantrel {
 
 namespace {
 
-// The program's own switches, for runs that it starts itself.
+// Switches for runs that the program starts itself.
 constexpr std::u16string_view kInternalPrefix = u"KIV_";
 
 bool IsInteger(std::u16string_view pText) {
@@ -19,7 +19,7 @@ bool IsInteger(std::u16string_view pText) {
   return TryParseInt64(ToUtf8(pText), value);
 }
 
-// "-5", "-5.5", ".5": a value, whatever switches may be called.
+// "-5", "-5.5", ".5": always a value, even if a switch has that name.
 bool IsNumber(std::u16string_view pText) {
   if (pText.starts_with(u'-') || pText.starts_with(u'+')) pText.remove_prefix(1);
   const bool digitsAndDots = std::all_of(
@@ -35,7 +35,7 @@ bool IsSize(std::u16string_view pText) {
   }
 }
 
-// A path such as "/kiv_data/x" is none.
+// A path such as "/kiv_data/x" is not such a switch.
 bool IsInternalSwitch(std::u16string_view pName) {
   return SameTextAscii(pName.substr(0, kInternalPrefix.size()), kInternalPrefix) && pName.find(u'/') == pName.npos;
 }
@@ -44,8 +44,8 @@ bool IsBlank(char16_t pUnit) {
   return pUnit == u' ' || pUnit == u'\t' || pUnit == u'\r' || pUnit == u'\n';
 }
 
-// Sets the option from a token. Names of files keep their bytes; any other text that is not UTF-8 would become another
-// one, so it is refused.
+// Sets the option from a token. Names of files keep their bytes. Other text that is not UTF-8 is refused, because it
+// would change.
 bool SetFromToken(const TOptionInfo& pOption, std::u16string_view pToken, TGlobalOptions& pOptions) {
   constexpr std::string_view kNamesFile = "HistoryFile";
   const std::string bytes = ToNativeBytes(pToken);
@@ -83,7 +83,7 @@ std::vector<std::u16string> TKivCommandLineParser::SplitCommandLine(std::u16stri
       token += pCommandLine[++i];  // a quote that is a character
       started = true;
     } else if (quoted && character == u'"' && at(i + 1) == u'"') {
-      token += pCommandLine[++i];  // a doubled one
+      token += pCommandLine[++i];  // a doubled quote
     } else if (character == u'"') {
       quoted = !quoted;
       started = true;
@@ -128,7 +128,7 @@ bool TKivCommandLineParser::NamesKnown(std::u16string_view pToken) const {
 bool TKivCommandLineParser::IsSwitch(std::u16string_view pToken) const {
   if (!StartsWithSwitchIndicator(pToken) || pToken.size() < 2 || IsNumber(pToken)) return false;
   if (!fSlashBeginsPaths || !pToken.starts_with(u'/')) return true;
-  // "/PASSWORD=secret" is a slip to be told of, not a path to be shown.
+  // "/PASSWORD=secret" is a mistake to report. It is not a path to show.
   const std::u16string_view name = WithoutJoinedValue(pToken);
   return NamesKnown(name) || IsIgnored(name) || IsInternalSwitch(RemoveSwitchIndicator(name));
 }
@@ -214,7 +214,7 @@ std::vector<std::u16string> TKivCommandLineParser::FindPathsAfterSwitch(std::u16
   return paths;
 }
 
-// A path behind a switch that may stand alone is no value of it.
+// A path after a switch that may stand alone is not its value.
 TValueKind TKivCommandLineParser::KindOfOption(std::u16string_view pToken) {
   const TOptionInfo* option = FindOption(ToUtf8(RemoveSwitchIndicator(pToken)));
   return option != nullptr && option->fKind == TOptionKind::okBoolean ? TValueKind::vkOptionalBoolean
@@ -265,7 +265,7 @@ size_t TKivCommandLineParser::TryApplyCommandLineOptionToGlobalOptions(TTokens p
   if (IsInternalSwitch(name)) return hasNext ? 2 : 1;
   const TOptionInfo* option = FindOption(ToUtf8(name));
   if (option == nullptr) {
-    // What is joined to it may be a password: "/PASSWORD=secret" is told as "/PASSWORD=".
+    // The text after the "=" may be a password: messages show "/PASSWORD=secret" as "/PASSWORD=".
     const size_t shown = WithoutJoinedValue(split.fSwitch).size() + 1;
     pError = "Unknown Command line option: " + ToDisplay(split.fSwitch.substr(0, shown));
     return 0;

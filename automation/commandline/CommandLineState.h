@@ -1,6 +1,6 @@
 #pragma once
 
-// What a command line asked for.
+// The requests of a command line.
 
 #include <cstdint>
 #include <string>
@@ -19,7 +19,7 @@ struct TExportRequest {
   std::u16string fFile;  // absolute; "-" for the standard output; empty: only to be mailed
 };
 
-// What the command line asked for. What is an option as well is set in the options.
+// Requests that are also options are set in the options.
 struct TCommandLineState {
   Vantrel::TGlobalOptions* fOptions = nullptr;  // the handler's
 
@@ -30,7 +30,7 @@ struct TCommandLineState {
   std::vector<TExportRequest> fExports;
   bool fDateInFileNames = false;
   bool fPathsEndWithNul = false;              // in path lists
-  std::vector<std::u16string> fPatternFiles;  // read already, as the options files
+  std::vector<std::u16string> fPatternFiles;  // already read, like the options files
   std::vector<std::u16string> fOptionsFiles;
 
   bool fUnattended = false;
@@ -40,7 +40,7 @@ struct TCommandLineState {
   bool fVersion = false;
   bool fExportDriveList = false;
   std::u16string fDriveListFile;              // empty: to the console
-  std::vector<std::u16string> fHistoryPaths;  // whose history is shown
+  std::vector<std::u16string> fHistoryPaths;  // paths whose history is shown
   std::u16string fHistoryCSV;                 // empty: to the console
   std::vector<int64_t> fHistoryDeletions;     // IDs of scans
   std::vector<std::u16string> fHistoryImports;
@@ -60,7 +60,7 @@ struct TCommandLineState {
   std::u16string fUserName;
   std::u16string fPassword;  // never shown, never logged
 
-  std::vector<std::string> fWarnings;  // what was understood otherwise than it was written, a line each
+  std::vector<std::string> fWarnings;  // texts that were read differently from how they were written, one line each
 };
 
 }  // namespace Vantrel::CommandLine

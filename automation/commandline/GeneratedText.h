@@ -1,6 +1,6 @@
 #pragma once
 
-// What the manual page and the completions have in common.
+// Helpers that the manual page and the completions share.
 
 #include <string>
 #include <string_view>
@@ -10,14 +10,12 @@
 
 namespace Vantrel::CommandLine {
 
-// What the manual page and the completions have in common.
-
-// UTF-8, ASCII letters in lower case.
+// The text with its ASCII letters in lower case. UTF-8.
 std::string LowerText(std::string pText);
 // "--scan": the spelling of a switch that is shown and completed.
 std::string SwitchName(const TSwitch& pSwitch);
-// The lines as a single one, with LF between them: the console ends what it writes with CRLF, and both shells and
-// formatters take a CR for a part of the line. So the only CR stands behind a closing comment.
+// Joins the lines with LF into one. The console ends its output with CRLF, and shells and formatters read a CR as a
+// part of the line. So the only CR stands after a closing comment.
 std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign);
 
 }  // namespace Vantrel::CommandLine

@@ -25,7 +25,7 @@ std::string SwitchRow(const TSwitch& pSwitch) {
   return fmt::format(kRowFormat, NameOf(pSwitch), pSwitch.fHelp);
 }
 
-// Words in lines of a screen's width.
+// Wraps words into lines of a screen's width.
 void AppendWrapped(std::vector<std::string>& pLines, std::string_view pText, std::string_view pIndent) {
   std::string line(pIndent);
   while (!pText.empty()) {
@@ -86,7 +86,7 @@ const std::vector<THelpTopic>& HelpTopics() {
   return topics;
 }
 
-// Blanks and punctuation alone are hard to see.
+// Quotes are added because blanks and punctuation alone are hard to see.
 std::string ShownDefault(const Vantrel::TOptionInfo& pOption) {
   const std::string& text = pOption.fDefault;
   const bool isPlain =

@@ -10,9 +10,7 @@
 
 namespace Vantrel::CommandLine {
 
-// Texts of "--help", line by line, made from the switch and option tables.
-
-// The topics that are no name of a switch or an option.
+// The topics that are not the name of a switch or an option.
 struct THelpTopic {
   std::string_view fName;
   std::string_view fHelp;
@@ -26,12 +24,12 @@ std::vector<std::string> HelpText();
 std::vector<std::string> SwitchesHelpText();
 // Every option with its default and range.
 std::vector<std::string> OptionsHelpText();
-// The default of an option as help shows it, in quotes where there is neither letter nor digit to see; empty for none.
+// The default of an option as help shows it. In quotes if it has neither letters nor digits; empty if there is none.
 std::string ShownDefault(const Vantrel::TOptionInfo& pOption);
-// What is told when the command line names nothing to do.
+// The text for a command line without anything to do.
 std::vector<std::string> UsageText();
-// The help on a topic, a switch or an option, with or without an indicator, in any letter case; an empty topic gives
-// the first screen. False when there is none.
+// The help on a topic, a switch or an option, with or without an indicator, in any letter case. An empty topic gives
+// the first screen. False when there is no such topic.
 bool TryFindHelp(std::u16string_view pTopic, std::vector<std::string>& pLines);
 
 // The exit codes, a line each.

@@ -121,7 +121,7 @@ vantrel /home \-\-exclude "*.tmp;*.bak" \-\-email admin@example.org
 .BR du (1),
 .BR ncdu (1))";
 
-// Text as it stands, whatever it holds. The characters replaced are those that formatters turn into typographic ones.
+// Text that man shows unchanged. Formatters would turn the replaced characters into typographic ones.
 std::string Escaped(std::string_view pText) {
   std::string result = pText.starts_with('.') ? "\\&" : "";
   for (const char c : pText) {

@@ -38,7 +38,7 @@ bool TRunFiles::MayBeOne(const TFile& pA, const TFile& pB) {
   auto are = [&](TFileUse pOne, TFileUse pOther) {
     return (pA.fUse == pOne && pB.fUse == pOther) || (pA.fUse == pOther && pB.fUse == pOne);
   };
-  // Each week's scan is compared with the last one and takes its place.
+  // A scan may be compared with an older one and then replace it.
   return are(TFileUse::fuOldScan, TFileUse::fuXMLExport);
 }
 
@@ -71,7 +71,7 @@ void AddFilesPerRoot(TRunFiles& pFiles, const TExportRequest& pRequest, const TC
   using namespace PostScanActions;
   std::vector<std::u16string> files = ListFiles(pRequest.fFormat, pRequest.fFile, *pState.fOptions);
   if (pRequest.fFormat == TExportFormat::efXML && !pRequest.fFile.empty()) files.push_back(pRequest.fFile);
-  // Each root's file has its name in it. Those of opened files are not known yet.
+  // Each root's file has the root's name in it. Names of opened scans are not known yet.
   std::set<std::u16string> names;
   for (const std::u16string& path : pState.fPaths) {
     const std::u16string root = NameForFiles(AbsolutePath(path), NativePathDelimiter());
@@ -109,7 +109,7 @@ TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUse
   files.Add(pState.fCompareFile, TFileUse::fuOldScan, "the scan to compare with");
   files.Add(pUserOptionsFile, TFileUse::fuSettings, "the settings");
   if (pState.fOptions->RecordHistory || pState.HasHistoryTasks()) {
-    // The database keeps files of its own beside it while it is open.
+    // While the database is open, it keeps other files beside it.
     const std::u16string history = HistoryFile(*pState.fOptions);
     for (const char16_t* ending : {u"", u"-journal", u"-wal", u"-shm"})
       if (!history.empty()) files.Add(history + ending, TFileUse::fuWritten, "the history");

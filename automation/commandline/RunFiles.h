@@ -1,6 +1,6 @@
 #pragma once
 
-// All files that a run reads or writes, and which of them must not be one.
+// All files that a run reads or writes, and which of them must be different files.
 
 #include <cstdint>
 #include <string>
@@ -14,19 +14,19 @@ namespace Vantrel::CommandLine {
 // What a run does with a file.
 enum class TFileUse : uint8_t {
   fuRead,      // before anything is written, or while it is written
-  fuOldScan,   // read before an XML file takes its place
-  fuSettings,  // read as a whole at the start, and maybe written again
+  fuOldScan,   // read before an XML file replaces it
+  fuSettings,  // read as a whole at the start; may be written again
   fuExport,
   fuXMLExport,
-  fuWritten,  // otherwise: a database, a log
+  fuWritten,  // all other output: a database, a log
 };
 
-// The list of a run's files. Filled and checked before anything is opened for writing. One thread.
+// The list of a run's files. Filled and checked before any file is opened for writing. One thread.
 class TRunFiles {
  public:
   // pName is what messages call it: "the log". An empty path is no file.
   void Add(const std::u16string& pPath, TFileUse pUse, std::string pName);
-  // A message for each two that are one file and would spoil each other.
+  // A message for each two entries that are the same file and would damage each other.
   std::vector<std::string> Conflicts() const;
 
  private:
@@ -41,7 +41,7 @@ class TRunFiles {
   std::vector<TFile> fFiles;
 };
 
-// The files of a finished command line. The file of the user's own options may be empty: there is none.
+// The files of a parsed command line. The file of the user's own options is empty when there is none.
 TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUserOptionsFile);
 
 }  // namespace Vantrel::CommandLine

@@ -19,10 +19,10 @@ namespace {
 
 using TLines = std::vector<std::string>;
 
-// What can be completed behind a switch or an option.
+// The completions that are possible after a switch or an option.
 enum class TFollow : uint8_t {
   foNothing,       // it has no value: paths follow
-  foOptionalText,  // a value that nobody can guess, or paths
+  foOptionalText,  // a value that cannot be completed, or paths
   foText,
   foFile,
   foFolder,
@@ -32,7 +32,7 @@ enum class TFollow : uint8_t {
   foOrder,    // a column, then perhaps ",ascending" or ",descending"
 };
 
-// A switch, each alias of one by itself, or an option.
+// A switch, an alias of a switch, or an option.
 struct TCompletion {
   std::string fName;  // "--sortby"
   std::string fHelp;
@@ -40,7 +40,7 @@ struct TCompletion {
   std::string fWords = {};  // with blanks between them
 };
 
-// Texts that describe a column's name or several, in both tables: "COLUMN[,DIRECTION]", "column;column;...".
+// Texts of both tables that stand for a column's name or several: "COLUMN[,DIRECTION]", "column;column;...".
 TFollow FollowOfText(std::string_view pValueText) {
   const bool isColumn = pValueText.starts_with("COLUMN") || pValueText.starts_with("column");
   if (!isColumn) return TFollow::foText;
@@ -99,14 +99,14 @@ bool IsSwitchName(std::string_view pName) {
 std::vector<TCompletion> Completions() {
   std::vector<TCompletion> completions;
   for (const TSwitch& item : AllSwitches()) {
-    // "-h" and "-?" are known by heart.
+    // "-h" and "-?" need no completion.
     if (item.fRank == TSwitchRank::srNotBuilt || item.fItem.fName.size() == 1) continue;
     const TFollow follow = FollowOf(item);
     completions.push_back({SwitchName(item), std::string(MainSwitchOf(item).fHelp), follow,
                            follow == TFollow::foOptionalWord ? "true false" : ""});
   }
   for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions()) {
-    // Some switches set the option of their own name.
+    // Some switches set the option with their own name.
     if (IsSwitchName(option.fName)) continue;
     const TFollow follow = FollowOf(option);
     const bool hasWords = follow == TFollow::foOptionalWord || follow == TFollow::foWord;
@@ -166,13 +166,13 @@ constexpr std::string_view kBashEnd = R"(        *) other=dirnames ;;
 }
 complete -F _vantrel vantrel)";
 
-// What bash does for all switches with the same values.
+// Bash's action for all switches with the same values.
 std::string BashAction(const TCompletion& pCompletion) {
   switch (pCompletion.fFollow) {
     case TFollow::foNothing:
     case TFollow::foOptionalText:
     case TFollow::foFolder:
-      return {};  // as behind a path
+      return {};  // as after a path
     case TFollow::foText:
       return ":";
     case TFollow::foFile:
@@ -181,7 +181,7 @@ std::string BashAction(const TCompletion& pCompletion) {
       return fmt::format("words='{}' other=dirnames", pCompletion.fWords);
     case TFollow::foWord:
       return fmt::format("words='{}'", pCompletion.fWords);
-    // As file names they are quoted by readline, which a ";" needs.
+    // Readline quotes file names, which a ";" needs.
     case TFollow::foColumns:
       return "words=$columns last=${current##*;}; compopt -o nospace -o filenames";
     case TFollow::foOrder:
@@ -190,7 +190,7 @@ std::string BashAction(const TCompletion& pCompletion) {
   return {};
 }
 
-// The actions, each with the pattern of all names that want it.
+// The actions, each with the pattern of all names that use it.
 std::vector<std::pair<std::string, std::string>> BashBranches(const std::vector<TCompletion>& pCompletions) {
   std::vector<std::pair<std::string, std::string>> branches;
   for (const TCompletion& completion : pCompletions) {
@@ -245,7 +245,7 @@ else
   compdef _vantrel vantrel
 fi)";
 
-// What follows an option's name and help. Two colons: the value may be left out.
+// The text after an option's name and help. Two colons: the value is optional.
 std::string ZshAction(const TCompletion& pCompletion) {
   switch (pCompletion.fFollow) {
     case TFollow::foNothing:
@@ -270,12 +270,12 @@ std::string ZshAction(const TCompletion& pCompletion) {
   return {};
 }
 
-// Within single quotes; "[", "]" and ":" have a meaning in what _arguments reads.
+// Escapes text for single quotes. "[", "]" and ":" have a meaning in the arguments of _arguments.
 std::string ZshLine(const TCompletion& pCompletion) {
   std::string help;
   for (const char c : WithBackslashes(pCompletion.fHelp, "\\[]:")) help += c == '\'' ? "'\\''" : std::string(1, c);
   const std::string value = ZshAction(pCompletion);
-  // A name that needs a value is completed with the "=".
+  // A name that needs a value is completed with its "=".
   const bool needsValue = !value.empty() && !value.starts_with("::");
   return fmt::format("    '*{}{}[{}]{}'", pCompletion.fName, needsValue ? "=" : "", help, value);
 }
@@ -302,7 +302,7 @@ end
 complete -c vantrel -f
 complete -c vantrel -n 'not string match --quiet -- "--*=*" (commandline --current-token)' -a '(__fish_complete_directories)')";
 
-// An optional value is only completed behind "=": as a word of its own it would keep paths from being completed.
+// An optional value is completed only after "=". As a word of its own it would keep paths from being completed.
 std::string FishAction(const TCompletion& pCompletion) {
   switch (pCompletion.fFollow) {
     case TFollow::foNothing:

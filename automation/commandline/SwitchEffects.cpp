@@ -35,7 +35,7 @@ IPatterns& PatternsOf(TCommandLineState& pState) {
   return *pState.fPatterns;
 }
 
-// For every kind of output that has rows and columns.
+// Sets a value for every kind of output with rows and columns.
 template <class TChange>
 void ChangeTextExports(TCommandLineState& pState, const TChange& pChange) {
   for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV}) pChange(pState.fOptions->Media(media));
@@ -124,9 +124,10 @@ void Expand(TCommandLineState& pState, std::u16string_view pLevel) {
   if (!isLevel && !pLevel.empty())
     pState.fWarnings.push_back("Unexpected value after /EXPAND: " + ToDisplay(pLevel) +
                                ". Doing a full expand instead.");
-  // Chosen by somebody, all levels too: no use of the settings may put in a default of its own.
+  // The user's choice is marked, even if it is all levels, so that no use of the settings replaces it with its own
+  // default.
   if (!isLevel || level < 0) level = TRecursionLevel::kUnlimited;
-  // An XML file that lacks folders is no use to a later comparison: only its own option, XMLLevels, limits it.
+  // An XML file without some folders is useless for a later comparison. So only its own option, XMLLevels, limits it.
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) {
     pSettings.fRecursionLevel = {static_cast<int32_t>(level), false};
   });

@@ -10,19 +10,19 @@
 
 namespace Vantrel::CommandLine {
 
-// What the switches do, in the order of the table in SwitchTable.cpp. Each takes one value, an empty one where the
-// switch has none. EInvalidArgumentValue, with a text that makes sense behind the switch, for a value that it cannot
-// take.
+// The effects of the switches, in the order of the table in SwitchTable.cpp. Each takes one value, which is empty if
+// the switch has none. EInvalidArgumentValue for a value that it cannot take; the text is meant to follow the switch's
+// name.
 using TSwitchEffect = void(TCommandLineState& pState, std::u16string_view pValue);
 
-// Whether the value says "true", which a switch without one does.
+// Whether the value is true; a switch without a value is true.
 bool IsOn(std::u16string_view pValue);
 
-// The paths of a list that are joined with ";". One that holds a ";" itself stands in double quotes, or is the whole
-// list and exists.
+// The paths of a list that is joined with ";". A path that holds a ";" itself must be in double quotes, or be the whole
+// list and exist.
 std::vector<std::u16string> SplitPaths(std::u16string_view pPaths);
 
-// Of switches that say yes or no to one thing, or only yes, and of those whose value is kept as it is.
+// Effects of switches with a yes/no value, of switches without a value, and of switches whose value is kept unchanged.
 template <bool TCommandLineState::*pFlag>
 void SetFlag(TCommandLineState& pState, std::u16string_view pValue) {
   pState.*pFlag = IsOn(pValue);

@@ -15,21 +15,22 @@ enum class TSwitchRank : uint8_t {
   srMain,      // on the first screen
   srMore,      // among all switches
   srAlias,     // another spelling of the row above it
-  srNotBuilt,  // this version knows it only to say so
+  srNotBuilt,  // not built: the switch gives a message that says so
 };
 
-// One switch of the program: all that there is to know of it. Parsing, help, the manual page and the completions of
-// shells read this table.
+// One switch of the program with all that is known of it. The parser, help, the manual page and the shells' completions
+// read this table.
 struct TSwitch {
   Vantrel::TCommandLineItem fItem;
   TSwitchRank fRank;
   std::string_view fValueText;  // how help shows the value
-  // What it does, in a few words; of one that is not built: what is missing, a whole sentence.
+  // The effect in a few words. For a switch that is not built: what is missing, as a whole sentence.
   std::string_view fHelp;
-  // Takes one value, an empty one when the switch has none; called for each value of a switch with several. A value
-  // that it cannot take: EInvalidArgumentValue, with a text that makes sense behind the switch. nullptr: not built.
+  // Applies one value, an empty one when the switch has none. Called for each value of a switch with several.
+  // EInvalidArgumentValue for a value that it cannot take; the text is meant to follow the switch's name. nullptr: not
+  // built.
   void (*fApply)(TCommandLineState& pState, std::u16string_view pValue) = nullptr;
-  // What is missing when there is no value, for the message; empty for a switch that does without.
+  // What is missing when there is no value, for the message. Empty for a switch that needs no value.
   std::string_view fExpected = {};
   // More sentences for its own help.
   std::string_view fDetails = {};
@@ -37,9 +38,9 @@ struct TSwitch {
 
 // All switches, in the order in which help lists them.
 std::span<const TSwitch> AllSwitches();
-// The switch registered by this item; nullptr when it is none of the table.
+// The switch registered by this item; nullptr when the table does not have it.
 const TSwitch* SwitchOf(const Vantrel::TCommandLineItem* pItem);
-// The switch that an alias stands for, else the switch itself.
+// The main switch of an alias, otherwise the switch itself.
 const TSwitch& MainSwitchOf(const TSwitch& pSwitch);
 
 }  // namespace Vantrel::CommandLine

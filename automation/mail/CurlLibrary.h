@@ -6,9 +6,8 @@
 
 namespace Vantrel::Mail {
 
-// The functions of libcurl that mail needs. On Linux the library is loaded when they are first asked for: linked, it
-// and the thirty libraries it wants itself add 8 milliseconds and more to every start of the program, and few runs send
-// mail.
+// The functions of libcurl that mail needs. On Linux the library is loaded when they are first used. Linked, it and its
+// thirty libraries would add 8 milliseconds and more to every start of the program, and few runs send mail.
 struct TCurlLibrary {
   decltype(&curl_easy_init) fInit = nullptr;
   decltype(&curl_easy_setopt) fSetOption = nullptr;
@@ -23,7 +22,7 @@ struct TCurlLibrary {
 // The library, ready for use and never unloaded. EMailError when it is missing. Any thread.
 const TCurlLibrary& CurlLibrary();
 
-// Nothing more is read from the socket: whoever waits for an answer gets the end of the conversation at once.
+// Stops reading from the socket. A caller that waits for an answer gets the end of the conversation at once.
 void StopReading(curl_socket_t pSocket);
 
 }  // namespace Vantrel::Mail

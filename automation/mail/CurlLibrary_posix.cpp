@@ -10,11 +10,11 @@ namespace Vantrel::Mail {
 
 namespace {
 
-// The second is the same library on top of GnuTLS, which many systems have without the first.
+// The second name is the same library with GnuTLS, which many systems have without the first.
 constexpr const char* kFile = "libcurl.so.4";
 constexpr const char* kOtherFile = "libcurl-gnutls.so.4";
 
-// What the loader says of the last failure.
+// The loader's text on its last failure.
 std::string Reason() {
   const char* reason = dlerror();
   return reason ? reason : "unknown reason";

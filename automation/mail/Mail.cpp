@@ -14,8 +14,8 @@ namespace Vantrel::Mail {
 
 namespace {
 
-// The one named, else the user at the server, else the one at this machine. None for sendmail when nobody is named: it
-// knows better under which name the world knows this machine.
+// The named sender, otherwise the user at the server, otherwise the user at this machine. None for sendmail when no
+// sender is named: sendmail knows this machine's public name better.
 std::optional<TMailAddress> Sender(const TMailMessage& pMessage, const TMailServer& pServer) {
   if (!pMessage.fFrom.empty()) return ParseMailAddress(pMessage.fFrom);
   if (pServer.fHost.empty()) return std::nullopt;
@@ -37,7 +37,7 @@ TMailEnvelope Envelope(const TMailMessage& pMessage, const TMailServer& pServer)
   return envelope;
 }
 
-// What stands behind the "@" of the mail's own id.
+// The part of the mail's own id after the "@".
 std::string IdHost(const TMailEnvelope& pEnvelope) {
   if (!pEnvelope.fFrom) return "localhost";
   const std::string& address = pEnvelope.fFrom->fAddress;
@@ -64,7 +64,7 @@ void SendMail(const TMailMessage& pMessage, const TMailServer& pServer) {
       SendToServer(mail, envelope, pServer);
     }
   } catch (const EOSError& error) {
-    // Whatever else the system may refuse has become an EMailError already.
+    // All other errors of the system have become an EMailError already.
     throw EMailError(fmt::format("The mail was not sent, since {} cannot be attached: {}.",
                                  ToQuotedDisplay(error.Object()), OSErrorText(error.Code())));
   }

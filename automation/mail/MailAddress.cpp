@@ -27,7 +27,7 @@ std::u16string_view Trimmed(std::u16string_view pText) {
   return pText;
 }
 
-// Whether the text is parts of at least one such character each, with single dots between them.
+// Whether the text consists of non-empty parts of such characters, with single dots between them.
 template <typename TAllowed>
 bool IsDotted(std::string_view pText, size_t pLongestPart, TAllowed pAllowed) {
   size_t length = 0;
@@ -39,7 +39,7 @@ bool IsDotted(std::string_view pText, size_t pLongestPart, TAllowed pAllowed) {
   return length > 0;
 }
 
-// A dash at the beginning is legal, but sendmail programs take such an address for an option.
+// A dash at the beginning is legal, but sendmail programs read such an address as an option.
 bool IsLocalPart(std::string_view pText) {
   const auto allowed = [](char pChar) {
     return IsLetterOrDigit(pChar) || std::string_view("!#$%&'*+-/=?^_`{|}~").find(pChar) != std::string_view::npos;
@@ -47,7 +47,7 @@ bool IsLocalPart(std::string_view pText) {
   return pText.size() <= kLongestLocalPart && IsDotted(pText, kLongestLocalPart, allowed) && pText.front() != '-';
 }
 
-// A host's name, or an address such as [192.0.2.1] in its place.
+// A host's name, or an address such as [192.0.2.1] instead.
 bool IsDomain(std::string_view pText) {
   if (pText.size() > 2 && pText.front() == '[' && pText.back() == ']') {
     return std::all_of(pText.begin() + 1, pText.end() - 1,
@@ -62,7 +62,7 @@ bool IsAddress(std::string_view pText) {
          IsDomain(pText.substr(at + 1));
 }
 
-// The name without its quotes; false when they do not match or what must stand in quotes does not.
+// The name without its quotes. False when the quotes do not match, or when quotes are missing where they are needed.
 bool ReadName(std::u16string_view pText, std::u16string& pName) {
   if (pText.empty() || pText.front() != u'"') {
     pName = pText;

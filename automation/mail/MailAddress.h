@@ -1,6 +1,6 @@
 #pragma once
 
-// Addresses taken apart and checked; lists of them.
+// Mail addresses: parsing and checking one address or a list.
 
 #include <string>
 #include <string_view>

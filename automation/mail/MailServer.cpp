@@ -1,4 +1,4 @@
-// To a mail server; why one refused, in words for users.
+// Sends a mail to a mail server, and explains in users' words why a server refused.
 
 #include <curl/curl.h>
 #include <fmt/format.h>
@@ -24,14 +24,14 @@ constexpr long kLowestPort = 1, kHighestPort = 65535;
 constexpr size_t kLongestReply = 600;     // bytes of a server's answer that a message shows
 constexpr size_t kMostOfReply = 1 << 16;  // bytes of it that are looked at
 
-// One try to hand over a mail, as libcurl's callbacks see it.
+// One attempt to hand over a mail, as libcurl's callbacks see it.
 struct TConversation {
   TMailSource& fMail;
-  std::exception_ptr fFailure;  // of reading the mail
-  std::string fAddress;         // the sender or recipient whom the last command was about; empty for other commands
+  std::exception_ptr fFailure;  // while reading the mail
+  std::string fAddress;         // the sender or recipient of the last command; empty for other commands
   bool fIsRecipient = false;
   std::string fReply;     // the server's last answer, which may have several lines
-  bool fLeaving = false;  // what comes now is politeness
+  bool fLeaving = false;  // the mail is done; only the goodbye follows
 };
 
 size_t GiveMail(char* pBuffer, size_t pSize, size_t pCount, void* pConversation) noexcept {
@@ -44,7 +44,7 @@ size_t GiveMail(char* pBuffer, size_t pSize, size_t pCount, void* pConversation)
   }
 }
 
-// "5.7.8 " in front of a line's text, which repeats what the first line said.
+// Finds "5.7.8 " in front of a line's text. It repeats what the first line said.
 std::string_view WithoutEnhancedCode(std::string_view pLine) {
   const size_t end = pLine.find_first_not_of("0123456789.");
   const std::string_view code = pLine.substr(0, end);
@@ -53,7 +53,7 @@ std::string_view WithoutEnhancedCode(std::string_view pLine) {
   return isCode ? pLine.substr(end + 1) : pLine;
 }
 
-// Of all commands only those with an address are looked at: others hold the password.
+// Only commands with an address are looked at. Others hold the password.
 void NoteCommand(TConversation& pConversation, std::string_view pLine) {
   constexpr std::string_view kSender = "MAIL FROM:", kRecipient = "RCPT TO:", kQuit = "QUIT";
   if (pLine.starts_with(kQuit)) pConversation.fLeaving = true;
@@ -68,7 +68,7 @@ void NoteCommand(TConversation& pConversation, std::string_view pLine) {
 void NoteReply(TConversation& pConversation, std::string_view pLine) {
   constexpr size_t kCodeLength = 3;
   if (pConversation.fLeaving) return;
-  // A dash behind the code says that more lines follow.
+  // A dash after the code says that more lines follow.
   const bool unfinished = pConversation.fReply.ends_with('-');
   if (unfinished) {
     pConversation.fReply.back() = ' ';
@@ -88,7 +88,7 @@ int NoteLine(CURL*, curl_infotype pKind, char* pLine, size_t pLength, void* pCon
     if (pKind == CURLINFO_HEADER_OUT) NoteCommand(conversation, {pLine, pLength});
     if (pKind == CURLINFO_HEADER_IN) NoteReply(conversation, {pLine, pLength});
   } catch (const std::exception&) {
-    // Out of memory: the message will be poorer.
+    // Out of memory: the message has less detail.
   }
   return 0;
 }
@@ -111,7 +111,7 @@ bool IsHostName(std::string_view pHost) {
     return (pChar >= '0' && pChar <= '9') || (pChar >= 'A' && pChar <= 'Z') || (pChar >= 'a' && pChar <= 'z') ||
            std::string_view("-._:").find(pChar) != std::string_view::npos;
   });
-  // One colon is a port put behind the name; addresses of IPv6 have more.
+  // One colon separates a port from the name; IPv6 addresses have more.
   return plain && std::count(pHost.begin(), pHost.end(), ':') != 1;
 }
 
@@ -149,7 +149,7 @@ class TConnection {
   TConnection& operator=(const TConnection&) = delete;
 
   CURLcode Perform() { return fLibrary.fPerform(fHandle); }
-  // What libcurl has to say of the failure; never empty.
+  // libcurl's text on the failure; never empty.
   std::string Detail(CURLcode pCode) const { return fError[0] ? fError : ErrorText(pCode); }
   // The library's own text for the code.
   std::string ErrorText(CURLcode pCode) const { return fLibrary.fErrorText(pCode); }
@@ -160,8 +160,8 @@ class TConnection {
     const CURLcode code = fLibrary.fSetOption(fHandle, pOption, pValue);
     if (code != CURLE_OK && fRefused == CURLE_OK) fRefused = code;
   }
-  // The library says goodbye when it cleans up, and would wait a minute for a server that does not answer to that.
-  // Everything is decided by then.
+  // The library says goodbye during its cleanup and would wait a minute for a server that does not answer. The result
+  // is known by then.
   void LeaveAtOnce() {
     curl_socket_t socket = CURL_SOCKET_BAD;
     if (fLibrary.fGetInfo(fHandle, CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK && socket != CURL_SOCKET_BAD)
@@ -189,7 +189,7 @@ TConnection::TConnection(const TMailServer& pServer, const TMailEnvelope& pEnvel
     SetCallbacks(pConversation);
     if (fRefused == CURLE_OK) return;
   }
-  // The destructor does not run for an object that did not come about.
+  // The destructor does not run for an object whose constructor failed.
   const std::string reason = fLibrary.fErrorText(fHandle ? fRefused : CURLE_FAILED_INIT);
   if (fHandle) fLibrary.fCleanup(fHandle);
   fLibrary.fFreeList(fRecipients);
@@ -198,7 +198,7 @@ TConnection::TConnection(const TMailServer& pServer, const TMailEnvelope& pEnvel
 
 void TConnection::SetServer(const TMailServer& pServer) {
   Set(CURLOPT_URL, Url(pServer).c_str());
-  // A proxy in the environment is meant for the web.
+  // A proxy in the environment is meant for the web only.
   Set(CURLOPT_PROXY, "");
   Set(CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
   Set(CURLOPT_LOW_SPEED_LIMIT, 1L);
@@ -211,11 +211,11 @@ void TConnection::SetServer(const TMailServer& pServer) {
 
 void TConnection::SetEncryption(TMailSecurity pSecurity) {
   if (pSecurity == TMailSecurity::msNone) return;
-  // Without "all" a server, or who sits in between, could talk it out of encryption, and the password out in the clear.
+  // Without "all" a server, or an attacker in between, could turn encryption off and then read the password.
   Set(CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
   Set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  // For Windows, where a list of revoked certificates that is out of reach would refuse every certificate of an
-  // organisation's own.
+  // For Windows. Otherwise an unreachable list of revoked certificates would refuse every certificate of an
+  // organisation's own authority.
   Set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT));
   const std::u16string certificates = EnvironmentVariable(u"SSL_CERT_FILE").value_or(u"");
   if (!certificates.empty()) Set(CURLOPT_CAINFO, ToNativeBytes(certificates).c_str());
@@ -233,24 +233,24 @@ void TConnection::SetEnvelope(const TMailEnvelope& pEnvelope) {
 
 void TConnection::SetCallbacks(TConversation& pConversation) {
   Set(CURLOPT_UPLOAD, 1L);
-  // So that a server can say that it is too much before it is sent.
+  // The size lets a server refuse a mail that is too large before it is sent.
   Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(pConversation.fMail.Size()));
   Set(CURLOPT_READFUNCTION, static_cast<curl_read_callback>(&GiveMail));
   Set(CURLOPT_READDATA, static_cast<void*>(&pConversation));
-  // Nothing is shown: what would be goes to the callback, which is the only way to learn whom a server refused.
+  // Verbose output goes to the callback and is not shown. It is the only way to learn which address a server refused.
   Set(CURLOPT_VERBOSE, 1L);
   Set(CURLOPT_DEBUGFUNCTION, static_cast<curl_debug_callback>(&NoteLine));
   Set(CURLOPT_DEBUGDATA, static_cast<void*>(&pConversation));
 }
 
-// The server's answer as part of a message; not when it says the password back, whole or in part.
+// The server's answer as part of a message. Left out when it repeats the password, whole or in part.
 std::string Answer(const TConversation& pConversation, const TMailServer& pServer) {
   const std::string& reply = pConversation.fReply;
   if (HoldsSecret(reply, pServer.fPassword)) return " What it says is not shown, since it may hold the password.";
   return reply.empty() ? "" : " It says: " + ToDisplay(FromUtf8(reply.substr(0, kLongestReply)));
 }
 
-// Whether the last thing that the server said was a refusal.
+// Whether the server's last answer was a refusal.
 bool IsRefusal(std::string_view pReply) {
   return !pReply.empty() && (pReply[0] == '4' || pReply[0] == '5');
 }
@@ -261,7 +261,7 @@ std::string Refusal(const TConversation& pConversation) {
                      pConversation.fIsRecipient ? "the recipient" : "this mail from", pConversation.fAddress);
 }
 
-// What went wrong, as the end of a sentence that the server's name begins, and what to do about it.
+// The error as the end of a sentence that begins with the server's name, and what to do about it.
 std::string Reason(CURLcode pCode, const std::string& pDetail, const TConversation& pConversation,
                    const TMailServer& pServer) {
   const std::string answer = Answer(pConversation, pServer);

@@ -33,7 +33,7 @@ const char* ContentType(std::u16string_view pFileName) {
   return "application/octet-stream";
 }
 
-// With CRLF for every kind of line end, and one at the end.
+// Turns every kind of line end into CRLF and adds one at the end.
 std::string WithNetworkLineEnds(std::string_view pText) {
   std::string result;
   for (size_t i = 0; i < pText.size(); ++i) {
@@ -77,7 +77,7 @@ std::string ClosingLine(std::string_view pBoundary) {
   return fmt::format("\r\n--{}--\r\n", pBoundary);
 }
 
-// Reads on until the buffer is full or the file at its end; a read may give less than was asked for.
+// Reads until the buffer is full or the file ends. A read may return less than requested.
 size_t ReadFully(TFileStream& pFile, std::string& pBuffer) {
   size_t length = 0;
   while (length < pBuffer.size()) {
@@ -98,7 +98,7 @@ TMailStamp TMailStamp::Make(std::string_view pHost) {
 }
 
 TMailSource::TMailSource(const TMailMessage& pMessage, const TMailEnvelope& pEnvelope, const TMailStamp& pStamp)
-    // No encoding that is used here brings forth "=_".
+    // No encoding used here produces "=_".
     : fBoundary("=_" + pStamp.fUnique), fPiece(Header(pMessage, pEnvelope, pStamp)) {
   for (const std::u16string& path : pMessage.fAttachments) {
     fAttachments.push_back({TFileStream::OpenForReading(path), AttachmentHead(path)});
@@ -121,7 +121,7 @@ std::string TMailSource::Header(const TMailMessage& pMessage, const TMailEnvelop
   header += AddressHeader("To", pEnvelope.fTo);
   header += TextHeader("Subject", pMessage.fSubject);
   header += fmt::format("Message-ID: <{}@{}>\r\n", pStamp.fUnique, pStamp.fHost);
-  // Keeps people's holiday notices from answering.
+  // Prevents automatic holiday replies.
   header += "Auto-Submitted: auto-generated\r\nMIME-Version: 1.0\r\n";
   return header;
 }

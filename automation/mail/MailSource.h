@@ -1,6 +1,6 @@
 #pragma once
 
-// A composed mail as bytes, its attachments read while it is sent.
+// A composed mail as bytes; attachments are read while it is sent.
 
 #include <cstdint>
 #include <optional>
@@ -16,34 +16,33 @@
 
 namespace Vantrel::Mail {
 
-// Who sends a mail to whom.
+// The sender and the recipients of a mail.
 struct TMailEnvelope {
   std::optional<TMailAddress> fFrom;  // none: sendmail fills it in
   std::vector<TMailAddress> fTo;
 };
 
-// What makes one mail differ from another with the same contents.
+// The values that differ between mails with the same contents.
 struct TMailStamp {
   TKivFileTime fTime;
   std::string fUnique;  // letters and digits that no other mail has
   std::string fHost;    // where it was made
-  // Now, with random letters.
+  // The current time and random letters.
   static TMailStamp Make(std::string_view pHost);
 };
 
-// A mail as the bytes that go over the wire: header, text, and the attachments one after the other, each read from its
-// file when its turn comes. Lines end with CRLF and hold ASCII only. libcurl has a composer as well, but none that
-// another program could be fed with, and it leaves texts beyond ASCII to its caller; so both ways of sending share this
-// one.
+// A mail as the bytes that are sent: header, text, and the attachments one after the other. Each attachment is read
+// from its file when it is sent. Lines end with CRLF and hold ASCII only. libcurl has a composer too, but its output
+// cannot go to another program, and it leaves texts beyond ASCII to its caller. So both ways of sending use this one.
 class TMailSource final : public IByteSource {
  public:
-  // Opens all attachments, so that a missing one is found before anything is sent: EOSError that names it.
+  // Opens all attachments, so that a missing one is found before sending: EOSError that names it.
   TMailSource(const TMailMessage& pMessage, const TMailEnvelope& pEnvelope, const TMailStamp& pStamp);
 
   // EOSError when an attachment cannot be read to its end.
   size_t Read(char* pBuffer, size_t pLength) override;
 
-  // How many bytes there are in all, provided that no attachment changes.
+  // The number of bytes in all, provided that no attachment changes.
   uint64_t Size() const { return fSize; }
 
  private:
@@ -59,11 +58,11 @@ class TMailSource final : public IByteSource {
   std::string fBoundary;
   std::vector<TAttachment> fAttachments;
   uint64_t fSize = 0;
-  std::string fPiece;     // what is given out
+  std::string fPiece;     // the bytes to hand out next
   size_t fPosition = 0;   // in the piece
-  size_t fCurrent = 0;    // the attachment whose turn it is
-  bool fInside = false;   // whether its head is out
-  bool fClosed = false;   // whether the last line is out
+  size_t fCurrent = 0;    // index of the current attachment
+  bool fInside = false;   // whether its header has been written
+  bool fClosed = false;   // whether the last line has been written
   std::string fContents;  // of an attachment, before encoding
 };
 

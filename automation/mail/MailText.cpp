@@ -13,7 +13,7 @@ namespace Vantrel::Mail {
 namespace {
 
 constexpr size_t kLineLength = 76;
-// Of one encoded word, so that it fits on a line behind a header's name.
+// The length of one encoded word, so that it fits on a line after a header's name.
 constexpr size_t kBytesPerWord = 39;
 constexpr size_t kLongestQuoted = 60;
 
@@ -39,14 +39,14 @@ void AppendBase64(std::string& pTarget, std::string_view pBytes) {
   }
 }
 
-// How many of the first bytes, pMost at most, are whole characters.
+// The number of the first bytes, pMost at most, that form whole characters.
 size_t WholeCharacters(std::string_view pUtf8, size_t pMost) {
   if (pUtf8.size() <= pMost) return pUtf8.size();
   while (pMost > 0 && (pUtf8[pMost] & 0xC0) == 0x80) --pMost;
   return pMost;
 }
 
-// Encoded words, one on each line. Readers join them without the line ends between.
+// Encoded words, one on each line. Readers join them without the line ends.
 std::string EncodedWords(std::string_view pUtf8) {
   std::string result;
   while (!pUtf8.empty()) {
@@ -69,17 +69,16 @@ std::string Quoted(std::string_view pText) {
   return result + '"';
 }
 
-// Names stand in quotes also where they need not: the rules for when they need not are long, and readers do not show
-// them.
+// Names always stand in quotes. The rules for when they need none are long, and readers do not show the quotes.
 std::string AddressText(const TMailAddress& pAddress) {
   if (pAddress.fName.empty()) return pAddress.fAddress;
   const std::string name = WithoutControls(ToUtf8(pAddress.fName));
   const bool plain = IsPlain(name) && name.size() <= kLongestQuoted;
-  // On a line of its own, since name and address together may be too long for one.
+  // On its own line, since name and address together may be too long for one.
   return (plain ? Quoted(name) : EncodedWords(name)) + "\r\n <" + pAddress.fAddress + ">";
 }
 
-// Percent signs for everything but letters, digits and a few marks, so that no part is cut in the middle of a
+// Uses percent signs for everything but letters, digits and a few marks. So no part is cut in the middle of a
 // character.
 std::string PercentEncoded(std::string_view pUtf8) {
   std::string result;
@@ -110,7 +109,7 @@ std::string Base64Lines(std::string_view pBytes) {
 
 std::string TextHeader(std::string_view pName, std::u16string_view pText) {
   const std::string text = WithoutControls(ToUtf8(pText));
-  // Blanks at the ends would be lost, and "=?" be taken for an encoded word.
+  // Blanks at the ends would be lost, and "=?" would be read as an encoded word.
   const bool plain = IsPlain(text) && pName.size() + 2 + text.size() <= kLineLength && !text.starts_with(' ') &&
                      !text.ends_with(' ') && text.find("=?") == std::string::npos;
   return fmt::format("{}: {}\r\n", pName, plain ? text : EncodedWords(text));

@@ -1,22 +1,22 @@
 #pragma once
 
-// What the two ways of sending have in common.
+// The interface of the two ways of sending a mail.
 
 #include <string>
 
 #include "automation/mail/Mail.h"
 #include "automation/mail/MailSource.h"
 
-// The two ways by which a composed mail leaves. Both throw EMailError, and let EOSErrors of attachments through.
+// The two ways to send a composed mail. Both throw EMailError. EOSErrors of attachments pass through.
 namespace Vantrel::Mail {
 
 // To a mail server. The sender must be there.
 void SendToServer(TMailSource& pMail, const TMailEnvelope& pEnvelope, const TMailServer& pServer);
 
-// To a program that takes a mail as sendmail does: pProgram, or the one of the usual places when that is empty.
+// Sends through a program with sendmail's arguments: pProgram, or one in the usual places when it is empty.
 void SendToSendmail(TMailSource& pMail, const TMailEnvelope& pEnvelope, const std::string& pProgram);
 
-// What can be known of the two ways before a mail is sent.
+// Checks of the two ways that are possible before a mail is sent.
 void CheckServer(const TMailServer& pServer);
 void CheckSendmail(const std::string& pProgram);
 

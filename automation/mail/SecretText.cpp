@@ -11,7 +11,7 @@ namespace Vantrel::Mail {
 
 namespace {
 
-constexpr size_t kTellingPiece = 5;  // characters of a secret, or of its encoding, that are too many to be shown
+constexpr size_t kTellingPiece = 5;  // a piece of so many characters of a secret, or of its encoding, must not be shown
 
 char Folded(char pChar) {
   return pChar >= 'A' && pChar <= 'Z' ? static_cast<char>(pChar + ('a' - 'A')) : pChar;
@@ -25,7 +25,7 @@ std::string Packed(std::string_view pText) {
   return packed;
 }
 
-// Whether some piece of the needle is in the text; of a short one, all of it.
+// Whether a piece of the needle is in the text. A short needle must be there as a whole.
 bool HoldsPiece(std::string_view pText, std::string_view pNeedle) {
   const size_t length = std::min(pNeedle.size(), kTellingPiece);
   for (size_t i = 0; length > 0 && i + length <= pNeedle.size(); ++i)
@@ -51,8 +51,8 @@ std::string WithoutEscapes(std::string_view pText) {
   return plain;
 }
 
-// The secret's part in the base64 of a longer text in which so many bytes stand before it, modulo three. What its
-// neighbours have a say in is left out.
+// The secret's part in the base64 of a longer text, with so many bytes, modulo three, before it. Characters that also
+// depend on neighbouring bytes are left out.
 std::string Base64Inside(std::string_view pSecret, size_t pBefore) {
   constexpr size_t kBits = 6;
   std::string encoded = Packed(Base64Lines(std::string(pBefore, '\0').append(pSecret)));
@@ -68,12 +68,12 @@ bool HoldsSecret(std::string_view pText, std::string_view pSecret) {
   if (HoldsPiece(text, secret) || HoldsPiece(Packed(WithoutEscapes(text)), secret)) return true;
   std::string digits;
   for (const char character : pSecret) digits += fmt::format("{:02x}", static_cast<unsigned char>(character));
-  // Two digits a character, so a piece is twice as long.
+  // A character has two digits, so a piece is twice as long.
   for (size_t i = 0; i + 1 < digits.size(); i += 2) {
     const size_t length = std::min(digits.size(), 2 * kTellingPiece);
     if (i + length <= digits.size() && text.find(digits.substr(i, length)) != std::string::npos) return true;
   }
-  // In the alphabet for addresses of the web as well.
+  // Also in the alphabet for web addresses.
   std::replace(text.begin(), text.end(), '-', '+');
   std::replace(text.begin(), text.end(), '_', '/');
   for (size_t before = 0; before < 3; ++before)

@@ -1,4 +1,4 @@
-// To the system's sendmail.
+// Sends a mail through the system's sendmail.
 
 #include <fmt/format.h>
 
@@ -16,7 +16,7 @@ namespace Vantrel::Mail {
 namespace {
 
 constexpr const char* kUsualPlaces[] = {"/usr/sbin/sendmail", "/usr/lib/sendmail"};
-// Some programs of that name deliver a mail by themselves before they end.
+// Some programs of that name deliver a mail themselves before they end.
 constexpr int64_t kPatienceMilliseconds = 10 * 60 * 1000;
 constexpr size_t kBufferSize = 64 * 1024;
 
@@ -25,7 +25,7 @@ bool IsThere(const char* pPath) {
     TFileStream::OpenForReading(FromUtf8(pPath));
     return true;
   } catch (const EOSError& error) {
-    // Some systems let nobody read it.
+    // Some systems do not let users read the program.
     return ClassifyOSError(error.Code()) == TErrorKind::ekAccessDenied;
   }
 }
@@ -39,7 +39,7 @@ std::string FindSendmail() {
       "install a program that brings sendmail.");
 }
 
-// "--" keeps whatever follows from being taken for an option. Dots on lines of their own mean nothing with -i.
+// "--" keeps the following arguments from being read as options. With -i, dots on lines of their own have no meaning.
 std::vector<std::string> Arguments(const TMailEnvelope& pEnvelope) {
   std::vector<std::string> arguments{"-i"};
   if (pEnvelope.fFrom) arguments.insert(arguments.end(), {"-f", pEnvelope.fFrom->fAddress});
@@ -52,8 +52,7 @@ std::vector<std::string> Arguments(const TMailEnvelope& pEnvelope) {
 bool FeedMail(TMailSource& pMail, TChildProcess& pProcess) {
   std::string buffer(kBufferSize, '\0');
   while (const size_t length = pMail.Read(buffer.data(), buffer.size())) {
-    // Programs on this side of the wire expect the system's own line ends. A composed mail has a carriage return
-    // nowhere else.
+    // Local programs expect the system's own line ends. A composed mail has carriage returns nowhere else.
     std::string lines = buffer.substr(0, length);
     lines.erase(std::remove(lines.begin(), lines.end(), '\r'), lines.end());
     if (!pProcess.Feed(lines)) return false;
@@ -61,7 +60,7 @@ bool FeedMail(TMailSource& pMail, TChildProcess& pProcess) {
   return true;
 }
 
-// Its output on one line, behind a colon.
+// The program's output on one line, after a colon.
 std::string Output(std::string_view pText) {
   while (!pText.empty() && static_cast<unsigned char>(pText.back()) <= ' ') pText.remove_suffix(1);
   std::string text(pText);
