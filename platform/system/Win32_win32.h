@@ -1,8 +1,8 @@
 #pragma once
 
-// Windows' types beside the program's; extended paths.
+// Windows' own types, the conversions to them, and extended paths.
 
-// For the _win32 sources only: Windows' own types beside the program's.
+// Only the _win32 sources include this.
 
 #include <windows.h>
 
