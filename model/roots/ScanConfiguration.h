@@ -48,7 +48,7 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) override {
     fRoot->RecordError(pFolder, pEnumerator, pPartial);
   }
-  // Not called for a refresh: the scan already counted what a refresh leaves out.
+  // A refresh counts no exclusions, since the scan has already counted them.
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
                     int64_t pExcluded) override {
     fRoot->CountScanned(pFolder, pFiles, pFolders, pBytes, fScan.fWholeTree ? pExcluded : 0);

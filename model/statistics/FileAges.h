@@ -17,8 +17,8 @@
 
 namespace Vantrel {
 
-// The age of a file in days begun, so that a file is at most n days old exactly when its age is at most n: one of a day
-// and a minute is 2 and not "up to a day". At most 0 for a date in the future; a file without date is very old.
+// The age of a file in days, rounded up. So a file is at most n days old exactly when its age is at most n: a day and a
+// minute is 2, not "up to a day". At most 0 for a date in the future. A file without a date is very old.
 int64_t FileAgeInDays(TKivFileTime pNow, TKivFileTime pDate);
 
 // "6 months": a number of days in the largest unit of days, weeks, months (30 days) and years (365) that fits, cut to

@@ -32,7 +32,7 @@ struct TFolderStatistics {
   void Add(const TFolderStatistics& pOther) const;
   void Add(const TListedStatistics& pListed) const;
   void Subtract(const TFolderStatistics& pOther) const;
-  // Adds, and makes the arrays that are missing here.
+  // Adds, and creates the arrays that are missing here.
   void AddOrCreate(const TFolderStatistics& pOther);
   // Copies the arrays, with the same contents.
   TFolderStatistics Clone() const;

@@ -22,7 +22,7 @@ class IFileTypeGroup : public IInterface {
   virtual void SetCaption(std::u16string_view pValue) = 0;
   virtual std::u16string GetDescription() const = 0;
   virtual void SetDescription(std::u16string_view pValue) = 0;
-  // A mask whose system icon stands for the group ("*.wav"); may be empty.
+  // A mask for the system icon of the group ("*.wav"); may be empty.
   virtual std::u16string GetExtensionForIcon() const = 0;
   virtual void SetExtensionForIcon(std::u16string_view pValue) = 0;
   virtual std::u16string GetPatterns() const = 0;
