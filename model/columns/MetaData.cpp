@@ -14,8 +14,8 @@ namespace Vantrel {
 
 namespace {
 
-// Format identifiers, their bytes in the order of the written form {DE632DE0-4253-…}. Both are kept in files: name and
-// full path have identifiers of their own, all other columns share one and differ by property id.
+// Format identifiers, with their bytes in the order of the written form {DE632DE0-4253-…}. Files hold them. Name and
+// full path have their own identifiers. All other columns share one and differ by property id.
 constexpr std::array<uint8_t, 16> kPathFormat = {0xDE, 0x63, 0x2D, 0xE0, 0x42, 0x53, 0x4B, 0xAB,
                                                  0x85, 0xC4, 0xCA, 0x3B, 0xE1, 0x8A, 0xA0, 0xF6};
 constexpr std::array<uint8_t, 16> kNameFormat = {0xB0, 0x46, 0x1F, 0x53, 0xEA, 0xF6, 0x4D, 0xA1,
@@ -23,7 +23,7 @@ constexpr std::array<uint8_t, 16> kNameFormat = {0xB0, 0x46, 0x1F, 0x53, 0xEA, 0
 constexpr std::array<uint8_t, 16> kCommonFormat = {0x5A, 0x1C, 0x7E, 0x94, 0x2B, 0xD3, 0x4F, 0x06,
                                                    0x9E, 0x41, 0x37, 0xC8, 0x60, 0xB5, 0xA2, 0x1D};
 
-// Property ids are kept in files: a column never changes its own, a new column takes the next one.
+// Files hold property ids: a column never changes its id, and a new column gets the next one.
 constexpr std::array<TColumnInfo, static_cast<size_t>(TColumn::mdCount)> kColumns = {{
     {TColumn::mdName, {kNameFormat, 61}, u"Name", u"Name", TColumnKind::ckText},
     {TColumn::mdFullPath, {kPathFormat, 1}, u"FullPath", u"Full Path", TColumnKind::ckText},
@@ -72,7 +72,7 @@ int64_t PowerOfTen(int pExponent) {
   return power;
 }
 
-// The integer part with separators between groups of three.
+// Appends the integer part with separators between groups of three digits.
 void AppendGrouped(std::u16string& pText, uint64_t pValue, std::u16string_view pSeparator) {
   std::string digits = std::to_string(pValue);
   for (size_t i = 0; i < digits.size(); ++i) {
@@ -81,7 +81,7 @@ void AppendGrouped(std::u16string& pText, uint64_t pValue, std::u16string_view p
   }
 }
 
-// A number given as a multiple of 10^-pDecimals.
+// The text of a number given as a multiple of 10^-pDecimals.
 std::u16string FixedText(TWide pScaled, int pDecimals, const TValueFormat& pFormat) {
   std::u16string text;
   if (pScaled < 0) text += u'-';
@@ -102,8 +102,8 @@ std::u16string CountText(int64_t pCount, const TValueFormat& pFormat) {
   return {digits.begin(), digits.end()};
 }
 
-// The size in a unit, as a multiple of 10^-pDecimals, halves away from zero. In integers, since a double would round
-// what has been rounded.
+// The size in a unit, as a multiple of 10^-pDecimals. Halves are rounded away from zero. Integers are used, since a
+// double would round twice.
 TWide ScaledSize(int64_t pBytes, TSizeUnit pUnit, int pDecimals) {
   int shift = 10 * static_cast<int>(pUnit);
   TWide scaled = static_cast<TWide>(pBytes) * PowerOfTen(pDecimals);
@@ -121,7 +121,7 @@ std::u16string SizeText(int64_t pBytes, const TValueFormat& pFormat) {
   };
   TWide scaled = ScaledSize(pBytes, unit, decimalsOf(unit));
   if (automatic && unit < TSizeUnit::suTB) {
-    // What rounding lifted to 1,024 of a unit reads better as 1 of the next.
+    // A value that rounding raised to 1,024 is shown as 1 of the next unit.
     TWide next = static_cast<TWide>(1024) * PowerOfTen(decimalsOf(unit));
     if (scaled >= next || scaled <= -next) {
       unit = static_cast<TSizeUnit>(static_cast<int>(unit) + 1);
@@ -136,7 +136,7 @@ std::u16string SizeText(int64_t pBytes, const TValueFormat& pFormat) {
   return text;
 }
 
-// A share of 0 to 1 in per cent, halves away from zero.
+// A share from 0 to 1 in per cent. Halves are rounded away from zero.
 std::u16string ShareText(double pShare, const TValueFormat& pFormat) {
   if (!std::isfinite(pShare)) return {};
   int decimals = std::clamp(pFormat.fDecimals, 0, kMaxDecimals);
@@ -146,7 +146,7 @@ std::u16string ShareText(double pShare, const TValueFormat& pFormat) {
   return text;
 }
 
-// One letter per attribute in a fixed place, "-" where it is not set.
+// One letter per attribute in a fixed place, "-" where the attribute is missing.
 std::u16string AttributeText(int64_t pAttributes) {
   struct TLetter {
     TAttributes fBit;
@@ -228,7 +228,7 @@ std::u16string FormatUnsigned(TColumn pColumn, const TMetaDataValue& pValue, con
   return {};
 }
 
-// People want to see which way a change goes; programs read numbers without a plus.
+// Users need the direction of a change, but programs read numbers without a plus.
 bool ShowsPlus(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat) {
   if (pFormat.fPlainByteValues || (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdSizeChangePercent &&
                                    pColumn != TColumn::mdFileChange && pColumn != TColumn::mdAllocatedChange))
@@ -245,7 +245,7 @@ std::u16string FormatValue(TColumn pColumn, const TMetaDataValue& pValue, const 
   return ShowsPlus(pColumn, pValue, pFormat) ? u"+" + text : text;
 }
 
-// Values of different kinds, which no column mixes except with "no value", are ordered by kind.
+// Values of different kinds are ordered by kind. In one column this only happens with "no value".
 std::partial_ordering CompareValues(const TMetaDataValue& pA, const TMetaDataValue& pB) {
   return pA <=> pB;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The column catalogue; values, how they are formatted and compared.
+// The column catalogue, and how values are formatted and compared.
 
 #include <array>
 #include <compare>
@@ -15,16 +15,16 @@
 
 namespace Vantrel {
 
-// The one catalogue of columns: lists, sorting, exports, pattern targets and search conditions all read it.
+// The single catalogue of columns. Lists, sorting, exports, pattern targets and search conditions all use it.
 
-// A column's identity in files and on the wire: a 16-byte format identifier and a property id.
+// A column's identity in files: a 16-byte format identifier and a property id.
 struct TPropertyKey {
   std::array<uint8_t, 16> fFormatId{};
   uint32_t fPropertyId = 0;
   auto operator<=>(const TPropertyKey&) const = default;
 };
 
-// A column's index in the catalogue: what the program uses inside.
+// A column's index in the catalogue, for use inside the program.
 enum class TColumn : uint8_t {
   mdName,
   mdFullPath,
@@ -47,12 +47,12 @@ enum class TColumn : uint8_t {
   mdPathLength,
   mdDepth,
   mdFolderState,
-  mdSizeChange,         // against an earlier scan that the root is compared with
+  mdSizeChange,         // since the earlier scan that the root is compared with
   mdSizeChangePercent,  // of the earlier size
-  mdFileChange,         // files more or fewer
-  mdAllocatedChange,    // bytes on the disk more or fewer
+  mdFileChange,         // change in the number of files
+  mdAllocatedChange,    // change in bytes on the disk
   mdChangeState,        // "new", "gone", or nothing
-  mdError,              // why the folder could not be read; known to exports alone
+  mdError,              // why the folder could not be read; only in exports
   mdCount               // number of columns
 };
 
@@ -62,20 +62,20 @@ struct TColumnInfo {
   TColumn fColumn;
   TPropertyKey fKey;
   std::u16string_view fName;     // for command lines and files: letters only, compared without regard to case
-  std::u16string_view fCaption;  // for people
+  std::u16string_view fCaption;  // for users
   TColumnKind fKind;
 };
 
 // The catalogue's entry of a column.
 const TColumnInfo& ColumnInfo(TColumn pColumn);
-// The column by key or by name; nullptr when there is none.
+// Finds a column by key or by name; nullptr when there is none.
 const TColumnInfo* FindColumn(const TPropertyKey& pKey);
 const TColumnInfo* FindColumn(std::u16string_view pName);
 
 // A raw value: none, a size, count or attribute set, a share (0 to 1), a date, or text.
 using TMetaDataValue = std::variant<std::monostate, int64_t, double, TKivFileTime, std::u16string>;
 
-// How values are written for people. Units are binary multiples.
+// How values are written for users. Units are binary multiples.
 enum class TSizeUnit : uint8_t { suBytes, suKB, suMB, suGB, suTB, suAutomatic };
 
 struct TValueFormat {
@@ -96,21 +96,23 @@ std::u16string_view UnitName(TSizeUnit pUnit);
 // Compares two values of one column, "no value" first; texts in code-unit order.
 std::partial_ordering CompareValues(const TMetaDataValue& pA, const TMetaDataValue& pB);
 
-// Anything that answers column values. Values are snapshots; any thread may ask.
+// An object with column values. Values are snapshots. Any thread may ask.
 class IMetaDataFormatter : public IInterface {
  public:
-  // The raw value; "no value" for a column that the object does not have.
+  // The raw value. "No value" for a column that the object does not have.
   virtual TMetaDataValue GetValue(TColumn pColumn) const = 0;
-  // The value for people, in the given format.
+  // The value as text for users, in the given format.
   virtual std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {
     return FormatValue(pColumn, GetValue(pColumn), pFormat);
   }
 };
 
-// Formatted texts of one node's columns, kept until the node changes. Made on first use: most nodes are never shown.
+// Formatted texts of one node's columns, kept until the node changes. Created on first use, since most nodes are never
+// shown.
 class IMetaDataCache : public IInterface {
  public:
-  // The kept text; false when none is kept. All texts are in one format: whoever asks in another clears first.
+  // Finds the kept text; false when none is kept. All texts are in one format. A caller that needs another format
+  // clears the cache first.
   virtual bool Find(TColumn pColumn, std::u16string& pText) const = 0;
   virtual void Store(TColumn pColumn, const std::u16string& pText) = 0;
   virtual void Clear() = 0;

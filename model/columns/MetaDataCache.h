@@ -1,6 +1,6 @@
 #pragma once
 
-// The formatted texts of one node.
+// The cache of one node's formatted texts.
 
 #include <string>
 #include <utility>
@@ -11,7 +11,7 @@
 
 namespace Vantrel {
 
-// Formatted column texts of one node. A shown row has a handful of columns, so a short list does. Any thread.
+// Formatted column texts of one node. A shown row has few columns, so a short list is enough. Any thread.
 class TMetaDataCache : public TInterfaced<IMetaDataCache> {
  public:
   bool Find(TColumn pColumn, std::u16string& pText) const override;

@@ -65,7 +65,7 @@ std::u16string TBasicSizeDataOf<TInterface>::ToString() const {
 template <class TInterface>
 TMetaDataValue TBasicSizeDataOf<TInterface>::GetValue(TColumn pColumn) const {
   if constexpr (!std::is_same_v<TInterface, ISizeData>) {
-    // A record that counts neither folders nor compression has nothing to say of them.
+    // A record without folders and compression has no value in these columns.
     if (pColumn == TColumn::mdFolders || pColumn == TColumn::mdCompression) return {};
   }
   return ValueOfSizes(fValues, pColumn);

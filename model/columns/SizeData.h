@@ -1,6 +1,6 @@
 #pragma once
 
-// Size records, as plain numbers and as objects that answer columns.
+// Size records, as plain numbers and as objects with column values.
 
 #include <cstdint>
 #include <string>
@@ -9,11 +9,11 @@
 
 namespace Vantrel {
 
-// Whether uncompressed and compressed content lies beneath a node; both may be set.
+// Whether a node holds uncompressed and compressed content. Both bits may be set.
 enum TCompressionState : uint8_t { compr_no = 1, compr_yes = 2 };
 using TCompressionStates = uint8_t;
 
-// The plain numbers of a size record, in bytes and items. What arrays and tables of records hold.
+// The plain numbers of a size record, in bytes and items. Arrays and tables of records hold these.
 struct TBasicSizeValues {
   int64_t fSize = 0;
   int64_t fAllocated = 0;
@@ -35,7 +35,7 @@ struct TBasicSizeValues {
   }
 };
 
-// The same with folders and compression: everything a folder's totals say.
+// The same with folders and compression: all of a folder's totals.
 struct TSizeValues : TBasicSizeValues {
   int64_t fFolders = 0;
   TCompressionStates fCompression = 0;
@@ -49,7 +49,7 @@ struct TSizeValues : TBasicSizeValues {
   }
 };
 
-// A size record as an object that answers columns: sizes and counts in bytes and items.
+// A size record as an object with column values: sizes and counts in bytes and items.
 class IBasicSizeData : public IMetaDataFormatter {
  public:
   virtual int64_t GetSize() const = 0;
@@ -69,13 +69,12 @@ class ISizeData : public IBasicSizeData {
   virtual void SetFolders(int64_t pValue) = 0;
   virtual TCompressionStates GetCompression() const = 0;
   virtual void SetCompression(TCompressionStates pValue) = 0;
-  // The unit in which the size would be shown with the automatic unit: "B", "KB", "MB" …
+  // The unit that the automatic unit picks for the size: "B", "KB", "MB" …
   virtual std::u16string GetDisplayUnit() const = 0;
   virtual TSizeValues GetValues() const = 0;
 };
 
-// Free-standing size records, used where totals travel without a node: summaries, selections, comparisons. Owned by one
-// thread at a time.
+// Size records without a node, for summaries, selections and comparisons. Owned by one thread at a time.
 template <class TInterface>
 class TBasicSizeDataOf : public TInterfaced<TInterface> {
  public:
@@ -109,7 +108,7 @@ class TSizeData : public TBasicSizeDataOf<ISizeData> {
   TSizeValues GetValues() const override { return fValues; }
 };
 
-// A size column's value of a record; "no value" for a column that is not one of the record's.
+// The value of a size column in a record. "No value" for any other column.
 TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn);
 
 }  // namespace Vantrel

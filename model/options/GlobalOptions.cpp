@@ -22,7 +22,7 @@ bool ParseBoolean(std::string_view pText, bool& pValue) {
   return true;
 }
 
-// "1;7;30": day counts, each larger than the one before it. A single trailing ";" is let pass.
+// "1;7;30": numbers of days in ascending order. A single trailing ";" is accepted.
 bool IsAgeList(std::string_view pText) {
   if (pText.ends_with(';')) pText.remove_suffix(1);
   int64_t last = -1;
@@ -37,8 +37,8 @@ bool IsAgeList(std::string_view pText) {
   return true;
 }
 
-// In the declarations, an option's field is a pointer to a member of TGlobalOptions, or whatever else std::invoke gives
-// the field by.
+// In the declarations, an option's field is a pointer to a member of TGlobalOptions, or another callable through which
+// std::invoke returns the field.
 
 template <class TField>
 TOptionInfo Boolean(std::string pName, TField pField, bool pDefault, std::string pHelp) {
@@ -77,7 +77,7 @@ TOptionInfo Integer(std::string pName, TField pField, int64_t pDefault, int64_t 
 template <class T>
 using TChoices = std::vector<std::pair<std::string_view, T>>;
 
-// One of a few words; the first is the default.
+// An option with a choice of words. The first word is the default.
 template <class T, class TField>
 TOptionInfo Choice(std::string pName, TField pField, TChoices<T> pChoices, std::string pHelp) {
   std::string range;
@@ -116,7 +116,7 @@ TOptionInfo Text(std::string pName, TField pField, std::string pDefault, std::st
           [pField](const TGlobalOptions& pOptions) { return std::string(std::invoke(pField, pOptions)); }};
 }
 
-// A text that stands for a value of another type.
+// An option whose text represents a value of another type.
 template <class T, class TField>
 TOptionInfo Parsed(std::string pName, TField pField, std::string pDefault, std::string pRange,
                    bool (*pParse)(std::u16string_view, T&), std::u16string (*pText)(const T&), std::string pHelp) {
@@ -135,7 +135,7 @@ TOptionInfo Parsed(std::string pName, TField pField, std::string pDefault, std::
 
 using namespace Exporting;
 
-// A field of one kind of output's settings.
+// A field in the settings of one kind of output.
 template <class T>
 struct TMediaField {
   TMediaType fMedia;
@@ -144,7 +144,7 @@ struct TMediaField {
   const T& operator()(const TGlobalOptions& pOptions) const { return pOptions.Media(fMedia).*fField; }
 };
 
-// A unit of the format's own, or that of the global options: three fields of the settings.
+// A kind of output's own unit, or that of the global options. Sets three fields of the settings.
 TOptionInfo MediaUnit(const std::string& pPrefix, TMediaType pMedia) {
   static constexpr std::pair<std::string_view, TSizeUnit> units[] = {
       {"auto", TSizeUnit::suAutomatic}, {"B", TSizeUnit::suBytes}, {"KB", TSizeUnit::suKB},

@@ -1,6 +1,6 @@
 #pragma once
 
-// Every option with default, range and help line.
+// The program's options with their defaults, ranges and help lines.
 
 #include <array>
 #include <cstdint>
@@ -17,12 +17,12 @@
 
 namespace Vantrel {
 
-// How the way to a mail server is kept from listeners: not at all, from after the greeting on, from the start.
+// How the connection to a mail server is encrypted: not at all, after the greeting, or from the start.
 enum class TMailSecurity : uint8_t { msNone, msStartTLS, msTLS };
 
-// The program's options: named, typed properties, each declared once in GlobalOptions.cpp with its default, range and
-// help line. The command line sets them by name, "--help" lists them. Set before a scan starts; a scan reads them at
-// its start.
+// The program's options: named, typed properties. GlobalOptions.cpp declares each once with its default, range and help
+// line. The command line sets them by name, and "--help" lists them. A scan reads them at its start, so they are set
+// before.
 class TGlobalOptions {
  public:
   int32_t MaximumThreads = 0;
@@ -76,21 +76,21 @@ enum class TOptionKind : uint8_t { okBoolean, okInteger, okText, okChoice };
 struct TOptionInfo {
   std::string fName;
   TOptionKind fKind;
-  std::string fHelp;     // one line, no full stop
-  std::string fDefault;  // as text, as the command line would set it
+  std::string fHelp;     // one line, without a full stop
+  std::string fDefault;  // as text, in the command line's form
   std::string fRange;    // "1..1024", "no|yes", "Created|Changed" …; empty for free text
-  // Sets the option from text. False when the text is no value of it; the option then keeps its value.
+  // Sets the option from text. When the text is not a valid value, returns false and keeps the option's value.
   std::function<bool(TGlobalOptions&, std::string_view)> fSet;
   std::function<std::string(const TGlobalOptions&)> fGet;
 };
 
-// What is told of a value that an option does not take: 'MaximumThreads: "0" is not allowed; expected 1..256'. The
-// value is shown as it stands.
+// The message for a value that an option refuses: 'MaximumThreads: "0" is not allowed; expected 1..256'. The value is
+// shown unchanged.
 std::string RefusedValueText(const TOptionInfo& pOption, std::string_view pValue);
 
 // All options, in the order in which help lists them.
 std::span<const TOptionInfo> AllOptions();
-// The option of a name, without regard to ASCII letter case; nullptr when there is none.
+// The option with a name, ignoring ASCII letter case; nullptr when there is none.
 const TOptionInfo* FindOption(std::string_view pName);
 
 }  // namespace Vantrel

@@ -11,7 +11,7 @@ namespace {
 constexpr std::u16string_view kAscending = u"ascending";
 constexpr std::u16string_view kDescending = u"descending";
 
-// Takes the text up to the delimiter off the front.
+// Removes the text up to the delimiter from the front and returns it.
 std::u16string_view TakePart(std::u16string_view& pText, char16_t pDelimiter) {
   const size_t end = std::min(pText.find(pDelimiter), pText.size());
   const std::u16string_view part = pText.substr(0, end);

@@ -1,17 +1,17 @@
 #pragma once
 
-// The defaults that differ by platform.
+// The option defaults that differ by platform.
 
 namespace Vantrel {
 
-// The option defaults that depend on what a system tells cheaply.
+// These defaults depend on what each system provides cheaply.
 
-// Whether owners are collected. Linux tells the owner together with the size; Windows wants every file opened for it,
+// Whether owners are collected. Linux reports the owner together with the size. Windows must open every file for it,
 // which takes many times as long as the scan itself.
 extern const bool kCollectOwnersByDefault;
 
-// Whether hard links share their allocated size. Linux tells the link count together with the size; Windows wants every
-// file opened for it.
+// Whether hard links share their allocated size. Linux reports the link count together with the size. Windows must open
+// every file for it.
 extern const bool kShareHardLinksByDefault;
 
 }  // namespace Vantrel

@@ -1,6 +1,6 @@
 #pragma once
 
-// What every root has: a path, a title, a state, observers and the tokens that tell of cancellation and disposal.
+// The base of all roots: a path, a title, a state, observers, and the tokens for cancellation and disposal.
 
 #include <atomic>
 #include <string>

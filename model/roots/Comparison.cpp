@@ -9,7 +9,7 @@ namespace Vantrel {
 
 namespace {
 
-// A folder without sub-folders has no node for its files: it is its files.
+// A folder without sub-folders has no "[Files]" node, so its own values are those of its files.
 TSizeValues OwnFilesOf(const IFolderData& pFolder) {
   if (const TRef<IFolderData> files = pFolder.GetFilesNode()) return files->GetValues();
   if (pFolder.GetSubFolderCount() > 0) return {};
@@ -26,7 +26,7 @@ bool IsGoneRow(const IFolderData& pFolder) {
 
 TComparison::TComparison(IHierarchicalRoot& pCurrent, IHierarchicalRoot& pEarlier)
     : fScanTimeStamp(pEarlier.GetScanTimeStamp()), fLetterCaseCounts(pCurrent.GetPathDelimiter() == u'/') {
-  std::vector<TRef<IFolderData>> folders{pEarlier.GetTopFolder()};  // of the records, as far as they are not done
+  std::vector<TRef<IFolderData>> folders{pEarlier.GetTopFolder()};  // the folders of the records that are not done yet
   AddRecord({}, *folders[0]);
   for (size_t i = 0; i < folders.size(); ++i) {
     const TRef<IFolderData> folder = std::move(folders[i]);
@@ -72,7 +72,7 @@ const TComparison::TRecord* TComparison::FindChild(const TRecord& pRecord, std::
 }
 
 const TComparison::TRecord* TComparison::FindRecord(const IFolderData& pFolder) const {
-  std::vector<TRef<const IHierarchicalElement>> way;  // the folder first; without the top folder
+  std::vector<TRef<const IHierarchicalElement>> way;  // the folder first; the top folder is left out
   TRef<const IHierarchicalElement> node(&pFolder);
   if (pFolder.IsFileGroup()) node = pFolder.GetParentFolder();
   while (node) {
@@ -102,8 +102,8 @@ TRef<const TFileTable> TComparison::EarlierFiles(const IFolderData& pFolder) con
   return record ? record->fFiles : nullptr;
 }
 
-// Whether there is a "[Files]" row for them. Between two folders without sub-folders the folders' own rows say it all;
-// in a folder without sub-folders that has files now there is nothing to compare the earlier row with.
+// Whether the lost files get a "[Files]" row. Two folders without sub-folders need none, since their own rows show the
+// change. If the folder has files but no sub-folders now, there is no row to compare with the earlier one.
 bool TComparison::HaveFilesGone(const TRecord& pRecord, IFolderData& pFolder) const {
   if (pRecord.fOwnFiles.fFiles == 0) return false;
   if (IsGoneRow(pFolder)) return pRecord.fChildren > 0;

@@ -11,7 +11,7 @@ std::u16string_view TGoneFolder::GetObjectName() const {
   return fIsFileGroup ? TFileGroupData::kName : TCustomFolderData::GetObjectName();
 }
 
-// The files of a folder have its path.
+// A "[Files]" row has the path of its folder.
 std::u16string TGoneFolder::GetFullPath() const {
   const TRef<IHierarchicalElement> parent = fIsFileGroup ? GetParentFolder() : nullptr;
   return parent ? parent->GetFullPath() : TCustomFolderData::GetFullPath();

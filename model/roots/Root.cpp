@@ -51,7 +51,7 @@ TRef<IScanEngine> TCustomRoot::GetScanEngine() const {
 
 void TCustomRoot::SetScanFilter(TRef<IScanFilter> pFilter) {
   TCriticalSectionLock lock(fLock);
-  fScanFilter.swap(pFilter);  // the one before goes outside the lock
+  fScanFilter.swap(pFilter);  // the previous filter is released outside the lock
 }
 
 TRef<IScanFilter> TCustomRoot::GetScanFilter() const {
@@ -102,7 +102,7 @@ void TCustomRoot::PrepareScan(bool pWholeTree) {
   }
   TRef<TScanConfiguration> configuration = ConfigurationOfNextScan(pWholeTree);
   TExclusiveLock lock(fConfigurationLock);
-  fConfiguration.swap(configuration);  // the one before goes outside the lock
+  fConfiguration.swap(configuration);  // the previous configuration is released outside the lock
 }
 
 TRef<TScanConfiguration> TCustomRoot::ConfigurationOfNextScan(bool pWholeTree) {
@@ -129,7 +129,7 @@ void TCustomRoot::StartEngine() {
   const int32_t activeScans = fOwner ? fOwner->CountActiveScans() : 1;
   TRef<TScanConfiguration> configuration = Configuration();
   const bool wholeTree = configuration->IsOfWholeTree();
-  TRef<TCustomRoot> self(this);  // the callback may come after the last outside reference has gone
+  TRef<TCustomRoot> self(this);  // the callback may come after the last outside reference is released
   TRef<IScanEngine> engine =
       fServices->CreateScanEngine(fOptions->MaximumThreads - activeScans + 1, std::move(configuration),
                                   fOptions->ThreadPriority, [self, wholeTree] { self->EndScanning(wholeTree); });
@@ -151,7 +151,7 @@ void TCustomRoot::Scan() {
 void TCustomRoot::BeginTree() {
   const TRef<TScanConfiguration> configuration = Configuration();
   TRef<IHierarchicalEnumerator> enumerator = OpenPath(*configuration);
-  // A single file is scanned as the only entry of the folder that it lies in, so that its path comes out right.
+  // A single file is scanned as the only entry of its folder, so that its path is right.
   const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
                                   isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
@@ -162,7 +162,7 @@ void TCustomRoot::BeginTree() {
   }
   {
     TCriticalSectionLock lock(fLock);
-    fFolderData = top;  // from here on others see it
+    fFolderData = top;  // other threads see it from here on
   }
   fObservers->MarkRoot(rcTreeReplaced | rcScanStarted);
   top->EnterTree();
@@ -176,7 +176,7 @@ void TCustomRoot::BeginTree() {
   GetScanEngine()->AddScanJob(top, std::move(enumerator));
 }
 
-// A scan that could not begin, for an exception, ends like one whose path cannot be opened.
+// A scan that fails to begin, by an exception, ends like one whose path cannot be opened.
 void TCustomRoot::FailScan(uint32_t pCode) noexcept {
   TReserveUse reserve;
   TRef<TCustomFolderData> top;
@@ -194,13 +194,13 @@ void TCustomRoot::FailScan(uint32_t pCode) noexcept {
 TStorageInformation TCustomRoot::AskStorage() const {
   try {
     return GetStorage()->GetInformation(fPath);
-  } catch (...) {  // the tree stands without it
+  } catch (...) {  // the tree is complete without it
     CodeOfCaughtException("TCustomRoot.AskStorage");
   }
   return {};
 }
 
-// noexcept: a thread that waits for the scan would wait for ever.
+// noexcept, since an exception here would leave a thread in WaitForScan waiting for ever.
 void TCustomRoot::EndScanning(bool pWholeTree) noexcept {
   TReserveUse reserve;
   RefillTopSizeList();
@@ -218,7 +218,7 @@ void TCustomRoot::EndScanning(bool pWholeTree) noexcept {
     SetEndState(pWholeTree, fCancellationToken->IsCancelled(), *top);
   }
   SetScanEnded();
-  // Told last, so that a subscriber finds the scan ended.
+  // Reported last, so that a subscriber finds the scan ended.
   fObservers->MarkRoot(rcScanEnded);
 }
 
@@ -230,7 +230,7 @@ void TCustomRoot::SetScanEnded() {
 
 void TCustomRoot::SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop) {
   if (!pWholeTree) {
-    // A branch that was left early leaves the top folder unfinished, until that branch is scanned.
+    // A branch that a cancelled scan left out keeps the top folder unfinished, until that branch is scanned.
     if ((pTop.GetFolderState() & fsSubFolderScanningFinished) != 0)
       ExcludeState(rsCancelled);
     else if (pCancelled)
@@ -282,7 +282,7 @@ TRef<IComparison> TCustomRoot::GetComparison() const {
 void TCustomRoot::SetComparison(TRef<IComparison> pComparison) {
   {
     TCriticalSectionLock lock(fLock);
-    fCompareData.swap(pComparison);  // the one before goes outside the lock
+    fCompareData.swap(pComparison);  // the previous comparison is released outside the lock
     if (!fCompareData && !pComparison) return;
   }
   fObservers->MarkRoot(rcComparisonChanged);

@@ -52,16 +52,16 @@ class TCustomRoot : public TBaseRoot {
   TRef<IStorage> GetStorage() const override;
   TRef<IComparison> GetComparison() const override;
   void SetComparison(TRef<IComparison> pComparison) override;
-  // Fills the root from a file instead of by a scan: the tree through the top folder that this returns, then what the
-  // file says of the scan, after which the root is finished like a scanned one. For one thread, while nobody else knows
-  // the root.
+  // Fills the root from a file instead of by a scan. The caller fills the tree through the returned top folder, then
+  // hands over what the file says of the scan. After that the root is finished like a scanned one. For one thread,
+  // while no other code knows the root.
   TRef<TCustomFolderData> BeginLoading();
   void EndLoading(const TLoadedScan& pScan);
 
-  // An optional filter for files; set before a scan.
+  // An optional filter for files. Set before a scan.
   void SetExpression(TRef<IExpression> pExpression) { fExpression = std::move(pExpression); }
-  // The path as typed, when it holds wildcards: the folder is scanned, and of the files in it and beneath it only those
-  // that match the last part are taken in.
+  // The path as typed, if it holds wildcards. The folder is scanned, but only files that match the last part are
+  // included, in it and in all folders beneath it.
   const std::u16string& GetPathWithWildcards() const { return fPathWithWildcards; }
 
  protected:
@@ -71,7 +71,7 @@ class TCustomRoot : public TBaseRoot {
  private:
   friend class TScanConfiguration;
 
-  // What a scan of one kind or another has in common: its state, clock, tokens and engine. pWholeTree: no refresh.
+  // The common start of all scans: state, clock, tokens and engine. pWholeTree is false for a refresh.
   bool BeginScanning(bool pWholeTree);
   TRef<TScanConfiguration> Configuration() const;
   TRef<TScanConfiguration> ConfigurationOfNextScan(bool pWholeTree);
@@ -87,7 +87,7 @@ class TCustomRoot : public TBaseRoot {
   void SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTop);
   void GiveUpTree();
 
-  // Of a refresh, on its worker. The listing of the folder, nullptr when there is nothing to list.
+  // Part of a refresh, on its worker. Returns the folder's listing, or nullptr when there is nothing to list.
   TRef<IHierarchicalEnumerator> BeginRefresh(TCustomFolderData& pFolder, bool pRecursive);
   struct TFoundFolder;
   TFoundFolder FindInStorage(TCustomFolderData& pFolder);
@@ -98,7 +98,7 @@ class TCustomRoot : public TBaseRoot {
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial);
   void AddError(TScanError pError);
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes, int64_t pExcluded);
-  // Sets the counters of progress to the tree's totals, without so much.
+  // Sets the progress counters to the tree's totals minus pWithout.
   void CountTree(const TSizeValues& pWithout = {});
   std::vector<TExclusion> CurrentExclusions() const;
   void RefillTopSizeList();
@@ -109,15 +109,15 @@ class TCustomRoot : public TBaseRoot {
   const std::u16string fFileMask;  // the last part of fPathWithWildcards
   const TRef<IScanServices> fServices;
   const std::shared_ptr<const TGlobalOptions> fOptions;
-  IScanRoots* const fOwner;  // the list that holds this root; nullptr when there is none
+  IScanRoots* const fOwner;  // the list that holds this root; nullptr outside a list
   TRef<IExpression> fExpression;
 
-  std::atomic<bool> fTopSizeListHasGaps{false};  // some of its files left the tree: others may belong there now
+  std::atomic<bool> fTopSizeListHasGaps{false};  // files of the list left the tree, so others may belong there now
 
-  // Guards structural changes of the whole tree: a scan, a removal and a disposal never run beside each other.
+  // Guards structural changes of the whole tree. A scan, a removal and a disposal never run at the same time.
   TSlimReaderWriterLock fSynchronizer;
 
-  // Asked for with every value of a row; so it has a lock of its own, which readers share.
+  // The configuration is read with every value of a row, so it has its own lock, which readers share.
   mutable TSlimReaderWriterLock fConfigurationLock;
   TRef<TScanConfiguration> fConfiguration GUARDED_BY(fConfigurationLock);
 
@@ -131,13 +131,13 @@ class TCustomRoot : public TBaseRoot {
   TRef<IScanFilter> fScanFilter GUARDED_BY(fLock);  // of the next scan
   std::vector<TScanError> fErrors GUARDED_BY(fLock);
   bool fCountsExclusions GUARDED_BY(fLock) = false;       // a scan of the whole path is running
-  std::vector<TExclusion> fExclusions GUARDED_BY(fLock);  // of the last one
+  std::vector<TExclusion> fExclusions GUARDED_BY(fLock);  // of the last scan of the whole path
   std::u16string fLastScannedFolder GUARDED_BY(fLock);
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
   TStorageInformation fStorage GUARDED_BY(fLock);
   TRef<IComparison> fCompareData GUARDED_BY(fLock);
 
-  // Progress: written by workers once per folder, polled by whoever shows it.
+  // Progress. Workers write it once per folder; views poll it.
   std::atomic<int64_t> fTotalFilesFound{0};
   std::atomic<int64_t> fNumFolders{0};
   std::atomic<int64_t> fBytesFound{0};
@@ -156,7 +156,7 @@ class TCustomFileSystemRoot : public TCustomRoot {
   using TCustomRoot::TCustomRoot;
 };
 
-// A drive, folder or share of Windows: backslashes, letter case does not count.
+// A drive, folder or share of Windows: backslashes, and letter case is ignored.
 class TFileSystemRoot : public TCustomFileSystemRoot {
  public:
   TFileSystemRoot(std::u16string pPath, std::u16string pPathWithWildcards, TRef<IScanServices> pServices,

@@ -6,7 +6,7 @@
 
 namespace Vantrel {
 
-// The nested filter comes first: its counts are the same whatever mask the path holds.
+// The nested filter decides first, so its counts do not depend on the mask in the path.
 bool TRootEntryFilter::IsFileIncluded(const IHierarchicalEnumerator& pEntry) {
   if (fNested && !fNested->IsFileIncluded(pEntry)) return false;
   if (!fFileMask.empty() && !MatchesWildcards(pEntry.GetObjectName(), fFileMask)) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a root asks by itself: the mask in its path, its expression.
+// The root's own file conditions: the mask in its path and its expression.
 
 #include <atomic>
 #include <memory>
@@ -10,13 +10,13 @@
 
 namespace Vantrel {
 
-// An optional scan filter: a condition on a file's values. The search floor makes them.
+// An optional scan filter: a condition on a file's values. The search floor implements it.
 class IExpression : public IInterface {
  public:
   virtual bool Evaluate(const IMetaDataFormatter& pEntry) = 0;
 };
 
-// How many files a root left out for reasons of its own.
+// How many files a root's own conditions left out.
 struct TRootExclusions {
   std::atomic<int64_t> fByFileMask{0};
   std::atomic<int64_t> fByExpression{0};
@@ -26,7 +26,7 @@ struct TRootExclusions {
   }
 };
 
-// What a root asks of files by itself, the mask in its path and its expression, on top of its filter, if it has one.
+// Applies a root's own file conditions, the mask in its path and its expression, after its filter, if it has one.
 class TRootEntryFilter : public IEntryFilter {
  public:
   // The counts must outlive the filter.
@@ -48,7 +48,7 @@ class TRootEntryFilter : public IEntryFilter {
 
  private:
   TRootExclusions& fExclusions;
-  // Of the folder being listed: the threads' common counts are told once, not for every file.
+  // Counts of the current folder. They reach the threads' shared counts once per folder, not for every file.
   int64_t fByFileMask = 0;
   int64_t fByExpression = 0;
   const std::u16string fFileMask;

@@ -1,4 +1,4 @@
-// Roots: what could not be read, what was left out, and how far a scan has come.
+// The part of the roots about unreadable folders, excluded entries and progress.
 
 #include "model/roots/Root.h"
 #include "model/roots/Storage.h"
@@ -10,7 +10,7 @@ namespace Vantrel {
 
 namespace {
 
-// How often the folder shown as "being scanned now" changes: often enough for the eye, too seldom to cost anything.
+// How often the folder shown as "being scanned now" changes: often enough for users, too seldom to cost anything.
 constexpr int64_t kLastScannedFolderMilliseconds = 50;
 
 }  // namespace
@@ -126,7 +126,7 @@ std::vector<TExclusion> TCustomRoot::CurrentExclusions() const {
   return exclusions;
 }
 
-// A refresh counts too, on the same counters; what it adds is not told.
+// A refresh counts on the same counters, but its counts are not reported.
 std::vector<TExclusion> TCustomRoot::GetExclusions() const {
   {
     TCriticalSectionLock lock(fLock);

@@ -18,23 +18,23 @@ namespace Vantrel {
 class IScanRoots;
 class IStorage;
 
-// Something that was met while scanning and could not be read.
+// A folder that a scan could not read, or not completely.
 struct TScanError {
   TRef<IHierarchicalObject> fObject;  // the folder's node
   std::u16string fPath;
   uint32_t fCode = 0;  // the error code of the system that was scanned
   TEnumeratorError fKind = TEnumeratorError::eeOther;
   bool fPartial = false;   // some entries were listed before the error
-  std::u16string fText{};  // what the system that was scanned calls the error; the root fills it in where it is empty
+  std::u16string fText{};  // the error in the words of the scanned system; the root fills it in when empty
 };
 
-// Told of every error as it is recorded, on the worker's thread.
+// Receives every error when it is recorded, on the worker's thread.
 class IScanErrorObserver : public IInterface {
  public:
   virtual void ErrorRecorded(const TScanError& pError) = 0;
 };
 
-// A list of observers that may change while it is being told something.
+// A list of observers that may change during a notification.
 template <class TObserver>
 class IObservable : public IInterface {
  public:
@@ -46,10 +46,10 @@ class IObservable : public IInterface {
 class IScanConfiguration : public IInterface {
  public:
   virtual TRef<ICancellationToken> GetCancellationToken() const = 0;
-  // A judge of what the scan takes in, for one of its threads; nullptr when it takes in everything. What is left out is
-  // counted as excluded.
+  // Creates an entry filter for one of the scan's threads. nullptr when the scan includes everything. Entries that it
+  // leaves out are counted as excluded.
   virtual std::unique_ptr<IEntryFilter> CreateEntryFilter() = 0;
-  // False for a folder that the root has given up in the meantime (removed, or its root disposed).
+  // False for a folder that the root no longer wants: it was removed, or its root was disposed.
   virtual bool IsFolderToBeScanned(IFolderData& pFolder) = 0;
   virtual bool GetFolderDateBasedOnFilesOnly() const = 0;
   virtual bool GetKeepFiles() const = 0;  // whether files stay in the tree as nodes
@@ -58,15 +58,15 @@ class IScanConfiguration : public IInterface {
   virtual TDateType GetFileAgesDateType() const = 0;
   virtual IFileAges* GetFileAges() const = 0;
   virtual int32_t GetLongPathLength() const = 0;
-  virtual TColumn GetShareBasis() const = 0;          // mdSize or mdAllocated: what shares are shares of
+  virtual TColumn GetShareBasis() const = 0;          // mdSize or mdAllocated: the size that percentages refer to
   virtual ITopSizeList* GetTopSizeList() const = 0;   // nullptr when none is kept
-  virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: one moment for the whole scan
-  // One root may ask to be scanned by one thread only, or for threads to be started ahead of the work.
+  virtual TKivFileTime GetScanTimeStamp() const = 0;  // "now" for file ages: the same moment for the whole scan
+  // A root may ask for a scan by one thread only, or for threads to be started ahead of the work.
   virtual bool IsSingleThreaded() const { return false; }
   virtual bool WantsPreStartedThreads() const { return false; }
 
   virtual void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) = 0;
-  // Progress, told once per folder: what its listing brought.
+  // Adds what one folder's listing found to the progress. Called once per folder.
   virtual void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
                             int64_t pExcluded) = 0;
 };
@@ -74,12 +74,12 @@ class IScanConfiguration : public IInterface {
 // Scans one root once.
 class IScanEngine : public IInterface {
  public:
-  // Queues a folder with all beneath it. The enumerator stands before its first entry.
+  // Queues a folder with all beneath it. The enumerator must be before its first entry.
   virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
-  // Queues another look at a folder that was scanned. The worker first asks pOpen for the folder's listing; nullptr
-  // means that there is nothing to list. Recursive: pOpen has emptied the folder, and it is scanned with all beneath
-  // it. Else its files are counted anew, folders that are new are scanned, folders that are gone are removed; known
-  // ones are left alone.
+  // Queues a refresh of a folder that was scanned. The worker first calls pOpen for the folder's listing; nullptr means
+  // that there is nothing to list. If recursive, pOpen has emptied the folder, and it is scanned with all beneath it.
+  // Otherwise its files are counted anew, new folders are scanned, gone folders are removed, and known folders stay
+  // unchanged.
   virtual void AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
                              std::function<TRef<IHierarchicalEnumerator>()> pOpen) = 0;
   virtual bool IsScanning() const = 0;
@@ -93,18 +93,18 @@ class IScanEngine : public IInterface {
 enum TRootState : uint32_t {
   rsScanning = 1 << 0,
   rsFinished = 1 << 1,   // a scan of the whole path ran to its end
-  rsCancelled = 1 << 2,  // a scan or a refresh was stopped, and what it left out has not been scanned since
+  rsCancelled = 1 << 2,  // a scan or a refresh was stopped, and the rest has not been scanned since
   rsHasErrors = 1 << 3,
-  rsShowsPreviousState = 1 << 4,  // an earlier state from the history
+  rsShowsPreviousState = 1 << 4,  // shows an earlier state from the history
   rsIsXMLImport = 1 << 5,
   rsDisposed = 1 << 6,
   rsPathNotFound = 1 << 7,
-  rsIsPartialImport = 1 << 8,  // loaded from a file that left folders of its scan out
+  rsIsPartialImport = 1 << 8,  // loaded from a file that does not hold all folders of its scan
 };
 using TRootStates = uint32_t;
 
-// Counters of the tree, cheap to poll. They only ever grow during a scan. A refresh begins with the tree without the
-// branch that it looks at. What was excluded is that of the last scan of the whole path.
+// Counters of the tree, cheap to poll. They only grow during a scan. A refresh begins with the tree's totals without
+// the refreshed branch. Exclusions are those of the last scan of the whole path.
 struct TScanProgress {
   int64_t fFiles = 0;
   int64_t fFolders = 0;
@@ -114,7 +114,7 @@ struct TScanProgress {
   std::u16string fLastScannedFolder;
 };
 
-// What is known of the storage that a root lies on, as of its scan. Sizes in bytes; 0 or empty where it is not known.
+// What is known about a root's storage, as of its scan. Sizes are in bytes; 0 or empty when unknown.
 struct TStorageInformation {
   std::u16string fMountPoint;  // "/", "/home", "C:\"; not in scan files
   std::u16string fLabel;       // volume label on Windows, the device on Linux; not in scan files
@@ -124,7 +124,7 @@ struct TStorageInformation {
   int64_t fFreeBytes = 0;
 };
 
-// What a file says of a scan besides its tree.
+// What a file tells about a scan besides its tree.
 struct TLoadedScan {
   TKivFileTime fScanTimeStamp;
   std::u16string fTitle;
@@ -141,25 +141,25 @@ struct TLoadedScan {
   std::optional<std::vector<TTopSizeEntry>> fTopFiles;  // not set when the root kept no list
 };
 
-// An earlier state of a root's tree. It is found by path, so it stays right when the tree changes. Fixed once made; any
+// An earlier state of a root's tree. It is looked up by path, so it stays right when the tree changes. Immutable; any
 // thread.
 //
-// The tree itself holds what is there now and nothing else. A caller that shows what has gone adds FindGone of each
-// folder to the folder's own FindSubFolders. Of the rows of FindGone, FindSubFolders gives what was beneath them.
+// The tree itself holds only what is there now. A caller that shows what has gone adds each folder's FindGone to the
+// folder's own FindSubFolders. FindSubFolders of a row from FindGone gives what was beneath it.
 class IComparison : public IInterface {
  public:
-  // Whether the folder was there; for a "[Files]" node, whether its folder had files.
+  // Whether the folder was there. For a "[Files]" node, whether its folder had files.
   virtual bool WasThere(const IFolderData& pFolder) const = 0;
-  // What the folder, or the files of a "[Files]" node, held then; zeros for what was not there.
+  // The earlier values of a folder, or of the files of a "[Files]" node. Zeros if it was not there.
   virtual TSizeValues EarlierValues(const IFolderData& pFolder) const = 0;
-  // Rows for what was directly in a folder and is not there at this moment, in no particular order. They are made for
-  // the caller, have state fsIsDummyForComparison and no values of their own; the columns of change work. They are not
-  // in the tree: nothing counts them, and refreshing or removing one does nothing.
+  // Rows for what was directly in a folder and is gone now, in no particular order. They are made for the caller. They
+  // have the state fsIsDummyForComparison and no values of their own, but their columns of change work. They are not in
+  // the tree: no totals include them, and refreshing or removing one does nothing.
   virtual std::vector<TRef<IFolderData>> FindGone(IFolderData& pFolder) const = 0;
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // of the earlier scan
   // Whether the earlier scan kept its files.
   virtual bool KnowsFiles() const = 0;
-  // Those that were directly in the folder, or are of a "[Files]" node, then; nullptr when there were none.
+  // The earlier files directly in the folder, or of a "[Files]" node. nullptr when there were none.
   virtual TRef<const TFileTable> EarlierFiles(const IFolderData& pFolder) const = 0;
 };
 
@@ -167,80 +167,80 @@ class IComparison : public IInterface {
 class IHierarchicalRoot : public IMetaDataFormatter {
  public:
   virtual std::u16string GetPath() const = 0;   // absolute
-  virtual std::u16string GetTitle() const = 0;  // the path, with its wildcards when it has any; or what was set
+  virtual std::u16string GetTitle() const = 0;  // the set title, or else the path with its wildcards
   virtual char16_t GetPathDelimiter() const = 0;
   virtual TRootStates GetState() const = 0;
   virtual TRef<IFolderData> GetTopFolder() const = 0;     // nullptr before the first scan and after disposal
   virtual TRef<IScanEngine> GetScanEngine() const = 0;    // of the last scan, if any
-  virtual std::vector<TScanError> GetErrors() const = 0;  // a copy, in the order in which they were met
+  virtual std::vector<TScanError> GetErrors() const = 0;  // a copy, in the order of their discovery
   virtual TScanProgress GetProgress() const = 0;
   virtual TKivFileTime GetScanTimeStamp() const = 0;  // when the tree's scan began; not set before the first
   virtual TRef<IDisposeToken> GetDisposeToken() const = 0;
-  // The settings that the tree was made with. They never change: the next scan brings new ones.
+  // The settings of the tree's scan. They never change; the next scan has new ones.
   virtual TRef<IScanConfiguration> GetScanConfiguration() const = 0;
-  // What the path lies on; for a loaded scan a storage that cannot be opened.
+  // The storage that the path lies on. A loaded scan has a storage that cannot be opened.
   virtual TRef<IStorage> GetStorage() const = 0;
-  // Tells of all changes from now on; see TChangeQueues::Subscribe.
+  // Reports all changes from now on; see TChangeQueues::Subscribe.
   virtual TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {}) = 0;
-  // For the nodes of the tree: where they tell of their changes.
+  // The queues to which the tree's nodes report their changes.
   virtual TChangeQueues& GetChangeQueues() = 0;
-  // A folder is about to lose all beneath it: its errors and its largest files leave the root's lists. For a "[Files]"
-  // node these are the files of its folder.
+  // A folder is about to lose all beneath it. Removes its errors and its largest files from the root's lists. For a
+  // "[Files]" node, removes the files of its folder.
   virtual void ForgetBranch(IFolderData& pFolder) = 0;
-  // The same for the folder's own listing and the files directly in it, which are about to be looked at again.
+  // The same for the folder's own listing and its direct files, which are about to be listed again.
   virtual void ForgetOwnEntries(IFolderData& pFolder) = 0;
 
-  // What the root's scans take in; nullptr for everything. Takes effect with the next scan; none may be running.
+  // Sets the filter of the root's scans; nullptr includes everything. Takes effect with the next scan. No scan may be
+  // running.
   virtual void SetScanFilter(TRef<IScanFilter> pFilter) = 0;
   virtual TRef<IScanFilter> GetScanFilter() const = 0;
-  // What the last scan of the whole path left out, by reason: the filter's reasons, then the root's own.
+  // The entries that the last scan of the whole path left out, by reason: the filter's reasons, then the root's own.
   virtual std::vector<TExclusion> GetExclusions() const = 0;
 
-  // Asked of the system when a scan has ended, or as the file has it.
+  // Read from the system at the end of a scan, or from the file.
   virtual TStorageInformation GetStorageInformation() const = 0;
 
-  // What the root is compared with, nullptr for nothing; a scan ends it. Set where no scan runs, and read by any
-  // thread.
+  // The state that the root is compared with, or nullptr. A scan ends the comparison. Set while no scan runs; read by
+  // any thread.
   virtual TRef<IComparison> GetComparison() const = 0;
   virtual void SetComparison(TRef<IComparison> pComparison) = 0;
 
-  // Starts a scan of the whole path on threads of its own and returns; an earlier scan's tree is given up first. The
-  // options are taken as they are at this moment. EInvalidOperation when a scan is running. A path that cannot be
-  // opened, and a scan for which there is no thread or no memory, ends at once with rsPathNotFound and one error.
+  // Starts a scan of the whole path on its own threads and returns. The tree of an earlier scan is disposed first. The
+  // scan uses the options of this moment. EInvalidOperation when a scan is running. If the path cannot be opened, or
+  // there is no thread or no memory, the scan ends at once with rsPathNotFound and one error.
   virtual void Scan() = 0;
-  // Scans a branch again, or, when not recursive, looks at the folder's own entries only; a "[Files]" node stands for
-  // these. Returns at once: a worker opens the folder, with the options of the tree's scan. A folder that is gone
-  // leaves the tree, and the subscribers are told of its removal. Refused with false when no scan has finished, one is
-  // running, the root shows an earlier state, or the node is in no tree; for the first and third with a line in the
-  // debug log.
+  // Scans a branch again. If not recursive, lists only the folder's own entries; a "[Files]" node stands for these.
+  // Returns at once. A worker opens the folder, with the options of the tree's scan. A folder that is gone leaves the
+  // tree, and subscribers receive its removal. Returns false when no scan has finished, one is running, the root shows
+  // an earlier state, or the node is in no tree. The first and third refusal write a line to the debug log.
   virtual bool RefreshFolder(IFolderData& pFolder, bool pRecursive) = 0;
-  // Takes a folder, or the files that a "[Files]" node stands for, with all its totals out of the tree. False while a
-  // scan is running and for a node that is the top folder or in no tree.
+  // Removes a folder, or the files of a "[Files]" node, with all totals from the tree. False while a scan is running,
+  // and for a node that is the top folder or in no tree.
   virtual bool RemoveFolder(IFolderData& pFolder) = 0;
-  // Asks a running scan to stop at its next folder; it still ends through the usual way, with rsCancelled.
+  // Asks a running scan to stop at its next folder. The scan then ends in the usual way, with rsCancelled.
   virtual void CancelScan() = 0;
-  // Waits for the end of the scan, at most so many milliseconds. True when no scan is running.
+  // Waits for the end of the scan, at most pMilliseconds. True when no scan is running.
   virtual bool WaitForScan(int64_t pMilliseconds) = 0;
-  // How long the last finished scan took, in milliseconds; 0 for a loaded root, since no file says it.
+  // The duration of the last finished scan in milliseconds. 0 for a loaded root, since files do not hold it.
   virtual int64_t GetScanDuration() const = 0;
-  // Files of the tree before the last scan of the whole path, for progress; 0 when there was none.
+  // The tree's number of files before the last scan of the whole path, for progress. 0 when there was no tree.
   virtual int64_t GetLastScanNumberOfFiles() const = 0;
-  // The root's list of its largest files; nullptr when none is kept. The next scan makes another.
+  // The root's list of its largest files; nullptr when none is kept. Each scan makes a new list.
   virtual TRef<ITopSizeList> GetTopSizeList() const = 0;
   // The observer is held until the root is disposed.
   virtual void SubscribeErrorObserver(TRef<IScanErrorObserver> pObserver) = 0;
-  // Tears the tree down. Final; a running scan is cancelled and waited for.
+  // Disposes the tree. Final. Cancels a running scan and waits for its end.
   virtual void Dispose() = 0;
 };
 
-// What the roots need of the floor above them: kinds of storage, and engines.
+// What the roots need from the floor above them: kinds of storage, and engines.
 class IScanServices : public IInterface {
  public:
-  // The kind of storage that serves a path, typed or a root's. EUnknownProtocol when there is none.
+  // The kind of storage for a path as typed or a root's path. EUnknownProtocol when there is none.
   virtual TRef<IStorage> FindStorage(std::u16string_view pPath) = 0;
-  // What a loaded scan lies on, which cannot be opened. The delimiter is that of its paths.
+  // The storage of a loaded scan, which cannot be opened. The delimiter is that of its paths.
   virtual TRef<IStorage> GetLoadedScanStorage(char16_t pPathDelimiter) = 0;
-  // An engine for one scan; the callback comes once, from a worker, when all jobs are done.
+  // Creates an engine for one scan. A worker calls the callback once, when all jobs are done.
   virtual TRef<IScanEngine> CreateScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration,
                                              int32_t pPriority, std::function<void()> pOnAllDone) = 0;
 };
@@ -248,30 +248,30 @@ class IScanServices : public IInterface {
 // The list of open roots.
 class IScanRoots : public IInterface {
  public:
-  // Adds a root for a path as typed, not scanned yet. EInvalidOperation when the list is full, EUnknownProtocol when no
-  // kind of storage serves the path. A path that is in the list already gives the root that is there.
+  // Adds a root for a path as typed, without scanning it. A path that is already in the list gives its existing root.
+  // EInvalidOperation when the list is full. EUnknownProtocol when no kind of storage serves the path.
   virtual TRef<IHierarchicalRoot> CreateRoot(std::u16string_view pPath) = 0;
-  // A path as typed in the form that its root carries. EUnknownProtocol as for CreateRoot.
+  // The root's form of a path as typed. EUnknownProtocol as for CreateRoot.
   virtual std::u16string AbsolutePath(std::u16string_view pPath) const = 0;
-  // The root for the path, its scan started.
+  // Finds or adds the root for the path and starts its scan.
   virtual TRef<IHierarchicalRoot> Scan(std::u16string_view pPath) = 0;
-  // A root that is not scanned but loaded, not in the list yet; the delimiter tells what kind of root it is. The path
-  // is taken as it is.
+  // Creates a root that is loaded instead of scanned, outside the list. The delimiter decides the kind of root. The
+  // path is used unchanged.
   virtual TRef<IHierarchicalRoot> CreateRootForLoading(std::u16string_view pPath, char16_t pDelimiter) = 0;
-  // Puts such a root into the list. EInvalidOperation when the list is full.
+  // Adds such a root to the list. EInvalidOperation when the list is full.
   virtual void AddLoaded(TRef<IHierarchicalRoot> pRoot) = 0;
-  // All local fixed drives (Windows) or all mounted file systems with storage behind them (Linux).
+  // Scans all local fixed drives (Windows) or all mounted file systems with storage (Linux).
   virtual std::vector<TRef<IHierarchicalRoot>> ScanAllDrives() = 0;
   virtual std::vector<std::u16string> GetScannedPaths() const = 0;  // of all roots, in the order of their opening
-  // Roots whose path is the given one or holds it.
+  // Roots whose path is the given one or a folder above it.
   virtual std::vector<TRef<IHierarchicalRoot>> FindRootsHolding(std::u16string_view pPath) const = 0;
   virtual std::vector<TRef<IHierarchicalRoot>> GetRoots() const = 0;
   virtual int32_t CountActiveScans() const = 0;
-  // The root whose top folder has all roots' top folders as children; made on first use.
+  // The root whose top folder has all roots' top folders as children. Created on first use.
   virtual TRef<IHierarchicalRoot> GetVirtualRoot() = 0;
-  // Scans the recycle bin beneath each finished root again: its contents change behind the program's back.
+  // Scans the recycle bin beneath each finished root again, since other programs change its contents.
   virtual void RefreshRecycleBinFolders() = 0;
-  // Takes the root out of the list and disposes it.
+  // Removes the root from the list and disposes it.
   virtual void Remove(IHierarchicalRoot& pRoot) = 0;
   // Disposes all roots.
   virtual void Dispose() = 0;

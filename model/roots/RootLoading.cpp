@@ -1,4 +1,4 @@
-// Roots: a tree that comes from a file instead of a scan.
+// The part of the roots that loads a tree from a file.
 
 #include "model/roots/Root.h"
 #include "model/roots/ScanConfiguration.h"

@@ -1,4 +1,4 @@
-// Roots: looking at a part of the tree again, and taking a part out.
+// The part of the roots that refreshes or removes a branch of the tree.
 
 #include <optional>
 
@@ -10,11 +10,11 @@
 
 namespace Vantrel {
 
-// What the storage says of a folder that is to be looked at again.
+// What the storage says about a folder that is refreshed.
 struct TCustomRoot::TFoundFolder {
   TRef<IHierarchicalEnumerator> fListing;  // nullptr for a folder that is gone or is not entered
-  std::optional<TEntryValues> fEntry;      // where a listing brought it
-  uint32_t fRaisedError = 0;               // the way to it ended with this error
+  std::optional<TEntryValues> fEntry;      // set when its parent's listing contains it
+  uint32_t fRaisedError = 0;               // the path to it failed with this error
   bool fIsGone = false;
 };
 
@@ -37,11 +37,12 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
     return false;
   }
   if ((pFolder.GetFolderState() & (fsIsDummyForComparison | fsDisposed)) != 0) return false;
-  if (pFolder.IsFileGroup()) {  // has no path of its own
+  if (pFolder.IsFileGroup()) {  // it has no path of its own
     const TRef<IHierarchicalElement> folder = pFolder.GetParentFolder();
     return folder && RefreshFolder(*folder->AsFolder(), false);
   }
-  const TRef<TCustomFolderData> folder(dynamic_cast<TCustomFolderData*>(&pFolder));  // a view refreshes what it shows
+  // refreshing a view refreshes its folder
+  const TRef<TCustomFolderData> folder(dynamic_cast<TCustomFolderData*>(&pFolder));
   if (!folder || !BeginScanning(false)) return false;
   folder->IncludeFolderState(fsUpdatePending);
   fObservers->MarkRoot(rcScanStarted);
@@ -56,7 +57,7 @@ bool TCustomRoot::RefreshFolder(IFolderData& pFolder, bool pRecursive) {
   return true;
 }
 
-// The folder stays as it is now, with an error of its own.
+// The folder stays unchanged and gets an error.
 void TCustomRoot::FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept {
   TReserveUse reserve;
   pFolder.ExcludeFolderState(fsScanning | fsUpdatePending);
@@ -64,7 +65,7 @@ void TCustomRoot::FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexce
   EndScanning(false);
 }
 
-// Opened from the root down, by the nodes on the way: a link that was followed is followed again.
+// Opens the folder from the root down, through the nodes above it, so that followed links are followed again.
 TCustomRoot::TFoundFolder TCustomRoot::FindInStorage(TCustomFolderData& pFolder) {
   TFoundFolder found;
   std::vector<TCustomFolderData*> way;  // the folder first; without the top folder
@@ -86,8 +87,9 @@ TCustomRoot::TFoundFolder TCustomRoot::FindInStorage(TCustomFolderData& pFolder)
   return found;
 }
 
-// Looked for in the listing of its parent: only there it is said whether a scan enters it. A mount, say, may have come
-// or gone. A listing that breaks off before says nothing; the folder is then opened as it is known.
+// Looks for the folder in its parent's listing, since only the listing tells whether a scan enters it. For example, a
+// mount may have come or gone. A listing that breaks off earlier tells nothing; the folder is then opened as it is
+// known.
 void TCustomRoot::FindInListing(TFoundFolder& pFound, TCustomFolderData& pFolder, IHierarchicalEnumerator& pParent) {
   const std::u16string_view name = pFolder.GetObjectName();
   const TRef<IScanConfiguration> configuration = GetScanConfiguration();
@@ -121,7 +123,7 @@ TRef<IHierarchicalEnumerator> TCustomRoot::BeginRefresh(TCustomFolderData& pFold
     pFolder.Reset();
     CountTree();
     if (found.fListing) return found.fListing;
-    // Nothing beneath it belongs to the tree, or nothing beneath it can be reached.
+    // The contents of the folder no longer belong to the tree, or cannot be reached.
     if (found.fRaisedError != 0) {
       TScanError error;
       error.fObject = TRef<IHierarchicalObject>(&pFolder);
@@ -138,7 +140,7 @@ TRef<IHierarchicalEnumerator> TCustomRoot::BeginRefresh(TCustomFolderData& pFold
     pFolder.ExcludeFolderState(fsSubFolderScanningFinished);
     pFolder.ReopenAncestors();
   }
-  pFolder.AnnounceParts(1);  // so that it is not finished by the removal of what is gone
+  pFolder.AnnounceParts(1);  // keeps the folder unfinished while gone folders are removed
   return found.fListing;
 }
 
@@ -148,7 +150,7 @@ bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
   {
     TCriticalSectionLock lock(fLock);
     if (fScanRunning || fDisposeToken->IsDisposed()) return false;
-    fScanRunning = true;  // keeps a scan from starting meanwhile
+    fScanRunning = true;  // prevents a scan from starting meanwhile
   }
   {
     TExclusiveLock structure(fSynchronizer);

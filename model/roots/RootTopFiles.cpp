@@ -1,4 +1,4 @@
-// Roots: the list of the largest files, kept complete when some of them leave the tree.
+// The part of the roots that keeps the list of the largest files complete when some of them leave the tree.
 
 #include "model/roots/Root.h"
 
@@ -9,9 +9,9 @@ TRef<ITopSizeList> TCustomRoot::GetTopSizeList() const {
   return fTopSizeList;
 }
 
-// What left the list makes room for the next largest files elsewhere, as after a fresh scan. Done once, when the tree
-// has its new shape: files that were listed while the list was still full may be among them. A tree that keeps no files
-// cannot tell which they are: the list then stays shorter until the next scan.
+// Files that left the list make room for the next largest files, as after a fresh scan. This runs once, when the tree
+// has its new shape. Files listed while the list was still full may be among the next largest. A tree that keeps no
+// files cannot find them, so the list stays shorter until the next scan.
 void TCustomRoot::RefillTopSizeList() {
   if (!fTopSizeListHasGaps.exchange(false) || !GetScanConfiguration()->GetKeepFiles()) return;
   const TRef<ITopSizeList> list = GetTopSizeList();

@@ -6,7 +6,7 @@
 
 namespace Vantrel {
 
-// What settings have from the scan itself rather than from the options.
+// Settings that come from the scan itself, not from the options.
 struct TScanRun {
   TRef<ICancellationToken> fToken;
   TRef<ITopSizeList> fTopSizeList;
@@ -15,15 +15,16 @@ struct TScanRun {
   bool fWholeTree = true;
 };
 
-// The settings of one scan of one root, as the options were when it began. Nothing here changes afterwards, so readers
-// of the tree need no lock. A refresh has a copy of the settings of its tree's scan.
+// The settings of one scan of one root, copied from the options at its start. They never change, so readers of the tree
+// need no lock. A refresh has a copy of the settings of its tree's scan.
 class TScanConfiguration : public TInterfaced<IScanConfiguration> {
  public:
-  // Without a root, for a root that is never scanned itself, the questions and reports of a scan must not be made.
+  // pRoot is nullptr for a root that is never scanned itself. Then the questions and reports of a scan must not be
+  // called.
   TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, TScanRun pScan = {});
-  // Of a refresh of the tree that was made with these.
+  // The settings for a refresh of the tree that was made with these settings.
   TRef<TScanConfiguration> ForRefresh(TRef<ICancellationToken> pToken) const;
-  // What the scan that a file holds was made with.
+  // The settings of a scan that was loaded from a file.
   TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, const TLoadedScan& pLoaded,
                      TRef<ITopSizeList> pTopSizeList);
 
@@ -42,17 +43,17 @@ class TScanConfiguration : public TInterfaced<IScanConfiguration> {
   TColumn GetShareBasis() const override { return fShareBasis; }
   ITopSizeList* GetTopSizeList() const override { return fScan.fTopSizeList.get(); }
   TKivFileTime GetScanTimeStamp() const override { return fScan.fTimeStamp; }
-  // The first folders bring work enough for the pool to start threads as they are needed; none have to wait for it.
+  // The first folders bring enough work, so the pool can start threads as they are needed.
   bool WantsPreStartedThreads() const override { return false; }
   void RecordError(IFolderData& pFolder, const IHierarchicalEnumerator& pEnumerator, bool pPartial) override {
     fRoot->RecordError(pFolder, pEnumerator, pPartial);
   }
-  // What a refresh leaves out was counted by the scan already.
+  // A refresh counts no exclusions, since the scan has already counted them.
   void CountScanned(IFolderData& pFolder, int64_t pFiles, int64_t pFolders, int64_t pBytes,
                     int64_t pExcluded) override {
     fRoot->CountScanned(pFolder, pFiles, pFolders, pBytes, fScan.fWholeTree ? pExcluded : 0);
   }
-  bool IsOfWholeTree() const { return fScan.fWholeTree; }  // else of a refresh
+  bool IsOfWholeTree() const { return fScan.fWholeTree; }  // false for a refresh
   // Bits of THierarchicalEnumeratorOption.
   uint32_t GetEnumeratorOptions() const { return fEnumeratorOptions; }
 

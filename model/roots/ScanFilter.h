@@ -1,6 +1,6 @@
 #pragma once
 
-// The interfaces by which a scan asks what it takes in.
+// The interfaces that decide which entries a scan includes.
 
 #include <cstdint>
 #include <memory>
@@ -11,36 +11,36 @@
 
 namespace Vantrel {
 
-// Judges the entries of one listing after the other, for a scan. Used by one thread at a time.
+// Decides about the entries of one listing after the other, for a scan. Used by one thread at a time.
 class IEntryFilter {
  public:
   virtual ~IEntryFilter() = default;
   // A new listing begins.
   virtual void BeginFolder(const IHierarchicalEnumerator& pListing) = 0;
-  // Whether the scan takes the enumerator's current entry in. A folder that is left out is never opened.
+  // Whether the scan includes the enumerator's current entry. A folder that is left out is never opened.
   virtual bool IsFolderIncluded(const IHierarchicalEnumerator& pEntry) = 0;
   virtual bool IsFileIncluded(const IHierarchicalEnumerator& pEntry) = 0;
-  // The listing has ended: what was left out is added to the filter's counts.
+  // The listing has ended. Adds the entries left out to the filter's counts.
   virtual void EndFolder() = 0;
 };
 
-// Why entries were left out, and how many. The text is for people.
+// One reason for leaving entries out, and their number. The text is for users.
 struct TExclusion {
   std::u16string fReason;
   int64_t fObjects = 0;
 };
 
-// What one root's scans take in. Any thread.
+// Decides what one root's scans include. Any thread.
 class IScanFilter : public IInterface {
  public:
-  // A judge for one of the scan's threads, which the filter outlives.
+  // Creates an entry filter for one of the scan's threads. The scan filter must outlive it.
   virtual std::unique_ptr<IEntryFilter> CreateEntryFilter() = 0;
-  // A scan begins: counts start at 0, and changes made to the filter meanwhile take effect.
+  // A scan begins. Counts start at 0, and earlier changes of the filter take effect.
   virtual void BeginScan() = 0;
-  // What was left out since then, by reason, only reasons that left something out. The order is fixed, whatever threads
-  // did.
+  // The entries left out since BeginScan, by reason. Reasons without entries are missing. The order is fixed and does
+  // not depend on threads.
   virtual std::vector<TExclusion> GetExclusions() const = 0;
-  // What went wrong while judging, one line each, for people.
+  // Problems of the filter's work, one line each, for users.
   virtual std::vector<std::u16string> GetWarnings() const = 0;
 };
 

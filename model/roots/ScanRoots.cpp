@@ -15,8 +15,8 @@ namespace Vantrel {
 
 namespace {
 
-// A path as typed, taken apart: wildcards in the last part make it a mask for the files of the folder before it, unless
-// an object of just that name exists.
+// A typed path in its parts. Wildcards in the last part are a mask for the files of the folder before it, unless an
+// object with exactly that name exists.
 struct TTypedPath {
   std::u16string fPath;
   std::u16string fWithWildcards;
@@ -33,7 +33,7 @@ TTypedPath SplitTypedPath(std::u16string_view pTyped, const IStorage& pStorage) 
   return typed;
 }
 
-// A root and the path that it was opened with: a path given again is the same root.
+// A root and the path with which it was opened. Opening the same path again gives the same root.
 struct TListedRoot {
   std::u16string fTypedPath;
   TRef<IHierarchicalRoot> fRoot;
@@ -78,7 +78,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
     return MakeRef<TFileSystemRoot>(path, u"", fServices, fOptions, this);
   }
 
-  // Any number of scans of one path may be open: each file is another state of it.
+  // Several scan files of one path may be open, since each file is another state of it.
   void AddLoaded(TRef<IHierarchicalRoot> pRoot) override {
     {
       TCriticalSectionLock lock(fLock);
@@ -147,7 +147,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
         const std::u16string_view name = folder->GetObjectName();
         if (!SameTextAscii(name, u"$Recycle.Bin") && !name.starts_with(u".Trash")) continue;
         folder->Refresh(true);
-        break;  // one scan at a time on a root
+        break;  // a root runs one scan at a time
       }
     }
   }
@@ -179,7 +179,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
                               " paths cannot be open at once (option MaximumRoots)");
   }
 
-  // A root has come, or with nullptr gone. Called without the lock: observers are told.
+  // A root was added, or removed if pAdded is nullptr. Called without the lock, since observers are notified.
   void TellVirtualRoot(TRef<IHierarchicalRoot> pAdded) {
     TRef<TVirtualRoot> virtualRoot;
     {

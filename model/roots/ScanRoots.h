@@ -1,6 +1,6 @@
 #pragma once
 
-// The list of open roots; what a typed path means.
+// The list of open roots, and the interpretation of typed paths.
 
 #include <memory>
 
@@ -9,7 +9,7 @@
 
 namespace Vantrel {
 
-// The list of open roots (TDSMCustomRoots). The options are copied at each scan's start.
+// Creates the list of open roots (TDSMCustomRoots). The options are copied at each scan's start.
 TRef<IScanRoots> CreateScanRoots(TRef<IScanServices> pServices, std::shared_ptr<const TGlobalOptions> pOptions);
 
 }  // namespace Vantrel

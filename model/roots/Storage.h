@@ -1,6 +1,6 @@
 #pragma once
 
-// What can be scanned: a kind of storage, the facts that it knows, and the list of all kinds.
+// The kinds of storage that can be scanned, their properties, and the list of all kinds.
 
 #include <cstdint>
 #include <memory>
@@ -14,44 +14,44 @@
 
 namespace Vantrel {
 
-// What goes along with everything that a storage opens.
+// The context of everything that a storage opens.
 struct TScanContext {
   TRef<ICancellationIndicator> fCancellation;  // nullptr: cannot be cancelled
   THierarchicalEnumeratorOptions fOptions = 0;
 };
 
-// A path that no known kind of storage serves. The text names the kinds that there are.
+// No known kind of storage serves the path. The text names the known kinds.
 class EUnknownProtocol : public EException {
  public:
   using EException::EException;
 };
 
-// A kind of storage: local files, a loaded scan file, an image of a volume. It alone asks the system about its paths.
-// Its paths are those that its roots carry, as AbsolutePath makes them. Any thread.
+// A kind of storage: local files, a loaded scan file, an image of a volume. Only it asks the system about its paths.
+// Its paths are those of its roots, as AbsolutePath returns them. Any thread.
 class IStorage : public IInterface {
  public:
-  // What its paths may begin with, in lower case and with the colon: "file:".
+  // The prefix of its paths, in lower case and with the colon: "file:".
   virtual std::u16string_view GetProtocol() const = 0;
   virtual char16_t GetPathDelimiter() const = 0;
-  // A path as typed, with or without the protocol, as its root carries it. Empty when there is no such path.
+  // The root's path for a path as typed, with or without the protocol. Empty when the typed path is impossible.
   virtual std::u16string AbsolutePath(std::u16string_view pTyped) const = 0;
   virtual bool Exists(const std::u16string& pPath) const = 0;
-  // An enumerator of a folder's contents, standing before its first entry. A path that cannot be opened gives one that
-  // lists nothing and tells the error.
+  // Creates an enumerator of a folder's contents, before its first entry. If the path cannot be opened, the enumerator
+  // lists nothing and reports the error.
   virtual TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath,
                                                          const TScanContext& pContext) const = 0;
   virtual TStorageInformation GetInformation(const std::u16string& pPath) const = 0;
-  // The text for a code that one of its enumerators gave, in UTF-8, without a full stop.
+  // The text for an error code from one of its enumerators, in UTF-8, without a full stop.
   virtual std::string ErrorText(uint32_t pCode) const = 0;
-  // The bytes of a file from its start. EOSError when it cannot be opened; reading throws the same.
+  // Opens a file for reading from its start. EOSError when it cannot be opened; reading throws the same.
   virtual std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const = 0;
 };
 
 // The kinds of storage that the program knows. Any thread.
 class IStorages : public IInterface {
  public:
-  // The kind that serves a path as typed: the one whose protocol the path begins with, else local files.
-  // EUnknownProtocol for another protocol, unless a local file has that name.
+  // The kind of storage for a path as typed: the one whose protocol begins the path, else local files. EUnknownProtocol
+  // for an unknown protocol, unless a local file has that name.
   virtual TRef<IStorage> FindForPath(std::u16string_view pTyped) const = 0;
   // Their protocols, in the order of their registration.
   virtual std::vector<std::u16string> GetProtocols() const = 0;

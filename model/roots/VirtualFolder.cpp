@@ -35,7 +35,7 @@ TMetaDataValue TVirtualFolder::GetValue(TColumn pColumn) const {
 }
 
 std::u16string TVirtualFolder::GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {
-  if (pColumn >= TColumn::mdCount) return fFolder->GetFormattedValue(pColumn, pFormat);  // refuses it
+  if (pColumn >= TColumn::mdCount) return fFolder->GetFormattedValue(pColumn, pFormat);  // reports the wrong column
   return FormatValue(pColumn, GetValue(pColumn), pFormat);
 }
 

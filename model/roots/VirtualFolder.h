@@ -1,6 +1,6 @@
 #pragma once
 
-// A folder of a root, seen as a part of all roots together.
+// A view of a root's folder as a part of all roots together.
 
 #include <utility>
 
@@ -8,8 +8,8 @@
 
 namespace Vantrel {
 
-// Shows a folder of some root at its place in the combined root. Its parent, its depth and its share are those of that
-// place; all else is the folder's own, and what is done to the view is done to the folder.
+// Shows a folder of a root at its place in the combined root. Parent, depth and share are those of that place.
+// Everything else is the folder's own, and calls on the view act on the folder.
 class TVirtualFolder : public TInterfaced<IFolderData> {
  public:
   TVirtualFolder(TRef<IFolderData> pFolder, TRef<IHierarchicalElement> pParent)
@@ -56,7 +56,7 @@ class TVirtualFolder : public TInterfaced<IFolderData> {
   bool Refresh(bool pRecursive) override { return fFolder->Refresh(pRecursive); }
   void Reset() override { fFolder->Reset(); }
   void Remove() override { fFolder->Remove(); }
-  void Dispose() override {}  // the folder is its root's
+  void Dispose() override {}  // the folder belongs to its root
 
  private:
   TMetaDataValue ShareOf(const IHierarchicalElement& pWhole) const;

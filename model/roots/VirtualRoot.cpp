@@ -67,7 +67,7 @@ void TVirtualRootFolder::ReadStatistics(TStatisticsReading& pReading) const {
 
 namespace {
 
-// The sum of what pGet gives for each folder; nullptr when it gives none for one of them.
+// The sum of pGet over all folders. nullptr when pGet returns nullptr for one of them.
 template <class TSum, class TGet>
 TRef<ICustomAssocSizeArray> SumOf(const std::vector<TRef<IFolderData>>& pFolders, const TGet& pGet) {
   TRef<ICustomAssocSizeArray> sum;
@@ -80,8 +80,9 @@ TRef<ICustomAssocSizeArray> SumOf(const std::vector<TRef<IFolderData>>& pFolders
   return sum;
 }
 
-// Interval lists may differ from root to root. A record can only be told in an interval that holds all of its own, so
-// only bounds that are in all lists are kept. The last interval of each list is open-ended, whatever its bound.
+// Roots may have different interval lists. A record can only be assigned to an interval that contains all of the
+// record's own interval, so only bounds in all lists are kept. The last interval of each list is open-ended, whatever
+// its bound.
 TRef<IFileAges> CommonIntervals(const std::vector<TRef<IFileAgeDistribution>>& pAges) {
   std::vector<int64_t> common;
   int64_t last = 0;
@@ -139,7 +140,7 @@ TRef<IFolderData> TVirtualRootFolder::CreateChild(std::u16string_view) {
 
 namespace {
 
-// The settings of all roots together. What a scan asks while it runs is not asked of it.
+// The settings of all roots together. The questions of a running scan are never put to it.
 class TCombinedConfiguration : public TScanConfiguration {
  public:
   TCombinedConfiguration(const std::vector<TRef<IHierarchicalRoot>>& pRoots, const TGlobalOptions& pOptions)
@@ -159,12 +160,12 @@ class TCombinedConfiguration : public TScanConfiguration {
  private:
   bool fUsers = true;
   bool fExtensions = true;
-  TDateType fAges = TDateType::dtNone;  // where the roots differ
+  TDateType fAges = TDateType::dtNone;  // if the roots differ
 };
 
 }  // namespace
 
-// Brings the changes of all roots together. Roots that have come or gone since are met by the next Take.
+// Merges the changes of all roots. The next Take includes roots that were added or removed meanwhile.
 class TVirtualRoot::TSubscription : public TInterfaced<ITreeSubscription> {
  public:
   TSubscription(TVirtualRoot& pRoot, std::function<void()> pOnFirstChange)
@@ -185,7 +186,7 @@ class TVirtualRoot::TSubscription : public TInterfaced<ITreeSubscription> {
     }
     if (current.size() != fOfRoots.size()) changes.fRoot |= rcTreeReplaced;
     fOfRoots.swap(current);
-    // The totals of the whole are those of the roots' top folders.
+    // The virtual root's totals are the sum of the top folders' totals.
     if (const TRef<IFolderData> top = fRoot->GetTopFolder(); top && !changes.fNodes.empty())
       changes.fNodes.insert(changes.fNodes.begin(), {top, ncChanged});
     return changes;

@@ -11,11 +11,11 @@
 
 namespace Vantrel {
 
-// The top folder of a combined root: its children are the top folders of other roots, and its totals are theirs, added
-// up when somebody asks. Nothing is stored here, so the roots go on changing beneath it.
+// The top folder of a combined root. Its children are the top folders of other roots. Its totals are the sum of theirs,
+// computed on each call. Nothing is stored here, so the roots can go on changing.
 //
-// Its children, and all beneath them, are views made for the caller (TVirtualFolder): a top folder has no parent and is
-// 100 % of its own root, while here it is one folder among others.
+// Its children, and all beneath them, are views made for the caller (TVirtualFolder). A top folder has no parent and is
+// 100 % of its own root, but here it is one folder among others.
 class TVirtualRootFolder : public TCustomFolderData {
  public:
   TVirtualRootFolder(TRef<IHierarchicalRoot> pRoot, const IScanRoots& pRoots, std::u16string_view pName);
@@ -24,11 +24,10 @@ class TVirtualRootFolder : public TCustomFolderData {
   TSizeValues GetValues() const override;
   TKivFileTime GetLastAccessDate() const override;
   TKivFileTime GetLastChangeDate() const override;
-  // Of all roots; nullptr when one of them collects none, since the sum would not be that of the whole.
+  // The sum over all roots. nullptr when one of them collects none, since the sum would be incomplete.
   TRef<ICustomAssocSizeArray> GetUserSizeArray() const override;
   TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const override;
-  // The intervals are those that all roots can be told in: bounds that all of them have. nullptr when a root collects
-  // no ages.
+  // The intervals have only the bounds that all roots have. nullptr when a root collects no ages.
   TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const override;
   void ReadStatistics(TStatisticsReading& pReading) const override;
   // Its children belong to their own roots: EInvalidOperation.
@@ -39,17 +38,17 @@ class TVirtualRootFolder : public TCustomFolderData {
   const IScanRoots& fRoots;  // owns the virtual root
 };
 
-// A root that shows all roots of a list as one tree. It is not scanned itself. Its subscribers are told of all changes
-// in all roots, with the nodes of those roots.
+// A root that shows all roots of a list as one tree. It is not scanned itself. Its subscribers receive all changes of
+// all roots, with the nodes of those roots.
 class TVirtualRoot : public TBaseRoot {
  public:
   TVirtualRoot(const IScanRoots& pRoots, std::shared_ptr<const TGlobalOptions> pOptions, char16_t pDelimiter);
   ~TVirtualRoot() override;
-  // To be called for each root of the list, those that are there already included; and when one has left it.
+  // The caller calls this for each root of the list, including existing ones, and when a root has left the list.
   void RootAdded(IHierarchicalRoot& pRoot);
   void RootRemoved();
 
-  // Scanning when one root is, finished when all are; cancelled, and with errors, when one is.
+  // Scanning when one root is scanning, finished when all are. Cancelled, or with errors, when one root is.
   TRootStates GetState() const override;
   TRef<IFolderData> GetTopFolder() const override;
   TRef<IScanEngine> GetScanEngine() const override { return nullptr; }
@@ -58,7 +57,7 @@ class TVirtualRoot : public TBaseRoot {
   TRef<IScanConfiguration> GetScanConfiguration() const override;
   void ForgetBranch(IFolderData&) override {}
   void ForgetOwnEntries(IFolderData&) override {}
-  // Each root of the list has a filter of its own: EInvalidOperation.
+  // Each root of the list has its own filter: EInvalidOperation.
   void SetScanFilter(TRef<IScanFilter> pFilter) override;
   TRef<IScanFilter> GetScanFilter() const override { return nullptr; }
   std::vector<TExclusion> GetExclusions() const override;  // of all roots

@@ -8,7 +8,7 @@
 
 namespace Vantrel {
 
-// Every folder has two arrays: what they weigh is what a scan of millions weighs.
+// Every folder has two arrays, so their size decides the memory of a scan of millions of folders.
 static_assert(sizeof(TExtensionSizeArray) <= 56);
 
 namespace {
@@ -29,11 +29,11 @@ int64_t ValueOf(const TBasicSizeValues& pValues, TColumn pColumn) {
   }
 }
 
-// Millionths. The small summand keeps an empty reference from dividing by zero. The double has 53 bits, which is exact
-// for all sizes that can be told apart in a millionth.
+// Millionths. The small summand prevents a division by zero for an empty reference. A double has 53 bits, which is
+// exact for all sizes that differ in a millionth.
 int64_t ShareOf(int64_t pValue, int64_t pReference) {
   double share = 1'000'000.0 * static_cast<double>(pValue) / (static_cast<double>(pReference) + 0.00000001);
-  constexpr double limit = 9e18;  // a value without a reference, which only a race can bring about
+  constexpr double limit = 9e18;  // a value without a reference; only a race can cause it
   return static_cast<int64_t>(std::nearbyint(std::clamp(share, -limit, limit)));  // halves to even
 }
 
@@ -87,8 +87,8 @@ void TCustomAssocSizeArray::Add(std::span<const TKeyedSizeValues> pEntries) {
   Changed();
 }
 
-// Size arrays are all of this class: the interface is there for their users, not for others to implement. A checked
-// cast would cost more than the merge itself.
+// All size arrays are of this class. The interface is for their users, not for other implementations. A checked cast
+// would cost more than the merge itself.
 void TCustomAssocSizeArray::AddArray(const ICustomAssocSizeArray& pOther) {
   const auto& other = static_cast<const TCustomAssocSizeArray&>(pOther);
   TSharedLock otherLock(other.fLock);
@@ -149,9 +149,10 @@ std::vector<std::u16string> TCustomAssocSizeArray::GetKeysSorted(TColumn pSortCo
   {
     TSharedLock lock(fLock);
     if (fSorted && fSorted->fChanges == fChanges && fSorted->fColumn == comparer.Column()) return fSorted->fKeys;
-    changes = fChanges;  // the entries read below are at least as new; if newer, the kept order is seen to be stale
+    // the entries read below are at least as new; if they are newer, the count shows the kept order as out of date
+    changes = fChanges;
   }
-  // Sorted without the lock, so that a view never holds up the scan.
+  // Sorted without the lock, so that a view never delays the scan.
   std::vector<TKeyedSizeValues> entries = GetEntries();
   std::sort(entries.begin(), entries.end(), comparer);
   auto sorted = std::make_unique<TSortedKeys>(TSortedKeys{comparer.Column(), changes, {}});

@@ -1,6 +1,6 @@
 #pragma once
 
-// Statistics by extension and by owner.
+// The size statistics by extension and by owner.
 
 #include <memory>
 #include <span>
@@ -16,33 +16,35 @@
 
 namespace Vantrel {
 
-// A dictionary from a text key to a size record: what each extension or each owner takes below a folder. Records that a
-// subtraction brought to zero stay inside but are not shown: enumeration and look-up pass over them, so that the array
-// reads as that of a fresh scan. Any thread; each call holds the array's own lock.
+// A dictionary from a text key to a size record: the space of each extension or each owner below a folder. Records that
+// a subtraction brought to zero stay inside, but enumeration and look-up skip them. So the array reads like that of a
+// fresh scan. Any thread; each call holds the array's own lock.
 class ICustomAssocSizeArray : public IInterface {
  public:
-  // Adds one file's or many files' numbers under a key. An empty text stands for the missing extension or owner.
+  // Adds the numbers of one or more files under a key. An empty text stands for the missing extension or owner.
   virtual void Add(std::u16string_view pKey, const TBasicSizeValues& pValues) = 0;
-  // The same by key id, for the scan: sorted by key, each key once; ids from KeyOf of the array's class.
+  // The same by key id, for the scan. Entries must be sorted by key, each key once. The ids come from KeyOf of the
+  // array's class.
   virtual void Add(std::span<const TKeyedSizeValues> pEntries) = 0;
-  // Adds or takes away every record of another array, which is read under its own lock for the whole walk. The other
-  // array is never this one, nor one that another thread merges the other way.
+  // Adds or subtracts every record of another array, whose lock is held for the whole walk. The other array must not be
+  // this one. No other thread may merge the two in the opposite direction at the same time.
   virtual void AddArray(const ICustomAssocSizeArray& pOther) = 0;
   virtual void SubtractArray(const ICustomAssocSizeArray& pOther) = 0;
-  // Replaces a key's record. No record: EInvalidArgumentValue "The content of a size array must not be nil. Index: "
-  // key.
+  // Replaces a key's record. If pValues is nullptr: EInvalidArgumentValue "The content of a size array must not be nil.
+  // Index: " and the key.
   virtual void SetRecord(std::u16string_view pKey, const TBasicSizeValues* pValues) = 0;
   // A key's numbers; false when it has none.
   virtual bool Find(std::u16string_view pKey, TBasicSizeValues& pValues) const = 0;
-  // A key's value in a column (mdSize, mdAllocated, mdFiles, mdAverageFileSize), 0 when missing; for mdPercentOfParent
+  // A key's value in a column (mdSize, mdAllocated, mdFiles, mdAverageFileSize); 0 when missing. For mdPercentOfParent,
   // the share of the reference record in millionths.
   virtual int64_t GetValueOfKey(std::u16string_view pKey, TColumn pColumn, const TSizeValues& pReference,
                                 TColumn pShareBasis) const = 0;
   // All records, in no particular order.
   virtual std::vector<TKeyedSizeValues> GetEntries() const = 0;
-  // The keys by descending value of the column; equal ones by key text, so that the order never depends on threads.
+  // The keys by descending value of the column. Equal ones are sorted by key text, so the order never depends on
+  // threads.
   virtual std::vector<std::u16string> GetKeysSorted(TColumn pSortColumn) const = 0;
-  // The key's colour in every chart: the user's own, else one picked by the hash of its text.
+  // The key's colour in every chart: the user's own choice, else one picked by the hash of its text.
   virtual TColor GetColorForKey(std::u16string_view pKey) const = 0;
   virtual size_t Count() const = 0;
   virtual void Clear() = 0;
@@ -51,10 +53,10 @@ class ICustomAssocSizeArray : public IInterface {
 
 class TCustomAssocSizeArray : public TInterfaced<ICustomAssocSizeArray> {
  public:
-  // Orders entries by a column, the largest first; equal ones by key text in code-unit order.
+  // Orders entries by a column, the largest first. Equal ones are sorted by key text in code-unit order.
   class TSizeArrayComparer {
    public:
-    // mdCount stands for the default sort column, which is then the second argument.
+    // mdCount selects the default sort column, which is the second argument.
     explicit TSizeArrayComparer(TColumn pColumn, TColumn pDefault = TColumn::mdSize)
         : fColumn(pColumn == TColumn::mdCount ? pDefault : pColumn) {}
     // Negative when the first comes first.
@@ -82,7 +84,7 @@ class TCustomAssocSizeArray : public TInterfaced<ICustomAssocSizeArray> {
   size_t Count() const override;
   void Clear() override;
 
-  // Bytes that the array holds on the heap beside itself, for measuring.
+  // Bytes on the heap, without the object itself, for measuring.
   size_t HeapBytes() const;
 
  protected:
@@ -91,7 +93,7 @@ class TCustomAssocSizeArray : public TInterfaced<ICustomAssocSizeArray> {
 
   explicit TCustomAssocSizeArray(uint16_t pFlags);
   TCustomAssocSizeArray(const TCustomAssocSizeArray& pOther);
-  // The text that stands for a missing key. It is one that no real key can be.
+  // The text that stands for a missing key. No real key can equal it.
   virtual std::u16string_view TextForEmptyKey() const = 0;
 
   // The key under which a text is stored.
@@ -104,23 +106,23 @@ class TCustomAssocSizeArray : public TInterfaced<ICustomAssocSizeArray> {
   TPackedSizeTable CopyOfTable() const;
   void Changed() REQUIRES(fLock) { ++fChanges; }
 
-  // In an order that leaves no holes: 40 bytes with a 4-byte lock.
+  // The members are ordered to leave no holes: 40 bytes with a 4-byte lock.
   mutable TSlimReaderWriterLock fLock;
-  // The order that was asked for last, made on demand: of millions of arrays, a few are ever shown. It is valid while
-  // its change count is still fChanges.
+  // The order requested last, made on demand, since only a few of millions of arrays are ever shown. It is valid while
+  // its change count equals fChanges.
   mutable std::unique_ptr<TSortedKeys> fSorted GUARDED_BY(fLock);
   [[no_unique_address]] TPackedSizeTable fTable GUARDED_BY(fLock);
   const uint16_t fFlags;
   uint32_t fChanges GUARDED_BY(fLock) = 0;
 };
 
-// What each file extension takes. Keys are lower-case and begin with the dot (".txt"); "<no extension>" stands for
-// files without one, which cannot be mistaken for an extension since it has no dot.
+// The space of each file extension. Keys are lower-case and begin with the dot (".txt"). "<no extension>" stands for
+// files without one. It has no dot, so it cannot be confused with an extension.
 class TExtensionSizeArray : public TCustomAssocSizeArray {
  public:
   TExtensionSizeArray() : TCustomAssocSizeArray(kLowerCaseKeys) {}
   static constexpr std::u16string_view kNoExtension = u"<no extension>";
-  // The id under which an extension is counted, empty for none. Not cheap: a scan worker keeps a cache in front.
+  // The key id of an extension; empty means none. Not cheap: a scan worker uses its own cache first.
   static TKeyId KeyOf(std::u16string_view pExtension);
 
   TRef<ICustomAssocSizeArray> Clone() const override {
@@ -131,8 +133,8 @@ class TExtensionSizeArray : public TCustomAssocSizeArray {
   std::u16string_view TextForEmptyKey() const override { return kNoExtension; }
 };
 
-// What each owner takes, by account name as it stands; "<unknown owner>" for files whose owner could not be found out.
-// Neither system allows "<" in an account name.
+// The space of each owner, by unchanged account name. "<unknown owner>" stands for files with an unknown owner. Neither
+// system allows "<" in an account name.
 class TUserSizeArray : public TCustomAssocSizeArray {
  public:
   TUserSizeArray() : TCustomAssocSizeArray(0) {}
@@ -151,7 +153,7 @@ class TNamedSizeData : public TBasicSizeData {
   TNamedSizeData() = default;
   TNamedSizeData(std::u16string_view pName, const TBasicSizeValues& pValues);
   const std::u16string& GetName() const { return fName; }
-  // Copies the values, and the name where the source has one.
+  // Copies the values, and the name if the source has one.
   void Assign(const IBasicSizeData& pSource) override;
   TMetaDataValue GetValue(TColumn pColumn) const override;
 

@@ -6,7 +6,7 @@ namespace Vantrel {
 
 namespace {
 
-// Twenty hues that neighbours in a chart can be told apart by, on a light and on a dark ground.
+// Twenty hues that users can tell apart in a chart, on light and dark backgrounds.
 constexpr std::array<TColor, 20> kPalette = {0x4E79A7, 0xF28E2B, 0xE15759, 0x76B7B2, 0x59A14F, 0xEDC948, 0xB07AA1,
                                              0xFF9DA7, 0x9C755F, 0x8C8C8C, 0x2F6DB5, 0xC4622D, 0x3A9E92, 0xA8324A,
                                              0x7A9A01, 0x6A5ACD, 0xD37295, 0x499894, 0xB6992D, 0x5C6BC0};

@@ -1,6 +1,6 @@
 #pragma once
 
-// The colour of each key.
+// The colours of statistics keys.
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
@@ -13,13 +13,13 @@ namespace Vantrel {
 
 using TColor = uint32_t;  // 0xRRGGBB
 
-// The 32-bit FNV-1a hash of a text's UTF-16 code units, the low byte of each before its high byte on every platform.
+// The 32-bit FNV-1a hash of a text's UTF-16 code units, the low byte of each first, on every platform.
 uint32_t HashOfKeyText(std::u16string_view pText);
 
-// Gives every statistics key its colour, the same one in every chart and on every run. Any thread.
+// Assigns every statistics key its colour, the same in every chart and on every run. Any thread.
 class TColorPalette {
  public:
-  // The colour that the user chose for the key, else the one that the key's hash picks from the palette.
+  // The user's colour for the key, else a palette colour picked by the key's hash.
   TColor GetColorForKey(std::u16string_view pKey) const;
   TColor GetColorForHash(uint32_t pHash) const;
 

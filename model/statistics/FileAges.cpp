@@ -42,7 +42,7 @@ std::vector<int64_t> ValuesOf(const IFileAges& pAges) {
 }  // namespace
 
 int64_t FileAgeInDays(TKivFileTime pNow, TKivFileTime pDate) {
-  int64_t ticks = pNow.fTicks - std::max<int64_t>(pDate.fTicks, 0);  // a damaged date may be anything
+  int64_t ticks = pNow.fTicks - std::max<int64_t>(pDate.fTicks, 0);  // a damaged date may have any value
   int64_t days = ticks / TKivFileTime::kTicksPerDay;
   return ticks % TKivFileTime::kTicksPerDay > 0 ? days + 1 : days;
 }
@@ -147,7 +147,8 @@ std::u16string TFileAges::GetLabel(int pIndex) const {
 
 TColor TFileAges::GetColor(int pIndex) const {
   CheckIndex(pIndex);
-  // index / count × 21, halves to even. Of more than 41 intervals the last round up to 21: they share the last colour.
+  // index / count × 21, halves to even. With more than 41 intervals the last ones round up to 21 and share the last
+  // colour.
   int count = Count();
   int product = pIndex * static_cast<int>(kRamp.size());
   int entry = product / count;
@@ -160,7 +161,7 @@ TKivFileTime TFileAges::FileAgeFromNow(int pIndex) const {
   int64_t days = Item(pIndex);
   TKivFileTime now = TKivFileTime::Now();
   if (days >= now.fTicks / TKivFileTime::kTicksPerDay) return {};
-  constexpr int64_t farthest = -10'000'000;  // days; ticks of a moment farther in the future do not fit
+  constexpr int64_t farthest = -10'000'000;  // in days; the ticks of a later moment do not fit
   return {now.fTicks - std::max(days, farthest) * TKivFileTime::kTicksPerDay};
 }
 
@@ -190,7 +191,7 @@ TFileAgeDistribution::TFileAgeDistribution(TRef<IFileAges> pFileAges, TDateType 
   CheckFileAges(fFileAges.get());
 }
 
-// Called with the source's lock held.
+// The caller holds the source's lock.
 TFileAgeDistribution::TFileAgeDistribution(const TFileAgeDistribution& pOther)
     : TInterfaced(pOther), fFileAges(pOther.fFileAges), fTable(pOther.fTable), fDateType(pOther.fDateType) {}
 
@@ -221,7 +222,7 @@ void TFileAgeDistribution::Add(std::span<const TKeyedSizeValues> pEntries) {
   fTable.AddSorted(pEntries);
 }
 
-// Distributions are all of this class; see the size arrays.
+// All distributions are of this class; see TCustomAssocSizeArray::AddArray.
 void TFileAgeDistribution::AddDistribution(const IFileAgeDistribution& pOther) {
   const auto& other = static_cast<const TFileAgeDistribution&>(pOther);
   TSharedLock otherLock(other.fLock);

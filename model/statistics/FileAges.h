@@ -1,6 +1,6 @@
 #pragma once
 
-// Age intervals, and statistics by age.
+// Age intervals, and the statistics by file age.
 
 #include <cstdint>
 #include <memory>
@@ -17,36 +17,37 @@
 
 namespace Vantrel {
 
-// The age of a file in days begun, so that a file is at most n days old exactly when its age is at most n: one of a day
-// and a minute is 2 and not "up to a day". At most 0 for a date in the future; a file without date is very old.
+// The age of a file in days, rounded up. So a file is at most n days old exactly when its age is at most n: a day and a
+// minute is 2, not "up to a day". At most 0 for a date in the future. A file without a date is very old.
 int64_t FileAgeInDays(TKivFileTime pNow, TKivFileTime pDate);
 
-// "6 months": a count of days in the largest of days, weeks, months (30 days) and years (365) that fits, cut to whole
-// units.
+// "6 months": a number of days in the largest unit of days, weeks, months (30 days) and years (365) that fits, cut to
+// whole units.
 std::u16string FileAgeLabelFromDays(int64_t pDays);
 
-// Age intervals: an ascending list of bounds in days, each interval reaching from the bound before it to its own, the
-// bound included. The last interval is open-ended. Set up before a scan, then only read, by any thread.
+// Age intervals: an ascending list of bounds in days. Each interval reaches from the previous bound to its own, which
+// is included. The last interval is open-ended. Set up before a scan, then only read, by any thread.
 class IFileAges : public IInterface {
  public:
   virtual void Assign(const IFileAges& pSource) = 0;
-  // Puts a bound in its place; one already present is not added again.
+  // Inserts a bound in order. A bound that is already present is not added again.
   virtual void Add(int64_t pDays) = 0;
   virtual int GetCount() const = 0;
   // The bounds in decimal, joined with ";".
   virtual std::u16string GetAsString() const = 0;
-  // EInvalidArgumentValue, and the list as it was, when the text yields no bound. Parts that are no number are skipped.
+  // Sets the bounds from text. Parts that are no number are skipped. When the text has no bound: EInvalidArgumentValue,
+  // and the list stays unchanged.
   virtual void SetAsString(std::u16string_view pText) = 0;
   // The calls with an index raise EInvalidArgumentValue for one outside 0..count-1.
   virtual int64_t GetItem(int pIndex) const = 0;
   virtual bool EqualsTo(const IFileAges& pOther) const = 0;
   // "1 week - 1 month"; "up to 1 day" for the first and "over 2 years" for the last.
   virtual std::u16string GetLabel(int pIndex) const = 0;
-  // From green for the youngest to red.
+  // A colour from green for the youngest to red for the oldest.
   virtual TColor GetColor(int pIndex) const = 0;
-  // The moment that lies the bound's days before now; "no date" when that is before file times begin.
+  // The moment that is the bound's days before now. "No date" when that is before file times begin.
   virtual TKivFileTime FileAgeFromNow(int pIndex) const = 0;
-  // The first interval whose bound is at least the age in days; the last when no bound is; -1 for an empty list.
+  // The first interval whose bound is at least the age in days; the last when there is none; -1 for an empty list.
   virtual int GetIndexOfMatchingInterval(int64_t pAgeInDays) const = 0;
 };
 
@@ -71,7 +72,7 @@ class TIntegerList {
 class TDistributionList : public TIntegerList {
  public:
   void Add(int64_t pValue) override;
-  // Copies the values; duplicates collapse. EInvalidArgumentValue, and the list as it was, when none would be left.
+  // Copies the values without duplicates. When none would be left: EInvalidArgumentValue, and the list stays unchanged.
   void Assign(std::span<const int64_t> pValues);
 };
 
@@ -80,8 +81,8 @@ class TFileAges : public TInterfaced<IFileAges>, private TDistributionList {
   // An empty list, and the list of defaults: 1, 7, 30, 182, 365 and 730 days, and older.
   TFileAges() = default;
   static TRef<TFileAges> CreateDefault();
-  // From the attributes of an XML element: every name "Days_" and a number gives a bound. EInvalidArgumentValue when
-  // there is none.
+  // Creates the list from the attributes of an XML element: every name "Days_" and a number gives a bound.
+  // EInvalidArgumentValue when there is none.
   static TRef<TFileAges> CreateFromXML(std::span<const std::pair<std::u16string, std::u16string>> pAttributes);
   void SetDefaults();
 
@@ -98,29 +99,29 @@ class TFileAges : public TInterfaced<IFileAges>, private TDistributionList {
   int GetIndexOfMatchingInterval(int64_t pAgeInDays) const override;
 };
 
-// How the space below a folder is spread over age intervals: a size record per interval. Any thread.
+// The space below a folder by age interval: a size record per interval. Any thread.
 class IFileAgeDistribution : public IInterface {
  public:
   virtual TRef<IFileAges> GetFileAges() const = 0;
-  // Replaces the intervals and clears the records. EInvalidArgumentValue for nil and for an empty list.
+  // Replaces the intervals and clears the records. EInvalidArgumentValue for nullptr and for an empty list.
   virtual void SetFileAges(TRef<IFileAges> pFileAges) = 0;
-  // Which date of a file the ages are of.
+  // The date of a file from which its age is counted.
   virtual TDateType GetDateType() const = 0;
   virtual void Add(int pInterval, const TBasicSizeValues& pValues) = 0;
-  // The same for many, for the scan: the key is the interval, in ascending order, each once.
+  // The same for many files, for the scan. The key is the interval; entries must be in ascending order, each key once.
   virtual void Add(std::span<const TKeyedSizeValues> pEntries) = 0;
-  // Adds or takes away another distribution of the same intervals, which is read under its own lock for the whole walk.
-  // It is never this one, nor one that another thread merges the other way.
+  // Adds or subtracts another distribution of the same intervals, whose lock is held for the whole walk. It must not be
+  // this one. No other thread may merge the two in the opposite direction at the same time.
   virtual void AddDistribution(const IFileAgeDistribution& pOther) = 0;
   virtual void SubtractDistribution(const IFileAgeDistribution& pOther) = 0;
-  // An interval's numbers, all zero when it holds no file.
+  // An interval's numbers. All zero when it holds no file.
   virtual TBasicSizeValues GetRecord(int pInterval) const = 0;
-  // The records of all intervals that hold files, by ascending interval, which is the key.
+  // The records of all intervals that hold files, by ascending interval. The interval is the key.
   virtual std::vector<TKeyedSizeValues> GetEntries() const = 0;
   virtual void Assign(const IFileAgeDistribution& pSource) = 0;
   virtual void Clear() = 0;
   virtual TRef<IFileAgeDistribution> Clone() const = 0;
-  // A new one of the same intervals and date kind, without values.
+  // Creates a distribution of the same intervals and date kind, without values.
   virtual TRef<IFileAgeDistribution> CloneEmpty() const = 0;
 };
 
@@ -144,7 +145,7 @@ class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
     return MakeRef<TFileAgeDistribution>(GetFileAges(), GetDateType());
   }
 
-  // Bytes that the distribution holds on the heap beside itself, for measuring.
+  // Bytes on the heap, without the object itself, for measuring.
   size_t HeapBytes() const;
 
  private:

@@ -46,7 +46,7 @@ TFolderStatistics TFolderStatistics::Clone() const {
   return clone;
 }
 
-// Sums up all files by the key that pKeyOf gives for a file.
+// Sums up all files by the key that pKeyOf returns.
 template <class TKeyOf>
 void TStatisticsReading::SumUp(TRecords& pRecords, const TFileTable* pFiles, const TKeyOf& pKeyOf) {
   fTotals.Clear();

@@ -1,6 +1,6 @@
 #pragma once
 
-// A folder's statistics worked out from its table of files, for folders that hold none.
+// Computes a folder's statistics from its table of files, for folders that do not store them.
 
 #include <span>
 #include <vector>
@@ -13,47 +13,47 @@
 
 namespace Vantrel {
 
-// The three statistics of one folder's files as a listing brought them together. Entries are sorted by key.
+// The three statistics of one folder's files, as collected during its listing. Entries are sorted by key.
 struct TListedStatistics {
   std::span<const TKeyedSizeValues> fOwners;
   std::span<const TKeyedSizeValues> fExtensions;
   std::span<const TKeyedSizeValues> fAges;  // by interval index
 };
 
-// The three statistics of a folder, as the folder holds them; nullptr for what its root does not collect. A copy shares
-// the arrays.
+// The three statistics of a folder, as the folder stores them. nullptr for each that its root does not collect. A copy
+// shares the arrays.
 struct TFolderStatistics {
   TRef<ICustomAssocSizeArray> fUsers;
   TRef<ICustomAssocSizeArray> fExtensions;
   TRef<IFileAgeDistribution> fAges;
 
   bool IsEmpty() const { return !fUsers && !fExtensions && !fAges; }
-  // Add and Subtract change the arrays that are here and leave out what is not collected here.
+  // Add and Subtract change the existing arrays and ignore what is not collected here.
   void Add(const TFolderStatistics& pOther) const;
   void Add(const TListedStatistics& pListed) const;
   void Subtract(const TFolderStatistics& pOther) const;
-  // Adds, and makes the arrays that are missing here.
+  // Adds, and creates the arrays that are missing here.
   void AddOrCreate(const TFolderStatistics& pOther);
-  // Arrays of its own with the same contents.
+  // Copies the arrays, with the same contents.
   TFolderStatistics Clone() const;
 };
 
-// Reads the statistics of folder after folder, as plain records: whoever walks a whole tree keeps one, and nothing is
+// Reads the statistics of folder after folder, as plain records. A walk of a whole tree keeps one, so nothing is
 // allocated per folder. One thread.
 //
-// A folder without sub-folders, and the "[Files]" node of one with them, hold no statistics of their own as long as the
-// scan keeps the files: that is most of all folders, of whose statistics few are ever looked at. Theirs are worked out
-// from the table of the files.
+// As long as the scan keeps the files, some nodes store no statistics: folders without sub-folders, and "[Files]"
+// nodes. These are most folders, and few of their statistics are ever read. They are computed from the table of files.
 class TStatisticsReading {
  public:
-  // The files' own; the intervals, date kind and moment of the ages are the configuration's. No table: no files.
+  // Computes the statistics of the files. Intervals, date kind and moment of the ages come from the configuration.
+  // nullptr means no files.
   void Read(const TFileTable* pFiles, const IScanConfiguration& pConfiguration);
-  // What a folder holds.
+  // Reads the statistics that a folder stores.
   void Read(const TFolderStatistics& pStatistics);
   void Clear();
 
-  // What was read last, good until the next reading; nullptr for what is not collected. Keys that no file has are left
-  // out. Users and extensions come in no particular order, ages by ascending interval.
+  // The result of the last Read, valid until the next one. nullptr for what is not collected. Keys without files are
+  // left out. Users and extensions are in no particular order, ages by ascending interval.
   const std::vector<TKeyedSizeValues>* Users() const { return fUsers.Shown(); }
   const std::vector<TKeyedSizeValues>* Extensions() const { return fExtensions.Shown(); }
   const std::vector<TKeyedSizeValues>* Ages() const { return fAges.Shown(); }
@@ -77,7 +77,7 @@ class TStatisticsReading {
 // The statistics of the files as objects.
 TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfiguration& pConfiguration);
 
-// The date of a file that its age is counted from.
+// The date of a file from which its age is counted.
 TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime pLastChange, TKivFileTime pCreation);
 
 }  // namespace Vantrel

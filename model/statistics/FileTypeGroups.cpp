@@ -14,8 +14,9 @@ std::atomic<uint32_t> TFileTypeGroup::fPatternChanges{0};
 
 namespace {
 
-// A dot, then ASCII other than dots, wildcards and what a mask list gives a meaning to. For such an extension the mask
-// "*" and extension is an equality but for ASCII letter case. Outside ASCII some characters fold into it.
+// Whether the text is a dot and then ASCII without dots, wildcards and characters with a meaning in mask lists. For
+// such an extension the mask "*" + extension only needs a comparison without ASCII letter case. Outside ASCII some
+// characters fold into ASCII ones.
 bool IsPlainExtension(std::u16string_view pText) {
   return pText.size() > 1 && pText.front() == u'.' && std::all_of(pText.begin() + 1, pText.end(), [](char16_t pChar) {
            return pChar > u' ' && pChar < 0x7F &&
@@ -89,9 +90,9 @@ bool TFileTypeGroup::IsCatchAll() const {
   return fPatterns == u"*" || fPatterns == u"*;";
 }
 
-// Masks are made for file names, the statistics know extensions only. The key with its dot is matched as if it were a
-// whole name: "*.jpg", "*.~*" and "*mbox" then do what their writer meant, while a mask that asks something of the part
-// before the extension ("report*.txt") claims no extension, since most files of that extension would not match it.
+// Masks are made for file names, but the statistics only know extensions. So the key with its dot is matched like a
+// whole name. "*.jpg", "*.~*" and "*mbox" then work as intended. A mask on the part before the extension
+// ("report*.txt") matches no extension, since most files with that extension would not match it.
 bool TFileTypeGroup::MatchesExtension(std::u16string_view pExtension) const {
   if (pExtension.empty() || pExtension == TExtensionSizeArray::kNoExtension) return IsCatchAll();
   std::u16string name;
@@ -251,7 +252,7 @@ std::vector<TRef<TSizeDataGroup>> CalculateSizeDataForGroups(const ICustomAssocS
   for (int i = 0; i < pGroups.GetCount(); ++i) sums.push_back(MakeRef<TSizeDataGroup>(pGroups.GetItem(i)));
   for (const TKeyedSizeValues& entry : pExtensions.GetEntries()) {
     for (int group : pGroups.GetGroupIndexesOfKey(entry.fKey)) {
-      // A group added meanwhile has no row here.
+      // A group that was added meanwhile has no sum here.
       if (static_cast<size_t>(group) < sums.size()) sums[static_cast<size_t>(group)]->Add(entry.fValues);
     }
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Groups of extensions, and sums by group.
+// Groups of extensions, and size sums by group.
 
 #include <atomic>
 #include <boost/unordered/unordered_flat_map.hpp>
@@ -22,19 +22,19 @@ class IFileTypeGroup : public IInterface {
   virtual void SetCaption(std::u16string_view pValue) = 0;
   virtual std::u16string GetDescription() const = 0;
   virtual void SetDescription(std::u16string_view pValue) = 0;
-  // A mask whose system icon stands for the group ("*.wav"); may be empty.
+  // A mask for the system icon of the group ("*.wav"); may be empty.
   virtual std::u16string GetExtensionForIcon() const = 0;
   virtual void SetExtensionForIcon(std::u16string_view pValue) = 0;
   virtual std::u16string GetPatterns() const = 0;
   virtual void SetPatterns(std::u16string_view pValue) = 0;
-  // Whether the group takes what no other group claims: its pattern is "*" alone.
+  // Whether the group takes all that no other group matches: its pattern is "*" alone.
   virtual bool IsCatchAll() const = 0;
   // Whether a mask matches the extension, given as a key of the extension statistics.
   virtual bool MatchesExtension(std::u16string_view pExtension) const = 0;
   virtual void Assign(const IFileTypeGroup& pSource) = 0;
 };
 
-// An ordered list of groups: the order of the rows, and the group index is what a grouping says. Any thread.
+// An ordered list of groups. The order is that of the rows; results name groups by their index. Any thread.
 class IFileTypeGroups : public IInterface {
  public:
   virtual TRef<IFileTypeGroup> AddNewGroup() = 0;
@@ -45,8 +45,8 @@ class IFileTypeGroups : public IInterface {
   virtual TRef<IFileTypeGroup> GetGroupByCaption(std::u16string_view pCaption) const = 0;
   // The first ordinary group that matches, else the catch-all group, else -1.
   virtual int GetGroupIndexByExtension(std::u16string_view pExtension) const = 0;
-  // All groups that an extension counts in: the ordinary ones that match, or the catch-all group when none does.
-  // Remembered per key until a group changes.
+  // All groups that count an extension: the ordinary ones that match, or the catch-all group when none does. The result
+  // is stored per key until a group changes.
   virtual std::vector<int> GetGroupIndexesOfKey(TKeyId pExtension) const = 0;
   virtual void Clear() = 0;
   // Copies every group.
@@ -69,7 +69,7 @@ class TFileTypeGroup : public TInterfaced<IFileTypeGroup> {
   bool MatchesExtension(std::u16string_view pExtension) const override;
   void Assign(const IFileTypeGroup& pSource) override;
 
-  // Counts every change of any group's patterns: what was remembered under an earlier count no longer holds.
+  // Counts every change of any group's patterns. A result stored under an earlier count is out of date.
   static uint32_t PatternChanges() { return fPatternChanges.load(std::memory_order_acquire); }
 
  private:
@@ -80,7 +80,7 @@ class TFileTypeGroup : public TInterfaced<IFileTypeGroup> {
   std::u16string fDescription GUARDED_BY(fLock);
   std::u16string fExtensionForIcon GUARDED_BY(fLock);
   std::u16string fPatterns GUARDED_BY(fLock);
-  // The patterns again, parted: most masks are "*." and a plain extension, and a look-up answers for all of those at
+  // The patterns again, in two parts. Most masks are "*." and a plain extension. One look-up handles all of those at
   // once.
   boost::unordered_flat_set<std::u16string> fPlainExtensions GUARDED_BY(fLock);  // ".jpg"
   std::u16string fOtherMasks GUARDED_BY(fLock);
@@ -107,8 +107,8 @@ class TFileTypeGroups : public TInterfaced<IFileTypeGroups> {
   mutable TSlimReaderWriterLock fLock;
   TGroupList fGroups GUARDED_BY(fLock);
   uint32_t fListChanges GUARDED_BY(fLock) = 0;
-  // Matching a key against some six hundred masks is slow, and the keys of folder after folder are the same ones. Good
-  // for the two counts of changes that it was made under.
+  // Matching a key against some six hundred masks is slow, and many folders have the same keys. The results are valid
+  // for the two change counts under which they were made.
   mutable boost::unordered_flat_map<TKeyId, std::vector<int>> fMatches GUARDED_BY(fLock);
   mutable uint32_t fMatchesPatternChanges GUARDED_BY(fLock) = 0;
   mutable uint32_t fMatchesListChanges GUARDED_BY(fLock) = 0;
@@ -120,7 +120,7 @@ class TStandardFileTypes : public TFileTypeGroups {
   TStandardFileTypes();
 };
 
-// An extension's part in a group. One that counts in several groups has an entry for each; all but its first are
+// An extension's membership in a group. An extension in several groups has an entry for each. All but the first are
 // marked as additional.
 struct TGroupedKey {
   TKeyId fKey = 0;
@@ -128,7 +128,7 @@ struct TGroupedKey {
   bool fAdditional = false;
 };
 
-// A size record that stands for a file-type group and sums the extensions that belong to it.
+// A size record for a file-type group: the sum of its extensions.
 class TSizeDataGroup : public TNamedSizeData {
  public:
   // Named after the group.
@@ -140,14 +140,14 @@ class TSizeDataGroup : public TNamedSizeData {
   TRef<IFileTypeGroup> fGroup;
 };
 
-// Which groups each extension of an array counts in. An extension may count in several ordinary groups, and counts in
-// the catch-all group only when no ordinary one matches.
+// Which groups count each extension of an array. Several ordinary groups may count an extension. The catch-all group
+// counts it only when no ordinary one matches.
 std::vector<TGroupedKey> FillCustomAssocSizeArrayGrouped(const ICustomAssocSizeArray& pExtensions,
                                                          const IFileTypeGroups& pGroups);
-// The sum of the extensions that count in a group.
+// The sum of all extensions that a group counts.
 TRef<TSizeDataGroup> CalculateSizeDataForGroup(const ICustomAssocSizeArray& pExtensions, const IFileTypeGroups& pGroups,
                                                int pGroupIndex);
-// The same for all groups in one walk, in the order of the list; groups without files are there with zeros.
+// The same for all groups in one walk, in the order of the list. Groups without files are included with zeros.
 std::vector<TRef<TSizeDataGroup>> CalculateSizeDataForGroups(const ICustomAssocSizeArray& pExtensions,
                                                              const IFileTypeGroups& pGroups);
 

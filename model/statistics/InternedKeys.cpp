@@ -9,15 +9,15 @@ namespace Vantrel {
 
 namespace {
 
-// The texts live in a deque, which never moves an element when it grows: references to them stay good, and the map's
-// keys are views of them, so that each text is stored once.
+// The texts are in a deque, which never moves its elements, so references to them stay valid. The map's keys are views
+// of the texts, so each text is stored once.
 struct TKeyTable {
   TSlimReaderWriterLock fLock;
   std::deque<std::u16string> fTexts GUARDED_BY(fLock);
   boost::unordered_flat_map<std::u16string_view, TKeyId> fKeys GUARDED_BY(fLock);
 };
 
-// Never destroyed: a worker that outlives main's statics may still ask for a text.
+// Never destroyed: a worker may still ask for a text when main's statics are gone.
 TKeyTable& Table() {
   static TKeyTable& table = *new TKeyTable;
   return table;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The process-wide table of extensions and owners.
+// The process-wide table of extensions and owners, which maps texts to integers.
 
 #include <cstdint>
 #include <string>
@@ -8,17 +8,17 @@
 
 namespace Vantrel {
 
-// The process-wide table of statistics keys (extensions, owners): each text once, named by a small integer, so that
-// merging statistics into a folder's ancestors compares integers and hashes no text. Keys live as long as the process:
-// there are thousands, not millions. Any thread; a scan worker keeps a cache of its own in front.
+// The process-wide table of statistics keys (extensions, owners). Each text is stored once under a small integer.
+// Merging statistics into a folder's ancestors then compares integers and hashes no text. Keys live as long as the
+// process; there are thousands, not millions. Any thread; a scan worker uses its own cache first.
 using TKeyId = uint32_t;
 constexpr TKeyId kNoKey = 0xFFFFFFFF;
 
-// The id of a text, a new one when the text is new.
+// The id of a text. Adds the text if it is new.
 TKeyId InternKey(std::u16string_view pText);
-// The id of a text, or false when no statistics ever held it.
+// The id of a text. False when the table does not hold it.
 bool FindInternedKey(std::u16string_view pText, TKeyId& pKey);
-// The text of an id. The reference stays good.
+// The text of an id. The reference stays valid.
 const std::u16string& TextOfKey(TKeyId pKey);
 
 }  // namespace Vantrel

@@ -34,7 +34,7 @@ TKeyId TExtensionKeys::KeyOfName(std::u16string_view pFileName) {
   const auto known = fKeys.find(extension);
   if (known != fKeys.end()) return known->second;
   const TKeyId key = TExtensionSizeArray::KeyOf(extension);
-  // Names with a running number for an extension would fill the cache with texts that never come again.
+  // Names with a running number as extension would fill the cache with texts that never occur again.
   constexpr size_t kMostKept = 4096;
   if (fKeys.size() < kMostKept) fKeys.emplace(extension, key);
   return key;

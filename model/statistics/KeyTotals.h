@@ -1,6 +1,6 @@
 #pragma once
 
-// Sums by key for one folder after the other; the keys of extensions, remembered.
+// Sums sizes by key for one folder after the other, and finds the keys of extensions through a cache.
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <span>
@@ -13,11 +13,11 @@
 namespace Vantrel {
 
 // Sums up sizes by key for one folder after the other. The keys are small integers, and few, so a table indexed by key
-// finds the sum; once it has grown, adding a file allocates nothing. Used by one thread.
+// finds the sum. Once it has grown, adding a file allocates nothing. Used by one thread.
 class TKeyTotals {
  public:
   void Add(TKeyId pKey, const TBasicSizeValues& pValues);
-  // What was added, by ascending key. Good until the next change.
+  // The sums by ascending key. Valid until the next change.
   std::span<const TKeyedSizeValues> Sorted();
   void Clear();
 
@@ -26,15 +26,15 @@ class TKeyTotals {
   std::vector<TKeyedSizeValues> fEntries;
 };
 
-// Finds the key of a file name's extension, remembering those that it has seen: interning one takes a lock and folds
-// its letters. Used by one thread.
+// Finds the key of a file name's extension through a cache, since interning takes a lock and folds letters. Used by one
+// thread.
 class TExtensionKeys {
  public:
   TKeyId KeyOfName(std::u16string_view pFileName);
 
  private:
   struct TTextHash {
-    using is_transparent = void;  // looked up by view, without making a string
+    using is_transparent = void;  // look-up by view, without making a string
     size_t operator()(std::u16string_view pText) const { return std::hash<std::u16string_view>()(pText); }
   };
   boost::unordered_flat_map<std::u16string, TKeyId, TTextHash, std::equal_to<>> fKeys;

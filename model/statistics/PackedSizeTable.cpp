@@ -17,8 +17,8 @@ static_assert(std::is_trivially_copyable_v<TKeyedSizeValues> && sizeof(TKeyedSiz
 
 namespace {
 
-// Block sizes: exact where most folders are, then steps of about a third, so that growth costs little and wastes
-// little.
+// Block sizes: exact for small tables, which most folders have, then steps of about a third. So growth costs little and
+// wastes little.
 constexpr std::array<uint8_t, 8> kCapacities = {1, 2, 3, 4, 6, 8, 12, TPackedSizeTable::kMaxPacked};
 
 }  // namespace
@@ -83,7 +83,7 @@ void TPackedSizeTable::AddSorted(std::span<const TKeyedSizeValues> pEntries) {
       InsertMissing(pEntries, missing);
       return;
     }
-    // What is already in has been added; the rest goes in one by one below.
+    // The existing keys have been added. The others are added one by one below.
     std::array<TKeyId, kMaxPacked> before;
     unsigned count = fCount;
     for (unsigned i = 0; i < count; ++i) before[i] = fRecords[i].fKey;
@@ -96,7 +96,7 @@ void TPackedSizeTable::AddSorted(std::span<const TKeyedSizeValues> pEntries) {
   for (const TKeyedSizeValues& entry : pEntries) (*fMap)[entry.fKey] += entry.fValues;
 }
 
-// Adds the entries whose keys have a record; how many have none.
+// Adds the entries whose keys have a record. Returns the number of the others.
 unsigned TPackedSizeTable::AddPresent(std::span<const TKeyedSizeValues> pEntries) {
   unsigned missing = 0;
   TKeyedSizeValues* record = fRecords;
@@ -112,7 +112,7 @@ unsigned TPackedSizeTable::AddPresent(std::span<const TKeyedSizeValues> pEntries
   return missing;
 }
 
-// Merges the entries without a record in from the back, so that every record moves once.
+// Inserts the entries without a record from the back, so that every record moves once.
 void TPackedSizeTable::InsertMissing(std::span<const TKeyedSizeValues> pEntries, unsigned pMissing) {
   Reserve(fCount + pMissing);
   TKeyedSizeValues* from = fRecords + fCount;
@@ -138,7 +138,7 @@ void TPackedSizeTable::SubtractTable(const TPackedSizeTable& pOther) {
   pOther.ForEach([this](TKeyId pKey, const TBasicSizeValues& pValues) { FindOrCreate(pKey) -= pValues; });
 }
 
-// Room for pCount records while packed.
+// Makes room for pCount records while packed.
 void TPackedSizeTable::Reserve(unsigned pCount) {
   if (pCount <= fCapacity) return;
   uint8_t capacity = *std::lower_bound(kCapacities.begin(), kCapacities.end(), pCount);
@@ -160,7 +160,7 @@ void TPackedSizeTable::BecomeMap(size_t pExpected) {
 
 size_t TPackedSizeTable::HeapBytes() const {
   if (IsPacked()) return fCapacity * sizeof(TKeyedSizeValues);
-  // A slot per element of the current capacity, and a byte of bookkeeping for each.
+  // One slot per element of the current capacity, and one byte of bookkeeping for each slot.
   size_t slots = fMap->bucket_count();
   return sizeof(TMap) + slots * (sizeof(TMap::value_type) + 1);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The records of one statistic of one folder, packed by key.
+// The records of one statistic of one folder, packed and sorted by key.
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
@@ -18,13 +18,13 @@ struct TKeyedSizeValues {
   TBasicSizeValues fValues;
 };
 
-// The records of one statistic of one folder. A scan of millions of folders has several of them per folder, most with
-// one to five keys, so nothing is spent before the first record, and few records lie packed in one heap block, sorted
-// by key: merging a child's few keys is then a walk over two short runs of memory. Beyond kMaxPacked keys a hash map
-// takes over.
+// The records of one statistic of one folder. A scan of millions of folders has several tables per folder, most with
+// one to five keys. So nothing is allocated before the first record. Few records lie packed in one heap block, sorted
+// by key. Merging a child's keys is then a walk over two short runs of memory. Beyond kMaxPacked keys the table becomes
+// a hash map.
 //
-// A table knows no lock; whoever owns it guards it. It is 16 bytes, of which its owner may use the last 6 (see
-// no_unique_address at the owners).
+// A table has no lock; its owner guards it. It is 16 bytes. The owner may use the last 6 of them (see no_unique_address
+// at the owners).
 class TPackedSizeTable {
  public:
   static constexpr unsigned kMaxPacked = 16;
@@ -34,19 +34,19 @@ class TPackedSizeTable {
   TPackedSizeTable& operator=(const TPackedSizeTable&) = delete;
   ~TPackedSizeTable() { Clear(); }
 
-  // Adds to the key's record, which is made when missing.
+  // Adds to the key's record. Creates the record if it is missing.
   void Add(TKeyId pKey, const TBasicSizeValues& pValues) { FindOrCreate(pKey) += pValues; }
-  // The same for many at once, which must be sorted by key, each key once. Allocates nothing when all keys are present.
+  // The same for many keys, which must be sorted, each key once. Allocates nothing when all keys are present.
   void AddSorted(std::span<const TKeyedSizeValues> pEntries);
-  // Adds or takes away every record of the other table; a record missing here is made first.
+  // Adds or subtracts every record of the other table. A record that is missing here is created first.
   void AddTable(const TPackedSizeTable& pOther);
   void SubtractTable(const TPackedSizeTable& pOther);
   void Set(TKeyId pKey, const TBasicSizeValues& pValues) { FindOrCreate(pKey) = pValues; }
-  // nullptr when the key has no record. Good until the next change.
+  // nullptr when the key has no record. Valid until the next change.
   const TBasicSizeValues* Find(TKeyId pKey) const;
   void Clear();
 
-  // Calls pVisit(key, values) for every record, those at zero as well.
+  // Calls pVisit(key, values) for every record, including those at zero.
   template <class TVisitor>
   void ForEach(TVisitor&& pVisit) const {
     if (IsPacked()) {
@@ -56,7 +56,7 @@ class TPackedSizeTable {
     }
   }
 
-  // Records including those at zero; and bytes on the heap, for measuring.
+  // The number of records including those at zero, and the bytes on the heap, for measuring.
   size_t RecordCount() const { return IsPacked() ? fCount : fMap->size(); }
   size_t HeapBytes() const;
 

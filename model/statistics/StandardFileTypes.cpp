@@ -13,9 +13,9 @@ struct TStandardGroup {
   std::u16string_view fPatterns;
 };
 
-// Kept letter by letter, with their odd masks ("*ascx", "*mbox", a doubled "*.~*") and the trailing ";": lists that
-// users saved are compared with these to tell whether they were changed. tests/model/statistics/standard_file_types.txt
-// holds a copy.
+// Never change these texts, not even the odd masks ("*ascx", "*mbox", a doubled "*.~*") and the trailing ";". The
+// program compares the user's saved lists with them to see whether they were changed. A copy is in
+// tests/model/statistics/standard_file_types.txt.
 constexpr TStandardGroup kStandardGroups[] = {
     {u"Audio", u"Files containing music, sounds or playlists", u"*.wav",
      u"*.aac;*.ac3;*.aif;*.aiff;*.au;*.aup;*.a52;*.dts;*.flac;*.itdb;*.itl;*.mka;*.mp1;*.mp2;*.mp3;*.mpa;*.m3u;"

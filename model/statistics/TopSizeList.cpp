@@ -72,7 +72,7 @@ bool TTopSizeFileList::RemoveFilesOf(const IHierarchicalElement& pFolder) {
 }
 
 bool TTopSizeFileList::RemoveWhere(const std::function<bool(const TRef<IHierarchicalElement>&)>& pIsMeant) {
-  // The way up from each file's folder is walked without the lock, since asking a node may take the node's own.
+  // The folders above each file are visited without the lock, since asking a node may take the node's lock.
   std::vector<TRef<IHierarchicalElement>> folders;
   {
     TSharedLock lock(fLock);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The largest files.
+// The list of the largest files below a root.
 
 #include <atomic>
 #include <cstdint>
@@ -29,24 +29,24 @@ struct TTopSizeEntry {
 // The largest files below a root. Any thread.
 class ITopSizeList : public IInterface {
  public:
-  // Files below this size are not worth offering, those of exactly this size are: equal sizes are told apart by path.
-  // It costs one relaxed read, so the scan asks it for every file.
+  // The smallest size worth offering. Files of exactly this size are worth offering too, since equal sizes are ordered
+  // by path. The call costs one relaxed read, so the scan makes it for every file.
   virtual int64_t GetThreshold() const = 0;
-  // Offers a file. Which files stay depends only on what was offered, never on the order: the larger ones, of equal
-  // ones those whose full path comes first in code-unit order.
+  // Offers a file. The result depends only on the offered files, never on their order. Larger files stay. Among equal
+  // sizes, those whose full path comes first in code-unit order stay.
   virtual void Add(const TTopSizeEntry& pEntry) = 0;
-  // The same for several files, cheapest when those of one folder stand together.
+  // The same for several files. Cheapest when files of one folder are adjacent.
   virtual void Add(std::span<const TTopSizeEntry> pEntries) = 0;
-  // Takes out all files beneath a folder, before it is reset or leaves the tree: the folders' parents must still be
-  // known. Returns whether any was taken out; the list then lacks the files that had not made it before, until it is
-  // refilled.
+  // Removes all files beneath a folder, before the folder is reset or leaves the tree. The folders' parents must still
+  // be known. Returns whether any file was removed. The list then lacks smaller files that it dropped earlier, until it
+  // is refilled.
   virtual bool RemoveBelow(const IHierarchicalElement& pFolder) = 0;
-  // The same for the files directly in a folder, before its own entries are counted anew.
+  // The same for the files directly in a folder, before its own entries are listed again.
   virtual bool RemoveFilesOf(const IHierarchicalElement& pFolder) = 0;
   virtual void Clear() = 0;
-  // The largest first, equal ones by full path.
+  // The files, largest first, equal sizes by full path.
   virtual std::vector<TTopSizeEntry> GetSnapshot() const = 0;
-  // Final: releases the folders and takes nothing more.
+  // Final: releases the folders and accepts nothing more.
   virtual void Dispose() = 0;
 };
 
@@ -65,7 +65,7 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
   void Dispose() override;
 
  private:
-  // With the path for the order among equal sizes, made once and outside the lock.
+  // An entry with its path, for the order among equal sizes. The path is made once and outside the lock.
   struct TRanked {
     TTopSizeEntry fEntry;
     std::u16string fFullPath;
@@ -79,10 +79,10 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
 
   const size_t fMaxCount;
   const char16_t fPathDelimiter;
-  // The smallest size that could still come in; above every size when nothing can.
+  // The smallest size that could still enter; above every size when nothing can.
   std::atomic<int64_t> fThreshold;
   mutable TSlimReaderWriterLock fLock;
-  std::vector<TRanked> fHeap GUARDED_BY(fLock);  // the file that would be dropped next in front
+  std::vector<TRanked> fHeap GUARDED_BY(fLock);  // the file to be dropped next is at the front
   bool fDisposed GUARDED_BY(fLock) = false;
 };
 

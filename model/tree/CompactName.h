@@ -1,6 +1,6 @@
 #pragma once
 
-// A node's name in one pointer.
+// A node's name, stored behind one pointer.
 
 #include <cstdint>
 #include <cstring>
@@ -9,8 +9,8 @@
 
 namespace Vantrel {
 
-// A node's name in one pointer: a length and the UTF-16 units behind it, in a block of just that size. A std::u16string
-// would cost 32 bytes in every one of millions of nodes before its text.
+// A node's name in one pointer. It points to a length and the UTF-16 units, in a block of exactly that size. A
+// std::u16string would cost each of millions of nodes 32 bytes before its text.
 class TCompactName {
  public:
   TCompactName() = default;

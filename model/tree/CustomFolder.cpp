@@ -152,7 +152,7 @@ TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
   }
 }
 
-// "No value" without a comparison; nothing grows by percents.
+// The change of a column's value. "No value" without a comparison. A percentage needs an earlier value above 0.
 TMetaDataValue TCustomFolderData::ChangeSince(TColumn pColumn) const {
   const TRef<IHierarchicalRoot> root = GetRoot();
   const TRef<IComparison> comparison = root ? root->GetComparison() : nullptr;
@@ -229,7 +229,7 @@ int32_t TCustomFolderData::CountUnfinishedChildren() const {
   }));
 }
 
-// What is told when a folder's files get a row of their own, and when they lose it.
+// Logs that a folder's files get their own row, or lose it.
 void TCustomFolderData::LogFilesNode(bool pComes) const {
   LogDebug((pComes ? u"TCustomFolderData.SetNewSize(): Creating [Files] in a folder with subfolders as there are now "
                      u"files in it: "
@@ -248,8 +248,7 @@ void TCustomFolderData::Dispose() {
 
 void TCustomFolderData::DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren) {
   fFolderState.fetch_or(fsDisposed, std::memory_order_acq_rel);
-  // Whatever a reference keeps alive is released after the lock: the last reference to a root or a parent may be among
-  // them.
+  // References are released after the lock, since the last reference to a root or a parent may be among them.
   std::unique_ptr<TSubFolderList> subItems;
   TRef<const TFileTable> files;
   TRef<IHierarchicalElement> parent;

@@ -19,65 +19,65 @@ namespace Vantrel {
 class TCustomFolderData;
 class TFileGroupData;
 
-// Values that travel from a folder's files into the folder and all its ancestors, or back out of them: a snapshot that
-// no other thread changes while it is on its way.
+// Totals that are added to a folder and all its ancestors, or subtracted from them. A snapshot that no other thread
+// changes meanwhile.
 struct TFolderTotals {
   TSizeValues fValues;
   TKivFileTime fLastAccessDate;
   TKivFileTime fLastChangeDate;
   bool fLongPaths = false;
 
-  // Whether the table holds every file that was counted, so that their statistics can be worked out from it.
+  // Whether the table holds every counted file, so that their statistics can be computed from it.
   bool AreAllIn(const TFileTable* pFiles) const {
     return pFiles && static_cast<int64_t>(pFiles->Count()) == fValues.fFiles;
   }
 };
 
-// The same with statistics, as a whole branch has them.
+// The same with statistics, for a whole branch.
 struct TFolderContribution : TFolderTotals {
   TFolderStatistics fStatistics;
 };
 
-// The same as listing one folder brought it together about its files.
+// The same for a folder's files, as collected during its listing.
 struct TFileGroupContents : TFolderTotals, TListedStatistics {
   TRef<const TFileTable> fFiles;  // nullptr when the scan keeps none
   bool KeepsAllFiles() const { return AreAllIn(fFiles.get()); }
 };
 
-// The children of a folder. Made with the first child.
+// The children of a folder. Created with the first child.
 struct TSubFolderList {
   TRef<TCustomFolderData> fFilesNode;          // the "[Files]" child, if any
   std::vector<TRef<TCustomFolderData>> fList;  // the sub-folders, in the order of their discovery
 };
 
-// All that a file says of a folder node. Totals are those of everything beneath it.
+// All that a file tells about a folder node. The totals include everything beneath it.
 struct TLoadedFolder {
-  TEntryValues fEntry;  // dates: the newest beneath; sizes do not count
+  TEntryValues fEntry;  // dates: the newest beneath; sizes are ignored
   TSizeValues fValues;
   TFolderStates fState = 0;
   TKeyId fOwnerKey = kNoKey;
   TFolderStatistics fStatistics;
 };
 
-// Children in the one order that they have everywhere: largest first, then by name in code-unit order. Sizes are read
-// once, since a running scan changes them under the sort.
+// Sorts children in the program's fixed order: largest first, then by name in code-unit order. Sizes are read once,
+// since a running scan changes them during the sort.
 std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren);
 
-// A folder node. The totals beneath it are kept up to date as the scan goes on: every folder's files are added once to
-// the folder and to each ancestor, and taken out again the same way when a branch is reset or removed.
+// A folder node. The totals beneath it are kept up to date during the scan. Every folder's files are added once to the
+// folder and to each ancestor. They are subtracted in the same way when a branch is reset or removed.
 //
-// Subtraction: sizes, counts and statistics are sums, so taking out exactly what was put in leaves the sums of a fresh
-// scan. Compression flags, the long-path mark and the newest dates are not sums; each ancestor works them out anew from
-// its children, which costs time in proportion to its direct children only. A folder therefore remembers the dates of
-// its own entry beside the newest ones of everything beneath it.
+// Subtraction: sizes, counts and statistics are sums, so subtracting exactly what was added leaves the sums of a fresh
+// scan. Compression flags, the long-path mark and the newest dates are not sums. Each ancestor recomputes them from its
+// direct children, whose number decides the cost. A folder therefore stores the dates of its own entry beside the
+// newest ones beneath it.
 //
-// Statistics: a folder has arrays of its own once it has sub-folders. Without sub-folders, and in a "[Files]" node,
-// they are worked out from the table of files whenever somebody asks, unless the scan keeps no files. They come into
-// being under the folder's lock before the first child is known to anybody, and go only where no scan runs; so the scan
-// reads the pointer without the lock, and views copy the references under it.
+// Statistics: a folder has its own arrays once it has sub-folders. For a folder without sub-folders, and for a
+// "[Files]" node, they are computed from the table of files on each call, unless the scan keeps no files. The arrays
+// are created under the folder's lock before any code can reach the first child. They are removed only while no scan
+// runs. So the scan reads the pointer without the lock, and views copy the references under it.
 //
-// Locks: the per-folder locks are never nested. References to parent and root are read without the lock by the scan and
-// by structural changes, which never run beside a disposal (the root's synchronizer sees to that); everybody else asks
+// Locks: the per-folder locks are never nested. The scan and structural changes read the references to parent and root
+// without the lock. They never run during a disposal; the root's synchronizer ensures that. All other code calls
 // GetParentFolder and GetRoot.
 class TCustomFolderData : public TContainerHierarchicalElement {
  public:
@@ -108,42 +108,43 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void Remove() override;
   void Dispose() override;
 
-  // For the scan engine.
+  // Functions for the scan engine.
 
-  // Makes a child node that is not in the child list yet; AppendChildren puts a listing's children there in one go, in
-  // a list of just their size, and counts them in every ancestor. The entry's dates are raised here and above when
-  // pRaise.
+  // Makes a child node that is not in the child list yet. AppendChildren then adds all children of a listing at once,
+  // in a list of exactly their size, and counts them in every ancestor. With pRaise the entry's dates are raised here
+  // and above.
   TRef<TCustomFolderData> MakeChild(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey,
                                     bool pRaiseDates);
   void AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren);
-  // The values of the folder's own entry; for the top folder, which no listing brings.
+  // Sets the values of the folder's own entry. For the top folder, which no listing contains.
   void SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates);
-  // The dates of the entry as a refresh finds them. They count here and above with the next Reset or ReplaceFiles.
+  // Sets the dates that a refresh found for the entry. The next Reset or ReplaceFiles applies them here and above.
   void SetOwnDates(const TEntryValues& pValues);
-  // Takes in what the listing of this folder brought, here and in every ancestor. A folder with sub-folders keeps it as
-  // its "[Files]" child; one without shows its files directly.
+  // Adds the files of this folder's listing, here and in every ancestor. A folder with sub-folders holds them as its
+  // "[Files]" child. A folder without sub-folders shows them directly.
   void AddFiles(const TFileGroupContents& pContents, bool pNotify);
-  // The same for a folder that had been listed before: what it counted as its own files is taken out first.
+  // The same for a folder that was listed before. Its earlier own files are subtracted first.
   void ReplaceFiles(const TFileGroupContents& pContents);
 
-  // For trees that come from a file. The totals of each node are set as they are and reach no ancestor; a node's
-  // children are made and filled while nobody else knows the tree.
+  // For trees from a file. The totals of each node are set directly and are not added to ancestors. A node's children
+  // are created and filled while no other code knows the tree.
   TRef<TCustomFolderData> AddLoadedChild(std::u16string_view pName, bool pIsFilesNode);
   void SetLoaded(const TLoadedFolder& pValues);
 
-  // A folder is finished when its own listing and all sub-folders are: each part is announced, then reported done. The
-  // last one marks the folder fsSubFolderScanningFinished and is itself a part done of the parent. A branch that is
-  // scanned again makes its finished ancestors unfinished for that time.
+  // A folder is finished when its own listing and all its sub-folders are. Each part is announced, then reported done.
+  // The last part sets fsSubFolderScanningFinished, and the folder is then a finished part of its parent. When a branch
+  // is scanned again, its finished ancestors become unfinished for that time.
   void BeginScan(int32_t pParts) { fUnfinishedParts.store(pParts, std::memory_order_relaxed); }
   void AnnounceParts(int32_t pParts) { fUnfinishedParts.fetch_add(pParts, std::memory_order_acq_rel); }
   void FinishPart();
   void ReopenAncestors();
-  // Direct sub-folders that are not finished: each is an unfinished part.
+  // The number of unfinished direct sub-folders. Each is an unfinished part.
   int32_t CountUnfinishedChildren() const;
 
   TCustomFolderData* ParentFolder() const { return static_cast<TCustomFolderData*>(fParentFolder.get()); }
 
-  // Tells the root's subscribers. Nothing is told of a node that is not in the tree yet; EnterTree tells that it is.
+  // Reports a change to the root's subscribers. A node that is not in the tree yet reports nothing; EnterTree reports
+  // its arrival.
   void TellChange(TNodeChanges pChanges = ncChanged);
   void EnterTree();
 
@@ -162,67 +163,67 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   friend class TFileGroupData;
 
   TMetaDataValue ChangeSince(TColumn pColumn) const;
-  // Copies of the references, or statistics made from the files. Empty after disposal.
-  // What the folder holds of its own, else the files to work it out from.
+  // The folder's own statistics, else the files from which they are computed. FindStatistics returns copies of the
+  // references; Statistics computes the statistics where needed. Both are empty after disposal.
   struct TStatisticsSource {
     std::optional<TFolderStatistics> fOwn;
     TRef<const TFileTable> fFiles;
   };
   TStatisticsSource FindStatistics() const;
   TFolderStatistics Statistics() const;
-  // The folder's own, made from the files it has so far when there are none yet.
+  // The folder's own statistics. Created from its present files if missing.
   TFolderStatistics& EnsureStatistics();
-  std::unique_ptr<TFolderStatistics> TakeStatistics();  // out of the folder
-  TFolderContribution Contribution() const;             // all beneath the folder, the arrays perhaps shared with it
-  // The same for the folder's own files alone, in copies that do not change with the folder.
+  std::unique_ptr<TFolderStatistics> TakeStatistics();  // removes them from the folder
+  TFolderContribution Contribution() const;             // all beneath the folder; may share its arrays
+  // The same for the folder's own files alone, as copies that do not change with the folder.
   TFolderContribution OwnFilesContribution() const;
   // This folder first, the top folder last.
   using TAncestry = boost::container::small_vector<TCustomFolderData*, 32>;
   TAncestry Ancestry();
 
-  // Into this folder alone.
+  // Adds to this folder alone.
   void Add(const TFolderContribution& pValues);
   void Add(const TFileGroupContents& pContents);
   void AddTotals(const TFolderTotals& pTotals);
-  // The same with the files themselves, for a folder that is its files.
+  // The same, and stores the files. For a folder that shows its files directly.
   void HoldFiles(const TFileGroupContents& pContents);
-  // Into the top folder first and pFirst last; nullptr is no folder.
+  // Adds to the top folder first and to pFirst last. Does nothing for nullptr.
   template <class TValues>
   static void AddUpwards(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify);
   void AttachFilesNode(TRef<TFileGroupData> pGroup);
   void LogFilesNode(bool pComes) const;
   void MoveOwnFilesIntoNode();
 
-  // Out of this folder alone.
+  // Subtracts from this folder alone.
   void Subtract(const TFolderContribution& pValues);
-  // Out of pFirst and all above it.
+  // Subtracts from pFirst and all its ancestors.
   static void SubtractUpwards(TCustomFolderData* pFirst, const TFolderContribution& pValues);
-  // Compression, long-path mark and newest dates from the entry itself and the children.
+  // Recomputes compression, the long-path mark and the newest dates from the folder's own entry and its children.
   void RecomputeFromChildren();
   void SetDerived(TCompressionStates pCompression, bool pLongPaths, TKivFileTime pAccess, TKivFileTime pChange);
   void ClearTotals();
   void RemoveChild(const TCustomFolderData& pChild);
-  // Disposes of a node that its parent has let go, and tells of it.
+  // Disposes a node that its parent has released, and reports the removal.
   void LeaveTree();
-  // Takes the folder's own files out of it and of every ancestor. Returns their node, if there was one.
+  // Subtracts the folder's own files from it and from every ancestor. Returns their node, if there was one.
   TRef<TCustomFolderData> RemoveOwnFiles();
   TRef<TCustomFolderData> DetachFilesNode();
   void DisposeNode(std::vector<TRef<TCustomFolderData>>& pChildren);
 
   std::atomic<TFolderStatistics*> fStatistics{nullptr};  // owned; changed under fLock
-  TNewestDate fOwnLastAccessDate;                        // of the entry itself, without what lies beneath
+  TNewestDate fOwnLastAccessDate;                        // of the folder's own entry, without what is beneath
   TNewestDate fOwnLastChangeDate;
 };
 
 // An ordinary folder.
 class TFolderData : public TCustomFolderData {
  public:
-  // A top folder: its name is the root's path.
+  // A top folder. Its name is the root's path.
   TFolderData(TRef<IHierarchicalRoot> pRoot, std::u16string_view pPath);
   TFolderData(TCustomFolderData& pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
 };
 
-// The "[Files]" pseudo-folder: the sum of a folder's own files.
+// The "[Files]" pseudo-folder: the sum of a folder's direct files.
 class TFileGroupData : public TCustomFolderData {
  public:
   static constexpr std::u16string_view kName = u"[Files]";
@@ -231,9 +232,9 @@ class TFileGroupData : public TCustomFolderData {
   void Fill(const TFileGroupContents& pContents) { HoldFiles(pContents); }
   void Fill(const TFolderContribution& pValues, TRef<const TFileTable> pFiles);
   bool IsFileGroup() const override { return true; }
-  std::u16string_view GetObjectName() const override { return kName; }  // all share it
-  std::u16string GetFullPath() const override;                          // of the folder whose files these are
-  // Both take the files out of the folder and all above it: there is no empty "[Files]" node.
+  std::u16string_view GetObjectName() const override { return kName; }  // all nodes share this name
+  std::u16string GetFullPath() const override;                          // the path of the folder that holds the files
+  // Both remove the files from the folder and all its ancestors: an empty "[Files]" node does not exist.
   void Reset() override { Remove(); }
   void Remove() override;
 };

@@ -41,7 +41,7 @@ bool TFileTableBuilder::Add(std::u16string_view pName, const TEntryValues& pValu
 }
 
 void TFileTableBuilder::Clear() {
-  // A folder of a million files would otherwise hold its worker's memory for the rest of the scan.
+  // Otherwise a folder of a million files would keep its worker's memory for the rest of the scan.
   constexpr size_t kKeptRecords = 16 * 1024;
   if (fRecords.capacity() > kKeptRecords) {
     fRecords = {};

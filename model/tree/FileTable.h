@@ -1,6 +1,6 @@
 #pragma once
 
-// The files of a folder, packed.
+// The files of a folder in one packed table, and the builder of such tables.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace Vantrel {
 
-// One file of a folder, without its name's text. Millions of these are kept: 56 bytes each.
+// One file of a folder, without its name's text. A scan keeps millions of these, 56 bytes each.
 struct TFileRecord {
   int64_t fSize;
   int64_t fAllocated;
@@ -29,8 +29,8 @@ struct TFileRecord {
 };
 static_assert(sizeof(TFileRecord) == 56);
 
-// The files of one folder, packed: a scan keeps millions of files and makes a node of one only when somebody asks for
-// it. Immutable once made, so a reader that holds a reference needs no lock.
+// The files of one folder, packed. A scan keeps millions of files and makes a node of a file only on request. The table
+// is immutable, so a reader that holds a reference needs no lock.
 class TFileTable : public TInterfaced<IInterface> {
  public:
   static TRef<const TFileTable> Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
@@ -47,7 +47,8 @@ class TFileTable : public TInterfaced<IInterface> {
 
  private:
   explicit TFileTable(uint32_t pCount) : fCount(pCount) {}
-  // Room for the records and the text of all names behind the object itself: one piece of exactly that size.
+  // Allocates the object with room behind it for the records and the text of all names, in one block of exactly that
+  // size.
   static void* operator new(size_t pBytes, size_t pRoom) { return ::operator new(pBytes + pRoom); }
   static void operator delete(void* pTable, size_t) { ::operator delete(pTable); }
 
@@ -57,11 +58,11 @@ class TFileTable : public TInterfaced<IInterface> {
   const uint32_t fCount;
 };
 
-// Collects the files of a folder while it is being listed. Kept by a worker and used again for the next folder, so that
-// listing allocates nothing per file once it has grown.
+// Collects the files of a folder during its listing. A worker reuses it for the next folder. Once it has grown, listing
+// allocates nothing per file.
 class TFileTableBuilder {
  public:
-  // False when the folder's names are too many for one table (4 Gi UTF-16 units): the file is then not kept.
+  // False when the folder's names are too long in sum for one table (4 Gi UTF-16 units). The file is then not kept.
   bool Add(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey);
   bool IsEmpty() const { return fRecords.empty(); }
   void Clear();

@@ -1,4 +1,4 @@
-// Folder nodes: trees that come from a file.
+// The part of the folder nodes that builds trees from a file.
 
 #include "model/tree/CustomFolder.h"
 
@@ -22,7 +22,7 @@ void TCustomFolderData::SetLoaded(const TLoadedFolder& pValues) {
   fAttributes = pValues.fEntry.fAttributes;
   fOwnerKey = pValues.fOwnerKey;
   fCreationDate = pValues.fEntry.fCreationDate;
-  // Which of the dates are the folder's own is not in the file.
+  // The file does not tell which dates are the folder's own.
   fOwnLastAccessDate.Set(pValues.fEntry.fLastAccessDate);
   fOwnLastChangeDate.Set(pValues.fEntry.fLastChangeDate);
   fLastAccessDate.Set(pValues.fEntry.fLastAccessDate);

@@ -1,4 +1,4 @@
-// Folder nodes: taking out what was put in, by reset, removal and a new look at a folder's own files.
+// The part of the folder nodes that subtracts totals: reset, removal, and a new listing of a folder's own files.
 
 #include <algorithm>
 
@@ -94,7 +94,7 @@ void TCustomFolderData::SetDerived(TCompressionStates pCompression, bool pLongPa
 }
 
 void TCustomFolderData::ClearTotals() {
-  TakeStatistics();  // the folder collects anew; what it had goes on in what is lost
+  TakeStatistics();  // the folder collects anew; its former statistics are in the lost totals
   fLastAccessDate.Set(fOwnLastAccessDate.Get());
   fLastChangeDate.Set(fOwnLastChangeDate.Get());
   TExclusiveLock lock(fLock);
@@ -138,7 +138,7 @@ void TCustomFolderData::RemoveChild(const TCustomFolderData& pChild) {
     filesNode = fSubItems->fFilesNode;
   }
   if (!filesNode) return;
-  // The last sub-folder is gone: the folder shows its files directly again.
+  // The last sub-folder is gone, so the folder shows its files directly again.
   TRef<const TFileTable> files = filesNode->GetFileTable();
   TExclusiveLock lock(fLock);
   fFileTable = std::move(files);

@@ -1,4 +1,4 @@
-// Folder nodes: children and files enter a folder, and their totals go up to the top folder.
+// The part of the folder nodes that adds children and files, and carries their totals up to the top folder.
 
 #include <algorithm>
 
@@ -40,7 +40,7 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
   if (pChildren.empty() || IsGone()) return;
   const auto count = static_cast<int64_t>(pChildren.size());
   const std::vector<TRef<TCustomFolderData>> children(pChildren);
-  EnsureStatistics();  // before anybody can reach a child and bring its values up here
+  EnsureStatistics();  // before any thread can reach a child and add its values here
   bool becomesParent;
   {
     TExclusiveLock lock(fLock);
@@ -86,7 +86,7 @@ void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) 
   AddUpwards(this, static_cast<const TCustomFolderData&>(pChild).Contribution(), pNotify);
 }
 
-// The top-most folder first. pFirst may be nullptr.
+// Adds to the top folder first. pFirst may be nullptr.
 template <class TValues>
 void TCustomFolderData::AddUpwards(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify) {
   if (!pFirst) return;
@@ -141,7 +141,7 @@ void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNoti
     AttachFilesNode(std::move(group));
     return;
   }
-  // Without sub-folders the folder is its files: no node is made for them.
+  // Without sub-folders the folder shows its files directly, so they get no node.
   AddUpwards(ParentFolder(), pContents, pNotify);
   HoldFiles(pContents);
   if (pNotify) TellChange(ncChanged | ncFiles);
@@ -166,7 +166,8 @@ void TCustomFolderData::AttachFilesNode(TRef<TFileGroupData> pGroup) {
 }
 
 void TCustomFolderData::MoveOwnFilesIntoNode() {
-  // Called with the first sub-folder in the list already and nothing of it counted yet: the totals are the own files'.
+  // The first sub-folder is already in the list, but nothing of it is counted yet. So the totals are those of the own
+  // files.
   TFolderContribution own = Contribution();
   if (own.fValues.fFiles == 0) return;
   LogFilesNode(true);
@@ -175,7 +176,7 @@ void TCustomFolderData::MoveOwnFilesIntoNode() {
     TExclusiveLock lock(fLock);
     files.swap(fFileTable);
   }
-  // Not so the dates: those of the folder's and the new sub-folder's own entries are among them.
+  // The dates differ: they include those of the folder's and the new sub-folder's own entries.
   if (files) own.fLastAccessDate = own.fLastChangeDate = {};
   for (size_t i = 0; files && i < files->Count(); ++i) {
     own.fLastAccessDate = std::max(own.fLastAccessDate, (*files)[i].fLastAccessDate);

@@ -68,7 +68,7 @@ IMetaDataCache& TBaseHierarchicalObject<TInterface>::GetMetaDataCache() {
   TRef<IMetaDataCache> made = MakeRef<TMetaDataCache>();
   made->AddRef();  // the node's own reference
   if (fMetaDataCache.compare_exchange_strong(cache, made.get(), std::memory_order_acq_rel)) return *made;
-  made->Release();  // another thread was first
+  made->Release();  // another thread made one first
   return *cache;
 }
 

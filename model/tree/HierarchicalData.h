@@ -1,6 +1,6 @@
 #pragma once
 
-// The base classes of nodes, with their members in packed order; objects outside any tree.
+// The base classes of nodes, with packed members, and objects outside any tree.
 
 #include <atomic>
 #include <string>
@@ -15,23 +15,22 @@
 
 namespace Vantrel {
 
-// Base classes of the tree's nodes. The interfaces form one chain (object, element, folder), so each base class takes
-// the interface that it implements as its parameter: a node then has one virtual table pointer instead of three.
+// Base classes of the tree's nodes. The interfaces form one chain (object, element, folder). Each base class takes its
+// interface as a parameter, so a node has one virtual table pointer instead of three.
 
-// An object that answers column values by column.
+// An object that answers requests for column values.
 template <class TInterface>
 class TBaseVariantMetaDataProvider : public TInterfaced<TInterface> {
  public:
   TMetaDataValue GetValue(TColumn pColumn) const override;
 };
 
-// A point in time that a scan only ever raises, read and raised without a lock. Where a branch was taken out it is set
-// anew.
+// A date that a scan only raises. It is read and raised without a lock. When a branch is removed, the date is set anew.
 class TNewestDate {
  public:
   TKivFileTime Get() const { return {fTicks.load(std::memory_order_relaxed)}; }
   void Set(TKivFileTime pDate) { fTicks.store(pDate.fTicks, std::memory_order_relaxed); }
-  // Replaces the date by a later one; false when the stored one is as late already.
+  // Replaces the date by a later one. False when the stored date is at least as late.
   bool Raise(TKivFileTime pDate) {
     int64_t stored = fTicks.load(std::memory_order_relaxed);
     while (pDate.fTicks > stored)
@@ -43,7 +42,7 @@ class TNewestDate {
   std::atomic<int64_t> fTicks{0};
 };
 
-// Members stand in the order that packs them without gaps: a scan keeps millions of nodes.
+// The order of the members leaves no gaps, since a scan keeps millions of nodes.
 template <class TInterface>
 class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> {
  public:
@@ -61,7 +60,7 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   TBaseHierarchicalObject(TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
   ~TBaseHierarchicalObject() override;
 
-  // Whether changes still count: false once the root is gone. A free-standing object has no root to lose.
+  // Whether the root is disposed. Changes are then ignored. A free-standing object has no root, so this is false.
   bool IsRootDisposed() const { return fRootDisposeToken && fRootDisposeToken->IsDisposed(); }
   void ClearMetaDataCache() const {
     if (IMetaDataCache* cache = fMetaDataCache.load(std::memory_order_acquire)) cache->Clear();
@@ -74,7 +73,7 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   TCompactName fName;
   TKivFileTime fCreationDate;
   TRef<IDisposeToken> fRootDisposeToken;
-  // Until disposal; read by the scan without the lock, since no disposal runs beside a scan.
+  // Set until disposal. The scan reads it without the lock, since no disposal runs during a scan.
   TRef<IHierarchicalRoot> fRoot;
   int64_t fSize GUARDED_BY(fLock) = 0;
   int64_t fAllocated GUARDED_BY(fLock) = 0;
@@ -85,10 +84,10 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   mutable std::atomic<IMetaDataCache*> fMetaDataCache{nullptr};  // made on first use
 };
 
-// Whether an element is pTop or lies beneath it. nullptr is nowhere.
+// Whether an element is pTop or lies beneath it. False for nullptr.
 bool IsSameOrBelow(TRef<IHierarchicalElement> pElement, const IHierarchicalElement& pTop);
 
-// An object made from a path, outside any tree: a search result, say.
+// An object made from a path, outside any tree, such as a search result.
 class THierarchicalObject : public TBaseHierarchicalObject<IHierarchicalObject> {
  public:
   THierarchicalObject(std::u16string_view pFullPath, char16_t pDelimiter, const TEntryValues& pValues, int64_t pFiles);
@@ -97,7 +96,7 @@ class THierarchicalObject : public TBaseHierarchicalObject<IHierarchicalObject> 
   int64_t GetFiles() const override { return fFiles; }
   bool IsFolder() const override { return (fAttributes & kAttributeDirectory) != 0; }
   std::u16string GetFullPath() const override { return fFullPath; }
-  const std::u16string& GetPath() const { return fPath; }  // of the folder that it lies in
+  const std::u16string& GetPath() const { return fPath; }  // the path of its folder
 
  private:
   int64_t fFiles;
@@ -105,7 +104,7 @@ class THierarchicalObject : public TBaseHierarchicalObject<IHierarchicalObject> 
   std::u16string fFullPath;
 };
 
-// Any node that sits in a tree.
+// Any node in a tree.
 template <class TInterface>
 class TBaseHierarchicalElement : public TBaseHierarchicalObject<TInterface> {
  public:
@@ -115,9 +114,9 @@ class TBaseHierarchicalElement : public TBaseHierarchicalObject<TInterface> {
   void ExcludeFolderState(TFolderStates pBits) override {
     fFolderState.fetch_and(static_cast<TFolderStates>(~pBits), std::memory_order_acq_rel);
   }
-  // Joined from the names up to the root; walks the parents one by one and holds no two locks.
+  // Joins the names up to the root. Visits the parents one by one and never holds two locks.
   std::u16string GetFullPath() const override;
-  // Adds what an element's place in the tree says.
+  // Adds the columns that depend on an element's place in the tree.
   TMetaDataValue GetValue(TColumn pColumn) const override;
 
  protected:
@@ -126,14 +125,14 @@ class TBaseHierarchicalElement : public TBaseHierarchicalObject<TInterface> {
 
   bool IsGone() const { return (GetFolderState() & fsDisposed) != 0 || this->IsRootDisposed(); }
 
-  // Of that element, in the sizes that the root's shares are of; nullptr for what is the whole itself.
+  // The share of pWhole, in the size that the root's percentages refer to. nullptr for the top folder, which is 100 %.
   TMetaDataValue ShareOf(const IHierarchicalElement* pWhole) const;
 
   TRef<IHierarchicalElement> fParentFolder;  // until disposal, like fRoot
   std::atomic<TFolderStates> fFolderState{0};
 };
 
-// A node that can hold children: adds what is counted beneath it.
+// A node that can hold children. It adds the counts of what is beneath it.
 class TContainerHierarchicalElement : public TBaseHierarchicalElement<IFolderData> {
  public:
   int64_t GetSize() const override { return GetValues().fSize; }
@@ -149,7 +148,7 @@ class TContainerHierarchicalElement : public TBaseHierarchicalElement<IFolderDat
 
   TCompressionStates fCompression GUARDED_BY(fLock) = 0;
   TChangeMarks fChangeMarks{0};
-  std::atomic<int32_t> fUnfinishedParts{0};  // of a scan; stands here to fill a gap
+  std::atomic<int32_t> fUnfinishedParts{0};  // parts of a scan; placed here to fill a gap
   int64_t fFolders GUARDED_BY(fLock) = 0;
   int64_t fFiles GUARDED_BY(fLock) = 0;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// The interfaces of nodes and enumerators; attribute bits, state bits, enumerator options.
+// The interfaces of nodes and enumerators, and the bits for attributes, states and enumerator options.
 
 #include <cstdint>
 #include <functional>
@@ -15,8 +15,8 @@
 
 namespace Vantrel {
 
-// The interfaces of the scan tree, of the enumerators that feed it and of the root that holds it together. A node is
-// used through these from any thread; what a call returns is a snapshot.
+// The interfaces of the scan tree, of its enumerators and of its root. Any thread may use a node through these.
+// Returned values are snapshots.
 
 class IFolderData;
 class IFileAgeDistribution;
@@ -63,11 +63,11 @@ enum TFolderState : uint16_t {
 };
 using TFolderStates = uint16_t;
 
-// Which date of a file the age statistics use.
+// The date of a file that the age statistics use.
 enum class TDateType : uint8_t { dtLastAccess, dtLastChange, dtCreation, dtLastSave, dtNone };
 
-// Tells whether a root has been disposed. Every changing operation asks it first and does nothing once the root is
-// gone.
+// Tells whether a root has been disposed. Every changing operation checks it first, and does nothing when the root is
+// disposed.
 class IDisposeToken : public IInterface {
  public:
   virtual bool IsDisposed() const noexcept = 0;
@@ -83,18 +83,20 @@ class ICancellationIndicator : public IInterface {
  private:
   friend class TCancellationWatch;
   virtual void AddWatch(TCancellationWatch& pWatch) = 0;
-  // Returns when none of the watch's calls runs any more.
+  // Returns when none of the watch's calls is running any more.
   virtual void RemoveWatch(TCancellationWatch& pWatch) = 0;
 };
 
 class ICancellationToken : public ICancellationIndicator {
  public:
-  // May come again, and then calls the watches again: what hung between two looks at the token is met the next time.
+  // May be called again, and then calls the watches again. So a call that began to hang after the last look at the
+  // token is interrupted the next time.
   virtual void Cancel() noexcept = 0;
 };
 
-// While it lives, each Cancel of a token calls back, on the cancelling thread; at once when the token is cancelled
-// already. The call returns soon and takes no lock that is held where the watch ends.
+// Calls back on each Cancel of a token, on the cancelling thread, as long as it lives. If the token is already
+// cancelled, it calls back at once. The callback must return soon and must not take a lock that is held where the watch
+// ends.
 class TCancellationWatch {
  public:
   TCancellationWatch(TRef<ICancellationIndicator> pToken, std::function<void()> pOnCancel)
@@ -113,12 +115,12 @@ class TCancellationWatch {
   const TRef<ICancellationIndicator> fToken;
 };
 
-// The values of one entry, be it a node or the current entry of an enumerator.
+// The values of one entry: a node, or the current entry of an enumerator.
 class IHierarchicalBase : public IMetaDataFormatter {
  public:
-  // The own name, not the path. The view is good until the entry changes (nodes: until they are released).
+  // The entry's own name, not the path. The view is valid until the entry changes (for nodes: until their release).
   virtual std::u16string_view GetObjectName() const = 0;
-  virtual int64_t GetSize() const = 0;       // bytes; for a folder node of everything beneath it
+  virtual int64_t GetSize() const = 0;       // bytes; for a folder node, of everything beneath it
   virtual int64_t GetAllocated() const = 0;  // bytes on storage
   virtual TKivFileTime GetLastAccessDate() const = 0;
   virtual TKivFileTime GetLastChangeDate() const = 0;
@@ -128,7 +130,7 @@ class IHierarchicalBase : public IMetaDataFormatter {
   virtual std::u16string GetFullPath() const = 0;
 };
 
-// A node of a tree or a free-standing object: what every other part of the program knows of a file or folder.
+// A node of a tree or a free-standing object: the program's view of a file or folder.
 class IHierarchicalObject : public IHierarchicalBase {
  public:
   // The root that the node belongs to; nullptr for a free-standing object and after disposal.
@@ -145,16 +147,16 @@ class IHierarchicalElement : public IHierarchicalObject {
   virtual TFolderStates GetFolderState() const = 0;
   virtual void IncludeFolderState(TFolderStates pBits) = 0;
   virtual void ExcludeFolderState(TFolderStates pBits) = 0;
-  // The node as a folder, nullptr for a file.
+  // The node as a folder; nullptr for a file.
   virtual IFolderData* AsFolder() = 0;
-  // A snapshot of the sub-folders, largest first, then by name in code-unit order, the "[Files]" node among them.
-  // A file has none: EInvalidOperation.
+  // A snapshot of the sub-folders, including the "[Files]" node: largest first, then by name in code-unit order.
+  // EInvalidOperation for a file.
   virtual std::vector<TRef<IFolderData>> FindSubFolders() = 0;
-  // Makes a child node and appends it. EInvalidOperation for a file.
+  // Creates a child node and appends it. EInvalidOperation for a file.
   virtual TRef<IFolderData> CreateChild(std::u16string_view pName) = 0;
 };
 
-// Values that an enumerator knows of a folder or file entry, handed to a new node in one go.
+// The values of a folder or file entry, which an enumerator passes to a new node at once.
 struct TEntryValues {
   int64_t fSize = 0;
   int64_t fAllocated = 0;
@@ -164,7 +166,7 @@ struct TEntryValues {
   TAttributes fAttributes = 0;
 };
 
-// Option bits handed down from parent to child enumerators.
+// Option bits. Child enumerators inherit them from their parent.
 enum THierarchicalEnumeratorOption : uint32_t {
   heoShareHardLinks = 2,       // add alternate data streams and share the allocated size among hard links
   heoFollowSymbolicLinks = 4,  // enter links to folders outside the scan; on Windows unresolvable ones as well
@@ -174,52 +176,53 @@ enum THierarchicalEnumeratorOption : uint32_t {
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
-// What an enumerator says went wrong with the folder that it lists.
+// The kind of error in the folder that an enumerator lists.
 enum class TEnumeratorError : uint8_t { eeOk, eeAccessDenied, eeOther };
 
-// Lists the entries of one folder of some storage. After Next returned true the IHierarchicalBase values are those of
-// the current entry; before the first Next they are those of the folder itself. Used by one thread at a time.
+// Lists the entries of one folder of a storage. After Next returned true, the IHierarchicalBase values are those of the
+// current entry. Before the first Next they are those of the folder itself. Used by one thread at a time.
 class IHierarchicalEnumerator : public IHierarchicalBase {
  public:
-  // Advances to the next entry; false at the end and after an error, which GetErrorCode then tells: an error in the
-  // middle of a listing is never taken for its end.
+  // Advances to the next entry. False at the end and after an error. GetErrorCode tells the two apart, so an error in
+  // the middle is never taken for the end.
   virtual bool Next() = 0;
   // Starts again at the first entry.
   virtual void Reset() = 0;
-  // An enumerator of the current entry's contents, of the same kind and with the same options. Opens nothing yet.
+  // Creates an enumerator of the current entry's contents, of the same kind and with the same options. Opens nothing
+  // yet.
   virtual TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() = 0;
-  // The same for an entry listed earlier: a scan lists a folder to its end before it descends, so that neither open
-  // handles nor buffers pile up with depth. It may also be asked of an enumerator that has listed nothing, as when a
-  // branch is opened from the root down; the rules of CanDescend then hold as well. A folder that does not belong to
-  // the scan gives an enumerator that lists nothing, and that is no error.
+  // The same for an entry listed earlier. A scan lists a folder to its end before it descends, so open handles and
+  // buffers do not accumulate with depth. An enumerator that has listed nothing also accepts the call, as when a branch
+  // is opened from the root down. The rules of CanDescend then apply too: a folder outside the scan gives an enumerator
+  // that lists nothing, without an error.
   virtual TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) = 0;
   virtual TRef<IHierarchicalEnumerator> Clone() const = 0;
 
-  // The current entry, all values at once.
+  // All values of the current entry at once.
   virtual TEntryValues GetEntryValues() const {
     return {GetSize(), GetAllocated(), GetLastAccessDate(), GetLastChangeDate(), GetCreationDate(), GetAttributes()};
   }
-  // Account name of the current entry's owner; empty when unknown. GetOwnerId gives a number that stands for the same
-  // owner throughout a scan, or 0 when the storage has none, so that names are looked up once.
+  // The account name of the current entry's owner; empty when unknown. GetOwnerId gives a number that means the same
+  // owner throughout a scan, so names are looked up once. It is 0 when the storage has none.
   virtual std::u16string GetOwner() const = 0;
   virtual uint64_t GetOwnerId() const = 0;
-  // Whether the current entry is a folder whose contents belong to the scan: not a link that is not followed, not a
-  // kernel's pseudo file system, not a folder that the scan reaches by another road as well.
+  // Whether the current entry is a folder whose contents belong to the scan. False for a link that is not followed, a
+  // kernel's pseudo file system, and a folder that the scan also reaches by another path.
   virtual bool CanDescend() const = 0;
 
-  // The system's code of the error that ended the listing or kept entries out of it, 0 when there was none; and how it
-  // counts. Whether the whole folder is missing or only a part says what was listed before.
+  // The system's code of the error that ended the listing or hid entries from it, 0 when there was none; and its kind.
+  // The entries listed before tell whether the whole folder is missing or only a part.
   virtual uint32_t GetErrorCode() const = 0;
   virtual TEnumeratorError GetError() const = 0;
-  virtual std::u16string GetPath() const = 0;  // of the folder being listed
-  // The length of its path in UTF-16 units, without the delimiter that a drive's or the system's root ends with.
+  virtual std::u16string GetPath() const = 0;  // the folder being listed
+  // The length of its path in UTF-16 units, without the final delimiter of a drive's or the system's root.
   virtual size_t GetPathLength() const {
     const std::u16string path = GetPath();
     return path.ends_with(u'/') || path.ends_with(u'\\') ? path.size() - 1 : path.size();
   }
 };
 
-// A folder node as the scan engine uses it.
+// A folder node with the functions that the scan engine uses.
 class IFolderData : public IHierarchicalElement {
  public:
   virtual int64_t GetFolders() const = 0;  // folders beneath, all levels
@@ -228,37 +231,36 @@ class IFolderData : public IHierarchicalElement {
 
   virtual TRef<ICustomAssocSizeArray> GetUserSizeArray() const = 0;       // nullptr when not collected
   virtual TRef<ICustomAssocSizeArray> GetExtensionSizeArray() const = 0;  // nullptr when not collected
-  // The age statistics for the date kind that the scan collected, nullptr when it collected none. Another kind is
-  // refused: "Folder data can only provide the file ages as configured during the scan".
+  // The age statistics for the date kind that the scan collected; nullptr when it collected none. Another kind is an
+  // error: "Folder data can only provide the file ages as configured during the scan".
   virtual TRef<IFileAgeDistribution> GetFileAgeDistribution(TDateType pDateType) const = 0;
 
-  // All three at once, as plain records; for whoever walks a whole tree.
+  // All three at once, as plain records, for walks of a whole tree.
   virtual void ReadStatistics(TStatisticsReading& pReading) const = 0;
 
-  // Adds a child's values to this folder and to every ancestor, the top-most first. With pNotify observers of the root
-  // are told.
+  // Adds a child's values to this folder and to every ancestor, the top folder first. With pNotify the root's observers
+  // are notified.
   virtual void AddChildValues(const IFolderData& pChild, bool pNotify) = 0;
-  // Raise-only, carried to all ancestors as long as they change.
+  // Raises the date, here and in each ancestor until one is not raised by it. Never lowers a date.
   virtual void SetNewerLastAccessDate(TKivFileTime pDate) = 0;
   virtual void SetNewerLastChangeDate(TKivFileTime pDate) = 0;
 
   virtual TRef<IFolderData> GetFilesNode() const = 0;  // the "[Files]" child, if any
-  // The folder's own files, packed; nullptr when it has none or the scan kept none. In a folder with sub-folders they
-  // belong to its "[Files]" node, and either of the two answers.
+  // The folder's own files, packed. nullptr when it has none or the scan kept none. In a folder with sub-folders they
+  // belong to its "[Files]" node. The folder and that node return the same table.
   virtual TRef<const TFileTable> GetFileTable() const = 0;
-  // The same as nodes of their own, made for the caller, largest first.
+  // The same files as separate nodes, made for the caller, largest first.
   virtual std::vector<TRef<IHierarchicalElement>> FindFiles() = 0;
   virtual size_t GetSubFolderCount() const = 0;  // direct sub-folders, "[Files]" not counted
 
-  // Scans the branch, or only the folder's own entries, again; see IHierarchicalRoot::RefreshFolder.
+  // Scans the branch again, or only the folder's own entries; see IHierarchicalRoot::RefreshFolder.
   virtual bool Refresh(bool pRecursive) = 0;
-  // The next two change the tree's structure; the root calls them (RefreshFolder, RemoveFolder) where no scan runs
-  // beside them.
-  // Empties the folder for a rescan: its totals leave all ancestors.
+  // Reset and Remove change the tree's structure. The root calls them (RefreshFolder, RemoveFolder) while no scan runs.
+  // Empties the folder for a new scan. Its totals are subtracted from all ancestors.
   virtual void Reset() = 0;
-  // Takes the folder out of its parent, with all its totals, and disposes it.
+  // Removes the folder with all its totals from its parent, and disposes it.
   virtual void Remove() = 0;
-  // Final: releases children, statistics and references, for all nodes beneath as well.
+  // Final: releases children, statistics and references, also for all nodes beneath.
   virtual void Dispose() = 0;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// A list of observers that costs one atomic read while it is empty.
+// A list of observers. While it is empty, a notification costs one atomic read.
 
 #include <algorithm>
 #include <atomic>
@@ -12,8 +12,8 @@
 
 namespace Vantrel {
 
-// A list of observers. Telling them works on a snapshot, so that an observer may unsubscribe while it is being told,
-// and costs one atomic read when there is none: a scan asks for every folder.
+// A list of observers. A notification works on a snapshot, so an observer may unsubscribe during it. Without observers
+// it costs one atomic read, since a scan asks for every folder.
 template <class TObserver>
 class TObservable : public TInterfaced<IObservable<TObserver>> {
  public:
@@ -40,7 +40,7 @@ class TObservable : public TInterfaced<IObservable<TObserver>> {
     for (const TRef<TObserver>& observer : observers) {
       try {
         pCall(*observer);
-      } catch (...) {  // an observer's fault is its own: it must not end a scan
+      } catch (...) {  // an observer's exception must not end a scan
         CodeOfCaughtException("TObservable.Notify");
       }
     }

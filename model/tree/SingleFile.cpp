@@ -6,7 +6,7 @@ namespace Vantrel {
 
 namespace {
 
-// The folder that holds the file: a "[Files]" node is no folder of the file's path.
+// The folder that holds the file. A "[Files]" node is not part of the file's path.
 TRef<IHierarchicalElement> RealFolder(IHierarchicalElement& pFolder) {
   IFolderData* folder = pFolder.AsFolder();
   return folder && folder->IsFileGroup() ? pFolder.GetParentFolder() : TRef<IHierarchicalElement>(&pFolder);

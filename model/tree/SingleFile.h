@@ -1,14 +1,13 @@
 #pragma once
 
-// A file's node, made on demand.
+// A file's node, made on request.
 
 #include "model/tree/FileTable.h"
 #include "model/tree/HierarchicalData.h"
 
 namespace Vantrel {
 
-// A file node: a file of a folder's table, made into an object because somebody asked for it. It keeps the values that
-// the table had at that moment.
+// A file node, made on request from a file of a folder's table. It keeps the values that the table had at that moment.
 class TCustomFileData : public TBaseHierarchicalElement<IHierarchicalElement> {
  public:
   int64_t GetSize() const override;
@@ -16,7 +15,7 @@ class TCustomFileData : public TBaseHierarchicalElement<IHierarchicalElement> {
   int64_t GetFiles() const override { return 1; }
   bool IsFolder() const override { return false; }
   IFolderData* AsFolder() override { return nullptr; }
-  // A file has neither: EInvalidOperation.
+  // A file has no sub-folders and no children: EInvalidOperation.
   std::vector<TRef<IFolderData>> FindSubFolders() override;
   TRef<IFolderData> CreateChild(std::u16string_view pName) override;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The tokens that tell of cancellation and disposal.
+// The tokens that signal cancellation and disposal.
 
 #include <algorithm>
 #include <atomic>

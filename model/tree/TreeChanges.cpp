@@ -79,7 +79,7 @@ void TChangeQueues::MarkRoot(TRootChanges pChanges) {
 TTreeChanges TChangeQueues::Take(size_t pPlace) {
   TTreeChanges changes;
   std::vector<TEntry> entries;
-  boost::unordered_flat_map<const IHierarchicalElement*, size_t> indexOf;  // is freed outside the lock
+  boost::unordered_flat_map<const IHierarchicalElement*, size_t> indexOf;  // freed outside the lock
   {
     TCriticalSectionLock lock(fLock);
     TQueue& queue = fQueues[pPlace];
@@ -89,11 +89,11 @@ TTreeChanges TChangeQueues::Take(size_t pPlace) {
     for (const TEntry& entry : entries)
       entry.fMarks->fetch_and(static_cast<uint8_t>(~(1u << pPlace)), std::memory_order_relaxed);
   }
-  std::atomic_thread_fence(std::memory_order_seq_cst);  // a worker that saw the mark has made its change before this
+  std::atomic_thread_fence(std::memory_order_seq_cst);  // a worker that saw the mark made its change before this
   changes.fNodes.reserve(entries.size());
   for (TEntry& entry : entries) {
     const bool isGone = (entry.fNode->GetFolderState() & fsDisposed) != 0;
-    // What has gone is told once, at the top of what was removed; the subscriber drops all beneath it.
+    // A removed branch is reported once, at its top. The subscriber drops all beneath it.
     if (!isGone)
       changes.fNodes.push_back({std::move(entry.fNode), static_cast<TNodeChanges>(entry.fChanges & ~ncRemoved)});
     else if ((entry.fChanges & ncRemoved) != 0)

@@ -1,11 +1,10 @@
 #pragma once
 
-// What has changed in a tree, for those who show it: the kinds of change, a subscriber's queue, and all queues of a
-// root.
+// The changes of a tree, for views of it: the kinds of change, a subscriber's queue, and all queues of a root.
 //
-// Workers only mark what changed. A node that is marked already costs them one look, however often it changes: a folder
-// near the top changes with every folder beneath it. A subscriber takes its queue when it likes, on its own thread, and
-// reads the values of the nodes then. So a queue holds each node once, and nothing is sent per file.
+// Workers only mark what changed. A node that is already marked costs them one look, however often it changes. This
+// matters since a folder near the top changes with every folder beneath it. A subscriber takes its queue at any time,
+// on its own thread, and then reads the nodes' values. So a queue holds each node once, and nothing is sent per file.
 
 #include <array>
 #include <atomic>
@@ -21,19 +20,19 @@ namespace Vantrel {
 
 // What happened to a node since its queue was last taken.
 enum TNodeChange : uint8_t {
-  ncAdded = 1 << 0,    // it is new in its parent; read all of it, its children come as changes of their own
-  ncRemoved = 1 << 1,  // it left the tree with all beneath it and answers nothing but its identity
-  ncChanged = 1 << 2,  // its totals, dates or state
-  ncFiles = 1 << 3,    // the list of its own files
-  ncReset = 1 << 4,    // all children that it had are gone; new ones come as changes of their own
+  ncAdded = 1 << 0,    // new in its parent: read all of it; its children arrive as separate changes
+  ncRemoved = 1 << 1,  // left the tree with all beneath it; only its identity is still valid
+  ncChanged = 1 << 2,  // its totals, dates or state changed
+  ncFiles = 1 << 3,    // the list of its own files changed
+  ncReset = 1 << 4,    // all its children are gone; new ones arrive as separate changes
 };
 using TNodeChanges = uint8_t;
 
 // What happened to the root as a whole.
 enum TRootChange : uint8_t {
-  rcTreeReplaced = 1 << 0,      // nothing of the earlier tree is left: read the tree from the top folder down
-  rcScanStarted = 1 << 1,       // of the whole path or of a branch
-  rcScanEnded = 1 << 2,         // the root answers as a finished one
+  rcTreeReplaced = 1 << 0,      // the whole earlier tree is gone: read the tree from the top folder down
+  rcScanStarted = 1 << 1,       // a scan of the whole path or of a branch
+  rcScanEnded = 1 << 2,         // the root now behaves as a finished one
   rcComparisonChanged = 1 << 3  // a comparison was set, changed or ended
 };
 using TRootChanges = uint8_t;
@@ -43,7 +42,7 @@ struct TChangedNode {
   TNodeChanges fChanges = 0;
 };
 
-// What a queue held. The root's changes come before those of nodes, and a parent's before its children's.
+// The contents of a queue. The root's changes come before those of nodes, and a parent's before its children's.
 struct TTreeChanges {
   TRootChanges fRoot = 0;
   std::vector<TChangedNode> fNodes;
@@ -54,32 +53,32 @@ struct TTreeChanges {
 // One subscription to a root's changes. Any thread.
 class ITreeSubscription : public IInterface {
  public:
-  // Takes what came since the last call. A node below one that has gone is not among it. The subscriber may never have
-  // known a node that is told as removed.
+  // Takes the changes since the last call. Nodes below a removed node are not included. A removed node may be one that
+  // the subscriber has never seen.
   virtual TTreeChanges Take() = 0;
-  // Ends the subscription: nothing is queued from now on. Releasing the last reference does the same.
+  // Ends the subscription: no further change is queued. Releasing the last reference does the same.
   virtual void End() = 0;
 };
 
 // The marks of one node: a bit for each queue that holds it.
 using TChangeMarks = std::atomic<uint8_t>;
-// And one that says that the node is in the tree: what changes before that is told by ncAdded.
+// The bit that says that the node is in the tree. ncAdded covers all changes before that.
 constexpr uint8_t kIsInTree = 0x80;
 
 // All queues of a root. A root owns one; a subscription keeps it alive.
 class TChangeQueues : public TInterfaced<IInterface> {
  public:
-  // A subscription can have one of so many places.
+  // The number of places for subscriptions. Each subscription takes one.
   static constexpr size_t kMostSubscriptions = 7;
 
-  // Queues changes from now on, rcTreeReplaced as the first: the subscriber reads the tree as it is, and what the queue
-  // tells afterwards may be among that already. The callback, if any, is called on the worker that makes the first
-  // change after each Take. It returns soon and takes nothing from the queue. EInvalidOperation when all places are
+  // Queues changes from now on, with rcTreeReplaced as the first. The subscriber then reads the present tree, which may
+  // already include changes that the queue reports later. The callback, if any, runs on the worker that makes the first
+  // change after each Take. It must return soon and must not take the queue. EInvalidOperation when all places are
   // taken. Any thread.
   TRef<ITreeSubscription> Subscribe(std::function<void()> pOnFirstChange = {});
 
-  // Whether a change of a node with these marks is news to a subscriber. Asked after the change: a worker that finds
-  // the node marked knows that the subscriber has not read it yet.
+  // Whether a change of a node with these marks is news to a subscriber. Workers ask after the change. If the node is
+  // already marked, the subscriber has not read it yet.
   bool IsNews(const TChangeMarks& pMarks) const {
     const uint8_t subscribed = fSubscribed.load(std::memory_order_relaxed);
     if (subscribed == 0) return false;
@@ -87,7 +86,7 @@ class TChangeQueues : public TInterfaced<IInterface> {
     return (subscribed & ~pMarks.load(std::memory_order_relaxed)) != 0;
   }
   bool HasSubscribers() const { return fSubscribed.load(std::memory_order_relaxed) != 0; }
-  // Queues a change. The marks are the node's own.
+  // Queues a change. pMarks are the node's own.
   void Mark(IHierarchicalElement& pNode, TChangeMarks& pMarks, TNodeChanges pChanges);
   // Queues a change of the root as a whole.
   void MarkRoot(TRootChanges pChanges);
@@ -100,9 +99,9 @@ class TChangeQueues : public TInterfaced<IInterface> {
     TChangeMarks* fMarks;
     TNodeChanges fChanges;
   };
-  // The queue of one place.
+  // The queue of one subscription's place.
   struct TQueue {
-    bool fTaken = false;  // by a subscription
+    bool fTaken = false;  // a subscription uses the place
     std::function<void()> fOnFirstChange;
     TRootChanges fRoot = 0;
     std::vector<TEntry> fEntries;
@@ -112,13 +111,14 @@ class TChangeQueues : public TInterfaced<IInterface> {
     void Add(IHierarchicalElement& pNode, TChangeMarks& pMarks, TNodeChanges pChanges);
   };
 
-  // Calls with each queue in use, under the lock, and then the callbacks of those that were empty before, outside it.
+  // Calls pCall with each queue in use, under the lock. Then calls the callbacks of the queues that were empty before,
+  // outside the lock.
   template <class TCall>
   void Change(const TCall& pCall);
   TTreeChanges Take(size_t pPlace);
   void End(size_t pPlace);
 
-  std::atomic<uint8_t> fSubscribed{0};  // a bit for each place that is taken
+  std::atomic<uint8_t> fSubscribed{0};  // a bit for each place in use
   TCriticalSection fLock;
   std::array<TQueue, kMostSubscriptions> fQueues GUARDED_BY(fLock);
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// Who takes bytes, and who gives them.
+// The interfaces IByteSink, which takes bytes, and IByteSource, which gives them.
 
 #include <cstddef>
 #include <string_view>
@@ -11,7 +11,7 @@ namespace Vantrel {
 class IByteSink {
  public:
   virtual ~IByteSink() = default;
-  // Takes all of them or throws, EOSError when it is the system that refuses.
+  // Takes all bytes or throws. A refusal by the system is an EOSError.
   virtual void Write(std::string_view pBytes) = 0;
 };
 
@@ -19,8 +19,8 @@ class IByteSink {
 class IByteSource {
  public:
   virtual ~IByteSource() = default;
-  // Fills the buffer from its start and returns how many bytes there were: at least one, and 0 at the end only. Throws
-  // as IByteSink::Write does.
+  // Fills the buffer from its start and returns the number of bytes: at least one, and 0 only at the end. Throws as
+  // IByteSink::Write does.
   virtual size_t Read(char* pBuffer, size_t pLength) = 0;
 };
 

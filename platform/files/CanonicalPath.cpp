@@ -23,7 +23,7 @@ std::u16string WithCanonicalFolders(const std::u16string& pPath) {
 
 std::u16string CanonicalPath(const std::u16string& pPath) {
   std::u16string path = WithCanonicalFolders(pPath);
-  // The root of a share is typed with and without a delimiter at its end, and may be away for a while.
+  // Users type the root of a share with or without a trailing delimiter. The share may also be unreachable for a while.
   if (path.starts_with(u"\\\\") && path.back() == u'\\') path.pop_back();
   return path;
 }

@@ -1,18 +1,18 @@
 #pragma once
 
-// The one form of a path by which a folder is known again.
+// The canonical form of a path. Two spellings of one folder have the same canonical path.
 
 #include <string>
 
 namespace Vantrel {
 
-// The one form of a path by which a folder is known again, however it was typed and from whichever machine: absolute,
-// with all links resolved; on Windows with names as the disk spells them and the server's name in place of a mapped
-// drive's letter ("\\server\share\folder"), while local drives stay as they are ("C:\folder"). What of the path does
-// not exist, such as a wildcard at its end or a folder that has gone, is taken as it is. Empty for an empty path.
+// The canonical form of a path: the same for every spelling of a folder and on every machine. It is absolute and all
+// links are resolved. On Windows names are spelled as on the disk. A mapped drive's letter becomes the server and share
+// ("\\server\share\folder"); local drives keep theirs ("C:\folder"). Parts at the end that do not exist, such as a
+// wildcard or a deleted folder, stay as they are. Empty for an empty path.
 std::u16string CanonicalPath(const std::u16string& pPath);
 
-// Serves CanonicalPath: that form of an absolute path; empty when it does not exist.
+// Used by CanonicalPath: the canonical form of an absolute path. Empty when the path does not exist.
 std::u16string CanonicalPathOfExisting(const std::u16string& pPath);
 
 }  // namespace Vantrel

@@ -2,7 +2,7 @@
 #include "platform/files/Paths.h"
 #include "platform/system/Win32_win32.h"
 
-// After windows.h, which it takes its types from.
+// Must follow windows.h, whose types it uses.
 #include <winnetwk.h>
 
 namespace Vantrel {
@@ -11,7 +11,7 @@ using namespace Win32;
 
 namespace {
 
-constexpr DWORD kLongestPath = 32'768;  // that Windows knows, with its zero
+constexpr DWORD kLongestPath = 32'768;  // the longest path that Windows supports, with its terminating zero
 
 bool HasDriveLetter(const std::u16string& pPath) {
   return pPath.size() >= 2 && pPath[1] == u':';
@@ -21,7 +21,7 @@ bool IsDriveRoot(const std::u16string& pPath) {
   return pPath.size() == 3 && HasDriveLetter(pPath);
 }
 
-// "\\server\share" for the letter of a drive that is mapped to it, also while it is not connected; else empty.
+// "\\server\share" for the letter of a mapped drive, even while the drive is not connected; else empty.
 std::u16string ShareOfDrive(char16_t pLetter) {
   const std::u16string drive = {pLetter, u':'};
   std::u16string share(kLongestPath, 0);
@@ -35,7 +35,7 @@ std::u16string ShareOfDrive(char16_t pLetter) {
 
 std::u16string CanonicalPathOfExisting(const std::u16string& pPath) {
   std::u16string path = ResolvedPath(pPath);
-  // A drive that is not connected has its share all the same.
+  // A drive that is not connected still has its share.
   if (path.empty() && IsDriveRoot(pPath)) path = pPath;
   if (path.empty()) return {};
   if (HasDriveLetter(path)) {

@@ -8,7 +8,7 @@ namespace Vantrel {
 
 namespace {
 
-// Large enough that the system's calls do not count.
+// Large enough that the cost of the system's calls does not matter.
 constexpr size_t kBufferSize = 128 * 1024;
 
 }  // namespace

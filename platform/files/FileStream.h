@@ -1,6 +1,6 @@
 #pragma once
 
-// An open file, written through a buffer; scratch files without a name.
+// An open file with buffered writing. It can also be a scratch file without a name.
 
 #include <cstdint>
 #include <string>
@@ -11,17 +11,17 @@
 
 namespace Vantrel {
 
-// An open file. Every failure is an EOSError that names the path; after the first one of writing, everything that
-// flushes fails with the same code, so that a lost byte cannot go unnoticed. For one thread at a time.
+// An open file. Every failure is an EOSError that names the path. After a failed write every call that flushes fails
+// with the same code, so no lost byte goes unnoticed. For one thread at a time.
 class TFileStream final : public IByteSink, public IByteSource {
  public:
   // A descriptor, or Windows' handle.
   using THandle = intptr_t;
 
-  // To be read from its start; a folder is refused.
+  // Opens a file for reading from its start. A folder is refused.
   static TFileStream OpenForReading(const std::u16string& pPath);
-  // A file without a name to write and read back, in the same folder as the given path, which messages name. It is gone
-  // when it is closed, and on a crash.
+  // Creates a nameless file for writing and reading, in the same folder as the given path. Messages name that path. The
+  // file is gone when it is closed or the process crashes.
   static TFileStream CreateScratch(const std::u16string& pBeside);
 
   // Closed.
@@ -30,21 +30,21 @@ class TFileStream final : public IByteSink, public IByteSource {
   TFileStream(THandle pHandle, std::u16string pPath) : fHandle(pHandle), fOpen(true), fPath(std::move(pPath)) {}
   TFileStream(TFileStream&& pOther) noexcept;
   TFileStream& operator=(TFileStream&& pOther) noexcept;
-  // Closes it. What was not flushed is lost.
+  // Closes the file. Unflushed bytes are lost.
   ~TFileStream() override;
 
-  // At the position where the last Read, Write or Seek left off. Small pieces are collected.
+  // Both work at the position where the last Read, Write or Seek ended. Write collects small pieces.
   void Write(std::string_view pBytes) override;
   size_t Read(char* pBuffer, size_t pLength) override;
   // Both flush first. The position is from the start; a pipe has none.
   void Seek(uint64_t pPosition);
   uint64_t Size();
-  // Whether it has positions, as files have and pipes have not.
+  // Whether the stream has positions. Files have them, pipes do not.
   bool CanSeek() const;
 
   // Hands what Write collected to the system.
   void Flush();
-  // Waits until the disk has the file. Does nothing for what is no file on a disk.
+  // Waits until the disk has the file. Does nothing for anything but a file on a disk.
   void Sync();
   // Flushes and closes. A network file system may tell only now that there is no space.
   void Close();

@@ -21,10 +21,10 @@ int Descriptor(intptr_t pHandle) {
   return static_cast<int>(pHandle);
 }
 
-// A file that has no name any more; -1 when there can be none.
+// Opens a file without a name; -1 when the folder cannot hold one.
 int OpenNameless(const std::string& pFolder) {
   const int nameless = open(pFolder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-  // Not every file system has files that never had a name.
+  // Some file systems cannot create a file without a name.
   if (nameless >= 0 || (errno != EOPNOTSUPP && errno != EISDIR)) return nameless;
   for (;;) {
     const std::string path = pFolder + "/" + ToNativeBytes(TemporaryName());
@@ -82,7 +82,7 @@ uint64_t TFileStream::Size() {
 
 uint32_t TFileStream::SyncNow() noexcept {
   while (fsync(Descriptor(fHandle)) != 0) {
-    // Pipes and terminals refuse by EINVAL, and so do a few file systems that have nothing to wait for.
+    // Pipes and terminals answer EINVAL. So do a few file systems that have nothing to wait for.
     if (errno == EINVAL || errno == EROFS || errno == ENOTSUP) return 0;
     if (errno != EINTR) return LastError();
   }
@@ -103,7 +103,7 @@ uint32_t TFileStream::WriteNow(const char* pBytes, size_t pLength) noexcept {
 uint32_t TFileStream::CloseNow() noexcept {
   if (!fOpen) return 0;
   fOpen = false;
-  // After EINTR Linux has closed the number all the same.
+  // After EINTR Linux has closed the descriptor nevertheless.
   return close(Descriptor(fHandle)) == 0 || errno == EINTR ? 0 : LastError();
 }
 

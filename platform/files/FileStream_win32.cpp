@@ -12,7 +12,7 @@ using namespace Win32;
 
 namespace {
 
-// What one call takes at most; the system counts in 32 bits, and network shares refuse much less.
+// The most bytes that one call takes. The system counts in 32 bits, and network shares accept much less.
 constexpr size_t kMostBytesPerCall = 16 << 20;
 
 HANDLE Handle(intptr_t pHandle) {
@@ -24,7 +24,7 @@ HANDLE Handle(intptr_t pHandle) {
 TFileStream TFileStream::OpenForReading(const std::u16string& pPath) {
   const std::u16string path = ExtendedPath(pPath);
   constexpr DWORD kDirectoryNotSupported = 336;  // newer than the compiler's headers
-  // Opening a folder would be refused for lack of rights, which says nothing to the user.
+  // Windows refuses to open a folder with "access denied", which does not tell the user what is wrong.
   const DWORD attributes = GetFileAttributesW(Wide(path));
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
     throw EOSError(kDirectoryNotSupported, "Opening a file", pPath);
@@ -53,7 +53,7 @@ size_t TFileStream::Read(char* pBuffer, size_t pLength) {
     return length;
   const DWORD code = GetLastError();
   if (code != ERROR_BROKEN_PIPE) Fail(code, "Reading a file");
-  return 0;  // a pipe's end
+  return 0;  // the end of a pipe
 }
 
 void TFileStream::Seek(uint64_t pPosition) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Whether there is a folder or something special; making and removing folders; temporary files.
+// Tests whether a folder or a special file exists, creates and removes folders, and makes temporary files.
 
 #include <cstdint>
 #include <string>
@@ -9,24 +9,24 @@
 
 namespace Vantrel {
 
-// Whether there is anything at the path, or a folder; links are followed.
+// Whether anything exists at the path, and whether a folder does. Links are followed.
 bool PathExists(const std::u16string& pPath);
 bool FolderExists(const std::u16string& pPath);
-// Whether there is something else than a file or a folder, such as a device or a pipe.
+// Whether something exists at the path that is neither a file nor a folder, such as a device or a pipe.
 bool SpecialFileExists(const std::u16string& pPath);
-// Who may look into a new folder, on Linux; on Windows it inherits that from the one above.
+// Who may open a new folder on Linux. On Windows the folder inherits its permissions from its parent.
 enum class TFolderAccess : uint8_t { faUsual, faUserAlone };
-// Creates the folder, and those above it that are missing. Does nothing for an empty path or for what is there already,
-// a file included: who then writes into it gets the failure. EOSError.
+// Creates the folder and its missing parents. Does nothing for an empty path or when the path exists, even as a file: a
+// later write into it then fails. EOSError.
 void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess = TFolderAccess::faUsual);
-// The same for the folder that a file is to lie in.
+// Creates the folder that will hold the file, in the same way.
 void CreateFolderOf(const std::u16string& pFile, TFolderAccess pAccess = TFolderAccess::faUsual);
-// A new folder for this user alone, in the system's place for temporary files. EOSError.
+// Creates a folder for this user alone, in the system's place for temporary files. EOSError.
 std::u16string CreateTemporaryFolder();
-// Removes a file or an empty folder; what cannot be removed stays.
+// Removes a file or an empty folder. Does nothing when it cannot be removed.
 void RemoveQuietly(const std::u16string& pPath) noexcept;
 
-// Files in a new temporary folder, gone with the object. One thread.
+// Files in a new temporary folder. The destructor removes them and the folder. One thread.
 class TTemporaryFiles {
  public:
   TTemporaryFiles() : fFolder(CreateTemporaryFolder()) {}  // EOSError
@@ -34,7 +34,7 @@ class TTemporaryFiles {
   TTemporaryFiles(const TTemporaryFiles&) = delete;
   TTemporaryFiles& operator=(const TTemporaryFiles&) = delete;
 
-  // The path of the file of this name, which is the caller's to write.
+  // The path for a file of this name. The caller writes the file.
   std::u16string Add(std::u16string_view pName);
 
  private:

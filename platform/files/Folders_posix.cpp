@@ -27,7 +27,7 @@ bool SpecialFileExists(const std::u16string& pPath) {
   return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
 }
 
-// From the top down, so that the failure that is told is the first one.
+// Works from the top down, so that the error names the first folder that failed.
 void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess) {
   const std::string path = ToNativeBytes(pPath);
   const mode_t mode = pAccess == TFolderAccess::faUserAlone ? 0700 : 0777;
@@ -37,7 +37,7 @@ void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess) {
     const std::string folder = path.substr(0, end);
     if (mkdir(folder.c_str(), mode) == 0) continue;
     const auto code = static_cast<uint32_t>(errno);
-    // A folder that is there may be refused for other reasons first, such as a disk that cannot be written.
+    // mkdir may report another reason for a folder that exists, such as a read-only disk.
     struct stat there {};
     if (stat(folder.c_str(), &there) != 0) throw EOSError(code, "Creating a folder", pPath);
   }

@@ -27,7 +27,7 @@ bool FolderExists(const std::u16string& pPath) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// By their names: to ask one would be to open it.
+// Decides by the name, since asking a device or pipe would mean to open it.
 bool SpecialFileExists(const std::u16string& pPath) {
   return pPath.starts_with(u"\\\\.\\");
 }

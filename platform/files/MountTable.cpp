@@ -11,7 +11,7 @@ namespace Vantrel {
 
 namespace {
 
-// Takes the text up to the delimiter off the front, and the delimiter with it.
+// Removes the text up to the delimiter, and the delimiter, from the front. Returns the text.
 std::string_view Take(std::string_view& pText, char pDelimiter) {
   const std::string_view taken = pText.substr(0, pText.find(pDelimiter));
   pText.remove_prefix(std::min(taken.size() + 1, pText.size()));
@@ -22,7 +22,7 @@ bool IsOctal(char pChar) {
   return pChar >= '0' && pChar <= '7';
 }
 
-// Blank, tab, line break and backslash stand in the table as a backslash and three octal digits.
+// The table writes blank, tab, line break and backslash as a backslash and three octal digits.
 std::string Decoded(std::string_view pField) {
   std::string result;
   for (size_t at = 0; at < pField.size(); ++at) {
@@ -55,7 +55,7 @@ bool ParseLine(std::string_view pLine, TMount& pMount) {
 
 using TMountChain = std::unordered_set<uint64_t>;
 
-// The ids of a mount and of those that it is mounted on, down to the first.
+// The ids of a mount and of the mounts below it, down to the first.
 TMountChain ChainOf(const TMount& pMount, const std::unordered_map<uint64_t, uint64_t>& pParents) {
   TMountChain chain{pMount.fId};
   for (auto parent = pParents.find(pMount.fId); parent != pParents.end(); parent = pParents.find(parent->second))
@@ -69,7 +69,8 @@ bool IsNetworkFileSystem(std::string_view pType) {
   return std::find(std::begin(types), std::end(types), pType) != std::end(types);
 }
 
-// User-space file systems are mostly other machines; these show what lies elsewhere, or nothing that takes space.
+// User-space file systems mostly show other machines. The ones listed here show files stored elsewhere, or take no
+// space.
 bool IsUserSpaceStorage(std::string_view pType) {
   static constexpr std::string_view views[] = {"fuse.gvfsd-fuse", "fuse.lxcfs", "fuse.portal", "fuse.archivemount"};
   if (pType != "fuse" && !pType.starts_with("fuse.")) return false;
@@ -81,7 +82,7 @@ bool IsDrive(const TMount& pMount) {
   if (IsNetworkFileSystem(pMount.fFileSystem) || IsUserSpaceStorage(pMount.fFileSystem)) return true;
   if (pMount.fFileSystem == "zfs") return true;  // its sources are pools, not devices
   if (!pMount.fSource.starts_with("/dev/") || pMount.fFileSystem == "squashfs") return false;
-  return pMount.fRoot == "/" || pMount.fFileSystem == "btrfs";  // whose volumes are folders of one device
+  return pMount.fRoot == "/" || pMount.fFileSystem == "btrfs";  // a volume of btrfs is a folder of its device
 }
 
 }  // namespace
@@ -123,7 +124,7 @@ std::vector<const TMount*> VisibleMounts(const std::vector<TMount>& pMounts) {
   for (const TMount& mount : pMounts) parents[mount.fId] = mount.fParentId;
   std::vector<std::pair<const TMount*, TMountChain>> outermostFirst;
   for (const TMount& mount : pMounts) outermostFirst.emplace_back(&mount, ChainOf(mount, parents));
-  // Of several on one point the topmost comes first.
+  // Of several mounts on one point the topmost comes first.
   std::stable_sort(outermostFirst.begin(), outermostFirst.end(), [](const auto& pA, const auto& pB) {
     const size_t lengthA = pA.first->fMountPoint.size(), lengthB = pB.first->fMountPoint.size();
     return lengthA != lengthB ? lengthA < lengthB : pA.second.size() > pB.second.size();

@@ -17,13 +17,13 @@ TOutputFile::TOutputFile(const std::u16string& pPath) : fPath(pPath) {
 }
 
 TOutputFile::~TOutputFile() {
-  fFile = {};  // Windows removes no open file
+  fFile = {};  // Windows does not remove an open file
   RemoveTemporary();
 }
 
 void TOutputFile::Commit() {
   if (fCommitted) return;
-  // Otherwise a crash of the system soon after could leave the new name with nothing in it.
+  // Without this a system crash soon after could leave an empty file under the new name.
   fFile.Sync();
   fFile.Close();
   if (!fTemporary.empty()) Replace();

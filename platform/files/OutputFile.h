@@ -1,6 +1,6 @@
 #pragma once
 
-// A file that takes its place only when it is complete.
+// An output file that replaces its target only when it is complete.
 
 #include <cstdint>
 #include <string>
@@ -11,18 +11,19 @@
 
 namespace Vantrel {
 
-// A file that takes its place only when it is complete. It is written under a temporary name in the folder of its
-// target and renamed over it by Commit; without Commit it is removed again and an earlier file at the target stays
-// untouched. Only a killed process leaves the temporary file behind.
+// An output file that replaces its target only when it is complete. It is written under a temporary name in the
+// target's folder. Commit renames it over the target. Without Commit it is removed, and an earlier file at the target
+// stays untouched. Only a killed process leaves the temporary file behind.
 //
-// The new file has the permissions of the one it replaces. A target that is a symbolic link stays one: what it points
-// to is replaced. Of several hard links the one that is named is replaced, the others keep the earlier contents. A
-// device, a pipe or one of the process's own streams ("/dev/stdout", "NUL") is written directly, and Commit only
-// flushes.
+// The new file has the permissions of the file it replaces. If the target is a symbolic link, the link stays and the
+// file it points to is replaced. If the target has several hard links, only the named one is replaced; the others keep
+// the earlier contents. A device, a pipe or one of the process's own streams ("/dev/stdout", "NUL") is written
+// directly, and Commit only flushes.
 //
 // The path "-" stands for the process's standard output.
 //
-// Every failure is an EOSError: at once when the target is a folder, may not be written or lies in no folder, later
+// Every failure is an EOSError. The constructor throws when the target is a folder, may not be written or has no
+// folder. Later calls throw when the disk is full. For one thread at a time.
 // when the disk is full. For one thread at a time.
 class TOutputFile final : public IByteSink {
  public:
@@ -37,28 +38,28 @@ class TOutputFile final : public IByteSink {
   // The position of the next Write, from the start. A target that is written directly may have none.
   void Seek(uint64_t pPosition) { fFile.Seek(pPosition); }
   void Flush() { fFile.Flush(); }
-  // The file is on the disk and at its target after this. A second call does nothing.
+  // Puts the file on the disk and at its target. A second call does nothing.
   void Commit();
 
-  // As given.
+  // The path as the caller gave it.
   const std::u16string& Path() const { return fPath; }
-  // The path that the file will have, with symbolic links followed.
+  // The path of the finished file, with symbolic links followed.
   const std::u16string& Target() const { return fTarget; }
 
  private:
-  // Each platform's part. Open sets the target and, unless it is written directly, the temporary path.
+  // Each platform implements these. Open sets the target and, unless it is written directly, the temporary path.
   void Open();
   void Replace();
   void RemoveTemporary() noexcept;
 
   std::u16string fPath;
   std::u16string fTarget;
-  std::u16string fTemporary;  // empty once nothing has to be removed
+  std::u16string fTemporary;  // empty when no file has to be removed
   TFileStream fFile;
   bool fCommitted = false;
 };
 
-// A name for a temporary file that no other program comes up with: 64 random bits.
+// A name for a temporary file that no other program uses: 64 random bits.
 std::u16string TemporaryName();
 
 }  // namespace Vantrel

@@ -22,12 +22,12 @@ uint32_t LastError() {
   return static_cast<uint32_t>(errno);
 }
 
-// With its trailing slash; empty for a bare name.
+// The folder with its trailing slash; empty for a bare name.
 std::string FolderPart(const std::string& pPath) {
   return pPath.substr(0, pPath.rfind('/') + 1);
 }
 
-// Links in /proc lead to open files, whatever their text says.
+// Links in /proc lead to open files. Their text is only a description.
 bool IsLinkOfKernel(const std::string& pLink) {
   const int link = open(pLink.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
   if (link < 0) return false;
@@ -37,8 +37,8 @@ bool IsLinkOfKernel(const std::string& pLink) {
   return proc;
 }
 
-// Follows the links of the last part only, so that a link which leads nowhere still says where the file is to be.
-// Stops at a link of the kernel. Empty when the links go in a circle.
+// Follows the links of the last part only, so the target of a dangling link is known. Stops at a link of the kernel.
+// Empty when the links form a circle.
 std::string FollowLinks(std::string pPath) {
   for (int links = 0; links < kMostLinks; ++links) {
     char target[PATH_MAX];
@@ -50,8 +50,8 @@ std::string FollowLinks(std::string pPath) {
   return {};
 }
 
-// One of the process's own streams is shared, and not opened again: a second position in the same file would overwrite
-// what the shell's other commands append to it.
+// Shares one of the process's own streams instead of opening it again. A second position in the same file would
+// overwrite what the shell's other commands append.
 int OpenDirectly(const std::string& pPath) {
   char folder[PATH_MAX];
   const std::string own = "/proc/" + std::to_string(getpid()) + "/fd";
@@ -61,15 +61,15 @@ int OpenDirectly(const std::string& pPath) {
   return open(pPath.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
 }
 
-// The new file gets the earlier one's owner where the process may give files away. A group that it cannot have again
-// must not pass its rights to another one.
+// Gives the new file the earlier one's owner, where the process may do so. If the group cannot be kept, the new group
+// gets only the rights that everyone has.
 void CopyPermissions(int pFile, const struct stat& pEarlier) {
   mode_t mode = pEarlier.st_mode & 07777;
   const bool group = fchown(pFile, static_cast<uid_t>(-1), pEarlier.st_gid) == 0;
   if (!group) mode = (mode & ~mode_t{07070}) | ((mode & 07) << 3);
   const bool owner = pEarlier.st_uid == geteuid() || fchown(pFile, pEarlier.st_uid, static_cast<gid_t>(-1)) == 0;
   if (!owner) mode &= 0777;
-  // A file system without permissions refuses; nothing is lost by that.
+  // A file system without permissions refuses. Nothing is lost then.
   if (fchmod(pFile, mode) != 0) return;
 }
 
@@ -93,7 +93,8 @@ void TOutputFile::Open() {
   fTarget = FromNativeBytes(target);
   struct stat earlier {};
   const bool exists = stat(target.c_str(), &earlier) == 0;
-  // A name that its folder cannot hold is better known before the work. The temporary name is short.
+  // Reports a name that is too long for its folder before the work begins. The temporary name is short and would not
+  // show it.
   if (!exists && errno == ENAMETOOLONG) fail(ENAMETOOLONG, "Creating a file");
   if ((exists && S_ISDIR(earlier.st_mode)) || target.back() == '/') fail(EISDIR, "Creating a file");
   if (exists && (!S_ISREG(earlier.st_mode) || IsLinkOfKernel(target))) {
@@ -102,7 +103,7 @@ void TOutputFile::Open() {
     fFile = TFileStream(direct, fPath);
     return;
   }
-  // Renaming asks for the folder's permissions only, but a file that is write-protected is meant to stay.
+  // Renaming needs only the folder's permissions. But a write-protected file must stay.
   if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) fail(errno, "Opening a file");
   int file = -1;
   do {
@@ -122,7 +123,7 @@ void TOutputFile::Replace() {
   const std::string target = ToNativeBytes(fTarget);
   if (rename(ToNativeBytes(fTemporary).c_str(), target.c_str()) != 0)
     throw EOSError(LastError(), "Replacing a file", fPath);
-  // The name is to outlive a crash of the system as well. Where a folder cannot be synchronised, it has to go without.
+  // The new name must also survive a system crash. Some folders cannot be synchronised; the name is unprotected there.
   const std::string folder = FolderPart(target);
   const int opened = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (opened < 0) return;

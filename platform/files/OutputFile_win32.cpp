@@ -26,8 +26,8 @@ bool IsPossibleName(std::u16string_view pName) {
          });
 }
 
-// The earlier file's access list and attributes, as far as the process may set them. ReplaceFileW would do the same,
-// but a failure half way leaves nothing at the target.
+// Copies the earlier file's access list and attributes, as far as the process may set them. ReplaceFileW would do the
+// same, but when it fails half way the target is gone.
 void CopyPermissions(const std::u16string& pFrom, const std::u16string& pTo) {
   DWORD size = 0;
   GetFileSecurityW(Wide(pFrom), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
@@ -60,17 +60,17 @@ void TOutputFile::Open() {
   fTarget = ExtendedPath(absolute);
   const DWORD attributes = GetFileAttributesW(Wide(fTarget));
   const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
-  // A name that cannot be is better known before the work. The temporary name is a good one.
+  // Reports an impossible name before the work begins. The temporary name is valid and would not show it.
   if (!exists && !IsPossibleName(FileNameOfPath(absolute, u'\\'))) fail(ERROR_INVALID_NAME, "Creating a file");
   if (exists && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) fail(kDirectoryNotSupported, "Creating a file");
   if (exists && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
     const std::u16string resolved = ResolvedPath(absolute);
     if (!resolved.empty()) fTarget = ExtendedPath(resolved);
   }
-  // "NUL", "CON" and pipes come out with this prefix.
+  // The absolute path of "NUL", "CON" and pipes has this prefix.
   const bool device = absolute.starts_with(u"\\\\.\\");
   if (exists || device) {
-    // Opened so that a refusal shows before the work, and not after it.
+    // Opens the target now so that a refusal shows before the work, not after it.
     const HANDLE earlier = OpenExisting(fTarget);
     if (earlier == INVALID_HANDLE_VALUE) fail(GetLastError(), "Opening a file");
     TFileStream file(reinterpret_cast<TFileStream::THandle>(earlier), fPath);

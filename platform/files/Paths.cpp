@@ -25,7 +25,7 @@ size_t FindDelimiter(std::u16string_view pPath, size_t pFrom, char16_t pDelimite
   return kNone;
 }
 
-// The length of pParts parts from pFrom on, the delimiter behind the last one included where there is one.
+// The length of pParts parts from pFrom on, including the delimiter behind the last one if present.
 size_t LengthOfParts(std::u16string_view pPath, size_t pFrom, int pParts) {
   size_t at = pFrom;
   for (; pParts > 0; --pParts) {
@@ -52,7 +52,7 @@ size_t WindowsRootLength(std::u16string_view pPath) {
   return 0;
 }
 
-// How much of the path names its root; that much is never cut off.
+// The length of the part that names the path's root. It is never cut off.
 size_t RootLength(std::u16string_view pPath, char16_t pDelimiter) {
   if (pDelimiter == u'\\') return WindowsRootLength(pPath);
   return !pPath.empty() && pPath[0] == pDelimiter ? 1 : 0;
@@ -65,7 +65,7 @@ bool SamePart(std::u16string_view pA, std::u16string_view pB, char16_t pDelimite
          });
 }
 
-// Takes the next part off the front, delimiters before it included. False at the end.
+// Removes the next part and the delimiters before it from the front. False at the end.
 bool NextPart(std::u16string_view& pPath, std::u16string_view& pPart, char16_t pDelimiter) {
   while (!pPath.empty() && IsDelimiter(pPath[0], pDelimiter)) pPath.remove_prefix(1);
   if (pPath.empty()) return false;
@@ -74,7 +74,7 @@ bool NextPart(std::u16string_view& pPath, std::u16string_view& pPart, char16_t p
   return true;
 }
 
-// Leading delimiters tell "x", "\x" and "\\x" apart; with the slash any number of them is the one root.
+// One and two leading backslashes differ: "x", "\x", "\\x". Any number of slashes means the one root.
 size_t LeadingDelimiters(std::u16string_view pPath, char16_t pDelimiter) {
   const size_t most = pDelimiter == u'\\' ? 2 : 1;
   size_t count = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Path texts taken apart, joined, compared; absolute and resolved paths.
+// Splits, joins and compares path texts, and finds absolute and resolved paths.
 
 #include <string>
 #include <string_view>
@@ -8,8 +8,8 @@
 namespace Vantrel {
 
 // Operations on path texts that touch no file system. The delimiter is the root's: backslash for Windows roots, slash
-// for Unix-like ones; with the backslash "/" is accepted as well and letter case does not count (simple folding), with
-// the slash every character counts.
+// for Unix-like ones. With the backslash, "/" is a delimiter too and letter case is ignored (simple folding). With the
+// slash, every character counts.
 
 // pFolder and pName with one delimiter between them.
 std::u16string JoinPath(std::u16string_view pFolder, std::u16string_view pName, char16_t pDelimiter);
@@ -19,8 +19,8 @@ std::u16string_view WithoutTrailingDelimiter(std::u16string_view pPath, char16_t
 std::u16string_view FileNameOfPath(std::u16string_view pPath, char16_t pDelimiter);
 // The path without its last part; empty for a root or a bare name.
 std::u16string_view FolderOfPath(std::u16string_view pPath, char16_t pDelimiter);
-// Whether the name ends in the extension, given with its dot; ".xml.zip" is one as well. The letter case of ASCII does
-// not count. A name that is nothing else has the extension too: whoever asks for a file ".csv" wants that kind of file.
+// Whether the name ends in the extension, which is given with its dot and may be double (".xml.zip"). ASCII letter case
+// is ignored. A name that equals the extension has it too: a user who names a file ".csv" wants that kind of file.
 bool HasExtension(std::u16string_view pPath, std::u16string_view pExtension);
 // "C:\x", "\\server\share", "\\?\…"; "/x".
 bool IsRootedPath(std::u16string_view pPath, char16_t pDelimiter);
@@ -29,10 +29,10 @@ bool SamePath(std::u16string_view pA, std::u16string_view pB, char16_t pDelimite
 // Whether pPath is pFolder itself or lies beneath it; whole parts are compared, so "/ab" is not inside "/a".
 bool IsSameOrInside(std::u16string_view pPath, std::u16string_view pFolder, char16_t pDelimiter);
 
-// The system's own delimiter, and the absolute form of a path as typed: the current folder put in front, "." and ".."
-// and doubled delimiters resolved by text alone, so a ".." behind a symbolic link may differ from what the system does;
-// on Windows also "C:x" and "/" for "\". Without trailing delimiter; empty for an empty path, and when the current
-// folder is wanted but is gone.
+// The system's own delimiter, and the absolute form of a path as typed. The current folder is put in front. ".", ".."
+// and doubled delimiters are resolved by text alone, so the system may resolve a ".." behind a symbolic link
+// differently. On Windows "C:x" and "/" for "\" work too. The result has no trailing delimiter. It is empty for an
+// empty path, and when it needs a current folder that no longer exists.
 char16_t NativePathDelimiter();
 std::u16string AbsolutePath(std::u16string_view pPath);
 // The path with all links resolved, as the system sees it; empty when it does not exist.

@@ -23,7 +23,7 @@ std::string CurrentFolder() {
   return folder ? folder.get() : std::string();
 }
 
-// Takes the next part off the front; empty at the end.
+// Removes the next part from the front and returns it; empty at the end.
 std::string TakePart(std::string& pPath) {
   const size_t begin = pPath.find_first_not_of('/');
   if (begin == std::string::npos) return pPath.clear(), std::string();
@@ -33,8 +33,8 @@ std::string TakePart(std::string& pPath) {
   return part;
 }
 
-// Resolves a path part by part, each relative to the folder before it, so that its length does not matter. Works from
-// the front of a text that shrinks, and grows again by the target of each link.
+// Resolves a path part by part, each relative to the folder before it, so the path may have any length. Takes parts
+// from the front of the remaining text and puts the target of each link there.
 class TLongPathResolver {
  public:
   explicit TLongPathResolver(std::string pPath) : fRest(std::move(pPath)) { StartAtRoot(); }
@@ -89,7 +89,7 @@ class TLongPathResolver {
 
   static constexpr int kMostLinks = 40;  // as the kernel allows
   std::string fRest;
-  std::string fResolved;  // without trailing delimiter, so empty for the root
+  std::string fResolved;  // without trailing delimiter, so the root is empty
   int fFolder = -1;
   int fLinks = 0;
 };

@@ -18,15 +18,15 @@ struct TCloseHandle {
   void operator()(HANDLE pHandle) const { CloseHandle(pHandle); }
 };
 
-// pAsk is called with a buffer and its length and answers as the system does: the length of the text without its zero,
-// the length needed with it when the buffer was too short, or 0.
+// Calls pAsk with a buffer and its length until the text fits. pAsk answers as the system does: the length of the text
+// without its zero, the needed length with the zero when the buffer is too short, or 0.
 template <class TAsk>
 std::u16string AskForText(TAsk pAsk) {
   std::u16string buffer(MAX_PATH, 0);
   for (;;) {
     const DWORD length = pAsk(reinterpret_cast<wchar_t*>(buffer.data()), static_cast<DWORD>(buffer.size()));
     const bool fits = length < buffer.size();
-    buffer.resize(fits ? length : length + 1);  // not every call counts the zero
+    buffer.resize(fits ? length : length + 1);  // some calls leave out the zero
     if (fits) return buffer;
   }
 }
@@ -58,7 +58,7 @@ char16_t NativePathDelimiter() {
 
 std::u16string AbsolutePath(std::u16string_view pPath) {
   if (pPath.empty()) return {};
-  // Behind this prefix every character is part of a name, "." and "/" included.
+  // After this prefix every character is part of a name, including "." and "/".
   if (pPath.starts_with(kPrefix)) return std::u16string(WithoutTrailingDelimiter(pPath, u'\\'));
   const std::u16string path(pPath);
   const std::u16string absolute = AskForText(

@@ -1,6 +1,6 @@
 #pragma once
 
-// Whether two paths name one file, also through links and in another letter case.
+// Tests whether two paths name one file, also through links and in another letter case.
 
 #include <cstdint>
 #include <optional>
@@ -9,12 +9,12 @@
 
 namespace Vantrel {
 
-// What a path names. Two paths name one file when their places are the same: by the numbers that the system gives to
-// files where both exist, else by the path with all links resolved. A link that leads nowhere yet counts as the file
-// that writing through it makes. Devices and pipes have no numbers: two of them are the same by their paths only.
+// The place that a path names. Two paths name one file when their places are the same. Existing files are compared by
+// the numbers that the system gives them, other paths with all links resolved. A dangling link counts as the file that
+// writing through it creates. Devices and pipes have no numbers, so only their paths are compared.
 struct TFilePlace {
   std::u16string fPath;                                   // resolved as far as it exists
-  std::optional<std::pair<uint64_t, uint64_t>> fNumbers;  // volume and file, of a regular file that exists
+  std::optional<std::pair<uint64_t, uint64_t>> fNumbers;  // volume and file number of an existing regular file
 };
 
 // Asks the system; never fails. Any thread.

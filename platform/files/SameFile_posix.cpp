@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMostLinks = 40;  // as the kernel allows
 
-// A link to a file that is not there is followed by hand: the system resolves only what exists.
+// Follows a link to a missing file by hand, since the system resolves only existing paths.
 std::u16string BehindDanglingLinks(std::u16string pPath) {
   for (int links = 0; links < kMostLinks; ++links) {
     char target[PATH_MAX];

@@ -11,7 +11,7 @@ TFilePlace PlaceOfFile(const std::u16string& pPath) {
   TFilePlace place{CanonicalPath(pPath), {}};
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const std::u16string absolute = ExtendedPath(AbsolutePath(pPath));
-  if (absolute.starts_with(u"\\\\.\\")) return place;  // opening a pipe would take the place of its client
+  if (absolute.starts_with(u"\\\\.\\")) return place;  // opening a pipe would occupy the place of its client
   const HANDLE file = CreateFileW(Wide(absolute), 0, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
   if (file == INVALID_HANDLE_VALUE) return place;
   BY_HANDLE_FILE_INFORMATION info{};

@@ -12,8 +12,8 @@ namespace Vantrel {
 
 namespace {
 
-// Empty unless it is an absolute path: a relative one would lead elsewhere from each folder that the program is
-// started in.
+// The variable's value if it is an absolute path, else empty. A relative path would depend on the folder that the
+// program is started in.
 std::string AbsoluteVariable(const char* pName) {
   const char* value = std::getenv(pName);
   return value != nullptr && value[0] == '/' ? value : "";

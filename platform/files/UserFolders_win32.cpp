@@ -14,7 +14,7 @@ namespace {
 
 std::u16string FolderOf(const KNOWNFOLDERID& pFolder) {
   PWSTR known = nullptr;
-  // Without a look at the disk: a home on a server that is away would cost seconds.
+  // Skips the look at the disk: a home folder on an unreachable server would cost seconds.
   const HRESULT result = SHGetKnownFolderPath(pFolder, KF_FLAG_DONT_VERIFY, nullptr, &known);
   std::u16string folder;
   if (SUCCEEDED(result)) folder = JoinPath(Narrow(known), u"Vantrel", u'\\');

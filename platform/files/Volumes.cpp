@@ -18,7 +18,7 @@ struct TAskedVolume {
   bool fExists = true;
 };
 
-// Shared with the threads that ask: one that comes back late finds it still there.
+// The answers, shared with the threads that ask, so that a late thread can still store its answer.
 class TAnswers {
  public:
   explicit TAnswers(std::vector<TVolumeInformation> pVolumes) : fMissing(pVolumes.size()) {
@@ -32,7 +32,7 @@ class TAnswers {
     fChanged.notify_all();
   }
 
-  // What is known when all have answered or the time is over.
+  // Returns what is known when all have answered or the time is over.
   std::vector<TVolumeInformation> WaitFor(int64_t pMilliseconds) {
     const int64_t end = TickCount64() + pMilliseconds;
     TCriticalSectionLock lock(fLock);
@@ -64,7 +64,7 @@ std::vector<TVolumeInformation> AskVolumes(std::vector<TVolumeInformation> pVolu
         answers->Store(i, std::move(volume));
       }).detach();
     } catch (const std::system_error&) {
-      answers->Store(i, std::move(volume));  // no thread to be had: not asked, so without an answer
+      answers->Store(i, std::move(volume));  // no thread could be started, so the volume is not asked and has no answer
     }
   }
   return answers->WaitFor(pMilliseconds);

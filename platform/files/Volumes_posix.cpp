@@ -46,7 +46,7 @@ bool GetVolumeInformationOfPath(const std::u16string& pPath, TVolumeInformation&
   const std::vector<TMount> mounts = ReadMountTable();
   const TMount* mount = FindMount(mounts, path);
   TVolumeInformation information = mount != nullptr ? InformationOfMount(*mount) : TVolumeInformation();
-  // A path too long for the call is asked for through its mount point.
+  // A path that is too long for the call is asked through its mount point.
   if (!AskSizes(path, information) && (mount == nullptr || !AskSizes(mount->fMountPoint, information))) return false;
   pInformation = std::move(information);
   return true;

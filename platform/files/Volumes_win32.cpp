@@ -11,8 +11,8 @@ using namespace Win32;
 
 namespace {
 
-// What the volume at a mount point tells; false, with the system's error code, when not even its file
-// system.
+// Fills in what the system tells about the volume at a mount point. False, with the system's error code, when it does
+// not even name the file system.
 bool AskVolume(const std::u16string& pMountPoint, TVolumeInformation& pInformation) {
   DWORD sectors = 0;
   DWORD sectorBytes = 0;
@@ -26,7 +26,7 @@ bool AskVolume(const std::u16string& pMountPoint, TVolumeInformation& pInformati
   if (GetDiskFreeSpaceExW(Wide(pMountPoint), &available, &total, &allFree)) {
     pInformation.fFreeBytes = static_cast<int64_t>(available.QuadPart);
     pInformation.fTotalBytes = static_cast<int64_t>(total.QuadPart);
-    // With a quota the total is the user's, while what is free is everybody's.
+    // With a quota the total is the user's own, but the free space is that of all users.
     pInformation.fUsedBytes = static_cast<int64_t>(total.QuadPart - std::min(total.QuadPart, allFree.QuadPart));
   }
   wchar_t label[MAX_PATH + 1] = L"";
@@ -39,7 +39,7 @@ bool AskVolume(const std::u16string& pMountPoint, TVolumeInformation& pInformati
   return true;
 }
 
-// The drives with a letter, those without a medium among them.
+// The drives with a letter, including those without a medium.
 std::vector<std::u16string> DriveLetters() {
   std::vector<std::u16string> drives;
   const DWORD present = GetLogicalDrives();
@@ -48,9 +48,9 @@ std::vector<std::u16string> DriveLetters() {
   return drives;
 }
 
-// A drive that does not answer is listed all the same, unless it has no medium.
+// A drive that does not answer is still listed. A drive without a medium is not.
 bool AskDrive(TVolumeInformation& pDrive) {
-  // Without this the system may stop and ask the user for a disk.
+  // Without this Windows may stop and ask the user to insert a disk.
   SetThreadErrorMode(SEM_FAILCRITICALERRORS, nullptr);
   if (AskVolume(pDrive.fMountPoint, pDrive)) return true;
   const DWORD error = GetLastError();

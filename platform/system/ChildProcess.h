@@ -1,6 +1,6 @@
 #pragma once
 
-// Another program, fed through its standard input.
+// Runs another program and feeds its standard input.
 
 #include <cstdint>
 #include <string>
@@ -9,33 +9,33 @@
 
 namespace Vantrel {
 
-// How a program ended, and the beginning of what it had to say.
+// How a program ended, and the beginning of its output.
 struct TChildResult {
   int fExitCode = 0;  // 0 also when a signal ended it
   int fSignal = 0;
   std::string fOutput;  // standard output and error together, at most 4 KB
 };
 
-// Another program, running beside this one and fed through its standard input. No shell has a part in it. Failures are
-// EOSErrors that name the program. For one thread at a time.
+// Another program that runs beside this one and reads its input from it. No shell is involved. Failures are EOSErrors
+// that name the program. For one thread at a time.
 class TChildProcess final {
  public:
-  // Whether there is such a thing on this system. Where there is not, the constructor throws.
+  // Whether this system supports child processes. Where it does not, the constructor throws.
   static bool IsAvailable();
 
-  // Starts it; the program is a path. Whenever it shows no sign of life for the given time, waiting for it ends with an
-  // EOSError and, when this object goes, with the program's.
+  // Starts the program, which is given as a path. If the program shows no activity for pPatienceMilliseconds, the
+  // waiting call throws an EOSError. The destructor then ends the program.
   TChildProcess(const std::string& pProgram, const std::vector<std::string>& pArguments, int64_t pPatienceMilliseconds);
-  // Ends the program at once unless Finish was called. It never sees an end of its input then, and so cannot take half
-  // of it for the whole.
+  // Ends the program at once unless Finish was called. The program sees no end of input, so it cannot mistake half of
+  // it for the whole.
   ~TChildProcess();
   TChildProcess(const TChildProcess&) = delete;
   TChildProcess& operator=(const TChildProcess&) = delete;
 
-  // Hands over bytes, false when the program reads no more; Finish then tells why.
+  // Hands over bytes. False when the program no longer reads; Finish then tells why.
   bool Feed(std::string_view pBytes);
 
-  // Closes the program's input and waits for its end. Once.
+  // Closes the program's input and waits for its end. May be called once.
   TChildResult Finish();
 
  private:
@@ -44,8 +44,8 @@ class TChildProcess final {
 
   std::u16string fProgram;
   int64_t fPatience;
-  int fProcess = 0;  // its id, 0 when it has ended
-  int fInput = -1;   // our ends
+  int fProcess = 0;  // the process id; 0 after its end
+  int fInput = -1;   // this process's ends of the streams
   int fOutput = -1;
   std::string fTaken;
 };

@@ -20,8 +20,8 @@ namespace {
 constexpr size_t kMostOutput = 4096;
 constexpr int kPollMilliseconds = 20;  // how late the end of a silent program is noticed
 
-// What the program starts with: its three streams, and signals as a shell would leave them, since this program ignores
-// broken pipes in some places.
+// The program's start settings: its three streams, and default signals as from a shell. This program ignores broken
+// pipes in some places; the child must not inherit that.
 class TSpawnSettings {
  public:
   TSpawnSettings(int pInput, int pOutput) {
@@ -66,7 +66,7 @@ bool TChildProcess::IsAvailable() {
 TChildProcess::TChildProcess(const std::string& pProgram, const std::vector<std::string>& pArguments,
                              int64_t pPatienceMilliseconds)
     : fProgram(FromNativeBytes(pProgram)), fPatience(pPatienceMilliseconds) {
-  // A socket and no pipe: writing to one whose reader is gone raises no signal when it is told not to.
+  // A socket instead of a pipe: with MSG_NOSIGNAL, writing raises no signal when the reader is gone.
   int input[2], output[2];
   int code = socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, input) == 0 ? 0 : errno;
   if (code == 0 && pipe2(output, O_CLOEXEC) != 0) {
@@ -116,7 +116,7 @@ bool TChildProcess::Feed(std::string_view pBytes) {
   return true;
 }
 
-// A program that has much to say before it reads on must get rid of it meanwhile.
+// Reads the program's output while waiting. A program may have to write much before it reads on.
 void TChildProcess::WaitUntilItReads() {
   pollfd waited[] = {{fInput, POLLOUT, 0}, {fOutput, POLLIN, 0}};
   const int ready = poll(waited, 2, static_cast<int>(fPatience));
@@ -144,7 +144,7 @@ TChildResult TChildProcess::Finish() {
   shutdown(fInput, SHUT_WR);
   const int64_t deadline = TickCount64() + fPatience;
   int status = 0;
-  // Its end and not that of its output is waited for: it may leave another program behind that keeps the latter open.
+  // Waits for the program's end, not for the end of its output. A program that it left behind may keep the output open.
   for (;;) {
     const pid_t ended = waitpid(fProcess, &status, WNOHANG);
     if (ended > 0) break;

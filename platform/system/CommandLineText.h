@@ -1,12 +1,12 @@
 #pragma once
 
-// The whole command line as Windows hands it over.
+// The process's whole command line as one text. Windows only.
 
 #include <string>
 
 namespace Vantrel {
 
-// The process's whole command line as one text, the program's name first. Only Windows hands it over so.
+// The process's whole command line as one text, beginning with the program's name. Only Windows provides it.
 std::u16string ProcessCommandLine();
 
 }  // namespace Vantrel

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kUsualWidth = 80;
 
-// Columns of the progress line that stands on the console now. Of the main thread, like everything that writes.
+// Columns of the progress line that the console shows now. Only the main thread uses it, as for all writing.
 int gProgressWidth = 0;
 
 // The longest start of the text that takes at most pColumns.
@@ -42,7 +42,7 @@ bool WantsColours() {
 
 bool TConsole::Write(std::string_view pText) {
   ClearProgress();
-  // In one piece: a line is never torn by another process that writes to the same pipe.
+  // Written in one piece, so that another process on the same pipe cannot tear the line.
   std::string line;
   line.reserve(pText.size() + 2);
   line.append(pText).append("\r\n");
@@ -61,7 +61,7 @@ void TConsole::WriteError(std::string_view pMessage, uint32_t pCode, std::string
   WriteError(fmt::format("{}. {}: \"{}\"  (Error Code {})", pMessage, pOperation, pObject, pCode));
 }
 
-// Blanks rather than an erase sequence, which a plain console would show.
+// Overwrites with blanks, since a plain console would show an erase sequence as text.
 void TConsole::WriteProgress(std::string_view pText) {
   if (IsErrorRedirected()) return;
   const int columns = ConsoleStream::Width(TStream::csError);

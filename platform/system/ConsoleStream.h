@@ -1,18 +1,18 @@
 #pragma once
 
-// What each system does for the console.
+// The part of TConsole that each system implements.
 
 #include <string_view>
 
-// What each system does for TConsole. Nobody else includes this.
+// The part of TConsole that each system implements. Only TConsole includes this.
 namespace Vantrel::ConsoleStream {
 
 enum class TStream { csOutput, csError };
 
-// Writes UTF-8 as it stands. False when the reader is gone or the disk is full.
+// Writes UTF-8 unchanged. False when the reader is gone or the disk is full.
 bool Write(TStream pStream, std::string_view pText);
 bool IsConsole(TStream pStream);
-// Columns; 0 when it is no console or does not tell.
+// The width in columns. 0 when the stream is no console or its width is unknown.
 int Width(TStream pStream);
 // Whether the console on the stream understands colour sequences.
 bool ShowsColours(TStream pStream);

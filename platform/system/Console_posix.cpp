@@ -22,7 +22,7 @@ int DescriptorOf(ConsoleStream::TStream pStream) {
   return pStream == ConsoleStream::TStream::csOutput ? STDOUT_FILENO : STDERR_FILENO;
 }
 
-// A closed pipe is to be an error of write(), not the end of the process. A handler that somebody set is kept.
+// Makes a closed pipe an error of write() instead of the end of the process. A handler that is already set is kept.
 void IgnoreClosedPipes() {
   static const bool done = [] {
     struct sigaction action {};
@@ -52,7 +52,7 @@ bool Write(TStream pStream, std::string_view pText) {
     const ssize_t written = write(descriptor, pText.data(), pText.size());
     if (written > 0) {
       pText.remove_prefix(static_cast<size_t>(written));
-    } else if (written < 0 && errno == EAGAIN) {  // somebody made the terminal non-blocking; it is shared with them
+    } else if (written < 0 && errno == EAGAIN) {  // another process made the shared terminal non-blocking
       pollfd wait{descriptor, POLLOUT, 0};
       poll(&wait, 1, -1);
     } else if (written == 0 || errno != EINTR) {
@@ -96,7 +96,7 @@ void TConsole::SetCancelHandler(void (*pHandler)()) {
   gCancelHandler = pHandler;
   for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction current {};
-    // What the starter of the process ignores (nohup, a shell's background job) stays ignored.
+    // A signal that the parent process ignores (nohup, a shell's background job) stays ignored.
     if (sigaction(signal, nullptr, &current) != 0 || current.sa_handler == SIG_IGN) continue;
     struct sigaction action {};
     action.sa_handler = pHandler != nullptr ? OnSignal : SIG_DFL;

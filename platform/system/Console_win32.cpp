@@ -14,12 +14,12 @@ namespace {
 std::atomic<void (*)()> gCancelHandler{nullptr};
 std::atomic<bool> gOutputClosed{false};
 
-// Asked each time: a program may replace its own streams.
+// Asks each time, since a program may replace its own streams.
 HANDLE HandleOf(ConsoleStream::TStream pStream) {
   return GetStdHandle(pStream == ConsoleStream::TStream::csOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
 }
 
-// Unlike the byte interface, this does not depend on the console's code page.
+// Writes UTF-16. Unlike the byte interface, this does not depend on the console's code page.
 bool WriteToConsole(HANDLE pConsole, std::u16string_view pText) {
   constexpr size_t kMost = 8192;  // older consoles refuse more than 64 KiB at a time
   while (!pText.empty()) {
@@ -33,7 +33,7 @@ bool WriteToConsole(HANDLE pConsole, std::u16string_view pText) {
   return true;
 }
 
-// Runs on a thread that the system starts for it. The first event asks the program to stop, the next one ends it.
+// Runs on a thread that the system starts. The first event asks the program to stop, the next one ends it.
 BOOL WINAPI OnControlEvent(DWORD) {
   auto* handler = gCancelHandler.exchange(nullptr);
   if (handler == nullptr) return FALSE;
@@ -80,8 +80,7 @@ bool ShowsColours(TStream pStream) {
 
 }  // namespace ConsoleStream
 
-// The byte interface: text for a console would have to be converted first. Plain letters are the same in every code
-// page.
+// Uses the byte interface, since converting text needs memory. ASCII is the same in every code page.
 void TConsole::WriteLastWords(std::string_view pText) noexcept {
   DWORD written = 0;
   WriteFile(GetStdHandle(STD_ERROR_HANDLE), pText.data(), static_cast<DWORD>(pText.size()), &written, nullptr);
@@ -97,7 +96,7 @@ bool TConsole::IsReaderGone(uint32_t pCode) {
 
 void TConsole::SetCancelHandler(void (*pHandler)()) {
   gCancelHandler = pHandler;
-  SetConsoleCtrlHandler(OnControlEvent, FALSE);  // it may be set already; once is enough
+  SetConsoleCtrlHandler(OnControlEvent, FALSE);  // removes a handler set before, so that it is set only once
   if (pHandler != nullptr) SetConsoleCtrlHandler(OnControlEvent, TRUE);
 }
 

@@ -1,21 +1,21 @@
 #pragma once
 
-// Lines about the program's decisions, for whoever listens.
+// The debug log: lines about the program's decisions, for a sink.
 
 #include <functional>
 #include <string_view>
 
 namespace Vantrel {
 
-// Lines for whoever looks into how the program decided something. Nobody listens by default, and then a line costs one
-// read of a flag: callers that build a long text ask IsDebugLogActive first.
+// Receives lines about how the program decided. There is no sink by default, and a line then costs one read of a flag.
+// Callers that build a long text call IsDebugLogActive first.
 using TDebugLogSink = std::function<void(std::u16string_view pLine)>;
 
 bool IsDebugLogActive() noexcept;
-// Hands one line, without a line break, to the sink. Any thread; the sink is called by one thread at a time and must
-// not log itself.
+// Hands one line, without a line break, to the sink. Any thread. Only one thread at a time calls the sink. The sink
+// must not log itself.
 void LogDebug(std::u16string_view pLine);
-// Replaces the sink, an empty one silences the log. Once it returns, the former sink is not called any more.
+// Replaces the sink. An empty one turns the log off. After the return the former sink is not called any more.
 void SetDebugLogSink(TDebugLogSink pSink);
 
 }  // namespace Vantrel

@@ -11,7 +11,7 @@ std::optional<std::u16string> EnvironmentVariable(std::u16string_view pName) {
   return FromNativeBytes(value);
 }
 
-// An unknown name keeps both of its percent signs to itself, as on Windows: in "100% of %HOME%" the name is " of ".
+// An unknown name uses up both of its percent signs, as on Windows: in "100% of %HOME%" the name is " of ".
 std::u16string ExpandEnvironment(std::u16string_view pText) {
   std::u16string result;
   for (;;) {

@@ -8,7 +8,7 @@ std::u16string ExpandEnvironment(std::u16string_view pText) {
   std::u16string result(text.size() + 1, u'\0');
   for (;;) {
     const auto room = static_cast<DWORD>(result.size());
-    // The end's zero counts. 0 is a refusal, of a text that is too long for the system.
+    // The length counts the terminating zero. 0 means that the text is too long for the system.
     const DWORD needed = ExpandEnvironmentStringsW(Win32::Wide(text), reinterpret_cast<wchar_t*>(result.data()), room);
     if (needed == 0) return text;
     result.resize(needed <= room ? needed - 1 : needed);
@@ -22,7 +22,7 @@ std::optional<std::u16string> EnvironmentVariable(std::u16string_view pName) {
   for (;;) {
     const auto room = static_cast<DWORD>(value.size());
     SetLastError(ERROR_SUCCESS);
-    // The end's zero counts in the room that is asked for, but not in what was written. 0 is also an empty value.
+    // The needed length counts the terminating zero, the written length does not. 0 may also mean an empty value.
     const DWORD length = GetEnvironmentVariableW(Win32::Wide(name), reinterpret_cast<wchar_t*>(value.data()), room);
     if (length == 0 && GetLastError() != ERROR_SUCCESS) return std::nullopt;
     value.resize(length);

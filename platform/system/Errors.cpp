@@ -29,7 +29,7 @@ std::string OSErrorText(uint32_t pCode) {
 
 namespace {
 
-// A log that cannot be written for lack of memory must not bring down what it tells of.
+// If the log has no memory for the line, the line is lost. The failure it reports is still handled.
 void LogCaughtException(std::string_view pPlace, const char* pText) noexcept {
   try {
     LogDebug(FromUtf8(fmt::format("{}: {}", pPlace, pText)));

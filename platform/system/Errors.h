@@ -1,6 +1,6 @@
 #pragma once
 
-// The exceptions; error codes of the system as kinds and texts.
+// The program's exceptions, and the kinds and texts of error codes.
 
 #include <cstdint>
 #include <stdexcept>
@@ -36,12 +36,12 @@ class EUnknownEnumException : public EException {
   using EException::EException;
 };
 
-// What kind of failure an operating-system code stands for, the same on every platform.
+// The kind of failure that a system's error code means, the same on every platform.
 enum class TErrorKind : uint8_t { ekNone, ekAccessDenied, ekNotFound, ekOther };
 
 TErrorKind ClassifyOSError(uint32_t pCode);
 
-// Codes of the program's own; no system's codes have bit 29 set.
+// The program's own codes. No system's codes have bit 29 set.
 constexpr uint32_t kErrorPseudoFileSystem = 0x2000'0001;  // the path leads into a pseudo file system of the kernel
 constexpr uint32_t kErrorFileTooLarge = 0x2000'0002;      // larger than what is read as a whole
 constexpr uint32_t kErrorNoMemory = 0x2000'0003;
@@ -50,7 +50,7 @@ constexpr uint32_t kErrorUnexpected = 0x2000'0005;  // an exception without a co
 
 // The text for a code, UTF-8, without a trailing full stop or line break ("Permission denied").
 std::string OSErrorText(uint32_t pCode);
-// The same for the system's own codes only.
+// The same, but for the system's own codes only.
 std::string SystemErrorText(uint32_t pCode);
 
 // A failed call to the operating system: which operation, on which object, and the system's code (errno or Win32).
@@ -67,8 +67,8 @@ class EOSError : public EException {
   std::u16string fObject;
 };
 
-// In an exception handler: the code that stands for the exception. The text of one that has no code goes to the debug
-// log, behind the name of the place that caught it.
+// To be called in an exception handler: the code that stands for the exception. If the exception has no code, its text
+// goes to the debug log, after pPlace, the name of the place that caught it.
 uint32_t CodeOfCaughtException(std::string_view pPlace) noexcept;
 
 }  // namespace Vantrel

@@ -14,7 +14,7 @@ namespace {
 constexpr std::chrono::sys_days kFirstDay = std::chrono::year(1601) / std::chrono::January / 1;
 constexpr int kDecimals = 7;
 
-// Takes so many digits off the front.
+// Removes pDigits digits from the front and gives their number.
 bool TakeNumber(std::string_view& pText, size_t pDigits, int& pNumber) {
   int64_t number = 0;
   if (pText.size() < pDigits || pText.substr(0, pDigits).find_first_not_of("0123456789") != std::string_view::npos ||
@@ -31,7 +31,7 @@ bool TakeOneOf(std::string_view& pText, std::string_view pCharacters) {
   return true;
 }
 
-// Decimals of a second in ticks; what is finer is cut off.
+// Removes the decimals of a second and returns them in ticks. Finer digits are cut off.
 int64_t TakeFraction(std::string_view& pText) {
   int64_t ticks = 0;
   int decimals = 0;
@@ -134,7 +134,7 @@ bool TIsoLocalFormatter::FindOffset(TKivFileTime pTime, int64_t& pSeconds) {
 
 void TIsoLocalFormatter::Append(std::string& pTarget, TKivFileTime pTime) {
   int64_t offset = 0;
-  // Before 1970 offsets have changed back sooner.
+  // Before 1970 some offsets changed and changed back within a week.
   if (pTime.fTicks < TKivFileTime::kUnixEpoch || !FindOffset(pTime, offset)) {
     pTarget += FormatIsoLocal(pTime);
     return;

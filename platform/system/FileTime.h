@@ -1,6 +1,6 @@
 #pragma once
 
-// Points in time, and how they are shown.
+// Points in time: TKivFileTime, its formats and its parser.
 
 #include <array>
 #include <compare>
@@ -32,19 +32,19 @@ struct TKivFileTime {
 // Local date and time in the user's locale: the short date format; the long time format.
 std::string FormatShortDate(TKivFileTime pTime);
 std::string FormatLongTime(TKivFileTime pTime);
-// "2026-11-21 14:03:59" in local time, for tables: sorts as text and has one width. Empty for "no date".
+// "2026-11-21 14:03:59" in local time, for tables. It sorts as text and has a fixed width. Empty for "no date".
 std::string FormatIsoLocal(TKivFileTime pTime);
 // The offset of local time from UTC at that time, in seconds. False where FormatIsoLocal has no text.
 bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds);
-// FormatIsoLocal for millions of times: asking the system for the offset from UTC takes most of the work, so offsets
-// are remembered. One thread.
+// FormatIsoLocal for millions of times. Most of its time goes into asking the system for the offset from UTC, so this
+// class remembers offsets. One thread.
 class TIsoLocalFormatter {
  public:
   void Append(std::string& pTarget, TKivFileTime pTime);
 
  private:
-  // A day whose first and last second have the same offset, so that every second between them has it: no zone has
-  // changed its offset and changed it back within a week. Most zones change theirs on the hour, but not all.
+  // A day whose first and last second have the same offset. All seconds between them have it too: no zone has changed
+  // its offset and changed it back within a week. Most zones change on the hour, but not all.
   struct TDay {
     int32_t fDay = -1;    // since 1601
     int32_t fOffset = 0;  // seconds; kChanging where it changes during the day
@@ -52,13 +52,14 @@ class TIsoLocalFormatter {
   static constexpr int32_t kChanging = INT32_MIN;
   bool FindOffset(TKivFileTime pTime, int64_t& pSeconds);
 
-  std::array<TDay, 4096> fDays;  // by the day's last bits: eleven years
+  std::array<TDay, 4096> fDays;  // indexed by the day's low bits: eleven years
 };
-// "2026-11-21T14:03:59Z" in UTC, for files; with as many decimals of the second as the time has, up to seven. Empty for
-// "no date".
+// "2026-11-21T14:03:59Z" in UTC, for files. The second has as many decimals as needed, up to seven. Empty for "no
+// date".
 std::string FormatIsoUtc(TKivFileTime pTime);
-// Reads that form, also with an offset ("+01:00") or without any, which counts as UTC; with a blank for the "T";
-// without dashes or colons ("20261121T140359Z"); without a time, which counts as midnight. False for anything else.
+// Reads the format of FormatIsoUtc. An offset ("+01:00") is accepted; without one the time is UTC. A blank may replace
+// the "T". Dashes and colons may be missing ("20261121T140359Z"). A missing time means midnight. False for anything
+// else.
 bool TryParseIso(std::string_view pText, TKivFileTime& pTime);
 // Today's local date: "2026-11-21".
 std::u16string CurrentDateText();

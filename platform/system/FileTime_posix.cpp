@@ -10,7 +10,7 @@ namespace {
 
 bool ToLocal(TKivFileTime pTime, tm& pLocal) {
   if (!pTime.IsSet()) return false;
-  // Whole seconds rounded down, before 1970 as well: the ticks since 1601 are never negative.
+  // Rounds down to whole seconds, before 1970 as well, since ticks since 1601 are never negative.
   const time_t seconds =
       pTime.fTicks / TKivFileTime::kTicksPerSecond - TKivFileTime::kUnixEpoch / TKivFileTime::kTicksPerSecond;
   return localtime_r(&seconds, &pLocal) != nullptr;

@@ -8,7 +8,7 @@ namespace Vantrel {
 
 namespace {
 
-// The daylight-saving rule of the date itself, not today's, decides the hour.
+// The daylight-saving rule of the date itself decides the hour, not today's.
 bool ToLocal(TKivFileTime pTime, SYSTEMTIME& pLocal) {
   if (!pTime.IsSet()) return false;
   const FILETIME time{static_cast<DWORD>(pTime.fTicks), static_cast<DWORD>(pTime.fTicks >> 32)};
@@ -57,7 +57,7 @@ bool LocalOffset(TKivFileTime pTime, int64_t& pSeconds) {
   FILETIME ticks{};
   if (!ToLocal(pTime, local) || !SystemTimeToFileTime(&local, &ticks)) return false;
   const int64_t localTicks = int64_t(ticks.dwHighDateTime) << 32 | ticks.dwLowDateTime;
-  // What is lost of a second on the way is no part of the offset.
+  // The conversion drops fractions of a second. They do not belong to the offset.
   pSeconds = localTicks / TKivFileTime::kTicksPerSecond - pTime.fTicks / TKivFileTime::kTicksPerSecond;
   return true;
 }

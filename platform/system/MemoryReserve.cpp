@@ -13,8 +13,8 @@ namespace Vantrel {
 
 namespace {
 
-// Pieces below the size that the C library maps for itself: given back, one of them serves many small requests at once,
-// whatever the limit on address space says. Pieces that lie side by side become one again for a large request.
+// Pieces are smaller than the size that the C library maps separately. A freed piece then serves many small requests,
+// even under a limit on address space. Adjacent free pieces merge for a large request.
 constexpr size_t kPieceBytes = 64 * 1024;
 constexpr size_t kPieces = 16;
 

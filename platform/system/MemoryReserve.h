@@ -1,23 +1,23 @@
 #pragma once
 
-// A reserve of memory, for work that must not stop half way.
+// A reserve of memory for work that must not stop half way.
 
 namespace Vantrel {
 
-// Memory put aside while at least one of these lives. A scan holds one: a job that finds no memory ends one folder's
-// listing, but what was listed must reach the folder and all its ancestors, or none of them, and the error list. That
-// part of the work draws on the reserve.
+// Memory put aside while at least one TMemoryReserve lives. A scan holds one. A job that finds no memory ends one
+// folder's listing. What it listed must reach the folder and all its ancestors, or none of them, and the error list.
+// That part of the work uses the reserve.
 class TMemoryReserve {
  public:
-  TMemoryReserve() noexcept;  // puts aside what can be had
+  TMemoryReserve() noexcept;  // puts aside as much as is available
   ~TMemoryReserve();
   TMemoryReserve(const TMemoryReserve&) = delete;
   TMemoryReserve& operator=(const TMemoryReserve&) = delete;
 };
 
-// While one of these lives, the calling thread's allocations may draw on the reserve. Without one, or once the reserve
-// is used up, an allocation that finds no memory throws std::bad_alloc as usual. At its end the reserve is filled up
-// again as far as there is memory.
+// While a TReserveUse lives, the calling thread's allocations may use the reserve. Without one, or with the reserve
+// used up, a failed allocation throws std::bad_alloc as usual. The destructor refills the reserve as far as memory
+// allows.
 class TReserveUse {
  public:
   TReserveUse() noexcept;
@@ -26,8 +26,8 @@ class TReserveUse {
   TReserveUse& operator=(const TReserveUse&) = delete;
 };
 
-// For memory that does not come from operator new: gives way as operator new does before it tries again, so it returns
-// when there may be memory now and throws std::bad_alloc when there is none.
+// For memory that does not come from operator new. Frees a piece of the reserve as operator new does before it tries
+// again. Returns when there may be memory now, and throws std::bad_alloc when there is none.
 void MakeRoomOrThrow();
 
 }  // namespace Vantrel

@@ -6,7 +6,7 @@
 #include "platform/system/Win32_win32.h"
 #include "platform/text/Text.h"
 
-// After windows.h, which they lean on.
+// Must follow windows.h, which they need.
 #include <aclapi.h>
 #include <sddl.h>
 

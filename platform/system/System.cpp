@@ -11,7 +11,7 @@ std::optional<int> TCpuUsageMeter::Percent() {
   const int64_t now = TickCount64();
   if (now - fWindowStart < kWindowMilliseconds) return fPercent;
   const TTimes times = ReadSystemTimes();
-  // The system counts in steps of its own; a window in which none fell is made longer.
+  // The system's counters advance in steps. A window without a step is extended.
   if (times.fTotal <= fAtWindowStart.fTotal) return fPercent;
   const uint64_t total = times.fTotal - fAtWindowStart.fTotal;
   // A processor's waiting time may be corrected backwards, so the busy share is clamped.

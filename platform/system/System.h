@@ -1,6 +1,6 @@
 #pragma once
 
-// Ticks, processors, processor usage, thread names and priorities, COM.
+// Ticks, processors, processor usage, thread names and priorities, and COM.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,19 +11,19 @@
 
 namespace Vantrel {
 
-// Milliseconds since some fixed moment, never going back. Cheap enough to be asked once per folder.
+// Milliseconds since some fixed moment. The value never goes back. A call is cheap enough for once per folder.
 int64_t TickCount64();
 
 // Logical processors that this process may run on, at least 1.
 int ProcessorCount();
 
-// Measures how busy the whole machine is, all processes together: the share of processor time used between two looks.
-// One meter may be asked by many threads.
+// Measures how busy the whole machine is with all its processes: the share of processor time used between two readings.
+// Many threads may ask one meter.
 class TCpuUsageMeter {
  public:
   TCpuUsageMeter();
-  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds; no value until the first one is
-  // over.
+  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds. No value until the first window
+  // is over.
   std::optional<int> Percent();
 
  private:
@@ -40,14 +40,14 @@ class TCpuUsageMeter {
   std::optional<int> fPercent GUARDED_BY(fLock);
 };
 
-// Priority of the calling thread, seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6
-// time-critical. Steps that the system does not grant are left as they are, without an error.
+// Sets the calling thread's priority, in seven steps: 0 idle, 1 lowest, 2 lower, 3 normal, 4 higher, 5 highest, 6
+// time-critical. If the system refuses a step, the priority stays and there is no error.
 void SetCurrentThreadPriority(int pStep);
 
-// A name that debuggers and top show for the calling thread; at most 15 characters are kept.
+// Sets the name that debuggers and top show for the calling thread. At most 15 characters are kept.
 void SetCurrentThreadName(const std::string& pName);
 
-// Initialises COM for the calling thread while it lives; does nothing where there is no COM.
+// Initialises COM for the calling thread during its lifetime. Does nothing on systems without COM.
 class TComInitializer {
  public:
   explicit TComInitializer(bool pWanted);

@@ -20,7 +20,7 @@ int64_t TickCount64() {
 
 int ProcessorCount() {
   cpu_set_t processors;
-  // Fails on machines with more processors than the set holds; then all of them are counted.
+  // Fails on machines with more processors than the set holds. Then all processors are counted.
   if (sched_getaffinity(0, sizeof processors, &processors) == 0) return std::max(1, CPU_COUNT(&processors));
   return static_cast<int>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
 }
@@ -45,8 +45,8 @@ TCpuUsageMeter::TTimes TCpuUsageMeter::ReadSystemTimes() {
   return result;
 }
 
-// Linux keeps a nice value per thread, though POSIX knows it per process only. The steps count from the value that the
-// process was started with, so that a program started under nice stays nice.
+// Linux keeps a nice value per thread, though POSIX defines it per process. The steps count from the process's start
+// value, so a program started under nice stays nice.
 void SetCurrentThreadPriority(int pStep) {
   static const int base = getpriority(PRIO_PROCESS, static_cast<id_t>(getpid()));
   static constexpr int kNice[] = {19, 10, 5, 0, -5, -10, -15};
@@ -54,7 +54,7 @@ void SetCurrentThreadPriority(int pStep) {
 }
 
 void SetCurrentThreadName(const std::string& pName) {
-  pthread_setname_np(pthread_self(), pName.substr(0, 15).c_str());  // a longer one would be refused
+  pthread_setname_np(pthread_self(), pName.substr(0, 15).c_str());  // a longer name would be refused
 }
 
 TComInitializer::TComInitializer(bool) : fInitialized(false) {}

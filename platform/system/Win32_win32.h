@@ -1,8 +1,8 @@
 #pragma once
 
-// Windows' types beside the program's; extended paths.
+// Windows' own types, the conversions to them, and extended paths.
 
-// For the _win32 sources only: Windows' own types beside the program's.
+// Only the _win32 sources include this.
 
 #include <windows.h>
 
@@ -26,8 +26,8 @@ inline std::u16string_view Narrow(std::wstring_view pText) {
   return Narrow(pText.data(), pText.size());
 }
 
-// A path in the form that the system takes at any length: "\\?\" in front and its parts resolved. Relative paths, and
-// paths that have such a prefix, stay as they are.
+// The extended form of a path, which the system accepts at any length: "\\?\" in front and its parts resolved. Relative
+// paths, and paths that already have such a prefix, stay unchanged.
 std::u16string ExtendedPath(std::u16string_view pPath);
 // The usual form of an extended path.
 std::u16string WithoutExtendedPrefix(std::u16string_view pPath);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Numbers appended to text.
+// Appends numbers to text.
 
 #include <charconv>
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace Vantrel {
 
-// Bare decimal digits, with a minus where it is needed. For rows that are written by the million.
+// Appends plain decimal digits, with a minus if negative. For rows that are written by the million.
 inline void AppendInteger(std::string& pTarget, int64_t pValue) {
   char digits[20];
   pTarget.append(digits, std::to_chars(digits, std::end(digits), pValue).ptr);

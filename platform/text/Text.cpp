@@ -16,7 +16,7 @@ namespace {
 // Long enough for every Linux file name, so that a name is appended in one piece.
 constexpr size_t kChunk = 256;
 
-// Widens eight characters; false, with the target undefined, when one of them is not ASCII.
+// Widens eight characters. False, with the target undefined, when one of them is not ASCII.
 bool WidenEightAscii(const char* pSource, char16_t* pTarget) {
   uint64_t word;
   std::memcpy(&word, pSource, sizeof(word));
@@ -25,13 +25,13 @@ bool WidenEightAscii(const char* pSource, char16_t* pTarget) {
   return true;
 }
 
-// Widens ASCII from the start of the text, a machine word at a time, and stops at the first other byte or after kChunk.
+// Widens ASCII from the start of the text, a machine word at a time. Stops at the first other byte or after kChunk.
 size_t WidenAscii(std::string_view pBytes, char16_t* pTarget) {
   const size_t length = std::min(pBytes.size(), kChunk);
   const char* source = pBytes.data();
   size_t at = 0;
   while (at + 8 <= length && WidenEightAscii(source + at, pTarget + at)) at += 8;
-  // What is left of an ASCII name goes in one more word, part of which is there already.
+  // The rest of an ASCII name is widened in one more word, which overlaps the word before it.
   if (at < length && at + 8 > length && length >= 8 && WidenEightAscii(source + length - 8, pTarget + length - 8))
     return length;
   for (; at < length && static_cast<unsigned char>(source[at]) < 0x80; ++at)
@@ -39,7 +39,7 @@ size_t WidenAscii(std::string_view pBytes, char16_t* pTarget) {
   return at;
 }
 
-// pUndecodable gives the unit that stands for a byte that is no part of a UTF-8 sequence.
+// pUndecodable returns the unit for a byte that is no part of a UTF-8 sequence.
 template <class TUndecodable>
 void AppendDecoded(std::u16string& pTarget, std::string_view pBytes, TUndecodable pUndecodable) {
   char16_t buffer[kChunk];
@@ -79,7 +79,7 @@ void AppendUtf8(std::string& pTarget, char32_t pCode) {
   pTarget += static_cast<char>(0x80 | (pCode & 0x3F));
 }
 
-// Calls pUse with each code point; a surrogate that has no partner comes as it is.
+// Calls pUse with each code point. A lone surrogate is passed as it is.
 template <class TUse>
 void ForEachCodePoint(std::u16string_view pText, TUse pUse) {
   for (size_t at = 0; at < pText.size(); ++at) {
@@ -99,7 +99,7 @@ bool IsUndecodedByte(char32_t pCode) {
   return pCode >= 0xDC80 && pCode <= 0xDCFF;
 }
 
-// False, and nothing appended, when there is more than ASCII in the text.
+// False, with nothing appended, when the text holds anything but ASCII.
 bool AppendAscii(std::string& pTarget, std::u16string_view pText) {
   char16_t all = 0;
   for (const char16_t unit : pText) all |= unit;
@@ -108,7 +108,7 @@ bool AppendAscii(std::string& pTarget, std::u16string_view pText) {
   return true;
 }
 
-// Bidirectional controls can make a name read as another one, so they are shown like control characters.
+// Bidirectional controls can make a name look like another one, so they are shown as escapes like control characters.
 bool IsBidirectionalControl(char32_t pCode) {
   return pCode == 0x061C || pCode == 0x200E || pCode == 0x200F || (pCode >= 0x202A && pCode <= 0x202E) ||
          (pCode >= 0x2066 && pCode <= 0x2069);
@@ -156,7 +156,7 @@ TDecoded DecodeUtf8(std::string_view pBytes) {
     if ((next & 0xC0) != 0x80) return {};
     code = (code << 6) | (next & 0x3F);
   }
-  // Overlong two-byte forms are gone with the leads C0 and C1; what is left are the longer ones.
+  // The leads C0 and C1 already excluded overlong two-byte forms. These tests exclude the longer ones.
   if (length == 3 && (code < 0x800 || IsSurrogate(code))) return {};
   if (length == 4 && (code < 0x10000 || code > 0x10FFFF)) return {};
   return {code, length};

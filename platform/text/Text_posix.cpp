@@ -13,7 +13,7 @@ namespace Vantrel {
 
 namespace {
 
-// Turkish and Azeri give "I" a lower case of their own; every other language maps ASCII to ASCII.
+// Turkish and Azeri map "I" to a lower case letter of their own. All other languages map ASCII to ASCII.
 bool LanguageKeepsAscii() {
   static const bool keeps = [] {
     char language[ULOC_LANG_CAPACITY] = "";
@@ -24,7 +24,7 @@ bool LanguageKeepsAscii() {
   return keeps;
 }
 
-// Windows' table holds only pairs that lead back: the micro sign does not become a Greek letter.
+// Windows' table holds only pairs that map back, so the micro sign does not become a Greek letter.
 char16_t LookUpUpcase(char16_t pChar) {
   const auto lower = static_cast<UChar32>(pChar);
   const UChar32 upper = u_toupper(lower);
@@ -39,7 +39,7 @@ std::u16string ToLowerLinguistic(std::u16string_view pText) {
     std::transform(pText.begin(), pText.end(), result.begin(), FoldAscii);
     return result;
   }
-  // A letter may grow to three units; a second call serves the rare text that outgrows its own length.
+  // A letter may grow to three units. A second call handles the rare text that outgrows its own length.
   for (;;) {
     UErrorCode error = U_ZERO_ERROR;
     int32_t length = u_strToLower(result.data(), static_cast<int32_t>(result.size()), pText.data(),
@@ -55,7 +55,7 @@ int CodePointWidth(char32_t pCode) {
   if (pCode < 0x300) return 1;
   const auto code = static_cast<UChar32>(pCode);
   const int type = u_charType(code);
-  // The Hangul vowels and final consonants U+1160..U+11FF are drawn into the syllable before them.
+  // Terminals draw the Hangul vowels and final consonants U+1160..U+11FF into the preceding syllable.
   if (type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK || type == U_FORMAT_CHAR ||
       (pCode >= 0x1160 && pCode <= 0x11FF))
     return 0;
@@ -64,7 +64,7 @@ int CodePointWidth(char32_t pCode) {
 }
 
 char16_t UpcaseUnitBeyondAscii(char16_t pChar) {
-  // Latin, Greek, Cyrillic and Armenian letters; what lies above is rare, or has no case at all.
+  // Covers Latin, Greek, Cyrillic and Armenian letters. Higher characters are rare or have no case.
   static const auto table = [] {
     std::array<char16_t, 0x600> result{};
     for (size_t unit = 0; unit < result.size(); ++unit) result[unit] = LookUpUpcase(static_cast<char16_t>(unit));

@@ -13,7 +13,7 @@ using namespace Win32;
 
 namespace {
 
-// "I" is the one ASCII letter that a language treats in its own way.
+// "I" is the only ASCII letter for which some languages have their own rule.
 bool LanguageKeepsAscii() {
   static const bool keeps = [] {
     wchar_t lower = 0;
@@ -29,7 +29,7 @@ struct TRange {
   char16_t fLast;
 };
 
-// East Asian wide and fullwidth blocks of the basic plane; single wide symbols outside of them count as narrow.
+// East Asian wide and fullwidth blocks of the basic plane. Single wide symbols outside these blocks count as narrow.
 constexpr TRange kWide[] = {{0x1100, 0x115F}, {0x2E80, 0x303E}, {0x3041, 0x33FF}, {0x3400, 0x4DBF},
                             {0x4E00, 0xA4CF}, {0xA960, 0xA97F}, {0xAC00, 0xD7A3}, {0xF900, 0xFAFF},
                             {0xFE30, 0xFE6F}, {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}};
@@ -52,7 +52,7 @@ std::u16string ToLowerLinguistic(std::u16string_view pText) {
     std::transform(pText.begin(), pText.end(), result.begin(), FoldAscii);
     return result;
   }
-  const int length = static_cast<int>(pText.size());  // the mapping is one unit to one unit
+  const int length = static_cast<int>(pText.size());  // the mapping never changes the number of units
   LCMapStringEx(LOCALE_NAME_USER_DEFAULT, LCMAP_LOWERCASE | LCMAP_LINGUISTIC_CASING, Wide(pText.data()), length,
                 reinterpret_cast<wchar_t*>(result.data()), length, nullptr, nullptr, 0);
   return result;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Single characters: decoding, width, upper case as file systems compare.
+// Single characters: decoding, width, and upper case as file systems compare names.
 
 #include <cstdint>
 #include <string>
@@ -8,18 +8,18 @@
 
 namespace Vantrel {
 
-// Single characters, for those who walk a text one by one. Text.h serves everyone else.
+// Functions on single characters, for code that walks a text. Text.h has the functions on whole texts.
 
 struct TDecoded {
   char32_t fCode = 0;
-  uint32_t fLength = 0;  // in bytes; 0 when the first byte begins no well-formed sequence
+  uint32_t fLength = 0;  // in bytes; 0 when the text does not begin with a well-formed sequence
 };
 
-// The first character of UTF-8 text that is not empty. Overlong forms, surrogates and codes above U+10FFFF do not
-// decode.
+// Decodes the first character of UTF-8 text, which must not be empty. Overlong forms, surrogates and codes above
+// U+10FFFF do not decode.
 TDecoded DecodeUtf8(std::string_view pBytes);
 
-// The character in one or two units; the code is at most U+10FFFF.
+// Appends the character as one or two units. The code is at most U+10FFFF.
 inline void AppendCodePoint(std::u16string& pTarget, char32_t pCode) {
   if (pCode >= 0x10000) {
     pTarget += static_cast<char16_t>(0xD7C0 + (pCode >> 10));
@@ -29,7 +29,7 @@ inline void AppendCodePoint(std::u16string& pTarget, char32_t pCode) {
   }
 }
 
-// The two halves of a character beyond U+FFFF. Alone, neither is a character.
+// A character above U+FFFF is a lead and a trail surrogate. Neither is a character alone.
 constexpr bool IsLeadSurrogate(char16_t pUnit) {
   return (pUnit & 0xFC00) == 0xD800;
 }
@@ -40,11 +40,11 @@ constexpr bool IsTrailSurrogate(char16_t pUnit) {
 // Terminal columns: 0, 1 or 2.
 int CodePointWidth(char32_t pCode);
 
-// Serves UpcaseUnit.
+// Used by UpcaseUnit.
 char16_t UpcaseUnitBeyondAscii(char16_t pChar);
 
-// Upper case of one UTF-16 unit as Windows' file systems compare names: one unit to one unit, whatever the language.
-// Runs for every unit of every name that meets a pattern, so that ASCII is inline.
+// Upper case of one UTF-16 unit as Windows' file systems compare names: one unit becomes one unit, whatever the
+// language. Runs for every unit of every name compared with a pattern, so the ASCII case is inline.
 inline char16_t UpcaseUnit(char16_t pChar) {
   if (pChar < 0x80) return pChar >= u'a' && pChar <= u'z' ? static_cast<char16_t>(pChar - (u'a' - u'A')) : pChar;
   return UpcaseUnitBeyondAscii(pChar);

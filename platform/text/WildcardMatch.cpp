@@ -17,7 +17,7 @@ bool SameUnit(char16_t pA, char16_t pB) {
 
 using TSame = bool (*)(char16_t, char16_t);
 
-// Where, from pFrom on, the part of the mask that follows a star could begin; the name's size when nowhere.
+// The first position from pFrom on at which the mask's part after a star may begin. The name's size when there is none.
 template <TSame kSame>
 size_t NextBegin(std::u16string_view pName, size_t pFrom, char16_t pFirstOfPart) {
   if (pFirstOfPart == u'?') return pFrom;
@@ -25,8 +25,8 @@ size_t NextBegin(std::u16string_view pName, size_t pFrom, char16_t pFirstOfPart)
   return pFrom;
 }
 
-// The last "*" may take any run, those before it need no second try: each has already found the shortest run that fits
-// what stands between it and the next. So the work is at most name times mask.
+// Only the last "*" needs further tries. Each earlier star has already found the shortest run for which the part up to
+// the next star fits. So the work is at most name times mask.
 template <TSame kSame>
 bool MatchesOne(std::u16string_view pName, std::u16string_view pMask) {
   constexpr auto kNoStar = std::u16string_view::npos;

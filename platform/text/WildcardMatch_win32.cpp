@@ -10,7 +10,7 @@ namespace Vantrel {
 
 namespace {
 
-// The system wants texts that end with a zero. Called for every name of a scan, so only long texts go to the heap.
+// The system needs texts that end with a zero. This runs for every name of a scan, so only long texts go to the heap.
 class TZeroEnded {
  public:
   explicit TZeroEnded(std::u16string_view pText) {

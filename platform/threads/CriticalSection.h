@@ -1,6 +1,6 @@
 #pragma once
 
-// A mutex that the thread-safety analysis knows.
+// A mutex with annotations for the thread-safety analysis.
 
 #include <chrono>
 #include <condition_variable>
@@ -11,11 +11,11 @@
 
 namespace Vantrel {
 
-// A mutex that the thread-safety analysis knows. For the few locks that are not in every node.
+// A mutex with annotations for the thread-safety analysis. For locks that are few; nodes use TSlimReaderWriterLock.
 class CAPABILITY("mutex") TCriticalSection {
  public:
   void Enter() ACQUIRE() { fMutex.lock(); }
-  // False when another thread is inside.
+  // False when another thread holds the mutex.
   bool TryEnter() TRY_ACQUIRE(true) { return fMutex.try_lock(); }
   void Leave() RELEASE() { fMutex.unlock(); }
 
@@ -24,7 +24,7 @@ class CAPABILITY("mutex") TCriticalSection {
   std::mutex fMutex;
 };
 
-// Holds a critical section for a scope, and can wait on a condition while it does.
+// Holds a critical section for a scope, and can wait for a condition meanwhile.
 class SCOPED_CAPABILITY TCriticalSectionLock {
  public:
   explicit TCriticalSectionLock(TCriticalSection& pSection) ACQUIRE(pSection) : fLock(pSection.fMutex) {}
@@ -32,7 +32,7 @@ class SCOPED_CAPABILITY TCriticalSectionLock {
   TCriticalSectionLock(const TCriticalSectionLock&) = delete;
   TCriticalSectionLock& operator=(const TCriticalSectionLock&) = delete;
 
-  // Waits for a notification; may also return without one, so the caller tests its condition in a loop.
+  // Waits for a notification. It may return without one, so the caller tests its condition in a loop.
   void Wait(std::condition_variable& pCondition) { pCondition.wait(fLock); }
   // The same with an upper bound in milliseconds. Returns false when the time ran out.
   bool WaitFor(std::condition_variable& pCondition, int64_t pMilliseconds) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Reference counting.
+// Reference counting: IInterface, TInterfaced and TRef.
 
 #include <atomic>
 #include <boost/smart_ptr/intrusive_ptr.hpp>
@@ -9,8 +9,8 @@
 
 namespace Vantrel {
 
-// Base of all reference-counted interfaces. An object starts with no reference; the first intrusive_ptr takes the
-// first. AddRef and Release may be called from any thread.
+// Base of all reference-counted interfaces. A new object has no reference; the first intrusive_ptr adds one. AddRef and
+// Release may be called from any thread.
 class IInterface {
  public:
   virtual void AddRef() const noexcept = 0;
@@ -48,14 +48,14 @@ class TInterfaced : public TInterface {
 
  protected:
   TInterfaced() = default;
-  TInterfaced(const TInterfaced&) {}  // a copy is an object of its own, with no reference yet
+  TInterfaced(const TInterfaced&) {}  // a copy is a separate object, with no reference yet
   TInterfaced& operator=(const TInterfaced&) { return *this; }
 
  private:
   mutable std::atomic<int32_t> fReferences{0};
 };
 
-// A new object with its first reference.
+// Creates an object with its first reference.
 template <class T, class... TArgs>
 TRef<T> MakeRef(TArgs&&... pArgs) {
   return TRef<T>(new T(std::forward<TArgs>(pArgs)...));

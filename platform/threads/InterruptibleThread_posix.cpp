@@ -10,7 +10,7 @@ namespace {
 
 thread_local TInterruptibleThread* gCurrent = nullptr;
 
-// A real-time signal that no library of the program uses. Its handler does nothing: that it runs ends the system call.
+// A real-time signal that no library of the program uses. Its handler does nothing; its run is enough to end the call.
 int InterruptingSignal() {
   return SIGRTMIN + 5;
 }

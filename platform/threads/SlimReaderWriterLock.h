@@ -1,6 +1,6 @@
 #pragma once
 
-// The lock in every node.
+// The small reader/writer lock in every node.
 
 #include <atomic>
 #include <cstdint>
@@ -9,9 +9,8 @@
 
 namespace Vantrel {
 
-// A reader/writer lock small enough to sit in every node of a scan tree. Many readers or one writer; not recursive in
-// either mode, not fair. A thread that finds it taken sleeps in the kernel (futex on Linux, the system's slim lock on
-// Windows).
+// A reader/writer lock small enough for every node of a scan tree. It admits many readers or one writer. It is neither
+// recursive nor fair. A thread that finds it taken sleeps in the kernel (futex on Linux, the slim lock on Windows).
 class CAPABILITY("lock") TSlimReaderWriterLock {
  public:
   TSlimReaderWriterLock() = default;
@@ -25,14 +24,14 @@ class CAPABILITY("lock") TSlimReaderWriterLock {
 
  private:
 #if defined(_WIN32)
-  void* fState = nullptr;  // an SRWLOCK, which is one pointer, zero when free
+  void* fState = nullptr;  // an SRWLOCK: one pointer, zero when free
 #else
   void AcquireExclusiveSlow();
   void AcquireSharedSlow();
   void WakeAll();
 
   static constexpr uint32_t kWriter = 0x80000000;   // held exclusively
-  static constexpr uint32_t kWaiters = 0x40000000;  // somebody sleeps; the low 30 bits count the readers
+  static constexpr uint32_t kWaiters = 0x40000000;  // threads are sleeping; the low 30 bits count the readers
   std::atomic<uint32_t> fState{0};
 #endif
 };
@@ -56,13 +55,13 @@ inline void TSlimReaderWriterLock::AcquireShared() {
 }
 
 inline void TSlimReaderWriterLock::ReleaseShared() {
-  // The last reader out wakes those who sleep, and clears their mark: each of them sets it again before sleeping again.
+  // The last reader wakes the sleeping threads and clears their mark. A thread sets it again before it sleeps again.
   uint32_t left = fState.fetch_sub(1, std::memory_order_release) - 1;
   if (left == kWaiters && fState.compare_exchange_strong(left, 0, std::memory_order_relaxed)) WakeAll();
 }
 #endif
 
-// Holds a lock for a scope, as its one writer or as one of its readers.
+// Hold a lock for a scope, as its one writer or as one of its readers.
 class SCOPED_CAPABILITY TExclusiveLock {
  public:
   explicit TExclusiveLock(TSlimReaderWriterLock& pLock) ACQUIRE(pLock) : fLock(pLock) { fLock.AcquireExclusive(); }

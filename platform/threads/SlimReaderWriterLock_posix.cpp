@@ -10,7 +10,7 @@ namespace Vantrel {
 
 namespace {
 
-// The sections under these locks are a few dozen instructions long, so a short spin usually outlives the holder.
+// The sections under these locks take a few dozen instructions, so a short spin usually outlasts the holder.
 constexpr int kSpins = 100;
 
 void CpuRelax() {
@@ -28,7 +28,7 @@ void FutexWait(std::atomic<uint32_t>& pWord, uint32_t pExpected) {
 void TSlimReaderWriterLock::AcquireExclusiveSlow() {
   for (int spin = 0;; ++spin) {
     uint32_t state = fState.load(std::memory_order_relaxed);
-    if ((state & ~kWaiters) == 0) {  // free; the mark of the sleepers stays, or they would sleep for good
+    if ((state & ~kWaiters) == 0) {  // free; the waiters' mark stays, or the sleeping threads would never be woken
       if (fState.compare_exchange_weak(state, state | kWriter, std::memory_order_acquire, std::memory_order_relaxed))
         return;
     } else if (spin < kSpins) {
@@ -43,7 +43,7 @@ void TSlimReaderWriterLock::AcquireExclusiveSlow() {
 void TSlimReaderWriterLock::AcquireSharedSlow() {
   for (int spin = 0;; ++spin) {
     uint32_t state = fState.load(std::memory_order_relaxed);
-    // A sleeping writer holds new readers back, or a stream of readers could keep it out for ever.
+    // A sleeping writer keeps new readers out. Otherwise a stream of readers could block it for ever.
     bool held = (state & kWriter) != 0 || ((state & kWaiters) != 0 && (state & ~kWaiters) != 0);
     if (!held) {
       if (fState.compare_exchange_weak(state, state + 1, std::memory_order_acquire, std::memory_order_relaxed)) return;

@@ -1,9 +1,9 @@
 #pragma once
 
-// The macros of that analysis.
+// The macros of Clang's thread-safety analysis.
 
-// Clang's thread-safety attributes: a member says which lock guards it, a function which lock it wants held, and the
-// clang build checks both. Other compilers see nothing.
+// Clang's thread-safety attributes. They say which lock guards a member and which lock a function needs. The clang
+// build checks both. Other compilers ignore them.
 #if defined(__clang__)
 #define VANTREL_THREAD_ATTRIBUTE(x) __attribute__((x))
 #else
