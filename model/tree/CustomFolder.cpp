@@ -187,7 +187,8 @@ void TCustomFolderData::TellChange(TNodeChanges pChanges) {
 }
 
 void TCustomFolderData::EnterTree() {
-  fChangeMarks.fetch_or(kIsInTree, std::memory_order_relaxed);
+  BeInTree();
+  std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with the one in TChangeQueues::Subscribe
   TellChange(ncAdded);
 }
 

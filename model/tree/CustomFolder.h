@@ -147,6 +147,8 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // its arrival.
   void TellChange(TNodeChanges pChanges = ncChanged);
   void EnterTree();
+  // The first half of EnterTree, for children that are told of later.
+  void BeInTree() { fChangeMarks.fetch_or(kIsInTree, std::memory_order_relaxed); }
 
   // Compares the running totals with a recount of the children. Debug builds only.
   void Test() const;
@@ -191,6 +193,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   template <class TValues>
   static void AddUpwards(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify);
   void AttachFilesNode(TRef<TFileGroupData> pGroup);
+  void TellAddedChildren(size_t pCount);
   void LogFilesNode(bool pComes) const;
   void MoveOwnFilesIntoNode();
 

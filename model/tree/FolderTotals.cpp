@@ -39,7 +39,7 @@ void TCustomFolderData::SetOwnDates(const TEntryValues& pValues) {
 void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
   if (pChildren.empty() || IsGone()) return;
   const auto count = static_cast<int64_t>(pChildren.size());
-  const std::vector<TRef<TCustomFolderData>> children(pChildren);
+  for (const TRef<TCustomFolderData>& child : pChildren) child->BeInTree();
   EnsureStatistics();  // before any thread can reach a child and add its values here
   bool becomesParent;
   {
@@ -62,7 +62,19 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
     }
     node->TellChange();
   }
-  for (const TRef<TCustomFolderData>& child : children) child->EnterTree();
+  TellAddedChildren(static_cast<size_t>(count));
+}
+
+// Tells of the last children of the list. Only this listing adds to it.
+void TCustomFolderData::TellAddedChildren(size_t pCount) {
+  std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with the one in TChangeQueues::Subscribe
+  if (!fRoot->GetChangeQueues().HasSubscribers()) return;
+  std::vector<TRef<TCustomFolderData>> children;
+  {
+    TSharedLock lock(fLock);
+    children.assign(fSubItems->fList.end() - static_cast<ptrdiff_t>(pCount), fSubItems->fList.end());
+  }
+  for (const TRef<TCustomFolderData>& child : children) child->TellChange(ncAdded);
 }
 
 TCustomFolderData::TAncestry TCustomFolderData::Ancestry() {

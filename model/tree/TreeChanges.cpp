@@ -36,6 +36,8 @@ TRef<ITreeSubscription> TChangeQueues::Subscribe(std::function<void()> pOnFirstC
   queue->fRoot = rcTreeReplaced;
   queue->fOnFirstChange = std::move(pOnFirstChange);
   fSubscribed.fetch_or(static_cast<uint8_t>(1u << place), std::memory_order_relaxed);
+  // A worker that does not see the subscription has made its change before the subscriber reads the tree.
+  std::atomic_thread_fence(std::memory_order_seq_cst);
   return subscription;
 }
 
