@@ -21,6 +21,7 @@ class GuideTest(unittest.TestCase):
             (data / "deep/deeper").mkdir(parents=True)
             (data / "deep/deeper/disk.iso").write_bytes(b"x" * 5000)
             (data / "old.tmp").write_bytes(b"y")
+            (data / "node_modules").mkdir()
             # One folder for all, in the order of the guide: the second command of a pair reads what the first one wrote.
             environment = dict(os.environ, XDG_DATA_HOME=folder, XDG_CONFIG_HOME=folder, TZ="UTC")
             for command in commands:
