@@ -215,8 +215,8 @@ class TChangingRoot {
   bool fRemoved = false;
 };
 
-// A sanitizer makes each step twenty times as long.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// A sanitizer makes each step twenty times as long, and Wine ten times.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
 constexpr int kSteps = 300;
 #else
 constexpr int kSteps = 10'000;
