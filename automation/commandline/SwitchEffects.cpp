@@ -25,7 +25,6 @@ using Vantrel::PatternMatching::TPatternType;
 namespace {
 
 constexpr int64_t kSmallFolder = 10 << 20;
-constexpr auto kNone = std::u16string_view::npos;
 
 IPatterns& PatternsOf(TCommandLineState& pState) {
   if (!pState.fPatterns) {

@@ -188,7 +188,6 @@ void TCustomFolderData::TellChange(TNodeChanges pChanges) {
 
 void TCustomFolderData::EnterTree() {
   BeInTree();
-  std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with the one in TChangeQueues::Subscribe
   TellChange(ncAdded);
 }
 

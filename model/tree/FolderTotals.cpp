@@ -65,9 +65,9 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
   TellAddedChildren(static_cast<size_t>(count));
 }
 
-// Tells of the last children of the list. Only this listing adds to it.
+// Tells of the last children of the list. Only this listing adds to it. A subscriber that comes meanwhile reads the
+// list itself: before the children were put there under its lock, and then it is seen here, or after that.
 void TCustomFolderData::TellAddedChildren(size_t pCount) {
-  std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with the one in TChangeQueues::Subscribe
   if (!fRoot->GetChangeQueues().HasSubscribers()) return;
   std::vector<TRef<TCustomFolderData>> children;
   {

@@ -35,9 +35,7 @@ TRef<ITreeSubscription> TChangeQueues::Subscribe(std::function<void()> pOnFirstC
   queue->fTaken = true;
   queue->fRoot = rcTreeReplaced;
   queue->fOnFirstChange = std::move(pOnFirstChange);
-  fSubscribed.fetch_or(static_cast<uint8_t>(1u << place), std::memory_order_relaxed);
-  // A worker that does not see the subscription has made its change before the subscriber reads the tree.
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  fSubscribed.fetch_or(static_cast<uint8_t>(1u << place), std::memory_order_seq_cst);
   return subscription;
 }
 
@@ -68,7 +66,7 @@ void TChangeQueues::Change(const TCall& pCall) {
 void TChangeQueues::Mark(IHierarchicalElement& pNode, TChangeMarks& pMarks, TNodeChanges pChanges) {
   if (!HasSubscribers()) return;
   Change([&](TQueue& pQueue, uint8_t pBit) {
-    const bool isQueued = (pMarks.fetch_or(pBit, std::memory_order_relaxed) & pBit) != 0;
+    const bool isQueued = (pMarks.fetch_or(pBit, std::memory_order_acq_rel) & pBit) != 0;
     if (!isQueued || pChanges != ncChanged) pQueue.Add(pNode, pMarks, pChanges);
   });
 }
@@ -89,9 +87,8 @@ TTreeChanges TChangeQueues::Take(size_t pPlace) {
     entries.swap(queue.fEntries);
     indexOf.swap(queue.fIndexOf);
     for (const TEntry& entry : entries)
-      entry.fMarks->fetch_and(static_cast<uint8_t>(~(1u << pPlace)), std::memory_order_relaxed);
+      entry.fMarks->fetch_and(static_cast<uint8_t>(~(1u << pPlace)), std::memory_order_acq_rel);
   }
-  std::atomic_thread_fence(std::memory_order_seq_cst);  // a worker that saw the mark made its change before this
   changes.fNodes.reserve(entries.size());
   for (TEntry& entry : entries) {
     const bool isGone = (entry.fNode->GetFolderState() & fsDisposed) != 0;
@@ -108,10 +105,10 @@ void TChangeQueues::End(size_t pPlace) {
   TQueue ended;
   TCriticalSectionLock lock(fLock);
   const auto bit = static_cast<uint8_t>(1u << pPlace);
-  fSubscribed.fetch_and(static_cast<uint8_t>(~bit), std::memory_order_relaxed);
+  fSubscribed.fetch_and(static_cast<uint8_t>(~bit), std::memory_order_acq_rel);
   std::swap(ended, fQueues[pPlace]);
   for (const TEntry& entry : ended.fEntries)
-    entry.fMarks->fetch_and(static_cast<uint8_t>(~bit), std::memory_order_relaxed);
+    entry.fMarks->fetch_and(static_cast<uint8_t>(~bit), std::memory_order_acq_rel);
 }
 
 }  // namespace Vantrel

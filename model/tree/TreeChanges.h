@@ -79,11 +79,12 @@ class TChangeQueues : public TInterfaced<IInterface> {
 
   // Whether a change of a node with these marks is news to a subscriber. Workers ask after the change. If the node is
   // already marked, the subscriber has not read it yet.
-  bool IsNews(const TChangeMarks& pMarks) const {
+  bool IsNews(TChangeMarks& pMarks) const {
     const uint8_t subscribed = fSubscribed.load(std::memory_order_relaxed);
     if (subscribed == 0) return false;
-    std::atomic_thread_fence(std::memory_order_seq_cst);  // pairs with the one in Take
-    return (subscribed & ~pMarks.load(std::memory_order_relaxed)) != 0;
+    // Reads the marks by writing them: so this comes either before Take clears them, and Take's subscriber sees the
+    // change, or after it, and the change is queued.
+    return (subscribed & ~pMarks.fetch_or(0, std::memory_order_acq_rel)) != 0;
   }
   bool HasSubscribers() const { return fSubscribed.load(std::memory_order_relaxed) != 0; }
   // Queues a change. pMarks are the node's own.

@@ -64,10 +64,9 @@ std::string Inconsistencies(const TRecount& pTree) {
       expected.fFiles += child.fValues.fFiles;
       expected.fFolders += child.fValues.fFolders + 1;
     }
-    auto hold = [&](const char* pWhat, int64_t pExpected, int64_t pActual) {
+    auto hold = [&text, name = ToUtf8(path)](const char* pWhat, int64_t pExpected, int64_t pActual) {
       if (pExpected != pActual)
-        text +=
-            ToUtf8(path) + ": " + pWhat + " " + std::to_string(pActual) + " for " + std::to_string(pExpected) + "\n";
+        text += name + ": " + pWhat + " " + std::to_string(pActual) + " for " + std::to_string(pExpected) + "\n";
     };
     hold("size", expected.fSize, folder.fValues.fSize);
     hold("files", expected.fFiles, folder.fValues.fFiles);
