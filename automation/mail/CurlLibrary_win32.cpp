@@ -12,7 +12,9 @@ const TCurlLibrary& CurlLibrary() {
 }
 
 void StopReading(curl_socket_t pSocket) {
-  shutdown(pSocket, SD_RECEIVE);
+  // Both ways: Windows does not wake a thread that waits for bytes when reading alone is shut down. So the server sees
+  // the connection end instead of a goodbye.
+  shutdown(pSocket, SD_BOTH);
 }
 
 }  // namespace Vantrel::Mail
