@@ -6,7 +6,6 @@
 #include <functional>
 #include <map>
 #include <random>
-#include <regex>
 #include <set>
 
 #include "export/text/ListExport.h"
@@ -271,21 +270,30 @@ std::string Joined(const TLineList& pLines) {
   return text;
 }
 
+// The escape that a text begins with, without its backslash; empty when there is none.
+std::string EscapeAt(const std::string& pText) {
+  auto isHex = [](char pDigit) { return (pDigit >= '0' && pDigit <= '9') || (pDigit >= 'A' && pDigit <= 'F'); };
+  auto isHigh = [&](char pDigit) { return pDigit >= '8' && isHex(pDigit); };
+  const std::string byte = pText.substr(0, 3), unit = pText.substr(0, 5);
+  if (byte == "x5B" || byte == "x5C") return byte;
+  if (byte.size() == 3 && byte[0] == 'x' && isHigh(byte[1]) && isHex(byte[2])) return byte;
+  const bool isUnit = unit.size() == 5 && unit.starts_with("uD") && isHigh(unit[2]) && isHex(unit[3]) && isHex(unit[4]);
+  return isUnit ? unit : std::string();
+}
+
 // The name that a field stands for, as docs/text-exports.md tells it.
 std::u16string NameOfField(const std::string& pField) {
   const std::u16string text = FromUtf8(pField);
-  static const std::regex kEscape("^(x([89A-F][0-9A-F]|5B|5C)|uD[89A-F][0-9A-F]{2})");
   std::u16string name;
   for (size_t i = 0; i < text.size(); ++i) {
-    std::smatch match;
-    const std::string behind = ToUtf8(text.substr(i + 1, 5));
-    if (text[i] != u'\\' || !std::regex_search(behind, match, kEscape)) {
+    const std::string escape = text[i] == u'\\' ? EscapeAt(ToUtf8(text.substr(i + 1, 5))) : "";
+    if (escape.empty()) {
       name += text[i];
       continue;
     }
-    const auto number = static_cast<char16_t>(std::stoi(match.str(0).substr(1), nullptr, 16));
-    name += behind[0] == 'x' && number >= 0x80 ? static_cast<char16_t>(0xDC00 + number) : number;
-    i += match.length(0);
+    const auto number = static_cast<char16_t>(std::stoi(escape.substr(1), nullptr, 16));
+    name += escape[0] == 'x' && number >= 0x80 ? static_cast<char16_t>(0xDC00 + number) : number;
+    i += escape.size();
   }
   return name;
 }

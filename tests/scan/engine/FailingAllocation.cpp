@@ -18,6 +18,9 @@ void* operator new(size_t pBytes) {
     handler();
   }
 }
+void* operator new(size_t pBytes, const std::nothrow_t&) noexcept {
+  return std::malloc(pBytes != 0 ? pBytes : 1);
+}
 void operator delete(void* pMemory) noexcept {
   std::free(pMemory);
 }
