@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <thread>
 
 #include "platform/threads/InterruptibleThread.h"
@@ -38,12 +39,15 @@ TEST(InterruptibleThread, AHangingCallFailsOnceItIsInterrupted) {
     EXPECT_FALSE(TInterruptibleThread::IsCurrentInterrupted());
   });
   while (!hanging) std::this_thread::yield();
-  // The call may not have begun yet when it is interrupted.
-  for (int i = 0; !ended && i < 100'000; ++i) {
+  // The call may not have begun yet when it is interrupted, so it is interrupted again and again.
+  for (int i = 0; !ended && i < 60'000; ++i) {
     hanging.load()->Interrupt();
-    std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  if (!ended) close(open(pipe.c_str(), O_WRONLY));  // a failure, not a hang
+  while (!ended) {  // a failure, not a hang: a writer lets the call end
+    close(open(pipe.c_str(), O_WRONLY | O_NONBLOCK));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
   hanging = nullptr;
   thread.join();
   EXPECT_FALSE(wasInterrupted);
