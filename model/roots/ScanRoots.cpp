@@ -179,7 +179,7 @@ class TDSMCustomRoots : public TInterfaced<IScanRoots> {
                               " paths cannot be open at once (option MaximumRoots)");
   }
 
-  // A root was added, or removed if pAdded is nullptr. Called without the lock, since observers are notified.
+  // A root was added, or removed if pAdded is nullptr. Called without the lock, since callbacks of subscribers run.
   void TellVirtualRoot(TRef<IHierarchicalRoot> pAdded) {
     TRef<TVirtualRoot> virtualRoot;
     {

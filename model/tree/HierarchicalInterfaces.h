@@ -238,8 +238,8 @@ class IFolderData : public IHierarchicalElement {
   // All three at once, as plain records, for walks of a whole tree.
   virtual void ReadStatistics(TStatisticsReading& pReading) const = 0;
 
-  // Adds a child's values to this folder and to every ancestor, the top folder first. With pNotify the root's observers
-  // are notified.
+  // Adds a child's values to this folder and to every ancestor, the top folder first. With pNotify the root's
+  // subscribers are notified.
   virtual void AddChildValues(const IFolderData& pChild, bool pNotify) = 0;
   // Raises the date, here and in each ancestor until one is not raised by it. Never lowers a date.
   virtual void SetNewerLastAccessDate(TKivFileTime pDate) = 0;

@@ -13,7 +13,7 @@
 namespace Vantrel {
 
 // A list of observers. A notification works on a snapshot, so an observer may unsubscribe during it. Without observers
-// it costs one atomic read, since a scan asks for every folder.
+// it costs one atomic read.
 template <class TObserver>
 class TObservable : public TInterfaced<IObservable<TObserver>> {
  public:
