@@ -65,6 +65,7 @@ class TEntry : public TInterfaced<IHierarchicalEnumerator> {
   uint32_t GetErrorCode() const override { return 0; }
   TEnumeratorError GetError() const override { return TEnumeratorError::eeOk; }
   std::u16string GetPath() const override { return {}; }
+  uint64_t GetParentPathDepth() const override { return 0; }
 };
 
 // Names of 16 characters, the extension one of eight.

@@ -107,15 +107,4 @@ class IMetaDataFormatter : public IInterface {
   }
 };
 
-// Formatted texts of one node's columns, kept until the node changes. Created on first use, since most nodes are never
-// shown.
-class IMetaDataCache : public IInterface {
- public:
-  // Finds the kept text; false when none is kept. All texts are in one format. A caller that needs another format
-  // clears the cache first.
-  virtual bool Find(TColumn pColumn, std::u16string& pText) const = 0;
-  virtual void Store(TColumn pColumn, const std::u16string& pText) = 0;
-  virtual void Clear() = 0;
-};
-
 }  // namespace Vantrel

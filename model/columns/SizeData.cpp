@@ -37,6 +37,26 @@ TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn) {
   }
 }
 
+TMetaDataValue ValueOfChange(const TChange& pChange, TColumn pColumn) {
+  const int64_t growth = pChange.fNow.fSize - pChange.fThen.fSize;
+  switch (pColumn) {
+    case TColumn::mdSizeChange:
+      return growth;
+    case TColumn::mdSizeChangePercent:
+      if (pChange.fThen.fSize == 0) return {};
+      return static_cast<double>(growth) / static_cast<double>(pChange.fThen.fSize);
+    case TColumn::mdFileChange:
+      return pChange.fNow.fFiles - pChange.fThen.fFiles;
+    case TColumn::mdAllocatedChange:
+      return pChange.fNow.fAllocated - pChange.fThen.fAllocated;
+    case TColumn::mdChangeState:
+      if (pChange.fIsGone) return u"gone";
+      return pChange.fIsNew ? TMetaDataValue(u"new") : TMetaDataValue();
+    default:
+      return {};
+  }
+}
+
 template <class TInterface>
 void TBasicSizeDataOf<TInterface>::Assign(const IBasicSizeData& pSource) {
   fValues = {};

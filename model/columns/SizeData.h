@@ -111,4 +111,20 @@ class TSizeData : public TBasicSizeDataOf<ISizeData> {
 // The value of a size column in a record. "No value" for any other column.
 TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn);
 
+// The part that a size has in a whole, from 0 to 1. Nothing has no parts, so the share is then 0.
+inline double ShareOfWhole(int64_t pPart, int64_t pWhole) {
+  return pWhole == 0 ? 0.0 : static_cast<double>(pPart) / static_cast<double>(pWhole);
+}
+
+// An entry now and in an earlier scan. What was not there, or is not there any more, has zeros.
+struct TChange {
+  TSizeValues fNow{};
+  TSizeValues fThen{};
+  bool fIsNew = false;
+  bool fIsGone = false;
+};
+// The value of a column of change. The percentage has no value without an earlier size, nor the state without a change
+// of state. "No value" for any other column.
+TMetaDataValue ValueOfChange(const TChange& pChange, TColumn pColumn);
+
 }  // namespace Vantrel

@@ -75,9 +75,10 @@ const TComparison::TRecord* TComparison::FindRecord(const IFolderData& pFolder) 
   std::vector<TRef<const IHierarchicalElement>> way;  // the folder first; the top folder is left out
   TRef<const IHierarchicalElement> node(&pFolder);
   if (pFolder.IsFileGroup()) node = pFolder.GetParentFolder();
-  while (node) {
+  // The top folder ends the way. Seen through a combined root, it has a parent too.
+  while (node && (node->GetFolderState() & fsIsRoot) == 0) {
     TRef<const IHierarchicalElement> parent = node->GetParentFolder();
-    if (parent) way.push_back(std::move(node));
+    way.push_back(std::move(node));
     node = std::move(parent);
   }
   const TRecord* record = &fRecords[0];

@@ -35,7 +35,7 @@ class TVirtualFolder : public TInterfaced<IFolderData> {
   bool IsFileGroup() const override { return fFolder->IsFileGroup(); }
   std::u16string GetFullPath() const override { return fFolder->GetFullPath(); }
   TRef<IHierarchicalRoot> GetRoot() const override { return fFolder->GetRoot(); }
-  IMetaDataCache& GetMetaDataCache() override { return fFolder->GetMetaDataCache(); }
+  TKeyId GetOwnerKey() const override { return fFolder->GetOwnerKey(); }
   TFolderStates GetFolderState() const override { return fFolder->GetFolderState(); }
   void IncludeFolderState(TFolderStates pBits) override { fFolder->IncludeFolderState(pBits); }
   void ExcludeFolderState(TFolderStates pBits) override { fFolder->ExcludeFolderState(pBits); }
@@ -59,8 +59,6 @@ class TVirtualFolder : public TInterfaced<IFolderData> {
   void Dispose() override {}  // the folder belongs to its root
 
  private:
-  TMetaDataValue ShareOf(const IHierarchicalElement& pWhole) const;
-
   const TRef<IFolderData> fFolder;
   const TRef<IHierarchicalElement> fParent;
 };

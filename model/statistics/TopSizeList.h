@@ -24,6 +24,7 @@ struct TTopSizeEntry {
   TKivFileTime fLastAccessDate{};
   TKivFileTime fCreationDate{};
   TAttributes fAttributes = 0;
+  TKeyId fOwnerKey = kNoKey;
 };
 
 // The largest files below a root. Any thread.

@@ -137,39 +137,6 @@ std::unique_ptr<TFolderStatistics> TCustomFolderData::TakeStatistics() {
   return std::unique_ptr<TFolderStatistics>(fStatistics.exchange(nullptr, std::memory_order_acq_rel));
 }
 
-TMetaDataValue TCustomFolderData::GetValue(TColumn pColumn) const {
-  switch (pColumn) {
-    case TColumn::mdFolderState:
-      return static_cast<int64_t>(GetFolderState());
-    case TColumn::mdSizeChange:
-    case TColumn::mdSizeChangePercent:
-    case TColumn::mdFileChange:
-    case TColumn::mdAllocatedChange:
-    case TColumn::mdChangeState:
-      return ChangeSince(pColumn);
-    default:
-      return TContainerHierarchicalElement::GetValue(pColumn);
-  }
-}
-
-// The change of a column's value. "No value" without a comparison. A percentage needs an earlier value above 0.
-TMetaDataValue TCustomFolderData::ChangeSince(TColumn pColumn) const {
-  const TRef<IHierarchicalRoot> root = GetRoot();
-  const TRef<IComparison> comparison = root ? root->GetComparison() : nullptr;
-  if (!comparison) return {};
-  if (pColumn == TColumn::mdChangeState) {
-    if (GetFolderState() & fsIsDummyForComparison) return u"gone";
-    return comparison->WasThere(*this) ? TMetaDataValue() : u"new";
-  }
-  const TSizeValues now = GetValues();
-  const TSizeValues then = comparison->EarlierValues(*this);
-  if (pColumn == TColumn::mdFileChange) return now.fFiles - then.fFiles;
-  if (pColumn == TColumn::mdSizeChange) return now.fSize - then.fSize;
-  if (pColumn == TColumn::mdAllocatedChange) return now.fAllocated - then.fAllocated;
-  if (then.fSize == 0) return {};
-  return static_cast<double>(now.fSize - then.fSize) / static_cast<double>(then.fSize);
-}
-
 std::u16string TCustomFolderData::GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn >= TColumn::mdCount)
     throw EInvalidArgumentValue(

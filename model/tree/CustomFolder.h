@@ -87,7 +87,6 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void ExcludeFolderState(TFolderStates pBits) override;
   std::vector<TRef<IFolderData>> FindSubFolders() override;
   TRef<IFolderData> CreateChild(std::u16string_view pName) override;
-  TMetaDataValue GetValue(TColumn pColumn) const override;
   std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override;
 
   // IFolderData
@@ -164,7 +163,6 @@ class TCustomFolderData : public TContainerHierarchicalElement {
  private:
   friend class TFileGroupData;
 
-  TMetaDataValue ChangeSince(TColumn pColumn) const;
   // The folder's own statistics, else the files from which they are computed. FindStatistics returns copies of the
   // references; Statistics computes the statistics where needed. Both are empty after disposal.
   struct TStatisticsSource {

@@ -29,6 +29,13 @@ std::vector<uint32_t> TFileTable::SortedIndices() const {
   return indices;
 }
 
+const TFileRecord* TFileTable::Find(std::u16string_view pName) const {
+  const TFileRecord* end = Records() + fCount;
+  const TFileRecord* found =
+      std::find_if(Records(), end, [&](const TFileRecord& pRecord) { return NameOf(pRecord) == pName; });
+  return found == end ? nullptr : found;
+}
+
 bool TFileTableBuilder::Add(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey) {
   if (fNames.size() + pName.size() > std::numeric_limits<uint32_t>::max() ||
       pName.size() > std::numeric_limits<uint16_t>::max())

@@ -31,6 +31,10 @@ static_assert(sizeof(TFileRecord) == 56);
 
 // The files of one folder, packed. A scan keeps millions of files and makes a node of a file only on request. The table
 // is immutable, so a reader that holds a reference needs no lock.
+//
+// Identity: a file is known by its folder's node and its name, as long as it exists. A refresh replaces the table, and
+// the "[Files]" node comes and goes, but the folder's node stays (TEntryView::GetParentFolder gives it). An index or a
+// record stands for a file only within its table; Find leads from the name to the record in another one.
 class TFileTable : public TInterfaced<IInterface> {
  public:
   static TRef<const TFileTable> Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
@@ -42,6 +46,8 @@ class TFileTable : public TInterfaced<IInterface> {
     return {Names() + pRecord.fNameOffset, pRecord.fNameLength};
   }
   std::u16string_view NameAt(size_t pIndex) const { return NameOf((*this)[pIndex]); }
+  // The file of this name, letter by letter; nullptr when there is none. Looks at all files.
+  const TFileRecord* Find(std::u16string_view pName) const;
   // Indices by size, largest first, then by name in code-unit order.
   std::vector<uint32_t> SortedIndices() const;
 

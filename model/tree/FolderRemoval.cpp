@@ -90,7 +90,6 @@ void TCustomFolderData::SetDerived(TCompressionStates pCompression, bool pLongPa
   fLastChangeDate.Set(pChange);
   TExclusiveLock lock(fLock);
   fCompression = pCompression;
-  ClearMetaDataCache();
 }
 
 void TCustomFolderData::ClearTotals() {
@@ -100,7 +99,6 @@ void TCustomFolderData::ClearTotals() {
   TExclusiveLock lock(fLock);
   fSize = fAllocated = fFiles = fFolders = 0;
   fCompression = 0;
-  ClearMetaDataCache();
 }
 
 void TCustomFolderData::Reset() {

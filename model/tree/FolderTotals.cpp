@@ -58,7 +58,6 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
     {
       TExclusiveLock lock(node->fLock);
       node->fFolders += count;
-      node->ClearMetaDataCache();
     }
     node->TellChange();
   }
@@ -129,7 +128,6 @@ void TCustomFolderData::AddTotals(const TFolderTotals& pTotals) {
   fFiles += pTotals.fValues.fFiles;
   fFolders += pTotals.fValues.fFolders;
   fCompression |= pTotals.fValues.fCompression;
-  ClearMetaDataCache();
 }
 
 void TCustomFolderData::SetNewerLastAccessDate(TKivFileTime pDate) {

@@ -2,42 +2,14 @@
 
 #include <algorithm>
 
-#include "model/columns/MetaDataCache.h"
-#include "model/tree/FileNames.h"
+#include "model/tree/EntryView.h"
 #include "platform/files/Paths.h"
 
 namespace Vantrel {
 
 template <class TInterface>
 TMetaDataValue TBaseVariantMetaDataProvider<TInterface>::GetValue(TColumn pColumn) const {
-  auto date = [](TKivFileTime pDate) { return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue(); };
-  switch (pColumn) {
-    case TColumn::mdName:
-      return std::u16string(this->GetObjectName());
-    case TColumn::mdFullPath:
-      return this->GetFullPath();
-    case TColumn::mdExtension:
-      return this->IsFolder() ? TMetaDataValue() : std::u16string(ExtensionColumnOfName(this->GetObjectName()));
-    case TColumn::mdSize:
-      return this->GetSize();
-    case TColumn::mdAllocated:
-      return this->GetAllocated();
-    case TColumn::mdFiles:
-    case TColumn::mdItems:
-      return this->GetFiles();
-    case TColumn::mdLastAccess:
-      return date(this->GetLastAccessDate());
-    case TColumn::mdLastChange:
-      return date(this->GetLastChangeDate());
-    case TColumn::mdCreation:
-      return date(this->GetCreationDate());
-    case TColumn::mdAttributes:
-      return static_cast<int64_t>(this->GetAttributes());
-    case TColumn::mdPathLength:
-      return static_cast<int64_t>(this->GetFullPath().size());
-    default:
-      return {};
-  }
+  return TEntryView(static_cast<const TInterface&>(*this)).GetValue(pColumn);
 }
 
 template <class TInterface>
@@ -45,37 +17,9 @@ TBaseHierarchicalObject<TInterface>::TBaseHierarchicalObject(TRef<IHierarchicalR
     : fName(pName), fRootDisposeToken(pRoot ? pRoot->GetDisposeToken() : nullptr), fRoot(std::move(pRoot)) {}
 
 template <class TInterface>
-TBaseHierarchicalObject<TInterface>::~TBaseHierarchicalObject() {
-  if (IMetaDataCache* cache = fMetaDataCache.load(std::memory_order_acquire)) cache->Release();
-}
-
-template <class TInterface>
-TMetaDataValue TBaseHierarchicalObject<TInterface>::GetValue(TColumn pColumn) const {
-  if (pColumn == TColumn::mdOwner) return fOwnerKey == kNoKey ? TMetaDataValue() : TextOfKey(fOwnerKey);
-  return TBaseVariantMetaDataProvider<TInterface>::GetValue(pColumn);
-}
-
-template <class TInterface>
 TRef<IHierarchicalRoot> TBaseHierarchicalObject<TInterface>::GetRoot() const {
   TSharedLock lock(fLock);
   return fRoot;
-}
-
-template <class TInterface>
-IMetaDataCache& TBaseHierarchicalObject<TInterface>::GetMetaDataCache() {
-  IMetaDataCache* cache = fMetaDataCache.load(std::memory_order_acquire);
-  if (cache) return *cache;
-  TRef<IMetaDataCache> made = MakeRef<TMetaDataCache>();
-  made->AddRef();  // the node's own reference
-  if (fMetaDataCache.compare_exchange_strong(cache, made.get(), std::memory_order_acq_rel)) return *made;
-  made->Release();  // another thread made one first
-  return *cache;
-}
-
-template <class TInterface>
-std::u16string TBaseHierarchicalObject<TInterface>::GetFormattedValue(TColumn pColumn,
-                                                                      const TValueFormat& pFormat) const {
-  return FormatValue(pColumn, this->GetValue(pColumn), pFormat);
 }
 
 bool IsSameOrBelow(TRef<IHierarchicalElement> pElement, const IHierarchicalElement& pTop) {
@@ -136,42 +80,6 @@ std::u16string TBaseHierarchicalElement<TInterface>::GetFullPath() const {
   return path;
 }
 
-template <class TInterface>
-TMetaDataValue TBaseHierarchicalElement<TInterface>::ShareOf(const IHierarchicalElement* pWhole) const {
-  const TRef<IHierarchicalRoot> root = this->GetRoot();
-  if (!root) return {};
-  const bool allocated = root->GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
-  auto basis = [allocated](const IHierarchicalBase& pNode) {
-    return allocated ? pNode.GetAllocated() : pNode.GetSize();
-  };
-  if (!pWhole) return 1.0;
-  const int64_t whole = basis(*pWhole);
-  return whole == 0 ? 0.0 : static_cast<double>(basis(*this)) / static_cast<double>(whole);
-}
-
-template <class TInterface>
-TMetaDataValue TBaseHierarchicalElement<TInterface>::GetValue(TColumn pColumn) const {
-  switch (pColumn) {
-    case TColumn::mdParentPath: {
-      const TRef<IHierarchicalElement> parent = GetParentFolder();
-      return parent ? TMetaDataValue(parent->GetFullPath()) : TMetaDataValue();
-    }
-    case TColumn::mdPercentOfParent:
-      return ShareOf(GetParentFolder().get());
-    case TColumn::mdPercentOfRoot: {
-      const TRef<IHierarchicalRoot> root = this->GetRoot();
-      return root ? ShareOf(root->GetTopFolder().get()) : TMetaDataValue();
-    }
-    case TColumn::mdDepth: {
-      int64_t depth = 0;
-      for (TRef<IHierarchicalElement> parent = GetParentFolder(); parent; parent = parent->GetParentFolder()) ++depth;
-      return depth;
-    }
-    default:
-      return TBaseHierarchicalObject<TInterface>::GetValue(pColumn);
-  }
-}
-
 TSizeValues TContainerHierarchicalElement::GetValues() const {
   TSharedLock lock(fLock);
   TSizeValues values;
@@ -181,11 +89,6 @@ TSizeValues TContainerHierarchicalElement::GetValues() const {
   values.fFolders = fFolders;
   values.fCompression = fCompression;
   return values;
-}
-
-TMetaDataValue TContainerHierarchicalElement::GetValue(TColumn pColumn) const {
-  TMetaDataValue value = ValueOfSizes(GetValues(), pColumn);
-  return value.index() != 0 ? value : TBaseHierarchicalElement<IFolderData>::GetValue(pColumn);
 }
 
 template class TBaseVariantMetaDataProvider<IHierarchicalObject>;

@@ -18,7 +18,7 @@ namespace Vantrel {
 // Base classes of the tree's nodes. The interfaces form one chain (object, element, folder). Each base class takes its
 // interface as a parameter, so a node has one virtual table pointer instead of three.
 
-// An object that answers requests for column values.
+// An object that answers requests for column values, as its view does (`EntryView.h`).
 template <class TInterface>
 class TBaseVariantMetaDataProvider : public TInterfaced<TInterface> {
  public:
@@ -52,19 +52,13 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   TKivFileTime GetCreationDate() const override { return fCreationDate; }
   TAttributes GetAttributes() const override { return fAttributes; }
   TRef<IHierarchicalRoot> GetRoot() const override;
-  IMetaDataCache& GetMetaDataCache() override;
-  TMetaDataValue GetValue(TColumn pColumn) const override;
-  std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override;
+  TKeyId GetOwnerKey() const override { return fOwnerKey; }
 
  protected:
   TBaseHierarchicalObject(TRef<IHierarchicalRoot> pRoot, std::u16string_view pName);
-  ~TBaseHierarchicalObject() override;
 
   // Whether the root is disposed. Changes are then ignored. A free-standing object has no root, so this is false.
   bool IsRootDisposed() const { return fRootDisposeToken && fRootDisposeToken->IsDisposed(); }
-  void ClearMetaDataCache() const {
-    if (IMetaDataCache* cache = fMetaDataCache.load(std::memory_order_acquire)) cache->Clear();
-  }
 
   mutable TSlimReaderWriterLock fLock;  // guards the totals, the child list and the references to root and parent
   // Fixed before the node enters its parent's list.
@@ -79,9 +73,6 @@ class TBaseHierarchicalObject : public TBaseVariantMetaDataProvider<TInterface> 
   int64_t fAllocated GUARDED_BY(fLock) = 0;
   TNewestDate fLastAccessDate;
   TNewestDate fLastChangeDate;
-
- private:
-  mutable std::atomic<IMetaDataCache*> fMetaDataCache{nullptr};  // made on first use
 };
 
 // Whether an element is pTop or lies beneath it. False for nullptr.
@@ -116,17 +107,12 @@ class TBaseHierarchicalElement : public TBaseHierarchicalObject<TInterface> {
   }
   // Joins the names up to the root. Visits the parents one by one and never holds two locks.
   std::u16string GetFullPath() const override;
-  // Adds the columns that depend on an element's place in the tree.
-  TMetaDataValue GetValue(TColumn pColumn) const override;
 
  protected:
   TBaseHierarchicalElement(TRef<IHierarchicalElement> pParent, TRef<IHierarchicalRoot> pRoot, std::u16string_view pName)
       : TBaseHierarchicalObject<TInterface>(std::move(pRoot), pName), fParentFolder(std::move(pParent)) {}
 
   bool IsGone() const { return (GetFolderState() & fsDisposed) != 0 || this->IsRootDisposed(); }
-
-  // The share of pWhole, in the size that the root's percentages refer to. nullptr for the top folder, which is 100 %.
-  TMetaDataValue ShareOf(const IHierarchicalElement* pWhole) const;
 
   TRef<IHierarchicalElement> fParentFolder;  // until disposal, like fRoot
   std::atomic<TFolderStates> fFolderState{0};
@@ -141,7 +127,6 @@ class TContainerHierarchicalElement : public TBaseHierarchicalElement<IFolderDat
   int64_t GetFolders() const override { return GetValues().fFolders; }
   TSizeValues GetValues() const override;
   bool IsFolder() const override { return true; }
-  TMetaDataValue GetValue(TColumn pColumn) const override;
 
  protected:
   using TBaseHierarchicalElement<IFolderData>::TBaseHierarchicalElement;

@@ -10,6 +10,7 @@
 
 #include "model/columns/MetaData.h"
 #include "model/columns/SizeData.h"
+#include "model/statistics/InternedKeys.h"
 #include "platform/system/FileTime.h"
 #include "platform/threads/Interface.h"
 
@@ -135,8 +136,8 @@ class IHierarchicalObject : public IHierarchicalBase {
  public:
   // The root that the node belongs to; nullptr for a free-standing object and after disposal.
   virtual TRef<IHierarchicalRoot> GetRoot() const = 0;
-  virtual int64_t GetFiles() const = 0;  // files beneath; 1 for a file
-  virtual IMetaDataCache& GetMetaDataCache() = 0;
+  virtual int64_t GetFiles() const = 0;    // files beneath; 1 for a file
+  virtual TKeyId GetOwnerKey() const = 0;  // of the owner's name; kNoKey when unknown
 };
 
 // A node inside a tree.
@@ -214,7 +215,8 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   // The entries listed before tell whether the whole folder is missing or only a part.
   virtual uint32_t GetErrorCode() const = 0;
   virtual TEnumeratorError GetError() const = 0;
-  virtual std::u16string GetPath() const = 0;  // the folder being listed
+  virtual std::u16string GetPath() const = 0;       // the folder being listed
+  virtual uint64_t GetParentPathDepth() const = 0;  // the number of parts in that path
   // The length of its path in UTF-16 units, without the final delimiter of a drive's or the system's root.
   virtual size_t GetPathLength() const {
     const std::u16string path = GetPath();

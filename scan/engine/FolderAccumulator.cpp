@@ -81,7 +81,8 @@ void TFolderAccumulator::CountFile(const IHierarchicalEnumerator& pEntry) {
   if (fPathLength + 1 + name.size() >= fLongPathLength) fLongPaths = true;
   fLastAccessDate = std::max(fLastAccessDate, values.fLastAccessDate);
   fLastChangeDate = std::max(fLastChangeDate, values.fLastChangeDate);
-  if (fTopSizeList && values.fSize >= fTopSizeList->GetThreshold()) fTopFiles.push_back({values, std::u16string(name)});
+  if (fTopSizeList && values.fSize >= fTopSizeList->GetThreshold())
+    fTopFiles.push_back({values, std::u16string(name), ownerKey});
   if (fKeepFiles) fFiles.Add(name, values, ownerKey);
 }
 
@@ -110,7 +111,7 @@ void TFolderAccumulator::OfferTopFiles(TCustomFolderData& pFolder) {
   for (TTopFile& file : fTopFiles)
     entries.push_back({file.fValues.fSize, file.fValues.fAllocated, file.fValues.fLastChangeDate,
                        TRef<IHierarchicalElement>(&pFolder), std::move(file.fName), file.fValues.fLastAccessDate,
-                       file.fValues.fCreationDate, file.fValues.fAttributes});
+                       file.fValues.fCreationDate, file.fValues.fAttributes, file.fOwnerKey});
   fTopSizeList->Add(entries);
 }
 

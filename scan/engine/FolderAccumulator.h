@@ -48,6 +48,7 @@ class TFolderAccumulator {
   struct TTopFile {
     TEntryValues fValues;
     std::u16string fName;
+    TKeyId fOwnerKey;
   };
 
   const bool fDoUsers;

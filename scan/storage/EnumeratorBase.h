@@ -19,8 +19,8 @@ class TBaseHierarchicalEnumerator : public TInterfaced<IHierarchicalEnumerator> 
   std::u16string GetOwner() const override { return {}; }
   uint64_t GetOwnerId() const override { return 0; }
   bool CanDescend() const override { return IsFolder(); }
-  // The number of parts in the parent's path, computed on first use.
-  uint64_t GetParentPathDepth() const;
+  // Computed on first use.
+  uint64_t GetParentPathDepth() const override;
 
  protected:
   explicit TBaseHierarchicalEnumerator(THierarchicalEnumeratorOptions pOptions) : fOptions(pOptions) {}

@@ -44,6 +44,7 @@ class TFakeFolder : public TInterfaced<IFolderData> {
   TKivFileTime GetLastChangeDate() const override { return fLastChange; }
   TKivFileTime GetCreationDate() const override { return {}; }
   TAttributes GetAttributes() const override { return kAttributeDirectory; }
+  TKeyId GetOwnerKey() const override { return kNoKey; }
   bool IsFolder() const override { return true; }
   bool IsFileGroup() const override { return fFileGroup; }
   TSizeValues GetValues() const override { return fValues; }
@@ -67,7 +68,6 @@ class TFakeFolder : public TInterfaced<IFolderData> {
   void Dispose() override { fChildren.clear(); }
 
   std::u16string GetFullPath() const override { NotFaked(); }
-  IMetaDataCache& GetMetaDataCache() override { NotFaked(); }
   void IncludeFolderState(TFolderStates) override { NotFaked(); }
   void ExcludeFolderState(TFolderStates) override { NotFaked(); }
   TRef<IFolderData> CreateChild(std::u16string_view) override { NotFaked(); }

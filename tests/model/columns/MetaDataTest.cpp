@@ -7,7 +7,6 @@
 #include <set>
 
 #include "model/columns/MetaData.h"
-#include "model/columns/MetaDataCache.h"
 #include "model/columns/SizeData.h"
 #include "model/tree/HierarchicalInterfaces.h"
 #include "platform/text/Text.h"
@@ -132,19 +131,6 @@ TEST(SizeData, RecordsAnswerTheirColumns) {
   EXPECT_EQ(full->GetCompression(), compr_yes);
   full->SetFiles(0);
   EXPECT_FALSE(full->IsZero()) << "a folder is something";
-}
-
-TEST(MetaDataCache, KeepsTheLatestTextPerColumn) {
-  TRef<IMetaDataCache> cache = MakeRef<TMetaDataCache>();
-  std::u16string text;
-  EXPECT_FALSE(cache->Find(TColumn::mdSize, text));
-  cache->Store(TColumn::mdSize, u"1 B");
-  cache->Store(TColumn::mdFiles, u"7");
-  cache->Store(TColumn::mdSize, u"2 B");
-  EXPECT_TRUE(cache->Find(TColumn::mdSize, text));
-  EXPECT_EQ(text, u"2 B");
-  cache->Clear();
-  EXPECT_FALSE(cache->Find(TColumn::mdFiles, text));
 }
 
 }  // namespace

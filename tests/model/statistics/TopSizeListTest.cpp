@@ -35,7 +35,7 @@ class TPlainFolder : public TInterfaced<IHierarchicalElement> {
   bool IsFolder() const override { return true; }
   TRef<IHierarchicalRoot> GetRoot() const override { return {}; }
   int64_t GetFiles() const override { return 0; }
-  IMetaDataCache& GetMetaDataCache() override { throw EInvalidOperation("no cache"); }
+  TKeyId GetOwnerKey() const override { return kNoKey; }
   TFolderStates GetFolderState() const override { return 0; }
   void IncludeFolderState(TFolderStates) override {}
   void ExcludeFolderState(TFolderStates) override {}

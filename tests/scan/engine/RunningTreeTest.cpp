@@ -165,6 +165,9 @@ TEST(VirtualRoot, ItsChildrenArePartsOfTheWhole) {
   expect(*children[1], *top, 1, 0.25, 0.25);
   const TRef<IFolderData> inner = children[1]->FindSubFolders()[0];
   expect(*inner, *children[1], 2, 1.0, 0.25);
+  a.SetComparison(MakeRef<TComparison>(a, b));  // of 300 bytes and no folder
+  EXPECT_EQ(TMetaDataValue(int64_t{-200}), children[1]->GetValue(TColumn::mdSizeChange));
+  EXPECT_EQ(TMetaDataValue(u"new"), inner->GetValue(TColumn::mdChangeState));
   EXPECT_TRUE(inner->Refresh(true)) << "what is done to the view is done to the folder";
   EXPECT_TRUE(a.WaitForScan(kForever));
 }
