@@ -102,7 +102,6 @@ class TCustomRoot : public TBaseRoot {
   void CountTree(const TSizeValues& pWithout = {});
   std::vector<TExclusion> CurrentExclusions() const;
   void RefillTopSizeList();
-  static void OfferFiles(ITopSizeList& pList, IFolderData& pFolder);
 
   // Fixed after construction, or set before a scan.
   const std::u16string fPathWithWildcards;

@@ -1,6 +1,7 @@
 // The part of the roots that keeps the list of the largest files complete when some of them leave the tree.
 
 #include "model/roots/Root.h"
+#include "model/tree/TreeWalk.h"
 
 namespace Vantrel {
 
@@ -16,25 +17,20 @@ void TCustomRoot::RefillTopSizeList() {
   if (!fTopSizeListHasGaps.exchange(false) || !GetScanConfiguration()->GetKeepFiles()) return;
   const TRef<ITopSizeList> list = GetTopSizeList();
   list->Clear();
-  std::vector<TRef<IFolderData>> stack;
-  if (TRef<IFolderData> top = GetTopFolder()) stack.push_back(std::move(top));
-  while (!stack.empty()) {
-    TRef<IFolderData> folder = std::move(stack.back());
-    stack.pop_back();
-    if (folder->IsFileGroup()) continue;
-    OfferFiles(*list, *folder);
-    for (TRef<IFolderData>& child : folder->FindSubFolders()) stack.push_back(std::move(child));
-  }
-}
-
-void TCustomRoot::OfferFiles(ITopSizeList& pList, IFolderData& pFolder) {
-  TRef<const TFileTable> table = pFolder.GetFileTable();
-  for (size_t i = 0; table && i < table->Count(); ++i) {
-    const TFileRecord& file = (*table)[i];
-    if (file.fSize >= pList.GetThreshold())
-      pList.Add({file.fSize, file.fAllocated, file.fLastChangeDate, TRef<IHierarchicalElement>(&pFolder),
-                 std::u16string(table->NameAt(i)), file.fLastAccessDate, file.fCreationDate, file.fAttributes});
-  }
+  const TRef<IFolderData> top = GetTopFolder();
+  if (!top) return;
+  TTreeWalkSettings settings;
+  settings.fShowsFolders = settings.fShowsFileGroups = false;
+  settings.fShowsFiles = true;
+  settings.fOrder = TSiblingOrder::soAny;
+  TTreeWalk(settings).ForEach(*top, [&](const TTreeRow& pRow) {
+    const TEntryView file = pRow.View();
+    if (file.GetSize() >= list->GetThreshold())
+      list->Add({file.GetSize(), file.GetAllocated(), file.GetLastChangeDate(), file.GetParentFolder(),
+                 std::u16string(file.GetObjectName()), file.GetLastAccessDate(), file.GetCreationDate(),
+                 file.GetAttributes(), file.GetOwnerKey()});
+    return true;
+  });
 }
 
 }  // namespace Vantrel
