@@ -1,13 +1,12 @@
 #include "export/text/DelimitedExport.h"
 
 #include <algorithm>
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cmath>
+#include <optional>
 
-#include "model/tree/FileTable.h"
+#include "model/roots/EarlierFiles.h"
 #include "platform/text/Numbers.h"
 #include "platform/text/Text.h"
-#include "platform/text/Utf.h"
 
 namespace Vantrel::Exporting {
 
@@ -15,44 +14,20 @@ namespace {
 
 constexpr std::string_view kPathListSeparator = "   ";
 
-TSizeValues SizesOf(const TFileRecord& pFile) {
-  TSizeValues sizes;
-  sizes.fSize = pFile.fSize;
-  sizes.fAllocated = pFile.fAllocated;
-  sizes.fFiles = 1;
-  return sizes;
-}
-
-// A file's change since the earlier one, nullptr for a new file. A new file grew by no percentage.
-TMetaDataValue FileChange(const TFileRecord& pNow, const TFileRecord* pThen, TColumn pColumn) {
-  const int64_t growth = pNow.fSize - (pThen ? pThen->fSize : 0);
-  switch (pColumn) {
-    case TColumn::mdAllocatedChange:
-      return pNow.fAllocated - (pThen ? pThen->fAllocated : 0);
-    case TColumn::mdFileChange:
-      return int64_t{pThen ? 0 : 1};
-    case TColumn::mdChangeState:
-      return std::u16string(pThen ? u"" : u"new");
-    case TColumn::mdSizeChangePercent:
-      if (!pThen || pThen->fSize == 0) return {};
-      return static_cast<double>(growth) / static_cast<double>(pThen->fSize);
-    default:
-      return growth;
-  }
-}
-
 }  // namespace
 
 // Writes rows for the whole tree, or for the contents of one of its folders.
 class TDelimitedExport::TRows final : public TRowWriter {
  public:
   // pExport must outlive this object.
-  explicit TRows(const TDelimitedExport& pExport) : fExport(pExport) {}
+  explicit TRows(const TDelimitedExport& pExport) : fExport(pExport) {
+    if (pExport.GoneSince()) fEarlierFiles.emplace(pExport.GoneSince(), static_cast<char16_t>(pExport.fDelimiter));
+  }
 
   std::unique_ptr<TRowWriter> Branch() const override;
-  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
-  bool EndNode(const TExportRow& pRow) override;
-  bool VisitFile(const TExportRow& pRow) override;
+  bool BeginNode(const TTreeRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TTreeRow& pRow) override;
+  bool VisitFile(const TTreeRow& pRow) override;
   void Flush() override {
     if (fDates) fExport.GiveDateFormatter(std::move(fDates));
   }
@@ -69,16 +44,13 @@ class TDelimitedExport::TRows final : public TRowWriter {
     if (!fDates) fDates = fExport.TakeDateFormatter();
     fDates->Append(Line(), pDate);
   }
-  void WriteRow(const TExportRow& pRow, const TSizeValues& pSizes);
-  void AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
-  void AppendNameField(const TExportRow& pRow);
-  std::u16string KeyOf(std::u16string_view pName) const;
-  bool AppendFileChange(const TExportRow& pRow, TColumn pColumn);
-  const TFileRecord* EarlierFile(const TExportRow& pRow);
-  bool AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn);
+  void WriteRow(const TTreeRow& pRow, const TSizeValues& pSizes);
+  void AppendField(const TTreeRow& pRow, const TEntryView& pEntry, const TSizeValues& pSizes, TColumn pColumn);
+  void AppendNameField(const TTreeRow& pRow, const TEntryView& pEntry);
+  bool AppendQuickly(const TEntryView& pEntry, const TSizeValues& pSizes, TColumn pColumn);
   bool AppendNumber(TColumn pColumn, int64_t pValue);
   void AppendShareOfParent(const TSizeValues& pSizes);
-  void AppendSlowly(const TExportRow& pRow, TColumn pColumn);
+  void AppendSlowly(const TEntryView& pEntry, TColumn pColumn);
   void AppendToPath(std::u16string_view pName, bool pIsFileGroup);
   int64_t ShareBasis(const TSizeValues& pSizes) const {
     return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
@@ -90,11 +62,7 @@ class TDelimitedExport::TRows final : public TRowWriter {
   size_t fParentLength = 0;  // of the path of the row's folder; 0 for the top
   std::string fName;         // of the row, if names are written
   std::vector<TOpenFolder> fOpen;
-
-  // If the root is compared: the earlier files, by name, of the folder whose files are being written.
-  const IFolderData* fFolderOfEarlierFiles = nullptr;
-  TRef<const TFileTable> fEarlierFiles;
-  boost::unordered_flat_map<std::u16string, const TFileRecord*> fEarlierFile;
+  std::optional<TEarlierFiles> fEarlierFiles;  // if the root is compared
 };
 
 TDelimitedExport::TDelimitedExport(const TMediaSettings& pSettings) : TBaseTextExport(pSettings) {}
@@ -180,10 +148,10 @@ void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName, bool pIsFi
     AppendNameToPath(fPath, pName, fExport.fDelimiter, pIsFileGroup);
 }
 
-bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete) {
-  const TSizeValues sizes = pRow.fFolder.GetValues();
+bool TDelimitedExport::TRows::BeginNode(const TTreeRow& pRow, bool pIsComplete) {
+  const TSizeValues sizes = pRow.View().GetValues();
   const size_t parentLength = fPath.size();
-  AppendToPath(pRow.Name(), pRow.fFolder.IsFileGroup());
+  AppendToPath(pRow.fFolder.GetObjectName(), pRow.fFolder.IsFileGroup());
   fParentLength = parentLength;
   if (pRow.fIsShown) WriteRow(pRow, sizes);
   if (pIsComplete) {
@@ -196,87 +164,56 @@ bool TDelimitedExport::TRows::BeginNode(const TExportRow& pRow, bool pIsComplete
   return true;
 }
 
-bool TDelimitedExport::TRows::EndNode(const TExportRow&) {
+bool TDelimitedExport::TRows::EndNode(const TTreeRow&) {
   fPath.resize(fOpen.back().fParentLength);
   fOpen.pop_back();
   return true;
 }
 
 // A file lies in the folder itself. The "[Files]" node around its row is not part of the path.
-bool TDelimitedExport::TRows::VisitFile(const TExportRow& pRow) {
+bool TDelimitedExport::TRows::VisitFile(const TTreeRow& pRow) {
   const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
   if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
   const size_t length = fPath.size();
-  AppendToPath(pRow.Name(), false);
+  const TEntryView file = pRow.View();
+  AppendToPath(file.GetObjectName(), false);
   fParentLength = length;
-  WriteRow(pRow, SizesOf(*pRow.fFile));
+  WriteRow(pRow, file.GetValues());
   fPath.resize(length);
   if (!group.empty()) AppendToPath(group, true);
   return true;
 }
 
-void TDelimitedExport::TRows::WriteRow(const TExportRow& pRow, const TSizeValues& pSizes) {
+void TDelimitedExport::TRows::WriteRow(const TTreeRow& pRow, const TSizeValues& pSizes) {
+  const TEntryView entry = pRow.View(fEarlierFiles ? &*fEarlierFiles : nullptr);
   for (size_t i = 0; i < fExport.Columns().size(); ++i) {
     if (i > 0) Line() += fExport.fFields.fSeparator;
-    AppendField(pRow, pSizes, fExport.Columns()[i]);
+    AppendField(pRow, entry, pSizes, fExport.Columns()[i]);
   }
   fText.fEnds.push_back(Line().size());
 }
 
-void TDelimitedExport::TRows::AppendField(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
-  if (pColumn == TColumn::mdName) return AppendNameField(pRow);
+// What the writer knows of the row's place is not asked of the ancestors again.
+void TDelimitedExport::TRows::AppendField(const TTreeRow& pRow, const TEntryView& pEntry, const TSizeValues& pSizes,
+                                          TColumn pColumn) {
+  if (pColumn == TColumn::mdName) return AppendNameField(pRow, pEntry);
   if (pColumn == TColumn::mdFullPath) return AppendEscapedField(Line(), fPath, fExport.fFields);
   if (pColumn == TColumn::mdParentPath && fParentLength > 0)
     return AppendEscapedField(Line(), std::string_view(fPath).substr(0, fParentLength), fExport.fFields);
   if (pColumn == TColumn::mdError) return AppendTextField(Line(), fExport.ErrorOf(pRow), fExport.fFields);
-  if (fExport.GoneSince() && pRow.IsFile() && AppendFileChange(pRow, pColumn)) return;
   const size_t begin = Line().size();
-  if (!AppendQuickly(pRow, pSizes, pColumn)) return AppendSlowly(pRow, pColumn);
+  if (!AppendQuickly(pEntry, pSizes, pColumn)) return AppendSlowly(pEntry, pColumn);
   if (fExport.fQuotesNumbers) QuoteField(Line(), begin, fExport.fFields);
 }
 
-// The key that identifies a file within its folder.
-std::u16string TDelimitedExport::TRows::KeyOf(std::u16string_view pName) const {
-  std::u16string key(pName);
-  if (fExport.fDelimiter != '/') std::transform(key.begin(), key.end(), key.begin(), UpcaseUnit);
-  return key;
-}
-
-const TFileRecord* TDelimitedExport::TRows::EarlierFile(const TExportRow& pRow) {
-  if (fFolderOfEarlierFiles != &pRow.fFolder) {
-    fFolderOfEarlierFiles = &pRow.fFolder;
-    fEarlierFile.clear();
-    fEarlierFiles = fExport.GoneSince()->EarlierFiles(pRow.fFolder);
-    for (size_t i = 0; fEarlierFiles && i < fEarlierFiles->Count(); ++i) {
-      const TFileRecord& file = (*fEarlierFiles)[i];
-      fEarlierFile.emplace(KeyOf(fEarlierFiles->NameOf(file)), &file);
-    }
-  }
-  const auto found = fEarlierFile.find(KeyOf(pRow.Name()));
-  return found == fEarlierFile.end() ? nullptr : found->second;
-}
-
-// False for a column that shows no change. The cell stays empty if the earlier files are unknown.
-bool TDelimitedExport::TRows::AppendFileChange(const TExportRow& pRow, TColumn pColumn) {
-  if (pColumn != TColumn::mdSizeChange && pColumn != TColumn::mdAllocatedChange && pColumn != TColumn::mdFileChange &&
-      pColumn != TColumn::mdSizeChangePercent && pColumn != TColumn::mdChangeState)
-    return false;
-  if (!fExport.GoneSince()->KnowsFiles()) return true;
-  const TFileRecord* then = EarlierFile(pRow);
-  const TMetaDataValue value = FileChange(*pRow.fFile, then, pColumn);
-  AppendOwnField(Line(), ToUtf8(FormatValue(pColumn, value, fExport.fFormat)), fExport.fFields);
-  return true;
-}
-
-void TDelimitedExport::TRows::AppendNameField(const TExportRow& pRow) {
+void TDelimitedExport::TRows::AppendNameField(const TTreeRow& pRow, const TEntryView& pEntry) {
   fName.clear();
-  AppendName(fName, pRow.Name(), !pRow.IsFile() && pRow.fFolder.IsFileGroup());
+  AppendName(fName, pEntry.GetObjectName(), !pRow.IsFile() && pRow.fFolder.IsFileGroup());
   AppendEscapedField(Line(), fName, fExport.fFields);
 }
 
-// Appends numbers and dates that the row itself holds. False for all other columns.
-bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeValues& pSizes, TColumn pColumn) {
-  const bool isFile = pRow.IsFile();
+// Appends numbers and dates that the entry itself holds. False for all other columns.
+bool TDelimitedExport::TRows::AppendQuickly(const TEntryView& pEntry, const TSizeValues& pSizes, TColumn pColumn) {
   switch (pColumn) {
     case TColumn::mdSize:
       return AppendNumber(pColumn, pSizes.fSize);
@@ -286,18 +223,18 @@ bool TDelimitedExport::TRows::AppendQuickly(const TExportRow& pRow, const TSizeV
       return AppendNumber(pColumn, pSizes.fFiles);
     case TColumn::mdFolders:
       // A file's cell is empty, as in all lists.
-      return isFile || AppendNumber(pColumn, pSizes.fFolders);
+      return !pEntry.IsFolder() || AppendNumber(pColumn, pSizes.fFolders);
     case TColumn::mdPercentOfParent:
       AppendShareOfParent(pSizes);
       return true;
     case TColumn::mdLastChange:
-      AppendDate(isFile ? pRow.fFile->fLastChangeDate : pRow.fFolder.GetLastChangeDate());
+      AppendDate(pEntry.GetLastChangeDate());
       return true;
     case TColumn::mdLastAccess:
-      AppendDate(isFile ? pRow.fFile->fLastAccessDate : pRow.fFolder.GetLastAccessDate());
+      AppendDate(pEntry.GetLastAccessDate());
       return true;
     case TColumn::mdCreation:
-      AppendDate(isFile ? pRow.fFile->fCreationDate : pRow.fFolder.GetCreationDate());
+      AppendDate(pEntry.GetCreationDate());
       return true;
     default:
       return false;
@@ -313,11 +250,8 @@ bool TDelimitedExport::TRows::AppendNumber(TColumn pColumn, int64_t pValue) {
 }
 
 void TDelimitedExport::TRows::AppendShareOfParent(const TSizeValues& pSizes) {
-  double share = 1.0;  // the top is the whole
-  if (!fOpen.empty()) {
-    const int64_t whole = fOpen.back().fShareBasis;
-    share = whole == 0 ? 0.0 : static_cast<double>(ShareBasis(pSizes)) / static_cast<double>(whole);
-  }
+  // The top is the whole.
+  const double share = fOpen.empty() ? 1.0 : ShareOfWhole(ShareBasis(pSizes), fOpen.back().fShareBasis);
   if (fExport.fFormat.fShowUnits || fExport.fFormat.fDecimals != 1) {
     Line() += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fExport.fFormat));
     return;
@@ -329,8 +263,8 @@ void TDelimitedExport::TRows::AppendShareOfParent(const TSizeValues& pSizes) {
   AppendInteger(Line(), tenths % 10);
 }
 
-void TDelimitedExport::TRows::AppendSlowly(const TExportRow& pRow, TColumn pColumn) {
-  const std::u16string text = FormatValue(pColumn, pRow.Element()->GetValue(pColumn), fExport.fFormat);
+void TDelimitedExport::TRows::AppendSlowly(const TEntryView& pEntry, TColumn pColumn) {
+  const std::u16string text = pEntry.GetFormattedValue(pColumn, fExport.fFormat);
   if (ColumnInfo(pColumn).fKind == TColumnKind::ckText)
     AppendTextField(Line(), text, fExport.fFields);
   else
@@ -348,16 +282,16 @@ void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
   const TValueFormat format = ValueFormat();
-  WalkTree(*top, [&](const TExportRow& pRow) {
+  WalkTree(*top, [&](const TTreeRow& pRow) {
     // A "[Files]" row has no path in the storage, and neither has a deleted item.
     if (!pRow.IsFile() && pRow.fFolder.IsFileGroup()) return true;
-    if (pRow.fFolder.GetFolderState() & fsIsDummyForComparison) return true;
-    const TRef<IHierarchicalElement> element = pRow.Element();
-    std::string line = fBytesOfNames ? ToNativeBytes(element->GetFullPath()) : ToDisplay(element->GetFullPath());
+    const TEntryView entry = pRow.View();
+    if (entry.GetFolderState() & fsIsDummyForComparison) return true;
+    std::string line = fBytesOfNames ? ToNativeBytes(entry.GetFullPath()) : ToDisplay(entry.GetFullPath());
     for (const TColumn column : Columns()) {
       if (column == TColumn::mdFullPath) continue;
       line += kPathListSeparator;
-      line += ToDisplay(element->GetFormattedValue(column, format));
+      line += ToDisplay(entry.GetFormattedValue(column, format));
     }
     return WriteLine(line);
   });

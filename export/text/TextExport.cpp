@@ -25,9 +25,9 @@ std::string TBaseTextExport::HeaderText(TColumn pColumn) const {
   return CaptionWithUnit(ColumnInfo(pColumn).fCaption, pColumn, ValueFormat());
 }
 
-std::string TBaseTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
+std::string TBaseTextExport::CellText(const TTreeRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn == TColumn::mdError) return ToDisplay(ErrorOf(pRow));
-  return ToDisplay(pRow.Element()->GetFormattedValue(pColumn, pFormat));
+  return ToDisplay(pRow.View().GetFormattedValue(pColumn, pFormat));
 }
 
 std::vector<std::string> TBaseTextExport::HeaderCells() const {
@@ -36,7 +36,7 @@ std::vector<std::string> TBaseTextExport::HeaderCells() const {
   return cells;
 }
 
-std::vector<std::string> TBaseTextExport::RowCells(const TExportRow& pRow, const TValueFormat& pFormat) const {
+std::vector<std::string> TBaseTextExport::RowCells(const TTreeRow& pRow, const TValueFormat& pFormat) const {
   std::vector<std::string> cells;
   for (TColumn column : Columns()) cells.push_back(CellText(pRow, column, pFormat));
   return cells;
@@ -101,13 +101,13 @@ void TFormattedTextExport::WriteTable(IFolderData& pTop) {
     WriteLine(fTable.Row(HeaderCells()));
     WriteLine(fTable.Underline());
   }
-  WalkTree(pTop, [&](const TExportRow& pRow) { return WriteLine(fTable.Row(RowCells(pRow, fFormat))); });
+  WalkTree(pTop, [&](const TTreeRow& pRow) { return WriteLine(fTable.Row(RowCells(pRow, fFormat))); });
 }
 
 void TFormattedTextExport::MeasureColumns(IFolderData& pTop) {
   fTable = TPaddedTable({Columns().begin(), Columns().end()}, Separator());
   fTable.Measure(HeaderCells());
-  WalkTree(pTop, [&](const TExportRow& pRow) {
+  WalkTree(pTop, [&](const TTreeRow& pRow) {
     fTable.Measure(RowCells(pRow, fFormat));
     return true;
   });
@@ -120,15 +120,13 @@ void TFormattedTextExport::LimitNameWidth() {
   fTable.LimitRowWidth(static_cast<size_t>(name - Columns().begin()), fMaximumWidth);
 }
 
-std::string TFormattedTextExport::CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
+std::string TFormattedTextExport::CellText(const TTreeRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn != TColumn::mdName) return TBaseTextExport::CellText(pRow, pColumn, pFormat);
   if (pRow.fLevel == 0) return fTopName;
-  std::string name = std::string(static_cast<size_t>(pRow.fLevel) * 2, ' ') + ToDisplay(pRow.Name());
-  if (pRow.IsFile()) return name;
-  if (pRow.fFolder.GetFolderState() & fsIsDummyForComparison)
-    name += " (gone)";
-  else if (fComparison && !fComparison->WasThere(pRow.fFolder))
-    name += " (new)";
+  const TEntryView entry = pRow.View();
+  std::string name = std::string(static_cast<size_t>(pRow.fLevel) * 2, ' ') + ToDisplay(entry.GetObjectName());
+  if (const std::u16string state = entry.GetFormattedValue(TColumn::mdChangeState, pFormat); !state.empty())
+    name += " (" + ToDisplay(state) + ")";
   return name;
 }
 

@@ -26,10 +26,10 @@ class TBaseTextExport : public TFileStreamExport {
   // The column's caption. It includes the unit if all values share one: "Size (MB)".
   std::string HeaderText(TColumn pColumn) const;
   // The cell's text on one line, safe to show.
-  virtual std::string CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const;
+  virtual std::string CellText(const TTreeRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const;
   // One text per column.
   std::vector<std::string> HeaderCells() const;
-  std::vector<std::string> RowCells(const TExportRow& pRow, const TValueFormat& pFormat) const;
+  std::vector<std::string> RowCells(const TTreeRow& pRow, const TValueFormat& pFormat) const;
 };
 
 // A table of fixed width under a head block, for people. It is the report on the console and in text files.
@@ -44,7 +44,7 @@ class TFormattedTextExport : public TBaseTextExport {
 
  protected:
   std::u16string_view OwnSeparator() const override { return {}; }
-  std::string CellText(const TExportRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const override;
+  std::string CellText(const TTreeRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const override;
   void WriteRoot(IHierarchicalRoot& pRoot) override;
 
  private:

@@ -1,14 +1,8 @@
 #include "export/walk/HierarchicalExport.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <utility>
 
-#include "model/tree/CustomFolder.h"
-#include "model/tree/SingleFile.h"
-#include "platform/system/Errors.h"
 #include "platform/system/System.h"
-#include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
 
@@ -21,158 +15,40 @@ TValueFormat FormatOf(const TMediaSettings& pSettings) {
   return format;
 }
 
-TRef<IHierarchicalElement> TExportRow::Element() const {
-  if (IsFile()) return MakeRef<Vantrel::TFileData>(fFolder, *fFiles, *fFile);
-  return TRef<IHierarchicalElement>(&fFolder);
-}
-
-namespace {
-
-// Equal items keep their order.
-template <class TItem, class TValueOf>
-void SortByColumn(std::vector<TItem>& pItems, bool pDescending, const TValueOf& pValueOf) {
-  std::vector<std::pair<TMetaDataValue, TItem>> keyed;
-  keyed.reserve(pItems.size());
-  for (TItem& item : pItems) {
-    TMetaDataValue value = pValueOf(item);
-    keyed.emplace_back(std::move(value), std::move(item));
-  }
-  std::stable_sort(keyed.begin(), keyed.end(), [pDescending](const auto& pA, const auto& pB) {
-    return (pDescending ? CompareValues(pB.first, pA.first) : CompareValues(pA.first, pB.first)) < 0;
-  });
-  std::transform(keyed.begin(), keyed.end(), pItems.begin(), [](auto& pItem) { return std::move(pItem.second); });
-}
-
-// Sorts by the amount of change, the largest first, whether growth or shrinkage.
-TMetaDataValue AmountOfChange(const IFolderData& pFolder) {
-  const TMetaDataValue value = pFolder.GetValue(TColumn::mdSizeChange);
-  const auto* change = std::get_if<int64_t>(&value);
-  return change ? std::abs(*change) : int64_t{0};
-}
-
-}  // namespace
-
-std::vector<TRef<IFolderData>> TBaseExport::IncludedChildren(IFolderData& pFolder) const {
-  if (pFolder.IsFileGroup()) return {};
-  std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
-  if (fGoneSince && (pFolder.GetFolderState() & fsIsDummyForComparison) == 0) {
-    std::vector<TRef<IFolderData>> gone = fGoneSince->FindGone(pFolder);
-    children.insert(children.end(), gone.begin(), gone.end());
-    if (!gone.empty()) children = SortedBySize(std::move(children));
-  }
-  std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
-    return (pChild->IsFileGroup() && !Includes(ioFileGroups)) || pChild->GetSize() < fSettings.fSmallestFolder;
-  });
-  // The files are already in the tree's order.
+TTreeWalk TBaseExport::Walk() const {
+  auto includes = [this](TIncludedObjectTypes pTypes) { return (fSettings.fIncludedObjectTypes & pTypes) != 0; };
+  TTreeWalkSettings settings;
+  settings.fDeepestLevel = fSettings.fRecursionLevel.fLevel;
+  settings.fSmallest = fSettings.fSmallestFolder;
+  settings.fShowsFolders = includes(ioFolders);
+  settings.fShowsFileGroups = includes(ioFileGroups);
+  settings.fShowsFiles = includes(ioFiles);
+  settings.fGoneSince = fGoneSince;
   if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
-    SortByColumn(children, order->fDescending, [&](const auto& pChild) { return pChild->GetValue(order->fColumn); });
+    settings.fOrder = TSiblingOrder::soColumn;
+    settings.fOrderColumn = order->fColumn;
+    settings.fDescending = order->fDescending;
   } else if (fSortByChange && !order) {
-    SortByColumn(children, true, [](const auto& pChild) { return AmountOfChange(*pChild); });
+    settings.fOrder = TSiblingOrder::soChange;
   }
-  return children;
+  return TTreeWalk(settings);
 }
 
-// The files of a folder with sub-folders lie beneath its "[Files]" node, if such rows are exported.
-TRef<const TFileTable> TBaseExport::IncludedFiles(const IFolderData& pFolder) const {
-  if (!Includes(ioFiles) || (Includes(ioFileGroups) && !pFolder.IsFileGroup() && pFolder.GetFilesNode()))
-    return nullptr;
-  return pFolder.GetFileTable();
-}
-
-std::vector<uint32_t> TBaseExport::OrderOfFiles(IFolderData& pFolder, const TFileTable& pFiles) const {
-  std::vector<uint32_t> indices = pFiles.SortedIndices();
-  std::erase_if(indices, [&](uint32_t pIndex) { return pFiles[pIndex].fSize < fSettings.fSmallestFolder; });
-  if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder())
-    SortByColumn(indices, order->fDescending, [&](uint32_t pIndex) {
-      return TExportRow{pFolder, 0, &pFiles, &pFiles[pIndex]}.Element()->GetValue(order->fColumn);
-    });
-  return indices;
-}
-
-// The walk keeps one entry per open level and does not recurse, because trees can be deeper than the stack.
-class TBaseExport::TWalk {
- public:
-  // pLevel is the level of the topmost folder.
-  TWalk(const TBaseExport& pExport, IExportVisitor& pVisitor, int32_t pLevel)
-      : fExport(pExport), fVisitor(pVisitor), fTopLevel(pLevel) {}
-
-  bool Run(TRef<IFolderData> pTop) {
-    if (!Begin(std::move(pTop))) return false;
-    while (!fOpen.empty()) {
-      TOpenFolder& folder = fOpen.back();
-      if (folder.fNext < folder.fChildren.size() ? !Begin(std::move(folder.fChildren[folder.fNext++])) : !End())
-        return false;
-    }
-    return true;
-  }
-
- private:
-  struct TOpenFolder {
-    TRef<IFolderData> fFolder;
-    std::vector<TRef<IFolderData>> fChildren;
-    TRef<const TFileTable> fFiles;  // nullptr when no files are exported
-    size_t fNext = 0;
-  };
-
-  bool Begin(TRef<IFolderData> pFolder) {
-    const int32_t level = fTopLevel + static_cast<int32_t>(fOpen.size());
-    const TExportRow row{.fFolder = *pFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*pFolder)};
-    if (fVisitor.TakesBranch(row)) return true;
-    TOpenFolder folder;
-    // A folder that is not included still leads to those beneath it.
-    if (level < fExport.Settings().fRecursionLevel.fLevel) {
-      folder.fChildren = fExport.IncludedChildren(*pFolder);
-      folder.fFiles = fExport.IncludedFiles(*pFolder);
-    }
-    const bool isComplete = folder.fChildren.empty() && !folder.fFiles;
-    if (!fVisitor.BeginNode(row, isComplete)) return false;
-    if (isComplete) return true;
-    folder.fFolder = std::move(pFolder);
-    fOpen.push_back(std::move(folder));
-    return true;
-  }
-
-  bool End() {
-    const TOpenFolder folder = std::move(fOpen.back());
-    fOpen.pop_back();
-    const int32_t level = fTopLevel + static_cast<int32_t>(fOpen.size());
-    if (folder.fFiles) {
-      for (const uint32_t index : fExport.OrderOfFiles(*folder.fFolder, *folder.fFiles))
-        if (!fVisitor.VisitFile({*folder.fFolder, level + 1, folder.fFiles.get(), &(*folder.fFiles)[index]}))
-          return false;
-    }
-    return fVisitor.EndNode(
-        {.fFolder = *folder.fFolder, .fLevel = level, .fIsShown = fExport.IsIncluded(*folder.fFolder)});
-  }
-
-  const TBaseExport& fExport;
-  IExportVisitor& fVisitor;
-  const int32_t fTopLevel;
-  std::vector<TOpenFolder> fOpen;
-};
-
-bool TBaseExport::WalkNodes(IFolderData& pTop, IExportVisitor& pVisitor) const {
-  return TWalk(*this, pVisitor, 0).Run(&pTop);
+bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TTreeRow&)>& pRow) const {
+  return Walk().ForEach(pTop, pRow);
 }
 
 // --- on several threads ----------------------------------------------------------------------------------------------
 
-int64_t TBaseExport::RowsOf(const IFolderData& pFolder) const {
-  constexpr int64_t kVeryMany = 1 << 30;  // limits the count, because a scan file may claim any number
-  TSizeValues values = pFolder.GetValues();
-  if (fGoneSince) values.fFolders += std::min(fGoneSince->EarlierValues(pFolder).fFolders, kVeryMany);
-  return 1 + std::min(values.fFolders, kVeryMany) + (Includes(ioFiles) ? std::min(values.fFiles, kVeryMany) : 0);
-}
-
 // Gives small branches to other threads, and groups small siblings. It writes the folders above them itself. So every
 // piece stays small for any shape of tree, and no thread gets all the work.
-class TBaseExport::TBranchingVisitor final : public IExportVisitor {
+class TBaseExport::TBranchingVisitor final : public ITreeVisitor {
  public:
-  TBranchingVisitor(const TBaseExport& pExport, TRowWriter& pWriter, TParallelText& pText)
-      : fExport(pExport), fWriter(pWriter), fText(pText) {}
+  TBranchingVisitor(const TTreeWalk& pWalk, TRowWriter& pWriter, TParallelText& pText)
+      : fWalk(pWalk), fWriter(pWriter), fText(pText) {}
 
-  bool TakesBranch(const TExportRow& pRow) override {
-    const int64_t rows = fExport.RowsOf(pRow.fFolder);
+  bool TakesBranch(const TTreeRow& pRow) override {
+    const int64_t rows = fWalk.RowsOf(pRow.fFolder);
     if (rows > kRowsPerPiece) return false;
     if (fRows + rows > kRowsPerPiece) SendBranches();
     fBranches.emplace_back(&pRow.fFolder);
@@ -180,13 +56,11 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
     fRows += rows;
     return true;
   }
-  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override {
+  bool BeginNode(const TTreeRow& pRow, bool pIsComplete) override {
     return SendBranches() && fWriter.BeginNode(pRow, pIsComplete) && SendLongText();
   }
-  bool EndNode(const TExportRow& pRow) override { return SendBranches() && fWriter.EndNode(pRow) && SendLongText(); }
-  bool VisitFile(const TExportRow& pRow) override {
-    return SendBranches() && fWriter.VisitFile(pRow) && SendLongText();
-  }
+  bool EndNode(const TTreeRow& pRow) override { return SendBranches() && fWriter.EndNode(pRow) && SendLongText(); }
+  bool VisitFile(const TTreeRow& pRow) override { return SendBranches() && fWriter.VisitFile(pRow) && SendLongText(); }
   bool Finish() { return SendBranches() && SendText() && fText.Finish(); }
 
  private:
@@ -206,17 +80,17 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
     if (fBranches.empty()) return true;
     if (!SendText()) return false;
     fRows = 0;
-    auto make = [&exporter = fExport, writer = std::shared_ptr<TRowWriter>(fWriter.Branch()), level = fLevel,
+    auto make = [&walk = fWalk, writer = std::shared_ptr<TRowWriter>(fWriter.Branch()), level = fLevel,
                  folders = std::exchange(fBranches, {})](TRowText& pText) {
       std::swap(writer->fText, pText);
-      for (const TRef<IFolderData>& folder : folders) TWalk(exporter, *writer, level).Run(folder);
+      for (const TRef<IFolderData>& folder : folders) walk.Run(*folder, *writer, level);
       writer->Flush();
       std::swap(writer->fText, pText);
     };
     return fText.Add(std::move(make));
   }
 
-  const TBaseExport& fExport;
+  const TTreeWalk& fWalk;
   TRowWriter& fWriter;
   TParallelText& fText;
   std::vector<TRef<IFolderData>> fBranches;  // siblings not sent yet
@@ -225,20 +99,10 @@ class TBaseExport::TBranchingVisitor final : public IExportVisitor {
 };
 
 bool TBaseExport::WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const {
+  const TTreeWalk walk = Walk();
   TParallelText text(ProcessorCount(), pTake);
-  TBranchingVisitor visitor(*this, pWriter, text);
-  return WalkNodes(pTop, visitor) && visitor.Finish();
-}
-
-bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TExportRow&)>& pRow) const {
-  struct TRows : IExportVisitor {
-    explicit TRows(const std::function<bool(const TExportRow&)>& pCall) : fCall(pCall) {}
-    bool BeginNode(const TExportRow& pRow, bool) override { return !pRow.fIsShown || fCall(pRow); }
-    bool EndNode(const TExportRow&) override { return true; }
-    bool VisitFile(const TExportRow& pFile) override { return fCall(pFile); }
-    const std::function<bool(const TExportRow&)>& fCall;
-  } rows(pRow);
-  return WalkNodes(pTop, rows);
+  TBranchingVisitor visitor(walk, pWriter, text);
+  return walk.Run(pTop, visitor) && visitor.Finish();
 }
 
 bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {
@@ -256,7 +120,7 @@ void TFileStreamExport::ReadErrors(const IHierarchicalRoot& pRoot) {
     if (error.fObject) fErrors.emplace(error.fObject.get(), error.fText + (error.fPartial ? u" (read in part)" : u""));
 }
 
-std::u16string_view TFileStreamExport::ErrorOf(const TExportRow& pRow) const {
+std::u16string_view TFileStreamExport::ErrorOf(const TTreeRow& pRow) const {
   if (fErrors.empty() || pRow.IsFile()) return {};
   const auto found = fErrors.find(&pRow.fFolder);
   return found == fErrors.end() ? std::u16string_view() : found->second;

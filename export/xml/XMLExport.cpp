@@ -108,16 +108,17 @@ void WriteFilters(const IHierarchicalRoot& pRoot, XML::TXMLFileStream& pStream) 
 void WriteTopSizeListToXML(const ITopSizeList& pList, XML::TXMLFileStream& pStream) {
   TXMLAttributes attributes;
   pStream.StartElement("TTopSizeFileList");
-  for (const TTopSizeEntry& file : pList.GetSnapshot()) {
+  for (const TTopSizeEntry& listed : pList.GetSnapshot()) {
+    const TEntryView file(listed);
     attributes.Clear();
-    attributes.Add("name", file.fName);
-    attributes.Add("Path", file.fParentFolder->GetFullPath());
-    attributes.Add("Size", file.fSize);
-    attributes.Add("Allocated", file.fAllocated);
-    attributes.Add("FileAttributes", file.fAttributes);
-    AddHalves(attributes, "LastChangeLow", "LastChangeHigh", file.fLastChangeDate);
-    AddHalves(attributes, "LastAccessLow", "LastAccessHigh", file.fLastAccessDate);
-    attributes.Add("CreationDate", file.fCreationDate.fTicks);
+    attributes.Add("name", file.GetObjectName());
+    attributes.Add("Path", file.GetParentPath());
+    attributes.Add("Size", file.GetSize());
+    attributes.Add("Allocated", file.GetAllocated());
+    attributes.Add("FileAttributes", file.GetAttributes());
+    AddHalves(attributes, "LastChangeLow", "LastChangeHigh", file.GetLastChangeDate());
+    AddHalves(attributes, "LastAccessLow", "LastAccessHigh", file.GetLastAccessDate());
+    attributes.Add("CreationDate", file.GetCreationDate().fTicks);
     pStream.AddElement("TopFile", attributes);
   }
   pStream.EndElement("TTopSizeFileList");
@@ -133,14 +134,14 @@ class TCustomXMLExport::TFolderElements final : public TRowWriter, private IByte
       : fExport(pExport), fStream(XML::TXMLFileStream::Inside(*this)) {}
 
   std::unique_ptr<TRowWriter> Branch() const override;
-  bool BeginNode(const TExportRow& pRow, bool pIsComplete) override;
-  bool EndNode(const TExportRow& pRow) override;
+  bool BeginNode(const TTreeRow& pRow, bool pIsComplete) override;
+  bool EndNode(const TTreeRow& pRow) override;
   void Flush() override { fStream.Flush(); }
 
  private:
   void Write(std::string_view pBytes) override { fText.fBytes += pBytes; }
   void WriteErrors(const IFolderData& pFolder);
-  void WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn);
+  void WriteColumn(const TEntryView& pEntry, TColumn pColumn);
   void WriteStatistics(const IFolderData& pFolder);
   void WriteSizeArray(std::string_view pName, const std::vector<TKeyedSizeValues>& pRecords);
   void WriteFileAges(const std::vector<TKeyedSizeValues>& pRecords);
@@ -241,7 +242,7 @@ std::unique_ptr<TRowWriter> TCustomXMLExport::TFolderElements::Branch() const {
   return elements;
 }
 
-bool TCustomXMLExport::TFolderElements::BeginNode(const TExportRow& pRow, bool pIsComplete) {
+bool TCustomXMLExport::TFolderElements::BeginNode(const TTreeRow& pRow, bool pIsComplete) {
   IFolderData& folder = pRow.fFolder;
   const size_t parentLength = fPath.size();
   if (!folder.IsFileGroup()) {
@@ -252,10 +253,11 @@ bool TCustomXMLExport::TFolderElements::BeginNode(const TExportRow& pRow, bool p
   fAttributes.Add("fullpath", fPath);
   fAttributes.AddBoolean("IsFilesNode", folder.IsFileGroup());
   fStream.StartElement("Folder", fAttributes);
-  for (const TColumn column : fExport.Columns()) WriteColumn(folder, column);
+  const TEntryView entry = pRow.View();
+  for (const TColumn column : fExport.Columns()) WriteColumn(entry, column);
   if (!fExport.fErrors.empty()) WriteErrors(folder);
-  fStream.AddElement("FolderState", folder.GetFolderState() & XML::kFolderStatesInFiles);
-  const TSizeValues values = folder.GetValues();
+  fStream.AddElement("FolderState", entry.GetFolderState() & XML::kFolderStatesInFiles);
+  const TSizeValues values = entry.GetValues();
   fAttributes.Clear();
   AddSizes(fAttributes, values);
   fAttributes.Add("Folders", values.fFolders);
@@ -271,7 +273,7 @@ bool TCustomXMLExport::TFolderElements::BeginNode(const TExportRow& pRow, bool p
   return true;
 }
 
-bool TCustomXMLExport::TFolderElements::EndNode(const TExportRow&) {
+bool TCustomXMLExport::TFolderElements::EndNode(const TTreeRow&) {
   fPath.resize(fParentLengths.back());
   fParentLengths.pop_back();
   fStream.EndElement("Folder");
@@ -294,25 +296,25 @@ void TCustomXMLExport::TFolderElements::WriteErrors(const IFolderData& pFolder) 
   }
 }
 
-void TCustomXMLExport::TFolderElements::WriteColumn(const IHierarchicalElement& pNode, TColumn pColumn) {
+void TCustomXMLExport::TFolderElements::WriteColumn(const TEntryView& pEntry, TColumn pColumn) {
   switch (pColumn) {
     case TColumn::mdAttributes:
-      fStream.AddElement("Attributes", pNode.GetAttributes());
+      fStream.AddElement("Attributes", pEntry.GetAttributes());
       return;
     case TColumn::mdLastAccess:
-      fStream.WriteFileTimeToXMLFile("LastAccessDate", pNode.GetLastAccessDate());
+      fStream.WriteFileTimeToXMLFile("LastAccessDate", pEntry.GetLastAccessDate());
       return;
     case TColumn::mdLastChange:
-      fStream.WriteFileTimeToXMLFile("LastChangeDate", pNode.GetLastChangeDate());
+      fStream.WriteFileTimeToXMLFile("LastChangeDate", pEntry.GetLastChangeDate());
       return;
     case TColumn::mdCreation:
-      fStream.WriteFileTimeToXMLFile("CreationDate", pNode.GetCreationDate());
+      fStream.WriteFileTimeToXMLFile("CreationDate", pEntry.GetCreationDate());
       return;
     default:
       break;
   }
   if (IsSizeColumn(pColumn)) return;
-  const std::u16string text = pNode.GetFormattedValue(pColumn, fExport.fFormat);
+  const std::u16string text = pEntry.GetFormattedValue(pColumn, fExport.fFormat);
   // If owners are not collected, every folder would have an empty one.
   if (pColumn == TColumn::mdOwner && text.empty()) return;
   fStream.AddElement(TagOf(pColumn), text);
