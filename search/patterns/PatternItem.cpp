@@ -1,8 +1,5 @@
 #include "search/patterns/PatternItem.h"
 
-#include "model/tree/FileNames.h"
-#include "platform/files/Paths.h"
-
 namespace Vantrel::PatternMatching {
 
 void TPatternItem::SetFolder(std::u16string_view pPath) {
@@ -13,14 +10,12 @@ void TPatternItem::SetFolder(std::u16string_view pPath) {
 }
 
 void TPatternItem::SetEntry(const IHierarchicalEnumerator& pEntry) {
-  fObject = &pEntry;
+  SetObject(TEntryView(pEntry));
   fEntry = &pEntry;
-  fIsFolder = pEntry.IsFolder();
-  fFilled.reset();
 }
 
-void TPatternItem::SetObject(const IHierarchicalBase& pObject) {
-  fObject = &pObject;
+void TPatternItem::SetObject(const TEntryView& pObject) {
+  fObject = pObject;
   fEntry = nullptr;
   fIsFolder = pObject.IsFolder();
   fFilled.reset();
@@ -33,7 +28,7 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
       pText.fText.Set(fObject->GetObjectName());
       return;
     case TColumn::mdExtension:
-      pText.fText.Set(fIsFolder ? std::u16string_view() : ExtensionColumnOfName(fObject->GetObjectName()));
+      pText.fText.Set(fObject->GetExtension());
       return;
     case TColumn::mdFullPath:
       FillFullPath(pText);
@@ -42,7 +37,7 @@ void TPatternItem::Fill(TColumn pColumn, TColumnText& pText) {
       if (fEntry != nullptr)
         pText.fBuffer.assign(fFolderPrefix, 0, fFolderLength);
       else
-        pText.fBuffer = FolderOfPath(fObject->GetFullPath(), fDelimiter);
+        pText.fBuffer = fObject->GetParentPath();
       break;
     case TColumn::mdOwner:
       FillOwner(pText);
@@ -82,9 +77,7 @@ void TPatternItem::FillOwner(TColumnText& pText) {
     const auto known = fOwnerNames.find(id);
     pText.fBuffer = known != fOwnerNames.end() ? known->second : fOwnerNames[id] = fEntry->GetOwner();
   } else {
-    const TMetaDataValue value = fObject->GetValue(TColumn::mdOwner);
-    const auto* name = std::get_if<std::u16string>(&value);
-    pText.fBuffer = name ? *name : std::u16string();
+    pText.fBuffer = fObject->GetOwner();
   }
 }
 

@@ -5,9 +5,10 @@
 #include <array>
 #include <bitset>
 #include <boost/unordered/unordered_flat_map.hpp>
+#include <optional>
 #include <string>
 
-#include "model/tree/HierarchicalInterfaces.h"
+#include "model/tree/EntryView.h"
 #include "search/patterns/MatchText.h"
 
 namespace Vantrel::PatternMatching {
@@ -24,8 +25,8 @@ class TPatternItem {
   void SetFolder(std::u16string_view pPath);
   // Sets the enumerator's current entry. It lies in the folder set before.
   void SetEntry(const IHierarchicalEnumerator& pEntry);
-  // Sets a tree node, or another object with values of its own.
-  void SetObject(const IHierarchicalBase& pObject);
+  // Sets any other file or folder.
+  void SetObject(const TEntryView& pObject);
 
   bool IsFolder() const { return fIsFolder; }
   // The column's value as text. Names and paths are unchanged, numbers have no grouping, dates and attributes are as
@@ -52,8 +53,8 @@ class TPatternItem {
   bool fPathHasPrefix = false;   // whether the text of the full path begins with fFolderPrefix
   TUnitSet fPrefixUnits = 0;     // units of fFolderPrefix, once folded
   size_t fFolderLength = 0;      // length of the folder's path without the delimiter
-  const IHierarchicalBase* fObject = nullptr;
-  const IHierarchicalEnumerator* fEntry = nullptr;  // fObject, if it is an enumerator
+  std::optional<TEntryView> fObject;
+  const IHierarchicalEnumerator* fEntry = nullptr;  // what fObject reads, if it is a listing
   bool fIsFolder = false;
   std::bitset<kColumns> fFilled;
   std::array<TColumnText, kColumns> fTexts;
