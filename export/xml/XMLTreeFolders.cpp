@@ -119,10 +119,10 @@ void TXMLTreeBuilder::BeginSizeArray(bool pIsUsers) {
   TFolderStatistics& statistics = folder.fValues.fStatistics;
   if (pIsUsers) {
     fScan.fHasUsers = true;
-    fSizeArray = statistics.fUsers = MakeRef<TUserSizeArray>();
+    fSizeArray = statistics.fUserSizeArray = MakeRef<TUserSizeArray>();
   } else {
     fScan.fHasExtensions = true;
-    fSizeArray = statistics.fExtensions = MakeRef<TExtensionSizeArray>();
+    fSizeArray = statistics.fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
   }
 }
 
@@ -143,7 +143,7 @@ constexpr std::u16string_view kDays = u"Days_";
 
 void TXMLTreeBuilder::ReadFileAges(TXMLAttributeSpan pAttributes) {
   TOpenFolder& folder = OpenFolder("begin of 'FileAgeDistribution'");
-  if (folder.fValues.fStatistics.fAges) return;
+  if (folder.fValues.fStatistics.fFileAgeDistribution) return;
   folder.fHasStatistics = true;
   if (!fFileAges) {
     std::vector<std::pair<std::u16string, std::u16string>> attributes;
@@ -171,7 +171,7 @@ void TXMLTreeBuilder::ReadFileAges(TXMLAttributeSpan pAttributes) {
     const TBasicSizeValues values{numbers[0], numbers[1], numbers[2]};
     if (!values.IsZero()) ages->Add(static_cast<int>(i), Counted(values));
   }
-  folder.fValues.fStatistics.fAges = ages;
+  folder.fValues.fStatistics.fFileAgeDistribution = ages;
 }
 
 }  // namespace Vantrel::XML

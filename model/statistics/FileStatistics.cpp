@@ -1,5 +1,7 @@
 #include "model/statistics/FileStatistics.h"
 
+#include "model/tree/EntryView.h"
+
 namespace Vantrel {
 
 TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime pLastChange, TKivFileTime pCreation) {
@@ -14,35 +16,39 @@ TKivFileTime DateOfKind(TDateType pType, TKivFileTime pLastAccess, TKivFileTime 
 }
 
 void TFolderStatistics::Add(const TFolderStatistics& pOther) const {
-  if (fUsers && pOther.fUsers) fUsers->AddArray(*pOther.fUsers);
-  if (fExtensions && pOther.fExtensions) fExtensions->AddArray(*pOther.fExtensions);
-  if (fAges && pOther.fAges) fAges->AddDistribution(*pOther.fAges);
+  if (fUserSizeArray && pOther.fUserSizeArray) fUserSizeArray->AddArray(*pOther.fUserSizeArray);
+  if (fExtensionSizeArray && pOther.fExtensionSizeArray) fExtensionSizeArray->AddArray(*pOther.fExtensionSizeArray);
+  if (fFileAgeDistribution && pOther.fFileAgeDistribution)
+    fFileAgeDistribution->AddDistribution(*pOther.fFileAgeDistribution);
 }
 
 void TFolderStatistics::Add(const TListedStatistics& pListed) const {
-  if (fUsers) fUsers->Add(pListed.fOwners);
-  if (fExtensions) fExtensions->Add(pListed.fExtensions);
-  if (fAges) fAges->Add(pListed.fAges);
+  if (fUserSizeArray) fUserSizeArray->Add(pListed.fOwners);
+  if (fExtensionSizeArray) fExtensionSizeArray->Add(pListed.fExtensions);
+  if (fFileAgeDistribution) fFileAgeDistribution->Add(pListed.fAges);
 }
 
 void TFolderStatistics::Subtract(const TFolderStatistics& pOther) const {
-  if (fUsers && pOther.fUsers) fUsers->SubtractArray(*pOther.fUsers);
-  if (fExtensions && pOther.fExtensions) fExtensions->SubtractArray(*pOther.fExtensions);
-  if (fAges && pOther.fAges) fAges->SubtractDistribution(*pOther.fAges);
+  if (fUserSizeArray && pOther.fUserSizeArray) fUserSizeArray->SubtractArray(*pOther.fUserSizeArray);
+  if (fExtensionSizeArray && pOther.fExtensionSizeArray)
+    fExtensionSizeArray->SubtractArray(*pOther.fExtensionSizeArray);
+  if (fFileAgeDistribution && pOther.fFileAgeDistribution)
+    fFileAgeDistribution->SubtractDistribution(*pOther.fFileAgeDistribution);
 }
 
 void TFolderStatistics::AddOrCreate(const TFolderStatistics& pOther) {
-  if (pOther.fUsers && !fUsers) fUsers = MakeRef<TUserSizeArray>();
-  if (pOther.fExtensions && !fExtensions) fExtensions = MakeRef<TExtensionSizeArray>();
-  if (pOther.fAges && !fAges) fAges = pOther.fAges->CloneEmpty();
+  if (pOther.fUserSizeArray && !fUserSizeArray) fUserSizeArray = MakeRef<TUserSizeArray>();
+  if (pOther.fExtensionSizeArray && !fExtensionSizeArray) fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
+  if (pOther.fFileAgeDistribution && !fFileAgeDistribution)
+    fFileAgeDistribution = pOther.fFileAgeDistribution->CloneEmpty();
   Add(pOther);
 }
 
 TFolderStatistics TFolderStatistics::Clone() const {
   TFolderStatistics clone;
-  if (fUsers) clone.fUsers = fUsers->Clone();
-  if (fExtensions) clone.fExtensions = fExtensions->Clone();
-  if (fAges) clone.fAges = fAges->Clone();
+  if (fUserSizeArray) clone.fUserSizeArray = fUserSizeArray->Clone();
+  if (fExtensionSizeArray) clone.fExtensionSizeArray = fExtensionSizeArray->Clone();
+  if (fFileAgeDistribution) clone.fFileAgeDistribution = fFileAgeDistribution->Clone();
   return clone;
 }
 
@@ -51,12 +57,8 @@ template <class TKeyOf>
 void TStatisticsReading::SumUp(TRecords& pRecords, const TFileTable* pFiles, const TKeyOf& pKeyOf) {
   fTotals.Clear();
   for (size_t i = 0; pFiles && i < pFiles->Count(); ++i) {
-    const TFileRecord& file = (*pFiles)[i];
-    TBasicSizeValues sizes;
-    sizes.fSize = file.fSize;
-    sizes.fAllocated = file.fAllocated;
-    sizes.fFiles = 1;
-    fTotals.Add(pKeyOf(file), sizes);
+    const TEntryView file(*pFiles, (*pFiles)[i], nullptr);
+    fTotals.Add(pKeyOf(file), file.GetValues());
   }
   const std::span<const TKeyedSizeValues> sums = fTotals.Sorted();
   pRecords.fCollected = true;
@@ -68,18 +70,19 @@ void TStatisticsReading::Read(const TFileTable* pFiles, const IScanConfiguration
   if (pConfiguration.GetDoUsersStatistics()) {
     const TKeyId unknown = TUserSizeArray::KeyOf({});
     SumUp(fUsers, pFiles,
-          [&](const TFileRecord& pFile) { return pFile.fOwnerKey == kNoKey ? unknown : pFile.fOwnerKey; });
+          [&](const TEntryView& pFile) { return pFile.GetOwnerKey() == kNoKey ? unknown : pFile.GetOwnerKey(); });
   }
   if (pConfiguration.GetDoExtensionsStatistics())
     SumUp(fExtensions, pFiles,
-          [&](const TFileRecord& pFile) { return fExtensionKeys.KeyOfName(pFiles->NameOf(pFile)); });
+          [&](const TEntryView& pFile) { return fExtensionKeys.KeyOfName(pFile.GetObjectName()); });
   const TDateType type = pConfiguration.GetFileAgesDateType();
   if (type == TDateType::dtNone) return;
   const TKivFileTime now = pConfiguration.GetScanTimeStamp();
   const IFileAges* ages = pConfiguration.GetFileAges();
   // Without intervals no file has an age.
-  SumUp(fAges, ages->GetCount() > 0 ? pFiles : nullptr, [&](const TFileRecord& pFile) {
-    const TKivFileTime date = DateOfKind(type, pFile.fLastAccessDate, pFile.fLastChangeDate, pFile.fCreationDate);
+  SumUp(fAges, ages->GetCount() > 0 ? pFiles : nullptr, [&](const TEntryView& pFile) {
+    const TKivFileTime date =
+        DateOfKind(type, pFile.GetLastAccessDate(), pFile.GetLastChangeDate(), pFile.GetCreationDate());
     return static_cast<TKeyId>(ages->GetIndexOfMatchingInterval(FileAgeInDays(now, date)));
   });
 }
@@ -90,9 +93,9 @@ void TStatisticsReading::Read(const TFolderStatistics& pStatistics) {
     pRecords.fCollected = pSource != nullptr;
     if (pSource) pRecords.fRecords = pSource->GetEntries();
   };
-  take(fUsers, pStatistics.fUsers);
-  take(fExtensions, pStatistics.fExtensions);
-  take(fAges, pStatistics.fAges);
+  take(fUsers, pStatistics.fUserSizeArray);
+  take(fExtensions, pStatistics.fExtensionSizeArray);
+  take(fAges, pStatistics.fFileAgeDistribution);
 }
 
 void TStatisticsReading::Clear() {
@@ -108,16 +111,16 @@ TFolderStatistics StatisticsOfFiles(const TFileTable* pFiles, const IScanConfigu
   TFolderStatistics statistics;
   TListedStatistics listed;
   if (reading.Users()) {
-    statistics.fUsers = MakeRef<TUserSizeArray>();
+    statistics.fUserSizeArray = MakeRef<TUserSizeArray>();
     listed.fOwners = *reading.Users();
   }
   if (reading.Extensions()) {
-    statistics.fExtensions = MakeRef<TExtensionSizeArray>();
+    statistics.fExtensionSizeArray = MakeRef<TExtensionSizeArray>();
     listed.fExtensions = *reading.Extensions();
   }
   if (reading.Ages()) {
-    statistics.fAges = MakeRef<TFileAgeDistribution>(TRef<IFileAges>(pConfiguration.GetFileAges()),
-                                                     pConfiguration.GetFileAgesDateType());
+    statistics.fFileAgeDistribution = MakeRef<TFileAgeDistribution>(TRef<IFileAges>(pConfiguration.GetFileAges()),
+                                                                    pConfiguration.GetFileAgesDateType());
     listed.fAges = *reading.Ages();
   }
   statistics.Add(listed);

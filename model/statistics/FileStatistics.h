@@ -23,11 +23,11 @@ struct TListedStatistics {
 // The three statistics of a folder, as the folder stores them. nullptr for each that its root does not collect. A copy
 // shares the arrays.
 struct TFolderStatistics {
-  TRef<ICustomAssocSizeArray> fUsers;
-  TRef<ICustomAssocSizeArray> fExtensions;
-  TRef<IFileAgeDistribution> fAges;
+  TRef<ICustomAssocSizeArray> fUserSizeArray;
+  TRef<ICustomAssocSizeArray> fExtensionSizeArray;
+  TRef<IFileAgeDistribution> fFileAgeDistribution;
 
-  bool IsEmpty() const { return !fUsers && !fExtensions && !fAges; }
+  bool IsEmpty() const { return !fUserSizeArray && !fExtensionSizeArray && !fFileAgeDistribution; }
   // Add and Subtract change the existing arrays and ignore what is not collected here.
   void Add(const TFolderStatistics& pOther) const;
   void Add(const TListedStatistics& pListed) const;

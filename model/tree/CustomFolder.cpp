@@ -86,18 +86,18 @@ size_t TCustomFolderData::GetSubFolderCount() const {
 }
 
 TRef<ICustomAssocSizeArray> TCustomFolderData::GetUserSizeArray() const {
-  return Statistics().fUsers;
+  return Statistics().fUserSizeArray;
 }
 
 TRef<ICustomAssocSizeArray> TCustomFolderData::GetExtensionSizeArray() const {
-  return Statistics().fExtensions;
+  return Statistics().fExtensionSizeArray;
 }
 
 TRef<IFileAgeDistribution> TCustomFolderData::GetFileAgeDistribution(TDateType pDateType) const {
   TRef<IHierarchicalRoot> root = GetRoot();
   if (root && pDateType != root->GetScanConfiguration()->GetFileAgesDateType())
     throw EInvalidArgumentValue("Folder data can only provide the file ages as configured during the scan");
-  return Statistics().fAges;
+  return Statistics().fFileAgeDistribution;
 }
 
 TFolderStatistics TCustomFolderData::Statistics() const {
