@@ -20,7 +20,7 @@ void TComparePostScanAction::ReadInput(IHierarchicalRoot&) {
 }
 
 void TComparePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
-  XML::TQZXMLCompareReader::Compare(pRoot, *fEarlier);
+  XML::TQZXMLCompareReader::AfterCompareRoot(pRoot, *fEarlier);
   ForgetEarlier();
 }
 

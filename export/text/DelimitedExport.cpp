@@ -1,11 +1,10 @@
 #include "export/text/DelimitedExport.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
+#include "model/columns/ValueText.h"
 #include "model/roots/EarlierFiles.h"
-#include "platform/text/Numbers.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
@@ -85,10 +84,10 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   ChooseColumns();
   fFields = {Separator(), Settings().fNeutralizeFormulas};
   fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
-  fDecimalSeparator = ToUtf8(fFormat.fDecimalSeparator);
   // Bare numbers and dates hold only these characters. A separator with any other character cannot occur in them.
-  fQuotesNumbers = !fFormat.fPlainByteValues || fFormat.fShowUnits ||
-                   fFields.fSeparator.find_first_not_of("0123456789-: " + fDecimalSeparator) == std::string::npos;
+  fQuotesNumbers =
+      !fFormat.fPlainByteValues || fFormat.fShowUnits ||
+      fFields.fSeparator.find_first_not_of("0123456789-: " + ToUtf8(fFormat.fDecimalSeparator)) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
   fSharesOfAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
   if (LineCount() == 0) WriteHeader();
@@ -242,25 +241,14 @@ bool TDelimitedExport::TRows::AppendQuickly(const TEntryView& pEntry, const TSiz
 }
 
 bool TDelimitedExport::TRows::AppendNumber(TColumn pColumn, int64_t pValue) {
-  if (fExport.fFormat.fPlainByteValues)
-    AppendInteger(Line(), pValue);
-  else
-    Line() += ToUtf8(FormatValue(pColumn, pValue, fExport.fFormat));
+  AppendNumberText(Line(), pColumn, pValue, fExport.fFormat);
   return true;
 }
 
 void TDelimitedExport::TRows::AppendShareOfParent(const TSizeValues& pSizes) {
   // The top is the whole.
   const double share = fOpen.empty() ? 1.0 : ShareOfWhole(ShareBasis(pSizes), fOpen.back().fShareBasis);
-  if (fExport.fFormat.fShowUnits || fExport.fFormat.fDecimals != 1) {
-    Line() += ToUtf8(FormatValue(TColumn::mdPercentOfParent, share, fExport.fFormat));
-    return;
-  }
-  // A fast form for a million rows, with the same result: tenths of a per cent, halves rounded away from zero.
-  const auto tenths = std::llround(share * 100.0 * 10);
-  AppendInteger(Line(), tenths / 10);
-  Line() += fExport.fDecimalSeparator;
-  AppendInteger(Line(), tenths % 10);
+  AppendShareText(Line(), share, fExport.fFormat);
 }
 
 void TDelimitedExport::TRows::AppendSlowly(const TEntryView& pEntry, TColumn pColumn) {

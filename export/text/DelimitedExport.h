@@ -36,7 +36,6 @@ class TDelimitedExport : public TBaseTextExport {
   TValueFormat fFormat;
   TDelimitedFormat fFields;
   char fDelimiter = 0;
-  std::string fDecimalSeparator;
   bool fQuotesNumbers = false;  // quotes numbers and dates if needed, because the separator may occur in them
   bool fSharesOfAllocated = false;
 

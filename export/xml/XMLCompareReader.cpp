@@ -21,7 +21,7 @@ TRef<IHierarchicalRoot> TQZXMLCompareReader::ReadEarlier(const std::u16string& p
   return TQZXMLReader::ReadRootFromXMLFile(pPath, pRoots, pProgress, TPurpose::puCompare).fRoot;
 }
 
-void TQZXMLCompareReader::Compare(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier) {
+void TQZXMLCompareReader::AfterCompareRoot(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier) {
   RequireNoScan(pRoot);
   pRoot.SetComparison(MakeRef<TComparison>(pRoot, pEarlier));
 }
@@ -31,7 +31,7 @@ bool TQZXMLCompareReader::CompareWithXMLFile(const std::u16string& pPath, IHiera
   RequireNoScan(pRoot);
   const TRef<IHierarchicalRoot> earlier = ReadEarlier(pPath, pRoots, pProgress);
   if (!earlier) return false;
-  Compare(pRoot, *earlier);
+  AfterCompareRoot(pRoot, *earlier);
   earlier->Dispose();
   return true;
 }

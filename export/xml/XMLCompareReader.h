@@ -16,7 +16,7 @@ class TQZXMLCompareReader {
                                              const TLoadProgress& pProgress = {});
   // Makes pEarlier the scan that the root is compared with. The root's lists and exports then show the changes.
   // EScanFileError while the root is being scanned.
-  static void Compare(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier);
+  static void AfterCompareRoot(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier);
   // Reads and compares. When cancelled, returns false and leaves the root unchanged.
   static bool CompareWithXMLFile(const std::u16string& pPath, IHierarchicalRoot& pRoot, IScanRoots& pRoots,
                                  const TLoadProgress& pProgress = {});

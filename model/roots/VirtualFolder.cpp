@@ -2,13 +2,9 @@
 
 #include "model/statistics/AssocSizeArray.h"
 #include "model/statistics/FileAges.h"
-#include "model/tree/EntryView.h"
+#include "model/tree/FileTable.h"
 
 namespace Vantrel {
-
-TMetaDataValue TVirtualFolder::GetValue(TColumn pColumn) const {
-  return TEntryView(*this).GetValue(pColumn);
-}
 
 std::u16string TVirtualFolder::GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const {
   if (pColumn >= TColumn::mdCount) return fFolder->GetFormattedValue(pColumn, pFormat);  // reports the wrong column

@@ -4,19 +4,18 @@
 
 #include <utility>
 
-#include "model/roots/RootInterfaces.h"
+#include "model/tree/HierarchicalData.h"
 
 namespace Vantrel {
 
 // Shows a folder of a root at its place in the combined root. Parent, depth and share are those of that place.
 // Everything else is the folder's own, and calls on the view act on the folder.
-class TVirtualFolder : public TInterfaced<IFolderData> {
+class TVirtualFolder : public TBaseVariantMetaDataProvider<IFolderData> {
  public:
   TVirtualFolder(TRef<IFolderData> pFolder, TRef<IHierarchicalElement> pParent)
       : fFolder(std::move(pFolder)), fParent(std::move(pParent)) {}
 
   TRef<IHierarchicalElement> GetParentFolder() const override { return fParent; }
-  TMetaDataValue GetValue(TColumn pColumn) const override;
   std::u16string GetFormattedValue(TColumn pColumn, const TValueFormat& pFormat) const override;
   std::vector<TRef<IFolderData>> FindSubFolders() override;
   TRef<IFolderData> GetFilesNode() const override;

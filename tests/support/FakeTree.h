@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "model/roots/RootInterfaces.h"
+#include "model/roots/ScanConfiguration.h"
 #include "model/roots/Storage.h"
 #include "model/statistics/FileStatistics.h"
 #include "platform/files/Paths.h"
@@ -24,14 +24,14 @@ namespace Vantrel::Testing {
   throw ENotImplemented("not part of the fake");
 }
 
-class TFakeFolder : public TInterfaced<IFolderData> {
+class TFakeFolder : public TBaseVariantMetaDataProvider<IFolderData> {
  public:
   TFakeFolder(std::u16string pName, TSizeValues pValues, TKivFileTime pLastChange = {}, bool pFileGroup = false)
       : fName(std::move(pName)), fValues(pValues), fLastChange(pLastChange), fFileGroup(pFileGroup) {}
 
   TRef<TFakeFolder> Add(TRef<TFakeFolder> pChild) {
     fChildren.push_back(pChild);
-    pChild->fParentSize = fValues.fSize;
+    pChild->fParent = this;
     return pChild;
   }
 
@@ -48,23 +48,13 @@ class TFakeFolder : public TInterfaced<IFolderData> {
   bool IsFolder() const override { return true; }
   bool IsFileGroup() const override { return fFileGroup; }
   TSizeValues GetValues() const override { return fValues; }
-  TMetaDataValue GetValue(TColumn pColumn) const override {
-    switch (pColumn) {
-      case TColumn::mdPercentOfParent:
-        return fParentSize == 0 ? 1.0 : static_cast<double>(fValues.fSize) / static_cast<double>(fParentSize);
-      case TColumn::mdLastChange:
-        return fLastChange;
-      default:
-        return ValueOfSizes(fValues, pColumn);
-    }
-  }
   // In the order in which they were added: the order of the tree is the tree's business.
   std::vector<TRef<IFolderData>> FindSubFolders() override { return {fChildren.begin(), fChildren.end()}; }
   size_t GetSubFolderCount() const override { return fChildren.size(); }
   IFolderData* AsFolder() override { return this; }
   TFolderStates GetFolderState() const override { return 0; }
-  TRef<IHierarchicalElement> GetParentFolder() const override { return nullptr; }
-  TRef<IHierarchicalRoot> GetRoot() const override { return nullptr; }
+  TRef<IHierarchicalElement> GetParentFolder() const override { return fParent; }
+  TRef<IHierarchicalRoot> GetRoot() const override;  // one that shares can be asked of, not the folder's own
   void Dispose() override { fChildren.clear(); }
 
   std::u16string GetFullPath() const override { NotFaked(); }
@@ -90,7 +80,7 @@ class TFakeFolder : public TInterfaced<IFolderData> {
   const TSizeValues fValues;
   const TKivFileTime fLastChange;
   const bool fFileGroup;
-  int64_t fParentSize = 0;
+  TFakeFolder* fParent = nullptr;
   std::vector<TRef<TFakeFolder>> fChildren;
 };
 
@@ -151,7 +141,9 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TKivFileTime fScanTimeStamp;
   TKivFileTime GetScanTimeStamp() const override { return fScanTimeStamp; }
   TRef<IDisposeToken> GetDisposeToken() const override { NotFaked(); }
-  TRef<IScanConfiguration> GetScanConfiguration() const override { NotFaked(); }
+  TRef<IScanConfiguration> GetScanConfiguration() const override {
+    return MakeRef<TScanConfiguration>(nullptr, TGlobalOptions());
+  }
   TRef<ITreeSubscription> Subscribe(std::function<void()>) override { NotFaked(); }
   TChangeQueues& GetChangeQueues() override { NotFaked(); }
   TRef<IStorage> GetStorage() const override { NotFaked(); }
@@ -162,6 +154,11 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   TRef<ITopSizeList> GetTopSizeList() const override { NotFaked(); }
   void SubscribeErrorObserver(TRef<IScanErrorObserver>) override { NotFaked(); }
 };
+
+inline TRef<IHierarchicalRoot> TFakeFolder::GetRoot() const {
+  static const TRef<TFakeRoot> root = MakeRef<TFakeRoot>(u"");
+  return root;
+}
 
 // Roots by the path that asks for them.
 class TFakeRoots : public TInterfaced<IScanRoots> {
