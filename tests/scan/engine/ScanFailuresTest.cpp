@@ -12,6 +12,7 @@
 #include "scan/engine/ScanEngine.h"
 #include "tests/scan/engine/FailingAllocation.h"
 #include "tests/support/MemoryRoot.h"
+#include "tests/support/RandomTree.h"
 #include "tests/support/Recount.h"
 
 namespace Vantrel::ScanEngine {
@@ -295,6 +296,27 @@ TEST(ScanFailures, CancellingStopsInAFolderOfManyFiles) {
         << "the whole folder was listed, included " << included;
     EXPECT_EQ(rsCancelled, scan.fRoot->GetState());
   }
+}
+
+// Folders that were never listed, and those that wait in the queue, take nothing from the sums of the others.
+TEST(ScanFailures, ACancelledScanLeavesATreeThatAgreesWithItself) {
+  for (uint32_t seed = 1; seed <= 20; ++seed)
+    for (int threads : {1, 4}) {
+      SCOPED_TRACE(testing::Message() << "seed " << seed << ", threads " << threads);
+      TFailingScan scan(threads);
+      TRandomTree(seed).Fill(scan.Top(), 5);
+      TMemoryEntry* held = &scan.Top();
+      for (TMemoryEntry& child : scan.Top().fChildren)
+        if (child.IsFolder() && child.fCanDescend) held = &child;
+      TGate gate;
+      held->fGate = &gate;
+      scan.Begin();
+      gate.WaitUntilReached();
+      scan.fRoot->CancelScan();
+      gate.Open();
+      ASSERT_TRUE(scan.fRoot->WaitForScan(kForever));
+      EXPECT_EQ("", Inconsistencies(ReadTree(*scan.fRoot->GetTopFolder())));
+    }
 }
 
 // For ThreadSanitizer: views read while scans and refreshes write.
