@@ -56,6 +56,7 @@ void TScanJob::Execute() {
 }
 
 bool TScanJob::Begin() {
+  if (!fFromFolder && !OpenFolder()) return false;
   fFromFolder->ExcludeFolderState(fsUpdatePending);
   if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*fFromFolder)) {
     fFromFolder->ExcludeFolderState(fsScanning);
@@ -83,14 +84,16 @@ void TScanJob::ScanAll() {
 // Opens the folder for listing. False when there is nothing to list.
 bool TScanJob::OpenFolder() {
   try {
-    fEnumerator = std::exchange(fOpen, nullptr)();
+    TScanStart start = std::exchange(fOpen, nullptr)();
+    fFromFolder = static_cast<TCustomFolderData*>(start.fFolder.get());
+    fEnumerator = std::move(start.fListing);
   } catch (...) {
     const uint32_t code = CodeOfCaughtException("TScanJob.OpenFolder");
     TReserveUse reserve;
     const TRef<TPathNotFoundEnumerator> failed = MakeRef<TPathNotFoundEnumerator>(fFromFolder->GetFullPath(), code, 0);
     fConfiguration.RecordError(*fFromFolder, *failed, true);
   }
-  if (!fEnumerator) fFromFolder->ExcludeFolderState(fsScanning);
+  if (!fEnumerator && fFromFolder) fFromFolder->ExcludeFolderState(fsScanning);
   return fEnumerator != nullptr;
 }
 

@@ -29,9 +29,8 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   // pParent is the parent's open folder, of which this job is a part. nullptr where a scan or a refresh begins.
   TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
            TScanMode pMode, TRef<TOpenFolder> pParent = nullptr);
-  // Sets the function that makes the folder's enumerator on the worker when the job begins. It returns nullptr when
-  // there is nothing to list.
-  void SetOpen(std::function<TRef<IHierarchicalEnumerator>()> pOpen) { fOpen = std::move(pOpen); }
+  // Sets the function that opens the folder on the worker when the job begins. The folder may be unknown until then.
+  void SetOpen(std::function<TScanStart()> pOpen) { fOpen = std::move(pOpen); }
 
  protected:
   // Throws nothing. An error ends the listing of one folder and is added to the root's error list.
@@ -74,10 +73,10 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   void TakeInRefresh(const TFileGroupContents& pFiles, const std::vector<TRef<IFolderData>>& pGone) noexcept;
 
   TScanEngine& fEngine;
-  const TRef<TCustomFolderData> fFromFolder;
+  TRef<TCustomFolderData> fFromFolder;
   TRef<TOpenFolder> fParent;
   TRef<IHierarchicalEnumerator> fEnumerator;
-  std::function<TRef<IHierarchicalEnumerator>()> fOpen;
+  std::function<TScanStart()> fOpen;
   IScanConfiguration& fConfiguration;
   ThreadPool::TWorkerThreadPool& fThreadPool;
   const bool fFolderDateBasedOnFilesOnly;

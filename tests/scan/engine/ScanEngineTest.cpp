@@ -10,6 +10,7 @@
 #include "model/roots/ScanRoots.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
+#include "platform/threads/InterruptibleThread.h"
 #include "scan/engine/ScanEngine.h"
 #include "tests/support/MemoryRoot.h"
 #include "tests/support/RandomTree.h"
@@ -205,11 +206,13 @@ TEST(ScanEngine, ARefreshEntersNothingThatAScanLeavesOut) {
   }
 }
 
-TEST(ScanEngine, ARefreshIsDoneOnAWorker) {
+TEST(ScanEngine, AScanAndARefreshOpenOnAWorker) {
   TScannedStorage scanned(1);
   scanned.Top().AddFolder(u"a").AddFile(u"f", 1);
   TMemoryEntry& gone = scanned.Top().AddFolder(u"gone");
+  scanned.fStorage->WatchThisThread();
   scanned.Scan();
+  EXPECT_EQ(0, scanned.fStorage->CountWatchedCalls()) << "the path was opened by the caller";
   for (const char16_t* path : {u"/memory/a", u"/memory/gone"})
     for (const bool recursive : {false, true}) {
       gone.fRemoved = path == std::u16string_view(u"/memory/gone");
@@ -498,8 +501,8 @@ TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
     TGate gate;
     held.fGate = &gate;
     scanned.Begin();
-    TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
     gate.WaitUntilReached();
+    TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
     EXPECT_FALSE(scanned.fRoot->WaitForScan(0));
     EXPECT_FALSE(top->Refresh(true));
     EXPECT_FALSE(scanned.fRoot->RemoveFolder(*top));
@@ -533,6 +536,40 @@ TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
     EXPECT_EQ("", scanned.Differences());
     EXPECT_EQ(rsFinished, scanned.fRoot->GetState());
   }
+}
+
+// As the path of a share whose server is gone: opening it blocks until it is interrupted.
+TEST(ScanEngine, AnOpeningThatHangsIsCancelled) {
+  struct TServices : TMemoryServices {
+    TGate fReached;
+    bool fRaises = false;
+    TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) override {
+      fReached.Open();
+      fReached.Pass();
+      while (!TInterruptibleThread::IsCurrentInterrupted()) std::this_thread::yield();
+      if (fRaises) throw EOSError(4, "Open", pRootPath);
+      return MakeRef<Enumerators::TPathNotFoundEnumerator>(pRootPath, 4, pOptions);
+    }
+  };
+  for (const bool raises : {false, true})
+    for (const bool disposes : {false, true}) {
+      auto services = MakeRef<TServices>();
+      services->fRaises = raises;
+      auto root = MakeRef<TCustomUnixRoot>(u"/gone", u"", services, std::make_shared<TGlobalOptions>(), nullptr);
+      root->Scan();  // returns
+      services->fReached.WaitUntilReached();
+      EXPECT_EQ(rsScanning, root->GetState());
+      EXPECT_FALSE(root->WaitForScan(0));
+      if (!disposes) {
+        root->CancelScan();
+        ASSERT_TRUE(root->WaitForScan(kForever));
+        EXPECT_EQ(rsCancelled, root->GetState()) << "raises " << raises;
+        EXPECT_TRUE(root->GetErrors().empty()) << "what an interrupted call says is no fault of the path";
+        ASSERT_NE(nullptr, root->GetTopFolder());
+        EXPECT_EQ(0, root->GetTopFolder()->GetFolderState() & (fsScanning | fsSubFolderScanningFinished));
+      }
+      root->Dispose();
+    }
 }
 
 TEST(ScanEngine, ScansThatRunAtOnceShareTheThreads) {
@@ -748,7 +785,7 @@ TEST(ScanEngine, RootsOfOneFileOfAMissingPathAndOfAMask) {
 
   auto missing = MakeRef<TCustomUnixRoot>(u"/nowhere", u"", scanned.fServices, scanned.fOptions, nullptr);
   missing->Scan();
-  EXPECT_TRUE(missing->WaitForScan(0));
+  EXPECT_TRUE(missing->WaitForScan(kForever));
   EXPECT_EQ(rsPathNotFound | rsHasErrors, missing->GetState());
   ASSERT_EQ(1u, missing->GetErrors().size());
   EXPECT_EQ(u"/nowhere", missing->GetErrors()[0].fPath);

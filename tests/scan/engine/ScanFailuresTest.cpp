@@ -217,7 +217,7 @@ TEST(ScanFailures, AScanThatCannotBegin) {
     auto root = MakeRef<TCustomUnixRoot>(u"/memory", u"", services, options, nullptr);
     test.fBreak(*services);
     EXPECT_NO_THROW(root->Scan());
-    ASSERT_TRUE(root->WaitForScan(0)) << "the root scans for good";
+    ASSERT_TRUE(root->WaitForScan(kForever)) << "the root scans for good";
     EXPECT_EQ(rsPathNotFound | rsHasErrors, root->GetState());
     ASSERT_EQ(1u, root->GetErrors().size());
     EXPECT_EQ(test.fCode, root->GetErrors()[0].fCode);
@@ -275,6 +275,27 @@ TEST(ScanFailures, EveryAllocationOfAScan) {
     }
     EXPECT_GT(failed, 20) << "the test staged next to no failure";
   }
+}
+
+TEST(ScanFailures, ARemovalThatFailsLeavesTheRootReadyForAScan) {
+  int64_t failed = 0;
+  for (int64_t allocation = 0; failed == allocation; ++allocation) {
+    TFailingScan scan(1);
+    scan.Fill();
+    scan.Scan();
+    const TRef<IFolderData> folder = scan.fRoot->GetTopFolder()->FindSubFolders()[0];
+    gAllocationsLeft = allocation;
+    try {
+      scan.fRoot->RemoveFolder(*folder);
+    } catch (const std::bad_alloc&) {
+      ++failed;
+    }
+    gAllocationsLeft = -1;
+    ASSERT_TRUE(scan.fRoot->WaitForScan(0)) << "the root is busy for good after allocation " << allocation;
+    scan.Scan();
+    EXPECT_EQ("", Inconsistencies(ReadTree(*scan.fRoot->GetTopFolder())));
+  }
+  EXPECT_GT(failed, 0);
 }
 
 TEST(ScanFailures, CancellingStopsInAFolderOfManyFiles) {
