@@ -107,7 +107,7 @@ class TBuilder {
     }
     const TFileGroupContents files = fFiles->Finish();
     fFiles->OfferTopFiles(pFolder);
-    pFolder.AddFiles(files, false);
+    pFolder.AddFiles(files);
   }
 
   std::vector<TRef<TCustomFolderData>> AddFolders(TCustomFolderData& pFolder, int64_t pCount) {

@@ -74,10 +74,21 @@ class Program:
             self.problem = text
 
 
-def measure(programs, rounds):
+def drop_caches():
+    """Makes the system forget what it has read of all disks. Needs root; affects everything on the machine."""
+    os.sync()
+    try:
+        with open("/proc/sys/vm/drop_caches", "w") as control:
+            control.write("3")
+    except OSError as error:
+        raise SystemExit(f"{OWN_NAME}: cannot drop the caches: {error}") from error
+
+
+def measure(programs, rounds, before_each=lambda: None):
     for round_number in range(rounds + 1):
         for program in programs:
             if not program.problem:
+                before_each()
                 program.run(measured=round_number > 0)
         if programs[0].problem:  # what everything is held against
             raise SystemExit(f"{OWN_NAME}: {programs[0].name}: {programs[0].problem}")

@@ -142,56 +142,79 @@ void TCustomRoot::Scan() {
   if (!BeginScanning(true)) throw EInvalidOperation("TCustomRoot.Scan: a scan of this root is running already");
   try {
     GiveUpTree();
-    BeginTree();
+    fObservers->MarkRoot(rcTreeReplaced | rcScanStarted);
+    StartEngine();
+    TRef<TCustomRoot> self(this);
+    GetScanEngine()->AddScanJob([self] { return self->OpenTree(); });
   } catch (...) {
-    FailScan(CodeOfCaughtException("TCustomRoot.Scan"));
+    FailOpening(CodeOfCaughtException("TCustomRoot.Scan"));
+    EndScanning(true);
   }
 }
 
-void TCustomRoot::BeginTree() {
+TScanStart TCustomRoot::OpenTree() noexcept {
+  try {
+    return BeginTree();
+  } catch (...) {
+    FailOpening(CodeOfCaughtException("TCustomRoot.OpenTree"));
+    return {};
+  }
+}
+
+bool TCustomRoot::IsCancelled() const {
+  TCriticalSectionLock lock(fLock);
+  return fCancellationToken && fCancellationToken->IsCancelled();
+}
+
+TScanStart TCustomRoot::BeginTree() {
   const TRef<TScanConfiguration> configuration = Configuration();
   TRef<IHierarchicalEnumerator> enumerator = OpenPath(*configuration);
+  const bool reached = enumerator->GetErrorCode() == 0;
   // A single file is scanned as the only entry of its folder, so that its path is right.
-  const bool isFile = enumerator->GetErrorCode() == 0 && !enumerator->IsFolder();
+  const bool isFile = reached && !enumerator->IsFolder();
   auto top = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this),
                                   isFile ? FolderOfPath(fPath, fPathDelimiter) : std::u16string_view(fPath));
-  const bool reached = enumerator->GetErrorCode() == 0;
   if (reached && !isFile) {
     const TKeyId owner = configuration->GetDoUsersStatistics() ? TUserSizeArray::KeyOf(enumerator->GetOwner()) : kNoKey;
     top->SetEntryValues(enumerator->GetEntryValues(), owner, !configuration->GetFolderDateBasedOnFilesOnly());
   }
+  if (reached) top->IncludeFolderState(fsScanning);
   {
     TCriticalSectionLock lock(fLock);
     fFolderData = top;  // other threads see it from here on
+    fPathReached = reached;
   }
-  fObservers->MarkRoot(rcTreeReplaced | rcScanStarted);
+  fObservers->MarkRoot(rcTreeReplaced);
   top->EnterTree();
-  if (!reached) {
+  if (reached) return {top, std::move(enumerator)};
+  if (!IsCancelled()) {  // what an interrupted call says is no fault of the path
     RecordError(*top, *enumerator, false);
     IncludeState(rsPathNotFound);
-    EndScanning(true);
-    return;
   }
-  StartEngine();
-  GetScanEngine()->AddScanJob(top, std::move(enumerator));
+  return {};
 }
 
 // A scan that fails to begin, by an exception, ends like one whose path cannot be opened.
-void TCustomRoot::FailScan(uint32_t pCode) noexcept {
+void TCustomRoot::FailOpening(uint32_t pCode) noexcept {
   TReserveUse reserve;
   TRef<TCustomFolderData> top;
   {
     TCriticalSectionLock lock(fLock);
     if (!fFolderData) fFolderData = MakeRef<TFolderData>(TRef<IHierarchicalRoot>(this), fPath);
+    fPathReached = false;
     top = fFolderData;
   }
   top->ExcludeFolderState(fsScanning | fsUpdatePending);
+  if (IsCancelled()) return;
   AddError({top, top->GetFullPath(), pCode, TEnumeratorError::eeOther, false});
   IncludeState(rsPathNotFound);
-  EndScanning(true);
 }
 
 TStorageInformation TCustomRoot::AskStorage() const {
+  {
+    TCriticalSectionLock lock(fLock);
+    if (!fPathReached) return {};  // asking may hang as opening did
+  }
   try {
     return GetStorage()->GetInformation(fPath);
   } catch (...) {  // the tree is complete without it

@@ -77,8 +77,11 @@ class TCustomRoot : public TBaseRoot {
   TRef<TScanConfiguration> ConfigurationOfNextScan(bool pWholeTree);
   void StartEngine();
   void PrepareScan(bool pWholeTree);
-  void BeginTree();
-  void FailScan(uint32_t pCode) noexcept;
+  // Part of a scan, on its worker: opens the path and makes the top folder, also where the path cannot be reached.
+  TScanStart OpenTree() noexcept;
+  TScanStart BeginTree();
+  void FailOpening(uint32_t pCode) noexcept;
+  bool IsCancelled() const;
   void FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept;
   void EndScanning(bool pWholeTree) noexcept;
   void SetScanEnded();
@@ -123,6 +126,7 @@ class TCustomRoot : public TBaseRoot {
   mutable TCriticalSection fLock;
   std::condition_variable fScanEnded;
   bool fScanRunning GUARDED_BY(fLock) = false;
+  bool fPathReached GUARDED_BY(fLock) = false;  // by the last scan
   TRef<TCancellationToken> fCancellationToken GUARDED_BY(fLock);
   TRef<TCustomFolderData> fFolderData GUARDED_BY(fLock);
   TRef<IScanEngine> fScanEngine GUARDED_BY(fLock);

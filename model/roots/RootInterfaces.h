@@ -71,11 +71,18 @@ class IScanConfiguration : public IInterface {
                             int64_t pExcluded) = 0;
 };
 
+// Where a scan begins: the top folder's node and its listing, before the first entry. Without a listing there is
+// nothing to scan.
+struct TScanStart {
+  TRef<IFolderData> fFolder;
+  TRef<IHierarchicalEnumerator> fListing;
+};
+
 // Scans one root once.
 class IScanEngine : public IInterface {
  public:
-  // Queues a folder with all beneath it. The enumerator must be before its first entry.
-  virtual void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) = 0;
+  // Queues a scan. The worker first calls pOpen, which opens the path and must not throw. Cancelling interrupts it.
+  virtual void AddScanJob(std::function<TScanStart()> pOpen) = 0;
   // Queues a refresh of a folder that was scanned. The worker first calls pOpen for the folder's listing; nullptr means
   // that there is nothing to list. If recursive, pOpen has emptied the folder, and it is scanned with all beneath it.
   // Otherwise its files are counted anew, new folders are scanned, gone folders are removed, and known folders stay
@@ -170,7 +177,8 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual std::u16string GetTitle() const = 0;  // the set title, or else the path with its wildcards
   virtual char16_t GetPathDelimiter() const = 0;
   virtual TRootStates GetState() const = 0;
-  virtual TRef<IFolderData> GetTopFolder() const = 0;     // nullptr before the first scan and after disposal
+  // nullptr before the first scan, until a scan has opened its path, and after disposal.
+  virtual TRef<IFolderData> GetTopFolder() const = 0;
   virtual TRef<IScanEngine> GetScanEngine() const = 0;    // of the last scan, if any
   virtual std::vector<TScanError> GetErrors() const = 0;  // a copy, in the order of their discovery
   virtual TScanProgress GetProgress() const = 0;
@@ -205,9 +213,10 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   virtual TRef<IComparison> GetComparison() const = 0;
   virtual void SetComparison(TRef<IComparison> pComparison) = 0;
 
-  // Starts a scan of the whole path on its own threads and returns. The tree of an earlier scan is disposed first. The
-  // scan uses the options of this moment. EInvalidOperation when a scan is running. If the path cannot be opened, or
-  // there is no thread or no memory, the scan ends at once with rsPathNotFound and one error.
+  // Starts a scan of the whole path on its own threads and returns. The tree of an earlier scan is disposed first. A
+  // worker opens the path and makes the new top folder, so there is none until then. The scan uses the options of this
+  // moment. EInvalidOperation when a scan is running. If the path cannot be opened, or there is no thread or no memory,
+  // the scan ends with rsPathNotFound and one error.
   virtual void Scan() = 0;
   // Scans a branch again. If not recursive, lists only the folder's own entries; a "[Files]" node stands for these.
   // Returns at once. A worker opens the folder, with the options of the tree's scan. A folder that is gone leaves the

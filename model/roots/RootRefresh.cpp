@@ -152,16 +152,17 @@ bool TCustomRoot::RemoveFolder(IFolderData& pFolder) {
     if (fScanRunning || fDisposeToken->IsDisposed()) return false;
     fScanRunning = true;  // prevents a scan from starting meanwhile
   }
-  {
+  try {
     TExclusiveLock structure(fSynchronizer);
     pFolder.Remove();
     RefillTopSizeList();
+    CountTree();
+  } catch (...) {
+    SetScanEnded();
+    throw;
   }
-  CountTree();
-  TCriticalSectionLock lock(fLock);
-  if ((fFolderData->GetFolderState() & fsSubFolderScanningFinished) != 0) ExcludeState(rsCancelled);
-  fScanRunning = false;
-  fScanEnded.notify_all();
+  if ((GetTopFolder()->GetFolderState() & fsSubFolderScanningFinished) != 0) ExcludeState(rsCancelled);
+  SetScanEnded();
   return true;
 }
 

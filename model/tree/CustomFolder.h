@@ -36,6 +36,9 @@ struct TFolderTotals {
 // The same with statistics, for a whole branch.
 struct TFolderContribution : TFolderTotals {
   TFolderStatistics fStatistics;
+
+  // What came since an earlier moment. Compression, the long-path mark and the dates are not sums, so they stay whole.
+  TFolderContribution Since(const TFolderContribution& pEarlier) const;
 };
 
 // The same for a folder's files, as collected during its listing.
@@ -63,8 +66,12 @@ struct TLoadedFolder {
 // since a running scan changes them during the sort.
 std::vector<TRef<IFolderData>> SortedBySize(std::vector<TRef<IFolderData>> pChildren);
 
-// A folder node. The totals beneath it are kept up to date during the scan. Every folder's files are added once to the
-// folder and to each ancestor. They are subtracted in the same way when a branch is reset or removed.
+// A folder node. The totals beneath it grow during the scan. Every folder's files are added once to the folder and to
+// each ancestor. They are subtracted in the same way when a branch is reset or removed.
+//
+// Addition: a scan adds a folder's listing to the folder alone. The totals then go up one step at a time, when a branch
+// is complete, so the work does not grow with the depth. scan/engine/OpenFolder.h decides when, and what a reader sees
+// meanwhile. All other changes of totals reach all ancestors at once, the top folder first.
 //
 // Subtraction: sizes, counts and statistics are sums, so subtracting exactly what was added leaves the sums of a fresh
 // scan. Compression flags, the long-path mark and the newest dates are not sums. Each ancestor recomputes them from its
@@ -109,11 +116,22 @@ class TCustomFolderData : public TContainerHierarchicalElement {
 
   // Functions for the scan engine.
 
-  // Makes a child node that is not in the child list yet. AppendChildren then adds all children of a listing at once,
-  // in a list of exactly their size, and counts them in every ancestor. With pRaise the entry's dates are raised here
-  // and above.
+  // Makes a child node that is not in the child list yet. With pRaiseDates the entry's dates count: as the child's
+  // newest dates, and later as those of its ancestors.
   TRef<TCustomFolderData> MakeChild(std::u16string_view pName, const TEntryValues& pValues, TKeyId pOwnerKey,
                                     bool pRaiseDates);
+  // Adds the listing of a new folder, here alone: all its sub-folders at once, in a list of exactly their size, and its
+  // files. PassUp carries the totals to the ancestors.
+  void TakeInListing(std::vector<TRef<TCustomFolderData>> pChildren, const TFileGroupContents& pContents);
+  // Adds totals of this folder to its parent, or with pToAll to all ancestors, the top folder first.
+  void PassUp(const TFileGroupContents& pContents, bool pToAll, bool pNotify);
+  void PassUp(const TFolderContribution& pValues, bool pToAll, bool pNotify);
+  // All beneath the folder. Shares its arrays; a snapshot has copies of them.
+  TFolderContribution Contribution() const;
+  TFolderContribution Snapshot() const;
+  // Reports a change of this folder and all its ancestors, the top folder first.
+  void TellChangeUpwards();
+  // Adds sub-folders to the list and counts them here and in every ancestor.
   void AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren);
   // Sets the values of the folder's own entry. For the top folder, which no listing contains.
   void SetEntryValues(const TEntryValues& pValues, TKeyId pOwnerKey, bool pRaiseDates);
@@ -121,7 +139,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   void SetOwnDates(const TEntryValues& pValues);
   // Adds the files of this folder's listing, here and in every ancestor. A folder with sub-folders holds them as its
   // "[Files]" child. A folder without sub-folders shows them directly.
-  void AddFiles(const TFileGroupContents& pContents, bool pNotify);
+  void AddFiles(const TFileGroupContents& pContents);
   // The same for a folder that was listed before. Its earlier own files are subtracted first.
   void ReplaceFiles(const TFileGroupContents& pContents);
 
@@ -174,22 +192,29 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // The folder's own statistics. Created from its present files if missing.
   TFolderStatistics& EnsureStatistics();
   std::unique_ptr<TFolderStatistics> TakeStatistics();  // removes them from the folder
-  TFolderContribution Contribution() const;             // all beneath the folder; may share its arrays
-  // The same for the folder's own files alone, as copies that do not change with the folder.
+  TFolderTotals Totals() const;                         // all beneath the folder
+  // The folder's own files alone, as copies that do not change with the folder.
   TFolderContribution OwnFilesContribution() const;
   // This folder first, the top folder last.
   using TAncestry = boost::container::small_vector<TCustomFolderData*, 32>;
   TAncestry Ancestry();
 
   // Adds to this folder alone.
+  void Add(const TFolderTotals& pTotals);
   void Add(const TFolderContribution& pValues);
   void Add(const TFileGroupContents& pContents);
   void AddTotals(const TFolderTotals& pTotals);
   // The same, and stores the files. For a folder that shows its files directly.
   void HoldFiles(const TFileGroupContents& pContents);
+  template <class TValues>
+  void PassValuesUp(const TValues& pValues, bool pToAll, bool pNotify);
   // Adds to the top folder first and to pFirst last. Does nothing for nullptr.
   template <class TValues>
   static void AddUpwards(TCustomFolderData* pFirst, const TValues& pValues, bool pNotify);
+  // Adds nodes to the child list, which is all that changes. Returns what they add to this folder's totals.
+  TFolderTotals EnterChildren(std::vector<TRef<TCustomFolderData>> pChildren);
+  // Adds the folder's own files to this folder alone, as its "[Files]" child where it has sub-folders.
+  void HoldOwnFiles(const TFileGroupContents& pContents);
   void AttachFilesNode(TRef<TFileGroupData> pGroup);
   void TellAddedChildren(size_t pCount);
   void LogFilesNode(bool pComes) const;

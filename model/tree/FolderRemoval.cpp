@@ -44,7 +44,7 @@ void TCustomFolderData::ReplaceFiles(const TFileGroupContents& pContents) {
   if (GetSubFolderCount() > 0 && !before && hasFiles) LogFilesNode(true);
   if (before && !hasFiles) LogFilesNode(false);
   if (before) before->LeaveTree();
-  AddFiles(pContents, true);
+  AddFiles(pContents);
 }
 
 void TCustomFolderData::Subtract(const TFolderContribution& pValues) {

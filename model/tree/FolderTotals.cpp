@@ -25,10 +25,9 @@ void TCustomFolderData::SetEntryValues(const TEntryValues& pValues, TKeyId pOwne
   fOwnerKey = pOwnerKey;
   fCreationDate = pValues.fCreationDate;
   if (!pRaiseDates) return;
-  fOwnLastAccessDate.Set(pValues.fLastAccessDate);
-  fOwnLastChangeDate.Set(pValues.fLastChangeDate);
-  SetNewerLastChangeDate(pValues.fLastChangeDate);
-  SetNewerLastAccessDate(pValues.fLastAccessDate);
+  SetOwnDates(pValues);
+  fLastAccessDate.Raise(pValues.fLastAccessDate);
+  fLastChangeDate.Raise(pValues.fLastChangeDate);
 }
 
 void TCustomFolderData::SetOwnDates(const TEntryValues& pValues) {
@@ -38,8 +37,31 @@ void TCustomFolderData::SetOwnDates(const TEntryValues& pValues) {
 
 void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
   if (pChildren.empty() || IsGone()) return;
-  const auto count = static_cast<int64_t>(pChildren.size());
-  for (const TRef<TCustomFolderData>& child : pChildren) child->BeInTree();
+  const size_t count = pChildren.size();
+  AddUpwards(this, EnterChildren(std::move(pChildren)), true);
+  TellAddedChildren(count);
+}
+
+void TCustomFolderData::TakeInListing(std::vector<TRef<TCustomFolderData>> pChildren,
+                                      const TFileGroupContents& pContents) {
+  if (IsGone()) return;
+  const size_t count = pChildren.size();
+  if (count > 0) AddTotals(EnterChildren(std::move(pChildren)));
+  if (pContents.fValues.fFiles > 0) HoldOwnFiles(pContents);
+  if (count > 0) {
+    TellChange();
+    TellAddedChildren(count);
+  }
+}
+
+TFolderTotals TCustomFolderData::EnterChildren(std::vector<TRef<TCustomFolderData>> pChildren) {
+  TFolderTotals added;
+  added.fValues.fFolders = static_cast<int64_t>(pChildren.size());
+  for (const TRef<TCustomFolderData>& child : pChildren) {
+    child->BeInTree();
+    added.fLastAccessDate = std::max(added.fLastAccessDate, child->GetLastAccessDate());
+    added.fLastChangeDate = std::max(added.fLastChangeDate, child->GetLastChangeDate());
+  }
   EnsureStatistics();  // before any thread can reach a child and add its values here
   bool becomesParent;
   {
@@ -53,15 +75,8 @@ void TCustomFolderData::AppendChildren(std::vector<TRef<TCustomFolderData>> pChi
       fSubItems->fList.insert(fSubItems->fList.end(), pChildren.begin(), pChildren.end());
     }
   }
-  if (becomesParent) MoveOwnFilesIntoNode();
-  for (TCustomFolderData* node = this; node; node = node->ParentFolder()) {
-    {
-      TExclusiveLock lock(node->fLock);
-      node->fFolders += count;
-    }
-    node->TellChange();
-  }
-  TellAddedChildren(static_cast<size_t>(count));
+  if (becomesParent && GetFiles() > 0) MoveOwnFilesIntoNode();
+  return added;
 }
 
 // Tells of the last children of the list. Only this listing adds to it. A subscriber that comes meanwhile reads the
@@ -82,14 +97,56 @@ TCustomFolderData::TAncestry TCustomFolderData::Ancestry() {
   return nodes;
 }
 
+TFolderTotals TCustomFolderData::Totals() const {
+  TFolderTotals totals;
+  totals.fValues = GetValues();
+  totals.fLastAccessDate = GetLastAccessDate();
+  totals.fLastChangeDate = GetLastChangeDate();
+  totals.fLongPaths = (GetFolderState() & fsContainsLongPaths) != 0;
+  return totals;
+}
+
 TFolderContribution TCustomFolderData::Contribution() const {
-  TFolderContribution values;
-  values.fValues = GetValues();
-  values.fLastAccessDate = GetLastAccessDate();
-  values.fLastChangeDate = GetLastChangeDate();
-  values.fLongPaths = (GetFolderState() & fsContainsLongPaths) != 0;
-  values.fStatistics = Statistics();
+  const TFolderStatistics* const own = fStatistics.load(std::memory_order_acquire);
+  return {Totals(), own ? *own : Statistics()};
+}
+
+TFolderContribution TCustomFolderData::Snapshot() const {
+  TFolderContribution values = Contribution();
+  values.fStatistics = values.fStatistics.Clone();
   return values;
+}
+
+TFolderContribution TFolderContribution::Since(const TFolderContribution& pEarlier) const {
+  TFolderContribution news = *this;
+  static_cast<TBasicSizeValues&>(news.fValues) -= pEarlier.fValues;
+  news.fValues.fFolders -= pEarlier.fValues.fFolders;
+  news.fStatistics = fStatistics.Clone();
+  news.fStatistics.Subtract(pEarlier.fStatistics);
+  return news;
+}
+
+void TCustomFolderData::PassUp(const TFileGroupContents& pContents, bool pToAll, bool pNotify) {
+  PassValuesUp(pContents, pToAll, pNotify);
+}
+
+void TCustomFolderData::PassUp(const TFolderContribution& pValues, bool pToAll, bool pNotify) {
+  PassValuesUp(pValues, pToAll, pNotify);
+}
+
+template <class TValues>
+void TCustomFolderData::PassValuesUp(const TValues& pValues, bool pToAll, bool pNotify) {
+  TCustomFolderData* const parent = ParentFolder();
+  if (!parent || IsGone()) return;
+  if (pToAll) return AddUpwards(parent, pValues, pNotify);
+  parent->Add(pValues);
+  if (pNotify) parent->TellChange();
+}
+
+void TCustomFolderData::TellChangeUpwards() {
+  if (!fRoot || !fRoot->GetChangeQueues().HasSubscribers()) return;
+  const TAncestry nodes = Ancestry();
+  for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) (*node)->TellChange();
 }
 
 void TCustomFolderData::AddChildValues(const IFolderData& pChild, bool pNotify) {
@@ -106,6 +163,10 @@ void TCustomFolderData::AddUpwards(TCustomFolderData* pFirst, const TValues& pVa
     (*node)->Add(pValues);
     if (pNotify) (*node)->TellChange();
   }
+}
+
+void TCustomFolderData::Add(const TFolderTotals& pTotals) {
+  AddTotals(pTotals);
 }
 
 void TCustomFolderData::Add(const TFolderContribution& pValues) {
@@ -142,19 +203,22 @@ void TCustomFolderData::SetNewerLastChangeDate(TKivFileTime pDate) {
     node->TellChange();
 }
 
-void TCustomFolderData::AddFiles(const TFileGroupContents& pContents, bool pNotify) {
+void TCustomFolderData::AddFiles(const TFileGroupContents& pContents) {
   if (IsGone() || pContents.fValues.fFiles == 0) return;
+  AddUpwards(ParentFolder(), pContents, true);
+  HoldOwnFiles(pContents);
+}
+
+void TCustomFolderData::HoldOwnFiles(const TFileGroupContents& pContents) {
   if (GetSubFolderCount() > 0) {
     auto group = MakeRef<TFileGroupData>(*this, fRoot);
     group->Fill(pContents);
-    AddUpwards(this, pContents, pNotify);
+    Add(pContents);
     AttachFilesNode(std::move(group));
-    return;
+  } else {  // the folder shows its files directly, so they get no node
+    HoldFiles(pContents);
   }
-  // Without sub-folders the folder shows its files directly, so they get no node.
-  AddUpwards(ParentFolder(), pContents, pNotify);
-  HoldFiles(pContents);
-  if (pNotify) TellChange(ncChanged | ncFiles);
+  TellChange(ncChanged | ncFiles);
 }
 
 void TCustomFolderData::HoldFiles(const TFileGroupContents& pContents) {

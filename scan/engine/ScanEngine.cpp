@@ -39,11 +39,10 @@ TScanEngine::TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfigurati
 
 TScanEngine::~TScanEngine() = default;
 
-void TScanEngine::AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) {
-  auto& folder = static_cast<TCustomFolderData&>(*pFolder);
-  folder.IncludeFolderState(fsScanning);
-  fWorkerThreadPool->AddWorkItem(
-      MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), std::move(pEnumerator), TScanMode::smNew));
+void TScanEngine::AddScanJob(std::function<TScanStart()> pOpen) {
+  auto job = MakeRef<TScanJob>(*this, nullptr, nullptr, TScanMode::smNew);
+  job->SetOpen(std::move(pOpen));
+  fWorkerThreadPool->AddWorkItem(std::move(job));
 }
 
 void TScanEngine::AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
@@ -52,7 +51,7 @@ void TScanEngine::AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
   folder.IncludeFolderState(fsScanning);
   auto job = MakeRef<TScanJob>(*this, TRef<TCustomFolderData>(&folder), nullptr,
                                pRecursive ? TScanMode::smNew : TScanMode::smRefresh);
-  job->SetOpen(std::move(pOpen));
+  job->SetOpen([pFolder, open = std::move(pOpen)] { return TScanStart{pFolder, open()}; });
   fWorkerThreadPool->AddWorkItem(std::move(job));
 }
 

@@ -24,7 +24,7 @@ class TScanEngine : public TInterfaced<IScanEngine> {
               std::function<void()> pOnAllDone, ThreadPool::TWorkerThreadPool::TSettings pPoolSettings = {});
   ~TScanEngine() override;
 
-  void AddScanJob(TRef<IFolderData> pFolder, TRef<IHierarchicalEnumerator> pEnumerator) override;
+  void AddScanJob(std::function<TScanStart()> pOpen) override;
   void AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
                      std::function<TRef<IHierarchicalEnumerator>()> pOpen) override;
   bool IsScanning() const override;

@@ -22,14 +22,22 @@ namespace {
 constexpr int32_t kMostQueuedPerThread = 20;
 // Cancellation is checked this often, so a folder of a million files does not delay it.
 constexpr int64_t kFilesBetweenLooks = 1024;
+// A worker passes totals up for views this often: often enough for users. Far from the top it does so more seldom,
+// since each folder above takes time. So this costs some percent of a scan at most.
+constexpr int64_t kMillisecondsBetweenPasses = 50;
+constexpr int64_t kLevelsPerMillisecond = 10;
+
+// When this worker last did so. No value before its first folder.
+thread_local std::optional<int64_t> tLastPass;
 
 }  // namespace
 
 TScanJob::TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
-                   TScanMode pMode)
+                   TScanMode pMode, TRef<TOpenFolder> pParent)
     : TBasicWorkItem(pEngine.fConfiguration->GetCancellationToken()),
       fEngine(pEngine),
       fFromFolder(std::move(pFromFolder)),
+      fParent(std::move(pParent)),
       fEnumerator(std::move(pEnumerator)),
       fConfiguration(*pEngine.fConfiguration),
       fThreadPool(*pEngine.fWorkerThreadPool),
@@ -44,20 +52,30 @@ void TScanJob::Execute() {
     watch.emplace(fCancellationToken, [&thread] { thread.Interrupt(); });
   } catch (const std::bad_alloc&) {  // the job does without
   }
+  if (Begin()) ScanAll();
+}
+
+bool TScanJob::Begin() {
+  if (!fFromFolder && !OpenFolder()) return false;
   fFromFolder->ExcludeFolderState(fsUpdatePending);
   if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*fFromFolder)) {
     fFromFolder->ExcludeFolderState(fsScanning);
-    return;
+  } else if (!fOpen || OpenFolder()) {
+    return true;
   }
-  if (fOpen && !OpenFolder()) return;
+  TOpenFolder::EndPart(std::move(fParent));
+  return false;
+}
+
+void TScanJob::ScanAll() {
   if (!TakeAccumulator()) {
-    TakeIn(*fFromFolder, fEnumerator.get(), {});
+    TakeIn(*fFromFolder, fEnumerator.get(), {}, std::move(fParent));
     return;
   }
   if (fMode == TScanMode::smRefresh)
     RefreshFolder();
   else
-    ScanFolder(*fFromFolder, fEnumerator.get());
+    ScanFolder(*fFromFolder, fEnumerator.get(), std::move(fParent));
   fEnumerator = nullptr;
   ScanWaiting();
   fEngine.GiveAccumulator(std::move(fFiles));
@@ -66,14 +84,16 @@ void TScanJob::Execute() {
 // Opens the folder for listing. False when there is nothing to list.
 bool TScanJob::OpenFolder() {
   try {
-    fEnumerator = std::exchange(fOpen, nullptr)();
+    TScanStart start = std::exchange(fOpen, nullptr)();
+    fFromFolder = static_cast<TCustomFolderData*>(start.fFolder.get());
+    fEnumerator = std::move(start.fListing);
   } catch (...) {
     const uint32_t code = CodeOfCaughtException("TScanJob.OpenFolder");
     TReserveUse reserve;
     const TRef<TPathNotFoundEnumerator> failed = MakeRef<TPathNotFoundEnumerator>(fFromFolder->GetFullPath(), code, 0);
     fConfiguration.RecordError(*fFromFolder, *failed, true);
   }
-  if (!fEnumerator) fFromFolder->ExcludeFolderState(fsScanning);
+  if (!fEnumerator && fFromFolder) fFromFolder->ExcludeFolderState(fsScanning);
   return fEnumerator != nullptr;
 }
 
@@ -97,12 +117,13 @@ void TScanJob::ScanWaiting() {
     fWaiting.pop_back();
     if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*next.fFolder)) {
       next.fFolder->ExcludeFolderState(fsScanning);
+      TOpenFolder::EndPart(std::move(next.fParent));
       continue;
     }
     const TRef<IHierarchicalEnumerator> enumerator = Open(next);
     // The parent's handle can close once its last child is open.
-    next.fParent = nullptr;
-    ScanFolder(*next.fFolder, enumerator.get());
+    next.fListing = nullptr;
+    ScanFolder(*next.fFolder, enumerator.get(), std::move(next.fParent));
   }
 }
 
@@ -110,8 +131,8 @@ void TScanJob::ScanWaiting() {
 TRef<IHierarchicalEnumerator> TScanJob::Open(const TWaiting& pWaiting) {
   fFailure = 0;
   try {
-    return pWaiting.fParent->CreateChildEnumerator(pWaiting.fFolder->GetObjectName(),
-                                                   pWaiting.fFolder->GetAttributes());
+    return pWaiting.fListing->CreateChildEnumerator(pWaiting.fFolder->GetObjectName(),
+                                                    pWaiting.fFolder->GetAttributes());
   } catch (...) {
     fFailure = CodeOfCaughtException("TScanJob.Open");
     return nullptr;
@@ -119,7 +140,8 @@ TRef<IHierarchicalEnumerator> TScanJob::Open(const TWaiting& pWaiting) {
 }
 
 bool TScanJob::ShouldQueue() const {
-  if (IsCancelled()) return false;
+  // A job that gave its last folder away would end and look for another one. A chain of folders stays one job.
+  if (fWaiting.size() - fFirstWaiting == 1 || IsCancelled()) return false;
   const int32_t queued = fThreadPool.GetQueueLength();
   if (queued <= fThreadPool.GetMaxRunningThreads()) return true;
   return queued <= kMostQueuedPerThread * fThreadPool.GetThreadCount() && fThreadPool.IsCpuUsageBelowMax();
@@ -131,7 +153,8 @@ bool TScanJob::Queue(TWaiting& pWaiting) {
   TRef<IHierarchicalEnumerator> enumerator = Open(pWaiting);
   if (!enumerator) return false;
   try {
-    fThreadPool.AddWorkItem(MakeRef<TScanJob>(fEngine, pWaiting.fFolder, std::move(enumerator), TScanMode::smNew));
+    fThreadPool.AddWorkItem(
+        MakeRef<TScanJob>(fEngine, pWaiting.fFolder, std::move(enumerator), TScanMode::smNew, pWaiting.fParent));
   } catch (...) {
     CodeOfCaughtException("TScanJob.Queue");
     return false;
@@ -140,8 +163,8 @@ bool TScanJob::Queue(TWaiting& pWaiting) {
   return true;
 }
 
-void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
-  TakeIn(pFolder, pEnumerator, List(pFolder, pEnumerator));
+void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator, TRef<TOpenFolder> pParent) {
+  TakeIn(pFolder, pEnumerator, List(pFolder, pEnumerator), std::move(pParent));
 }
 
 // --- listing: it may fail anywhere, and it changes nothing in the tree -----------------------------------------------
@@ -150,6 +173,7 @@ void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* p
 TFileGroupContents TScanJob::List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
   fFiles->Begin();
   fChildren.clear();
+  fOpened = nullptr;
   fExcluded = 0;
   if (!pEnumerator) return {};
   fFailure = 0;
@@ -160,7 +184,7 @@ TFileGroupContents TScanJob::List(TCustomFolderData& pFolder, IHierarchicalEnume
   }
   if (IEntryFilter* const filter = fFiles->EntryFilter()) filter->EndFolder();
   try {
-    MakeRoomToWait();
+    MakeRoomToWait(pFolder);
     return fFiles->Finish();
   } catch (...) {
     fFailure = CodeOfCaughtException("TScanJob.List");
@@ -211,7 +235,7 @@ bool IsToBeEntered(const TRef<TCustomFolderData>& pChild) {
 
 // Reserves room for the children that must wait to be scanned. Without room for all of them, none enters the tree,
 // because a child that cannot wait would never be scanned.
-void TScanJob::MakeRoomToWait() {
+void TScanJob::MakeRoomToWait(TCustomFolderData& pFolder) {
   if (fFirstWaiting == fWaiting.size()) {
     fWaiting.clear();
     fFirstWaiting = 0;
@@ -219,10 +243,11 @@ void TScanJob::MakeRoomToWait() {
   // This call may fail, so it is made here. The folder later keeps the list as it is.
   fChildren.shrink_to_fit();
   const auto entered = static_cast<size_t>(std::count_if(fChildren.begin(), fChildren.end(), IsToBeEntered));
+  if (entered == 0) return;
   const size_t wanted = fWaiting.size() + entered;
-  if (wanted <= fWaiting.capacity()) return;
   try {
-    fWaiting.reserve(std::max(wanted, 2 * fWaiting.capacity()));
+    fOpened = MakeRef<TOpenFolder>(TRef<TCustomFolderData>(&pFolder));
+    if (wanted > fWaiting.capacity()) fWaiting.reserve(std::max(wanted, 2 * fWaiting.capacity()));
   } catch (...) {
     fChildren.clear();
     throw;
@@ -234,29 +259,58 @@ void TScanJob::MakeRoomToWait() {
 // An exception here would leave the folder's files in only some of its ancestors, so this function is noexcept. It may
 // use the reserve of memory.
 void TScanJob::TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator,
-                      const TFileGroupContents& pFiles) noexcept {
+                      const TFileGroupContents& pFiles, TRef<TOpenFolder> pParent) noexcept {
   TReserveUse reserve;
-  EndListing(pFolder, pEnumerator);
+  const int32_t waiting = LetChildrenWait(pEnumerator);
+  const bool hasSubFolders = !fChildren.empty();
+  pFolder.BeginScan(1 + waiting);
+  ReportListing(pFolder, pEnumerator);
   if (fFiles) fFiles->OfferTopFiles(pFolder);
-  pFolder.AddFiles(pFiles, true);
+  pFolder.TakeInListing(std::move(fChildren), pFiles);
+  pFolder.ExcludeFolderState(fsScanning);
+  if (waiting > 0) {
+    fOpened->Open(std::move(pParent), waiting);
+    PassUpSometimes(fOpened.get());
+  } else {
+    // A folder without sub-folders may have no statistics of its own, and its listing holds the same.
+    if (hasSubFolders)
+      pFolder.PassUp(pFolder.Contribution(), !pParent, true);
+    else if (pFiles.fValues.fFiles > 0)
+      pFolder.PassUp(pFiles, !pParent, true);
+    PassUpSometimes(pParent.get());
+    TOpenFolder::EndPart(std::move(pParent));
+  }
+  // Reported after the totals: what is finished holds all beneath it.
   EndFolder(pFolder);
 }
 
+void TScanJob::PassUpSometimes(TOpenFolder* pFolder) {
+  if (!pFolder) return;
+  const int64_t now = fThreadPool.Now();
+  if (!tLastPass) tLastPass = now;
+  if (now - *tLastPass < std::max<int64_t>(kMillisecondsBetweenPasses, pFolder->Depth() / kLevelsPerMillisecond))
+    return;
+  pFolder->PassNewsUp();
+  tLastPass = fThreadPool.Now();
+}
+
 void TScanJob::EndFolder(TCustomFolderData& pFolder) {
-  pFolder.ExcludeFolderState(fsScanning);
   // A folder that was left early stays unfinished, as do all folders above it.
   if (!IsCancelled()) pFolder.FinishPart();
 }
 
-// Adds the children to the tree and the waiting list, and reports errors and progress.
-void TScanJob::EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
-  const auto folders = static_cast<int64_t>(fChildren.size());
+// Adds those of the listed sub-folders that are to be entered to the waiting list. Returns their number.
+int32_t TScanJob::LetChildrenWait(IHierarchicalEnumerator* pEnumerator) {
   const size_t before = fWaiting.size();
   // Waiting folders are taken from the back, so adding them in reverse scans the first listed one first.
   for (auto child = fChildren.rbegin(); child != fChildren.rend(); ++child)
-    if (IsToBeEntered(*child)) fWaiting.push_back({*child, TRef<IHierarchicalEnumerator>(pEnumerator)});
-  pFolder.BeginScan(1 + static_cast<int32_t>(fWaiting.size() - before));
-  pFolder.AppendChildren(std::move(fChildren));
+    if (IsToBeEntered(*child)) fWaiting.push_back({*child, fOpened, TRef<IHierarchicalEnumerator>(pEnumerator)});
+  return static_cast<int32_t>(fWaiting.size() - before);
+}
+
+// Reports errors and progress, while the children are not in the tree yet.
+void TScanJob::ReportListing(TCustomFolderData& pFolder, const IHierarchicalEnumerator* pEnumerator) {
+  const auto folders = static_cast<int64_t>(fChildren.size());
   const TSizeValues values = fFiles ? fFiles->Values() : TSizeValues();
   const bool partial = folders > 0 || values.fFiles > 0;
   if (TInterruptibleThread::IsCurrentInterrupted()) {
@@ -315,11 +369,19 @@ void TScanJob::TakeInRefresh(const TFileGroupContents& pFiles, const std::vector
   if (fEnumerator->GetErrorCode() == 0 && fFailure == 0 && !IsCancelled())
     for (const TRef<IFolderData>& child : pGone) child->Remove();
   folder.GetRoot()->ForgetOwnEntries(folder);
+  // Children that a cancelled scan left count as well as the new ones.
   const int32_t unfinished = folder.CountUnfinishedChildren();
-  EndListing(folder, fEnumerator.get());
-  folder.AnnounceParts(unfinished);  // children left by a cancelled scan; the new ones are announced already
+  const int32_t waiting = LetChildrenWait(fEnumerator.get());
+  folder.BeginScan(1 + unfinished + waiting);
+  ReportListing(folder, fEnumerator.get());
+  folder.AppendChildren(std::move(fChildren));
   fFiles->OfferTopFiles(folder);
   if (!fFiles->AreFilesGivenUp()) folder.ReplaceFiles(pFiles);
+  folder.ExcludeFolderState(fsScanning);
+  if (waiting > 0) {
+    fOpened->SetAllPassed();
+    fOpened->Open(nullptr, waiting);
+  }
   EndFolder(folder);
 }
 

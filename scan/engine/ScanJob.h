@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "model/tree/CustomFolder.h"
+#include "scan/engine/OpenFolder.h"
 #include "scan/engine/ScanEngine.h"
 #include "scan/engine/ThreadPool.h"
 
@@ -25,23 +26,27 @@ enum class TScanMode : uint8_t {
 // becomes a job of its own. By then the load of the other workers is known.
 class TScanJob : public ThreadPool::TBasicWorkItem {
  public:
+  // pParent is the parent's open folder, of which this job is a part. nullptr where a scan or a refresh begins.
   TScanJob(TScanEngine& pEngine, TRef<TCustomFolderData> pFromFolder, TRef<IHierarchicalEnumerator> pEnumerator,
-           TScanMode pMode);
-  // Sets the function that makes the folder's enumerator on the worker when the job begins. It returns nullptr when
-  // there is nothing to list.
-  void SetOpen(std::function<TRef<IHierarchicalEnumerator>()> pOpen) { fOpen = std::move(pOpen); }
+           TScanMode pMode, TRef<TOpenFolder> pParent = nullptr);
+  // Sets the function that opens the folder on the worker when the job begins. The folder may be unknown until then.
+  void SetOpen(std::function<TScanStart()> pOpen) { fOpen = std::move(pOpen); }
 
  protected:
   // Throws nothing. An error ends the listing of one folder and is added to the root's error list.
   void Execute() override;
 
  private:
-  // A sub-folder that waits to be scanned, and its parent's finished enumerator, which opens it.
+  // A sub-folder that waits to be scanned, its parent, and its parent's finished enumerator, which opens it.
   struct TWaiting {
     TRef<TCustomFolderData> fFolder;
-    TRef<IHierarchicalEnumerator> fParent;
+    TRef<TOpenFolder> fParent;
+    TRef<IHierarchicalEnumerator> fListing;
   };
 
+  // False when there is nothing to scan. The folder is then not a part of its parent any more.
+  bool Begin();
+  void ScanAll();
   bool OpenFolder();
   bool TakeAccumulator();
   void ScanWaiting();
@@ -49,16 +54,18 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   bool ShouldQueue() const;
   bool Queue(TWaiting& pWaiting);
   // pEnumerator is nullptr if the folder could not be opened.
-  void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
+  void ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator, TRef<TOpenFolder> pParent);
 
   TFileGroupContents List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
   void ListEntries(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
   void AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerator& pEnumerator);
-  void MakeRoomToWait();
+  void MakeRoomToWait(TCustomFolderData& pFolder);
 
-  void TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator,
-              const TFileGroupContents& pFiles) noexcept;
-  void EndListing(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator);
+  void TakeIn(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator, const TFileGroupContents& pFiles,
+              TRef<TOpenFolder> pParent) noexcept;
+  int32_t LetChildrenWait(IHierarchicalEnumerator* pEnumerator);
+  void ReportListing(TCustomFolderData& pFolder, const IHierarchicalEnumerator* pEnumerator);
+  void PassUpSometimes(TOpenFolder* pFolder);
   void EndFolder(TCustomFolderData& pFolder);
 
   void RefreshFolder();
@@ -66,9 +73,10 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   void TakeInRefresh(const TFileGroupContents& pFiles, const std::vector<TRef<IFolderData>>& pGone) noexcept;
 
   TScanEngine& fEngine;
-  const TRef<TCustomFolderData> fFromFolder;
+  TRef<TCustomFolderData> fFromFolder;
+  TRef<TOpenFolder> fParent;
   TRef<IHierarchicalEnumerator> fEnumerator;
-  std::function<TRef<IHierarchicalEnumerator>()> fOpen;
+  std::function<TScanStart()> fOpen;
   IScanConfiguration& fConfiguration;
   ThreadPool::TWorkerThreadPool& fThreadPool;
   const bool fFolderDateBasedOnFilesOnly;
@@ -79,6 +87,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   size_t fFirstWaiting = 0;
   // These values belong to the folder being listed.
   std::vector<TRef<TCustomFolderData>> fChildren;  // those to be entered are marked fsScanning
+  TRef<TOpenFolder> fOpened;                       // the folder, when it has sub-folders to be entered
   int64_t fExcluded = 0;
   uint32_t fFailure = 0;  // code of the error that ended the listing; 0 if the enumerator reports it
 };

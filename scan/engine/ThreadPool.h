@@ -154,6 +154,7 @@ class TWorkerThreadPool : public TCustomThreadPool {
   int32_t GetWorkItemsCount() const { return fWorkItemsCount.load(std::memory_order_acquire); }
   // The number of items that wait for a thread. It is an estimate, read without a lock.
   int32_t GetQueueLength() const { return fQueueLength.load(std::memory_order_relaxed); }
+  int64_t Now() const { return fSettings.fTickCount(); }  // milliseconds
   int32_t GetThreadCount() const { return fThreadCount.load(std::memory_order_relaxed); }
   // Whether the machine has processor time for another thread. Until the first measurement is done, the answer is yes
   // for as many threads as there are processors. Otherwise a short scan would end before it shared its work. More

@@ -10,6 +10,7 @@
 #include "model/roots/ScanRoots.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
+#include "platform/threads/InterruptibleThread.h"
 #include "scan/engine/ScanEngine.h"
 #include "tests/support/MemoryRoot.h"
 #include "tests/support/RandomTree.h"
@@ -29,6 +30,13 @@ struct TScannedStorage : TMemoryRoot {
     fOptions->FileAgesDateType = TDateType::dtLastChange;
     fOptions->LongPathLength = 45;
     fSettings.fPath = pPath;
+  }
+
+  // The clock goes on by so many milliseconds between any two looks at it.
+  void SetClock(int64_t pStep) {
+    fServices->fPoolSettings.fTickCount = [pStep, tick = std::make_shared<std::atomic<int64_t>>(0)] {
+      return *tick += pStep;
+    };
   }
 
   std::string TreeDifferences() {
@@ -87,6 +95,7 @@ TEST(ScanEngine, TotalsEqualTheRecountWithAnyNumberOfThreads) {
   for (uint32_t seed = 1; seed <= 12; ++seed)
     for (int threads : {1, 2, 16}) {
       TScannedStorage scanned(threads);
+      if (seed % 2 == 0) scanned.SetClock(1000);  // totals go up for views after every folder
       scanned.fOptions->FolderDateBasedOnFilesOnly = seed % 3 == 0;
       TRandomTree random(seed);
       random.SetDates(scanned.Top());
@@ -109,6 +118,7 @@ TEST(ScanEngine, TotalsEqualTheRecountWithAnyNumberOfThreads) {
 TEST(ScanEngine, RefreshesResetsAndRemovalsLeaveTheTreeOfAFreshScan) {
   for (uint32_t seed = 1; seed <= 16; ++seed) {
     TScannedStorage scanned(seed % 2 == 0 ? 1 : 4);
+    if (seed % 4 < 2) scanned.SetClock(1000);
     TRandomTree random(1000 + seed);
     random.Fill(scanned.Top(), 4);
     scanned.Scan();
@@ -196,11 +206,13 @@ TEST(ScanEngine, ARefreshEntersNothingThatAScanLeavesOut) {
   }
 }
 
-TEST(ScanEngine, ARefreshIsDoneOnAWorker) {
+TEST(ScanEngine, AScanAndARefreshOpenOnAWorker) {
   TScannedStorage scanned(1);
   scanned.Top().AddFolder(u"a").AddFile(u"f", 1);
   TMemoryEntry& gone = scanned.Top().AddFolder(u"gone");
+  scanned.fStorage->WatchThisThread();
   scanned.Scan();
+  EXPECT_EQ(0, scanned.fStorage->CountWatchedCalls()) << "the path was opened by the caller";
   for (const char16_t* path : {u"/memory/a", u"/memory/gone"})
     for (const bool recursive : {false, true}) {
       gone.fRemoved = path == std::u16string_view(u"/memory/gone");
@@ -489,8 +501,8 @@ TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
     TGate gate;
     held.fGate = &gate;
     scanned.Begin();
-    TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
     gate.WaitUntilReached();
+    TRef<IFolderData> top = scanned.fRoot->GetTopFolder();
     EXPECT_FALSE(scanned.fRoot->WaitForScan(0));
     EXPECT_FALSE(top->Refresh(true));
     EXPECT_FALSE(scanned.fRoot->RemoveFolder(*top));
@@ -524,6 +536,40 @@ TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
     EXPECT_EQ("", scanned.Differences());
     EXPECT_EQ(rsFinished, scanned.fRoot->GetState());
   }
+}
+
+// As the path of a share whose server is gone: opening it blocks until it is interrupted.
+TEST(ScanEngine, AnOpeningThatHangsIsCancelled) {
+  struct TServices : TMemoryServices {
+    TGate fReached;
+    bool fRaises = false;
+    TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pRootPath, uint32_t pOptions) override {
+      fReached.Open();
+      fReached.Pass();
+      while (!TInterruptibleThread::IsCurrentInterrupted()) std::this_thread::yield();
+      if (fRaises) throw EOSError(4, "Open", pRootPath);
+      return MakeRef<Enumerators::TPathNotFoundEnumerator>(pRootPath, 4, pOptions);
+    }
+  };
+  for (const bool raises : {false, true})
+    for (const bool disposes : {false, true}) {
+      auto services = MakeRef<TServices>();
+      services->fRaises = raises;
+      auto root = MakeRef<TCustomUnixRoot>(u"/gone", u"", services, std::make_shared<TGlobalOptions>(), nullptr);
+      root->Scan();  // returns
+      services->fReached.WaitUntilReached();
+      EXPECT_EQ(rsScanning, root->GetState());
+      EXPECT_FALSE(root->WaitForScan(0));
+      if (!disposes) {
+        root->CancelScan();
+        ASSERT_TRUE(root->WaitForScan(kForever));
+        EXPECT_EQ(rsCancelled, root->GetState()) << "raises " << raises;
+        EXPECT_TRUE(root->GetErrors().empty()) << "what an interrupted call says is no fault of the path";
+        ASSERT_NE(nullptr, root->GetTopFolder());
+        EXPECT_EQ(0, root->GetTopFolder()->GetFolderState() & (fsScanning | fsSubFolderScanningFinished));
+      }
+      root->Dispose();
+    }
 }
 
 TEST(ScanEngine, ScansThatRunAtOnceShareTheThreads) {
@@ -580,9 +626,6 @@ TEST(ScanEngine, DatesLongPathsAndDepthAtTheirLimits) {
 
 TEST(ScanEngine, ThousandsOfLevels) {
   TScannedStorage scanned(2);
-  // Statistics off: every folder adds its files to all of its up to 4,000 ancestors, which takes its time as it is.
-  scanned.fOptions->CollectOwners = scanned.fOptions->CollectExtensions = scanned.fOptions->KeepFiles = false;
-  scanned.fOptions->FileAgesDateType = TDateType::dtNone;
   TMemoryEntry* folder = &scanned.Top();
   for (int level = 0; level < 4'000; ++level) {
     folder->AddFile(u"f", 1);
@@ -601,6 +644,72 @@ TEST(ScanEngine, ThousandsOfLevels) {
   EXPECT_TRUE(scanned.fRoot->RemoveFolder(*node));
   EXPECT_EQ(2'000, scanned.fRoot->GetTopFolder()->GetSize());
   EXPECT_EQ(1'999, scanned.fRoot->GetTopFolder()->GetFolders());
+}
+
+// Every change of totals is told to a subscriber that has read the last one. So the number of calls is a measure of the
+// work. Other subscribers take their queue on a thread of their own.
+int64_t CountChanges(int pLevels, bool pHasSideFolders) {
+  TScannedStorage scanned(1);
+  scanned.SetClock(0);
+  TMemoryEntry* folder = &scanned.Top();
+  for (int level = 0; level < pLevels; ++level) {
+    folder->AddFile(u"f", 1);
+    if (pHasSideFolders) folder->AddFolder(u"side").AddFile(u"g", 1);
+    folder = &folder->AddFolder(u"d");
+    folder->fValues.fLastChangeDate.fTicks = level + 1;  // the newest is the deepest
+  }
+  std::atomic<int64_t> changes{0};
+  TRef<ITreeSubscription> subscription;
+  subscription = scanned.Root().Subscribe([&] {
+    ++changes;
+    subscription->Take();
+  });
+  subscription->Take();
+  scanned.Scan();
+  EXPECT_EQ(pHasSideFolders ? 2 * pLevels : pLevels, scanned.fRoot->GetTopFolder()->GetSize());
+  EXPECT_EQ(pLevels, scanned.fRoot->GetTopFolder()->GetLastChangeDate().fTicks);
+  subscription->End();
+  return changes;
+}
+
+TEST(ScanEngine, TheWorkOnTotalsGrowsWithTheFoldersAndNotWithTheirDepth) {
+  for (const bool hasSideFolders : {false, true}) {
+    const int64_t some = CountChanges(200, hasSideFolders);
+    EXPECT_GT(some, 200);
+    EXPECT_LE(CountChanges(400, hasSideFolders), 2 * some + some / 10)
+        << "twice the levels, more than twice the changes; side folders " << hasSideFolders;
+  }
+}
+
+TEST(ScanEngine, TotalsGrowWhileTheScanRuns) {
+  for (const bool refresh : {false, true}) {
+    TScannedStorage scanned(1);
+    scanned.SetClock(1000);
+    scanned.Top().AddFile(u"f", 1);
+    if (refresh) scanned.Scan();
+    TMemoryEntry* folder = &scanned.Top();
+    for (int size : {10, 100, 1000}) {
+      folder = &folder->AddFolder(u"d");
+      folder->AddFile(u"f.txt", size);
+    }
+    folder = &folder->AddFolder(u"held");
+    folder->AddFile(u"g", 10'000);
+    TGate gate;
+    folder->fGate = &gate;
+    if (refresh)
+      ASSERT_TRUE(scanned.fRoot->GetTopFolder()->Refresh(false));
+    else
+      scanned.Begin();
+    gate.WaitUntilReached();
+    TRef<IFolderData> node = scanned.fRoot->GetTopFolder();
+    EXPECT_EQ((TSizeValues{{1111, 1111, 4}, 4, compr_no}), node->GetValues()) << "refresh " << refresh;
+    TBasicSizeValues texts;
+    EXPECT_TRUE(node->GetExtensionSizeArray()->Find(u".txt", texts));
+    EXPECT_EQ(1110, texts.fSize);
+    gate.Open();
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever));
+    EXPECT_EQ("", scanned.Differences());
+  }
 }
 
 // The largest files are offered again from the tree when some of them leave; without files in the tree nobody can.
@@ -627,9 +736,7 @@ TEST(ScanEngine, TheQueueStaysBounded) {
   for (const TCase& bound : {TCase{0, 20 * 2 + 1}, TCase{100, 2 + 1}}) {
     TScannedStorage scanned(2);
     scanned.fServices->fPoolSettings.fCpuUsage = [cpu = bound.fCpu] { return cpu; };
-    scanned.fServices->fPoolSettings.fTickCount = [tick = std::make_shared<std::atomic<int64_t>>(0)] {
-      return *tick += 1000;
-    };
+    scanned.SetClock(1000);
     TGate gate;
     for (int i = 0; i < 300; ++i) {
       TMemoryEntry& folder = scanned.Top().AddFolder(u"d" + FromUtf8(std::to_string(i)));
@@ -678,7 +785,7 @@ TEST(ScanEngine, RootsOfOneFileOfAMissingPathAndOfAMask) {
 
   auto missing = MakeRef<TCustomUnixRoot>(u"/nowhere", u"", scanned.fServices, scanned.fOptions, nullptr);
   missing->Scan();
-  EXPECT_TRUE(missing->WaitForScan(0));
+  EXPECT_TRUE(missing->WaitForScan(kForever));
   EXPECT_EQ(rsPathNotFound | rsHasErrors, missing->GetState());
   ASSERT_EQ(1u, missing->GetErrors().size());
   EXPECT_EQ(u"/nowhere", missing->GetErrors()[0].fPath);

@@ -12,6 +12,7 @@
 #include "scan/engine/ScanEngine.h"
 #include "tests/scan/engine/FailingAllocation.h"
 #include "tests/support/MemoryRoot.h"
+#include "tests/support/RandomTree.h"
 #include "tests/support/Recount.h"
 
 namespace Vantrel::ScanEngine {
@@ -216,7 +217,7 @@ TEST(ScanFailures, AScanThatCannotBegin) {
     auto root = MakeRef<TCustomUnixRoot>(u"/memory", u"", services, options, nullptr);
     test.fBreak(*services);
     EXPECT_NO_THROW(root->Scan());
-    ASSERT_TRUE(root->WaitForScan(0)) << "the root scans for good";
+    ASSERT_TRUE(root->WaitForScan(kForever)) << "the root scans for good";
     EXPECT_EQ(rsPathNotFound | rsHasErrors, root->GetState());
     ASSERT_EQ(1u, root->GetErrors().size());
     EXPECT_EQ(test.fCode, root->GetErrors()[0].fCode);
@@ -276,6 +277,27 @@ TEST(ScanFailures, EveryAllocationOfAScan) {
   }
 }
 
+TEST(ScanFailures, ARemovalThatFailsLeavesTheRootReadyForAScan) {
+  int64_t failed = 0;
+  for (int64_t allocation = 0; failed == allocation; ++allocation) {
+    TFailingScan scan(1);
+    scan.Fill();
+    scan.Scan();
+    const TRef<IFolderData> folder = scan.fRoot->GetTopFolder()->FindSubFolders()[0];
+    gAllocationsLeft = allocation;
+    try {
+      scan.fRoot->RemoveFolder(*folder);
+    } catch (const std::bad_alloc&) {
+      ++failed;
+    }
+    gAllocationsLeft = -1;
+    ASSERT_TRUE(scan.fRoot->WaitForScan(0)) << "the root is busy for good after allocation " << allocation;
+    scan.Scan();
+    EXPECT_EQ("", Inconsistencies(ReadTree(*scan.fRoot->GetTopFolder())));
+  }
+  EXPECT_GT(failed, 0);
+}
+
 TEST(ScanFailures, CancellingStopsInAFolderOfManyFiles) {
   for (bool included : {true, false}) {
     TFailingScan scan(1);
@@ -295,6 +317,27 @@ TEST(ScanFailures, CancellingStopsInAFolderOfManyFiles) {
         << "the whole folder was listed, included " << included;
     EXPECT_EQ(rsCancelled, scan.fRoot->GetState());
   }
+}
+
+// Folders that were never listed, and those that wait in the queue, take nothing from the sums of the others.
+TEST(ScanFailures, ACancelledScanLeavesATreeThatAgreesWithItself) {
+  for (uint32_t seed = 1; seed <= 20; ++seed)
+    for (int threads : {1, 4}) {
+      SCOPED_TRACE(testing::Message() << "seed " << seed << ", threads " << threads);
+      TFailingScan scan(threads);
+      TRandomTree(seed).Fill(scan.Top(), 5);
+      TMemoryEntry* held = &scan.Top();
+      for (TMemoryEntry& child : scan.Top().fChildren)
+        if (child.IsFolder() && child.fCanDescend) held = &child;
+      TGate gate;
+      held->fGate = &gate;
+      scan.Begin();
+      gate.WaitUntilReached();
+      scan.fRoot->CancelScan();
+      gate.Open();
+      ASSERT_TRUE(scan.fRoot->WaitForScan(kForever));
+      EXPECT_EQ("", Inconsistencies(ReadTree(*scan.fRoot->GetTopFolder())));
+    }
 }
 
 // For ThreadSanitizer: views read while scans and refreshes write.
