@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "model/columns/MetaData.h"
@@ -38,8 +37,7 @@ struct TListRow {
 // The content of a list at one moment. It stays as it is; its source makes a new one. Filling a list while a scan runs
 // is allowed, on any thread.
 struct TList {
-  std::u16string fTitle;      // "Largest files of /data"
-  std::u16string_view fName;  // such as "topfiles": ASCII, used in file names
+  std::u16string fTitle;  // "Largest files of /data"
   std::vector<TListColumn> fColumns;
   std::vector<TListRow> fRows;  // in the list's own order until they are sorted
 };
