@@ -4,14 +4,11 @@
 #include <utility>
 
 #include "platform/text/Text.h"
+#include "presentation/lists/ListParts.h"
 
 namespace Vantrel::Presentation {
 
 namespace {
-
-TMetaDataValue Date(TKivFileTime pDate) {
-  return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
-}
 
 // The scan that this one is compared with: the last one before it with the same number of unreadable folders. Otherwise
 // the folders missing from an incomplete scan would look like growth in the next complete one.
@@ -51,7 +48,7 @@ TList HistoryList(std::u16string_view pRootPath, std::span<const THistoryEntry> 
   list.fColumns.push_back({u"ID", TColumn::mdName});
   for (size_t i = 0; i < pEntries.size(); ++i) {
     const THistoryEntry& entry = pEntries[i];
-    TListRow row{{Date(entry.fDate), entry.fSize, entry.fAllocated, entry.fFiles, entry.fFreeSpace},
+    TListRow row{{DateValue(entry.fDate), entry.fSize, entry.fAllocated, entry.fFiles, entry.fFreeSpace},
                  FromUtf8(std::to_string(entry.fId))};
     AppendGrowth(row.fValues, ComparedWith(pEntries, i), entry);
     if (withExcluded) row.fValues.emplace_back();

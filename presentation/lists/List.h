@@ -13,7 +13,7 @@
 
 namespace Vantrel::Presentation {
 
-// Texts are aligned left, numbers right, dates left.
+// Sizes, counts and shares are aligned right, all else left.
 enum class TAlignment : uint8_t { alLeft, alRight };
 TAlignment AlignmentOf(TColumn pColumn);
 

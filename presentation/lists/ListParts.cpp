@@ -8,6 +8,10 @@ TListColumn Catalogued(TColumn pColumn) {
   return {std::u16string(ColumnInfo(pColumn).fCaption), pColumn};
 }
 
+TMetaDataValue DateValue(TKivFileTime pDate) {
+  return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
+}
+
 TShares::TShares(const IHierarchicalRoot& pRoot, const IFolderData& pTop)
     : fOfAllocated(pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated),
       fWhole(Basis(pTop.GetSize(), pTop.GetAllocated())) {}

@@ -1,6 +1,6 @@
 #pragma once
 
-// The parts that the lists of a root have in common: title, columns of sums, shares.
+// The parts that lists have in common: titles, columns of sums, shares, dates.
 
 #include <string_view>
 #include <vector>
@@ -13,6 +13,9 @@ namespace Vantrel::Presentation {
 
 // A column with the catalogue's caption.
 TListColumn Catalogued(TColumn pColumn);
+
+// The date, or no value when it is not known.
+TMetaDataValue DateValue(TKivFileTime pDate);
 
 // Computes shares of a root in the same way as the tree's share column.
 class TShares {

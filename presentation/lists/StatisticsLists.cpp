@@ -35,6 +35,11 @@ std::u16string_view DateText(TDateType pType) {
   }
 }
 
+// A row that a key names. The caller adds the other values.
+TListRow KeyRow(std::u16string_view pKey, TColor pColor) {
+  return {{std::u16string(pKey)}, std::u16string(pKey), nullptr, pColor};
+}
+
 void SortBySize(TList& pList) {
   SortRows(pList, kKeyColumn, false);
   SortRows(pList, *FindListColumn(pList, TColumn::mdSize), true);
@@ -53,8 +58,9 @@ TList ExtensionsList(const IHierarchicalRoot& pRoot) {
   const TShares shares(pRoot, *top);
   const TRef<const IFileTypeGroups> groups = CommonFileTypeGroups();
   for (const TKeyedSizeValues& entry : extensions->GetEntries()) {
-    const std::u16string key(TextOfKey(entry.fKey));
-    TListRow row{{key, FileTypesOf(entry.fKey, *groups)}, key, nullptr, extensions->GetColorForKey(key)};
+    const std::u16string_view key = TextOfKey(entry.fKey);
+    TListRow row = KeyRow(key, extensions->GetColorForKey(key));
+    row.fValues.emplace_back(FileTypesOf(entry.fKey, *groups));
     AppendSums(row, entry.fValues, shares);
     list.fRows.push_back(std::move(row));
   }
@@ -73,7 +79,7 @@ TList FileTypesList(const IHierarchicalRoot& pRoot) {
   const TShares shares(pRoot, *top);
   for (const TRef<TSizeDataGroup>& group : CalculateSizeDataForGroups(*extensions, *CommonFileTypeGroups())) {
     const std::u16string& caption = group->GetName();
-    TListRow row{{caption}, caption, nullptr, CommonColorPalette().GetColorForKey(caption)};
+    TListRow row = KeyRow(caption, CommonColorPalette().GetColorForKey(caption));
     AppendSums(row, {group->GetSize(), group->GetAllocated(), group->GetFiles()}, shares);
     list.fRows.push_back(std::move(row));
   }
@@ -90,8 +96,8 @@ TList UsersList(const IHierarchicalRoot& pRoot) {
 
   const TShares shares(pRoot, *top);
   for (const TKeyedSizeValues& entry : users->GetEntries()) {
-    const std::u16string key(TextOfKey(entry.fKey));
-    TListRow row{{key}, key, nullptr, users->GetColorForKey(key)};
+    const std::u16string_view key = TextOfKey(entry.fKey);
+    TListRow row = KeyRow(key, users->GetColorForKey(key));
     AppendSums(row, entry.fValues, shares);
     list.fRows.push_back(std::move(row));
   }

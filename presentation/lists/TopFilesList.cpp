@@ -14,10 +14,6 @@ namespace Vantrel::Presentation {
 
 namespace {
 
-TMetaDataValue Date(TKivFileTime pDate) {
-  return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
-}
-
 // The list of largest files holds no owners, but the file tables of their folders do. Each table is walked once.
 // Searching it for each file would take hours for a hundred thousand files in one folder. pFiles is sorted by size, the
 // largest first.
@@ -69,7 +65,7 @@ TList TopFilesList(const IHierarchicalRoot& pRoot) {
   for (size_t i = 0; i < files.size(); ++i) {
     const TTopSizeEntry& file = files[i];
     TListRow row{{file.fName, file.fSize, file.fAllocated, shares.Of(file.fSize, file.fAllocated),
-                  Date(file.fLastChangeDate), Date(file.fLastAccessDate), Date(file.fCreationDate),
+                  DateValue(file.fLastChangeDate), DateValue(file.fLastAccessDate), DateValue(file.fCreationDate),
                   static_cast<int64_t>(file.fAttributes)}};
     if (withOwners) row.fValues.push_back(owners[i]);
     const std::u16string folder = file.fParentFolder ? file.fParentFolder->GetFullPath() : std::u16string();
