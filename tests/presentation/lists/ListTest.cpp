@@ -39,6 +39,15 @@ TEST(List, SortsByEveryKindOfValueAndKeepsTheOrderOfEqualRows) {
   EXPECT_THAT(Keys(list), ElementsAre(u"3", u"1", u"2", u"4"));
   SortRows(list, 3, false);
   EXPECT_THAT(Keys(list), ElementsAre(u"2", u"3", u"1", u"4"));
+
+  // Few rows keep their order by any way of sorting.
+  TList many{u"", {{u"Size", TColumn::mdSize}}, {}};
+  for (int64_t i = 0; i < 1000; ++i) many.fRows.push_back({{i % 3}, std::u16string(1, static_cast<char16_t>(i))});
+  SortRows(many, 0, true);
+  for (int64_t i = 0; i < 1000; ++i) {
+    const int64_t expected = i < 333 ? 3 * i + 2 : i < 666 ? 3 * (i - 333) + 1 : 3 * (i - 666);
+    ASSERT_EQ(many.fRows[static_cast<size_t>(i)].fKey, std::u16string(1, static_cast<char16_t>(expected)));
+  }
 }
 
 }  // namespace
