@@ -28,6 +28,7 @@
 #include "platform/system/Environment.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
+#include "presentation/lists/DriveList.h"
 #include "scan/engine/ScanServices.h"
 #include "search/patterns/PatternFilter.h"
 
@@ -137,7 +138,7 @@ int TApplication::ForgetSettings() {
 
 int TApplication::ExportDriveList(const std::u16string& pFile) {
   using namespace Exporting;
-  const TListTable drives = DriveList();
+  const Presentation::TList drives = Presentation::DriveList();
   using PostScanActions::TExportFormat;
   const TExportFormat format = PostScanActions::FormatOfFile(pFile, TExportFormat::efReport);
   const TMediaSettings effective = fMedia.Effective(PostScanActions::MediaOf(format));

@@ -68,6 +68,9 @@ def option_file(options, version=1):
     return f'<VantrelOptions Version="{version}">{options}</VantrelOptions>'
 
 
+GROUPS = option_file('<FileTypeGroups><Item Caption="Mine" Patterns="*.bin"/><Item Caption="Others" Patterns="*"/>'
+                     '</FileTypeGroups>')
+
 NOT_BUILT = """EXCEL SHEETNAME EXPANDABLEREPORT PDF HTML PRINT SQLITE INDEXFILE HISTORYCHART PIECHART CHART BARCHART TREEMAP
 FILEAGESCHART EXTENSIONSCHART EXTENSIONSPIECHART USERSCHART USERSPIECHART SEARCH SEARCH:START SEARCH:INTERNET LOOP
 CREATESNAPSHOT EMPTYRECYCLEBIN USERFILTER SHORTDATEFORMAT LANGUAGE SHOWWIZARD UILEVEL CONTEXTMENUENTRIES THEMEDCONTEXTMENUS
@@ -222,6 +225,15 @@ DONE = [
     Row("data --topfileslist true --extensionslist=1 --csv a.csv",
         files={"a.csv": ("data,6300",), "a-topfiles.csv": ("two.bin", "one.txt", "three.txt"),
                "a-extensions.csv": (".bin", ".txt")}),
+    Row("data --filetypeslist", out=("File types of ", "Audio", "Text", "1.3 KB", "Miscellaneous Files", "4.9 KB")),
+    Row("data --filetypeslist --csv a.csv", files={"a.csv": ("data,6300,",), "a-filetypes.csv": (
+        "File Type,Size,Allocated,Files,% of Root\r\n", "Audio,0,0,0,", "Text,1300,", "Miscellaneous Files,5000,")}),
+    # Groups of an options file change what patterns and lists say. They are saved with the other options.
+    Row("data --options o.xml --filter (Group)mine --filetypeslist --extensionslist --csv a.csv", given={"o.xml": GROUPS},
+        files={"a.csv": ("data,5000,",), "a-filetypes.csv": ("% of Root\r\nMine,5000,", "Others,0,"),
+               "a-extensions.csv": (".bin,Mine,5000,",)}),
+    Row("data --exclude (Group)MINE --csv -", given={"o.xml": GROUPS}, before=("--options o.xml /SAVESETTINGS",),
+        out=("data,1300,",)),
     Row("data --title Weekly", out=("Weekly\r\n",), absent=("Vantrel Report",)),
     Row("data '/EXPORTTITLE' 'My report'", out=("My report\r\n",)),
     Row("data --listseparator ';' --csv -", out=("Full Path;Size;", "data;6300;")),

@@ -315,8 +315,8 @@ class TextExportTest(program_test.ProgramTest):
 
     def test_threads_make_no_difference(self):
         arguments = ["--csv", "tree.csv", "--text", "tree.tsv", "--text", "tree.txt", "--pathlist", "paths.txt", "--xml",
-                     "tree.xml", "--filesintree", "--topfileslist", "--extensionslist", "--userslist", "--ageoffiles",
-                     "--title", "T"]
+                     "tree.xml", "--filesintree", "--topfileslist", "--extensionslist", "--filetypeslist",
+                     "--userslist", "--ageoffiles", "--title", "T"]
         runs = []
         for threads in ("1", "8", "1", "8"):
             run = self.run_program(str(self.tree), *arguments, "--MaximumThreads", threads)
@@ -325,7 +325,7 @@ class TextExportTest(program_test.ProgramTest):
             files["tree.xml"] = re.sub(b"<(DateISO|FreeBytesOnDrive)>.*", b"", files["tree.xml"])
             files["tree.txt"] = re.sub(b"(?m)^(Scanned |     Drive: ).*", b"", files["tree.txt"])
             runs.append(files)
-        self.assertEqual(len(runs[0]), 5 + 2 * 4)
+        self.assertEqual(len(runs[0]), 5 + 2 * 5)
         for files in runs[1:]:
             self.assertEqual(files.keys(), runs[0].keys())
             for name, data in files.items():

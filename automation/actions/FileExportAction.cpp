@@ -5,6 +5,7 @@
 #include "export/xml/XMLExport.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
+#include "presentation/lists/RootLists.h"
 
 namespace Vantrel::PostScanActions {
 
@@ -88,7 +89,8 @@ std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16strin
                                       const TGlobalOptions& pOptions) {
   std::vector<std::u16string> files;
   if (!HasListFiles(pFormat, pFileName)) return files;
-  for (const std::u16string_view list : ChosenListNames(pOptions)) files.push_back(PathOfList(pFileName, list));
+  for (const Presentation::TRootList& list : Presentation::ChosenLists(pOptions))
+    files.push_back(PathOfList(pFileName, list.fName));
   return files;
 }
 
@@ -177,10 +179,10 @@ void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
 
 void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
   const TMediaSettings settings = RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
-  for (const TListTable& list : ChosenLists(pRoot, fOptions)) {
+  for (const Presentation::TRootList& list : Presentation::ChosenLists(fOptions)) {
     const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
-    WriteListAsDelimited(list, settings, *fLists.back());
+    WriteListAsDelimited(list.fFill(pRoot), settings, *fLists.back());
   }
 }
 

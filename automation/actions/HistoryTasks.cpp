@@ -15,13 +15,17 @@
 #include "platform/files/UserFolders.h"
 #include "platform/system/Console.h"
 #include "platform/text/Text.h"
+#include "presentation/lists/HistoryList.h"
 
 namespace Vantrel::CommandLine {
 
 using namespace Vantrel::Exporting;
 using History::THistoryDatabaseReaderWriter;
 using History::THistoryDocument;
-using History::THistoryEntry;
+using Presentation::HasIncompleteScans;
+using Presentation::HistoryList;
+using Presentation::THistoryEntry;
+using Presentation::TList;
 
 namespace {
 
@@ -94,7 +98,7 @@ class THistoryTasks {
 
   void Show() {
     const std::u16string pattern = fState.fPatterns ? History::HistoryPattern(*fState.fPatterns) : std::u16string();
-    std::vector<TListTable> tables;
+    std::vector<TList> tables;
     for (const std::u16string& path : fState.fHistoryPaths) {
       std::vector<THistoryEntry> entries;
       // Before the first scan there is no file.
@@ -117,7 +121,7 @@ class THistoryTasks {
          ecPathNotFound);
   }
 
-  bool ShowOne(const TListTable& pTable, const std::vector<THistoryEntry>& pEntries) {
+  bool ShowOne(const TList& pTable, const std::vector<THistoryEntry>& pEntries) {
     const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtText);
     if (!Check(WriteListAsText(pTable, FormatOf(settings), fOutput)) || !Write("")) return false;
     for (const std::string& line : HistoryChart(pEntries, fWidth))
@@ -128,14 +132,14 @@ class THistoryTasks {
   }
 
   // Several paths follow one another, each table with its own captions.
-  void ExportCSV(const std::vector<TListTable>& pTables) {
+  void ExportCSV(const std::vector<TList>& pTables) {
     const std::u16string& path = fState.fHistoryCSV;
     const TExportFormat format = PostScanActions::FormatOfFile(path, TExportFormat::efCSV);
     const TMediaSettings settings = PostScanActions::RowSettings(
         format, TMediaOptions(*fState.fOptions).Effective(PostScanActions::MediaOf(format)), path);
     CreateFolderOf(path);
     PostScanActions::TExportFile file(path, [] { return false; });
-    for (const TListTable& table : pTables) WriteListAsDelimited(table, settings, file);
+    for (const TList& table : pTables) WriteListAsDelimited(table, settings, file);
     file.Commit();
   }
 

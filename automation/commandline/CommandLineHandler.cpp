@@ -74,6 +74,7 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
       pTokens.first(static_cast<size_t>(std::find(pTokens.begin(), pTokens.end(), u"--") - pTokens.begin()));
   fIsMailed = fParser.FindSwitch(u"EMAIL", switches) || !fParser.FindPathsAfterSwitch(u"EMAIL", switches).empty();
   LoadOptionsFiles(switches);
+  Vantrel::UseAsCommonOptions(fOptions);
   for (size_t i = 0; i < pTokens.size();) {
     const std::u16string& token = pTokens[i];
     if (token == u"--") {  // only paths follow, whatever they begin with

@@ -11,25 +11,13 @@
 #include "export/history/SQLiteDatabase.h"
 #include "model/roots/RootInterfaces.h"
 #include "platform/system/FileTime.h"
+#include "presentation/lists/HistoryList.h"
 #include "search/patterns/PatternInterfaces.h"
 
 // The totals of earlier scans, kept in an SQLite file. docs/history.md describes the file.
 namespace Vantrel::History {
 
-using Vantrel::History::TKIVSQLiteDatabase;
-
-// One scan. Sizes are in bytes.
-struct THistoryEntry {
-  int64_t fId = 0;  // identifies the scan for deletion
-  TKivFileTime fDate;
-  int64_t fSize = 0;
-  int64_t fAllocated = 0;
-  int64_t fFiles = 0;
-  int64_t fFreeSpace = 0;
-  std::string fVersion;  // of the program; empty if unknown
-  std::optional<int64_t> fExcludedObjects;
-  int64_t fUnreadFolders = 0;  // folders that could not be read; if there are any, the totals are incomplete
-};
+using Presentation::THistoryEntry;
 
 // The scans of one root under one filter, oldest first.
 struct TRootHistory {

@@ -8,30 +8,9 @@
 
 namespace Vantrel::Exporting {
 
-using Vantrel::History::THistoryEntry;
+using Presentation::THistoryEntry;
 
 namespace {
-
-TMetaDataValue Date(TKivFileTime pDate) {
-  return pDate.IsSet() ? TMetaDataValue(pDate) : TMetaDataValue();
-}
-
-// The scan that this one is compared with: the last one before it with the same number of unreadable folders. Otherwise
-// the folders missing from an incomplete scan would look like growth in the next complete one.
-const THistoryEntry* ComparedWith(const std::vector<THistoryEntry>& pEntries, size_t pIndex) {
-  for (size_t i = pIndex; i-- > 0;)
-    if (pEntries[i].fUnreadFolders == pEntries[pIndex].fUnreadFolders) return &pEntries[i];
-  return nullptr;
-}
-
-// Appends the growth in bytes and as a share of the earlier size.
-void AppendGrowth(std::vector<TMetaDataValue>& pRow, const THistoryEntry* pEarlier, const THistoryEntry& pEntry) {
-  if (pEarlier == nullptr) return pRow.resize(pRow.size() + 2);
-  const int64_t growth = pEntry.fSize - pEarlier->fSize;
-  pRow.emplace_back(growth);
-  if (pEarlier->fSize == 0) return pRow.resize(pRow.size() + 1);
-  pRow.emplace_back(static_cast<double>(growth) / static_cast<double>(pEarlier->fSize));
-}
 
 constexpr char kIncompleteMark = '?';
 constexpr int kRows = 8;
@@ -159,36 +138,6 @@ class THistoryChart {
 };
 
 }  // namespace
-
-bool HasIncompleteScans(const std::vector<THistoryEntry>& pEntries) {
-  return std::any_of(pEntries.begin(), pEntries.end(),
-                     [](const THistoryEntry& pEntry) { return pEntry.fUnreadFolders > 0; });
-}
-
-TListTable HistoryList(std::u16string_view pRootPath, const std::vector<THistoryEntry>& pEntries) {
-  const bool withExcluded = std::any_of(pEntries.begin(), pEntries.end(),
-                                        [](const THistoryEntry& pEntry) { return pEntry.fExcludedObjects; });
-  const bool withUnread = HasIncompleteScans(pEntries);
-  TListTable table{u"History of " + std::u16string(pRootPath), u"history", {}, {}};
-  table.fColumns = {{u"Date", TColumn::mdLastChange},           {u"Size", TColumn::mdSize},
-                    {u"Allocated", TColumn::mdAllocated},       {u"Files", TColumn::mdFiles},
-                    {u"Free Space", TColumn::mdSize},           {u"Growth", TColumn::mdSizeChange},
-                    {u"Growth %", TColumn::mdSizeChangePercent}};
-  if (withExcluded) table.fColumns.push_back({u"Excluded", TColumn::mdItems});
-  if (withUnread) table.fColumns.push_back({u"Not Read", TColumn::mdFolders});
-  table.fColumns.push_back({u"ID", TColumn::mdName});
-  for (size_t i = 0; i < pEntries.size(); ++i) {
-    const THistoryEntry& entry = pEntries[i];
-    std::vector<TMetaDataValue> row{Date(entry.fDate), entry.fSize, entry.fAllocated, entry.fFiles, entry.fFreeSpace};
-    AppendGrowth(row, ComparedWith(pEntries, i), entry);
-    if (withExcluded) row.emplace_back();
-    if (entry.fExcludedObjects) row.back() = *entry.fExcludedObjects;
-    if (withUnread) row.emplace_back(entry.fUnreadFolders);
-    row.emplace_back(FromUtf8(std::to_string(entry.fId)));
-    table.fRows.push_back(std::move(row));
-  }
-  return table;
-}
 
 std::vector<std::string> HistoryChart(const std::vector<THistoryEntry>& pEntries, int pWidth) {
   return pEntries.empty() ? std::vector<std::string>() : THistoryChart(pEntries, pWidth).Lines();

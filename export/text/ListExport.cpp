@@ -9,20 +9,23 @@
 
 namespace Vantrel::Exporting {
 
+using Presentation::TList;
+using Presentation::TListColumn;
+using Presentation::TListRow;
+
 namespace {
 
-std::vector<std::string> Captions(const TListTable& pTable, const TValueFormat& pFormat) {
+std::vector<std::string> Captions(const TList& pList, const TValueFormat& pFormat) {
   std::vector<std::string> captions;
-  for (const TListColumn& column : pTable.fColumns)
+  for (const TListColumn& column : pList.fColumns)
     captions.push_back(CaptionWithUnit(column.fCaption, column.fColumn, pFormat));
   return captions;
 }
 
-std::vector<std::string> RowTexts(const TListTable& pTable, const std::vector<TMetaDataValue>& pRow,
-                                  const TValueFormat& pFormat) {
+std::vector<std::string> RowTexts(const TList& pList, const TListRow& pRow, const TValueFormat& pFormat) {
   std::vector<std::string> texts;
-  for (size_t i = 0; i < pRow.size(); ++i)
-    texts.push_back(ToDisplay(FormatValue(pTable.fColumns[i].fColumn, pRow[i], pFormat)));
+  for (size_t i = 0; i < pRow.fValues.size(); ++i)
+    texts.push_back(ToDisplay(FormatValue(pList.fColumns[i].fColumn, pRow.fValues[i], pFormat)));
   return texts;
 }
 
@@ -32,13 +35,13 @@ std::string WithoutTrailingBlanks(std::string pLine) {
   return pLine;
 }
 
-std::string DelimitedRow(const TListTable& pTable, const std::vector<TMetaDataValue>& pRow, const TValueFormat& pFormat,
+std::string DelimitedRow(const TList& pList, const TListRow& pRow, const TValueFormat& pFormat,
                          const TDelimitedFormat& pDelimited) {
   std::string line;
-  for (size_t i = 0; i < pRow.size(); ++i) {
+  for (size_t i = 0; i < pRow.fValues.size(); ++i) {
     if (i > 0) line += pDelimited.fSeparator;
-    const TColumn column = pTable.fColumns[i].fColumn;
-    const std::u16string text = FormatValue(column, pRow[i], pFormat);
+    const TColumn column = pList.fColumns[i].fColumn;
+    const std::u16string text = FormatValue(column, pRow.fValues[i], pFormat);
     if (ColumnInfo(column).fKind == TColumnKind::ckText)
       AppendTextField(line, text, pDelimited);
     else
@@ -49,16 +52,16 @@ std::string DelimitedRow(const TListTable& pTable, const std::vector<TMetaDataVa
 
 }  // namespace
 
-bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput) {
+bool WriteListAsText(const TList& pList, const TValueFormat& pFormat, ILineOutput& pOutput) {
   std::vector<TColumn> columns;
-  for (const TListColumn& column : pTable.fColumns) columns.push_back(column.fColumn);
+  for (const TListColumn& column : pList.fColumns) columns.push_back(column.fColumn);
   TPaddedTable padded(std::move(columns), "  ");
-  std::vector<std::vector<std::string>> rows{Captions(pTable, pFormat)};
-  for (const auto& row : pTable.fRows) rows.push_back(RowTexts(pTable, row, pFormat));
+  std::vector<std::vector<std::string>> rows{Captions(pList, pFormat)};
+  for (const TListRow& row : pList.fRows) rows.push_back(RowTexts(pList, row, pFormat));
   for (const auto& row : rows) padded.Measure(row);
 
   if (pOutput.LineCount() > 0 && !pOutput.WriteLine("")) return false;
-  if (!pOutput.WriteLine(ToDisplay(pTable.fTitle)) || !pOutput.WriteLine("")) return false;
+  if (!pOutput.WriteLine(ToDisplay(pList.fTitle)) || !pOutput.WriteLine("")) return false;
   for (size_t i = 0; i < rows.size(); ++i) {
     if (!pOutput.WriteLine(WithoutTrailingBlanks(padded.Row(rows[i])))) return false;
     if (i == 0 && !pOutput.WriteLine(padded.Underline())) return false;
@@ -66,7 +69,7 @@ bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILin
   return true;
 }
 
-bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
+bool WriteListAsDelimited(const TList& pList, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
                           bool pWithHeader, ILineOutput& pOutput) {
   const auto write = [&](const std::string& pLine) {
     const bool marks = pDelimited.fByteOrderMark && pOutput.LineCount() == 0;
@@ -74,21 +77,21 @@ bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat,
   };
   if (pWithHeader) {
     std::string line;
-    for (const std::string& caption : Captions(pTable, pFormat)) {
+    for (const std::string& caption : Captions(pList, pFormat)) {
       if (!line.empty()) line += pDelimited.fSeparator;
       AppendOwnField(line, caption, pDelimited);
     }
     if (!write(line)) return false;
   }
   const TValueFormat format = WithoutMisleadingGroups(pFormat, pDelimited);
-  for (const auto& row : pTable.fRows)
-    if (!write(DelimitedRow(pTable, row, format, pDelimited))) return false;
+  for (const TListRow& row : pList.fRows)
+    if (!write(DelimitedRow(pList, row, format, pDelimited))) return false;
   return true;
 }
 
-bool WriteListAsDelimited(const TListTable& pTable, const TMediaSettings& pSettings, ILineOutput& pOutput) {
+bool WriteListAsDelimited(const TList& pList, const TMediaSettings& pSettings, ILineOutput& pOutput) {
   const TDelimitedFormat fields{ToUtf8(pSettings.Separator()), pSettings.fNeutralizeFormulas, pSettings.fByteOrderMark};
-  return WriteListAsDelimited(pTable, FormatOf(pSettings), fields, pSettings.fIncludeHeader, pOutput);
+  return WriteListAsDelimited(pList, FormatOf(pSettings), fields, pSettings.fIncludeHeader, pOutput);
 }
 
 }  // namespace Vantrel::Exporting

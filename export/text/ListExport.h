@@ -3,8 +3,8 @@
 // Writes a list as text for people or as lines for programs.
 
 #include "export/text/DelimitedText.h"
-#include "export/text/ListTables.h"
 #include "export/walk/HierarchicalExport.h"
+#include "presentation/lists/List.h"
 
 namespace Vantrel::Exporting {
 
@@ -13,13 +13,13 @@ namespace Vantrel::Exporting {
 
 // Writes a list for people: title, captions, underline, and one row per line in columns of fixed width. An empty line
 // separates it from earlier output.
-bool WriteListAsText(const TListTable& pTable, const TValueFormat& pFormat, ILineOutput& pOutput);
+bool WriteListAsText(const Presentation::TList& pList, const TValueFormat& pFormat, ILineOutput& pOutput);
 
 // Writes a list for programs: one row per line, without a title. With pWithHeader the first line holds the captions.
 // Numbers are not grouped if the group separator could be taken for that of the fields or the decimals.
-bool WriteListAsDelimited(const TListTable& pTable, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
-                          bool pWithHeader, ILineOutput& pOutput);
+bool WriteListAsDelimited(const Presentation::TList& pList, const TValueFormat& pFormat,
+                          const TDelimitedFormat& pDelimited, bool pWithHeader, ILineOutput& pOutput);
 // The same, with the format from the effective settings.
-bool WriteListAsDelimited(const TListTable& pTable, const TMediaSettings& pSettings, ILineOutput& pOutput);
+bool WriteListAsDelimited(const Presentation::TList& pList, const TMediaSettings& pSettings, ILineOutput& pOutput);
 
 }  // namespace Vantrel::Exporting

@@ -4,17 +4,16 @@
 #include <utility>
 
 #include "platform/text/Text.h"
+#include "presentation/lists/List.h"
 
 namespace Vantrel::Exporting {
+
+using Vantrel::Presentation::AlignmentOf;
+using Vantrel::Presentation::TAlignment;
 
 namespace {
 
 constexpr int kLeastLimitedWidth = 12;
-
-bool IsRightAligned(TColumn pColumn) {
-  const TColumnKind kind = ColumnInfo(pColumn).fKind;
-  return kind == TColumnKind::ckSize || kind == TColumnKind::ckCount || kind == TColumnKind::ckShare;
-}
 
 size_t Blanks(int pWanted, int pTaken) {
   return static_cast<size_t>(std::max(0, pWanted - pTaken));
@@ -42,7 +41,8 @@ std::string TPaddedTable::Row(const std::vector<std::string>& pCells) const {
     if (i > 0) line += fSeparator;
     const std::string cell = ShortenedToWidth(pCells[i], fWidths[i]);
     const std::string blanks(Blanks(fWidths[i], DisplayWidth(cell)), ' ');
-    line += IsRightAligned(fColumns[i]) ? blanks + cell : cell + blanks;
+    const bool isRight = AlignmentOf(fColumns[i]) == TAlignment::alRight;
+    line += isRight ? blanks + cell : cell + blanks;
   }
   return line;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/text/Text.h"
+#include "presentation/lists/ErrorList.h"
 
 namespace Vantrel::Exporting {
 
@@ -28,20 +29,21 @@ std::string SecondsText(int64_t pMilliseconds) {
   return seconds < 10 ? fmt::format("{:.2f} seconds", seconds) : fmt::format("{:.1f} seconds", seconds);
 }
 
-std::string ErrorLine(const TScanError& pError) {
-  return fmt::format("  {}: {}{}", ToDisplay(pError.fPath), ToDisplay(pError.fText),
-                     pError.fPartial ? " (read in part)" : "");
+std::string ErrorLine(const Presentation::TListRow& pError) {
+  const auto text = [&](Presentation::TErrorColumn pColumn) {
+    return ToDisplay(std::get<std::u16string>(pError.fValues[pColumn]));
+  };
+  const std::string remark = text(Presentation::erRemark);
+  return fmt::format("  {}: {}{}", text(Presentation::erPath), text(Presentation::erReason),
+                     remark.empty() ? "" : " (" + remark + ")");
 }
 
 }  // namespace
 
 std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
                                       size_t pListedErrors) {
-  std::vector<TScanError> errors = pRoot.GetErrors();
+  const std::vector<Presentation::TListRow> errors = Presentation::ErrorList(pRoot).fRows;
   if (errors.empty()) return {};
-  // Threads record errors in any order. Sorting gives the report a fixed order.
-  std::sort(errors.begin(), errors.end(),
-            [](const TScanError& pA, const TScanError& pB) { return pA.fPath < pB.fPath; });
   const auto count = static_cast<int64_t>(errors.size());
   std::vector<std::string> lines;
   lines.push_back(fmt::format("incomplete: {} could not be read", CountText(count, "folder", "folders", pFormat)));

@@ -6,6 +6,7 @@
 #include "export/text/ListExport.h"
 #include "export/text/RootDescription.h"
 #include "platform/text/Text.h"
+#include "presentation/lists/RootLists.h"
 
 namespace Vantrel::Exporting {
 
@@ -72,8 +73,8 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     if (Settings().fSmallestFolder > 0)
       WriteLine("What is smaller than " + ToUtf8(FormatValue(TColumn::mdSize, Settings().fSmallestFolder, fFormat)) +
                 " is not shown.");
-    const std::vector<TListTable> lists = ChosenLists(pRoot, fOptions);
-    for (const TListTable& list : lists) WriteListAsText(list, fFormat, Output());
+    const std::vector<Presentation::TRootList> lists = Presentation::ChosenLists(fOptions);
+    for (const Presentation::TRootList& list : lists) WriteListAsText(list.fFill(pRoot), fFormat, Output());
     if (!lists.empty()) WriteLine("");
   }
   for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors)))

@@ -2,11 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <set>
 #include <utility>
 
+#include "export/xml/OptionsTables.h"
 #include "export/xml/XMLFileStream.h"
 #include "export/xml/XMLParser.h"
 #include "export/xml/XMLUtils.h"
@@ -42,13 +45,6 @@ bool IsKeptInFiles(const TOptionInfo&) {
   return true;
 }
 
-// Shortens a text for messages. A damaged or hostile file may hold texts of any length.
-std::string Shown(std::u16string_view pText) {
-  constexpr size_t kMostShown = 60;
-  std::string shown = ToDisplay(pText.substr(0, kMostShown));
-  return pText.size() > kMostShown ? shown + "..." : shown;
-}
-
 // Options hold UTF-8 texts but may hold any bytes. Bytes that do not decode are kept as in file names.
 std::u16string TextForFile(std::string_view pText) {
   return FromNativeBytes(pText);
@@ -77,19 +73,30 @@ class TOptionsReader final : public IXMLHandler {
   void StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) override {
     if (fDepth == 0) {
       StartRoot(pName, pAttributes);
-    } else if (fDepth == 1 && SameTextAscii(pName, u"Option")) {
-      ReadOption(pAttributes);
-    } else if (fDepth == 1 && !SameTextAscii(pName, u"Application") && !SameTextAscii(pName, u"Version")) {
-      Skip(fmt::format("the element \"{}\" is not known to this version", Shown(pName)));
+    } else if (fDepth == 1) {
+      StartPart(pName, pAttributes);
+    } else if (fDepth == 2 && fTable != TTable::tNone) {
+      ReadItem(pName, pAttributes);
     }
     ++fDepth;
   }
-  void EndElement(std::u16string_view) override { --fDepth; }
+  void EndElement(std::u16string_view) override {
+    if (--fDepth != 1) return;
+    if (fTable == TTable::tGroups) SkipIf(fGroups.Finish(fOptions));
+    fTable = TTable::tNone;
+  }
   void Characters(std::u16string_view) override {}
 
  private:
   void StartRoot(std::u16string_view pName, TXMLAttributeSpan pAttributes);
+  void StartPart(std::u16string_view pName, TXMLAttributeSpan pAttributes);
   void ReadOption(TXMLAttributeSpan pAttributes);
+  void ReadItem(std::u16string_view pName, TXMLAttributeSpan pAttributes);
+  // Reports attributes that are not among those with a meaning.
+  void CheckAttributes(TXMLAttributeSpan pAttributes, std::initializer_list<std::u16string_view> pKnown);
+  void SkipIf(std::string_view pWhat) {
+    if (!pWhat.empty()) Skip(pWhat);
+  }
   // Reports what was skipped at the current place of the file.
   void Skip(std::string_view pWhat) {
     fLoaded.fSkipped.push_back(fmt::format("line {}: {}", fParser.ErrorHere({}).Line(), pWhat));
@@ -100,6 +107,8 @@ class TOptionsReader final : public IXMLHandler {
   TXMLParser fParser;
   std::set<const TOptionInfo*> fSet;
   size_t fDepth = 0;
+  enum class TTable : uint8_t { tNone, tGroups, tColors } fTable = TTable::tNone;  // that the current place is in
+  TGroupsReader fGroups;
 };
 
 void TOptionsReader::StartRoot(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
@@ -115,18 +124,47 @@ void TOptionsReader::StartRoot(std::u16string_view pName, TXMLAttributeSpan pAtt
                      kFormatVersion));
 }
 
+void TOptionsReader::CheckAttributes(TXMLAttributeSpan pAttributes, std::initializer_list<std::u16string_view> pKnown) {
+  for (const TXMLAttribute& attribute : pAttributes) {
+    const bool isKnown = std::any_of(pKnown.begin(), pKnown.end(),
+                                     [&](std::u16string_view pName) { return SameTextAscii(attribute.fName, pName); });
+    if (!isKnown) Skip(fmt::format("the attribute \"{}\" is not known to this version", Shown(attribute.fName)));
+  }
+}
+
+void TOptionsReader::StartPart(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
+  if (SameTextAscii(pName, u"Option")) return ReadOption(pAttributes);
+  if (SameTextAscii(pName, u"Application") || SameTextAscii(pName, u"Version")) return;
+  if (SameTextAscii(pName, u"FileTypeGroups")) {
+    fTable = TTable::tGroups;
+    fGroups = {};
+  } else if (SameTextAscii(pName, u"Colors")) {
+    fTable = TTable::tColors;
+  } else {
+    Skip(fmt::format("the element \"{}\" is not known to this version", Shown(pName)));
+  }
+}
+
+void TOptionsReader::ReadItem(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
+  if (!SameTextAscii(pName, u"Item"))
+    return Skip(fmt::format("the element \"{}\" is not known to this version", Shown(pName)));
+  if (fTable == TTable::tColors) {
+    CheckAttributes(pAttributes, {u"Key", u"KeyEscaped", u"Color"});
+    return SkipIf(ReadColor(pAttributes, fOptions));
+  }
+  CheckAttributes(pAttributes, {u"Caption", u"CaptionEscaped", u"Description", u"DescriptionEscaped",
+                                u"ExtensionForIcon", u"ExtensionForIconEscaped", u"Patterns", u"PatternsEscaped"});
+  SkipIf(fGroups.Add(pAttributes));
+}
+
 void TOptionsReader::ReadOption(TXMLAttributeSpan pAttributes) {
   bool hasName = false;
   bool hasValue = false;
   for (const TXMLAttribute& attribute : pAttributes) {
-    if (SameTextAscii(attribute.fName, u"Name")) {
-      hasName = true;
-    } else if (SameTextAscii(attribute.fName, u"Value")) {
-      hasValue = true;
-    } else if (!SameTextAscii(attribute.fName, u"ValueEscaped")) {
-      Skip(fmt::format("the attribute \"{}\" is not known to this version", Shown(attribute.fName)));
-    }
+    hasName = hasName || SameTextAscii(attribute.fName, u"Name");
+    hasValue = hasValue || SameTextAscii(attribute.fName, u"Value");
   }
+  CheckAttributes(pAttributes, {u"Name", u"Value", u"ValueEscaped"});
   if (!hasName) return Skip("an option without a name");
   const std::u16string_view name = TXMLUtils::GetValueFromAttributeByQName(pAttributes, u"Name", {});
   const TOptionInfo* option = FindOption(ToUtf8(name));
@@ -191,6 +229,7 @@ void SaveOptionsFile(const std::u16string& pPath, const TGlobalOptions& pOptions
     // Compares with the default as read back, because its declaration may be spelled differently.
     if (IsKeptInFiles(option) && value != option.fGet(defaults)) WriteOption(stream, option, value);
   }
+  WriteTables(stream, pOptions);
   stream.EndElement("VantrelOptions");
   stream.EndDocument();
   file.Commit();

@@ -287,6 +287,7 @@ std::vector<TOptionInfo> DeclareOptions() {
            "First line of a report in place of its name and date"),
       Boolean("ListTopFiles", &TOptions::ListTopFiles, false, "Add the list of the largest files to exports"),
       Boolean("ListExtensions", &TOptions::ListExtensions, false, "Add the list of file name extensions to exports"),
+      Boolean("ListFileTypes", &TOptions::ListFileTypes, false, "Add the list of file-type groups to exports"),
       Boolean("ListUsers", &TOptions::ListUsers, false, "Add the list of owners to exports"),
       Boolean("ListFileAges", &TOptions::ListFileAges, false, "Add the list of file ages to exports"),
       Text("MailServer", &TOptions::MailServer, "", "", nullptr, "SMTP server that mails go to; none: sendmail"),
@@ -314,11 +315,16 @@ const std::vector<TOptionInfo>& Options() {
 
 }  // namespace
 
-TGlobalOptions::TGlobalOptions() {
+TGlobalOptions::TGlobalOptions() : FileTypeGroups(StandardFileTypes()) {
   // What is no option of its own as well.
   for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV, TMediaType::mtXML})
     Media(media) = DefaultMediaSettings(media);
   for (const TOptionInfo& option : Options()) option.fSet(*this, option.fDefault);
+}
+
+void UseAsCommonOptions(const TGlobalOptions& pOptions) {
+  SetCommonFileTypeGroups(pOptions.FileTypeGroups);
+  CommonColorPalette().SetUserColors(pOptions.UserColors);
 }
 
 std::string RefusedValueText(const TOptionInfo& pOption, std::string_view pValue) {

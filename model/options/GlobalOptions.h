@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "model/options/MediaSettings.h"
+#include "model/statistics/ColorPalette.h"
+#include "model/statistics/FileTypeGroups.h"
 #include "model/tree/HierarchicalInterfaces.h"
 
 namespace Vantrel {
@@ -47,6 +49,7 @@ class TGlobalOptions {
   std::string ExportTitle;
   bool ListTopFiles = false;
   bool ListExtensions = false;
+  bool ListFileTypes = false;
   bool ListUsers = false;
   bool ListFileAges = false;
   std::string MailServer;
@@ -60,6 +63,10 @@ class TGlobalOptions {
 
   TGlobalOptions();  // all defaults
 
+  // Tables that only options files can change. Copies share the groups, so replace the list instead of changing it.
+  TRef<const IFileTypeGroups> FileTypeGroups;
+  TUserColors UserColors;
+
   // The export settings of one kind of output. Each is an option of its own: "CSVSeparator".
   Exporting::TMediaSettings& Media(Exporting::TMediaType pMedia) { return fMedia.at(static_cast<size_t>(pMedia)); }
   const Exporting::TMediaSettings& Media(Exporting::TMediaType pMedia) const {
@@ -71,6 +78,10 @@ class TGlobalOptions {
 };
 
 enum class TOptionKind : uint8_t { okBoolean, okInteger, okText, okChoice };
+
+// Makes the groups and colours of these options those of the process: CommonFileTypeGroups and CommonColorPalette.
+// Patterns take the groups when they are made, so call it before.
+void UseAsCommonOptions(const TGlobalOptions& pOptions);
 
 // One option's declaration.
 struct TOptionInfo {

@@ -1,6 +1,7 @@
 #include "model/statistics/ColorPalette.h"
 
 #include <array>
+#include <utility>
 
 namespace Vantrel {
 
@@ -30,20 +31,15 @@ TColor TColorPalette::GetColorForHash(uint32_t pHash) const {
 TColor TColorPalette::GetColorForKey(std::u16string_view pKey) const {
   {
     TSharedLock lock(fLock);
-    auto found = fUserColors.find(std::u16string(pKey));
+    auto found = fUserColors.find(pKey);
     if (found != fUserColors.end()) return found->second;
   }
   return GetColorForHash(HashOfKeyText(pKey));
 }
 
-void TColorPalette::SetUserColor(std::u16string_view pKey, TColor pColor) {
+void TColorPalette::SetUserColors(TUserColors pColors) {
   TExclusiveLock lock(fLock);
-  fUserColors.insert_or_assign(std::u16string(pKey), pColor);
-}
-
-void TColorPalette::RemoveUserColor(std::u16string_view pKey) {
-  TExclusiveLock lock(fLock);
-  fUserColors.erase(std::u16string(pKey));
+  fUserColors = std::move(pColors);
 }
 
 TColorPalette& CommonColorPalette() {

@@ -2,8 +2,9 @@
 
 // The colours of statistics keys.
 
-#include <boost/unordered/unordered_flat_map.hpp>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,8 @@
 namespace Vantrel {
 
 using TColor = uint32_t;  // 0xRRGGBB
+// The colours that the user chose, by key: an extension in lower case with its dot, an owner, a group's caption.
+using TUserColors = std::map<std::u16string, TColor, std::less<>>;
 
 // The 32-bit FNV-1a hash of a text's UTF-16 code units, the low byte of each first, on every platform.
 uint32_t HashOfKeyText(std::u16string_view pText);
@@ -23,12 +26,12 @@ class TColorPalette {
   TColor GetColorForKey(std::u16string_view pKey) const;
   TColor GetColorForHash(uint32_t pHash) const;
 
-  void SetUserColor(std::u16string_view pKey, TColor pColor);
-  void RemoveUserColor(std::u16string_view pKey);
+  // Replaces all of the user's colours.
+  void SetUserColors(TUserColors pColors);
 
  private:
   mutable TSlimReaderWriterLock fLock;
-  boost::unordered_flat_map<std::u16string, TColor> fUserColors GUARDED_BY(fLock);
+  TUserColors fUserColors GUARDED_BY(fLock);
 };
 
 // The palette of the common options.

@@ -120,6 +120,13 @@ class TStandardFileTypes : public TFileTypeGroups {
   TStandardFileTypes();
 };
 
+// That list, shared by all that only read it.
+TRef<const IFileTypeGroups> StandardFileTypes();
+// The groups of the common options, which lists and patterns use: the standard ones until others are set. The list
+// never changes, so a reader keeps a consistent one. Any thread.
+TRef<const IFileTypeGroups> CommonFileTypeGroups();
+void SetCommonFileTypeGroups(TRef<const IFileTypeGroups> pGroups);
+
 // An extension's membership in a group. An extension in several groups has an entry for each. All but the first are
 // marked as additional.
 struct TGroupedKey {

@@ -1,6 +1,7 @@
-// The eighteen groups that the program starts with.
+// The eighteen groups that the program starts with, and the groups in use.
 
 #include "model/statistics/FileTypeGroups.h"
+#include "platform/threads/CriticalSection.h"
 
 namespace Vantrel {
 
@@ -84,6 +85,28 @@ TStandardFileTypes::TStandardFileTypes() {
     group->SetExtensionForIcon(standard.fExtensionForIcon);
     group->SetPatterns(standard.fPatterns);
   }
+}
+
+TRef<const IFileTypeGroups> StandardFileTypes() {
+  static const TRef<const IFileTypeGroups> groups = MakeRef<TStandardFileTypes>();
+  return groups;
+}
+
+namespace {
+
+TCriticalSection gCommonLock;
+TRef<const IFileTypeGroups> gCommonGroups GUARDED_BY(gCommonLock);  // nullptr: the standard ones
+
+}  // namespace
+
+TRef<const IFileTypeGroups> CommonFileTypeGroups() {
+  TCriticalSectionLock lock(gCommonLock);
+  return gCommonGroups ? gCommonGroups : StandardFileTypes();
+}
+
+void SetCommonFileTypeGroups(TRef<const IFileTypeGroups> pGroups) {
+  TCriticalSectionLock lock(gCommonLock);
+  gCommonGroups.swap(pGroups);
 }
 
 }  // namespace Vantrel

@@ -7,28 +7,16 @@
 
 namespace Vantrel::PatternMatching {
 
-namespace {
-
-const IFileTypeGroups& StandardGroups() {
-  static const TRef<const IFileTypeGroups> groups = MakeRef<TStandardFileTypes>();
-  return *groups;
-}
-
-}  // namespace
-
-TFileGroupPattern::TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter,
-                                     const IFileTypeGroups& pGroups)
-    : TWildcardPattern(pGroup, NameTarget(), pType, pPathDelimiter), fGroups(&pGroups) {
+TFileGroupPattern::TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter)
+    : TWildcardPattern(pGroup, NameTarget(), pType, pPathDelimiter) {
   TFileGroupPattern::Prepare();
 }
 
-TFileGroupPattern::TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter)
-    : TFileGroupPattern(pGroup, pType, pPathDelimiter, StandardGroups()) {}
-
 void TFileGroupPattern::Prepare() {
   fErrorText = u"No file group found matching \"" + GetPattern() + u"\"";
-  for (int i = 0; i < fGroups->GetCount(); ++i) {
-    const TRef<IFileTypeGroup> group = fGroups->GetItem(i);
+  const TRef<const IFileTypeGroups> groups = CommonFileTypeGroups();
+  for (int i = 0; i < groups->GetCount(); ++i) {
+    const TRef<IFileTypeGroup> group = groups->GetItem(i);
     if (!SameTextAscii(group->GetCaption(), GetPattern())) continue;
     fErrorText.clear();
     UseMasks(group->GetPatterns());

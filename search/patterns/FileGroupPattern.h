@@ -4,19 +4,12 @@
 
 #include "search/patterns/WildcardPattern.h"
 
-namespace Vantrel {
-class IFileTypeGroups;
-}
-
 namespace Vantrel::PatternMatching {
 
 // Stands for a named file-type group. The group's masks are matched against the name. The constructor copies the masks.
 class TFileGroupPattern : public TWildcardPattern {
  public:
-  // pGroup is the group's caption, in any letter case.
-  TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter,
-                    const IFileTypeGroups& pGroups);
-  // Uses the groups that the program starts with.
+  // pGroup is the caption of one of the common groups, in any letter case.
   TFileGroupPattern(std::u16string_view pGroup, TPatternType pType, char16_t pPathDelimiter);
 
   bool MatchesAll() const override { return false; }
@@ -33,7 +26,6 @@ class TFileGroupPattern : public TWildcardPattern {
   bool MayLieBeneath(std::u16string_view) const override { return true; }
 
  private:
-  const TRef<const IFileTypeGroups> fGroups;
   std::u16string fErrorText;
 };
 

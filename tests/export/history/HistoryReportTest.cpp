@@ -1,19 +1,16 @@
-// Growth between scans; the chart of one scan, of equal ones and of thousands.
+// The chart of one scan, of equal ones, of incomplete ones and of thousands.
 
 #include <gmock/gmock.h>
 
 #include <random>
 
 #include "export/history/HistoryReport.h"
-#include "export/text/ListExport.h"
-#include "platform/text/Text.h"
-#include "tests/support/LineList.h"
 
 namespace Vantrel::Exporting {
 namespace {
 
 using testing::ElementsAre;
-using Vantrel::History::THistoryEntry;
+using Vantrel::Presentation::THistoryEntry;
 
 constexpr int64_t kDay = TKivFileTime::kTicksPerDay;
 
@@ -33,49 +30,9 @@ std::vector<std::string> Plot(const std::vector<std::string>& pLines) {
   return plot;
 }
 
-TEST(HistoryReportTest, GrowthIsAgainstTheScanBefore) {
-  std::vector<THistoryEntry> entries{Scan(0, 0), Scan(1, 200), Scan(2, 150), Scan(3, 150)};
-  TListTable table = HistoryList(u"/data", entries);
-  auto cells = [&](size_t pRow) {
-    std::vector<std::string> texts;
-    TValueFormat format;
-    format.fPlainByteValues = true;
-    for (size_t i : {1u, 5u, 6u})
-      texts.push_back(ToUtf8(FormatValue(table.fColumns[i].fColumn, table.fRows[pRow][i], format)));
-    return texts;
-  };
-  EXPECT_EQ(table.fColumns.size(), 8u);
-  EXPECT_THAT(cells(0), ElementsAre("0", "", ""));
-  EXPECT_THAT(cells(1), ElementsAre("200", "200", ""));
-  EXPECT_THAT(cells(2), ElementsAre("150", "-50", "-25.0 %"));
-  EXPECT_THAT(cells(3), ElementsAre("150", "0", "0.0 %"));
-  EXPECT_EQ(std::get<std::u16string>(table.fRows[3][7]), u"1003");
-
-  entries[1].fExcludedObjects = 12;
-  table = HistoryList(u"/data", entries);
-  ASSERT_EQ(table.fColumns.size(), 9u);
-  for (const auto& row : table.fRows) EXPECT_EQ(row.size(), 9u);
-  EXPECT_EQ(std::get<int64_t>(table.fRows[1][7]), 12);
-  EXPECT_TRUE(std::holds_alternative<std::monostate>(table.fRows[2][7]));
-}
-
-// A whole scan is compared with a whole one, another one with a scan that lacks as much.
-TEST(HistoryReportTest, IncompleteScansAreNeverComparedSilently) {
-  std::vector<THistoryEntry> entries{Scan(0, 100), Scan(1, 40), Scan(2, 110), Scan(3, 45), Scan(4, 46)};
-  for (const size_t i : {1u, 3u}) entries[i].fUnreadFolders = 2;
-  entries[4].fUnreadFolders = 7;
-  const TListTable table = HistoryList(u"/data", entries);
-  ASSERT_EQ(table.fColumns.size(), 9u);
-  EXPECT_EQ(table.fColumns[7].fCaption, u"Not Read");
-  std::vector<TMetaDataValue> growth, unread;
-  for (const auto& row : table.fRows) {
-    growth.push_back(row[5]);
-    unread.push_back(row[7]);
-  }
-  const TMetaDataValue none;
-  EXPECT_EQ(growth, (std::vector<TMetaDataValue>{none, none, int64_t{10}, int64_t{5}, none}));
-  EXPECT_EQ(unread, (std::vector<TMetaDataValue>{int64_t{0}, int64_t{2}, int64_t{0}, int64_t{2}, int64_t{7}}));
-  entries.resize(2);
+TEST(HistoryReportTest, IncompleteScansAreMarked) {
+  std::vector<THistoryEntry> entries{Scan(0, 100), Scan(1, 40)};
+  entries[1].fUnreadFolders = 2;
   EXPECT_THAT(Plot(HistoryChart(entries, 18)), ElementsAre("*.........", "", "", "", "", "", "", "          ?"));
 }
 

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <filesystem>
+#include <initializer_list>
 #include <set>
 
 #include "export/xml/OptionsFile.h"
@@ -34,12 +36,15 @@ void Set(TGlobalOptions& pOptions, std::string_view pName, std::string_view pVal
 // What the refusal says behind the file's name; empty when the file loads. The options must not have changed then.
 std::string Refusal(const std::u16string& pPath) {
   TGlobalOptions options = TRandomOptions(3).Next();
+  const TRef<const IFileTypeGroups> groups = options.FileTypeGroups;
   const std::vector<std::string> before = Values(options);
   try {
     LoadOptionsFile(pPath, options);
     return {};
   } catch (const EOptionsFileError& error) {
     EXPECT_EQ(Values(options), before);
+    EXPECT_EQ(options.FileTypeGroups, groups);
+    EXPECT_TRUE(options.UserColors.empty());
     const std::string start = "The options file " + ToQuotedDisplay(pPath) + " cannot be ";
     EXPECT_THAT(error.what(), testing::StartsWith(start));
     return std::string(error.what()).substr(start.size());
@@ -96,9 +101,147 @@ TEST(OptionsFile, LooksAsItIsDocumented) {
             "</VantrelOptions>\r\n");
 }
 
+TRef<TFileTypeGroups> Groups(std::initializer_list<std::array<std::u16string, 4>> pGroups) {
+  auto groups = MakeRef<TFileTypeGroups>();
+  for (const auto& [caption, description, icon, patterns] : pGroups) {
+    const TRef<IFileTypeGroup> group = groups->AddNewGroup();
+    group->SetCaption(caption);
+    group->SetDescription(description);
+    group->SetExtensionForIcon(icon);
+    group->SetPatterns(patterns);
+  }
+  return groups;
+}
+
+// Groups and colors as one text.
+std::string Tables(const TGlobalOptions& pOptions) {
+  std::u16string text;
+  for (int i = 0; i < pOptions.FileTypeGroups->GetCount(); ++i) {
+    const TRef<IFileTypeGroup> group = pOptions.FileTypeGroups->GetItem(i);
+    for (const std::u16string& part :
+         {group->GetCaption(), group->GetDescription(), group->GetExtensionForIcon(), group->GetPatterns()})
+      text += part + u"|";
+    text += u"\n";
+  }
+  for (const auto& [key, color] : pOptions.UserColors) text += key + u"=" + FromUtf8(std::to_string(color)) + u"\n";
+  return ToNativeBytes(text);
+}
+
+TEST(OptionsFile, TablesComeBack) {
+  TTemporaryFolder folder;
+  TGlobalOptions saved;
+  saved.FileTypeGroups =
+      Groups({{u"A \"<\xDCFF\\", u"", u"*.a", u"*.a;*.\x01;"}, {u"Rest", u"What is left", u"", u"*"}});
+  saved.UserColors = {{u".txt", 0x00ABCD}, {u"\xDC80 & co", 0xFFFFFF}};
+  SaveOptionsFile(folder.File("x"), saved, "Vantrel", "1.0");
+  TGlobalOptions loaded;
+  loaded.UserColors = {{u".txt", 1}, {u".kept", 2}};
+  EXPECT_THAT(LoadOptionsFile(folder.File("x"), loaded).fSkipped, testing::IsEmpty());
+  saved.UserColors.emplace(u".kept", 2);
+  EXPECT_EQ(Tables(loaded), Tables(saved));
+
+  // As documented.
+  saved.FileTypeGroups = Groups({{u"Raw", u"", u"", u"*.cr2;*.nef"}, {u"Rest", u"", u"", u"*"}});
+  saved.UserColors = {{u".txt", 0x00ABCD}};
+  SaveOptionsFile(folder.File("x"), saved, "Vantrel", "1.0");
+  EXPECT_THAT(folder.Get("x"),
+              HasSubstr("<FileTypeGroups>\r\n"
+                        "<Item Caption=\"Raw\" Description=\"\" ExtensionForIcon=\"\" "
+                        "Patterns=\"*.cr2;*.nef\"/>\r\n"
+                        "<Item Caption=\"Rest\" Description=\"\" ExtensionForIcon=\"\" Patterns=\"*\"/>\r\n"
+                        "</FileTypeGroups>\r\n"
+                        "<Colors>\r\n"
+                        "<Item Key=\".txt\" Color=\"#00ABCD\"/>\r\n"
+                        "</Colors>\r\n"
+                        "</VantrelOptions>"));
+  SaveOptionsFile(folder.File("x"), {}, "Vantrel", "1.0");
+  EXPECT_THAT(folder.Get("x"), testing::Not(HasSubstr("Item"))) << "the standard groups are not written";
+}
+
+// A list of groups with one fault is not used at all, and one line says why.
+TEST(OptionsFile, TablesWithFaults) {
+  std::string many;
+  for (int i = 0; i < 5000; ++i) many += "<Item Caption='" + std::to_string(i) + "' Patterns='*.x'/>";
+  const std::string unused = "the list of file-type groups is not used: ";
+  const std::string rest = "<Item Caption='Rest' Patterns='*'/>";
+  const struct {
+    std::string fInside;
+    std::vector<std::string> fSkipped;
+    std::string fGroups;  // the captions; empty: as before
+    TUserColors fColors;
+  } rows[] = {
+      {"<FILETYPEGROUPS><item patterns='*.a' caption='A'/>" + rest + "</FILETYPEGROUPS>", {}, "A;Rest;", {}},
+      {"<FileTypeGroups/>",
+       {unused + "its last group must have the pattern \"*\" and so take all other files"},
+       "",
+       {}},
+      {"<FileTypeGroups><Item Caption='A' Patterns='*.a'/></FileTypeGroups>",
+       {unused + "its last group must have the pattern \"*\" and so take all other files"},
+       "",
+       {}},
+      {"<FileTypeGroups>" + rest + "<Item Caption='A' Patterns='*.a'/><Item/></FileTypeGroups>",
+       {unused + "the group \"Rest\" has the pattern \"*\" and is not the last one"},
+       "",
+       {}},
+      {"<FileTypeGroups><Item Patterns='*.a'/>" + rest + "</FileTypeGroups>",
+       {unused + "a group has no caption"},
+       "",
+       {}},
+      {"<FileTypeGroups><Item Caption='A'/>" + rest + "</FileTypeGroups>",
+       {unused + "the group \"A\" has no patterns"},
+       "",
+       {}},
+      {"<FileTypeGroups><Item Caption='rEST' Patterns=''/>" + rest + "</FileTypeGroups>",
+       {unused + "the caption \"Rest\" is used twice"},
+       "",
+       {}},
+      {"<FileTypeGroups>" + many + rest + "</FileTypeGroups>", {unused + "it has more than 1000 groups"}, "", {}},
+      {"<FileTypeGroups><Group/><Item Caption='R' Patterns='*;' Size='1'/></FileTypeGroups>",
+       {"the element \"Group\" is not known to this version", "the attribute \"Size\" is not known to this version"},
+       "R;",
+       {}},
+      {"<FileTypeGroups><Item Caption='B' Patterns='*'/></FileTypeGroups><FileTypeGroups>" + rest + "</FileTypeGroups>",
+       {},
+       "Rest;",
+       {}},
+      {"<Colors><Item Key='.a' Color='#12ab3C'/><Item Key='.b' Color='#12345'/><Item Key='.c' Color='red'/>"
+       "<Item Key='.d' Color='#-12345'/><Item Key='.e'/><Item Color='#000000'/><Item Key='.f' "
+       "Color='#0000000'/></Colors>",
+       {"the color \"#12345\" of \".b\" is not allowed; expected #RRGGBB",
+        "the color \"red\" of \".c\" is not allowed; expected #RRGGBB",
+        "the color \"#-12345\" of \".d\" is not allowed; expected #RRGGBB",
+        "the color \"\" of \".e\" is not allowed; expected #RRGGBB", "a color without a key",
+        "the color \"#0000000\" of \".f\" is not allowed; expected #RRGGBB"},
+       "",
+       {{u".a", 0x12AB3C}}},
+      {"<Option Name='KeepFiles' Value='0'><Item Key='.a' Color='#000000'/></Option><Item Key='.a' Color='#000000'/>",
+       {"the element \"Item\" is not known to this version"},
+       "",
+       {}},
+  };
+  TTemporaryFolder folder;
+  for (const auto& row : rows) {
+    folder.Put("x", "<VantrelOptions Version='1'>" + row.fInside + "</VantrelOptions>");
+    TGlobalOptions options;
+    std::vector<std::string> skipped;
+    for (const std::string& line : row.fSkipped) skipped.push_back("line 1: " + line);
+    EXPECT_EQ(LoadOptionsFile(folder.File("x"), options).fSkipped, skipped) << row.fInside.substr(0, 200);
+    std::string captions;
+    for (int i = 0; i < options.FileTypeGroups->GetCount(); ++i)
+      captions += ToUtf8(options.FileTypeGroups->GetItem(i)->GetCaption()) + ";";
+    if (row.fGroups.empty())
+      EXPECT_TRUE(options.FileTypeGroups->SameGroups(TStandardFileTypes())) << captions;
+    else
+      EXPECT_EQ(captions, row.fGroups);
+    EXPECT_EQ(options.UserColors, row.fColors);
+  }
+}
+
 TEST(OptionsFile, EveryTruncationIsRefused) {
   TTemporaryFolder folder;
   TGlobalOptions options;
+  options.FileTypeGroups = Groups({{u"Rest", u"", u"", u"*"}});
+  options.UserColors = {{u".txt", 1}};
   Set(options, "MaximumThreads", "4");
   Set(options, "ExportTitle", "\xC3\x84");
   SaveOptionsFile(folder.File("whole"), options, "Vantrel", "1.0");

@@ -129,13 +129,26 @@ TEST(WrittenFiles, OtherReadersUnpackTheSameBytes) {
   EXPECT_TRUE(folder.Get("out") == folder.Get("x.xml"));
 }
 
+void AddTables(TGlobalOptions& pOptions, Vantrel::Testing::TNastyText& pTexts) {
+  auto groups = MakeRef<TFileTypeGroups>();
+  const TRef<IFileTypeGroup> group = groups->AddNewGroup();
+  group->SetCaption(pTexts.Next());
+  group->SetDescription(pTexts.Next());
+  group->SetExtensionForIcon(pTexts.Next());
+  group->SetPatterns(pTexts.Next());
+  pOptions.FileTypeGroups = groups;
+  pOptions.UserColors.emplace(pTexts.Next(), 0x0A);
+}
+
 TEST(WrittenFiles, OptionsFilesKeepToTheirGrammar) {
   TTemporaryFolder folder;
   Vantrel::Testing::TRandomOptions random(5);
+  Vantrel::Testing::TNastyText nasty(5);
   const TGlobalOptions defaults;
   std::string files, grammarSays, expected;
   for (int i = 0; i < 30; ++i) {
-    const TGlobalOptions options = i == 0 ? defaults : random.Next();
+    TGlobalOptions options = i == 0 ? defaults : random.Next();
+    if (i > 0) AddTables(options, nasty);
     const std::string file = folder.Path().string() + "/" + std::to_string(i) + ".xml";
     Options::SaveOptionsFile(FromNativeBytes(file), options, "Vantrel", "1.0");
     files += " " + file;

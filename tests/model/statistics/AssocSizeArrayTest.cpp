@@ -316,9 +316,9 @@ TEST(ColorPalette, ColoursFollowTheHashUnlessTheUserChose) {
   EXPECT_EQ(HashOfKeyText(u"\u00E4\u20AC"), 0xF6458ACDu);
   TColorPalette palette;
   EXPECT_EQ(palette.GetColorForKey(u".txt"), palette.GetColorForHash(0x86CA1A13u));
-  palette.SetUserColor(u".txt", 0x123456);
+  palette.SetUserColors({{u".txt", 0x123456}});
   EXPECT_EQ(palette.GetColorForKey(u".txt"), 0x123456u);
-  palette.RemoveUserColor(u".txt");
+  palette.SetUserColors({});
   EXPECT_EQ(palette.GetColorForKey(u".txt"), palette.GetColorForHash(0x86CA1A13u));
 }
 
