@@ -1,0 +1,108 @@
+#pragma once
+
+// The elements of treemaps, and the containers that hand them to the layout.
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "model/columns/SizeData.h"
+#include "model/tree/HierarchicalInterfaces.h"
+#include "presentation/treemap/TreemapTypes.h"
+
+namespace Vantrel::Treemap {
+
+// An element of a treemap, made on request for a caller that wants to know more about a tile.
+class TTreeMapElement : public TInterfaced<IInterface> {
+ public:
+  // For an element of the folder tree. The values are those of this moment.
+  TTreeMapElement(TTreemapElementID pID, TRef<IHierarchicalElement> pNode);
+
+  TTreemapElementID GetID() const { return fID; }
+  const std::u16string& GetCaption() const { return fCaption; }
+  const TSizeValues& GetValues() const { return fValues; }
+  // The file or folder of the element; nullptr for an element of another kind.
+  const TRef<IHierarchicalElement>& GetNode() const { return fNode; }
+  // Lines for a tooltip. The first names the element; for a file or folder it is the path.
+  virtual std::u16string GetHint(const TValueFormat& pFormat) const;
+
+ protected:
+  TTreeMapElement(TTreemapElementID pID, std::u16string pCaption, const TSizeValues& pValues);
+  // "Size: 1.2 GB, Allocated: 1.3 GB, Files: 1,024".
+  std::u16string SizesText(const TValueFormat& pFormat) const;
+
+ private:
+  const TTreemapElementID fID;
+  const TRef<IHierarchicalElement> fNode;
+  const std::u16string fCaption;
+  const TSizeValues fValues;
+};
+
+// The free space of the drive.
+class TTreemapElementFreeSpace : public TTreeMapElement {
+ public:
+  static constexpr std::u16string_view kCaption = u"Free space";
+  TTreemapElementFreeSpace(TTreemapElementID pID, int64_t pBytes);
+  std::u16string GetHint(const TValueFormat& pFormat) const override;
+};
+
+// All files of one extension below a folder.
+class TTreemapElementExtension : public TTreeMapElement {
+ public:
+  TTreemapElementExtension(TTreemapElementID pID, std::u16string pExtension, const TSizeValues& pValues,
+                           std::u16string pGroup);
+  std::u16string GetHint(const TValueFormat& pFormat) const override;
+
+ private:
+  const std::u16string fGroup;  // the caption of the file-type group
+};
+
+// All files of one file-type group below a folder.
+class TTreemapElementExtensionGroup : public TTreeMapElement {
+ public:
+  TTreemapElementExtensionGroup(TTreemapElementID pID, std::u16string pGroup, const TSizeValues& pValues,
+                                std::u16string pDescription);
+  std::u16string GetHint(const TValueFormat& pFormat) const override;
+
+ private:
+  const std::u16string fDescription;
+};
+
+// All files of one owner below a folder.
+class TTreemapElementUser : public TTreeMapElement {
+ public:
+  TTreemapElementUser(TTreemapElementID pID, std::u16string pUser, const TSizeValues& pValues);
+};
+
+class TColorLookup;
+
+// One child of a container.
+struct TTreemapChild {
+  int64_t fValue = 0;
+  uint32_t fItem = 0;  // the child's number inside its container
+};
+
+// What the picture needs to know about a child that gets a tile.
+struct TTreemapLook {
+  TTreemapElementID fID = TTreemapElementID::None;
+  TColor fColor = 0;          // for a container the mixed colour of what is inside it
+  bool fIsContainer = false;  // the child can be opened
+};
+
+// A snapshot of the children of one element, such as the sub-folders and files of a folder. The snapshot does not
+// change while the tree does. Any thread.
+class ITreemapContainer : public IInterface {
+ public:
+  // Appends all children, in any order. Values below 1 may be left out.
+  virtual void AppendChildren(std::vector<TTreemapChild>& pChildren) const = 0;
+  // The order of children of equal value: by name in code-unit order.
+  virtual bool ComesBefore(uint32_t pItem, uint32_t pOther) const = 0;
+  // pLayer is the child's depth; the top has 0. The lookup belongs to the calling thread.
+  virtual TTreemapLook GetLook(uint32_t pItem, int32_t pLayer, TColorLookup& pColors) const = 0;
+  virtual TRef<const ITreemapContainer> Open(uint32_t pItem) const = 0;
+  virtual std::u16string GetCaption(uint32_t pItem) const = 0;
+  virtual TRef<TTreeMapElement> CreateElement(uint32_t pItem) const = 0;
+};
+
+}  // namespace Vantrel::Treemap
