@@ -3,7 +3,6 @@
 // The elements of treemaps, and the containers that hand them to the layout.
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -13,24 +12,23 @@
 
 namespace Vantrel::Treemap {
 
-// An element of a treemap, made on request for a caller that wants to know more about a tile.
+// An element of a treemap, made on request for a caller that wants to know more about a tile. Its values are those of
+// that moment.
 class TTreeMapElement : public TInterfaced<IInterface> {
  public:
-  // For an element of the folder tree. The values are those of this moment.
+  // A file or folder of the tree. Its caption is its name; that of a top folder is its path.
   TTreeMapElement(TTreemapElementID pID, TRef<IHierarchicalElement> pNode);
 
   TTreemapElementID GetID() const { return fID; }
   const std::u16string& GetCaption() const { return fCaption; }
   const TSizeValues& GetValues() const { return fValues; }
-  // The file or folder of the element; nullptr for an element of another kind.
+  // The file or folder; nullptr for an element of another kind.
   const TRef<IHierarchicalElement>& GetNode() const { return fNode; }
-  // Lines for a tooltip. The first names the element; for a file or folder it is the path.
+  // Lines for a tooltip. The first names the element: the path of a file or folder, else the caption.
   virtual std::u16string GetHint(const TValueFormat& pFormat) const;
 
  protected:
   TTreeMapElement(TTreemapElementID pID, std::u16string pCaption, const TSizeValues& pValues);
-  // "Size: 1.2 GB, Allocated: 1.3 GB, Files: 1,024".
-  std::u16string SizesText(const TValueFormat& pFormat) const;
 
  private:
   const TTreemapElementID fID;
@@ -39,7 +37,7 @@ class TTreeMapElement : public TInterfaced<IInterface> {
   const TSizeValues fValues;
 };
 
-// The free space of the drive.
+// The free space of a drive.
 class TTreemapElementFreeSpace : public TTreeMapElement {
  public:
   static constexpr std::u16string_view kCaption = u"Free space";
@@ -50,19 +48,17 @@ class TTreemapElementFreeSpace : public TTreeMapElement {
 // All files of one extension below a folder.
 class TTreemapElementExtension : public TTreeMapElement {
  public:
-  TTreemapElementExtension(TTreemapElementID pID, std::u16string pExtension, const TSizeValues& pValues,
-                           std::u16string pGroup);
-  std::u16string GetHint(const TValueFormat& pFormat) const override;
-
- private:
-  const std::u16string fGroup;  // the caption of the file-type group
+  TTreemapElementExtension(TTreemapElementID pID, std::u16string pExtension, const TSizeValues& pValues)
+      : TTreeMapElement(pID, std::move(pExtension), pValues) {}
 };
 
 // All files of one file-type group below a folder.
 class TTreemapElementExtensionGroup : public TTreeMapElement {
  public:
-  TTreemapElementExtensionGroup(TTreemapElementID pID, std::u16string pGroup, const TSizeValues& pValues,
-                                std::u16string pDescription);
+  TTreemapElementExtensionGroup(TTreemapElementID pID, std::u16string pGroup, std::u16string pDescription,
+                                const TSizeValues& pValues)
+      : TTreeMapElement(pID, std::move(pGroup), pValues), fDescription(std::move(pDescription)) {}
+  // Has the group's description as its second line.
   std::u16string GetHint(const TValueFormat& pFormat) const override;
 
  private:
@@ -72,10 +68,9 @@ class TTreemapElementExtensionGroup : public TTreeMapElement {
 // All files of one owner below a folder.
 class TTreemapElementUser : public TTreeMapElement {
  public:
-  TTreemapElementUser(TTreemapElementID pID, std::u16string pUser, const TSizeValues& pValues);
+  TTreemapElementUser(TTreemapElementID pID, std::u16string pUser, const TSizeValues& pValues)
+      : TTreeMapElement(pID, std::move(pUser), pValues) {}
 };
-
-class TColorLookup;
 
 // One child of a container.
 struct TTreemapChild {
@@ -83,22 +78,24 @@ struct TTreemapChild {
   uint32_t fItem = 0;  // the child's number inside its container
 };
 
-// What the picture needs to know about a child that gets a tile.
+// What a picture needs to know about a child that gets a tile.
 struct TTreemapLook {
   TTreemapElementID fID = TTreemapElementID::None;
-  TColor fColor = 0;          // for a container the mixed colour of what is inside it
+  TColor fColor = 0;          // for a container, the mixed colour of what is inside
   bool fIsContainer = false;  // the child can be opened
 };
 
-// A snapshot of the children of one element, such as the sub-folders and files of a folder. The snapshot does not
-// change while the tree does. Any thread.
+class TColorLookup;
+
+// A snapshot of the children of one element, such as the sub-folders and files of a folder. It does not change while
+// the tree does. Any thread.
 class ITreemapContainer : public IInterface {
  public:
   // Appends all children, in any order. Values below 1 may be left out.
   virtual void AppendChildren(std::vector<TTreemapChild>& pChildren) const = 0;
   // The order of children of equal value: by name in code-unit order.
   virtual bool ComesBefore(uint32_t pItem, uint32_t pOther) const = 0;
-  // pLayer is the child's depth; the top has 0. The lookup belongs to the calling thread.
+  // pLayer is the child's depth; the top has 0. The lookup is the calling thread's own.
   virtual TTreemapLook GetLook(uint32_t pItem, int32_t pLayer, TColorLookup& pColors) const = 0;
   virtual TRef<const ITreemapContainer> Open(uint32_t pItem) const = 0;
   virtual std::u16string GetCaption(uint32_t pItem) const = 0;

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "presentation/treemap/CushionShading.h"
 #include "presentation/treemap/TreemapElements.h"
+#include "presentation/treemap/TreemapPresenters.h"
 #include "presentation/treemap/TreemapTypes.h"
 
 namespace Vantrel::Treemap {
@@ -26,19 +28,11 @@ struct TTreemapTile {
   int64_t fValue = 0;
   TTreemapRect fRect;
   uint32_t fParent = kNoTile;  // the index of the parent's tile
-  uint32_t fItem = 0;          // the element's number in its parent's container
+  uint32_t fItem = 0;  // the element's number in its parent's container; for tkRest, how many children it stands for
   uint32_t fBranch = kNoTile;  // for tkBranch: an index into fBranches
   TColor fColor = 0;
   int32_t fLayer = 0;  // depth; the top element has 0
   TTreemapTileKind fKind = TTreemapTileKind::tkLeaf;
-};
-
-// The surface of a tile: z = fX1 x + fX2 x² + fY1 y + fY2 y².
-struct TCushion {
-  double fX1 = 0;
-  double fX2 = 0;
-  double fY1 = 0;
-  double fY2 = 0;
 };
 
 // What belongs to an opened tile.
@@ -79,11 +73,7 @@ struct TTreemapCaption {
   TColor fColor = 0;
 };
 
-struct TTreemapLegendItem {
-  std::u16string fText;
-  TColor fColor = 0;
-};
-
+// A finished treemap. Immutable once ComputeTreemap has returned it. It keeps the nodes alive that it shows.
 class TTreemapPicture {
  public:
   int32_t fWidth = 0;
@@ -107,12 +97,15 @@ class TTreemapPicture {
   int32_t GetLayerByPosition(int32_t pX, int32_t pY) const;
   // The tile of an element; kNoTile when it has none. Looks at all tiles.
   uint32_t FindTile(TTreemapElementID pID) const;
-  // The element of a tile. For a rest, the folder. nullptr when the element is gone.
+  // The element of a tile; for a rest, the folder.
   TRef<TTreeMapElement> CreateElement(uint32_t pTile) const;
-  // The number of children that a rest stands for: see TTreemapTile::fItem. 0 for another tile.
-  uint32_t CountOfRest(uint32_t pTile) const;
-
+  // The name of a tile's element, as it stands on its caption.
+  std::u16string GetCaption(uint32_t pTile) const;
   TRef<const ITreemapContainer> fTop;  // its only child is the top element
+
+ private:
+  uint32_t ElementTile(uint32_t pTile) const;
+  const ITreemapContainer& ContainerOf(const TTreemapTile& pTile) const;
 };
 
 }  // namespace Vantrel::Treemap

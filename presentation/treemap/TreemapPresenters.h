@@ -1,8 +1,7 @@
 #pragma once
 
-// The presenters that feed a treemap: the folder tree, and the statistics by extension and by owner.
+// The presenters that feed a treemap: their interface, and the one of the folder tree.
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,18 +9,25 @@
 #include "model/statistics/FileTypeGroups.h"
 #include "presentation/treemap/TreemapColors.h"
 #include "presentation/treemap/TreemapElements.h"
-#include "presentation/treemap/TreemapPicture.h"
+#include "presentation/treemap/TreemapTypes.h"
 
 namespace Vantrel::Treemap {
+
+// What a colour means.
+struct TTreemapLegendItem {
+  std::u16string fText;
+  TColor fColor = 0;
+};
 
 // Where a treemap gets its elements from. Fixed after construction; any thread.
 class ITreemapPresenter : public IInterface {
  public:
-  // A snapshot of the top: a container whose only child is the top element.
+  // A snapshot of the top: a container whose only child is the top element, with number 0.
   virtual TRef<const ITreemapContainer> GetTop() const = 0;
-  // A finder of colours for one thread.
-  virtual std::unique_ptr<TColorLookup> CreateColorLookup() const = 0;
-  // What the colours mean.
+  // What the lookups of the threads that compute a picture need. Lives as long as the presenter.
+  virtual const TTreemapColoring& GetColoring() const = 0;
+  // The column of the tiles' values: mdSize, mdAllocated or mdFiles.
+  TColumn GetValueColumn() const { return GetColoring().fValueColumn; }
   virtual std::vector<TTreemapLegendItem> GetLegend() const = 0;
 };
 
@@ -29,52 +35,34 @@ class ITreemapPresenter : public IInterface {
 struct TTreeMapOptions {
   TColumn fValueColumn = TColumn::mdSize;  // or mdAllocated or mdFiles: what areas are proportional to
   TTreemapColorScheme fScheme = TTreemapColorScheme::csType;
-  TTreemapTheme fTheme = TTreemapTheme::thLight;
-  bool fShowFiles = true;               // false: tmfShowLeafs is off
-  bool fShowFreeSpace = false;          // of the drive of the root, beside the top folder's contents
+  bool fShowFiles = true;               // otherwise a folder's own files are one tile
+  bool fShowFreeSpace = false;          // of the root's drive, beside the contents of the top; not for mdFiles
+  bool fDark = false;                   // the background that the picture will stand on
   TRef<const IFileTypeGroups> fGroups;  // nullptr: the standard groups
 };
 
-// The folder tree from a folder downwards. The tree may change while it is shown.
+// The folder tree from a folder downwards. The tree may change while it is shown: each folder is read once, when it is
+// opened.
 class TTreeMapChartBasePresenter : public TInterfaced<ITreemapPresenter> {
  public:
   TTreeMapChartBasePresenter(TRef<IFolderData> pFolder, TTreeMapOptions pOptions);
 
   TRef<const ITreemapContainer> GetTop() const override;
-  std::unique_ptr<TColorLookup> CreateColorLookup() const override;
+  const TTreemapColoring& GetColoring() const override { return fTree->fColoring; }
   std::vector<TTreemapLegendItem> GetLegend() const override;
 
+  // What all containers of a tree share.
+  struct TTree : TInterfaced<IInterface> {
+    TTreeMapOptions fOptions;
+    TTreemapColoring fColoring;
+    bool fLetterCaseCounts = true;  // in names
+  };
+
  private:
+  std::vector<TTreemapLegendItem> LegendOfExtensions() const;
+
   const TRef<IFolderData> fFolder;
-  const TTreeMapOptions fOptions;
-  TTreemapColoring fColoring;
-};
-
-// A size statistic of a folder. It is read once, when the presenter is made.
-class TSizeArrayMapBasePresenter : public TInterfaced<ITreemapPresenter> {
- public:
-  TRef<const ITreemapContainer> GetTop() const override { return fTop; }
-  std::unique_ptr<TColorLookup> CreateColorLookup() const override;
-  std::vector<TTreemapLegendItem> GetLegend() const override { return fLegend; }
-
- protected:
-  TRef<const ITreemapContainer> fTop;
-  std::vector<TTreemapLegendItem> fLegend;
-  TTreemapColoring fColoring;
-};
-
-// The extensions below a folder, inside their file-type groups. An extension of several groups stands in the first. The
-// value column is mdSize, mdAllocated or mdFiles.
-class TExtensionSizeArrayMapPresenter : public TSizeArrayMapBasePresenter {
- public:
-  TExtensionSizeArrayMapPresenter(const IFolderData& pFolder, TRef<const IFileTypeGroups> pGroups,
-                                  TColumn pValueColumn);
-};
-
-// The owners below a folder.
-class TUserSizeArrayMapPresenter : public TSizeArrayMapBasePresenter {
- public:
-  TUserSizeArrayMapPresenter(const IFolderData& pFolder, TColumn pValueColumn);
+  TRef<TTree> fTree;
 };
 
 }  // namespace Vantrel::Treemap

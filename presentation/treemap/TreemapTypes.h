@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <string>
+#include <memory>
+#include <string_view>
 
 #include "model/columns/MetaData.h"
 #include "model/statistics/ColorPalette.h"
+#include "presentation/drawing/TextMeasure.h"
 
 namespace Vantrel::Treemap {
 
@@ -119,9 +121,6 @@ enum class TTreemapColorScheme : uint8_t {
   csGrowth,     // shrunk, unchanged, grown or new since the scan that the root is compared with
 };
 
-// The background that a picture will stand on. It decides the colours of frames, headings and free space.
-enum class TTreemapTheme : uint8_t { thLight, thDark };
-
 // All that a picture depends on, besides its data.
 struct TTreemapSettings {
   int32_t fWidth = 1000;  // pixels; 0 gives an empty picture
@@ -134,11 +133,13 @@ struct TTreemapSettings {
   TPhongProperties fPhong;
   int32_t fCushionHeight = 40;       // percent; the ridge of the first level below the top
   int32_t fCushionHeightScale = 80;  // percent; each further level's ridge in relation to the one above it
-  TTreemapTheme fTheme = TTreemapTheme::thLight;
-  int32_t fSmallestTile = 9;  // pixels; children below this area are drawn as one part of their folder
-  int32_t fMostLayers = 256;  // folders at this depth are not opened
-  int32_t fTextSize = 0;      // pixels; 0 picks a size for the picture's size, at least 12
-  int32_t fThreads = 0;       // 0: as many as there are processors
+  bool fDark = false;                // the background that the picture will stand on
+  int32_t fSmallestTile = 9;         // pixels; children below this area are drawn as one part of their folder
+  int32_t fMostLayers = 256;         // folders at this depth are not opened
+  int32_t fTextSize = 0;             // pixels; 0 picks a size for the picture's size, at least 12
+  int32_t fThreads = 0;              // 0: as many as there are processors
+  TValueFormat fFormat;              // of sizes in captions
+  std::shared_ptr<const Drawing::ITextMeasure> fMeasure;  // of captions; nullptr estimates the widths
 };
 
 // The height of a letter in the picture, in pixels.
