@@ -36,7 +36,9 @@ void AddRidge(TCushion& pCushion, const TTreemapRect& pRect, double pHeight) {
 }
 
 double RidgeHeight(const TTreemapSettings& pSettings, int32_t pLayer) {
-  return pSettings.fCushionHeight / 100.0 * 4 * std::pow(pSettings.fCushionHeightScale / 100.0, pLayer - 1);
+  constexpr double kMost = 1000;  // steeper ones cannot be told apart
+  return std::min(pSettings.fCushionHeight / 100.0 * 4 * std::pow(pSettings.fCushionHeightScale / 100.0, pLayer - 1),
+                  kMost);
 }
 
 TCushionShader::TCushionShader(const TPhongProperties& pPhong)

@@ -43,7 +43,7 @@ TTreemapRect TTreemapBuilder::InnerOf(const TTreemapRect& pRect, int32_t pLayer,
   // Frames are as thick as the strokes of letters. Small folders have none, since it would take too much of them.
   const int32_t textSize = TextSizeOf(pSettings);
   const TTreemapFlag flag = pLayer == 0 ? TTreemapFlag::tmfShowRoot : TTreemapFlag::tmfParents;
-  const bool hasFrame = pSettings.fFlags.Has(flag) && std::min(pRect.Width(), pRect.Height()) >= 2 * textSize;
+  const bool hasFrame = pSettings.fFlags.Has(flag) && std::min(pRect.Width(), pRect.Height()) >= 3 * textSize;
   const int32_t frame = hasFrame ? std::max(textSize / 12, 1) : 0;
   TTreemapRect inner{pRect.fLeft + frame, pRect.fTop + frame, pRect.fRight - frame, pRect.fBottom - frame};
   if (HasHeading(pRect, pLayer, pSettings)) inner.fTop = pRect.fTop + HeadingHeight(pSettings);

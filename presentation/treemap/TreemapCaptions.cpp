@@ -62,10 +62,10 @@ class TCaptioner {
     return fValueColumn == TColumn::mdFiles ? value + (pTile.fValue == 1 ? u" file" : u" files") : value;
   }
 
-  // Empty when fewer than three letters of a longer name would be left.
+  // Empty when fewer than five letters of a longer name would be left.
   std::u16string Shortened(const std::u16string& pName, int32_t pWidth) const {
     std::u16string text = Drawing::FitText(pName, fTextSize, pWidth, fMeasure);
-    return text != pName && text.size() < 4 ? std::u16string() : text;
+    return text != pName && text.size() < 6 ? std::u16string() : text;
   }
 
   // The mean of some pixels, because a cushion is lighter in the middle.

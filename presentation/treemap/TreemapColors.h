@@ -20,8 +20,8 @@ namespace Vantrel::Treemap {
 
 // The palettes can be told apart by people who see fewer hues: neighbours differ in lightness too.
 
-// The colour of a file-type group by its index. The last group of the list, which takes all other files, is a grey
-// blue.
+// The colour of a file-type group by its index. The last group of the list, which takes all other files, has the
+// colour of sand.
 TColor ColorOfFileTypeGroup(int pIndex, int pCount);
 // The colour of a depth. Six colours take turns.
 TColor ColorOfLayer(int32_t pLayer);

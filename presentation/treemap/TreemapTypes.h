@@ -131,14 +131,17 @@ struct TTreemapSettings {
       TTreemapFlag::tmfShowHint, TTreemapFlag::tmfPaintConcurrent,  TTreemapFlag::tmfTerminateOutdatedWorker};
   TTreemapRenderMode fRenderMode = TTreemapRenderMode::rmCushion;
   TPhongProperties fPhong;
-  int32_t fCushionHeight = 40;       // percent; the ridge of the first level below the top
-  int32_t fCushionHeightScale = 80;  // percent; each further level's ridge in relation to the one above it
-  bool fDark = false;                // the background that the picture will stand on
-  int32_t fSmallestTile = 9;         // pixels; children below this area are drawn as one part of their folder
-  int32_t fMostLayers = 256;         // folders at this depth are not opened
-  int32_t fTextSize = 0;             // pixels; 0 picks a size for the picture's size, at least 12
-  int32_t fThreads = 0;              // 0: as many as there are processors
-  TValueFormat fFormat;              // of sizes in captions
+  // The ridge of the first level below the top in percent, and each further level's in relation to the one above it.
+  // Frames show the folders, so flat cushions suffice. The deeper ridges are the stronger ones, so that a single file
+  // can be told from its neighbours.
+  int32_t fCushionHeight = 3;
+  int32_t fCushionHeightScale = 110;
+  bool fDark = false;         // the background that the picture will stand on
+  int32_t fSmallestTile = 9;  // pixels; children below this area are drawn as one part of their folder
+  int32_t fMostLayers = 256;  // folders at this depth are not opened
+  int32_t fTextSize = 0;      // pixels; 0 picks a size for the picture's size, at least 12
+  int32_t fThreads = 0;       // 0: as many as there are processors
+  TValueFormat fFormat;       // of sizes in captions
   std::shared_ptr<const Drawing::ITextMeasure> fMeasure;  // of captions; nullptr estimates the widths
 };
 
