@@ -17,7 +17,7 @@ TTreemapElementID IDOfFolder(IFolderData& pFolder) {
 
 TTreemapLook LookOfFolder(IFolderData& pFolder, TTreemapElementID pID, int32_t pLayer, const TTreeRef& pTree,
                           TColorLookup& pColors) {
-  const bool hasFiles = pTree->fOptions.fShowFiles && pFolder.GetFileTable();
+  const bool hasFiles = pTree->fShowFiles && pFolder.GetFileTable();
   return {pID, pColors.OfFolder(pFolder, pLayer), hasFiles || pFolder.GetSubFolderCount() > 0};
 }
 
@@ -27,7 +27,7 @@ TFolderContainer::TFolderContainer(TRef<IFolderData> pFolder, TTreemapElementID 
       fTree(std::move(pTree)),
       fFreeBytes(pFreeBytes),
       fFolders(fFolder->FindSubFolders()) {
-  if (!fTree->fOptions.fShowFiles) return;
+  if (!fTree->fShowFiles) return;
   fFiles = fFolder->GetFileTable();
   if (fFiles) std::erase_if(fFolders, [](const TRef<IFolderData>& pChild) { return pChild->IsFileGroup(); });
   if (fFiles && fTree->fColoring.fScheme == TTreemapColorScheme::csGrowth) ReadEarlierFiles();
@@ -57,7 +57,7 @@ TTreemapElementID TFolderContainer::IDOf(uint32_t pItem) const {
 }
 
 TTreemapLook TFolderContainer::GetLook(uint32_t pItem, int32_t pLayer, TColorLookup& pColors) const {
-  if (pItem == kFreeSpace) return {IDOf(pItem), ColorOfFreeSpace(fTree->fOptions.fDark), false};
+  if (pItem == kFreeSpace) return {IDOf(pItem), ColorOfFreeSpace(fTree->fDark), false};
   if (IsFolder(pItem)) return LookOfFolder(*fFolders[pItem], IDOf(pItem), pLayer, fTree, pColors);
   const TFileRecord& file = FileOf(pItem);
   const std::u16string_view name = fFiles->NameOf(file);

@@ -28,7 +28,7 @@ class TSampleData : public TInterfaced<ITreemapPresenter> {
   static int32_t GetSampleImageIndex(size_t pIndex) { return GetSampleData(pIndex).fImageIndex; }
   static int32_t GetSampleChildCount(size_t pIndex) { return GetSampleData(pIndex).fChildCount; }
 
-  TRef<const ITreemapContainer> GetTop() const override { return fTop; }
+  TRef<const ITreemapContainer> GetTop(const TTreemapSettings&) const override { return fTop; }
   const TTreemapColoring& GetColoring() const override { return fColoring; }
   std::vector<TTreemapLegendItem> GetLegend() const override { return {}; }
 

@@ -40,7 +40,7 @@ class TElementList : public TInterfaced<ITreemapContainer> {
 // a file-type group has the colour that it has in a treemap of the tree.
 class TSizeArrayMapBasePresenter : public TInterfaced<ITreemapPresenter> {
  public:
-  TRef<const ITreemapContainer> GetTop() const override { return fTop; }
+  TRef<const ITreemapContainer> GetTop(const TTreemapSettings&) const override { return fTop; }
   const TTreemapColoring& GetColoring() const override { return fColoring; }
   std::vector<TTreemapLegendItem> GetLegend() const override { return fLegend; }
 

@@ -67,7 +67,7 @@ void TTreemapBuilder::Build(TTreemapPicture& pPicture) {
 }
 
 void TTreemapBuilder::AddTop(TTreemapPicture& pPicture) {
-  pPicture.fTop = fPresenter.GetTop();
+  pPicture.fTop = fPresenter.GetTop(fSettings);
   std::vector<TTreemapChild>& children = fWorkers[0]->fChildren;
   pPicture.fTop->AppendChildren(children);
   TTreemapTile top;

@@ -18,7 +18,7 @@ namespace Vantrel::Treemap {
 class TCustomTreemapChart {
  public:
   TCustomTreemapChart(ThreadPool::TWorkerThreadPool& pPool, std::function<void()> pOnPicture);
-  // Cancels the running computation. No callback begins after this.
+  // Cancels the running computation. A callback that has begun on a worker may still be running afterwards.
   ~TCustomTreemapChart();
   TCustomTreemapChart(const TCustomTreemapChart&) = delete;
   TCustomTreemapChart& operator=(const TCustomTreemapChart&) = delete;

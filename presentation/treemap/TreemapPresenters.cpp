@@ -34,7 +34,7 @@ class TTopContainer : public TInterfaced<ITreemapContainer> {
 
  private:
   int64_t FreeBytes() const {
-    if (!fTree->fOptions.fShowFreeSpace || fTree->fColoring.fValueColumn == TColumn::mdFiles) return 0;
+    if (!fTree->fShowFreeSpace || fTree->fColoring.fValueColumn == TColumn::mdFiles) return 0;
     const TRef<IHierarchicalRoot> root = fFolder->GetRoot();
     return root ? std::max<int64_t>(root->GetStorageInformation().fFreeBytes, 0) : 0;
   }
@@ -48,15 +48,16 @@ class TTopContainer : public TInterfaced<ITreemapContainer> {
 }  // namespace
 
 TTreeMapChartBasePresenter::TTreeMapChartBasePresenter(TRef<IFolderData> pFolder, TTreeMapOptions pOptions)
-    : fFolder(std::move(pFolder)), fTree(MakeRef<TTree>()) {
-  TTreemapColoring& coloring = fTree->fColoring;
+    : fFolder(std::move(pFolder)) {
+  TTreemapColoring& coloring = fTree.fColoring;
   coloring.fScheme = pOptions.fScheme;
   coloring.fValueColumn = pOptions.fValueColumn;
   coloring.fGroups = pOptions.fGroups ? pOptions.fGroups : TRef<const IFileTypeGroups>(MakeRef<TStandardFileTypes>());
   coloring.fNow = TKivFileTime::Now();
+  fTree.fShowFreeSpace = pOptions.fShowFreeSpace;
   if (const TRef<IHierarchicalRoot> root = fFolder->GetRoot()) {
     coloring.fComparison = root->GetComparison();
-    fTree->fLetterCaseCounts = root->GetPathDelimiter() == u'/';
+    fTree.fLetterCaseCounts = root->GetPathDelimiter() == u'/';
     if (root->GetScanTimeStamp().IsSet()) coloring.fNow = root->GetScanTimeStamp();
     if (const TRef<IScanConfiguration> configuration = root->GetScanConfiguration()) {
       coloring.fAges = configuration->GetFileAges();
@@ -65,22 +66,24 @@ TTreeMapChartBasePresenter::TTreeMapChartBasePresenter(TRef<IFolderData> pFolder
     }
   }
   if (!coloring.fAges || coloring.fAges->GetCount() == 0) coloring.fAges = TFileAges::CreateDefault();
-  fTree->fOptions = std::move(pOptions);
 }
 
-TRef<const ITreemapContainer> TTreeMapChartBasePresenter::GetTop() const {
-  return MakeRef<TTopContainer>(fFolder, fTree);
+TRef<const ITreemapContainer> TTreeMapChartBasePresenter::GetTop(const TTreemapSettings& pSettings) const {
+  auto tree = MakeRef<TTree>(fTree);
+  tree->fShowFiles = pSettings.fFlags.Has(TTreemapFlag::tmfShowLeafs);
+  tree->fDark = pSettings.fDark;
+  return MakeRef<TTopContainer>(fFolder, std::move(tree));
 }
 
 std::vector<TTreemapLegendItem> TTreeMapChartBasePresenter::GetLegend() const {
   std::vector<TTreemapLegendItem> legend;
-  switch (fTree->fColoring.fScheme) {
+  switch (fTree.fColoring.fScheme) {
     case TTreemapColorScheme::csType:
     case TTreemapColorScheme::csExtension:
       return LegendOfExtensions();
     case TTreemapColorScheme::csAge:
-      for (int i = 0; i < fTree->fColoring.fAges->GetCount(); ++i)
-        legend.push_back({fTree->fColoring.fAges->GetLabel(i), ColorOfAge(i, fTree->fColoring.fAges->GetCount())});
+      for (int i = 0; i < fTree.fColoring.fAges->GetCount(); ++i)
+        legend.push_back({fTree.fColoring.fAges->GetLabel(i), ColorOfAge(i, fTree.fColoring.fAges->GetCount())});
       return legend;
     case TTreemapColorScheme::csDepth:
       for (int32_t layer = 1; layer <= 6; ++layer)
@@ -100,7 +103,7 @@ std::vector<TTreemapLegendItem> TTreeMapChartBasePresenter::LegendOfExtensions()
   constexpr size_t kMostItems = 12;
   const TRef<ICustomAssocSizeArray> extensions = fFolder->GetExtensionSizeArray();
   if (!extensions) return {};
-  const TTreemapColoring& coloring = fTree->fColoring;
+  const TTreemapColoring& coloring = fTree.fColoring;
   const bool byType = coloring.fScheme == TTreemapColorScheme::csType;
   std::map<std::u16string, std::pair<int64_t, TColor>> sums;
   for (const TKeyedSizeValues& entry : extensions->GetEntries()) {

@@ -22,8 +22,9 @@ struct TTreemapLegendItem {
 // Where a treemap gets its elements from. Fixed after construction; any thread.
 class ITreemapPresenter : public IInterface {
  public:
-  // A snapshot of the top: a container whose only child is the top element, with number 0.
-  virtual TRef<const ITreemapContainer> GetTop() const = 0;
+  // A snapshot of the top: a container whose only child is the top element, with number 0. The settings say whether
+  // files are shown, and on which background.
+  virtual TRef<const ITreemapContainer> GetTop(const TTreemapSettings& pSettings) const = 0;
   // What the lookups of the threads that compute a picture need. Lives as long as the presenter.
   virtual const TTreemapColoring& GetColoring() const = 0;
   // The column of the tiles' values: mdSize, mdAllocated or mdFiles.
@@ -35,9 +36,7 @@ class ITreemapPresenter : public IInterface {
 struct TTreeMapOptions {
   TColumn fValueColumn = TColumn::mdSize;  // or mdAllocated or mdFiles: what areas are proportional to
   TTreemapColorScheme fScheme = TTreemapColorScheme::csType;
-  bool fShowFiles = true;               // otherwise a folder's own files are one tile
   bool fShowFreeSpace = false;          // of the root's drive, beside the contents of the top; not for mdFiles
-  bool fDark = false;                   // the background that the picture will stand on
   TRef<const IFileTypeGroups> fGroups;  // nullptr: the standard groups
 };
 
@@ -47,22 +46,24 @@ class TTreeMapChartBasePresenter : public TInterfaced<ITreemapPresenter> {
  public:
   TTreeMapChartBasePresenter(TRef<IFolderData> pFolder, TTreeMapOptions pOptions);
 
-  TRef<const ITreemapContainer> GetTop() const override;
-  const TTreemapColoring& GetColoring() const override { return fTree->fColoring; }
+  TRef<const ITreemapContainer> GetTop(const TTreemapSettings& pSettings) const override;
+  const TTreemapColoring& GetColoring() const override { return fTree.fColoring; }
   std::vector<TTreemapLegendItem> GetLegend() const override;
 
   // What all containers of a tree share.
   struct TTree : TInterfaced<IInterface> {
-    TTreeMapOptions fOptions;
     TTreemapColoring fColoring;
     bool fLetterCaseCounts = true;  // in names
+    bool fShowFreeSpace = false;
+    bool fShowFiles = true;  // otherwise a folder's own files are one tile
+    bool fDark = false;
   };
 
  private:
   std::vector<TTreemapLegendItem> LegendOfExtensions() const;
 
   const TRef<IFolderData> fFolder;
-  TRef<TTree> fTree;
+  TTree fTree;
 };
 
 }  // namespace Vantrel::Treemap

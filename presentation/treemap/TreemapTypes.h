@@ -132,8 +132,8 @@ struct TTreemapSettings {
   TTreemapRenderMode fRenderMode = TTreemapRenderMode::rmCushion;
   TPhongProperties fPhong;
   // The ridge of the first level below the top in percent, and each further level's in relation to the one above it.
-  // Frames show the folders, so flat cushions suffice. The deeper ridges are the stronger ones, so that a single file
-  // can be told from its neighbours.
+  // Frames show the folders, so flat cushions suffice. The deeper ridges are the stronger ones, so that a file can be
+  // told from its neighbours.
   int32_t fCushionHeight = 3;
   int32_t fCushionHeightScale = 110;
   bool fDark = false;         // the background that the picture will stand on
