@@ -17,8 +17,8 @@ TTreemapElementID IDOfFolder(IFolderData& pFolder) {
 
 TTreemapLook LookOfFolder(IFolderData& pFolder, TTreemapElementID pID, int32_t pLayer, const TTreeRef& pTree,
                           TColorLookup& pColors) {
-  const bool hasFiles = pTree->fShowFiles && pFolder.GetFileTable();
-  return {pID, pColors.OfFolder(pFolder, pLayer), hasFiles || pFolder.GetSubFolderCount() > 0};
+  const TRef<const TFileTable> files = pTree->fShowFiles ? pFolder.GetFileTable() : nullptr;
+  return {pID, pColors.OfFolder(pFolder, pLayer), pFolder.GetSubFolderCount() + (files ? files->Count() : 0)};
 }
 
 TFolderContainer::TFolderContainer(TRef<IFolderData> pFolder, TTreemapElementID pID, TTreeRef pTree, int64_t pFreeBytes)
@@ -57,15 +57,15 @@ TTreemapElementID TFolderContainer::IDOf(uint32_t pItem) const {
 }
 
 TTreemapLook TFolderContainer::GetLook(uint32_t pItem, int32_t pLayer, TColorLookup& pColors) const {
-  if (pItem == kFreeSpace) return {IDOf(pItem), ColorOfFreeSpace(fTree->fDark), false};
+  if (pItem == kFreeSpace) return {IDOf(pItem), ColorOfFreeSpace(fTree->fDark), 0};
   if (IsFolder(pItem)) return LookOfFolder(*fFolders[pItem], IDOf(pItem), pLayer, fTree, pColors);
   const TFileRecord& file = FileOf(pItem);
   const std::u16string_view name = fFiles->NameOf(file);
   if (fTree->fColoring.fScheme != TTreemapColorScheme::csGrowth)
-    return {ChildID(fID, name), pColors.OfFile(name, file, pLayer, 0), false};
+    return {ChildID(fID, name), pColors.OfFile(name, file, pLayer, 0), 0};
   const TColor color =
       fEarlierFiles ? pColors.OfFile(name, file, pLayer, EarlierValueOf(pItem)) : pColors.OfGrowth(*fFolder);
-  return {ChildID(fID, name), color, false};
+  return {ChildID(fID, name), color, 0};
 }
 
 TRef<const ITreemapContainer> TFolderContainer::Open(uint32_t pItem) const {

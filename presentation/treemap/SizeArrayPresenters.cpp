@@ -23,7 +23,7 @@ void TElementList::AppendChildren(std::vector<TTreemapChild>& pChildren) const {
 
 TTreemapLook TElementList::GetLook(uint32_t pItem, int32_t, TColorLookup&) const {
   const TItem& item = fItems[pItem];
-  return {item.fElement->GetID(), item.fColor, item.fInside != nullptr};
+  return {item.fElement->GetID(), item.fColor, item.fInside ? item.fInside->fItems.size() : 0};
 }
 
 TSizeArrayMapBasePresenter::TSizeArrayMapBasePresenter(IFolderData& pFolder, TColumn pValueColumn)
@@ -31,7 +31,7 @@ TSizeArrayMapBasePresenter::TSizeArrayMapBasePresenter(IFolderData& pFolder, TCo
   fColoring.fValueColumn = pValueColumn;
 }
 
-void TSizeArrayMapBasePresenter::SetTop(IFolderData& pFolder, TRef<const ITreemapContainer> pElements) {
+void TSizeArrayMapBasePresenter::SetTop(IFolderData& pFolder, TRef<const TElementList> pElements) {
   auto top = MakeRef<TElementList>();
   top->Add(MakeRef<TTreeMapElement>(fFolderID, TRef<IHierarchicalElement>(&pFolder)), ColorOfFrame(0, false),
            ValueIn(pFolder.GetValues(), fColoring.fValueColumn), std::move(pElements));

@@ -12,8 +12,7 @@ namespace Vantrel::Treemap {
 // A list of elements that are made beforehand, for treemaps of some thousand elements.
 class TElementList : public TInterfaced<ITreemapContainer> {
  public:
-  void Add(TRef<TTreeMapElement> pElement, TColor pColor, int64_t pValue,
-           TRef<const ITreemapContainer> pInside = nullptr) {
+  void Add(TRef<TTreeMapElement> pElement, TColor pColor, int64_t pValue, TRef<const TElementList> pInside = nullptr) {
     fItems.push_back({std::move(pElement), pColor, pValue, std::move(pInside)});
   }
 
@@ -31,7 +30,7 @@ class TElementList : public TInterfaced<ITreemapContainer> {
     TRef<TTreeMapElement> fElement;
     TColor fColor;
     int64_t fValue;
-    TRef<const ITreemapContainer> fInside;  // nullptr when the element cannot be opened
+    TRef<const TElementList> fInside;  // nullptr when the element cannot be opened
   };
   std::vector<TItem> fItems;
 };
@@ -47,7 +46,7 @@ class TSizeArrayMapBasePresenter : public TInterfaced<ITreemapPresenter> {
  protected:
   TSizeArrayMapBasePresenter(IFolderData& pFolder, TColumn pValueColumn);
   // Sets the top: the folder with the elements inside.
-  void SetTop(IFolderData& pFolder, TRef<const ITreemapContainer> pElements);
+  void SetTop(IFolderData& pFolder, TRef<const TElementList> pElements);
 
   const TTreemapElementID fFolderID;
   TTreemapColoring fColoring;

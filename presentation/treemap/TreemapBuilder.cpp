@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 
 #include "presentation/treemap/ParallelWork.h"
 
@@ -15,6 +16,22 @@ constexpr uint32_t kRestItem = 0xFFFFFFFF;  // of the entry that stands for all 
 int64_t ToValue(double pValue) {
   constexpr double kMost = 9.2e18;
   return pValue >= kMost ? std::numeric_limits<int64_t>::max() : static_cast<int64_t>(pValue);
+}
+
+// Largest first, then by name. Names are compared in a second step, among equal values only. A name is far from its
+// neighbours in memory, so looking at it during the whole sort would take most of the time.
+void SortChildren(const ITreemapContainer& pContainer, std::span<TTreemapChild> pChildren) {
+  std::sort(pChildren.begin(), pChildren.end(),
+            [](const TTreemapChild& pA, const TTreemapChild& pB) { return pA.fValue > pB.fValue; });
+  for (auto begin = pChildren.begin(); begin != pChildren.end();) {
+    const auto end = std::find_if(begin, pChildren.end(),
+                                  [begin](const TTreemapChild& pChild) { return pChild.fValue != begin->fValue; });
+    if (end - begin > 1)
+      std::sort(begin, end, [&](const TTreemapChild& pA, const TTreemapChild& pB) {
+        return pContainer.ComesBefore(pA.fItem, pB.fItem);
+      });
+    begin = end;
+  }
 }
 
 }  // namespace
@@ -78,14 +95,19 @@ void TTreemapBuilder::AddTop(TTreemapPicture& pPicture) {
   top.fID = look.fID;
   top.fColor = top.fValue > 0 ? look.fColor : ColorOfFrame(0, fSettings.fDark);
   pPicture.fTiles.push_back(top);
-  if (look.fIsContainer && IsToBeOpened(top)) fOpen.push_back(0);
+  if (IsToBeOpened(top, look.fChildren)) fOpen.push_back(0);
 }
 
-// Two tiles must fit, or opening it would show nothing new.
-bool TTreemapBuilder::IsToBeOpened(const TTreemapTile& pTile) const {
-  if (pTile.fLayer >= fSettings.fMostLayers) return false;
+// Two tiles must fit, or opening it would show nothing new. Of a small element with very many children, hardly one is
+// large enough. Reading them all to find it would take a time that grows with the tree.
+bool TTreemapBuilder::IsToBeOpened(const TTreemapTile& pTile, size_t pChildren) const {
+  constexpr double kLargeElement = 64;        // smallest tiles
+  constexpr double kMostChildrenOfTile = 32;  // in a small element
+  if (pChildren == 0 || pTile.fLayer >= fSettings.fMostLayers) return false;
   const TTreemapRect inner = InnerOf(pTile.fRect, pTile.fLayer, fSettings);
-  return !inner.IsEmpty() && static_cast<double>(inner.Area()) >= 2 * fSmallest;
+  if (inner.IsEmpty()) return false;
+  const double tiles = static_cast<double>(inner.Area()) / fSmallest;
+  return tiles >= 2 && (tiles >= kLargeElement || static_cast<double>(pChildren) <= kMostChildrenOfTile * tiles);
 }
 
 void TTreemapBuilder::Open(const TTreemapPicture& pPicture, uint32_t pTile, TWorker& pWorker, TGroup& pGroup) const {
@@ -125,9 +147,7 @@ uint32_t TTreemapBuilder::FillEntries(const ITreemapContainer& pContainer, const
     return pChild.fValue > 0 && static_cast<double>(pChild.fValue) >= smallest;
   });
   if (end == children.begin()) return 0;
-  std::sort(children.begin(), end, [&](const TTreemapChild& pA, const TTreemapChild& pB) {
-    return pA.fValue != pB.fValue ? pA.fValue > pB.fValue : pContainer.ComesBefore(pA.fItem, pB.fItem);
-  });
+  SortChildren(pContainer, {children.begin(), end});
   pWorker.fEntries.reserve(static_cast<size_t>(end - children.begin()) + 1);
   const auto addEntry = [&](double pValue, uint32_t pItem) {
     TElementEntry& entry = pWorker.fEntries.emplace_back();
@@ -213,7 +233,7 @@ void TTreemapBuilder::SetLooks(TTreemapPicture& pPicture, size_t pFirst) {
       const TTreemapLook look = parent.fContainer->GetLook(tile.fItem, tile.fLayer, fWorkers[pThread]->fColors);
       tile.fID = look.fID;
       tile.fColor = look.fColor;
-      if (look.fIsContainer && IsToBeOpened(tile)) open[pStep].push_back(static_cast<uint32_t>(i));
+      if (IsToBeOpened(tile, look.fChildren)) open[pStep].push_back(static_cast<uint32_t>(i));
     }
   });
   fOpen.clear();

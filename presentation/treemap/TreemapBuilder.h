@@ -51,7 +51,7 @@ class TTreemapBuilder {
   };
 
   void AddTop(TTreemapPicture& pPicture);
-  bool IsToBeOpened(const TTreemapTile& pTile) const;
+  bool IsToBeOpened(const TTreemapTile& pTile, size_t pChildren) const;
   void Open(const TTreemapPicture& pPicture, uint32_t pTile, TWorker& pWorker, TGroup& pGroup) const;
   uint32_t FillEntries(const ITreemapContainer& pContainer, const TTreemapRect& pInner, TWorker& pWorker) const;
   void AddTiles(const TTreemapTile& pParent, TTreemapBranch& pBranch, uint32_t pRestCount, const TWorker& pWorker,

@@ -161,7 +161,7 @@ TColor TColorLookup::OfFolder(const IFolderData& pFolder, int32_t pLayer) {
 }
 
 TColor TColorLookup::OfSample(const TFileTable& pFiles) {
-  constexpr size_t kMostLooks = 64;
+  constexpr size_t kMostLooks = 32;
   TColorMixer mixer;
   const size_t step = std::max<size_t>(1, pFiles.Count() / kMostLooks);
   for (size_t i = 0; i < pFiles.Count(); i += step) {

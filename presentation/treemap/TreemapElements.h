@@ -81,8 +81,8 @@ struct TTreemapChild {
 // What a picture needs to know about a child that gets a tile.
 struct TTreemapLook {
   TTreemapElementID fID = TTreemapElementID::None;
-  TColor fColor = 0;          // for a container, the mixed colour of what is inside
-  bool fIsContainer = false;  // the child can be opened
+  TColor fColor = 0;     // for a container, the mixed colour of what is inside
+  size_t fChildren = 0;  // about how many there are inside; 0 for an element that cannot be opened
 };
 
 class TColorLookup;

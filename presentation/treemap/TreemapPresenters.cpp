@@ -21,7 +21,7 @@ class TTopContainer : public TInterfaced<ITreemapContainer> {
   bool ComesBefore(uint32_t, uint32_t) const override { return false; }
   TTreemapLook GetLook(uint32_t, int32_t pLayer, TColorLookup& pColors) const override {
     TTreemapLook look = LookOfFolder(*fFolder, fID, pLayer, fTree, pColors);
-    look.fIsContainer = look.fIsContainer || fFreeBytes > 0;
+    look.fChildren += fFreeBytes > 0 ? 1 : 0;
     return look;
   }
   TRef<const ITreemapContainer> Open(uint32_t) const override {
