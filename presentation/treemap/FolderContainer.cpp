@@ -57,7 +57,7 @@ TTreemapElementID TFolderContainer::IDOf(uint32_t pItem) const {
 }
 
 TTreemapLook TFolderContainer::GetLook(uint32_t pItem, int32_t pLayer, TColorLookup& pColors) const {
-  if (pItem == kFreeSpace) return {IDOf(pItem), ColorOfFreeSpace(fTree->fDark), 0};
+  if (pItem == kFreeSpace) return {IDOf(pItem), ColorOfFreeSpace(fTree->fDark), 0, true};
   if (IsFolder(pItem)) return LookOfFolder(*fFolders[pItem], IDOf(pItem), pLayer, fTree, pColors);
   const TFileRecord& file = FileOf(pItem);
   const std::u16string_view name = fFiles->NameOf(file);

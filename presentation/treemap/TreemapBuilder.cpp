@@ -233,6 +233,7 @@ void TTreemapBuilder::SetLooks(TTreemapPicture& pPicture, size_t pFirst) {
       const TTreemapLook look = parent.fContainer->GetLook(tile.fItem, tile.fLayer, fWorkers[pThread]->fColors);
       tile.fID = look.fID;
       tile.fColor = look.fColor;
+      if (look.fIsFreeSpace) tile.fKind = TTreemapTileKind::tkFreeSpace;
       if (IsToBeOpened(tile, look.fChildren)) open[pStep].push_back(static_cast<uint32_t>(i));
     }
   });

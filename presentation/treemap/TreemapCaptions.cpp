@@ -102,7 +102,7 @@ void AddCaptions(TTreemapPicture& pPicture, const TTreemapSettings& pSettings, T
     const TTreemapTileKind kind = pPicture.fTiles[i].fKind;
     if (kind == TTreemapTileKind::tkBranch)
       captioner.AddHeading(i);
-    else if (kind == TTreemapTileKind::tkLeaf && onLeaves)
+    else if (kind != TTreemapTileKind::tkRest && onLeaves)
       captioner.AddName(i);
   }
 }

@@ -83,6 +83,7 @@ struct TTreemapLook {
   TTreemapElementID fID = TTreemapElementID::None;
   TColor fColor = 0;     // for a container, the mixed colour of what is inside
   size_t fChildren = 0;  // about how many there are inside; 0 for an element that cannot be opened
+  bool fIsFreeSpace = false;
 };
 
 class TColorLookup;

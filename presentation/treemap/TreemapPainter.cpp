@@ -28,7 +28,7 @@ class TPainter {
     part.fTop = std::max(part.fTop, pTop);
     part.fBottom = std::min(part.fBottom, pBottom);
     if (pTile.fKind == TTreemapTileKind::tkBranch) return PaintFrame(pTile, part);
-    if (fSettings.fRenderMode == TTreemapRenderMode::rmFlat) {
+    if (fSettings.fRenderMode == TTreemapRenderMode::rmFlat || pTile.fKind == TTreemapTileKind::tkFreeSpace) {
       Fill(part, pTile.fColor);
     } else {
       TCushion cushion;

@@ -14,9 +14,10 @@
 namespace Vantrel::Treemap {
 
 enum class TTreemapTileKind : uint8_t {
-  tkLeaf,    // one element, in its own colour: a file, or a folder that is not opened
-  tkBranch,  // an opened element: its children are tiles, and only its frame and heading are its own
-  tkRest,    // the children of a folder that are too small for tiles of their own; it has the folder's identifier
+  tkLeaf,       // one element, in its own colour: a file, or a folder that is not opened
+  tkBranch,     // an opened element: its children are tiles, and only its frame and heading are its own
+  tkFreeSpace,  // drawn flat, as it is nothing
+  tkRest,       // the children of a folder that are too small for tiles of their own; it has the folder's identifier
 };
 
 constexpr uint32_t kNoTile = 0xFFFFFFFF;

@@ -213,10 +213,10 @@ TEST(TreemapPicture, SurvivesHardCases) {
 
   const std::unique_ptr<TTestNode> chain = TTestNode::Chain(10'000, 1);
   TTreemapSettings settings = SettingsOf(300, 200);
+  settings.fFlags = {};
   EXPECT_EQ(compute(*chain, settings)->fTiles.back().fLayer, 256);
   settings.fMostLayers = 20'000;
-  settings.fFlags = {};
-  const auto deep = compute(*chain, settings);
+  const auto deep = ComputeTreemap(*MakeRef<TTestPresenter>(*chain), settings);
   EXPECT_EQ(deep->GetLayerByPosition(299, 199), 10'000);
 }
 
