@@ -1,5 +1,5 @@
 """Runs the built program over command lines and looks at what a user or a script sees: exit codes, what goes to which
-stream, closed pipes, full disks, hostile names. What the totals should be is counted here, by os.walk.
+stream, closed pipes, full disks, hostile names. What the totals should be comes from walk.py.
 
 VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
 VANTREL_ORDINARY_USER is a user id for tests that root's rights would spoil.
@@ -15,6 +15,7 @@ import subprocess
 import tempfile
 import unittest
 
+import walk
 import wine
 
 TIMEOUT = 60
@@ -24,12 +25,22 @@ OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = r
 
 def count(folder):
     """Files, folders and bytes beneath a folder, links not followed."""
-    files = folders = size = 0
-    for path, folder_names, file_names in os.walk(os.fsencode(folder)):
-        folders += len(folder_names)
-        files += len(file_names)
-        size += sum(os.lstat(os.path.join(path, name)).st_size for name in file_names)
-    return files, folders, size
+    top = walk.walk(folder)
+    return top.files, top.folders, top.size
+
+
+def ordinary_user():
+    """Keywords that make a subprocess run without root's rights."""
+    if os.geteuid() != 0:
+        return {}
+    user = int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))
+    return {"user": user, "group": user, "extra_groups": []}
+
+
+def require_strace(test):
+    if not shutil.which("strace") or subprocess.run(["strace", "-f", "-o", "/dev/null", "true"], capture_output=True,
+                                                    check=False).returncode != 0:
+        test.skipTest("strace is not installed, or this system does not let it trace")
 
 
 def obey_interrupts():
@@ -155,14 +166,12 @@ class LinuxTest(CommonTests, ProgramTest):
         self.make("open/x", 10)
         for i in range(3):
             (self.folder / f"closed{i}").mkdir(mode=0)
-        user = {}
-        if os.geteuid() == 0:
-            ordinary = int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))
+        user = ordinary_user()
+        if user:
             program = shutil.copy(self.command[0], self.folder.parent / f"{self.folder.name}-program")
             self.addCleanup(os.unlink, program)
             os.chmod(program, stat.S_IRWXU | stat.S_IRGRP | stat.S_IXGRP | stat.S_IROTH | stat.S_IXOTH)
             self.command = [program]
-            user = {"user": ordinary, "group": ordinary, "extra_groups": []}
         run = self.scan("--NumberOfListedErrors", "2", self.native(self.folder), **user)
         exported = self.run_program("--NumberOfListedErrors", "2", self.native(self.folder), "--csv", "-", **user)
         for i in range(3):

@@ -86,50 +86,21 @@ TEST(RegularExpression, LetterCaseIsUnicodes) {
 }
 
 TEST(RegularExpression, APairOfSurrogatesIsOneCharacterAndALoneOneIsNone) {
+  const std::u16string lone = {u'a', 0xDC80, u'b'}, half = {u'a', 0xD83D, u'b'};
   Check({
       {u"^.$", kSensitive, u"😀", true},
       {u"^..$", kSensitive, u"😀", false},
       {u"^[😀-😂]$", kSensitive, u"😁", true},
-      {u"a", kSensitive,
-       u"a\xDC80"
-       u"b",
-       true},
-      {u"b$", kSensitive,
-       u"a\xDC80"
-       u"b",
-       true},
-      {u"^b", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
-      {u"a$", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
-      {u"ab", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
-      {u"a.b", kSensitive,
-       u"a\xD83D"
-       u"b",
-       false},
-      {u"a[^x]b", kSensitive,
-       u"a\xD83D"
-       u"b",
-       false},
-      {u"^.*$", kSensitive,
-       u"a\xD83D"
-       u"b",
-       false},
-      {u"(?<=b)c", kSensitive,
-       u"a\xD83D"
-       u"bc",
-       true},
-      {u"(?<=.)b", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
+      {u"a", kSensitive, lone, true},
+      {u"b$", kSensitive, lone, true},
+      {u"^b", kSensitive, lone, false},
+      {u"a$", kSensitive, lone, false},
+      {u"ab", kSensitive, lone, false},
+      {u"a.b", kSensitive, half, false},
+      {u"a[^x]b", kSensitive, half, false},
+      {u"^.*$", kSensitive, half, false},
+      {u"(?<=b)c", kSensitive, half + u"c", true},
+      {u"(?<=.)b", kSensitive, lone, false},
       {u".", kSensitive, u"\xD83D", false},
       {u"b", kSensitive,
        u"\xDE00\xD83D"
