@@ -16,12 +16,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 
 #include "platform/text/Text.h"
 #include "scan/files/UnixEnumerator_posix.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace Vantrel::Enumerators {
 namespace {
@@ -31,15 +31,6 @@ namespace fs = std::filesystem;
 // A folder of the file system for one test.
 class UnixEnumerator : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (fs::temp_directory_path() / "vantrel-XXXXXX").string();
-    ASSERT_NE(nullptr, mkdtemp(pattern.data()));
-    fFolder = fs::canonical(pattern).string();
-  }
-  void TearDown() override {
-    if (!fFolder.empty()) (void)std::system(("chmod -R u+rwx " + fFolder + "; rm -rf " + fFolder).c_str());
-  }
-
   std::string Path(const std::string& pName) const { return fFolder + "/" + pName; }
   void Write(const std::string& pName, size_t pBytes) {
     const int handle = open(Path(pName).c_str(), O_CREAT | O_WRONLY | O_EXCL, 0644);
@@ -53,19 +44,15 @@ class UnixEnumerator : public testing::Test {
     return TUnixEnumerator::CreateForPath(FromNativeBytes(fFolder), pOptions);
   }
 
-  std::string fFolder;
+  const Testing::TTemporaryFolder fTemporary;
+  const std::string fFolder = fTemporary.Path().string();
 };
 
-struct TListed {
-  TEntryValues fValues;
-  bool fCanDescend;
-};
-
-std::map<std::string, TListed> List(IHierarchicalEnumerator& pEnumerator) {
-  std::map<std::string, TListed> entries;
+std::map<std::string, TEntryValues> List(IHierarchicalEnumerator& pEnumerator) {
+  std::map<std::string, TEntryValues> entries;
   while (pEnumerator.Next()) {
     const std::string name = ToNativeBytes(pEnumerator.GetObjectName());
-    EXPECT_TRUE(entries.emplace(name, TListed{pEnumerator.GetEntryValues(), pEnumerator.CanDescend()}).second) << name;
+    EXPECT_TRUE(entries.emplace(name, pEnumerator.GetEntryValues()).second) << name;
   }
   return entries;
 }
@@ -103,7 +90,7 @@ TEST_F(UnixEnumerator, Attributes) {
   ASSERT_EQ(0, mkdir(Path("folder").c_str(), 0755));
   ASSERT_EQ(0, symlink("folder", Path("link").c_str()));
   std::map<std::string, TAttributes> attributes;
-  for (const auto& [name, entry] : List(*Open())) attributes[name] = entry.fValues.fAttributes;
+  for (const auto& [name, entry] : List(*Open())) attributes[name] = entry.fAttributes;
   const std::map<std::string, TAttributes> expected = {{"sparse", kAttributeSparse | kAttributeReadOnly},
                                                        {"file", kAttributeNormal},
                                                        {".pipe", kAttributeDevice | kAttributeHidden},
@@ -280,7 +267,7 @@ class UnixEnumeratorDeathTest : public UnixEnumerator {
     const rlimit handles{64, 64};
     setrlimit(RLIMIT_NOFILE, &handles);
     const TWalk walk = Walk(Open());
-    TearDown();
+    fs::remove_all(fFolder);
     fprintf(stderr, "%d bytes, %d folders, error %u", static_cast<int>(walk.fSize), static_cast<int>(walk.fFolders),
             walk.fError);
     exit(0);
