@@ -63,11 +63,14 @@ def check(folder, root=ROOT):
     for file, command in sources.items():
         made = re.search(r" -o (\S+)", command)[1]
         states[file] = state(folder, root, file, version + command, made_from.get(made, []), hashes)
+    files = [file for file in sources if states[file] not in clean]
+    found, clean = set(), clean & set(states.values())
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        files = [file for file in sources if states[file] not in clean]
-        found = dict(zip(files, pool.map(lambda file: findings(folder, file), files)))
-    record.write_text(json.dumps([states[file] for file in sources if not found.get(file)]))
-    return sorted(set().union(*found.values()))
+        for file, lines in zip(files, pool.map(lambda file: findings(folder, file), files)):
+            found |= lines
+            if not lines:  # kept at once, for a run that is interrupted
+                record.write_text(json.dumps(sorted(clean := clean | {states[file]})))
+    return sorted(found)
 
 
 if __name__ == "__main__":
