@@ -1,13 +1,17 @@
 """The checks find what they are there for: each violation is planted in a small project of its own."""
 
+import json
 import pathlib
+import shutil
 import subprocess
 import tempfile
 import unittest
+import unittest.mock
 
 from checks import floors
 from checks import format as format_check
 from checks import map as architecture_map
+from checks.built import linked, tidy
 
 
 class ProjectTest(unittest.TestCase):
@@ -125,6 +129,50 @@ class FormatTest(ProjectTest):
         subprocess.run(["git", "init", "-q", self.root], check=True)
         subprocess.run(["git", "-C", self.root, "add", "-A"], check=True)
         self.assertEqual(format_check.check(self.root), ["model/Wrong.h: is not formatted; run clang-format -i model/Wrong.h"])
+
+
+class LinkedTest(ProjectTest):
+    def test_a_function_without_a_caller_is_found(self):
+        self.write("Floor.cpp", "namespace Vantrel { int Used() { return 0; }\nint Waits(int) { return 1; }\nint Dead() { return 2; } }\n")
+        self.write("Main.cpp", "namespace Vantrel { int Used(); }\nint main() { return Vantrel::Used(); }\n")
+        for command in (["g++", "-O0", "-ffunction-sections", "-c", "Floor.cpp", "Main.cpp"],
+                        ["ar", "rc", "libvantrel_floor.a", "Floor.o"],
+                        ["g++", "-Wl,--gc-sections", "-o", "vantrel", "Main.o", "libvantrel_floor.a"]):
+            subprocess.run(command, cwd=self.root, check=True)
+        for allowed, found in (("# Why.\nWaits(\nDead()\n", ""), ("Waits(\n", "Dead(): nothing in the program calls it\n"),
+                               ("Waits(\nDead()\nUsed()\n", "allowed.txt: Used() is linked, or is no more\n")):
+            self.write("allowed.txt", allowed)
+            with self.subTest(found=found), unittest.mock.patch.object(linked, "ALLOWED", self.root / "allowed.txt"), \
+                    unittest.mock.patch("sys.stdout.write") as written:
+                self.assertEqual(linked.main(self.root), int(bool(found)))
+                written.assert_called_once_with(found)
+
+
+class TidyTest(ProjectTest):
+    @unittest.skipUnless(shutil.which("clang-tidy"), "clang-tidy is not installed")
+    def test_a_finding_is_found_until_it_is_mended_and_clean_files_are_not_read_again(self):
+        self.write(".clang-tidy", (tidy.ROOT / ".clang-tidy").read_text())
+        self.write("build/build.ninja", "")
+        source, header = str(self.root / "model/Thing.cpp"), str(self.root / "model/Thing.h")
+        self.write("build/compile_commands.json", json.dumps(
+            [{"directory": str(self.root), "file": source, "command": f"clang++ -std=c++20 -o Thing.o -c {source}"}]))
+        self.write("model/Thing.cpp", '#include "Thing.h"\nint Size(int* pThing) { return int(sizeof(pThing) / sizeof(*pThing)); }\n')
+
+        def check():
+            return tidy.check(self.root / "build", self.root)
+
+        with unittest.mock.patch.object(tidy, "headers", return_value={"Thing.o": [header]}):
+            self.write("model/Thing.h", "int wrong();\n")
+            for _ in range(2):
+                self.assertEqual([line.rsplit("[", 1)[1].split(",")[0] for line in check()],
+                                 ["bugprone-sizeof-expression", "readability-identifier-naming"])
+            self.write("model/Thing.cpp", '#include "Thing.h"\n')
+            self.write("model/Thing.h", "int Right();\n")
+            self.assertEqual(check(), [])
+            with unittest.mock.patch.object(tidy, "findings", side_effect=AssertionError):
+                self.assertEqual(check(), [])
+            self.write("model/Thing.h", "int wrong_again();\n")
+            self.assertEqual(len(check()), 1)
 
 
 if __name__ == "__main__":

@@ -18,6 +18,7 @@ import unittest
 import zoneinfo
 
 import wine
+from program_test import ordinary_user
 
 TIMEOUT = 300  # only there to catch a hang
 
@@ -215,7 +216,7 @@ class LinuxTest(HistoryTest, unittest.TestCase):
         self.recorded(self.start(self.file, "root", 2, 1))
         self.folder.chmod(0o755)
         self.file.chmod(0o444)
-        user = {"user": int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))} if os.geteuid() == 0 else {}
+        user = ordinary_user()
         message = self.message(self.start(self.file, "root", 1, 1, **user))
         self.assertRegex(message, rf'^The database "{self.file}": attempt to write a readonly database on sql: INSERT INTO ')
         # A history that is read only can still be looked at, and taken in elsewhere.

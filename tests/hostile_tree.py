@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes a tree of everything that goes wrong in real ones, and takes it down again. The same call gives the same tree."""
+"""Makes a tree of everything that goes wrong in real ones, and removes one. The same call gives the same tree."""
 
 import argparse
 import os
@@ -290,6 +290,13 @@ def make(path, levels, many, mounts):
             make_mounts(root, path)
 
 
+def make_readable(path):
+    """A small one that everyone may read."""
+    make(os.fsencode(path), levels=60, many=300, mounts=False)
+    for name in os.listdir(f"{path}/denied"):
+        os.chmod(f"{path}/denied/{name}", 0o755)
+
+
 def mount_points_below(path):
     """Innermost and newest first."""
     found = []
@@ -363,12 +370,8 @@ def main():
     parser.add_argument("--levels", type=int, default=10_000, help="length of the chain of one-letter folders")
     parser.add_argument("--many", type=int, default=20_000, help="files in the folder of many files")
     parser.add_argument("--mounts", action="store_true", help="add bind mounts, a loop, proc and tmpfs; needs root")
-    parser.add_argument("--remove", action="store_true", help="unmount and remove DIR instead")
     arguments = parser.parse_args()
     path = os.path.realpath(os.fsencode(arguments.directory))
-    if arguments.remove:
-        remove(path)
-        return
     if arguments.mounts and os.geteuid() != 0:
         parser.error("--mounts needs root")
     make(path, arguments.levels, arguments.many, arguments.mounts)

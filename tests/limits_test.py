@@ -16,7 +16,7 @@ import subprocess
 import tempfile
 import unittest
 
-from program_test import INCOMPLETE, OK
+from program_test import INCOMPLETE, OK, ordinary_user
 
 TIMEOUT = 120
 MIB = 1 << 20
@@ -42,7 +42,7 @@ def threads_of(user):
 @unittest.skipUnless(PROGRAM, "no program to run")
 class LimitsTest(unittest.TestCase):
     def setUp(self):
-        self.user = os.geteuid()
+        self.user = {}
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
@@ -68,10 +68,9 @@ class LimitsTest(unittest.TestCase):
             for kind, value in limits.items():
                 resource.setrlimit(kind, (value, value))
 
-        user = {"user": self.user, "group": self.user, "extra_groups": []} if self.user != os.geteuid() else {}
         run = subprocess.run([self.program, TREE, "--csv", str(table), *arguments], stdout=subprocess.PIPE,
                              stderr=subprocess.STDOUT, cwd=self.output, timeout=TIMEOUT, preexec_fn=limit, check=False,
-                             **user)
+                             **self.user)
         return run.returncode, self.bytes_in(table), run.stdout.decode(errors="replace")
 
     @staticmethod
@@ -110,10 +109,9 @@ class LimitsTest(unittest.TestCase):
         self.assertEqual(codes[-1], self.whole_code, "the limit that is plenty is not")
 
     def test_processes(self):
-        if os.geteuid() == 0:  # root has as many processes as it likes
-            self.user = int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))
+        self.user = ordinary_user()  # root has as many processes as it likes
         self.measure_whole()
-        running = threads_of(self.user)
+        running = threads_of(self.user.get("user", os.geteuid()))
         codes = [self.check(self.arguments(), {resource.RLIMIT_NPROC: running + value})
                  for value in range(max(3, STEPS // 2))]
         self.assertNotEqual(codes[0], self.whole_code, "the limit was none")

@@ -140,10 +140,10 @@ class Deliveries:
         texts = ["", "plain\n.\n..dots\r\nFrom me\n", "gr\u00fc\u00dfe \U0001f600\n.\n", "y" * 3000, "bell \a and\ttab"]
         cases = list(itertools.zip_longest(NASTY_TEXTS, texts, fillvalue="same"))
         with self.server() as port:
-            for subject, text in cases:
+            for number, (subject, text) in enumerate(cases, 1):
                 self.assertEqual(self.send(port=port, subject=subject, text=text), "")
+                self.assertEqual(len(list((self.folder / "inbox").glob("*.json"))), number, f"lost: {subject!r}")
         mails = self.arrived()
-        self.assertEqual(len(mails), len(cases))
         self.assertEqual(len({self.check_form(raw)["Message-ID"] for _, raw in mails}), len(mails))
         for (subject, text), (facts, raw) in zip(cases, mails):
             with self.subTest(subject=subject, text=text[:20]):

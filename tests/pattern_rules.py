@@ -17,9 +17,8 @@ import functools
 import os
 import pathlib
 import re
-import stat
 
-import recount
+import walk
 
 DELIMITER = "/"
 NAME, FULL_PATH, PARENT_PATH, EXTENSION, OWNER = COLUMNS = ("name", "fullpath", "parentpath", "extension", "owner")
@@ -285,28 +284,15 @@ class Item:
 
 def read_tree(path):
     """The items directly in a folder, each folder's own in its children. Links are files and not followed."""
-    top = os.path.realpath(os.fsencode(path))
-    items = []
-    to_read = [(None, top, top.decode("utf-8", "surrogateescape"), items)]
-    while to_read:
-        parent, name, folder_path, children = to_read.pop()
-        # By handles, since a path may be longer than the system takes.
-        flags = os.O_RDONLY | os.O_DIRECTORY | os.O_NOFOLLOW
-        handle = recount.Handle(os.open(name, flags, dir_fd=parent.number if parent else None))
-        with os.scandir(handle.number) as listing:
-            names = [os.fsencode(entry.name) for entry in listing]
-        for name in names:
-            status = os.stat(name, dir_fd=handle.number, follow_symlinks=False)
-            item = Item(folder_path, name, stat.S_ISDIR(status.st_mode), owner_of(status.st_uid))
-            children.append(item)
-            if item.is_folder:
-                to_read.append((handle, name, item.path, item.children))
+    return items_in(walk.walk(os.path.realpath(path)))
+
+
+def items_in(folder):
+    path = folder.path.decode("utf-8", "surrogateescape")
+    items = [Item(path, node.name, node.kind == walk.FOLDERS, node.owner) for node in folder.below + folder.own_files]
+    for item, below in zip(items, folder.below):
+        item.children = items_in(below)
     return items
-
-
-@functools.lru_cache(maxsize=None)
-def owner_of(uid):
-    return recount.owner_of(uid)
 
 
 class Choice:

@@ -118,10 +118,7 @@ class TreeTest(unittest.TestCase):
         self.check(read_tree(self.top), lists, insisting=True)
 
     def test_lists_over_hostile_names_links_and_depths(self):
-        hostile_tree.make(os.fsencode(self.top), levels=60, many=300, mounts=False)
-        # What cannot be read is for other tests.
-        for name in os.listdir(f"{self.top}/denied"):
-            os.chmod(f"{self.top}/denied/{name}", 0o755)
+        hostile_tree.make_readable(self.top)
         tree = read_tree(self.top)
         self.check(tree, HOSTILE_LISTS, insisting=True)
         self.check(tree, LISTS, insisting=False)
@@ -134,9 +131,7 @@ class SystemCallsTest(unittest.TestCase):
         self.program = os.environ.get("VANTREL_LINUX")
         if not self.program:
             self.skipTest("no program to run")
-        if not shutil.which("strace") or subprocess.run(["strace", "-f", "-o", "/dev/null", "true"], capture_output=True,
-                                                        check=False).returncode != 0:
-            self.skipTest("strace is not installed, or this system does not let it trace: the package is called strace")
+        program_test.require_strace(self)
         self.folder = os.path.realpath(tempfile.mkdtemp(prefix="vantrel-calls-"))
         self.addCleanup(shutil.rmtree, self.folder)
         for name in ("secret/inside-1", "secret/below/inside-2", "open/deep/secret/inside-3", "open/public",

@@ -1,5 +1,4 @@
-"""Runs the built program over command lines and looks at what a user or a script sees: exit codes, what goes to which
-stream, closed pipes, full disks, hostile names. What the totals should be is counted here, by os.walk.
+"""What the tests of the built program share; and what a user sees of single files, full disks and folders without permission.
 
 VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
 VANTREL_ORDINARY_USER is a user id for tests that root's rights would spoil.
@@ -22,14 +21,18 @@ TIMEOUT = 60
 OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = range(6)
 
 
-def count(folder):
-    """Files, folders and bytes beneath a folder, links not followed."""
-    files = folders = size = 0
-    for path, folder_names, file_names in os.walk(os.fsencode(folder)):
-        folders += len(folder_names)
-        files += len(file_names)
-        size += sum(os.lstat(os.path.join(path, name)).st_size for name in file_names)
-    return files, folders, size
+def ordinary_user():
+    """Keywords that make a subprocess run without root's rights."""
+    if os.geteuid() != 0:
+        return {}
+    user = int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))
+    return {"user": user, "group": user, "extra_groups": []}
+
+
+def require_strace(test):
+    if not shutil.which("strace") or subprocess.run(["strace", "-f", "-o", "/dev/null", "true"], capture_output=True,
+                                                    check=False).returncode != 0:
+        test.skipTest("strace is not installed, or this system does not let it trace")
 
 
 def obey_interrupts():
@@ -90,19 +93,6 @@ class ProgramTest(unittest.TestCase):
 class CommonTests:
     """What holds on both platforms."""
 
-    def test_totals_are_those_of_a_walk(self):
-        self.make("a/b/c/one", 1000)
-        self.make("a/two", 20)
-        self.make("three", 3)
-        (self.folder / "empty").mkdir()
-        run = self.scan(self.native(self.folder))
-        self.assertEqual((run.code, run.err), (OK, ""))
-        files, folders, size = count(self.folder)
-        self.assertEqual(run.rows, {self.native(self.folder): (size, files, folders), "a": (1020, 2, 2),
-                                    "[Files]": (3, 1, 0), "empty": (0, 0, 0)})
-        self.assertEqual([line.split()[0] for line in run.lines[6:10]],
-                         [self.native(self.folder), "a", "[Files]", "empty"])
-
     def test_a_file_is_reported_as_that_file(self):
         path = self.make("single", 77)
         run = self.scan(self.native(path))
@@ -119,15 +109,6 @@ class CommonTests:
 class LinuxTest(CommonTests, ProgramTest):
     command = [os.environ["VANTREL_LINUX"]] if os.environ.get("VANTREL_LINUX") else None
 
-    def test_a_closed_pipe_neither_hangs_nor_kills(self):
-        for i in range(200):
-            self.make(f"{i}/x", i)
-        with subprocess.Popen([*self.command, *map(str, range(200))], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              cwd=self.folder) as process:
-            process.stdout.readline()
-            process.stdout.close()
-            self.assertEqual(process.wait(TIMEOUT), OUTPUT_FAILED)
-
     def test_a_full_disk_is_told(self):
         self.make("x", 1)
         for arguments in ((".",), ("--help",)):
@@ -138,31 +119,16 @@ class LinuxTest(CommonTests, ProgramTest):
         run = self.run_program(".", preexec_fn=lambda: os.close(1))
         self.assertEqual(run.code, OUTPUT_FAILED)
 
-    def test_names_never_reach_the_terminal_raw(self):
-        hostile = ["\x1b]0;title\x07", "line\nbreak", "tab\t", "\x7f", "\u202egnp.exe", "\x9b31m"]
-        for name in hostile:
-            self.make(f"{name}/x", 1)
-        os.mkdir(os.fsencode(self.folder) + b"/\xff\xfe")
-        run = self.scan(self.native(self.folder), "gone\x1b[31m")
-        self.assertEqual(run.code, PATH_NOT_FOUND)
-        for text in (run.out, run.err):
-            self.assertNotRegex(text.replace("\r\n", ""), "[\x00-\x1f\x7f-\x9f\u202a-\u202e]")
-        for shown in ("\\x1B]0;title\\x07", "line\\nbreak", "\\x7F", "\\u202Egnp.exe", "\\xFF\\xFE"):
-            self.assertIn(shown, run.out)
-        self.assertEqual(run.rows[str(self.folder)], (6, 6, 7))
-
     def test_folders_that_cannot_be_read(self):
         self.make("open/x", 10)
         for i in range(3):
             (self.folder / f"closed{i}").mkdir(mode=0)
-        user = {}
-        if os.geteuid() == 0:
-            ordinary = int(os.environ.get("VANTREL_ORDINARY_USER", "65534"))
+        user = ordinary_user()
+        if user:
             program = shutil.copy(self.command[0], self.folder.parent / f"{self.folder.name}-program")
             self.addCleanup(os.unlink, program)
             os.chmod(program, stat.S_IRWXU | stat.S_IRGRP | stat.S_IXGRP | stat.S_IROTH | stat.S_IXOTH)
             self.command = [program]
-            user = {"user": ordinary, "group": ordinary, "extra_groups": []}
         run = self.scan("--NumberOfListedErrors", "2", self.native(self.folder), **user)
         exported = self.run_program("--NumberOfListedErrors", "2", self.native(self.folder), "--csv", "-", **user)
         for i in range(3):
@@ -179,20 +145,6 @@ class LinuxTest(CommonTests, ProgramTest):
         for i in range(3):
             row = next(line for line in exported.lines if line.startswith(f"{self.folder}/closed{i},"))
             self.assertEqual(row.split(",")[-1], "Permission denied")
-
-    def test_a_signal_stops_the_run_with_what_there_is(self):
-        # More reports than a pipe holds: the program waits in the middle of them until they are read.
-        paths = [self.make(f"p{i}/x", 1).parent.name for i in range(500)]
-        with subprocess.Popen([*self.command, *paths], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              cwd=self.folder, preexec_fn=obey_interrupts) as process:
-            process.stdout.readline()
-            process.send_signal(signal.SIGINT)
-            out, err = process.communicate(timeout=TIMEOUT)
-        self.assertEqual(process.returncode, CANCELLED)
-        reported = 1 + out.count(b" Report, ")
-        left = [line.split('"')[1] for line in err.decode().split("\r\n") if line.startswith("Not scanned: ")]
-        self.assertEqual(left, paths[reported:])
-        self.assertTrue(left)
 
 
 class WindowsTest(CommonTests, ProgramTest):

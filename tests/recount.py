@@ -1,5 +1,6 @@
-#!/usr/bin/env python3
 """Counts a tree a second time, slowly and plainly, as the reference that the program's totals are held against.
+
+Usage: recount.py DIR. Prints the totals as JSON.
 
 What counts: every entry below DIR, DIR itself not. Whatever is not a folder is a file: symbolic links, of their own length
 and never followed, pipes, sockets and devices as well. Kernel pseudo file systems are listed, but not entered.
@@ -8,8 +9,8 @@ A folder met again through a bind mount is listed, but its content counts once. 
 that leads through no mount point below DIR, or else the mount point first in order of depth, then of path.
 """
 
-import argparse
 import errno
+import functools
 import json
 import os
 import pwd
@@ -55,6 +56,7 @@ def extension_of(name):
     return "." + extension.lower() if dot and extension else ""
 
 
+@functools.cache
 def owner_of(uid):
     try:
         return pwd.getpwuid(uid).pw_name
@@ -244,33 +246,5 @@ def recount_following(path):
     return totals.as_dictionary()
 
 
-def print_plainly(totals, indent=""):
-    def printable(value):
-        return ascii(value) if isinstance(value, str) else value
-
-    for key, value in totals.items():
-        if isinstance(value, dict):
-            print(f"{indent}{printable(key)}:")
-            print_plainly(dict(sorted(value.items())), indent + "  ")
-        elif isinstance(value, list):
-            print(f"{indent}{printable(key)}: files {value[0]} size {value[1]} allocated {value[2]}")
-        else:
-            print(f"{indent}{key.replace('_', ' ')}: {value}")
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("directory", metavar="DIR")
-    parser.add_argument("--json", action="store_true")
-    parser.add_argument("--follow", action="store_true", help="follow links out of the tree")
-    arguments = parser.parse_args()
-    totals = (recount_following if arguments.follow else recount)(arguments.directory)
-    if arguments.json:
-        json.dump(totals, sys.stdout, indent=1, sort_keys=True)
-        print()
-    else:
-        print_plainly(totals)
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    json.dump(recount(sys.argv[1]), sys.stdout)

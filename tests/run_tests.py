@@ -250,10 +250,10 @@ def run_python_test(path, timeout, environment):
     return result
 
 
-def run_check(path, timeout):
+def run_check(path, timeout, *arguments):
     log = BUILD / f"check-{path.stem}.log"
     start = time.monotonic()
-    code = run_logged([sys.executable, str(path)], log, timeout)
+    code = run_logged([sys.executable, str(path), *arguments], log, timeout)
     result = Result(f"{path.stem} check", seconds=time.monotonic() - start)
     if code == 0:
         result.passed = 1
@@ -395,8 +395,11 @@ class Run:
             self.run_programs("tsan", thread_sanitizer_launcher())
 
     def clang(self):
-        # The second compiler is here for its thread-safety analysis, whose findings are errors: building is the test.
-        self.built("clang")
+        # The second compiler is here for its thread-safety analysis, whose findings are errors: building is the test. Two
+        # checks look at what was built.
+        if self.built("clang"):
+            for path in sorted((ROOT / "tests/checks/built").glob("*.py")):
+                self.report("clang", run_check(path, self.options.build_timeout, str(BUILD / PRESETS["clang"])))
 
     def fuzz(self):
         """Feeds the reader of scan files with damaged ones for a minute. What it finds is kept in the build folder. Always

@@ -10,7 +10,6 @@ import datetime
 import fractions
 import os
 import re
-import shutil
 import subprocess
 import time
 import unicodedata
@@ -178,10 +177,8 @@ class TextExportTest(program_test.ProgramTest):
         self.addCleanup(time.tzset)
         self.addCleanup(os.environ.pop, "TZ")
         self.tree = self.folder / "hostile"
-        hostile_tree.make(os.fsencode(self.tree), levels=60, many=300, mounts=False)
         self.addCleanup(hostile_tree.remove, os.fsencode(self.tree))
-        for name in os.listdir(self.tree / "denied"):
-            os.chmod(self.tree / "denied" / name, 0o755)
+        hostile_tree.make_readable(self.tree)
         for number, name in enumerate(("plain/a<b>.TXT", "plain/line\nbreak\t.txt", "plain/sub/ends:", "plain/sub/::",
                                        "plain/\r", 'plain/"', "plain/sub/x\t", "=top", "plain/-", "plain/12:30",
                                        "plain/[Files]/[Files]", "plain/\\xFF", "plain/\udcff", "plain/\\x5C")):
@@ -337,9 +334,7 @@ class SystemCallsTest(program_test.ProgramTest):
 
     def test_a_file_takes_its_place_once_it_is_on_the_disk(self):
         """Otherwise a crash of the system could leave the name with nothing in it."""
-        if not shutil.which("strace") or subprocess.run(["strace", "-o", "/dev/null", "true"], capture_output=True,
-                                                        check=False).returncode != 0:
-            self.skipTest("strace is not installed, or this system does not let it trace")
+        program_test.require_strace(self)
         self.make("data/file", 10)
         run = subprocess.run(["strace", "-f", "-y", "-o", "calls", "-e", "trace=write,fsync,rename,renameat,renameat2",
                               *self.command, "data", "--csv", "out.csv"], cwd=self.folder, capture_output=True,

@@ -253,7 +253,7 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
 // switch. Capitals only, so that a missing "/data" is not taken for "/DATE".
 bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
   const bool hasLowerCase =
-      std::any_of(pToken.begin(), pToken.end(), [](char16_t c) { return c >= u'a' && c <= u'z'; });
+      std::any_of(pToken.begin(), pToken.end(), [](char16_t pUnit) { return pUnit >= u'a' && pUnit <= u'z'; });
   return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Vantrel::PathExists(pToken);
 }
 

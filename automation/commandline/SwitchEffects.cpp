@@ -17,7 +17,7 @@ namespace Vantrel::CommandLine {
 
 using namespace Vantrel::Exporting;
 using PostScanActions::FormatOfFile;
-using Vantrel::PatternMatching::CreatePatternsFromFile;
+using Vantrel::PatternMatching::CreateFromFile;
 using Vantrel::PatternMatching::CreateTypedPattern;
 using Vantrel::PatternMatching::IPatterns;
 using Vantrel::PatternMatching::TPatternType;
@@ -88,7 +88,7 @@ void AddExclude(TCommandLineState& pState, std::u16string_view pPattern) {
 void ImportPatterns(TCommandLineState& pState, std::u16string_view pFile) {
   const std::u16string file(pFile);
   pState.fPatternFiles.push_back(file);
-  PatternsOf(pState).AddRange(*CreatePatternsFromFile(file, TPatternType::ptyInclude, CreateTypedPattern));
+  PatternsOf(pState).AddRange(*CreateFromFile(file, TPatternType::ptyInclude, CreateTypedPattern));
 }
 
 // --- what is written -----------------------------------------------------------------------------------------------

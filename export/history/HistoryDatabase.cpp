@@ -199,7 +199,8 @@ void RefuseDanglingIds(TKIVSQLiteDatabase& pDatabase, const std::u16string& pSou
 
 double DayCountOfTime(TKivFileTime pTime) {
   const int64_t local = pTime.fTicks + OffsetTicks(pTime);
-  return static_cast<double>(local / TKivFileTime::kTicksPerDay - kDaysTo1899) +
+  const int64_t days = local / TKivFileTime::kTicksPerDay - kDaysTo1899;
+  return static_cast<double>(days) +
          static_cast<double>(local % TKivFileTime::kTicksPerDay) / static_cast<double>(TKivFileTime::kTicksPerDay);
 }
 

@@ -28,7 +28,9 @@ bool LooksLikeFormula(std::string_view pText) {
 // Whether the text after a backslash would be read as an escape.
 bool ContinuesEscape(std::u16string_view pText) {
   const auto hasDigits = [pText](size_t pCount) {
-    const auto isDigit = [](char16_t c) { return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F'); };
+    const auto isDigit = [](char16_t pUnit) {
+      return (pUnit >= u'0' && pUnit <= u'9') || (pUnit >= u'A' && pUnit <= u'F');
+    };
     return pText.size() > pCount &&
            std::all_of(pText.begin() + 1, pText.begin() + 1 + static_cast<int>(pCount), isDigit);
   };

@@ -228,8 +228,8 @@ void TZipOutput::Commit() {
   if (index < 0 || zip_file_set_mtime(archive.get(), static_cast<zip_uint64_t>(index), EntryTime(fTime), 0) != 0 ||
       zip_close(archive.get()) != 0)
     fail(zip_get_error(archive.get()));
-  archive.release();  // zip_close has freed it
-  fScratch = {};      // frees its space before the archive waits for the disk
+  (void)archive.release();  // zip_close has freed it
+  fScratch = {};            // frees its space before the archive waits for the disk
   fTarget.Commit();
 }
 

@@ -94,8 +94,4 @@ TMetaDataValue TBasicSizeDataOf<TInterface>::GetValue(TColumn pColumn) const {
 template class TBasicSizeDataOf<IBasicSizeData>;
 template class TBasicSizeDataOf<ISizeData>;
 
-std::u16string TSizeData::GetDisplayUnit() const {
-  return std::u16string(UnitName(AutomaticUnit(fValues.fSize)));
-}
-
 }  // namespace Vantrel

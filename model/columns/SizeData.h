@@ -69,8 +69,6 @@ class ISizeData : public IBasicSizeData {
   virtual void SetFolders(int64_t pValue) = 0;
   virtual TCompressionStates GetCompression() const = 0;
   virtual void SetCompression(TCompressionStates pValue) = 0;
-  // The unit that the automatic unit picks for the size: "B", "KB", "MB" …
-  virtual std::u16string GetDisplayUnit() const = 0;
   virtual TSizeValues GetValues() const = 0;
 };
 
@@ -104,7 +102,6 @@ class TSizeData : public TBasicSizeDataOf<ISizeData> {
   void SetFolders(int64_t pValue) override { fValues.fFolders = pValue; }
   TCompressionStates GetCompression() const override { return fValues.fCompression; }
   void SetCompression(TCompressionStates pValue) override { fValues.fCompression = pValue; }
-  std::u16string GetDisplayUnit() const override;
   TSizeValues GetValues() const override { return fValues; }
 };
 

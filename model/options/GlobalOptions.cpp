@@ -338,8 +338,8 @@ std::span<const TOptionInfo> AllOptions() {
 
 const TOptionInfo* FindOption(std::string_view pName) {
   const auto& options = Options();
-  const auto found =
-      std::find_if(options.begin(), options.end(), [&](const TOptionInfo& p) { return SameTextAscii(p.fName, pName); });
+  const auto found = std::find_if(options.begin(), options.end(),
+                                  [&](const TOptionInfo& pOption) { return SameTextAscii(pOption.fName, pName); });
   return found == options.end() ? nullptr : &*found;
 }
 

@@ -53,8 +53,6 @@ class IStorages : public IInterface {
   // The kind of storage for a path as typed: the one whose protocol begins the path, else local files. EUnknownProtocol
   // for an unknown protocol, unless a local file has that name.
   virtual TRef<IStorage> FindForPath(std::u16string_view pTyped) const = 0;
-  // Their protocols, in the order of their registration.
-  virtual std::vector<std::u16string> GetProtocols() const = 0;
 };
 
 }  // namespace Vantrel

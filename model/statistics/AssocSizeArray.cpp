@@ -180,11 +180,6 @@ void TCustomAssocSizeArray::Clear() {
   Changed();
 }
 
-size_t TCustomAssocSizeArray::HeapBytes() const {
-  TSharedLock lock(fLock);
-  return fTable.HeapBytes();
-}
-
 TKeyId TExtensionSizeArray::KeyOf(std::u16string_view pExtension) {
   return InternKey(NormalisedKey(pExtension, kNoExtension, true));
 }

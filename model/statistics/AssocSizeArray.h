@@ -84,9 +84,6 @@ class TCustomAssocSizeArray : public TInterfaced<ICustomAssocSizeArray> {
   size_t Count() const override;
   void Clear() override;
 
-  // Bytes on the heap, without the object itself, for measuring.
-  size_t HeapBytes() const;
-
  protected:
   // Bits of the flag word.
   static constexpr uint16_t kLowerCaseKeys = 1;  // A.TXT and b.txt share one key

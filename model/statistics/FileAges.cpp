@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
@@ -15,8 +14,6 @@ namespace Vantrel {
 static_assert(sizeof(TFileAgeDistribution) <= 48);
 
 namespace {
-
-constexpr std::array<int64_t, 7> kDefaultBounds = {1, 7, 30, 182, 365, 730, std::numeric_limits<int32_t>::max()};
 
 // From green through yellow to red.
 constexpr std::array<TColor, 21> kRamp = {0x00D000, 0x20D000, 0x40D000, 0x57D000, 0x70D000, 0x80D000, 0x90D000,
@@ -86,12 +83,6 @@ void TDistributionList::Assign(std::span<const int64_t> pValues) {
   fValues.swap(assigned.fValues);
 }
 
-TRef<TFileAges> TFileAges::CreateDefault() {
-  auto ages = MakeRef<TFileAges>();
-  ages->SetDefaults();
-  return ages;
-}
-
 TRef<TFileAges> TFileAges::CreateFromXML(std::span<const std::pair<std::u16string, std::u16string>> pAttributes) {
   constexpr std::u16string_view prefix = u"Days_";
   auto ages = MakeRef<TFileAges>();
@@ -103,11 +94,6 @@ TRef<TFileAges> TFileAges::CreateFromXML(std::span<const std::pair<std::u16strin
     throw EInvalidArgumentValue("TFileAges.CreateFromXML: Given XML attributes did not contain any FileAge info");
   }
   return ages;
-}
-
-void TFileAges::SetDefaults() {
-  Clear();
-  for (int64_t days : kDefaultBounds) Add(days);
 }
 
 void TFileAges::Assign(const IFileAges& pSource) {
@@ -274,11 +260,6 @@ void TFileAgeDistribution::Clear() {
 TRef<IFileAgeDistribution> TFileAgeDistribution::Clone() const {
   TSharedLock lock(fLock);
   return TRef<IFileAgeDistribution>(new TFileAgeDistribution(*this));
-}
-
-size_t TFileAgeDistribution::HeapBytes() const {
-  TSharedLock lock(fLock);
-  return fTable.HeapBytes();
 }
 
 }  // namespace Vantrel

@@ -80,11 +80,9 @@ class TFileAges : public TInterfaced<IFileAges>, private TDistributionList {
  public:
   // An empty list, and the list of defaults: 1, 7, 30, 182, 365 and 730 days, and older.
   TFileAges() = default;
-  static TRef<TFileAges> CreateDefault();
   // Creates the list from the attributes of an XML element: every name "Days_" and a number gives a bound.
   // EInvalidArgumentValue when there is none.
   static TRef<TFileAges> CreateFromXML(std::span<const std::pair<std::u16string, std::u16string>> pAttributes);
-  void SetDefaults();
 
   void Assign(const IFileAges& pSource) override;
   void Add(int64_t pDays) override { TDistributionList::Add(pDays); }
@@ -144,9 +142,6 @@ class TFileAgeDistribution : public TInterfaced<IFileAgeDistribution> {
   TRef<IFileAgeDistribution> CloneEmpty() const override {
     return MakeRef<TFileAgeDistribution>(GetFileAges(), GetDateType());
   }
-
-  // Bytes on the heap, without the object itself, for measuring.
-  size_t HeapBytes() const;
 
  private:
   TFileAgeDistribution(const TFileAgeDistribution& pOther) NO_THREAD_SAFETY_ANALYSIS;

@@ -158,11 +158,4 @@ void TPackedSizeTable::BecomeMap(size_t pExpected) {
   fCapacity = kIsMap;
 }
 
-size_t TPackedSizeTable::HeapBytes() const {
-  if (IsPacked()) return fCapacity * sizeof(TKeyedSizeValues);
-  // One slot per element of the current capacity, and one byte of bookkeeping for each slot.
-  size_t slots = fMap->bucket_count();
-  return sizeof(TMap) + slots * (sizeof(TMap::value_type) + 1);
-}
-
 }  // namespace Vantrel

@@ -58,7 +58,6 @@ class TPackedSizeTable {
 
   // The number of records including those at zero, and the bytes on the heap, for measuring.
   size_t RecordCount() const { return IsPacked() ? fCount : fMap->size(); }
-  size_t HeapBytes() const;
 
  private:
   using TMap = boost::unordered_flat_map<TKeyId, TBasicSizeValues>;

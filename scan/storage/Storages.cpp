@@ -32,12 +32,6 @@ class TStorages : public TInterfaced<IStorages> {
                            ToQuotedDisplay(protocol) + ". Known are: " + KnownProtocols() + ".");
   }
 
-  std::vector<std::u16string> GetProtocols() const override {
-    std::vector<std::u16string> protocols;
-    for (const TRef<IStorage>& kind : fKinds) protocols.emplace_back(kind->GetProtocol());
-    return protocols;
-  }
-
  private:
   std::string KnownProtocols() const {
     std::string known;

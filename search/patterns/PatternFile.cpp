@@ -57,8 +57,8 @@ TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDef
   return pattern;
 }
 
-TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType,
-                                       TRef<IPattern> (*pCreate)(std::u16string_view, TPatternType)) {
+TRef<IPatterns> CreateFromFile(const std::u16string& pPath, TPatternType pDefaultType,
+                               TRef<IPattern> (*pCreate)(std::u16string_view, TPatternType)) {
   std::u16string text;
   try {
     if (!DecodeText(ReadFileContents(pPath, kLargestFile), text))

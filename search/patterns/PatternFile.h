@@ -13,8 +13,7 @@ TRef<IPattern> CreateCheckedPattern(std::u16string_view pText, TPatternType pDef
 // Reads a list from a text file with one pattern per line. Empty lines are skipped. The file is UTF-8, or UTF-16 with a
 // byte-order mark. Patterns match paths of this system. If one pattern fails, no list is returned. The EPatternError
 // names the file and, if one line is wrong, the line and the pattern. pCreate makes a pattern from a line.
-TRef<IPatterns> CreatePatternsFromFile(const std::u16string& pPath, TPatternType pDefaultType,
-                                       TRef<IPattern> (*pCreate)(std::u16string_view,
-                                                                 TPatternType) = CreateCheckedPattern);
+TRef<IPatterns> CreateFromFile(const std::u16string& pPath, TPatternType pDefaultType,
+                               TRef<IPattern> (*pCreate)(std::u16string_view, TPatternType) = CreateCheckedPattern);
 
 }  // namespace Vantrel::PatternMatching

@@ -174,10 +174,6 @@ TRegularExpression::TRegularExpression(std::u16string_view pExpression, bool pCa
 
 TRegularExpression::~TRegularExpression() = default;
 
-bool TRegularExpression::IsValid() const {
-  return fCompiled->fCode != nullptr;
-}
-
 const std::string& TRegularExpression::ErrorText() const {
   return fCompiled->fErrorText;
 }

@@ -21,13 +21,12 @@ class TRegularExpression {
  public:
   static constexpr int64_t kMostGivenUp = 1000;
 
-  // Compiles the expression. IsValid tells whether that worked.
+  // Compiles the expression. ErrorText tells whether that worked.
   TRegularExpression(std::u16string_view pExpression, bool pCaseSensitive);
   ~TRegularExpression();
   TRegularExpression(const TRegularExpression&) = delete;
   TRegularExpression& operator=(const TRegularExpression&) = delete;
 
-  bool IsValid() const;
   // Why and where the expression is not valid, in words for the user, UTF-8: "missing closing parenthesis (at character
   // 5)". Empty for a valid expression.
   const std::string& ErrorText() const;

@@ -1,4 +1,4 @@
-// Whole runs on made-up roots: exit codes, messages, cancellation.
+// Whole runs on made-up roots: exit codes, messages, cancellation. Command lines are run by command_line_test.py.
 
 #include <gmock/gmock.h>
 
@@ -17,10 +17,8 @@ namespace {
 
 using namespace Vantrel;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::StartsWith;
 using Vantrel::Testing::TFakeFolder;
 using Vantrel::Testing::TFakeRoot;
 using Vantrel::Testing::TFakeRoots;
@@ -73,16 +71,6 @@ TEST_F(Application, ReportsEachPathWithItsOwnTotals) {
   EXPECT_TRUE(fRoots->fDisposed);
 }
 
-TEST_F(Application, APathGivenTwiceIsScannedOnce) {
-  const auto root = AddRoot(u"a");
-  EXPECT_EQ(Run(u"a ./a a/ x/../a"), ecOk);
-  EXPECT_EQ(root->fScans, 1);
-  EXPECT_EQ(Reports(), 1u);
-  EXPECT_THAT(fErrors, ElementsAre("\"./a\" was given more than once; it is scanned once",
-                                   "\"a/\" was given more than once; it is scanned once",
-                                   "\"x/../a\" was given more than once; it is scanned once"));
-}
-
 TEST_F(Application, TheHighestExitCodeCounts) {
   AddRoot(u"fine");
   AddRoot(u"torn")->AddError(u"torn/x", 5);
@@ -111,16 +99,6 @@ TEST_F(Application, ACancelledScanIsReportedAndTheOthersAreNamed) {
   EXPECT_THAT(fErrors, ElementsAre("Not scanned: \"b\""));
 }
 
-TEST_F(Application, AReportThatCannotBeWrittenEndsTheRun) {
-  AddRoot(u"a");
-  const auto second = AddRoot(u"b");
-  fOutput.fCapacity = 2;
-  EXPECT_EQ(Run(u"a b"), ecOutputFailed);
-  EXPECT_EQ(second->fScans, 0);
-  EXPECT_THAT(fErrors, ElementsAre("The report could not be written"));
-  EXPECT_EQ(Run(u"--help"), ecOutputFailed);
-}
-
 TEST_F(Application, OnlyTheLastTreeIsLeftStandingWhenLeavingQuickly) {
   AddRoot(u"a");
   AddRoot(u"b");
@@ -129,16 +107,6 @@ TEST_F(Application, OnlyTheLastTreeIsLeftStandingWhenLeavingQuickly) {
   EXPECT_THAT(fRoots->fRemoved, ElementsAre(u"a"));
   EXPECT_FALSE(fRoots->fDisposed);
   fRoots->Release();  // the reference that the run left behind
-}
-
-TEST_F(Application, AnswersWithoutScanning) {
-  EXPECT_EQ(Run(u"--version"), ecOk);
-  EXPECT_THAT(fOutput.fLines, ElementsAre(testing::AllOf(StartsWith("Vantrel "), EndsWith(" (Test, 64-bit)"))));
-  EXPECT_EQ(Run(u"--help a"), ecWrongCommandLine);
-  EXPECT_EQ(Run(u""), ecWrongCommandLine);
-  EXPECT_THAT(fErrors, ElementsAre("No path to scan was given", StartsWith("Usage: "), EndsWith("--help\".")));
-  EXPECT_EQ(Run(u"a --nonsense"), ecWrongCommandLine);
-  EXPECT_EQ(fOutput.fLines.size(), 1u);
 }
 
 TEST_F(Application, WhatOtherThreadsLogReachesTheConsoleByTheMainThread) {

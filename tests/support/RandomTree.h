@@ -4,6 +4,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 #include "platform/text/Text.h"
 #include "tests/support/MemoryEnumerator.h"
@@ -15,10 +16,18 @@ inline TKivFileTime DaysAgo(int64_t pDays) {
   return {TKivFileTime::Now().fTicks - pDays * TKivFileTime::kTicksPerDay - TKivFileTime::kTicksPerDay / 2};
 }
 
+// What the names in a random tree begin and end with, and whom its files belong to.
+struct TRandomWords {
+  std::vector<std::u16string> fFiles{u"f"};
+  std::vector<std::u16string> fFolders{u"folder "};
+  std::vector<std::u16string> fExtensions{u".txt", u".TXT", u".c", u".mp3", u"", u".", u".tar.gz"};
+  std::vector<std::u16string> fOwners{u"", u"root", u"anna", u"bert"};
+};
+
 // Makes and changes trees. Every decision comes from one seed.
 class TRandomTree {
  public:
-  explicit TRandomTree(uint32_t pSeed) : fRandom(pSeed) {}
+  explicit TRandomTree(uint32_t pSeed, TRandomWords pWords = {}) : fWords(std::move(pWords)), fRandom(pSeed) {}
 
   int Below(int pBound) { return static_cast<int>(fRandom() % static_cast<uint32_t>(pBound)); }
 
@@ -29,18 +38,17 @@ class TRandomTree {
   }
 
   void AddFile(TMemoryEntry& pFolder) {
-    static const char16_t* const kExtensions[] = {u".txt", u".TXT", u".c", u".mp3", u"", u".", u".tar.gz"};
-    static const char16_t* const kOwners[] = {u"", u"root", u"anna", u"bert"};
-    TMemoryEntry& file = pFolder.AddFile(Name(u"f") + kExtensions[Below(7)], Below(4) == 0 ? 0 : Below(100'000));
+    const std::u16string name = Name(fWords.fFiles) + Pick(fWords.fExtensions);
+    TMemoryEntry& file = pFolder.AddFile(name, Below(4) == 0 ? 0 : Below(100'000));
     file.fValues.fAllocated = (file.fValues.fSize + 4095) / 4096 * 4096;
     if (Below(5) == 0) file.fValues.fAttributes |= kAttributeCompressed;
-    file.fOwnerId = static_cast<uint64_t>(Below(4));
-    file.fOwner = kOwners[file.fOwnerId];
+    file.fOwnerId = static_cast<uint64_t>(Below(static_cast<int>(fWords.fOwners.size())));
+    file.fOwner = fWords.fOwners[file.fOwnerId];
     SetDates(file);
   }
 
   TMemoryEntry& AddFolder(TMemoryEntry& pParent, int pDepth) {
-    TMemoryEntry& folder = pParent.AddFolder(Name(u"folder "));
+    TMemoryEntry& folder = pParent.AddFolder(Name(fWords.fFolders));
     SetDates(folder);
     folder.fCanDescend = Below(20) != 0;
     Fill(folder, pDepth);
@@ -67,10 +75,14 @@ class TRandomTree {
   }
 
  private:
-  std::u16string Name(std::u16string_view pPrefix) {
-    return std::u16string(pPrefix) + FromUtf8(std::to_string(++fNames));
+  const std::u16string& Pick(const std::vector<std::u16string>& pWords) {
+    return pWords.size() == 1 ? pWords[0] : pWords[static_cast<size_t>(Below(static_cast<int>(pWords.size())))];
+  }
+  std::u16string Name(const std::vector<std::u16string>& pWords) {
+    return Pick(pWords) + FromUtf8(std::to_string(++fNames));
   }
 
+  const TRandomWords fWords;
   std::mt19937 fRandom;
   int fNames = 0;
 };

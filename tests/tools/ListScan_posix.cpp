@@ -47,7 +47,7 @@ void PrintTree(const TRef<IFolderData>& pTop) {
 
 int ListScan(const char* pPath, const char* pPatternFile) {
   const auto patterns =
-      PatternMatching::CreatePatternsFromFile(FromNativeBytes(pPatternFile), PatternMatching::TPatternType::ptyInclude);
+      PatternMatching::CreateFromFile(FromNativeBytes(pPatternFile), PatternMatching::TPatternType::ptyInclude);
   auto options = std::make_shared<TGlobalOptions>();
   options->MaximumThreads = kThreads;
   options->KeepFiles = true;

@@ -4,7 +4,6 @@
 
 #include "automation/commandline/CommandLineHandler.h"
 #include "automation/commandline/ExitCodes.h"
-#include "automation/commandline/HelpText.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
@@ -13,7 +12,6 @@ namespace {
 using namespace Vantrel;
 using namespace Vantrel::CommandLine;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // A command line for either rule; tokens are separated by single blanks.
 class TCommandLine {
@@ -79,56 +77,10 @@ TEST(CommandLineHandler, CollectsPaths) {
   }
 }
 
-TEST(CommandLineHandler, KnowsItsSwitches) {
-  for (const char16_t* line : {u"--help", u"/?", u"-h", u"/HELP", u"x --Help"}) {
-    TCommandLine help(line);
-    EXPECT_TRUE(help.State().fHelp) << ToUtf8(line);
-    EXPECT_EQ(help.Refusal(), "");
-  }
-  EXPECT_EQ(TCommandLine(u"--help Options").State().fHelpTopic, u"Options");
-  EXPECT_EQ(TCommandLine(u"--help=options").State().fHelpTopic, u"options");
-  TCommandLine options(u"--KeepFiles=false --MaximumThreads 3 x");
-  EXPECT_FALSE(options.fOptions.KeepFiles);
-  EXPECT_EQ(options.fOptions.MaximumThreads, 3);
-  // Saved, the file is the same one from every folder.
+TEST(CommandLineHandler, TheHistoryThatIsSavedIsTheSameFromEveryFolder) {
   TCommandLine history(u"--SaveSettings --HistoryFile sub/h.db");
   history.Refusal();
   EXPECT_EQ(history.fOptions.HistoryFile, ToNativeBytes(AbsolutePath(u"sub/h.db")));
-}
-
-// The other refusals are among those of the built program, in command_line_test.py.
-TEST(CommandLineHandler, RefusesWithOneClearMessage) {
-  struct TCase {
-    std::u16string fLine;
-    std::string fMessage;
-  };
-  const TCase cases[] = {
-      {u"--KeepFiles", "No path to scan was given"},
-      {u"--scan ;", "A path was expected after the command line parameter --scan"},
-      {u"-nogiu x", "Unknown Command line option: -nogiu. Did you mean -NOGUI?"},
-      {u"--sacn x", "Unknown Command line option: --sacn. Did you mean --SCAN?"},
-      {u"--sxyn x", "Unknown Command line option: --sxyn"},  // two letters of four: could be anything
-      {u"--scna=1 x", "Unknown Command line option: --scna. Did you mean --SCAN?"},
-      {u"--verison", "Unknown Command line option: --verison. Did you mean --VERSION?"},
-      {u"-x", "Unknown Command line option: -x"},
-      {u"--bogus\x1b[31m x", "Unknown Command line option: --bogus\\x1B[31m"},
-      {u"--qqqq --MaximumThreads=0",
-       "Unknown Command line option: --qqqq\r\n"
-       "MaximumThreads: \"0\" is not allowed; expected 1..256"},
-  };
-  for (const TCase& item : cases) EXPECT_EQ(TCommandLine(item.fLine).Refusal(), item.fMessage) << ToUtf8(item.fLine);
-  EXPECT_EQ(TCommandLine(u"/usr", false).Refusal(), "Unknown Command line option: /usr");
-  EXPECT_EQ(TCommandLine(u"/NOGIU x", false).Refusal(), "Unknown Command line option: /NOGIU. Did you mean /NOGUI?");
-}
-
-TEST(HelpText, TellsDefaultsAndRanges) {
-  std::string options;
-  for (const std::string& line : OptionsHelpText()) {
-    EXPECT_LE(DisplayWidth(line), 100) << line;
-    options += line + "\n";
-  }
-  for (const char* shown : {"1..256, default 8\n", ", default \",\"\n", "\n      any text\n"})
-    EXPECT_THAT(options, testing::HasSubstr(shown));
 }
 
 TEST(CommandLineHandler, TakesPatterns) {

@@ -56,47 +56,13 @@ TEST(MailTest, AddressesAreTakenApart) {
 }
 
 TEST(MailTest, WhatIsNoAddressIsRefused) {
-  for (const std::u16string_view text : {u"",
-                                         u" ",
-                                         u"a",
-                                         u"@",
-                                         u"a@",
-                                         u"@b",
-                                         u"a@b@c",
-                                         u"a b@c",
-                                         u"a@b c",
-                                         u".a@b",
-                                         u"a.@b",
-                                         u"a..b@c",
-                                         u"a@.b",
-                                         u"a@b.",
-                                         u"a@b..c",
-                                         u"a@b_c",
-                                         u"<a@b",
-                                         u"a@b>",
-                                         u"<>",
-                                         u">",
-                                         u"<",
-                                         u"><",
-                                         u"n <a@b> x",
-                                         u"n <m> <a@b>",
-                                         u"n <a@b>>",
-                                         u"\"n <a@b>",
-                                         u"\"n\"x <a@b>",
-                                         u"n\" <a@b>",
-                                         u"\"n\\\" <a@b>",
-                                         u"a@b\n",
-                                         u"a@b\r\nBcc: c@d",
-                                         u"n\nm <a@b>",
-                                         u"\"n\\\nm\" <a@b>",
-                                         u"n\u0085m <a@b>",
-                                         u"-f@b",
-                                         u"<-f@b>",
-                                         u"a,b@c",
-                                         u"a@[]",
-                                         u"a@[b",
-                                         u"\u00E4@b",
-                                         u"a@\u00E4.de"}) {
+  const std::u16string texts =
+      u"| |a|@|a@|@b|a@b@c|a b@c|a@b c|.a@b|a.@b|a..b@c|a@.b|a@b.|a@b..c|a@b_c|<a@b|a@b>|<>|>|<|><|"
+      u"n <a@b> x|n <m> <a@b>|n <a@b>>|\"n <a@b>|\"n\"x <a@b>|n\" <a@b>|\"n\\\" <a@b>|a@b\n|a@b\r\nBcc: c@d|"
+      u"n\nm <a@b>|\"n\\\nm\" <a@b>|n\u0085m <a@b>|-f@b|<-f@b>|a,b@c|a@[]|a@[b|\u00E4@b|a@\u00E4.de";
+  for (size_t at = 0, end = 0; end != texts.npos; at = end + 1) {
+    end = texts.find(u'|', at);
+    const std::u16string text = texts.substr(at, end - at);
     EXPECT_THROW(CheckMailAddress(text), EInvalidArgumentValue) << std::string(text.begin(), text.end());
   }
   EXPECT_THROW(CheckMailAddress(std::u16string(65, u'l') + u"@b"), EInvalidArgumentValue);

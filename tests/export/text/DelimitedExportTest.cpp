@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <functional>
-#include <random>
 
 #include "export/text/DelimitedExport.h"
 #include "model/roots/Comparison.h"
@@ -11,6 +10,7 @@
 #include "platform/text/Text.h"
 #include "tests/support/LineList.h"
 #include "tests/support/MemoryRoot.h"
+#include "tests/support/RandomTree.h"
 
 namespace Vantrel::Exporting {
 namespace {
@@ -39,27 +39,6 @@ std::vector<std::string> Lines(TScannedRoot& pRoot, const TMediaSettings& pSetti
   TLineList output;
   EXPECT_TRUE(TCSVExport(pSettings).Export(*pRoot.fRoot, output));
   return output.fLines;
-}
-
-void FillRandomly(TMemoryEntry& pFolder, std::mt19937_64& pRandom, int pDepth) {
-  auto date = [&] { return TKivFileTime::FromUnix(static_cast<int64_t>(pRandom() % 2'000'000'000), 0); };
-  auto setValues = [&](TMemoryEntry& pEntry) {
-    pEntry.fValues.fLastChangeDate = date();
-    pEntry.fValues.fLastAccessDate = date();
-    pEntry.fValues.fCreationDate = date();
-    pEntry.fOwnerId = 1 + pRandom() % 2;
-    pEntry.fOwner = pEntry.fOwnerId == 1 ? u"anna" : u"bert, jr.";
-  };
-  for (uint64_t i = pRandom() % 5; i > 0; --i) {
-    const std::u16string name = u"f" + FromUtf8(std::to_string(i)) + (i % 2 ? u".txt" : u" = \x65E5");
-    setValues(
-        pFolder.AddFile(name, static_cast<int64_t>(pRandom() % 3'000'000), static_cast<int64_t>(pRandom() % 5000)));
-  }
-  for (uint64_t i = pDepth > 0 ? 1 + pRandom() % 3 : 0; i > 0; --i) {
-    TMemoryEntry& folder = pFolder.AddFolder(u"d" + FromUtf8(std::to_string(i)));
-    setValues(folder);
-    FillRandomly(folder, pRandom, pDepth - 1);
-  }
 }
 
 // The rows by the nodes' own answers.
@@ -93,8 +72,13 @@ std::vector<std::string> Split(std::string_view pLine, char pSeparator) {
 // What is written for speed from the row itself, and what the nodes would say.
 TEST(DelimitedExport, EveryColumnIsTheNodesOwnValue) {
   for (const bool allocated : {false, true}) {
-    std::mt19937_64 random(allocated ? 1 : 2);
-    TScannedRoot root([&](TMemoryEntry& pTop) { FillRandomly(pTop, random, 4); }, allocated);
+    TRandomTree random(allocated ? 1 : 2,
+                       {{u"f", u"f = "}, {u"d"}, {u".txt", u" \u65E5", u""}, {u"anna", u"bert, jr."}});
+    TScannedRoot root(
+        [&](TMemoryEntry& pTop) {
+          while (pTop.fChildren.size() < 10) random.Fill(pTop, 3);
+        },
+        allocated);
     for (int form = 0; form < 4; ++form) {
       TMediaSettings settings = Settings(u"");
       for (int i = 0; i < static_cast<int>(TColumn::mdCount); ++i) settings.fColumns.push_back(static_cast<TColumn>(i));

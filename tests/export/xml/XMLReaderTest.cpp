@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "export/xml/XMLCompareReader.h"
 #include "export/xml/XMLExport.h"
 #include "export/xml/XMLReader.h"
@@ -15,6 +13,7 @@
 #include "tests/support/ByteStrings.h"
 #include "tests/support/Failures.h"
 #include "tests/support/MemoryServices.h"
+#include "tests/support/RandomTree.h"
 #include "tests/support/Recount.h"
 
 namespace Vantrel::XML {
@@ -29,33 +28,11 @@ constexpr int64_t kForever = 60'000;
 // Sources give a few bytes at a time, so that every text is cut somewhere.
 constexpr size_t kPiece = 61;
 
-// Names with all that is hard to keep, few dates and owners.
-void FillRandomly(TMemoryEntry& pFolder, std::mt19937& pRandom, int pDepth) {
-  static const std::u16string kParts[] = {u"a",    u"&<>\"'",     u"\u0001",  u"\xDCFF",
-                                          u"\n\t", u"\U0001F600", u"[Files]", u" "};
-  static const char16_t* const kExtensions[] = {u".txt", u".TXT", u"", u".&", u".\xD800"};
-  static const char16_t* const kOwners[] = {u"", u"anna", u"D\\b<e>rt"};
-  auto date = [&] {
-    return TKivFileTime{int64_t(pRandom() % 3000) * TKivFileTime::kTicksPerDay * 40 + int64_t(pRandom() % 99)};
-  };
-  auto fill = [&](TMemoryEntry& pEntry) {
-    pEntry.fValues.fLastChangeDate = date();
-    pEntry.fValues.fLastAccessDate = date();
-    pEntry.fValues.fCreationDate = date();
-    pEntry.fOwnerId = 1 + pRandom() % 3;
-    pEntry.fOwner = kOwners[pEntry.fOwnerId - 1];
-  };
-  auto name = [&] {
-    return kParts[pRandom() % std::size(kParts)] + FromUtf8(std::to_string(pFolder.fChildren.size())) +
-           kParts[pRandom() % std::size(kParts)];
-  };
-  for (uint32_t i = pRandom() % 5; i > 0; --i)
-    fill(pFolder.AddFile(name() + kExtensions[pRandom() % 5], pRandom() % 5 == 0 ? 0 : pRandom(), pRandom()));
-  for (uint32_t i = pDepth > 0 ? pRandom() % 4 : 0; i > 0; --i) {
-    TMemoryEntry& folder = pFolder.AddFolder(name());
-    fill(folder);
-    FillRandomly(folder, pRandom, pDepth - 1);
-  }
+// Names with all that is hard to keep, and few owners.
+TRandomWords HardWords() {
+  const std::vector<std::u16string> parts = {u"a",    u"&<>\"'",     u"\u0001",  u"\xDCFF",
+                                             u"\n\t", u"\U0001F600", u"[Files]", u" "};
+  return {parts, parts, {u".txt", u"\u0001.TXT", u"", u"[Files].&", u"\n.\xD800", u" "}, {u"", u"anna", u"D\\b<e>rt"}};
 }
 
 struct TLive {
@@ -139,12 +116,11 @@ TRecount ReadFolders(IHierarchicalRoot& pRoot, TDateType pAges) {
 }  // namespace
 
 TEST(XMLReader, RandomTreesComeBack) {
-  std::mt19937 random(1912);
-  for (int round = 0; round < 60; ++round) {
+  for (unsigned round = 0; round < 60; ++round) {
     const bool unix = round % 2 == 0;
     const TDateType ages = round % 3 == 0 ? TDateType::dtNone : TDateType::dtCreation;
     TLive live(unix ? u"/m\xDC80&" : u"C:\\", unix ? u'/' : u'\\', ages);
-    FillRandomly(live.fStorage->Top(), random, 5);
+    TRandomTree(1912 + round, HardWords()).Fill(live.fStorage->Top(), 5);
     auto patterns = MakeRef<PatternMatching::TPatternList>(unix ? u'/' : u'\\');
     patterns->Add(u"<||(-)/^\u0001/i", PatternMatching::TPatternType::ptyInclude);
     if (round % 4 == 0) live.fRoot->SetScanFilter(MakeRef<TPatternFilter>(patterns));
@@ -163,9 +139,9 @@ TEST(XMLReader, RandomTreesComeBack) {
 }
 
 TEST(XMLReader, LimitedFilesHoldWhatTheyHold) {
-  std::mt19937 random(7);
+  TRandomTree random(7, HardWords());
   TLive live(u"/m", u'/');
-  while (live.fStorage->Top().fChildren.size() < 4) FillRandomly(live.fStorage->Top(), random, 4);
+  while (live.fStorage->Top().fChildren.size() < 4) random.Fill(live.fStorage->Top(), 4);
   live.Scan();
   TMediaSettings settings;
   settings.fRecursionLevel = {1, false};
@@ -396,12 +372,12 @@ TEST(XMLReader, ThousandsOfLevels) {
 
 // Folder by folder, the difference between what two recounts find, those that are gone included.
 TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
-  std::mt19937 random(77);
+  TRandomTree random(77, HardWords());
   for (int round = 0; round < 30; ++round) {
     TRecountSettings settings;
     settings.fPath = u"/m";
     TLive earlier(u"/m", u'/');
-    FillRandomly(earlier.fStorage->Top(), random, 4);
+    random.Fill(earlier.fStorage->Top(), 4);
     earlier.Scan();
     const std::string text = Written(*earlier.fRoot);
     const TRecount before = RecountStorage(earlier.fStorage->Top(), settings);
@@ -410,11 +386,11 @@ TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
       TMemoryEntry& folder = *stack.back();
       stack.pop_back();
       for (TMemoryEntry& child : folder.fChildren) {
-        child.fRemoved = random() % 6 == 0;
-        if (!child.IsFolder()) child.fValues.fSize += random() % 3 == 0 ? 1000 : 0;
+        child.fRemoved = random.Below(6) == 0;
+        if (!child.IsFolder()) child.fValues.fSize += random.Below(3) == 0 ? 1000 : 0;
         if (child.IsFolder() && !child.fRemoved) stack.push_back(&child);
       }
-      if (random() % 4 == 0) folder.AddFolder(u"brand new").AddFile(u"x", 17);
+      if (random.Below(4) == 0) folder.AddFolder(u"brand new").AddFile(u"x", 17);
     }
     earlier.Scan();  // its state of now
     const TRecount now = RecountStorage(earlier.fStorage->Top(), settings);

@@ -113,7 +113,6 @@ TEST(MetaData, NoValueComesFirst) {
 TEST(SizeData, RecordsAnswerTheirColumns) {
   auto full = MakeRef<TSizeData>(TSizeValues{{1536, 4096, 12}, 3, compr_no});
   EXPECT_EQ(ToUtf8(full->ToString()), "1.5 KB (4.0 KB allocated), 12 files, 3 folders");
-  EXPECT_EQ(full->GetDisplayUnit(), u"KB");
   EXPECT_EQ(full->GetValue(TColumn::mdItems), TMetaDataValue(int64_t{15}));
   EXPECT_EQ(full->GetValue(TColumn::mdAverageFileSize), TMetaDataValue(int64_t{128}));
   EXPECT_EQ(full->GetValue(TColumn::mdName), TMetaDataValue());

@@ -297,18 +297,6 @@ TEST(AssocSizeArray, InterningFromManyThreadsGivesOneIdPerText) {
   EXPECT_FALSE(FindInternedKey(u"never interned", found));
 }
 
-// What millions of folders cost: nothing before the first key, 32 bytes for each of the first few.
-TEST(AssocSizeArray, SmallArraysAreExactlySized) {
-  auto array = MakeRef<TExtensionSizeArray>();
-  EXPECT_LE(sizeof(TExtensionSizeArray), 56u);
-  EXPECT_EQ(array->HeapBytes(), 0u);
-  const size_t expected[] = {1, 2, 3, 4, 6, 6, 8, 8, 12, 12, 12, 12, 16, 16, 16, 16};
-  for (unsigned i = 0; i < std::size(expected); ++i) {
-    array->Add(KeyText(i), {1, 1, 1});
-    EXPECT_EQ(array->HeapBytes(), 32 * expected[i]) << i + 1 << " keys";
-  }
-}
-
 // The hashes come from a Python script over the texts' UTF-16-LE bytes.
 TEST(ColorPalette, ColoursFollowTheHashUnlessTheUserChose) {
   EXPECT_EQ(HashOfKeyText(u""), 0x811C9DC5u);

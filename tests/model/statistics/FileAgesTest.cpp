@@ -7,8 +7,10 @@
 #include <random>
 #include <thread>
 
+#include "model/options/GlobalOptions.h"
 #include "model/statistics/FileAges.h"
 #include "platform/system/Errors.h"
+#include "platform/text/Text.h"
 #include "tests/support/Failures.h"
 
 namespace Vantrel {
@@ -22,9 +24,12 @@ TRef<IFileAges> AgesOf(std::u16string_view pText) {
   return ages;
 }
 
+TRef<IFileAges> DefaultAges() {
+  return AgesOf(FromUtf8(TGlobalOptions().FileAges));
+}
+
 TEST(FileAges, TheDefaultListSortsAgesIntoSevenIntervals) {
-  TRef<IFileAges> ages = TFileAges::CreateDefault();
-  EXPECT_EQ(ages->GetAsString(), u"1;7;30;182;365;730;2147483647");
+  TRef<IFileAges> ages = DefaultAges();
   const std::pair<int64_t, int> cases[] = {
       {-400, 0}, {0, 0},   {1, 0},      {2, 1},          {7, 1},          {8, 2},
       {30, 2},   {31, 3},  {182, 3},    {183, 4},        {365, 4},        {366, 5},
@@ -101,7 +106,7 @@ TEST(FileAges, XmlAttributesAndAssignment) {
 }
 
 TEST(FileAges, Labels) {
-  TRef<IFileAges> ages = TFileAges::CreateDefault();
+  TRef<IFileAges> ages = DefaultAges();
   const std::u16string_view labels[] = {u"up to 1 day",        u"1 day - 1 week",    u"1 week - 1 month",
                                         u"1 month - 6 months", u"6 months - 1 year", u"1 year - 2 years",
                                         u"over 2 years"};
@@ -113,7 +118,7 @@ TEST(FileAges, Labels) {
 }
 
 TEST(FileAges, ColoursRunFromGreenToRed) {
-  TRef<IFileAges> ages = TFileAges::CreateDefault();
+  TRef<IFileAges> ages = DefaultAges();
   const TColor seven[] = {0x00D000, 0x57D000, 0x90D000, 0xC8E000, 0xE0B000, 0xE07000, 0xE04000};  // 0, 3, … 18
   for (int i = 0; i < 7; ++i) EXPECT_EQ(ages->GetColor(i), seven[i]) << i;
   EXPECT_EQ(AgesOf(u"1;2")->GetColor(1), 0xE0E000u);          // 10.5 rounds to 10
@@ -126,8 +131,7 @@ TEST(FileAges, ColoursRunFromGreenToRed) {
 TEST(FileAgeDistribution, RefusesToBeWithoutIntervals) {
   EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] { TFileAgeDistribution(nullptr, TDateType::dtLastChange); }),
             "TFileAgeDistribution.SetFileAges: Given IFileAges is nil.");
-  TRef<IFileAgeDistribution> distribution =
-      MakeRef<TFileAgeDistribution>(TFileAges::CreateDefault(), TDateType::dtLastChange);
+  TRef<IFileAgeDistribution> distribution = MakeRef<TFileAgeDistribution>(DefaultAges(), TDateType::dtLastChange);
   distribution->Add(6, {1, 1, 1});
   EXPECT_EQ(MessageOf<EInvalidArgumentValue>([&] { distribution->SetFileAges(MakeRef<TFileAges>()); }),
             "TFileAgeDistribution.SetFileAges: Count of given IFileAges is lower 1 (0), which is not allowed.");
@@ -171,7 +175,7 @@ TEST(FileAgeDistribution, AddsAndSubtractsLikeAPlainTable) {
 }
 
 TEST(FileAgeDistribution, ThreadsAddUp) {
-  TRef<IFileAgeDistribution> total = MakeRef<TFileAgeDistribution>(TFileAges::CreateDefault(), TDateType::dtCreation);
+  TRef<IFileAgeDistribution> total = MakeRef<TFileAgeDistribution>(DefaultAges(), TDateType::dtCreation);
   std::vector<std::thread> workers;
   for (int thread = 0; thread < 4; ++thread) {
     workers.emplace_back([&total, thread] {

@@ -87,16 +87,6 @@ TEST(WildcardMatch, LongTexts) {
   }
 }
 
-TEST(WildcardMatch, DotsSpacesAndLists) {
-  EXPECT_TRUE(MatchesWildcards(u"noextension", u"*.*"));
-  EXPECT_FALSE(MatchesWildcards(u"noextension", u"*.*;*.x"));
-  EXPECT_FALSE(MatchesWildcards(u"noextension", u"*."));
-  EXPECT_FALSE(MatchesWildcards(u"a", u"a ;b"));
-  EXPECT_TRUE(MatchesWildcards(u"my file.JPG", u"*.png;* *.jpg"));
-  EXPECT_FALSE(MatchesWildcards(u"a", u""));
-  EXPECT_FALSE(MatchesWildcards(u"a", u";;"));
-}
-
 TEST(WildcardMatch, LettersThatAreOneLetter) {
   const struct {
     const char16_t* fA;

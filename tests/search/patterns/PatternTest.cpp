@@ -101,41 +101,26 @@ TEST(PatternText, ShowsHowATextIsMatched) {
   EXPECT_EQ(ToUtf8(Parse(u"(Group)Audio")->ToExpression()), "filetype:Audio");
 }
 
+// What patterns match in scans is in pattern_test.py.
 TEST(Pattern, MatchesStrings) {
   const struct {
     const char16_t* fPattern;
     const char16_t* fText;
     bool fMatches;
   } cases[] = {
-      {u"foo", u"xfooy.txt", true},
-      {u"foo", u"fo", false},
-      {u"*.jpg;*.png", u"A.PNG", true},
-      {u"*.jpg;*.png", u"a.jpg.bak", false},
-      {u"fo?", u"foo", true},
-      {u"fo?", u"food", false},
       {u";foo", u"food", true},
       {u";foo", u"a food", false},
       {u"foo;", u"a food", false},
       {u"/data", u"/data2/x", true},
       {u"/data", u"/old/data", false},
       {u"/data/*/logs", u"/DATA/a/b/logs/", true},
-      {u"*.", u"README", true},
-      {u"*.", u"a.txt", false},
       {u"/srv/*.", u"/srv/a.d/README", true},
       {u"/srv/*.", u"/srv/a.d/x.txt", false},
       {u"/srv/*.", u"/home/README", false},
-      {u"/^a.*c$/", u"abc", true},
-      {u"/^a.*c$/", u"ABC", false},
-      {u"/^a.*c$/i", u"ABC", true},
-      {u"/b/", u"abc", true},
-      {u"\"ABC\"", u"abc", true},
-      {u"\"ABC\"", u"abcd", false},
       {u"\"\u00C4\"", u"\u00E4", false},
       {u"\"\u00C4\"", u"\u00C4", true},
       {u"\"/srv/data\"", u"/srv/data/", true},
       {u"\"/srv/data\"", u"/srv/data//", false},
-      {u"(Group)Audio", u"song.MP3", true},
-      {u"(Group)Audio", u"song.txt", false},
       {u"/(/", u"(", false},  // does not compile
       {u"(Group)Nonsense", u"Nonsense", false},
   };

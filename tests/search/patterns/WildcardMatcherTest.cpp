@@ -135,39 +135,16 @@ TEST(WildcardMatcher, RandomPairsOfEveryShape) {
 }
 
 TEST(WildcardMatcher, ShapesOfHandPickedMasks) {
-  const std::vector<std::u16string> names = {u"",
-                                             u"a",
-                                             u"ab",
-                                             u"aa",
-                                             u"aaa",
-                                             u".",
-                                             u"..",
-                                             u"a.",
-                                             u".jpg",
-                                             u"x.JPG",
-                                             u"x.jpg",
-                                             u"x.jpeg",
-                                             u"x.Tar.Gz",
-                                             u"x.gz",
-                                             u"tar.gz",
-                                             u"x.tar.gzz",
-                                             u"jpg",
-                                             u"a.jpg.b",
-                                             u"x.jpg ",
-                                             u" x.jpg",
-                                             u"cache-1",
-                                             u"Cache",
-                                             u"my cache.tmp",
-                                             u"\u00E9t\u00E9",
-                                             u"\u00C9T\u00C9.JPG",
-                                             u"x;y",
-                                             u"a*b",
-                                             u"C:\\a.jpg\\b",
-                                             u"/a/b.png",
-                                             u"b.png",
-                                             u"readme",
-                                             u"README.md",
-                                             std::u16string(3'000, u'x') + u".jpg"};
+  std::vector<std::u16string> names = {std::u16string(3'000, u'x') + u".jpg", u""};
+  for (const char16_t unit : std::u16string_view(
+           u"|a|ab|aa|aaa|.|..|a.|.jpg|x.JPG|x.jpg|x.jpeg|x.Tar.Gz|x.gz|tar.gz|x.tar.gzz|jpg|a.jpg.b|x.jpg |"
+           u" x.jpg|cache-1|Cache|my cache.tmp|\u00E9t\u00E9|\u00C9T\u00C9.JPG|x;y|a*b|C:\\a.jpg\\b|/a/b.png|"
+           u"b.png|readme|README.md|")) {
+    if (unit == u'|')
+      names.emplace_back();
+    else
+      names.back() += unit;
+  }
   const struct {
     std::u16string fMasks;
     TWildcardShape fShape;
