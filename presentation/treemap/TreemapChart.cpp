@@ -6,6 +6,7 @@ namespace Vantrel::Treemap {
 
 TCustomTreemapChart::TCustomTreemapChart(ThreadPool::TWorkerThreadPool& pPool, std::function<void()> pOnPicture)
     : fPool(pPool) {
+  TCriticalSectionLock lock(fState->fLock);
   fState->fOnPicture = std::move(pOnPicture);
   fSettings.fWidth = 0;
   fSettings.fHeight = 0;

@@ -10,10 +10,12 @@ namespace Vantrel::Treemap {
 
 namespace {
 
-// In the order of the standard groups: audio, videos, images, applications …
-constexpr std::array<TColor, 17> kGroupColors = {0xCC6677, 0xD55E00, 0xE69F00, 0x0072B2, 0xB5478C, 0x56B4E9,
-                                                 0x5B2C83, 0xE8D820, 0x117733, 0x7A4A1E, 0x6B7280, 0xA9C23F,
-                                                 0x6F9A3C, 0x25B5A5, 0x8C6D31, 0xE79AC2, 0x8C8FD0};
+// In the order of the standard groups: audio, videos, images, applications … A search chose those of the rarer groups,
+// so that shaded tiles can be told apart by normal eyes and by those that lack red, green or blue. The closest two are
+// about as different as two shades of a step of 8 in lightness.
+constexpr std::array<TColor, 17> kGroupColors = {0x6DB649, 0xDB0092, 0xE69F00, 0x0072B2, 0xB6496D, 0x56B4E9,
+                                                 0x4900F0, 0xE8D820, 0x496D00, 0x6D4924, 0x240049, 0xB6F06D,
+                                                 0x2424B6, 0x24F0DB, 0x490000, 0x496DF0, 0x00006D};
 constexpr TColor kOtherFiles = 0xC2A67F;
 constexpr std::array<TColor, 6> kLayerColors = {0x0072B2, 0xE69F00, 0x009E73, 0xCC79A7, 0x56B4E9, 0xD55E00};
 constexpr std::array<TColor, 7> kAgeColors = {0xF6E32B, 0x90D743, 0x35B779, 0x21918C, 0x31688E, 0x443983, 0x440154};

@@ -86,8 +86,6 @@ class TTreemapPicture {
   std::vector<TTreemapRow> fRows;
   std::vector<TTreemapCaption> fCaptions;   // the parents' before the children's
   std::vector<TTreemapLegendItem> fLegend;  // empty without tmfLegend
-  TColor fBackground = 0xFFFFFF;            // for what surrounds the picture, such as the legend
-  TColor fTextColor = 0;                    // for texts on the background
 
   // The innermost tile at a position, kNoTile outside the picture. The time grows with the depth and the logarithm of
   // the number of tiles.
@@ -102,6 +100,7 @@ class TTreemapPicture {
   TRef<TTreeMapElement> CreateElement(uint32_t pTile) const;
   // The name of a tile's element, as it stands on its caption.
   std::u16string GetCaption(uint32_t pTile) const;
+
   TRef<const ITreemapContainer> fTop;  // its only child is the top element
 
  private:

@@ -65,7 +65,7 @@ std::array<int, 3> ReferenceColor(const TPhongProperties& p, const TVector& pNor
 
 // Up to twelve levels of ridges, each within the one above, at the far end of a large picture.
 TEST(CushionShading, IsWithinOneStepOfTheReference) {
-  for (uint32_t seed = 0; seed < 60; ++seed) {
+  for (uint32_t seed = 0; seed < 40; ++seed) {
     std::mt19937 random(seed);
     const auto below = [&](uint32_t pBound) { return static_cast<int32_t>(random() % pBound); };
     TPhongProperties phong;
@@ -82,8 +82,8 @@ TEST(CushionShading, IsWithinOneStepOfTheReference) {
       phong.PhongDifferentLayerColors = seed % 2 == 0;
     }
     TTreemapRect rect{below(3000), below(1500), 0, 0};
-    rect.fRight = rect.fLeft + 20 + below(800);
-    rect.fBottom = rect.fTop + 20 + below(600);
+    rect.fRight = rect.fLeft + 20 + below(300);
+    rect.fBottom = rect.fTop + 20 + below(200);
     TCushion cushion;
     std::vector<std::pair<TTreemapRect, double>> ridges;
     for (int32_t level = below(12); level >= 0; --level) {
@@ -95,7 +95,7 @@ TEST(CushionShading, IsWithinOneStepOfTheReference) {
     }
     const TColor color = random() & 0xFFFFFF;
     constexpr size_t kStride = 4000;
-    std::vector<uint32_t> pixels(kStride * 2200);
+    std::vector<uint32_t> pixels(kStride * 1800);
     TCushionShader(phong).Shade(pixels.data(), kStride, rect, cushion, color);
     for (int32_t y = rect.fTop; y < rect.fBottom; y += 1 + below(5)) {
       for (int32_t x = rect.fLeft; x < rect.fRight; x += 1 + below(5)) {

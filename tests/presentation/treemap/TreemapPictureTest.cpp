@@ -238,41 +238,59 @@ TEST(TreemapPicture, EndsEarlyWhenCancelled) {
 }
 
 // While the first picture is computed, the size changes fifty times. Only the first and the last request cost anything,
-// and only the last one's picture is shown.
+// unless outdated work is to run to its end. In both cases only the last one's picture is shown.
 TEST(TreemapChart, LeavesNoWorkBehindWhenItIsResized) {
   TTestNode top;
   top.fValue = 1;
   for (int i = 0; i < 50; ++i) top.Add(i);
-  const auto presenter = MakeRef<TTestPresenter>(top);
-  TGate gate;
-  presenter->fWatch->fOnTop = [&] { gate.Pass(); };
-  ThreadPool::TWorkerThreadPool pool({});
-  std::atomic<int> pictures{0};
-  TCustomTreemapChart chart(pool, [&] { ++pictures; });
-  chart.SetBounds(300, 200);
-  chart.SetPresenter(presenter);
-  gate.WaitUntilReached();
-  for (int i = 1; i <= 50; ++i) chart.SetBounds(300 + i, 200);
-  EXPECT_TRUE(chart.GetFlags().Has(TTreemapFlag::tmfIsPainting));
-  EXPECT_TRUE(chart.GetFlags().Has(TTreemapFlag::tmfCacheInvalid));
-  gate.Open();
-  while (pool.GetWorkItemsCount() > 0) std::this_thread::yield();
-  EXPECT_EQ(presenter->fWatch->fTops, 2) << "outdated requests were computed";
-  EXPECT_EQ(pictures, 1);
-  ASSERT_NE(chart.GetPicture(), nullptr);
-  EXPECT_EQ(chart.GetPicture()->fWidth, 350);
-  EXPECT_FALSE(chart.GetFlags().Has(TTreemapFlag::tmfIsPainting));
-  EXPECT_FALSE(chart.GetFlags().Has(TTreemapFlag::tmfCacheInvalid));
-  EXPECT_EQ(chart.GetLayerByPosition(349, 199), 0) << "the frame";
-  EXPECT_EQ(chart.GetIDByPosition(175, 100), chart.GetPicture()->GetIDByPosition(175, 100));
+  for (const bool terminates : {true, false}) {
+    const auto presenter = MakeRef<TTestPresenter>(top);
+    TGate gate;
+    presenter->fWatch->fOnTop = [&] { gate.Pass(); };
+    ThreadPool::TWorkerThreadPool pool({});
+    std::atomic<int> pictures{0};
+    TCustomTreemapChart chart(pool, [&] { ++pictures; });
+    TTreemapSettings settings;
+    settings.fFlags.Set(TTreemapFlag::tmfTerminateOutdatedWorker, terminates);
+    chart.SetSettings(settings);
+    chart.SetBounds(300, 200);
+    chart.SetPresenter(presenter);
+    gate.WaitUntilReached();
+    for (int i = 1; i <= 50; ++i) chart.SetBounds(300 + i, 200);
+    EXPECT_TRUE(chart.GetFlags().Has(TTreemapFlag::tmfIsPainting));
+    EXPECT_TRUE(chart.GetFlags().Has(TTreemapFlag::tmfCacheInvalid));
+    gate.Open();
+    while (pool.GetWorkItemsCount() > 0) std::this_thread::yield();
+    EXPECT_EQ(presenter->fWatch->fTops, terminates ? 2 : 51) << "requests that were computed";
+    EXPECT_EQ(pictures, 1) << "outdated pictures were shown";
+    ASSERT_NE(chart.GetPicture(), nullptr);
+    EXPECT_EQ(chart.GetPicture()->fWidth, 350);
+    EXPECT_FALSE(chart.GetFlags().Has(TTreemapFlag::tmfIsPainting));
+    EXPECT_FALSE(chart.GetFlags().Has(TTreemapFlag::tmfCacheInvalid));
+    EXPECT_EQ(chart.GetLayerByPosition(349, 199), 0) << "the frame";
+    EXPECT_EQ(chart.GetIDByPosition(175, 100), chart.GetPicture()->GetIDByPosition(175, 100));
 
-  // Without the pool the picture is there at once; without data there is none.
-  TTreemapSettings settings;
-  settings.fFlags.Set(TTreemapFlag::tmfPaintConcurrent, false);
-  chart.SetSettings(settings);
-  EXPECT_EQ(pictures, 2);
-  chart.SetPresenter(nullptr);
-  EXPECT_EQ(chart.GetPicture(), nullptr);
+    // Without the pool the picture is there at once; without data there is none.
+    settings.fFlags.Set(TTreemapFlag::tmfPaintConcurrent, false);
+    chart.SetSettings(settings);
+    EXPECT_EQ(pictures, 2);
+    chart.SetPresenter(nullptr);
+    EXPECT_EQ(chart.GetPicture(), nullptr);
+  }
+}
+
+// Setting values that are there already changes nothing.
+TEST(TreemapChart, TellsOfChangedShading) {
+  TPhongProperties phong;
+  int changes = 0;
+  phong.OnChange = [&] { ++changes; };
+  TPhongProperties other;
+  phong.Assign(other);
+  EXPECT_EQ(changes, 0);
+  other.PhongSpecularColorB = 0;
+  phong.Assign(other);
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(phong.PhongSpecularColorB, 0);
 }
 
 TEST(TreemapPicture, ShowsTheDemonstrationTree) {

@@ -128,11 +128,11 @@ TEST(TreemapPresenters, ColorByTypeExtensionAgeAndDepth) {
   EXPECT_EQ(types.at("/memory/music/old").fColor, ColorOfFileTypeGroup(0, 18)) << "one kind mixes to itself";
   EXPECT_EQ(types.at("/memory/music/cover.jpg").fColor, ColorOfFileTypeGroup(2, 18));
   EXPECT_EQ(types.at("/memory/strange").fColor, ColorOfFileTypeGroup(17, 18));
-  // The folder's mixture: 6 parts audio (0xCC6677) and 1 part image (0xE69F00), as amounts of light.
+  // The folder's mixture: 6 parts audio (0x6DB649) and 1 part image (0xE69F00), as amounts of light.
   const auto mixed = [](double pA, double pB) {
     return static_cast<TColor>(std::sqrt((6 * pA * pA + pB * pB) / 7) + 0.5);
   };
-  EXPECT_EQ(types.at("/memory/music").fColor, mixed(0xCC, 0xE6) << 16 | mixed(0x66, 0x9F) << 8 | mixed(0x77, 0));
+  EXPECT_EQ(types.at("/memory/music").fColor, mixed(0x6D, 0xE6) << 16 | mixed(0xB6, 0x9F) << 8 | mixed(0x49, 0));
 
   const auto extensions = colors(TTreemapColorScheme::csExtension);
   EXPECT_EQ(extensions.at("/memory/music/old/tape.WAV").fColor, CommonColorPalette().GetColorForKey(u".wav"));
