@@ -462,8 +462,9 @@ def parse_options(arguments):
         prog="./test", description="Builds and runs the tests, for Linux natively and for Windows under Wine.")
     parser.add_argument("--all", action="store_true",
                         help="also run the tests under the address, undefined-behaviour and thread sanitizers, and "
-                             "build with clang, where a finding of the thread-safety analysis is an error, and feed "
-                             "the reader of scan files with damaged ones for a minute")
+                             "build with clang, where a finding of the thread-safety analysis is an error, run clang-tidy, "
+                             "look for functions that nothing calls, and feed the reader of scan files with damaged ones "
+                             "for a minute")
     parser.add_argument("--only", metavar="STAGE", action="append", choices=STAGES,
                         help=f"run only this stage, one of {', '.join(STAGES)}; may be given more than once")
     parser.add_argument("--filter", metavar="PATTERN", default="",
