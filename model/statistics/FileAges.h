@@ -78,7 +78,7 @@ class TDistributionList : public TIntegerList {
 
 class TFileAges : public TInterfaced<IFileAges>, private TDistributionList {
  public:
-  // An empty list, and the list of defaults: 1, 7, 30, 182, 365 and 730 days, and older.
+  // An empty list.
   TFileAges() = default;
   // Creates the list from the attributes of an XML element: every name "Days_" and a number gives a bound.
   // EInvalidArgumentValue when there is none.

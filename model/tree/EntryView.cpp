@@ -1,5 +1,6 @@
 #include "model/tree/EntryView.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "model/roots/EarlierFiles.h"
@@ -112,13 +113,14 @@ TMetaDataValue TEntryView::SizeColumn(TColumn pColumn) const {
 // --- shares and changes ----------------------------------------------------------------------------------------------
 
 // The share of pWhole, in the size that its root's percentages refer to. nullptr for the top folder, which is 100 %.
+// While a scan runs, a folder may lack for a moment what its sub-folder has already. A share is never above 100 %.
 TMetaDataValue TEntryView::ShareOf(const IHierarchicalElement* pWhole) const {
   const TRef<IHierarchicalRoot> root = pWhole ? pWhole->GetRoot() : GetRoot();
   if (!root) return {};
   if (!pWhole) return 1.0;
-  return root->GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated
-             ? ShareOfWhole(GetAllocated(), pWhole->GetAllocated())
-             : ShareOfWhole(GetSize(), pWhole->GetSize());
+  const bool isAllocated = root->GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
+  return std::min(1.0, isAllocated ? ShareOfWhole(GetAllocated(), pWhole->GetAllocated())
+                                   : ShareOfWhole(GetSize(), pWhole->GetSize()));
 }
 
 TMetaDataValue TEntryView::ShareOfTop() const {

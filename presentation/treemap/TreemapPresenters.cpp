@@ -3,11 +3,21 @@
 #include <algorithm>
 #include <map>
 
+#include "model/options/GlobalOptions.h"
+#include "model/statistics/FileAges.h"
+#include "platform/text/Text.h"
 #include "presentation/treemap/FolderContainer.h"
 
 namespace Vantrel::Treemap {
 
 namespace {
+
+// For a tree whose scan collected no ages.
+TRef<IFileAges> StandardAges() {
+  TRef<TFileAges> ages = MakeRef<TFileAges>();
+  ages->SetAsString(FromUtf8(TGlobalOptions().FileAges));
+  return ages;
+}
 
 // The container around the top folder. Its only child is that folder.
 class TTopContainer : public TInterfaced<ITreemapContainer> {
@@ -65,7 +75,7 @@ TTreeMapChartBasePresenter::TTreeMapChartBasePresenter(TRef<IFolderData> pFolder
         coloring.fDateType = configuration->GetFileAgesDateType();
     }
   }
-  if (!coloring.fAges || coloring.fAges->GetCount() == 0) coloring.fAges = TFileAges::CreateDefault();
+  if (!coloring.fAges || coloring.fAges->GetCount() == 0) coloring.fAges = StandardAges();
 }
 
 TRef<const ITreemapContainer> TTreeMapChartBasePresenter::GetTop(const TTreemapSettings& pSettings) const {
