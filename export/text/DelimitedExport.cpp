@@ -43,7 +43,8 @@ class TDelimitedExport::TRows final : public TRowWriter {
     if (!fDates) fDates = fExport.TakeDateFormatter();
     fDates->Append(Line(), pDate);
   }
-  void WriteRow(const TTreeRow& pRow, const TSizeValues& pSizes);
+  TEntryView ViewOf(const TTreeRow& pRow) { return pRow.View(fEarlierFiles ? &*fEarlierFiles : nullptr); }
+  void WriteRow(const TTreeRow& pRow, const TEntryView& pEntry, const TSizeValues& pSizes);
   void AppendField(const TTreeRow& pRow, const TEntryView& pEntry, const TSizeValues& pSizes, TColumn pColumn);
   void AppendNameField(const TTreeRow& pRow, const TEntryView& pEntry);
   bool AppendQuickly(const TEntryView& pEntry, const TSizeValues& pSizes, TColumn pColumn);
@@ -148,11 +149,12 @@ void TDelimitedExport::TRows::AppendToPath(std::u16string_view pName, bool pIsFi
 }
 
 bool TDelimitedExport::TRows::BeginNode(const TTreeRow& pRow, bool pIsComplete) {
-  const TSizeValues sizes = pRow.View().GetValues();
+  const TEntryView entry = ViewOf(pRow);
+  const TSizeValues sizes = entry.GetValues();
   const size_t parentLength = fPath.size();
-  AppendToPath(pRow.fFolder.GetObjectName(), pRow.fFolder.IsFileGroup());
+  AppendToPath(entry.GetObjectName(), pRow.fFolder.IsFileGroup());
   fParentLength = parentLength;
-  if (pRow.fIsShown) WriteRow(pRow, sizes);
+  if (pRow.fIsShown) WriteRow(pRow, entry, sizes);
   if (pIsComplete) {
     fPath.resize(parentLength);
     return true;
@@ -174,20 +176,19 @@ bool TDelimitedExport::TRows::VisitFile(const TTreeRow& pRow) {
   const std::u16string_view group = pRow.fFolder.IsFileGroup() ? pRow.fFolder.GetObjectName() : std::u16string_view();
   if (!group.empty()) fPath.resize(fOpen.back().fParentLength);
   const size_t length = fPath.size();
-  const TEntryView file = pRow.View();
+  const TEntryView file = ViewOf(pRow);
   AppendToPath(file.GetObjectName(), false);
   fParentLength = length;
-  WriteRow(pRow, file.GetValues());
+  WriteRow(pRow, file, file.GetValues());
   fPath.resize(length);
   if (!group.empty()) AppendToPath(group, true);
   return true;
 }
 
-void TDelimitedExport::TRows::WriteRow(const TTreeRow& pRow, const TSizeValues& pSizes) {
-  const TEntryView entry = pRow.View(fEarlierFiles ? &*fEarlierFiles : nullptr);
+void TDelimitedExport::TRows::WriteRow(const TTreeRow& pRow, const TEntryView& pEntry, const TSizeValues& pSizes) {
   for (size_t i = 0; i < fExport.Columns().size(); ++i) {
     if (i > 0) Line() += fExport.fFields.fSeparator;
-    AppendField(pRow, entry, pSizes, fExport.Columns()[i]);
+    AppendField(pRow, pEntry, pSizes, fExport.Columns()[i]);
   }
   fText.fEnds.push_back(Line().size());
 }

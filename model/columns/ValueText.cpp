@@ -22,7 +22,10 @@ void AppendShareText(std::string& pText, double pShare, const TValueFormat& pFor
   // Tenths of a per cent, halves rounded away from zero.
   const auto tenths = std::llround(pShare * 100.0 * 10);
   AppendInteger(pText, tenths / 10);
-  pText += ToUtf8(pFormat.fDecimalSeparator);
+  if (pFormat.fDecimalSeparator.size() == 1 && pFormat.fDecimalSeparator[0] < 0x80)
+    pText += static_cast<char>(pFormat.fDecimalSeparator[0]);
+  else
+    pText += ToUtf8(pFormat.fDecimalSeparator);
   AppendInteger(pText, tenths % 10);
 }
 

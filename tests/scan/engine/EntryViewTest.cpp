@@ -163,6 +163,7 @@ TEST(EntryView, AFileIsFoundAgainAfterARefresh) {
   a->Refresh(false);
   ASSERT_TRUE(root.fRoot->WaitForScan(kForever));
   const TRef<const TFileTable> after = folder->AsFolder()->GetFileTable();
+  ASSERT_NE(after, nullptr);
   const TFileRecord* found = after->Find(name);
   ASSERT_NE(found, nullptr);
   EXPECT_EQ(found->fSize, 700);

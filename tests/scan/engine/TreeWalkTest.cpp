@@ -82,7 +82,7 @@ TEST(TreeWalk, VisitsWhatTheSettingsShow) {
     TLines expected, found;
     AppendSlowly(expected, top, 0, settings);
     if (form & 7) {
-      ASSERT_GT(expected.size(), 2u) << form;
+      ASSERT_FALSE(expected.empty()) << form;
     }
     if (form & 32) {  // in no order, the same rows
       settings.fOrder = TSiblingOrder::soAny;
