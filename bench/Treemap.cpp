@@ -64,7 +64,7 @@ class TTree {
   // Folders of folders that hold the files; with pOuter 1 only one level of folders.
   void Fill(int pOuter, int pInner, const TFileGroupContents& pFiles) {
     for (const auto& outer : pOuter > 1 ? AddFolders(*fTop, pOuter) : std::vector<TRef<TCustomFolderData>>{fTop})
-      for (const auto& inner : AddFolders(*outer, pInner)) inner->AddFiles(pFiles, false);
+      for (const auto& inner : AddFolders(*outer, pInner)) inner->AddFiles(pFiles);
   }
 
   TRef<ITreemapPresenter> Present() const { return MakeRef<TTreeMapChartBasePresenter>(fTop, TTreeMapOptions{}); }
@@ -175,7 +175,7 @@ int main() {
   }
   {
     TTree tree;
-    tree.fTop->AddFiles(Files(1'000'000), false);
+    tree.fTop->AddFiles(Files(1'000'000));
     Measure("a folder of 1,000,000 files at 1000 x 700", *tree.Present(), Settings(1000, 700, 9));
     Measure("the same at 3840 x 2160, tiles from 1 pixel", *tree.Present(), Settings(3840, 2160, 1));
   }

@@ -120,7 +120,7 @@ class FolderTree : public testing::Test {
     if (pReplace)
       pFolder.ReplaceFiles(contents);
     else
-      pFolder.AddFiles(contents, true);
+      pFolder.AddFiles(contents);
   }
 
   // Every counter and statistic of a folder says the same.
