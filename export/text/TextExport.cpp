@@ -5,6 +5,7 @@
 
 #include "export/text/ListExport.h"
 #include "export/text/RootDescription.h"
+#include "export/text/TextChart.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::Exporting {
@@ -74,7 +75,9 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
                 " is not shown.");
     const std::vector<TListTable> lists = ChosenLists(pRoot, fOptions);
     for (const TListTable& list : lists) WriteListAsText(list, fFormat, Output());
-    if (!lists.empty()) WriteLine("");
+    const int64_t before = LineCount();
+    WriteChosenCharts(pRoot, fOptions, fFormat, fMaximumWidth, Output());
+    if (!lists.empty() || LineCount() > before) WriteLine("");
   }
   for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors)))
     WriteLine(line);
