@@ -13,6 +13,7 @@
 #include "automation/actions/EmailAction.h"
 #include "automation/actions/FileExportAction.h"
 #include "automation/actions/HistoryTasks.h"
+#include "automation/actions/PictureAction.h"
 #include "automation/actions/RecordHistoryAction.h"
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
@@ -174,6 +175,13 @@ bool TApplication::QueueActions(IScanRoots& pRoots) {
                        isCancelled};
   for (const CommandLine::TExportRequest& request : fState.fExports)
     fActions.Add(std::make_unique<TFileExportPostScanAction>(fActions, *fOptions, request.fFormat, request.fFile, run));
+  const auto writeNote = [this](std::string_view pNote) { fSettings.fWriteError(pNote); };
+  for (const CommandLine::TPictureRequest& request : fState.fPictures) {
+    // That of the paths which --history names is drawn with their tables.
+    const bool isOfHistory = request.fSubject == CommandLine::TPictureSubject::psHistory;
+    if (isOfHistory && !fState.fHistoryPaths.empty() && !request.fFile.empty()) continue;
+    fActions.Add(std::make_unique<TPicturePostScanAction>(*fOptions, request, run, writeNote));
+  }
   if (!fState.fMailTo.empty()) QueueMail();
   return fActions.ResolveRequirements();
 }
@@ -192,8 +200,9 @@ void TApplication::QueueMail() {
   message.fTo = fState.fMailTo;
   message.fSubject = fState.fMailSubject;
   // A report within an export would spoil the export.
-  const bool isTaken = std::any_of(fState.fExports.begin(), fState.fExports.end(),
-                                   [](const auto& pRequest) { return pRequest.fFile == TOutputFile::kStandardOutput; });
+  const auto isToOutput = [](const auto& pRequest) { return pRequest.fFile == TOutputFile::kStandardOutput; };
+  const bool isTaken = std::any_of(fState.fExports.begin(), fState.fExports.end(), isToOutput) ||
+                       std::any_of(fState.fPictures.begin(), fState.fPictures.end(), isToOutput);
   const auto showLine = [this, isTaken](std::string_view pLine) {
     if (!isTaken) return fSettings.fOutput->WriteLine(pLine);
     fSettings.fWriteError(pLine);
@@ -220,11 +229,11 @@ int TApplication::ManageHistory() {
 // Finds out before the scan whether the actions after it can work.
 int TApplication::PrepareHistory() {
   try {
-    for (const std::u16string* file : {&fState.fHistoryCSV, &fState.fHistoryExport}) {
-      if (file->empty() || *file == TOutputFile::kStandardOutput || SpecialFileExists(*file)) continue;
-      CreateFolderOf(*file);
-      const TOutputFile probe(*file);
-    }
+    for (const std::u16string* file : {&fState.fHistoryCSV, &fState.fHistoryExport})
+      if (!file->empty()) PostScanActions::ProbeTarget(*file);
+    for (const CommandLine::TPictureRequest& request : fState.fPictures)
+      if (request.fSubject == CommandLine::TPictureSubject::psHistory && !request.fFile.empty())
+        PostScanActions::ProbeTarget(request.fFile);
     return ecOk;
   } catch (const EOSError& error) {
     fSettings.fWriteError(error.what());

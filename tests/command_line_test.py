@@ -68,8 +68,7 @@ def option_file(options, version=1):
 GROUPS = option_file('<FileTypeGroups><Item Caption="Mine" Patterns="*.bin"/><Item Caption="Others" Patterns="*"/>'
                      '</FileTypeGroups>')
 
-NOT_BUILT = """EXCEL SHEETNAME EXPANDABLEREPORT PDF HTML PRINT SQLITE INDEXFILE HISTORYCHART PIECHART CHART BARCHART TREEMAP
-FILEAGESCHART EXTENSIONSCHART EXTENSIONSPIECHART USERSCHART USERSPIECHART SEARCH SEARCH:START SEARCH:INTERNET LOOP
+NOT_BUILT = """EXCEL SHEETNAME EXPANDABLEREPORT PDF HTML PRINT SQLITE INDEXFILE SEARCH SEARCH:START SEARCH:INTERNET LOOP
 CREATESNAPSHOT EMPTYRECYCLEBIN USERFILTER SHORTDATEFORMAT LANGUAGE SHOWWIZARD UILEVEL CONTEXTMENUENTRIES THEMEDCONTEXTMENUS
 SHOWAUTHGUI AADAPPLICATIONID AADREDIRECTURI DISABLESHAREPOINTSITECOLLECTIONS INSTALL UNINSTALL INSTALLPORTABLE UNINSTALLSURVEY
 REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
@@ -172,6 +171,24 @@ REFUSED = [
         err=(pattern('The options file ".*options.xml" cannot be loaded. Line 1, .*. /NOOPTIONS leaves it out'),)),
     Row("/SAVESETTINGS /READONLY", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
+    # Pictures.
+    Row("data --treemap t.txt --piechart p.png --chart gone", err=(
+        '--treemap writes pictures, and "t.txt" is not the name of one: end it with .svg',
+        '--piechart writes SVG, since this program has no fonts to draw text with: name the file "p.svg"',
+        '--chart writes pictures, and "gone" is not the name of one: end it with .svg')),
+    Row("data --treemap", err=(a_file_was_expected("--treemap", ""),)),
+    Row("data --treemap t.svg --TreemapColors growth", err=(
+        "--TreemapColors growth shows changes since an older scan: name its file with --compare",)),
+    Row("data --picturesize 0x10 --TreemapColors pink --ChartType line", err=(
+        'PictureSize: "0x10" is not allowed; expected WIDTHxHEIGHT, each 1..16384',
+        'TreemapColors: "pink" is not allowed; expected type|extension|age|depth|growth',
+        'ChartType: "line" is not allowed; expected auto|bar|column|pie|ring')),
+    Row("data --chart a.svg --treemap ./a.svg", err=(pattern(r'Two exports would go into the same file: ".*[/\\]a\.svg"'),)),
+    Row("data other --chart a.svg --csv a_other.svg", err=(
+        pattern(r'Two exports would go into the same file: ".*[/\\]a_other\.svg"'),)),
+    Row("data other --chart -", err=("The standard output takes one picture, and each of several scans gets its own",)),
+    Row("--chart a.svg", err=("There is nothing to draw: name a path to scan",)),
+    Row("data --historychart h.svg --HistoryFile h.svg", err=(cannot_be_both("h.svg", "the history", "an export"),)),
     Row("data --null", err=("--null is for path lists: write one with --pathlist",)),
     Row("--history-csv a.csv", err=("--history-csv writes the history that --history names: name a path with it",)),
     Row("--history-delete first", err=('--history-delete "first" is no scan\'s ID; --history shows them',)),
@@ -241,6 +258,33 @@ DONE = [
                "a-extensions.csv": (".bin,Mine,5000,",)}),
     Row("data --exclude (Group)MINE --csv -", given={"o.xml": GROUPS}, before=("--options o.xml /SAVESETTINGS",),
         out=("data,1300,",)),
+    # Pictures. What is in them is looked at in picture_test.py.
+    Row("data --treemap t.svg --TREEMAP t.png --dark --picturesize 300x200", files={
+        "t.svg": ("<svg ", 'width="300" height="200"', "data:image/png;base64,", "sub", "</svg>"), "t.png": ("PNG", "IHDR")},
+        err=("The PNG file gets no captions and no legend: this program has no fonts. SVG files have both.",)),
+    Row("data --treemapof extensions --treemap e.svg", files={"e.svg": (".bin", "</svg>")}),
+    Row("data --treemapof owners --treemapcolors depth --treemap o.svg", files={"o.svg": ("</svg>",)}),
+    Row("data --compare old.xml --treemapcolors growth --treemap g.svg", before=("data --xml old.xml",), files={"g.svg": ("</svg>",)}),
+    Row("data /CHART c.svg /PIECHART p.svg /BARCHART b.svg /EXTENSIONSCHART e.svg /EXTENSIONSPIECHART ep.svg /FILETYPESCHART f.svg "
+        "/USERSCHART u.svg /USERSPIECHART up.svg /FILEAGESCHART a.svg --CollectOwners", files={
+            "c.svg": ("Folders of ", "[Files]"), "p.svg": ("Folders of ", "5.2 KB (84.1 %)"), "b.svg": ("Folders of ", "sub"),
+            "e.svg": ("Extensions of ", ".bin"), "ep.svg": ("Extensions of ", "4.9 KB (79.4 %)"), "f.svg": ("File types of ",),
+            "u.svg": ("Owners of ",), "up.svg": ("Owners of ",), "a.svg": ("File ages of ", "up to 1 day")}),
+    Row("data --charttype pie --extensionschart e.svg --chartitems 2 --date", files={f"e_{TODAY}.svg": ("<path", "4.9 KB (79.4 %)")}),
+    Row("data other --barchart new/b.svg", files={"new/b_data.svg": ("sub",), "new/b_other.svg": ("Folders of ",)}),
+    Row("data --piechart -", out=("<svg ", "sub", "</svg>")),
+    Row("--open old.xml --extensionschart e.svg", before=("data --xml old.xml",), files={"e.svg": (".bin",)}),
+    # Without a file: characters in reports, lists beside CSV.
+    Row("data --chart --extensionschart --userschart --fileageschart --filetypeschart", out=(
+        "Folders of ", "sub", "5.2 KB  84.1 %  ####", "[Files]", "15.9 %  ###", "Extensions of ", ".bin", "File types of ",
+        "Owners of ", "File ages of ", "up to 1 day", "100.0 %  ####")),
+    Row("data --extensionspiechart --userspiechart --fileageschart --csv a.csv", files={
+        "a.csv": ("data,6300",), "a-extensions.csv": (".bin",), "a-users.csv": ("Owner",), "a-ages.csv": ("up to 1 day",)}),
+    Row("data --HistoryFile h.db --historychart", before=(RECORDED,), out=("Vantrel Report, ", "History of data", "|*")),
+    Row("data --HistoryFile h.db --record-history --historychart h.svg", before=(RECORDED,), files={
+        "h.svg": ("History of ", "6.2 KB", "6.2 KB")}),
+    Row("--HistoryFile h.db --history data --historychart new/h.svg --historycharttype line", before=(RECORDED,),
+        out=("History of data",), files={"new/h.svg": ("History of data", "6.2 KB")}),
     Row("data --title Weekly", out=("Weekly\r\n",), absent=("Vantrel Report",)),
     Row("data '/EXPORTTITLE' 'My report'", out=("My report\r\n",)),
     Row("data --listseparator ';' --csv -", out=("Full Path;Size;", "data;6300;")),
@@ -338,6 +382,9 @@ FAILED = [
         before=("data other --HistoryFile h.db --record-history",), err=(pattern('The database "missing.db" cannot be opened: .+'),),
         out=("History of data", "|*", "History of other", "|*")),
     Row("--HistoryFile history.db --history-delete 7", PATH_NOT_FOUND, err=(pattern('The history ".*history.db" holds no scan 7'),)),
+    Row("data --HistoryFile h.db --historychart h.svg --csv ok.csv", OUTPUT_FAILED, files={"ok.csv": ("data,6300,",)},
+        err=(pattern('The history of ".*data" cannot be drawn: no scan of it is recorded; scan it with --record-history'),)),
+    Row(f"data --text ok.txt --chart {'n' * 300}.svg", OUTPUT_FAILED, err=(pattern(r'.*n\.svg".*'),)),
     # The export goes on without the history.
     Row("data --HistoryFile bad.db --record-history --csv ok.csv", OUTPUT_FAILED, given={"bad.db": "no database" * 200},
         err=(pattern('The database ".*bad.db": .* on sql: .*'),), files={"ok.csv": ("data,6300,",)}),

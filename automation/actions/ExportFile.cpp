@@ -53,6 +53,14 @@ bool TExportFile::WriteLine(std::string_view pLine) {
   return true;
 }
 
+void ProbeTarget(const std::u16string& pPath) {
+  if (pPath == TOutputFile::kStandardOutput) return;
+  CreateFolderOf(pPath);
+  // The reader of a pipe would take the end of the probe for the end of the export.
+  if (SpecialFileExists(pPath)) return;
+  const TOutputFile probe(pPath);
+}
+
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart) {
   constexpr std::u16string_view kPackedXML = u".xml.zip";
   const std::u16string_view name = FileNameOfPath(pPath, NativePathDelimiter());
@@ -77,6 +85,13 @@ std::u16string NameForFiles(std::u16string_view pPath, char16_t pDelimiter) {
     return pUnit < u' ' || std::u16string_view(u"/\\:*?\"<>|").find(pUnit) != std::u16string_view::npos;
   });
   return name.empty() ? u"root" : name;
+}
+
+std::u16string TNamesOfRoots::Next(const std::u16string& pName) {
+  std::u16string unique = pName;
+  for (int number = 2; !fNames.insert(ToLowerLinguistic(unique)).second; ++number)
+    unique = pName + u"_" + FromUtf8(std::to_string(number));
+  return unique;
 }
 
 }  // namespace Vantrel::PostScanActions

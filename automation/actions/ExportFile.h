@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "export/walk/HierarchicalExport.h"
@@ -54,11 +55,26 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
   int64_t fLines = 0;
 };
 
+// Finds out before a scan, which may take hours, whether the file can be written. Creates its folder. The file is not
+// kept open meanwhile, because the scan would count it. EOSError.
+void ProbeTarget(const std::u16string& pPath);
+
 // The path with a part added to the name before the extension. ".xml.zip" is one extension: "data.xml.zip" and
 // "_photos" give "data_photos.xml.zip".
 std::u16string WithPartInName(std::u16string_view pPath, std::u16string_view pPart);
 // The root's path as a part of file names: "photos" of "/data/photos", "C" of "C:\".
 std::u16string NameForFiles(const IHierarchicalRoot& pRoot);
 std::u16string NameForFiles(std::u16string_view pPath, char16_t pDelimiter);
+
+// The names of the roots of one run, as parts of file names. Two folders with the same name on different drives get
+// different names. So do names that differ by letter case only.
+class TNamesOfRoots {
+ public:
+  // Called once for each root, with what NameForFiles gives.
+  std::u16string Next(const std::u16string& pName);
+
+ private:
+  std::set<std::u16string> fNames;
+};
 
 }  // namespace Vantrel::PostScanActions

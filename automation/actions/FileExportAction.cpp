@@ -85,11 +85,24 @@ TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std:
   return pSettings;
 }
 
+namespace {
+
+// A file that programs read has no charts. It gets the charts' numbers as lists.
+TGlobalOptions WithListsOfCharts(TGlobalOptions pOptions) {
+  pOptions.ListExtensions |= pOptions.ChartExtensions;
+  pOptions.ListFileTypes |= pOptions.ChartFileTypes;
+  pOptions.ListUsers |= pOptions.ChartUsers;
+  pOptions.ListFileAges |= pOptions.ChartFileAges;
+  return pOptions;
+}
+
+}  // namespace
+
 std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
                                       const TGlobalOptions& pOptions) {
   std::vector<std::u16string> files;
   if (!HasListFiles(pFormat, pFileName)) return files;
-  for (const Presentation::TRootList& list : Presentation::ChosenLists(pOptions))
+  for (const Presentation::TRootList& list : Presentation::ChosenLists(WithListsOfCharts(pOptions)))
     files.push_back(PathOfList(pFileName, list.fName));
   return files;
 }
@@ -103,19 +116,14 @@ TFileExportPostScanAction::TFileExportPostScanAction(const TPostProcessActionHan
       fFileName(std::move(pFileName)),
       fRun(std::move(pRun)) {}
 
-// Probes the target before the scan, which may take hours. The file is not kept open meanwhile, because the scan would
-// count it.
 void TFileExportPostScanAction::Prepare() {
   if (fFileName.empty()) {
     fFileName = fTemporary.emplace().Add(TemporaryNameOf(fFormat));
     return;
   }
-  if (fFileName == TOutputFile::kStandardOutput) return;
-  CreateFolderOf(fFileName);
-  // The reader of a pipe would take the end of the probe for the end of the export.
-  if (SpecialFileExists(fFileName)) return;
-  const TOutputFile probe(fFileName);
-  if (fRun.fSeveralRoots) return;  // the names of the lists are not known yet
+  ProbeTarget(fFileName);
+  if (fRun.fSeveralRoots || fFileName == TOutputFile::kStandardOutput || SpecialFileExists(fFileName))
+    return;  // the names of the lists are not known yet
   for (const std::u16string& list : ListFiles(fFormat, fFileName, fOptions)) {
     const TOutputFile listProbe(list);
   }
@@ -123,7 +131,7 @@ void TFileExportPostScanAction::Prepare() {
 
 void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   CheckNotCancelled(WasStopped(pRoot), fFileName);
-  const std::u16string name = UniqueNameOf(pRoot);
+  const std::u16string name = fRootNames.Next(NameForFiles(pRoot));
   if (fFormat == TExportFormat::efXML) return ExportXML(pRoot, name);
   ExportLines(pRoot);
   if (HasListFiles(fFormat, fFileName)) ExportLists(pRoot, name);
@@ -148,15 +156,6 @@ void TFileExportPostScanAction::NoteWritten(const std::u16string& pPath) {
   if (fTemporary) fTemporary->Add(FileNameOfPath(pPath, NativePathDelimiter()));
 }
 
-// Two folders with the same name on different drives get different files. So do names that differ by letter case only.
-std::u16string TFileExportPostScanAction::UniqueNameOf(const IHierarchicalRoot& pRoot) {
-  const std::u16string name = NameForFiles(pRoot);
-  std::u16string unique = name;
-  for (int number = 2; !fRootNames.insert(ToLowerLinguistic(unique)).second; ++number)
-    unique = name + u"_" + FromUtf8(std::to_string(number));
-  return unique;
-}
-
 std::u16string TFileExportPostScanAction::PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const {
   return fRun.fSeveralRoots ? WithPartInName(pPath, u"_" + pRoot) : pPath;
 }
@@ -179,7 +178,7 @@ void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
 
 void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
   const TMediaSettings settings = RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
-  for (const Presentation::TRootList& list : Presentation::ChosenLists(fOptions)) {
+  for (const Presentation::TRootList& list : Presentation::ChosenLists(WithListsOfCharts(fOptions))) {
     const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
     WriteListAsDelimited(list.fFill(pRoot), settings, *fLists.back());

@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,7 +66,6 @@ class TFileExportPostScanAction : public TBasePostScanAction {
 
  private:
   std::u16string PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const;
-  std::u16string UniqueNameOf(const IHierarchicalRoot& pRoot);
   void NoteWritten(const std::u16string& pPath);
   void ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
   void ExportLines(IHierarchicalRoot& pRoot);
@@ -81,7 +79,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   std::optional<TTemporaryFiles> fTemporary;  // none: the file has its own target
   std::unique_ptr<TExportFile> fFile;         // open over several roots
   std::vector<std::unique_ptr<TExportFile>> fLists;
-  std::set<std::u16string> fRootNames;
+  TNamesOfRoots fRootNames;
   std::vector<std::u16string> fWritten;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "automation/actions/FileExportAction.h"
+#include "automation/actions/PictureAction.h"
 #include "automation/commandline/ExitCodes.h"
 #include "export/history/HistoryDocument.h"
 #include "export/history/HistoryReport.h"
@@ -99,6 +100,7 @@ class THistoryTasks {
   void Show() {
     const std::u16string pattern = fState.fPatterns ? History::HistoryPattern(*fState.fPatterns) : std::u16string();
     std::vector<TList> tables;
+    std::vector<std::u16string> found;
     for (const std::u16string& path : fState.fHistoryPaths) {
       std::vector<THistoryEntry> entries;
       // Before the first scan there is no file.
@@ -107,10 +109,26 @@ class THistoryTasks {
         FailToFind(path, pattern);
         continue;
       }
+      found.push_back(path);
       tables.push_back(HistoryList(path, entries));
       if (fState.fHistoryCSV.empty() && !ShowOne(tables.back(), entries)) return;
     }
     if (!fState.fHistoryCSV.empty() && !tables.empty()) ExportCSV(tables);
+    for (const TPictureRequest& request : fState.fPictures)
+      if (request.fSubject == TPictureSubject::psHistory && !request.fFile.empty()) Draw(request.fFile, found, pattern);
+  }
+
+  // Several paths get a file each, with the path's name in it.
+  void Draw(const std::u16string& pFile, const std::vector<std::u16string>& pPaths, std::u16string_view pPattern) {
+    using namespace PostScanActions;
+    TNamesOfRoots names;
+    for (const std::u16string& path : pPaths) {
+      const std::u16string name = u"_" + names.Next(NameForFiles(AbsolutePath(path), NativePathDelimiter()));
+      const std::u16string target = fState.fHistoryPaths.size() > 1 ? WithPartInName(pFile, name) : pFile;
+      CreateFolderOf(target);
+      TExportFile file(target, [] { return false; });
+      WritePicture(HistoryPicture(*fState.fOptions, path, pPattern), file);
+    }
   }
 
   void FailToFind(const std::u16string& pPath, std::u16string_view pPattern) {

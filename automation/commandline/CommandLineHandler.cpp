@@ -283,6 +283,7 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  CheckPictures();
   CheckHistory();
   CheckScans();
   FinalizeExports();
@@ -311,7 +312,7 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
 void TCommandLineHandler::CheckHistory() {
   // The path is made absolute, so that saved settings name the same file wherever the program is started.
   if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Vantrel::ToNativeBytes(HistoryFile(fOptions));
-  if ((fOptions.RecordHistory || fState.HasHistoryTasks()) && HistoryFile(fOptions).empty())
+  if (fState.UsesHistory() && HistoryFile(fOptions).empty())
     fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
   if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
     fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
@@ -346,6 +347,29 @@ void TCommandLineHandler::FinalizeExports() {
   finalize(fState.fHistoryCSV);
   finalize(fState.fHistoryExport);
   for (TExportRequest& request : fState.fExports) finalize(request.fFile);
+  for (TPictureRequest& request : fState.fPictures) finalize(request.fFile);
+}
+
+// Pictures that no mail takes along and that have no file are those of reports, which are options by now.
+void TCommandLineHandler::CheckPictures() {
+  if (fState.fMailTo.empty())
+    std::erase_if(fState.fPictures, [](const TPictureRequest& pRequest) { return pRequest.fFile.empty(); });
+  if (fState.fShowHistoryOfScans)
+    fState.fHistoryPaths.insert(fState.fHistoryPaths.end(), fState.fPaths.begin(), fState.fPaths.end());
+  auto has = [&](const auto& pCondition) {
+    return std::any_of(fState.fPictures.begin(), fState.fPictures.end(), pCondition);
+  };
+  const bool hasTreemap =
+      has([](const TPictureRequest& pRequest) { return pRequest.fSubject == TPictureSubject::psTreemap; });
+  if (hasTreemap && fOptions.TreemapColors == TTreemapColors::tcGrowth && fState.fCompareFile.empty())
+    fErrors.push_back("--TreemapColors growth shows changes since an older scan: name its file with --compare");
+  const bool toOutput = has([](const TPictureRequest& pRequest) { return pRequest.fFile == u"-"; });
+  if (toOutput && std::max(NumberOfScans(fState), fState.fHistoryPaths.size()) > 1)
+    fErrors.push_back("The standard output takes one picture, and each of several scans gets its own");
+  const bool hasHistory =
+      has([](const TPictureRequest& pRequest) { return pRequest.fSubject == TPictureSubject::psHistory; });
+  if (fState.fPictures.size() > 0 && NumberOfScans(fState) == 0 && !(hasHistory && !fState.fHistoryPaths.empty()))
+    fErrors.push_back("There is nothing to draw: name a path to scan");
 }
 
 int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {

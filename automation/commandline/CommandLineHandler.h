@@ -68,6 +68,7 @@ class TCommandLineHandler {
   bool IsMistypedSwitch(const std::u16string& pToken) const;
   std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
+  void CheckPictures();
   void CheckHistory();
   void CheckScans();
 

@@ -2,7 +2,9 @@
 
 // The requests of a command line.
 
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,23 @@ struct TExportRequest {
   std::u16string fFile;  // absolute; "-" for the standard output; empty: only to be mailed
 };
 
+// What a picture shows.
+enum class TPictureSubject : uint8_t {
+  psTreemap,
+  psFolders,
+  psExtensions,
+  psFileTypes,
+  psUsers,
+  psFileAges,
+  psHistory
+};
+
+struct TPictureRequest {
+  TPictureSubject fSubject;
+  std::optional<Vantrel::TChartForm> fForm;  // none: that of the options
+  std::u16string fFile;                      // as for exports
+};
+
 // Requests that are also options are set in the options.
 struct TCommandLineState {
   Vantrel::TGlobalOptions* fOptions = nullptr;  // the handler's
@@ -28,6 +47,8 @@ struct TCommandLineState {
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;
+  std::vector<TPictureRequest> fPictures;
+  bool fShowHistoryOfScans = false;  // of each scanned path, after its scan
   bool fDateInFileNames = false;
   bool fPathsEndWithNul = false;              // in path lists
   std::vector<std::u16string> fPatternFiles;  // already read, like the options files
@@ -47,6 +68,11 @@ struct TCommandLineState {
   std::u16string fHistoryExport;
   bool HasHistoryTasks() const {
     return !fHistoryPaths.empty() || !fHistoryDeletions.empty() || !fHistoryImports.empty() || !fHistoryExport.empty();
+  }
+  bool UsesHistory() const {
+    return fOptions->RecordHistory || HasHistoryTasks() ||
+           std::any_of(fPictures.begin(), fPictures.end(),
+                       [](const TPictureRequest& pRequest) { return pRequest.fSubject == TPictureSubject::psHistory; });
   }
 
   bool fSaveSettings = false;

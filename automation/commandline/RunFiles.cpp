@@ -66,17 +66,35 @@ TFileUse UseOf(const TExportRequest& pRequest) {
   return pRequest.fFormat == TExportFormat::efXML ? TFileUse::fuXMLExport : TFileUse::fuExport;
 }
 
-// An XML file holds one scan, and so does a list.
-void AddFilesPerRoot(TRunFiles& pFiles, const TExportRequest& pRequest, const TCommandLineState& pState) {
+// Each root's file has the root's name in it. Names of opened scans are not known yet.
+void AddPerRoot(TRunFiles& pFiles, const std::vector<std::u16string>& pRoots, const std::vector<std::u16string>& pPaths,
+                TFileUse pUse) {
   using namespace PostScanActions;
-  std::vector<std::u16string> files = ListFiles(pRequest.fFormat, pRequest.fFile, *pState.fOptions);
-  if (pRequest.fFormat == TExportFormat::efXML && !pRequest.fFile.empty()) files.push_back(pRequest.fFile);
-  // Each root's file has the root's name in it. Names of opened scans are not known yet.
   std::set<std::u16string> names;
-  for (const std::u16string& path : pState.fPaths) {
+  for (const std::u16string& path : pRoots) {
     const std::u16string root = NameForFiles(AbsolutePath(path), NativePathDelimiter());
     if (!names.insert(ToLowerLinguistic(root)).second) continue;
-    for (const std::u16string& file : files) pFiles.Add(WithPartInName(file, u"_" + root), UseOf(pRequest), kExport);
+    for (const std::u16string& file : pPaths) pFiles.Add(WithPartInName(file, u"_" + root), pUse, kExport);
+  }
+}
+
+// An XML file holds one scan, and so does a list.
+void AddFilesPerRoot(TRunFiles& pFiles, const TExportRequest& pRequest, const TCommandLineState& pState) {
+  std::vector<std::u16string> files = PostScanActions::ListFiles(pRequest.fFormat, pRequest.fFile, *pState.fOptions);
+  if (pRequest.fFormat == TExportFormat::efXML && !pRequest.fFile.empty()) files.push_back(pRequest.fFile);
+  AddPerRoot(pFiles, pState.fPaths, files, UseOf(pRequest));
+}
+
+// A picture shows one root.
+void AddPictures(TRunFiles& pFiles, const TCommandLineState& pState) {
+  for (const TPictureRequest& request : pState.fPictures) {
+    if (request.fFile.empty()) continue;
+    const bool isOfHistory = request.fSubject == TPictureSubject::psHistory && !pState.fHistoryPaths.empty();
+    const size_t roots = isOfHistory ? pState.fHistoryPaths.size() : NumberOfScans(pState);
+    if (roots <= 1 || request.fFile == kStandardOutput)
+      pFiles.Add(request.fFile, TFileUse::fuExport, kExport);
+    else
+      AddPerRoot(pFiles, isOfHistory ? pState.fHistoryPaths : pState.fPaths, {request.fFile}, TFileUse::fuExport);
   }
 }
 
@@ -93,6 +111,7 @@ void AddExports(TRunFiles& pFiles, const TCommandLineState& pState) {
     for (const std::u16string& list : PostScanActions::ListFiles(request.fFormat, request.fFile, *pState.fOptions))
       pFiles.Add(list, UseOf(request), kExport);
   }
+  AddPictures(pFiles, pState);
 }
 
 }  // namespace
@@ -108,7 +127,7 @@ TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUse
   addAll(pState.fHistoryImports, TFileUse::fuRead, "a history to import");
   files.Add(pState.fCompareFile, TFileUse::fuOldScan, "the scan to compare with");
   files.Add(pUserOptionsFile, TFileUse::fuSettings, "the settings");
-  if (pState.fOptions->RecordHistory || pState.HasHistoryTasks()) {
+  if (pState.UsesHistory()) {
     // While the database is open, it keeps other files beside it.
     const std::u16string history = HistoryFile(*pState.fOptions);
     for (const char16_t* ending : {u"", u"-journal", u"-wal", u"-shm"})

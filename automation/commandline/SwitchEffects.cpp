@@ -115,6 +115,80 @@ void ExportDriveList(TCommandLineState& pState, std::u16string_view pFile) {
   pState.fDriveListFile = pFile;
 }
 
+namespace {
+
+using enum TPictureSubject;
+
+// Refuses names from which no picture's format follows. A switch with an optional file takes any name of no folder, so
+// this also finds a path to scan that does not exist.
+void CheckPictureName(std::u16string_view pFile, bool pMayBeBitmap) {
+  if (pFile.empty() || pFile == u"-" || HasExtension(pFile, u".svg")) return;
+  if (!HasExtension(pFile, u".png"))
+    throw EInvalidArgumentValue("writes pictures, and " + ToQuotedDisplay(pFile) +
+                                " is not the name of one: end it with .svg");
+  if (pMayBeBitmap) return;
+  const std::u16string instead = std::u16string(pFile.substr(0, pFile.size() - 4)) + u".svg";
+  throw EInvalidArgumentValue("writes SVG, since this program has no fonts to draw text with: name the file " +
+                              ToQuotedDisplay(instead));
+}
+
+// Without a file, the chart is added to reports, and a mail takes it along as a picture.
+void AddChart(TCommandLineState& pState, TPictureSubject pSubject, std::optional<TChartForm> pForm,
+              std::u16string_view pFile, bool TGlobalOptions::*pInReports) {
+  CheckPictureName(pFile, false);
+  if (pFile.empty()) pState.fOptions->*pInReports = true;
+  pState.fPictures.push_back({pSubject, pForm, std::u16string(pFile)});
+}
+
+}  // namespace
+
+void DrawTreemap(TCommandLineState& pState, std::u16string_view pFile) {
+  CheckPictureName(pFile, true);
+  pState.fPictures.push_back({psTreemap, {}, std::u16string(pFile)});
+}
+
+void DrawFolders(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psFolders, {}, pFile, &TGlobalOptions::ChartFolders);
+}
+
+void DrawFoldersPie(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psFolders, TChartForm::cfPie, pFile, &TGlobalOptions::ChartFolders);
+}
+
+void DrawFoldersBars(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psFolders, TChartForm::cfBar, pFile, &TGlobalOptions::ChartFolders);
+}
+
+void DrawExtensions(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psExtensions, {}, pFile, &TGlobalOptions::ChartExtensions);
+}
+
+void DrawExtensionsPie(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psExtensions, TChartForm::cfPie, pFile, &TGlobalOptions::ChartExtensions);
+}
+
+void DrawFileTypes(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psFileTypes, {}, pFile, &TGlobalOptions::ChartFileTypes);
+}
+
+void DrawUsers(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psUsers, {}, pFile, &TGlobalOptions::ChartUsers);
+}
+
+void DrawUsersPie(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psUsers, TChartForm::cfPie, pFile, &TGlobalOptions::ChartUsers);
+}
+
+void DrawFileAges(TCommandLineState& pState, std::u16string_view pFile) {
+  AddChart(pState, psFileAges, {}, pFile, &TGlobalOptions::ChartFileAges);
+}
+
+void DrawHistory(TCommandLineState& pState, std::u16string_view pFile) {
+  CheckPictureName(pFile, false);
+  if (pFile.empty()) pState.fShowHistoryOfScans = true;
+  pState.fPictures.push_back({psHistory, {}, std::u16string(pFile)});
+}
+
 // --- what it looks like --------------------------------------------------------------------------------------------
 
 void Expand(TCommandLineState& pState, std::u16string_view pLevel) {

@@ -49,6 +49,18 @@ TSwitchEffect ExportPathList;
 TSwitchEffect ExportXML;
 TSwitchEffect ExportDriveList;
 
+TSwitchEffect DrawTreemap;
+TSwitchEffect DrawFolders;
+TSwitchEffect DrawFoldersPie;
+TSwitchEffect DrawFoldersBars;
+TSwitchEffect DrawExtensions;
+TSwitchEffect DrawExtensionsPie;
+TSwitchEffect DrawFileTypes;
+TSwitchEffect DrawUsers;
+TSwitchEffect DrawUsersPie;
+TSwitchEffect DrawFileAges;
+TSwitchEffect DrawHistory;
+
 TSwitchEffect Expand;
 TSwitchEffect SortBy;
 TSwitchEffect UseColumns;

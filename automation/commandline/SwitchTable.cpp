@@ -18,7 +18,6 @@ constexpr bool kRepeated = true;
 
 constexpr std::string_view kNoWindow = "This version has no window.";
 constexpr std::string_view kNoInstaller = "This version is not installed by itself.";
-constexpr std::string_view kNoCharts = "This version draws no charts.";
 constexpr std::string_view kNoSearch = "This version has no file search.";
 constexpr std::string_view kNoRemote = "This version scans no storage in the cloud.";
 constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
@@ -28,10 +27,19 @@ constexpr std::string_view kNoSnapshots = "This version makes no snapshots.";
 constexpr std::string_view kListDetails =
     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
 
+constexpr std::string_view kChartDetails =
+    "Written as SVG, which browsers show. Without a file, reports show the chart in characters, CSV and tab-separated "
+    "exports get its numbers as a list, and a mail takes the picture along. The option PictureSize says how large "
+    "pictures are, ChartItems how many items they show.";
+constexpr std::string_view kFormDetails =
+    "Written as SVG, which browsers show. Without a file, reports show the chart in characters, CSV and tab-separated "
+    "exports get its numbers as a list, and a mail takes the picture along. The option ChartType chooses between bar, "
+    "column, pie and ring.";
+
 constexpr TSwitch kSwitches[] = {
     // What is scanned.
     {{u"SCAN", vkPaths, kRepeated},
-     srMain,
+     srMore,
      "PATH[;PATH]...",
      "scan these paths",
      AddPaths,
@@ -97,6 +105,87 @@ constexpr TSwitch kSwitches[] = {
      SetFlag<&TState::fDateInFileNames>},
     {{u"EXPORTDRIVELIST", vkOptionalFile, kOnce}, srMore, "[FILE]", "list the drives, as text or CSV", ExportDriveList},
     {{u"EXPORTDRIVESLIST", vkOptionalFile, kOnce}, srAlias, "[FILE]", "", ExportDriveList},
+
+    // Pictures.
+    {{u"TREEMAP", vkFile, kRepeated},
+     srMain,
+     "FILE",
+     "draw a treemap (.svg, .png)",
+     DrawTreemap,
+     {},
+     "SVG has captions and tooltips; PNG has neither. The options PictureSize, TreemapOf and TreemapColors say how "
+     "large "
+     "it is, what it shows, and what the colours mean."},
+    {{u"CHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "draw a chart of the folders (.svg)",
+     DrawFolders,
+     {},
+     kFormDetails},
+    {{u"PIECHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "the same as a pie",
+     DrawFoldersPie,
+     {},
+     kChartDetails},
+    {{u"BARCHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "the same as bars",
+     DrawFoldersBars,
+     {},
+     kChartDetails},
+    {{u"EXTENSIONSCHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "draw sizes by extension",
+     DrawExtensions,
+     {},
+     kFormDetails},
+    {{u"EXTENSIONSPIECHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "the same as a pie",
+     DrawExtensionsPie,
+     {},
+     kChartDetails},
+    {{u"FILETYPESCHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "draw sizes by kind of file",
+     DrawFileTypes,
+     {},
+     kFormDetails},
+    {{u"USERSCHART", vkOptionalFile, kRepeated}, srMore, "[FILE]", "draw sizes by owner", DrawUsers, {}, kFormDetails},
+    {{u"USERSPIECHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "the same as a pie",
+     DrawUsersPie,
+     {},
+     kChartDetails},
+    {{u"FILEAGESCHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "draw sizes by age",
+     DrawFileAges,
+     {},
+     kFormDetails},
+    {{u"HISTORYCHART", vkOptionalFile, kRepeated},
+     srMore,
+     "[FILE]",
+     "draw the size over time (.svg)",
+     DrawHistory,
+     {},
+     "Of the paths that --history names, else of the scanned paths, from the scans that --record-history recorded. "
+     "Without a file, the history of each scanned path is shown as --history shows it."},
+    {{u"DARK", vkOptionalBoolean, kRepeated},
+     srMore,
+     "",
+     "draw pictures on a dark ground",
+     SetOption<&TGlobalOptions::DarkPictures>},
 
     // What it looks like.
     {{u"EXPAND", vkLevel, kOnce},
@@ -308,16 +397,6 @@ constexpr TSwitch kSwitches[] = {
     {{u"PRINT", vkAnything, kRepeated}, srNotBuilt, "", "This version does not print."},
     {{u"SQLITE", vkAnything, kRepeated}, srNotBuilt, "", kNoIndex},
     {{u"INDEXFILE", vkAnything, kRepeated}, srNotBuilt, "", kNoIndex},
-    {{u"HISTORYCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"PIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"CHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"BARCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"TREEMAP", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"FILEAGESCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"EXTENSIONSCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"EXTENSIONSPIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"USERSCHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
-    {{u"USERSPIECHART", vkAnything, kRepeated}, srNotBuilt, "", kNoCharts},
     {{u"SEARCH", vkAnything, kRepeated}, srNotBuilt, "", kNoSearch},
     {{u"SEARCH:START", vkAnything, kRepeated}, srNotBuilt, "", kNoSearch},
     {{u"SEARCH:INTERNET", vkAnything, kRepeated}, srNotBuilt, "", kNoSearch},

@@ -5,6 +5,7 @@
 
 #include "export/text/ListExport.h"
 #include "export/text/RootDescription.h"
+#include "export/text/TextChart.h"
 #include "platform/text/Text.h"
 #include "presentation/lists/RootLists.h"
 
@@ -75,7 +76,9 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
                 " is not shown.");
     const std::vector<Presentation::TRootList> lists = Presentation::ChosenLists(fOptions);
     for (const Presentation::TRootList& list : lists) WriteListAsText(list.fFill(pRoot), fFormat, Output());
-    if (!lists.empty()) WriteLine("");
+    const int64_t before = LineCount();
+    WriteChosenCharts(pRoot, fOptions, fFormat, fMaximumWidth, Output());
+    if (!lists.empty() || LineCount() > before) WriteLine("");
   }
   for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors)))
     WriteLine(line);

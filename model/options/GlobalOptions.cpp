@@ -37,6 +37,24 @@ bool IsAgeList(std::string_view pText) {
   return true;
 }
 
+// "1000x700".
+bool ParsePictureSize(std::u16string_view pText, TPictureSize& pSize) {
+  constexpr int64_t kMost = 16384;  // pixels of a side
+  const std::string text = ToUtf8(pText);
+  const size_t cross = text.find_first_of("xX");
+  int64_t width = 0;
+  int64_t height = 0;
+  if (cross == std::string::npos || !TryParseInt64(text.substr(0, cross), width) ||
+      !TryParseInt64(text.substr(cross + 1), height) || width < 1 || height < 1 || width > kMost || height > kMost)
+    return false;
+  pSize = {static_cast<int32_t>(width), static_cast<int32_t>(height)};
+  return true;
+}
+
+std::u16string PictureSizeText(const TPictureSize& pSize) {
+  return FromUtf8(std::to_string(pSize.fWidth) + "x" + std::to_string(pSize.fHeight));
+}
+
 // In the declarations, an option's field is a pointer to a member of TGlobalOptions, or another callable through which
 // std::invoke returns the field.
 
@@ -290,6 +308,37 @@ std::vector<TOptionInfo> DeclareOptions() {
       Boolean("ListFileTypes", &TOptions::ListFileTypes, false, "Add the list of file-type groups to exports"),
       Boolean("ListUsers", &TOptions::ListUsers, false, "Add the list of owners to exports"),
       Boolean("ListFileAges", &TOptions::ListFileAges, false, "Add the list of file ages to exports"),
+      Boolean("ChartFolders", &TOptions::ChartFolders, false, "Add a chart of the folders to reports"),
+      Boolean("ChartExtensions", &TOptions::ChartExtensions, false, "Add a chart of the extensions to reports"),
+      Boolean("ChartFileTypes", &TOptions::ChartFileTypes, false, "Add a chart of the file types to reports"),
+      Boolean("ChartUsers", &TOptions::ChartUsers, false, "Add a chart of the owners to reports"),
+      Boolean("ChartFileAges", &TOptions::ChartFileAges, false, "Add a chart of the file ages to reports"),
+      Parsed<TPictureSize>("PictureSize", &TOptions::PictureSize, "1000x700", "WIDTHxHEIGHT, each 1..16384",
+                           ParsePictureSize, PictureSizeText, "Size of pictures in pixels"),
+      Boolean("DarkPictures", &TOptions::DarkPictures, false, "Draw pictures on a dark ground"),
+      Integer("ChartItems", &TOptions::ChartItems, 12, 2, 100, "Items of a chart; the rest is one more"),
+      Choice<TChartForm>("ChartType", &TOptions::ChartType,
+                         {{"auto", TChartForm::cfAutomatic},
+                          {"bar", TChartForm::cfBar},
+                          {"column", TChartForm::cfColumn},
+                          {"pie", TChartForm::cfPie},
+                          {"ring", TChartForm::cfRing}},
+                         "Form of the charts whose switch names no form"),
+      Choice<THistoryChartForm>("HistoryChartType", &TOptions::HistoryChartType,
+                                {{"area", THistoryChartForm::hfArea}, {"line", THistoryChartForm::hfLine}},
+                                "Form of the chart of the history"),
+      Choice<TTreemapSource>("TreemapOf", &TOptions::TreemapOf,
+                             {{"folders", TTreemapSource::tsFolders},
+                              {"extensions", TTreemapSource::tsExtensions},
+                              {"owners", TTreemapSource::tsOwners}},
+                             "What a treemap shows"),
+      Choice<TTreemapColors>("TreemapColors", &TOptions::TreemapColors,
+                             {{"type", TTreemapColors::tcType},
+                              {"extension", TTreemapColors::tcExtension},
+                              {"age", TTreemapColors::tcAge},
+                              {"depth", TTreemapColors::tcDepth},
+                              {"growth", TTreemapColors::tcGrowth}},
+                             "What the colours of a treemap of folders mean"),
       Text("MailServer", &TOptions::MailServer, "", "", nullptr, "SMTP server that mails go to; none: sendmail"),
       Integer("MailPort", &TOptions::MailPort, 0, 0, 65535, "The server's port; 0: the usual one"),
       Choice<TMailSecurity>(

@@ -22,6 +22,18 @@ namespace Vantrel {
 // How the connection to a mail server is encrypted: not at all, after the greeting, or from the start.
 enum class TMailSecurity : uint8_t { msNone, msStartTLS, msTLS };
 
+// What a treemap shows, and what its colours mean.
+enum class TTreemapSource : uint8_t { tsFolders, tsExtensions, tsOwners };
+enum class TTreemapColors : uint8_t { tcType, tcExtension, tcAge, tcDepth, tcGrowth };
+// The form of charts. The first lets each chart choose.
+enum class TChartForm : uint8_t { cfAutomatic, cfBar, cfColumn, cfPie, cfRing };
+enum class THistoryChartForm : uint8_t { hfArea, hfLine };
+
+struct TPictureSize {
+  int32_t fWidth = 0;  // in pixels
+  int32_t fHeight = 0;
+};
+
 // The program's options: named, typed properties. GlobalOptions.cpp declares each once with its default, range and help
 // line. The command line sets them by name, and "--help" lists them. A scan reads them at its start, so they are set
 // before.
@@ -52,6 +64,18 @@ class TGlobalOptions {
   bool ListFileTypes = false;
   bool ListUsers = false;
   bool ListFileAges = false;
+  bool ChartFolders = false;
+  bool ChartExtensions = false;
+  bool ChartFileTypes = false;
+  bool ChartUsers = false;
+  bool ChartFileAges = false;
+  TPictureSize PictureSize;
+  bool DarkPictures = false;
+  int32_t ChartItems = 0;
+  TChartForm ChartType = TChartForm::cfAutomatic;
+  THistoryChartForm HistoryChartType = THistoryChartForm::hfArea;
+  TTreemapSource TreemapOf = TTreemapSource::tsFolders;
+  TTreemapColors TreemapColors = TTreemapColors::tcType;
   std::string MailServer;
   int32_t MailPort = 0;
   TMailSecurity MailSecurity = TMailSecurity::msStartTLS;

@@ -5,13 +5,6 @@
 
 namespace Vantrel::Drawing {
 
-namespace {
-
-bool Contains(const TRectangle& pRectangle, TPoint pPoint) {
-  const TBox& box = pRectangle.fBox;
-  return pPoint.fX >= box.fLeft && pPoint.fX < box.Right() && pPoint.fY >= box.fTop && pPoint.fY < box.Bottom();
-}
-
 bool Contains(const TWedge& pWedge, TPoint pPoint) {
   const double x = pPoint.fX - pWedge.fCenter.fX;
   const double y = pPoint.fY - pWedge.fCenter.fY;
@@ -20,6 +13,13 @@ bool Contains(const TWedge& pWedge, TPoint pPoint) {
   double angle = std::fmod(std::atan2(x, -y) * 180 / std::numbers::pi - pWedge.fBegin, 360.0);
   if (angle < 0) angle += 360;
   return angle < pWedge.fSweep;
+}
+
+namespace {
+
+bool Contains(const TRectangle& pRectangle, TPoint pPoint) {
+  const TBox& box = pRectangle.fBox;
+  return pPoint.fX >= box.fLeft && pPoint.fX < box.Right() && pPoint.fY >= box.fTop && pPoint.fY < box.Bottom();
 }
 
 // Even-odd rule.

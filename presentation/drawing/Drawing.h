@@ -106,6 +106,8 @@ struct TDrawing {
   std::vector<TShape> fShapes;
 };
 
+bool Contains(const TWedge& pWedge, TPoint pPoint);
+
 // The subject of the topmost shape that has one and contains the point; kNoSubject if there is none.
 int SubjectAt(const TDrawing& pDrawing, TPoint pPoint);
 

@@ -41,7 +41,7 @@ void TSizeArrayMapBasePresenter::SetTop(IFolderData& pFolder, TRef<const TElemen
 TExtensionSizeArrayMapPresenter::TExtensionSizeArrayMapPresenter(IFolderData& pFolder, TColumn pValueColumn,
                                                                  TRef<const IFileTypeGroups> pGroups)
     : TSizeArrayMapBasePresenter(pFolder, pValueColumn) {
-  if (!pGroups) pGroups = MakeRef<TStandardFileTypes>();
+  if (!pGroups) pGroups = CommonFileTypeGroups();
   struct TGroup {
     TBasicSizeValues fSum;
     TRef<TElementList> fExtensions = MakeRef<TElementList>();

@@ -1,5 +1,9 @@
 #include "presentation/treemap/TreemapElements.h"
 
+#include <algorithm>
+
+#include "presentation/drawing/TextMeasure.h"
+
 namespace Vantrel::Treemap {
 
 namespace {
@@ -35,7 +39,8 @@ TTreeMapElement::TTreeMapElement(TTreemapElementID pID, std::u16string pCaption,
     : fID(pID), fCaption(std::move(pCaption)), fValues(pValues) {}
 
 std::u16string TTreeMapElement::GetHint(const TValueFormat& pFormat) const {
-  std::u16string hint = fNode ? fNode->GetFullPath() : fCaption;
+  // A line break in a name must not look like the end of the name.
+  std::u16string hint = Drawing::ShownText(fNode ? fNode->GetFullPath() : fCaption);
   AddLine(hint, TColumn::mdSize, fValues.fSize, pFormat);
   AddLine(hint, TColumn::mdAllocated, fValues.fAllocated, pFormat);
   if (!fNode || fNode->IsFolder()) AddLine(hint, TColumn::mdFiles, fValues.fFiles, pFormat);
@@ -56,7 +61,7 @@ std::u16string TTreemapElementFreeSpace::GetHint(const TValueFormat& pFormat) co
 
 std::u16string TTreemapElementExtensionGroup::GetHint(const TValueFormat& pFormat) const {
   std::u16string hint = TTreeMapElement::GetHint(pFormat);
-  if (!fDescription.empty()) hint.insert(GetCaption().size(), u"\n" + fDescription);
+  if (!fDescription.empty()) hint.insert(std::min(hint.find(u'\n'), hint.size()), u"\n" + fDescription);
   return hint;
 }
 

@@ -62,7 +62,7 @@ TTreeMapChartBasePresenter::TTreeMapChartBasePresenter(TRef<IFolderData> pFolder
   TTreemapColoring& coloring = fTree.fColoring;
   coloring.fScheme = pOptions.fScheme;
   coloring.fValueColumn = pOptions.fValueColumn;
-  coloring.fGroups = pOptions.fGroups ? pOptions.fGroups : TRef<const IFileTypeGroups>(MakeRef<TStandardFileTypes>());
+  coloring.fGroups = pOptions.fGroups ? pOptions.fGroups : CommonFileTypeGroups();
   coloring.fNow = TKivFileTime::Now();
   fTree.fShowFreeSpace = pOptions.fShowFreeSpace;
   if (const TRef<IHierarchicalRoot> root = fFolder->GetRoot()) {

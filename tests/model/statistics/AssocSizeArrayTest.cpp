@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <random>
 #include <set>
@@ -308,6 +309,66 @@ TEST(ColorPalette, ColoursFollowTheHashUnlessTheUserChose) {
   EXPECT_EQ(palette.GetColorForKey(u".txt"), 0x123456u);
   palette.SetUserColors({});
   EXPECT_EQ(palette.GetColorForKey(u".txt"), palette.GetColorForHash(0x86CA1A13u));
+}
+
+using TLight = std::array<double, 3>;
+
+TLight LightOf(TColor pColor) {
+  TLight light{};
+  for (size_t i = 0; i < 3; ++i) {
+    const double value = static_cast<double>(pColor >> (16 - 8 * i) & 0xFF) / 255;
+    light[i] = value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+  }
+  return light;
+}
+
+TLight Times(const std::array<TLight, 3>& pMatrix, const TLight& pLight) {
+  TLight product{};
+  for (size_t i = 0; i < 3; ++i)
+    for (size_t k = 0; k < 3; ++k) product[i] += pMatrix[i][k] * pLight[k];
+  return product;
+}
+
+// Oklab, in which distances are as large as they are seen.
+TLight Seen(const TLight& pLight) {
+  TLight cones = Times({{{0.4122, 0.5363, 0.0514}, {0.2119, 0.6807, 0.1074}, {0.0883, 0.2817, 0.6300}}}, pLight);
+  for (double& cone : cones) cone = std::cbrt(cone);
+  return Times({{{0.2105, 0.7936, -0.0041}, {1.9780, -2.4286, 0.4506}, {0.0259, 0.7828, -0.8087}}}, cones);
+}
+
+// What full colour blindness of each kind makes of light, after Machado and others.
+constexpr std::array<std::array<TLight, 3>, 4> kSights = {{
+    {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+    {{{0.1523, 1.0526, -0.2049}, {0.1145, 0.7863, 0.0992}, {-0.0039, -0.0481, 1.0520}}},
+    {{{0.3673, 0.8606, -0.2280}, {0.2801, 0.6725, 0.0474}, {-0.0118, 0.0429, 0.9689}}},
+    {{{1.2555, -0.0767, -0.1788}, {-0.0784, 0.9308, 0.1476}, {0.0047, 0.6914, 0.3039}}},
+}};
+
+double ContrastOf(const TLight& pA, const TLight& pB) {
+  auto luminance = [](const TLight& pLight) {
+    return 0.2126 * pLight[0] + 0.7152 * pLight[1] + 0.0722 * pLight[2] + 0.05;
+  };
+  return std::max(luminance(pA), luminance(pB)) / std::min(luminance(pA), luminance(pB));
+}
+
+TEST(ColorPalette, ColoursDifferForTheColourBlindToo) {
+  std::set<TColor> colors;
+  const TColorPalette palette;
+  for (uint32_t hash = 0; hash < 20; ++hash) colors.insert(palette.GetColorForHash(hash));
+  ASSERT_EQ(colors.size(), 20u);
+  for (const TColor color : colors) {
+    EXPECT_GT(ContrastOf(LightOf(color), LightOf(0xFFFFFF)), 1.4) << std::hex << color << " on white";
+    EXPECT_GT(ContrastOf(LightOf(color), LightOf(0x1B1F24)), 1.8) << std::hex << color << " on black";
+    for (const TColor other : colors) {
+      if (other <= color) continue;
+      for (const auto& sight : kSights) {
+        const TLight a = Seen(Times(sight, LightOf(color)));
+        const TLight b = Seen(Times(sight, LightOf(other)));
+        // About the distance between the most alike of eight colours recommended for everyone.
+        EXPECT_GT(std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]), 0.06) << std::hex << color << " and " << other;
+      }
+    }
+  }
 }
 
 TEST(NamedSizeData, AssignCopiesNameAndValues) {

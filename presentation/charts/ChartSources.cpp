@@ -1,0 +1,152 @@
+#include "presentation/charts/ChartSources.h"
+
+#include <utility>
+
+#include "model/statistics/FileAges.h"
+#include "model/statistics/FileTypeGroups.h"
+#include "platform/text/Text.h"
+#include "presentation/treemap/TreemapColors.h"
+
+namespace Vantrel::Charts {
+
+namespace {
+
+// Reads one kind of size.
+class TBasis {
+ public:
+  explicit TBasis(const IHierarchicalRoot& pRoot) : fColumn(pRoot.GetScanConfiguration()->GetShareBasis()) {}
+  TColumn Column() const { return fColumn; }
+  template <class TValues>
+  int64_t Of(const TValues& pValues) const {
+    return fColumn == TColumn::mdAllocated ? pValues.fAllocated : pValues.fSize;
+  }
+  int64_t Of(const IFolderData& pFolder) const {
+    return fColumn == TColumn::mdAllocated ? pFolder.GetAllocated() : pFolder.GetSize();
+  }
+
+ private:
+  const TColumn fColumn;
+};
+
+TChartData NewData(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, const TBasis& pBasis, bool pCollected) {
+  TChartData data;
+  data.fTitle = std::u16string(pWhat) + u" of " + pRoot.GetTitle();
+  if (!pCollected) data.fTitle += u" (not collected)";
+  data.fColumn = pBasis.Column();
+  return data;
+}
+
+// Items for what lies in a folder. What is smaller than pLeast is only summed up.
+std::vector<TChartItem> ItemsIn(IFolderData& pFolder, const TBasis& pBasis, int64_t pLeast, int pLevels) {
+  std::vector<TChartItem> items;
+  TChartItem rest;
+  rest.fIsRest = true;
+  rest.fCount = 0;
+  for (const TRef<IFolderData>& child : pFolder.FindSubFolders()) {
+    const int64_t value = pBasis.Of(*child);
+    if (value < pLeast) {
+      rest.fValue += value;
+      ++rest.fCount;
+      continue;
+    }
+    TChartItem item;
+    item.fKey = child->GetFullPath();
+    item.fLabel = child->GetObjectName();
+    item.fValue = value;
+    if (pLevels > 1 && !child->IsFileGroup()) item.fChildren = ItemsIn(*child, pBasis, pLeast, pLevels - 1);
+    items.push_back(std::move(item));
+  }
+  if (rest.fCount > 0) items.push_back(std::move(rest));
+  return items;
+}
+
+std::vector<TChartItem> ItemsOf(const ICustomAssocSizeArray& pArray, const TBasis& pBasis) {
+  std::vector<TChartItem> items;
+  for (const TKeyedSizeValues& entry : pArray.GetEntries()) {
+    TChartItem item;
+    item.fKey = TextOfKey(entry.fKey);
+    item.fLabel = item.fKey;
+    item.fValue = pBasis.Of(entry.fValues);
+    item.fColor = pArray.GetColorForKey(item.fKey);
+    items.push_back(std::move(item));
+  }
+  return items;
+}
+
+}  // namespace
+
+TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels) {
+  const TBasis basis(pRoot);
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  TChartData data = NewData(u"Folders", pRoot, basis, top != nullptr);
+  // A picture is at most some thousand pixels around.
+  constexpr int64_t kLeastShare = 20'000;
+  if (top) data.fItems = ItemsIn(*top, basis, basis.Of(*top) / kLeastShare, pLevels);
+  return data;
+}
+
+TChartData ExtensionsData(IHierarchicalRoot& pRoot) {
+  const TBasis basis(pRoot);
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<ICustomAssocSizeArray> array = top ? top->GetExtensionSizeArray() : nullptr;
+  TChartData data = NewData(u"Extensions", pRoot, basis, array != nullptr);
+  if (array) data.fItems = ItemsOf(*array, basis);
+  return data;
+}
+
+TChartData OwnersData(IHierarchicalRoot& pRoot) {
+  const TBasis basis(pRoot);
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<ICustomAssocSizeArray> array = top ? top->GetUserSizeArray() : nullptr;
+  TChartData data = NewData(u"Owners", pRoot, basis, array != nullptr);
+  if (array) data.fItems = ItemsOf(*array, basis);
+  return data;
+}
+
+TChartData FileTypesData(IHierarchicalRoot& pRoot) {
+  const TBasis basis(pRoot);
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<ICustomAssocSizeArray> array = top ? top->GetExtensionSizeArray() : nullptr;
+  TChartData data = NewData(u"File types", pRoot, basis, array != nullptr);
+  if (!array) return data;
+  const TRef<const IFileTypeGroups> groups = CommonFileTypeGroups();
+  std::vector<TChartItem> items(static_cast<size_t>(groups->GetCount()));
+  for (TChartItem& extension : ItemsOf(*array, basis)) {
+    const int group = groups->GetGroupIndexByExtension(extension.fKey);
+    if (group < 0) continue;
+    TChartItem& item = items[static_cast<size_t>(group)];
+    item.fValue += extension.fValue;
+    extension.fColor.reset();  // a group and its extensions are seen as one
+    item.fChildren.push_back(std::move(extension));
+  }
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (items[i].fChildren.empty()) continue;
+    items[i].fKey = groups->GetItem(static_cast<int>(i))->GetCaption();
+    items[i].fLabel = items[i].fKey;
+    items[i].fColor = Treemap::ColorOfFileTypeGroup(static_cast<int>(i), groups->GetCount());
+    data.fItems.push_back(std::move(items[i]));
+  }
+  return data;
+}
+
+TChartData FileAgesData(IHierarchicalRoot& pRoot) {
+  const TBasis basis(pRoot);
+  const TDateType type = pRoot.GetScanConfiguration()->GetFileAgesDateType();
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<IFileAgeDistribution> ages = top ? top->GetFileAgeDistribution(type) : nullptr;
+  TChartData data = NewData(u"File ages", pRoot, basis, ages != nullptr);
+  data.fIsOrdered = true;
+  if (!ages) return data;
+  const TRef<IFileAges> intervals = ages->GetFileAges();
+  for (int i = 0; i < intervals->GetCount(); ++i) {
+    TChartItem item;
+    item.fKey = intervals->GetLabel(i);
+    item.fLabel = item.fKey;
+    item.fValue = basis.Of(ages->GetRecord(i));
+    item.fColor = intervals->GetColor(i);
+    data.fItems.push_back(std::move(item));
+  }
+  return data;
+}
+
+}  // namespace Vantrel::Charts
