@@ -4,6 +4,8 @@
 
 #include "model/statistics/FileAges.h"
 #include "model/statistics/FileTypeGroups.h"
+#include "model/tree/EntryView.h"
+#include "model/tree/FileTable.h"
 #include "platform/text/Text.h"
 #include "presentation/treemap/TreemapColors.h"
 
@@ -60,6 +62,35 @@ std::vector<TChartItem> ItemsIn(IFolderData& pFolder, const TBasis& pBasis, int6
   return items;
 }
 
+// Items for the files of a folder without sub-folders. One item for all when the scan did not keep them.
+std::vector<TChartItem> FilesIn(IFolderData& pFolder, const TBasis& pBasis, int64_t pLeast) {
+  TChartItem rest;
+  rest.fIsRest = true;
+  rest.fCount = 0;
+  std::vector<TChartItem> items;
+  const TRef<const TFileTable> files = pFolder.GetFileTable();
+  for (size_t i = 0; files && i < files->Count(); ++i) {
+    TChartItem item;
+    item.fValue = pBasis.Of((*files)[i]);
+    if (item.fValue < pLeast) {
+      rest.fValue += item.fValue;
+      ++rest.fCount;
+      continue;
+    }
+    item.fKey = TEntryView(*files, (*files)[i], &pFolder).GetFullPath();
+    item.fLabel = files->NameAt(i);
+    items.push_back(std::move(item));
+  }
+  if (!files && pFolder.GetFiles() > 0) {
+    items.emplace_back();
+    items.back().fKey = pFolder.GetFullPath();
+    items.back().fLabel = u"[Files]";
+    items.back().fValue = pBasis.Of(pFolder);
+  }
+  if (rest.fCount > 0) items.push_back(std::move(rest));
+  return items;
+}
+
 std::vector<TChartItem> ItemsOf(const ICustomAssocSizeArray& pArray, const TBasis& pBasis) {
   std::vector<TChartItem> items;
   for (const TKeyedSizeValues& entry : pArray.GetEntries()) {
@@ -81,7 +112,9 @@ TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels) {
   TChartData data = NewData(u"Folders", pRoot, basis, top != nullptr);
   // A picture is at most some thousand pixels around.
   constexpr int64_t kLeastShare = 20'000;
-  if (top) data.fItems = ItemsIn(*top, basis, basis.Of(*top) / kLeastShare, pLevels);
+  if (!top) return data;
+  const int64_t least = basis.Of(*top) / kLeastShare;
+  data.fItems = top->GetSubFolderCount() > 0 ? ItemsIn(*top, basis, least, pLevels) : FilesIn(*top, basis, least);
   return data;
 }
 

@@ -11,7 +11,7 @@ namespace Vantrel::Charts {
 // scan did not collect them, the data has no items and its title ends with "(not collected)". Any thread.
 
 // The sub-folders of the top folder, their sub-folders, and so on, and the files of each folder as one item. Folders
-// far too small for a chart are summed up in an item of their parent.
+// far too small for a chart are summed up in an item of their parent. A top folder without sub-folders shows its files.
 TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels);
 TChartData ExtensionsData(IHierarchicalRoot& pRoot);
 // The standard file-type groups with their extensions. An extension of several groups counts in the first, so the

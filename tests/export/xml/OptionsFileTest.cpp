@@ -4,8 +4,9 @@
 
 #include <array>
 #include <filesystem>
-#include <initializer_list>
 #include <set>
+#include <string_view>
+#include <vector>
 
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Paths.h"
@@ -101,7 +102,7 @@ TEST(OptionsFile, LooksAsItIsDocumented) {
             "</VantrelOptions>\r\n");
 }
 
-TRef<TFileTypeGroups> Groups(std::initializer_list<std::array<std::u16string, 4>> pGroups) {
+TRef<TFileTypeGroups> Groups(const std::vector<std::array<std::u16string_view, 4>>& pGroups) {
   auto groups = MakeRef<TFileTypeGroups>();
   for (const auto& [caption, description, icon, patterns] : pGroups) {
     const TRef<IFileTypeGroup> group = groups->AddNewGroup();

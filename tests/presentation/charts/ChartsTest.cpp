@@ -311,20 +311,31 @@ TEST(ChartAxis, TimesBeginAtRoundDates) {
 
 // --- the data of a root --------------------------------------------------------------------------------------------
 
-TEST(ChartSources, AddUpToTheRoot) {
-  TMemoryRoot root;
-  TRandomTree random(11);
-  random.Fill(root.Top(), 4);
-  root.fOptions->CollectOwners = true;
-  root.Scan();
-  const int64_t whole = root.Root().GetTopFolder()->GetSize();
+void ExpectWholes(TMemoryRoot& pRoot) {
+  const int64_t whole = pRoot.Root().GetTopFolder()->GetSize();
   ASSERT_GT(whole, 0);
-  for (const TChartData& data : {FoldersData(root.Root(), 3), ExtensionsData(root.Root()), FileTypesData(root.Root()),
-                                 OwnersData(root.Root()), FileAgesData(root.Root())}) {
+  for (const TChartData& data : {FoldersData(pRoot.Root(), 3), ExtensionsData(pRoot.Root()),
+                                 FileTypesData(pRoot.Root()), OwnersData(pRoot.Root()), FileAgesData(pRoot.Root())}) {
     EXPECT_EQ(TotalOf(data.fItems), whole) << ToUtf8(data.fTitle);
     for (const TChartItem& item : data.fItems) {
       if (item.fChildren.empty()) continue;
       EXPECT_EQ(TotalOf(item.fChildren), item.fValue) << ToUtf8(item.fLabel);
+    }
+  }
+}
+
+TEST(ChartSources, AddUpToTheRoot) {
+  for (const bool hasFolders : {true, false}) {
+    for (const bool keepFiles : {true, false}) {
+      TMemoryRoot root;
+      TRandomTree random(11);
+      for (int i = 0; i < 3; ++i) random.AddFile(root.Top());
+      root.Top().AddFile(u"large", 1 << 30);
+      if (hasFolders) random.AddFolder(root.Top(), 4);
+      root.fOptions->CollectOwners = true;
+      root.fOptions->KeepFiles = keepFiles;
+      root.Scan();
+      ExpectWholes(root);
     }
   }
 }
