@@ -25,7 +25,7 @@ void TCustomRoot::RefillTopSizeList() {
   settings.fOrder = TSiblingOrder::soAny;
   TTreeWalk(settings).ForEach(*top, [&](const TTreeRow& pRow) {
     const TEntryView file = pRow.View();
-    if (file.GetSize() >= list->GetThreshold())
+    if (list->IsWorthOffering(file.GetSize(), 0))
       list->Add({file.GetSize(), file.GetAllocated(), file.GetLastChangeDate(), file.GetParentFolder(),
                  std::u16string(file.GetObjectName()), file.GetLastAccessDate(), file.GetCreationDate(),
                  file.GetAttributes(), file.GetOwnerKey()});

@@ -12,16 +12,19 @@ namespace Vantrel {
 namespace {
 
 constexpr int64_t kNothingComesIn = std::numeric_limits<int64_t>::max();
+constexpr size_t kAnyLength = std::numeric_limits<size_t>::max();
 
 }  // namespace
 
 TTopSizeFileList::TTopSizeFileList(size_t pMaxCount, char16_t pPathDelimiter)
     : fMaxCount(pMaxCount),
       fPathDelimiter(pPathDelimiter),
-      fThreshold(pMaxCount == 0 ? kNothingComesIn : std::numeric_limits<int64_t>::min()) {}
+      fThreshold(pMaxCount == 0 ? kNothingComesIn : std::numeric_limits<int64_t>::min()),
+      fThresholdPathLength(pMaxCount == 0 ? 0 : kAnyLength) {}
 
 bool TTopSizeFileList::RanksBefore(const TRanked& pA, const TRanked& pB) {
   if (pA.fEntry.fSize != pB.fEntry.fSize) return pA.fEntry.fSize > pB.fEntry.fSize;
+  if (pA.fFullPath.size() != pB.fFullPath.size()) return pA.fFullPath.size() < pB.fFullPath.size();
   return pA.fFullPath < pB.fFullPath;
 }
 
@@ -29,7 +32,7 @@ void TTopSizeFileList::Add(std::span<const TTopSizeEntry> pEntries) {
   const IHierarchicalElement* folder = nullptr;
   std::u16string folderPath;
   for (const TTopSizeEntry& entry : pEntries) {
-    if (entry.fSize < GetThreshold()) continue;
+    if (!IsWorthOffering(entry.fSize, 0)) continue;
     if (entry.fParentFolder.get() != folder) {
       folder = entry.fParentFolder.get();
       folderPath = folder ? folder->GetFullPath() : std::u16string();
@@ -55,12 +58,16 @@ void TTopSizeFileList::Offer(TRanked&& pRanked) {
 
 void TTopSizeFileList::UpdateThreshold() {
   int64_t threshold = std::numeric_limits<int64_t>::min();
+  size_t length = kAnyLength;
   if (fDisposed || fMaxCount == 0) {
     threshold = kNothingComesIn;
+    length = 0;
   } else if (fHeap.size() == fMaxCount) {
     threshold = fHeap.front().fEntry.fSize;
+    length = fHeap.front().fFullPath.size();
   }
-  fThreshold.store(threshold, std::memory_order_relaxed);
+  fThresholdPathLength.store(length, std::memory_order_relaxed);
+  fThreshold.store(threshold, std::memory_order_release);
 }
 
 bool TTopSizeFileList::RemoveBelow(const IHierarchicalElement& pFolder) {

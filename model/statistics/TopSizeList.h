@@ -30,11 +30,13 @@ struct TTopSizeEntry {
 // The largest files below a root. Any thread.
 class ITopSizeList : public IInterface {
  public:
-  // The smallest size worth offering. Files of exactly this size are worth offering too, since equal sizes are ordered
-  // by path. The call costs one relaxed read, so the scan makes it for every file.
-  virtual int64_t GetThreshold() const = 0;
+  // Whether a file is worth offering. pPathLength is the length of its full path in UTF-16 units; it may be too small,
+  // such as 0 for a path that is not known. The call costs one or two reads, so the scan makes it for every file.
+  virtual bool IsWorthOffering(int64_t pSize, size_t pPathLength) const = 0;
   // Offers a file. The result depends only on the offered files, never on their order. Larger files stay. Among equal
-  // sizes, those whose full path comes first in code-unit order stay.
+  // sizes, the shorter full paths stay, and among those the first ones in code-unit order. The length comes first
+  // because the scan knows it without making the path. Otherwise a deep tree of equal files would cost the square of
+  // its depth.
   virtual void Add(const TTopSizeEntry& pEntry) = 0;
   // The same for several files. Cheapest when files of one folder are adjacent.
   virtual void Add(std::span<const TTopSizeEntry> pEntries) = 0;
@@ -45,7 +47,7 @@ class ITopSizeList : public IInterface {
   // The same for the files directly in a folder, before its own entries are listed again.
   virtual bool RemoveFilesOf(const IHierarchicalElement& pFolder) = 0;
   virtual void Clear() = 0;
-  // The files, largest first, equal sizes by full path.
+  // The files, largest first, equal sizes by the length of the full path and then by that path.
   virtual std::vector<TTopSizeEntry> GetSnapshot() const = 0;
   // Final: releases the folders and accepts nothing more.
   virtual void Dispose() = 0;
@@ -56,7 +58,11 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
   // Keeps pMaxCount files (the option NumberOfTopFiles). The delimiter is the root's.
   TTopSizeFileList(size_t pMaxCount, char16_t pPathDelimiter);
 
-  int64_t GetThreshold() const override { return fThreshold.load(std::memory_order_relaxed); }
+  bool IsWorthOffering(int64_t pSize, size_t pPathLength) const override {
+    const int64_t threshold = fThreshold.load(std::memory_order_acquire);
+    return pSize > threshold ||
+           (pSize == threshold && pPathLength <= fThresholdPathLength.load(std::memory_order_relaxed));
+  }
   void Add(const TTopSizeEntry& pEntry) override { Add(std::span(&pEntry, 1)); }
   void Add(std::span<const TTopSizeEntry> pEntries) override;
   bool RemoveBelow(const IHierarchicalElement& pFolder) override;
@@ -80,8 +86,11 @@ class TTopSizeFileList : public TInterfaced<ITopSizeList> {
 
   const size_t fMaxCount;
   const char16_t fPathDelimiter;
-  // The smallest size that could still enter; above every size when nothing can.
+  // The smallest size that could still enter, and the longest path of that size. Above every size when nothing can.
+  // Both are written under the lock, the length first, and read without it, the size first. While files are added, they
+  // only become harder to meet. So a pair that does not belong together may let a file pass, but never keeps one out.
   std::atomic<int64_t> fThreshold;
+  std::atomic<size_t> fThresholdPathLength;
   mutable TSlimReaderWriterLock fLock;
   std::vector<TRanked> fHeap GUARDED_BY(fLock);  // the file to be dropped next is at the front
   bool fDisposed GUARDED_BY(fLock) = false;

@@ -78,10 +78,11 @@ void TFolderAccumulator::CountFile(const IHierarchicalEnumerator& pEntry) {
     const int interval = fFileAges->GetIndexOfMatchingInterval(FileAgeInDays(fNow, date));
     if (interval >= 0) fAges.Add(static_cast<TKeyId>(interval), sizes);
   }
-  if (fPathLength + 1 + name.size() >= fLongPathLength) fLongPaths = true;
+  const size_t pathLength = fPathLength + 1 + name.size();
+  if (pathLength >= fLongPathLength) fLongPaths = true;
   fLastAccessDate = std::max(fLastAccessDate, values.fLastAccessDate);
   fLastChangeDate = std::max(fLastChangeDate, values.fLastChangeDate);
-  if (fTopSizeList && values.fSize >= fTopSizeList->GetThreshold())
+  if (fTopSizeList && fTopSizeList->IsWorthOffering(values.fSize, pathLength))
     fTopFiles.push_back({values, std::u16string(name), ownerKey});
   if (fKeepFiles) fFiles.Add(name, values, ownerKey);
 }

@@ -1,6 +1,7 @@
 #include "tests/support/Recount.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "model/statistics/AssocSizeArray.h"
 #include "model/statistics/FileAges.h"
@@ -191,10 +192,11 @@ std::vector<std::pair<int64_t, std::u16string>> LargestFiles(const TMemoryEntry&
                                                              const TRecountSettings& pSettings, size_t pCount) {
   std::vector<std::pair<int64_t, std::u16string>> files;
   for (const TFlatEntry& entry : Flatten(pTop, pSettings))
-    if (!entry.fEntry->IsFolder()) files.emplace_back(-entry.fEntry->fValues.fSize, entry.fPath);
-  std::sort(files.begin(), files.end());
+    if (!entry.fEntry->IsFolder()) files.emplace_back(entry.fEntry->fValues.fSize, entry.fPath);
+  std::sort(files.begin(), files.end(), [](const auto& pA, const auto& pB) {
+    return std::tuple(-pA.first, pA.second.size(), pA.second) < std::tuple(-pB.first, pB.second.size(), pB.second);
+  });
   files.resize(std::min(files.size(), pCount));
-  for (auto& [size, path] : files) size = -size;
   return files;
 }
 

@@ -7,6 +7,7 @@
 #include <random>
 #include <set>
 #include <thread>
+#include <tuple>
 
 #include "model/roots/RootInterfaces.h"
 #include "model/statistics/TopSizeList.h"
@@ -51,10 +52,11 @@ class TPlainFolder : public TInterfaced<IHierarchicalElement> {
 using TEntries = std::vector<TTopSizeEntry>;
 
 // Comparable form of an entry, in the order that the list promises.
-using TRow = std::pair<int64_t, std::u16string>;  // negated size, full path
+using TRow = std::tuple<int64_t, size_t, std::u16string>;  // negated size, length of the full path, full path
 
 TRow RowOf(const TTopSizeEntry& pEntry) {
-  return {-pEntry.fSize, pEntry.fParentFolder->GetFullPath() + u'/' + pEntry.fName};
+  const std::u16string path = pEntry.fParentFolder->GetFullPath() + u'/' + pEntry.fName;
+  return {-pEntry.fSize, path.size(), path};
 }
 
 std::vector<TRow> RowsOf(const TEntries& pEntries) {
@@ -104,7 +106,8 @@ TEST(TopSizeList, KeepsTheSameFilesWhateverTheOrder) {
       std::shuffle(tree.fFiles.begin(), tree.fFiles.end(), tree.fRandom);
       TRef<ITopSizeList> list = MakeRef<TTopSizeFileList>(count, u'/');
       for (const TTopSizeEntry& file : tree.fFiles) {
-        if (file.fSize >= list->GetThreshold()) list->Add(file);
+        const size_t length = file.fParentFolder->GetFullPath().size() + 1 + file.fName.size();
+        if (list->IsWorthOffering(file.fSize, length)) list->Add(file);
       }
       EXPECT_EQ(RowsOf(list->GetSnapshot()), expected) << count << " files, round " << round;
     }
@@ -144,7 +147,7 @@ TEST(TopSizeList, RemovesWhatLiesBelowAFolder) {
   EXPECT_EQ(RowsOf(list->GetSnapshot()), RowsOf(left));
   EXPECT_FALSE(list->RemoveBelow(*removed));
   // There is room again: the smallest file is welcome, and offering everything once more restores the list.
-  EXPECT_LE(list->GetThreshold(), 0);
+  EXPECT_TRUE(list->IsWorthOffering(0, 1000));
   list->Clear();
   list->Add(tree.fFiles);
   EXPECT_EQ(RowsOf(list->GetSnapshot()), LargestOf(tree.fFiles, 100));
@@ -155,14 +158,18 @@ TEST(TopSizeList, RemovesWhatLiesBelowAFolder) {
 TEST(TopSizeList, TakesNothingWithoutRoomOrAfterDisposal) {
   TTree tree(4);
   TRef<ITopSizeList> none = MakeRef<TTopSizeFileList>(0, u'/');
-  EXPECT_EQ(none->GetThreshold(), std::numeric_limits<int64_t>::max());
+  EXPECT_FALSE(none->IsWorthOffering(std::numeric_limits<int64_t>::max(), 1));
   none->Add({std::numeric_limits<int64_t>::max(), 0, {}, tree.fTop, u"huge"});
   EXPECT_TRUE(none->GetSnapshot().empty());
   TRef<ITopSizeList> list = MakeRef<TTopSizeFileList>(5, u'/');
   list->Add(tree.fFiles);
-  EXPECT_EQ(list->GetThreshold(), 7);
+  const std::u16string last = std::get<2>(RowOf(list->GetSnapshot().back()));
+  EXPECT_TRUE(list->IsWorthOffering(8, 1000));
+  EXPECT_TRUE(list->IsWorthOffering(7, last.size()));
+  EXPECT_FALSE(list->IsWorthOffering(7, last.size() + 1));  // known to be refused before its path is made
+  EXPECT_FALSE(list->IsWorthOffering(6, 1));
   list->Dispose();
-  EXPECT_EQ(list->GetThreshold(), std::numeric_limits<int64_t>::max());
+  EXPECT_FALSE(list->IsWorthOffering(std::numeric_limits<int64_t>::max(), 1));
   list->Add({std::numeric_limits<int64_t>::max(), 0, {}, tree.fTop, u"huge"});
   EXPECT_TRUE(list->GetSnapshot().empty());
 }
