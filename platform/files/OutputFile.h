@@ -24,7 +24,6 @@ namespace Vantrel {
 //
 // Every failure is an EOSError. The constructor throws when the target is a folder, may not be written or has no
 // folder. Later calls throw when the disk is full. For one thread at a time.
-// when the disk is full. For one thread at a time.
 class TOutputFile final : public IByteSink {
  public:
   static constexpr std::u16string_view kStandardOutput = u"-";
