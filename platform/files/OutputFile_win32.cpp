@@ -40,6 +40,15 @@ void CopyPermissions(const std::u16string& pFrom, const std::u16string& pTo) {
     SetFileAttributesW(Wide(pTo), attributes & kKept);
 }
 
+// A handle of its own to the standard output, nullptr when there is none.
+HANDLE OwnStandardOutput() {
+  HANDLE own = nullptr;
+  if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &own, 0, FALSE,
+                       DUPLICATE_SAME_ACCESS))
+    return nullptr;
+  return own;
+}
+
 [[noreturn]] void Fail(DWORD pCode, std::string_view pOperation, const std::u16string& pPath) {
   throw EOSError(pCode, pOperation, pPath);
 }
@@ -66,10 +75,8 @@ void TOutputFile::Open() {
   constexpr DWORD kDirectoryNotSupported = 336;  // newer than the compiler's headers
   const auto fail = [&](DWORD pCode, std::string_view pOperation) { Fail(pCode, pOperation, fPath); };
   if (fPath == kStandardOutput) {
-    HANDLE own = nullptr;
-    if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &own, 0, FALSE,
-                         DUPLICATE_SAME_ACCESS))
-      fail(GetLastError(), "Opening a file");
+    const HANDLE own = OwnStandardOutput();
+    if (own == nullptr) fail(GetLastError(), "Opening a file");
     fTarget = fPath;
     fFile = TFileStream(reinterpret_cast<TFileStream::THandle>(own), fPath);
     return;
