@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "app/Application.h"
+#include "app/CancelRequest.h"
 #include "automation/commandline/ExitCodes.h"
 #include "platform/system/Console.h"
 
@@ -52,7 +53,7 @@ void RunProcess(const std::string& pPlatformName, std::span<const std::u16string
   int result = 0;
   {
     TApplication application(settings);
-    Vantrel::TConsole::SetCancelHandler(TApplication::RequestCancel);
+    Vantrel::TConsole::SetCancelHandler(RequestCancel);
     result = application.Run(pTokens);
     Vantrel::TConsole::SetCancelHandler(nullptr);
   }

@@ -139,34 +139,38 @@ double CostOfResizing(const ITreemapPresenter& pPresenter, double pSecondsOfOne)
   return seconds / pSecondsOfOne;
 }
 
+// Pictures of a million tiles. Also gives the seconds for a smaller picture of the same tree.
+bool MeasureMillionTiles(const TFileGroupContents& pThousand, double& pSmallTree) {
+  bool met = true;
+  TTree tree;
+  tree.Fill(1, 1000, pThousand);
+  const TRef<ITreemapPresenter> presenter = tree.Present();
+  const TFigure million =
+      Measure("1,000 x 1,000 files at 3840 x 2160, tiles from 1 pixel", *presenter, Settings(3840, 2160, 1));
+  met &= Check(million.fPicture->fTiles.size() >= 1'000'000, "a million tiles");
+  met &= Check(million.fSeconds < 0.5, "in under half a second");
+  std::vector<uint32_t> pixels;
+  Bench::Seconds([&] { pixels.assign(3840 * 2160, 1); });
+  fmt::print("       writing that many pixels once takes {:.1f} ms\n",
+             Bench::Seconds([&] { pixels.assign(3840 * 2160, 2); }) * 1e3);
+  const TFigure small = Measure("the same at 1000 x 700", *presenter, Settings(1000, 700, 9));
+  pSmallTree = small.fSeconds;
+  const double hits = NanosecondsOfHit(*million.fPicture);
+  const double fewer = NanosecondsOfHit(*small.fPicture);
+  met &= Check(hits < 2000, fmt::format("finding a tile takes {:.0f} ns among {} tiles, {:.0f} ns among {}", hits,
+                                        million.fPicture->fTiles.size(), fewer, small.fPicture->fTiles.size()));
+  const double resizing = CostOfResizing(*presenter, million.fSeconds);
+  met &= Check(resizing < 5, fmt::format("a hundred changes of the size cost as much as {:.1f} pictures", resizing));
+  return met;
+}
+
 }  // namespace
 
 int main() {
   fmt::print("{} processors\n", ProcessorCount());
-  bool met = true;
   double smallTree = 0;
   const TFileGroupContents thousand = Files(1000);
-  {
-    TTree tree;
-    tree.Fill(1, 1000, thousand);
-    const TRef<ITreemapPresenter> presenter = tree.Present();
-    const TFigure million =
-        Measure("1,000 x 1,000 files at 3840 x 2160, tiles from 1 pixel", *presenter, Settings(3840, 2160, 1));
-    met &= Check(million.fPicture->fTiles.size() >= 1'000'000, "a million tiles");
-    met &= Check(million.fSeconds < 0.5, "in under half a second");
-    std::vector<uint32_t> pixels;
-    Bench::Seconds([&] { pixels.assign(3840 * 2160, 1); });
-    fmt::print("       writing that many pixels once takes {:.1f} ms\n",
-               Bench::Seconds([&] { pixels.assign(3840 * 2160, 2); }) * 1e3);
-    const TFigure small = Measure("the same at 1000 x 700", *presenter, Settings(1000, 700, 9));
-    smallTree = small.fSeconds;
-    const double hits = NanosecondsOfHit(*million.fPicture);
-    const double fewer = NanosecondsOfHit(*small.fPicture);
-    met &= Check(hits < 2000, fmt::format("finding a tile takes {:.0f} ns among {} tiles, {:.0f} ns among {}", hits,
-                                          million.fPicture->fTiles.size(), fewer, small.fPicture->fTiles.size()));
-    const double resizing = CostOfResizing(*presenter, million.fSeconds);
-    met &= Check(resizing < 5, fmt::format("a hundred changes of the size cost as much as {:.1f} pictures", resizing));
-  }
+  bool met = MeasureMillionTiles(thousand, smallTree);
   {
     TTree tree;
     tree.Fill(100, 100, thousand);

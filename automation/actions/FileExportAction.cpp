@@ -85,6 +85,10 @@ TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std:
   return pSettings;
 }
 
+TMediaSettings RowSettings(TExportFormat pFormat, TGlobalOptions& pOptions, std::u16string_view pFile) {
+  return RowSettings(pFormat, TMediaOptions(pOptions).Effective(MediaOf(pFormat)), pFile);
+}
+
 namespace {
 
 // A file that programs read has no charts. It gets the charts' numbers as lists.
@@ -160,6 +164,10 @@ std::u16string TFileExportPostScanAction::PathOfRoot(const std::u16string& pPath
   return fRun.fSeveralRoots ? WithPartInName(pPath, u"_" + pRoot) : pPath;
 }
 
+TMediaSettings TFileExportPostScanAction::Settings() const {
+  return RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
+}
+
 void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
   TCustomXMLExport xml(fHandler.MergedRecursionLevel(TMediaType::mtXML), fRun.fProgramName, fRun.fVersion);
   const std::u16string path = PathOfRoot(fFileName, pRootName);
@@ -172,12 +180,11 @@ void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
     fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
     if (fFormat == TExportFormat::efPathList) fFile->SetLineEnd(EndOfPath(fRun.fPathsEndWithNul));
   }
-  const TMediaSettings settings = RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
-  CreateExport(fFormat, settings, fOptions, fRun)->Export(pRoot, *fFile);
+  CreateExport(fFormat, Settings(), fOptions, fRun)->Export(pRoot, *fFile);
 }
 
 void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
-  const TMediaSettings settings = RowSettings(fFormat, fHandler.MergedRecursionLevel(MediaOf(fFormat)), fFileName);
+  const TMediaSettings settings = Settings();
   for (const Presentation::TRootList& list : Presentation::ChosenLists(WithListsOfCharts(fOptions))) {
     const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));

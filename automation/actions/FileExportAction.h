@@ -23,8 +23,10 @@ TMediaType MediaOf(TExportFormat pFormat);
 // The format for a file's name: CSV, tabs for ".tsv" and ".tab", otherwise the usual one.
 TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual);
 
-// The settings in effect for the format's kind of output, adjusted for files that programs read row by row.
+// The settings for the format's kind of output, adjusted for files that programs read row by row. Either those given,
+// or those that the options say.
 TMediaSettings RowSettings(TExportFormat pFormat, TMediaSettings pSettings, std::u16string_view pFile);
+TMediaSettings RowSettings(TExportFormat pFormat, TGlobalOptions& pOptions, std::u16string_view pFile);
 
 // The list files that the options ask for beside an export of one scan. None if the export holds its lists itself or
 // has no file name.
@@ -66,6 +68,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
 
  private:
   std::u16string PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const;
+  TMediaSettings Settings() const;
   void NoteWritten(const std::u16string& pPath);
   void ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
   void ExportLines(IHierarchicalRoot& pRoot);

@@ -153,8 +153,7 @@ class THistoryTasks {
   void ExportCSV(const std::vector<TList>& pTables) {
     const std::u16string& path = fState.fHistoryCSV;
     const TExportFormat format = PostScanActions::FormatOfFile(path, TExportFormat::efCSV);
-    const TMediaSettings settings = PostScanActions::RowSettings(
-        format, TMediaOptions(*fState.fOptions).Effective(PostScanActions::MediaOf(format)), path);
+    const TMediaSettings settings = PostScanActions::RowSettings(format, *fState.fOptions, path);
     CreateFolderOf(path);
     PostScanActions::TExportFile file(path, [] { return false; });
     for (const TList& table : pTables) WriteListAsDelimited(table, settings, file);

@@ -13,90 +13,6 @@ namespace Vantrel::XML {
 
 using XML::TXMLUtils;
 
-enum class TXMLTreeBuilder::TElement : uint8_t {
-  elUnknown,
-  elRoot,
-  elPath,
-  elTitle,
-  elDate,
-  elDateISO,
-  elFilesystem,
-  elBytesPerCluster,
-  elTotalBytes,
-  elFreeBytes,
-  elExcludedObjects,
-  elTerminated,
-  elIsFullExport,
-  elIsCompared,
-  elFileAgesDateType,
-  elDoCreateFileAges,
-  elTopSizeList,
-  elTopFile,
-  elPatterns,  // of either type
-  elPatternList,
-  elPattern,
-  elFolder,
-  elAttributes,
-  elOwner,
-  elErrorMessage,
-  elFolderState,
-  elLastAccess,
-  elLastChange,
-  elCreation,
-  elSizeData,
-  elExtensionSizeArray,
-  elUserSizeArray,
-  elItem,
-  elFileAges,
-};
-
-TXMLTreeBuilder::TElement TXMLTreeBuilder::ElementOf(std::u16string_view pName) {
-  using enum TElement;
-  static const boost::unordered_flat_map<std::u16string_view, TElement> elements = {
-      {u"root", elRoot},
-      {u"path", elPath},
-      {u"title", elTitle},
-      {u"date", elDate},
-      {u"dateiso", elDateISO},
-      {u"filesystem", elFilesystem},
-      {u"bytespercluster", elBytesPerCluster},
-      {u"totalbytesondrive", elTotalBytes},
-      {u"usedbytesondrive", elTotalBytes},
-      {u"freebytesondrive", elFreeBytes},
-      {u"excludedobjects", elExcludedObjects},
-      {u"terminated", elTerminated},
-      {u"isfullexport", elIsFullExport},
-      {u"iscompared", elIsCompared},
-      {u"fileagesdatetype", elFileAgesDateType},
-      {u"docreatefileages", elDoCreateFileAges},
-      {u"ttopsizefilelist", elTopSizeList},
-      {u"topfile", elTopFile},
-      {u"includepatterns", elPatterns},
-      {u"excludepatterns", elPatterns},
-      {u"tpatternlist", elPatternList},
-      {u"pattern", elPattern},
-      {u"folder", elFolder},
-      {u"attributes", elAttributes},
-      {u"owner", elOwner},
-      {u"errormessage", elErrorMessage},
-      {u"folderstate", elFolderState},
-      {u"lastaccessdate", elLastAccess},
-      {u"lastchangedate", elLastChange},
-      {u"creationdate", elCreation},
-      {u"sizedata", elSizeData},
-      {u"textensionsizearray", elExtensionSizeArray},
-      {u"tusersizearray", elUserSizeArray},
-      {u"item", elItem},
-      {u"fileagedistribution", elFileAges},
-  };
-  constexpr size_t kLongest = 32;
-  if (pName.size() > kLongest) return elUnknown;
-  char16_t folded[kLongest];
-  std::transform(pName.begin(), pName.end(), folded, FoldAscii);
-  const auto found = elements.find(std::u16string_view(folded, pName.size()));
-  return found == elements.end() ? elUnknown : found->second;
-}
-
 // Takes an unfinished tree apart. Otherwise its memory would never be freed.
 TXMLTreeBuilder::~TXMLTreeBuilder() {
   if (!fRoot) return;
@@ -168,18 +84,16 @@ TXMLTreeBuilder::TOpenFolder& TXMLTreeBuilder::OpenFolder(std::string_view pWher
 // --- events --------------------------------------------------------------------------------------------------------
 
 void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan pAttributes) {
-  using enum TElement;
+  using enum TScanFileElement;
   // Attributes are searched one by one, so a million of them would take hours.
   constexpr size_t kMostAttributes = 1000;
   if (pAttributes.size() > kMostAttributes)
     Fail("An element has " + std::to_string(pAttributes.size()) + " attributes; no scan file has so many");
   fText.clear();
   fEscaped = TXMLUtils::GetValueFromAttributeByQName(pAttributes, TXMLUtils::kEscapedSuffix, {});
-  const TElement element = ElementOf(pName);
+  const TScanFileElement element = ElementOf(pName);
   if (!fSeenRoot && element != elRoot) Fail("The document is no scan file: it begins with " + ToQuotedDisplay(pName));
   switch (element) {
-    case elRoot:
-      return BeginRoot(pAttributes);
     case elFolder:
       return BeginFolder(pAttributes);
     case elSizeData:
@@ -198,28 +112,38 @@ void TXMLTreeBuilder::StartElement(std::u16string_view pName, TXMLAttributeSpan 
       return AddItem(pAttributes);
     case elFileAges:
       return ReadFileAges(pAttributes);
+    case elErrorMessage:
+      return BeginError(pAttributes);
+    default:
+      return BeginHeaderElement(element, pAttributes);
+  }
+}
+
+void TXMLTreeBuilder::BeginHeaderElement(TScanFileElement pElement, TXMLAttributeSpan pAttributes) {
+  using enum TScanFileElement;
+  switch (pElement) {
+    case elRoot:
+      return BeginRoot(pAttributes);
     case elTopSizeList:
       if (!fScan.fTopFiles) fScan.fTopFiles.emplace();  // a second list extends the first
       return;
     case elTopFile:
       return ReadTopFile(pAttributes);
-    case elErrorMessage:
-      return BeginError(pAttributes);
     case elDoCreateFileAges:
       fScan.fFileAgesDateType =
           static_cast<TDateType>(Number(pAttributes, u"FileAgesDateType", 0, static_cast<int64_t>(TDateType::dtNone)));
       return;
     case elPatternList:
     case elPattern:
-      return ReadPatternElement(element, pAttributes);
+      return ReadPatternElement(pElement, pAttributes);
     default:
       return;
   }
 }
 
 void TXMLTreeBuilder::EndElement(std::u16string_view pName) {
-  using enum TElement;
-  const TElement element = ElementOf(pName);
+  using enum TScanFileElement;
+  const TScanFileElement element = ElementOf(pName);
   switch (element) {
     case elFolder:
       EndFolder();
@@ -248,10 +172,8 @@ void TXMLTreeBuilder::EndElement(std::u16string_view pName) {
   fText.clear();
 }
 
-void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
-  using enum TElement;
-  auto number = [&](std::string_view pWhat) { return Integer(fText, pWhat, 0, kMostOfAnything); };
-  auto boolean = [&](std::string_view pWhat) { return Integer(fText, pWhat, INT64_MIN, INT64_MAX) != 0; };
+void TXMLTreeBuilder::ReadHeaderText(TScanFileElement pElement) {
+  using enum TScanFileElement;
   switch (pElement) {
     case elPath:
       fRootPath = TXMLUtils::HtmlDecode(ExactText());
@@ -267,6 +189,26 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
       if (const auto date = TrimmedXML(fText); !date.empty() && !TryParseIso(ToUtf8(date), fScan.fScanTimeStamp))
         Fail("DateISO is no date: " + ToQuotedDisplay(fText.substr(0, 100)));
       break;
+    case elExcludedObjects:
+      fScan.fExcludedObjects = Integer(fText, "ExcludedObjects", 0, kMostOfAnything);
+      break;
+    case elFileAgesDateType:
+      fScan.fFileAgesDateType =
+          static_cast<TDateType>(Integer(fText, "FileAgesDateType", 0, static_cast<int64_t>(TDateType::dtNone)));
+      break;
+    case elTerminated:
+    case elIsFullExport:
+    case elIsCompared:
+      return ReadWholeness(pElement);
+    default:
+      return ReadStorage(pElement);
+  }
+}
+
+void TXMLTreeBuilder::ReadStorage(TScanFileElement pElement) {
+  using enum TScanFileElement;
+  auto number = [&](std::string_view pWhat) { return Integer(fText, pWhat, 0, kMostOfAnything); };
+  switch (pElement) {
     case elFilesystem:
       fScan.fStorage.fFileSystem = ExactText();
       break;
@@ -279,9 +221,15 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
     case elFreeBytes:
       fScan.fStorage.fFreeBytes = number("FreeBytesOnDrive");
       break;
-    case elExcludedObjects:
-      fScan.fExcludedObjects = number("ExcludedObjects");
+    default:
       break;
+  }
+}
+
+void TXMLTreeBuilder::ReadWholeness(TScanFileElement pElement) {
+  using enum TScanFileElement;
+  auto boolean = [&](std::string_view pWhat) { return Integer(fText, pWhat, INT64_MIN, INT64_MAX) != 0; };
+  switch (pElement) {
     case elTerminated:
       fScan.fWasCancelled = boolean("Terminated");
       if (fScan.fWasCancelled)
@@ -302,10 +250,6 @@ void TXMLTreeBuilder::ReadHeaderText(TElement pElement) {
         RefuseToCompare(
             "contains data of a previous comparison.\r\n\r\n"
             "Exports containing comparison data cannot be used for a second comparison.");
-      break;
-    case elFileAgesDateType:
-      fScan.fFileAgesDateType =
-          static_cast<TDateType>(Integer(fText, "FileAgesDateType", 0, static_cast<int64_t>(TDateType::dtNone)));
       break;
     default:
       break;
@@ -336,7 +280,7 @@ char16_t TXMLTreeBuilder::DelimiterFor(std::u16string_view pPath) const {
   return pPath.starts_with(u'/') ? u'/' : u'\\';
 }
 
-void TXMLTreeBuilder::ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes) {
+void TXMLTreeBuilder::ReadPatternElement(TScanFileElement pElement, TXMLAttributeSpan pAttributes) {
   using namespace PatternMatching;
   TElementAttributes attributes;
   for (const XML::TXMLAttribute& attribute : pAttributes) {
@@ -350,7 +294,7 @@ void TXMLTreeBuilder::ReadPatternElement(TElement pElement, TXMLAttributeSpan pA
     fPatterns = MakeRef<TPatternList>(DelimiterFor(path));
   }
   try {
-    if (pElement == TElement::elPatternList)
+    if (pElement == TScanFileElement::elPatternList)
       fPatterns->ReadProperties(attributes);
     else
       fPatterns->ReadFromXML(attributes);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "export/xml/LoadedTopFiles.h"
+#include "export/xml/ScanFileElements.h"
 #include "export/xml/XMLReader.h"
 #include "model/roots/Root.h"
 #include "model/statistics/AssocSizeArray.h"
@@ -43,7 +44,6 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   bool WasCancelled() const { return fScan.fWasCancelled; }
 
  private:
-  enum class TElement : uint8_t;
   // A folder whose element is open.
   struct TOpenFolder {
     TRef<TCustomFolderData> fNode;
@@ -56,8 +56,6 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
 
   // The limit for bytes or items. Two such numbers can be added, and no storage holds so much.
   static constexpr int64_t kMostOfAnything = INT64_MAX / 2;
-
-  static TElement ElementOf(std::u16string_view pName);
 
   [[noreturn]] void Fail(const std::string& pMessage) const;
   int64_t Integer(std::u16string_view pText, std::string_view pWhat, int64_t pLeast, int64_t pMost) const;
@@ -85,8 +83,12 @@ class TXMLTreeBuilder : public Vantrel::XML::IXMLHandler {
   void BeginError(TXMLAttributeSpan pAttributes);
   void EndError();
   void ReadTopFile(TXMLAttributeSpan pAttributes);
-  void ReadPatternElement(TElement pElement, TXMLAttributeSpan pAttributes);
-  void ReadHeaderText(TElement pElement);
+  void ReadPatternElement(TScanFileElement pElement, TXMLAttributeSpan pAttributes);
+  void BeginHeaderElement(TScanFileElement pElement, TXMLAttributeSpan pAttributes);
+  void ReadHeaderText(TScanFileElement pElement);
+  void ReadStorage(TScanFileElement pElement);
+  // Reads whether the file holds the whole tree, of a finished scan, and nothing but that.
+  void ReadWholeness(TScanFileElement pElement);
   // For comparisons: refuses a file that does not hold the whole state of its tree.
   void RefuseToCompare(std::string_view pReason) const;
   TOpenFolder& OpenFolder(std::string_view pWhere);

@@ -1,9 +1,10 @@
 #include "model/options/GlobalOptions.h"
 
 #include <algorithm>
-#include <functional>
+#include <iterator>
 #include <utility>
 
+#include "model/options/OptionDeclarations.h"
 #include "model/options/OptionDefaults.h"
 #include "platform/text/Text.h"
 
@@ -11,16 +12,8 @@ namespace Vantrel {
 
 namespace {
 
-bool ParseBoolean(std::string_view pText, bool& pValue) {
-  if (SameTextAscii(pText, "true") || pText == "1") {
-    pValue = true;
-  } else if (SameTextAscii(pText, "false") || pText == "0") {
-    pValue = false;
-  } else {
-    return false;
-  }
-  return true;
-}
+using namespace Exporting;
+using namespace OptionDeclarations;
 
 // "1;7;30": numbers of days in ascending order. A single trailing ";" is accepted.
 bool IsAgeList(std::string_view pText) {
@@ -55,103 +48,7 @@ std::u16string PictureSizeText(const TPictureSize& pSize) {
   return FromUtf8(std::to_string(pSize.fWidth) + "x" + std::to_string(pSize.fHeight));
 }
 
-// In the declarations, an option's field is a pointer to a member of TGlobalOptions, or another callable through which
-// std::invoke returns the field.
-
-template <class TField>
-TOptionInfo Boolean(std::string pName, TField pField, bool pDefault, std::string pHelp) {
-  return {std::move(pName),
-          TOptionKind::okBoolean,
-          std::move(pHelp),
-          pDefault ? "true" : "false",
-          "true|false",
-          [pField](TGlobalOptions& pOptions, std::string_view pText) {
-            return ParseBoolean(pText, std::invoke(pField, pOptions));
-          },
-          [pField](const TGlobalOptions& pOptions) {
-            return std::string(std::invoke(pField, pOptions) ? "true" : "false");
-          }};
-}
-
-template <class TField>
-TOptionInfo Integer(std::string pName, TField pField, int64_t pDefault, int64_t pLeast, int64_t pMost,
-                    std::string pHelp) {
-  auto set = [pField, pLeast, pMost](TGlobalOptions& pOptions, std::string_view pText) {
-    int64_t value = 0;
-    if (!TryParseInt64(pText, value) || value < pLeast || value > pMost) return false;
-    auto& field = std::invoke(pField, pOptions);
-    field = static_cast<std::remove_reference_t<decltype(field)>>(value);
-    return true;
-  };
-  return {std::move(pName),
-          TOptionKind::okInteger,
-          std::move(pHelp),
-          std::to_string(pDefault),
-          std::to_string(pLeast) + ".." + std::to_string(pMost),
-          set,
-          [pField](const TGlobalOptions& pOptions) { return std::to_string(std::invoke(pField, pOptions)); }};
-}
-
-template <class T>
-using TChoices = std::vector<std::pair<std::string_view, T>>;
-
-// An option with a choice of words. The first word is the default.
-template <class T, class TField>
-TOptionInfo Choice(std::string pName, TField pField, TChoices<T> pChoices, std::string pHelp) {
-  std::string range;
-  for (const auto& choice : pChoices) range.append(range.empty() ? "" : "|").append(choice.first);
-  std::string byDefault(pChoices.front().first);
-  auto set = [pField, pChoices](TGlobalOptions& pOptions, std::string_view pText) {
-    for (const auto& [word, value] : pChoices) {
-      if (!SameTextAscii(pText, word)) continue;
-      std::invoke(pField, pOptions) = value;
-      return true;
-    }
-    return false;
-  };
-  auto get = [pField, pChoices](const TGlobalOptions& pOptions) {
-    for (const auto& [word, value] : pChoices)
-      if (std::invoke(pField, pOptions) == value) return std::string(word);
-    return std::string();
-  };
-  return {std::move(pName), TOptionKind::okChoice, std::move(pHelp), byDefault, range, set, get};
-}
-
-template <class TField>
-TOptionInfo Text(std::string pName, TField pField, std::string pDefault, std::string pRange,
-                 bool (*pIsValid)(std::string_view), std::string pHelp) {
-  auto set = [pField, pIsValid](TGlobalOptions& pOptions, std::string_view pText) {
-    if (pIsValid != nullptr && !pIsValid(pText)) return false;
-    std::invoke(pField, pOptions) = std::string(pText);
-    return true;
-  };
-  return {std::move(pName),
-          TOptionKind::okText,
-          std::move(pHelp),
-          std::move(pDefault),
-          std::move(pRange),
-          set,
-          [pField](const TGlobalOptions& pOptions) { return std::string(std::invoke(pField, pOptions)); }};
-}
-
-// An option whose text represents a value of another type.
-template <class T, class TField>
-TOptionInfo Parsed(std::string pName, TField pField, std::string pDefault, std::string pRange,
-                   bool (*pParse)(std::u16string_view, T&), std::u16string (*pText)(const T&), std::string pHelp) {
-  return {std::move(pName),
-          TOptionKind::okText,
-          std::move(pHelp),
-          std::move(pDefault),
-          std::move(pRange),
-          [pField, pParse](TGlobalOptions& pOptions, std::string_view pValue) {
-            return pParse(FromUtf8(pValue), std::invoke(pField, pOptions));
-          },
-          [pField, pText](const TGlobalOptions& pOptions) { return ToUtf8(pText(std::invoke(pField, pOptions))); }};
-}
-
 // --- export settings -----------------------------------------------------------------------------------------------
-
-using namespace Exporting;
 
 // A field in the settings of one kind of output.
 template <class T>
@@ -260,9 +157,10 @@ void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPre
 
 constexpr int32_t kMostInt = 2147483647;
 
-std::vector<TOptionInfo> DeclareOptions() {
+// What is scanned and collected, and how.
+std::vector<TOptionInfo> ScanOptions() {
   using TOptions = TGlobalOptions;
-  std::vector<TOptionInfo> options = {
+  return {
       Integer("MaximumThreads", &TOptions::MaximumThreads, 8, 1, 256, "Threads that scan, all scans together"),
       Integer("ThreadPriority", &TOptions::ThreadPriority, 3, 0, 6,
               "Priority of the scan: 0 idle, 3 normal, 6 highest"),
@@ -293,6 +191,13 @@ std::vector<TOptionInfo> DeclareOptions() {
       Boolean("UseAllocatedForShares", &TOptions::UseAllocatedForShares, false,
               "Reckon percentages from allocated sizes"),
       Integer("MaximumRoots", &TOptions::MaximumRoots, 1000, 1, 100000, "Paths that one run takes"),
+  };
+}
+
+// What reports and exports show.
+std::vector<TOptionInfo> ReportOptions() {
+  using TOptions = TGlobalOptions;
+  return {
       Choice<TSizeUnit>("SizeUnit", &TOptions::SizeUnit,
                         {{"auto", TSizeUnit::suAutomatic},
                          {"B", TSizeUnit::suBytes},
@@ -313,6 +218,13 @@ std::vector<TOptionInfo> DeclareOptions() {
       Boolean("ChartFileTypes", &TOptions::ChartFileTypes, false, "Add a chart of the file types to reports"),
       Boolean("ChartUsers", &TOptions::ChartUsers, false, "Add a chart of the owners to reports"),
       Boolean("ChartFileAges", &TOptions::ChartFileAges, false, "Add a chart of the file ages to reports"),
+  };
+}
+
+// How charts and treemaps are drawn.
+std::vector<TOptionInfo> PictureOptions() {
+  using TOptions = TGlobalOptions;
+  return {
       Parsed<TPictureSize>("PictureSize", &TOptions::PictureSize, "1000x700", "WIDTHxHEIGHT, each 1..16384",
                            ParsePictureSize, PictureSizeText, "Size of pictures in pixels"),
       Boolean("DarkPictures", &TOptions::DarkPictures, false, "Draw pictures on a dark ground"),
@@ -339,6 +251,13 @@ std::vector<TOptionInfo> DeclareOptions() {
                               {"depth", TTreemapColors::tcDepth},
                               {"growth", TTreemapColors::tcGrowth}},
                              "What the colours of a treemap of folders mean"),
+  };
+}
+
+// How mails are sent.
+std::vector<TOptionInfo> MailOptions() {
+  using TOptions = TGlobalOptions;
+  return {
       Text("MailServer", &TOptions::MailServer, "", "", nullptr, "SMTP server that mails go to; none: sendmail"),
       Integer("MailPort", &TOptions::MailPort, 0, 0, 65535, "The server's port; 0: the usual one"),
       Choice<TMailSecurity>(
@@ -347,10 +266,26 @@ std::vector<TOptionInfo> DeclareOptions() {
           "Encryption on the way to the mail server"),
       Text("MailUser", &TOptions::MailUser, "", "", nullptr, "Name to log in to the mail server with"),
       Text("MailFrom", &TOptions::MailFrom, "", "", nullptr, "Address that mails come from"),
+  };
+}
+
+// The history, and the end of a run.
+std::vector<TOptionInfo> RunOptions() {
+  using TOptions = TGlobalOptions;
+  return {
       Boolean("RecordHistory", &TOptions::RecordHistory, false, "Add every finished scan to the history"),
       Text("HistoryFile", &TOptions::HistoryFile, "", "", nullptr, "Database of the history; none: the user's own"),
       Boolean("CloseAfterExport", &TOptions::CloseAfterExport, false, "End the program once the exports are written"),
   };
+}
+
+// All options, in the order in which help and options files list them.
+std::vector<TOptionInfo> DeclareOptions() {
+  std::vector<TOptionInfo> options;
+  for (const auto& declare : {ScanOptions, ReportOptions, PictureOptions, MailOptions, RunOptions}) {
+    std::vector<TOptionInfo> declared = declare();
+    std::move(declared.begin(), declared.end(), std::back_inserter(options));
+  }
   AddMediaOptions(options, "Text", TMediaType::mtText);
   AddMediaOptions(options, "CSV", TMediaType::mtCSV);
   options.push_back(MediaLevels("XML", TMediaType::mtXML));

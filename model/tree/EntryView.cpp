@@ -152,6 +152,7 @@ TMetaDataValue TEntryView::ChangeColumn(TColumn pColumn) const {
   return ValueOfChange(change, pColumn);
 }
 
+// One switch over all columns, although it is long: so the compiler tells of a column that is missing here.
 TMetaDataValue TEntryView::GetValue(TColumn pColumn) const {
   switch (pColumn) {
     case TColumn::mdName:

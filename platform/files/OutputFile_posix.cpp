@@ -73,12 +73,29 @@ void CopyPermissions(int pFile, const struct stat& pEarlier) {
   if (fchmod(pFile, mode) != 0) return;
 }
 
+[[noreturn]] void Fail(int pCode, std::string_view pOperation, const std::u16string& pPath) {
+  throw EOSError(static_cast<uint32_t>(pCode), pOperation, pPath);
+}
+
+// Creates the temporary file beside the target, under a name that no other file has. pPath is for messages.
+int CreateTemporary(const std::string& pTarget, mode_t pMode, const std::u16string& pPath, std::u16string& pTemporary) {
+  int file = -1;
+  do {
+    pTemporary = FromNativeBytes(FolderPart(pTarget)) + TemporaryName();
+    file = open(ToNativeBytes(pTemporary).c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, pMode);
+  } while (file < 0 && errno == EEXIST);
+  if (file < 0) {
+    const int code = errno;
+    pTemporary.clear();
+    Fail(code, "Creating a temporary file beside its target", pPath);
+  }
+  return file;
+}
+
 }  // namespace
 
 void TOutputFile::Open() {
-  const auto fail = [&](int pCode, std::string_view pOperation) {
-    throw EOSError(static_cast<uint32_t>(pCode), pOperation, fPath);
-  };
+  const auto fail = [&](int pCode, std::string_view pOperation) { Fail(pCode, pOperation, fPath); };
   const std::string path = ToNativeBytes(fPath);
   if (fPath == kStandardOutput) {
     const int direct = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
@@ -105,16 +122,7 @@ void TOutputFile::Open() {
   }
   // Renaming needs only the folder's permissions. But a write-protected file must stay.
   if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) fail(errno, "Opening a file");
-  int file = -1;
-  do {
-    fTemporary = FromNativeBytes(FolderPart(target)) + TemporaryName();
-    file = open(ToNativeBytes(fTemporary).c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, exists ? 0600 : 0666);
-  } while (file < 0 && errno == EEXIST);
-  if (file < 0) {
-    const int code = errno;
-    fTemporary.clear();
-    fail(code, "Creating a temporary file beside its target");
-  }
+  const int file = CreateTemporary(target, exists ? 0600 : 0666, fPath, fTemporary);
   fFile = TFileStream(file, fPath);
   if (exists) CopyPermissions(file, earlier);
 }

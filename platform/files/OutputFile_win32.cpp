@@ -40,16 +40,43 @@ void CopyPermissions(const std::u16string& pFrom, const std::u16string& pTo) {
     SetFileAttributesW(Wide(pTo), attributes & kKept);
 }
 
+// A handle of its own to the standard output, nullptr when there is none.
+HANDLE OwnStandardOutput() {
+  HANDLE own = nullptr;
+  if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &own, 0, FALSE,
+                       DUPLICATE_SAME_ACCESS))
+    return nullptr;
+  return own;
+}
+
+[[noreturn]] void Fail(DWORD pCode, std::string_view pOperation, const std::u16string& pPath) {
+  throw EOSError(pCode, pOperation, pPath);
+}
+
+// Creates the temporary file beside the target, under a name that no other file has. pPath is for messages.
+HANDLE CreateTemporary(const std::u16string& pTarget, const std::u16string& pPath, std::u16string& pTemporary) {
+  HANDLE file = INVALID_HANDLE_VALUE;
+  do {
+    pTemporary = JoinPath(FolderOfPath(pTarget, u'\\'), TemporaryName(), u'\\');
+    file = CreateFileW(Wide(pTemporary), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+  } while (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
+  if (file == INVALID_HANDLE_VALUE) {
+    const DWORD code = GetLastError();
+    pTemporary.clear();
+    Fail(code, "Creating a temporary file beside its target", pPath);
+  }
+  return file;
+}
+
 }  // namespace
 
 void TOutputFile::Open() {
   constexpr DWORD kDirectoryNotSupported = 336;  // newer than the compiler's headers
-  const auto fail = [&](DWORD pCode, std::string_view pOperation) { throw EOSError(pCode, pOperation, fPath); };
+  const auto fail = [&](DWORD pCode, std::string_view pOperation) { Fail(pCode, pOperation, fPath); };
   if (fPath == kStandardOutput) {
-    HANDLE own = nullptr;
-    if (!DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &own, 0, FALSE,
-                         DUPLICATE_SAME_ACCESS))
-      fail(GetLastError(), "Opening a file");
+    const HANDLE own = OwnStandardOutput();
+    if (own == nullptr) fail(GetLastError(), "Opening a file");
     fTarget = fPath;
     fFile = TFileStream(reinterpret_cast<TFileStream::THandle>(own), fPath);
     return;
@@ -79,17 +106,7 @@ void TOutputFile::Open() {
       return;
     }
   }
-  HANDLE file = INVALID_HANDLE_VALUE;
-  do {
-    fTemporary = JoinPath(FolderOfPath(fTarget, u'\\'), TemporaryName(), u'\\');
-    file = CreateFileW(Wide(fTemporary), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
-                       FILE_ATTRIBUTE_NORMAL, nullptr);
-  } while (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS);
-  if (file == INVALID_HANDLE_VALUE) {
-    const DWORD code = GetLastError();
-    fTemporary.clear();
-    fail(code, "Creating a temporary file beside its target");
-  }
+  const HANDLE file = CreateTemporary(fTarget, fPath, fTemporary);
   fFile = TFileStream(reinterpret_cast<TFileStream::THandle>(file), fPath);
   if (exists) CopyPermissions(fTarget, fTemporary);
 }

@@ -8,8 +8,6 @@ namespace Vantrel::Charts {
 
 namespace {
 
-constexpr std::u16string_view kNothing = u"There is nothing to show.";
-
 int64_t LargestOf(const std::vector<TChartItem>& pItems) {
   int64_t largest = 0;
   for (const TChartItem& item : pItems) largest = std::max(largest, item.fValue);
@@ -33,6 +31,33 @@ std::vector<std::u16string> LinesOf(const std::u16string& pLabel, double pRoom, 
   return {pLabel.substr(0, best), pLabel.substr(best + 1)};
 }
 
+// What stands on both sides of the bars.
+struct TBarTexts {
+  double fGap = 0;     // between a bar and its texts
+  double fLabels = 0;  // the width of the labels
+  double fValues = 0;  // the width of the values; 0: they are not shown
+};
+
+std::u16string ValueAndShare(const TChartItem& pItem, int64_t pTotal, const TChartBuilder& pChart) {
+  return pChart.ValueText(pItem.fValue) + u"  " + pChart.ShareText(pItem.fValue, pTotal);
+}
+
+TBarTexts MeasureTexts(const std::vector<TChartItem>& pItems, int64_t pTotal, const TChartBuilder& pChart) {
+  constexpr double kLettersForTexts = 12;  // a narrower picture has room for the bars alone
+  constexpr double kMostOfWidth = 0.35;
+  const double most = pChart.fArea.fWidth * kMostOfWidth;
+  const bool hasTexts = pChart.fArea.fWidth > kLettersForTexts * pChart.FontSize();
+  TBarTexts texts{.fGap = hasTexts ? pChart.FontSize() * 0.6 : 0};
+  for (size_t i = 0; hasTexts && i < pItems.size(); ++i) {
+    const TChartItem& item = pItems[i];
+    texts.fLabels = std::max(texts.fLabels, pChart.WidthOf(ShownText(item.fLabel)));
+    texts.fValues = std::max(texts.fValues, pChart.WidthOf(ValueAndShare(item, pTotal, pChart)));
+  }
+  texts.fLabels = std::min(texts.fLabels, most);
+  if (texts.fValues > most) texts.fValues = 0;  // no room for them
+  return texts;
+}
+
 }  // namespace
 
 TDrawing BarChart(const TChartData& pData, const TChartSettings& pSettings, const ITextMeasure& pMeasure) {
@@ -42,24 +67,10 @@ TDrawing BarChart(const TChartData& pData, const TChartSettings& pSettings, cons
   const std::vector<TChartItem> items = LargestAndRest(pData.fItems, most, pData.fIsOrdered);
   const int64_t total = TotalOf(items);
   if (items.empty() || total == 0) {
-    chart.AddMessage(kNothing);
+    chart.AddNothingToShow();
     return chart.Take();
   }
-  auto textOf = [&](const TChartItem& pItem) {
-    return chart.ValueText(pItem.fValue) + u"  " + chart.ShareText(pItem.fValue, total);
-  };
-  constexpr double kLettersForTexts = 12;  // a narrower picture has room for the bars alone
-  const bool hasTexts = area.fWidth > kLettersForTexts * chart.FontSize();
-  const double gap = hasTexts ? chart.FontSize() * 0.6 : 0;
-  double labels = 0;
-  double values = 0;
-  for (size_t i = 0; hasTexts && i < items.size(); ++i) {
-    const TChartItem& item = items[i];
-    labels = std::max(labels, chart.WidthOf(ShownText(item.fLabel)));
-    values = std::max(values, chart.WidthOf(textOf(item)));
-  }
-  labels = std::min(labels, area.fWidth * 0.35);
-  if (values > area.fWidth * 0.35) values = 0;  // no room for them
+  const auto [gap, labels, values] = MeasureTexts(items, total, chart);
   area.fLeft += labels + gap;
   area.fWidth -= labels + values + 2 * gap;
   const TAxis axis = chart.AddBottomAxis(0, static_cast<double>(LargestOf(items)));
@@ -72,8 +83,8 @@ TDrawing BarChart(const TChartData& pData, const TChartSettings& pSettings, cons
               subject);
     chart.AddText(ShownText(item.fLabel), {area.fLeft - gap, middle}, TAnchor::anEnd, labels, chart.Theme().fText);
     if (values > 0)
-      chart.AddText(textOf(item), {area.fLeft + width + gap, middle}, TAnchor::anStart, values + 1, chart.Theme().fText,
-                    false);
+      chart.AddText(ValueAndShare(item, total, chart), {area.fLeft + width + gap, middle}, TAnchor::anStart, values + 1,
+                    chart.Theme().fText, false);
     middle += pitch;
   }
   return chart.Take();
@@ -89,7 +100,7 @@ TDrawing ColumnChart(const TChartData& pData, const TChartSettings& pSettings, c
   const int64_t total = TotalOf(items);
   const double below = chart.LineHeight() * 2.6;  // two lines of labels
   if (items.empty() || total == 0 || area.fHeight < 2 * below) {
-    chart.AddMessage(kNothing);
+    chart.AddNothingToShow();
     return chart.Take();
   }
   area.fHeight -= below;

@@ -79,10 +79,10 @@ double TChartBuilder::AddText(std::u16string_view pText, TPoint pMiddle, TAnchor
   return width;
 }
 
-void TChartBuilder::AddMessage(std::u16string_view pText) {
+void TChartBuilder::AddNothingToShow() {
   if (fArea.fHeight < LineHeight()) return;
-  AddText(pText, {fArea.fLeft + fArea.fWidth / 2, fArea.fTop + fArea.fHeight / 2}, TAnchor::anMiddle, fArea.fWidth,
-          fTheme.fFaintText);
+  AddText(u"There is nothing to show.", {fArea.fLeft + fArea.fWidth / 2, fArea.fTop + fArea.fHeight / 2},
+          TAnchor::anMiddle, fArea.fWidth, fTheme.fFaintText);
 }
 
 size_t TChartBuilder::RowsInArea(double pLines) const {

@@ -43,8 +43,8 @@ class TChartBuilder {
   // else left out. Returns its width, 0 when left out.
   double AddText(std::u16string_view pText, TPoint pMiddle, TAnchor pAnchor, double pRoom, TColor pColor,
                  bool pMayShorten = true);
-  // Says in the middle why there is no chart.
-  void AddMessage(std::u16string_view pText);
+  // Says in the middle that there is nothing to show.
+  void AddNothingToShow();
   // Cuts the legend off the area, where there is room, and adds it: color, label, value and share of each item.
   void AddLegend(const std::vector<TChartItem>& pItems, const std::vector<int>& pSubjects, int64_t pTotal);
   // The number of rows, of at least this height in lines, that the area has room for.

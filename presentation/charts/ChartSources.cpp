@@ -38,17 +38,34 @@ TChartData NewData(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, co
   return data;
 }
 
+// Sums up what is too small for an item of its own.
+class TSmallItems {
+ public:
+  TSmallItems() {
+    fItem.fIsRest = true;
+    fItem.fCount = 0;
+  }
+  void Add(int64_t pValue) {
+    fItem.fValue += pValue;
+    ++fItem.fCount;
+  }
+  // Adds one item for all, if there are any.
+  void AppendTo(std::vector<TChartItem>& pItems) const {
+    if (fItem.fCount > 0) pItems.push_back(fItem);
+  }
+
+ private:
+  TChartItem fItem;
+};
+
 // Items for what lies in a folder. What is smaller than pLeast is only summed up.
 std::vector<TChartItem> ItemsIn(IFolderData& pFolder, const TBasis& pBasis, int64_t pLeast, int pLevels) {
   std::vector<TChartItem> items;
-  TChartItem rest;
-  rest.fIsRest = true;
-  rest.fCount = 0;
+  TSmallItems small;
   for (const TRef<IFolderData>& child : pFolder.FindSubFolders()) {
     const int64_t value = pBasis.Of(*child);
     if (value < pLeast) {
-      rest.fValue += value;
-      ++rest.fCount;
+      small.Add(value);
       continue;
     }
     TChartItem item;
@@ -58,23 +75,20 @@ std::vector<TChartItem> ItemsIn(IFolderData& pFolder, const TBasis& pBasis, int6
     if (pLevels > 1 && !child->IsFileGroup()) item.fChildren = ItemsIn(*child, pBasis, pLeast, pLevels - 1);
     items.push_back(std::move(item));
   }
-  if (rest.fCount > 0) items.push_back(std::move(rest));
+  small.AppendTo(items);
   return items;
 }
 
 // Items for the files of a folder without sub-folders. One item for all when the scan did not keep them.
 std::vector<TChartItem> FilesIn(IFolderData& pFolder, const TBasis& pBasis, int64_t pLeast) {
-  TChartItem rest;
-  rest.fIsRest = true;
-  rest.fCount = 0;
+  TSmallItems small;
   std::vector<TChartItem> items;
   const TRef<const TFileTable> files = pFolder.GetFileTable();
   for (size_t i = 0; files && i < files->Count(); ++i) {
     TChartItem item;
     item.fValue = pBasis.Of((*files)[i]);
     if (item.fValue < pLeast) {
-      rest.fValue += item.fValue;
-      ++rest.fCount;
+      small.Add(item.fValue);
       continue;
     }
     item.fKey = TEntryView(*files, (*files)[i], &pFolder).GetFullPath();
@@ -87,7 +101,7 @@ std::vector<TChartItem> FilesIn(IFolderData& pFolder, const TBasis& pBasis, int6
     items.back().fLabel = u"[Files]";
     items.back().fValue = pBasis.Of(pFolder);
   }
-  if (rest.fCount > 0) items.push_back(std::move(rest));
+  small.AppendTo(items);
   return items;
 }
 
@@ -102,6 +116,15 @@ std::vector<TChartItem> ItemsOf(const ICustomAssocSizeArray& pArray, const TBasi
     items.push_back(std::move(item));
   }
   return items;
+}
+
+// One item for each key. Without an array the chart says that it was not collected.
+TChartData DataOf(std::u16string_view pWhat, const IHierarchicalRoot& pRoot,
+                  const TRef<ICustomAssocSizeArray>& pArray) {
+  const TBasis basis(pRoot);
+  TChartData data = NewData(pWhat, pRoot, basis, pArray != nullptr);
+  if (pArray) data.fItems = ItemsOf(*pArray, basis);
+  return data;
 }
 
 }  // namespace
@@ -119,21 +142,13 @@ TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels) {
 }
 
 TChartData ExtensionsData(IHierarchicalRoot& pRoot) {
-  const TBasis basis(pRoot);
   const TRef<IFolderData> top = pRoot.GetTopFolder();
-  const TRef<ICustomAssocSizeArray> array = top ? top->GetExtensionSizeArray() : nullptr;
-  TChartData data = NewData(u"Extensions", pRoot, basis, array != nullptr);
-  if (array) data.fItems = ItemsOf(*array, basis);
-  return data;
+  return DataOf(u"Extensions", pRoot, top ? top->GetExtensionSizeArray() : nullptr);
 }
 
 TChartData OwnersData(IHierarchicalRoot& pRoot) {
-  const TBasis basis(pRoot);
   const TRef<IFolderData> top = pRoot.GetTopFolder();
-  const TRef<ICustomAssocSizeArray> array = top ? top->GetUserSizeArray() : nullptr;
-  TChartData data = NewData(u"Owners", pRoot, basis, array != nullptr);
-  if (array) data.fItems = ItemsOf(*array, basis);
-  return data;
+  return DataOf(u"Owners", pRoot, top ? top->GetUserSizeArray() : nullptr);
 }
 
 TChartData FileTypesData(IHierarchicalRoot& pRoot) {

@@ -10,7 +10,6 @@ namespace Vantrel::Charts {
 
 namespace {
 
-constexpr std::u16string_view kNothing = u"There is nothing to show.";
 constexpr double kWholeCircle = 360;
 
 TPoint PointAt(const TWedge& pWedge, double pDegrees, double pRadius) {
@@ -161,23 +160,41 @@ class TRings {
   const int64_t fTotal;
 };
 
+// What pies and rings share: the items with their legend, and the circle beside it. Without a total there is a message
+// instead.
+struct TRoundChart {
+  TRoundChart(const TChartData& pData, const TChartSettings& pSettings, const ITextMeasure& pMeasure)
+      : fChart(pData.fTitle, pData.fColumn, pSettings, pMeasure),
+        fItems(LargestAndRest(pData.fItems, std::min(pSettings.fMostItems, std::max<size_t>(fChart.RowsInArea(1), 1)),
+                              pData.fIsOrdered)),
+        fTotal(TotalOf(fItems)) {
+    if (fTotal == 0) {
+      fChart.AddNothingToShow();
+      return;
+    }
+    for (const TChartItem& item : fItems) fSubjects.push_back(fChart.AddSubject(item, fTotal));
+    fChart.AddLegend(fItems, fSubjects, fTotal);
+    const TBox& area = fChart.fArea;
+    fCenter = {area.fLeft + area.fWidth / 2, area.fTop + area.fHeight / 2};
+    fRadius = std::max(std::min(area.fWidth, area.fHeight) / 2 - 1, 0.0);
+  }
+
+  TChartBuilder fChart;
+  const std::vector<TChartItem> fItems;
+  const int64_t fTotal;
+  std::vector<int> fSubjects;
+  TPoint fCenter;
+  double fRadius = 0;
+};
+
 }  // namespace
 
 TDrawing PieChart(const TChartData& pData, const TChartSettings& pSettings, const ITextMeasure& pMeasure) {
-  TChartBuilder chart(pData.fTitle, pData.fColumn, pSettings, pMeasure);
-  const std::vector<TChartItem> items = LargestAndRest(
-      pData.fItems, std::min(pSettings.fMostItems, std::max<size_t>(chart.RowsInArea(1), 1)), pData.fIsOrdered);
-  const int64_t total = TotalOf(items);
-  if (total == 0) {
-    chart.AddMessage(kNothing);
-    return chart.Take();
-  }
-  std::vector<int> subjects;
-  for (const TChartItem& item : items) subjects.push_back(chart.AddSubject(item, total));
-  chart.AddLegend(items, subjects, total);
-  const TBox& area = chart.fArea;
-  const double radius = std::max(std::min(area.fWidth, area.fHeight) / 2 - 1, 0.0);
-  TWedges wedges(chart, {area.fLeft + area.fWidth / 2, area.fTop + area.fHeight / 2});
+  TRoundChart round(pData, pSettings, pMeasure);
+  if (round.fTotal == 0) return round.fChart.Take();
+  TChartBuilder& chart = round.fChart;
+  TWedges wedges(chart, round.fCenter);
+  const std::vector<TChartItem>& items = round.fItems;
   const double whole = WholeOf(items);
   double before = 0;
   for (size_t i = 0; i < items.size(); ++i) {
@@ -186,31 +203,21 @@ TDrawing PieChart(const TChartData& pData, const TChartSettings& pSettings, cons
     const double sweep = AngleAt(0, kWholeCircle, before, whole) - begin;
     if (sweep <= 0) continue;
     const TColor color = chart.ColorOf(items[i]);
-    const TWedge wedge = wedges.Add(0, radius, begin, sweep, color, subjects[i]);
-    wedges.AddLabel(wedge, chart.ShareText(items[i].fValue, total), {}, color);
+    const TWedge wedge = wedges.Add(0, round.fRadius, begin, sweep, color, round.fSubjects[i]);
+    wedges.AddLabel(wedge, chart.ShareText(items[i].fValue, round.fTotal), {}, color);
   }
   return chart.Take();
 }
 
 TDrawing RingChart(const TChartData& pData, const TChartSettings& pSettings, const ITextMeasure& pMeasure) {
   constexpr int kMostLevels = 4;
-  TChartBuilder chart(pData.fTitle, pData.fColumn, pSettings, pMeasure);
-  const std::vector<TChartItem> items = LargestAndRest(
-      pData.fItems, std::min(pSettings.fMostItems, std::max<size_t>(chart.RowsInArea(1), 1)), pData.fIsOrdered);
-  const int64_t total = TotalOf(items);
-  if (total == 0) {
-    chart.AddMessage(kNothing);
-    return chart.Take();
-  }
-  std::vector<int> subjects;
-  for (const TChartItem& item : items) subjects.push_back(chart.AddSubject(item, total));
-  chart.AddLegend(items, subjects, total);
-  const TBox& area = chart.fArea;
-  const TPoint center{area.fLeft + area.fWidth / 2, area.fTop + area.fHeight / 2};
-  const double radius = std::max(std::min(area.fWidth, area.fHeight) / 2 - 1, 0.0);
-  TRings rings(chart, center, radius, LevelsOf(items, kMostLevels), total);
-  rings.DrawAll(items, subjects);
-  const std::u16string text = chart.ValueText(total);
+  TRoundChart round(pData, pSettings, pMeasure);
+  if (round.fTotal == 0) return round.fChart.Take();
+  TChartBuilder& chart = round.fChart;
+  const TPoint center = round.fCenter;
+  TRings rings(chart, center, round.fRadius, LevelsOf(round.fItems, kMostLevels), round.fTotal);
+  rings.DrawAll(round.fItems, round.fSubjects);
+  const std::u16string text = chart.ValueText(round.fTotal);
   if (HoldsBox({center, 0, rings.Hole(), 0, kWholeCircle}, center, chart.WidthOf(text), chart.LineHeight()))
     chart.AddText(text, center, TAnchor::anMiddle, 2 * rings.Hole(), chart.Theme().fText, false);
   return chart.Take();

@@ -26,7 +26,7 @@ class TTimeChart {
 
   TDrawing Draw() {
     if (fPoints.empty() || fChart.fArea.fHeight < 4 * fChart.LineHeight()) {
-      fChart.AddMessage(u"There is nothing to show.");
+      fChart.AddNothingToShow();
       return fChart.Take();
     }
     AddNote();

@@ -20,16 +20,28 @@ std::string PathThrough(const TMount& pOther, const TMount& pMount) {
   return Joined(pOther.fMountPoint, rest);
 }
 
+// Whether a mount beneath pThrough covers the path.
+bool IsHidden(const std::string& pPath, const TMount& pThrough, const std::vector<const TMount*>& pVisible) {
+  return std::any_of(pVisible.begin(), pVisible.end(), [&](const TMount* pItem) {
+    return pItem != &pThrough && pItem->fMountPoint.size() > pThrough.fMountPoint.size() &&
+           IsSameOrBeneath(pItem->fMountPoint, pThrough.fMountPoint) && IsSameOrBeneath(pPath, pItem->fMountPoint);
+  });
+}
+
+// The mount that holds the path, nullptr if none does.
+const TMount* MountOf(std::string_view pPath, const std::vector<const TMount*>& pVisible) {
+  const TMount* holder = nullptr;
+  for (const TMount* mount : pVisible)
+    if (IsSameOrBeneath(pPath, mount->fMountPoint) &&
+        (holder == nullptr || mount->fMountPoint.size() > holder->fMountPoint.size()))
+      holder = mount;
+  return holder;
+}
+
 }  // namespace
 
 std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts, std::string_view pScanRoot) {
   std::vector<const TMount*> visible = VisibleMounts(pMounts);
-  auto isHidden = [&](const std::string& pPath, const TMount& pThrough) {
-    return std::any_of(visible.begin(), visible.end(), [&](const TMount* pItem) {
-      return pItem != &pThrough && pItem->fMountPoint.size() > pThrough.fMountPoint.size() &&
-             IsSameOrBeneath(pItem->fMountPoint, pThrough.fMountPoint) && IsSameOrBeneath(pPath, pItem->fMountPoint);
-    });
-  };
   auto isBeneathRoot = [&](const TMount& pMount) {
     return IsSameOrBeneath(pMount.fMountPoint, pScanRoot) && pMount.fMountPoint != pScanRoot;
   };
@@ -37,12 +49,8 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
   std::stable_sort(visible.begin(), visible.end(), [](const TMount* pA, const TMount* pB) {
     return pA->fRoot.size() != pB->fRoot.size() ? pA->fRoot.size() < pB->fRoot.size() : ComesFirst(*pA, *pB);
   });
-  // The mount that holds the scan's root. homeFolder is the root's path in that mount's file system.
-  const TMount* home = nullptr;
-  for (const TMount* mount : visible)
-    if (IsSameOrBeneath(pScanRoot, mount->fMountPoint) &&
-        (home == nullptr || mount->fMountPoint.size() > home->fMountPoint.size()))
-      home = mount;
+  // homeFolder is the scan root's path in the file system of its mount.
+  const TMount* const home = MountOf(pScanRoot, visible);
   if (home == nullptr) return {};
   const std::string homeFolder = Joined(home->fRoot, pScanRoot.substr(home->fMountPoint.size()));
   std::unordered_set<uint64_t> duplicates;
@@ -61,7 +69,7 @@ std::unordered_set<uint64_t> DuplicateMounts(const std::vector<TMount>& pMounts,
         IsSameOrBeneath(pMount.fRoot, homeFolder))
       return false;
     const std::string path = PathThrough(pOther, pMount);
-    return IsSameOrBeneath(path, pScanRoot) && !isHidden(path, pOther) && isEntered(pOther);
+    return IsSameOrBeneath(path, pScanRoot) && !IsHidden(path, pOther, visible) && isEntered(pOther);
   };
   for (const TMount* mount : visible) {
     if (isBeneathRoot(*mount) && std::any_of(visible.begin(), visible.end(), [&](const TMount* pOther) {

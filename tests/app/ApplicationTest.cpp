@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "app/Application.h"
+#include "app/CancelRequest.h"
 #include "automation/commandline/CommandLineParser.h"
 #include "automation/commandline/ExitCodes.h"
 #include "platform/system/DebugLog.h"
@@ -89,7 +90,7 @@ TEST_F(Application, ACancelledScanIsReportedAndTheOthersAreNamed) {
   AddRoot(u"b");
   int waits = 0;
   root->fOnWait = [&] {
-    if (++waits == 2) TApplication::RequestCancel();
+    if (++waits == 2) RequestCancel();
     return waits == 5;
   };
   EXPECT_EQ(Run(u"a b"), ecCancelled);

@@ -1,0 +1,32 @@
+#pragma once
+
+// What a run gets from its surroundings: streams, file system, places of files.
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "automation/actions/PostScanActions.h"
+#include "model/roots/RootInterfaces.h"
+
+namespace Vantrel {
+
+// The settings of a run. Tests pass their own streams and roots; CreateRunSettings gives the real ones.
+struct TRunSettings {
+  std::string fPlatformName;  // "Linux"
+  // Set: the last tree is not freed, and the caller ends the process at once with the code that Run returned. Freeing
+  // millions of nodes takes a noticeable part of a run and is of no use then. Leak checks need the orderly way.
+  bool fLeaveQuickly = false;
+  bool fShowProgress = false;
+  std::u16string fUserOptionsFile;  // empty: there is none
+  int fReportWidth = 0;             // columns, 0 for any number
+  PostScanActions::ILineOutput* fOutput = nullptr;
+  std::function<void(std::string_view)> fWriteError;
+  std::function<TRef<IScanRoots>(std::shared_ptr<const TGlobalOptions>)> fCreateRoots;
+};
+
+// The streams of the process and scans of the file system.
+TRunSettings CreateRunSettings(std::string pPlatformName);
+
+}  // namespace Vantrel

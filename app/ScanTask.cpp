@@ -1,0 +1,245 @@
+#include "app/ScanTask.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <atomic>
+#include <future>
+
+#include "app/CancelRequest.h"
+#include "app/RequestedActions.h"
+#include "app/Version.h"
+#include "automation/commandline/ExitCodes.h"
+#include "export/text/RootDescription.h"
+#include "export/xml/XMLReader.h"
+#include "model/roots/Storage.h"
+#include "platform/files/Paths.h"
+#include "platform/system/Console.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "search/patterns/PatternFilter.h"
+
+namespace Vantrel {
+
+namespace {
+
+constexpr int64_t kPollMilliseconds = 100;
+
+std::string ProgressText(const TScanProgress& pProgress) {
+  const TValueFormat format;
+  auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
+  return fmt::format("{} files, {} folders, {}  {}", text(TColumn::mdFiles, pProgress.fFiles),
+                     text(TColumn::mdFolders, pProgress.fFolders), text(TColumn::mdSize, pProgress.fBytes),
+                     ToDisplay(pProgress.fLastScannedFolder));
+}
+
+}  // namespace
+
+TScanTask::TScanTask(const TRunSettings& pSettings, const CommandLine::TCommandLineState& pState,
+                     std::shared_ptr<TGlobalOptions> pOptions, TRunLog& pLog)
+    : fSettings(pSettings),
+      fState(pState),
+      fOptions(std::move(pOptions)),
+      fLog(pLog),
+      fMedia(*fOptions),
+      fActions(*this, fMedia, *fSettings.fOutput) {
+  fActions.SetReportWidth(fSettings.fReportWidth);
+}
+
+std::string TScanTask::ProgramName() const {
+  return kProgramName;
+}
+
+int TScanTask::Run() {
+  TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
+  if (!QueueRequestedActions(fActions, fState, fSettings, *roots)) {
+    roots->Dispose();
+    return WriteFailures();
+  }
+  int result = ecOk;
+  for (size_t i = 0; i < fState.fOpenFiles.size() && fActions.CanWriteMore(); ++i) {
+    fPathsLeft = fState.fPaths.size() + fState.fOpenFiles.size() - i - 1;
+    result = std::max(result, OpenFile(*roots, fState.fOpenFiles[i]));
+  }
+  result = std::max(result, ScanPaths(*roots, fState.fPaths));
+  fActions.FinishActions();
+  result = std::max(result, WriteFailures());
+  WriteUnmatched();
+  if (fSettings.fLeaveQuickly) {
+    roots.detach();
+  } else {
+    roots->Dispose();
+  }
+  return result;
+}
+
+// Loads on a thread of its own, so that progress is shown and a signal stops it.
+int TScanTask::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
+  using namespace Vantrel::XML;
+  std::atomic<uint64_t> bytesRead{0};
+  auto load = std::async(std::launch::async, [&] {
+    return TQZXMLReader::LoadFromFile({&pFile, 1}, pRoots, [&](const std::u16string&, uint64_t pBytes) {
+      bytesRead.store(pBytes, std::memory_order_relaxed);
+      return !IsCancelRequested();
+    });
+  });
+  while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready) {
+    fLog.WriteWaiting();
+    if (fSettings.fShowProgress)
+      TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
+  }
+  if (fSettings.fShowProgress) TConsole::ClearProgress();
+  const std::vector<TLoadedRoot> loaded = load.get();
+  if (loaded.empty()) return ecCancelled;
+  const TRef<IHierarchicalRoot> root = loaded.front().fRoot;
+  if (!root) {
+    fSettings.fWriteError(loaded.front().fError);
+    return ecPathNotFound;
+  }
+  const int result = ReportLoaded(pRoots, loaded.front());
+  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
+  return IsCancelRequested() ? std::max<int>(result, ecCancelled) : result;
+}
+
+int TScanTask::ReportLoaded(IScanRoots& pRoots, const XML::TLoadedRoot& pLoaded) {
+  IHierarchicalRoot& root = *pLoaded.fRoot;
+  for (const std::string& note : pLoaded.fNotes) fSettings.fWriteError(note);
+  if (fOptions->RecordHistory)
+    fSettings.fWriteError("Not recorded in the history, since it was loaded from a file: " +
+                          ToQuotedDisplay(root.GetPath()));
+  const int result = PerformActions(pRoots, root);
+  return root.GetState() & (rsHasErrors | rsCancelled) ? std::max<int>(result, ecIncomplete) : result;
+}
+
+// Scans one path after the other. Parallel scans would compete for the same drive and the same threads.
+int TScanTask::ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string>& pPaths) {
+  const std::vector<std::u16string> paths = WithoutRepeatedPaths(pRoots, pPaths);
+  int result = ecOk;
+  fPathsLeft = paths.size();
+  for (const std::u16string& path : paths) {
+    if (IsCancelRequested()) {
+      fSettings.fWriteError("Not scanned: " + ToQuotedDisplay(path));
+      result = std::max<int>(result, ecCancelled);
+      continue;
+    }
+    if (!fActions.CanWriteMore()) break;  // the other reports could not be shown
+    --fPathsLeft;
+    result = std::max(result, ScanPath(pRoots, path));
+  }
+  return result;
+}
+
+int TScanTask::ScanPath(IScanRoots& pRoots, const std::u16string& pPath) {
+  TRef<IHierarchicalRoot> root;
+  try {
+    root = pRoots.CreateRoot(pPath);
+  } catch (const EOSError& error) {  // this path cannot be understood; the others are scanned
+    fSettings.fWriteError(error.what());
+    return ecPathNotFound;
+  } catch (const EUnknownProtocol& error) {
+    fSettings.fWriteError(error.what());
+    return ecPathNotFound;
+  }
+  const TRef<TPatternFilter> filter = fState.fPatterns ? MakeRef<TPatternFilter>(fState.fPatterns) : nullptr;
+  if (filter) root->SetScanFilter(filter);
+  root->Scan();
+  WaitForScan(*root);
+  const int result = ReportRoot(pRoots, *root, pPath);
+  if (filter) {
+    WriteWarnings(*filter);
+    if ((root->GetState() & rsPathNotFound) == 0) NoteUnmatched(filter->GetUnmatched());
+  }
+  // Frees this path's tree, so that the next one can use its memory.
+  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
+  return result;
+}
+
+void TScanTask::WaitForScan(IHierarchicalRoot& pRoot) {
+  while (!pRoot.WaitForScan(kPollMilliseconds)) {
+    // Again and again: each time what hangs is interrupted.
+    if (IsCancelRequested()) pRoot.CancelScan();
+    fLog.WriteWaiting();
+    if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pRoot.GetProgress()));
+  }
+  if (fSettings.fShowProgress) TConsole::ClearProgress();
+}
+
+int TScanTask::ReportRoot(IScanRoots& pRoots, IHierarchicalRoot& pRoot, const std::u16string& pPath) {
+  const TRootStates state = pRoot.GetState();
+  if (state & rsPathNotFound) {
+    const std::vector<TScanError> errors = pRoot.GetErrors();
+    const std::string reason = errors.empty() ? "it cannot be opened" : ToDisplay(errors.front().fText);
+    fSettings.fWriteError("Cannot scan " + ToQuotedDisplay(pPath) + ": " + reason);
+    return ecPathNotFound;
+  }
+  const int performed = PerformActions(pRoots, pRoot);
+  if (performed != ecOk) return performed;
+  if (state & rsCancelled) return ecCancelled;
+  return (state & rsHasErrors) ? ecIncomplete : ecOk;
+}
+
+int TScanTask::PerformActions(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
+  fActions.PerformPostProcessActions(&pRoot, pRoots);
+  if (!fActions.ShowsReport()) {
+    const TValueFormat format = FormatOf(fMedia.Effective(Exporting::TMediaType::mtText));
+    constexpr int64_t kMostListed = 10;  // a report has room for more
+    const auto listed = static_cast<size_t>(std::min<int64_t>(kMostListed, fOptions->NumberOfListedErrors));
+    for (const std::string& line : Exporting::ErrorSummary(pRoot, format, listed)) fSettings.fWriteError(line);
+  }
+  return WriteFailures();
+}
+
+// Reports what failed. Returns the highest of the exit codes.
+int TScanTask::WriteFailures() {
+  int result = ecOk;
+  for (const PostScanActions::TActionFailure& failure : fActions.TakeFailures()) {
+    if (!failure.fMessage.empty()) fSettings.fWriteError(failure.fMessage);
+    result = std::max(result, failure.fExitCode);
+  }
+  return result;
+}
+
+void TScanTask::WriteWarnings(const IScanFilter& pFilter) {
+  for (const std::u16string& warning : pFilter.GetWarnings()) fSettings.fWriteError("Warning: " + ToDisplay(warning));
+}
+
+// A pattern that matches in one of several paths is not reported.
+void TScanTask::NoteUnmatched(const std::vector<std::u16string>& pPatterns) {
+  if (!fUnmatched) fUnmatched = pPatterns;
+  std::erase_if(*fUnmatched, [&](const std::u16string& pPattern) {
+    return std::find(pPatterns.begin(), pPatterns.end(), pPattern) == pPatterns.end();
+  });
+}
+
+// Paths that were not scanned could have matched.
+void TScanTask::WriteUnmatched() {
+  if (!fUnmatched || IsCancelRequested()) return;
+  for (const std::u16string& pattern : *fUnmatched)
+    fSettings.fWriteError("Warning: the pattern " + ToDisplay(pattern) + " matched nothing");
+}
+
+// A path inside another one is kept, because the user named both. The same path given twice is a mistake.
+std::vector<std::u16string> TScanTask::WithoutRepeatedPaths(const IScanRoots& pRoots,
+                                                            const std::vector<std::u16string>& pPaths) {
+  const char16_t delimiter = NativePathDelimiter();
+  std::vector<std::u16string> kept;
+  std::vector<std::u16string> absolute;
+  for (const std::u16string& path : pPaths) {
+    std::u16string full = path;
+    try {
+      full = WithoutTrailingDelimiter(pRoots.AbsolutePath(path), delimiter);
+    } catch (const EException&) {  // told when its turn comes
+    }
+    const bool known = std::any_of(absolute.begin(), absolute.end(),
+                                   [&](const std::u16string& pOther) { return SamePath(pOther, full, delimiter); });
+    if (known) {
+      fSettings.fWriteError(ToQuotedDisplay(path) + " was given more than once; it is scanned once");
+      continue;
+    }
+    kept.push_back(path);
+    absolute.push_back(full);
+  }
+  return kept;
+}
+
+}  // namespace Vantrel
