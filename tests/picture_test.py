@@ -28,28 +28,6 @@ def hint(element):
     return "" if title is None else title.text
 
 
-def pixels_of(data):
-    """Width, height and the set of colours, by the rules of PNG for the filters that subtract left or above."""
-    assert data[:8] == b"\x89PNG\r\n\x1a\n"
-    at, packed = 8, b""
-    while at < len(data):
-        length, kind = struct.unpack(">I4s", data[at:at + 8])
-        if kind == b"IHDR":
-            width, height = struct.unpack(">II", data[at + 8:at + 16])
-        if kind == b"IDAT":
-            packed += data[at + 8:at + 8 + length]
-        at += length + 12
-    raw, rows, above = zlib.decompress(packed), [], bytes(width * 3)
-    for y in range(height):
-        line = bytearray(raw[y * (width * 3 + 1) + 1:(y + 1) * (width * 3 + 1)])
-        kind = raw[y * (width * 3 + 1)]
-        for i in range(len(line)):
-            line[i] = (line[i] + (above[i] if kind == 2 else line[i - 3] if kind == 1 and i >= 3 else 0)) & 255
-        rows.append(bytes(line))
-        above = line
-    return width, height, {row[i:i + 3] for row in rows for i in range(0, len(row), 3)}
-
-
 class PictureTest(program_test.ProgramTest):
     def draw(self, *arguments):
         run = self.run_program("--nooptions", "--collectowners", *arguments)
@@ -119,15 +97,6 @@ class PictureTest(program_test.ProgramTest):
         texts = [text.text for text in self.parse("p.svg").iter(f"{SVG}text")]
         for text in ("one", "two", "three", "60.0 %", "30.0 %", "10.0 %"):
             self.assertIn(text, texts)
-
-    def test_a_bitmap_has_its_size_and_its_colours(self):
-        for name in ("a.txt", "b.jpg", "c.zip"):
-            self.make(f"data/{name}", 50_000)
-        run = self.run_program("--nooptions", "data", "--treemap", "t.png", "--picturesize", "123x77")
-        self.assertEqual(run.code, program_test.OK, run.err)
-        width, height, colours = pixels_of((self.folder / "t.png").read_bytes())
-        self.assertEqual((width, height), (123, 77))
-        self.assertGreater(len(colours), 20)  # three hues, shaded
 
     def test_a_mail_takes_pictures_along(self):
         self.make("data/a.txt", 5000)

@@ -13,7 +13,6 @@
 #include "model/roots/Storage.h"
 #include "model/tree/CustomFolder.h"
 #include "platform/files/Paths.h"
-#include "platform/system/DebugLog.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "tests/support/Failures.h"
@@ -63,7 +62,6 @@ class TTestRoot : public TCustomUnixRoot {
 class FolderTree : public testing::Test {
  protected:
   void SetUp() override {
-    SetDebugLogSink([this](std::u16string_view pLine) { fLog.push_back(ToUtf8(pLine)); });
     auto options = std::make_shared<TGlobalOptions>();
     options->CollectOwners = true;
     options->FileAgesDateType = TDateType::dtLastChange;
@@ -71,7 +69,6 @@ class FolderTree : public testing::Test {
     fTop = MakeRef<TFolderData>(fRoot, u"/top");
   }
   void TearDown() override {
-    SetDebugLogSink({});
     fTop->Dispose();
     fRoot->Dispose();
   }
@@ -146,7 +143,6 @@ class FolderTree : public testing::Test {
     EXPECT_EQ(expected, found);
   }
 
-  std::vector<std::string> fLog;
   TRef<TTestRoot> fRoot;
   TRef<TCustomFolderData> fTop;
 };
@@ -273,6 +269,9 @@ TEST_F(FolderTree, Refusals) {
   EXPECT_EQ("A file cannot find subfolders.", MessageOf<EInvalidOperation>([&] { file->FindSubFolders(); }));
   EXPECT_EQ("A file can't have child elements", MessageOf<EInvalidOperation>([&] { file->CreateChild(u"x"); }));
   EXPECT_EQ(nullptr, file->AsFolder());
+  EXPECT_FALSE(fTop->Refresh(true)) << "never scanned";
+  fRoot->IncludeState(rsFinished | rsShowsPreviousState);
+  EXPECT_FALSE(fTop->Refresh(false)) << "shows a previous state";
   EXPECT_EQ("Folder data can only provide the file ages as configured during the scan",
             MessageOf<EInvalidArgumentValue>([&] { fTop->GetFileAgeDistribution(TDateType::dtCreation); }));
   const auto unknown = static_cast<int>(TColumn::mdCount) + 3;
@@ -282,16 +281,6 @@ TEST_F(FolderTree, Refusals) {
   EXPECT_EQ("TFolderData.Test() should not be called in non Debug versions",
             MessageOf<EInvalidOperation>([&] { fTop->Test(); }));
 #endif
-}
-
-TEST_F(FolderTree, RefreshIsRefused) {
-  TCustomFolderData& a = AddFolder(*fTop, u"a");
-  EXPECT_FALSE(a.Refresh(true));
-  fRoot->IncludeState(rsFinished | rsShowsPreviousState);
-  EXPECT_FALSE(a.Refresh(false));
-  EXPECT_THAT(fLog,
-              ElementsAre("TCustomFolderData.Refresh: Not performing update on \"/top/a\". The root was never scanned.",
-                          "For a root that shows a previous state a sub-branch refresh should no be performed."));
 }
 
 TEST_F(FolderTree, ResetKeepsAllButThreeBits) {

@@ -32,12 +32,6 @@ TEST(Storages, LocalFilesServeWhatHasNoProtocol) {
   EXPECT_EQ(std::string(bytes, local->OpenFile(path, {})->Read(bytes, sizeof bytes)), "contents");
 }
 
-TEST(Storages, AnUnknownProtocolIsToldWithTheKnownOnes) {
-  const TRef<IStorages> storages = CreateStorages({CreateLocalStorage()});
-  EXPECT_EQ(MessageOf<EUnknownProtocol>([&] { storages->FindForPath(u"sftp://host/x"); }),
-            "\"sftp://host/x\" cannot be scanned: there is no storage \"sftp:\". Known are: file:.");
-}
-
 // On Windows a colon is in no name.
 TEST(Storages, AFileOfThatNameIsAFile) {
   if (NativePathDelimiter() != u'/') GTEST_SKIP();
