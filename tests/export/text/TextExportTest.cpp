@@ -105,16 +105,6 @@ TEST(FormattedReport, ASecondReportIsSetApart) {
       ElementsAre("", "", "________________________________________________", "Title"));
 }
 
-TEST(FormattedReport, AFixedUnitStandsInTheCaptions) {
-  TReport report;
-  report.fSettings.fAutomaticUnit = false;
-  report.fSettings.fSizeUnit = TSizeUnit::suKB;
-  const std::vector<std::string> lines = report.Of(*MakeRoot());
-  EXPECT_THAT(lines, IsSupersetOf({HasSubstr("  /no such place - 3,072.0 KB - "),
-                                   HasSubstr("Name            Size (KB)  Allocated (KB)  Files"),
-                                   HasSubstr("  big             2,048.0         3,072.0  1,200")}));
-}
-
 TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
   auto root = MakeRoot();
   root->fTop->Add(MakeRef<TFakeFolder>(std::u16string(200, u'n'), Values(1, 1, 1, 0)));
