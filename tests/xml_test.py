@@ -4,6 +4,7 @@ when they are opened.
 VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
 """
 
+import datetime
 import os
 import pathlib
 import re
@@ -164,12 +165,14 @@ class LinuxFileTest(program_test.ProgramTest):
         self.write(str(top), "--xml", "scan.xml", "--exclude", "README")
         self.write("--open", "scan.xml", "--xml", "again.xml")
         self.assertEqual((self.folder / "again.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
-        self.write("--open", "scan.xml", "--xml", "scan.xml.zip")
-        with zipfile.ZipFile(self.folder / "scan.xml.zip") as archive:
+        self.write("--open", "scan.xml", "--xml", "sc\u00e4n.xml.zip")
+        with zipfile.ZipFile(self.folder / "sc\u00e4n.xml.zip") as archive:
             self.assertIsNone(archive.testzip())
-            self.assertEqual(archive.namelist(), ["scan.xml"])
-            self.assertEqual(archive.read("scan.xml"), (self.folder / "scan.xml").read_bytes())
-        self.write("--open", "scan.xml.zip", "--xml", "third.xml")
+            self.assertEqual(archive.namelist(), ["sc\u00e4n.xml"])
+            packed = datetime.datetime(*archive.infolist()[0].date_time)
+            self.assertLess(abs(datetime.datetime.now() - packed), datetime.timedelta(hours=1))
+            self.assertEqual(archive.read("sc\u00e4n.xml"), (self.folder / "scan.xml").read_bytes())
+        self.write("--open", "sc\u00e4n.xml.zip", "--xml", "third.xml")
         self.assertEqual((self.folder / "third.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
 
 

@@ -83,13 +83,6 @@ TEST(FileAges, XmlAttributesAndAssignment) {
   TAttributesList attributes = {{u"Name", u"x"},  {u"Days_30", u"12"}, {u"Days_", u""},
                                 {u"Days_7", u""}, {u"days_5", u""},    {u"Days_x", u"9"}};
   EXPECT_EQ(TFileAges::CreateFromXML(attributes)->GetAsString(), u"7;30");
-  const std::string message = "TFileAges.CreateFromXML: Given XML attributes did not contain any FileAge info";
-  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] { TFileAges::CreateFromXML({}); }), message);
-  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] {
-              TFileAges::CreateFromXML(TAttributesList{{u"Days", u"1"}});
-            }),
-            message);
-
   TRef<IFileAges> ages = AgesOf(u"3");
   ages->Assign(*AgesOf(u"4;5"));
   EXPECT_EQ(ages->GetAsString(), u"4;5");

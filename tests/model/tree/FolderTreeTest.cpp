@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <latch>
 #include <thread>
@@ -77,69 +78,29 @@ class FolderTree : public testing::Test {
     return static_cast<TCustomFolderData&>(*pParent.CreateChild(pName));
   }
 
-  // What listing some files of one size brings; each has the same owner, extension and date.
-  struct TFiles {
-    std::u16string fName = u"f.txt";
-    int64_t fCount = 1;
+  // What listing a file brings.
+  struct TFile {
     int64_t fSize = 0;
     TKivFileTime fDate = {};
     bool fLong = false;
   };
-  void Files(TCustomFolderData& pFolder, const TFiles& pFiles, bool pReplace = false) {
-    const TKeyId anna = TUserSizeArray::KeyOf(u"anna");
+  void File(TCustomFolderData& pFolder, const TFile& pFile, bool pReplace = false) {
     TFileTableBuilder table;
     TEntryValues values;
-    values.fSize = pFiles.fSize;
-    values.fAllocated = 2 * pFiles.fSize;
-    values.fLastChangeDate = pFiles.fDate;
-    for (int64_t i = 0; i < pFiles.fCount; ++i)
-      table.Add(i == 0 ? pFiles.fName : FromUtf8(std::to_string(i)) + pFiles.fName, values, anna);
+    values.fSize = pFile.fSize;
+    values.fLastChangeDate = pFile.fDate;
+    table.Add(u"f.txt", values, kNoKey);
     TFileGroupContents contents;
-    contents.fValues.fSize = pFiles.fCount * pFiles.fSize;
-    contents.fValues.fAllocated = 2 * contents.fValues.fSize;
-    contents.fValues.fFiles = pFiles.fCount;
-    contents.fValues.fCompression = pFiles.fCount == 0 ? 0 : compr_no;
-    contents.fLastChangeDate = pFiles.fDate;
-    contents.fLongPaths = pFiles.fLong;
-    const TKeyedSizeValues owner[] = {{anna, contents.fValues}};
-    const TKeyedSizeValues extension[] = {{TExtensionSizeArray::KeyOf(u".txt"), contents.fValues}};
-    const TRef<IScanConfiguration> configuration = fRoot->GetScanConfiguration();
-    const int interval = configuration->GetFileAges()->GetIndexOfMatchingInterval(
-        FileAgeInDays(configuration->GetScanTimeStamp(), pFiles.fDate));
-    const TKeyedSizeValues age[] = {{static_cast<TKeyId>(interval), contents.fValues}};
-    if (pFiles.fCount > 0) {
-      contents.fOwners = owner;
-      contents.fExtensions = extension;
-      contents.fAges = age;
-      contents.fFiles = table.Build();
-    }
+    contents.fValues.fSize = pFile.fSize;
+    contents.fValues.fFiles = 1;
+    contents.fValues.fCompression = compr_no;
+    contents.fLastChangeDate = pFile.fDate;
+    contents.fLongPaths = pFile.fLong;
+    contents.fFiles = table.Build();
     if (pReplace)
       pFolder.ReplaceFiles(contents);
     else
       pFolder.AddFiles(contents);
-  }
-
-  // Every counter and statistic of a folder says the same.
-  static void ExpectTotals(const IFolderData& pFolder, int64_t pSize, int64_t pFiles, int64_t pFolders) {
-    SCOPED_TRACE(ToUtf8(pFolder.GetFullPath()));
-    EXPECT_EQ(pSize, pFolder.GetSize());
-    EXPECT_EQ(2 * pSize, pFolder.GetAllocated());
-    EXPECT_EQ(pFiles, pFolder.GetFiles());
-    EXPECT_EQ(pFolders, pFolder.GetFolders());
-    TBasicSizeValues expected;
-    expected.fSize = pSize;
-    expected.fAllocated = 2 * pSize;
-    expected.fFiles = pFiles;
-    TBasicSizeValues found;
-    EXPECT_EQ(pFiles > 0, pFolder.GetUserSizeArray()->Find(u"anna", found));
-    EXPECT_EQ(expected, found);
-    found = {};
-    EXPECT_EQ(pFiles > 0, pFolder.GetExtensionSizeArray()->Find(u".TXT", found));
-    EXPECT_EQ(expected, found);
-    found = {};
-    TRef<IFileAgeDistribution> ages = pFolder.GetFileAgeDistribution(TDateType::dtLastChange);
-    for (int i = 0; i < ages->GetFileAges()->GetCount(); ++i) found += ages->GetRecord(i);
-    EXPECT_EQ(expected, found);
   }
 
   TRef<TTestRoot> fRoot;
@@ -168,7 +129,7 @@ TEST(NewestDate, NoThreadTakesBackWhatAnotherHasRaised) {
 }
 
 TEST_F(FolderTree, Refusals) {
-  Files(*fTop, {.fSize = 5});
+  File(*fTop, {.fSize = 5});
   const TRef<IHierarchicalElement> file = fTop->FindFiles()[0];
   EXPECT_EQ("A file cannot find subfolders.", MessageOf<EInvalidOperation>([&] { file->FindSubFolders(); }));
   EXPECT_EQ("A file can't have child elements", MessageOf<EInvalidOperation>([&] { file->CreateChild(u"x"); }));
@@ -191,19 +152,18 @@ TEST_F(FolderTree, ResetKeepsAllButThreeBits) {
   TCustomFolderData& a = AddFolder(*fTop, u"a");
   TCustomFolderData& below = AddFolder(a, u"below");
   TRef<IFolderData> released(&below);
-  Files(below, {.fSize = 8, .fDate = {60}, .fLong = true});
-  Files(a, {.fSize = 1});
-  Files(*fTop, {.fSize = 100});
+  File(below, {.fSize = 8, .fDate = {60}, .fLong = true});
+  File(a, {.fSize = 1});
+  File(*fTop, {.fSize = 100});
   constexpr TFolderStates kCleared = fsSubFolderScanningFinished | fsContainsLongPaths | fsDummySubFoldersAdded;
   constexpr TFolderStates kAll = 0x7FF & ~fsRemoving;
   a.IncludeFolderState(kAll);
   a.Reset();
   EXPECT_EQ(kAll & ~kCleared, a.GetFolderState());
-  ExpectTotals(a, 0, 0, 0);
-  EXPECT_EQ(0, a.GetValues().fCompression);
+  EXPECT_EQ(TSizeValues{}, a.GetValues());
   EXPECT_THAT(a.FindSubFolders(), IsEmpty());
   EXPECT_THAT(a.FindFiles(), IsEmpty());
-  ExpectTotals(*fTop, 100, 1, 1);
+  EXPECT_EQ((std::array<int64_t, 3>{100, 1, 1}), (std::array{fTop->GetSize(), fTop->GetFiles(), fTop->GetFolders()}));
   EXPECT_EQ(0, fTop->GetFolderState() & fsContainsLongPaths);
   EXPECT_NE(0, released->GetFolderState() & fsDisposed);
   EXPECT_EQ(u"/top/a", a.GetFullPath());
@@ -212,15 +172,15 @@ TEST_F(FolderTree, ResetKeepsAllButThreeBits) {
 TEST_F(FolderTree, NothingChangesAfterDisposal) {
   TCustomFolderData& a = AddFolder(*fTop, u"a");
   TRef<TCustomFolderData> keepA(&a);
-  Files(a, {.fSize = 8, .fDate = {60}});
+  File(a, {.fSize = 8, .fDate = {60}});
   TCustomFolderData& other = AddFolder(*fTop, u"other");
-  Files(other, {.fSize = 1000, .fDate = {9000}});
+  File(other, {.fSize = 1000, .fDate = {9000}});
   auto changeAll = [&] {
     keepA->AddChildValues(other, true);
     keepA->SetNewerLastAccessDate({77'777});
     keepA->SetNewerLastChangeDate({77'777});
-    Files(*keepA, {.fSize = 3});
-    Files(*keepA, {.fSize = 3}, true);
+    File(*keepA, {.fSize = 3});
+    File(*keepA, {.fSize = 3}, true);
     EXPECT_EQ(nullptr, keepA->CreateChild(u"late"));
     keepA->Reset();
     keepA->Remove();
@@ -235,7 +195,7 @@ TEST_F(FolderTree, NothingChangesAfterDisposal) {
   EXPECT_EQ(1000, fTop->GetSize());
 
   keepA = &AddFolder(*fTop, u"b");
-  Files(*keepA, {.fSize = 8, .fDate = {60}});
+  File(*keepA, {.fSize = 8, .fDate = {60}});
   fRoot->Dispose();  // the root: its nodes are still there
   changeAll();
   EXPECT_EQ(1008, fTop->GetSize());
@@ -248,11 +208,12 @@ TEST_F(FolderTree, TenThousandLevels) {
     node = &AddFolder(*node, u"d");
     if (level == 5'000) middle = node;
   }
-  Files(*node, {.fSize = 3});
-  ExpectTotals(*fTop, 3, 1, 10'000);
+  File(*node, {.fSize = 3});
+  EXPECT_EQ((std::array<int64_t, 3>{3, 1, 10'000}),
+            (std::array{fTop->GetSize(), fTop->GetFiles(), fTop->GetFolders()}));
   EXPECT_EQ(4u + 2 * 10'000, node->GetFullPath().size());
   middle->Reset();
-  ExpectTotals(*fTop, 0, 0, 5'000);
+  EXPECT_EQ((std::array<int64_t, 3>{0, 0, 5'000}), (std::array{fTop->GetSize(), fTop->GetFiles(), fTop->GetFolders()}));
   EXPECT_NE(0, node->GetFolderState() & fsDisposed);
   node = nullptr;
   fTop->Dispose();

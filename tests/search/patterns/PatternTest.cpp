@@ -25,10 +25,6 @@ using Vantrel::Testing::MessageOf;
 constexpr TPatternType kInclude = TPatternType::ptyInclude;
 constexpr TPatternType kExclude = TPatternType::ptyExclude;
 
-TPatternTarget Owner() {
-  return TargetOfColumn(TColumn::mdOwner);
-}
-
 TRef<IPattern> Parse(std::u16string_view pText, char16_t pDelimiter = u'/') {
   return ParsePattern(pText, kInclude, pDelimiter);
 }
