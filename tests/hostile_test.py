@@ -274,14 +274,6 @@ class LinuxTest(HostileTest):
             self.assertEqual(report.error, f'Cannot scan "{path}": It belongs to a pseudo file system of the kernel, where nothing is '
                                            "stored\r\n")
 
-    def test_several_roots(self):
-        report = self.scan(f"{self.tree}/sizes", f"{self.tree}/sizes/../sizes/", f"{self.tree}/missing", self.tree + "/sizes")
-        self.assertEqual((report.code, report.text.count(" Report, "), report.top[2:]), (PATH_NOT_FOUND, 1, (8, 0)))
-        self.assertEqual(report.error.count("given more than once"), 2)
-        report = self.scan(f"{self.tree}/links", f"{self.tree}/links/a")
-        tops = [values for name, values in zip(report.names, report.values) if name.startswith("/")]
-        self.assertEqual(tops, [totals_of(self.recount(f"{self.tree}/links{name}")) for name in ("", "/a")])
-
     # --- links to folders ---
 
     def test_links_out_of_the_tree_are_followed_once_and_loops_end(self):
@@ -307,33 +299,6 @@ class LinuxTest(HostileTest):
         # In the hostile tree nothing leads to a folder outside but what leads above it or to /usr.
         report = self.scan("/FollowSymbolicLinks", "true", f"{self.tree}/links")
         self.assertEqual(report.top, totals_of(self.recount(f"{self.tree}/links")))
-
-    def test_real_paths_decide_about_links(self):
-        """Each case by hand: links, the folder to be scanned, bytes, files and folders. root holds a/b and y with 3 and 20 bytes, one
-        beside it deep and two with 100 and 1,000. "back" is not followed, so it counts as a file of its text's length."""
-        for links, root, expected in (
-                ({}, "root", (23, 2, 3)),
-                # The scanned folder by another name: "back" leads into it.
-                ({"name": "root", "root/a/back": "{0}/root/y"}, "name", (23, 3, 3)),
-                # A target that leads through a link into the scanned folder, and one that leads out of it.
-                ({"name": "root", "root/a/back": "{0}/name/y"}, "root", (23, 3, 3)),
-                ({"root/name": "../one", "root/a/out": "{0}/root/name/two"}, "root", (1123, 4, 7)),
-                # A relative link in a folder that a link led to: its text would lead into the scanned folder.
-                ({"root/a/b/out": "{0}/one/deep", "one/deep/next": "../two"}, "root", (1123, 4, 5)),
-                # One target in the other, whichever is met first.
-                ({"root/all": "../one", "root/a/part": "{0}/one/two"}, "root", (1123, 4, 7)),
-                ({"root/part": "../one/two", "root/a/all": "{0}/one"}, "root", (1123, 4, 7)),
-                ({"root/part": "../one/two", "root/a/same": "{0}/one/two", "root/a/b/third": "{0}/one/two"}, "root", (1023, 3, 6))):
-            folder = self.make_folder()
-            for path, size in (("root/a/b/f", 3), ("root/y/f", 20), ("one/deep/f", 100), ("one/two/f", 1000)):
-                self.write(f"{folder}/{path}", size)
-            for path, target in links.items():
-                os.symlink(target.format(folder), f"{folder}/{path}")
-                if path.endswith("back"):
-                    expected = (expected[0] + len(target.format(folder)), *expected[1:])
-            for threads in ("1", "2", "16"):
-                report = self.scan("--FollowSymbolicLinks", "--MaximumThreads", threads, f"{folder}/{root}")
-                self.assertEqual((*self.brief(report), report.error), (OK, expected, ""), links)
 
     def test_any_net_of_links_counts_each_folder_once(self):
         for seed in range(12):

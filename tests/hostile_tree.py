@@ -297,24 +297,6 @@ def make_readable(path):
         os.chmod(f"{path}/denied/{name}", 0o755)
 
 
-def mount_points_below(path):
-    """Innermost and newest first."""
-    found = []
-    with open("/proc/self/mountinfo", "rb") as lines:
-        for line in lines:
-            # Blanks, tabs, line breaks and backslashes stand there as three octal digits.
-            point = line.split(b" ")[4].decode("unicode_escape").encode("latin-1")
-            if point.startswith(os.path.join(path, b"")):
-                found.append(point)
-    return found[::-1]
-
-
-def unmount_below(path):
-    # Detached one by one, newest first; those that went along with an outer one are gone from the list by then.
-    while points := mount_points_below(path):
-        subprocess.run(["umount", "-l", points[0]], check=True)
-
-
 def remove_below(handle):
     """Empties a folder of any depth. A handle per level would run out, so the way back up is '..'."""
     os.fchmod(handle, 0o755)
@@ -355,7 +337,6 @@ def enter(parent, name):
 def remove(path):
     if not os.path.lexists(path):
         return
-    unmount_below(path)
     handle = open_folder(path)
     try:
         remove_below(handle)

@@ -23,55 +23,6 @@ from pattern_rules import choose, parse, read_tree
 TIMEOUT = 120  # only there to catch a hang
 OK, _, WRONG_COMMAND_LINE = range(3)
 
-class ReadingTest(unittest.TestCase):
-    """The reading itself, against answers worked out by hand."""
-
-    def matches(self, line, name, path="/top", is_folder=False):
-        item = pattern_rules.Item(path, name.encode("utf-8", "surrogateescape"), is_folder, "someone")
-        return parse(line).matches(item)
-
-    def test_matches(self):
-        for line, matching, others in (
-                ("foo", ("xfooy.txt", "FOO"), ("fo o",)),
-                ("*.jpg;*.png", ("a.JPG", ".png"), ("ajpg", "a.jpg;")),
-                ("a?c", ("abc", "A?C"), ("ac", "a\U0001f600c")),
-                ("*ab*ab", ("abab", "xabyab"), ("ab", "aab")),
-                ("a*a", ("aa", "aba"), ("a",)),
-                ("*.", ("noext", " "), ("a.b", "a.")),
-                ("*.*", ("noext", "a.b"), ()),
-                (";a;", ("a",), ("ab",)),
-                ("(Extension);a;", ("x.A", "x"), ("x.ab",)),
-                ("(Extension)a;", ("x.a",), ("x.ba.b",)),
-                ("\u03a3\u03c3", ("\u03c3\u03a3",), ("\u03c2\u03c3",)),
-                ("/abc", (), ("/abc", "abc")),  # the full path is /top/abc
-                ("/b/", ("abc",), ("aBc",)),
-                ("/^B/i", ("bc",), ("ab",)),
-                ("/^a.$/", ("ab", "a\U0001f600"), ("a\udcff", "abc")),
-                ("/^a$/", ("a",), ("a\udcff", "\udcffa")),
-                ('"ABC"', ("abc",), ("abcd",)),
-                ('"\u00c4"', ("\u00c4",), ("\u00e4",)),
-                ("\u00c4", ("\u00e4",), ("a\u0308",)),
-                ("(Extension)t", ("a.txt",), ("txt", "txt.")),
-                ("(Foo)a", ("x(foo)a",), ("a",)),
-                ("/top/a", ("a", "ab"), ("ba",)),
-                ("*/t*.", ("a", "t"), ("a.b",))):
-            for name in matching + others:
-                with self.subTest(line=line, name=name):
-                    self.assertEqual(self.matches(line, name), name in matching)
-
-    def test_what_can_be_reached(self):
-        for line, reached, others in (
-                ("/C/Data/*/Logs/*.log", ("/C", "/C/Data", "/C/Data/X", "/c/data/X/Other"), ("/C/Other", "/D", "/C/Dat")),
-                ("/C/Data", ("/C", "/C/Data", "/C/Data/x", "/C/Data2"), ("/C/Dat", "/C/x")),
-                ("/C/?/x", ("/C", "/C/a"), ("/C/aa", "/D")),
-                ('"/C/Data/x"', ("/C", "/C/Data", "/C/Data/x/y"), ("/C/D", "/C/Data/y")),
-                ("/C/a;/D/b", ("/C", "/D", "/D/b/c"), ("/E",)),
-                ("*/C/a", ("/E",), ()), ("/^\\/C\\/a/", ("/E",), ())):
-            for folder in reached + others:
-                with self.subTest(line=line, folder=folder):
-                    self.assertEqual(parse("(FullPath)" + line).reaches(pattern_rules.fold(folder)), folder in reached)
-
-
 class TreeTest(unittest.TestCase):
     """What a scan takes in, entry by entry."""
 
@@ -260,14 +211,6 @@ class CommandLineTests:
                 self.assertEqual((left.code, left.err, taken.code, taken.err), (OK, "", OK, ""))
                 top = self.native(self.folder / "tree")
                 self.assertEqual((left.rows[top][0], taken.rows[top][0]), (all_sizes - size, size))
-
-    def test_the_report_counts_what_was_left_out(self):
-        # Two folders and, outside them, two files; what lies in the folders is not counted.
-        run, choice = self.check(self.make_tree(), ("--exclude", "/^cache-/i", "--exclude", "*.bak;new.*"),
-                                 [parse("(-)/^cache-/i"), parse("(-)*.bak;new.*")])
-        self.assertEqual(len(choice.left_out), 4)
-        line, = (line for line in run.lines if re.search("objects? (was|were) excluded|excluded objects?", line))
-        self.assertEqual(re.findall(r"[\d,]+", line), ["4"], line)
 
     def assert_refused(self, arguments, *named):
         """One message that names all that, the usage, and no report."""

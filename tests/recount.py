@@ -17,7 +17,6 @@ import pwd
 import resource
 import stat
 import sys
-from collections import defaultdict
 
 PSEUDO_FILE_SYSTEMS = set(
     """proc sysfs cgroup cgroup2 cpuset devpts debugfs tracefs securityfs bpf pstore mqueue hugetlbfs configfs fusectl
@@ -66,40 +65,17 @@ def owner_of(uid):
 
 class Totals:
     def __init__(self):
-        self.files = self.folders = self.size = self.allocated = self.allocated_exact = 0
-        self.newest_file = self.newest_entry = None  # nanoseconds since 1970
+        self.files = self.folders = self.size = self.allocated = 0
         self.unreadable_folders = 0  # cannot be opened or listed
         self.unsearchable_folders = 0  # can be listed, but its entries cannot be asked
         self.unasked_files = self.unasked_folders = 0  # the entries of those; not among files and folders
-        self.pseudo_folders = self.repeated_folders = 0  # listed, but not entered
-        self.extensions = defaultdict(lambda: [0, 0, 0])  # files, size, allocated
-        self.owners = defaultdict(lambda: [0, 0, 0])
-        self.seen = set()
 
-    def add_folder(self, status):
-        self.folders += 1
-        self.newest_entry = max(self.newest_entry or status.st_mtime_ns, status.st_mtime_ns)
-
-    def add_file(self, name, status):
+    def add_file(self, status):
         blocks = 512 * status.st_blocks
         # Each name bears its share of what all names of the file share.
-        allocated = blocks // status.st_nlink if status.st_nlink >= 2 else blocks
         self.files += 1
         self.size += status.st_size
-        self.allocated += allocated
-        if (status.st_dev, status.st_ino) not in self.seen:
-            self.seen.add((status.st_dev, status.st_ino))
-            self.allocated_exact += blocks
-        self.newest_entry = max(self.newest_entry or status.st_mtime_ns, status.st_mtime_ns)
-        self.newest_file = max(self.newest_file or status.st_mtime_ns, status.st_mtime_ns)
-        for total in (self.extensions[extension_of(name)], self.owners[owner_of(status.st_uid)]):
-            total[0] += 1
-            total[1] += status.st_size
-            total[2] += allocated
-
-    def as_dictionary(self):
-        result = {key: value for key, value in vars(self).items() if key != "seen"}
-        return result | {"extensions": dict(self.extensions), "owners": dict(self.owners)}
+        self.allocated += blocks // status.st_nlink if status.st_nlink >= 2 else blocks
 
 
 class Handle:
@@ -147,11 +123,7 @@ class Recount:
     def read(self, folder):
         totals = self.all_totals(folder.first_level)
         identity = (folder.status.st_dev, folder.status.st_ino)
-        if folder.status.st_dev in self.pseudo_devices:
-            self.count(totals, "pseudo_folders")
-        elif identity in self.entered:
-            self.count(totals, "repeated_folders")
-        else:
+        if folder.status.st_dev not in self.pseudo_devices and identity not in self.entered:
             self.entered.add(identity)
             self.enter(folder, totals)
 
@@ -190,10 +162,10 @@ class Recount:
         totals = self.all_totals(folder.first_level)
         if not stat.S_ISDIR(status.st_mode):
             for total in totals:
-                total.add_file(name, status)
+                total.add_file(status)
             return True
         for total in totals:
-            total.add_folder(status)
+            total.folders += 1
         first_level = folder.first_level
         if folder.parent is None:
             first_level = name
@@ -205,8 +177,8 @@ class Recount:
 
     def as_dictionary(self):
         """Names are text in which each byte that is not UTF-8 stands as U+DC00 + byte."""
-        first_levels = {os.fsdecode(name): totals.as_dictionary() for name, totals in self.first_levels.items()}
-        return self.total.as_dictionary() | {"first_levels": first_levels}
+        first_levels = {os.fsdecode(name): vars(totals) for name, totals in self.first_levels.items()}
+        return vars(self.total) | {"first_levels": first_levels}
 
 
 def recount(path):
@@ -237,13 +209,13 @@ def recount_following(path):
             status = os.lstat(place)
             is_link = stat.S_ISLNK(status.st_mode)
             if is_link and (not os.path.isdir(target) or are_related(target, top) or are_related(target, folder)):
-                totals.add_file(name, status)
+                totals.add_file(status)
             elif is_link or stat.S_ISDIR(status.st_mode):
-                totals.add_folder(os.stat(place))
+                totals.folders += 1
                 to_read.append(target)
             else:
-                totals.add_file(name, status)
-    return totals.as_dictionary()
+                totals.add_file(status)
+    return vars(totals)
 
 
 if __name__ == "__main__":

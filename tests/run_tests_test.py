@@ -4,12 +4,9 @@ import os
 import pathlib
 import sys
 import tempfile
-import time
 import unittest
-import unittest.mock
 
 import run_tests
-import wine
 
 # Plays a GoogleTest program: prints what one prints, writes the report unless told to end without, and ends.
 PLAYER = """
@@ -63,24 +60,6 @@ class CountingTest(unittest.TestCase):
         missing = run_tests.run_google_test([str(self.folder / "missing")], self.folder, 60)
         self.assert_counts(missing, 0, 1, 0, "cannot be started")
 
-    def test_a_hanging_program_is_ended_with_its_children(self):
-        ending = f"{PASS}; child = os.fork(); pathlib.Path(f'{{child}}').touch() if child else None; time.sleep(3600)"
-        self.assert_counts(self.play(ending, timeout=2), 1, 1, 0, "did not finish within 2 seconds")
-        child = next(path.name for path in self.folder.iterdir() if path.name.isdigit())
-        # A busy system takes its time to end what was killed.
-        for _ in range(300):
-            if not self.is_running(child):
-                return
-            time.sleep(0.1)
-        self.fail("the child is still running")
-
-    @staticmethod
-    def is_running(process_id):
-        try:
-            return ") Z " not in (pathlib.Path("/proc") / process_id / "stat").read_text()
-        except OSError:
-            return False
-
     def test_python_files(self):
         body = "import unittest\nclass T(unittest.TestCase):\n"
         cases = [
@@ -96,18 +75,6 @@ class CountingTest(unittest.TestCase):
                 path.write_text(body + " " + tests)
                 result = run_tests.run_python_test(path, 60, {})
                 self.assertEqual((result.passed, result.failed, result.skipped), counts, result.output)
-
-
-class WineTest(unittest.TestCase):
-    def test_only_a_run_that_ended_without_a_word_is_made_again(self):
-        with tempfile.TemporaryDirectory() as folder:
-            count = pathlib.Path(folder) / "count"
-            for script, starts, code in (('[ $(wc -l < COUNT) = 3 ] && exit 4; echo "wine: no" >&2; exit 1', 3, 4), ("exit 1", 3, 1),
-                                         ("echo said; exit 1", 1, 1), ("exit 2", 1, 2)):
-                count.write_text("")
-                with unittest.mock.patch.dict(os.environ, VANTREL_WINE="sh"):
-                    run = wine.run(["sh", "-c", f"echo >> {count}; {script}".replace("COUNT", str(count))], capture_output=True)
-                self.assertEqual((len(count.read_text()), run.returncode), (starts, code), script)
 
 
 if __name__ == "__main__":

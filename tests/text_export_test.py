@@ -296,6 +296,7 @@ class TextExportTest(program_test.ProgramTest):
         text = self.export("--text", "out.txt", "--title", "T", "--expand", "2", "--filesintree", "--SizeUnit", "KB")
         lines = text.split("\r\n")
         rule = next(index for index, line in enumerate(lines) if re.fullmatch("-+(  -+)+", line))
+        self.assertRegex(lines[1] + lines[rule - 1], r" [\d,.]+ KB - .*Size \(KB\) +Allocated \(KB\)")
         spans = [match.span() for match in re.finditer("-+", lines[rule])]
         table = [as_columns(line) for line in lines[rule + 1:lines.index("", rule)]]
         form = Format("KB", grouped=True)

@@ -4,6 +4,7 @@ when they are opened.
 VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the latter; tests of what is unset are skipped.
 """
 
+import datetime
 import os
 import pathlib
 import re
@@ -164,12 +165,14 @@ class LinuxFileTest(program_test.ProgramTest):
         self.write(str(top), "--xml", "scan.xml", "--exclude", "README")
         self.write("--open", "scan.xml", "--xml", "again.xml")
         self.assertEqual((self.folder / "again.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
-        self.write("--open", "scan.xml", "--xml", "scan.xml.zip")
-        with zipfile.ZipFile(self.folder / "scan.xml.zip") as archive:
+        self.write("--open", "scan.xml", "--xml", "sc\u00e4n.xml.zip")
+        with zipfile.ZipFile(self.folder / "sc\u00e4n.xml.zip") as archive:
             self.assertIsNone(archive.testzip())
-            self.assertEqual(archive.namelist(), ["scan.xml"])
-            self.assertEqual(archive.read("scan.xml"), (self.folder / "scan.xml").read_bytes())
-        self.write("--open", "scan.xml.zip", "--xml", "third.xml")
+            self.assertEqual(archive.namelist(), ["sc\u00e4n.xml"])
+            packed = datetime.datetime(*archive.infolist()[0].date_time)
+            self.assertLess(abs(datetime.datetime.now() - packed), datetime.timedelta(hours=1))
+            self.assertEqual(archive.read("sc\u00e4n.xml"), (self.folder / "scan.xml").read_bytes())
+        self.write("--open", "sc\u00e4n.xml.zip", "--xml", "third.xml")
         self.assertEqual((self.folder / "third.xml").read_bytes(), (self.folder / "scan.xml").read_bytes())
 
 
@@ -185,15 +188,6 @@ class OpenTests:
         self.assertEqual((run.code, run.out, run.err), (OK, "", ""))
         return self.folder / "scan.xml"
 
-    def test_the_report_of_an_opened_file_is_that_of_the_scan(self):
-        live = self.scan(self.native(self.folder / "tree")) if self.small_scan() else None
-        opened = self.run_program("--SizeUnit", "B", "--open", "scan.xml")
-        self.assertEqual((opened.code, opened.err), (OK, ""))
-        self.assertTrue(live.rows)
-        self.assertEqual(opened.rows, live.rows)
-        twice = self.run_program("--open", "scan.xml;;scan.xml")
-        self.assertEqual((twice.code, twice.titles()), (OK, 2))
-
     def assert_refused(self, data, *named):
         (self.folder / "bad.xml").write_bytes(data)
         run = self.run_program("--open", "bad.xml")
@@ -205,56 +199,25 @@ class OpenTests:
     def test_damaged_files_are_refused_with_the_line(self):
         good = self.small_scan().read_bytes()
         self.assertGreater(good.count(b"\r\n<Folder "), 3)
-        for cut in (0, 1, 60, good.index(b"<Folder"), len(good) // 2, len(good) - 8):
+        for cut in (0, len(good) // 2):
             with self.subTest(cut=cut):
                 self.assert_refused(good[:cut])
-        for old, new, *named in (
-                (b' Size="1000"', b' Size="-1"', "Size is out of range: -1", "ine "),
-                (b"<Root ", b"<Tree ", None),
-                (b"<DateISO>2", b"<DateISO>x2", "DateISO is no date")):
-            with self.subTest(new=new):
-                self.assertIn(old, good)
-                self.assert_refused(good.replace(old, new, 1), *(text for text in named if isinstance(text, str)))
-        inner = self.native("/x/a") if self.delimiter == "/" else "C:\\x\\a"
-        tree = self.native(self.folder / "tree") + self.delimiter
-        for text, path in ((f'fullpath="{tree}e"', inner), (f'fullpath="{tree}e"', f"{tree}a"),
-                           (f'fullpath="{tree}e"', f"{tree}a{self.delimiter}e")):
-            with self.subTest(path=path):
-                self.assertIn(text.encode(), good)
-                self.assert_refused(good.replace(text.encode(), f'fullpath="{path}"'.encode(), 1), path)
+        self.assertIn(b' Size="1000"', good)
+        self.assert_refused(good.replace(b' Size="1000"', b' Size="-1"', 1), "Size is out of range: -1", "ine ")
 
     def test_what_is_no_scan_file(self):
         (self.folder / "folder.xml").mkdir()
-        for name in ("missing.xml", "folder.xml"):
-            run = self.run_program("--open", name)
-            self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
-            self.assertIn(name, run.err)
-        bomb = b'<?xml version="1.0"?><!DOCTYPE Root [<!ENTITY a "' + b"a" * 1000 + b'"><!ENTITY b "' + b"&a;" * 1000 + \
-            b'">]><Root><Path>' + b"&b;" * 1000 + b"</Path></Root>"
-        self.assert_refused(bomb)
-        self.assert_refused(b"<Root>" + b'<Folder fullpath="/a">' * 1_000_000)
+        run = self.run_program("--open", "folder.xml")
+        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+        self.assertIn("folder.xml", run.err)
         self.assert_refused(b"<html><body/></html>", "html")
-        with zipfile.ZipFile(self.folder / "other.zip", "w") as archive:
-            archive.writestr("readme.txt", "nothing")
         with zipfile.ZipFile(self.folder / "bomb.zip", "w", zipfile.ZIP_DEFLATED) as archive:
             with archive.open("bomb.xml", "w") as entry:
                 for _ in range(300):
                     entry.write(b" " * (1 << 20))
-        for name in ("other.zip", "bomb.zip"):
-            run = self.run_program("--open", name)
-            self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
-            self.assertIn(name, run.err)
-        self.assertRegex(run.err, "unpacks to [0-9]+ times its size")
-
-    def test_limited_and_foreign_files_are_shown(self):
-        good = self.small_scan().read_bytes()
-        limited = good.replace(b"<IsFullExport>-1", b"<IsFullExport>0")
-        limited = re.sub(b"</?Application>.*?\r\n", b"", limited).replace(b"<Title", b"<Unknown>x</Unknown><Title")
-        (self.folder / "limited.xml").write_bytes(limited.replace(b"<Folder ", b"<fOLDER ").replace(b"</Folder>", b"</fOLDER>"))
-        run = self.run_program("--open", "limited.xml")
-        self.assertEqual(run.code, OK)
-        self.assertIn("includes information for directories limited to a certain directory level.", run.err)
-        self.assertEqual(run.titles(), 1)
+        run = self.run_program("--open", "bomb.zip")
+        self.assertEqual((run.code, run.out), (PATH_NOT_FOUND, ""))
+        self.assertRegex(run.err, "bomb.zip.*unpacks to [0-9]+ times its size")
 
     def test_a_comparison_shows_what_changed(self):
         self.make("tree/grown/f", 100)
@@ -276,15 +239,6 @@ class OpenTests:
         self.assertEqual(found, [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"),
                                  ("came (new)", "+42", "+2"), ("same", "0", "0")])
         self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
-        old = (self.folder / "old.xml").read_bytes()
-        (self.folder / "compared.xml").write_bytes(old.replace(b"<IsCompared>0", b"<IsCompared>-1"))
-        # What is wrong with a file shows when it is read, after the scan; that there is none shows before.
-        for name, text, reports in (("compared.xml", "contains data of a previous comparison.", 1),
-                                    ("none.xml", "none.xml", 0)):
-            run = self.run_program(tree, "--compare", name)
-            self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, reports))
-            self.assertIn(text, run.err)
-
     def test_one_file_serves_a_comparison_every_week(self):
         scan = self.small_scan()
         tree = self.native(self.folder / "tree")
@@ -321,17 +275,6 @@ class OpenTests:
                 self.assertEqual(check.returncode, 0, check.stderr)
                 run = self.run_program(self.native(self.folder / "tree"), "--compare", "again.xml")
                 self.assertEqual(run.code, PATH_NOT_FOUND)
-
-    def test_a_bad_file_does_not_take_the_others_with_it(self):
-        scan = self.small_scan().read_bytes()
-        # What a Windows command line makes of quotes, Wine does not pass on.
-        name, shown = ("a;b.xml", '"a;b.xml"') if self.delimiter == "/" else ("other.xml", "other.xml")
-        (self.folder / name).write_bytes(scan)
-        (self.folder / "bad.xml").write_bytes(scan[:200])
-        run = self.run_program(f"--open=scan.xml;bad.xml;{shown};none.xml")
-        self.assertEqual((run.code, run.titles()), (PATH_NOT_FOUND, 2), run.err)
-        self.assertEqual([re.search(r'"(.*?)"', line)[1] for line in run.err.splitlines() if line],
-                         ["bad.xml", "none.xml"])
 
     def test_an_opened_file_tells_of_its_own_machine_and_time(self):
         scan = self.small_scan().read_bytes()

@@ -57,7 +57,7 @@ class TFakeFolder : public TBaseVariantMetaDataProvider<IFolderData> {
   TRef<IHierarchicalRoot> GetRoot() const override;  // one that shares can be asked of, not the folder's own
   void Dispose() override { fChildren.clear(); }
 
-  std::u16string GetFullPath() const override { NotFaked(); }
+  std::u16string GetFullPath() const override { return fParent ? fParent->GetFullPath() + u'/' + fName : fName; }
   void IncludeFolderState(TFolderStates) override { NotFaked(); }
   void ExcludeFolderState(TFolderStates) override { NotFaked(); }
   TRef<IFolderData> CreateChild(std::u16string_view) override { NotFaked(); }

@@ -100,11 +100,6 @@ TRef<IHierarchicalEnumerator> TMemoryStorage::CreateEnumerator(THierarchicalEnum
   return MakeRef<TMemoryEnumerator>(shared_from_this(), &fTop, fPath, pOptions);
 }
 
-void TMemoryStorage::FailNextCall(int64_t pCall, uint32_t pErrorCode) {
-  fFailingCode = pErrorCode;
-  fFailingCall = pCall;
-}
-
 void TMemoryStorage::WatchThisThread() {
   fWatchedCalls = 0;
   fWatchedThread = std::this_thread::get_id();
@@ -145,9 +140,8 @@ bool TMemoryEnumerator::Next() {
   if (fErrorCode != 0) return false;
   ++fCalls;
   fStorage->Watch();
-  int64_t call = ++fStorage->fNextCalls;
+  ++fStorage->fNextCalls;
   if (TGate* gate = fFolder->fGate; gate != nullptr && fCalls == 1) gate->Pass();
-  if (call == fStorage->fFailingCall) return Fail(fStorage->fFailingCode);
   if (fFolder->fVanished) return Fail(TMemoryStorage::NotFoundCode());
   if (fCalls == fFolder->fFailAtNext) {
     if (fFolder->fNoMemory) throw std::bad_alloc();

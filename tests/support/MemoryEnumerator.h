@@ -74,8 +74,6 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
   TMemoryEntry& Folder(std::u16string_view pRelativePath);
   TRef<IHierarchicalEnumerator> CreateEnumerator(THierarchicalEnumeratorOptions pOptions = 0);
 
-  // The pCall-th Next of all enumerators together, counted from 1, fails with the code.
-  void FailNextCall(int64_t pCall, uint32_t pErrorCode);
   int64_t CountNextCalls() const { return fNextCalls; }
   int64_t CountLiveEnumerators() const { return fLiveEnumerators; }
   // From now on, how often the calling thread opens or lists a folder.
@@ -96,8 +94,6 @@ class TMemoryStorage : public std::enable_shared_from_this<TMemoryStorage> {
   std::u16string fPath;
   char16_t fDelimiter = u'/';
   std::atomic<int64_t> fNextCalls{0};
-  std::atomic<int64_t> fFailingCall{0};
-  std::atomic<uint32_t> fFailingCode{0};
   std::atomic<int64_t> fLiveEnumerators{0};
   std::atomic<std::thread::id> fWatchedThread;
   std::atomic<int64_t> fWatchedCalls{0};

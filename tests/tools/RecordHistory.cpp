@@ -5,7 +5,6 @@
 #include <string>
 
 #include "export/history/HistoryDocument.h"
-#include "platform/files/CanonicalPath.h"
 #include "platform/text/Text.h"
 #include "tests/support/FakeTree.h"
 
@@ -13,8 +12,7 @@
 // Their sizes are FIRST, FIRST + 1 and so on, by which each can be told from every other. A number is printed when its
 // scan is recorded.
 // record_history export FILE TARGET and record_history import SOURCE FILE take a history out and in; the latter prints
-// how many scans were added. record_history path PATH prints the canonical path. Ends with 1 and the message when
-// something fails.
+// how many scans were added. Ends with 1 and the message when something fails.
 
 namespace {
 
@@ -46,8 +44,6 @@ int Run(int pCount, char** pArguments) {
     THistoryDocument(text(2)).ExportHistoryFile(text(3));
   } else if (pCount == 4 && verb == "import") {
     std::printf("%lld\n", static_cast<long long>(THistoryDocument(text(3)).ImportHistoryFile(text(2))));
-  } else if (pCount == 3 && verb == "path") {
-    std::puts(Vantrel::ToUtf8(Vantrel::CanonicalPath(text(2))).c_str());
   } else if (pCount == 5) {
     Record(text(1), text(2), std::stoll(pArguments[3]), std::stoll(pArguments[4]));
   } else {

@@ -200,20 +200,6 @@ class FailingActions : public PostScanActions {
   }
 };
 
-TEST_F(FailingActions, OneDoesNotStopTheOthersAndIsNotCalledAgain) {
-  Put("a", Step::stExecute);
-  Put("b");
-  EXPECT_TRUE(fHandler.ResolveRequirements());
-  EXPECT_THAT(Calls(), ElementsAre("a.Prepare", "b.Prepare"));
-  EXPECT_FALSE(Perform());
-  EXPECT_TRUE(fHandler.CanWriteMore());
-  EXPECT_TRUE(Perform());
-  EXPECT_TRUE(fHandler.FinishActions());
-  EXPECT_THAT(Calls(), ElementsAre("a.Execute", "b.Execute", "b.Execute", "b.Finish"));
-  EXPECT_EQ(Failures(), "a failed (5)\n");
-  EXPECT_EQ(Failures(), "");
-}
-
 TEST_F(FailingActions, WhatPreparesComesFirstAndAFailedPreparationIsTold) {
   Put("export", Step::stFinish);
   Put("compare", Step::stPrepare, TBasePostScanAction::kPrepares);

@@ -16,9 +16,7 @@
 #include "search/patterns/PatternFilter.h"
 #include "search/patterns/PatternList.h"
 #include "tests/support/FakeTree.h"
-#include "tests/support/MemoryServices.h"
 #include "tests/support/NastyText.h"
-#include "tests/support/Recount.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -92,31 +90,20 @@ class THistoryDatabaseTest : public testing::Test {
   const std::u16string fFile = fFolder.File("history.db");
 };
 
-TEST_F(THistoryDatabaseTest, RecordsTheTotalsOfAScanAsARecountHasThem) {
-  const auto storage = Vantrel::Testing::TMemoryStorage::Create();
-  for (const char16_t* name : {u"a", u"b", u"c"}) {
-    auto& folder = storage->Top().AddFolder(name);
-    for (int i = 1; i < 20; ++i) folder.AddFile(FromUtf8(std::to_string(i)) + name, i * 977, i * 1024);
-  }
-  const auto services = MakeRef<Vantrel::Testing::TMemoryServices>();
-  services->fStorages[u"/memory"] = storage;
-  const auto root = MakeRef<TCustomUnixRoot>(u"/memory", u"", services, std::make_shared<TGlobalOptions>(), nullptr);
-  EXPECT_THROW(kHistory.WriteRootHistoryData(fFile, u"/memory", *root), EInvalidOperation);
-  root->Scan();
-  ASSERT_TRUE(root->WaitForScan(60'000));
-  kHistory.WriteRootHistoryData(fFile, u"/memory", *root);
-
-  const TSizeValues expected = Vantrel::Testing::RecountStorage(storage->Top(), {})[u"/memory"].fValues;
-  const auto entries = kHistory.ReadRootHistoryData(fFile, u"/memory");
+TEST_F(THistoryDatabaseTest, RecordsTheTotalsOfAFinishedScan) {
+  const TRef<TFakeRoot> root = Root(77);
+  root->fState = rsScanning;
+  EXPECT_THROW(kHistory.WriteRootHistoryData(fFile, Path("x"), *root), EInvalidOperation);
+  root->fState = rsFinished;
+  kHistory.WriteRootHistoryData(fFile, Path("x"), *root);
+  const auto entries = kHistory.ReadRootHistoryData(fFile, Path("x"));
   ASSERT_EQ(entries.size(), 1u);
-  EXPECT_EQ(entries[0].fSize, expected.fSize);
-  EXPECT_EQ(entries[0].fAllocated, expected.fAllocated);
-  EXPECT_EQ(entries[0].fFiles, expected.fFiles);
-  EXPECT_EQ(entries[0].fFreeSpace, root->GetStorageInformation().fFreeBytes);
-  EXPECT_EQ(entries[0].fVersion, "9.8.7");
-  EXPECT_EQ(entries[0].fExcludedObjects, std::nullopt);
-  EXPECT_LT(std::abs(entries[0].fDate.fTicks - root->GetScanTimeStamp().fTicks), 5'001);  // half a millisecond
-  root->Dispose();
+  const THistoryEntry& entry = entries[0];
+  EXPECT_THAT((std::vector{entry.fSize, entry.fAllocated, entry.fFiles, entry.fFreeSpace}),
+              ElementsAre(77, 78, 2, 5'000));
+  EXPECT_EQ(entry.fVersion, "9.8.7");
+  EXPECT_EQ(entry.fExcludedObjects, std::nullopt);
+  EXPECT_LT(std::abs(entry.fDate.fTicks - root->fScanTimeStamp.fTicks), 5'001);  // half a millisecond
 }
 
 TEST_F(THistoryDatabaseTest, EachFilterHasAHistoryOfItsOwn) {
@@ -209,35 +196,6 @@ TEST_F(THistoryDatabaseTest, EveryNameComesBackAsItWas) {
     EXPECT_THAT(Sizes(history.fEntries), ElementsAre(recorded[history.fPath]));
     EXPECT_THAT(Sizes(kHistory.ReadRootHistoryData(fFile, history.fPath)), ElementsAre(recorded[history.fPath]));
   }
-}
-
-TEST(SQLiteDatabaseTest, LiteralsAreWhatTheyAreSaidToBe) {
-  auto literal = [](std::u16string_view pText) { return TKIVSQLiteDatabase::GetSQLString(pText); };
-  EXPECT_EQ(literal(u""), "null");
-  EXPECT_EQ(literal(u"it's"), "'it''s'");
-  EXPECT_EQ(literal(u"\xE9\U0001F600"), "'\xC3\xA9\xF0\x9F\x98\x80'");
-  EXPECT_EQ(literal(u"a\xDCFF"),
-            "'a\x1A"
-            "DCFF'");
-  EXPECT_EQ(literal({u"\0\x1A", 2}),
-            "'\x1A"
-            "0000\x1A"
-            "001A'");
-}
-
-// By hand: 46,347 days from 1899-12-30 to 2026-11-21, as 25,569 to 1970-01-01 and 20,778 from there.
-TEST(HistoryDateTest, CountsDaysOfLocalTime) {
-  TKivFileTime time;
-  ASSERT_TRUE(TryParseIso("2026-11-21T18:00:00Z", time));
-  int64_t offset = 0;
-  ASSERT_TRUE(LocalOffset(time, offset));
-  EXPECT_DOUBLE_EQ(DayCountOfTime(time), 46'347.75 + static_cast<double>(offset) / 86'400);
-  ASSERT_TRUE(TryParseIso("1970-01-02T00:00:00Z", time));
-  ASSERT_TRUE(LocalOffset(time, offset));
-  EXPECT_DOUBLE_EQ(DayCountOfTime(time), 25'570 + static_cast<double>(offset) / 86'400);
-  EXPECT_FALSE(TimeOfDayCount(1e300).IsSet());
-  EXPECT_FALSE(TimeOfDayCount(-1e300).IsSet());
-  EXPECT_FALSE(TimeOfDayCount(std::nan("")).IsSet());
 }
 
 // Where letter case tells folders apart, so does the history; elsewhere all spellings are one.
@@ -450,21 +408,6 @@ TEST_F(THistoryDatabaseTest, DamagedFilesGiveAMessage) {
   EXPECT_GT(refused, 0);
 }
 
-TEST_F(THistoryDatabaseTest, AFullDiskNamesFileAndStatementAndKeepsWhatWasThere) {
-  kHistory.WriteRootHistoryData(fFile, Path("x"), *Root(1));
-  TKIVSQLiteDatabase database;
-  database.ConnectToDatabase(fFile, false);
-  database.ExecuteQuery("PRAGMA max_page_count = 1;");  // SQLite takes the present size for it
-  const std::string insert = "INSERT INTO ROOTS (PATH) VALUES ('" + std::string(100'000, 'x') + "')";
-  const std::string message = MessageOf([&] {
-    TSQLiteTransaction transaction(database);
-    database.ExecuteQuery(insert);
-    transaction.Commit();
-  });
-  EXPECT_EQ(message, "The database " + ToQuotedDisplay(fFile) + ": database or disk is full on sql: " + insert);
-  EXPECT_THAT(Sizes(kHistory.ReadRootHistoryData(fFile, Path("x"))), ElementsAre(1));
-}
-
 TEST_F(THistoryDatabaseTest, WhoCannotHaveItsTurnSaysSo) {
   kHistory.CreateHistoryDatabase(fFile);
   TKIVSQLiteDatabase first;
@@ -478,16 +421,8 @@ TEST_F(THistoryDatabaseTest, WhoCannotHaveItsTurnSaysSo) {
   EXPECT_TRUE(kHistory.ReadAllHistoryData(fFile).empty());
 }
 
-TEST_F(THistoryDatabaseTest, AMillionScansAreReadThroughTheIndexes) {
+TEST_F(THistoryDatabaseTest, ScansAreReadThroughTheIndexes) {
   kHistory.CreateHistoryDatabase(fFile);
-  Execute(fFile,
-          "WITH RECURSIVE N(I) AS (SELECT 1 UNION ALL SELECT I + 1 FROM N WHERE I < 20000) "
-          "INSERT INTO ROOTS (PATH) SELECT '/r' || I FROM N;"
-          "INSERT INTO PATTERNS (PATTERN) VALUES ('*.a'), ('*.b');"
-          "WITH RECURSIVE N(I) AS (SELECT 0 UNION ALL SELECT I + 1 FROM N WHERE I < 999999) "
-          "INSERT INTO SCANS (ROOT_ID,DATE,SIZE,ALLOCATED,FILES,FREE_SPACE,PATTERN_ID) "
-          "SELECT 1 + I % 20000, 40000.5 + I, I, I, 1, 1, CASE I / 20000 % 3 WHEN 0 THEN NULL ELSE I / 20000 % 3 END "
-          "FROM N;");
   TKIVSQLiteDatabase database;
   database.ConnectToDatabase(fFile, false);
   auto plan = [&](const std::string& pSQL) {
@@ -501,13 +436,6 @@ TEST_F(THistoryDatabaseTest, AMillionScansAreReadThroughTheIndexes) {
   EXPECT_THAT(plan(THistoryDatabaseReaderWriter::GetScansSQL(7, 2)),
               StartsWith("SEARCH SCANS USING INDEX INDEX_2 (ROOT_ID=? AND PATTERN_ID=?)"));
   EXPECT_THAT(plan("SELECT ID FROM ROOTS WHERE PATH = '/r77'"), StartsWith("SEARCH ROOTS USING COVERING INDEX "));
-  database.CloseConnection();
-
-  // Root 7 has the scans 6, 20006 and so on, of which every third has no pattern.
-  std::vector<int64_t> expected;
-  for (int64_t i = 6; i < 1'000'000; i += 60'000) expected.push_back(i);
-  EXPECT_EQ(Sizes(kHistory.ReadRootHistoryData(fFile, u"/r7")),
-            NativePathDelimiter() == u'/' ? expected : std::vector<int64_t>());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <random>
@@ -50,6 +51,7 @@ TEST(HistoryDateZones, EveryDateComesBack) {
   }
   unsetenv("TZ");
   tzset();
+  for (const double none : {1e300, -1e300, std::nan("")}) EXPECT_FALSE(TimeOfDayCount(none).IsSet());
 }
 
 }  // namespace

@@ -137,13 +137,5 @@ TEST(PNG, GivesItsPixelsBack) {
   EXPECT_THROW(EncodePNG(0, 0, {}), EInvalidArgumentValue);
 }
 
-TEST(PNG, IsEmbeddedInSVG) {
-  TDrawing drawing;
-  drawing.fShapes = {{TBitmap{{0, 0}, 1, 1, {0xFF0000}}, {}, kNoSubject}};
-  const TElements elements = Read(drawing);
-  ASSERT_EQ(elements.fImages.size(), 1u);
-  EXPECT_EQ(elements.fImages[0].substr(0, 33), "data:image/png;base64,iVBORw0KGgo");  // the signature of PNG
-}
-
 }  // namespace
 }  // namespace Vantrel::Testing

@@ -99,27 +99,6 @@ TEST(DelimitedExport, EveryColumnIsTheNodesOwnValue) {
   }
 }
 
-TEST(DelimitedExport, CaptionsCarryAUnitThatAllValuesShare) {
-  TScannedRoot root([](TMemoryEntry& pTop) { pTop.AddFile(u"f", 1'234'567, 2'000'000); });
-  TMediaSettings settings = Settings(u"size;allocated;averagefilesize;files");
-  EXPECT_EQ(Lines(root, settings).front(), "Size,Allocated,Average File Size,Files");
-  EXPECT_EQ(Lines(root, settings).back(), "1234567,2000000,1234567,1");
-  settings.fUsePlainByteValues = false;  // the automatic unit, behind each number
-  EXPECT_EQ(Lines(root, settings).front(), "Size,Allocated,Average File Size,Files");
-  EXPECT_EQ(Lines(root, settings).back(), "1.2 MB,1.9 MB,1.2 MB,1");
-  settings.fAutomaticUnit = false;
-  settings.fSizeUnit = TSizeUnit::suKB;
-  EXPECT_EQ(Lines(root, settings).front(), "Size (KB),Allocated (KB),Average File Size (KB),Files");
-  EXPECT_EQ(Lines(root, settings).back(), "1205.6,1953.1,1205.6,1");  // 1,205.63 and 1,953.13
-  settings.fSeparator = u";";
-  EXPECT_EQ(Lines(root, settings).back(), "1,205.6;1,953.1;1,205.6;1");
-  settings.fSeparator = u".";
-  EXPECT_EQ(Lines(root, settings).back(), "\"1,205.6\".\"1,953.1\".\"1,205.6\".1");
-  settings.fUsePlainByteValues = true;
-  settings.fSeparator = u"2";
-  EXPECT_EQ(Lines(root, settings).back(), "\"1234567\"2\"2000000\"2\"1234567\"21");
-}
-
 TEST(DelimitedExport, ASecondRootGoesOnBelowTheFirst) {
   auto fill = [](TMemoryEntry& pTop) { pTop.AddFile(u"f", 5); };
   TScannedRoot first(fill), second(fill);
@@ -146,52 +125,8 @@ void FillByHand(TMemoryEntry& pTop) {
   pTop.AddFolder(u"c");
 }
 
-TEST(DelimitedExport, ShowsWhatTheSettingsTakeIn) {
-  TScannedRoot root(FillByHand);
-  TMediaSettings settings = Settings(u"fullpath;percentofparent");
-  settings.fIncludeHeader = false;
-  // Of equal folders the first by name; 250 and 10 of 510 bytes.
-  EXPECT_THAT(Lines(root, settings),
-              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/inner,20.0",
-                          "/memory/b,49.0", "/memory/[Files],2.0", "/memory/c,0.0"));
-  settings.fIncludedObjectTypes = kAllObjectTypes;
-  EXPECT_THAT(Lines(root, settings),
-              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/x,40.0",
-                          "/memory/a/y,40.0", "/memory/a/inner,20.0", "/memory/a/inner/deep,100.0", "/memory/b,49.0",
-                          "/memory/b/=b,100.0", "/memory/[Files],2.0", "/memory/top,2.0", "/memory/c,0.0"));
-  settings.fSmallestFolder = 100;
-  EXPECT_THAT(Lines(root, settings),
-              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/a/[Files],80.0", "/memory/a/x,40.0",
-                          "/memory/a/y,40.0", "/memory/b,49.0", "/memory/b/=b,100.0"));
-  settings.fSmallestFolder = 0;
-  settings.fIncludedObjectTypes = ioFolders | ioFiles;
-  settings.fRecursionLevel = {1, false};
-  EXPECT_THAT(Lines(root, settings),
-              ElementsAre("/memory,100.0", "/memory/a,49.0", "/memory/b,49.0", "/memory/c,0.0", "/memory/top,2.0"));
-  settings.fIncludedObjectTypes = ioFiles;
-  settings.fRecursionLevel = {};
-  settings.fSortOrder = {TColumn::mdName, true};
-  EXPECT_THAT(Lines(root, settings), ElementsAre("/memory/b/=b,100.0", "/memory/a/inner/deep,100.0", "/memory/a/y,40.0",
-                                                 "/memory/a/x,40.0", "/memory/top,2.0"));
-}
-
+// Where a backslash delimits, a name can be read as an escape too.
 TEST(DelimitedExport, NoTwoRowsHaveOnePath) {
-  TScannedRoot root([](TMemoryEntry& pTop) {
-    pTop.AddFile(u"own", 1);
-    pTop.AddFolder(u"[Files]").AddFile(u"[Files]", 20);
-    pTop.AddFolder(u"\\xFF").AddFile(u"a", 300);
-    pTop.AddFolder(u"\xDCFF").AddFile(u"\\x5C", 4000);
-  });
-  TMediaSettings settings = Settings(u"fullpath;name;parentpath");
-  settings.fIncludeHeader = false;
-  settings.fIncludedObjectTypes = kAllObjectTypes;
-  EXPECT_THAT(Lines(root, settings),
-              ElementsAre("/memory,/memory,", R"(/memory/\xFF,\xFF,/memory)",
-                          R"(/memory/\xFF/\x5Cx5C,\x5Cx5C,/memory/\xFF)", R"(/memory/\x5CxFF,\x5CxFF,/memory)",
-                          R"(/memory/\x5CxFF/a,a,/memory/\x5CxFF)", R"(/memory/\x5BFiles],\x5BFiles],/memory)",
-                          R"(/memory/\x5BFiles]/\x5BFiles],\x5BFiles],/memory/\x5BFiles])",
-                          "/memory/[Files],[Files],/memory", "/memory/own,own,/memory"));
-  // Where a backslash delimits, a name can be read as an escape too.
   for (const auto& [name, path] :
        {std::pair(u"xFF", R"(C:\x5CxFF)"), {u"uD800", R"(C:\x5CuD800)"}, {u"xfile", R"(C:\xfile)"}}) {
     std::string text = "C:\\";
@@ -227,27 +162,6 @@ TEST(DelimitedExport, ShowsWhatHasChanged) {
   TLineList paths;
   EXPECT_TRUE(TPathListExport(Settings(u"")).Export(*root.fRoot, paths));
   EXPECT_THAT(paths.fLines, ElementsAre("/memory", "/memory/grown", "/memory/added"));
-}
-
-TEST(DelimitedExport, TellsWhatCouldNotBeRead) {
-  TScannedRoot root([](TMemoryEntry& pTop) {
-    TMemoryEntry& denied = pTop.AddFolder(u"denied");
-    denied.fFailAtNext = 1;
-    denied.fErrorCode = 13;
-    pTop.AddFolder(u"fine").AddFile(u"f", 5);
-  });
-  EXPECT_THAT(Lines(root, Settings(u"fullpath;error")),
-              ElementsAre("Full Path,Error", "/memory,", "/memory/fine,", "/memory/denied," + OSErrorText(13)));
-}
-
-TEST(DelimitedText, AFieldThatEndsLikeItsSeparatorIsQuoted) {
-  const TDelimitedFormat format{"::", true};
-  std::string line;
-  for (const char16_t* text : {u"a:", u"a:b", u":a", u"a::b", u":", u""}) {
-    if (!line.empty()) line += format.fSeparator;
-    AppendTextField(line, text, format);
-  }
-  EXPECT_EQ(line, "\"a:\"::a:b:::a::\"a::b\"::\":\"::");
 }
 
 TEST(DelimitedExport, StopsAtTheFirstLineThatCannotBeWritten) {

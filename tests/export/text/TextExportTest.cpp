@@ -105,34 +105,6 @@ TEST(FormattedReport, ASecondReportIsSetApart) {
       ElementsAre("", "", "________________________________________________", "Title"));
 }
 
-TEST(FormattedReport, AFixedUnitStandsInTheCaptions) {
-  TReport report;
-  report.fSettings.fAutomaticUnit = false;
-  report.fSettings.fSizeUnit = TSizeUnit::suKB;
-  const std::vector<std::string> lines = report.Of(*MakeRoot());
-  EXPECT_THAT(lines, IsSupersetOf({HasSubstr("  /no such place - 3,072.0 KB - "),
-                                   HasSubstr("Name            Size (KB)  Allocated (KB)  Files"),
-                                   HasSubstr("  big             2,048.0         3,072.0  1,200")}));
-}
-
-// Every row is as wide as the captions, whatever the names are made of, and no name reaches the terminal raw.
-TEST(FormattedReport, HostileNamesKeepTheColumnsAndTheTerminalInOrder) {
-  auto root = MakeRef<TFakeRoot>(u"/x");
-  root->fTop = MakeRef<TFakeFolder>(u"x", Values(6, 6, 6, 6));
-  for (std::u16string name :
-       {u"日本語フォルダ", u"e\u0301te\u0301", u"line\nbreak", u"\x1b[31mred", u"tab\there", u"\xDCFF"})
-    root->fTop->Add(MakeRef<TFakeFolder>(name, Values(1, 1, 1, 0)));
-  TReport report;
-  const std::vector<std::string> lines = report.Of(*root);
-  const int width = DisplayWidth(lines[3]);
-  for (size_t i = 4; i < 12; ++i) {
-    EXPECT_EQ(DisplayWidth(lines[i]), width) << lines[i];
-    for (char character : lines[i]) EXPECT_FALSE(character >= 0 && character < ' ') << lines[i];
-  }
-  EXPECT_THAT(lines[9], HasSubstr("\\x1B[31mred"));
-  EXPECT_THAT(lines[11], HasSubstr("\\xFF"));
-}
-
 TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
   auto root = MakeRoot();
   root->fTop->Add(MakeRef<TFakeFolder>(std::u16string(200, u'n'), Values(1, 1, 1, 0)));
@@ -145,17 +117,6 @@ TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
   EXPECT_EQ(ShortenedToWidth("abcdef", 6), "abcdef");
   EXPECT_EQ(ShortenedToWidth("abcdefg", 6), "abcde…");
   EXPECT_EQ(ShortenedToWidth("日本語", 4), "日…");  // two columns each: a second one would need five
-}
-
-TEST(FormattedReport, TakesInWhatTheSettingsSay) {
-  TReport report;
-  report.fSettings.fIncludedObjectTypes = ioFolders;
-  EXPECT_THAT(report.Of(*MakeRoot()), Not(testing::Contains(HasSubstr("[Files]"))));
-
-  TReport topOnly;
-  topOnly.fSettings.fRecursionLevel = {0, false};
-  topOnly.fSettings.fIncludeHeader = false;
-  EXPECT_THAT(topOnly.Of(*MakeRoot()), ElementsAre(StartsWith("/no such place"), "", StartsWith("Scanned ")));
 }
 
 TEST(FormattedReport, WalksDownTenThousandLevels) {
@@ -225,18 +186,6 @@ TEST(ScanSummary, TellsHowLongItTookAndThatItWasCancelled) {
   root->fState = rsFinished;
   root->fDuration = 3;  // too short for a rate
   EXPECT_THAT(ScanSummary(*root, {}, 20), ElementsAre("Scanned 1,000,000 files and 1 folder in 0.00 seconds."));
-}
-
-TEST(MediaOptions, UnitsComeFromTheGlobalOptionsUnlessOverridden) {
-  TGlobalOptions options;
-  TMediaOptions media(options);
-  EXPECT_TRUE(media.Effective(TMediaType::mtText).fAutomaticUnit);
-  options.SizeUnit = TSizeUnit::suGB;
-  EXPECT_FALSE(media.Effective(TMediaType::mtText).fAutomaticUnit);
-  EXPECT_EQ(media.Effective(TMediaType::mtText).fSizeUnit, TSizeUnit::suGB);
-  media.Of(TMediaType::mtCSV).fOverrideUnits = true;
-  media.Of(TMediaType::mtCSV).fAutomaticUnit = true;
-  EXPECT_TRUE(media.Effective(TMediaType::mtCSV).fAutomaticUnit);
 }
 
 }  // namespace

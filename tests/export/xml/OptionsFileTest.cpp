@@ -81,27 +81,6 @@ TEST(OptionsFile, EveryOptionComesBack) {
   EXPECT_TRUE(unchanged.empty()) << "never had another value than " << *unchanged.begin();
 }
 
-TEST(OptionsFile, LooksAsItIsDocumented) {
-  TTemporaryFolder folder;
-  TGlobalOptions options;
-  Set(options, "MaximumThreads", "4");
-  Set(options, "KeepFiles", "false");
-  Set(options, "StayOnFileSystem", "true");
-  Set(options, "ExportTitle", "\"A\" < \xC3\x84\t\x01\xFF\\");
-  SaveOptionsFile(folder.File("x"), options, "Vantrel", "1.0");
-  EXPECT_EQ(folder.Get("x"),
-            "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
-            "<VantrelOptions Version=\"1\">\r\n"
-            "<Application>Vantrel</Application>\r\n"
-            "<Version>1.0</Version>\r\n"
-            "<Option Name=\"MaximumThreads\" Value=\"4\"/>\r\n"
-            "<Option Name=\"KeepFiles\" Value=\"0\"/>\r\n"
-            "<Option Name=\"StayOnFileSystem\" Value=\"-1\"/>\r\n"
-            "<Option Name=\"ExportTitle\" Value=\"&quot;A&quot; &lt; \xC3\x84&#9;\xEF\xBF\xBD\xEF\xBF\xBD\\\""
-            " ValueEscaped=\"&quot;A&quot; &lt; \xC3\x84&#9;\\u0001\\uDCFF\\\\\"/>\r\n"
-            "</VantrelOptions>\r\n");
-}
-
 TRef<TFileTypeGroups> Groups(const std::vector<std::array<std::u16string_view, 4>>& pGroups) {
   auto groups = MakeRef<TFileTypeGroups>();
   for (const auto& [caption, description, icon, patterns] : pGroups) {
@@ -141,20 +120,6 @@ TEST(OptionsFile, TablesComeBack) {
   saved.UserColors.emplace(u".kept", 2);
   EXPECT_EQ(Tables(loaded), Tables(saved));
 
-  // As documented.
-  saved.FileTypeGroups = Groups({{u"Raw", u"", u"", u"*.cr2;*.nef"}, {u"Rest", u"", u"", u"*"}});
-  saved.UserColors = {{u".txt", 0x00ABCD}};
-  SaveOptionsFile(folder.File("x"), saved, "Vantrel", "1.0");
-  EXPECT_THAT(folder.Get("x"),
-              HasSubstr("<FileTypeGroups>\r\n"
-                        "<Item Caption=\"Raw\" Description=\"\" ExtensionForIcon=\"\" "
-                        "Patterns=\"*.cr2;*.nef\"/>\r\n"
-                        "<Item Caption=\"Rest\" Description=\"\" ExtensionForIcon=\"\" Patterns=\"*\"/>\r\n"
-                        "</FileTypeGroups>\r\n"
-                        "<Colors>\r\n"
-                        "<Item Key=\".txt\" Color=\"#00ABCD\"/>\r\n"
-                        "</Colors>\r\n"
-                        "</VantrelOptions>"));
   SaveOptionsFile(folder.File("x"), {}, "Vantrel", "1.0");
   EXPECT_THAT(folder.Get("x"), testing::Not(HasSubstr("Item"))) << "the standard groups are not written";
 }

@@ -17,16 +17,6 @@ using Vantrel::Testing::TNastyText;
 using Vantrel::Testing::TStringSink;
 using Vantrel::Testing::TStringSource;
 
-// What one element without a parent is written as.
-template <class... TArgs>
-std::string Element(TArgs... pArgs) {
-  TStringSink sink;
-  TXMLFileStream stream(sink);
-  stream.AddElement("E", pArgs...);
-  stream.EndDocument();
-  return sink.fBytes.substr(0, sink.fBytes.size() - 2);
-}
-
 TXMLAttributes Attribute(std::u16string_view pValue) {
   TXMLAttributes attributes;
   attributes.Add("a", pValue);
@@ -103,16 +93,6 @@ TEST(XMLFileStream, IsLaidOutToTheByte) {
             "<LastChangeDate Low=\"1761935360\" High=\"30785590\"/>\r\n"
             "<CreationDate Low=\"4294967295\" High=\"4294967295\"/>\r\n"
             "</Root>\r\n");
-}
-
-TEST(XMLFileStream, EscapesWhatAParserWouldNotGiveBack) {
-  EXPECT_EQ(Element(u"&<>\"'\t\r\n\x85\xE9\x2028\U0001F600"),
-            "<E>&amp;&lt;&gt;\"'\t&#13;\n\xC2\x85\xC3\xA9\xE2\x80\xA8\xF0\x9F\x98\x80</E>");
-  EXPECT_EQ(Element(Attribute(u"&<>\"'\t\r\n\\u0041")), "<E a=\"&amp;&lt;&gt;&quot;'&#9;&#13;&#10;\\u0041\"/>");
-  // Once in the replaced form and once in the exact one.
-  EXPECT_EQ(Element(u"\\\x1\xD800x"), "<E Escaped=\"\\\\\\u0001\\uD800x\">\\\xEF\xBF\xBD\xEF\xBF\xBDx</E>");
-  EXPECT_EQ(Element(Attribute(u"\xDC80\"\xFFFE")),
-            "<E a=\"\xEF\xBF\xBD&quot;\xEF\xBF\xBD\" aEscaped=\"\\uDC80&quot;\\uFFFE\"/>");
 }
 
 TEST(XMLFileStream, RefusesWhatWouldNotBeADocument) {

@@ -207,23 +207,6 @@ TEST(XMLParser, StopsWhenTheHandlerOrTheSourceThrows) {
   EXPECT_THROW(TXMLParser(counter).Parse(failing), EOSError);
 }
 
-TEST(XMLParser, TellsTheHandlerWhereItIs) {
-  TCounter counter;
-  TXMLParser parser(counter);
-  counter.fAtStart = [&] {
-    if (counter.fElements == 3) throw parser.ErrorHere("bad number");
-  };
-  TStringSource document("<a>\r\n<b/>\r\n  <c\n x='1'/></a>");
-  try {
-    parser.Parse(document);
-    FAIL();
-  } catch (const EXMLError& error) {
-    EXPECT_EQ(error.Message(), "bad number");
-    EXPECT_EQ(error.Line(), 3u);
-    EXPECT_EQ(error.Column(), 3u);
-  }
-}
-
 TEST(XMLParser, IsCancelledBetweenPieces) {
   TEndlessSource endless("<a>", [](size_t) { return Repeated("<b/>", 1000); });
   TCounter counter;

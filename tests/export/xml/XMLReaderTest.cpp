@@ -358,18 +358,6 @@ TEST(XMLReader, FileNamesAndProtocols) {
   EXPECT_EQ(TXMLParseHelper::BuildProtocolString(TXMLParseHelper::TProtocol::prVirtualDisk), u"vdisk:");
 }
 
-TEST(XMLReader, ThousandsOfLevels) {
-  constexpr int kLevels = 3000;
-  std::string text = "<Root>";
-  std::string path = "/m";
-  for (int i = 0; i < kLevels; ++i, path += "/d")
-    text += "<Folder fullpath='" + path + "'><SizeData Size='1' Files='1'/>";
-  for (int i = 0; i < kLevels; ++i) text += "</Folder>";
-  TLive live(u"/m", u'/');
-  const TRef<IHierarchicalRoot> loaded = live.Load(text + "</Root>");
-  EXPECT_EQ(loaded->GetTopFolder()->GetSize(), 1);
-}
-
 // Folder by folder, the difference between what two recounts find, those that are gone included.
 TEST(Comparison, ChangesAreThoseOfTwoRecounts) {
   TRandomTree random(77, HardWords());

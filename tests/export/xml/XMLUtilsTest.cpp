@@ -72,13 +72,6 @@ TEST(XMLUtils, FileTimesSurviveTheirHalves) {
   EXPECT_FALSE(TXMLUtils::TryJoinHalves(0, int64_t{INT32_MIN} - 1, joined));
 }
 
-TEST(XMLUtils, AttributesAreFoundWithoutRegardToCase) {
-  const TXMLAttribute attributes[] = {{u"Size", u"1"}, {u"SIZE", u"2"}, {u"\xC9", u"3"}};
-  EXPECT_EQ(TXMLUtils::GetValueFromAttributeByQName(attributes, u"sIzE", u"0"), u"1");
-  EXPECT_EQ(TXMLUtils::GetValueFromAttributeByQName(attributes, u"\xE9", u"0"), u"0");
-  EXPECT_EQ(TXMLUtils::GetValueFromAttributeByQName({}, u"Size", u"0"), u"0");
-}
-
 TEST(XMLUtils, TheExactFormCountsOnlyWhileItFits) {
   const TXMLAttribute attributes[] = {
       {u"fullpath", u"/a\xFFFD"}, {u"fullpathEscaped", u"/a\\uDCFF"}, {u"escaped", u"\\u0001\\\\"}};

@@ -371,18 +371,5 @@ TEST(ColorPalette, ColoursDifferForTheColourBlindToo) {
   }
 }
 
-TEST(NamedSizeData, AssignCopiesNameAndValues) {
-  auto source = MakeRef<TNamedSizeData>(u".jpg", TBasicSizeValues{1, 2, 3});
-  auto target = MakeRef<TNamedSizeData>();
-  target->Assign(*source);
-  EXPECT_EQ(target->GetName(), u".jpg");
-  EXPECT_EQ(target->GetAllocated(), 2);
-  EXPECT_EQ(std::get<std::u16string>(target->GetValue(TColumn::mdName)), u".jpg");
-  auto plain = MakeRef<TSizeData>(TSizeValues{{7, 8, 9}, 1, compr_no});
-  target->Assign(*plain);
-  EXPECT_EQ(target->GetName(), u".jpg");
-  EXPECT_EQ(target->GetFiles(), 9);
-}
-
 }  // namespace
 }  // namespace Vantrel

@@ -5,7 +5,6 @@
 #include <limits>
 #include <map>
 #include <random>
-#include <thread>
 
 #include "model/options/GlobalOptions.h"
 #include "model/statistics/FileAges.h"
@@ -84,13 +83,6 @@ TEST(FileAges, XmlAttributesAndAssignment) {
   TAttributesList attributes = {{u"Name", u"x"},  {u"Days_30", u"12"}, {u"Days_", u""},
                                 {u"Days_7", u""}, {u"days_5", u""},    {u"Days_x", u"9"}};
   EXPECT_EQ(TFileAges::CreateFromXML(attributes)->GetAsString(), u"7;30");
-  const std::string message = "TFileAges.CreateFromXML: Given XML attributes did not contain any FileAge info";
-  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] { TFileAges::CreateFromXML({}); }), message);
-  EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] {
-              TFileAges::CreateFromXML(TAttributesList{{u"Days", u"1"}});
-            }),
-            message);
-
   TRef<IFileAges> ages = AgesOf(u"3");
   ages->Assign(*AgesOf(u"4;5"));
   EXPECT_EQ(ages->GetAsString(), u"4;5");
@@ -172,22 +164,6 @@ TEST(FileAgeDistribution, AddsAndSubtractsLikeAPlainTable) {
     EXPECT_EQ(assigned->GetDateType(), TDateType::dtCreation);
     EXPECT_EQ(assigned->GetFileAges(), ages);
   }
-}
-
-TEST(FileAgeDistribution, ThreadsAddUp) {
-  TRef<IFileAgeDistribution> total = MakeRef<TFileAgeDistribution>(DefaultAges(), TDateType::dtCreation);
-  std::vector<std::thread> workers;
-  for (int thread = 0; thread < 4; ++thread) {
-    workers.emplace_back([&total, thread] {
-      for (int i = 0; i < 5000; ++i) {
-        const TKeyedSizeValues entries[] = {{static_cast<TKeyId>(thread), {1, 2, 1}}, {6, {1, 2, 1}}};
-        total->Add(entries);
-      }
-    });
-  }
-  for (std::thread& worker : workers) worker.join();
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(total->GetRecord(i), (TBasicSizeValues{5000, 10'000, 5000}));
-  EXPECT_EQ(total->GetRecord(6), (TBasicSizeValues{20'000, 40'000, 20'000}));
 }
 
 }  // namespace

@@ -11,44 +11,12 @@
 
 #include "model/roots/RootInterfaces.h"
 #include "model/statistics/TopSizeList.h"
-#include "platform/system/Errors.h"
+#include "tests/support/FakeTree.h"
 
 namespace Vantrel {
 namespace {
 
-// A folder that knows its place and nothing else.
-class TPlainFolder : public TInterfaced<IHierarchicalElement> {
- public:
-  TPlainFolder(TRef<IHierarchicalElement> pParent, std::u16string pName)
-      : fParent(std::move(pParent)), fName(std::move(pName)) {}
-
-  std::u16string_view GetObjectName() const override { return fName; }
-  std::u16string GetFullPath() const override { return fParent ? fParent->GetFullPath() + u'/' + fName : fName; }
-  TRef<IHierarchicalElement> GetParentFolder() const override { return fParent; }
-
-  TMetaDataValue GetValue(TColumn) const override { return {}; }
-  int64_t GetSize() const override { return 0; }
-  int64_t GetAllocated() const override { return 0; }
-  TKivFileTime GetLastAccessDate() const override { return {}; }
-  TKivFileTime GetLastChangeDate() const override { return {}; }
-  TKivFileTime GetCreationDate() const override { return {}; }
-  TAttributes GetAttributes() const override { return kAttributeDirectory; }
-  bool IsFolder() const override { return true; }
-  TRef<IHierarchicalRoot> GetRoot() const override { return {}; }
-  int64_t GetFiles() const override { return 0; }
-  TKeyId GetOwnerKey() const override { return kNoKey; }
-  TFolderStates GetFolderState() const override { return 0; }
-  void IncludeFolderState(TFolderStates) override {}
-  void ExcludeFolderState(TFolderStates) override {}
-  IFolderData* AsFolder() override { return nullptr; }
-  std::vector<TRef<IFolderData>> FindSubFolders() override { return {}; }
-  TRef<IFolderData> CreateChild(std::u16string_view) override { return {}; }
-
- private:
-  TRef<IHierarchicalElement> fParent;
-  std::u16string fName;
-};
-
+using Vantrel::Testing::TFakeFolder;
 using TEntries = std::vector<TTopSizeEntry>;
 
 // Comparable form of an entry, in the order that the list promises.
@@ -76,12 +44,12 @@ std::vector<TRow> LargestOf(const TEntries& pEntries, size_t pCount) {
 // A tree of folders a to e, each with sub-folders of the same names, and files of few different sizes: ties everywhere.
 struct TTree {
   explicit TTree(unsigned pSeed) : fRandom(pSeed) {
-    fTop = MakeRef<TPlainFolder>(nullptr, u"/r");
+    fTop = MakeRef<TFakeFolder>(u"/r", TSizeValues());
     for (char16_t first = u'a'; first <= u'e'; ++first) {
-      fFolders.push_back(MakeRef<TPlainFolder>(fTop, std::u16string(1, first)));
-      TRef<IHierarchicalElement> parent = fFolders.back();
+      const TRef<TFakeFolder> parent = fTop->Add(MakeRef<TFakeFolder>(std::u16string(1, first), TSizeValues()));
+      fFolders.push_back(parent);
       for (char16_t second = u'a'; second <= u'e'; ++second) {
-        fFolders.push_back(MakeRef<TPlainFolder>(parent, std::u16string(1, second)));
+        fFolders.push_back(parent->Add(MakeRef<TFakeFolder>(std::u16string(1, second), TSizeValues())));
       }
     }
     for (const auto& folder : fFolders) {
@@ -93,7 +61,7 @@ struct TTree {
   }
 
   std::mt19937 fRandom;
-  TRef<IHierarchicalElement> fTop;
+  TRef<TFakeFolder> fTop;
   std::vector<TRef<IHierarchicalElement>> fFolders;
   TEntries fFiles;
 };

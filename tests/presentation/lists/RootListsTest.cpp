@@ -130,40 +130,6 @@ TEST(RootLists, SumsAreThoseOfARecount) {
   }
 }
 
-TEST(RootLists, LargestFilesComeWithAllThatIsKnownOfThem) {
-  for (const bool keepFiles : {true, false}) {
-    TScannedRoot live(7, [&](TGlobalOptions& pOptions) {
-      pOptions.KeepFiles = keepFiles;
-      pOptions.UseAllocatedForShares = true;
-    });
-    const TList list = TopFilesList(*live.fRoot);
-    const auto expected = LargestFiles(live.fStorage->Top(), {}, 20);
-    ASSERT_EQ(expected.size(), 20u);
-    ASSERT_EQ(list.fRows.size(), expected.size());
-    const int64_t whole = live.Recounted().fValues.fAllocated;
-    for (size_t i = 0; i < expected.size(); ++i) {
-      const auto& [size, path] = expected[i];
-      EXPECT_EQ(Cell<std::u16string>(list, i, u"Full Path"), path);
-      EXPECT_EQ(Cell<int64_t>(list, i, u"Size"), size);
-      const size_t slash = path.rfind(u'/');
-      const std::u16string folder = path.substr(0, slash).substr(std::u16string_view(u"/memory").size());
-      const TMemoryEntry& file =
-          *live.fStorage->Folder(folder.empty() ? u"" : folder.substr(1)).Find(path.substr(slash + 1));
-      EXPECT_EQ(Cell<std::u16string>(list, i, u"Name"), file.fName);
-      EXPECT_EQ(Cell<int64_t>(list, i, u"Allocated"), file.fValues.fAllocated);
-      EXPECT_EQ(Cell<int64_t>(list, i, u"Attributes"), int64_t{kAttributeArchive});
-      EXPECT_EQ(Cell<TKivFileTime>(list, i, u"Last Change"), file.fValues.fLastChangeDate);
-      EXPECT_NEAR(Cell<double>(list, i, u"% of Root"),
-                  static_cast<double>(file.fValues.fAllocated) / static_cast<double>(whole), 1e-12);
-      const std::u16string owner = file.fOwner.empty() ? u"<unknown owner>" : file.fOwner;
-      if (keepFiles)
-        EXPECT_EQ(Cell<std::u16string>(list, i, u"Owner"), owner);
-      else
-        Cell<std::monostate>(list, i, u"Owner");
-    }
-  }
-}
-
 TEST(RootLists, SayWhatTheScanDidNotCollect) {
   TScannedRoot live(1, [](TGlobalOptions& pOptions) {
     pOptions.CollectExtensions = pOptions.CollectOwners = false;

@@ -279,20 +279,6 @@ TEST(TreemapChart, LeavesNoWorkBehindWhenItIsResized) {
   }
 }
 
-// Setting values that are there already changes nothing.
-TEST(TreemapChart, TellsOfChangedShading) {
-  TPhongProperties phong;
-  int changes = 0;
-  phong.OnChange = [&] { ++changes; };
-  TPhongProperties other;
-  phong.Assign(other);
-  EXPECT_EQ(changes, 0);
-  other.PhongSpecularColorB = 0;
-  phong.Assign(other);
-  EXPECT_EQ(changes, 1);
-  EXPECT_EQ(phong.PhongSpecularColorB, 0);
-}
-
 TEST(TreemapPicture, ShowsTheDemonstrationTree) {
   int64_t megabytes = 0;
   int32_t children = 0;

@@ -340,36 +340,5 @@ TEST(ScanFailures, ACancelledScanLeavesATreeThatAgreesWithItself) {
     }
 }
 
-// For ThreadSanitizer: views read while scans and refreshes write.
-TEST(ScanFailures, AViewReadsBesideScansAndRefreshes) {
-  TFailingScan scan(2);
-  scan.Fill();
-  scan.Scan();
-  std::atomic<bool> stop{false};
-  auto read = [&] {
-    TStatisticsReading reading;
-    while (!stop) {
-      EXPECT_LE(scan.fRoot->GetTopSizeList()->GetSnapshot().size(), 3u);
-      std::vector<TRef<IFolderData>> nodes;
-      if (TRef<IFolderData> top = scan.fRoot->GetTopFolder()) nodes.push_back(top);
-      for (size_t i = 0; i < nodes.size(); ++i) {
-        nodes[i]->ReadStatistics(reading);
-        EXPECT_GE(nodes[i]->GetSize(), 0);
-        for (TRef<IFolderData>& child : nodes[i]->FindSubFolders()) nodes.push_back(child);
-      }
-    }
-  };
-  std::thread readers[] = {std::thread(read), std::thread(read)};
-  for (int round = 0; round < 100; ++round) {
-    if (round % 3 == 0)
-      scan.fRoot->Scan();
-    else
-      scan.fRoot->GetTopFolder()->Refresh(round % 3 == 1);
-    ASSERT_TRUE(scan.fRoot->WaitForScan(kForever));
-  }
-  stop = true;
-  for (std::thread& reader : readers) reader.join();
-}
-
 }  // namespace
 }  // namespace Vantrel::ScanEngine

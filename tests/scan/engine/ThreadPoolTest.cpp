@@ -303,13 +303,5 @@ TEST(ThreadPool, AllDoneComesOncePerEmptyPool) {
   EXPECT_EQ(0, missing);
 }
 
-TEST(ThreadPool, CpuUsageIsClamped) {
-  TTestPool test(1);
-  for (const auto& [given, kept] : {std::pair{-5, 0}, {0, 0}, {73, 73}, {100, 100}, {101, 100}}) {
-    test.fPool->SetMaxCpuUsage(given);
-    EXPECT_EQ(kept, test.fPool->GetMaxCpuUsage());
-  }
-}
-
 }  // namespace
 }  // namespace Vantrel::ThreadPool

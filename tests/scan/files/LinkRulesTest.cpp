@@ -78,43 +78,6 @@ TEST(LinkRules, LinkIsFollowedOnlyOutOfTheScannedTree) {
   }
 }
 
-TEST(LinkRules, UnresolvedLinkAsksTheSettingsOnlyForOtherErrors) {
-  auto decide = [](TLinkKind pKind, TEnumeratorError pError, THierarchicalEnumeratorOptions pOptions) {
-    return DecideUnresolvedLink(u"C:\\a\\link", pKind, 1117, pError, pOptions);
-  };
-  const auto both = heoFollowSymbolicLinks | heoFollowMountPoints;
-  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeOk, 0), TLinkDecision::ldOrdinary);
-  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeAccessDenied, both), TLinkDecision::ldNotFollowed);
-  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeOther, heoFollowSymbolicLinks),
-            TLinkDecision::ldFollowed);
-  EXPECT_EQ(decide(TLinkKind::lkMountPoint, TEnumeratorError::eeOther, heoFollowSymbolicLinks),
-            TLinkDecision::ldNotFollowed);
-  EXPECT_EQ(decide(TLinkKind::lkMountPoint, TEnumeratorError::eeOther, heoFollowMountPoints),
-            TLinkDecision::ldFollowed);
-  EXPECT_EQ(decide(TLinkKind::lkSymbolicLink, TEnumeratorError::eeOther, 0), TLinkDecision::ldNotFollowed);
-}
-
-TEST(LinkRules, NetworkErrorsAreForgivenWhenTheFolderAnswersAfterAll) {
-  int asked = 0;
-  auto answer = [&](bool pAnswer) {
-    return [&asked, pAnswer] {
-      ++asked;
-      return pAnswer;
-    };
-  };
-  EXPECT_EQ(ClassifyEnumeratorError(0, answer(false)), TEnumeratorError::eeOk);
-  EXPECT_EQ(ClassifyEnumeratorError(Testing::TMemoryStorage::AccessDeniedCode(), answer(true)),
-            TEnumeratorError::eeAccessDenied);
-  EXPECT_EQ(ClassifyEnumeratorError(1117, answer(true)), TEnumeratorError::eeOther);
-  EXPECT_EQ(asked, 0);
-  for (uint32_t code : {1722U, 1707U}) {
-    EXPECT_EQ(ClassifyEnumeratorError(code, answer(true)), TEnumeratorError::eeOk);
-    EXPECT_EQ(ClassifyEnumeratorError(code, answer(false)), TEnumeratorError::eeOther);
-    EXPECT_EQ(ClassifyEnumeratorError(code, {}), TEnumeratorError::eeOther);
-  }
-  EXPECT_EQ(asked, 4);
-}
-
 TEST(LinkRules, AllocatedSize) {
   struct TCase {
     const char* fWhat;
@@ -135,12 +98,6 @@ TEST(LinkRules, AllocatedSize) {
       {"links do not count when not shared", {false, 8192, 4096, false, 100, 2}, 8192},
   };
   for (const TCase& c : cases) EXPECT_EQ(AllocatedSizeOf(c.fFacts), c.fExpected) << c.fWhat;
-}
-
-TEST(LinkRules, Attributes) {
-  EXPECT_EQ(AdjustedAttributes(0x8020), 0x20U);
-  EXPECT_EQ(AdjustedAttributes(0x400020), 0x401020U);
-  EXPECT_EQ(AdjustedAttributes(0x1020), 0x1020U);
 }
 
 TEST(FileSystemEnumerator, FileUrlsBecomePaths) {

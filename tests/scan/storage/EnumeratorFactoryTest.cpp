@@ -49,12 +49,5 @@ TEST(EnumeratorFactory, ClassWithoutFactoryMethodIsNotImplemented) {
   }
 }
 
-TEST(EnumeratorFactory, MissingPathIsAnEnumeratorThatTells) {
-  auto enumerator = THierarchicalEnumeratorFactory::CreateForPath(u"file:/there/is/no/such/path", 0);
-  EXPECT_FALSE(enumerator->Next());
-  EXPECT_NE(enumerator->GetErrorCode(), 0U);
-  EXPECT_EQ(enumerator->GetError(), TEnumeratorError::eeOther);
-}
-
 }  // namespace
 }  // namespace Vantrel::Enumerators

@@ -20,24 +20,6 @@ TEST(Storages, AProtocolIsMoreThanOneLetterBeforeAColon) {
     EXPECT_EQ(ProtocolOf(path), u"");
 }
 
-TEST(Storages, LocalFilesServeWhatHasNoProtocol) {
-  const TRef<IStorages> storages = CreateStorages({CreateLocalStorage(), CreateLoadedScanStorage(u'/')});
-  const Testing::TTemporaryFolder folder;
-  folder.Put("file", "contents");
-  const std::u16string path = folder.File("file");
-  EXPECT_EQ(storages->FindForPath(path)->GetProtocol(), u"file:");
-  const TRef<IStorage> local = storages->FindForPath(u"FILE:" + path);
-  EXPECT_EQ(local->AbsolutePath(u"file:" + path), path);
-  char bytes[20];
-  EXPECT_EQ(std::string(bytes, local->OpenFile(path, {})->Read(bytes, sizeof bytes)), "contents");
-}
-
-TEST(Storages, AnUnknownProtocolIsToldWithTheKnownOnes) {
-  const TRef<IStorages> storages = CreateStorages({CreateLocalStorage()});
-  EXPECT_EQ(MessageOf<EUnknownProtocol>([&] { storages->FindForPath(u"sftp://host/x"); }),
-            "\"sftp://host/x\" cannot be scanned: there is no storage \"sftp:\". Known are: file:.");
-}
-
 // On Windows a colon is in no name.
 TEST(Storages, AFileOfThatNameIsAFile) {
   if (NativePathDelimiter() != u'/') GTEST_SKIP();

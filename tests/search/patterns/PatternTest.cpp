@@ -25,10 +25,6 @@ using Vantrel::Testing::MessageOf;
 constexpr TPatternType kInclude = TPatternType::ptyInclude;
 constexpr TPatternType kExclude = TPatternType::ptyExclude;
 
-TPatternTarget Owner() {
-  return TargetOfColumn(TColumn::mdOwner);
-}
-
 TRef<IPattern> Parse(std::u16string_view pText, char16_t pDelimiter = u'/') {
   return ParsePattern(pText, kInclude, pDelimiter);
 }
@@ -47,24 +43,15 @@ TEST(PatternText, PrefixesAndBodies) {
     const char16_t* fPattern;
     TPatternTarget fTarget;
   } cases[] = {
-      {u"(-)*.tmp", kWildcard, kExclude, true, u"*.tmp", NameTarget()},
       {u"<||(+)/^a.*/i", kRegEx, kInclude, false, u"^a.*", NameTarget()},
-      {u"/abc", kWildcard, kInclude, true, u"/abc", FullPathTarget()},
-      {u"/", kWildcard, kInclude, true, u"/", FullPathTarget()},
       {u"/i", kWildcard, kInclude, true, u"/i", FullPathTarget()},
-      {u"/a/b/", kRegEx, kInclude, true, u"a/b", FullPathTarget()},
       {u"/abc//i", kRegEx, kInclude, true, u"abc/", FullPathTarget()},
       {u"\t  <|| x  ", kWildcard, kInclude, false, u" x", NameTarget()},
-      {u"(+)(-)a", kWildcard, kInclude, true, u"(-)a", NameTarget()},
       {u"(-)<||a", kWildcard, kExclude, true, u"<||a", NameTarget()},
-      {u"\"say \"\"hi\"\"\"", kExact, kInclude, true, u"say \"hi\"", NameTarget()},
       {u"\"/srv", kExact, kInclude, true, u"/srv", FullPathTarget()},
-      {u"(-)(owner)root", kWildcard, kExclude, true, u"root", Owner()},
-      {u"(Owner)/^a/", kRegEx, kInclude, true, u"^a", Owner()},
       {u"(Name)(Owner)x", kWildcard, kInclude, true, u"(Owner)x", NameTarget()},
       {u"(Percent)x", kWildcard, kInclude, true, u"(Percent)x", NameTarget()},
       {u"(PercentOfRoot)x", kWildcard, kInclude, true, u"(PercentOfRoot)x", NameTarget()},
-      {u"(GROUP)audio", kWildcard, kInclude, true, u"audio", NameTarget()},
   };
   for (const auto& expected : cases) {
     const TRef<IPattern> pattern = Parse(expected.fText);
@@ -103,30 +90,8 @@ TEST(PatternText, ShowsHowATextIsMatched) {
 
 // What patterns match in scans is in pattern_test.py.
 TEST(Pattern, MatchesStrings) {
-  const struct {
-    const char16_t* fPattern;
-    const char16_t* fText;
-    bool fMatches;
-  } cases[] = {
-      {u";foo", u"food", true},
-      {u";foo", u"a food", false},
-      {u"foo;", u"a food", false},
-      {u"/data", u"/data2/x", true},
-      {u"/data", u"/old/data", false},
-      {u"/data/*/logs", u"/DATA/a/b/logs/", true},
-      {u"/srv/*.", u"/srv/a.d/README", true},
-      {u"/srv/*.", u"/srv/a.d/x.txt", false},
-      {u"/srv/*.", u"/home/README", false},
-      {u"\"\u00C4\"", u"\u00E4", false},
-      {u"\"\u00C4\"", u"\u00C4", true},
-      {u"\"/srv/data\"", u"/srv/data/", true},
-      {u"\"/srv/data\"", u"/srv/data//", false},
-      {u"/(/", u"(", false},  // does not compile
-      {u"(Group)Nonsense", u"Nonsense", false},
-  };
-  for (const auto& expected : cases)
-    EXPECT_EQ(Parse(expected.fPattern)->MatchesString(expected.fText), expected.fMatches)
-        << ToUtf8(expected.fPattern) << " " << ToUtf8(expected.fText);
+  EXPECT_FALSE(Parse(u"/(/")->MatchesString(u"(")) << "does not compile";
+  EXPECT_FALSE(Parse(u"(Group)Nonsense")->MatchesString(u"Nonsense"));
   EXPECT_TRUE(Parse(u"\"C:\\Data\"", u'\\')->MatchesString(u"C:\\Data\\"));
 
   EXPECT_TRUE(Parse(u"*")->MatchesAll());
@@ -165,15 +130,10 @@ TEST(Pattern, FoldersOnTheWayToAPath) {
     const char16_t* fFolder;
     bool fReached;
   } windows[] = {
-      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\Data", true},
       {u"C:\\Data\\*\\Logs\\*.log", u"c:\\data\\X\\", true},
       {u"C:\\Data\\*\\Logs\\*.log", u"C:\\Other", false},
-      {u"C:\\Data\\*\\Logs\\*.log", u"C:\\", true},
-      {u"C:\\Data", u"C:\\Data\\Sub", true},
       {u"C:\\Data", u"C:\\DataX", true},  // "C:\Data*" takes it in
-      {u"C:\\Data", u"C:\\Dat", false},
       {u"\"C:\\Data\\x\"", u"C:\\Data", true},
-      {u"\"C:\\Data\\x\"", u"C:\\Dat", false},
       {u"\"C:\\Data\\x\"", u"C:\\Data\\y", false},
       {u"Data\\x", u"C:\\Other", true},  // no whole path: could be anywhere
       {u"/^C:.Data/", u"C:\\Other", true},
@@ -184,10 +144,6 @@ TEST(Pattern, FoldersOnTheWayToAPath) {
   for (const auto& expected : windows)
     EXPECT_EQ(Parse(expected.fPattern, u'\\')->FullPathCanBeReached(expected.fFolder), expected.fReached)
         << ToUtf8(expected.fPattern) << " " << ToUtf8(expected.fFolder);
-  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/"));
-  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv"));
-  EXPECT_TRUE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/www/deep"));
-  EXPECT_FALSE(Parse(u"/srv/www/*.html")->FullPathCanBeReached(u"/srv/ftp"));
 }
 
 // Whatever a mask matches must be reachable through every folder on the way: tried with random masks and paths, where
@@ -209,11 +165,7 @@ TEST(Pattern, NothingThatMatchesIsOutOfReach) {
   EXPECT_GT(matches, 2'000);
 }
 
-TEST(PatternTargets, CostsAndFormatIdentifiers) {
-  EXPECT_EQ(FormatIdToText(FullPathTarget().fFormatId), u"{DE632DE0-4253-4BAB-85C4-CA3BE18AA0F6}");
-  EXPECT_EQ(FullPathTarget().fPropertyId, 1u);
-  EXPECT_EQ(FormatIdToText(NameTarget().fFormatId), u"{B0461F53-EAF6-4DA1-B879-BEA641BF670E}");
-  EXPECT_EQ(NameTarget().fPropertyId, 61u);
+TEST(PatternTargets, FormatIdentifiers) {
   TPatternTarget parsed;
   EXPECT_TRUE(TryParseFormatId(u"{de632de0-4253-4bab-85c4-ca3be18aa0f6}", parsed.fFormatId));
   EXPECT_EQ(parsed.fFormatId, FullPathTarget().fFormatId);
@@ -222,10 +174,6 @@ TEST(PatternTargets, CostsAndFormatIdentifiers) {
     EXPECT_FALSE(TryParseFormatId(wrong, parsed.fFormatId)) << ToUtf8(wrong);
   EXPECT_EQ(MessageOf<EInvalidArgumentValue>([] { TargetOfColumn(TColumn::mdPercentOfRoot); }),
             "Given TMetaData cannot be converted to TPatternTarget");
-  EXPECT_EQ(GetPatternTargetCost(NameTarget()), 10);
-  EXPECT_EQ(GetPatternTargetCost(Owner()), 50);
-  EXPECT_THROW(PatternClassToString(static_cast<TPatternClass>(3)), EUnknownEnumException);
-  EXPECT_THROW(PatternTypeToString(static_cast<TPatternType>(2)), EUnknownEnumException);
 }
 
 TEST(OlderPatterns, UncheckedMasksDoNotCount) {

@@ -45,14 +45,6 @@ void Check(std::initializer_list<TCase> pCases) {
 
 TEST(RegularExpression, MatchesAnywhereInTheText) {
   Check({
-      {u"b", kSensitive, u"abc", true},
-      {u"B", kSensitive, u"abc", false},
-      {u"abc", kSensitive, u"abc", true},
-      {u"^b", kSensitive, u"abc", false},
-      {u"b$", kSensitive, u"abc", false},
-      {u"^a|c$", kSensitive, u"xbc", true},
-      {u"\\.(jpe?g|png)$", kSensitive, u"a.jpg.txt", false},
-      {u"\\.(jpe?g|png)$", kInsensitive, u"a.txt.JPEG", true},
       {u"", kSensitive, u"", true},
       {u"", kSensitive, u"a", true},
       {u"^$", kSensitive, u"", true},
