@@ -89,6 +89,7 @@ TEST(StandardFileTypes, LookUpAgreesWithMatchingEveryMask) {
     EXPECT_EQ(std::vector<int>(found.begin(), found.end()), expected) << ToUtf8(extension);
     EXPECT_EQ(groups->GetGroupIndexByExtension(extension), expected.front()) << ToUtf8(extension);
   }
+  EXPECT_EQ(groups->GetGroupIndexByExtension(u"jpg"), groups->GetGroupIndexByExtension(u".jpg")) << "without its dot";
 }
 
 TEST(FileTypeGroups, SumsCountAnExtensionInEachGroupThatMatches) {
