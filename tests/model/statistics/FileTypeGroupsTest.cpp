@@ -57,7 +57,8 @@ TEST(StandardFileTypes, AgreeWithTheTableLetterByLetter) {
 // its wildcards filled in, serves as an extension, with look-alikes around it.
 TEST(StandardFileTypes, LookUpAgreesWithMatchingEveryMask) {
   TRef<IFileTypeGroups> groups = MakeRef<TStandardFileTypes>();
-  std::vector<std::u16string> extensions = {u".\u0131so", u".\u017Fys", u".\u212Adc", u".tar.gz", u".a b", u".JpG", u"", u".", u"jpg"};
+  std::vector<std::u16string> extensions = {u".\u0131so", u".\u017Fys", u".\u212Adc", u".tar.gz",
+                                            u".a b",      u".JpG",      u"",          u"."};
   for (int i = 0; i < groups->GetCount(); ++i) {
     for (const std::string& mask : Split(ToUtf8(groups->GetItem(i)->GetPatterns()), ';')) {
       std::string text = mask.substr(mask.find_first_of('.') == std::string::npos ? 0 : mask.find_first_of('.'));
@@ -88,6 +89,7 @@ TEST(StandardFileTypes, LookUpAgreesWithMatchingEveryMask) {
     EXPECT_EQ(std::vector<int>(found.begin(), found.end()), expected) << ToUtf8(extension);
     EXPECT_EQ(groups->GetGroupIndexByExtension(extension), expected.front()) << ToUtf8(extension);
   }
+  EXPECT_EQ(groups->GetGroupIndexByExtension(u"jpg"), groups->GetGroupIndexByExtension(u".jpg")) << "without its dot";
 }
 
 TEST(FileTypeGroups, SumsCountAnExtensionInEachGroupThatMatches) {

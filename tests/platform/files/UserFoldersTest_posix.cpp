@@ -1,3 +1,5 @@
+// Where they lie, by environment; who may read new ones.
+
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>

@@ -1,3 +1,5 @@
+// Where they lie.
+
 #include <gtest/gtest.h>
 
 #include "platform/files/UserFolders.h"
