@@ -20,7 +20,6 @@
 namespace Vantrel::Exporting {
 
 using XML::TXMLAttributes;
-using XML::TXMLUtils;
 
 namespace {
 

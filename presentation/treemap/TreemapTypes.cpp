@@ -35,12 +35,13 @@ TTreemapElementID ChildID(TTreemapElementID pParent, std::u16string_view pName) 
 }
 
 bool TPhongProperties::SameAs(const TPhongProperties& pOther) const {
-  const auto values = [](const TPhongProperties& p) {
-    return std::tie(p.PhongLightVectorX, p.PhongLightVectorY, p.PhongLightVectorZ, p.PhongViewVectorX,
-                    p.PhongViewVectorY, p.PhongViewVectorZ, p.PhongDiffuseCoeff, p.PhongAmbientCoeff,
-                    p.PhongSpecularCoeff, p.PhongShininess, p.PhongDiffuseColorR, p.PhongDiffuseColorG,
-                    p.PhongDiffuseColorB, p.PhongAmbientColorR, p.PhongAmbientColorG, p.PhongAmbientColorB,
-                    p.PhongSpecularColorR, p.PhongSpecularColorG, p.PhongSpecularColorB, p.PhongDifferentLayerColors);
+  const auto values = [](const TPhongProperties& pOf) {
+    return std::tie(pOf.PhongLightVectorX, pOf.PhongLightVectorY, pOf.PhongLightVectorZ, pOf.PhongViewVectorX,
+                    pOf.PhongViewVectorY, pOf.PhongViewVectorZ, pOf.PhongDiffuseCoeff, pOf.PhongAmbientCoeff,
+                    pOf.PhongSpecularCoeff, pOf.PhongShininess, pOf.PhongDiffuseColorR, pOf.PhongDiffuseColorG,
+                    pOf.PhongDiffuseColorB, pOf.PhongAmbientColorR, pOf.PhongAmbientColorG, pOf.PhongAmbientColorB,
+                    pOf.PhongSpecularColorR, pOf.PhongSpecularColorG, pOf.PhongSpecularColorB,
+                    pOf.PhongDifferentLayerColors);
   };
   return values(*this) == values(pOther);
 }

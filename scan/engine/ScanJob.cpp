@@ -14,7 +14,6 @@
 namespace Vantrel::ScanEngine {
 
 using Enumerators::TPathNotFoundEnumerator;
-using ThreadPool::TWorkerThreadPool;
 
 namespace {
 
