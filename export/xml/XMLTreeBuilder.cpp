@@ -322,7 +322,8 @@ void TXMLTreeBuilder::CreateRoot() {
   TXMLParseHelper::ParseXMLProtocol(path);
   if (path.empty()) path = WithoutTrailingDelimiter(fPath, DelimiterFor(fPath));
   fDelimiter = DelimiterFor(path);
-  const TRef<IHierarchicalRoot> root = fTarget.CreateRootForLoading(path, fDelimiter);
+  const std::u16string rootPath(WithoutTrailingDelimiter(path, fDelimiter));
+  const TRef<IHierarchicalRoot> root = fTarget.CreateRootForLoading(rootPath, fDelimiter);
   fRoot = TRef<TCustomRoot>(dynamic_cast<TCustomRoot*>(root.get()));
 }
 
