@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/columns/SizeData.h"
 #include "platform/files/Paths.h"
 
 namespace Vantrel::Presentation {
@@ -26,7 +27,7 @@ TListRow RowOf(const TVolumeInformation& pDrive) {
   // The base is the space that the user can have. Space reserved for the system is never free, so a full drive shows
   // 100 %.
   const int64_t usable = std::max<int64_t>(pDrive.fUsedBytes + pDrive.fFreeBytes, 1);
-  row.fValues.emplace_back(static_cast<double>(pDrive.fUsedBytes) / static_cast<double>(usable));
+  row.fValues.emplace_back(ShareOfWhole(pDrive.fUsedBytes, usable));
   return row;
 }
 

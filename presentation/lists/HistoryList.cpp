@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/columns/SizeData.h"
 #include "platform/text/Text.h"
 #include "presentation/lists/ListParts.h"
 
@@ -21,10 +22,11 @@ const THistoryEntry* ComparedWith(std::span<const THistoryEntry> pEntries, size_
 // Appends the growth in bytes and as a share of the earlier size.
 void AppendGrowth(std::vector<TMetaDataValue>& pRow, const THistoryEntry* pEarlier, const THistoryEntry& pEntry) {
   if (pEarlier == nullptr) return pRow.resize(pRow.size() + 2);
-  const int64_t growth = pEntry.fSize - pEarlier->fSize;
-  pRow.emplace_back(growth);
-  if (pEarlier->fSize == 0) return pRow.resize(pRow.size() + 1);
-  pRow.emplace_back(static_cast<double>(growth) / static_cast<double>(pEarlier->fSize));
+  TChange change;
+  change.fNow.fSize = pEntry.fSize;
+  change.fThen.fSize = pEarlier->fSize;
+  pRow.push_back(ValueOfChange(change, TColumn::mdSizeChange));
+  pRow.push_back(ValueOfChange(change, TColumn::mdSizeChangePercent));
 }
 
 }  // namespace

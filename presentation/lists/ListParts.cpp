@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "model/columns/SizeData.h"
+
 namespace Vantrel::Presentation {
 
 TListColumn Catalogued(TColumn pColumn) {
@@ -17,7 +19,7 @@ TShares::TShares(const IHierarchicalRoot& pRoot, const IFolderData& pTop)
       fWhole(Basis(pTop.GetSize(), pTop.GetAllocated())) {}
 
 double TShares::Of(int64_t pSize, int64_t pAllocated) const {
-  return fWhole == 0 ? 0.0 : static_cast<double>(Basis(pSize, pAllocated)) / static_cast<double>(fWhole);
+  return ShareOfWhole(Basis(pSize, pAllocated), fWhole);
 }
 
 TList NewRootList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, bool pCollected,
