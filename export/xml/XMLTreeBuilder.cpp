@@ -320,7 +320,7 @@ void TXMLTreeBuilder::ReadTopFile(TXMLAttributeSpan pAttributes) {
 void TXMLTreeBuilder::CreateRoot() {
   std::u16string_view path = fRootPath;
   TXMLParseHelper::ParseXMLProtocol(path);
-  if (path.empty()) path = WithoutTrailingDelimiter(fPath, DelimiterFor(fPath));
+  if (path.empty()) path = fPath;
   fDelimiter = DelimiterFor(path);
   const std::u16string rootPath(WithoutTrailingDelimiter(path, fDelimiter));
   const TRef<IHierarchicalRoot> root = fTarget.CreateRootForLoading(rootPath, fDelimiter);
