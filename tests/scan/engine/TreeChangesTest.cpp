@@ -292,13 +292,9 @@ TEST(TreeChanges, PlacesAreTakenAndGivenBack) {
 TEST(TreeChanges, TheEndOfAScanIsToldOnceTheRootHasFinished) {
   TMemoryRoot memory;
   memory.Top().AddFile(u"file", 1);
-  std::atomic<bool> told{false};
-  TRef<ITreeSubscription> subscription;
-  subscription = memory.Root().Subscribe([&] { told = true; });
+  const TRef<ITreeSubscription> subscription = memory.Root().Subscribe();
   memory.Begin();
-  TRootChanges changes = 0;
-  while ((changes & rcScanEnded) == 0) changes |= subscription->Take().fRoot;
-  EXPECT_TRUE(told);
+  TakeUntilTheEnd(*subscription);
   EXPECT_EQ(memory.Root().GetState() & (rsScanning | rsFinished), rsFinished);
   EXPECT_TRUE(memory.Root().WaitForScan(0));
   memory.Begin();
