@@ -38,8 +38,6 @@ function(vantrel_rooms_as_units TARGET)
     set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${room})
   endforeach()
   set_target_properties(${TARGET} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
-  # Right for single files only: a type in a source of its own is no type of a header, and hides no name of a neighbour.
-  target_compile_options(${TARGET} PRIVATE -Wno-subobject-linkage -Wno-shadow)
 endfunction()
 
 function(vantrel_floor NAME)
