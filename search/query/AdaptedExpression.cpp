@@ -60,13 +60,20 @@ class TAdaptedExpression::TBuilder {
                                    ToUtf8(pCondition.ClassName()));
     }
     fResult.fNeeds |= needs;
+    const auto* text = dynamic_cast<const TStringExpression*>(&pCondition);
+    if (text != nullptr && text->Target() == TValueTarget(TColumn::mdName)) ++fNameConditions;
+    fResult.fFoldsNames = fNameConditions >= kManyNameConditions;
     fResult.fSteps.push_back({&pCondition, pIfYes, pIfNo});
     Leave(static_cast<int32_t>(fResult.fSteps.size() - 1));
   }
 
+  // Folding a name takes about as long as three plain comparisons.
+  static constexpr int kManyNameConditions = 4;
+
   TAdaptedExpression& fResult;
   const TSearchAbilities fAbilities;
   std::vector<TList> fStack;
+  int fNameConditions = 0;
 };
 
 namespace {

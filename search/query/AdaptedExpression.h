@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "search/query/Expressions.h"
+#include "search/query/SearchItem.h"
 
 namespace Vantrel::Search {
 
@@ -17,6 +18,7 @@ namespace Vantrel::Search {
 class TAdaptedExpression {
  public:
   bool Matches(TSearchItem& pItem) const {
+    if (fFoldsNames) pItem.Name().Units();
     int32_t at = fEntry;
     while (at >= 0) {
       const TStep& step = fSteps[static_cast<size_t>(at)];
@@ -49,6 +51,7 @@ class TAdaptedExpression {
   TExpressionRef fRoot;  // keeps the conditions alive
   std::vector<TStep> fSteps;
   int32_t fEntry = kYes;
+  bool fFoldsNames = false;  // so many conditions look at the name that folding it first saves time
   TSearchAbilities fNeeds = 0;
   int64_t fDeepestLevel = std::numeric_limits<int64_t>::max();
 };

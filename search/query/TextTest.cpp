@@ -101,6 +101,9 @@ void TTextTest::PreparePlain() {
   }
   // "*.*" matches every name, and no mask at all matches none.
   if (value.empty() || value.find_first_of(u"?;") != kNone || value == u"*.*") return;
+  std::u16string fixed = fFoldedValue;
+  std::erase(fixed, u'*');
+  fUnits = PatternMatching::UnitsOf(fixed);
   const size_t first = value.find(u'*'), last = value.rfind(u'*');
   if (first == kNone) return use(value, {}, {}, false);
   std::u16string_view middle = value.substr(first, last + 1 - first);

@@ -51,6 +51,10 @@ class TTextTest {
   // Whether MatchesPlain gives the answer, without folding.
   bool IsPlain() const { return fPlain != nullptr; }
   bool MatchesPlain(std::u16string_view pText) const;
+  // The same where the units of the folded text are known. Most texts lack a unit, which is quickly seen.
+  bool MatchesPlain(std::u16string_view pText, PatternMatching::TUnitSet pUnits) const {
+    return (fUnits & ~pUnits) != 0 ? IsNegated(fOperator) : MatchesPlain(pText);
+  }
 
   TStringOperator Operator() const { return fOperator; }
   TStringOperatorOptions Options() const { return fOptions; }

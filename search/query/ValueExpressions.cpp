@@ -62,8 +62,9 @@ bool TStringExpression::Matches(TSearchItem& pItem) const {
   if (const auto* property = std::get_if<TFileProperty>(&fTarget)) return TextPropertyMatches(pItem, *property, fTest);
   switch (std::get<TColumn>(fTarget)) {
     case TColumn::mdName:
-      if (fTest.IsPlain() && !pItem.IsNameFolded()) return fTest.MatchesPlain(pItem.NameText());
-      return fTest.Matches(pItem.Name());
+      if (!fTest.IsPlain()) return fTest.Matches(pItem.Name());
+      if (pItem.IsNameFolded()) return fTest.MatchesPlain(pItem.NameText(), pItem.Name().Units());
+      return fTest.MatchesPlain(pItem.NameText());
     case TColumn::mdExtension: {
       const std::u16string_view extension = pItem.Entry().GetExtension();
       return fTest.IsPlain() ? fTest.MatchesPlain(extension) : fTest.Matches(extension);

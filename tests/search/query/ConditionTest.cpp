@@ -7,6 +7,8 @@
 
 #include "model/statistics/TopSizeList.h"
 #include "platform/text/Utf.h"
+#include "search/patterns/PatternList.h"
+#include "search/patterns/PatternTargets.h"
 #include "search/query/AdaptedExpression.h"
 #include "search/query/SearchItem.h"
 #include "search/query/TextTest.h"
@@ -198,6 +200,34 @@ TEST_F(Condition, AHostileExpressionEndsWithOneWarning) {
   EXPECT_EQ(adapted.Warnings()[0], u"/^(a+)+$/ takes too many steps on 2 texts, which count as not matching");
 }
 
+// A pattern of a scan, written as a query, finds what the pattern matches.
+TEST_F(Condition, PatternsAsQueries) {
+  const char16_t* patterns[] = {
+      u"*.txt;*.mp3",   u"a",          u"\"a.txt\"",        u"/^[ac]/",           u"/TXT$/i",
+      u"(FullPath)sub", u"/data/sub/", u"(ParentPath)sub2", u"(Extension)\"gz\"", u"(Group)Audio",
+      u"c;x b;=a",      u"\"?.txt\"",  u"\"c.tar.gz\""};
+  for (const char16_t* text : patterns) {
+    for (const auto type : {PatternMatching::TPatternType::ptyInclude, PatternMatching::TPatternType::ptyExclude}) {
+      const auto pattern = PatternMatching::TPatternList(u'/').Add(text, type);
+      std::string matching;
+      PatternMatching::TPatternItem item(u'/');
+      for (const TFile& file : fFiles) {
+        const auto* column = PatternMatching::ColumnOfTarget(pattern->GetTarget());
+        const std::u16string folder = file.fFolder;
+        TTopSizeEntry entry = file.fEntry;
+        item.SetObject(TEntryView(entry));
+        bool matches = pattern->Matches(item);
+        if (column->fColumn == TColumn::mdFullPath) matches = pattern->MatchesString(folder + u'/' + entry.fName);
+        if (column->fColumn == TColumn::mdParentPath) matches = pattern->MatchesString(folder);
+        if (matches == (type == PatternMatching::TPatternType::ptyInclude)) matching += ToUtf8(entry.fName) + " ";
+      }
+      std::string found = Found(pattern->ToExpression());
+      if (const size_t folder = found.find("sub/ "); folder != std::string::npos) found.erase(folder);
+      EXPECT_EQ(found, matching) << ToUtf8(pattern->ToExpression());
+    }
+  }
+}
+
 // The quick comparison must never differ from that of folded texts.
 TEST(TextTest, PlainComparisonsAnswerLikeFoldedOnes) {
   for (uint32_t unit = 0x80; unit < 0x10000; ++unit)
@@ -216,6 +246,8 @@ TEST(TextTest, PlainComparisonsAnswerLikeFoldedOnes) {
     const std::u16string name = text(12, u"AbaB.@`\x1F\xE9\x212A\x161");
     if (!test.IsPlain()) continue;
     ASSERT_EQ(test.MatchesPlain(name), test.Matches(name)) << ToUtf8(test.Value()) << " in " << ToUtf8(name);
+    const PatternMatching::TUnitSet units = PatternMatching::TMatchText(name).Units();
+    ASSERT_EQ(test.MatchesPlain(name, units), test.Matches(name)) << ToUtf8(test.Value()) << " in " << ToUtf8(name);
     matches += test.MatchesPlain(name) != IsNegated(comparison);
   }
   EXPECT_GT(matches, 10'000);
