@@ -32,7 +32,7 @@ QUICK_STAGES = ("checks", "linux", "windows", "python")
 
 # The Linux tests run on the optimised build: it is what users get, ./run has built most of it already, and tests over a
 # million nodes finish in seconds. Assertions are not lost by that; the sanitizer builds keep them.
-FUZZ_SECONDS = 45  # for each program of tests/fuzz
+FUZZ_SECONDS = 60  # for each program of tests/fuzz
 
 PRESETS = {"linux": "release", "windows": "windows", "asan": "asan", "tsan": "tsan", "clang": "clang", "fuzz": "fuzz"}
 
@@ -402,8 +402,8 @@ class Run:
                 self.report("clang", run_check(path, self.options.build_timeout, str(BUILD / PRESETS["clang"])))
 
     def fuzz(self):
-        """Feeds the readers of scan files and of NTFS volumes with damaged ones. What it finds is kept in the build folder.
-        Always from the same start, so that two runs of one version find the same; whoever looks for more starts the
+        """Feeds the readers of scan files, queries and NTFS volumes with damaged ones. What is found is kept in the build
+        folder. Always from the same start, so that two runs of one version find the same. To look for more, start a
         program by hand, with other seeds and for longer."""
         if not self.built("fuzz"):
             return
@@ -411,7 +411,8 @@ class Run:
         made.mkdir(exist_ok=True)
         run_logged([str(BUILD / "fuzz/tests/fuzz/ntfs_fuzz"), "write-seeds", str(made)], BUILD / "fuzz/seeds.log",
                    self.options.timeout, self.environment)
-        for name, seeds in (("xml_reader_fuzz", ROOT / "tests/fuzz/seeds"), ("ntfs_fuzz", made)):
+        fuzzers = {"xml_reader_fuzz": ROOT / "tests/fuzz/seeds", "query_fuzz": ROOT / "tests/fuzz/query_seeds", "ntfs_fuzz": made}
+        for name, seeds in fuzzers.items():
             self.run_fuzzer(name, seeds)
 
     def run_fuzzer(self, name, seeds):
@@ -448,6 +449,7 @@ class Run:
         environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
                            VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
+                           VANTREL_MATCH_QUERY=str(BUILD / "release/tests/match_query"),
                            VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
                            VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"),
                            VANTREL_RECORD_HISTORY=str(BUILD / "release/tests/record_history"),
@@ -471,8 +473,8 @@ def parse_options(arguments):
     parser.add_argument("--all", action="store_true",
                         help="also run the tests under the address, undefined-behaviour and thread sanitizers, and "
                              "build with clang, where a finding of the thread-safety analysis is an error, run clang-tidy, "
-                             "look for functions that nothing calls, and feed the readers of scan files and of NTFS "
-                             "volumes with damaged ones for a minute and a half")
+                             "look for functions that nothing calls, and feed the readers of scan files, queries and "
+                             "NTFS volumes with damaged ones for a minute each")
     parser.add_argument("--only", metavar="STAGE", action="append", choices=STAGES,
                         help=f"run only this stage, one of {', '.join(STAGES)}; may be given more than once")
     parser.add_argument("--filter", metavar="PATTERN", default="",

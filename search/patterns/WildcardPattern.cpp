@@ -180,7 +180,12 @@ bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::
 
 std::u16string TWildcardPattern::ToExpression() const {
   const bool isExclude = GetPatternType() == TPatternType::ptyExclude;
-  return ExpressionKeyword() + (isExclude ? u"!=" : u"") + ExpressionValue(ShownText());
+  std::u16string values;
+  AnyMask(ShownText(), [&](std::u16string_view pMask) {
+    values += (values.empty() ? u"" : u";") + ExpressionValue(pMask);
+    return false;
+  });
+  return ExpressionKeyword() + (isExclude ? u"!=" : u"") + values;
 }
 
 }  // namespace Vantrel::PatternMatching
