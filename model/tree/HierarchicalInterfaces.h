@@ -174,6 +174,7 @@ enum THierarchicalEnumeratorOption : uint32_t {
   heoFollowMountPoints = 8,    // the same for junctions and mounted volumes; Windows only
   heoNoBackupPrivilege = 16,   // do not try the backup privilege
   heoStayOnFileSystem = 32,    // do not enter other file systems; Linux only
+  heoValuesOnDemand = 64,      // read an entry's values when they are first asked for, if that saves time
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
@@ -199,6 +200,10 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   virtual TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) = 0;
   virtual TRef<IHierarchicalEnumerator> Clone() const = 0;
 
+  // Reads the values of the current entry, if that was left until they are needed (heoValuesOnDemand). False if the
+  // entry is not there any more or cannot be read; GetErrorCode tells of the latter. Values asked for without this call
+  // are read all the same, and are zeros then.
+  virtual bool ReadValues() { return true; }
   // All values of the current entry at once.
   virtual TEntryValues GetEntryValues() const {
     return {GetSize(), GetAllocated(), GetLastAccessDate(), GetLastChangeDate(), GetCreationDate(), GetAttributes()};
