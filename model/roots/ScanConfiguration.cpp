@@ -5,17 +5,13 @@
 
 namespace Vantrel {
 
-namespace {
-
-uint32_t EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
+THierarchicalEnumeratorOptions EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
   return (pOptions.ShareHardLinks ? heoShareHardLinks : 0u) |
          (pOptions.FollowSymbolicLinks ? heoFollowSymbolicLinks : 0u) |
          (pOptions.FollowMountPoints ? heoFollowMountPoints : 0u) |
          (pOptions.UseBackupPrivilege ? 0u : heoNoBackupPrivilege) |
          (pOptions.StayOnFileSystem ? heoStayOnFileSystem : 0u);
 }
-
-}  // namespace
 
 TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, TScanRun pScan)
     : fRoot(pRoot),

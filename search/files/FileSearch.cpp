@@ -16,8 +16,8 @@ TFileSearch::~TFileSearch() {
   Cancel();
 }
 
-void TFileSearch::AddPath(TRef<IStorage> pStorage, std::u16string pPath) {
-  fJobs.push_back(CreatePathJob(*fRun, std::move(pStorage), std::move(pPath)));
+void TFileSearch::AddPath(const IHierarchicalRoot& pRoot) {
+  fJobs.push_back(CreatePathJob(*fRun, pRoot));
 }
 
 void TFileSearch::AddTree(TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage) {

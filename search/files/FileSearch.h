@@ -65,8 +65,8 @@ class TFileSearch final {
   TFileSearch(const TFileSearch&) = delete;
   TFileSearch& operator=(const TFileSearch&) = delete;
 
-  // Adds a path of a storage, in the form of its AbsolutePath.
-  void AddPath(TRef<IStorage> pStorage, std::u16string pPath);
+  // Adds a root's path, which need not have been scanned. The root's own filter, from a path with wildcards, applies.
+  void AddPath(const IHierarchicalRoot& pRoot);
   // Adds a root's tree, which may be growing meanwhile. With a storage, files are opened by their paths.
   void AddTree(TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage = nullptr);
   // If no thread can be started, every target is an error.

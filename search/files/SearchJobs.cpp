@@ -27,8 +27,9 @@ constexpr int64_t kSmallestBranch = 2000;
 // A path or a tree that is searched, with its idle workers. Any thread.
 class TSearchTarget : public TInterfaced<IInterface> {
  public:
-  TSearchTarget(TSearchRun& pRun, TRef<IStorage> pStorage, char16_t pDelimiter)
-      : fRun(pRun), fStorage(std::move(pStorage)), fDelimiter(pDelimiter) {}
+  // pConfiguration has the filter of a path with wildcards; nullptr for a tree.
+  TSearchTarget(TSearchRun& pRun, TRef<IStorage> pStorage, char16_t pDelimiter, TRef<IScanConfiguration> pConfiguration)
+      : fRun(pRun), fStorage(std::move(pStorage)), fDelimiter(pDelimiter), fConfiguration(std::move(pConfiguration)) {}
 
   std::unique_ptr<TSearchWorker> TakeWorker() {
     {
@@ -39,7 +40,11 @@ class TSearchTarget : public TInterfaced<IInterface> {
         return worker;
       }
     }
-    return std::make_unique<TSearchWorker>(fRun, fStorage, fDelimiter);
+    std::vector<std::unique_ptr<IEntryFilter>> filters;
+    if (fRun.Settings().fFilter && fConfiguration) filters.push_back(fRun.Settings().fFilter->CreateEntryFilter());
+    if (fConfiguration) filters.push_back(fConfiguration->CreateEntryFilter());
+    std::erase(filters, nullptr);
+    return std::make_unique<TSearchWorker>(fRun, fStorage, fDelimiter, std::move(filters));
   }
 
   void GiveWorker(std::unique_ptr<TSearchWorker> pWorker) {
@@ -52,6 +57,7 @@ class TSearchTarget : public TInterfaced<IInterface> {
 
  private:
   const char16_t fDelimiter;
+  const TRef<IScanConfiguration> fConfiguration;
   TCriticalSection fLock;
   std::vector<std::unique_ptr<TSearchWorker>> fIdle GUARDED_BY(fLock);
 };
@@ -288,13 +294,14 @@ class TBranchJob : public TTargetJob, private ITreeVisitor {
 
 }  // namespace
 
-TRef<ThreadPool::IWorkItem> CreatePathJob(TSearchRun& pRun, TRef<IStorage> pStorage, std::u16string pPath) {
-  const char16_t delimiter = pStorage->GetPathDelimiter();
-  return MakeRef<TFoldersJob>(MakeRef<TSearchTarget>(pRun, std::move(pStorage), delimiter), std::move(pPath));
+TRef<ThreadPool::IWorkItem> CreatePathJob(TSearchRun& pRun, const IHierarchicalRoot& pRoot) {
+  auto target =
+      MakeRef<TSearchTarget>(pRun, pRoot.GetStorage(), pRoot.GetPathDelimiter(), pRoot.GetScanConfiguration());
+  return MakeRef<TFoldersJob>(std::move(target), pRoot.GetPath());
 }
 
 TRef<ThreadPool::IWorkItem> CreateTreeJob(TSearchRun& pRun, TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage) {
-  auto target = MakeRef<TSearchTarget>(pRun, std::move(pStorage), pRoot->GetPathDelimiter());
+  auto target = MakeRef<TSearchTarget>(pRun, std::move(pStorage), pRoot->GetPathDelimiter(), nullptr);
   return MakeRef<TBranchJob>(std::move(target), pRoot->GetTopFolder(), 0);
 }
 

@@ -1,15 +1,18 @@
 #include "search/files/SearchWorker.h"
 
+#include <algorithm>
+
 #include "model/statistics/AssocSizeArray.h"
 
 namespace Vantrel::Search {
 
-TSearchWorker::TSearchWorker(TSearchRun& pRun, const TRef<IStorage>& pStorage, char16_t pDelimiter)
+TSearchWorker::TSearchWorker(TSearchRun& pRun, const TRef<IStorage>& pStorage, char16_t pDelimiter,
+                             std::vector<std::unique_ptr<IEntryFilter>> pFilters)
     : fRun(pRun),
       fDelimiter(pDelimiter),
       fFacts(pStorage, {TRef<ICancellationIndicator>(pRun.Token().get()), pRun.Settings().fEnumeratorOptions}, pRun),
       fItem(pDelimiter, &fFacts),
-      fFilter(pRun.Settings().fFilter ? pRun.Settings().fFilter->CreateEntryFilter() : nullptr) {}
+      fFilters(std::move(pFilters)) {}
 
 TSearchWorker::~TSearchWorker() {
   fRun.CountGivenUp(fFacts.GivenUp());
@@ -23,11 +26,13 @@ void TSearchWorker::BeginListing(IHierarchicalEnumerator& pListing, int64_t pLev
   fFacts.SetListing(&pListing);
   fItem.SetFolder(pLevel);
   fFiles.Clear();
-  if (fFilter) fFilter->BeginFolder(pListing);
+  for (const auto& filter : fFilters) filter->BeginFolder(pListing);
 }
 
 bool TSearchWorker::IsIncluded(bool pIsFolder) {
-  return !fFilter || (pIsFolder ? fFilter->IsFolderIncluded(*fListing) : fFilter->IsFileIncluded(*fListing));
+  return std::all_of(fFilters.begin(), fFilters.end(), [&](const auto& pFilter) {
+    return pIsFolder ? pFilter->IsFolderIncluded(*fListing) : pFilter->IsFileIncluded(*fListing);
+  });
 }
 
 TRef<const TFoundFolder> TSearchWorker::ListedFolder() {
@@ -60,7 +65,7 @@ TRef<const TFileTable> TSearchWorker::TakeFiles() {
 }
 
 void TSearchWorker::EndListing() {
-  if (fFilter) fFilter->EndFolder();
+  for (const auto& filter : fFilters) filter->EndFolder();
   fFacts.SetListing(nullptr);
   fListing = nullptr;
 }

@@ -17,8 +17,9 @@ namespace Vantrel::Search {
 // One thread at a time. Matches entries and collects what matches.
 class TSearchWorker {
  public:
-  // The storage may be nullptr for a tree.
-  TSearchWorker(TSearchRun& pRun, const TRef<IStorage>& pStorage, char16_t pDelimiter);
+  // The storage may be nullptr for a tree. All filters must take an entry in.
+  TSearchWorker(TSearchRun& pRun, const TRef<IStorage>& pStorage, char16_t pDelimiter,
+                std::vector<std::unique_ptr<IEntryFilter>> pFilters);
   ~TSearchWorker();
 
   // A listing begins. pLevel is that of its entries.
@@ -53,7 +54,7 @@ class TSearchWorker {
   const char16_t fDelimiter;
   TFileFactsReader fFacts;
   TSearchItem fItem;
-  const std::unique_ptr<IEntryFilter> fFilter;  // nullptr: everything is taken in
+  const std::vector<std::unique_ptr<IEntryFilter>> fFilters;
   std::vector<TFoundItem> fFound;
   TFileTableBuilder fFiles;
   std::pair<uint64_t, TKeyId> fLastOwner{0, kNoKey};
