@@ -99,8 +99,8 @@ void TTextTest::PreparePlain() {
     default:
       return;
   }
-  // "*.*" matches every name.
-  if (value.find_first_of(u"?;") != kNone || value == u"*.*") return;
+  // "*.*" matches every name, and no mask at all matches none.
+  if (value.empty() || value.find_first_of(u"?;") != kNone || value == u"*.*") return;
   const size_t first = value.find(u'*'), last = value.rfind(u'*');
   if (first == kNone) return use(value, {}, {}, false);
   std::u16string_view middle = value.substr(first, last + 1 - first);
