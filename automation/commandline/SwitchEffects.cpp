@@ -77,6 +77,10 @@ void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
   for (std::u16string& file : SplitPaths(pFiles)) pState.fOpenFiles.push_back(std::move(file));
 }
 
+void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
+  pState.fQuery = pQuery;
+}
+
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
   PatternsOf(pState).Add(CreateTypedPattern(pPattern, TPatternType::ptyInclude));
 }
