@@ -40,6 +40,7 @@ TSwitchEffect AddPaths;
 TSwitchEffect AddCurrentFolder;
 TSwitchEffect OpenFile;
 TSwitchEffect SearchFor;
+TSwitchEffect SearchReady;
 TSwitchEffect AddInclude;
 TSwitchEffect AddExclude;
 TSwitchEffect ImportPatterns;

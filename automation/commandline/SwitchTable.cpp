@@ -81,6 +81,15 @@ constexpr TSwitch kSwitches[] = {
      "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --text and "
      "--pathlist write what was found."},
     {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchFor, "A query"},
+    {{u"FIND", vkText, kOnce},
+     srMore,
+     "NAME",
+     "list what a ready-made search finds",
+     SearchReady,
+     "A name",
+     "largest: files of 100 MB and more. oldest: last changed more than five years ago. newest: changed within a day. "
+     "temporary: what programs leave behind. emptyfolders: with nothing in them. broken: links that lead nowhere. "
+     "longpaths: of 260 characters and more."},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},

@@ -76,7 +76,8 @@ void TSearchWorker::MatchFiles(const TFileTable& pFiles, size_t pBegin, size_t p
   for (size_t i = pBegin; i < pEnd && !fRun.IsStopped(); ++i) {
     const TFileRecord& file = pFiles[i];
     const TEntryView view(pFiles, file, nullptr);
-    if (!Matches(view)) continue;
+    // A file that was left in the middle would match a condition that it does not hold a text.
+    if (!Matches(view) || fRun.IsStopped()) continue;
     const TEntryValues values{file.fSize,           file.fAllocated,    file.fLastAccessDate,
                               file.fLastChangeDate, file.fCreationDate, file.fAttributes};
     fFound.push_back({pFolder, std::u16string(view.GetObjectName()), values});
