@@ -175,17 +175,18 @@ TEST(QueryParser, PropertiesAndTheirOperators) {
 }
 
 TEST(QueryParser, ADelimiterMeansThePath) {
-  Expect({{u"path:C:\\Temp", "String[mdata:ParentPath:C:\\Temp]"},
+  Expect({{u"path:C:\\Temp", "String[path:C:\\Temp]"},
           {u"path:Temp", "ParentFolderName[path:Temp]"},
-          {u"path:=C:\\Temp\\", "String[mdata:ParentPath:=C:\\Temp]"},
-          {u"path:=C:\\", "String[mdata:ParentPath:=C:\\]"},
-          {u"C:\\Temp\\*.log", "String[mdata:FullPath:C:\\Temp\\*.log]"},
+          {u"path:=C:\\Temp\\", "String[path:=C:\\Temp]"},
+          {u"path:=C:\\", "String[path:=C:\\]"},
+          {u"C:\\Temp\\*.log", "String[name:C:\\Temp\\*.log]"},
           {u"name:a/b", "String[name:a/b]"},
           {u"name:~\\.txt$", "String[name:~\\.txt$]"}},
          TestSettings(u'\\'));
-  Expect({{u"path:/tmp", "String[mdata:ParentPath:/tmp]"},
-          {u"name:a/b;c", "Or(String[mdata:FullPath:a/b], String[name:c])"},
-          {u"name:~^/usr/", "String[mdata:FullPath:~^/usr/]"},
+  Expect({{u"path:/tmp", "String[path:/tmp]"},
+          {u"name:a/b;c", "Multi(String[name:a/b], String[name:c])"},
+          {u"name:~^/usr/", "String[name:~^/usr/]"},
+          {u"mdata:FullPath:a;b/c", "Multi(String[mdata:FullPath:a], String[mdata:FullPath:b/c])"},
           {u"C:\\Temp", "String[name:C:\\Temp]"}});
 }
 
