@@ -446,6 +446,7 @@ class Run:
         environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
                            VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
+                           VANTREL_MATCH_QUERY=str(BUILD / "release/tests/match_query"),
                            VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
                            VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"),
                            VANTREL_RECORD_HISTORY=str(BUILD / "release/tests/record_history"),

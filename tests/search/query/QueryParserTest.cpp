@@ -103,6 +103,8 @@ TEST(QueryParser, BareValuesGetAPropertyByTheirForm) {
       {u"\"Audio\"", "String[name:Audio]"},
       {u"10MB", "Size[size:=10485760B]"},
       {u"1,000KB", "Size[size:=1024000B]"},
+      {u"1,000KB,foo", "Or(Size[size:=1024000B], String[name:foo])"},
+      {u"1,000KB, 2KB", "Or(Size[size:=1024000B], Size[size:=2048B])"},
       {u"1,2", "Or(Size[size:=1048576B], Size[size:=2097152B])"},
       {u">10MB", "Size[size:>10485760B]"},
       {u"5XB", "String[name:5XB]"},
