@@ -32,7 +32,9 @@ QUICK_STAGES = ("checks", "linux", "windows", "python")
 
 # The Linux tests run on the optimised build: it is what users get, ./run has built most of it already, and tests over a
 # million nodes finish in seconds. Assertions are not lost by that; the sanitizer builds keep them.
-FUZZ_SECONDS = 60
+# The programs of tests/fuzz, each with the folder of its seeds.
+FUZZERS = {"xml_reader_fuzz": "seeds", "query_fuzz": "query_seeds"}
+FUZZ_SECONDS = 45  # for each of them
 
 PRESETS = {"linux": "release", "windows": "windows", "asan": "asan", "tsan": "tsan", "clang": "clang", "fuzz": "fuzz"}
 
@@ -402,24 +404,28 @@ class Run:
                 self.report("clang", run_check(path, self.options.build_timeout, str(BUILD / PRESETS["clang"])))
 
     def fuzz(self):
-        """Feeds the reader of scan files with damaged ones for a minute. What it finds is kept in the build folder. Always
-        from the same start, so that two runs of one version find the same; whoever looks for more starts the program by
+        """Feeds the readers of scan files and of queries with damaged ones. What is found is kept in the build folder. Always
+        from the same start, so that two runs of one version find the same; whoever looks for more starts a program by
         hand, with other seeds and for longer."""
         if not self.built("fuzz"):
             return
+        for program, seeds in FUZZERS.items():
+            self.run_fuzzer(program, seeds)
+
+    def run_fuzzer(self, program, seeds):
         folder = BUILD / "fuzz"
-        corpus = folder / "corpus"
+        corpus = folder / f"corpus_{program}"
         shutil.rmtree(corpus, ignore_errors=True)
         corpus.mkdir()
         start = time.monotonic()
-        log = folder / "xml_reader_fuzz.log"
-        code = run_logged([str(folder / "tests/fuzz/xml_reader_fuzz"), f"-max_total_time={FUZZ_SECONDS}", "-seed=1", "-timeout=20",
+        log = folder / f"{program}.log"
+        code = run_logged([str(folder / f"tests/fuzz/{program}"), f"-max_total_time={FUZZ_SECONDS}", "-seed=1", "-timeout=20",
                            "-rss_limit_mb=2048", f"-artifact_prefix={folder}/", str(corpus),
-                           str(ROOT / "tests/fuzz/seeds")], log, self.options.timeout, self.environment)
+                           str(ROOT / "tests/fuzz" / seeds)], log, self.options.timeout, self.environment)
         runs = re.search(r"^Done (\d+) runs", read_log(log), re.MULTILINE)
         passed = code == 0 and runs and int(runs[1]) > 0
-        output = "" if passed else f"{read_log(log)[-4000:]}\nxml_reader_fuzz {describe_end(code, self.options.timeout)}"
-        name = f"xml_reader_fuzz, {runs[1]} runs" if runs else "xml_reader_fuzz"
+        output = "" if passed else f"{read_log(log)[-4000:]}\n{program} {describe_end(code, self.options.timeout)}"
+        name = f"{program}, {runs[1]} runs" if runs else program
         self.report("fuzz", Result(name, passed=int(bool(passed)), failed=int(not passed),
                                    seconds=time.monotonic() - start, output=output))
 
@@ -440,6 +446,7 @@ class Run:
         environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
                            VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
+                           VANTREL_MATCH_QUERY=str(BUILD / "release/tests/match_query"),
                            VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
                            VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"),
                            VANTREL_RECORD_HISTORY=str(BUILD / "release/tests/record_history"),
@@ -463,8 +470,8 @@ def parse_options(arguments):
     parser.add_argument("--all", action="store_true",
                         help="also run the tests under the address, undefined-behaviour and thread sanitizers, and "
                              "build with clang, where a finding of the thread-safety analysis is an error, run clang-tidy, "
-                             "look for functions that nothing calls, and feed the reader of scan files with damaged ones "
-                             "for a minute")
+                             "look for functions that nothing calls, and feed the readers of scan files and of queries "
+                             "with damaged ones for a while")
     parser.add_argument("--only", metavar="STAGE", action="append", choices=STAGES,
                         help=f"run only this stage, one of {', '.join(STAGES)}; may be given more than once")
     parser.add_argument("--filter", metavar="PATTERN", default="",

@@ -11,23 +11,32 @@ using PatternMatching::TMatchText;
 
 // --- file-type groups ------------------------------------------------------------------------------------------------
 
+namespace {
+
+// The masks of all groups but the catch-all ones.
+std::u16string OrdinaryMasks(const IFileTypeGroups& pGroups) {
+  std::u16string masks;
+  for (int i = 0; i < pGroups.GetCount(); ++i) {
+    const TRef<IFileTypeGroup> group = pGroups.GetItem(i);
+    if (group->IsCatchAll()) continue;
+    masks += group->GetPatterns();
+    if (!masks.ends_with(u';')) masks += u';';
+  }
+  return masks;
+}
+
+}  // namespace
+
 TFileTypeGroupExpression::TFileTypeGroupExpression(TBinaryOperator pOperator, std::u16string_view pGroup)
     : fOperator(pOperator) {
-  std::u16string masks, otherMasks;
   const TRef<const IFileTypeGroups> groups = CommonFileTypeGroups();
-  for (int i = 0; i < groups->GetCount(); ++i) {
-    const TRef<IFileTypeGroup> group = groups->GetItem(i);
-    if (fCaption.empty() && SameTextAscii(group->GetCaption(), pGroup)) {
-      fCaption = group->GetCaption();
-      masks = group->GetPatterns();
-      fIsCatchAll = group->IsCatchAll();
-    } else if (!group->IsCatchAll()) {
-      otherMasks += group->GetPatterns();
-      if (!otherMasks.ends_with(u';')) otherMasks += u';';
-    }
-  }
-  if (fCaption.empty()) throw EInvalidArgumentValue("No file group found matching " + ToQuotedDisplay(pGroup));
-  fMasks = PatternMatching::CreateWildcardMatcher(fIsCatchAll ? otherMasks : masks);
+  TRef<IFileTypeGroup> group;
+  for (int i = 0; i < groups->GetCount() && !group; ++i)
+    if (SameTextAscii(groups->GetItem(i)->GetCaption(), pGroup)) group = groups->GetItem(i);
+  if (!group) throw EInvalidArgumentValue("No file group found matching " + ToQuotedDisplay(pGroup));
+  fCaption = group->GetCaption();
+  fIsCatchAll = group->IsCatchAll();
+  fMasks = PatternMatching::CreateWildcardMatcher(fIsCatchAll ? OrdinaryMasks(*groups) : group->GetPatterns());
 }
 
 bool TFileTypeGroupExpression::Matches(TSearchItem& pItem) const {

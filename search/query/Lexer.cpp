@@ -256,15 +256,20 @@ TExpressionLexer::TValue TExpressionLexer::BehindQuotes(size_t pBegin, bool pTak
   return {EndOfWord(at), kBehindQuote, kBehindQuoteHint, at};
 }
 
+// Whether a "," stands there, between two digits.
+bool TExpressionLexer::IsBetweenDigits(size_t pAt) const {
+  return pAt > 0 && pAt + 1 < fText.size() && fText[pAt] == u',' && IsDigit(fText[pAt - 1]) && IsDigit(fText[pAt + 1]);
+}
+
 bool TExpressionLexer::CommaContinues(size_t pBegin, size_t pAt, const TPropertySettings* pSettings) const {
   const std::u16string_view rest = fText.substr(pAt + 1);
   if (rest.empty() || EndsWord(rest[0]) || rest[0] == u';') return false;
-  const bool isInNumber = pAt > pBegin && IsDigit(fText[pAt - 1]) && IsDigit(rest[0]);
+  const bool isInNumber = pAt > pBegin && IsBetweenDigits(pAt);
   // Without a keyword, "1,000KB" is a number and "foo,bar" means OR.
   if (pSettings == nullptr) {
     if (!isInNumber) return false;
     size_t end = pAt;
-    while (end < fText.size() && fText[end] == u',' && end - pBegin <= kLongestNumber) end = EndOfWord(end + 1);
+    while (end - pBegin <= kLongestNumber && IsBetweenDigits(end)) end = EndOfWord(end + 1);
     return end - pBegin <= kLongestNumber && fGrammar.IsNumber(fText.substr(pBegin, end - pBegin));
   }
   switch (pSettings->fCommaUse) {

@@ -141,6 +141,7 @@ class TExpressionLexer {
   bool IsValueMissing(size_t pBlanksBegin, bool pIsRegEx) const;
   TValue FindValueEnd(const TPropertySettings* pSettings, bool pIsRegEx) const;
   TValue BehindQuotes(size_t pBegin, bool pTakesList) const;
+  bool IsBetweenDigits(size_t pAt) const;
   bool CommaContinues(size_t pBegin, size_t pAt, const TPropertySettings* pSettings) const;
   bool AgeContinues(size_t pBegin, size_t pAt) const;
   size_t EndOfWord(size_t pAt) const;

@@ -13,7 +13,6 @@ namespace {
 using namespace std::chrono;
 
 constexpr auto kNone = std::u16string_view::npos;
-constexpr int64_t kSecondsPerDay = 86'400;
 constexpr int64_t kTicksPerHour = 3'600 * TKivFileTime::kTicksPerSecond;
 constexpr sys_days kFirstDay = sys_days(year(1601) / 1 / 1);
 constexpr int kFirstYear = 1601, kLastYear = 9999;

@@ -198,6 +198,12 @@ bool LooksAtPath(const TValuePart& pPart, const TQueryOperator* pOperator, char1
   return pPart.fText.find(pDelimiter) != kNone && !(IsRegEx(pOperator) && pDelimiter == u'\\');
 }
 
+// The path of a folder has no delimiter at its end. What is a path stays one.
+void TrimDelimiter(std::u16string& pPath, char16_t pDelimiter) {
+  const std::u16string_view shorter = WithoutTrailingDelimiter(pPath, pDelimiter);
+  if (shorter.find(pDelimiter) != kNone) pPath.resize(shorter.size());
+}
+
 std::string KnownGroups() {
   std::string names;
   const TRef<const IFileTypeGroups> groups = CommonFileTypeGroups();
@@ -258,7 +264,7 @@ TPropertyFunction Name(const TQuerySettings& pSettings) {
       const bool isPath = LooksAtPath(pPart, pOperator, settings.fPathDelimiter);
       if (settings.fNormalizesUnicode) Normalize(pPart);
       return MakeRef<TStringExpression>(isPath ? TColumn::mdFullPath : TColumn::mdName,
-                                        CheckedTest(comparison, pPart, settings.fNormalizesUnicode));
+                                        CheckedTest(comparison, pPart, settings.fNormalizesUnicode), u"name:");
     });
   };
 }
@@ -269,18 +275,19 @@ TPropertyFunction FolderPath(const TQuerySettings& pSettings) {
       const TStringOperator comparison = TextOperator(pOperator, pPart, TStringOperator::Contains);
       const bool isPath = LooksAtPath(pPart, pOperator, settings.fPathDelimiter);
       const bool isWhole = comparison == TStringOperator::Equals || comparison == TStringOperator::NotEquals;
-      if (isPath && isWhole) pPart.fText = WithoutTrailingDelimiter(pPart.fText, settings.fPathDelimiter);
+      if (isPath && isWhole) TrimDelimiter(pPart.fText, settings.fPathDelimiter);
       if (settings.fNormalizesUnicode) Normalize(pPart);
       TTextTest test = CheckedTest(comparison, pPart, settings.fNormalizesUnicode);
       if (!isPath) return MakeRef<TParentFolderNameExpression>(std::move(test));
-      return MakeRef<TStringExpression>(TColumn::mdParentPath, std::move(test));
+      return MakeRef<TStringExpression>(TColumn::mdParentPath, std::move(test), u"path:");
     });
   };
 }
 
-TPropertyFunction Extension() {
-  return [](const TQueryOperator* pOperator, std::u16string_view pValue) {
+TPropertyFunction Extension(const TQuerySettings& pSettings) {
+  return [normalizes = pSettings.fNormalizesUnicode](const TQueryOperator* pOperator, std::u16string_view pValue) {
     return ForEachPart(pOperator, pValue, [&](TValuePart pPart) -> TExpressionRef {
+      if (normalizes) Normalize(pPart);
       if (!IsRegEx(pOperator)) {
         if (pPart.fText.starts_with(u"*.")) pPart.fText.erase(0, 1);
         if (pPart.fText.starts_with(u'.')) pPart.fText.erase(0, 1);
@@ -288,11 +295,11 @@ TPropertyFunction Extension() {
         if (pPart.fText.find(u'.') != kNone) {
           pPart.fText.insert(0, u"*.");
           const TStringOperator comparison = TextOperator(pOperator, pPart, TStringOperator::Matches);
-          return MakeRef<TStringExpression>(TColumn::mdName, CheckedTest(comparison, pPart));
+          return MakeRef<TStringExpression>(TColumn::mdName, CheckedTest(comparison, pPart, normalizes));
         }
       }
       const TStringOperator comparison = TextOperator(pOperator, pPart, TStringOperator::Equals);
-      return MakeRef<TStringExpression>(TColumn::mdExtension, CheckedTest(comparison, pPart));
+      return MakeRef<TStringExpression>(TColumn::mdExtension, CheckedTest(comparison, pPart, normalizes));
     });
   };
 }

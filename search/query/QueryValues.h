@@ -27,7 +27,7 @@ namespace PropertyFunctions {
 
 TPropertyFunction Name(const TQuerySettings& pSettings);
 TPropertyFunction FolderPath(const TQuerySettings& pSettings);
-TPropertyFunction Extension();
+TPropertyFunction Extension(const TQuerySettings& pSettings);
 TPropertyFunction FileType();
 TPropertyFunction Content();
 TPropertyFunction Attribute();

@@ -73,8 +73,8 @@ void TDSMParserSyntax::RegisterProperties(TLexerGrammar& pGrammar) const {
   using namespace PropertyFunctions;
   pGrammar.RegisterProperty({u"name:", TextSettings(Name(fSettings), "name:*.txt")});
   pGrammar.RegisterProperty({u"path:", TextSettings(FolderPath(fSettings), "path:src")});
-  pGrammar.RegisterProperty({u"extension:", TextSettings(Extension(), "extension:txt")});
-  pGrammar.RegisterProperty({u"ext:", TextSettings(Extension(), "ext:txt")});
+  pGrammar.RegisterProperty({u"extension:", TextSettings(Extension(fSettings), "extension:txt")});
+  pGrammar.RegisterProperty({u"ext:", TextSettings(Extension(fSettings), "ext:txt")});
   pGrammar.RegisterProperty({u"filetype:", TextSettings(FileType(), "filetype:Audio")});
   pGrammar.RegisterProperty({u"content:", ContentSettings()});
   pGrammar.RegisterProperty({u"cont:", ContentSettings()});

@@ -83,7 +83,7 @@ void TTextTest::PreparePlain() {
   const std::u16string_view value = fValue;
   const auto use = [&](std::u16string_view pBegin, std::u16string_view pMiddle, std::u16string_view pEnd,
                        bool pIsOpen) {
-    fPlain = std::make_shared<TPlainParts>(TAsciiText(pBegin), TAsciiText(pMiddle), TAsciiText(pEnd), pIsOpen);
+    fPlain.reset(new TPlainParts{TAsciiText(pBegin), TAsciiText(pMiddle), TAsciiText(pEnd), pIsOpen});
   };
   switch (fPositive) {
     case TStringOperator::Equals:

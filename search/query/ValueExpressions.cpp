@@ -78,7 +78,7 @@ bool TStringExpression::Matches(TSearchItem& pItem) const {
 }
 
 void TStringExpression::AppendHead(std::u16string& pText) const {
-  pText += KeywordOf(fTarget);
+  pText += fKeyword.empty() ? KeywordOf(fTarget) : std::u16string(fKeyword);
   // An extension is compared as a whole anyway.
   const bool isExtension = fTarget == TValueTarget(TColumn::mdExtension);
   if (!isExtension || fTest.Operator() != TStringOperator::Equals) fTest.AppendOperator(pText);

@@ -18,7 +18,10 @@ namespace Vantrel::Search {
 // keywords, one must match; a negated condition holds if none does.
 class TStringExpression final : public TCondition {
  public:
-  TStringExpression(TValueTarget pTarget, TTextTest pTest) : fTarget(pTarget), fTest(std::move(pTest)) {}
+  // pKeyword is the keyword under which the condition reads back, if it is not that of the target. It must be a
+  // literal.
+  TStringExpression(TValueTarget pTarget, TTextTest pTest, std::u16string_view pKeyword = {})
+      : fTarget(pTarget), fTest(std::move(pTest)), fKeyword(pKeyword) {}
   std::u16string_view ClassName() const override { return u"TStringExpression"; }
   bool Matches(TSearchItem& pItem) const override;
   void AppendHead(std::u16string& pText) const override;
@@ -32,6 +35,7 @@ class TStringExpression final : public TCondition {
  private:
   const TValueTarget fTarget;
   const TTextTest fTest;
+  const std::u16string_view fKeyword;
 };
 
 // Whether a text property of the item's file passes the test. One of several texts must, or with a negated operator

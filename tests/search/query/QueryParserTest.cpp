@@ -103,6 +103,8 @@ TEST(QueryParser, BareValuesGetAPropertyByTheirForm) {
       {u"\"Audio\"", "String[name:Audio]"},
       {u"10MB", "Size[size:=10485760B]"},
       {u"1,000KB", "Size[size:=1024000B]"},
+      {u"1,000KB,foo", "Or(Size[size:=1024000B], String[name:foo])"},
+      {u"1,000KB, 2KB", "Or(Size[size:=1024000B], Size[size:=2048B])"},
       {u"1,2", "Or(Size[size:=1048576B], Size[size:=2097152B])"},
       {u">10MB", "Size[size:>10485760B]"},
       {u"5XB", "String[name:5XB]"},
@@ -175,17 +177,18 @@ TEST(QueryParser, PropertiesAndTheirOperators) {
 }
 
 TEST(QueryParser, ADelimiterMeansThePath) {
-  Expect({{u"path:C:\\Temp", "String[mdata:ParentPath:C:\\Temp]"},
+  Expect({{u"path:C:\\Temp", "String[path:C:\\Temp]"},
           {u"path:Temp", "ParentFolderName[path:Temp]"},
-          {u"path:=C:\\Temp\\", "String[mdata:ParentPath:=C:\\Temp]"},
-          {u"path:=C:\\", "String[mdata:ParentPath:=C:\\]"},
-          {u"C:\\Temp\\*.log", "String[mdata:FullPath:C:\\Temp\\*.log]"},
+          {u"path:=C:\\Temp\\", "String[path:=C:\\Temp]"},
+          {u"path:=C:\\", "String[path:=C:\\]"},
+          {u"C:\\Temp\\*.log", "String[name:C:\\Temp\\*.log]"},
           {u"name:a/b", "String[name:a/b]"},
           {u"name:~\\.txt$", "String[name:~\\.txt$]"}},
          TestSettings(u'\\'));
-  Expect({{u"path:/tmp", "String[mdata:ParentPath:/tmp]"},
-          {u"name:a/b;c", "Or(String[mdata:FullPath:a/b], String[name:c])"},
-          {u"name:~^/usr/", "String[mdata:FullPath:~^/usr/]"},
+  Expect({{u"path:/tmp", "String[path:/tmp]"},
+          {u"name:a/b;c", "Multi(String[name:a/b], String[name:c])"},
+          {u"name:~^/usr/", "String[name:~^/usr/]"},
+          {u"mdata:FullPath:a;b/c", "Multi(String[mdata:FullPath:a], String[mdata:FullPath:b/c])"},
           {u"C:\\Temp", "String[name:C:\\Temp]"}});
 }
 
