@@ -29,7 +29,7 @@ using Search::TSearchError;
 
 namespace {
 
-constexpr int64_t kPollMilliseconds = 100;
+constexpr int64_t kMillisecondsBetweenLooks = 100;
 
 bool HoldsFiles(IFolderData& pTop) {
   TTreeWalkSettings settings;
@@ -133,7 +133,7 @@ int TSearchTask::AddScans(IScanRoots& pRoots, TFileSearch& pSearch) {
 
 void TSearchTask::WaitFor(TFileSearch& pSearch) {
   for (bool hasEnded = false; !hasEnded;) {
-    hasEnded = pSearch.WaitForEnd(kPollMilliseconds);
+    hasEnded = pSearch.WaitForEnd(kMillisecondsBetweenLooks);
     // Again and again: each time what hangs is interrupted.
     if (!hasEnded && IsCancelRequested()) pSearch.Cancel();
     std::vector<Search::TFoundItem> found = pSearch.TakeFound();
