@@ -10,12 +10,14 @@ import io
 import os
 import pathlib
 import random
+import re
 import shutil
 import subprocess
 import tempfile
 import time
 import unittest
 
+import program_test
 import query_rules
 import wine
 
@@ -230,6 +232,21 @@ class SearchTest(unittest.TestCase):
         self.assertTrue(lines[-1].startswith(f"{len(large)} files found, "), lines[-1])
         self.assertEqual([line for line in lines if line.endswith(large[0]["path"])], [lines[4 + sorted(
             entry["path"] for entry in large).index(large[0]["path"])]])
+
+    def test_a_search_for_names_asks_nothing_of_other_files(self):
+        if self.on_windows:
+            self.skipTest("Linux' calls")
+        program_test.require_strace(self)
+        log = pathlib.Path(self.folder, "calls")
+        for query, asked in (("notes", ["notes"]), ("size:>1MB", [""])):
+            run = subprocess.run(["strace", "-f", "-o", log, *self.command, "--nooptions", "--search", query, "--pathlist", "-", self.top],
+                                 stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT, check=False)
+            self.assertEqual((run.returncode, run.stderr), (OK, b""))
+            names = {entry["name"] for entry in self.entries}
+            calls = re.findall(r' statx\(\d+, "([^"/]+)"', log.read_text(encoding="utf-8", errors="backslashreplace"))
+            called = [name for name in names if name.isascii() and name in calls]
+            self.assertEqual([name for name in called if asked[0] not in name], [], "asked for its values")
+            self.assertTrue(called, "nothing was traced")
 
     def test_what_cannot_be_searched_is_refused_before_the_search(self):
         scan = f"{self.folder}/empty.xml"

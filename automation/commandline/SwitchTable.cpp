@@ -226,7 +226,7 @@ constexpr TSwitch kSwitches[] = {
 
     // Mail.
     {{u"EMAIL", vkText, kRepeated},
-     srMain,
+     srMore,
      "ADDRESS[;ADDRESS]...",
      "mail the report and all exports",
      MailTo,
