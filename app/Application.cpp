@@ -5,6 +5,7 @@
 
 #include "app/CancelRequest.h"
 #include "app/ScanTask.h"
+#include "app/SearchTask.h"
 #include "app/Version.h"
 #include "automation/actions/FileExportAction.h"
 #include "automation/actions/HistoryTasks.h"
@@ -115,6 +116,10 @@ int TApplication::ManageHistory() {
 
 int TApplication::OpenAndScan() {
   return TScanTask(fSettings, fState, fOptions, fLog).Run();
+}
+
+int TApplication::Search() {
+  return TSearchTask(fSettings, fState, fOptions, fLog).Run();
 }
 
 // Finds out before the scan whether the actions after it can work.

@@ -9,6 +9,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
 #include "automation/commandline/RunFiles.h"
+#include "automation/commandline/SearchRequest.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
@@ -286,6 +287,7 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckPictures();
   CheckHistory();
   CheckScans();
+  for (std::string& message : SearchErrors(fState)) fErrors.push_back(std::move(message));
   FinalizeExports();
   for (std::string& message : FilesOfRun(fState, fUserOptionsFile).Conflicts()) fErrors.push_back(std::move(message));
   if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
@@ -329,7 +331,8 @@ void TCommandLineHandler::CheckScans() {
     fErrors.push_back(fmt::format("{} scans are asked for, and one run takes {} (option MaximumRoots)", scans,
                                   fOptions.MaximumRoots));
   const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList ||
-                       fState.fSaveSettings || fState.fForgetSettings || fState.HasHistoryTasks();
+                       fState.fSaveSettings || fState.fForgetSettings || fState.HasHistoryTasks() ||
+                       fState.fQuery.has_value();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -381,6 +384,7 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
+  if (result == ecOk && fState.fQuery) return pTasks.Search();
   if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
   // The history shown includes the scan just made.
   if (fState.HasHistoryTasks() && result != ecCancelled) result = std::max(result, pTasks.ManageHistory());

@@ -25,6 +25,8 @@ class ICommandLineTasks {
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs the actions that follow.
   virtual int OpenAndScan() = 0;
+  // Searches, and writes what was found.
+  virtual int Search() = 0;
   virtual int PrepareHistory() = 0;  // before a scan: finds errors that would make ManageHistory fail
   virtual int ManageHistory() = 0;
 };

@@ -45,6 +45,7 @@ struct TCommandLineState {
   std::vector<std::u16string> fPaths;                            // to scan, as typed, in order
   std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
+  std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
   std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   std::vector<TPictureRequest> fPictures;

@@ -8,6 +8,7 @@
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
+#include "search/files/ReadySearches.h"
 #include "search/patterns/PatternFile.h"
 #include "search/patterns/PatternList.h"
 #include "search/patterns/SizeText.h"
@@ -75,6 +76,19 @@ void AddCurrentFolder(TCommandLineState& pState, std::u16string_view) {
 
 void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
   for (std::u16string& file : SplitPaths(pFiles)) pState.fOpenFiles.push_back(std::move(file));
+}
+
+void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
+  pState.fQuery = pQuery;
+}
+
+void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
+  const Search::TReadySearch* search = Search::FindReadySearch(pName);
+  if (search) return SearchFor(pState, search->fQuery);
+  std::string names;
+  for (const Search::TReadySearch& known : Search::ReadySearches())
+    names.append(names.empty() ? "" : ", ").append(ToUtf8(known.fName));
+  throw EInvalidArgumentValue("knows no search named " + ToQuotedDisplay(pName) + ". There are " + names);
 }
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {

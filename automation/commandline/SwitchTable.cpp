@@ -18,7 +18,7 @@ constexpr bool kRepeated = true;
 
 constexpr std::string_view kNoWindow = "This version has no window.";
 constexpr std::string_view kNoInstaller = "This version is not installed by itself.";
-constexpr std::string_view kNoSearch = "This version has no file search.";
+constexpr std::string_view kNoSearch = "This version searches no internet.";
 constexpr std::string_view kNoRemote = "This version scans no storage in the cloud.";
 constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
 constexpr std::string_view kNoIndex =
@@ -71,6 +71,25 @@ constexpr TSwitch kSwitches[] = {
      "A file",
      "Exports then know the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
      "them."},
+    {{u"SEARCH", vkPattern, kOnce},
+     srMain,
+     "QUERY",
+     "list the files that a query finds",
+     SearchFor,
+     "A query",
+     "In the paths, or in the scans that --open loads. Conditions such as size:>100MB, modified:<2024, ext:iso,zip, "
+     "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --text and "
+     "--pathlist write what was found."},
+    {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchFor, "A query"},
+    {{u"FIND", vkText, kOnce},
+     srMore,
+     "NAME",
+     "list what a ready-made search finds",
+     SearchReady,
+     "A name",
+     "largest: files of 100 MB and more. oldest: last changed more than five years ago. newest: changed within a day. "
+     "temporary: what programs leave behind. emptyfolders: with nothing in them. broken: links that lead nowhere. "
+     "longpaths: of 260 characters and more."},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},
@@ -207,7 +226,7 @@ constexpr TSwitch kSwitches[] = {
 
     // Mail.
     {{u"EMAIL", vkText, kRepeated},
-     srMain,
+     srMore,
      "ADDRESS[;ADDRESS]...",
      "mail the report and all exports",
      MailTo,
@@ -335,8 +354,6 @@ constexpr TSwitch kSwitches[] = {
     NotBuilt(u"PRINT", "This version does not print."),
     NotBuilt(u"SQLITE", kNoIndex),
     NotBuilt(u"INDEXFILE", kNoIndex),
-    NotBuilt(u"SEARCH", kNoSearch),
-    NotBuilt(u"SEARCH:START", kNoSearch),
     NotBuilt(u"SEARCH:INTERNET", kNoSearch),
     NotBuilt(u"LOOP", kNoSnapshots),
     NotBuilt(u"CREATESNAPSHOT", kNoSnapshots),

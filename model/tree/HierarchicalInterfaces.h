@@ -177,6 +177,7 @@ enum THierarchicalEnumeratorOption : uint32_t {
   heoScanMft = 64,             // read a whole NTFS volume through its file table where possible
   heoMftCompatible = 128,      // read file tables by the compatible rules
   heoMftSystemFiles = 256,     // show the files that an NTFS volume keeps about itself
+  heoValuesOnDemand = 512,      // read an entry's values when they are first asked for, if that saves time
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
@@ -209,6 +210,10 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   }
   virtual TRef<IHierarchicalEnumerator> Clone() const = 0;
 
+  // Reads the values of the current entry, if that was left until they are needed (heoValuesOnDemand). False if the
+  // entry is not there any more or cannot be read; GetErrorCode tells of the latter. Values asked for without this call
+  // are read all the same, and are zeros then.
+  virtual bool ReadValues() { return true; }
   // All values of the current entry at once.
   virtual TEntryValues GetEntryValues() const {
     return {GetSize(), GetAllocated(), GetLastAccessDate(), GetLastChangeDate(), GetCreationDate(), GetAttributes()};

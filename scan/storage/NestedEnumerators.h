@@ -32,6 +32,7 @@ class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerat
   TAttributes GetAttributes() const override { return fNestedEnumerator->GetAttributes(); }
   bool IsFolder() const override { return fNestedEnumerator->IsFolder(); }
   std::u16string GetFullPath() const override { return fNestedEnumerator->GetFullPath(); }
+  bool ReadValues() override { return fNestedEnumerator->ReadValues(); }
   TEntryValues GetEntryValues() const override { return fNestedEnumerator->GetEntryValues(); }
   std::u16string GetOwner() const override { return fNestedEnumerator->GetOwner(); }
   uint64_t GetOwnerId() const override { return fNestedEnumerator->GetOwnerId(); }
