@@ -72,9 +72,13 @@ function(vantrel_program TARGET FOLDER)
   endif()
 endfunction()
 
-# The window and its program. Both need Qt, so they are built only with VANTREL_WINDOW.
+# The window and its program. Both need Qt, so they are built only with VANTREL_WINDOW. As with the console program, the
+# executable is the entry point alone.
 function(vantrel_window_program TARGET)
   find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+  if(VANTREL_TESTS)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
+  endif()
   vantrel_floor(window ${ARGN})
   target_link_libraries(vantrel_window PUBLIC Qt6::Widgets)
   target_compile_definitions(vantrel_window PUBLIC QT_NO_KEYWORDS)
