@@ -63,8 +63,8 @@ class TEntriesModel : public QAbstractItemModel {
   TEntryKind KindAt(const QModelIndex& pIndex) const;
   std::u16string PathAt(const QModelIndex& pIndex) const;
   virtual TRef<IHierarchicalRoot> RootAt(const QModelIndex& pIndex) const = 0;
-  bool IsFetching() const { return fFetches > 0; }
-  // Bytes that the model's rows take, for measurements.
+  bool IsFetching() const { return !fWaiting.empty(); }
+  // The number of rows that exist, for measurements.
   size_t CountRows() const;
 
   QModelIndex index(int pRow, int pColumn, const QModelIndex& pParent = {}) const override;
@@ -154,7 +154,6 @@ class TEntriesModel : public QAbstractItemModel {
   std::unique_ptr<TBranch> fTop;
   std::shared_ptr<TMailbox> fMailbox;
   std::unordered_map<TFillChildrenFuture*, TBranch*> fWaiting;
-  int fFetches = 0;
   TFigure fFigure = TFigure::fgSize;
   TValueFormat fFormat;
   bool fShowsChangesInNames = false;
