@@ -5,6 +5,7 @@
 #include <QPainterPath>
 #include <cmath>
 
+#include "platform/system/Errors.h"
 #include "window/models/ShownText.h"
 
 namespace Vantrel::Window {
@@ -185,12 +186,23 @@ void PaintDrawing(QPainter& pPainter, const TDrawing& pDrawing, const QFont& pFo
 }
 
 QImage BitmapOf(const TDrawing& pDrawing, const QFont& pFont) {
-  QImage image(static_cast<int>(std::lround(pDrawing.fWidth)), static_cast<int>(std::lround(pDrawing.fHeight)),
-               QImage::Format_RGB32);
+  QImage image(static_cast<int>(pDrawing.fWidth), static_cast<int>(pDrawing.fHeight), QImage::Format_RGB32);
   if (image.isNull()) return image;
   QPainter painter(&image);
   PaintDrawing(painter, pDrawing, pFont);
   return image;
+}
+
+std::vector<uint32_t> PixelsOf(const TDrawing& pDrawing, const QFont& pFont) {
+  const QImage image = BitmapOf(pDrawing, pFont);
+  if (image.isNull()) throw EInvalidOperation("There is no memory for a picture of this size");
+  std::vector<uint32_t> pixels;
+  pixels.reserve(static_cast<size_t>(image.width()) * static_cast<size_t>(image.height()));
+  for (int row = 0; row < image.height(); ++row) {
+    const auto* line = reinterpret_cast<const uint32_t*>(image.constScanLine(row));
+    pixels.insert(pixels.end(), line, line + image.width());
+  }
+  return pixels;
 }
 
 }  // namespace Vantrel::Window

@@ -2,7 +2,6 @@
 
 #include <clocale>
 
-#include "platform/system/Errors.h"
 #include "window/painting/DrawingPainter.h"
 
 namespace Vantrel::Window {
@@ -22,15 +21,7 @@ std::vector<uint32_t> TPictureRenderer::Render(const Drawing::TDrawing& pDrawing
     fOwnApplication = std::make_unique<QGuiApplication>(gArgumentCount, gArguments);
     std::setlocale(LC_NUMERIC, "C");  // Qt has set the user's
   }
-  const QImage image = BitmapOf(pDrawing, PictureFont());
-  if (image.isNull()) throw EInvalidOperation("There is no memory for a picture of this size");
-  std::vector<uint32_t> pixels;
-  pixels.reserve(static_cast<size_t>(image.width()) * static_cast<size_t>(image.height()));
-  for (int row = 0; row < image.height(); ++row) {
-    const auto* line = reinterpret_cast<const uint32_t*>(image.constScanLine(row));
-    pixels.insert(pixels.end(), line, line + image.width());
-  }
-  return pixels;
+  return PixelsOf(pDrawing, PictureFont());
 }
 
 }  // namespace Vantrel::Window
