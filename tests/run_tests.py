@@ -447,7 +447,11 @@ class Run:
         environment = self.wine()
         if not environment:
             return
-        environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
+        # In a folder of its own. Beside a window program, which ./run --gui builds, it would do more.
+        alone = BUILD / "console/vantrel"
+        alone.parent.mkdir(exist_ok=True)
+        shutil.copy2(BUILD / "release/vantrel", alone)
+        environment.update(VANTREL_LINUX=str(alone),
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
                            VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
                            VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
