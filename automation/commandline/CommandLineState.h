@@ -90,9 +90,10 @@ struct TCommandLineState {
                        [](const TPictureRequest& pRequest) { return pRequest.fSubject == TPictureSubject::psHistory; });
   }
 
+  bool fHadOutputs = false;  // also charts that only add to a report, which are options in the end
   // Whether the run writes something, so that it is done without a window.
   bool HasOutputs() const {
-    return !fExports.empty() || !fPictures.empty() || !fMailTo.empty() || fExportDriveList || HasHistoryTasks() ||
+    return fHadOutputs || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() || fExportDriveList || HasHistoryTasks() ||
            fShowHistoryOfScans || fSaveSettings || fForgetSettings;
   }
   bool OpensWindow() const {
