@@ -33,6 +33,7 @@ class TApplication : private CommandLine::ICommandLineTasks {
   int ForgetSettings() override;
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
+  int OpenWindow() override;
   int PrepareHistory() override;
   int ManageHistory() override;
 
