@@ -5,6 +5,7 @@
 #include <QPainterPath>
 #include <cmath>
 
+#include "platform/system/Errors.h"
 #include "window/models/ShownText.h"
 
 namespace Vantrel::Window {
@@ -82,6 +83,13 @@ QPolygonF PointsOf(const std::vector<TPoint>& pPoints) {
   return points;
 }
 
+// An anchor is a place and not a side of the text, so a name in Arabic begins at the left, too, as in SVG. Outlines of
+// letters take no setting for that but a mark in the text.
+QString LeftToRight(const QString& pText) {
+  constexpr QChar kLeftToRightMark(0x200E);
+  return pText.isRightToLeft() ? kLeftToRightMark + pText : pText;
+}
+
 // Paints one drawing's shapes.
 class TShapePainter {
  public:
@@ -113,7 +121,7 @@ class TShapePainter {
 
   void Paint(const TText& pText, const TPaint& pPaint) {
     if (pText.fText.empty() || pText.fFontSize <= 0) return;
-    const QString text = ToQString(pText.fText);
+    const QString text = LeftToRight(ToQString(pText.fText));
     const TSizedFont sized(fFont, pText.fFontSize, pText.fBold);
     fPainter.save();
     fPainter.translate(pText.fPoint.fX, pText.fPoint.fY);
@@ -172,7 +180,7 @@ double TFontMeasure::Width(std::u16string_view pText, double pFontSize) const {
 void PaintDrawing(QPainter& pPainter, const TDrawing& pDrawing, const QFont& pFont) {
   pPainter.save();
   pPainter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing | QPainter::SmoothPixmapTransform);
-  pPainter.setLayoutDirection(Qt::LeftToRight);  // an anchor is a place, not a side of the text
+  pPainter.setLayoutDirection(Qt::LeftToRight);
   pPainter.fillRect(QRectF(0, 0, pDrawing.fWidth, pDrawing.fHeight), ColorOf(pDrawing.fBackground));
   TShapePainter shapes(pPainter, pFont);
   for (const TShape& shape : pDrawing.fShapes) {
@@ -185,12 +193,23 @@ void PaintDrawing(QPainter& pPainter, const TDrawing& pDrawing, const QFont& pFo
 }
 
 QImage BitmapOf(const TDrawing& pDrawing, const QFont& pFont) {
-  QImage image(static_cast<int>(std::lround(pDrawing.fWidth)), static_cast<int>(std::lround(pDrawing.fHeight)),
-               QImage::Format_RGB32);
+  QImage image(static_cast<int>(pDrawing.fWidth), static_cast<int>(pDrawing.fHeight), QImage::Format_RGB32);
   if (image.isNull()) return image;
   QPainter painter(&image);
   PaintDrawing(painter, pDrawing, pFont);
   return image;
+}
+
+std::vector<uint32_t> PixelsOf(const TDrawing& pDrawing, const QFont& pFont) {
+  const QImage image = BitmapOf(pDrawing, pFont);
+  if (image.isNull()) throw EInvalidOperation("There is no memory for a picture of this size");
+  std::vector<uint32_t> pixels;
+  pixels.reserve(static_cast<size_t>(image.width()) * static_cast<size_t>(image.height()));
+  for (int row = 0; row < image.height(); ++row) {
+    const auto* line = reinterpret_cast<const uint32_t*>(image.constScanLine(row));
+    pixels.insert(pixels.end(), line, line + image.width());
+  }
+  return pixels;
 }
 
 }  // namespace Vantrel::Window

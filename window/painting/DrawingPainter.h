@@ -4,7 +4,7 @@
 
 #include <QFont>
 #include <QImage>
-#include <memory>
+#include <vector>
 
 #include "presentation/drawing/Drawing.h"
 #include "presentation/drawing/TextMeasure.h"
@@ -31,7 +31,9 @@ class TFontMeasure final : public Drawing::ITextMeasure {
 // Any thread that may use the painter.
 void PaintDrawing(QPainter& pPainter, const Drawing::TDrawing& pDrawing, const QFont& pFont);
 
-// The drawing as a bitmap without transparency. Empty when the system has no memory for it.
+// The drawing as a bitmap without transparency, cut to whole pixels. Empty when the system has no memory for it.
 QImage BitmapOf(const Drawing::TDrawing& pDrawing, const QFont& pFont);
+// The bitmap's pixels, row by row from the top: 0xFFRRGGBB. EInvalidOperation when it is empty.
+std::vector<uint32_t> PixelsOf(const Drawing::TDrawing& pDrawing, const QFont& pFont);
 
 }  // namespace Vantrel::Window
