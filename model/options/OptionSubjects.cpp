@@ -12,9 +12,9 @@ struct TSubject {
   std::string_view fFirst;
   std::string_view fSubject;
 };
-constexpr TSubject kSubjects[] = {{"MaximumThreads", "Scan"},         {"SizeUnit", "Reports"},
-                                  {"PictureSize", "Pictures"},        {"MailServer", "Mail"},
-                                  {"RecordHistory", "History, end"},  {"TextIncludeHeader", "Text exports"},
+constexpr TSubject kSubjects[] = {{"MaximumThreads", "Scan"},          {"SizeUnit", "Reports"},
+                                  {"PictureSize", "Pictures"},         {"MailServer", "Mail"},
+                                  {"RecordHistory", "History, end"},   {"TextIncludeHeader", "Text exports"},
                                   {"CSVIncludeHeader", "CSV exports"}, {"XMLLevels", "Scan files"}};
 
 }  // namespace

@@ -152,7 +152,8 @@ void TOptionEditor::ShowState() {
   const QString refused = tr("Not allowed; expected %1").arg(Utf8(fOption.fRange));
   fHelp->setText(fIsValid ? Utf8(fOption.fHelp) : refused);
   QPalette colors;
-  colors.setColor(QPalette::WindowText, fIsValid ? palette().color(QPalette::PlaceholderText) : QColor(0xD6, 0x45, 0x3D));
+  colors.setColor(QPalette::WindowText,
+                  fIsValid ? palette().color(QPalette::PlaceholderText) : QColor(0xD6, 0x45, 0x3D));
   fHelp->setPalette(colors);
 }
 

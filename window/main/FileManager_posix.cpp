@@ -29,9 +29,10 @@ bool ShowInFileManager(const std::u16string& pPath) {
   if (!bus.isEmpty()) {
     const QString items = QStringLiteral("array:string:") + QString::fromLatin1(UrlOf(pPath).toEncoded());
     if (QProcess::startDetached(
-            bus, {QStringLiteral("--session"), QStringLiteral("--type=method_call"),
-                  QStringLiteral("--dest=org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
-                  QStringLiteral("org.freedesktop.FileManager1.ShowItems"), items, QStringLiteral("string:")}))
+            bus,
+            {QStringLiteral("--session"), QStringLiteral("--type=method_call"),
+             QStringLiteral("--dest=org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+             QStringLiteral("org.freedesktop.FileManager1.ShowItems"), items, QStringLiteral("string:")}))
       return true;
   }
   return OpenWithDesktop(std::u16string(FolderOfPath(pPath, NativePathDelimiter())));
@@ -43,7 +44,8 @@ bool OpenTerminal(const std::u16string& pFolder) {
     terminals << QString::fromLatin1(name);
   for (const QString& name : terminals) {
     const QString program = name.isEmpty() ? QString() : QStandardPaths::findExecutable(name);
-    if (!program.isEmpty() && QProcess::startDetached(program, {}, QString::fromLocal8Bit(ToNativeBytes(pFolder)))) return true;
+    if (!program.isEmpty() && QProcess::startDetached(program, {}, QString::fromLocal8Bit(ToNativeBytes(pFolder))))
+      return true;
   }
   return false;
 }

@@ -152,10 +152,17 @@ void TMainWindow::MakeToolBar() {
   bar->setMovable(false);
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   bar->setIconSize(QSize(18, 18));
-  const std::pair<const char*, QString> entries[] = {
-      {"start", tr("Start")}, {"scan", tr("Scan")},       {"refresh", tr("Refresh")}, {"stop", tr("Stop")},
-      {"", {}},               {"open", tr("Open")},       {"save", tr("Save")},       {"export", tr("Export")},
-      {"", {}},               {"compare", tr("Compare")}, {"options", tr("Options")}};
+  const std::pair<const char*, QString> entries[] = {{"start", tr("Start")},
+                                                     {"scan", tr("Scan")},
+                                                     {"refresh", tr("Refresh")},
+                                                     {"stop", tr("Stop")},
+                                                     {"", {}},
+                                                     {"open", tr("Open")},
+                                                     {"save", tr("Save")},
+                                                     {"export", tr("Export")},
+                                                     {"", {}},
+                                                     {"compare", tr("Compare")},
+                                                     {"options", tr("Options")}};
   for (const auto& [name, text] : entries) {
     if (*name == '\0') {
       bar->addSeparator();

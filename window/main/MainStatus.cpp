@@ -1,13 +1,13 @@
 // The part of the main window that tells how far the work is, and keeps panes up to date.
 
 #include <QAction>
+#include <QDateTime>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolButton>
-#include <QDateTime>
 
 #include "window/main/MainWindow.h"
 #include "window/main/PathBar.h"

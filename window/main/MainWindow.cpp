@@ -12,7 +12,7 @@
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
-#include <iterator>
+#include <utility>
 
 #include "export/history/HistoryDatabase.h"
 #include "platform/files/Folders.h"
@@ -30,9 +30,11 @@
 #include "window/models/Icons.h"
 #include "window/models/ShownText.h"
 #include "window/models/TreeModel.h"
+#include "window/panes/ChartPane.h"
 #include "window/panes/ContentsPane.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/ListPane.h"
+#include "window/panes/TreemapPane.h"
 
 namespace Vantrel::Window {
 
@@ -67,7 +69,8 @@ TMainWindow::TMainWindow(const TWindowStart& pStart)
   UpdateActions();
   connect(&fTimer, &QTimer::timeout, this, &TMainWindow::Tick);
   fTimer.start(kTickMilliseconds);
-  QMetaObject::invokeMethod(this, [this] { fSession->Begin(); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(
+      this, [this] { fSession->Begin(); }, Qt::QueuedConnection);
 }
 
 TMainWindow::~TMainWindow() {
@@ -79,7 +82,7 @@ TMainWindow::~TMainWindow() {
 // --- parts -----------------------------------------------------------------------------------------------------------
 
 QWidget* TMainWindow::MakeWorkspace() {
-  fTreeView = new TEntriesView(*fTree);
+  fTreeView = new TEntriesView(*fTree, {TColumn::mdPercentOfParent, TColumn::mdFiles});
   fTreeView->setObjectName(QStringLiteral("tree"));
   fTreeView->setAccessibleName(tr("Scanned folders"));
   fPanes = new QTabWidget;
@@ -111,13 +114,25 @@ void TMainWindow::AddPane(TPane* pPane, const QString& pTitle) {
 
 template <class TFill>
 void TMainWindow::AddListPane(const char* pName, const QString& pTitle, const QString& pEmptyText, TFill pFill) {
-  AddPane(new TListPane(QString::fromLatin1(pName), pEmptyText, std::move(pFill)), pTitle);
+  auto* pane = new TListPane(QString::fromLatin1(pName), pEmptyText, std::move(pFill));
+  pane->HideAtFirst({TColumn::mdLastAccess, TColumn::mdCreation, TColumn::mdAttributes});
+  AddPane(pane, pTitle);
 }
 
 void TMainWindow::MakePanes() {
   using namespace Presentation;
   fContents = new TContentsPane;
   AddPane(fContents, tr("Contents"));
+  auto* treemap = new TTreemapPane(fSession->Start().fOptions);
+  treemap->setObjectName(QStringLiteral("treemap"));
+  AddPane(treemap, tr("Treemap"));
+  connect(treemap, &TTreemapPane::MenuWanted, this, [this](const QString& pPath, const QPoint& pAt) {
+    fMenuAt = pAt;
+    GoTo(pPath);
+  });
+  auto* chart = new TChartPane(fSession->Start().fOptions);
+  chart->setObjectName(QStringLiteral("chart"));
+  AddPane(chart, tr("Chart"));
   AddListPane("extensions", tr("Extensions"), tr("No extensions were collected here."),
               [](const TPlace& pPlace) { return ExtensionsList(*pPlace.fRoot, pPlace.fFolder); });
   AddListPane("types", tr("File types"), tr("No extensions were collected here."),
@@ -135,7 +150,8 @@ void TMainWindow::MakePanes() {
                 const std::u16string path = pPlace.fRoot->GetPath();
                 if (file.empty() || !PathExists(file)) return HistoryList(path, {});
                 const std::u16string pattern = History::HistoryPattern(*pPlace.fRoot);
-                return HistoryList(path, History::THistoryDatabaseReaderWriter().ReadRootHistoryData(file, path, pattern));
+                return HistoryList(path,
+                                   History::THistoryDatabaseReaderWriter().ReadRootHistoryData(file, path, pattern));
               });
   AddListPane("errors", tr("Errors"), tr("Everything here could be read."),
               [](const TPlace& pPlace) { return ErrorList(*pPlace.fRoot, *pPlace.fFolder); });
@@ -171,10 +187,10 @@ void TMainWindow::ConnectViews() {
   connect(fTree, &TTreeModel::Found, this, [this](const QModelIndex& pIndex) {
     fTreeView->setCurrentIndex(pIndex);
     fTreeView->scrollTo(pIndex, QAbstractItemView::PositionAtCenter);
+    if (const std::optional<QPoint> at = std::exchange(fMenuAt, std::nullopt)) ShowItemMenu(*fTreeView, pIndex, *at);
   });
-  connect(fTree, &TTreeModel::NotFound, this, [this](const QString& pPath) {
-    Tell(tr("Not in the tree: %1").arg(Window::Shown(FromQString(pPath))));
-  });
+  connect(fTree, &TTreeModel::NotFound, this,
+          [this](const QString& pPath) { Tell(tr("Not in the tree: %1").arg(Window::Shown(FromQString(pPath)))); });
   connect(fTree, &TTreeModel::RootChanged, this, &TMainWindow::NoteRootChange);
   connect(fPanes, &QTabWidget::currentChanged, this, &TMainWindow::ShowChosenFolder);
   connect(fPathBar, &TPathBar::PathChosen, this, &TMainWindow::GoTo);

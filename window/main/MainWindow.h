@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QTimer>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "model/tree/HierarchicalInterfaces.h"
@@ -151,7 +152,8 @@ class TMainWindow : public QMainWindow {
   QLabel* fJobText = nullptr;
   QToolButton* fJobStop = nullptr;
   QTimer fTimer;
-  QSet<TPane*> fStale;  // to be filled again when shown
+  std::optional<QPoint> fMenuAt;  // where a menu opens once its row is found
+  QSet<TPane*> fStale;            // to be filled again when shown
   int fTicks = 0;
   bool fWasScanning = false;
   qint64 fMessageUntil = 0;

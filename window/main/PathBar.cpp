@@ -116,7 +116,8 @@ bool TPathBar::eventFilter(QObject* pObject, QEvent* pEvent) {
     return true;
   }
   if (pObject == fField) {
-    const bool isEscape = pEvent->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(pEvent)->key() == Qt::Key_Escape;
+    const bool isEscape =
+        pEvent->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(pEvent)->key() == Qt::Key_Escape;
     const bool hasLeft = pEvent->type() == QEvent::FocusOut &&
                          static_cast<QFocusEvent*>(pEvent)->reason() != Qt::PopupFocusReason &&
                          static_cast<QFocusEvent*>(pEvent)->reason() != Qt::ActiveWindowFocusReason;

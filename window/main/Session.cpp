@@ -4,8 +4,8 @@
 #include <future>
 
 #include "automation/actions/FileExportAction.h"
-#include "automation/actions/PictureAction.h"
 #include "automation/actions/HistoryTasks.h"
+#include "automation/actions/PictureAction.h"
 #include "export/history/HistoryDatabase.h"
 #include "export/xml/OptionsFile.h"
 #include "export/xml/XMLCompareReader.h"
@@ -251,8 +251,8 @@ void TSession::ExportPicture(const TRef<IHierarchicalRoot>& pRoot, const Command
   auto write = [pRoot, pRequest, options, start = fStart](TJob& pJob) {
     static TPictureRenderer renderer;
     std::string notes;
-    PostScanActions::TPicturePostScanAction action(*options, pRequest, RunOf(start, pJob),
-                                                   [&notes](std::string_view pNote) { notes += pNote; }, &renderer);
+    PostScanActions::TPicturePostScanAction action(
+        *options, pRequest, RunOf(start, pJob), [&notes](std::string_view pNote) { notes += pNote; }, &renderer);
     action.Prepare();
     action.Execute(*pRoot, true, true);
     action.Finish();

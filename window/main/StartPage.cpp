@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "presentation/lists/DriveList.h"
 #include "window/main/PathBar.h"
@@ -29,6 +30,13 @@ QLabel* NewTitle(const QString& pText, double pScale) {
   font.setWeight(QFont::DemiBold);
   title->setFont(font);
   return title;
+}
+
+// Up to a number of rows a list is as high as they are; then it scrolls.
+int HeightOfRows(int pRows, int pRowHeight) {
+  constexpr int kMostRows = 10;
+  constexpr int kFrame = 4;
+  return std::clamp(pRows, 1, kMostRows) * pRowHeight + kFrame;
 }
 
 }  // namespace
@@ -64,10 +72,11 @@ TStartPage::TStartPage(QWidget* pParent)
   layout->addWidget(MakePathRow());
   layout->addSpacing(10);
   layout->addWidget(NewTitle(tr("Drives and mounts"), 1.15));
-  layout->addWidget(fDrives, 3);
+  layout->addWidget(fDrives);
   layout->addSpacing(6);
   layout->addWidget(fRecentTitle);
-  layout->addWidget(fRecent, 2);
+  layout->addWidget(fRecent);
+  layout->addStretch(1);
   auto* outer = new QHBoxLayout(this);
   outer->setContentsMargins(0, 0, 0, 0);
   outer->addStretch(1);
@@ -116,6 +125,7 @@ void TStartPage::SetRecent(const QStringList& pPaths) {
     item->setData(Qt::UserRole, path);
     item->setSizeHint(QSize(0, fontMetrics().height() + 10));
   }
+  fRecent->setFixedHeight(HeightOfRows(fRecent->count(), fontMetrics().height() + 10));
   fRecent->setVisible(!pPaths.isEmpty());
   fRecentTitle->setVisible(!pPaths.isEmpty());
 }
@@ -139,6 +149,8 @@ void TStartPage::ReadDrives() {
         constexpr int kBarWidth = 150;
         const int last = fDriveModel->columnCount() - 1;
         if (fDrives->columnWidth(last) < kBarWidth) fDrives->setColumnWidth(last, kBarWidth);
+        fDrives->setFixedHeight(HeightOfRows(fDriveModel->rowCount(), fDrives->sizeHintForRow(0)) +
+                                fDrives->header()->height());
         if (!fDrives->currentIndex().isValid()) fDrives->setCurrentIndex(fDriveModel->index(0, 0));
       });
 }

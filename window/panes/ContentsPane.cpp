@@ -12,7 +12,8 @@ namespace Vantrel::Window {
 
 TContentsPane::TContentsPane(QWidget* pParent) : TPane(pParent), fModel(new TContentsModel(this)), fTitle(new QLabel) {
   setObjectName(QStringLiteral("contents"));
-  fView = new TEntriesView(*fModel);
+  fView = new TEntriesView(*fModel,
+                           {TColumn::mdPercentOfParent, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdLastChange});
   fView->setRootIsDecorated(false);
   fView->setItemsExpandable(false);
   fView->setAlternatingRowColors(true);

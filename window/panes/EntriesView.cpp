@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <algorithm>
 
 #include "window/models/EntriesModel.h"
 #include "window/models/ShareDelegate.h"
@@ -21,14 +22,16 @@ constexpr int kNameWidth = 300;
 int UsualWidth(const QFontMetrics& pMetrics, int pColumn) {
   if (pColumn == ecName) return kNameWidth;
   if (pColumn == ecFigure) return pMetrics.horizontalAdvance(QStringLiteral("1,023.9 MB")) + 34;
-  const bool isDate = ColumnInfo(CataloguedColumn(pColumn)).fKind == TColumnKind::ckDate;
-  return pMetrics.horizontalAdvance(isDate ? QStringLiteral("2026-12-30 00:00:00") : QStringLiteral("9,999,999 MB")) +
+  const TColumnKind kind = ColumnInfo(CataloguedColumn(pColumn)).fKind;
+  return pMetrics.horizontalAdvance(kind == TColumnKind::ckDate ? QStringLiteral("2026-12-30 00:00:00")
+                                                                : QStringLiteral("9,999,999 MB")) +
          18;
 }
 
 }  // namespace
 
-TEntriesView::TEntriesView(TEntriesModel& pModel, QWidget* pParent) : QTreeView(pParent), fModel(pModel) {
+TEntriesView::TEntriesView(TEntriesModel& pModel, std::vector<TColumn> pColumns, QWidget* pParent)
+    : QTreeView(pParent), fModel(pModel), fColumns(std::move(pColumns)) {
   setModel(&pModel);
   setItemDelegate(new TShareDelegate(this));
   setUniformRowHeights(true);
@@ -51,23 +54,45 @@ TEntriesView::TEntriesView(TEntriesModel& pModel, QWidget* pParent) : QTreeView(
     Q_EMIT MenuWanted(indexAt(pAt).siblingAtColumn(ecName), viewport()->mapToGlobal(pAt));
   });
   connect(header(), &QWidget::customContextMenuRequested, this, &TEntriesView::ShowColumnMenu);
+  connect(header(), &QHeaderView::sectionResized, this, [this](int pColumn) {
+    if (pColumn == ecName && !fIsFitting) fNameFits = false;
+  });
   connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &TEntriesView::ShowMoreInSight);
 }
 
 // --- columns ---------------------------------------------------------------------------------------------------------
 
 void TEntriesView::ShowUsualColumns() {
+  fIsFitting = true;
   for (int column = 0; column < EntryColumnCount(); ++column) {
     setColumnWidth(column, UsualWidth(fontMetrics(), column));
     setColumnHidden(column, column > ecFigure);
   }
-  for (const TColumn column :
-       {TColumn::mdPercentOfParent, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdLastChange})
-    setColumnHidden(EntryColumnOf(column), false);
+  for (const TColumn column : fColumns) setColumnHidden(EntryColumnOf(column), false);
+  fIsFitting = false;
+  fNameFits = true;
+  FitName();
+}
+
+void TEntriesView::FitName() {
+  constexpr int kNarrowest = 190;
+  if (!fNameFits) return;
+  int others = 0;
+  for (int column = ecName + 1; column < EntryColumnCount(); ++column)
+    if (!isColumnHidden(column)) others += columnWidth(column);
+  fIsFitting = true;
+  setColumnWidth(ecName, std::max(kNarrowest, viewport()->width() - others));
+  fIsFitting = false;
+}
+
+void TEntriesView::resizeEvent(QResizeEvent* pEvent) {
+  QTreeView::resizeEvent(pEvent);
+  FitName();
 }
 
 void TEntriesView::ShowColumn(TColumn pColumn, bool pShown) {
   setColumnHidden(EntryColumnOf(pColumn), !pShown);
+  FitName();
 }
 
 bool TEntriesView::ShowsColumn(TColumn pColumn) const {
@@ -79,7 +104,7 @@ QByteArray TEntriesView::Layout() const {
 }
 
 void TEntriesView::SetLayout(const QByteArray& pLayout) {
-  if (!pLayout.isEmpty()) header()->restoreState(pLayout);
+  if (!pLayout.isEmpty() && header()->restoreState(pLayout)) fNameFits = false;
 }
 
 void TEntriesView::ShowColumnMenu(const QPoint& pAt) {

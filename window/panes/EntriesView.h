@@ -3,6 +3,7 @@
 // The view of entries: of the tree, and of one folder's contents.
 
 #include <QTreeView>
+#include <vector>
 
 #include "model/columns/MetaData.h"
 
@@ -15,7 +16,8 @@ class TEntriesModel;
 class TEntriesView : public QTreeView {
   Q_OBJECT
  public:
-  explicit TEntriesView(TEntriesModel& pModel, QWidget* pParent = nullptr);
+  // pColumns are the columns that are shown at first, besides the name and the figure.
+  TEntriesView(TEntriesModel& pModel, std::vector<TColumn> pColumns, QWidget* pParent = nullptr);
 
   TEntriesModel& Entries() const { return fModel; }
   void ShowColumn(TColumn pColumn, bool pShown);
@@ -32,15 +34,21 @@ class TEntriesView : public QTreeView {
  protected:
   void keyPressEvent(QKeyEvent* pEvent) override;
   void paintEvent(QPaintEvent* pEvent) override;
+  void resizeEvent(QResizeEvent* pEvent) override;
 
  private:
+  // Until the user sets a width, the name takes the room that the other columns leave.
+  void FitName();
   void ShowUsualColumns();
   void ShowColumnMenu(const QPoint& pAt);
   void Activate(const QModelIndex& pIndex);
   void ShowMoreInSight();
 
   TEntriesModel& fModel;
+  const std::vector<TColumn> fColumns;
   QString fEmptyText;
+  bool fNameFits = true;
+  bool fIsFitting = false;
 };
 
 }  // namespace Vantrel::Window

@@ -10,6 +10,7 @@
 #include <QScrollBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "automation/actions/ExportFile.h"
 #include "export/text/ListExport.h"
@@ -53,6 +54,8 @@ TListPane::TListPane(const QString& pName, const QString& pEmptyText, TFill pFil
   setFocusProxy(fTable);
   connect(exportButton, &QToolButton::clicked, this, &TListPane::AskForExport);
   connect(fTable->header(), &QHeaderView::sortIndicatorChanged, this, &TListPane::SortBy);
+  fTable->header()->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(fTable->header(), &QWidget::customContextMenuRequested, this, &TListPane::ShowColumnMenu);
   connect(fTable, &QTreeView::activated, this, &TListPane::Activate);
   connect(fTable, &QTreeView::customContextMenuRequested, this, &TListPane::ShowMenu);
 }
@@ -121,10 +124,28 @@ void TListPane::Receive(Presentation::TList pList) {
     if (const int row = fModel->RowOfKey(key); row >= 0)
       fTable->selectionModel()->select(fModel->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
   fTable->verticalScrollBar()->setValue(scrolled);
-  if (!fIsFitted && fModel->rowCount() > 0) {
-    fTable->FitColumns();
-    fIsFitted = true;
+  FitColumns();
+}
+
+void TListPane::FitColumns() {
+  if (fIsFitted || fModel->rowCount() == 0) return;
+  fIsFitted = true;
+  fTable->FitColumns();
+  const std::vector<Presentation::TListColumn>& columns = fModel->List().fColumns;
+  for (size_t i = 0; i < columns.size(); ++i)
+    if (std::find(fHidden.begin(), fHidden.end(), columns[i].fColumn) != fHidden.end())
+      fTable->setColumnHidden(static_cast<int>(i), true);
+}
+
+void TListPane::ShowColumnMenu(const QPoint& pAt) {
+  QMenu menu;
+  for (int column = 1; column < fModel->columnCount(); ++column) {
+    QAction* action = menu.addAction(fModel->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
+    action->setCheckable(true);
+    action->setChecked(!fTable->isColumnHidden(column));
+    connect(action, &QAction::toggled, this, [this, column](bool pShown) { fTable->setColumnHidden(column, !pShown); });
   }
+  menu.exec(fTable->header()->mapToGlobal(pAt));
 }
 
 void TListPane::SortBy(int pColumn, Qt::SortOrder pOrder) {

@@ -30,6 +30,8 @@ class TListPane : public TPane {
   void Refresh() override;
 
   void SetUnit(TSizeUnit pUnit);
+  // Columns that the user has to choose in the header's menu.
+  void HideAtFirst(std::vector<TColumn> pColumns) { fHidden = std::move(pColumns); }
   // Writes the list as it is shown to a CSV file. Failures are shown.
   void ExportTo(const QString& pFile);
   bool IsFilling() const { return fIsFilling; }
@@ -42,10 +44,13 @@ class TListPane : public TPane {
   void SortBy(int pColumn, Qt::SortOrder pOrder);
   void Activate(const QModelIndex& pIndex);
   void ShowMenu(const QPoint& pAt);
+  void ShowColumnMenu(const QPoint& pAt);
+  void FitColumns();
   void AskForExport();
   bool IsSame(const TPlace& pPlace) const;
 
   const TFill fFill;
+  std::vector<TColumn> fHidden;
   TPlace fPlace;
   QLabel* fTitle;
   TTableView* fTable;
