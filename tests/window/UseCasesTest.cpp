@@ -66,6 +66,11 @@ struct TUseCases : ::testing::Test, TWindowHarness {
     const std::u16string path = DataPath() + QString(pRelative).toStdU16String();
     return WaitFor([&] { return Window().Chosen().fPath == path; });
   }
+  // What a message box says, if one is there.
+  std::string Complaint() {
+    const auto* box = Window().findChild<QMessageBox*>("failure");
+    return box ? box->text().toStdString() : "no message";
+  }
   std::string Read(const char* pName) { return fOut.Get(pName); }
   bool Written(const char* pName) {
     return WaitFor([&] { return std::filesystem::exists(fOut.Path() / pName) && Window().Session().Jobs().empty(); });
@@ -147,7 +152,7 @@ TEST_F(TUseCases, ShowsWhatGrewSinceAnOlderScan) {
   });
   Window().Session().Compare(Tree().RootAt(Root()), fOut.File("old.xml"));
   const int change = EntryColumnOf(TColumn::mdSizeChange);
-  ASSERT_TRUE(WaitFor([&] { return !Window().TreeView().isColumnHidden(change); }));
+  ASSERT_TRUE(WaitFor([&] { return !Window().TreeView().isColumnHidden(change); })) << Complaint();
   ASSERT_TRUE(GoTo("/papers"));
   const QModelIndex papers = Window().TreeView().currentIndex();
   // 1,000,000 came and 2,000 went: 998,000 bytes are 974.6 KB.

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolButton>
@@ -84,7 +85,7 @@ void TMainWindow::ShowStatus() {
   }
   fProgressBar->hide();
   if (QDateTime::currentMSecsSinceEpoch() < fMessageUntil) return;
-  if (!fChosen.fRoot || !fChosen.fFolder) return fProgressText->clear();
+  if (fPages->currentIndex() == 0 || !fChosen.fRoot || !fChosen.fFolder) return fProgressText->clear();
   const TSizeValues values = fChosen.fFolder->GetValues();
   const TStorageInformation storage = fChosen.fRoot->GetStorageInformation();
   QString text = tr("%1 files, %2 folders, %3 (%4 allocated)")

@@ -292,6 +292,7 @@ void TMainWindow::RestoreLayout() {
   resize(kFirstSize);
   restoreGeometry(fSettings->Get(QStringLiteral("geometry")).toByteArray());
   restoreState(fSettings->Get(QStringLiteral("bars")).toByteArray());
+  fSplitter->setSizes({5 * width() / 12, 7 * width() / 12});
   fSplitter->restoreState(fSettings->Get(QStringLiteral("splitter")).toByteArray());
   fTreeView->SetLayout(fSettings->Get(QStringLiteral("treeColumns")).toByteArray());
   fContents->View().SetLayout(fSettings->Get(QStringLiteral("contentsColumns")).toByteArray());

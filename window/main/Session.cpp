@@ -221,16 +221,17 @@ PostScanActions::TExportRun RunOf(const TWindowStart& pStart, TJob& pJob) {
   return {pStart.fProgramName, pStart.fVersion, false, false, [&pJob] { return pJob.fCancelled.load(); }};
 }
 
-bool PerformExport(TGlobalOptions& pOptions, IHierarchicalRoot& pRoot, CommandLine::TExportFormat pFormat,
-                   const std::u16string& pFile, const PostScanActions::TExportRun& pRun) {
+// The queue with one action: it merges the settings of its actions, so an action does not work without it.
+bool Perform(TGlobalOptions& pOptions, const TRef<IHierarchicalRoot>& pRoot, const IScanRoots& pRoots,
+             const std::function<std::unique_ptr<PostScanActions::TBasePostScanAction>(
+                 const PostScanActions::TPostProcessActionHandler&)>& pMake) {
   TLoneHost host;
   TNoOutput output;
   Exporting::TMediaOptions media(pOptions);
   PostScanActions::TPostProcessActionHandler handler(host, media, output);
-  PostScanActions::TFileExportPostScanAction action(handler, pOptions, pFormat, pFile, pRun);
-  action.Prepare();
-  action.Execute(pRoot, true, true);
-  action.Finish();
+  handler.Add(pMake(handler));
+  if (handler.ResolveRequirements() && handler.PerformPostProcessActions(pRoot.get(), pRoots)) handler.FinishActions();
+  for (const PostScanActions::TActionFailure& failure : handler.TakeFailures()) throw EException(failure.fMessage);
   return true;
 }
 
@@ -239,8 +240,11 @@ bool PerformExport(TGlobalOptions& pOptions, IHierarchicalRoot& pRoot, CommandLi
 void TSession::Export(const TRef<IHierarchicalRoot>& pRoot, CommandLine::TExportFormat pFormat,
                       const std::u16string& pFile) {
   auto options = std::make_shared<TGlobalOptions>(Options());
-  auto write = [pRoot, pFormat, pFile, options, start = fStart](TJob& pJob) {
-    return PerformExport(*options, *pRoot, pFormat, pFile, RunOf(start, pJob));
+  auto write = [pRoot, pFormat, pFile, options, roots = fRoots, start = fStart](TJob& pJob) {
+    return Perform(*options, pRoot, *roots, [&](const PostScanActions::TPostProcessActionHandler& pHandler) {
+      return std::make_unique<PostScanActions::TFileExportPostScanAction>(pHandler, *options, pFormat, pFile,
+                                                                          RunOf(start, pJob));
+    });
   };
   RunJob(tr("Writing %1").arg(Shown(pFile)), write,
          [this, pFile](bool) { Q_EMIT Told(tr("Written: %1").arg(Shown(pFile))); });
@@ -248,14 +252,13 @@ void TSession::Export(const TRef<IHierarchicalRoot>& pRoot, CommandLine::TExport
 
 void TSession::ExportPicture(const TRef<IHierarchicalRoot>& pRoot, const CommandLine::TPictureRequest& pRequest) {
   auto options = std::make_shared<TGlobalOptions>(Options());
-  auto write = [pRoot, pRequest, options, start = fStart](TJob& pJob) {
+  auto write = [pRoot, pRequest, options, roots = fRoots, start = fStart](TJob& pJob) {
     static TPictureRenderer renderer;
     std::string notes;
-    PostScanActions::TPicturePostScanAction action(
-        *options, pRequest, RunOf(start, pJob), [&notes](std::string_view pNote) { notes += pNote; }, &renderer);
-    action.Prepare();
-    action.Execute(*pRoot, true, true);
-    action.Finish();
+    Perform(*options, pRoot, *roots, [&](const PostScanActions::TPostProcessActionHandler&) {
+      return std::make_unique<PostScanActions::TPicturePostScanAction>(
+          *options, pRequest, RunOf(start, pJob), [&notes](std::string_view pNote) { notes += pNote; }, &renderer);
+    });
     return notes;
   };
   RunJob(tr("Drawing %1").arg(Shown(pRequest.fFile)), write, [this, file = pRequest.fFile](const std::string& pNotes) {

@@ -58,6 +58,7 @@ TStartPage::TStartPage(QWidget* pParent)
   fRecent->setAccessibleName(tr("Recent targets"));
   fRecent->setAlternatingRowColors(true);
   fRecent->setUniformItemSizes(true);
+  fRecent->setIconSize(QSize(16, 16));
 
   auto* column = new QWidget;
   column->setMaximumWidth(kWidest);
