@@ -142,7 +142,10 @@ void TEntriesView::keyPressEvent(QKeyEvent* pEvent) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
       if (pEvent->modifiers() != Qt::NoModifier && pEvent->modifiers() != Qt::KeypadModifier) break;
-      if (currentIndex().isValid()) Q_EMIT activated(currentIndex());
+      if (itemsExpandable() && fModel.hasChildren(currentIndex().siblingAtColumn(ecName)))
+        setExpanded(currentIndex().siblingAtColumn(ecName), !isExpanded(currentIndex().siblingAtColumn(ecName)));
+      else if (currentIndex().isValid())
+        Q_EMIT activated(currentIndex());
       return;
     case Qt::Key_Backspace:
       Q_EMIT UpWanted();
