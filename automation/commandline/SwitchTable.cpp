@@ -296,7 +296,7 @@ constexpr TSwitch kSwitches[] = {
 
     // The run.
     {{u"GUI", vkNone, kRepeated},
-     srMain,
+     srMore,
      "",
      "open the window (vantrel-gui)",
      SetFlag<&TState::fShowWindow>,

@@ -119,7 +119,8 @@ TDrawing DrawingOfTreemap(const TTreemapPicture& pPicture, double pHeight, std::
     drawing.fShapes.push_back({TBitmap{{0, 0}, pPicture.fWidth, pPicture.fHeight, pPicture.fPixels}, {}, kNoSubject});
   if (pStyle.fHasHints) AddHints(drawing, pPicture, pFormat);
   AddCaptions(drawing, pPicture);
-  if (LegendHeight(pPicture.fLegend, drawing.fWidth, pHeight, pMeasure, pStyle) > pHeight - pPicture.fHeight) return drawing;
+  if (LegendHeight(pPicture.fLegend, drawing.fWidth, pHeight, pMeasure, pStyle) > pHeight - pPicture.fHeight)
+    return drawing;
   std::vector<TPlacedItem> items;
   const double size = FontSizeOf(drawing.fWidth, pHeight, pStyle);
   PlaceLegend(pPicture.fLegend, drawing.fWidth, size, pMeasure, items);
