@@ -34,6 +34,7 @@ class TApplication : private CommandLine::ICommandLineTasks {
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
   int Search() override;
+  int OpenWindow() override;
   int PrepareHistory() override;
   int ManageHistory() override;
 

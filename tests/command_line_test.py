@@ -172,9 +172,12 @@ REFUSED = [
     Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     # Pictures.
     Row("data --treemap t.txt --piechart p.png --chart gone", err=(
-        '--treemap writes pictures, and "t.txt" is not the name of one: end it with .svg',
-        '--piechart writes SVG, since this program has no fonts to draw text with: name the file "p.svg"',
-        '--chart writes pictures, and "gone" is not the name of one: end it with .svg')),
+        '--treemap writes pictures, and "t.txt" is not the name of one: end it with .svg or .png',
+        '--piechart writes SVG, since only the window program, vantrel-gui, has fonts for PNG: name the file "p.svg"',
+        '--chart writes pictures, and "gone" is not the name of one: end it with .svg or .png')),
+    Row("--gui data", err=("There is no window: the program vantrel-gui is not in the folder of this program",)),
+    Row("--gui /NOGUI", err=("/GUI opens the window, and /NOGUI does without: leave out one of them",
+                             "There is no window: the program vantrel-gui is not in the folder of this program")),
     Row("data --treemap", err=(a_file_was_expected("--treemap", ""),)),
     Row("data --treemap t.svg --TreemapColors growth", err=(
         "--TreemapColors growth shows changes since an older scan: name its file with --compare",)),
@@ -260,7 +263,8 @@ DONE = [
     # Pictures. What is in them is looked at in picture_test.py.
     Row("data --treemap t.svg --TREEMAP t.png --dark --picturesize 300x200", files={
         "t.svg": ("<svg ", 'width="300" height="200"', "data:image/png;base64,", "sub", "</svg>"), "t.png": ("PNG", "IHDR")},
-        err=("The PNG file gets no captions and no legend: this program has no fonts. SVG files have both.",)),
+        err=("The PNG file gets no captions and no legend: this program has no fonts, and the window program, which has, "
+             "is not there. SVG files have both.",)),
     Row("data --treemapof extensions --treemap e.svg", files={"e.svg": (".bin", "</svg>")}),
     Row("data --treemapof owners --treemapcolors depth --treemap o.svg", files={"o.svg": ("</svg>",)}),
     Row("data --compare old.xml --treemapcolors growth --treemap g.svg", before=("data --xml old.xml",), files={"g.svg": ("</svg>",)}),

@@ -28,11 +28,13 @@ constexpr std::string_view kListDetails =
     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
 
 constexpr std::string_view kChartDetails =
-    "Written as SVG, which browsers show. Without a file, reports show the chart in characters, CSV and tab-separated "
+    "SVG is for browsers. PNG needs the window program, vantrel-gui. Without a file, reports show the chart in "
+    "characters, CSV and tab-separated "
     "exports get its numbers as a list, and a mail takes the picture along. The option PictureSize says how large "
     "pictures are, ChartItems how many items they show.";
 constexpr std::string_view kFormDetails =
-    "Written as SVG, which browsers show. Without a file, reports show the chart in characters, CSV and tab-separated "
+    "SVG is for browsers. PNG needs the window program, vantrel-gui. Without a file, reports show the chart in "
+    "characters, CSV and tab-separated "
     "exports get its numbers as a list, and a mail takes the picture along. The option ChartType chooses between bar, "
     "column, pie and ring.";
 
@@ -148,10 +150,9 @@ constexpr TSwitch kSwitches[] = {
      "draw a treemap (.svg, .png)",
      DrawTreemap,
      {},
-     "SVG has captions and tooltips; PNG has neither. The options PictureSize, TreemapOf and TreemapColors say how "
-     "large "
-     "it is, what it shows, and what the colours mean."},
-    Chart(u"CHART", "draw a chart of the folders (.svg)", DrawFolders, kFormDetails),
+     "SVG has captions and tooltips. PNG has captions if the window program, vantrel-gui, is there. The options "
+     "PictureSize, TreemapOf and TreemapColors say how large it is, what it shows, and what the colours mean."},
+    Chart(u"CHART", "draw a chart of the folders (.svg, .png)", DrawFolders, kFormDetails),
     Chart(u"PIECHART", "the same as a pie", DrawFoldersPie, kChartDetails),
     Chart(u"BARCHART", "the same as bars", DrawFoldersBars, kChartDetails),
     Chart(u"EXTENSIONSCHART", "draw sizes by extension", DrawExtensions, kFormDetails),
@@ -163,7 +164,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"HISTORYCHART", vkOptionalFile, kRepeated},
      srMore,
      "[FILE]",
-     "draw the size over time (.svg)",
+     "draw the size over time (.svg, .png)",
      DrawHistory,
      {},
      "Of the paths that --history names, else of the scanned paths, from the scans that --record-history recorded. "
@@ -313,15 +314,19 @@ constexpr TSwitch kSwitches[] = {
     {{u"RESTRICTED", vkOptionalBoolean, kRepeated}, srAlias, "", "", SetFlag<&TState::fReadOnly>},
 
     // The run.
-    {{u"NOGUI", vkNone, kRepeated},
+    {{u"GUI", vkNone, kRepeated},
      srMore,
      "",
-     "run without a window (always the case)",
-     SetFlag<&TState::fUnattended>},
+     "open the window (vantrel-gui)",
+     SetFlag<&TState::fShowWindow>,
+     {},
+     "vantrel-gui opens it without this switch, unless the run writes a file or a report. So does vantrel on Windows, "
+     "if vantrel-gui.exe is in the same folder."},
+    {{u"NOGUI", vkNone, kRepeated}, srMore, "", "run without a window", SetFlag<&TState::fUnattended>},
     {{u"CLOSEAFTEREXPORT", vkOptionalBoolean, kRepeated},
      srMore,
      "",
-     "end once exports are written (always the case)",
+     "end once exports are written, also with a window",
      SetOption<&TGlobalOptions::CloseAfterExport>},
     {{u"NOSPLASH", vkNone, kRepeated}, srMore, "", "no start-up picture (always the case)", Nothing},
     {{u"NOADMIN", vkNone, kRepeated}, srMore, "", "ask for no more rights (always the case)", Nothing},
