@@ -92,6 +92,34 @@ function(vantrel_program TARGET FOLDER)
   endif()
 endfunction()
 
+# Windows finds libraries beside the program, and Qt its plug-ins in folders there.
+function(vantrel_copy_libraries TARGET)
+  get_target_property(location Qt6::Core LOCATION)
+  get_filename_component(bin ${location} DIRECTORY)
+  set(plugins ${bin}/../plugins)
+  file(GLOB libraries ${bin}/Qt6*.dll ${bin}/lib*.dll)
+  file(GLOB platforms ${plugins}/platforms/qwindows.dll ${plugins}/platforms/qoffscreen.dll)
+  file(GLOB styles ${plugins}/styles/*.dll)
+  add_custom_command(TARGET ${TARGET} POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E make_directory $<TARGET_FILE_DIR:${TARGET}>/platforms $<TARGET_FILE_DIR:${TARGET}>/styles
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different ${libraries} $<TARGET_FILE_DIR:${TARGET}>
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different ${platforms} $<TARGET_FILE_DIR:${TARGET}>/platforms
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different ${styles} $<TARGET_FILE_DIR:${TARGET}>/styles
+    VERBATIM)
+endfunction()
+
+# cmake --install puts the window program where desktops look for it.
+function(vantrel_install_window_program TARGET)
+  set(source ${CMAKE_SOURCE_DIR}/app/gui)
+  install(TARGETS ${TARGET} vantrel RUNTIME DESTINATION bin)
+  install(FILES ${source}/vantrel-gui.desktop DESTINATION share/applications)
+  install(FILES ${source}/vantrel-gui.metainfo.xml DESTINATION share/metainfo)
+  install(FILES ${source}/icons/vantrel.svg DESTINATION share/icons/hicolor/scalable/apps)
+  foreach(size 16 32 48 256)
+    install(FILES ${source}/icons/vantrel-${size}.png DESTINATION share/icons/hicolor/${size}x${size}/apps RENAME vantrel.png)
+  endforeach()
+endfunction()
+
 # The window and its program. Both need Qt, so they are built only with VANTREL_WINDOW. As with the console program, the
 # executable is the entry point alone.
 function(vantrel_window_program TARGET)
@@ -103,7 +131,19 @@ function(vantrel_window_program TARGET)
   target_link_libraries(vantrel_window PUBLIC Qt6::Widgets)
   target_compile_definitions(vantrel_window PUBLIC QT_NO_KEYWORDS)
   vantrel_platform_sources(sources ${CMAKE_SOURCE_DIR}/app/gui)
+  list(APPEND sources ${CMAKE_SOURCE_DIR}/app/gui/gui.qrc)
+  if(WIN32)
+    configure_file(${CMAKE_SOURCE_DIR}/app/gui/vantrel-gui.rc.in ${CMAKE_BINARY_DIR}/vantrel-gui.rc @ONLY)
+    enable_language(RC)
+    list(APPEND sources ${CMAKE_BINARY_DIR}/vantrel-gui.rc)
+  endif()
   add_executable(${TARGET} WIN32 ${sources})
   target_link_libraries(${TARGET} PRIVATE vantrel_app vantrel_window vantrel_warnings)
   set_target_properties(vantrel_window ${TARGET} PROPERTIES AUTOMOC ON AUTORCC ON)
+  if(WIN32)
+    target_link_options(${TARGET} PRIVATE -municode)
+    vantrel_copy_libraries(${TARGET})
+  else()
+    vantrel_install_window_program(${TARGET})
+  endif()
 endfunction()

@@ -3,8 +3,6 @@
 #include <QApplication>
 #include <QIcon>
 #include <clocale>
-#include <memory>
-#include <type_traits>
 
 #include "app/Version.h"
 #include "automation/commandline/ExitCodes.h"
@@ -36,14 +34,6 @@ void UseWindowThread(QApplication& pApplication) {
   });
 }
 
-template <class TWindow>
-std::unique_ptr<TWindow> MakeWindow(const Window::TWindowStart& pStart) {
-  if constexpr (std::is_constructible_v<TWindow, const Window::TWindowStart&>)
-    return std::make_unique<TWindow>(pStart);
-  else
-    return std::make_unique<TWindow>();
-}
-
 int OpenWindow(const Window::TWindowStart& pStart) {
   QApplication application(gArgumentCount, gArguments);
   std::setlocale(LC_NUMERIC, "C");  // Qt has set the user's
@@ -55,8 +45,8 @@ int OpenWindow(const Window::TWindowStart& pStart) {
   TConsole::SetCancelHandler(nullptr);  // Ctrl+C in the terminal ends the program
   int result = 0;
   {
-    const auto window = MakeWindow<Window::TMainWindow>(pStart);
-    window->show();
+    Window::TMainWindow window(pStart);
+    window.show();
     result = QApplication::exec();
   }
   ThreadPool::SetSynchronizer({});

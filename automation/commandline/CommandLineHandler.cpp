@@ -289,6 +289,7 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  fState.fHadOutputs = fState.HasOutputs();
   CheckPictures();
   CheckHistory();
   CheckScans();

@@ -90,10 +90,11 @@ struct TCommandLineState {
                        [](const TPictureRequest& pRequest) { return pRequest.fSubject == TPictureSubject::psHistory; });
   }
 
+  bool fHadOutputs = false;  // also charts that only add to a report, which are options in the end
   // Whether the run writes something, so that it is done without a window.
   bool HasOutputs() const {
-    return !fExports.empty() || !fPictures.empty() || !fMailTo.empty() || fExportDriveList || HasHistoryTasks() ||
-           fShowHistoryOfScans || fSaveSettings || fForgetSettings;
+    return fHadOutputs || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() || fExportDriveList ||
+           HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
   }
   bool OpensWindow() const {
     if (fAbilities.fWindow == TWindowUse::wuNever || fUnattended || fHelp || fVersion) return false;
