@@ -94,8 +94,8 @@ struct TCommandLineState {
   bool fHadOutputs = false;  // also charts that only add to a report, which are options in the end
   // Whether the run writes something, so that it is done without a window.
   bool HasOutputs() const {
-    return fHadOutputs || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() || fExportDriveList ||
-           HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
+    return fHadOutputs || fQuery.has_value() || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() ||
+           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
   }
   bool OpensWindow() const {
     if (fAbilities.fWindow == TWindowUse::wuNever || fUnattended || fHelp || fVersion) return false;
