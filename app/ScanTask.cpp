@@ -26,6 +26,8 @@ namespace {
 constexpr int64_t kPollMilliseconds = 100;
 
 std::string ProgressText(const TScanProgress& pProgress) {
+  if (pProgress.fPrepared < pProgress.fToPrepare)
+    return fmt::format("Reading the file table  {} %", pProgress.fPrepared * 100 / pProgress.fToPrepare);
   const TValueFormat format;
   auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
   return fmt::format("{} files, {} folders, {}  {}", text(TColumn::mdFiles, pProgress.fFiles),

@@ -97,6 +97,7 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
       lines.push_back(fmt::format("  {} {}", ToUtf8(FormatValue(TColumn::mdItems, exclusion.fObjects, pFormat)),
                                   ToDisplay(exclusion.fReason)));
   }
+  for (const std::u16string& note : pRoot.GetStorageInformation().fNotes) lines.push_back(ToDisplay(note));
   const int64_t duration = pRoot.GetScanDuration();
   // A file holds the time when its scan began, but not its duration.
   const bool isLoaded = (pRoot.GetState() & rsIsXMLImport) != 0;

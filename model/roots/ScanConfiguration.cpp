@@ -12,7 +12,8 @@ uint32_t EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
          (pOptions.FollowSymbolicLinks ? heoFollowSymbolicLinks : 0u) |
          (pOptions.FollowMountPoints ? heoFollowMountPoints : 0u) |
          (pOptions.UseBackupPrivilege ? 0u : heoNoBackupPrivilege) |
-         (pOptions.StayOnFileSystem ? heoStayOnFileSystem : 0u);
+         (pOptions.StayOnFileSystem ? heoStayOnFileSystem : 0u) | (pOptions.ScanMFT ? heoScanMft : 0u) |
+         (pOptions.MftCompatible ? heoMftCompatible : 0u) | (pOptions.MftSystemFiles ? heoMftSystemFiles : 0u);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "scan/engine/ScanEngine.h"
 #include "scan/files/LocalStorage.h"
+#include "scan/ntfs/NtfsStorage.h"
 #include "scan/storage/Storages.h"
 
 namespace Vantrel::ScanEngine {
@@ -22,7 +23,8 @@ class TScanServices : public TInterfaced<IScanServices> {
   }
 
  private:
-  const TRef<IStorages> fStorages = Storages::CreateStorages({Storages::CreateLocalStorage()});
+  const TRef<IStorages> fStorages =
+      Storages::CreateStorages({Storages::CreateLocalStorage(), Ntfs::CreateNtfsStorage()});
 };
 
 }  // namespace

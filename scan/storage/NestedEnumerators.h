@@ -18,6 +18,9 @@ class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerat
   void Reset() override { fNestedEnumerator->Reset(); }
   TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  uint64_t GetEntryId() const override { return fNestedEnumerator->GetEntryId(); }
+  TRef<IHierarchicalEnumerator> CreateChildEnumeratorById(uint64_t pId, std::u16string_view pName,
+                                                          TAttributes pAttributes) override;
   TRef<IHierarchicalEnumerator> Clone() const override { return Wrap(fNestedEnumerator->Clone()); }
 
   std::u16string_view GetObjectName() const override { return fNestedEnumerator->GetObjectName(); }
@@ -124,6 +127,8 @@ class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
   void Reset() override;
   TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumeratorById(uint64_t pId, std::u16string_view pName,
+                                                          TAttributes pAttributes) override;
 
   // The sums of all entries listed so far, those beneath the entries included.
   TEntrySums Summarized() const {
