@@ -46,7 +46,8 @@ class INtfsDriver {
   virtual uint32_t GetTableExtents(std::span<std::byte> pAnswer) = 0;
 };
 
-// The driver of the volume with this root, such as "C:\". nullptr where the system has no such calls. EOSError.
-std::unique_ptr<INtfsDriver> OpenNtfsDriver(const std::u16string& pVolumeRoot);
+// The driver of a mounted volume, by its device and its root, such as "\\.\C:" and "C:\". nullptr where the system has
+// no such calls. EOSError.
+std::unique_ptr<INtfsDriver> OpenNtfsDriver(const std::u16string& pDevice, const std::u16string& pVolumeRoot);
 
 }  // namespace Vantrel

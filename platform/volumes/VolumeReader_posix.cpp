@@ -94,7 +94,7 @@ std::unique_ptr<IVolumeReader> OpenVolumeReader(const std::u16string& pPath) {
   return std::make_unique<TFileVolumeReader>(pPath);
 }
 
-std::unique_ptr<INtfsDriver> OpenNtfsDriver(const std::u16string&) {
+std::unique_ptr<INtfsDriver> OpenNtfsDriver(const std::u16string&, const std::u16string&) {
   return nullptr;
 }
 

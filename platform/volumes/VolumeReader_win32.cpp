@@ -113,11 +113,9 @@ class TOverlappedVolumeReader final : public IVolumeReader {
 
 class TSystemNtfsDriver final : public INtfsDriver {
  public:
-  explicit TSystemNtfsDriver(const std::u16string& pVolumeRoot) {
+  TSystemNtfsDriver(const std::u16string& pDevice, const std::u16string& pVolumeRoot) {
     constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-    std::u16string device = u"\\\\.\\" + pVolumeRoot;
-    device.pop_back();
-    fVolume = OpenFor(device, GENERIC_READ, kShare, 0, "Opening a volume");
+    fVolume = OpenFor(pDevice, GENERIC_READ, kShare, 0, "Opening a volume");
     try {
       fTable = OpenFor(pVolumeRoot + u"$mft", 0, kShare, 0, "Opening the file table");
     } catch (...) {
@@ -159,8 +157,8 @@ std::unique_ptr<IVolumeReader> OpenVolumeReader(const std::u16string& pPath) {
   return std::make_unique<TOverlappedVolumeReader>(pPath);
 }
 
-std::unique_ptr<INtfsDriver> OpenNtfsDriver(const std::u16string& pVolumeRoot) {
-  return std::make_unique<TSystemNtfsDriver>(pVolumeRoot);
+std::unique_ptr<INtfsDriver> OpenNtfsDriver(const std::u16string& pDevice, const std::u16string& pVolumeRoot) {
+  return std::make_unique<TSystemNtfsDriver>(pDevice, pVolumeRoot);
 }
 
 }  // namespace Vantrel

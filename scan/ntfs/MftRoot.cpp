@@ -13,6 +13,7 @@ namespace Vantrel::Ntfs {
 
 namespace {
 
+constexpr uint32_t kBadClustersRecord = 8;
 constexpr int64_t kEstimatedBytesPerRecord = 1000;
 constexpr int64_t kMostMemory = int64_t{64} << 30;  // for one index, however much is free
 constexpr int64_t kMostRecords = 0xFFFF'FFF0;       // NTFS allows 2^32 - 1 files
@@ -79,6 +80,8 @@ void TBaseMftRoot::AddRecord(uint32_t pNumber, const TRecordHeader& pHeader, boo
   entry.fIsUsed = true;
   entry.fSequence = pHeader.fSequence;
   StoreItem(entry, pItem);
+  // The list of bad clusters is a stream as long as the volume, but only a hole where no cluster is bad.
+  if (pNumber == kBadClustersRecord && !fSettings.fCompatible) entry.fADSSize = 0;
   AddNames(pNumber, entry, pItem);
 }
 

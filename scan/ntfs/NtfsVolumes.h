@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "model/roots/Storage.h"
+#include "platform/volumes/MountedVolumes.h"
 #include "platform/volumes/VolumeReader.h"
 #include "scan/ntfs/MftEnumerators.h"
 #include "scan/ntfs/MftLocation.h"
@@ -18,7 +19,9 @@ namespace Vantrel::Ntfs {
 // Opens what holds volumes. Tests open images in memory and drivers that they stage.
 struct TVolumeOpener {
   std::function<std::unique_ptr<IVolumeReader>(const std::u16string& pPath)> fOpenReader = OpenVolumeReader;
-  std::function<std::unique_ptr<INtfsDriver>(const std::u16string& pVolumeRoot)> fOpenDriver = OpenNtfsDriver;
+  std::function<std::unique_ptr<INtfsDriver>(const std::u16string& pDevice, const std::u16string& pVolumeRoot)>
+      fOpenDriver = OpenNtfsDriver;
+  std::function<std::optional<TMountedNtfs>(const std::u16string& pPath)> fFindMounted = FindMountedNtfs;
   std::function<int64_t()> fFreeMemory;  // bytes; empty: asks the system
 };
 

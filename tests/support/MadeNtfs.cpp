@@ -303,8 +303,9 @@ TImage TMadeVolume::Image() const {
   for (const auto& [number, record] : records) {
     const TImage bytes = record.Bytes(fRecordSize, number);
     // With clusters smaller than a record, a run may end inside it.
-    for (size_t i = 0; i < bytes.size(); ++i)
-      image[position(int64_t{number} * fRecordSize + static_cast<int64_t>(i))] = bytes[i];
+    for (size_t i = 0; i < bytes.size(); i += 512)
+      std::copy_n(bytes.data() + i, 512,
+                  image.data() + position(int64_t{number} * fRecordSize + static_cast<int64_t>(i)));
     if (number < 4) std::copy(bytes.begin(), bytes.end(), image.begin() + mirror * cluster + number * fRecordSize);
   }
   if (fDamageFirstRecord) image[position(0)] = 'X';

@@ -495,7 +495,7 @@ TEST(MftReading, EveryReadMayFail) {
       // What is missing is never missing in silence. The volume's label and free space may be.
       const bool isTold = scan.fErrors > 0 && scan.Notes().find("could not be read") != std::string::npos;
       EXPECT_TRUE(lines.size() == all || isTold) << "read " << failing;
-      if (isTold) EXPECT_EQ(top->GetErrorCode(), TMemoryVolume::kReadError);
+      EXPECT_EQ(top->GetErrorCode(), isTold ? TMemoryVolume::kReadError : 0u);
     }
   }
 }
@@ -532,16 +532,16 @@ TEST(MftReading, CancellingEndsItAtAnyRead) {
 }
 
 TEST(MftReading, ProgressRunsToTheNumberOfRecords) {
-  TScannedVolume scan(LargeVolume(40'000));
+  TScannedVolume scan(LargeVolume(20'000));
   std::vector<int64_t> done;
   scan.fContext.fOnPrepare = [&](int64_t pDone, int64_t pAll) {
-    EXPECT_EQ(pAll, 40'000);
+    EXPECT_EQ(pAll, 20'000);
     done.push_back(pDone);
   };
   scan.Open();
   EXPECT_TRUE(std::is_sorted(done.begin(), done.end()));
   EXPECT_GE(done.size(), 3u);
-  EXPECT_EQ(done.back(), 40'000);
+  EXPECT_EQ(done.back(), 20'000);
 }
 
 // Bytes of a sound volume are changed at random: a tree must come out, or an error.
@@ -549,7 +549,7 @@ TEST(MftReading, DamagedVolumesGiveATreeOrAnError) {
   const TImage image = SmallVolume();
   uint64_t random = 1;
   auto next = [&] { return random = random * 6'364'136'223'846'793'005u + 1'442'695'040'888'963'407u, random >> 33; };
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 1000; ++round) {
     TImage damaged = image;
     for (uint64_t i = next() % 20 + 1; i > 0; --i) {
       // The boot sector, or one of the records that are used.
