@@ -1,7 +1,5 @@
 #include "scan/ntfs/DataRuns.h"
 
-#include <algorithm>
-
 namespace Vantrel::Ntfs {
 
 namespace {
@@ -20,16 +18,6 @@ int64_t TDataRuns::GetTotalLength() const {
   int64_t total = 0;
   for (const TDataRun& run : fRuns) total += run.fLength;
   return total;
-}
-
-void TDataRuns::CutTo(int64_t pClusters) {
-  for (size_t i = 0; i < fRuns.size(); ++i) {
-    fRuns[i].fLength = std::min(fRuns[i].fLength, pClusters);
-    pClusters -= fRuns[i].fLength;
-    if (pClusters > 0) continue;
-    fRuns.resize(fRuns[i].fLength > 0 ? i + 1 : i);
-    return;
-  }
 }
 
 bool ParseMappingPairs(TBytes pPairs, TDataRuns& pRuns) {

@@ -23,8 +23,6 @@ class TDataRuns {
   void Add(TDataRun pRun) { fRuns.push_back(pRun); }
   const std::vector<TDataRun>& Runs() const { return fRuns; }
   int64_t GetTotalLength() const;  // in clusters
-  // Makes the runs end after so many clusters.
-  void CutTo(int64_t pClusters);
 
  private:
   std::vector<TDataRun> fRuns;

@@ -33,7 +33,6 @@ class TRecordDictionary {
     const uint32_t begin = pFolder == 0 ? 0 : fEnds[pFolder - 1];
     return std::span(fNames).subspan(begin, fEnds[pFolder] - begin);
   }
-  size_t CountNames() const { return fNames.size(); }
 
  private:
   std::vector<uint32_t> fEnds;

@@ -90,7 +90,9 @@ TReadFileMftEnumerator::TReadFileMftEnumerator(IVolumeReader& pReader, const TMf
       fThreads(pThreads),
       fRecordBytes(pLocation.fData.fBytesPerRecord),
       fRecords(pLocation.fData.fMftValidDataLength / pLocation.fData.fBytesPerRecord),
-      fSplit(fRecordBytes) {}
+      fSplit(fRecordBytes) {
+  Reset();
+}
 
 void TReadFileMftEnumerator::Reset() {
   fBuffers.reset();

@@ -1,3 +1,5 @@
+// Runs as volumes and drivers tell them, sound and damaged.
+
 #include <gtest/gtest.h>
 
 #include "scan/ntfs/DataRuns.h"
@@ -40,16 +42,6 @@ TEST(DataRuns, DamagedMappingPairsEndWhereTheDamageBegins) {
     TDataRuns runs;
     EXPECT_FALSE(ParseMappingPairs(BytesOf(each.fPairs), runs)) << each.fWhat;
     EXPECT_EQ(runs.Runs().size(), each.fRuns) << each.fWhat;
-  }
-}
-
-TEST(DataRuns, EndAfterSoManyClusters) {
-  const std::vector<TDataRun> all = {{10, 4}, {50, 4}, {90, 4}};
-  for (int64_t clusters = 0; clusters <= 13; ++clusters) {
-    TDataRuns runs;
-    for (const TDataRun& run : all) runs.Add(run);
-    runs.CutTo(clusters);
-    EXPECT_EQ(runs.GetTotalLength(), std::min<int64_t>(clusters, 12)) << clusters;
   }
 }
 
