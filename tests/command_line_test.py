@@ -111,6 +111,7 @@ REFUSED = [
     Row("--HistoryFile h.db --history-import h.db", given={"h.db": "x"}, err=(cannot_be_both("h.db", "a history to import", "the history"),)),
     Row("data --debuglog a.xml --xml a.xml", err=(cannot_be_both("a.xml", "the log", "an export"),)),
     Row("data --debuglog a.xml --compare a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "the scan to compare with", "the log"),)),
+    Row("ntfs:a.img --csv a.img", given={"a.img": "x"}, err=(cannot_be_both("a.img", "an image to scan", "an export"),)),
     Row("--open a.xml --xml a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "a scan to open", "an export"),)),
     Row("data --compare a.xml --csv a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "the scan to compare with", "an export"),)),
     Row("data --options o.xml --text o.xml", given={"o.xml": option_file("")}, err=(cannot_be_both("o.xml", "a file of options", "an export"),)),

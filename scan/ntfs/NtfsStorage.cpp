@@ -25,6 +25,10 @@ bool IsDelimiter(char16_t pChar, char16_t pDelimiter) {
   return pChar == pDelimiter || (pDelimiter == u'\\' && pChar == u'/');
 }
 
+bool HasProtocol(std::u16string_view pPath) {
+  return SameTextAscii(pPath.substr(0, kProtocol.size()), kProtocol);
+}
+
 // "C:" and "C:\" mean the volume, not its folder.
 std::u16string ImagePath(std::u16string_view pTyped) {
   if (NativePathDelimiter() == u'\\') {
@@ -189,9 +193,12 @@ class TNtfsStorage : public TInterfaced<IStorage> {
 
 }  // namespace
 
+std::u16string ImageOfPath(std::u16string_view pTyped) {
+  return HasProtocol(pTyped) ? SplitNtfsPath(pTyped, NativePathDelimiter()).fImage : std::u16string();
+}
+
 TNtfsPath SplitNtfsPath(std::u16string_view pPath, char16_t pDelimiter) {
-  if (pPath.size() >= kProtocol.size() && SameTextAscii(pPath.substr(0, kProtocol.size()), kProtocol))
-    pPath.remove_prefix(kProtocol.size());
+  if (HasProtocol(pPath)) pPath.remove_prefix(kProtocol.size());
   size_t split = pPath.rfind(kSplit);
   while (split != std::u16string_view::npos && split + 1 < pPath.size() && !IsDelimiter(pPath[split + 1], pDelimiter))
     split = split == 0 ? std::u16string_view::npos : pPath.rfind(kSplit, split - 1);

@@ -16,6 +16,9 @@ struct TNtfsPath {
 // Splits at the last "|" that a delimiter or the end follows.
 TNtfsPath SplitNtfsPath(std::u16string_view pPath, char16_t pDelimiter);
 
+// The image or device of a path as typed. Empty for a path of another storage.
+std::u16string ImageOfPath(std::u16string_view pTyped);
+
 // Scans volumes that are not mounted, and images. A disk with a table of partitions shows each NTFS partition as a
 // folder.
 TRef<IStorage> CreateNtfsStorage(TVolumeOpener pOpener = {});
