@@ -208,7 +208,8 @@ class NtfsTest(unittest.TestCase):
             self.assertEqual(int(row["Size"]), size, path)
             if path.endswith(("small", "linked")) or links > 1:
                 continue  # streams count, too: see the test of hard links
-            self.assertEqual(int(row["Allocated"]), allocated, path)
+            if size > 1024:  # smaller ones may lie inside their record, where the mount counts blocks of 512 bytes
+                self.assertEqual(int(row["Allocated"]), allocated, path)
             self.assertEqual(seconds(row["Last Change"]), changed, path)
             self.assertEqual(seconds(row["Last Access"]), accessed, path)
 
@@ -305,7 +306,8 @@ class NtfsTest(unittest.TestCase):
         self.assertEqual(sorted(partitioned), sorted(["Partition 1"] + [f"Partition 1/{path}" for path in alone]))
         if "docs" in alone:
             _, part = scan(self.linux, f"ntfs:{disk}|/Partition 1/DOCS")
-            self.assertEqual(len(part), len([path for path in alone if path.startswith("docs/")]))
+            self.assertEqual(sorted(path.removeprefix("Partition 1/DOCS").lstrip("/") for path in part),
+                             [""] + sorted(path[5:] for path in alone if path.startswith("docs/")))
         disk.unlink()
 
     def test_the_report_tells_the_volume_and_how_it_was_read(self):

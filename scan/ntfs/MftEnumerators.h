@@ -34,6 +34,8 @@ class TBaseMftEnumerator : public Enumerators::TBaseVisualHierarchicalEnumerator
   TKivFileTime GetCreationDate() const override { return DateOf(GetItemEntry().fCreationTime); }
   TAttributes GetAttributes() const override { return GetItemEntry().fAttributes; }
   bool IsFolder() const override { return GetItemEntry().IsFolder(); }
+  // The unknown owner is one and the same for all, so its name is looked up once.
+  uint64_t GetOwnerId() const override { return 1; }
   bool CanDescend() const override { return IsFolder() && !GetItemEntry().fIsLink; }
 
   const TMftEntry& GetItemEntry() const { return fScan->fRoot->Entry(GetCurrentMftRecordNumber()); }
