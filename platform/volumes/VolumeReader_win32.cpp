@@ -1,10 +1,12 @@
-#include <winioctl.h>
-
 #include <array>
 
 #include "platform/system/Errors.h"
 #include "platform/system/Win32_win32.h"
 #include "platform/threads/InterruptibleThread.h"
+
+// Needs the types of <windows.h>.
+#include <winioctl.h>
+
 #include "platform/volumes/VolumeReader.h"
 
 namespace Vantrel {

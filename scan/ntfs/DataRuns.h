@@ -28,8 +28,9 @@ class TDataRuns {
   std::vector<TDataRun> fRuns;
 };
 
-// No file has more clusters; numbers above come from damaged bytes.
-constexpr int64_t kMostClusters = int64_t{1} << 48;
+// No volume has more clusters; numbers above come from damaged bytes. Times the largest cluster it is far from
+// overflow.
+constexpr int64_t kMostClusters = int64_t{1} << 40;
 
 // Appends the runs of an attribute: pairs of a length and a distance from the run before. False when the bytes are
 // damaged; the runs before the damage are appended.

@@ -18,7 +18,6 @@ constexpr size_t kLargestList = 256 << 10;   // NTFS allows no longer attribute 
 constexpr int64_t kBitmapStep = 1 << 20;     // bytes of the map of used clusters that are read at once
 constexpr int64_t kVolumeRecord = 3;
 constexpr int64_t kBitmapRecord = 6;
-constexpr size_t kInitializedSize = 56;  // offset of a non-resident attribute's valid length
 
 [[noreturn]] void Fail(uint32_t pCode, const std::u16string& pVolumePath) {
   throw EOSError(pCode, "Opening an NTFS volume", pVolumePath);

@@ -3,6 +3,8 @@
 #include <bit>
 #include <utility>
 
+#include "scan/ntfs/VolumeLayout.h"
+
 namespace Vantrel::Ntfs {
 
 std::optional<TMftVolumeData> ParseVolumeData(TBytes pAnswer) {
@@ -13,7 +15,8 @@ std::optional<TMftVolumeData> ParseVolumeData(TBytes pAnswer) {
   data.fBytesPerRecord = NumberAt<uint32_t>(pAnswer, 48);
   data.fMftValidDataLength = NumberAt<int64_t>(pAnswer, 56);
   if (data.fMftValidDataLength < 0 || !std::has_single_bit(data.fBytesPerCluster) ||
-      data.fBytesPerRecord < kSmallestRecord || data.fBytesPerRecord > kLargestRecord)
+      data.fBytesPerCluster > kLargestCluster || data.fBytesPerRecord < kSmallestRecord ||
+      data.fBytesPerRecord > kLargestRecord)
     return {};
   return data;
 }

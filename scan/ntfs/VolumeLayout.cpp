@@ -12,6 +12,7 @@ namespace {
 constexpr size_t kSector = 512;
 constexpr size_t kPartitionTable = 446;  // four entries of 16 bytes
 constexpr uint8_t kGptType = 0xEE;
+constexpr int64_t kMostSectors = int64_t{1} << 48;
 constexpr int32_t kMostPartitions = 1024;
 
 bool Has(TBytes pBytes, size_t pOffset, std::string_view pText) {
@@ -119,7 +120,7 @@ std::optional<TBootSector> ReadBootSector(TBytes pSector) {
   const unsigned shift = 256u - sectors;
   if (sectors > 128 && shift > 31) return {};
   const uint64_t cluster = uint64_t{boot.fBytesPerSector} * (sectors > 128 ? uint64_t{1} << shift : sectors);
-  if (!IsPowerOfTwo(cluster) || cluster > (uint64_t{1} << 21)) return {};
+  if (!IsPowerOfTwo(cluster) || cluster > kLargestCluster) return {};
   boot.fBytesPerCluster = static_cast<uint32_t>(cluster);
   const auto record = NumberAt<int8_t>(pSector, 64);
   if (record < -30) return {};
@@ -129,7 +130,7 @@ std::optional<TBootSector> ReadBootSector(TBytes pSector) {
   const auto volumeSectors = NumberAt<int64_t>(pSector, 40);
   boot.fTableCluster = NumberAt<int64_t>(pSector, 48);
   boot.fMirrorCluster = NumberAt<int64_t>(pSector, 56);
-  if (volumeSectors <= 0 || volumeSectors > kMostClusters || boot.fTableCluster < 0 ||
+  if (volumeSectors <= 0 || volumeSectors > kMostSectors || boot.fTableCluster < 0 ||
       boot.fTableCluster > kMostClusters || boot.fMirrorCluster < 0 || boot.fMirrorCluster > kMostClusters)
     return {};
   boot.fVolumeBytes = volumeSectors * boot.fBytesPerSector;

@@ -13,6 +13,8 @@ namespace Vantrel::Ntfs {
 
 enum class TVolumeKind : uint8_t { vkNtfs, vkFat, vkExFat, vkReFs, vkBitLocker, vkPartitioned, vkUnknown };
 
+constexpr uint32_t kLargestCluster = 1 << 21;
+
 // How many bytes of the start are needed to tell. A multiple of every sector size.
 constexpr size_t kBytesToIdentify = 4096;
 
