@@ -70,6 +70,7 @@ void Walk(const TRef<IHierarchicalEnumerator>& pTop) {
     }
     folder->GetFullPath();
   }
+  if (size < 0 || allocated < 0) std::abort();  // the sanitizer finds an overflow first
 }
 
 void WriteSeed(const std::string& pPath, uint8_t pSettings, const TImage& pBytes) {

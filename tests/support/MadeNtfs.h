@@ -68,7 +68,6 @@ class TMadeRecord {
   uint64_t fBase;
   bool fIsTorn = false;
   uint16_t fLinks = 0;
-  bool fHasIndex = false;
   uint16_t fNextId = 0;
   TImage fAttributes;
 };
