@@ -177,7 +177,7 @@ enum THierarchicalEnumeratorOption : uint32_t {
   heoScanMft = 64,             // read a whole NTFS volume through its file table where possible
   heoMftCompatible = 128,      // read file tables by the compatible rules
   heoMftSystemFiles = 256,     // show the files that an NTFS volume keeps about itself
-  heoValuesOnDemand = 512,      // read an entry's values when they are first asked for, if that saves time
+  heoValuesOnDemand = 512,     // read an entry's values when they are first asked for, if that saves time
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
