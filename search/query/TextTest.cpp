@@ -15,7 +15,6 @@ using PatternMatching::TRegExPattern;
 
 namespace {
 
-constexpr auto kNone = std::u16string_view::npos;
 // Stands for a ";" of the value, which wildcard masks could not hold.
 constexpr char16_t kSemicolon = u'\uFFFF';
 
