@@ -6,6 +6,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 #include "search/patterns/PatternTargets.h"
+#include "search/query/Expressions.h"
 
 namespace Vantrel::Search {
 
