@@ -29,6 +29,8 @@ class TSearchItem;
 
 using TExpressionRef = TRef<const IExpression>;
 
+constexpr auto kNone = std::u16string_view::npos;  // no place in a text
+
 // What the target of a search can answer beyond names, paths, levels, extensions, attributes, sizes and the three
 // dates, which every target has.
 enum TSearchAbility : uint32_t {

@@ -9,7 +9,6 @@ namespace Vantrel::Search {
 
 namespace {
 
-constexpr auto kNone = std::u16string_view::npos;
 // No size is longer, with all separators. A bound keeps the look ahead short.
 constexpr size_t kLongestNumber = 64;
 

@@ -10,13 +10,18 @@ namespace Vantrel::Search {
 
 namespace {
 
-using namespace std::chrono;
+using std::chrono::days;
+using std::chrono::months;
+using std::chrono::sys_days;
+using std::chrono::year;
+using std::chrono::year_month;
+using std::chrono::year_month_day;
+using std::chrono::years;
 
-constexpr auto kNone = std::u16string_view::npos;
 constexpr int64_t kTicksPerHour = 3'600 * TKivFileTime::kTicksPerSecond;
 constexpr sys_days kFirstDay = sys_days(year(1601) / 1 / 1);
 constexpr int kFirstYear = 1601, kLastYear = 9999;
-constexpr size_t kLongestNumber = 6;
+constexpr size_t kMostDigits = 6;
 
 // --- local time ------------------------------------------------------------------------------------------------------
 
@@ -50,7 +55,7 @@ TTimespan DaysFromTo(sys_days pFirst, sys_days pBehindLast) {
 // --- reading ---------------------------------------------------------------------------------------------------------
 
 bool ReadDigits(std::u16string_view pText, int64_t& pValue) {
-  return pText.size() <= kLongestNumber &&
+  return pText.size() <= kMostDigits &&
          std::all_of(pText.begin(), pText.end(), [](char16_t pUnit) { return pUnit >= u'0' && pUnit <= u'9'; }) &&
          TryParseInt64(ToUtf8(pText), pValue);
 }
@@ -115,7 +120,7 @@ int64_t MonthsBefore(int64_t pTicks, int64_t pMonths) {
   const year_month_day date(day);
   const year_month month = date.year() / date.month() - months(pMonths);
   year_month_day earlier = month / date.day();
-  if (!earlier.ok()) earlier = month / last;
+  if (!earlier.ok()) earlier = month / std::chrono::last;
   return MomentOfLocal((sys_days(earlier) - kFirstDay).count() * TKivFileTime::kTicksPerDay + ofDay);
 }
 

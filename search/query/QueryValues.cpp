@@ -15,7 +15,6 @@ namespace Vantrel::Search {
 
 namespace {
 
-constexpr auto kNone = std::u16string_view::npos;
 constexpr std::u16string_view kListSeparators = u",;";
 
 constexpr const char* kTextOperatorHint = "A text is compared with =, !=, ~ or !~, or without an operator.";
@@ -58,17 +57,13 @@ TBinaryOperator YesOrNo(const TQueryOperator* pOperator, const char* pHint) {
   RefuseOperator(*pOperator, pHint);
 }
 
-bool HasWildcards(std::u16string_view pText) {
-  return pText.find_first_of(u"*?") != kNone;
-}
-
 // How a text is compared. pWithout is the operator for a value without wildcards behind no operator.
 TStringOperator TextOperator(const TQueryOperator* pOperator, const TValuePart& pPart, TStringOperator pWithout) {
   if (IsRegEx(pOperator)) return std::get<TStringOperator>(*pOperator);
   const TBinaryOperator yesOrNo = YesOrNo(pOperator, kTextOperatorHint);
-  const TStringOperator positive = HasWildcards(pPart.fText) ? TStringOperator::Matches
-                                   : pOperator == nullptr    ? pWithout
-                                                             : TStringOperator::Equals;
+  const TStringOperator positive = PatternMatching::HasWildcards(pPart.fText) ? TStringOperator::Matches
+                                   : pOperator == nullptr                     ? pWithout
+                                                                              : TStringOperator::Equals;
   return yesOrNo == TBinaryOperator::IsYes ? positive : Negated(positive);
 }
 

@@ -6,6 +6,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 #include "search/patterns/PatternTargets.h"
+#include "search/query/Expressions.h"
 
 namespace Vantrel::Search {
 
@@ -15,7 +16,6 @@ using PatternMatching::TRegExPattern;
 
 namespace {
 
-constexpr auto kNone = std::u16string_view::npos;
 // Stands for a ";" of the value, which wildcard masks could not hold.
 constexpr char16_t kSemicolon = u'\uFFFF';
 
