@@ -118,8 +118,8 @@ void MeasureFolder(TTimedApplication& pApplication, TMainWindow& pWindow, const 
   pApplication.TakeLongest();
   const std::u16string path = pFolder.toStdU16String();
   Wait([&] { return pWindow.Chosen().fPath == path; });
-  const double opened = Wait([&] { return contents.rowCount() > 1 && contents.Folder() &&
-                                          contents.Folder()->GetFullPath() == path; });
+  const double opened =
+      Wait([&] { return contents.rowCount() > 1 && contents.Folder() && contents.Folder()->GetFullPath() == path; });
   Print("Opening the folder: to its first rows", opened, "ms", 100);
   pApplication.TakeLongest();
   contents.sort(ecName, Qt::AscendingOrder);

@@ -74,7 +74,9 @@ void TTreemapView::Show(TRef<const ITreemapPresenter> pPresenter, const TValueFo
 void TTreemapView::Refresh(TRef<const ITreemapPresenter> pPresenter, bool pIsBusy) {
   fPresenter = std::move(pPresenter);
   fIsBusy = pIsBusy;
-  if (fIsWorking)
+  // A picture that failed, such as for lack of memory, is told by no call.
+  const bool hasFailed = !fChart.GetFlags().Has(TTreemapFlag::tmfIsPainting) && !fChart.GetPicture();
+  if (fIsWorking && !hasFailed)
     fIsOutdated = true;
   else if (!fNextRequest.isActive())
     Request();
