@@ -140,7 +140,7 @@ int main(int pCount, char** pArguments) {
   auto window = std::make_unique<TMainWindow>(NewStart());
   window->resize(1600, 1000);
   window->show();
-  QTest::qWaitForWindowExposed(window.get());
+  if (!QTest::qWaitForWindowExposed(window.get())) return 2;
   QCoreApplication::processEvents();
   Print("Start to shown window", static_cast<double>(start.nsecsElapsed()) / 1e6, "ms", 500);
 

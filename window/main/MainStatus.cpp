@@ -9,6 +9,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolButton>
+#include <algorithm>
 
 #include "window/main/MainWindow.h"
 #include "window/main/PathBar.h"
@@ -34,16 +35,24 @@ bool IsScanning(const IHierarchicalRoot& pRoot) {
 // second, and only the visible one.
 void TMainWindow::Tick() {
   constexpr int kTicksBetweenRefreshes = 5;
-  fTree->Poll();
+  // A larger tree is looked at less often, since a scan needs the processors more than the view of it.
+  constexpr int64_t kFilesPerTick = 250'000;
   bool isScanning = false;
-  for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) isScanning |= IsScanning(*root);
+  int64_t files = 0;
+  for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) {
+    if (!IsScanning(*root)) continue;
+    isScanning = true;
+    files += root->GetProgress().fFiles;
+  }
+  const int slower = 1 + static_cast<int>(std::min<int64_t>(files / kFilesPerTick, 10));
+  if (fTicks % slower == 0) fTree->Poll();
   if (isScanning != fWasScanning) {
     fWasScanning = isScanning;
     UpdateActions();
   }
   ShowStatus();
   if (!fSession->Jobs().empty()) ShowJobs();
-  if (++fTicks % kTicksBetweenRefreshes == 0 && fPlace.fRoot && IsScanning(*fPlace.fRoot)) RefreshPanes();
+  if (++fTicks % (kTicksBetweenRefreshes * slower) == 0 && fPlace.fRoot && IsScanning(*fPlace.fRoot)) RefreshPanes();
 }
 
 void TMainWindow::RefreshPanes() {
