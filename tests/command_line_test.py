@@ -296,6 +296,11 @@ DONE = [
     Row("data /NOHEADER", out=("6.2 KB",), absent=("Report", "----", "Size")),
     Row("data --nounits", out=("6300 ", "100.0 ", "5300 ", "1000 ")),
     Row("data --filter *.txt --csv -", out=("data,1300,",)),
+    # Searches. Most of what they find is tested by search_test.py.
+    Row("--search three,two data", out=("Found by three,two", "two.bin", "three.txt", "2 files found, 5.2 KB, among 3 files and 2 folders"),
+        absent=("one.txt",)),
+    Row("/SEARCH:START size:>4KB data --csv - --noheaders --usecolumns name;size", out=("two.bin,5000",), absent=("one",)),
+    Row("--find emptyfolders data other", out=("0 files found, among 4 files and 2 folders",)),
     Row("data --exclude deep --csv -", out=("data,6000,",)),
     # A pattern in quotes is exact, one that names a folder means that folder, and one that matches nothing is told.
     Row("data --exclude '\"ee\"' --csv -", out=("data,6300,",), err=('Warning: the pattern "ee" matched nothing',)),

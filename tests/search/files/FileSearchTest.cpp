@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/text/Text.h"
+#include "search/files/FileFactsReader.h"
 #include "search/files/FileSearch.h"
 #include "search/patterns/PatternFilter.h"
 #include "search/patterns/PatternList.h"
@@ -90,10 +91,10 @@ TEST(FileSearch, FindsTheSameOnStorageAndInTreeWithAnyNumberOfThreads) {
   };
   const TCase cases[] = {
       {u"", [](const TMemoryEntry&) { return true; }},
-      {u"7", [](const TMemoryEntry& pEntry) { return pEntry.fName.find(u'7') != std::u16string::npos; }},
+      {u"name:7", [](const TMemoryEntry& pEntry) { return pEntry.fName.find(u'7') != std::u16string::npos; }},
       {u"name:*.c,*.mp3",
        [](const TMemoryEntry& pEntry) { return pEntry.fName.ends_with(u".c") || pEntry.fName.ends_with(u".mp3"); }},
-      {u"size:>50000B 1",
+      {u"size:>50000B name:1",
        [](const TMemoryEntry& pEntry) {
          return !pEntry.IsFolder() && pEntry.fValues.fSize > 50'000 && pEntry.fName.find(u'1') != std::u16string::npos;
        }},
