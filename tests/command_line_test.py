@@ -376,7 +376,7 @@ DONE = [
 # What goes wrong on the way. Whatever can still be done is done.
 FAILED = [
     Row("sftp://host/x data --csv -", PATH_NOT_FOUND, out=("data,6300,",),
-        err=('"sftp://host/x" cannot be scanned: there is no storage "sftp:". Known are: file:.',)),
+        err=('"sftp://host/x" cannot be scanned: there is no storage "sftp:". Known are: file:, ntfs:.',)),
     Row("gone data --csv -", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), out=("data,6300,",)),
     Row("gone\x1b[31m", PATH_NOT_FOUND, err=(pattern(r'Cannot scan "gone\\x1B\[31m": .+'),)),
     Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),
