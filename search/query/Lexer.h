@@ -36,7 +36,6 @@ struct TLexerToken {
   const char* fHint = nullptr;
 
   void Initialize() { *this = {}; }
-  // NOLINTNEXTLINE(readability-identifier-naming): "Set" is a word of the language that the name comes from
   void Set_(TTokenType pType, std::u16string_view pString, std::u16string_view pRawString, size_t pPosition);
 };
 
