@@ -322,8 +322,8 @@ void TXMLTreeBuilder::CreateRoot() {
   TXMLParseHelper::ParseXMLProtocol(path);
   if (path.empty()) path = fPath;
   fDelimiter = DelimiterFor(path);
-  const std::u16string rootPath(WithoutTrailingDelimiter(path, fDelimiter));
-  const TRef<IHierarchicalRoot> root = fTarget.CreateRootForLoading(rootPath, fDelimiter);
+  path = WithoutTrailingDelimiter(path, fDelimiter);
+  const TRef<IHierarchicalRoot> root = fTarget.CreateRootForLoading(path, fDelimiter);
   fRoot = TRef<TCustomRoot>(dynamic_cast<TCustomRoot*>(root.get()));
 }
 

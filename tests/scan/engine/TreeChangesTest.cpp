@@ -288,7 +288,7 @@ TEST(TreeChanges, PlacesAreTakenAndGivenBack) {
   for (const TRef<ITreeSubscription>& subscription : subscriptions) EXPECT_FALSE(subscription->Take().IsEmpty());
 }
 
-// The scan has ended when its end is told: whoever hears of it may start the next one.
+// The scan has ended when its end is told. A subscriber may then start the next one.
 TEST(TreeChanges, TheEndOfAScanIsToldOnceTheRootHasFinished) {
   TMemoryRoot memory;
   memory.Top().AddFile(u"file", 1);
