@@ -4,7 +4,9 @@
 #include <clocale>
 
 #include "app/CancelRequest.h"
+#include "app/RequestedActions.h"
 #include "app/ScanTask.h"
+#include "app/SearchTask.h"
 #include "app/Version.h"
 #include "automation/actions/FileExportAction.h"
 #include "automation/actions/HistoryTasks.h"
@@ -13,10 +15,13 @@
 #include "export/text/ListExport.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
+#include "platform/files/Paths.h"
 #include "platform/system/Console.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 #include "presentation/lists/DriveList.h"
+#include "search/patterns/PatternFilter.h"
+#include "window/main/WindowStart.h"
 
 namespace Vantrel {
 
@@ -44,9 +49,20 @@ int TApplication::Run(std::span<const std::u16string> pTokens) {
   }
 }
 
+namespace {
+
+bool NeedsWindowProgram(const CommandLine::TCommandLineState& pState) {
+  return !pState.fHelp && !pState.fVersion && (pState.OpensWindow() || pState.NeedsFonts());
+}
+
+}  // namespace
+
 int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
-  CommandLine::TCommandLineHandler handler(TKivCommandLineParser::GetInstance(), *fOptions, fSettings.fUserOptionsFile);
+  CommandLine::TCommandLineHandler handler(TKivCommandLineParser::GetInstance(), *fOptions, fSettings.fUserOptionsFile,
+                                           fSettings.fAbilities);
   handler.HandleCommandLineSwitches(pTokens);
+  if (fSettings.fContinueInWindowProgram && !handler.HasErrors() && NeedsWindowProgram(handler.State()))
+    return fSettings.fContinueInWindowProgram(!handler.State().OpensWindow());
   for (const std::string& warning : handler.State().fWarnings) fSettings.fWriteError(warning);
   handler.FinalizeCommandLineOptions();
   fState = handler.State();
@@ -110,11 +126,35 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
 }
 
 int TApplication::ManageHistory() {
-  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError);
+  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError,
+                                      fSettings.fRenderer);
 }
 
 int TApplication::OpenAndScan() {
   return TScanTask(fSettings, fState, fOptions, fLog).Run();
+}
+
+int TApplication::Search() {
+  return TSearchTask(fSettings, fState, fOptions, fLog).Run();
+}
+
+int TApplication::OpenWindow() {
+  Window::TWindowStart start;
+  start.fOptions = fOptions;
+  start.fUserOptionsFile = fSettings.fUserOptionsFile;
+  start.fReadOnly = fState.fReadOnly;
+  start.fCreateRoots = fSettings.fCreateRoots;
+  start.fPaths = fState.fPaths;
+  for (const std::u16string& file : fState.fOpenFiles) start.fOpenFiles.push_back(AbsolutePath(file));
+  if (fState.fPatterns)
+    start.fCreateFilter = [patterns = fState.fPatterns] { return MakeRef<TPatternFilter>(patterns); };
+  start.fQueueActions = [this](PostScanActions::TPostProcessActionHandler& pActions, IScanRoots& pRoots) {
+    return QueueRequestedActions(pActions, fState, fSettings, pRoots);
+  };
+  start.fMessages = fState.fWarnings;
+  start.fProgramName = kProgramName;
+  start.fVersion = kVersion;
+  return fSettings.fOpenWindow(start);
 }
 
 // Finds out before the scan whether the actions after it can work.

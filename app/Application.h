@@ -33,6 +33,8 @@ class TApplication : private CommandLine::ICommandLineTasks {
   int ForgetSettings() override;
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
+  int Search() override;
+  int OpenWindow() override;
   int PrepareHistory() override;
   int ManageHistory() override;
 

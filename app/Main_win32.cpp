@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/Process.h"
+#include "app/WindowProgram.h"
 #include "automation/commandline/CommandLineParser.h"
 #include "platform/system/CommandLineText.h"
 
@@ -11,5 +12,7 @@
 int wmain(int, wchar_t**) {
   std::vector<std::u16string> tokens = Vantrel::TKivCommandLineParser::SplitCommandLine(Vantrel::ProcessCommandLine());
   if (!tokens.empty()) tokens.erase(tokens.begin());  // the program's name
-  Vantrel::RunProcess("Windows", tokens);
+  Vantrel::TRunSettings settings = Vantrel::CreateRunSettings("Windows");
+  Vantrel::UseWindowProgram(settings, Vantrel::CommandLine::TWindowUse::wuUsual, tokens);
+  Vantrel::EndProcess(Vantrel::RunOnStreams(std::move(settings), tokens));
 }

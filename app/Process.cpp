@@ -46,20 +46,20 @@ constexpr bool kLeaveQuickly = true;
 
 }  // namespace
 
-void RunProcess(const std::string& pPlatformName, std::span<const std::u16string> pTokens) {
+int RunOnStreams(TRunSettings pSettings, std::span<const std::u16string> pTokens) {
   std::set_terminate(EndUnhandled);
-  TRunSettings settings = CreateRunSettings(pPlatformName);
-  settings.fLeaveQuickly = kLeaveQuickly;
-  int result = 0;
-  {
-    TApplication application(settings);
-    Vantrel::TConsole::SetCancelHandler(RequestCancel);
-    result = application.Run(pTokens);
-    Vantrel::TConsole::SetCancelHandler(nullptr);
-  }
+  pSettings.fLeaveQuickly = kLeaveQuickly;
+  TApplication application(std::move(pSettings));
+  TConsole::SetCancelHandler(RequestCancel);
+  const int result = application.Run(pTokens);
+  TConsole::SetCancelHandler(nullptr);
+  return result;
+}
+
+void EndProcess(int pCode) {
   std::fflush(nullptr);
-  if (kLeaveQuickly) std::_Exit(result);
-  std::exit(result);
+  if (kLeaveQuickly) std::_Exit(pCode);
+  std::exit(pCode);
 }
 
 }  // namespace Vantrel

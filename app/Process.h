@@ -5,9 +5,13 @@
 #include <span>
 #include <string>
 
+#include "app/RunSettings.h"
+
 namespace Vantrel {
 
-// Runs the program on the process's streams and ends the process; the entry points of both platforms call it.
-[[noreturn]] void RunProcess(const std::string& pPlatformName, std::span<const std::u16string> pTokens);
+// Runs the program on the process's streams and returns the exit code. The entry points call it once.
+int RunOnStreams(TRunSettings pSettings, std::span<const std::u16string> pTokens);
+// Ends the process after that.
+[[noreturn]] void EndProcess(int pCode);
 
 }  // namespace Vantrel

@@ -8,7 +8,13 @@
 #include <string_view>
 
 #include "automation/actions/PostScanActions.h"
+#include "automation/commandline/CommandLineState.h"
+#include "export/pictures/PictureRenderer.h"
 #include "model/roots/RootInterfaces.h"
+
+namespace Vantrel::Window {
+struct TWindowStart;
+}
 
 namespace Vantrel {
 
@@ -24,6 +30,14 @@ struct TRunSettings {
   PostScanActions::ILineOutput* fOutput = nullptr;
   std::function<void(std::string_view)> fWriteError;
   std::function<TRef<IScanRoots>(std::shared_ptr<const TGlobalOptions>)> fCreateRoots;
+
+  CommandLine::TProgramAbilities fAbilities;
+  // The window program's own: opens the window and returns the exit code when it is closed.
+  std::function<int(const Window::TWindowStart&)> fOpenWindow;
+  Pictures::IPictureRenderer* fRenderer = nullptr;
+  // The console program's: runs the same command line in the window program. Returns its exit code, or at once if it is
+  // not to be waited for. Empty when the window program is not there.
+  std::function<int(bool pWait)> fContinueInWindowProgram;
 };
 
 // The streams of the process and scans of the file system.

@@ -3,15 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <atomic>
-#include <future>
 
 #include "app/CancelRequest.h"
 #include "app/RequestedActions.h"
+#include "app/ScanLoading.h"
 #include "app/Version.h"
 #include "automation/commandline/ExitCodes.h"
 #include "export/text/RootDescription.h"
-#include "export/xml/XMLReader.h"
 #include "model/roots/Storage.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Console.h"
@@ -26,6 +24,8 @@ namespace {
 constexpr int64_t kPollMilliseconds = 100;
 
 std::string ProgressText(const TScanProgress& pProgress) {
+  if (pProgress.fPrepared < pProgress.fToPrepare)
+    return fmt::format("Reading the file table  {} %", pProgress.fPrepared * 100 / pProgress.fToPrepare);
   const TValueFormat format;
   auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
   return fmt::format("{} files, {} folders, {}  {}", text(TColumn::mdFiles, pProgress.fFiles),
@@ -73,42 +73,20 @@ int TScanTask::Run() {
   return result;
 }
 
-// Loads on a thread of its own, so that progress is shown and a signal stops it.
 int TScanTask::OpenFile(IScanRoots& pRoots, const std::u16string& pFile) {
-  using namespace Vantrel::XML;
-  std::atomic<uint64_t> bytesRead{0};
-  auto load = std::async(std::launch::async, [&] {
-    return TQZXMLReader::LoadFromFile({&pFile, 1}, pRoots, [&](const std::u16string&, uint64_t pBytes) {
-      bytesRead.store(pBytes, std::memory_order_relaxed);
-      return !IsCancelRequested();
-    });
-  });
-  while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready) {
-    fLog.WriteWaiting();
-    if (fSettings.fShowProgress)
-      TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
-  }
-  if (fSettings.fShowProgress) TConsole::ClearProgress();
-  const std::vector<TLoadedRoot> loaded = load.get();
-  if (loaded.empty()) return ecCancelled;
-  const TRef<IHierarchicalRoot> root = loaded.front().fRoot;
-  if (!root) {
-    fSettings.fWriteError(loaded.front().fError);
-    return ecPathNotFound;
-  }
-  const int result = ReportLoaded(pRoots, loaded.front());
-  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*root);
+  const TLoadedScanFile loaded = LoadScanFile(pFile, pRoots, fSettings, fLog);
+  if (!loaded.fRoot) return loaded.fResult;
+  const int result = ReportLoaded(pRoots, *loaded.fRoot);
+  if (fPathsLeft > 0 || !fSettings.fLeaveQuickly) pRoots.Remove(*loaded.fRoot);
   return IsCancelRequested() ? std::max<int>(result, ecCancelled) : result;
 }
 
-int TScanTask::ReportLoaded(IScanRoots& pRoots, const XML::TLoadedRoot& pLoaded) {
-  IHierarchicalRoot& root = *pLoaded.fRoot;
-  for (const std::string& note : pLoaded.fNotes) fSettings.fWriteError(note);
+int TScanTask::ReportLoaded(IScanRoots& pRoots, IHierarchicalRoot& pRoot) {
   if (fOptions->RecordHistory)
     fSettings.fWriteError("Not recorded in the history, since it was loaded from a file: " +
-                          ToQuotedDisplay(root.GetPath()));
-  const int result = PerformActions(pRoots, root);
-  return root.GetState() & (rsHasErrors | rsCancelled) ? std::max<int>(result, ecIncomplete) : result;
+                          ToQuotedDisplay(pRoot.GetPath()));
+  const int result = PerformActions(pRoots, pRoot);
+  return pRoot.GetState() & (rsHasErrors | rsCancelled) ? std::max<int>(result, ecIncomplete) : result;
 }
 
 // Scans one path after the other. Parallel scans would compete for the same drive and the same threads.

@@ -14,10 +14,6 @@
 #include "model/roots/RootInterfaces.h"
 #include "search/patterns/PatternInterfaces.h"
 
-namespace Vantrel::XML {
-struct TLoadedRoot;
-}
-
 namespace Vantrel {
 
 // Opens the files and scans the paths of a command line, each followed by the actions that it asks for. Main thread
@@ -41,7 +37,7 @@ class TScanTask : private PostScanActions::IPostScanHost {
   std::string ProgramName() const override;
 
   int OpenFile(IScanRoots& pRoots, const std::u16string& pFile);
-  int ReportLoaded(IScanRoots& pRoots, const XML::TLoadedRoot& pLoaded);
+  int ReportLoaded(IScanRoots& pRoots, IHierarchicalRoot& pRoot);
   int ScanPaths(IScanRoots& pRoots, const std::vector<std::u16string>& pPaths);
   int ScanPath(IScanRoots& pRoots, const std::u16string& pPath);
   void WaitForScan(IHierarchicalRoot& pRoot);

@@ -21,7 +21,8 @@ MEASURE = os.path.join(BUILD, "bench", "measure")
 VANTREL = os.path.join(BUILD, "vantrel")
 OWN_NAME = os.path.basename(sys.argv[0])
 
-PACKAGES = {"du": "coreutils", "ncdu": "ncdu", "gdu": "gdu"}
+PACKAGES = {"du": "coreutils", "ncdu": "ncdu", "gdu": "gdu", "bfs": "bfs", "fdfind": "fd-find", "find": "findutils", "rg": "ripgrep",
+            "grep": "grep"}
 
 
 class Program:

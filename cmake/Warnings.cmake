@@ -9,3 +9,11 @@ endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(vantrel_warnings INTERFACE -Wthread-safety -Werror=thread-safety)
 endif()
+if(VANTREL_UNITS)
+  # Where several sources make one unit, a name may hide a name of its neighbour, and what is local to a source is no
+  # longer local to the unit.
+  target_compile_options(vantrel_warnings INTERFACE -Wno-shadow)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(vantrel_warnings INTERFACE -Wno-subobject-linkage)
+  endif()
+endif()

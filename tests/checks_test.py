@@ -38,6 +38,8 @@ class FloorsTest(ProjectTest):
         ("platform/Text.h", "#include <windows.h>", "belongs to a system"),
         ("export/Csv_posix.h", "#include <sys/stat.h>", "belongs to a system"),
         ("model/Node.cpp", "#include <sqlite3.h>", "is not for model/"),
+        ("export/Picture.cpp", "#include <QImage>", "knows no window library"),
+        ("app/Program.cpp", "#include <QtGui/QImage>", "knows no window library"),
         ("model/Node.cpp", "#if defined(_WIN32) && 1", "choose the platform by file"),
         ("app/Program.cpp", "#ifndef __linux__", "choose the platform by file"),
         ("stray/Thing.cpp", "", "lies on no floor"),
@@ -51,6 +53,11 @@ class FloorsTest(ProjectTest):
                 self.assertEqual(len(found), 1, found)
                 self.assertRegex(found[0], f"^{name}:[12]: .*{message}")
                 (self.root / name).unlink()
+
+    def test_the_window_may_use_its_library(self):
+        for name in ("window/panes/Pane.h", "app/gui/Main_posix.cpp"):
+            self.write(name, "#include <QWidget>\n#include <QtGui/QImage>\n")
+        self.assertEqual(floors.check(self.root), [])
 
     def test_an_empty_project_does_not_pass(self):
         self.assertRegex(floors.check(self.root)[0], "nothing was checked")

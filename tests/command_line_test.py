@@ -68,7 +68,7 @@ def option_file(options, version=1):
 GROUPS = option_file('<FileTypeGroups><Item Caption="Mine" Patterns="*.bin"/><Item Caption="Others" Patterns="*"/>'
                      '</FileTypeGroups>')
 
-NOT_BUILT = """EXCEL SHEETNAME EXPANDABLEREPORT PDF HTML PRINT SQLITE INDEXFILE SEARCH SEARCH:START SEARCH:INTERNET LOOP
+NOT_BUILT = """EXCEL SHEETNAME EXPANDABLEREPORT PDF HTML PRINT SQLITE INDEXFILE SEARCH:INTERNET LOOP
 CREATESNAPSHOT EMPTYRECYCLEBIN USERFILTER SHORTDATEFORMAT LANGUAGE SHOWWIZARD UILEVEL CONTEXTMENUENTRIES THEMEDCONTEXTMENUS
 SHOWAUTHGUI AADAPPLICATIONID AADREDIRECTURI DISABLESHAREPOINTSITECOLLECTIONS INSTALL UNINSTALL INSTALLPORTABLE UNINSTALLSURVEY
 REGISTERPACKAGE UNREGISTERPACKAGE SETADMINFLAG""".split()
@@ -111,6 +111,7 @@ REFUSED = [
     Row("--HistoryFile h.db --history-import h.db", given={"h.db": "x"}, err=(cannot_be_both("h.db", "a history to import", "the history"),)),
     Row("data --debuglog a.xml --xml a.xml", err=(cannot_be_both("a.xml", "the log", "an export"),)),
     Row("data --debuglog a.xml --compare a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "the scan to compare with", "the log"),)),
+    Row("ntfs:a.img --csv a.img", given={"a.img": "x"}, err=(cannot_be_both("a.img", "an image to scan", "an export"),)),
     Row("--open a.xml --xml a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "a scan to open", "an export"),)),
     Row("data --compare a.xml --csv a.xml", given={"a.xml": "x"}, err=(cannot_be_both("a.xml", "the scan to compare with", "an export"),)),
     Row("data --options o.xml --text o.xml", given={"o.xml": option_file("")}, err=(cannot_be_both("o.xml", "a file of options", "an export"),)),
@@ -171,9 +172,12 @@ REFUSED = [
     Row("/RESTRICTED true /SAVESETTINGS", err=("/SAVESETTINGS is not allowed together with /READONLY or /RESTRICTED",)),
     # Pictures.
     Row("data --treemap t.txt --piechart p.png --chart gone", err=(
-        '--treemap writes pictures, and "t.txt" is not the name of one: end it with .svg',
-        '--piechart writes SVG, since this program has no fonts to draw text with: name the file "p.svg"',
-        '--chart writes pictures, and "gone" is not the name of one: end it with .svg')),
+        '--treemap writes pictures, and "t.txt" is not the name of one: end it with .svg or .png',
+        '--piechart writes SVG, since only the window program, vantrel-gui, has fonts for PNG: name the file "p.svg"',
+        '--chart writes pictures, and "gone" is not the name of one: end it with .svg or .png')),
+    Row("--gui data", err=("There is no window: the program vantrel-gui is not in the folder of this program",)),
+    Row("--gui /NOGUI", err=("/GUI opens the window, and /NOGUI does without: leave out one of them",
+                             "There is no window: the program vantrel-gui is not in the folder of this program")),
     Row("data --treemap", err=(a_file_was_expected("--treemap", ""),)),
     Row("data --treemap t.svg --TreemapColors growth", err=(
         "--TreemapColors growth shows changes since an older scan: name its file with --compare",)),
@@ -259,7 +263,8 @@ DONE = [
     # Pictures. What is in them is looked at in picture_test.py.
     Row("data --treemap t.svg --TREEMAP t.png --dark --picturesize 300x200", files={
         "t.svg": ("<svg ", 'width="300" height="200"', "data:image/png;base64,", "sub", "</svg>"), "t.png": ("PNG", "IHDR")},
-        err=("The PNG file gets no captions and no legend: this program has no fonts. SVG files have both.",)),
+        err=("The PNG file gets no captions and no legend: this program has no fonts, and the window program, which has, "
+             "is not there. SVG files have both.",)),
     Row("data --treemapof extensions --treemap e.svg", files={"e.svg": (".bin", "</svg>")}),
     Row("data --treemapof owners --treemapcolors depth --treemap o.svg", files={"o.svg": ("</svg>",)}),
     Row("data --compare old.xml --treemapcolors growth --treemap g.svg", before=("data --xml old.xml",), files={"g.svg": ("</svg>",)}),
@@ -291,6 +296,11 @@ DONE = [
     Row("data /NOHEADER", out=("6.2 KB",), absent=("Report", "----", "Size")),
     Row("data --nounits", out=("6300 ", "100.0 ", "5300 ", "1000 ")),
     Row("data --filter *.txt --csv -", out=("data,1300,",)),
+    # Searches. Most of what they find is tested by search_test.py.
+    Row("--search three,two data", out=("Found by three,two", "two.bin", "three.txt", "2 files found, 5.2 KB, among 3 files and 2 folders"),
+        absent=("one.txt",)),
+    Row("/SEARCH:START size:>4KB data --csv - --noheaders --usecolumns name;size", out=("two.bin,5000",), absent=("one",)),
+    Row("--find emptyfolders data other", out=("0 files found, among 4 files and 2 folders",)),
     Row("data --exclude deep --csv -", out=("data,6000,",)),
     # A pattern in quotes is exact, one that names a folder means that folder, and one that matches nothing is told.
     Row("data --exclude '\"ee\"' --csv -", out=("data,6300,",), err=('Warning: the pattern "ee" matched nothing',)),
@@ -366,7 +376,7 @@ DONE = [
 # What goes wrong on the way. Whatever can still be done is done.
 FAILED = [
     Row("sftp://host/x data --csv -", PATH_NOT_FOUND, out=("data,6300,",),
-        err=('"sftp://host/x" cannot be scanned: there is no storage "sftp:". Known are: file:.',)),
+        err=('"sftp://host/x" cannot be scanned: there is no storage "sftp:". Known are: file:, ntfs:.',)),
     Row("gone data --csv -", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), out=("data,6300,",)),
     Row("gone\x1b[31m", PATH_NOT_FOUND, err=(pattern(r'Cannot scan "gone\\x1B\[31m": .+'),)),
     Row("gone --csv earlier.csv", PATH_NOT_FOUND, err=(pattern('Cannot scan "gone": .+'),), given={"earlier.csv": "earlier"}),

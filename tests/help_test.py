@@ -54,7 +54,7 @@ class Names:
         aliases = lower_switches(alias for match in same if match for alias in match[1].split(", "))
         self.spellings = self.switches | {alias for alias in aliases if len(alias) > 3}
         # Some switches set the option of their own name.
-        self.completed = self.spellings | {name for name in self.options if name.lower() not in self.spellings}
+        self.completed = {name for name in self.spellings if ":" not in name} | {name for name in self.options if name.lower() not in self.spellings}
         assert len(self.switches) > 30 and len(self.options) > 50 and len(self.spellings) > len(self.switches)
 
 
@@ -127,7 +127,7 @@ class HelpTest(unittest.TestCase):
         text = dict(zip(sections[1::2], sections[2::2]))
         names = Names()
         tags = re.findall(r"(?m)^       (--?[\w?].*)$", text["SWITCHES"])
-        tagged = {word for tag in tags for word in re.findall(r"(?:^|, )(--\w[\w-]*)", tag)}
+        tagged = {word for tag in tags for word in re.findall(r"(?:^|, )(--\w[\w:-]*)", tag)}
         self.assertEqual(tagged, names.spellings)
         self.assertTrue(set(names.not_built) <= {word.upper() for word in re.findall(r"--([\w:-]+)", text["SWITCHES"])})
         self.assertEqual(set(re.findall(r"(?m)^       (--\w[\w-]*)", text["OPTIONS"])), names.options)

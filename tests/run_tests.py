@@ -27,14 +27,20 @@ WINE_PREFIX = BUILD / "wine"
 SHOWN_LINES = 200  # of one failed test; its whole output is in the log beside the program
 
 # What can be asked for by --only, in the order in which it runs: the quickest to fail comes first.
-STAGES = ("checks", "linux", "windows", "python", "asan", "tsan", "clang", "fuzz")
+STAGES = ("checks", "linux", "windows", "python", "window", "winewindow", "asan", "tsan", "clang", "fuzz")
+# --all leaves out the window program for Windows, until Qt for Windows has been tried: building Qt takes long.
+ALL_STAGES = tuple(stage for stage in STAGES if stage != "winewindow")
 QUICK_STAGES = ("checks", "linux", "windows", "python")
 
 # The Linux tests run on the optimised build: it is what users get, ./run has built most of it already, and tests over a
 # million nodes finish in seconds. Assertions are not lost by that; the sanitizer builds keep them.
-FUZZ_SECONDS = 60
+FUZZ_SECONDS = 60  # for each program of tests/fuzz
 
-PRESETS = {"linux": "release", "windows": "windows", "asan": "asan", "tsan": "tsan", "clang": "clang", "fuzz": "fuzz"}
+# What the window's stages build. The other programs of their presets are those of other stages.
+WINDOW_STAGES = ("window", "winewindow")
+WINDOW_TARGETS = ("vantrel", "vantrel-gui", "window_tests")
+
+PRESETS = {"linux": "release", "windows": "windows", "window": "window", "winewindow": "windows-window", "asan": "asan", "tsan": "tsan", "clang": "clang", "fuzz": "fuzz"}
 
 
 @dataclasses.dataclass
@@ -97,8 +103,8 @@ def describe_end(code, timeout):
 # --- Builds ------------------------------------------------------------------------------------------------------------
 
 
-def build(preset, timeout, environment=None):
-    """Configures and builds one preset, everything in it. Returns a Result with no count when that worked."""
+def build(preset, timeout, environment=None, targets=()):
+    """Configures and builds one preset, everything in it or only some targets. Returns a Result with no count when that worked."""
     folder = BUILD / preset
     folder.mkdir(parents=True, exist_ok=True)
     log = folder / "build.log"
@@ -106,7 +112,7 @@ def build(preset, timeout, environment=None):
     # Configuring takes most of a second, and Ninja repeats it by itself when a list of sources has changed. A folder
     # that ./run configured has no tests yet.
     cache = folder / "CMakeCache.txt"
-    steps = [["ninja", "--quiet", "-C", str(folder)]]
+    steps = [["ninja", "--quiet", "-C", str(folder), *targets]]
     if not (folder / "build.ninja").exists() or "VANTREL_TESTS:BOOL=ON" not in cache.read_text():
         steps.insert(0, ["cmake", "-S", str(ROOT), "--preset", preset])
     for step in steps:
@@ -117,11 +123,11 @@ def build(preset, timeout, environment=None):
     return Result("build", seconds=time.monotonic() - start)
 
 
-def build_windows_libraries(timeout, environment=None):
+def build_windows_libraries(timeout, environment=None, name="windows-libraries"):
     """Builds the libraries that the Windows program is linked with, unless they are there. Returns what went wrong, or
     nothing."""
-    log = BUILD / "windows-libraries.log"
-    script = ROOT / "cmake/windows-libraries.sh"
+    log = BUILD / f"{name}.log"
+    script = ROOT / f"cmake/{name}.sh"
     code = run_logged([str(script)], log, timeout, environment)
     return "" if code == 0 else f"{read_log(log)}\n{script.name} {describe_end(code, timeout)}"
 
@@ -341,9 +347,14 @@ class Run:
         """Builds a stage's preset, once however often it is asked for. Returns whether it is there."""
         if stage not in self.builds:
             timeout = self.options.build_timeout
-            problem = build_windows_libraries(timeout, self.environment) if stage == "windows" else ""
+            problem = ""
+            if stage in ("windows", "winewindow"):
+                problem = build_windows_libraries(timeout, self.environment)
+            if stage == "winewindow" and not problem:
+                problem = build_windows_libraries(timeout, self.environment, "windows-qt")
+            targets = WINDOW_TARGETS if stage in WINDOW_STAGES else ()
             result = (Result("libraries", failed=1, output=problem) if problem else
-                      build(PRESETS[stage], timeout, self.environment))
+                      build(PRESETS[stage], timeout, self.environment, targets))
             self.builds[stage] = not result.failed
             if result.failed or stage == "clang":
                 result.passed = 0 if result.failed else 1
@@ -362,7 +373,8 @@ class Run:
 
     def run_programs(self, stage, launcher=(), environment=None):
         """Runs a stage's test programs side by side; each is one line of the report."""
-        programs = test_programs(PRESETS[stage])
+        programs = [program for program in test_programs(PRESETS[stage])
+                    if stage not in WINDOW_STAGES or "window_tests" in program[-1]]
         if not programs:
             self.report(stage, Result("tests", failed=1, output="There is no test program."))
         folder = BUILD / PRESETS[stage]
@@ -402,25 +414,34 @@ class Run:
                 self.report("clang", run_check(path, self.options.build_timeout, str(BUILD / PRESETS["clang"])))
 
     def fuzz(self):
-        """Feeds the reader of scan files with damaged ones for a minute. What it finds is kept in the build folder. Always
-        from the same start, so that two runs of one version find the same; whoever looks for more starts the program by
-        hand, with other seeds and for longer."""
+        """Feeds the readers of scan files, queries and NTFS volumes with damaged ones. What is found is kept in the build
+        folder. Always from the same start, so that two runs of one version find the same. To look for more, start a
+        program by hand, with other seeds and for longer."""
         if not self.built("fuzz"):
             return
+        made = BUILD / "fuzz/ntfs_seeds"
+        made.mkdir(exist_ok=True)
+        run_logged([str(BUILD / "fuzz/tests/fuzz/ntfs_fuzz"), "write-seeds", str(made)], BUILD / "fuzz/seeds.log",
+                   self.options.timeout, self.environment)
+        fuzzers = {"xml_reader_fuzz": ROOT / "tests/fuzz/seeds", "query_fuzz": ROOT / "tests/fuzz/query_seeds", "ntfs_fuzz": made}
+        for name, seeds in fuzzers.items():
+            self.run_fuzzer(name, seeds)
+
+    def run_fuzzer(self, name, seeds):
         folder = BUILD / "fuzz"
-        corpus = folder / "corpus"
+        corpus = folder / f"{name}_corpus"
         shutil.rmtree(corpus, ignore_errors=True)
         corpus.mkdir()
         start = time.monotonic()
-        log = folder / "xml_reader_fuzz.log"
-        code = run_logged([str(folder / "tests/fuzz/xml_reader_fuzz"), f"-max_total_time={FUZZ_SECONDS}", "-seed=1", "-timeout=20",
-                           "-rss_limit_mb=2048", f"-artifact_prefix={folder}/", str(corpus),
-                           str(ROOT / "tests/fuzz/seeds")], log, self.options.timeout, self.environment)
+        log = folder / f"{name}.log"
+        code = run_logged([str(folder / "tests/fuzz" / name), f"-max_total_time={FUZZ_SECONDS}", "-seed=1", "-timeout=20",
+                           "-rss_limit_mb=2048", f"-artifact_prefix={folder}/", str(corpus), str(seeds)], log,
+                          self.options.timeout, self.environment)
         runs = re.search(r"^Done (\d+) runs", read_log(log), re.MULTILINE)
-        passed = code == 0 and runs and int(runs[1]) > 0
-        output = "" if passed else f"{read_log(log)[-4000:]}\nxml_reader_fuzz {describe_end(code, self.options.timeout)}"
-        name = f"xml_reader_fuzz, {runs[1]} runs" if runs else "xml_reader_fuzz"
-        self.report("fuzz", Result(name, passed=int(bool(passed)), failed=int(not passed),
+        passed = code == 0 and runs and int(runs[1]) > 0 and any(seeds.iterdir())
+        output = "" if passed else f"{read_log(log)[-4000:]}\n{name} {describe_end(code, self.options.timeout)}"
+        shown = f"{name}, {runs[1]} runs" if runs else name
+        self.report("fuzz", Result(shown, passed=int(bool(passed)), failed=int(not passed),
                                    seconds=time.monotonic() - start, output=output))
 
     def windows(self):
@@ -437,15 +458,44 @@ class Run:
         environment = self.wine()
         if not environment:
             return
-        environment.update(VANTREL_LINUX=str(BUILD / "release/vantrel"),
+        # In a folder of its own. Beside a window program, which ./run --gui builds, it would do more.
+        alone = BUILD / "console/vantrel"
+        alone.parent.mkdir(exist_ok=True)
+        shutil.copy2(BUILD / "release/vantrel", alone)
+        environment.update(VANTREL_LINUX=str(alone),
                            VANTREL_WINDOWS=str(BUILD / "windows/vantrel.exe"), VANTREL_WINE="wine",
                            VANTREL_LIST_SCAN=str(BUILD / "release/tests/list_scan"),
+                           VANTREL_MATCH_QUERY=str(BUILD / "release/tests/match_query"),
                            VANTREL_SEND_MAIL=str(BUILD / "release/tests/send_mail"),
                            VANTREL_SEND_MAIL_WINDOWS=str(BUILD / "windows/tests/send_mail.exe"),
                            VANTREL_RECORD_HISTORY=str(BUILD / "release/tests/record_history"),
                            VANTREL_RECORD_HISTORY_WINDOWS=str(BUILD / "windows/tests/record_history.exe"))
         for path in files:
             self.report("python", run_python_test(path, self.options.timeout, environment))
+
+    def window(self):
+        """The window program on Linux. Its widgets are drawn into memory."""
+        if self.built("window"):
+            self.run_programs("window")
+            self.run_window_python("window", self.environment, VANTREL_WINDOW_PROGRAM=BUILD / "window/vantrel-gui",
+                                   VANTREL_CONSOLE_PROGRAM=BUILD / "window/vantrel")
+
+    def winewindow(self):
+        """The same for Windows, with Qt's libraries beside the program. Wine shows it on a display of its own."""
+        if not self.built("winewindow"):
+            return
+        environment = self.wine()
+        if environment:
+            folder = BUILD / PRESETS["winewindow"]
+            environment.update(WINEPATH=f"Z:{folder}".replace("/", "\\"), QT_PLUGIN_PATH=f"Z:{folder}")
+            self.run_programs("winewindow", ["xvfb-run", "-a", "wine"], environment)
+            self.run_window_python("winewindow", environment, VANTREL_WINDOW_PROGRAM=folder / "vantrel-gui.exe",
+                                   VANTREL_CONSOLE_PROGRAM=folder / "vantrel.exe", VANTREL_WINE="wine")
+
+    def run_window_python(self, stage, environment, **programs):
+        environment = dict(environment, **{name: str(path) for name, path in programs.items()})
+        for path in sorted((ROOT / "tests/window").glob("*_test.py")):
+            self.report(stage, run_python_test(path, self.options.timeout, environment))
 
     def close(self):
         """Prints the sum. Returns the exit code."""
@@ -462,9 +512,10 @@ def parse_options(arguments):
         prog="./test", description="Builds and runs the tests, for Linux natively and for Windows under Wine.")
     parser.add_argument("--all", action="store_true",
                         help="also run the tests under the address, undefined-behaviour and thread sanitizers, and "
+                             "test the window program, "
                              "build with clang, where a finding of the thread-safety analysis is an error, run clang-tidy, "
-                             "look for functions that nothing calls, and feed the reader of scan files with damaged ones "
-                             "for a minute")
+                             "look for functions that nothing calls, and feed the readers of scan files, queries and "
+                             "NTFS volumes with damaged ones for a minute each")
     parser.add_argument("--only", metavar="STAGE", action="append", choices=STAGES,
                         help=f"run only this stage, one of {', '.join(STAGES)}; may be given more than once")
     parser.add_argument("--filter", metavar="PATTERN", default="",
@@ -478,7 +529,7 @@ def parse_options(arguments):
 
 def main(arguments):
     options = parse_options(arguments)
-    stages = STAGES if options.all else options.only or QUICK_STAGES
+    stages = ALL_STAGES if options.all else options.only or QUICK_STAGES
     BUILD.mkdir(exist_ok=True)
     run = Run(options)
     sys.stdout.reconfigure(errors="backslashreplace")

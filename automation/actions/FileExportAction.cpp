@@ -42,12 +42,6 @@ std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSet
   }
 }
 
-// Other programs read path lists, so lines end as is usual on the system.
-std::string_view EndOfPath(bool pWithNul) {
-  if (pWithNul) return std::string_view("\0", 1);
-  return NativePathDelimiter() == u'/' ? "\n" : "\r\n";
-}
-
 // Lists have their own columns. So beside files that programs read they get their own files: "data-extensions.csv"
 // beside "data.csv".
 bool HasListFiles(TExportFormat pFormat, std::u16string_view pFileName) {
@@ -60,6 +54,12 @@ std::u16string PathOfList(const std::u16string& pFileName, std::u16string_view p
 }
 
 }  // namespace
+
+// Other programs read path lists, so lines end as is usual on the system.
+std::string_view EndOfPath(bool pWithNul) {
+  if (pWithNul) return std::string_view("\0", 1);
+  return NativePathDelimiter() == u'/' ? "\n" : "\r\n";
+}
 
 TMediaType MediaOf(TExportFormat pFormat) {
   switch (pFormat) {

@@ -33,6 +33,9 @@ TMediaSettings RowSettings(TExportFormat pFormat, TGlobalOptions& pOptions, std:
 std::vector<std::u16string> ListFiles(TExportFormat pFormat, const std::u16string& pFileName,
                                       const TGlobalOptions& pOptions);
 
+// What ends the lines of a path list.
+std::string_view EndOfPath(bool pWithNul);
+
 // What an export needs to know of the run.
 struct TExportRun {
   std::string fProgramName;

@@ -35,12 +35,13 @@ constexpr int kUsualWidth = 80;
 class THistoryTasks {
  public:
   THistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput, int pWidth,
-                const std::function<void(std::string_view)>& pWriteError)
+                const std::function<void(std::string_view)>& pWriteError, Pictures::IPictureRenderer* pRenderer)
       : fState(pState),
         fFile(HistoryFile(*pState.fOptions)),
         fOutput(pOutput),
         fWidth(pWidth > 0 ? pWidth : kUsualWidth),
-        fWriteError(pWriteError) {}
+        fWriteError(pWriteError),
+        fRenderer(pRenderer) {}
 
   int Run() {
     for (const std::u16string& file : fState.fHistoryImports) Try([&] { Import(file); });
@@ -127,7 +128,7 @@ class THistoryTasks {
       const std::u16string target = fState.fHistoryPaths.size() > 1 ? WithPartInName(pFile, name) : pFile;
       CreateFolderOf(target);
       TExportFile file(target, [] { return false; });
-      WritePicture(HistoryPicture(*fState.fOptions, path, pPattern), file);
+      WritePicture(HistoryPicture(*fState.fOptions, path, pPattern), file, target, fRenderer);
     }
   }
 
@@ -165,6 +166,7 @@ class THistoryTasks {
   ILineOutput& fOutput;
   const int fWidth;
   const std::function<void(std::string_view)>& fWriteError;
+  Pictures::IPictureRenderer* const fRenderer;
   int fResult = ecOk;
 };
 
@@ -177,8 +179,8 @@ std::u16string HistoryFile(const TGlobalOptions& pOptions) {
 }
 
 int RunHistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput, int pWidth,
-                    const std::function<void(std::string_view)>& pWriteError) {
-  return THistoryTasks(pState, pOutput, pWidth, pWriteError).Run();
+                    const std::function<void(std::string_view)>& pWriteError, Pictures::IPictureRenderer* pRenderer) {
+  return THistoryTasks(pState, pOutput, pWidth, pWriteError, pRenderer).Run();
 }
 
 }  // namespace Vantrel::CommandLine

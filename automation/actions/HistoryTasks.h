@@ -6,6 +6,7 @@
 #include <string>
 
 #include "automation/commandline/CommandLineState.h"
+#include "export/pictures/PictureRenderer.h"
 #include "export/walk/HierarchicalExport.h"
 
 namespace Vantrel::CommandLine {
@@ -15,8 +16,10 @@ namespace Vantrel::CommandLine {
 std::u16string HistoryFile(const Vantrel::TGlobalOptions& pOptions);
 
 // Runs the command line's tasks on the history in this order: imports, deletions, tables with charts, the CSV file, the
-// export. Sends messages one by one to pWriteError. Returns the exit code.
+// export. Sends messages one by one to pWriteError. Charts become PNG files if there is a renderer. Returns the exit
+// code.
 int RunHistoryTasks(const TCommandLineState& pState, Vantrel::Exporting::ILineOutput& pOutput, int pWidth,
-                    const std::function<void(std::string_view)>& pWriteError);
+                    const std::function<void(std::string_view)>& pWriteError,
+                    Vantrel::Pictures::IPictureRenderer* pRenderer = nullptr);
 
 }  // namespace Vantrel::CommandLine

@@ -129,14 +129,24 @@ Drawing::TDrawing HistoryPicture(const TGlobalOptions& pOptions, const std::u16s
   return MakeChart(type, series, ChartSettings(pOptions), Drawing::TEstimatedTextMeasure());
 }
 
-void WritePicture(const Drawing::TDrawing& pDrawing, TExportFile& pFile) {
-  Pictures::WriteSVG(pDrawing, pFile);
+void WritePicture(const Drawing::TDrawing& pDrawing, TExportFile& pFile, std::u16string_view pName,
+                  Pictures::IPictureRenderer* pRenderer) {
+  if (pRenderer && HasExtension(pName, kBitmapExtension))
+    pFile.Write(Pictures::EncodePNG(static_cast<int>(pDrawing.fWidth), static_cast<int>(pDrawing.fHeight),
+                                    pRenderer->Render(pDrawing)));
+  else
+    Pictures::WriteSVG(pDrawing, pFile);
   pFile.Commit();
 }
 
 TPicturePostScanAction::TPicturePostScanAction(const TGlobalOptions& pOptions, TPictureRequest pRequest,
-                                               TExportRun pRun, TWriteNote pWriteNote)
-    : fOptions(pOptions), fRequest(std::move(pRequest)), fRun(std::move(pRun)), fWriteNote(std::move(pWriteNote)) {}
+                                               TExportRun pRun, TWriteNote pWriteNote,
+                                               Pictures::IPictureRenderer* pRenderer)
+    : fOptions(pOptions),
+      fRequest(std::move(pRequest)),
+      fRun(std::move(pRun)),
+      fWriteNote(std::move(pWriteNote)),
+      fRenderer(pRenderer) {}
 
 void TPicturePostScanAction::Prepare() {
   if (fRequest.fFile.empty()) {
@@ -144,8 +154,10 @@ void TPicturePostScanAction::Prepare() {
     return;
   }
   ProbeTarget(fRequest.fFile);
-  if (HasExtension(fRequest.fFile, kBitmapExtension))
-    fWriteNote("The PNG file gets no captions and no legend: this program has no fonts. SVG files have both.");
+  if (!fRenderer && HasExtension(fRequest.fFile, kBitmapExtension))
+    fWriteNote(
+        "The PNG file gets no captions and no legend: this program has no fonts, and the window program, which has, is "
+        "not there. SVG files have both.");
 }
 
 void TPicturePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
@@ -156,7 +168,7 @@ void TPicturePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   if (fRequest.fSubject == psTreemap)
     DrawTreemap(pRoot, file);
   else
-    WritePicture(DrawChart(pRoot), file);
+    WritePicture(DrawChart(pRoot), file, fRequest.fFile, fRenderer);
   fWritten.push_back(path);
   // Names made from the first one are temporary, too.
   if (fTemporary) fTemporary->Add(FileNameOfPath(path, NativePathDelimiter()));
@@ -164,7 +176,7 @@ void TPicturePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
 
 void TPicturePostScanAction::DrawTreemap(IHierarchicalRoot& pRoot, TExportFile& pFile) {
   using namespace Treemap;
-  const bool isBitmap = HasExtension(fRequest.fFile, kBitmapExtension);
+  const bool isBitmap = !fRenderer && HasExtension(fRequest.fFile, kBitmapExtension);  // without text
   TTreemapSettings settings;
   settings.fWidth = fOptions.PictureSize.fWidth;
   settings.fHeight = fOptions.PictureSize.fHeight;
@@ -190,7 +202,7 @@ void TPicturePostScanAction::DrawTreemap(IHierarchicalRoot& pRoot, TExportFile& 
   }
   WritePicture(Pictures::DrawingOfTreemap(*picture, height, pRoot.GetTitle(), Drawing::ThemeOf(settings.fDark),
                                           settings.fFormat, measure),
-               pFile);
+               pFile, fRequest.fFile, fRenderer);
 }
 
 Drawing::TDrawing TPicturePostScanAction::DrawChart(IHierarchicalRoot& pRoot) const {

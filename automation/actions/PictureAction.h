@@ -10,6 +10,7 @@
 #include "automation/actions/FileExportAction.h"
 #include "automation/actions/PostScanActions.h"
 #include "automation/commandline/CommandLineState.h"
+#include "export/pictures/PictureRenderer.h"
 #include "platform/files/Folders.h"
 #include "presentation/charts/Charts.h"
 
@@ -23,18 +24,20 @@ Charts::TChartSettings ChartSettings(const TGlobalOptions& pOptions);
 // The scans of a path in the history as a picture. EInvalidOperation when the history holds none.
 Drawing::TDrawing HistoryPicture(const TGlobalOptions& pOptions, const std::u16string& pPath,
                                  std::u16string_view pPattern);
-// Writes a drawing as SVG.
-void WritePicture(const Drawing::TDrawing& pDrawing, TExportFile& pFile);
+// Writes a drawing: as PNG if the file's name asks for it and there is a renderer, else as SVG.
+void WritePicture(const Drawing::TDrawing& pDrawing, TExportFile& pFile, std::u16string_view pName,
+                  Pictures::IPictureRenderer* pRenderer);
 
 // Draws each root when its scan has finished. Each of several roots gets its own file with the root's name in it. Files
 // replace their targets when everything is written. An error is an exception that names the file.
 class TPicturePostScanAction : public TBasePostScanAction {
  public:
   using TWriteNote = std::function<void(std::string_view)>;
-  // The options must outlive the action. Without a name, the file is a temporary one that the action deletes at its
-  // end. pWriteNote gets what the user should know about the picture.
+  // The options and the renderer must outlive the action. Without a name, the file is a temporary one that the action
+  // deletes at its end. pWriteNote gets what the user should know about the picture. Without a renderer, treemaps in
+  // PNG files have no text.
   TPicturePostScanAction(const TGlobalOptions& pOptions, TPictureRequest pRequest, TExportRun pRun,
-                         TWriteNote pWriteNote);
+                         TWriteNote pWriteNote, Pictures::IPictureRenderer* pRenderer = nullptr);
 
   void Prepare() override;
   void Execute(IHierarchicalRoot& pRoot, bool pReplaceExisting, bool pReportErrors) override;
@@ -50,6 +53,7 @@ class TPicturePostScanAction : public TBasePostScanAction {
   TPictureRequest fRequest;
   const TExportRun fRun;
   const TWriteNote fWriteNote;
+  Pictures::IPictureRenderer* const fRenderer;
   std::optional<TTemporaryFiles> fTemporary;  // none: the file has its own target
   TNamesOfRoots fNames;
   std::vector<std::u16string> fWritten;

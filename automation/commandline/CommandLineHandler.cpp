@@ -9,6 +9,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
 #include "automation/commandline/RunFiles.h"
+#include "automation/commandline/SearchRequest.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
@@ -45,13 +46,18 @@ size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
 
 }  // namespace
 
+bool TCommandLineState::NeedsFonts() const {
+  return std::any_of(fPictures.begin(), fPictures.end(),
+                     [](const TPictureRequest& pRequest) { return HasExtension(pRequest.fFile, u".png"); });
+}
+
 size_t NumberOfScans(const TCommandLineState& pState) {
   return pState.fPaths.size() + pState.fOpenFiles.size();
 }
 
 TCommandLineHandler::TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser, Vantrel::TGlobalOptions& pOptions,
-                                         std::u16string pUserOptionsFile)
-    : fParser(pParser), fOptions(pOptions), fUserOptionsFile(std::move(pUserOptionsFile)) {
+                                         std::u16string pUserOptionsFile, TProgramAbilities pAbilities)
+    : fParser(pParser), fOptions(pOptions), fUserOptionsFile(std::move(pUserOptionsFile)), fAbilities(pAbilities) {
   for (const TSwitch& item : AllSwitches()) {
     if (SwitchOf(fParser.FindRegistered(std::u16string(u"/").append(item.fItem.fName))) == nullptr)
       fParser.RegisterCmdLineSwitch(item.fItem);
@@ -62,6 +68,7 @@ TCommandLineHandler::TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser
 void TCommandLineHandler::Reset() {
   fState = {};
   fState.fOptions = &fOptions;
+  fState.fAbilities = fAbilities;
   fSeen.clear();
   fErrors.clear();
   fHelpText.clear();
@@ -283,9 +290,12 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  fState.fHadOutputs = fState.HasOutputs();
   CheckPictures();
   CheckHistory();
   CheckScans();
+  for (std::string& message : SearchErrors(fState)) fErrors.push_back(std::move(message));
+  CheckWindow();
   FinalizeExports();
   for (std::string& message : FilesOfRun(fState, fUserOptionsFile).Conflicts()) fErrors.push_back(std::move(message));
   if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
@@ -328,12 +338,20 @@ void TCommandLineHandler::CheckScans() {
   if (scans > static_cast<size_t>(fOptions.MaximumRoots))
     fErrors.push_back(fmt::format("{} scans are asked for, and one run takes {} (option MaximumRoots)", scans,
                                   fOptions.MaximumRoots));
-  const bool hasTask = scans > 0 || fState.fHelp || fState.fVersion || fState.fExportDriveList ||
-                       fState.fSaveSettings || fState.fForgetSettings || fState.HasHistoryTasks();
+  const bool hasTask = scans > 0 || fState.fShowWindow || fState.OpensWindow() || fState.fHelp || fState.fVersion ||
+                       fState.fExportDriveList || fState.fSaveSettings || fState.fForgetSettings ||
+                       fState.HasHistoryTasks() || fState.fQuery.has_value();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
                                        : "No path to scan was given");
+}
+
+void TCommandLineHandler::CheckWindow() {
+  if (!fState.fShowWindow || fState.fHelp || fState.fVersion) return;
+  if (fState.fUnattended) fErrors.push_back("/GUI opens the window, and /NOGUI does without: leave out one of them");
+  if (fAbilities.fWindow == TWindowUse::wuNever)
+    fErrors.push_back("There is no window: the program vantrel-gui is not in the folder of this program");
 }
 
 void TCommandLineHandler::FinalizeExports() {
@@ -381,7 +399,11 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
-  if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty())) result = pTasks.OpenAndScan();
+  if (result == ecOk && fState.fQuery) return pTasks.Search();
+  if (result == ecOk && fState.OpensWindow())
+    result = pTasks.OpenWindow();
+  else if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty()))
+    result = pTasks.OpenAndScan();
   // The history shown includes the scan just made.
   if (fState.HasHistoryTasks() && result != ecCancelled) result = std::max(result, pTasks.ManageHistory());
   return result;

@@ -25,6 +25,10 @@ class ICommandLineTasks {
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs the actions that follow.
   virtual int OpenAndScan() = 0;
+  // Searches, and writes what was found.
+  virtual int Search() = 0;
+  // Opens the window, which does this, and waits until it is closed.
+  virtual int OpenWindow() = 0;
   virtual int PrepareHistory() = 0;  // before a scan: finds errors that would make ManageHistory fail
   virtual int ManageHistory() = 0;
 };
@@ -33,9 +37,9 @@ class ICommandLineTasks {
 class TCommandLineHandler {
  public:
   // Registers the program's switches with the parser. Both arguments must outlive the handler. The user's own options
-  // file is loaded first; its path is empty when there is none.
+  // file is loaded first; its path is empty when there is none. pAbilities are those of the program that runs.
   TCommandLineHandler(Vantrel::TKivCommandLineParser& pParser, Vantrel::TGlobalOptions& pOptions,
-                      std::u16string pUserOptionsFile = {});
+                      std::u16string pUserOptionsFile = {}, TProgramAbilities pAbilities = {});
 
   void Reset();
   // Loads the options files, then reads the tokens, which do not include the program's name. Errors are collected, so
@@ -71,10 +75,12 @@ class TCommandLineHandler {
   void CheckPictures();
   void CheckHistory();
   void CheckScans();
+  void CheckWindow();
 
   Vantrel::TKivCommandLineParser& fParser;
   Vantrel::TGlobalOptions& fOptions;
   const std::u16string fUserOptionsFile;
+  const TProgramAbilities fAbilities;
   TCommandLineState fState;
   std::vector<const TSwitch*> fSeen;  // an alias counts as its main switch
   std::vector<std::string> fErrors;

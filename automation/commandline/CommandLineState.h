@@ -38,6 +38,19 @@ struct TPictureRequest {
   std::u16string fFile;                      // as for exports
 };
 
+// When a command line asks for the window.
+enum class TWindowUse : uint8_t {
+  wuNever,      // the program has none
+  wuWhenAsked,  // with /GUI
+  wuUsual,      // also without it, unless the run is unattended or writes something
+};
+
+// What programs with the same command line differ in.
+struct TProgramAbilities {
+  TWindowUse fWindow = TWindowUse::wuNever;
+  bool fHasFonts = false;  // bitmaps may hold text
+};
+
 // Requests that are also options are set in the options.
 struct TCommandLineState {
   Vantrel::TGlobalOptions* fOptions = nullptr;  // the handler's
@@ -45,6 +58,7 @@ struct TCommandLineState {
   std::vector<std::u16string> fPaths;                            // to scan, as typed, in order
   std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
+  std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
   std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   std::vector<TPictureRequest> fPictures;
@@ -54,6 +68,8 @@ struct TCommandLineState {
   std::vector<std::u16string> fPatternFiles;  // already read, like the options files
   std::vector<std::u16string> fOptionsFiles;
 
+  TProgramAbilities fAbilities;  // of the program that reads the command line
+  bool fShowWindow = false;
   bool fUnattended = false;
   bool fReadOnly = false;  // nothing of the user's settings is changed
   bool fHelp = false;
@@ -74,6 +90,19 @@ struct TCommandLineState {
            std::any_of(fPictures.begin(), fPictures.end(),
                        [](const TPictureRequest& pRequest) { return pRequest.fSubject == TPictureSubject::psHistory; });
   }
+
+  bool fHadOutputs = false;  // also charts that only add to a report, which are options in the end
+  // Whether the run writes something, so that it is done without a window.
+  bool HasOutputs() const {
+    return fHadOutputs || fQuery.has_value() || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() ||
+           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
+  }
+  bool OpensWindow() const {
+    if (fAbilities.fWindow == TWindowUse::wuNever || fUnattended || fHelp || fVersion) return false;
+    return fShowWindow || (fAbilities.fWindow == TWindowUse::wuUsual && !HasOutputs());
+  }
+  // Whether it draws text into bitmaps.
+  bool NeedsFonts() const;
 
   bool fSaveSettings = false;
   bool fForgetSettings = false;

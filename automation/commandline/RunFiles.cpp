@@ -10,6 +10,7 @@
 #include "automation/commandline/CommandLineHandler.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
+#include "scan/ntfs/NtfsStorage.h"
 
 namespace Vantrel::CommandLine {
 
@@ -125,6 +126,8 @@ TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUse
   addAll(pState.fPatternFiles, TFileUse::fuRead, "a file of patterns");
   addAll(pState.fOpenFiles, TFileUse::fuRead, "a scan to open");
   addAll(pState.fHistoryImports, TFileUse::fuRead, "a history to import");
+  for (const std::u16string& path : pState.fPaths)
+    files.Add(Ntfs::ImageOfPath(path), TFileUse::fuRead, "an image to scan");
   files.Add(pState.fCompareFile, TFileUse::fuOldScan, "the scan to compare with");
   files.Add(pUserOptionsFile, TFileUse::fuSettings, "the settings");
   if (pState.UsesHistory()) {

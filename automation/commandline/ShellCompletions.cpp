@@ -101,6 +101,8 @@ std::vector<TCompletion> Completions() {
   for (const TSwitch& item : AllSwitches()) {
     // "-h" and "-?" need no completion.
     if (item.fRank == TSwitchRank::srNotBuilt || item.fItem.fName.size() == 1) continue;
+    // Shells take the colon for a sign of their own. Such a switch has another spelling.
+    if (item.fItem.fName.find(u':') != std::u16string_view::npos) continue;
     const TFollow follow = FollowOf(item);
     completions.push_back({SwitchName(item), std::string(MainSwitchOf(item).fHelp), follow,
                            follow == TFollow::foOptionalWord ? "true false" : ""});

@@ -8,6 +8,7 @@
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
+#include "search/files/ReadySearches.h"
 #include "search/patterns/PatternFile.h"
 #include "search/patterns/PatternList.h"
 #include "search/patterns/SizeText.h"
@@ -77,6 +78,19 @@ void OpenFile(TCommandLineState& pState, std::u16string_view pFiles) {
   for (std::u16string& file : SplitPaths(pFiles)) pState.fOpenFiles.push_back(std::move(file));
 }
 
+void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
+  pState.fQuery = pQuery;
+}
+
+void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
+  const Search::TReadySearch* search = Search::FindReadySearch(pName);
+  if (search) return SearchFor(pState, search->fQuery);
+  std::string names;
+  for (const Search::TReadySearch& known : Search::ReadySearches())
+    names.append(names.empty() ? "" : ", ").append(ToUtf8(known.fName));
+  throw EInvalidArgumentValue("knows no search named " + ToQuotedDisplay(pName) + ". There are " + names);
+}
+
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {
   PatternsOf(pState).Add(CreateTypedPattern(pPattern, TPatternType::ptyInclude));
 }
@@ -121,21 +135,22 @@ using enum TPictureSubject;
 
 // Refuses names from which no picture's format follows. A switch with an optional file takes any name of no folder, so
 // this also finds a path to scan that does not exist.
-void CheckPictureName(std::u16string_view pFile, bool pMayBeBitmap) {
+void CheckPictureName(const TCommandLineState& pState, std::u16string_view pFile, bool pMayLackText) {
   if (pFile.empty() || pFile == u"-" || HasExtension(pFile, u".svg")) return;
   if (!HasExtension(pFile, u".png"))
     throw EInvalidArgumentValue("writes pictures, and " + ToQuotedDisplay(pFile) +
-                                " is not the name of one: end it with .svg");
-  if (pMayBeBitmap) return;
+                                " is not the name of one: end it with .svg or .png");
+  if (pMayLackText || pState.fAbilities.fHasFonts) return;
   const std::u16string instead = std::u16string(pFile.substr(0, pFile.size() - 4)) + u".svg";
-  throw EInvalidArgumentValue("writes SVG, since this program has no fonts to draw text with: name the file " +
-                              ToQuotedDisplay(instead));
+  throw EInvalidArgumentValue(
+      "writes SVG, since only the window program, vantrel-gui, has fonts for PNG: name the file " +
+      ToQuotedDisplay(instead));
 }
 
 // Without a file, the chart is added to reports, and a mail takes it along as a picture.
 void AddChart(TCommandLineState& pState, TPictureSubject pSubject, std::optional<TChartForm> pForm,
               std::u16string_view pFile, bool TGlobalOptions::*pInReports) {
-  CheckPictureName(pFile, false);
+  CheckPictureName(pState, pFile, false);
   if (pFile.empty()) pState.fOptions->*pInReports = true;
   pState.fPictures.push_back({pSubject, pForm, std::u16string(pFile)});
 }
@@ -143,7 +158,7 @@ void AddChart(TCommandLineState& pState, TPictureSubject pSubject, std::optional
 }  // namespace
 
 void DrawTreemap(TCommandLineState& pState, std::u16string_view pFile) {
-  CheckPictureName(pFile, true);
+  CheckPictureName(pState, pFile, true);
   pState.fPictures.push_back({psTreemap, {}, std::u16string(pFile)});
 }
 
@@ -184,7 +199,7 @@ void DrawFileAges(TCommandLineState& pState, std::u16string_view pFile) {
 }
 
 void DrawHistory(TCommandLineState& pState, std::u16string_view pFile) {
-  CheckPictureName(pFile, false);
+  CheckPictureName(pState, pFile, false);
   if (pFile.empty()) pState.fShowHistoryOfScans = true;
   pState.fPictures.push_back({psHistory, {}, std::u16string(pFile)});
 }

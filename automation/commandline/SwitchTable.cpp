@@ -18,7 +18,7 @@ constexpr bool kRepeated = true;
 
 constexpr std::string_view kNoWindow = "This version has no window.";
 constexpr std::string_view kNoInstaller = "This version is not installed by itself.";
-constexpr std::string_view kNoSearch = "This version has no file search.";
+constexpr std::string_view kNoSearch = "This version searches no internet.";
 constexpr std::string_view kNoRemote = "This version scans no storage in the cloud.";
 constexpr std::string_view kNoSpreadsheet = "This version writes no spreadsheets.";
 constexpr std::string_view kNoIndex =
@@ -28,11 +28,13 @@ constexpr std::string_view kListDetails =
     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
 
 constexpr std::string_view kChartDetails =
-    "Written as SVG, which browsers show. Without a file, reports show the chart in characters, CSV and tab-separated "
+    "SVG is for browsers. PNG needs the window program, vantrel-gui. Without a file, reports show the chart in "
+    "characters, CSV and tab-separated "
     "exports get its numbers as a list, and a mail takes the picture along. The option PictureSize says how large "
     "pictures are, ChartItems how many items they show.";
 constexpr std::string_view kFormDetails =
-    "Written as SVG, which browsers show. Without a file, reports show the chart in characters, CSV and tab-separated "
+    "SVG is for browsers. PNG needs the window program, vantrel-gui. Without a file, reports show the chart in "
+    "characters, CSV and tab-separated "
     "exports get its numbers as a list, and a mail takes the picture along. The option ChartType chooses between bar, "
     "column, pie and ring.";
 
@@ -71,6 +73,25 @@ constexpr TSwitch kSwitches[] = {
      "A file",
      "Exports then know the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
      "them."},
+    {{u"SEARCH", vkPattern, kOnce},
+     srMain,
+     "QUERY",
+     "list the files that a query finds",
+     SearchFor,
+     "A query",
+     "In the paths, or in the scans that --open loads. Conditions such as size:>100MB, modified:<2024, ext:iso,zip, "
+     "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --text and "
+     "--pathlist write what was found."},
+    {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchFor, "A query"},
+    {{u"FIND", vkText, kOnce},
+     srMore,
+     "NAME",
+     "list what a ready-made search finds",
+     SearchReady,
+     "A name",
+     "largest: files of 100 MB and more. oldest: last changed more than five years ago. newest: changed within a day. "
+     "temporary: what programs leave behind. emptyfolders: with nothing in them. broken: links that lead nowhere. "
+     "longpaths: of 260 characters and more."},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},
@@ -129,10 +150,9 @@ constexpr TSwitch kSwitches[] = {
      "draw a treemap (.svg, .png)",
      DrawTreemap,
      {},
-     "SVG has captions and tooltips; PNG has neither. The options PictureSize, TreemapOf and TreemapColors say how "
-     "large "
-     "it is, what it shows, and what the colours mean."},
-    Chart(u"CHART", "draw a chart of the folders (.svg)", DrawFolders, kFormDetails),
+     "SVG has captions and tooltips. PNG has captions if the window program, vantrel-gui, is there. The options "
+     "PictureSize, TreemapOf and TreemapColors say how large it is, what it shows, and what the colours mean."},
+    Chart(u"CHART", "draw a chart of the folders (.svg, .png)", DrawFolders, kFormDetails),
     Chart(u"PIECHART", "the same as a pie", DrawFoldersPie, kChartDetails),
     Chart(u"BARCHART", "the same as bars", DrawFoldersBars, kChartDetails),
     Chart(u"EXTENSIONSCHART", "draw sizes by extension", DrawExtensions, kFormDetails),
@@ -144,7 +164,7 @@ constexpr TSwitch kSwitches[] = {
     {{u"HISTORYCHART", vkOptionalFile, kRepeated},
      srMore,
      "[FILE]",
-     "draw the size over time (.svg)",
+     "draw the size over time (.svg, .png)",
      DrawHistory,
      {},
      "Of the paths that --history names, else of the scanned paths, from the scans that --record-history recorded. "
@@ -207,7 +227,7 @@ constexpr TSwitch kSwitches[] = {
 
     // Mail.
     {{u"EMAIL", vkText, kRepeated},
-     srMain,
+     srMore,
      "ADDRESS[;ADDRESS]...",
      "mail the report and all exports",
      MailTo,
@@ -294,15 +314,19 @@ constexpr TSwitch kSwitches[] = {
     {{u"RESTRICTED", vkOptionalBoolean, kRepeated}, srAlias, "", "", SetFlag<&TState::fReadOnly>},
 
     // The run.
-    {{u"NOGUI", vkNone, kRepeated},
+    {{u"GUI", vkNone, kRepeated},
      srMore,
      "",
-     "run without a window (always the case)",
-     SetFlag<&TState::fUnattended>},
+     "open the window (vantrel-gui)",
+     SetFlag<&TState::fShowWindow>,
+     {},
+     "vantrel-gui opens it without this switch, unless the run writes a file or a report. So does vantrel on Windows, "
+     "if vantrel-gui.exe is in the same folder."},
+    {{u"NOGUI", vkNone, kRepeated}, srMore, "", "run without a window", SetFlag<&TState::fUnattended>},
     {{u"CLOSEAFTEREXPORT", vkOptionalBoolean, kRepeated},
      srMore,
      "",
-     "end once exports are written (always the case)",
+     "end once exports are written, also with a window",
      SetOption<&TGlobalOptions::CloseAfterExport>},
     {{u"NOSPLASH", vkNone, kRepeated}, srMore, "", "no start-up picture (always the case)", Nothing},
     {{u"NOADMIN", vkNone, kRepeated}, srMore, "", "ask for no more rights (always the case)", Nothing},
@@ -335,8 +359,6 @@ constexpr TSwitch kSwitches[] = {
     NotBuilt(u"PRINT", "This version does not print."),
     NotBuilt(u"SQLITE", kNoIndex),
     NotBuilt(u"INDEXFILE", kNoIndex),
-    NotBuilt(u"SEARCH", kNoSearch),
-    NotBuilt(u"SEARCH:START", kNoSearch),
     NotBuilt(u"SEARCH:INTERNET", kNoSearch),
     NotBuilt(u"LOOP", kNoSnapshots),
     NotBuilt(u"CREATESNAPSHOT", kNoSnapshots),

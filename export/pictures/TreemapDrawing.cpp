@@ -12,7 +12,8 @@ using namespace Treemap;
 
 namespace {
 
-double FontSizeOf(double pWidth, double pHeight) {
+double FontSizeOf(double pWidth, double pHeight, const TTreemapDrawingStyle& pStyle) {
+  if (pStyle.fLegendTextSize > 0) return pStyle.fLegendTextSize;
   constexpr double kLeast = 10;
   constexpr double kMost = 60;
   return std::clamp(std::min(pWidth / 75, pHeight / 50), kLeast, kMost);
@@ -98,16 +99,17 @@ void AddCaptions(TDrawing& pDrawing, const TTreemapPicture& pPicture) {
 }  // namespace
 
 double LegendHeight(const std::vector<TTreemapLegendItem>& pLegend, double pWidth, double pHeight,
-                    const ITextMeasure& pMeasure) {
+                    const ITextMeasure& pMeasure, const TTreemapDrawingStyle& pStyle) {
   constexpr double kMostShare = 0.25;
   if (pLegend.empty()) return 0;
   std::vector<TPlacedItem> items;
-  const double height = PlaceLegend(pLegend, pWidth, FontSizeOf(pWidth, pHeight), pMeasure, items);
+  const double height = PlaceLegend(pLegend, pWidth, FontSizeOf(pWidth, pHeight, pStyle), pMeasure, items);
   return height > pHeight * kMostShare ? 0 : height;
 }
 
 TDrawing DrawingOfTreemap(const TTreemapPicture& pPicture, double pHeight, std::u16string_view pTitle,
-                          const TTheme& pTheme, const TValueFormat& pFormat, const ITextMeasure& pMeasure) {
+                          const TTheme& pTheme, const TValueFormat& pFormat, const ITextMeasure& pMeasure,
+                          const TTreemapDrawingStyle& pStyle) {
   TDrawing drawing;
   drawing.fWidth = pPicture.fWidth;
   drawing.fHeight = pHeight;
@@ -115,11 +117,12 @@ TDrawing DrawingOfTreemap(const TTreemapPicture& pPicture, double pHeight, std::
   drawing.fTitle = ShownText(pTitle);
   if (!pPicture.fPixels.empty())
     drawing.fShapes.push_back({TBitmap{{0, 0}, pPicture.fWidth, pPicture.fHeight, pPicture.fPixels}, {}, kNoSubject});
-  AddHints(drawing, pPicture, pFormat);
+  if (pStyle.fHasHints) AddHints(drawing, pPicture, pFormat);
   AddCaptions(drawing, pPicture);
-  if (LegendHeight(pPicture.fLegend, drawing.fWidth, pHeight, pMeasure) > pHeight - pPicture.fHeight) return drawing;
+  if (LegendHeight(pPicture.fLegend, drawing.fWidth, pHeight, pMeasure, pStyle) > pHeight - pPicture.fHeight)
+    return drawing;
   std::vector<TPlacedItem> items;
-  const double size = FontSizeOf(drawing.fWidth, pHeight);
+  const double size = FontSizeOf(drawing.fWidth, pHeight, pStyle);
   PlaceLegend(pPicture.fLegend, drawing.fWidth, size, pMeasure, items);
   for (size_t i = 0; i < items.size(); ++i) {
     const double y = pPicture.fHeight + items[i].fPoint.fY;

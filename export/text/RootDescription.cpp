@@ -24,11 +24,6 @@ std::string ShareText(int64_t pPart, int64_t pWhole, const TValueFormat& pFormat
   return ToUtf8(FormatValue(TColumn::mdPercentOfRoot, share, format));
 }
 
-std::string SecondsText(int64_t pMilliseconds) {
-  const double seconds = static_cast<double>(pMilliseconds) / 1000;
-  return seconds < 10 ? fmt::format("{:.2f} seconds", seconds) : fmt::format("{:.1f} seconds", seconds);
-}
-
 std::string ErrorLine(const Presentation::TListRow& pError) {
   const auto text = [&](Presentation::TErrorColumn pColumn) {
     return ToDisplay(std::get<std::u16string>(pError.fValues[pColumn]));
@@ -39,6 +34,11 @@ std::string ErrorLine(const Presentation::TListRow& pError) {
 }
 
 }  // namespace
+
+std::string SecondsText(int64_t pMilliseconds) {
+  const double seconds = static_cast<double>(pMilliseconds) / 1000;
+  return seconds < 10 ? fmt::format("{:.2f} seconds", seconds) : fmt::format("{:.1f} seconds", seconds);
+}
 
 std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
                                       size_t pListedErrors) {
@@ -97,6 +97,7 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
       lines.push_back(fmt::format("  {} {}", ToUtf8(FormatValue(TColumn::mdItems, exclusion.fObjects, pFormat)),
                                   ToDisplay(exclusion.fReason)));
   }
+  for (const std::u16string& note : pRoot.GetStorageInformation().fNotes) lines.push_back(ToDisplay(note));
   const int64_t duration = pRoot.GetScanDuration();
   // A file holds the time when its scan began, but not its duration.
   const bool isLoaded = (pRoot.GetState() & rsIsXMLImport) != 0;

@@ -24,6 +24,8 @@ std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValu
 std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,
                                       size_t pListedErrors);
 
+// A duration, such as "1.23 seconds".
+std::string SecondsText(int64_t pMilliseconds);
 // Such as "1 file" or "1,234 files".
 std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pMany, const TValueFormat& pFormat);
 

@@ -54,6 +54,9 @@ class TGlobalOptions {
   bool FollowMountPoints = false;
   bool StayOnFileSystem = false;
   bool UseBackupPrivilege = false;
+  bool ScanMFT = false;
+  bool MftSystemFiles = false;
+  bool MftCompatible = false;
   bool FolderDateBasedOnFilesOnly = false;
   bool UseAllocatedForShares = false;
   int32_t MaximumRoots = 0;

@@ -94,6 +94,7 @@ void TCustomRoot::PrepareScan(bool pWholeTree) {
     fNumFolders = 0;
     fBytesFound = 0;
     fExcludedObjects = 0;
+    fPrepared = fToPrepare = 0;
     fTopSizeListHasGaps = false;
     fScanTimeStamp = TKivFileTime::Now().fTicks;
     fRootExclusions.Clear();
@@ -288,8 +289,13 @@ TRef<IStorage> TCustomRoot::GetStorage() const {
 }
 
 TRef<IHierarchicalEnumerator> TCustomRoot::OpenPath(const TScanConfiguration& pConfiguration) const {
-  return GetStorage()->CreateEnumerator(fPath,
-                                        {pConfiguration.GetCancellationToken(), pConfiguration.GetEnumeratorOptions()});
+  TScanContext context{pConfiguration.GetCancellationToken(), pConfiguration.GetEnumeratorOptions(),
+                       pConfiguration.IsOfWholeTree()};
+  context.fOnPrepare = [this](int64_t pDone, int64_t pAll) {
+    fToPrepare.store(pAll, std::memory_order_relaxed);
+    fPrepared.store(pDone, std::memory_order_relaxed);
+  };
+  return GetStorage()->CreateEnumerator(fPath, context);
 }
 
 TStorageInformation TCustomRoot::GetStorageInformation() const {

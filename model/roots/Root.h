@@ -147,6 +147,8 @@ class TCustomRoot : public TBaseRoot {
   std::atomic<int64_t> fExcludedObjects{0};
   TRootExclusions fRootExclusions;
   std::atomic<int64_t> fErrorCount{0};
+  mutable std::atomic<int64_t> fPrepared{0};
+  mutable std::atomic<int64_t> fToPrepare{0};
   std::atomic<int64_t> fLastScannedFolderTick{0};
   std::atomic<int64_t> fScanDuration{0};
   std::atomic<int64_t> fLastScanNumberOfFiles{0};

@@ -84,6 +84,8 @@ TScanProgress TCustomRoot::GetProgress() const {
   progress.fBytes = fBytesFound.load(std::memory_order_relaxed);
   progress.fExcludedObjects = fExcludedObjects.load(std::memory_order_relaxed);
   progress.fErrors = fErrorCount.load(std::memory_order_relaxed);
+  progress.fPrepared = fPrepared.load(std::memory_order_relaxed);
+  progress.fToPrepare = fToPrepare.load(std::memory_order_relaxed);
   TCriticalSectionLock lock(fLock);
   progress.fLastScannedFolder = fLastScannedFolder;
   return progress;

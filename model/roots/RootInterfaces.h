@@ -118,6 +118,9 @@ struct TScanProgress {
   int64_t fBytes = 0;
   int64_t fExcludedObjects = 0;
   int64_t fErrors = 0;
+  // Some storages read an index before the first folder: how many of its parts are read, of how many.
+  int64_t fPrepared = 0;
+  int64_t fToPrepare = 0;
   std::u16string fLastScannedFolder;
 };
 
@@ -129,6 +132,8 @@ struct TStorageInformation {
   int64_t fBytesPerCluster = 0;
   int64_t fTotalBytes = 0;
   int64_t fFreeBytes = 0;
+  // How the scan read the storage, as sentences for the report. Empty for the ordinary way; not in scan files.
+  std::vector<std::u16string> fNotes{};
 };
 
 // What a file tells about a scan besides its tree.

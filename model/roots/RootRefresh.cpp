@@ -99,7 +99,9 @@ void TCustomRoot::FindInListing(TFoundFolder& pFound, TCustomFolderData& pFolder
     pFound.fIsGone = !pParent.IsFolder();
     if (pFound.fIsGone) return;
     pFound.fEntry = pParent.GetEntryValues();
-    if (pParent.CanDescend()) pFound.fListing = pParent.CreateChildEnumerator(name, pParent.GetAttributes());
+    if (pParent.CanDescend()) {
+      pFound.fListing = pParent.CreateChildEnumeratorById(pParent.GetEntryId(), name, pParent.GetAttributes());
+    }
     return;
   }
   if (pParent.GetErrorCode() == 0 || IsNotFound(pParent.GetErrorCode())) {

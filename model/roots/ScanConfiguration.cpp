@@ -5,17 +5,14 @@
 
 namespace Vantrel {
 
-namespace {
-
-uint32_t EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
+THierarchicalEnumeratorOptions EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
   return (pOptions.ShareHardLinks ? heoShareHardLinks : 0u) |
          (pOptions.FollowSymbolicLinks ? heoFollowSymbolicLinks : 0u) |
          (pOptions.FollowMountPoints ? heoFollowMountPoints : 0u) |
          (pOptions.UseBackupPrivilege ? 0u : heoNoBackupPrivilege) |
-         (pOptions.StayOnFileSystem ? heoStayOnFileSystem : 0u);
+         (pOptions.StayOnFileSystem ? heoStayOnFileSystem : 0u) | (pOptions.ScanMFT ? heoScanMft : 0u) |
+         (pOptions.MftCompatible ? heoMftCompatible : 0u) | (pOptions.MftSystemFiles ? heoMftSystemFiles : 0u);
 }
-
-}  // namespace
 
 TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, TScanRun pScan)
     : fRoot(pRoot),

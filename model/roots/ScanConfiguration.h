@@ -15,6 +15,9 @@ struct TScanRun {
   bool fWholeTree = true;
 };
 
+// The options that concern listings, as an enumerator takes them.
+THierarchicalEnumeratorOptions EnumeratorOptionsOf(const TGlobalOptions& pOptions);
+
 // The settings of one scan of one root, copied from the options at its start. They never change, so readers of the tree
 // need no lock. A refresh has a copy of the settings of its tree's scan.
 class TScanConfiguration : public TInterfaced<IScanConfiguration> {

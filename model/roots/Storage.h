@@ -3,6 +3,7 @@
 // The kinds of storage that can be scanned, their properties, and the list of all kinds.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +19,9 @@ namespace Vantrel {
 struct TScanContext {
   TRef<ICancellationIndicator> fCancellation;  // nullptr: cannot be cancelled
   THierarchicalEnumeratorOptions fOptions = 0;
+  bool fIsWholeTree = true;  // false for the refresh of a branch
+  // Called now and then while the storage reads what it needs before the first folder. Empty: not wanted.
+  std::function<void(int64_t pDone, int64_t pAll)> fOnPrepare{};
 };
 
 // No known kind of storage serves the path. The text names the known kinds.

@@ -174,6 +174,10 @@ enum THierarchicalEnumeratorOption : uint32_t {
   heoFollowMountPoints = 8,    // the same for junctions and mounted volumes; Windows only
   heoNoBackupPrivilege = 16,   // do not try the backup privilege
   heoStayOnFileSystem = 32,    // do not enter other file systems; Linux only
+  heoScanMft = 64,             // read a whole NTFS volume through its file table where possible
+  heoMftCompatible = 128,      // read file tables by the compatible rules
+  heoMftSystemFiles = 256,     // show the files that an NTFS volume keeps about itself
+  heoValuesOnDemand = 512,     // read an entry's values when they are first asked for, if that saves time
 };
 using THierarchicalEnumeratorOptions = uint32_t;
 
@@ -197,8 +201,19 @@ class IHierarchicalEnumerator : public IHierarchicalBase {
   // is opened from the root down. The rules of CanDescend then apply too: a folder outside the scan gives an enumerator
   // that lists nothing, without an error.
   virtual TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) = 0;
+  // A number that stands for the current entry within its storage; 0 when the storage has none. The second call does
+  // the same as CreateChildEnumerator for an entry with a number, without a search for its name.
+  virtual uint64_t GetEntryId() const { return 0; }
+  virtual TRef<IHierarchicalEnumerator> CreateChildEnumeratorById(uint64_t, std::u16string_view pName,
+                                                                  TAttributes pAttributes) {
+    return CreateChildEnumerator(pName, pAttributes);
+  }
   virtual TRef<IHierarchicalEnumerator> Clone() const = 0;
 
+  // Reads the values of the current entry, if that was left until they are needed (heoValuesOnDemand). False if the
+  // entry is not there any more or cannot be read; GetErrorCode tells of the latter. Values asked for without this call
+  // are read all the same, and are zeros then.
+  virtual bool ReadValues() { return true; }
   // All values of the current entry at once.
   virtual TEntryValues GetEntryValues() const {
     return {GetSize(), GetAllocated(), GetLastAccessDate(), GetLastChangeDate(), GetCreationDate(), GetAttributes()};

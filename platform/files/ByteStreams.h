@@ -3,6 +3,7 @@
 // The interfaces IByteSink, which takes bytes, and IByteSource, which gives them.
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace Vantrel {
@@ -22,6 +23,9 @@ class IByteSource {
   // Fills the buffer from its start and returns the number of bytes: at least one, and 0 only at the end. Throws as
   // IByteSink::Write does.
   virtual size_t Read(char* pBuffer, size_t pLength) = 0;
+  // Skips bytes that come next and that the source knows to be zero, as in a sparse file. Returns their number; 0 when
+  // it knows of none.
+  virtual uint64_t SkipZeros() { return 0; }
 };
 
 }  // namespace Vantrel

@@ -6,16 +6,13 @@
 
 #include "platform/files/FileStream.h"
 #include "platform/files/OutputFile.h"
+#include "platform/files/SystemFiles_posix.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel {
 
 namespace {
-
-uint32_t LastError() {
-  return static_cast<uint32_t>(errno);
-}
 
 int Descriptor(intptr_t pHandle) {
   return static_cast<int>(pHandle);

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "platform/files/Folders.h"
+#include "platform/files/SystemFiles_posix.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
@@ -36,7 +37,7 @@ void CreateFolders(const std::u16string& pPath, TFolderAccess pAccess) {
     end = std::min(path.find('/', end + 1), path.size());
     const std::string folder = path.substr(0, end);
     if (mkdir(folder.c_str(), mode) == 0) continue;
-    const auto code = static_cast<uint32_t>(errno);
+    const uint32_t code = LastError();
     // mkdir may report another reason for a folder that exists, such as a read-only disk.
     struct stat there {};
     if (stat(folder.c_str(), &there) != 0) throw EOSError(code, "Creating a folder", pPath);
@@ -47,7 +48,7 @@ std::u16string CreateTemporaryFolder() {
   const char* place = std::getenv("TMPDIR");
   std::string path = std::string(place != nullptr && *place != '\0' ? place : "/tmp") + "/vantrel-XXXXXX";
   if (mkdtemp(path.data()) == nullptr)
-    throw EOSError(static_cast<uint32_t>(errno), "Creating a temporary folder", FromNativeBytes(path));
+    throw EOSError(LastError(), "Creating a temporary folder", FromNativeBytes(path));
   return FromNativeBytes(path);
 }
 

@@ -9,18 +9,13 @@
 #include <cstdlib>
 
 #include "platform/files/OutputFile.h"
+#include "platform/files/SystemFiles_posix.h"
 #include "platform/system/Errors.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel {
 
 namespace {
-
-constexpr int kMostLinks = 40;  // as the kernel allows
-
-uint32_t LastError() {
-  return static_cast<uint32_t>(errno);
-}
 
 // The folder with its trailing slash; empty for a bare name.
 std::string FolderPart(const std::string& pPath) {

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "platform/files/Paths.h"
+#include "platform/files/SystemFiles_posix.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel {
@@ -87,7 +88,6 @@ class TLongPathResolver {
     return true;
   }
 
-  static constexpr int kMostLinks = 40;  // as the kernel allows
   std::string fRest;
   std::string fResolved;  // without trailing delimiter, so the root is empty
   int fFolder = -1;

@@ -6,13 +6,12 @@
 #include "platform/files/CanonicalPath.h"
 #include "platform/files/Paths.h"
 #include "platform/files/SameFile.h"
+#include "platform/files/SystemFiles_posix.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel {
 
 namespace {
-
-constexpr int kMostLinks = 40;  // as the kernel allows
 
 // Follows a link to a missing file by hand, since the system resolves only existing paths.
 std::u16string BehindDanglingLinks(std::u16string pPath) {

@@ -17,6 +17,9 @@ int64_t TickCount64();
 // Logical processors that this process may run on, at least 1.
 int ProcessorCount();
 
+// Bytes of memory that programs can still get without others' being moved to disk. 0 if the system does not tell.
+int64_t FreePhysicalMemory();
+
 // Measures how busy the whole machine is with all its processes: the share of processor time used between two readings.
 // Many threads may ask one meter.
 class TCpuUsageMeter {

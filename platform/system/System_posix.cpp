@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
+#include <string>
 
 #include "platform/system/System.h"
 
@@ -23,6 +25,13 @@ int ProcessorCount() {
   // Fails on machines with more processors than the set holds. Then all processors are counted.
   if (sched_getaffinity(0, sizeof processors, &processors) == 0) return std::max(1, CPU_COUNT(&processors));
   return static_cast<int>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
+}
+
+int64_t FreePhysicalMemory() {
+  std::ifstream file("/proc/meminfo");
+  for (std::string line; std::getline(file, line);)
+    if (line.starts_with("MemAvailable:")) return std::strtoll(line.c_str() + 13, nullptr, 10) * 1024;
+  return 0;
 }
 
 // The first line sums up all processors: "cpu  user nice system idle iowait irq softirq steal guest guest_nice". Guest

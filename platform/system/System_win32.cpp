@@ -13,6 +13,12 @@ int64_t TickCount64() {
   return static_cast<int64_t>(GetTickCount64());
 }
 
+int64_t FreePhysicalMemory() {
+  MEMORYSTATUSEX memory{};
+  memory.dwLength = sizeof memory;
+  return GlobalMemoryStatusEx(&memory) ? static_cast<int64_t>(memory.ullAvailPhys) : 0;
+}
+
 int ProcessorCount() {
   DWORD_PTR process = 0;
   DWORD_PTR system = 0;

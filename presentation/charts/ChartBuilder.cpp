@@ -25,7 +25,7 @@ TChartBuilder::TChartBuilder(const std::u16string& pTitle, TColumn pColumn, cons
   fDrawing.fHeight = std::max(pSettings.fHeight, 1.0);
   fDrawing.fBackground = fTheme.fBackground;
   fDrawing.fTitle = ShownText(pTitle);
-  fFontSize = FontSizeFor(fDrawing.fWidth, fDrawing.fHeight);
+  fFontSize = pSettings.fFontSize > 0 ? pSettings.fFontSize : FontSizeFor(fDrawing.fWidth, fDrawing.fHeight);
   const double margin = std::min({fFontSize, fDrawing.fWidth / 20, fDrawing.fHeight / 20});
   fArea = {margin, margin, fDrawing.fWidth - 2 * margin, fDrawing.fHeight - 2 * margin};
   const double titleSize = fFontSize * 1.3;

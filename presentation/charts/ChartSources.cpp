@@ -30,9 +30,12 @@ class TBasis {
   const TColumn fColumn;
 };
 
-TChartData NewData(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, const TBasis& pBasis, bool pCollected) {
+// pFolder is nullptr when the root has no tree.
+TChartData NewData(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, const TRef<IFolderData>& pFolder,
+                   const TBasis& pBasis, bool pCollected) {
+  const bool isPart = pFolder && pFolder->GetParentFolder();
   TChartData data;
-  data.fTitle = std::u16string(pWhat) + u" of " + pRoot.GetTitle();
+  data.fTitle = std::u16string(pWhat) + u" of " + (isPart ? pFolder->GetFullPath() : pRoot.GetTitle());
   if (!pCollected) data.fTitle += u" (not collected)";
   data.fColumn = pBasis.Column();
   return data;
@@ -57,6 +60,10 @@ class TSmallItems {
  private:
   TChartItem fItem;
 };
+
+TRef<IFolderData> TopOf(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  return pFolder ? std::move(pFolder) : pRoot.GetTopFolder();
+}
 
 // Items for what lies in a folder. What is smaller than pLeast is only summed up.
 std::vector<TChartItem> ItemsIn(IFolderData& pFolder, const TBasis& pBasis, int64_t pLeast, int pLevels) {
@@ -119,20 +126,20 @@ std::vector<TChartItem> ItemsOf(const ICustomAssocSizeArray& pArray, const TBasi
 }
 
 // One item for each key. Without an array the chart says that it was not collected.
-TChartData DataOf(std::u16string_view pWhat, const IHierarchicalRoot& pRoot,
+TChartData DataOf(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, const TRef<IFolderData>& pFolder,
                   const TRef<ICustomAssocSizeArray>& pArray) {
   const TBasis basis(pRoot);
-  TChartData data = NewData(pWhat, pRoot, basis, pArray != nullptr);
+  TChartData data = NewData(pWhat, pRoot, pFolder, basis, pArray != nullptr);
   if (pArray) data.fItems = ItemsOf(*pArray, basis);
   return data;
 }
 
 }  // namespace
 
-TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels) {
+TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels, TRef<IFolderData> pFolder) {
   const TBasis basis(pRoot);
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
-  TChartData data = NewData(u"Folders", pRoot, basis, top != nullptr);
+  const TRef<IFolderData> top = TopOf(pRoot, std::move(pFolder));
+  TChartData data = NewData(u"Folders", pRoot, top, basis, top != nullptr);
   // A picture is at most some thousand pixels around.
   constexpr int64_t kLeastShare = 20'000;
   if (!top) return data;
@@ -141,21 +148,21 @@ TChartData FoldersData(IHierarchicalRoot& pRoot, int pLevels) {
   return data;
 }
 
-TChartData ExtensionsData(IHierarchicalRoot& pRoot) {
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
-  return DataOf(u"Extensions", pRoot, top ? top->GetExtensionSizeArray() : nullptr);
+TChartData ExtensionsData(IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  const TRef<IFolderData> top = TopOf(pRoot, std::move(pFolder));
+  return DataOf(u"Extensions", pRoot, top, top ? top->GetExtensionSizeArray() : nullptr);
 }
 
-TChartData OwnersData(IHierarchicalRoot& pRoot) {
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
-  return DataOf(u"Owners", pRoot, top ? top->GetUserSizeArray() : nullptr);
+TChartData OwnersData(IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  const TRef<IFolderData> top = TopOf(pRoot, std::move(pFolder));
+  return DataOf(u"Owners", pRoot, top, top ? top->GetUserSizeArray() : nullptr);
 }
 
-TChartData FileTypesData(IHierarchicalRoot& pRoot) {
+TChartData FileTypesData(IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
   const TBasis basis(pRoot);
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<IFolderData> top = TopOf(pRoot, std::move(pFolder));
   const TRef<ICustomAssocSizeArray> array = top ? top->GetExtensionSizeArray() : nullptr;
-  TChartData data = NewData(u"File types", pRoot, basis, array != nullptr);
+  TChartData data = NewData(u"File types", pRoot, top, basis, array != nullptr);
   if (!array) return data;
   const TRef<const IFileTypeGroups> groups = CommonFileTypeGroups();
   std::vector<TChartItem> items(static_cast<size_t>(groups->GetCount()));
@@ -177,12 +184,12 @@ TChartData FileTypesData(IHierarchicalRoot& pRoot) {
   return data;
 }
 
-TChartData FileAgesData(IHierarchicalRoot& pRoot) {
+TChartData FileAgesData(IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
   const TBasis basis(pRoot);
   const TDateType type = pRoot.GetScanConfiguration()->GetFileAgesDateType();
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<IFolderData> top = TopOf(pRoot, std::move(pFolder));
   const TRef<IFileAgeDistribution> ages = top ? top->GetFileAgeDistribution(type) : nullptr;
-  TChartData data = NewData(u"File ages", pRoot, basis, ages != nullptr);
+  TChartData data = NewData(u"File ages", pRoot, top, basis, ages != nullptr);
   data.fIsOrdered = true;
   if (!ages) return data;
   const TRef<IFileAges> intervals = ages->GetFileAges();

@@ -13,6 +13,7 @@ struct TChartSettings {
   double fHeight = 700;
   size_t fMostItems = 12;  // "others" included; fewer if the picture has no room for so many
   bool fDark = false;
+  double fFontSize = 0;  // in pixels; 0 picks one for the picture's size
   TValueFormat fFormat;
 };
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/files/Paths.h"
 #include "presentation/lists/ListParts.h"
 
 namespace Vantrel::Presentation {
@@ -18,6 +19,16 @@ TList ErrorList(const IHierarchicalRoot& pRoot) {
   SortRows(list, erRemark, false);
   SortRows(list, erReason, false);
   SortRows(list, erPath, false);
+  return list;
+}
+
+TList ErrorList(const IHierarchicalRoot& pRoot, const IFolderData& pFolder) {
+  TList list = ErrorList(pRoot);
+  if (&pFolder == pRoot.GetTopFolder().get()) return list;
+  const std::u16string path = pFolder.GetFullPath();
+  list.fTitle = u"Errors of " + path;
+  std::erase_if(list.fRows,
+                [&](const TListRow& pRow) { return !IsSameOrInside(pRow.fKey, path, pRoot.GetPathDelimiter()); });
   return list;
 }
 

@@ -12,5 +12,7 @@ enum TErrorColumn : size_t { erPath, erReason, erRemark };
 
 // The root's errors by path. The remark is "read in part" or empty. A row leads to the folder's node.
 TList ErrorList(const IHierarchicalRoot& pRoot);
+// Those in a folder and beneath it.
+TList ErrorList(const IHierarchicalRoot& pRoot, const IFolderData& pFolder);
 
 }  // namespace Vantrel::Presentation

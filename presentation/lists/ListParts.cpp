@@ -6,6 +6,14 @@
 
 namespace Vantrel::Presentation {
 
+namespace {
+
+bool IsPart(const IHierarchicalRoot& pRoot, const IFolderData* pFolder) {
+  return pFolder && pFolder != pRoot.GetTopFolder().get();
+}
+
+}  // namespace
+
 TListColumn Catalogued(TColumn pColumn) {
   return {std::u16string(ColumnInfo(pColumn).fCaption), pColumn};
 }
@@ -29,9 +37,23 @@ TList NewRootList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, boo
   return {std::move(title), std::move(pColumns), {}};
 }
 
-void AppendSumColumns(std::vector<TListColumn>& pColumns) {
+TRef<IFolderData> FolderOrTop(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  return pFolder ? std::move(pFolder) : pRoot.GetTopFolder();
+}
+
+TList NewFolderList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, const IFolderData* pFolder,
+                    bool pCollected, std::vector<TListColumn> pColumns) {
+  TList list = NewRootList(pWhat, pRoot, pCollected, std::move(pColumns));
+  if (!IsPart(pRoot, pFolder)) return list;
+  list.fTitle = std::u16string(pWhat) + u" of " + pFolder->GetFullPath();
+  if (!pCollected) list.fTitle += u" (not collected)";
+  return list;
+}
+
+void AppendSumColumns(std::vector<TListColumn>& pColumns, const IHierarchicalRoot& pRoot, const IFolderData* pFolder) {
   for (TColumn column : {TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdPercentOfRoot})
     pColumns.push_back(Catalogued(column));
+  if (IsPart(pRoot, pFolder)) pColumns.back().fCaption = u"% of Folder";
 }
 
 void AppendSums(TListRow& pRow, const TBasicSizeValues& pValues, const TShares& pShares) {

@@ -35,8 +35,14 @@ class TShares {
 TList NewRootList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, bool pCollected,
                   std::vector<TListColumn> pColumns);
 
+// The folder itself, or without one the root's top folder, if there is any.
+TRef<IFolderData> FolderOrTop(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder);
+// The same as NewRootList for a list of a folder. nullptr stands for the whole root.
+TList NewFolderList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, const IFolderData* pFolder,
+                    bool pCollected, std::vector<TListColumn> pColumns);
+
 // The columns of every list of sums, after its first ones: size, allocated, files, share. And their values.
-void AppendSumColumns(std::vector<TListColumn>& pColumns);
+void AppendSumColumns(std::vector<TListColumn>& pColumns, const IHierarchicalRoot& pRoot, const IFolderData* pFolder);
 void AppendSums(TListRow& pRow, const TBasicSizeValues& pValues, const TShares& pShares);
 
 }  // namespace Vantrel::Presentation

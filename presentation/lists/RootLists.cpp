@@ -10,11 +10,16 @@ namespace Vantrel::Presentation {
 
 namespace {
 
+template <TList (*pList)(const IHierarchicalRoot&, TRef<IFolderData>)>
+TList OfRoot(const IHierarchicalRoot& pRoot) {
+  return pList(pRoot, nullptr);
+}
+
 constexpr TRootList kRootLists[] = {{u"topfiles", &TGlobalOptions::ListTopFiles, TopFilesList},
-                                    {u"extensions", &TGlobalOptions::ListExtensions, ExtensionsList},
-                                    {u"filetypes", &TGlobalOptions::ListFileTypes, FileTypesList},
-                                    {u"users", &TGlobalOptions::ListUsers, UsersList},
-                                    {u"ages", &TGlobalOptions::ListFileAges, FileAgesList}};
+                                    {u"extensions", &TGlobalOptions::ListExtensions, OfRoot<ExtensionsList>},
+                                    {u"filetypes", &TGlobalOptions::ListFileTypes, OfRoot<FileTypesList>},
+                                    {u"users", &TGlobalOptions::ListUsers, OfRoot<UsersList>},
+                                    {u"ages", &TGlobalOptions::ListFileAges, OfRoot<FileAgesList>}};
 
 }  // namespace
 

@@ -47,12 +47,12 @@ void SortBySize(TList& pList) {
 
 }  // namespace
 
-TList ExtensionsList(const IHierarchicalRoot& pRoot) {
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
+TList ExtensionsList(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  const TRef<IFolderData> top = FolderOrTop(pRoot, std::move(pFolder));
   const TRef<ICustomAssocSizeArray> extensions = top ? top->GetExtensionSizeArray() : nullptr;
   std::vector<TListColumn> columns{Catalogued(TColumn::mdExtension), {u"File Type", TColumn::mdName}};
-  AppendSumColumns(columns);
-  TList list = NewRootList(u"Extensions", pRoot, extensions != nullptr, std::move(columns));
+  AppendSumColumns(columns, pRoot, top.get());
+  TList list = NewFolderList(u"Extensions", pRoot, top.get(), extensions != nullptr, std::move(columns));
   if (!extensions) return list;
 
   const TShares shares(pRoot, *top);
@@ -68,12 +68,12 @@ TList ExtensionsList(const IHierarchicalRoot& pRoot) {
   return list;
 }
 
-TList FileTypesList(const IHierarchicalRoot& pRoot) {
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
+TList FileTypesList(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  const TRef<IFolderData> top = FolderOrTop(pRoot, std::move(pFolder));
   const TRef<ICustomAssocSizeArray> extensions = top ? top->GetExtensionSizeArray() : nullptr;
   std::vector<TListColumn> columns{{u"File Type", TColumn::mdName}};
-  AppendSumColumns(columns);
-  TList list = NewRootList(u"File types", pRoot, extensions != nullptr, std::move(columns));
+  AppendSumColumns(columns, pRoot, top.get());
+  TList list = NewFolderList(u"File types", pRoot, top.get(), extensions != nullptr, std::move(columns));
   if (!extensions) return list;
 
   const TShares shares(pRoot, *top);
@@ -86,12 +86,12 @@ TList FileTypesList(const IHierarchicalRoot& pRoot) {
   return list;
 }
 
-TList UsersList(const IHierarchicalRoot& pRoot) {
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
+TList UsersList(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
+  const TRef<IFolderData> top = FolderOrTop(pRoot, std::move(pFolder));
   const TRef<ICustomAssocSizeArray> users = top ? top->GetUserSizeArray() : nullptr;
   std::vector<TListColumn> columns{Catalogued(TColumn::mdOwner)};
-  AppendSumColumns(columns);
-  TList list = NewRootList(u"Owners", pRoot, users != nullptr, std::move(columns));
+  AppendSumColumns(columns, pRoot, top.get());
+  TList list = NewFolderList(u"Owners", pRoot, top.get(), users != nullptr, std::move(columns));
   if (!users) return list;
 
   const TShares shares(pRoot, *top);
@@ -105,13 +105,13 @@ TList UsersList(const IHierarchicalRoot& pRoot) {
   return list;
 }
 
-TList FileAgesList(const IHierarchicalRoot& pRoot) {
+TList FileAgesList(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
   const TDateType type = pRoot.GetScanConfiguration()->GetFileAgesDateType();
-  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const TRef<IFolderData> top = FolderOrTop(pRoot, std::move(pFolder));
   const TRef<IFileAgeDistribution> ages = top ? top->GetFileAgeDistribution(type) : nullptr;
   std::vector<TListColumn> columns{{u"Age", TColumn::mdName}};
-  AppendSumColumns(columns);
-  TList list = NewRootList(u"File ages", pRoot, ages != nullptr, std::move(columns));
+  AppendSumColumns(columns, pRoot, top.get());
+  TList list = NewFolderList(u"File ages", pRoot, top.get(), ages != nullptr, std::move(columns));
   if (!ages) return list;
 
   (list.fTitle += u", by ") += DateText(type);

@@ -1,5 +1,6 @@
 #include "presentation/lists/TopFilesList.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "model/statistics/TopSizeList.h"
 #include "model/tree/FileNames.h"
 #include "model/tree/FileTable.h"
+#include "model/tree/TreeWalk.h"
 #include "platform/files/Paths.h"
 #include "presentation/lists/ListParts.h"
 
@@ -52,18 +54,19 @@ std::vector<TListColumn> Columns(bool pWithOwners) {
 
 }  // namespace
 
-TList TopFilesList(const IHierarchicalRoot& pRoot) {
+namespace {
+
+TList ListOf(const IHierarchicalRoot& pRoot, const IFolderData* pFolder, bool pCollected,
+             const std::vector<TTopSizeEntry>& pFiles) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
-  const TRef<ITopSizeList> largest = top ? pRoot.GetTopSizeList() : nullptr;
   const bool withOwners = pRoot.GetScanConfiguration()->GetDoUsersStatistics();
-  TList list = NewRootList(u"Largest files", pRoot, largest != nullptr, Columns(withOwners));
-  if (!largest) return list;
+  TList list = NewFolderList(u"Largest files", pRoot, pFolder, pCollected && top, Columns(withOwners));
+  if (!pCollected || !top) return list;
 
   const TShares shares(pRoot, *top);
-  const std::vector<TTopSizeEntry> files = largest->GetSnapshot();
-  const std::vector<TMetaDataValue> owners = withOwners ? OwnersOf(files) : std::vector<TMetaDataValue>();
-  for (size_t i = 0; i < files.size(); ++i) {
-    const TTopSizeEntry& file = files[i];
+  const std::vector<TMetaDataValue> owners = withOwners ? OwnersOf(pFiles) : std::vector<TMetaDataValue>();
+  for (size_t i = 0; i < pFiles.size(); ++i) {
+    const TTopSizeEntry& file = pFiles[i];
     TListRow row{{file.fName, file.fSize, file.fAllocated, shares.Of(file.fSize, file.fAllocated),
                   DateValue(file.fLastChangeDate), DateValue(file.fLastAccessDate), DateValue(file.fCreationDate),
                   static_cast<int64_t>(file.fAttributes)}};
@@ -76,6 +79,61 @@ TList TopFilesList(const IHierarchicalRoot& pRoot) {
     list.fRows.push_back(std::move(row));
   }
   return list;
+}
+
+TTopSizeEntry EntryOf(const TTreeRow& pRow) {
+  TTopSizeEntry entry;
+  entry.fSize = pRow.fFile->fSize;
+  entry.fAllocated = pRow.fFile->fAllocated;
+  entry.fLastChangeDate = pRow.fFile->fLastChangeDate;
+  entry.fLastAccessDate = pRow.fFile->fLastAccessDate;
+  entry.fCreationDate = pRow.fFile->fCreationDate;
+  entry.fAttributes = pRow.fFile->fAttributes;
+  entry.fOwnerKey = pRow.fFile->fOwnerKey;
+  entry.fParentFolder = &pRow.fFolder;
+  if (pRow.fFolder.IsFileGroup()) entry.fParentFolder = pRow.fFolder.GetParentFolder();
+  entry.fName = pRow.fFiles->NameOf(*pRow.fFile);
+  return entry;
+}
+
+std::vector<TTopSizeEntry> LargestBeneath(const IHierarchicalRoot& pRoot, IFolderData& pFolder, size_t pMost,
+                                          const std::function<bool()>& pIsCancelled) {
+  TTreeWalkSettings settings;
+  settings.fShowsFiles = true;
+  settings.fOrder = TSiblingOrder::soAny;
+  const auto largest = MakeRef<TTopSizeFileList>(pMost, pRoot.GetPathDelimiter());
+  const bool isWhole = TTreeWalk(settings).ForEach(pFolder, [&](const TTreeRow& pRow) {
+    if (!pRow.IsFile()) return !pIsCancelled || !pIsCancelled();
+    if (largest->IsWorthOffering(pRow.fFile->fSize, 0)) largest->Add(EntryOf(pRow));
+    return true;
+  });
+  std::vector<TTopSizeEntry> files = largest->GetSnapshot();
+  largest->Dispose();
+  return isWhole ? files : std::vector<TTopSizeEntry>();
+}
+
+}  // namespace
+
+TList TopFilesList(const IHierarchicalRoot& pRoot) {
+  const TRef<ITopSizeList> largest = pRoot.GetTopFolder() ? pRoot.GetTopSizeList() : nullptr;
+  return ListOf(pRoot, nullptr, largest != nullptr, largest ? largest->GetSnapshot() : std::vector<TTopSizeEntry>());
+}
+
+TList TopFilesList(const IHierarchicalRoot& pRoot, IFolderData& pFolder, const std::function<bool()>& pIsCancelled) {
+  const TRef<ITopSizeList> largest = pRoot.GetTopSizeList();
+  if (&pFolder == pRoot.GetTopFolder().get() || !largest) return TopFilesList(pRoot);
+  std::vector<TTopSizeEntry> files = largest->GetSnapshot();
+  if (pRoot.GetScanConfiguration()->GetKeepFiles()) {
+    constexpr size_t kFewest = 100;  // the root may have few files, and other folders' files are no reason to list less
+    files = LargestBeneath(pRoot, pFolder, std::max(files.size(), kFewest), pIsCancelled);
+  } else {
+    const std::u16string path = pFolder.GetFullPath();
+    std::erase_if(files, [&](const TTopSizeEntry& pFile) {
+      return !pFile.fParentFolder ||
+             !IsSameOrInside(pFile.fParentFolder->GetFullPath(), path, pRoot.GetPathDelimiter());
+    });
+  }
+  return ListOf(pRoot, &pFolder, true, files);
 }
 
 }  // namespace Vantrel::Presentation

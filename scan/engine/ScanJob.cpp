@@ -130,8 +130,8 @@ void TScanJob::ScanWaiting() {
 TRef<IHierarchicalEnumerator> TScanJob::Open(const TWaiting& pWaiting) {
   fFailure = 0;
   try {
-    return pWaiting.fListing->CreateChildEnumerator(pWaiting.fFolder->GetObjectName(),
-                                                    pWaiting.fFolder->GetAttributes());
+    return pWaiting.fListing->CreateChildEnumeratorById(pWaiting.fEntryId, pWaiting.fFolder->GetObjectName(),
+                                                        pWaiting.fFolder->GetAttributes());
   } catch (...) {
     fFailure = CodeOfCaughtException("TScanJob.Open");
     return nullptr;
@@ -172,6 +172,7 @@ void TScanJob::ScanFolder(TCustomFolderData& pFolder, IHierarchicalEnumerator* p
 TFileGroupContents TScanJob::List(TCustomFolderData& pFolder, IHierarchicalEnumerator* pEnumerator) {
   fFiles->Begin();
   fChildren.clear();
+  fChildIds.clear();
   fOpened = nullptr;
   fExcluded = 0;
   if (!pEnumerator) return {};
@@ -221,6 +222,7 @@ void TScanJob::AddFolderEntry(TCustomFolderData& pFolder, IHierarchicalEnumerato
   } else {
     child->IncludeFolderState(fsSubFolderScanningFinished);
   }
+  fChildIds.push_back(pEnumerator.GetEntryId());
   fChildren.push_back(std::move(child));
 }
 
@@ -302,8 +304,9 @@ void TScanJob::EndFolder(TCustomFolderData& pFolder) {
 int32_t TScanJob::LetChildrenWait(IHierarchicalEnumerator* pEnumerator) {
   const size_t before = fWaiting.size();
   // Waiting folders are taken from the back, so adding them in reverse scans the first listed one first.
-  for (auto child = fChildren.rbegin(); child != fChildren.rend(); ++child)
-    if (IsToBeEntered(*child)) fWaiting.push_back({*child, fOpened, TRef<IHierarchicalEnumerator>(pEnumerator)});
+  for (size_t i = fChildren.size(); i-- > 0;)
+    if (IsToBeEntered(fChildren[i]))
+      fWaiting.push_back({fChildren[i], fOpened, TRef<IHierarchicalEnumerator>(pEnumerator), fChildIds[i]});
   return static_cast<int32_t>(fWaiting.size() - before);
 }
 
@@ -346,17 +349,21 @@ std::vector<TRef<IFolderData>> TScanJob::KeepNewChildren() {
     if (!child->IsFileGroup()) gone.emplace(child->GetObjectName(), child);
   const auto known = gone;  // keeps the names of children alive
   std::vector<TRef<TCustomFolderData>> added;
-  for (TRef<TCustomFolderData>& child : fChildren) {
+  std::vector<uint64_t> addedIds;
+  for (size_t i = 0; i < fChildren.size(); ++i) {
+    const TRef<TCustomFolderData>& child = fChildren[i];
     if (gone.erase(child->GetObjectName()) > 0) continue;
     if (known.contains(child->GetObjectName())) continue;
     child->IncludeFolderState(fsDetectedDuringRefresh);
     LogDebug(u"TCustomFolderData.RefreshNonRecursive: Found new subfolder \"" + std::u16string(child->GetObjectName()) +
              u"\" in \"" + folder.GetFullPath() + u"\".");
     added.push_back(child);
+    addedIds.push_back(fChildIds[i]);
   }
   std::vector<TRef<IFolderData>> left;
   for (auto& [name, child] : gone) left.push_back(child);
   fChildren = std::move(added);
+  fChildIds = std::move(addedIds);
   return left;
 }
 

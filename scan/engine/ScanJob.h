@@ -42,6 +42,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
     TRef<TCustomFolderData> fFolder;
     TRef<TOpenFolder> fParent;
     TRef<IHierarchicalEnumerator> fListing;
+    uint64_t fEntryId = 0;
   };
 
   // False when there is nothing to scan. The folder is then not a part of its parent any more.
@@ -87,6 +88,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   size_t fFirstWaiting = 0;
   // These values belong to the folder being listed.
   std::vector<TRef<TCustomFolderData>> fChildren;  // those to be entered are marked fsScanning
+  std::vector<uint64_t> fChildIds;                 // by which the storage knows the children
   TRef<TOpenFolder> fOpened;                       // the folder, when it has sub-folders to be entered
   int64_t fExcluded = 0;
   uint32_t fFailure = 0;  // code of the error that ended the listing; 0 if the enumerator reports it

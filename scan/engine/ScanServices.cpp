@@ -2,6 +2,8 @@
 
 #include "scan/engine/ScanEngine.h"
 #include "scan/files/LocalStorage.h"
+#include "scan/ntfs/MountedNtfsStorage.h"
+#include "scan/ntfs/NtfsStorage.h"
 #include "scan/storage/Storages.h"
 
 namespace Vantrel::ScanEngine {
@@ -22,7 +24,8 @@ class TScanServices : public TInterfaced<IScanServices> {
   }
 
  private:
-  const TRef<IStorages> fStorages = Storages::CreateStorages({Storages::CreateLocalStorage()});
+  const TRef<IStorages> fStorages = Storages::CreateStorages(
+      {Ntfs::CreateMountedNtfsStorage(Storages::CreateLocalStorage()), Ntfs::CreateNtfsStorage()});
 };
 
 }  // namespace

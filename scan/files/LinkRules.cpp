@@ -49,6 +49,14 @@ void LogUnresolvedLink(std::u16string_view pLinkPath, uint32_t pErrorCode, THier
 
 }  // namespace
 
+bool IsCloudTag(uint32_t pTag) {
+  return (pTag & 0x9000001A) == 0x9000001A && (pTag & ~0x9000F01AU) == 0;
+}
+
+bool IsNameSurrogate(uint32_t pTag) {
+  return (pTag & 0x2000'0000) != 0;
+}
+
 std::u16string_view RootOfPath(std::u16string_view pPath, char16_t pDelimiter) {
   for (;;) {
     std::u16string_view folder = FolderOfPath(pPath, pDelimiter);

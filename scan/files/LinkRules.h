@@ -16,6 +16,12 @@ namespace Vantrel::Enumerators {
 
 // ---- Links
 
+// Whether a reparse tag marks a file or folder of a cloud storage.
+bool IsCloudTag(uint32_t pTag);
+// Whether a reparse tag marks another name: a symbolic link, a junction, a mounted volume. Cloud placeholders and
+// compressed files carry other tags.
+bool IsNameSurrogate(uint32_t pTag);
+
 enum class TLinkKind : uint8_t { lkSymbolicLink, lkMountPoint };
 
 enum class TLinkDecision : uint8_t {

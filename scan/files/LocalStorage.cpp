@@ -1,8 +1,8 @@
 #include "scan/files/LocalStorage.h"
 
-#include "platform/files/FileStream.h"
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
+#include "scan/files/LocalFile.h"
 #include "scan/storage/EnumeratorFactory.h"
 #include "scan/storage/FileSystemEnumerator.h"
 
@@ -36,7 +36,7 @@ class TLocalStorage : public TInterfaced<IStorage> {
   std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
 
   std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
-    return std::make_unique<TFileStream>(TFileStream::OpenForReading(pPath));
+    return OpenLocalFile(pPath);
   }
 };
 

@@ -8,9 +8,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
+#include "platform/files/MountTable.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
 #include "platform/system/OwnerNames.h"
@@ -91,6 +93,20 @@ bool TUnixScan::IsDuplicateMount(uint64_t pMountId) {
     fMountsRead = true;
   }
   return fDuplicateMounts.contains(pMountId);
+}
+
+bool TUnixScan::HasMountsBeneath() {
+  {
+    TCriticalSectionLock lock(fLock);
+    if (fHasMountsBeneath) return *fHasMountsBeneath;
+  }
+  const std::string root = ToNativeBytes(RealRootPath());
+  const std::vector<TMount> mounts = ReadMountTable();
+  const bool has = mounts.empty() || std::any_of(mounts.begin(), mounts.end(), [&](const TMount& pMount) {
+                     return pMount.fMountPoint != root && IsSameOrBeneath(pMount.fMountPoint, root);
+                   });
+  TCriticalSectionLock lock(fLock);
+  return *(fHasMountsBeneath = has);
 }
 
 bool TUnixScan::IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk) {
@@ -190,13 +206,13 @@ TRef<IHierarchicalEnumerator> TUnixEnumerator::CreateChildEnumerator(std::u16str
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::GetChildHierarchicalEnumerator() {
-  return CreateChildEnumerator(fName, GetAttributes());
+  return CreateChildEnumerator(fName, fIsRead ? GetAttributes() : kAttributeDirectory);
 }
 
 TRef<IHierarchicalEnumerator> TUnixEnumerator::Clone() const {
   TRef<TUnixEnumerator> clone(new TUnixEnumerator(fScan, fDirectory->Again()));
   clone->fName = fName;
-  clone->fEntry = fEntry;
+  clone->fEntry = Entry();
   clone->fIsUnlisted = fIsUnlisted;
   if (fSingleObjectOnly != TSingleObject::soNo) clone->fSingleObjectOnly = TSingleObject::soAhead;
   return clone;
@@ -216,7 +232,7 @@ bool TUnixEnumerator::Next() {
     fBufferIndex += record->fLength;
     const char* name = record->fName;
     if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
-    if (ReadEntry(name)) return true;
+    if (ReadEntry(name, record->fType)) return true;
   }
   return false;
 }
@@ -254,6 +270,8 @@ void TUnixEnumerator::Close() {
   if (!fIsOpen) return;
   fIsOpen = false;
   fAtEnd = true;
+  if (!fIsRead) fEntry = {};  // the name that its values are read by goes with the buffer
+  fIsRead = true;
   fBufferUsed = fBufferIndex = 0;
   GiveBuffer(std::move(fBuffer));
   fDirectory->CloseWhenShort();
@@ -270,23 +288,46 @@ void TUnixEnumerator::Reset() {
   if (fDirectory->Handle() >= 0) lseek(fDirectory->Handle(), 0, SEEK_SET);
 }
 
-bool TUnixEnumerator::ReadEntry(const char* pName) {
+bool TUnixEnumerator::ReadEntry(const char* pName, uint8_t pType) {
+  // A link that is to be followed may be a folder.
+  const bool isKnown = pType != DT_UNKNOWN && (pType != DT_LNK || (fOptions & heoFollowSymbolicLinks) == 0);
+  if (isKnown && (fOptions & heoValuesOnDemand) != 0) {
+    fIsRead = false;
+    fIsListedFolder = pType == DT_DIR;
+    fListedName = pName;
+  } else if (!ReadStatus(pName)) {
+    return false;
+  }
+  fName.clear();
+  AppendFromNativeBytes(fName, pName);
+  if (fIsRead && (fEntry.fValues.fAttributes & kAttributeReparsePoint) != 0 && (fOptions & heoFollowSymbolicLinks) != 0)
+    FollowLinkIfWanted(pName);
+  return true;
+}
+
+bool TUnixEnumerator::ReadStatus(const char* pName) {
+  fIsRead = true;
   struct statx status;
   if (statx(fDirectory->Handle(), pName, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, kWantedFields, &status) != 0) {
     // An entry deleted since the folder was read is skipped. Any other error makes the folder incomplete.
     if (errno != ENOENT && fErrorCode == 0) fErrorCode = static_cast<uint32_t>(errno);
     return false;
   }
-  const std::string_view name(pName);
-  fName.clear();
-  AppendFromNativeBytes(fName, name);
-  FillEntry(status, name);
-  if (S_ISLNK(status.stx_mode) && (fOptions & heoFollowSymbolicLinks) != 0) FollowLinkIfWanted(pName);
+  FillEntry(status, pName);
   return true;
 }
 
+void TUnixEnumerator::ReadLateValues() {
+  if (ReadStatus(fListedName)) return;
+  fEntry = {};
+  fEntry.fValues.fAttributes = fIsListedFolder ? kAttributeDirectory : kAttributeNormal;
+  fEntry.fIsGone = true;
+}
+
 void TUnixEnumerator::FillEntry(const struct statx& pStatus, std::string_view pName) {
+  fIsRead = true;
   TEntryValues& values = fEntry.fValues;
+  fEntry.fIsGone = false;
   values.fAttributes = AttributesOf(pStatus, pName);
   const bool isFolder = (values.fAttributes & kAttributeDirectory) != 0;
   values.fSize = isFolder ? 0 : static_cast<int64_t>(pStatus.stx_size);
@@ -327,7 +368,11 @@ void TUnixEnumerator::FollowLinkIfWanted(const char* pName) {
 }
 
 bool TUnixEnumerator::CanDescend() const {
-  return IsFolder() && MayEnter(fEntry, [this] { return IsPseudoFileSystemEntry(); });
+  if (!IsFolder()) return false;
+  // Without other mounts, a folder lies on the root's file system or in a volume of it.
+  if (!fIsRead && (fOptions & heoStayOnFileSystem) == 0 && !fScan->HasMountsBeneath()) return true;
+  const TEntry& entry = Entry();
+  return !entry.fIsGone && MayEnter(entry, [this] { return IsPseudoFileSystemEntry(); });
 }
 
 bool TUnixEnumerator::MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const {
@@ -378,7 +423,7 @@ std::u16string TUnixEnumerator::GetFullPath() const {
 }
 
 std::u16string TUnixEnumerator::GetOwner() const {
-  return OwnerNameOfUser(fEntry.fUser);
+  return OwnerNameOfUser(Entry().fUser);
 }
 
 TEnumeratorError TUnixEnumerator::GetError() const {

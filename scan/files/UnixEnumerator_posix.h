@@ -33,6 +33,8 @@ class TUnixScan : public TInterfaced<IInterface> {
   // Whether the device belongs to a pseudo file system, in which nothing is stored. pAsk answers it once per device,
   // with no value when it cannot tell.
   bool IsPseudoDevice(uint64_t pDevice, const std::function<std::optional<bool>()>& pAsk);
+  // Whether other mounts lie beneath the root, so that a folder may be one.
+  bool HasMountsBeneath();
 
   const std::u16string fRootPath;
   const TFolderIdentity fRootIdentity;
@@ -43,12 +45,13 @@ class TUnixScan : public TInterfaced<IInterface> {
   TCriticalSection fLock;
   std::u16string fRealRootPath GUARDED_BY(fLock);  // empty until first asked for
   bool fMountsRead GUARDED_BY(fLock) = false;
+  std::optional<bool> fHasMountsBeneath GUARDED_BY(fLock);
   std::unordered_set<uint64_t> fDuplicateMounts GUARDED_BY(fLock);
   std::unordered_map<uint64_t, bool> fPseudoDevices GUARDED_BY(fLock);
 };
 
 // Lists a Linux folder. It reads getdents64 into a 64 KiB buffer and calls statx on each entry, relative to the
-// folder's handle.
+// folder's handle. With heoValuesOnDemand it calls statx only on entries of which more is asked than getdents64 tells.
 class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
  public:
   // For the factory. The path may have the protocol in front. If the path cannot be reached, the enumerator reports the
@@ -66,17 +69,20 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   TRef<IHierarchicalEnumerator> Clone() const override;
 
   std::u16string_view GetObjectName() const override { return fName; }
-  int64_t GetSize() const override { return fEntry.fValues.fSize; }
-  int64_t GetAllocated() const override { return fEntry.fValues.fAllocated; }
-  TKivFileTime GetLastAccessDate() const override { return fEntry.fValues.fLastAccessDate; }
-  TKivFileTime GetLastChangeDate() const override { return fEntry.fValues.fLastChangeDate; }
-  TKivFileTime GetCreationDate() const override { return fEntry.fValues.fCreationDate; }
-  TAttributes GetAttributes() const override { return fEntry.fValues.fAttributes; }
-  TEntryValues GetEntryValues() const override { return fEntry.fValues; }
-  bool IsFolder() const override { return (fEntry.fValues.fAttributes & kAttributeDirectory) != 0; }
+  int64_t GetSize() const override { return Entry().fValues.fSize; }
+  int64_t GetAllocated() const override { return Entry().fValues.fAllocated; }
+  TKivFileTime GetLastAccessDate() const override { return Entry().fValues.fLastAccessDate; }
+  TKivFileTime GetLastChangeDate() const override { return Entry().fValues.fLastChangeDate; }
+  TKivFileTime GetCreationDate() const override { return Entry().fValues.fCreationDate; }
+  TAttributes GetAttributes() const override { return Entry().fValues.fAttributes; }
+  bool ReadValues() override { return !Entry().fIsGone; }
+  TEntryValues GetEntryValues() const override { return Entry().fValues; }
+  bool IsFolder() const override {
+    return fIsRead ? (fEntry.fValues.fAttributes & kAttributeDirectory) != 0 : fIsListedFolder;
+  }
   std::u16string GetFullPath() const override;
   std::u16string GetOwner() const override;
-  uint64_t GetOwnerId() const override { return static_cast<uint64_t>(fEntry.fUser) + 1; }
+  uint64_t GetOwnerId() const override { return static_cast<uint64_t>(Entry().fUser) + 1; }
   bool CanDescend() const override;
   uint32_t GetErrorCode() const override { return fErrorCode; }
   TEnumeratorError GetError() const override;
@@ -90,6 +96,7 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
     uint64_t fMountId = 0;
     uint32_t fUser = 0;
     bool fIsMountPoint = false;
+    bool fIsGone = false;  // vanished since the folder was read, or not to be read
   };
   using TAskPseudo = std::function<std::optional<bool>()>;
   enum class TSingleObject : uint8_t { soNo, soAhead, soDone };
@@ -98,7 +105,14 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   bool Open();
   bool ReadBuffer();
   void Close();
-  bool ReadEntry(const char* pName);
+  bool ReadEntry(const char* pName, uint8_t pType);
+  bool ReadStatus(const char* pName);
+  // The current entry with its values, which are read now if that was left until here.
+  const TEntry& Entry() const {
+    if (!fIsRead) const_cast<TUnixEnumerator*>(this)->ReadLateValues();
+    return fEntry;
+  }
+  void ReadLateValues();
   void FillEntry(const struct statx& pStatus, std::string_view pName);
   void FollowLinkIfWanted(const char* pName);
   bool MayEnter(const TEntry& pEntry, const TAskPseudo& pAskPseudo) const;
@@ -116,6 +130,9 @@ class TUnixEnumerator : public TBaseVisualHierarchicalEnumerator {
   uint32_t fBufferUsed = 0;
   uint32_t fBufferIndex = 0;
   uint32_t fErrorCode = 0;
+  const char* fListedName = nullptr;  // in the buffer, of an entry whose values are not read yet
+  bool fIsRead = true;                // whether fEntry is that of the current entry
+  bool fIsListedFolder = false;       // of an entry whose values are not read yet
   bool fIsOpen = false;
   bool fAtEnd = false;
   bool fIsUnlisted = false;  // opened by name alone, so no listing has checked whether the folder may be entered

@@ -14,15 +14,6 @@ constexpr TAttributes kAttributeRecallOnOpen = 0x40000;
 // Files whose data may be stored elsewhere. No call is made that could fetch their data.
 constexpr TAttributes kRemoteData = kAttributeOffline | kAttributeRecallOnDataAccess | kAttributeRecallOnOpen;
 
-bool IsCloudTag(uint32_t pTag) {
-  return (pTag & 0x9000001A) == 0x9000001A && (pTag & ~0x9000F01AU) == 0;
-}
-
-// Whether the tag marks another name. Cloud placeholders and compressed files carry other tags.
-bool IsNameSurrogate(uint32_t pTag) {
-  return IsReparseTagNameSurrogate(pTag) != 0;
-}
-
 int64_t TicksOf(const FILETIME& pTime) {
   return static_cast<int64_t>((uint64_t{pTime.dwHighDateTime} << 32) | pTime.dwLowDateTime);
 }

@@ -64,6 +64,12 @@ TRef<IHierarchicalEnumerator> TBaseNestedHierarchicalEnumerator::CreateChildEnum
   return Wrap(fNestedEnumerator->CreateChildEnumerator(pName, pAttributes));
 }
 
+TRef<IHierarchicalEnumerator> TBaseNestedHierarchicalEnumerator::CreateChildEnumeratorById(uint64_t pId,
+                                                                                           std::u16string_view pName,
+                                                                                           TAttributes pAttributes) {
+  return Wrap(fNestedEnumerator->CreateChildEnumeratorById(pId, pName, pAttributes));
+}
+
 // ---- TCachingEnumerator
 
 TCachingEnumerator::TCachingEnumerator(TRef<IHierarchicalEnumerator> pNested)
@@ -231,6 +237,11 @@ TRef<IHierarchicalEnumerator> TSummarizingEnumerator::GetChildHierarchicalEnumer
 TRef<IHierarchicalEnumerator> TSummarizingEnumerator::CreateChildEnumerator(std::u16string_view pName,
                                                                             TAttributes pAttributes) {
   return WrapChild(fNestedEnumerator->CreateChildEnumerator(pName, pAttributes), -1);
+}
+
+TRef<IHierarchicalEnumerator> TSummarizingEnumerator::CreateChildEnumeratorById(uint64_t pId, std::u16string_view pName,
+                                                                                TAttributes pAttributes) {
+  return WrapChild(fNestedEnumerator->CreateChildEnumeratorById(pId, pName, pAttributes), -1);
 }
 
 TRef<IHierarchicalEnumerator> TSummarizingEnumerator::Wrap(TRef<IHierarchicalEnumerator> pNested) const {

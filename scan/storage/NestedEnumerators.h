@@ -18,6 +18,9 @@ class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerat
   void Reset() override { fNestedEnumerator->Reset(); }
   TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  uint64_t GetEntryId() const override { return fNestedEnumerator->GetEntryId(); }
+  TRef<IHierarchicalEnumerator> CreateChildEnumeratorById(uint64_t pId, std::u16string_view pName,
+                                                          TAttributes pAttributes) override;
   TRef<IHierarchicalEnumerator> Clone() const override { return Wrap(fNestedEnumerator->Clone()); }
 
   std::u16string_view GetObjectName() const override { return fNestedEnumerator->GetObjectName(); }
@@ -29,6 +32,7 @@ class TBaseNestedHierarchicalEnumerator : public TBaseVisualHierarchicalEnumerat
   TAttributes GetAttributes() const override { return fNestedEnumerator->GetAttributes(); }
   bool IsFolder() const override { return fNestedEnumerator->IsFolder(); }
   std::u16string GetFullPath() const override { return fNestedEnumerator->GetFullPath(); }
+  bool ReadValues() override { return fNestedEnumerator->ReadValues(); }
   TEntryValues GetEntryValues() const override { return fNestedEnumerator->GetEntryValues(); }
   std::u16string GetOwner() const override { return fNestedEnumerator->GetOwner(); }
   uint64_t GetOwnerId() const override { return fNestedEnumerator->GetOwnerId(); }
@@ -124,6 +128,8 @@ class TSummarizingEnumerator : public TBaseNestedHierarchicalEnumerator {
   void Reset() override;
   TRef<IHierarchicalEnumerator> GetChildHierarchicalEnumerator() override;
   TRef<IHierarchicalEnumerator> CreateChildEnumerator(std::u16string_view pName, TAttributes pAttributes) override;
+  TRef<IHierarchicalEnumerator> CreateChildEnumeratorById(uint64_t pId, std::u16string_view pName,
+                                                          TAttributes pAttributes) override;
 
   // The sums of all entries listed so far, those beneath the entries included.
   TEntrySums Summarized() const {

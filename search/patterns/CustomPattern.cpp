@@ -146,17 +146,16 @@ void TCustomPattern::ReadFromXML(const TElementAttributes& pAttributes) {
 }
 
 std::u16string TCustomPattern::ExpressionKeyword() const {
-  // A name condition whose value holds a delimiter is matched against the full path.
-  if (fTarget == NameTarget() || fTarget == FullPathTarget() || fColumn == nullptr) return u"name:";
+  if (fTarget == NameTarget() || fColumn == nullptr) return u"name:";
   if (fColumn->fColumn == TColumn::mdExtension) return u"extension:";
   if (fColumn->fColumn == TColumn::mdOwner) return u"owner:";
-  if (fColumn->fColumn == TColumn::mdParentPath) return u"path:";
   return u"mdata:" + std::u16string(fColumn->fName) + u":";
 }
 
 std::u16string TCustomPattern::ExpressionValue(std::u16string_view pText) {
-  if (pText.find_first_of(u" ,()\"") == std::u16string_view::npos) return std::u16string(pText);
-  return Quoted(pText);
+  const bool isPlain = pText.find_first_of(u" ,;()\"") == std::u16string_view::npos &&
+                       std::u16string_view(u"=!<>~").find(pText.front()) == std::u16string_view::npos;
+  return isPlain ? std::u16string(pText) : Quoted(pText);
 }
 
 }  // namespace Vantrel::PatternMatching

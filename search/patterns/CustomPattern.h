@@ -58,7 +58,8 @@ class TCustomPattern : public TInterfaced<IPattern> {
   bool HasTrailingDelimiter(std::u16string_view pText) const {
     return fIsPathValued && pText.size() > 1 && pText.back() == fPathDelimiter;
   }
-  // The target's keyword in the query language, such as "name:", and a value as the query language writes it.
+  // The target's keyword in the query language, such as "name:", and a value, which is not empty, as the query
+  // language writes it.
   std::u16string ExpressionKeyword() const;
   static std::u16string ExpressionValue(std::u16string_view pText);
 

@@ -22,7 +22,16 @@ bool TExactPattern::MayLieBeneath(std::u16string_view pFolder) const {
 
 std::u16string TExactPattern::ToExpression() const {
   const bool isExclude = GetPatternType() == TPatternType::ptyExclude;
-  return ExpressionKeyword() + (isExclude ? u"!=" : u"=") + Quoted(GetPattern());
+  const std::u16string& text = GetPattern();
+  if (text.find_first_of(u"*?") == std::u16string::npos)
+    return ExpressionKeyword() + (isExclude ? u"!=" : u"=") + Quoted(text);
+  // In a query these two are wildcards, even in quotes. A regular expression takes them as they are.
+  std::u16string expression = u"(?i)^";
+  for (const char16_t unit : text) {
+    if (std::u16string_view(u"\\^$.[]|()?*+{}").find(unit) != std::u16string_view::npos) expression += u'\\';
+    expression += unit;
+  }
+  return ExpressionKeyword() + (isExclude ? u"!~" : u"~") + Quoted(expression + u"$");
 }
 
 }  // namespace Vantrel::PatternMatching

@@ -22,12 +22,6 @@ std::u16string_view Trimmed(std::u16string_view pText) {
   return pText;
 }
 
-bool TakePrefix(std::u16string_view& pText, std::u16string_view pPrefix) {
-  if (!SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix)) return false;
-  pText.remove_prefix(pPrefix.size());
-  return true;
-}
-
 // Takes a column such as "(Owner)" from the front, if patterns can be matched against it. Any other word in parentheses
 // belongs to the body.
 const TColumnInfo* TakeColumn(std::u16string_view& pText) {
@@ -82,6 +76,12 @@ TRef<IPattern> ParseBody(std::u16string_view pBody, const TColumnInfo* pColumn, 
 }
 
 }  // namespace
+
+bool TakePrefix(std::u16string_view& pText, std::u16string_view pPrefix) {
+  if (!SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix)) return false;
+  pText.remove_prefix(pPrefix.size());
+  return true;
+}
 
 TRef<IPattern> ParsePattern(std::u16string_view pPattern, TPatternType pDefaultType, char16_t pPathDelimiter) {
   std::u16string_view text = Trimmed(pPattern);

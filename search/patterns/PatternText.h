@@ -28,6 +28,9 @@ struct TPatternTextPrefixes {
 // the default.
 std::u16string PatternToText(const IPattern& pPattern, TPatternTextPrefixes pPrefixes);
 
+// Takes a prefix from the front of the text, without regard to ASCII case. False when the text does not begin with it.
+bool TakePrefix(std::u16string_view& pText, std::u16string_view pPrefix);
+
 // Makes the pattern that an XML element's attributes describe. EInvalidArgumentValue: "Class "…" is no knonw class
 // derived by TCustomPattern.", "Empty patterns are not allowed!".
 TRef<IPattern> CreateForXML(const TElementAttributes& pAttributes, char16_t pPathDelimiter);

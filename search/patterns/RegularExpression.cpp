@@ -85,6 +85,7 @@ std::string DescribeError(int pError, std::u16string_view pExpression, size_t pO
 TCode Compile(std::u16string_view pExpression, uint32_t pOptions, std::string& pErrorText) {
   TCompileContext context(pcre2_compile_context_create(nullptr));
   if (!context) throw std::bad_alloc();
+  if ((pOptions & PCRE2_MULTILINE) != 0) pcre2_set_newline(context.get(), PCRE2_NEWLINE_ANYCRLF);
   pcre2_set_max_pattern_length(context.get(), kLongestExpression);
   int error = 0;
   PCRE2_SIZE offset = 0;
@@ -107,10 +108,11 @@ int CountCall(pcre2_callout_block*, void* pCallsLeft) {
 }  // namespace
 
 struct TRegularExpression::TCompiled {
-  TCompiled(std::u16string_view pExpression, bool pCaseSensitive);
+  TCompiled(std::u16string_view pExpression, bool pCaseSensitive, TExpressionUse pUse);
   void PrepareMatching();
-  // Returns what pcre2_match returns.
+  // Both return what pcre2_match returns.
   int Match(std::u16string_view pText);
+  int Match(const pcre2_code* pCode, std::u16string_view pText);
   // The expression for long texts, or nullptr if it would be too large.
   const pcre2_code* CountedCode();
 
@@ -128,10 +130,11 @@ struct TRegularExpression::TCompiled {
   int64_t fGivenUp = 0;
 };
 
-TRegularExpression::TCompiled::TCompiled(std::u16string_view pExpression, bool pCaseSensitive)
+TRegularExpression::TCompiled::TCompiled(std::u16string_view pExpression, bool pCaseSensitive, TExpressionUse pUse)
     : fExpression(pExpression),
       // \C would split a surrogate pair.
-      fOptions(PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C | (pCaseSensitive ? 0 : PCRE2_CASELESS)),
+      fOptions(PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C | (pCaseSensitive ? 0 : PCRE2_CASELESS) |
+               (pUse == TExpressionUse::euLines ? PCRE2_MULTILINE : 0)),
       fCode(Compile(fExpression, fOptions, fErrorText)) {
   if (fCode) PrepareMatching();
 }
@@ -153,11 +156,14 @@ void TRegularExpression::TCompiled::PrepareMatching() {
 int TRegularExpression::TCompiled::Match(std::u16string_view pText) {
   const pcre2_code* counted = pText.size() > kLongText ? CountedCode() : nullptr;
   fCallsLeft = counted ? MostCalls(pText.size()) : kMatchLimit;
+  return Match(counted ? counted : fCode.get(), pText);
+}
+
+int TRegularExpression::TCompiled::Match(const pcre2_code* pCode, std::u16string_view pText) {
   // The direct call of the compiled form skips checks of the arguments, which take as long as most matches. Ill-formed
   // UTF-16 is safe there too, because the expression was compiled for it.
-  const auto match = counted == nullptr && fIsJitCompiled ? pcre2_jit_match : pcre2_match;
-  return match(counted ? counted : fCode.get(), Units(pText), pText.size(), 0, 0, fMatchData.get(),
-               fMatchContext.get());
+  const auto match = pCode == fCode.get() && fIsJitCompiled ? pcre2_jit_match : pcre2_match;
+  return match(pCode, Units(pText), pText.size(), 0, 0, fMatchData.get(), fMatchContext.get());
 }
 
 const pcre2_code* TRegularExpression::TCompiled::CountedCode() {
@@ -169,8 +175,8 @@ const pcre2_code* TRegularExpression::TCompiled::CountedCode() {
   return fCountedCode.get();
 }
 
-TRegularExpression::TRegularExpression(std::u16string_view pExpression, bool pCaseSensitive)
-    : fCompiled(std::make_unique<TCompiled>(pExpression, pCaseSensitive)) {}
+TRegularExpression::TRegularExpression(std::u16string_view pExpression, bool pCaseSensitive, TExpressionUse pUse)
+    : fCompiled(std::make_unique<TCompiled>(pExpression, pCaseSensitive, pUse)) {}
 
 TRegularExpression::~TRegularExpression() = default;
 
@@ -184,6 +190,15 @@ bool TRegularExpression::Matches(std::u16string_view pText) {
   const int result = compiled.Match(pText);
   // Any other error means that a limit was reached.
   if (result < 0 && result != PCRE2_ERROR_NOMATCH) ++compiled.fGivenUp;
+  return result >= 0;
+}
+
+std::optional<bool> TRegularExpression::TryFindInLines(std::u16string_view pLines) {
+  TCompiled& compiled = *fCompiled;
+  if (!compiled.fCode || compiled.fGivenUp >= kMostGivenUp) return false;
+  compiled.fCallsLeft = kMatchLimit;
+  const int result = compiled.Match(compiled.fCode.get(), pLines);
+  if (result < 0 && result != PCRE2_ERROR_NOMATCH) return std::nullopt;
   return result >= 0;
 }
 

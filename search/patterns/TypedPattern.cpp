@@ -8,16 +8,12 @@
 #include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "search/patterns/PatternFile.h"
+#include "search/patterns/PatternText.h"
+#include "search/patterns/WildcardMatcher.h"
 
 namespace Vantrel::PatternMatching {
 
 namespace {
-
-bool TakePrefix(std::u16string_view& pText, std::u16string_view pPrefix) {
-  if (!SameTextAscii(pText.substr(0, pPrefix.size()), pPrefix)) return false;
-  pText.remove_prefix(pPrefix.size());
-  return true;
-}
 
 bool IsDelimiter(char16_t pUnit) {
   return pUnit == u'/' || pUnit == NativePathDelimiter();
@@ -35,10 +31,6 @@ bool BeginsAtCurrentFolder(std::u16string_view pText) {
 
 bool IsExpression(std::u16string_view pBody) {
   return pBody.size() > 1 && pBody.starts_with(u'/') && (pBody.ends_with(u'/') || pBody.ends_with(u"/i"));
-}
-
-bool HasWildcards(std::u16string_view pText) {
-  return pText.find_first_of(u"*?") != std::u16string_view::npos;
 }
 
 // The masks of a path and of everything beneath it.

@@ -214,6 +214,10 @@ TMaskList Sort(const std::vector<std::u16string_view>& pMasks) {
 
 }  // namespace
 
+bool HasWildcards(std::u16string_view pText) {
+  return pText.find_first_of(u"*?") != kNone;
+}
+
 std::unique_ptr<const IWildcardMatcher> CreateWildcardMatcher(std::u16string_view pMasks) {
   if (pMasks == u"*.*") return std::make_unique<TAllMatcher>();  // alone, it also matches names without a dot
   TMaskList list = Sort(Split(pMasks));

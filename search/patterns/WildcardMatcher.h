@@ -30,6 +30,9 @@ class IWildcardMatcher {
   virtual TWildcardShape Shape() const = 0;
 };
 
+// Whether the text holds "*" or "?".
+bool HasWildcards(std::u16string_view pText);
+
 // The cheapest matcher that answers like MatchesWildcards(…, pMasks). Plain comparisons serve "*part*", "begin*",
 // "*end" and texts without wildcards. One look-up serves lists of extensions. The general matcher serves everything
 // else.

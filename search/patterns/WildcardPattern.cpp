@@ -13,12 +13,6 @@ namespace Vantrel::PatternMatching {
 
 namespace {
 
-constexpr auto kNone = std::u16string_view::npos;
-
-bool HasWildcards(std::u16string_view pText) {
-  return pText.find_first_of(u"*?") != kNone;
-}
-
 bool IsBlank(std::u16string_view pText) {
   return std::all_of(pText.begin(), pText.end(), [](char16_t pUnit) { return pUnit <= u' '; });
 }
@@ -140,12 +134,13 @@ bool TWildcardPattern::MatchesNoExtension(TMatchText& pText) const {
   const std::u16string_view text = pText.Text();
   // Most texts do not match, and then no search for dots is needed.
   const bool mayHaveDelimiter = (pText.Units() & UnitsOf(std::u16string(1, PathDelimiter()))) != 0;
-  const size_t delimiter = mayHaveDelimiter ? text.rfind(PathDelimiter()) : kNone;
-  if (delimiter == kNone) return fMatcher->Matches(pText) && text.find(u'.') == kNone;
-  if (text.find(u'.') == kNone) return fMatcher->Matches(pText);
+  const size_t delimiter = mayHaveDelimiter ? text.rfind(PathDelimiter()) : std::u16string_view::npos;
+  if (delimiter == std::u16string_view::npos)
+    return fMatcher->Matches(pText) && text.find(u'.') == std::u16string_view::npos;
+  if (text.find(u'.') == std::u16string_view::npos) return fMatcher->Matches(pText);
   if (GetTarget() == FullPathTarget() && !fMatcher->Matches(pText)) return false;
   const std::u16string_view name = text.substr(delimiter + 1);
-  return !name.empty() && name.find(u'.') == kNone;
+  return !name.empty() && name.find(u'.') == std::u16string_view::npos;
 }
 
 bool TWildcardPattern::SameMatches(const TCustomPattern& pOther) const {
@@ -169,7 +164,9 @@ bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::
   if (!IsRootedPath(pText, delimiter) || IsSameOrInside(pFolder, pText, delimiter)) return true;
   // In a list that holds wildcards, a mask without them is matched exactly, so "/a" does not lead to "/ab".
   const size_t star = pText.find(u'*');
-  if ((star != kNone || !HasWildcards(FoldedPattern())) && pFolder.starts_with(pText.substr(0, star))) return true;
+  if ((star != std::u16string_view::npos || !HasWildcards(FoldedPattern())) &&
+      pFolder.starts_with(pText.substr(0, star)))
+    return true;
   if (IsSameOrInside(pFolder, FolderOfPath(pText, delimiter), delimiter) &&
       MatchesWildcardsStripped(FileNameOfPath(pFolder, delimiter), FileNameOfPath(pText, delimiter)))
     return true;
@@ -183,7 +180,12 @@ bool TWildcardPattern::AlternativeMayLieBeneath(std::u16string_view pText, std::
 
 std::u16string TWildcardPattern::ToExpression() const {
   const bool isExclude = GetPatternType() == TPatternType::ptyExclude;
-  return ExpressionKeyword() + (isExclude ? u"!=" : u"") + ExpressionValue(ShownText());
+  std::u16string values;
+  AnyMask(ShownText(), [&](std::u16string_view pMask) {
+    values += (values.empty() ? u"" : u";") + ExpressionValue(pMask);
+    return false;
+  });
+  return ExpressionKeyword() + (isExclude ? u"!=" : u"") + values;
 }
 
 }  // namespace Vantrel::PatternMatching

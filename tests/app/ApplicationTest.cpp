@@ -13,6 +13,7 @@
 #include "platform/text/Text.h"
 #include "tests/support/FakeTree.h"
 #include "tests/support/LineList.h"
+#include "window/main/WindowStart.h"
 
 namespace {
 
@@ -32,6 +33,10 @@ class Application : public testing::Test {
   std::vector<std::string> fErrors;
   bool fLeaveQuickly = false;
   bool fErrorsByMainThread = true;
+  CommandLine::TProgramAbilities fAbilities;
+  bool fHasWindowProgram = false;
+  std::vector<std::vector<std::u16string>> fWindowPaths;  // of each window opened
+  std::vector<bool> fContinued;                           // each run left to the window program: waited for?
 
   TRef<TFakeRoot> AddRoot(std::u16string pPath) {
     auto root = MakeRef<TFakeRoot>(pPath);
@@ -51,6 +56,16 @@ class Application : public testing::Test {
       fErrorsByMainThread = fErrorsByMainThread && std::this_thread::get_id() == mainThread;
     };
     settings.fCreateRoots = [this](std::shared_ptr<const TGlobalOptions>) { return fRoots; };
+    settings.fAbilities = fAbilities;
+    settings.fOpenWindow = [this](const Window::TWindowStart& pStart) {
+      fWindowPaths.push_back(pStart.fPaths);
+      return 0;
+    };
+    if (fHasWindowProgram)
+      settings.fContinueInWindowProgram = [this](bool pWait) {
+        fContinued.push_back(pWait);
+        return 0;
+      };
     TApplication application(settings);
     return application.Run(TKivCommandLineParser::SplitCommandLine(pLine));
   }
@@ -123,6 +138,48 @@ TEST_F(Application, WhatOtherThreadsLogReachesTheConsoleByTheMainThread) {
 TEST_F(Application, AFaultOfTheProgramIsOneLineAndACode) {
   EXPECT_EQ(Run(u"unknown"), ecInternalError);
   EXPECT_THAT(fErrors, ElementsAre("TFakeRoots.CreateRoot: unexpected path"));
+}
+
+// What is done where: here, in the window, or by the window program after which the console program waits or not.
+TEST_F(Application, OpensTheWindowForWhatWritesNothing) {
+  using enum CommandLine::TWindowUse;
+  enum TWhere { wHere, wWindow };
+  struct TRow {
+    const char16_t* fLine;
+    TWhere fWhenAsked, fUsual;
+  };
+  const TRow rows[] = {{u"a --nooptions", wHere, wWindow},
+                       {u"a --nooptions --gui", wWindow, wWindow},
+                       {u"a --nooptions /NOGUI", wHere, wHere},
+                       {u"a --nooptions --csv -", wHere, wHere},
+                       {u"a --nooptions --csv - --gui", wWindow, wWindow},
+                       {u"a --nooptions --chart", wHere, wHere},
+                       {u"--version --gui", wHere, wHere},
+                       {u"--exportdrivelist --nooptions", wHere, wHere}};
+  AddRoot(u"a");
+  for (const bool isConsole : {false, true}) {
+    for (const auto use : {wuWhenAsked, wuUsual}) {
+      for (const TRow& row : rows) {
+        fAbilities = {use, true};
+        fHasWindowProgram = isConsole;
+        fWindowPaths.clear();
+        fContinued.clear();
+        EXPECT_NE(Run(row.fLine), ecWrongCommandLine) << ToUtf8(row.fLine);
+        const bool isWindow = (use == wuUsual ? row.fUsual : row.fWhenAsked) == wWindow;
+        EXPECT_EQ(fWindowPaths.size(), isWindow && !isConsole ? 1u : 0u) << ToUtf8(row.fLine);
+        EXPECT_EQ(fContinued, std::vector<bool>(isWindow && isConsole ? 1 : 0, false)) << ToUtf8(row.fLine);
+      }
+    }
+  }
+  // A bitmap with text is drawn by the window program, and the console program waits. A wrong line is told here.
+  EXPECT_EQ(Run(u"a --nooptions --piechart nowhere/x.png"), ecOk);
+  EXPECT_THAT(fContinued, ElementsAre(true));
+  EXPECT_EQ(Run(u"a --nooptions --piechart nowhere/x.png --nosuch"), ecWrongCommandLine);
+  EXPECT_THAT(fContinued, ElementsAre(true));
+  fHasWindowProgram = false;
+  fAbilities = {};
+  EXPECT_EQ(Run(u"a --nooptions --piechart nowhere/x.png"), ecWrongCommandLine);
+  EXPECT_EQ(Run(u"--gui"), ecWrongCommandLine);
 }
 
 }  // namespace

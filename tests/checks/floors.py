@@ -28,6 +28,10 @@ LIBRARIES = {
     "curl/": {"automation"},
 }
 
+# Headers of the window's library, <QWidget> and <QtTest/QTest>, and the folders that may see them.
+WINDOW_LIBRARY = re.compile(r"Qt?[A-Z]\w*(/|$)")
+WINDOW_FOLDERS = ("window/", "app/gui/")
+
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 PLATFORM_CONDITION = re.compile(
     r"\s*#\s*(?:if|ifdef|ifndef|elif|elifdef|elifndef)\b.*\b(_WIN32|_WIN64|WIN32|__MINGW\w*|_MSC_VER|__CYGWIN__|"
@@ -57,6 +61,10 @@ def check_include(path, quote, name):
     for library, floors in LIBRARIES.items():
         if name.startswith(library):
             return None if floors & {"*", floor} else f"<{name}> is not for {floor}/"
+    if WINDOW_LIBRARY.match(name):
+        if path.as_posix().startswith(WINDOW_FOLDERS):
+            return None
+        return f"<{name}> is for {' and '.join(WINDOW_FOLDERS)} alone: the console program knows no window library"
     # Headers of the standard library have no suffix; whatever else comes in angle brackets belongs to a system.
     if "." not in name and "/" not in name or is_platform_file(path):
         return None

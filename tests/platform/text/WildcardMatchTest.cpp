@@ -9,10 +9,13 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 #include "platform/text/WildcardMatch.h"
+#include "tests/support/UpperCase.h"
 
 namespace Vantrel {
 
 namespace {
+
+using Testing::Upcase;
 
 // The definition of a match, word for word; exponential, so for short masks only.
 bool Reference(std::u16string_view pName, std::u16string_view pMask) {
@@ -40,11 +43,6 @@ std::u16string RandomText(std::mt19937& pRandom, std::u16string_view pAlphabet, 
   std::u16string text(pRandom() % pLonger, u' ');
   for (char16_t& unit : text) unit = pAlphabet[pRandom() % pAlphabet.size()];
   return text;
-}
-
-std::u16string Upcase(std::u16string pText) {
-  std::transform(pText.begin(), pText.end(), pText.begin(), UpcaseUnit);
-  return pText;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
 #include "platform/text/WildcardMatch.h"
+#include "tests/support/UpperCase.h"
 
 // Our own matcher, which serves Linux, against the system's two calls. Wine's call strips the blanks that a mask begins
 // with also when it is told not to; Windows' does not, and neither does ours. So a list of masks in which one begins
@@ -18,6 +19,8 @@ namespace Vantrel {
 
 namespace {
 
+using Testing::Upcase;
+
 constexpr char16_t kInsteadOfBlank = u'\u4E00';
 
 bool OneBeginsWithBlank(std::u16string_view pMasks) {
@@ -26,11 +29,6 @@ bool OneBeginsWithBlank(std::u16string_view pMasks) {
 
 std::u16string WithoutBlanks(std::u16string pText) {
   std::replace(pText.begin(), pText.end(), u' ', kInsteadOfBlank);
-  return pText;
-}
-
-std::u16string Upcase(std::u16string pText) {
-  std::transform(pText.begin(), pText.end(), pText.begin(), UpcaseUnit);
   return pText;
 }
 

@@ -4,16 +4,13 @@
 
 #include <string>
 
+#include "platform/text/Text.h"
 #include "scan/files/LinkRules.h"
 #include "scan/storage/FileSystemEnumerator.h"
 #include "tests/support/MemoryEnumerator.h"
 
 namespace Vantrel::Enumerators {
 namespace {
-
-std::string Narrow(std::u16string_view pText) {
-  return std::string(pText.begin(), pText.end());
-}
 
 TEST(LinkRules, RootedTargetCountsFromTheLinksFolder) {
   struct TCase {
@@ -40,8 +37,8 @@ TEST(LinkRules, RootedTargetCountsFromTheLinksFolder) {
       {u'\\', u"C:\\a\\link", u"\\\\server\\share\\b", u"\\\\server\\share\\b"},
   };
   for (const TCase& c : cases)
-    EXPECT_EQ(Narrow(RootedLinkTarget(c.fLink, c.fTarget, c.fDelimiter)), Narrow(c.fExpected))
-        << Narrow(c.fLink) << " -> " << Narrow(c.fTarget);
+    EXPECT_EQ(ToUtf8(RootedLinkTarget(c.fLink, c.fTarget, c.fDelimiter)), ToUtf8(c.fExpected))
+        << ToUtf8(c.fLink) << " -> " << ToUtf8(c.fTarget);
 }
 
 TEST(LinkRules, LinkIsFollowedOnlyOutOfTheScannedTree) {
@@ -120,7 +117,7 @@ TEST(FileSystemEnumerator, FileUrlsBecomePaths) {
       {u'/', u"file:///", u"/"},
   };
   for (const TCase& c : cases)
-    EXPECT_EQ(Narrow(PathOfFileUrl(c.fUrl, c.fDelimiter)), Narrow(c.fPath)) << Narrow(c.fUrl);
+    EXPECT_EQ(ToUtf8(PathOfFileUrl(c.fUrl, c.fDelimiter)), ToUtf8(c.fPath)) << ToUtf8(c.fUrl);
 }
 
 }  // namespace

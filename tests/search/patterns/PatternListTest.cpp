@@ -23,12 +23,11 @@ namespace Vantrel::PatternMatching {
 
 namespace {
 
-constexpr TPatternType kInclude = TPatternType::ptyInclude;
-constexpr TPatternType kExclude = TPatternType::ptyExclude;
+using enum TPatternType;
 
 TRef<TPatternList> ListOf(std::initializer_list<const char16_t*> pPatterns) {
   auto list = MakeRef<TPatternList>(u'/');
-  for (const char16_t* pattern : pPatterns) list->Add(pattern, kInclude);
+  for (const char16_t* pattern : pPatterns) list->Add(pattern, ptyInclude);
   return list;
 }
 
@@ -73,7 +72,7 @@ TRef<IPattern> RandomPattern(std::mt19937& pRandom, char16_t pDelimiter) {
   static const TPatternTarget kTargets[] = {NameTarget(), FullPathTarget(), TargetOfColumn(TColumn::mdOwner),
                                             TargetOfColumn(TColumn::mdExtension)};
   const TPatternTarget target = kTargets[pRandom() % std::size(kTargets)];
-  const TPatternType type = pRandom() % 2 == 0 ? kInclude : kExclude;
+  const TPatternType type = pRandom() % 2 == 0 ? ptyInclude : ptyExclude;
   TRef<IPattern> pattern;
   switch (pRandom() % 4) {
     case 0:
@@ -113,7 +112,7 @@ TEST(PatternList, RandomListsReadBackEqual) {
     read->SetEmptyPatternListMatchesAll(list->GetEmptyPatternListMatchesAll());
     for (std::u16string_view rest = text; !rest.empty();) {
       const size_t end = std::min(rest.find(u'\n'), rest.size());
-      read->Add(rest.substr(0, end), kInclude);
+      read->Add(rest.substr(0, end), ptyInclude);
       rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     ASSERT_TRUE(read->Equal(*list)) << ToUtf8(text) << "\nread back as\n" << ToUtf8(Shown(*read));
@@ -126,11 +125,11 @@ TEST(PatternList, TextFollowsTheOptions) {
   options.Delimiter = u",";
   EXPECT_EQ(list->ToString(options), u"(+)*.c,(-)*.o,(-)/^x/,(+)(Owner)*root*");
   options.AddUncheckedPrefixForInactivePatterns = true;
-  options.IncludedPatternTypes = {kExclude};
+  options.IncludedPatternTypes = {ptyExclude};
   EXPECT_EQ(list->ToString(options), u"*.o,<||/^x/");
   options.ActivePatternsOnly = true;
   EXPECT_EQ(list->ToString(options), u"*.o");
-  options.IncludedPatternTypes = {kInclude, kExclude};
+  options.IncludedPatternTypes = {ptyInclude, ptyExclude};
   options.IncludedPatternTargets = {TargetOfColumn(TColumn::mdOwner)};
   EXPECT_EQ(list->ToString(options), u"(+)(Owner)*root*");
   EXPECT_EQ(MakeRef<TPatternList>(u'/')->ToString(options), u"");
@@ -152,7 +151,7 @@ TEST(PatternList, RefusesWhatItCannotRead) {
   attributes[3].second = u"{}";
   EXPECT_EQ(messageOf(attributes), "The pattern \"a\" names no column to look at");
   EXPECT_EQ(list->Count(), 0);
-  EXPECT_THROW(list->AddStrings({u"a", u"(-)"}, kInclude), EInvalidArgumentValue);
+  EXPECT_THROW(list->AddStrings({u"a", u"(-)"}, ptyInclude), EInvalidArgumentValue);
   EXPECT_EQ(list->Count(), 0) << "not even the good one";
   EXPECT_THROW(list->GetItem(0), EInvalidArgumentValue);
 }
@@ -162,7 +161,7 @@ TEST(PatternList, CheapPatternsComeFirst) {
   list->SetAutoSort(true);
   // Costs: 50+4+6, 10+6+2, 10+4+6, 10+2+2, 10+4+2 twice, 20+4+2.
   EXPECT_EQ(Shown(*list), u"(+)\"c\" | (+)*d* | (+)*e* | (+)/r/ | (-)*b* | (+)/x* | (-)(Owner)*a*");
-  list->Add(u"\"f\"", kInclude);
+  list->Add(u"\"f\"", ptyInclude);
   EXPECT_EQ(list->GetItem(1)->GetPattern(), u"f");
 }
 
@@ -174,14 +173,14 @@ TEST(PatternList, ActivateTellsOnce) {
   auto observer = MakeRef<TObserver>();
   const auto list = ListOf({u"a", u"b", u"(-)c", u"(Owner)d"});
   list->Subscribe(observer);
-  list->Activate({NameTarget()}, {kInclude}, false);
+  list->Activate({NameTarget()}, {ptyInclude}, false);
   EXPECT_EQ(Shown(*list), u"<||(+)*a* | <||(+)*b* | (-)*c* | (+)(Owner)*d*");
   EXPECT_EQ(observer->fCalls, 1);
-  list->Activate({FullPathTarget()}, {kInclude, kExclude}, false);
+  list->Activate({FullPathTarget()}, {ptyInclude, ptyExclude}, false);
   EXPECT_EQ(observer->fCalls, 1) << "none was touched";
   EXPECT_EQ(list->Count(true, {}), 2);
-  EXPECT_EQ(list->Count(true, {kInclude}), 1);
-  EXPECT_EQ(list->Clone()->IndexOf(*ParsePattern(u"(-)*c*", kInclude, u'/')), 2) << "matches like \"c\"";
+  EXPECT_EQ(list->Count(true, {ptyInclude}), 1);
+  EXPECT_EQ(list->Clone()->IndexOf(*ParsePattern(u"(-)*c*", ptyInclude, u'/')), 2) << "matches like \"c\"";
 }
 
 TEST(PatternList, MatchesAndStopsWalks) {
@@ -205,17 +204,17 @@ TEST(PatternList, MatchesAndStopsWalks) {
   stand();  // on the file
   EXPECT_TRUE(ListOf({})->StopTraversing(item));
   const auto list = ListOf({u"<||a*", u"(-)*.tmp", u"/a/"});
-  EXPECT_TRUE(list->Matches(item, kInclude));
-  EXPECT_TRUE(list->Matches(item, kExclude));
+  EXPECT_TRUE(list->Matches(item, ptyInclude));
+  EXPECT_TRUE(list->Matches(item, ptyExclude));
   EXPECT_EQ(list->GetMatchingPattern(item)->GetPattern(), u"*.tmp");
-  EXPECT_FALSE(ListOf({u"<||*"})->Matches(item, kInclude));
+  EXPECT_FALSE(ListOf({u"<||*"})->Matches(item, ptyInclude));
   EXPECT_TRUE(ListOf({u"b", u"*"})->MatchesAll());
   EXPECT_FALSE(ListOf({u"*", u"(-)b"})->MatchesAll());
-  EXPECT_FALSE(ListOf({u"*"})->Matches(item, kExclude)) << "all is let in, so nothing is kept out";
+  EXPECT_FALSE(ListOf({u"*"})->Matches(item, ptyExclude)) << "all is let in, so nothing is kept out";
   const auto empty = ListOf({});
   EXPECT_FALSE(empty->MatchesAll());
   empty->SetEmptyPatternListMatchesAll(true);
-  EXPECT_TRUE(empty->Matches(item, kInclude));
+  EXPECT_TRUE(empty->Matches(item, ptyInclude));
 }
 
 TEST(PatternList, ChangesWhileOthersRead) {
@@ -232,13 +231,13 @@ TEST(PatternList, ChangesWhileOthersRead) {
       item.SetFolder(u"/m");
       item.SetEntry(*entry);
       while (!stop) {
-        EXPECT_TRUE(list->Matches(item, kInclude));
-        EXPECT_FALSE(list->Matches(item, kExclude));
+        EXPECT_TRUE(list->Matches(item, ptyInclude));
+        EXPECT_FALSE(list->Matches(item, ptyExclude));
       }
     });
   }
   for (int i = 0; i < 500; ++i) {
-    const TRef<IPattern> added = list->Add(u"(-)x*", kInclude);
+    const TRef<IPattern> added = list->Add(u"(-)x*", ptyInclude);
     list->SetAutoSort(i % 2 == 0);
     list->Remove(*added);
   }

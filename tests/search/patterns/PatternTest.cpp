@@ -22,11 +22,10 @@ namespace {
 
 using Vantrel::Testing::MessageOf;
 
-constexpr TPatternType kInclude = TPatternType::ptyInclude;
-constexpr TPatternType kExclude = TPatternType::ptyExclude;
+using enum TPatternType;
 
 TRef<IPattern> Parse(std::u16string_view pText, char16_t pDelimiter = u'/') {
-  return ParsePattern(pText, kInclude, pDelimiter);
+  return ParsePattern(pText, ptyInclude, pDelimiter);
 }
 
 }  // namespace
@@ -43,15 +42,15 @@ TEST(PatternText, PrefixesAndBodies) {
     const char16_t* fPattern;
     TPatternTarget fTarget;
   } cases[] = {
-      {u"<||(+)/^a.*/i", kRegEx, kInclude, false, u"^a.*", NameTarget()},
-      {u"/i", kWildcard, kInclude, true, u"/i", FullPathTarget()},
-      {u"/abc//i", kRegEx, kInclude, true, u"abc/", FullPathTarget()},
-      {u"\t  <|| x  ", kWildcard, kInclude, false, u" x", NameTarget()},
-      {u"(-)<||a", kWildcard, kExclude, true, u"<||a", NameTarget()},
-      {u"\"/srv", kExact, kInclude, true, u"/srv", FullPathTarget()},
-      {u"(Name)(Owner)x", kWildcard, kInclude, true, u"(Owner)x", NameTarget()},
-      {u"(Percent)x", kWildcard, kInclude, true, u"(Percent)x", NameTarget()},
-      {u"(PercentOfRoot)x", kWildcard, kInclude, true, u"(PercentOfRoot)x", NameTarget()},
+      {u"<||(+)/^a.*/i", kRegEx, ptyInclude, false, u"^a.*", NameTarget()},
+      {u"/i", kWildcard, ptyInclude, true, u"/i", FullPathTarget()},
+      {u"/abc//i", kRegEx, ptyInclude, true, u"abc/", FullPathTarget()},
+      {u"\t  <|| x  ", kWildcard, ptyInclude, false, u" x", NameTarget()},
+      {u"(-)<||a", kWildcard, ptyExclude, true, u"<||a", NameTarget()},
+      {u"\"/srv", kExact, ptyInclude, true, u"/srv", FullPathTarget()},
+      {u"(Name)(Owner)x", kWildcard, ptyInclude, true, u"(Owner)x", NameTarget()},
+      {u"(Percent)x", kWildcard, ptyInclude, true, u"(Percent)x", NameTarget()},
+      {u"(PercentOfRoot)x", kWildcard, ptyInclude, true, u"(PercentOfRoot)x", NameTarget()},
   };
   for (const auto& expected : cases) {
     const TRef<IPattern> pattern = Parse(expected.fText);
@@ -70,7 +69,7 @@ TEST(PatternText, PrefixesAndBodies) {
 
 TEST(PatternText, ShowsHowATextIsMatched) {
   auto shown = [](const char16_t* pText, char16_t pDelimiter, const TPatternTarget& pTarget) {
-    return ToUtf8(TWildcardPattern(pText, pTarget, kInclude, pDelimiter).ToString());
+    return ToUtf8(TWildcardPattern(pText, pTarget, ptyInclude, pDelimiter).ToString());
   };
   EXPECT_EQ(shown(u"foo", u'/', NameTarget()), "*foo*");
   EXPECT_EQ(shown(u"C:\\Data", u'\\', FullPathTarget()), "C:\\Data*");
@@ -79,8 +78,8 @@ TEST(PatternText, ShowsHowATextIsMatched) {
   EXPECT_EQ(shown(u"*.tmp", u'/', NameTarget()), "*.tmp");
   EXPECT_EQ(shown(u";foo", u'/', NameTarget()), ";foo*");
   EXPECT_EQ(shown(u"  ", u'/', NameTarget()), "*  *");
-  EXPECT_EQ(ToUtf8(TRegExPattern(u"a", NameTarget(), kInclude, u'/', false).ToString()), "/a/i");
-  EXPECT_EQ(ToUtf8(TExactPattern(u"a\"b", NameTarget(), kInclude, u'/').ToString()), "\"a\"\"b\"");
+  EXPECT_EQ(ToUtf8(TRegExPattern(u"a", NameTarget(), ptyInclude, u'/', false).ToString()), "/a/i");
+  EXPECT_EQ(ToUtf8(TExactPattern(u"a\"b", NameTarget(), ptyInclude, u'/').ToString()), "\"a\"\"b\"");
 
   EXPECT_EQ(ToUtf8(Parse(u"(-)*.tmp")->ToExpression()), "name:!=*.tmp");
   EXPECT_EQ(ToUtf8(Parse(u"\"a b\"")->ToExpression()), "name:=\"a b\"");
@@ -156,7 +155,7 @@ TEST(Pattern, NothingThatMatchesIsOutOfReach) {
     std::u16string path = u"/";
     for (size_t length = random() % 8; length > 0; --length) mask += u"ab/*?/;"[random() % 7];
     for (size_t length = 1 + random() % 7; length > 0; --length) path += u"abAB/"[random() % 5];
-    TWildcardPattern pattern(mask, FullPathTarget(), kInclude, u'/');
+    TWildcardPattern pattern(mask, FullPathTarget(), ptyInclude, u'/');
     if (path.find(u"//") != std::u16string::npos || path.ends_with(u'/') || !pattern.MatchesString(path)) continue;
     ++matches;
     for (size_t at = path.rfind(u'/'); at > 0; at = path.rfind(u'/', at - 1))

@@ -1,0 +1,222 @@
+#include "scan/ntfs/NtfsStorage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Numbers.h"
+#include "platform/text/Text.h"
+#include "platform/threads/CriticalSection.h"
+#include "scan/ntfs/NtfsErrors.h"
+#include "scan/ntfs/PartitionEnumerator.h"
+#include "scan/storage/PathNotFoundEnumerator.h"
+
+namespace Vantrel::Ntfs {
+
+namespace {
+
+constexpr std::u16string_view kProtocol = u"ntfs:";
+constexpr char16_t kSplit = u'|';
+
+bool IsDelimiter(char16_t pChar, char16_t pDelimiter) {
+  return pChar == pDelimiter || (pDelimiter == u'\\' && pChar == u'/');
+}
+
+bool HasProtocol(std::u16string_view pPath) {
+  return SameTextAscii(pPath.substr(0, kProtocol.size()), kProtocol);
+}
+
+// "C:" and "C:\" mean the volume, not its folder.
+std::u16string ImagePath(std::u16string_view pTyped) {
+  if (NativePathDelimiter() == u'\\') {
+    if (pTyped.starts_with(u"\\\\.\\")) return std::u16string(WithoutTrailingDelimiter(pTyped, u'\\'));
+    const bool isDrive = pTyped.size() >= 2 && pTyped.size() <= 3 && pTyped[1] == u':' &&
+                         (pTyped.size() == 2 || IsDelimiter(pTyped[2], u'\\'));
+    if (isDrive) return u"\\\\.\\" + std::u16string(pTyped.substr(0, 2));
+  }
+  return AbsolutePath(pTyped);
+}
+
+std::u16string PathOf(const TNtfsPath& pPath, char16_t pDelimiter) {
+  return std::u16string(kProtocol) + pPath.fImage + kSplit + pDelimiter + pPath.fInside;
+}
+
+class TNtfsStorage : public TInterfaced<IStorage> {
+ public:
+  explicit TNtfsStorage(TVolumeOpener pOpener) : fOpener(std::move(pOpener)) {}
+
+  std::u16string_view GetProtocol() const override { return kProtocol; }
+  char16_t GetPathDelimiter() const override { return NativePathDelimiter(); }
+
+  std::u16string AbsolutePath(std::u16string_view pTyped) const override {
+    TNtfsPath path = SplitNtfsPath(pTyped, GetPathDelimiter());
+    path.fImage = ImagePath(path.fImage);
+    return path.fImage.empty() ? std::u16string() : PathOf(path, GetPathDelimiter());
+  }
+
+  // Only images themselves are looked for: an index would have to be built to know what is inside.
+  bool Exists(const std::u16string& pPath) const override {
+    const TNtfsPath path = SplitNtfsPath(pPath, GetPathDelimiter());
+    return path.fInside.empty() && !ResolvedPath(path.fImage).empty();
+  }
+
+  TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath,
+                                                 const TScanContext& pContext) const override {
+    SetInformation(pPath, {});
+    try {
+      return Open(pPath, pContext);
+    } catch (const EOSError& error) {
+      return MakeRef<Enumerators::TPathNotFoundEnumerator>(pPath, error.Code(), pContext.fOptions);
+    }
+  }
+
+  TStorageInformation GetInformation(const std::u16string& pPath) const override {
+    TCriticalSectionLock lock(fLock);
+    const auto found = fInformation.find(pPath);
+    return found == fInformation.end() ? TStorageInformation() : found->second;
+  }
+
+  std::string ErrorText(uint32_t pCode) const override { return ErrorTextOf(pCode); }
+
+  std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+    throw EOSError(kErrorNotRead, "TNtfsStorage.OpenFile", pPath);
+  }
+
+ private:
+  TRef<IHierarchicalEnumerator> Open(const std::u16string& pPath, const TScanContext& pContext) const {
+    TNtfsPath path = SplitNtfsPath(pPath, GetPathDelimiter());
+    const std::shared_ptr<IVolumeReader> reader = fOpener.fOpenReader(path.fImage);
+    TVolumePart part{0, reader->Size()};
+    if (IsPartitioned(*reader)) {
+      const std::vector<TNtfsPartition> partitions = FindPartitions(*reader);
+      if (partitions.empty()) throw EOSError(kErrorNoNtfsPartition, "Opening a disk", path.fImage);
+      if (path.fInside.empty()) return OpenDisk(pPath, reader, partitions, pContext);
+      part = TakePartition(partitions, path);
+    }
+    return OpenVolume(pPath, path, *reader, part, pContext);
+  }
+
+  TRef<IHierarchicalEnumerator> OpenVolume(const std::u16string& pPath, const TNtfsPath& pParts, IVolumeReader& pReader,
+                                           TVolumePart pPart, const TScanContext& pContext) const {
+    TMftScan scan;
+    scan.fVolumePath = PathOf({pParts.fImage, {}}, GetPathDelimiter());
+    scan.fTopPath = pPath;
+    scan.fPathDelimiter = GetPathDelimiter();
+    TRef<IHierarchicalEnumerator> enumerator;
+    const TMftLocation location = LocateTable(pReader, pPart, scan.fVolumePath);
+    const TIndexedVolume volume = IndexVolume(pReader, location, scan.fVolumePath,
+                                              BuildSettingsOf(pContext, fOpener, GetPathDelimiter()), pContext);
+    if (volume.fRoot) {
+      scan.fRoot = volume.fRoot;
+      scan.fErrorCode = volume.fErrorCode;
+      enumerator = THierarchicalMftEnumerator::CreateForPath(scan, pParts.fInside, pContext.fOptions);
+      SetInformation(pPath, InformationOf(volume, pParts.fImage, ReadVolumeFacts(pReader, location), pContext));
+    }
+    if (enumerator) return enumerator;
+    return MakeRef<Enumerators::TPathNotFoundEnumerator>(pPath, kErrorNoFolder, pContext.fOptions);
+  }
+
+  // Each partition's index is built when the scan enters its folder.
+  TRef<IHierarchicalEnumerator> OpenDisk(const std::u16string& pPath, const std::shared_ptr<IVolumeReader>& pReader,
+                                         const std::vector<TNtfsPartition>& pPartitions,
+                                         const TScanContext& pContext) const {
+    const TRef<const TNtfsStorage> self(this);
+    auto open = [self, pPath, pReader, pContext](const TNtfsPartition& pPartition) {
+      return self->OpenPartition(pPath, *pReader, pPartition, pContext);
+    };
+    TStorageInformation information;
+    information.fMountPoint = SplitNtfsPath(pPath, GetPathDelimiter()).fImage;
+    information.fFileSystem = u"partitioned disk";
+    information.fTotalBytes = pReader->Size();
+    SetInformation(pPath, std::move(information));
+    return MakeRef<TPartitionEnumerator>(pPath, GetPathDelimiter(), pPartitions, std::move(open), pContext.fOptions);
+  }
+
+  TRef<IHierarchicalEnumerator> OpenPartition(const std::u16string& pDiskPath, IVolumeReader& pReader,
+                                              const TNtfsPartition& pPartition, const TScanContext& pContext) const {
+    const std::u16string path = JoinPath(pDiskPath, pPartition.Name(), GetPathDelimiter());
+    TNtfsPath parts = SplitNtfsPath(path, GetPathDelimiter());
+    parts.fInside.clear();
+    TRef<IHierarchicalEnumerator> enumerator;
+    try {
+      enumerator = OpenVolume(path, parts, pReader, pPartition.fPart, pContext);
+    } catch (const EOSError& error) {
+      enumerator = MakeRef<Enumerators::TPathNotFoundEnumerator>(path, error.Code(), pContext.fOptions);
+    }
+    TStorageInformation partition = GetInformation(path);
+    TCriticalSectionLock lock(fLock);
+    TStorageInformation& disk = fInformation[pDiskPath];
+    disk.fFreeBytes += partition.fFreeBytes;
+    for (const std::u16string& note : partition.fNotes) disk.fNotes.push_back(pPartition.Name() + u": " + note);
+    fInformation.erase(path);
+    return enumerator;
+  }
+
+  TVolumePart TakePartition(const std::vector<TNtfsPartition>& pPartitions, TNtfsPath& pPath) const {
+    const size_t end = std::min(pPath.fInside.find(GetPathDelimiter()), pPath.fInside.size());
+    for (const TNtfsPartition& partition : pPartitions) {
+      if (!SamePath(partition.Name(), pPath.fInside.substr(0, end), u'\\')) continue;
+      pPath.fInside.erase(0, end + 1);
+      return partition.fPart;
+    }
+    throw EOSError(kErrorNoFolder, "Opening a partition", pPath.fInside);
+  }
+
+  static TStorageInformation InformationOf(const TIndexedVolume& pVolume, const std::u16string& pImage,
+                                           const TVolumeFacts& pFacts, const TScanContext& pContext) {
+    TStorageInformation information;
+    information.fMountPoint = pImage;
+    information.fLabel = pFacts.fLabel;
+    information.fFileSystem = u"NTFS";
+    information.fBytesPerCluster = pVolume.fLocation.fData.fBytesPerCluster;
+    information.fTotalBytes = pVolume.fLocation.fVolumeBytes;
+    information.fFreeBytes = pFacts.fFreeBytes;
+    information.fNotes = NotesOf(pVolume.fRoot->Summary(), (pContext.fOptions & heoMftCompatible) != 0);
+    if (pVolume.fLocation.fVolumeBytes > pVolume.fLocation.fPart.fLength)
+      information.fNotes.push_back(u"The image is shorter than its volume.");
+    return information;
+  }
+
+  void SetInformation(const std::u16string& pPath, TStorageInformation pInformation) const {
+    TCriticalSectionLock lock(fLock);
+    fInformation[pPath] = std::move(pInformation);
+  }
+
+  const TVolumeOpener fOpener;
+  mutable TCriticalSection fLock;
+  // What the last scan of each path found.
+  mutable std::map<std::u16string, TStorageInformation> fInformation GUARDED_BY(fLock);
+};
+
+}  // namespace
+
+std::u16string ImageOfPath(std::u16string_view pTyped) {
+  return HasProtocol(pTyped) ? SplitNtfsPath(pTyped, NativePathDelimiter()).fImage : std::u16string();
+}
+
+TNtfsPath SplitNtfsPath(std::u16string_view pPath, char16_t pDelimiter) {
+  if (HasProtocol(pPath)) pPath.remove_prefix(kProtocol.size());
+  size_t split = pPath.rfind(kSplit);
+  while (split != std::u16string_view::npos && split + 1 < pPath.size() && !IsDelimiter(pPath[split + 1], pDelimiter))
+    split = split == 0 ? std::u16string_view::npos : pPath.rfind(kSplit, split - 1);
+  if (split == std::u16string_view::npos) return {std::u16string(pPath), {}};
+  TNtfsPath path{std::u16string(pPath.substr(0, split)), {}};
+  // Parts are joined by one delimiter each.
+  for (const char16_t c : pPath.substr(split + 1)) {
+    if (!IsDelimiter(c, pDelimiter))
+      path.fInside += c;
+    else if (!path.fInside.empty() && path.fInside.back() != pDelimiter)
+      path.fInside += pDelimiter;
+  }
+  if (path.fInside.ends_with(pDelimiter)) path.fInside.pop_back();
+  return path;
+}
+
+TRef<IStorage> CreateNtfsStorage(TVolumeOpener pOpener) {
+  return MakeRef<TNtfsStorage>(std::move(pOpener));
+}
+
+}  // namespace Vantrel::Ntfs

@@ -1,0 +1,76 @@
+#include "search/files/FileFactsReader.h"
+
+#include "platform/files/Paths.h"
+#include "platform/system/Errors.h"
+#include "platform/threads/InterruptibleThread.h"
+#include "search/query/SearchItem.h"
+
+namespace Vantrel::Search {
+
+namespace {
+
+std::u16string PathOf(TSearchItem& pItem) {
+  const std::u16string& folder = pItem.FolderPath();
+  return folder.empty() ? std::u16string(pItem.NameText()) : JoinPath(folder, pItem.NameText(), pItem.PathDelimiter());
+}
+
+}  // namespace
+
+TContentMatcher& TFileFactsReader::MatcherOf(const TContentSearch& pSearch) {
+  std::unique_ptr<TContentMatcher>& matcher = fMatchers[&pSearch];
+  if (!matcher) matcher = std::make_unique<TContentMatcher>(pSearch);
+  return *matcher;
+}
+
+int64_t TFileFactsReader::GivenUp() const {
+  int64_t lines = 0;
+  for (const auto& [search, matcher] : fMatchers) lines += matcher->GivenUp();
+  return lines;
+}
+
+bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {
+  const TEntryView& entry = pItem.Entry();
+  constexpr TAttributes kNotRead = kAttributeDevice | kAttributeReparsePoint;
+  if (pItem.IsFolder() || !fStorage || (entry.GetAttributes() & kNotRead) != 0 || entry.GetSize() == 0) return false;
+  std::u16string path;
+  try {
+    path = PathOf(pItem);
+    const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+    return MatcherOf(pSearch).IsFoundIn(*file, [this] { return fErrors.IsStopped(); });
+  } catch (...) {
+    const uint32_t code = CodeOfCaughtException("TFileFactsReader.ContentsMatch");
+    // A file that has vanished since it was listed is not missing from the answer.
+    if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
+      fErrors.FileFailed(path, code);
+    return false;
+  }
+}
+
+bool TFileFactsReader::IsInvalidShortcut(TSearchItem& pItem) {
+  if (!fStorage || (pItem.Entry().GetAttributes() & kAttributeReparsePoint) == 0) return false;
+  try {
+    return !fStorage->Exists(PathOf(pItem));
+  } catch (...) {
+    CodeOfCaughtException("TFileFactsReader.IsInvalidShortcut");
+    return false;
+  }
+}
+
+// A folder in a tree knows its counts. On a storage its listing is begun.
+bool TFileFactsReader::IsEmptyFolder(TSearchItem& pItem) {
+  if (!pItem.IsFolder()) return false;
+  if (!fListing) {
+    const TSizeValues values = pItem.Entry().GetValues();
+    return values.fFiles == 0 && values.fFolders == 0;
+  }
+  try {
+    if (!fListing->CanDescend()) return false;
+    const TRef<IHierarchicalEnumerator> contents = fListing->GetChildHierarchicalEnumerator();
+    return !contents->Next() && contents->GetErrorCode() == 0;
+  } catch (...) {
+    CodeOfCaughtException("TFileFactsReader.IsEmptyFolder");
+    return false;
+  }
+}
+
+}  // namespace Vantrel::Search

@@ -1,0 +1,308 @@
+#include "search/files/SearchJobs.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "model/tree/TreeWalk.h"
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+#include "platform/threads/InterruptibleThread.h"
+#include "search/files/SearchWorker.h"
+
+namespace Vantrel::Search {
+
+namespace {
+
+// How often a long listing looks whether it is to stop.
+constexpr int64_t kEntriesBetweenLooks = 1024;
+// The files that are matched in one piece of work when contents are read.
+constexpr size_t kSlice = 32;
+// A branch of a tree with fewer rows is not worth a job.
+constexpr int64_t kSmallestBranch = 2000;
+
+}  // namespace
+
+// A path or a tree that is searched, with its idle workers. Any thread.
+class TSearchTarget : public TInterfaced<IInterface> {
+ public:
+  // pConfiguration has the filter of a path with wildcards; nullptr for a tree.
+  TSearchTarget(TSearchRun& pRun, TRef<IStorage> pStorage, char16_t pDelimiter, TRef<IScanConfiguration> pConfiguration)
+      : fRun(pRun), fStorage(std::move(pStorage)), fDelimiter(pDelimiter), fConfiguration(std::move(pConfiguration)) {}
+
+  std::unique_ptr<TSearchWorker> TakeWorker() {
+    {
+      TCriticalSectionLock lock(fLock);
+      if (!fIdle.empty()) {
+        std::unique_ptr<TSearchWorker> worker = std::move(fIdle.back());
+        fIdle.pop_back();
+        return worker;
+      }
+    }
+    std::vector<std::unique_ptr<IEntryFilter>> filters;
+    if (fRun.Settings().fFilter && fConfiguration) filters.push_back(fRun.Settings().fFilter->CreateEntryFilter());
+    if (fConfiguration) filters.push_back(fConfiguration->CreateEntryFilter());
+    std::erase(filters, nullptr);
+    return std::make_unique<TSearchWorker>(fRun, fStorage, fDelimiter, std::move(filters));
+  }
+
+  void GiveWorker(std::unique_ptr<TSearchWorker> pWorker) {
+    TCriticalSectionLock lock(fLock);
+    fIdle.push_back(std::move(pWorker));
+  }
+
+  TSearchRun& fRun;
+  const TRef<IStorage> fStorage;
+
+ private:
+  const char16_t fDelimiter;
+  const TRef<IScanConfiguration> fConfiguration;
+  TCriticalSection fLock;
+  std::vector<std::unique_ptr<TSearchWorker>> fIdle GUARDED_BY(fLock);
+};
+
+namespace {
+
+// What all jobs do around their work: a worker, a way to be interrupted, and an error for what goes wrong.
+class TTargetJob : public ThreadPool::TBasicWorkItem {
+ protected:
+  explicit TTargetJob(TRef<TSearchTarget> pTarget)
+      : TBasicWorkItem(TRef<ICancellationIndicator>(pTarget->fRun.Token().get())),
+        fTarget(std::move(pTarget)),
+        fRun(fTarget->fRun) {}
+
+  virtual void Work() = 0;
+  // For an error that ends the whole job.
+  virtual std::u16string Place() const = 0;
+
+  void Execute() final {
+    TInterruptibleThread thread;
+    std::optional<TCancellationWatch> watch;
+    try {
+      if (fRun.IsStopped()) return;
+      watch.emplace(fCancellationToken, [&thread] { thread.Interrupt(); });
+      fWorker = fTarget->TakeWorker();
+      Work();
+      fWorker->HandOver();
+      fTarget->GiveWorker(std::move(fWorker));
+    } catch (...) {
+      Fail(Place(), CodeOfCaughtException("TTargetJob.Execute"), true);
+    }
+  }
+
+  void Fail(const std::u16string& pPath, uint32_t pCode, bool pIsPartial, bool pIsTarget = false) {
+    if (TInterruptibleThread::IsCurrentInterrupted()) return;  // what an interrupted call says is no fault
+    const std::string text = fTarget->fStorage ? fTarget->fStorage->ErrorText(pCode) : OSErrorText(pCode);
+    fRun.AddError({pPath, pCode, FromUtf8(text), pIsTarget, pIsPartial});
+  }
+
+  const TRef<TSearchTarget> fTarget;
+  TSearchRun& fRun;
+  std::unique_ptr<TSearchWorker> fWorker;
+};
+
+// Matches some files of a folder, which was listed before.
+class TFilesJob : public TTargetJob {
+ public:
+  struct TSlice {
+    TRef<const TFileTable> fFiles;
+    TRef<const TFoundFolder> fFolder;
+    int64_t fLevel = 0;
+    size_t fBegin = 0;
+    size_t fEnd = 0;
+  };
+  TFilesJob(TRef<TSearchTarget> pTarget, TSlice pSlice) : TTargetJob(std::move(pTarget)), fSlice(std::move(pSlice)) {}
+
+ protected:
+  void Work() override {
+    fWorker->MatchFiles(*fSlice.fFiles, fSlice.fBegin, fSlice.fEnd, fSlice.fFolder, fSlice.fLevel);
+  }
+  std::u16string Place() const override { return fSlice.fFolder->fPath; }
+
+ private:
+  const TSlice fSlice;
+};
+
+// Searches a folder of a storage, and those folders beneath it that it does not give to other workers.
+class TFoldersJob : public TTargetJob {
+ public:
+  TFoldersJob(TRef<TSearchTarget> pTarget, TRef<IHierarchicalEnumerator> pListing, int64_t pLevel)
+      : TTargetJob(std::move(pTarget)), fFirst{std::move(pListing), pLevel} {}
+  TFoldersJob(TRef<TSearchTarget> pTarget, std::u16string pPath)
+      : TTargetJob(std::move(pTarget)), fPath(std::move(pPath)) {}
+
+ protected:
+  void Work() override {
+    if (!fFirst.fListing && !Open()) return;
+    SearchFolder(std::exchange(fFirst, {}));
+    while (fFirstWaiting < fWaiting.size() && !fRun.IsStopped()) {
+      // The folder nearest to the top probably has the most beneath it.
+      if (fRun.ShouldShare(fWaiting.size() - fFirstWaiting) && Give(fWaiting[fFirstWaiting])) {
+        ++fFirstWaiting;
+        continue;
+      }
+      TFolder next = std::move(fWaiting.back());
+      fWaiting.pop_back();
+      SearchFolder(std::move(next));
+    }
+  }
+
+  std::u16string Place() const override { return fFirst.fListing ? fFirst.fListing->GetPath() : fPath; }
+
+ private:
+  // A folder to be listed, and the level of its entries.
+  struct TFolder {
+    TRef<IHierarchicalEnumerator> fListing;
+    int64_t fLevel = 1;
+  };
+
+  bool Open() {
+    const THierarchicalEnumeratorOptions options = fRun.Settings().fEnumeratorOptions | heoValuesOnDemand;
+    fFirst = {fTarget->fStorage->CreateEnumerator(fPath, {fCancellationToken, options}), 1};
+    if (const uint32_t code = fFirst.fListing->GetErrorCode(); code != 0) {
+      Fail(fPath, code, false, true);
+      return false;
+    }
+    return true;
+  }
+
+  bool Give(TFolder& pFolder) {
+    if (!fRun.Queue(MakeRef<TFoldersJob>(fTarget, pFolder.fListing, pFolder.fLevel))) return false;
+    pFolder = {};
+    return true;
+  }
+
+  void SearchFolder(TFolder pFolder) {
+    IHierarchicalEnumerator& listing = *pFolder.fListing;
+    fRun.ShowFolder([&listing] { return listing.GetPath(); });
+    if (fFirstWaiting == fWaiting.size()) {
+      fWaiting.clear();
+      fFirstWaiting = 0;
+    }
+    const size_t waiting = fWaiting.size();
+    TFilesJob::TSlice files;
+    uint32_t failure = 0;
+    try {
+      fWorker->BeginListing(listing, pFolder.fLevel);
+      List(listing, pFolder.fLevel);
+      files = {fWorker->TakeFiles(), nullptr, pFolder.fLevel};
+      if (files.fFiles) files.fFolder = fWorker->ListedFolder();
+    } catch (...) {
+      failure = CodeOfCaughtException("TFoldersJob.SearchFolder");
+    }
+    fWorker->EndListing();
+    if (listing.GetErrorCode() != 0) failure = listing.GetErrorCode();
+    if (failure != 0) Fail(listing.GetPath(), failure, fEntries > 0);
+    // Waiting folders are taken from the back; so the first listed one is searched first.
+    std::reverse(fWaiting.begin() + static_cast<ptrdiff_t>(waiting), fWaiting.end());
+    if (files.fFiles) MatchFiles(files);
+    fWorker->HandOver();
+  }
+
+  void List(IHierarchicalEnumerator& pListing, int64_t pLevel) {
+    const TAdaptedExpression& expression = fRun.Settings().fExpression;
+    const bool readsContents = (expression.Needs() & saContents) != 0;
+    const bool goesDeeper = pLevel < expression.DeepestLevel();
+    int64_t folders = 0;
+    for (fEntries = 0; pListing.Next(); ++fEntries) {
+      if (fEntries % kEntriesBetweenLooks == 0 && fRun.IsStopped()) break;
+      const bool isFolder = pListing.IsFolder();
+      if (!fWorker->IsIncluded(isFolder)) continue;
+      if (readsContents && !isFolder) {
+        if (pListing.ReadValues()) fWorker->KeepFile();
+        continue;
+      }
+      fWorker->MatchListed();
+      if (!isFolder) continue;
+      ++folders;
+      if (goesDeeper && pListing.CanDescend())
+        fWaiting.push_back({pListing.GetChildHierarchicalEnumerator(), pLevel + 1});
+    }
+    fRun.Count(fEntries - folders, folders);
+  }
+
+  // Gives slices away as long as other workers need work.
+  void MatchFiles(TFilesJob::TSlice& pFiles) {
+    const size_t count = pFiles.fFiles->Count();
+    for (size_t begin = 0; begin < count && !fRun.IsStopped(); begin += kSlice) {
+      pFiles.fBegin = begin;
+      pFiles.fEnd = std::min(begin + kSlice, count);
+      const bool isGiven =
+          fRun.ShouldShare((count - begin + kSlice - 1) / kSlice) && fRun.Queue(MakeRef<TFilesJob>(fTarget, pFiles));
+      if (!isGiven) fWorker->MatchFiles(*pFiles.fFiles, pFiles.fBegin, pFiles.fEnd, pFiles.fFolder, pFiles.fLevel);
+    }
+  }
+
+  TFolder fFirst;
+  const std::u16string fPath;     // of a target that is still to be opened
+  std::vector<TFolder> fWaiting;  // taken from the back to search, depth first; given away from the front
+  size_t fFirstWaiting = 0;
+  int64_t fEntries = 0;  // of the folder that is being listed
+};
+
+// Searches a branch of a tree.
+class TBranchJob : public TTargetJob, private ITreeVisitor {
+ public:
+  TBranchJob(TRef<TSearchTarget> pTarget, TRef<IFolderData> pTop, int32_t pLevel)
+      : TTargetJob(std::move(pTarget)), fTop(std::move(pTop)), fLevel(pLevel), fWalk(Settings(fRun)) {}
+
+ protected:
+  void Work() override {
+    fWalk.Run(*fTop, *this, fLevel);
+    fRun.Count(fFiles, fFolders);
+  }
+  std::u16string Place() const override { return fTop->GetFullPath(); }
+
+ private:
+  static TTreeWalkSettings Settings(const TSearchRun& pRun) {
+    TTreeWalkSettings settings;
+    const int64_t deepest = pRun.Settings().fExpression.DeepestLevel();
+    settings.fDeepestLevel = static_cast<int32_t>(std::min<int64_t>(deepest, TTreeWalkSettings::kUnlimited));
+    settings.fShowsFileGroups = false;
+    settings.fShowsFiles = true;
+    settings.fOrder = TSiblingOrder::soAny;
+    return settings;
+  }
+
+  bool BeginNode(const TTreeRow& pRow, bool) override {
+    if (!pRow.fIsShown) return true;
+    if (++fFolders % 64 == 0 && fRun.IsStopped()) return false;
+    if (pRow.fLevel > 0) fWorker->MatchRow(pRow);
+    return true;
+  }
+  bool EndNode(const TTreeRow&) override { return true; }
+  bool VisitFile(const TTreeRow& pFile) override {
+    if (++fFiles % kEntriesBetweenLooks == 0 && fRun.IsStopped()) return false;
+    fWorker->MatchRow(pFile);
+    return true;
+  }
+
+  bool TakesBranch(const TTreeRow& pRow) override {
+    if (&pRow.fFolder == fTop.get()) return false;
+    constexpr size_t kHasMore = 2;
+    return fWalk.RowsOf(pRow.fFolder) >= kSmallestBranch && fRun.ShouldShare(kHasMore) &&
+           fRun.Queue(MakeRef<TBranchJob>(fTarget, TRef<IFolderData>(&pRow.fFolder), pRow.fLevel));
+  }
+
+  const TRef<IFolderData> fTop;
+  const int32_t fLevel;
+  const TTreeWalk fWalk;
+  int64_t fFiles = 0;
+  int64_t fFolders = 0;
+};
+
+}  // namespace
+
+TRef<ThreadPool::IWorkItem> CreatePathJob(TSearchRun& pRun, const IHierarchicalRoot& pRoot) {
+  auto target =
+      MakeRef<TSearchTarget>(pRun, pRoot.GetStorage(), pRoot.GetPathDelimiter(), pRoot.GetScanConfiguration());
+  return MakeRef<TFoldersJob>(std::move(target), pRoot.GetPath());
+}
+
+TRef<ThreadPool::IWorkItem> CreateTreeJob(TSearchRun& pRun, TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage) {
+  auto target = MakeRef<TSearchTarget>(pRun, std::move(pStorage), pRoot->GetPathDelimiter(), nullptr);
+  return MakeRef<TBranchJob>(std::move(target), pRoot->GetTopFolder(), 0);
+}
+
+}  // namespace Vantrel::Search

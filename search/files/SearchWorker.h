@@ -1,0 +1,69 @@
+#pragma once
+
+// What a worker of a search needs for one target, kept from job to job.
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/tree/FileTable.h"
+#include "model/tree/TreeWalk.h"
+#include "search/files/SearchRun.h"
+#include "search/query/SearchItem.h"
+
+namespace Vantrel::Search {
+
+// One thread at a time. Matches entries and collects what matches.
+class TSearchWorker {
+ public:
+  // The storage may be nullptr for a tree. All filters must take an entry in.
+  TSearchWorker(TSearchRun& pRun, const TRef<IStorage>& pStorage, char16_t pDelimiter,
+                std::vector<std::unique_ptr<IEntryFilter>> pFilters);
+  ~TSearchWorker();
+
+  // A listing begins. pLevel is that of its entries.
+  void BeginListing(IHierarchicalEnumerator& pListing, int64_t pLevel);
+  // Whether the search takes in the current entry at all.
+  bool IsIncluded(bool pIsFolder);
+  // Matches the listing's current entry and takes what matches.
+  void MatchListed();
+  // Keeps the listing's current file to be matched later.
+  void KeepFile();
+  // The files that were kept, and an empty list for the next folder.
+  TRef<const TFileTable> TakeFiles();
+  TRef<const TFoundFolder> ListedFolder();
+  void EndListing();
+
+  // Matches the files of a slice.
+  void MatchFiles(const TFileTable& pFiles, size_t pBegin, size_t pEnd, const TRef<const TFoundFolder>& pFolder,
+                  int64_t pLevel);
+  // Matches a row of a tree. Rows of one folder come one after the other.
+  void MatchRow(const TTreeRow& pRow);
+
+  void HandOver() { fRun.HandOver(fFound); }
+
+ private:
+  bool Matches(const TEntryView& pEntry) {
+    fItem.SetEntry(pEntry);
+    return fRun.Settings().fExpression.Matches(fItem);
+  }
+  TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
+
+  TSearchRun& fRun;
+  const char16_t fDelimiter;
+  TFileFactsReader fFacts;
+  TSearchItem fItem;
+  const std::vector<std::unique_ptr<IEntryFilter>> fFilters;
+  std::vector<TFoundItem> fFound;
+  TFileTableBuilder fFiles;
+  std::pair<uint64_t, TKeyId> fLastOwner{0, kNoKey};
+
+  IHierarchicalEnumerator* fListing = nullptr;
+  // Made when something is found in the folder.
+  TRef<const TFoundFolder> fListedFolder;
+  const IHierarchicalElement* fRowFolder = nullptr;  // of the last row of a tree
+  TRef<const TFoundFolder> fFolderOfRows;
+};
+
+}  // namespace Vantrel::Search

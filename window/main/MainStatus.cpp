@@ -1,0 +1,191 @@
+// The part of the main window that tells how far the work is, and keeps panes up to date.
+
+#include <QAction>
+#include <QDateTime>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QToolButton>
+#include <algorithm>
+
+#include "window/main/MainWindow.h"
+#include "window/main/PathBar.h"
+#include "window/main/Session.h"
+#include "window/main/StartPage.h"
+#include "window/models/ContentsModel.h"
+#include "window/models/ShownText.h"
+#include "window/models/TreeModel.h"
+#include "window/panes/ContentsPane.h"
+#include "window/panes/ListPane.h"
+
+namespace Vantrel::Window {
+
+namespace {
+
+bool IsScanning(const IHierarchicalRoot& pRoot) {
+  return (pRoot.GetState() & rsScanning) != 0;
+}
+
+}  // namespace
+
+// Several times a second: takes the changes of the roots, and shows the progress. Panes are filled again at most every
+// second, and only the visible one.
+void TMainWindow::Tick() {
+  constexpr int kTicksBetweenRefreshes = 5;
+  // A larger tree is looked at less often, since a scan needs the processors more than the view of it.
+  constexpr int64_t kFilesPerTick = 250'000;
+  bool isScanning = false;
+  int64_t files = 0;
+  for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) {
+    if (!IsScanning(*root)) continue;
+    isScanning = true;
+    files += root->GetProgress().fFiles;
+  }
+  const int slower = 1 + static_cast<int>(std::min<int64_t>(files / kFilesPerTick, 10));
+  if (fTicks % slower == 0) fTree->Poll();
+  if (isScanning != fWasScanning) {
+    fWasScanning = isScanning;
+    UpdateActions();
+  }
+  ShowStatus();
+  if (!fSession->Jobs().empty()) ShowJobs();
+  if (++fTicks % (kTicksBetweenRefreshes * slower) == 0 && fPlace.fRoot && IsScanning(*fPlace.fRoot)) RefreshPanes();
+}
+
+void TMainWindow::RefreshPanes() {
+  for (TPane* pane : fAllPanes) {
+    if (pane->isVisible())
+      pane->Refresh();
+    else
+      fStale.insert(pane);  // filled again when it is shown
+  }
+}
+
+void TMainWindow::RefreshPane(const QString& pName) {
+  for (TPane* pane : fAllPanes)
+    if (pane->objectName() == pName) pane->Refresh();
+}
+
+void TMainWindow::ShowChosenFolder() {
+  auto* pane = qobject_cast<TPane*>(fPanes->currentWidget());
+  if (pane) pane->ShowPlace(fPlace);
+  if (pane && fStale.remove(pane)) pane->Refresh();
+  if (!fPlace.fRoot || !fPlace.fFolder) return fPathBar->SetPath({}, {}, {});
+  fPathBar->SetPath(ToQString(fPlace.fRoot->GetPath()), ToQString(fPlace.fFolder->GetFullPath()),
+                    QChar(fPlace.fRoot->GetPathDelimiter()));
+}
+
+void TMainWindow::ShowStatus() {
+  const TValueFormat& format = fTree->Format();
+  for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) {
+    if (!IsScanning(*root)) continue;
+    const TScanProgress progress = root->GetProgress();
+    fProgressText->setText(tr("Scanning: %1 files, %2 folders, %3   %4")
+                               .arg(ShownCount(progress.fFiles, format), ShownCount(progress.fFolders, format),
+                                    ShownSize(progress.fBytes, format), Window::Shown(progress.fLastScannedFolder)));
+    // A bar needs a whole that is known: the files of the earlier scan.
+    const int64_t whole = root->GetLastScanNumberOfFiles();
+    fProgressBar->setVisible(whole > 0);
+    if (whole > 0) fProgressBar->setValue(static_cast<int>(std::min<int64_t>(100, progress.fFiles * 100 / whole)));
+    return;
+  }
+  fProgressBar->hide();
+  if (QDateTime::currentMSecsSinceEpoch() < fMessageUntil) return;
+  if (fPages->currentIndex() == 0 || !fChosen.fRoot || !fChosen.fFolder) return fProgressText->clear();
+  const TSizeValues values = fChosen.fFolder->GetValues();
+  const TStorageInformation storage = fChosen.fRoot->GetStorageInformation();
+  QString text = tr("%1 files, %2 folders, %3 (%4 allocated)")
+                     .arg(ShownCount(values.fFiles, format), ShownCount(values.fFolders, format),
+                          ShownSize(values.fSize, format), ShownSize(values.fAllocated, format));
+  if (storage.fTotalBytes > 0)
+    text += tr("   ·   drive: %1 free of %2")
+                .arg(ShownSize(storage.fFreeBytes, format), ShownSize(storage.fTotalBytes, format));
+  const int64_t errors = fChosen.fRoot->GetProgress().fErrors;
+  if (errors > 0) text += tr("   ·   incomplete: %1 folders could not be read").arg(ShownCount(errors, format));
+  fProgressText->setText(text);
+}
+
+void TMainWindow::ShowJobs() {
+  const auto& jobs = fSession->Jobs();
+  fJobText->setVisible(!jobs.empty());
+  fJobStop->setVisible(!jobs.empty());
+  if (jobs.empty()) return;
+  const TJob& job = *jobs.back();
+  constexpr int kWidest = 320;
+  QString text = fJobText->fontMetrics().elidedText(job.fTitle, Qt::ElideMiddle, kWidest);
+  if (job.fBytes > 0) text += QStringLiteral("  ") + ShownSize(static_cast<int64_t>(job.fBytes), fTree->Format());
+  fJobText->setText(text);
+}
+
+// Stays for some seconds in the place of the figures.
+void TMainWindow::Tell(const QString& pText) {
+  constexpr qint64 kMilliseconds = 8000;
+  fMessageUntil = QDateTime::currentMSecsSinceEpoch() + kMilliseconds;
+  fProgressText->setText(pText);
+}
+
+void TMainWindow::Fail(const QString& pTitle, const QString& pMessage) {
+  auto* box = new QMessageBox(QMessageBox::Warning, pTitle, pMessage, QMessageBox::Ok, this);
+  box->setTextFormat(Qt::PlainText);
+  box->setAttribute(Qt::WA_DeleteOnClose);
+  box->setObjectName(QStringLiteral("failure"));
+  box->open();  // the window goes on
+}
+
+void TMainWindow::NoteEnd(const IHierarchicalRoot& pRoot) {
+  const TRootStates state = pRoot.GetState();
+  if ((state & rsPathNotFound) != 0) {
+    const std::vector<TScanError> errors = pRoot.GetErrors();
+    Fail(tr("Scan"), tr("Cannot scan %1: %2")
+                         .arg(Window::Shown(pRoot.GetPath()),
+                              errors.empty() ? tr("it cannot be opened") : Window::Shown(errors.front().fText)));
+  } else if ((state & rsCancelled) != 0) {
+    Tell(tr("Stopped: the figures are those of the part that was scanned"));
+  }
+}
+
+void TMainWindow::UpdateActions() {
+  const TRef<IHierarchicalRoot> root = fPages->currentIndex() == 1 ? ChosenRoot() : nullptr;
+  const bool isScanning = root && IsScanning(*root);
+  const bool isLive = root && (root->GetState() & rsIsXMLImport) == 0;
+  const bool hasItem = root && fChosen.fFolder && !fChosen.fPath.empty();
+  const auto enable = [this](const char* pName, bool pIsEnabled) { fActions[pName]->setEnabled(pIsEnabled); };
+  enable("save", root && !isScanning);
+  enable("export", root && !isScanning);
+  enable("compare", root && !isScanning);
+  enable("endCompare", root && root->GetComparison() != nullptr);
+  enable("refresh", isLive && !isScanning && fChosen.fFolder && !fChosen.fIsGone);
+  enable("again", isLive && !isScanning);
+  enable("stop", fWasScanning || !fSession->Jobs().empty());
+  enable("close", root != nullptr);
+  enable("openItem", hasItem && isLive && !fChosen.fIsGone);
+  enable("showItem", hasItem && isLive && !fChosen.fIsGone);
+  enable("terminal", hasItem && isLive && !fChosen.fIsGone);
+  enable("copyPath", hasItem);
+  enable("scanItem", hasItem && isLive && !fChosen.fIsFile && !fChosen.fIsGone);
+  const bool isTop = root && fChosen.fFolder == root->GetTopFolder();
+  enable("leaveOut", hasItem && isLive && !isScanning && !fChosen.fIsFile && !fChosen.fIsGone && !isTop);
+  enable("properties", hasItem);
+  enable("changesInNames", root && root->GetComparison() != nullptr);
+}
+
+void TMainWindow::SetFigure(TFigure pFigure) {
+  fTree->SetFigure(pFigure);
+  fContents->Model().SetFigure(pFigure);
+  fActions["figure" + QByteArray::number(static_cast<int>(pFigure))]->setChecked(true);
+}
+
+void TMainWindow::SetUnit(int pUnit) {
+  const auto unit = static_cast<TSizeUnit>(pUnit);
+  fTree->SetUnit(unit);
+  fContents->Model().SetUnit(unit);
+  fStartPage->SetUnit(pUnit);
+  for (TPane* pane : fAllPanes)
+    if (auto* list = qobject_cast<TListPane*>(pane)) list->SetUnit(unit);
+  fActions["unit" + QByteArray::number(pUnit)]->setChecked(true);
+}
+
+}  // namespace Vantrel::Window

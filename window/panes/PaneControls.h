@@ -1,0 +1,33 @@
+#pragma once
+
+// The row of controls above a pane's picture.
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QStyle>
+#include <QToolButton>
+
+namespace Vantrel::Window {
+
+// Adds controls from left to right.
+class TPaneControls {
+ public:
+  explicit TPaneControls(QWidget* pPane);
+
+  QHBoxLayout* Row() { return fRow; }
+  // A button with a symbol of the style. The name is its tooltip, and what screen readers say.
+  QToolButton* AddButton(QStyle::StandardPixmap pSymbol, const QString& pName);
+  QToolButton* AddTextButton(const QString& pText, const QString& pHint);
+  // A choice with a label for screen readers and as tooltip.
+  QComboBox* AddChoice(const QString& pName, const QStringList& pItems);
+  void AddGap() { fRow->addStretch(1); }
+
+ private:
+  QWidget* fPane;
+  QHBoxLayout* fRow;
+};
+
+// Makes an item of a choice available or not.
+void EnableItem(QComboBox& pChoice, int pItem, bool pEnabled);
+
+}  // namespace Vantrel::Window

@@ -1,0 +1,81 @@
+#include "window/panes/TableView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QPainter>
+#include <algorithm>
+
+#include "window/models/ShareDelegate.h"
+
+namespace Vantrel::Window {
+
+QString RowsAsText(const QTreeView& pView) {
+  const QHeaderView& header = *pView.header();
+  const QAbstractItemModel& model = *pView.model();
+  QList<int> columns;
+  for (int visual = 0; visual < header.count(); ++visual)
+    if (const int column = header.logicalIndex(visual); !header.isSectionHidden(column)) columns << column;
+  const auto line = [&](const auto& pCell) {
+    QStringList cells;
+    for (const int column : columns) cells << pCell(column).toString();
+    return cells.join(u'\t') + u'\n';
+  };
+  QString text = line([&](int pColumn) { return model.headerData(pColumn, Qt::Horizontal); });
+  QModelIndexList rows = pView.selectionModel()->selectedRows();
+  std::sort(rows.begin(), rows.end());
+  if (rows.isEmpty())
+    for (int row = 0; row < model.rowCount(pView.rootIndex()); ++row) rows << model.index(row, 0, pView.rootIndex());
+  for (const QModelIndex& row : rows) text += line([&](int pColumn) { return row.siblingAtColumn(pColumn).data(); });
+  return text;
+}
+
+TTableView::TTableView(QWidget* pParent) : QTreeView(pParent) {
+  setRootIsDecorated(false);
+  setUniformRowHeights(true);
+  setAlternatingRowColors(true);
+  setSelectionMode(ExtendedSelection);
+  setAllColumnsShowFocus(true);
+  setSortingEnabled(true);
+  setFrameShape(NoFrame);
+  setItemDelegate(new TShareDelegate(this));
+  header()->setStretchLastSection(true);
+  header()->setMinimumSectionSize(36);
+}
+
+void TTableView::CopyRows() const {
+  QApplication::clipboard()->setText(RowsAsText(*this));
+}
+
+void TTableView::SetEmptyText(const QString& pText) {
+  fEmptyText = pText;
+  viewport()->update();
+}
+
+void TTableView::FitColumns() {
+  constexpr int kWidest = 420;
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    resizeColumnToContents(column);
+    setColumnWidth(column, std::min(columnWidth(column) + 10, kWidest));
+  }
+}
+
+void TTableView::paintEvent(QPaintEvent* pEvent) {
+  QTreeView::paintEvent(pEvent);
+  if (!model() || model()->rowCount(rootIndex()) > 0 || fEmptyText.isEmpty()) return;
+  QPainter painter(viewport());
+  painter.setPen(palette().color(QPalette::PlaceholderText));
+  painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap, fEmptyText);
+}
+
+void TTableView::keyPressEvent(QKeyEvent* pEvent) {
+  if (pEvent->matches(QKeySequence::Copy)) return CopyRows();
+  if ((pEvent->key() == Qt::Key_Return || pEvent->key() == Qt::Key_Enter) && currentIndex().isValid()) {
+    Q_EMIT activated(currentIndex());
+    return;
+  }
+  QTreeView::keyPressEvent(pEvent);
+}
+
+}  // namespace Vantrel::Window
