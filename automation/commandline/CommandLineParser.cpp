@@ -76,16 +76,19 @@ std::vector<std::u16string> TKivCommandLineParser::SplitCommandLine(std::u16stri
   std::u16string token;
   bool quoted = false;
   bool started = false;  // so that "" is a token
+  bool opened = false;   // by a quote that is a character, within quotes
   auto at = [&](size_t pIndex) { return pIndex < pCommandLine.size() ? pCommandLine[pIndex] : u' '; };
   for (size_t i = 0; i < pCommandLine.size(); ++i) {
     const char16_t character = pCommandLine[i];
-    if (character == u'\\' && at(i + 1) == u'"' && !(quoted && (IsBlank(at(i + 2)) || at(i + 2) == u';'))) {
+    if (character == u'\\' && at(i + 1) == u'"' && (!quoted || opened || (!IsBlank(at(i + 2)) && at(i + 2) != u';'))) {
       token += pCommandLine[++i];  // a quote that is a character
       started = true;
+      opened = quoted && !opened;
     } else if (quoted && character == u'"' && at(i + 1) == u'"') {
       token += pCommandLine[++i];  // a doubled quote
     } else if (character == u'"') {
       quoted = !quoted;
+      opened = false;
       started = true;
     } else if (!IsBlank(character) || quoted) {
       token += character;

@@ -68,7 +68,8 @@ class TKivCommandLineParser {
   // Splits at blanks. Double quotes group blanks into one token and are removed. No other function removes quotes: they
   // get tokens without them. A quote after a backslash, or a doubled one within quotes, is a character: "\"cache\"". A
   // backslash in front of a quote that closes a token or a part of a list is an ordinary character, so "C:\my folder\"
-  // keeps its end.
+  // keeps its end. Where such a quote follows another one that is a character, it is its pair: "\"a\" OR b" is one
+  // token.
   static std::vector<std::u16string> SplitCommandLine(std::u16string_view pCommandLine);
   static bool StartsWithSwitchIndicator(std::u16string_view pToken);
   // Without "/", "-" or "--".

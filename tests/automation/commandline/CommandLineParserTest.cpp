@@ -31,6 +31,9 @@ TEST(CommandLineSplitting, QuotesGroupBlanksAndBackslashesAreOrdinary) {
               ElementsAre(uR"("cache")", uR"("cache")", uR"("my cache")", uR"x((Owner)"root")x"));
   EXPECT_THAT(split(uR"(--exclude="\"a\"" """my cache""" "a""b")"),
               ElementsAre(uR"(--exclude="a")", uR"("my cache")", uR"(a"b)"));
+  // The end of a pair that a backslash began, though a blank follows.
+  EXPECT_THAT(split(uR"("--search=\"(copy)\" OR name:\"a b\" \"c\"" x "C:\a\" y)"),
+              ElementsAre(uR"x(--search="(copy)" OR name:"a b" "c")x", u"x", uR"(C:\a\)", u"y"));
   EXPECT_THAT(split(uR"(/SCAN "C:\a b\";"D:\c d\" "C:\e\")"),
               ElementsAre(u"/SCAN", uR"(C:\a b\;D:\c d\)", uR"(C:\e\)"));
 }
