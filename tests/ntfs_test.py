@@ -294,10 +294,11 @@ class NtfsTest(unittest.TestCase):
         image, _ = self.image(4096)
         disk = self.folder / "disk.img"
         sectors = image.stat().st_size // 512
-        # One entry: no start flag, type 7, first sector, number of sectors.
-        table = bytes(446 + 4) + b"\x07" + bytes(3) + (2048).to_bytes(4, "little") + sectors.to_bytes(4, "little")
+        # Two entries: no start flag, a type (NTFS, Linux), first sector, number of sectors.
+        entries = b"".join(bytes(4) + bytes([kind]) + bytes(3) + first.to_bytes(4, "little") + count.to_bytes(4, "little")
+                           for kind, first, count in ((7, 2048, sectors), (0x83, 64, 1024)))
         with open(disk, "wb") as file, open(image, "rb") as volume:
-            file.write(table + bytes(48) + b"\x55\xaa")
+            file.write(bytes(446) + entries + bytes(32) + b"\x55\xaa")
             file.seek(2048 * 512)
             shutil.copyfileobj(volume, file)
         self.assertIn(b"NTFS", run("mmls", str(disk)))
@@ -308,6 +309,7 @@ class NtfsTest(unittest.TestCase):
             _, part = scan(self.linux, f"ntfs:{disk}|/Partition 1/DOCS")
             self.assertEqual(sorted(path.removeprefix("Partition 1/DOCS").lstrip("/") for path in part),
                              [""] + sorted(path[5:] for path in alone if path.startswith("docs/")))
+        self.assertIn("Partitions without NTFS are not shown: 2.", run(self.linux, f"ntfs:{disk}", "--nogui", "--text", "-").decode())
         disk.unlink()
 
     def test_the_report_tells_the_volume_and_how_it_was_read(self):

@@ -44,6 +44,14 @@ std::u16string PathOf(const TNtfsPath& pPath, char16_t pDelimiter) {
   return std::u16string(kProtocol) + pPath.fImage + kSplit + pDelimiter + pPath.fInside;
 }
 
+// What a disk holds and the tree does not show.
+std::u16string NoteOfOthers(const std::vector<std::u16string>& pPartitions) {
+  std::u16string text = u"Partitions without NTFS are not shown: ";
+  for (const std::u16string& partition : pPartitions)
+    text += (&partition == pPartitions.data() ? u"" : u", ") + partition;
+  return text + u".";
+}
+
 class TNtfsStorage : public TInterfaced<IStorage> {
  public:
   explicit TNtfsStorage(TVolumeOpener pOpener) : fOpener(std::move(pOpener)) {}
@@ -91,10 +99,10 @@ class TNtfsStorage : public TInterfaced<IStorage> {
     const std::shared_ptr<IVolumeReader> reader = fOpener.fOpenReader(path.fImage);
     TVolumePart part{0, reader->Size()};
     if (IsPartitioned(*reader)) {
-      const std::vector<TNtfsPartition> partitions = FindPartitions(*reader);
-      if (partitions.empty()) throw EOSError(kErrorNoNtfsPartition, "Opening a disk", path.fImage);
+      const TDiskPartitions partitions = FindPartitions(*reader);
+      if (partitions.fNtfs.empty()) throw EOSError(kErrorNoNtfsPartition, "Opening a disk", path.fImage);
       if (path.fInside.empty()) return OpenDisk(pPath, reader, partitions, pContext);
-      part = TakePartition(partitions, path);
+      part = TakePartition(partitions.fNtfs, path);
     }
     return OpenVolume(pPath, path, *reader, part, pContext);
   }
@@ -121,8 +129,7 @@ class TNtfsStorage : public TInterfaced<IStorage> {
 
   // Each partition's index is built when the scan enters its folder.
   TRef<IHierarchicalEnumerator> OpenDisk(const std::u16string& pPath, const std::shared_ptr<IVolumeReader>& pReader,
-                                         const std::vector<TNtfsPartition>& pPartitions,
-                                         const TScanContext& pContext) const {
+                                         const TDiskPartitions& pPartitions, const TScanContext& pContext) const {
     const TRef<const TNtfsStorage> self(this);
     auto open = [self, pPath, pReader, pContext](const TNtfsPartition& pPartition) {
       return self->OpenPartition(pPath, *pReader, pPartition, pContext);
@@ -131,8 +138,10 @@ class TNtfsStorage : public TInterfaced<IStorage> {
     information.fMountPoint = SplitNtfsPath(pPath, GetPathDelimiter()).fImage;
     information.fFileSystem = u"partitioned disk";
     information.fTotalBytes = pReader->Size();
+    if (!pPartitions.fOthers.empty()) information.fNotes.push_back(NoteOfOthers(pPartitions.fOthers));
     SetInformation(pPath, std::move(information));
-    return MakeRef<TPartitionEnumerator>(pPath, GetPathDelimiter(), pPartitions, std::move(open), pContext.fOptions);
+    return MakeRef<TPartitionEnumerator>(pPath, GetPathDelimiter(), pPartitions.fNtfs, std::move(open),
+                                         pContext.fOptions);
   }
 
   TRef<IHierarchicalEnumerator> OpenPartition(const std::u16string& pDiskPath, IVolumeReader& pReader,

@@ -23,6 +23,21 @@ std::vector<std::byte> ReadPart(IVolumeReader& pReader, int64_t pPosition, size_
   return bytes;
 }
 
+std::u16string KindText(TVolumeKind pKind) {
+  switch (pKind) {
+    case TVolumeKind::vkFat:
+      return u" (FAT)";
+    case TVolumeKind::vkExFat:
+      return u" (exFAT)";
+    case TVolumeKind::vkReFs:
+      return u" (ReFS)";
+    case TVolumeKind::vkBitLocker:
+      return u" (encrypted by BitLocker)";
+    default:
+      return {};
+  }
+}
+
 }  // namespace
 
 std::u16string TNtfsPartition::Name() const {
@@ -33,13 +48,17 @@ bool IsPartitioned(IVolumeReader& pReader) {
   return IdentifyVolume(ReadPart(pReader, 0, kBytesToIdentify)) == TVolumeKind::vkPartitioned;
 }
 
-std::vector<TNtfsPartition> FindPartitions(IVolumeReader& pReader) {
+TDiskPartitions FindPartitions(IVolumeReader& pReader) {
   auto read = [&](int64_t pPosition, size_t pLength) { return ReadPart(pReader, pPosition, pLength); };
-  std::vector<TNtfsPartition> found;
+  TDiskPartitions found;
   for (const TPartition& partition : ReadPartitions(read, pReader.Size())) {
-    if (IdentifyVolume(read(partition.fPosition, kBytesToIdentify)) != TVolumeKind::vkNtfs) continue;
-    const int64_t length = std::min(partition.fLength, pReader.Size() - partition.fPosition);
-    found.push_back({partition.fNumber, {partition.fPosition, length}});
+    const TVolumeKind kind = IdentifyVolume(read(partition.fPosition, kBytesToIdentify));
+    if (kind == TVolumeKind::vkNtfs) {
+      const int64_t length = std::min(partition.fLength, pReader.Size() - partition.fPosition);
+      found.fNtfs.push_back({partition.fNumber, {partition.fPosition, length}});
+    } else {
+      found.fOthers.push_back(FromUtf8(std::to_string(partition.fNumber)) + KindText(kind));
+    }
   }
   return found;
 }

@@ -19,8 +19,13 @@ struct TNtfsPartition {
 
 // Whether a table of partitions is at the start. EOSError.
 bool IsPartitioned(IVolumeReader& pReader);
-// The partitions of a disk that hold NTFS. EOSError.
-std::vector<TNtfsPartition> FindPartitions(IVolumeReader& pReader);
+struct TDiskPartitions {
+  std::vector<TNtfsPartition> fNtfs;
+  std::vector<std::u16string> fOthers;  // what a user is told of those without NTFS: "1 (FAT)"
+};
+
+// The partitions of a disk. EOSError.
+TDiskPartitions FindPartitions(IVolumeReader& pReader);
 
 // Lists the partitions.
 class TPartitionEnumerator final : public Enumerators::TBaseVisualHierarchicalEnumerator {
