@@ -1,5 +1,6 @@
 #include "presentation/drawing/TextMeasure.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -36,6 +37,13 @@ TCharacter FirstOf(std::u16string_view pText) {
   return {first, 1};
 }
 
+// Whether a unit is of a script that runs from right to left. Of characters beyond U+FFFF the first unit tells.
+bool RunsRightToLeft(char16_t pUnit) {
+  return (pUnit >= 0x0590 && pUnit <= 0x08FF) || (pUnit >= 0xFB1D && pUnit <= 0xFDFF) ||
+         (pUnit >= 0xFE70 && pUnit <= 0xFEFC) || pUnit == 0xD802 || pUnit == 0xD803 || pUnit == 0xD83A ||
+         pUnit == 0xD83B;
+}
+
 // In thousandths of the font size.
 int AdvanceOf(char32_t pCode) {
   constexpr int kLetter = 800;  // scripts whose letters are about as wide as Latin ones
@@ -59,6 +67,13 @@ double TEstimatedTextMeasure::Width(std::u16string_view pText, double pFontSize)
 
 std::u16string ShownText(std::u16string_view pText) {
   return FromUtf8(ToDisplay(pText));
+}
+
+std::u16string NameAndFigure(std::u16string_view pName, std::u16string_view pFigure) {
+  constexpr char16_t kLeftToRightMark = 0x200E;
+  std::u16string text(pName);
+  if (std::any_of(pName.begin(), pName.end(), RunsRightToLeft)) text += kLeftToRightMark;
+  return text.append(u"  ").append(pFigure);
 }
 
 std::u16string FitText(std::u16string_view pText, double pFontSize, double pWidth, const ITextMeasure& pMeasure) {

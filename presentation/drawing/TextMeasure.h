@@ -26,6 +26,10 @@ class TEstimatedTextMeasure final : public ITextMeasure {
 // visible escapes such as \n and \xFF. All texts of drawings have this form.
 std::u16string ShownText(std::u16string_view pText);
 
+// A name and a figure in one line. After a name in Hebrew or Arabic an invisible mark keeps the figure to the right of
+// it.
+std::u16string NameAndFigure(std::u16string_view pName, std::u16string_view pFigure);
+
 // The text, or its beginning and "…", so that it is at most pWidth wide. Empty if not even one character fits.
 // Characters of several units, and letters with their combining marks, are not torn apart.
 std::u16string FitText(std::u16string_view pText, double pFontSize, double pWidth, const ITextMeasure& pMeasure);

@@ -28,7 +28,7 @@ class TCaptioner {
     rect.fRight -= fTextSize / 3;
     rect.fBottom = rect.fTop + TTreemapBuilder::HeadingHeight(fSettings);
     const std::u16string name = NameOf(pTile);
-    const std::u16string text = name + u"  " + ValueOf(tile);
+    const std::u16string text = Drawing::NameAndFigure(name, ValueOf(tile));
     const bool fits = fMeasure.Width(text, fTextSize) <= rect.Width();
     Add(pTile, TTreemapCaptionKind::ckHeading, rect, fits ? text : Shortened(name, rect.Width()),
         Drawing::ReadableOn(ColorOfFrame(tile.fLayer, fSettings.fDark)));

@@ -1,8 +1,11 @@
 #include "window/painting/DrawingPainter.h"
 
 #include <QFontMetricsF>
+#include <QGlyphRun>
 #include <QPainter>
 #include <QPainterPath>
+#include <QRawFont>
+#include <QTextLayout>
 #include <cmath>
 
 #include "platform/system/Errors.h"
@@ -83,12 +86,44 @@ QPolygonF PointsOf(const std::vector<TPoint>& pPoints) {
   return points;
 }
 
-// An anchor is a place and not a side of the text, so a name in Arabic begins at the left, too, as in SVG. Outlines of
-// letters take no setting for that but a mark in the text.
-QString LeftToRight(const QString& pText) {
-  constexpr QChar kLeftToRightMark(0x200E);
-  return pText.isRightToLeft() ? kLeftToRightMark + pText : pText;
-}
+// One line of text in one size. An anchor is a place and not a side of the text, so a name in Arabic begins at the
+// left, too, as in SVG.
+class TTextLine {
+ public:
+  TTextLine(const QString& pText, const QFont& pFont) : fLayout(pText, pFont) {
+    QTextOption option;
+    option.setTextDirection(Qt::LeftToRight);
+    option.setWrapMode(QTextOption::NoWrap);
+    fLayout.setTextOption(option);
+    fLayout.beginLayout();
+    fLine = fLayout.createLine();
+    fLayout.endLayout();
+  }
+
+  double Width() const { return fLine.naturalTextWidth(); }
+
+  // Paints with the left end of the base line at this place, in the painter's pen.
+  void Paint(QPainter& pPainter, double pLeft) const { fLayout.draw(&pPainter, {pLeft, -fLine.ascent()}); }
+
+  // The outlines of the letters. Glyphs that are pictures, as those of emoji, have none.
+  QPainterPath Outlines(double pLeft) const {
+    QPainterPath path;
+    for (const QGlyphRun& run : fLayout.glyphRuns()) {
+      const QRawFont font = run.rawFont();
+      if (!font.fontTable("CBLC").isEmpty() || !font.fontTable("COLR").isEmpty()) continue;
+      const QList<quint32> glyphs = run.glyphIndexes();
+      const QList<QPointF> places = run.positions();
+      for (qsizetype i = 0; i < glyphs.size(); ++i)
+        path.addPath(font.pathForGlyph(glyphs[i]).translated(places[i] + QPointF(pLeft, -fLine.ascent())));
+    }
+    path.setFillRule(Qt::WindingFill);
+    return path;
+  }
+
+ private:
+  QTextLayout fLayout;
+  QTextLine fLine;
+};
 
 // Paints one drawing's shapes.
 class TShapePainter {
@@ -121,23 +156,19 @@ class TShapePainter {
 
   void Paint(const TText& pText, const TPaint& pPaint) {
     if (pText.fText.empty() || pText.fFontSize <= 0) return;
-    const QString text = LeftToRight(ToQString(pText.fText));
     const TSizedFont sized(fFont, pText.fFontSize, pText.fBold);
     fPainter.save();
     fPainter.translate(pText.fPoint.fX, pText.fPoint.fY);
     fPainter.scale(sized.fScale, sized.fScale);
-    fPainter.setFont(sized.fFont);
+    const TTextLine line(ToQString(pText.fText), sized.fFont);
     double left = 0;
-    if (pText.fAnchor != TAnchor::anStart)
-      left = -QFontMetricsF(sized.fFont).horizontalAdvance(text) * (pText.fAnchor == TAnchor::anMiddle ? 0.5 : 1);
+    if (pText.fAnchor != TAnchor::anStart) left = -line.Width() * (pText.fAnchor == TAnchor::anMiddle ? 0.5 : 1);
     if (pPaint.fLineWidth > 0) {  // the rim lies behind the letters
-      QPainterPath letters;
-      letters.addText(left, 0, sized.fFont, text);
       QPen rim(ColorOf(pPaint.fLine), pPaint.fLineWidth / sized.fScale, Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin);
-      fPainter.strokePath(letters, rim);
+      fPainter.strokePath(line.Outlines(left), rim);
     }
     fPainter.setPen(ColorOf(pPaint.fFill, pPaint.fOpacity));
-    fPainter.drawText(QPointF(left, 0), text);
+    line.Paint(fPainter, left);
     fPainter.restore();
   }
 

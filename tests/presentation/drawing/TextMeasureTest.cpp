@@ -37,5 +37,12 @@ TEST(TextMeasure, ShownTextHasNoControls) {
   EXPECT_EQ(ToUtf8(ShownText(u"a\nb\x1B\u202E")), "a\\nb\\x1B\\u202E");
 }
 
+// Without the mark the digits would stand to the left of a name in Arabic and their unit to the right of it.
+TEST(TextMeasure, FiguresStayBehindNames) {
+  EXPECT_EQ(ToUtf8(NameAndFigure(u"usr", u"2 KB")), "usr  2 KB");
+  for (const char16_t* name : {u"\u0639\u0631\u0628", u"a \u05E9", u"\U0001E900"})
+    EXPECT_EQ(ToUtf8(NameAndFigure(name, u"2 KB")), ToUtf8(name) + "\u200E  2 KB");
+}
+
 }  // namespace
 }  // namespace Vantrel::Testing

@@ -163,4 +163,13 @@ TEST(DrawingPainter, ScaledPaintersPaintSharperNotLarger) {
   EXPECT_EQ(PixelAt(image, 199, 119), kGround) << "the ground covers the whole device";
 }
 
+// Emoji are pictures in some fonts and have no outlines. The letters behind them have their rim all the same.
+TEST(DrawingPainter, RimsAreInTheirPlaceBehindEmoji) {
+  const TText text{u"\U0001F389\U0001F38AHH", {20, 60}, 40};
+  const QRect plain = InkOf(Painted(text, {.fFill = 0xFFFFFF}, 300, 80));
+  const QRect rimmed = InkOf(Painted(text, {.fFill = 0xFFFFFF, .fLine = kInk, .fLineWidth = 4}, 300, 80));
+  EXPECT_NEAR(rimmed.right(), plain.right() + 2, 1);
+  EXPECT_NEAR(plain.right(), 20 + TFontMeasure(PictureFont()).Width(text.fText, 40), 6);
+}
+
 }  // namespace
