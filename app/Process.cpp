@@ -10,6 +10,7 @@
 #include "app/CancelRequest.h"
 #include "automation/commandline/ExitCodes.h"
 #include "platform/system/Console.h"
+#include "platform/system/System.h"
 
 namespace Vantrel {
 
@@ -48,6 +49,7 @@ constexpr bool kLeaveQuickly = true;
 
 int RunOnStreams(TRunSettings pSettings, std::span<const std::u16string> pTokens) {
   std::set_terminate(EndUnhandled);
+  UseLargeHeapSteps();
   pSettings.fLeaveQuickly = kLeaveQuickly;
   TApplication application(std::move(pSettings));
   TConsole::SetCancelHandler(RequestCancel);

@@ -20,6 +20,10 @@ int ProcessorCount();
 // Bytes of memory that programs can still get without others' being moved to disk. 0 if the system does not tell.
 int64_t FreePhysicalMemory();
 
+// Lets the heaps of this process grow in large steps, since a system call for every few pages slows a scan. Takes no
+// memory by itself. Does nothing where memory is limited or where the system's heap needs no such advice.
+void UseLargeHeapSteps();
+
 // Measures how busy the whole machine is with all its processes: the share of processor time used between two readings.
 // Many threads may ask one meter.
 class TCpuUsageMeter {

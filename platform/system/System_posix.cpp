@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <malloc.h>
 #include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
@@ -25,6 +26,19 @@ int ProcessorCount() {
   // Fails on machines with more processors than the set holds. Then all processors are counted.
   if (sched_getaffinity(0, sizeof processors, &processors) == 0) return std::max(1, CPU_COUNT(&processors));
   return static_cast<int>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
+}
+
+// The heap of a thread is made of pieces of 64 MiB. By default each piece is opened page by page. Under a limit, an
+// allocation must not fail for what it would only use later.
+void UseLargeHeapSteps() {
+#ifdef __GLIBC__
+  constexpr int kWholePiece = 64 << 20;
+  for (const auto limited : {RLIMIT_AS, RLIMIT_DATA}) {
+    rlimit limit{};
+    if (getrlimit(limited, &limit) != 0 || limit.rlim_cur != RLIM_INFINITY) return;
+  }
+  mallopt(M_TOP_PAD, kWholePiece);
+#endif
 }
 
 int64_t FreePhysicalMemory() {

@@ -13,6 +13,9 @@ int64_t TickCount64() {
   return static_cast<int64_t>(GetTickCount64());
 }
 
+// The system's heap grows in large steps already.
+void UseLargeHeapSteps() {}
+
 int64_t FreePhysicalMemory() {
   MEMORYSTATUSEX memory{};
   memory.dwLength = sizeof memory;
