@@ -130,7 +130,7 @@ TEST(ContentMatcher, FindsWhatASlowSearchFinds) {
     return pEncoding == 0 ? ToUtf8(pText) : Utf16(pText, pEncoding == 1);
   };
   int found = 0;
-  for (int round = 0; round < 20'000; ++round) {
+  for (int round = 0; round < 4'000; ++round) {
     const std::u16string text = make(random() % 250);
     const std::u16string wanted = make(1 + random() % 7);
     const bool caseSensitive = random() % 2 == 0;
@@ -145,7 +145,7 @@ TEST(ContentMatcher, FindsWhatASlowSearchFinds) {
     TContentMatcher matcher({wanted, false, caseSensitive});
     ASSERT_EQ(IsFound(matcher, bytes, 1 + random() % 90), expected) << ToUtf8(wanted) << " in [" << bytes << "]";
   }
-  EXPECT_GT(found, 1000);
+  EXPECT_GT(found, 500);
 }
 
 TEST(ContentMatcher, FindsMatchesAcrossBlocks) {
