@@ -202,7 +202,7 @@ class TFoldersJob : public TTargetJob {
 
   void List(IHierarchicalEnumerator& pListing, int64_t pLevel) {
     const TAdaptedExpression& expression = fRun.Settings().fExpression;
-    const bool readsContents = (expression.Needs() & saContents) != 0;
+    const bool readsContents = (expression.Needs() & (saContents | saProperties)) != 0;
     const bool goesDeeper = pLevel < expression.DeepestLevel();
     int64_t folders = 0;
     for (fEntries = 0; pListing.Next(); ++fEntries) {
