@@ -255,7 +255,7 @@ class SearchTest(unittest.TestCase):
         for arguments, code, text in (
                 (["--search", "content:x", "--open", self.shown(scan)], WRONG_COMMAND_LINE,
                  "Expression type not supported in this configuration: TFileContentExpression"),
-                (["--search", "mdata:Artist:x", self.shown(self.top)], WRONG_COMMAND_LINE,
+                (["--search", "mdata:Artist:x", "--open", self.shown(scan)], WRONG_COMMAND_LINE,
                  "Expression type not supported in this configuration: TMetaDataExpression"),
                 (["--search", "size:1.5GB", self.shown(self.top)], WRONG_COMMAND_LINE,
                  ' is a decimal value and not supported.'),

@@ -42,6 +42,8 @@ class TLocalFile final : public IByteSource {
     return static_cast<uint64_t>(data - now);
   }
 
+  bool TrySeek(uint64_t pPosition) override { return lseek(fHandle, static_cast<off_t>(pPosition), SEEK_SET) >= 0; }
+
  private:
   const int fHandle;
   const std::u16string fPath;

@@ -28,21 +28,48 @@ int64_t TFileFactsReader::GivenUp() const {
   return lines;
 }
 
-bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {
+bool TFileFactsReader::IsReadable(TSearchItem& pItem) const {
   const TEntryView& entry = pItem.Entry();
   constexpr TAttributes kNotRead = kAttributeDevice | kAttributeReparsePoint;
-  if (pItem.IsFolder() || !fStorage || (entry.GetAttributes() & kNotRead) != 0 || entry.GetSize() == 0) return false;
+  return !pItem.IsFolder() && fStorage && (entry.GetAttributes() & kNotRead) == 0 && entry.GetSize() > 0;
+}
+
+void TFileFactsReader::KeepError(const std::u16string& pPath, std::string_view pWhere) {
+  const uint32_t code = CodeOfCaughtException(pWhere);
+  // A file that has vanished since it was listed is not missing from the answer.
+  if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
+    fErrors.FileFailed(pPath, code);
+}
+
+bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {
+  if (!IsReadable(pItem)) return false;
   std::u16string path;
   try {
     path = PathOf(pItem);
     const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
     return MatcherOf(pSearch).IsFoundIn(*file, [this] { return fErrors.IsStopped(); });
   } catch (...) {
-    const uint32_t code = CodeOfCaughtException("TFileFactsReader.ContentsMatch");
-    // A file that has vanished since it was listed is not missing from the answer.
-    if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
-      fErrors.FileFailed(path, code);
+    KeepError(path, "TFileFactsReader.ContentsMatch");
     return false;
+  }
+}
+
+TMetaDataValue TFileFactsReader::GetProperty(TSearchItem& pItem, TFileProperty pProperty) {
+  if (!IsReadable(pItem)) return {};
+  std::u16string path;
+  try {
+    path = PathOf(pItem);
+    if (path != fPathOfProperties) {
+      fPathOfProperties = path;
+      fProperties = {};
+      const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+      TFileBytes bytes(*file, static_cast<uint64_t>(pItem.Entry().GetSize()), [this] { return fErrors.IsStopped(); });
+      fProperties = ReadFileProperties(bytes);
+    }
+    return fProperties.Get(pProperty);
+  } catch (...) {
+    KeepError(path, "TFileFactsReader.GetProperty");
+    return {};
   }
 }
 
