@@ -43,12 +43,14 @@ endfunction()
 # Libraries of Windows itself, which every Windows compiler includes.
 if(WIN32)
   target_link_libraries(vantrel_platform PRIVATE shlwapi ntdll advapi32 mpr)
+  target_link_libraries(vantrel_search PRIVATE bcrypt)
 endif()
 
 #               floor    platform  header            library   from                  definitions
 vantrel_library(platform LINUX     unicode/uchar.h   icuuc     libicu-dev)
 vantrel_library(search   LINUX     pcre2.h           pcre2-16  libpcre2-dev)
 vantrel_library(search   WINDOWS   pcre2.h           pcre2-16  windows-libraries.sh  PCRE2_STATIC)
+vantrel_library(search   LINUX     openssl/evp.h     crypto    libssl-dev)
 vantrel_library(export   LINUX     expat.h           expat     libexpat1-dev)
 vantrel_library(export   LINUX     zip.h             zip       libzip-dev)
 vantrel_library(export   LINUX     zlib.h            z         zlib1g-dev)
