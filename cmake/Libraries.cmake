@@ -43,6 +43,7 @@ endfunction()
 # Libraries of Windows itself, which every Windows compiler includes.
 if(WIN32)
   target_link_libraries(vantrel_platform PRIVATE shlwapi ntdll advapi32 mpr)
+  target_link_libraries(vantrel_search PRIVATE bcrypt)
 endif()
 
 #               floor    platform  header            library   from                  definitions
@@ -58,6 +59,7 @@ vantrel_library(search   WINDOWS   zip.h             zip       windows-libraries
 vantrel_library(search   WINDOWS   libexif/exif-data.h exif    windows-libraries.sh)
 vantrel_library(search   WINDOWS   taglib/tag.h      tag       windows-libraries.sh  TAGLIB_STATIC)
 vantrel_library(search   WINDOWS   zlib.h            z         libz-mingw-w64-dev)
+vantrel_library(search   LINUX     openssl/evp.h     crypto    libssl-dev)
 vantrel_library(export   LINUX     expat.h           expat     libexpat1-dev)
 vantrel_library(export   LINUX     zip.h             zip       libzip-dev)
 vantrel_library(export   LINUX     zlib.h            z         zlib1g-dev)

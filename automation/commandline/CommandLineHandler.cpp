@@ -340,7 +340,7 @@ void TCommandLineHandler::CheckScans() {
                                   fOptions.MaximumRoots));
   const bool hasTask = scans > 0 || fState.fShowWindow || fState.OpensWindow() || fState.fHelp || fState.fVersion ||
                        fState.fExportDriveList || fState.fSaveSettings || fState.fForgetSettings ||
-                       fState.HasHistoryTasks() || fState.fQuery.has_value();
+                       fState.HasHistoryTasks() || fState.IsSearch();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -399,7 +399,7 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
-  if (result == ecOk && fState.fQuery) return pTasks.Search();
+  if (result == ecOk && fState.IsSearch()) return pTasks.Search();
   if (result == ecOk && fState.OpensWindow())
     result = pTasks.OpenWindow();
   else if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty()))

@@ -46,7 +46,7 @@ bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& p
   std::u16string path;
   try {
     path = PathOf(pItem);
-    const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+    const std::unique_ptr<IStoredFile> file = fStorage->OpenFile(path, fContext);
     return MatcherOf(pSearch).IsFoundIn(*file, [this] { return fErrors.IsStopped(); });
   } catch (...) {
     KeepError(path, "TFileFactsReader.ContentsMatch");

@@ -27,6 +27,7 @@ LIBRARIES = {
     "zlib.h": {"export"},
     "pcre2.h": {"search"},
     "openssl/": {"search"},
+    "xxhash.h": {"search"},
     "curl/": {"automation"},
 }
 
