@@ -49,6 +49,7 @@ int TSearchTask::Run() {
   const TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
   Search::TFileSearchSettings settings;
   settings.fExpression = CommandLine::ExpressionOf(fState);
+  settings.fMostFound = fOptions->SearchLimit;
   settings.fThreads = fOptions->MaximumThreads;
   settings.fPriority = fOptions->ThreadPriority;
   settings.fEnumeratorOptions = EnumeratorOptionsOf(*fOptions);
@@ -74,6 +75,7 @@ int TSearchTask::Run() {
                                  Exporting::CountText(progress.fFolders, "folder", "folders", format),
                                  Exporting::SecondsText(TickCount64() - started));
   if (search.WasCancelled()) results.fSummary += " - cancelled";
+  if (search.HasFoundEnough()) results.fSummary += " - ended at the limit";
   if (progress.fErrors > 0) results.fSummary += " - incomplete";
   // As after a scan, what a stopped search has found replaces no file.
   const bool writes = !search.WasCancelled() || fState.fExports.empty();

@@ -59,7 +59,11 @@ struct TCommandLineState {
   std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
-  std::u16string fCompareFile;                                   // the older scan; empty: none
+  std::u16string fKeptName;                                      // under which the query is kept; empty: it is not
+  std::vector<std::u16string> fForgottenSearches;                // names of kept searches
+  bool fListsSearches = false;
+  bool ChangesSearches() const { return !fKeptName.empty() || !fForgottenSearches.empty(); }
+  std::u16string fCompareFile;  // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   std::vector<TPictureRequest> fPictures;
   bool fShowHistoryOfScans = false;  // of each scanned path, after its scan
@@ -95,7 +99,8 @@ struct TCommandLineState {
   // Whether the run writes something, so that it is done without a window.
   bool HasOutputs() const {
     return fHadOutputs || fQuery.has_value() || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() ||
-           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
+           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings ||
+           ChangesSearches() || fListsSearches;
   }
   bool OpensWindow() const {
     if (fAbilities.fWindow == TWindowUse::wuNever || fUnattended || fHelp || fVersion) return false;
