@@ -54,6 +54,7 @@ int TSearchTask::Run() {
       fState.fDuplicates.fIsWanted && fState.fDuplicates.fMode == Search::TDuplicatesSearchMode::DuplicateFolders;
   if (comparesFolders && fState.fPatterns)
     fSettings.fWriteError("Warning: patterns leave files out, so folders may be equal that differ in these files");
+  settings.fMostFound = fOptions->SearchLimit;
   settings.fThreads = fOptions->MaximumThreads;
   settings.fPriority = fOptions->ThreadPriority;
   settings.fEnumeratorOptions = EnumeratorOptionsOf(*fOptions);
@@ -84,6 +85,7 @@ int TSearchTask::Run() {
                                  Exporting::CountText(progress.fFolders, "folder", "folders", format),
                                  Exporting::SecondsText(TickCount64() - started));
   if (search.WasCancelled()) results.fSummary += " - cancelled";
+  if (search.HasFoundEnough()) results.fSummary += " - ended at the limit";
   if (progress.fErrors > 0) results.fSummary += " - incomplete";
   // As after a scan, what a stopped search has found replaces no file.
   const bool writes = !search.WasCancelled() || fState.fExports.empty();

@@ -80,6 +80,10 @@ struct TCommandLineState {
   std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
   TDuplicatesRequest fDuplicates;
   bool IsSearch() const { return fQuery.has_value() || fDuplicates.fIsWanted; }
+  std::u16string fKeptName;                        // under which the query is kept; empty: it is not
+  std::vector<std::u16string> fForgottenSearches;  // names of kept searches
+  bool fListsSearches = false;
+  bool ChangesSearches() const { return !fKeptName.empty() || !fForgottenSearches.empty(); }
   std::u16string fCompareFile;  // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   std::vector<TPictureRequest> fPictures;
@@ -116,7 +120,8 @@ struct TCommandLineState {
   // Whether the run writes something, so that it is done without a window.
   bool HasOutputs() const {
     return fHadOutputs || IsSearch() || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() ||
-           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
+           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings ||
+           ChangesSearches() || fListsSearches;
   }
   bool OpensWindow() const {
     if (fAbilities.fWindow == TWindowUse::wuNever || fUnattended || fHelp || fVersion) return false;

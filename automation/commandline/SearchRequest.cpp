@@ -15,7 +15,9 @@ Search::TAdaptedExpression ExpressionOf(const TCommandLineState& pState) {
   Search::TSearchAbilities abilities = Search::kAllSearchAbilities;
   if (!pState.fPaths.empty()) abilities &= TFileFactsReader::kOfStorage;
   if (!pState.fOpenFiles.empty()) abilities &= TFileFactsReader::kOfTree;
-  return AdaptExpression(Search::TDSMExpressionParser().Parse(pState.fQuery.value_or(u"")), abilities);
+  Search::TQuerySettings settings;
+  settings.fNormalizesUnicode = pState.fOptions->NormalizeUnicode;
+  return AdaptExpression(Search::TDSMExpressionParser(settings).Parse(pState.fQuery.value_or(u"")), abilities);
 }
 
 Search::TDuplicatesCompareTypes TDuplicatesRequest::CompareTypes() const {
@@ -70,11 +72,13 @@ std::vector<std::string> DuplicatesErrors(const TCommandLineState& pState) {
 
 std::vector<std::string> SearchErrors(const TCommandLineState& pState) {
   std::vector<std::string> errors = DuplicatesErrors(pState);
+  if (!pState.fKeptName.empty() && !pState.fQuery)
+    errors.push_back("--keepsearch keeps a query: name it with --search");
   if (!pState.IsSearch()) return errors;
   const std::string asked = pState.fDuplicates.fIsWanted ? "--duplicates" : "--search";
   for (const std::string& item : NotForSearches(pState))
     errors.push_back("A search finds files and makes no scan: " + item + " does not go with " + asked);
-  if (NumberOfScans(pState) == 0)
+  if (NumberOfScans(pState) == 0 && (pState.fKeptName.empty() || pState.fDuplicates.fIsWanted))
     errors.emplace_back("Nothing to search was given: name a path, or a scan file with --open");
   try {
     ExpressionOf(pState);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/actions/FileExportAction.h"
+#include "automation/commandline/KeptSearches.h"
 #include "automation/mail/Mail.h"
 #include "export/xml/XMLReader.h"
 #include "platform/files/Folders.h"
@@ -82,12 +83,15 @@ void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
   pState.fQuery = pQuery;
 }
 
+// The options files are loaded already.
 void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
+  if (const std::u16string* query = FindKeptSearch(*pState.fOptions, pName)) return SearchFor(pState, *query);
   const Search::TReadySearch* search = Search::FindReadySearch(pName);
   if (search) return SearchFor(pState, search->fQuery);
   std::string names;
   for (const Search::TReadySearch& known : Search::ReadySearches())
     names.append(names.empty() ? "" : ", ").append(ToUtf8(known.fName));
+  for (const auto& [name, query] : pState.fOptions->KeptSearches) names.append(", ").append(ToDisplay(name));
   throw EInvalidArgumentValue("knows no search named " + ToQuotedDisplay(pName) + ". There are " + names);
 }
 
@@ -146,6 +150,18 @@ void TakeEmptyFiles(TCommandLineState& pState, std::u16string_view) {
 void VerifyDuplicates(TCommandLineState& pState, std::u16string_view) {
   pState.fDuplicates.fVerify = true;
   pState.fDuplicates.fDetail = "--verify";
+}
+
+void KeepSearch(TCommandLineState& pState, std::u16string_view pName) {
+  if (Search::FindReadySearch(pName) != nullptr)
+    throw EInvalidArgumentValue("cannot take the name " + ToQuotedDisplay(pName) + ": a ready-made search has it");
+  pState.fKeptName = pName;
+}
+
+void ForgetSearch(TCommandLineState& pState, std::u16string_view pName) {
+  if (!FindKeptSearch(*pState.fOptions, pName))
+    throw EInvalidArgumentValue("finds no search named " + ToQuotedDisplay(pName) + " among those that are kept");
+  pState.fForgottenSearches.emplace_back(pName);
 }
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {

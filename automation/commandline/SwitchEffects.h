@@ -39,6 +39,8 @@ void SetText(TCommandLineState& pState, std::u16string_view pValue) {
 TSwitchEffect AddPaths;
 TSwitchEffect AddCurrentFolder;
 TSwitchEffect OpenFile;
+TSwitchEffect KeepSearch;
+TSwitchEffect ForgetSearch;
 TSwitchEffect SearchFor;
 TSwitchEffect SearchReady;
 TSwitchEffect FindDuplicates;

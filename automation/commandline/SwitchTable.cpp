@@ -86,10 +86,11 @@ constexpr TSwitch kSwitches[] = {
     {{u"FIND", vkText, kOnce},
      srMore,
      "NAME",
-     "list what a ready-made search finds",
+     "list what a search with a name finds",
      SearchReady,
      "A name",
-     "largest: files of 100 MB and more. oldest: last changed more than five years ago. newest: changed within a day. "
+     "A search that --keepsearch kept, or a ready-made one. largest: files of 100 MB and more. oldest: last changed "
+     "more than five years ago. newest: changed within a day. "
      "temporary: what programs leave behind. emptyfolders: with nothing in them. broken: links that lead nowhere. "
      "longpaths: of 260 characters and more."},
     {{u"DUPLICATES", vkOptionalMode, kOnce},
@@ -117,6 +118,19 @@ constexpr TSwitch kSwitches[] = {
      "fast is XXH3 with 128 bits. Only sha256 also tells files apart that were made to deceive a checksum."},
     {{u"EMPTYFILES", vkNone, kOnce}, srMore, "", "empty files are duplicates, too", TakeEmptyFiles},
     {{u"VERIFY", vkNone, kOnce}, srMore, "", "compare the bytes of duplicates as well", VerifyDuplicates},
+    {{u"KEEPSEARCH", vkText, kOnce},
+     srMore,
+     "NAME",
+     "keep the query of --search under a name",
+     KeepSearch,
+     "A name",
+     "--find NAME runs it later. It is kept in the user's own options file. Without a path, nothing is searched now."},
+    {{u"FORGETSEARCH", vkText, kRepeated}, srMore, "NAME", "forget a search that was kept", ForgetSearch, "A name"},
+    {{u"LISTSEARCHES", vkNone, kRepeated},
+     srMore,
+     "",
+     "list the names and queries that --find knows",
+     SetFlag<&TState::fListsSearches>},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},

@@ -1,8 +1,13 @@
 #include "search/files/FileFactsReader.h"
 
+#include <algorithm>
+#include <optional>
+
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
+#include "platform/text/Text.h"
 #include "platform/threads/InterruptibleThread.h"
+#include "search/metadata/Shortcut.h"
 #include "search/query/SearchItem.h"
 
 namespace Vantrel::Search {
@@ -73,10 +78,26 @@ TMetaDataValue TFileFactsReader::GetProperty(TSearchItem& pItem, TFileProperty p
   }
 }
 
+// A path with a drive can be judged on Windows alone.
+bool TFileFactsReader::LeadsNowhere(TSearchItem& pItem) {
+  const std::u16string path = PathOf(pItem);
+  const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+  TFileBytes bytes(*file, static_cast<uint64_t>(pItem.Entry().GetSize()), [this] { return fErrors.IsStopped(); });
+  const std::optional<TShortcutTarget> target = ReadShortcut(bytes);
+  if (!target) return false;
+  const char16_t delimiter = pItem.PathDelimiter();
+  std::u16string relative = target->fRelativePath;
+  std::replace(relative.begin(), relative.end(), u'\\', delimiter);
+  if (!relative.empty() && fStorage->Exists(JoinPath(pItem.FolderPath(), relative, delimiter))) return false;
+  if (delimiter != u'\\') return !relative.empty();
+  return !target->fLocalPath.empty() && !fStorage->Exists(target->fLocalPath);
+}
+
 bool TFileFactsReader::IsInvalidShortcut(TSearchItem& pItem) {
-  if (!fStorage || (pItem.Entry().GetAttributes() & kAttributeReparsePoint) == 0) return false;
+  if (!fStorage) return false;
   try {
-    return !fStorage->Exists(PathOf(pItem));
+    if ((pItem.Entry().GetAttributes() & kAttributeReparsePoint) != 0) return !fStorage->Exists(PathOf(pItem));
+    return SameTextAscii(pItem.Entry().GetExtension(), u"lnk") && IsReadable(pItem) && LeadsNowhere(pItem);
   } catch (...) {
     CodeOfCaughtException("TFileFactsReader.IsInvalidShortcut");
     return false;

@@ -56,6 +56,8 @@ class TFileFactsReader final : public IFileFacts {
   bool IsReadable(TSearchItem& pItem) const;
   // Keeps the error that is being handled.
   void KeepError(const std::u16string& pPath, std::string_view pWhere);
+  // Whether it is known that the target of a shortcut file does not exist.
+  bool LeadsNowhere(TSearchItem& pItem);
   TContentMatcher& MatcherOf(const TContentSearch& pSearch);
 
   const TRef<IStorage> fStorage;

@@ -176,6 +176,24 @@ TEST(FileSearch, ListsWhatCouldNotBeSearched) {
   EXPECT_EQ(search.GetProgress().fErrors, 4);
 }
 
+// The storage lists files that can no longer be opened.
+TEST(FileSearch, AVanishedFileHasNoContentsAndIsNoError) {
+  TMemoryRoot root;
+  root.Top().AddFile(u"gone", 5);
+  for (const auto& [query, found] : {std::pair<const char16_t*, TPaths>{u"content:x", {}},
+                                     {u"content:!=x", {"/memory/gone 5"}},
+                                     {u"mdata:Title:x", {}}}) {
+    TFileSearchSettings settings = SettingsOf(u"");
+    settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(query), TFileFactsReader::kOfStorage);
+    TFileSearch search(std::move(settings));
+    search.AddPath(root.Root());
+    search.Start();
+    ASSERT_TRUE(search.WaitForEnd(kForever));
+    EXPECT_EQ(Found(search), found);
+    EXPECT_TRUE(search.GetErrors().empty());
+  }
+}
+
 TEST(FileSearch, EndsWhenEnoughIsFound) {
   TMemoryRoot root;
   TRandomTree(3).Fill(root.Top(), 6);
