@@ -1,5 +1,7 @@
+// clang-format off: bcrypt.h takes its types from windows.h
 #include <bcrypt.h>
 #include <windows.h>
+// clang-format on
 
 #include "search/duplicates/HashUtils.h"
 
