@@ -1,6 +1,7 @@
-// clang-format off: bcrypt.h takes its types from windows.h
-#include <bcrypt.h>
+// bcrypt.h takes its types from windows.h.
+// clang-format off
 #include <windows.h>
+#include <bcrypt.h>
 // clang-format on
 
 #include "search/duplicates/HashUtils.h"
