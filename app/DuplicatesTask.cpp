@@ -24,9 +24,9 @@ using enum Search::TDuplicatesSearchMode;
 
 namespace {
 
-constexpr int64_t kMillisecondsBetweenLooks = 100;
+constexpr int64_t kMillisecondsBetweenReports = 100;
 
-std::string ProgressText(const Search::TDuplicateProgress& pProgress) {
+std::string DuplicatesProgressText(const Search::TDuplicateProgress& pProgress) {
   const auto size = [](int64_t pBytes) { return ToUtf8(FormatValue(TColumn::mdSize, pBytes, {})); };
   std::string text(pProgress.fPhase);
   if (pProgress.fAllFiles > 0)
@@ -72,11 +72,11 @@ Search::TDuplicateSearchSettings TDuplicatesTask::SearchSettings(const TSearched
 }
 
 void TDuplicatesTask::WaitFor(TDuplicateSearch& pSearch) {
-  while (!pSearch.WaitForEnd(kMillisecondsBetweenLooks)) {
+  while (!pSearch.WaitForEnd(kMillisecondsBetweenReports)) {
     // Again and again: each time what hangs is interrupted.
     if (IsCancelRequested()) pSearch.Cancel();
     fLog.WriteWaiting();
-    if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pSearch.GetProgress()));
+    if (fSettings.fShowProgress) TConsole::WriteProgress(DuplicatesProgressText(pSearch.GetProgress()));
   }
   fLog.WriteWaiting();
   if (fSettings.fShowProgress) TConsole::ClearProgress();

@@ -301,6 +301,9 @@ DONE = [
     Row("data /NOHEADER", out=("6.2 KB",), absent=("Report", "----", "Size")),
     Row("data --nounits", out=("6300 ", "100.0 ", "5300 ", "1000 ")),
     Row("data --filter *.txt --csv -", out=("data,1300,",)),
+    # Duplicates. Most of what they are is tested by duplicates_test.py.
+    Row("--duplicates files --verify --emptyfiles --duplicateby name,contents --duplicatechecksum md5 data",
+        out=("0 groups of equal files with 0 names, 0 B wasted, among 3 files in ",)),
     # Searches. Most of what they find is tested by search_test.py.
     Row("--search three,two data", out=("Found by three,two", "two.bin", "three.txt", "2 files found, 5.2 KB, among 3 files and 2 folders"),
         absent=("one.txt",)),

@@ -46,8 +46,8 @@ constexpr TSwitch Chart(std::u16string_view pName, std::string_view pHelp, TAppl
   return {{pName, vkOptionalFile, kRepeated}, srMore, "[FILE]", pHelp, pApply, {}, pDetails};
 }
 
-constexpr TSwitch List(std::u16string_view pName, std::string_view pHelp, TApply pApply, TSwitchRank pRank = srMore) {
-  return {{pName, vkOptionalBoolean, kRepeated}, pRank, "", pHelp, pApply, {}, kListDetails};
+constexpr TSwitch List(std::u16string_view pName, std::string_view pHelp, TApply pApply) {
+  return {{pName, vkOptionalBoolean, kRepeated}, srMore, "", pHelp, pApply, {}, kListDetails};
 }
 
 constexpr TSwitch NotBuilt(std::u16string_view pName, std::string_view pReason) {
@@ -95,11 +95,12 @@ constexpr TSwitch kSwitches[] = {
      "longpaths: of 260 characters and more."},
     {{u"DUPLICATES", vkOptionalMode, kOnce},
      srMain,
-     "[files|folders|unique]",
+     "[KIND]",
      "list files with equal contents",
      FindDuplicates,
      {},
-     "In groups, the most wasteful first. folders: whole folders that are equal. unique: files that are in no group. "
+     "In groups, the most wasteful first. KIND is files, folders or unique. folders: whole folders that are equal. "
+     "unique: files that are in no group. "
      "--search and patterns say which files are looked at. Names of one file, that is hard links, are read once and "
      "waste nothing. --csv, --text and --pathlist write what was found."},
     {{u"DUPLICATEBY", vkText, kOnce},
@@ -247,7 +248,7 @@ constexpr TSwitch kSwitches[] = {
      HideSmallFolders,
      {},
      "Whole numbers with a unit, B, KB, MB, GB or TB; a bare number means megabytes; without a size, 10 MB."},
-    List(u"TOPFILESLIST", "add the largest files", SetOption<&TGlobalOptions::ListTopFiles>, srMain),
+    List(u"TOPFILESLIST", "add the largest files", SetOption<&TGlobalOptions::ListTopFiles>),
     List(u"EXTENSIONSLIST", "add sizes by extension", SetOption<&TGlobalOptions::ListExtensions>),
     List(u"FILETYPESLIST", "add sizes by file-type group", SetOption<&TGlobalOptions::ListFileTypes>),
     List(u"USERSLIST", "add sizes by owner", SetOption<&TGlobalOptions::ListUsers>),

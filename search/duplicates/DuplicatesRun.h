@@ -2,6 +2,7 @@
 
 // What the workers of one search for duplicates share: whether it goes on, progress, notes, the names of each file.
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <memory>
@@ -65,8 +66,8 @@ class TDuplicatesRun final {
   };
   struct THashOfNameKey {
     size_t operator()(const TNameKey& pKey) const noexcept {
-      constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
-      return (((pKey.fId * kOdd) ^ pKey.fIdHigh ^ pKey.fVolume) + pKey.fBucket) * kOdd;
+      const std::array<uint64_t, 4> words{pKey.fVolume, pKey.fId, pKey.fIdHigh, pKey.fBucket};
+      return HashUtils::Fnv1a({reinterpret_cast<const uint8_t*>(words.data()), sizeof words});
     }
   };
 

@@ -1,5 +1,8 @@
-#include <bcrypt.h>
+// bcrypt.h takes its types from windows.h.
+// clang-format off
 #include <windows.h>
+#include <bcrypt.h>
+// clang-format on
 
 #include "search/duplicates/HashUtils.h"
 
