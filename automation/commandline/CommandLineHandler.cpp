@@ -399,7 +399,7 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
-  if (result == ecOk && fState.fQuery) return pTasks.Search();
+  if (result == ecOk && fState.fQuery && !fState.OpensWindow()) return pTasks.Search();
   if (result == ecOk && fState.OpensWindow())
     result = pTasks.OpenWindow();
   else if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty()))

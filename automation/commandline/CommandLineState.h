@@ -59,6 +59,7 @@ struct TCommandLineState {
   std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
+  bool fSearchesAtOnce = false;                                  // in a window; without one, a search always does
   std::u16string fCompareFile;                                   // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   std::vector<TPictureRequest> fPictures;

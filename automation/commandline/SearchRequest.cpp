@@ -39,7 +39,7 @@ std::vector<std::string> SearchErrors(const TCommandLineState& pState) {
   if (!pState.fQuery) return errors;
   for (const std::string& item : NotForSearches(pState))
     errors.push_back("A search finds files and makes no scan: " + item + " does not go with --search");
-  if (NumberOfScans(pState) == 0)
+  if (NumberOfScans(pState) == 0 && !pState.OpensWindow())
     errors.emplace_back("Nothing to search was given: name a path, or a scan file with --open");
   try {
     ExpressionOf(pState);

@@ -82,6 +82,11 @@ void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
   pState.fQuery = pQuery;
 }
 
+void SearchAtOnce(TCommandLineState& pState, std::u16string_view pQuery) {
+  SearchFor(pState, pQuery);
+  pState.fSearchesAtOnce = true;
+}
+
 void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
   const Search::TReadySearch* search = Search::FindReadySearch(pName);
   if (search) return SearchFor(pState, search->fQuery);

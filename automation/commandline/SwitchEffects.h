@@ -39,6 +39,7 @@ void SetText(TCommandLineState& pState, std::u16string_view pValue) {
 TSwitchEffect AddPaths;
 TSwitchEffect AddCurrentFolder;
 TSwitchEffect OpenFile;
+TSwitchEffect SearchAtOnce;
 TSwitchEffect SearchFor;
 TSwitchEffect SearchReady;
 TSwitchEffect AddInclude;

@@ -8,6 +8,7 @@
 #include "tests/window/WindowHarness.h"
 #include "window/dialogs/OptionsDialog.h"
 #include "window/panes/EntriesView.h"
+#include "window/panes/SearchPane.h"
 
 namespace Vantrel::Window {
 namespace {
@@ -35,6 +36,8 @@ TEST(Screenshots, DISABLED_EveryPane) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   const QPalette light = QApplication::palette();
   TWindowHarness harness;
+  harness.fStart.fOptions->CollectOwners = true;
+  harness.fStart.fOptions->FileAgesDateType = TDateType::dtLastChange;
   TMainWindow& window = harness.Window();
   for (const auto& [shade, palette] :
        {std::pair(QStringLiteral("light"), light), std::pair(QStringLiteral("dark"), DarkPalette())}) {
@@ -50,6 +53,8 @@ TEST(Screenshots, DISABLED_EveryPane) {
         QTest::qWait(500);
         window.GoTo(QStringLiteral("/usr/lib"));
         QTest::qWait(500);
+        window.Search().SetQuery(u"size:>5MB ext:so,a,html (name:lib OR modified:<2024)");
+        window.Search().Start();
         window.ShowStartPage();
         Save(window, kind + "start-again");
         window.ShowStartPage();

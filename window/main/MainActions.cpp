@@ -8,7 +8,10 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QStackedWidget>
+#include <QTabWidget>
 #include <QVBoxLayout>
 #include <iterator>
 
@@ -24,11 +27,14 @@
 #include "window/main/Session.h"
 #include "window/main/StartPage.h"
 #include "window/main/WindowSettings.h"
+#include "window/models/Background.h"
 #include "window/models/ContentsModel.h"
 #include "window/models/ShownText.h"
 #include "window/models/TreeModel.h"
 #include "window/panes/ContentsPane.h"
 #include "window/panes/EntriesView.h"
+#include "window/panes/QueryEdit.h"
+#include "window/panes/SearchPane.h"
 
 namespace Vantrel::Window {
 
@@ -56,6 +62,23 @@ void TMainWindow::EditPath() {
     fStartPage->PathField().setFocus();
   else
     fPathBar->Edit();
+}
+
+void TMainWindow::FindFiles() {
+  if (fTree->rowCount() > 0) fPages->setCurrentIndex(1);
+  fPanes->setCurrentWidget(fSearch);
+  fSearch->Query().setFocus();
+  fSearch->Query().selectAll();
+  UpdateActions();
+}
+
+// The pane opens with the query of the command line.
+void TMainWindow::BeginSearch() {
+  const TWindowStart& start = fSession->Start();
+  if (!start.fQuery) return;
+  fPanes->setCurrentWidget(fSearch);
+  fSearch->SetQuery(*start.fQuery);
+  fSearchIsDue = start.fSearchesAtOnce;
 }
 
 void TMainWindow::ScanAgain() {
@@ -126,6 +149,23 @@ void TMainWindow::ExportFile() {
   connect(&dialog, &QFileDialog::filterSelected, this, suggest);
   if (dialog.exec() != QDialog::Accepted) return;
   ExportAs(static_cast<int>(filters.indexOf(dialog.selectedNameFilter())), dialog.selectedFiles().value(0));
+}
+
+// The pane that is shown. Its content is taken now and printed on another thread.
+void TMainWindow::PrintShown() {
+  const auto* pane = qobject_cast<TPane*>(fPanes->currentWidget());
+  TPrintable printable = pane ? pane->Printable() : TPrintable();
+  if (printable.IsEmpty()) return Tell(tr("There is nothing to print here."));
+  const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+  printer->setDocName(printable.fTitle);
+  QPrintDialog dialog(printer.get(), this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  RunInBackground(
+      LongWork(), this, [printer, printable = std::move(printable)] { return Print(printable, *printer); },
+      [this](const TOutcome<bool>& pPrinted) {
+        if (!pPrinted.fError.isEmpty() || !pPrinted.fValue)
+          Fail(tr("Print"), pPrinted.fError.isEmpty() ? tr("The printer cannot be used.") : pPrinted.fError);
+      });
 }
 
 void TMainWindow::ExportAs(int pKind, const QString& pFile) {

@@ -131,6 +131,12 @@ TEST(FileSearch, FindsEmptyFoldersAndStaysAtItsLevel) {
   EXPECT_EQ(SearchTree(root, SettingsOf(u"mdata:depth:=1 (full,file)")), TPaths{"/memory/full 5"});
 }
 
+TEST(FileSearch, ARootWithoutATreeHasNothingToFind) {
+  TMemoryRoot root;
+  root.Top().AddFile(u"file", 1);
+  EXPECT_EQ(SearchTree(root, SettingsOf(u"file")), TPaths()) << "it was never scanned";
+}
+
 TEST(FileSearch, TheFilterOfAScanApplies) {
   TMemoryRoot root;
   root.Top().AddFolder(u"left").AddFile(u"a.txt", 1);
