@@ -23,6 +23,8 @@ QPalette DarkPalette() {
   palette.setColor(QPalette::PlaceholderText, QColor(0x9A, 0x9D, 0xA3));
   palette.setColor(QPalette::Highlight, QColor(0x2F, 0x6F, 0xC4));
   palette.setColor(QPalette::HighlightedText, Qt::white);
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, QColor(0x6E, 0x71, 0x77));
   return palette;
 }
 
@@ -54,6 +56,7 @@ TEST(Screenshots, DISABLED_EveryPane) {
         window.GoTo(QStringLiteral("/usr/lib"));
         QTest::qWait(500);
         window.Search().SetQuery(u"size:>5MB ext:so,a,html (name:lib OR modified:<2024)");
+        harness.Action("search").trigger();
         window.Search().Start();
         window.ShowStartPage();
         Save(window, kind + "start-again");

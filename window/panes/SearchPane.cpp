@@ -114,7 +114,7 @@ TSearchPane::~TSearchPane() {
 QWidget* TSearchPane::MakeControls() {
   fQuery->setPlaceholderText(tr("Find files and folders"));
   fQuery->setAccessibleName(tr("Query"));
-  fTarget->addItems({tr("In the scanned tree"), tr("On the disk, in this folder")});
+  fTarget->addItems({tr("In the tree"), tr("On disk, in this folder")});
   fTarget->setToolTip(tr("Where to search"));
   fTarget->setAccessibleName(fTarget->toolTip());
   const auto button = [](TSymbol pSymbol, const QString& pHint) {
@@ -164,6 +164,7 @@ QToolButton* TSearchPane::NewReadyButton() {
 }
 
 void TSearchPane::ShowPlace(const TPlace& pPlace) {
+  if (!fPlace.fRoot && pPlace.fRoot) ShowError({});  // what it said is no longer so
   fPlace = pPlace;
   SetSearching(fIsSearching);
 }

@@ -67,10 +67,12 @@ void TTableView::FitColumns(const std::vector<int>& pHidden) {
   fIsFitted = true;
   if (isKept && header()->restoreState(fLayout.mid(1))) return;
   for (const int column : pHidden) setColumnHidden(column, true);
+  header()->setStretchLastSection(false);  // else the last column keeps what it needs and a scroll bar appears
   for (int column = 0; column < model()->columnCount(); ++column) {
     resizeColumnToContents(column);
     setColumnWidth(column, std::min(columnWidth(column) + 10, kWidest));
   }
+  header()->setStretchLastSection(true);
 }
 
 void TTableView::paintEvent(QPaintEvent* pEvent) {

@@ -48,7 +48,7 @@ TPaths SearchPath(TMemoryRoot& pRoot, TFileSearchSettings pSettings) {
 
 TPaths SearchTree(TMemoryRoot& pRoot, TFileSearchSettings pSettings) {
   TFileSearch search(std::move(pSettings));
-  search.AddTree(TRef<IHierarchicalRoot>(pRoot.fRoot.get()));
+  search.AddTree(TRef<IHierarchicalRoot>(&pRoot.Root()));
   search.Start();
   EXPECT_TRUE(search.WaitForEnd(kForever));
   return Found(search);
