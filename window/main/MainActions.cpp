@@ -194,6 +194,8 @@ void TMainWindow::EndComparison() {
 }
 
 void TMainWindow::ShowComparison(const TRef<IHierarchicalRoot>& pRoot) {
+  const TRef<IComparison> comparison = pRoot->GetComparison();
+  if (!comparison) return;  // a scan has ended it meanwhile
   const QString remembered = fSettings->Get(QStringLiteral("showChanges")).toString();
   const TChangePlaces places = remembered.isEmpty() ? AskWhereToShowChanges(*this, *fSettings) : PlacesOf(remembered);
   fActions["changesInNames"]->setChecked(places.fInTree);
@@ -202,7 +204,7 @@ void TMainWindow::ShowComparison(const TRef<IHierarchicalRoot>& pRoot) {
       for (const TColumn column : {TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdChangeState})
         view->ShowColumn(column, true);
   Tell(tr("Compared with the scan of %1")
-           .arg(ShownValue(TColumn::mdLastChange, pRoot->GetComparison()->GetScanTimeStamp(), fTree->Format())));
+           .arg(ShownValue(TColumn::mdLastChange, comparison->GetScanTimeStamp(), fTree->Format())));
   UpdateActions();
 }
 
