@@ -175,6 +175,8 @@ int TApplication::OpenWindow() {
   for (const std::u16string& file : fState.fOpenFiles) start.fOpenFiles.push_back(AbsolutePath(file));
   if (fState.fPatterns)
     start.fCreateFilter = [patterns = fState.fPatterns] { return MakeRef<TPatternFilter>(patterns); };
+  start.fQuery = fState.fQuery;
+  start.fSearchesAtOnce = fState.fSearchesAtOnce;
   start.fQueueActions = [this](PostScanActions::TPostProcessActionHandler& pActions, IScanRoots& pRoots) {
     return QueueRequestedActions(pActions, fState, fSettings, pRoots);
   };

@@ -404,7 +404,7 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
   if (result == ecOk && fState.ChangesSearches()) result = pTasks.ChangeSearches();
   if (result == ecOk && fState.fListsSearches) result = pTasks.ListSearches();
-  if (result == ecOk && fState.IsSearch() && NumberOfScans(fState) > 0) return pTasks.Search();
+  if (result == ecOk && fState.IsSearch() && NumberOfScans(fState) > 0 && !fState.OpensWindow()) return pTasks.Search();
   if (result == ecOk && fState.OpensWindow())
     result = pTasks.OpenWindow();
   else if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty()))

@@ -78,6 +78,7 @@ struct TCommandLineState {
   std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
+  bool fSearchesAtOnce = false;                                  // in a window; without one, a search always does
   TDuplicatesRequest fDuplicates;
   bool IsSearch() const { return fQuery.has_value() || fDuplicates.fIsWanted; }
   std::u16string fKeptName;                        // under which the query is kept; empty: it is not

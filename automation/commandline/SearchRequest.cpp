@@ -78,7 +78,8 @@ std::vector<std::string> SearchErrors(const TCommandLineState& pState) {
   const std::string asked = pState.fDuplicates.fIsWanted ? "--duplicates" : "--search";
   for (const std::string& item : NotForSearches(pState))
     errors.push_back("A search finds files and makes no scan: " + item + " does not go with " + asked);
-  if (NumberOfScans(pState) == 0 && (pState.fKeptName.empty() || pState.fDuplicates.fIsWanted))
+  const bool needsPath = pState.fDuplicates.fIsWanted || (pState.fKeptName.empty() && !pState.OpensWindow());
+  if (NumberOfScans(pState) == 0 && needsPath)
     errors.emplace_back("Nothing to search was given: name a path, or a scan file with --open");
   try {
     ExpressionOf(pState);

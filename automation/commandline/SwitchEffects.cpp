@@ -83,6 +83,11 @@ void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
   pState.fQuery = pQuery;
 }
 
+void SearchAtOnce(TCommandLineState& pState, std::u16string_view pQuery) {
+  SearchFor(pState, pQuery);
+  pState.fSearchesAtOnce = true;
+}
+
 // The options files are loaded already.
 void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
   if (const std::u16string* query = FindKeptSearch(*pState.fOptions, pName)) return SearchFor(pState, *query);

@@ -41,6 +41,7 @@ TSwitchEffect AddCurrentFolder;
 TSwitchEffect OpenFile;
 TSwitchEffect KeepSearch;
 TSwitchEffect ForgetSearch;
+TSwitchEffect SearchAtOnce;
 TSwitchEffect SearchFor;
 TSwitchEffect SearchReady;
 TSwitchEffect FindDuplicates;

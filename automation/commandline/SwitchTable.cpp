@@ -81,8 +81,8 @@ constexpr TSwitch kSwitches[] = {
      "A query",
      "In the paths, or in the scans that --open loads. Conditions such as size:>100MB, modified:<2024, ext:iso,zip, "
      "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --text and "
-     "--pathlist write what was found."},
-    {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchFor, "A query"},
+     "--pathlist write what was found. With --gui the window opens its search pane; --search:start runs it at once."},
+    {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchAtOnce, "A query"},
     {{u"FIND", vkText, kOnce},
      srMore,
      "NAME",

@@ -309,8 +309,10 @@ TRef<ThreadPool::IWorkItem> CreatePathJob(TSearchRun& pRun, const IHierarchicalR
 }
 
 TRef<ThreadPool::IWorkItem> CreateTreeJob(TSearchRun& pRun, TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage) {
+  TRef<IFolderData> top = pRoot->GetTopFolder();
+  if (!top) return nullptr;
   auto target = MakeRef<TSearchTarget>(pRun, std::move(pStorage), pRoot->GetPathDelimiter(), nullptr);
-  return MakeRef<TBranchJob>(std::move(target), pRoot->GetTopFolder(), 0);
+  return MakeRef<TBranchJob>(std::move(target), std::move(top), 0);
 }
 
 }  // namespace Vantrel::Search

@@ -26,7 +26,7 @@ void Settle(TTreeModel& pModel) {
   for (int quiet = 0; quiet < 3;) {
     pModel.Poll();
     QTest::qWait(5);
-    quiet = pModel.IsFetching() ? 0 : quiet + 1;
+    quiet = pModel.IsFetching() || pModel.IsTaking() ? 0 : quiet + 1;
   }
 }
 

@@ -140,6 +140,10 @@ void TTreeModel::Poll() {
   }
 }
 
+bool TTreeModel::IsTaking() const {
+  return std::any_of(fRoots.begin(), fRoots.end(), [](const auto& pRoot) { return pRoot->fIsTaking; });
+}
+
 void TTreeModel::TakeNews(TRoot& pRoot, TNews pNews) {
   pRoot.fIsTaking = false;
   TItem& item = Top().fItems[RowOf(pRoot)];

@@ -259,6 +259,12 @@ void TTreemapPane::Save() {
   SavePictureAs(this, tr("Treemap") + QStringLiteral(".png"), font(), fView->DrawingMaker(folder->GetFullPath()));
 }
 
+TPrintable TTreemapPane::Printable() const {
+  const TRef<IFolderData> folder = GetShownFolder();
+  if (!folder || !fView->GetPicture()) return {};
+  return {ToQString(folder->GetFullPath()), fView->DrawingMaker(folder->GetFullPath()), {}};
+}
+
 void TTreemapPane::Copy() const {
   CopyPicture(fView->GetImage());
 }

@@ -48,7 +48,7 @@ TPaths SearchPath(TMemoryRoot& pRoot, TFileSearchSettings pSettings) {
 
 TPaths SearchTree(TMemoryRoot& pRoot, TFileSearchSettings pSettings) {
   TFileSearch search(std::move(pSettings));
-  search.AddTree(TRef<IHierarchicalRoot>(pRoot.fRoot.get()));
+  search.AddTree(TRef<IHierarchicalRoot>(&pRoot.Root()));
   search.Start();
   EXPECT_TRUE(search.WaitForEnd(kForever));
   return Found(search);
@@ -129,6 +129,12 @@ TEST(FileSearch, FindsEmptyFoldersAndStaysAtItsLevel) {
   EXPECT_EQ(SearchPath(root, SettingsOf(u"full,file")), (TPaths{"/memory/full/file 5", "/memory/full -1"}));
   EXPECT_EQ(SearchPath(root, SettingsOf(u"mdata:depth:=1 (full,file)")), TPaths{"/memory/full -1"});
   EXPECT_EQ(SearchTree(root, SettingsOf(u"mdata:depth:=1 (full,file)")), TPaths{"/memory/full 5"});
+}
+
+TEST(FileSearch, ARootWithoutATreeHasNothingToFind) {
+  TMemoryRoot root;
+  root.Top().AddFile(u"file", 1);
+  EXPECT_EQ(SearchTree(root, SettingsOf(u"file")), TPaths()) << "it was never scanned";
 }
 
 TEST(FileSearch, TheFilterOfAScanApplies) {
