@@ -78,9 +78,10 @@ std::vector<std::u16string> TKivCommandLineParser::SplitCommandLine(std::u16stri
   bool started = false;  // so that "" is a token
   bool opened = false;   // by a quote that is a character, within quotes
   auto at = [&](size_t pIndex) { return pIndex < pCommandLine.size() ? pCommandLine[pIndex] : u' '; };
+  auto isEnd = [&](size_t pIndex) { return IsBlank(at(pIndex)) || at(pIndex) == u';'; };
   for (size_t i = 0; i < pCommandLine.size(); ++i) {
     const char16_t character = pCommandLine[i];
-    if (character == u'\\' && at(i + 1) == u'"' && (!quoted || opened || (!IsBlank(at(i + 2)) && at(i + 2) != u';'))) {
+    if (character == u'\\' && at(i + 1) == u'"' && (!quoted || opened || !isEnd(i + 2))) {
       token += pCommandLine[++i];  // a quote that is a character
       started = true;
       opened = quoted && !opened;

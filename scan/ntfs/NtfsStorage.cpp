@@ -45,11 +45,8 @@ std::u16string PathOf(const TNtfsPath& pPath, char16_t pDelimiter) {
 }
 
 // What a disk holds and the tree does not show.
-std::u16string NoteOfOthers(const std::vector<std::u16string>& pPartitions) {
-  std::u16string text = u"Partitions without NTFS are not shown: ";
-  for (const std::u16string& partition : pPartitions)
-    text += (&partition == pPartitions.data() ? u"" : u", ") + partition;
-  return text + u".";
+std::u16string NoteOfOthers(const std::vector<std::string>& pPartitions) {
+  return FromUtf8(fmt::format("Partitions without NTFS are not shown: {}.", fmt::join(pPartitions, ", ")));
 }
 
 class TNtfsStorage : public TInterfaced<IStorage> {

@@ -23,16 +23,16 @@ std::vector<std::byte> ReadPart(IVolumeReader& pReader, int64_t pPosition, size_
   return bytes;
 }
 
-std::u16string KindText(TVolumeKind pKind) {
+std::string KindText(TVolumeKind pKind) {
   switch (pKind) {
     case TVolumeKind::vkFat:
-      return u" (FAT)";
+      return " (FAT)";
     case TVolumeKind::vkExFat:
-      return u" (exFAT)";
+      return " (exFAT)";
     case TVolumeKind::vkReFs:
-      return u" (ReFS)";
+      return " (ReFS)";
     case TVolumeKind::vkBitLocker:
-      return u" (encrypted by BitLocker)";
+      return " (encrypted by BitLocker)";
     default:
       return {};
   }
@@ -57,7 +57,7 @@ TDiskPartitions FindPartitions(IVolumeReader& pReader) {
       const int64_t length = std::min(partition.fLength, pReader.Size() - partition.fPosition);
       found.fNtfs.push_back({partition.fNumber, {partition.fPosition, length}});
     } else {
-      found.fOthers.push_back(FromUtf8(std::to_string(partition.fNumber)) + KindText(kind));
+      found.fOthers.push_back(std::to_string(partition.fNumber) + KindText(kind));
     }
   }
   return found;

@@ -19,9 +19,10 @@ struct TNtfsPartition {
 
 // Whether a table of partitions is at the start. EOSError.
 bool IsPartitioned(IVolumeReader& pReader);
+
 struct TDiskPartitions {
   std::vector<TNtfsPartition> fNtfs;
-  std::vector<std::u16string> fOthers;  // what a user is told of those without NTFS: "1 (FAT)"
+  std::vector<std::string> fOthers;  // what a user is told of those without NTFS: "1 (FAT)"
 };
 
 // The partitions of a disk. EOSError.
