@@ -12,6 +12,7 @@
 #include "automation/actions/HistoryTasks.h"
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
+#include "automation/commandline/KeptSearches.h"
 #include "export/text/ListExport.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
@@ -99,6 +100,32 @@ int TApplication::ForgetSettings() {
   return ecOutputFailed;
 }
 
+int TApplication::ChangeSearches() {
+  try {
+    CommandLine::ChangeKeptSearches(fState, fSettings.fUserOptionsFile, kProgramName, kVersion);
+    return ecOk;
+  } catch (const EInvalidArgumentValue& error) {
+    fSettings.fWriteError(error.what());
+    return ecWrongCommandLine;
+  } catch (const Options::EOptionsFileError& error) {
+    fSettings.fWriteError(error.what());
+    return ecOutputFailed;
+  } catch (const EOSError& error) {
+    fSettings.fWriteError(error.what());
+    return ecOutputFailed;
+  }
+}
+
+int TApplication::ListSearches() {
+  // Those that this run keeps or forgets are in the file alone.
+  TGlobalOptions options = *fOptions;
+  if (fState.ChangesSearches()) {
+    options.KeptSearches.clear();
+    Options::LoadOptionsFile(fSettings.fUserOptionsFile, options);
+  }
+  return WriteLines(CommandLine::SearchLines(options));
+}
+
 int TApplication::ExportDriveList(const std::u16string& pFile) {
   using namespace Exporting;
   const Presentation::TList drives = Presentation::DriveList();
@@ -148,6 +175,8 @@ int TApplication::OpenWindow() {
   for (const std::u16string& file : fState.fOpenFiles) start.fOpenFiles.push_back(AbsolutePath(file));
   if (fState.fPatterns)
     start.fCreateFilter = [patterns = fState.fPatterns] { return MakeRef<TPatternFilter>(patterns); };
+  start.fQuery = fState.fQuery;
+  start.fSearchesAtOnce = fState.fSearchesAtOnce;
   start.fQueueActions = [this](PostScanActions::TPostProcessActionHandler& pActions, IScanRoots& pRoots) {
     return QueueRequestedActions(pActions, fState, fSettings, pRoots);
   };

@@ -31,6 +31,8 @@ class TApplication : private CommandLine::ICommandLineTasks {
   int ShowVersion() override;
   int SaveSettings() override;
   int ForgetSettings() override;
+  int ChangeSearches() override;
+  int ListSearches() override;
   int ExportDriveList(const std::u16string& pFile) override;
   int OpenAndScan() override;
   int Search() override;

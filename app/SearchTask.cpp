@@ -6,8 +6,9 @@
 #include <iterator>
 
 #include "app/CancelRequest.h"
+#include "app/DuplicatesTask.h"
+#include "app/ResultWriting.h"
 #include "app/ScanLoading.h"
-#include "app/Version.h"
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/SearchRequest.h"
 #include "export/text/RootDescription.h"
@@ -49,6 +50,11 @@ int TSearchTask::Run() {
   const TRef<IScanRoots> roots = fSettings.fCreateRoots(fOptions);
   Search::TFileSearchSettings settings;
   settings.fExpression = CommandLine::ExpressionOf(fState);
+  const bool comparesFolders =
+      fState.fDuplicates.fIsWanted && fState.fDuplicates.fMode == Search::TDuplicatesSearchMode::DuplicateFolders;
+  if (comparesFolders && fState.fPatterns)
+    fSettings.fWriteError("Warning: patterns leave files out, so folders may be equal that differ in these files");
+  settings.fMostFound = fOptions->SearchLimit;
   settings.fThreads = fOptions->MaximumThreads;
   settings.fPriority = fOptions->ThreadPriority;
   settings.fEnumeratorOptions = EnumeratorOptionsOf(*fOptions);
@@ -63,6 +69,11 @@ int TSearchTask::Run() {
   if (filter)
     for (const std::u16string& warning : filter->GetWarnings()) fSettings.fWriteError("Warning: " + ToDisplay(warning));
 
+  if (fState.fDuplicates.fIsWanted) {
+    result = std::max(result, FindDuplicates(search, started));
+    roots->Dispose();
+    return result;
+  }
   TSearchResults results;
   results.fItems = std::move(fFound);
   SortResults(results.fItems, *fOptions);
@@ -74,12 +85,24 @@ int TSearchTask::Run() {
                                  Exporting::CountText(progress.fFolders, "folder", "folders", format),
                                  Exporting::SecondsText(TickCount64() - started));
   if (search.WasCancelled()) results.fSummary += " - cancelled";
+  if (search.HasFoundEnough()) results.fSummary += " - ended at the limit";
   if (progress.fErrors > 0) results.fSummary += " - incomplete";
   // As after a scan, what a stopped search has found replaces no file.
   const bool writes = !search.WasCancelled() || fState.fExports.empty();
-  if (writes) result = std::max(result, Write(results));
+  if (writes) result = std::max(result, WriteResults(WriterOf(results, *fOptions), fSettings, fState));
   roots->Dispose();
   return result;
+}
+
+int TSearchTask::FindDuplicates(const TFileSearch& pSearch, int64_t pStarted) {
+  TSearchedFiles searched;
+  searched.fFound = std::move(fFound);
+  searched.fTops = fTops;
+  for (const TSearchError& error : pSearch.GetErrors()) searched.fIncompleteFolders.push_back(error.fPath);
+  searched.fFiles = pSearch.GetProgress().fFiles;
+  searched.fStarted = pStarted;
+  searched.fWasCancelled = pSearch.WasCancelled();
+  return TDuplicatesTask(fSettings, fState, fOptions, fLog).Run(std::move(searched));
 }
 
 bool TSearchTask::ProbeTargets() {
@@ -103,6 +126,7 @@ int TSearchTask::AddPaths(IScanRoots& pRoots, TFileSearch& pSearch) {
         continue;
       }
       added.push_back(root->GetTitle());
+      fTops.push_back(root->GetPath());
       pSearch.AddPath(*root);
     } catch (const EOSError& error) {
       fSettings.fWriteError(error.what());
@@ -167,35 +191,13 @@ int TSearchTask::ReportErrors(const TFileSearch& pSearch) {
   std::erase_if(errors, [](const TSearchError& pError) { return pError.fIsTarget; });
   if (errors.empty()) return result;
   const auto count = static_cast<int64_t>(errors.size());
-  fSettings.fWriteError(
-      fmt::format("incomplete: {} could not be read", CountOf(count, "file or folder", "files and folders")));
-  constexpr int64_t kMostListed = 10;
-  const int64_t listed = std::min({count, kMostListed, int64_t{fOptions->NumberOfListedErrors}});
-  for (const TSearchError& error : std::span(errors).first(static_cast<size_t>(listed)))
-    fSettings.fWriteError(fmt::format("  {}: {}{}", ToDisplay(error.fPath), ToDisplay(error.fText),
-                                      error.fIsPartial ? " (read in part)" : ""));
-  if (listed < count) fSettings.fWriteError(fmt::format("  … and {} more", count - listed));
+  std::vector<std::string> lines;
+  for (const TSearchError& error : errors)
+    lines.push_back(fmt::format("{}: {}{}", ToDisplay(error.fPath), ToDisplay(error.fText),
+                                error.fIsPartial ? " (read in part)" : ""));
+  ListUnread(fSettings, "incomplete: " + CountOf(count, "file or folder", "files and folders") + " could not be read",
+             lines, fOptions->NumberOfListedErrors);
   return std::max<int>(result, ecIncomplete);
-}
-
-int TSearchTask::Write(TSearchResults& pResults) {
-  if (fState.fExports.empty())
-    return WriteSearchResults(pResults, TExportFormat::efReport, *fOptions, {}, *fSettings.fOutput) ? ecOk
-                                                                                                    : ecOutputFailed;
-  int result = ecOk;
-  const TExportRun run{kProgramName, kVersion, false, fState.fPathsEndWithNul, IsCancelRequested};
-  for (const CommandLine::TExportRequest& request : fState.fExports) {
-    try {
-      ExportSearchResults(pResults, request, *fOptions, run);
-    } catch (const EExportCancelled& error) {
-      fSettings.fWriteError(error.what());
-      result = std::max<int>(result, ecCancelled);
-    } catch (const EOSError& error) {
-      if (!IsReaderGone(error)) fSettings.fWriteError(error.what());
-      result = std::max<int>(result, ecOutputFailed);
-    }
-  }
-  return result;
 }
 
 }  // namespace Vantrel

@@ -34,13 +34,14 @@ class TSearchTask {
   // What went wrong in the search.
   int Report(const Search::TFileSearch& pSearch);
   int ReportErrors(const Search::TFileSearch& pSearch);
-  int Write(PostScanActions::TSearchResults& pResults);
+  int FindDuplicates(const Search::TFileSearch& pSearch, int64_t pStarted);
 
   const TRunSettings& fSettings;
   const CommandLine::TCommandLineState& fState;
   const std::shared_ptr<TGlobalOptions> fOptions;
   TRunLog& fLog;
   std::vector<Search::TFoundItem> fFound;
+  std::vector<std::u16string> fTops;  // the paths that are searched
 };
 
 }  // namespace Vantrel

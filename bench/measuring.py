@@ -22,7 +22,7 @@ VANTREL = os.path.join(BUILD, "vantrel")
 OWN_NAME = os.path.basename(sys.argv[0])
 
 PACKAGES = {"du": "coreutils", "ncdu": "ncdu", "gdu": "gdu", "bfs": "bfs", "fdfind": "fd-find", "find": "findutils", "rg": "ripgrep",
-            "grep": "grep"}
+            "grep": "grep", "rmlint": "rmlint", "jdupes": "jdupes", "rdfind": "rdfind"}
 
 
 class Program:

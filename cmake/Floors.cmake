@@ -11,13 +11,16 @@ function(vantrel_platform_sources RESULT FOLDER)
   set(${RESULT} ${sources} PARENT_SCOPE)
 endfunction()
 
-# {fmt} and Boost are in the host's include folder. Only these two are copied into the build folder's include path. So a
+# {fmt}, Boost and xxHash are in the host's include folder. Only these are copied into the build folder's include path. So a
 # cross build does not see the host's C library headers beside them.
 function(vantrel_header_library TARGET)
   set(folder ${CMAKE_BINARY_DIR}/headers)
   file(MAKE_DIRECTORY ${folder})
   file(CREATE_LINK ${FMT_INCLUDE_DIR}/fmt ${folder}/fmt SYMBOLIC)
   file(CREATE_LINK ${BOOST_INCLUDE_DIR}/boost ${folder}/boost SYMBOLIC)
+  foreach(header xxhash.h xxh3.h)
+    file(CREATE_LINK ${XXHASH_INCLUDE_DIR}/${header} ${folder}/${header} SYMBOLIC)
+  endforeach()
   target_include_directories(${TARGET} SYSTEM INTERFACE ${folder})
   target_compile_definitions(${TARGET} INTERFACE FMT_HEADER_ONLY)
 endfunction()
@@ -123,12 +126,12 @@ endfunction()
 # The window and its program. Both need Qt, so they are built only with VANTREL_WINDOW. As with the console program, the
 # executable is the entry point alone.
 function(vantrel_window_program TARGET)
-  find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets PrintSupport)
   if(VANTREL_TESTS)
     find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
   endif()
   vantrel_floor(window ${ARGN})
-  target_link_libraries(vantrel_window PUBLIC Qt6::Widgets)
+  target_link_libraries(vantrel_window PUBLIC Qt6::Widgets Qt6::PrintSupport)
   target_compile_definitions(vantrel_window PUBLIC QT_NO_KEYWORDS)
   vantrel_platform_sources(sources ${CMAKE_SOURCE_DIR}/app/gui)
   list(APPEND sources ${CMAKE_SOURCE_DIR}/app/gui/gui.qrc)

@@ -2,8 +2,8 @@
 # installs them.
 
 # Packages to build the program. ccache is optional but makes later rebuilds quicker.
-packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libicu-dev libpcre2-dev libexpat1-dev
-  libzip-dev zlib1g-dev libcurl4-openssl-dev libsqlite3-dev"
+packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libicu-dev libpcre2-dev libssl-dev libxxhash-dev libexpat1-dev
+  libzip-dev zlib1g-dev libcurl4-openssl-dev libsqlite3-dev libexif-dev libtag1-dev"
 # In addition, packages for the window program.
 packages_window="qt6-base-dev"
 # In addition, to test it on a display of its own.

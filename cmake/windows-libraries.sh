@@ -18,6 +18,8 @@ libraries="
   libzip libzip
   curl curl
   sqlite sqlite3
+  exif libexif
+  taglib taglib
 "
 
 # UTF-16 only, which is what names are kept as.
@@ -66,6 +68,27 @@ build_sqlite() {
   mkdir -p "$prefix/include" "$prefix/lib"
   cp "$build/sqlite3.h" "$prefix/include/"
   cp "$build/libsqlite3.a" "$prefix/lib/"
+}
+
+# Properties of pictures. The tarball has no configure script, and the library no needs that one would find out. Texts
+# are not translated.
+build_exif() {
+  local source=$1/libexif build=$2 file
+  echo '#include <stdint.h>' >"$build/_stdint.h"
+  mkdir -p "$build/libexif" "$prefix/include/libexif" "$prefix/lib"
+  : >"$build/config.h"
+  cp "$build/_stdint.h" "$build/libexif/"
+  for file in "$source"/*.c "$source"/*/*.c; do
+    x86_64-w64-mingw32-gcc-posix -O2 -DNDEBUG -DGETTEXT_PACKAGE='"libexif-12"' -DLOCALEDIR='""' -I"$1" -I"$source" \
+      -I"$build" -c "$file" -o "$build/$(basename "$(dirname "$file")")-$(basename "$file" .c).o"
+  done
+  x86_64-w64-mingw32-ar rcs "$prefix/lib/libexif.a" "$build"/*.o
+  cp "$source"/*.h "$build/_stdint.h" "$prefix/include/libexif/"
+}
+
+# Properties of music.
+build_taglib() {
+  build_with_cmake "$1" "$2" -DBUILD_EXAMPLES=OFF -DBUILD_TESTS=OFF -DBUILD_TESTING=OFF -DBUILD_BINDINGS=OFF
 }
 
 # build_with_cmake SOURCE BUILD OPTION…: for sources that come with a CMakeLists.txt.

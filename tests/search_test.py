@@ -23,6 +23,7 @@ import wine
 
 TIMEOUT = 120  # only there to catch a hang
 OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND = range(4)
+OUTPUT_FAILED = 5
 QUERIES = int(os.environ.get("VANTREL_QUERIES", "120"))
 SEED = int(os.environ.get("VANTREL_QUERIES_SEED", "1"))
 
@@ -248,6 +249,38 @@ class SearchTest(unittest.TestCase):
             self.assertEqual([name for name in called if asked[0] not in name], [], "asked for its values")
             self.assertTrue(called, "nothing was traced")
 
+    def test_unicode_forms_the_limit_and_a_reader_that_leaves(self):
+        folder = pathlib.Path(self.folder, "forms")
+        folder.mkdir(exist_ok=True)
+        for name in ("cafe\u0301 one", "caf\u00E9 two", "cafe three"):
+            (folder / name).write_bytes(b"")
+        for arguments, expected in (([], ["two"]), (["--NormalizeUnicode"], ["one", "two"])):
+            output, _ = self.run_program("--search", "name:caf\u00E9", *arguments, "--pathlist", "-", self.shown(str(folder)))
+            self.assertEqual(sorted(line.split()[-1] for line in output.decode().splitlines()), expected)
+        output, _ = self.run_program("--search", "", "--SearchLimit", "7", self.shown(self.top))
+        self.assertRegex(output.decode().splitlines()[-1], r"^\d.* found, .* - ended at the limit$")
+        output, _ = self.run_program("--search", "", "--SearchLimit", "7", "--pathlist", "-", self.shown(self.top))
+        self.assertEqual(len(output.splitlines()), 7)
+
+    def test_results_by_the_hundred_thousand(self):
+        """The scan file is written here; head leaves when it has read enough."""
+        if self.on_windows:
+            self.skipTest("the same code, and Wine is slow")
+        count = 300_000
+        scan = pathlib.Path(self.folder, "many.xml")
+        with open(scan, "w", encoding="utf-8") as file:
+            file.write('<?xml version="1.0"?><Root Type="TCustomUnixRoot"><Path>/made</Path><Folder fullpath="/made">')
+            for number in range(count):
+                file.write(f'<Folder fullpath="/made/f{number}"><SizeData Size="0"/></Folder>')
+            file.write("</Folder></Root>")
+        command = [*self.command, "--nooptions", "--search", "name:f", "--open", scan, "--pathlist", "-"]
+        run = subprocess.run(command, capture_output=True, timeout=TIMEOUT, check=False)
+        self.assertEqual((run.returncode, len(set(run.stdout.splitlines()))), (OK, count), run.stderr)
+        with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as program:
+            program.stdout.readline()
+            program.stdout.close()
+            self.assertEqual((program.stderr.read(), program.wait(TIMEOUT)), (b"", OUTPUT_FAILED))
+
     def test_what_cannot_be_searched_is_refused_before_the_search(self):
         scan = f"{self.folder}/empty.xml"
         self.run_program("--xml", self.shown(scan), self.shown(self.top))
@@ -255,7 +288,7 @@ class SearchTest(unittest.TestCase):
         for arguments, code, text in (
                 (["--search", "content:x", "--open", self.shown(scan)], WRONG_COMMAND_LINE,
                  "Expression type not supported in this configuration: TFileContentExpression"),
-                (["--search", "mdata:Artist:x", self.shown(self.top)], WRONG_COMMAND_LINE,
+                (["--search", "mdata:Artist:x", "--open", self.shown(scan)], WRONG_COMMAND_LINE,
                  "Expression type not supported in this configuration: TMetaDataExpression"),
                 (["--search", "size:1.5GB", self.shown(self.top)], WRONG_COMMAND_LINE,
                  ' is a decimal value and not supported.'),

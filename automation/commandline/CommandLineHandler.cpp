@@ -302,10 +302,12 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
+  if (fState.fReadOnly && fState.ChangesSearches())
+    fErrors.push_back("Searches cannot be kept or forgotten together with /READONLY or /RESTRICTED");
   if (fState.fReadOnly && (fState.fSaveSettings || fState.fForgetSettings))
     fErrors.push_back(fmt::format("{} is not allowed together with /READONLY or /RESTRICTED",
                                   fState.fForgetSettings ? "/FORGETSETTINGS" : "/SAVESETTINGS"));
-  if (fState.fSaveSettings && fUserOptionsFile.empty())
+  if ((fState.fSaveSettings || fState.ChangesSearches()) && fUserOptionsFile.empty())
     fErrors.push_back("The system tells no place for settings: set HOME, or leave out /SAVESETTINGS");
   // An options file that cannot be loaded does not stop help.
   if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
@@ -340,7 +342,8 @@ void TCommandLineHandler::CheckScans() {
                                   fOptions.MaximumRoots));
   const bool hasTask = scans > 0 || fState.fShowWindow || fState.OpensWindow() || fState.fHelp || fState.fVersion ||
                        fState.fExportDriveList || fState.fSaveSettings || fState.fForgetSettings ||
-                       fState.HasHistoryTasks() || fState.fQuery.has_value();
+                       fState.ChangesSearches() || fState.fListsSearches || fState.HasHistoryTasks() ||
+                       fState.IsSearch();
   if (hasTask || !fErrors.empty()) return;
   fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
                                          "for a list of available command line options."
@@ -399,7 +402,9 @@ int TCommandLineHandler::ProcessCommandlineTasks(ICommandLineTasks& pTasks) {
   if (fState.fSaveSettings) result = pTasks.SaveSettings();
   if (fState.fForgetSettings) result = pTasks.ForgetSettings();
   if (result == ecOk && fState.fExportDriveList) result = pTasks.ExportDriveList(fState.fDriveListFile);
-  if (result == ecOk && fState.fQuery) return pTasks.Search();
+  if (result == ecOk && fState.ChangesSearches()) result = pTasks.ChangeSearches();
+  if (result == ecOk && fState.fListsSearches) result = pTasks.ListSearches();
+  if (result == ecOk && fState.IsSearch() && NumberOfScans(fState) > 0 && !fState.OpensWindow()) return pTasks.Search();
   if (result == ecOk && fState.OpensWindow())
     result = pTasks.OpenWindow();
   else if (result == ecOk && (!fState.fPaths.empty() || !fState.fOpenFiles.empty()))

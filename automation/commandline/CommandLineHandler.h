@@ -21,7 +21,9 @@ class ICommandLineTasks {
   virtual int ShowHelp(const std::vector<std::string>& pLines) = 0;
   virtual int ShowVersion() = 0;
   virtual int SaveSettings() = 0;
-  virtual int ForgetSettings() = 0;                              // removes the user's own options file
+  virtual int ForgetSettings() = 0;  // removes the user's own options file
+  virtual int ChangeSearches() = 0;  // those that the user keeps
+  virtual int ListSearches() = 0;
   virtual int ExportDriveList(const std::u16string& pFile) = 0;  // empty: to the console
   // Scans, or loads scans, and runs the actions that follow.
   virtual int OpenAndScan() = 0;

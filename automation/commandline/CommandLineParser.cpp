@@ -149,6 +149,8 @@ bool TKivCommandLineParser::IsValueOfKind(std::u16string_view pToken, TValueKind
       return pToken != u"--";
     case TValueKind::vkOptionalBoolean:
       return pToken == u"0" || pToken == u"1" || SameTextAscii(pToken, u"true") || SameTextAscii(pToken, u"false");
+    case TValueKind::vkOptionalMode:
+      return SameTextAscii(pToken, u"files") || SameTextAscii(pToken, u"folders") || SameTextAscii(pToken, u"unique");
     case TValueKind::vkOptionalSize:
       return IsSize(pToken) || (IsValue(pToken) && !PathExists(std::u16string(pToken)));
     case TValueKind::vkSecret:

@@ -32,6 +32,7 @@ enum class TValueKind : uint8_t {
   vkText,
   vkInteger,
   vkOptionalBoolean,  // true, false, 1 or 0
+  vkOptionalMode,     // files, folders or unique
   vkOptionalSize,     // "10MB", or any other token that is not an existing path
   vkLevel,            // a number, or any other token that is not an existing path
   vkPaths,            // all tokens up to the next switch

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/options/GlobalOptions.h"
+#include "search/duplicates/DuplicateModes.h"
 #include "search/patterns/PatternInterfaces.h"
 
 namespace Vantrel::CommandLine {
@@ -38,6 +39,24 @@ struct TPictureRequest {
   std::u16string fFile;                      // as for exports
 };
 
+// A search for duplicates.
+struct TDuplicatesRequest {
+  bool fIsWanted = false;
+  Search::TDuplicatesSearchMode fMode = Search::TDuplicatesSearchMode::DuplicateFiles;
+  // What is compared; contents stand as fContents here.
+  bool fByName = false;
+  bool fBySize = false;
+  bool fByDate = false;
+  bool fByContents = false;
+  Search::TDuplicatesCompareType fContents = Search::TDuplicatesCompareType::ctFastChecksum;
+  bool fWithEmpty = false;
+  bool fVerify = false;
+  std::string fDetail;  // a switch that only says how duplicates are searched for; empty: none was given
+
+  // Contents alone, if nothing else is asked for.
+  Search::TDuplicatesCompareTypes CompareTypes() const;
+};
+
 // When a command line asks for the window.
 enum class TWindowUse : uint8_t {
   wuNever,      // the program has none
@@ -59,7 +78,14 @@ struct TCommandLineState {
   std::vector<std::u16string> fOpenFiles;                        // scan files to load, in order
   Vantrel::TRef<Vantrel::PatternMatching::IPatterns> fPatterns;  // what scans take in; nullptr for everything
   std::optional<std::u16string> fQuery;                          // of a search; none: scans are made
-  std::u16string fCompareFile;                                   // the older scan; empty: none
+  bool fSearchesAtOnce = false;                                  // in a window; without one, a search always does
+  TDuplicatesRequest fDuplicates;
+  bool IsSearch() const { return fQuery.has_value() || fDuplicates.fIsWanted; }
+  std::u16string fKeptName;                        // under which the query is kept; empty: it is not
+  std::vector<std::u16string> fForgottenSearches;  // names of kept searches
+  bool fListsSearches = false;
+  bool ChangesSearches() const { return !fKeptName.empty() || !fForgottenSearches.empty(); }
+  std::u16string fCompareFile;  // the older scan; empty: none
   std::vector<TExportRequest> fExports;
   std::vector<TPictureRequest> fPictures;
   bool fShowHistoryOfScans = false;  // of each scanned path, after its scan
@@ -94,8 +120,9 @@ struct TCommandLineState {
   bool fHadOutputs = false;  // also charts that only add to a report, which are options in the end
   // Whether the run writes something, so that it is done without a window.
   bool HasOutputs() const {
-    return fHadOutputs || fQuery.has_value() || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() ||
-           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings;
+    return fHadOutputs || IsSearch() || !fExports.empty() || !fPictures.empty() || !fMailTo.empty() ||
+           fExportDriveList || HasHistoryTasks() || fShowHistoryOfScans || fSaveSettings || fForgetSettings ||
+           ChangesSearches() || fListsSearches;
   }
   bool OpensWindow() const {
     if (fAbilities.fWindow == TWindowUse::wuNever || fUnattended || fHelp || fVersion) return false;

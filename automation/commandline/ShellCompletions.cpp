@@ -57,6 +57,7 @@ TFollow FollowOf(const TSwitch& pSwitch) {
       return FollowOfText(pSwitch.fValueText);
     case TValueKind::vkOptionalBoolean:
       return TFollow::foOptionalWord;
+    case TValueKind::vkOptionalMode:
     case TValueKind::vkOptionalSize:
     case TValueKind::vkLevel:
       return TFollow::foOptionalText;

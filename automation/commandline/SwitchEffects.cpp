@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "automation/actions/FileExportAction.h"
+#include "automation/commandline/KeptSearches.h"
 #include "automation/mail/Mail.h"
 #include "export/xml/XMLReader.h"
 #include "platform/files/Folders.h"
@@ -82,13 +83,90 @@ void SearchFor(TCommandLineState& pState, std::u16string_view pQuery) {
   pState.fQuery = pQuery;
 }
 
+void SearchAtOnce(TCommandLineState& pState, std::u16string_view pQuery) {
+  SearchFor(pState, pQuery);
+  pState.fSearchesAtOnce = true;
+}
+
+// The options files are loaded already.
 void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
+  if (const std::u16string* query = FindKeptSearch(*pState.fOptions, pName)) return SearchFor(pState, *query);
   const Search::TReadySearch* search = Search::FindReadySearch(pName);
   if (search) return SearchFor(pState, search->fQuery);
   std::string names;
   for (const Search::TReadySearch& known : Search::ReadySearches())
     names.append(names.empty() ? "" : ", ").append(ToUtf8(known.fName));
+  for (const auto& [name, query] : pState.fOptions->KeptSearches) names.append(", ").append(ToDisplay(name));
   throw EInvalidArgumentValue("knows no search named " + ToQuotedDisplay(pName) + ". There are " + names);
+}
+
+void FindDuplicates(TCommandLineState& pState, std::u16string_view pMode) {
+  using enum Search::TDuplicatesSearchMode;
+  pState.fDuplicates.fIsWanted = true;
+  if (pMode.empty() || SameTextAscii(pMode, u"files"))
+    pState.fDuplicates.fMode = DuplicateFiles;
+  else if (SameTextAscii(pMode, u"folders"))
+    pState.fDuplicates.fMode = DuplicateFolders;
+  else if (SameTextAscii(pMode, u"unique"))
+    pState.fDuplicates.fMode = UniqueFiles;
+  else
+    throw EInvalidArgumentValue(ToQuotedDisplay(pMode) + " is not allowed; expected files|folders|unique");
+}
+
+void CompareBy(TCommandLineState& pState, std::u16string_view pProperties) {
+  TDuplicatesRequest& request = pState.fDuplicates;
+  request.fDetail = "--duplicateby";
+  const std::pair<std::u16string_view, bool*> known[] = {{u"name", &request.fByName},
+                                                         {u"size", &request.fBySize},
+                                                         {u"date", &request.fByDate},
+                                                         {u"contents", &request.fByContents}};
+  for (size_t begin = 0; begin <= pProperties.size();) {
+    const size_t end = std::min(pProperties.find_first_of(u",;", begin), pProperties.size());
+    const std::u16string_view word = pProperties.substr(begin, end - begin);
+    const auto found = std::find_if(std::begin(known), std::end(known),
+                                    [&](const auto& pKnown) { return SameTextAscii(pKnown.first, word); });
+    if (found == std::end(known))
+      throw EInvalidArgumentValue(ToQuotedDisplay(word) +
+                                  " is not allowed; expected name, size, date and contents, "
+                                  "joined with \",\"");
+    *found->second = true;
+    begin = end + 1;
+  }
+}
+
+void UseChecksum(TCommandLineState& pState, std::u16string_view pName) {
+  using enum Search::TDuplicatesCompareType;
+  pState.fDuplicates.fDetail = "--duplicatechecksum";
+  if (SameTextAscii(pName, u"fast"))
+    pState.fDuplicates.fContents = ctFastChecksum;
+  else if (SameTextAscii(pName, u"md5"))
+    pState.fDuplicates.fContents = ctMD5;
+  else if (SameTextAscii(pName, u"sha256"))
+    pState.fDuplicates.fContents = ctSHA256;
+  else
+    throw EInvalidArgumentValue(ToQuotedDisplay(pName) + " is not allowed; expected fast|md5|sha256");
+}
+
+void TakeEmptyFiles(TCommandLineState& pState, std::u16string_view) {
+  pState.fDuplicates.fWithEmpty = true;
+  pState.fDuplicates.fDetail = "--emptyfiles";
+}
+
+void VerifyDuplicates(TCommandLineState& pState, std::u16string_view) {
+  pState.fDuplicates.fVerify = true;
+  pState.fDuplicates.fDetail = "--verify";
+}
+
+void KeepSearch(TCommandLineState& pState, std::u16string_view pName) {
+  if (Search::FindReadySearch(pName) != nullptr)
+    throw EInvalidArgumentValue("cannot take the name " + ToQuotedDisplay(pName) + ": a ready-made search has it");
+  pState.fKeptName = pName;
+}
+
+void ForgetSearch(TCommandLineState& pState, std::u16string_view pName) {
+  if (!FindKeptSearch(*pState.fOptions, pName))
+    throw EInvalidArgumentValue("finds no search named " + ToQuotedDisplay(pName) + " among those that are kept");
+  pState.fForgottenSearches.emplace_back(pName);
 }
 
 void AddInclude(TCommandLineState& pState, std::u16string_view pPattern) {

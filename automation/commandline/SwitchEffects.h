@@ -39,8 +39,16 @@ void SetText(TCommandLineState& pState, std::u16string_view pValue) {
 TSwitchEffect AddPaths;
 TSwitchEffect AddCurrentFolder;
 TSwitchEffect OpenFile;
+TSwitchEffect KeepSearch;
+TSwitchEffect ForgetSearch;
+TSwitchEffect SearchAtOnce;
 TSwitchEffect SearchFor;
 TSwitchEffect SearchReady;
+TSwitchEffect FindDuplicates;
+TSwitchEffect CompareBy;
+TSwitchEffect UseChecksum;
+TSwitchEffect TakeEmptyFiles;
+TSwitchEffect VerifyDuplicates;
 TSwitchEffect AddInclude;
 TSwitchEffect AddExclude;
 TSwitchEffect ImportPatterns;

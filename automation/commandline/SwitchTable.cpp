@@ -46,8 +46,8 @@ constexpr TSwitch Chart(std::u16string_view pName, std::string_view pHelp, TAppl
   return {{pName, vkOptionalFile, kRepeated}, srMore, "[FILE]", pHelp, pApply, {}, pDetails};
 }
 
-constexpr TSwitch List(std::u16string_view pName, std::string_view pHelp, TApply pApply, TSwitchRank pRank = srMore) {
-  return {{pName, vkOptionalBoolean, kRepeated}, pRank, "", pHelp, pApply, {}, kListDetails};
+constexpr TSwitch List(std::u16string_view pName, std::string_view pHelp, TApply pApply) {
+  return {{pName, vkOptionalBoolean, kRepeated}, srMore, "", pHelp, pApply, {}, kListDetails};
 }
 
 constexpr TSwitch NotBuilt(std::u16string_view pName, std::string_view pReason) {
@@ -81,17 +81,57 @@ constexpr TSwitch kSwitches[] = {
      "A query",
      "In the paths, or in the scans that --open loads. Conditions such as size:>100MB, modified:<2024, ext:iso,zip, "
      "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --text and "
-     "--pathlist write what was found."},
-    {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchFor, "A query"},
+     "--pathlist write what was found. With --gui the window opens its search pane; --search:start runs it at once."},
+    {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchAtOnce, "A query"},
     {{u"FIND", vkText, kOnce},
      srMore,
      "NAME",
-     "list what a ready-made search finds",
+     "list what a search with a name finds",
      SearchReady,
      "A name",
-     "largest: files of 100 MB and more. oldest: last changed more than five years ago. newest: changed within a day. "
+     "A search that --keepsearch kept, or a ready-made one. largest: files of 100 MB and more. oldest: last changed "
+     "more than five years ago. newest: changed within a day. "
      "temporary: what programs leave behind. emptyfolders: with nothing in them. broken: links that lead nowhere. "
      "longpaths: of 260 characters and more."},
+    {{u"DUPLICATES", vkOptionalMode, kOnce},
+     srMain,
+     "[KIND]",
+     "list files with equal contents",
+     FindDuplicates,
+     {},
+     "In groups, the most wasteful first. KIND is files, folders or unique. folders: whole folders that are equal. "
+     "unique: files that are in no group. "
+     "--search and patterns say which files are looked at. Names of one file, that is hard links, are read once and "
+     "waste nothing. --csv, --text and --pathlist write what was found."},
+    {{u"DUPLICATEBY", vkText, kOnce},
+     srMore,
+     "PROPERTIES",
+     "what duplicates share: name,size,date,contents",
+     CompareBy,
+     "A property",
+     "Joined with \",\". contents, if left out. date is that of the last change. Without contents no file is read."},
+    {{u"DUPLICATECHECKSUM", vkText, kOnce},
+     srMore,
+     "CHECKSUM",
+     "how contents are compared: fast, md5, sha256",
+     UseChecksum,
+     "A checksum",
+     "fast is XXH3 with 128 bits. Only sha256 also tells files apart that were made to deceive a checksum."},
+    {{u"EMPTYFILES", vkNone, kOnce}, srMore, "", "empty files are duplicates, too", TakeEmptyFiles},
+    {{u"VERIFY", vkNone, kOnce}, srMore, "", "compare the bytes of duplicates as well", VerifyDuplicates},
+    {{u"KEEPSEARCH", vkText, kOnce},
+     srMore,
+     "NAME",
+     "keep the query of --search under a name",
+     KeepSearch,
+     "A name",
+     "--find NAME runs it later. It is kept in the user's own options file. Without a path, nothing is searched now."},
+    {{u"FORGETSEARCH", vkText, kRepeated}, srMore, "NAME", "forget a search that was kept", ForgetSearch, "A name"},
+    {{u"LISTSEARCHES", vkNone, kRepeated},
+     srMore,
+     "",
+     "list the names and queries that --find knows",
+     SetFlag<&TState::fListsSearches>},
     {{u"FILTER", vkPattern, kRepeated}, srMain, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
     {{u"EXCLUDE", vkPattern, kRepeated}, srMain, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},
@@ -208,7 +248,7 @@ constexpr TSwitch kSwitches[] = {
      HideSmallFolders,
      {},
      "Whole numbers with a unit, B, KB, MB, GB or TB; a bare number means megabytes; without a size, 10 MB."},
-    List(u"TOPFILESLIST", "add the largest files", SetOption<&TGlobalOptions::ListTopFiles>, srMain),
+    List(u"TOPFILESLIST", "add the largest files", SetOption<&TGlobalOptions::ListTopFiles>),
     List(u"EXTENSIONSLIST", "add sizes by extension", SetOption<&TGlobalOptions::ListExtensions>),
     List(u"FILETYPESLIST", "add sizes by file-type group", SetOption<&TGlobalOptions::ListFileTypes>),
     List(u"USERSLIST", "add sizes by owner", SetOption<&TGlobalOptions::ListUsers>),

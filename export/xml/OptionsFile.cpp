@@ -107,7 +107,12 @@ class TOptionsReader final : public IXMLHandler {
   TXMLParser fParser;
   std::set<const TOptionInfo*> fSet;
   size_t fDepth = 0;
-  enum class TTable : uint8_t { tNone, tGroups, tColors } fTable = TTable::tNone;  // that the current place is in
+  enum class TTable : uint8_t {
+    tNone,
+    tGroups,
+    tColors,
+    tSearches
+  } fTable = TTable::tNone;  // that the current place is in
   TGroupsReader fGroups;
 };
 
@@ -140,6 +145,8 @@ void TOptionsReader::StartPart(std::u16string_view pName, TXMLAttributeSpan pAtt
     fGroups = {};
   } else if (SameTextAscii(pName, u"Colors")) {
     fTable = TTable::tColors;
+  } else if (SameTextAscii(pName, u"Searches")) {
+    fTable = TTable::tSearches;
   } else {
     Skip(fmt::format("the element \"{}\" is not known to this version", Shown(pName)));
   }
@@ -151,6 +158,10 @@ void TOptionsReader::ReadItem(std::u16string_view pName, TXMLAttributeSpan pAttr
   if (fTable == TTable::tColors) {
     CheckAttributes(pAttributes, {u"Key", u"KeyEscaped", u"Color"});
     return SkipIf(ReadColor(pAttributes, fOptions));
+  }
+  if (fTable == TTable::tSearches) {
+    CheckAttributes(pAttributes, {u"Name", u"NameEscaped", u"Query", u"QueryEscaped"});
+    return SkipIf(ReadSearch(pAttributes, fOptions));
   }
   CheckAttributes(pAttributes, {u"Caption", u"CaptionEscaped", u"Description", u"DescriptionEscaped",
                                 u"ExtensionForIcon", u"ExtensionForIconEscaped", u"Patterns", u"PatternsEscaped"});

@@ -91,6 +91,35 @@ std::string ReadColor(TXMLAttributeSpan pAttributes, TGlobalOptions& pOptions) {
   return {};
 }
 
+std::string ReadSearch(TXMLAttributeSpan pAttributes, TGlobalOptions& pOptions) {
+  constexpr size_t kMostSearches = 1000;
+  const std::u16string name = FindValue(pAttributes, u"Name").value_or(u"");
+  if (name.empty()) return "a search without a name";
+  const std::optional<std::u16string> query = FindValue(pAttributes, u"Query");
+  if (!query) return fmt::format("the search \"{}\" has no query", Shown(name));
+  if (pOptions.KeptSearches.size() >= kMostSearches)
+    return fmt::format("the search \"{}\" is one more than {}", Shown(name), kMostSearches);
+  pOptions.KeptSearches.insert_or_assign(name, *query);
+  return {};
+}
+
+namespace {
+
+void WriteSearches(TXMLFileStream& pStream, const TGlobalOptions& pOptions) {
+  if (pOptions.KeptSearches.empty()) return;
+  TXMLAttributes attributes;
+  pStream.StartElement("Searches");
+  for (const auto& [name, query] : pOptions.KeptSearches) {
+    attributes.Clear();
+    attributes.Add("Name", name);
+    attributes.Add("Query", query);
+    pStream.AddElement("Item", attributes);
+  }
+  pStream.EndElement("Searches");
+}
+
+}  // namespace
+
 void WriteTables(TXMLFileStream& pStream, const TGlobalOptions& pOptions) {
   TXMLAttributes attributes;
   if (!pOptions.FileTypeGroups->SameGroups(*StandardFileTypes())) {
@@ -106,15 +135,17 @@ void WriteTables(TXMLFileStream& pStream, const TGlobalOptions& pOptions) {
     }
     pStream.EndElement("FileTypeGroups");
   }
-  if (pOptions.UserColors.empty()) return;
-  pStream.StartElement("Colors");
-  for (const auto& [key, color] : pOptions.UserColors) {
-    attributes.Clear();
-    attributes.Add("Key", key);
-    attributes.Add("Color", fmt::format("#{:06X}", color));
-    pStream.AddElement("Item", attributes);
+  if (!pOptions.UserColors.empty()) {
+    pStream.StartElement("Colors");
+    for (const auto& [key, color] : pOptions.UserColors) {
+      attributes.Clear();
+      attributes.Add("Key", key);
+      attributes.Add("Color", fmt::format("#{:06X}", color));
+      pStream.AddElement("Item", attributes);
+    }
+    pStream.EndElement("Colors");
   }
-  pStream.EndElement("Colors");
+  WriteSearches(pStream, pOptions);
 }
 
 }  // namespace Vantrel::Options

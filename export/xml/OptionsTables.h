@@ -1,6 +1,6 @@
 #pragma once
 
-// The tables of an options file: file-type groups, and colours of keys. See `docs/options-file.md`.
+// The tables of an options file: file-type groups, colours of keys, and searches. See `docs/options-file.md`.
 
 #include <set>
 #include <string>
@@ -37,6 +37,9 @@ class TGroupsReader {
 
 // Takes one colour of the table over into the options. Returns what is wrong, or an empty text.
 std::string ReadColor(XML::TXMLAttributeSpan pAttributes, TGlobalOptions& pOptions);
+
+// Takes one search that the user keeps over into the options. Returns what is wrong, or an empty text.
+std::string ReadSearch(XML::TXMLAttributeSpan pAttributes, TGlobalOptions& pOptions);
 
 // Writes the tables that differ from those that the program starts with.
 void WriteTables(XML::TXMLFileStream& pStream, const TGlobalOptions& pOptions);

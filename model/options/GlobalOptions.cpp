@@ -199,6 +199,16 @@ std::vector<TOptionInfo> ScanOptions() {
   };
 }
 
+// How searches read names, and when they end.
+std::vector<TOptionInfo> SearchOptions() {
+  using TOptions = TGlobalOptions;
+  return {
+      Integer("SearchLimit", &TOptions::SearchLimit, 0, 0, kMostInt, "Results at which a search ends; 0 for no limit"),
+      Boolean("NormalizeUnicode", &TOptions::NormalizeUnicode, false,
+              "Find accented letters in both of their Unicode forms"),
+  };
+}
+
 // What reports and exports show.
 std::vector<TOptionInfo> ReportOptions() {
   using TOptions = TGlobalOptions;
@@ -287,7 +297,7 @@ std::vector<TOptionInfo> RunOptions() {
 // All options, in the order in which help and options files list them.
 std::vector<TOptionInfo> DeclareOptions() {
   std::vector<TOptionInfo> options;
-  for (const auto& declare : {ScanOptions, ReportOptions, PictureOptions, MailOptions, RunOptions}) {
+  for (const auto& declare : {ScanOptions, SearchOptions, ReportOptions, PictureOptions, MailOptions, RunOptions}) {
     std::vector<TOptionInfo> declared = declare();
     std::move(declared.begin(), declared.end(), std::back_inserter(options));
   }

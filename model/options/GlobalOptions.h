@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -60,6 +61,8 @@ class TGlobalOptions {
   bool FolderDateBasedOnFilesOnly = false;
   bool UseAllocatedForShares = false;
   int32_t MaximumRoots = 0;
+  int32_t SearchLimit = 0;
+  bool NormalizeUnicode = false;
   TSizeUnit SizeUnit = TSizeUnit::suAutomatic;
   std::string ExportTitle;
   bool ListTopFiles = false;
@@ -89,6 +92,9 @@ class TGlobalOptions {
   bool CloseAfterExport = false;
 
   TGlobalOptions();  // all defaults
+
+  // Queries by the names that the user gave them.
+  std::map<std::u16string, std::u16string> KeptSearches;
 
   // Tables that only options files can change. Copies share the groups, so replace the list instead of changing it.
   TRef<const IFileTypeGroups> FileTypeGroups;

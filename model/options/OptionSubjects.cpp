@@ -12,10 +12,15 @@ struct TSubject {
   std::string_view fFirst;
   std::string_view fSubject;
 };
-constexpr TSubject kSubjects[] = {{"MaximumThreads", "Scan"},          {"SizeUnit", "Reports"},
-                                  {"PictureSize", "Pictures"},         {"MailServer", "Mail"},
-                                  {"RecordHistory", "History, end"},   {"TextIncludeHeader", "Text exports"},
-                                  {"CSVIncludeHeader", "CSV exports"}, {"XMLLevels", "Scan files"}};
+constexpr TSubject kSubjects[] = {{"MaximumThreads", "Scan"},
+                                  {"SearchLimit", "Searches"},
+                                  {"SizeUnit", "Reports"},
+                                  {"PictureSize", "Pictures"},
+                                  {"MailServer", "Mail"},
+                                  {"RecordHistory", "History, end"},
+                                  {"TextIncludeHeader", "Text exports"},
+                                  {"CSVIncludeHeader", "CSV exports"},
+                                  {"XMLLevels", "Scan files"}};
 
 }  // namespace
 

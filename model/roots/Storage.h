@@ -30,6 +30,25 @@ class EUnknownProtocol : public EException {
   using EException::EException;
 };
 
+// What a storage tells of an open file. Two files with the same volume and id are one file under two names.
+struct TStoredFileFacts {
+  uint64_t fVolume = 0;
+  uint64_t fId = 0;  // 0 in both parts: not known
+  uint64_t fIdHigh = 0;
+  int64_t fSize = 0;
+  TKivFileTime fLastChange{};
+
+  bool HasId() const { return fId != 0 || fIdHigh != 0; }
+  bool operator==(const TStoredFileFacts&) const = default;
+};
+
+// An open file of a storage. For one thread at a time.
+class IStoredFile : public IByteSource {
+ public:
+  // As the file is now, not as a listing had it. EOSError.
+  virtual TStoredFileFacts GetFacts() = 0;
+};
+
 // A kind of storage: local files, a loaded scan file, an image of a volume. Only it asks the system about its paths.
 // Its paths are those of its roots, as AbsolutePath returns them. Any thread.
 class IStorage : public IInterface {
@@ -48,7 +67,7 @@ class IStorage : public IInterface {
   // The text for an error code from one of its enumerators, in UTF-8, without a full stop.
   virtual std::string ErrorText(uint32_t pCode) const = 0;
   // Opens a file for reading from its start. EOSError when it cannot be opened; reading throws the same.
-  virtual std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const = 0;
+  virtual std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const = 0;
 };
 
 // The kinds of storage that the program knows. Any thread.

@@ -26,6 +26,8 @@ class IByteSource {
   // Skips bytes that come next and that the source knows to be zero, as in a sparse file. Returns their number; 0 when
   // it knows of none.
   virtual uint64_t SkipZeros() { return 0; }
+  // Reading goes on at this place, counted from the start. False when the source can only be read in order.
+  virtual bool TrySeek(uint64_t /*pPosition*/) { return false; }
 };
 
 }  // namespace Vantrel

@@ -45,6 +45,12 @@ void TFileStream::Write(std::string_view pBytes) {
   if (fWriteError != 0) Fail(fWriteError, "Writing a file");
 }
 
+bool TFileStream::TrySeek(uint64_t pPosition) {
+  if (!CanSeek()) return false;
+  Seek(pPosition);
+  return true;
+}
+
 void TFileStream::Flush() {
   if (fWriteError == 0 && !fBuffer.empty()) fWriteError = WriteNow(fBuffer.data(), fBuffer.size());
   fBuffer.clear();

@@ -38,6 +38,7 @@ class TFileStream final : public IByteSink, public IByteSource {
   size_t Read(char* pBuffer, size_t pLength) override;
   // Both flush first. The position is from the start; a pipe has none.
   void Seek(uint64_t pPosition);
+  bool TrySeek(uint64_t pPosition) override;
   uint64_t Size();
   // Whether the stream has positions. Files have them, pipes do not.
   bool CanSeek() const;

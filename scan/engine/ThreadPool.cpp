@@ -21,16 +21,16 @@ void SetSynchronizer(TSynchronizer pSynchronizer) {
 }
 
 void TBasicWorkItem::Run() {
-  fStatus.store(TTaskStatus::tsRunning, std::memory_order_release);
-  TTaskStatus result = TTaskStatus::tsDone;
+  SetStatus(TTaskStatus::tsRunning);
+  TTaskStatus result = TTaskStatus::tsCompleted;
   try {
     Execute();
-    if (IsCancelled()) result = TTaskStatus::tsCancelled;
+    if (IsCancelled()) result = TTaskStatus::tsCanceled;
   } catch (...) {
     CodeOfCaughtException("TBasicWorkItem.Run");
     result = TTaskStatus::tsFailed;
   }
-  fStatus.store(result, std::memory_order_release);
+  SetStatus(result);
   if (!fOnWorkDone) return;
   if (fFireOnWorkDoneSynchronized && Synchronizer())
     Synchronizer()([self = TRef<TBasicWorkItem>(this)] { self->fOnWorkDone(*self); });

@@ -20,7 +20,15 @@
 
 namespace Vantrel::ThreadPool {
 
-enum class TTaskStatus : uint8_t { tsCreated, tsWaiting, tsRunning, tsDone, tsFailed, tsCancelled };
+enum class TTaskStatus : uint8_t {
+  tsCreated,
+  tsWaitingToRun,
+  tsRunning,
+  tsPaused,  // the item waits in the middle of its work
+  tsCompleted,
+  tsCanceled,
+  tsFailed
+};
 
 // A piece of work that a worker runs once.
 class IWorkItem : public IInterface {
@@ -53,6 +61,7 @@ class TBasicWorkItem : public TInterfaced<IWorkItem> {
       : fCancellationToken(std::move(pCancellationToken)) {}
   virtual void Execute() = 0;
   bool IsCancelled() const { return fCancellationToken && fCancellationToken->IsCancelled(); }
+  void SetStatus(TTaskStatus pStatus) { fStatus.store(pStatus, std::memory_order_release); }
 
   const TRef<ICancellationIndicator> fCancellationToken;
 

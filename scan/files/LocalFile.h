@@ -5,13 +5,13 @@
 #include <memory>
 #include <string>
 
-#include "platform/files/ByteStreams.h"
+#include "model/roots/Storage.h"
 
 namespace Vantrel::Storages {
 
 // Opens an ordinary file for reading from its start. EOSError for anything else: a folder, a pipe or a device, which
 // might never answer, is closed again unread. The path may be of any length. The file's access date stays as it is
 // where the system allows that. A sparse file's holes can be skipped.
-std::unique_ptr<IByteSource> OpenLocalFile(const std::u16string& pPath);
+std::unique_ptr<IStoredFile> OpenLocalFile(const std::u16string& pPath);
 
 }  // namespace Vantrel::Storages

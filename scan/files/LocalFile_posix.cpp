@@ -14,7 +14,7 @@ namespace Vantrel::Storages {
 
 namespace {
 
-class TLocalFile final : public IByteSource {
+class TLocalFile final : public IStoredFile {
  public:
   TLocalFile(int pHandle, std::u16string pPath) : fHandle(pHandle), fPath(std::move(pPath)) {}
   ~TLocalFile() override { close(fHandle); }
@@ -42,6 +42,15 @@ class TLocalFile final : public IByteSource {
     return static_cast<uint64_t>(data - now);
   }
 
+  bool TrySeek(uint64_t pPosition) override { return lseek(fHandle, static_cast<off_t>(pPosition), SEEK_SET) >= 0; }
+
+  TStoredFileFacts GetFacts() override {
+    struct stat info {};
+    if (fstat(fHandle, &info) != 0) throw EOSError(static_cast<uint32_t>(errno), "Asking for a file's facts", fPath);
+    return {info.st_dev, info.st_ino, 0, info.st_size,
+            TKivFileTime::FromUnix(info.st_mtim.tv_sec, static_cast<uint32_t>(info.st_mtim.tv_nsec))};
+  }
+
  private:
   const int fHandle;
   const std::u16string fPath;
@@ -49,7 +58,7 @@ class TLocalFile final : public IByteSource {
 
 }  // namespace
 
-std::unique_ptr<IByteSource> OpenLocalFile(const std::u16string& pPath) {
+std::unique_ptr<IStoredFile> OpenLocalFile(const std::u16string& pPath) {
   using Enumerators::OpenInSteps;
   const std::string path = ToNativeBytes(pPath);
   // Without O_NONBLOCK, opening a pipe waits for a writer.

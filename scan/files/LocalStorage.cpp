@@ -35,7 +35,7 @@ class TLocalStorage : public TInterfaced<IStorage> {
 
   std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
 
-  std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+  std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
     return OpenLocalFile(pPath);
   }
 };

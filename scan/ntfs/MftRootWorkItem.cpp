@@ -61,6 +61,7 @@ void TMftRootWorkItem::Build() {
     fErrorCode = kErrorNoMemory;
     return;
   }
+  LogStart(records.CountRecords());
   auto root = MakeRef<THierarchicalMftRoot>(records.CountRecords(), fSettings.fRoot);
   const bool isComplete = ReadRecords(records, *root);
   fErrorCode = records.GetError();
@@ -92,6 +93,13 @@ bool TMftRootWorkItem::ReadRecords(TReadFileMftEnumerator& pRecords, THierarchic
   if (pRecords.WasCancelled()) return false;
   if (fSettings.fOnProgress) fSettings.fOnProgress(pRecords.CountRecords(), pRecords.CountRecords());
   return true;
+}
+
+void TMftRootWorkItem::LogStart(int64_t pRecords) const {
+  if (!IsDebugLogActive()) return;
+  // A volume that is not mounted has no table that the system knows of.
+  LogDebug(FromUtf8(fmt::format("<{}MFT INDEX start: {}. {} records>", fSettings.fIsOnlyWay ? "Virtual " : "",
+                                ToQuotedDisplay(fPath), Grouped(pRecords))));
 }
 
 void TMftRootWorkItem::Log(const TMftSummary& pSummary, bool pWasCancelled) const {

@@ -41,6 +41,7 @@ class TMftRootWorkItem final : public ThreadPool::TBasicWorkItem {
   bool HasSufficientMemory(int64_t pRecords) const;
   void Build();
   bool ReadRecords(TReadFileMftEnumerator& pRecords, THierarchicalMftRoot& pRoot);
+  void LogStart(int64_t pRecords) const;
   void Log(const TMftSummary& pSummary, bool pWasCancelled) const;
 
   IVolumeReader& fReader;

@@ -51,7 +51,7 @@ class TMountedNtfsStorage : public TInterfaced<IStorage> {
   // Errors of the volume appear in notes only, except for a part of the table that could not be read.
   std::string ErrorText(uint32_t pCode) const override { return fLocal->ErrorText(pCode); }
 
-  std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const override {
+  std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const override {
     return fLocal->OpenFile(pPath, pContext);
   }
 

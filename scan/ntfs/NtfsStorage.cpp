@@ -86,7 +86,7 @@ class TNtfsStorage : public TInterfaced<IStorage> {
 
   std::string ErrorText(uint32_t pCode) const override { return ErrorTextOf(pCode); }
 
-  std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+  std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
     throw EOSError(kErrorNotRead, "TNtfsStorage.OpenFile", pPath);
   }
 

@@ -59,7 +59,7 @@ class TLoadedScanStorage : public TInterfaced<IStorage> {
   }
   TStorageInformation GetInformation(const std::u16string&) const override { return {}; }
   std::string ErrorText(uint32_t) const override { return "it is part of an opened scan file"; }
-  std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+  std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
     throw EOSError(kNothingToOpen, "TLoadedScanStorage.OpenFile: a scan file holds no contents", pPath);
   }
 

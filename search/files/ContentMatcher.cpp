@@ -10,8 +10,8 @@ namespace Vantrel::Search {
 
 namespace {
 
-// Large enough that the system's calls do not matter. Small enough that a block stays in the processor's cache while it
-// is searched for several forms of the text.
+// Large enough that the system's calls do not matter. Small enough that a block is still in the processor's cache when
+// it is searched.
 constexpr size_t kBlock = size_t{1} << 18;
 
 bool AreAllZero(const char* pBytes, size_t pLength) {
@@ -38,20 +38,18 @@ bool HasLongLine(std::u16string_view pText) {
 
 TContentMatcher::TContentMatcher(const TContentSearch& pSearch) {
   if (pSearch.fText.empty()) throw EInvalidArgumentValue("There is no text to look for in files");
+  size_t longest = kLongestLine;
   if (!pSearch.fIsRegEx) {
-    for (const TTextEncoding encoding :
-         {TTextEncoding::teUtf8, TTextEncoding::teUtf16LittleEndian, TTextEncoding::teUtf16BigEndian}) {
-      fNeedles.emplace_back(pSearch.fText, encoding, pSearch.fCaseSensitive);
-      fLongestNeedle = std::max(fLongestNeedle, fNeedles.back().LongestMatch());
-    }
+    fText.emplace(pSearch.fText, pSearch.fCaseSensitive);
+    longest = std::max(longest, fText->LongestMatch());
   } else {
     fExpression.emplace(pSearch.fText, true, PatternMatching::TExpressionUse::euLines);
     if (!fExpression->ErrorText().empty()) throw EInvalidArgumentValue(fExpression->ErrorText());
     fFacts = FactsOfExpression(pSearch.fText);
     // A single letter stands in most lines, so looking for it first gains nothing.
-    if (fFacts.fText.size() > 1) fNeedles.emplace_back(fFacts.fText, TTextEncoding::teUtf8, fFacts.fCaseSensitive);
+    if (fFacts.fText.size() > 1) fHeldText.emplace(fFacts.fText, TTextEncoding::teUtf8, fFacts.fCaseSensitive);
   }
-  fBuffer.resize(std::max(fLongestNeedle, kLongestLine) + kBlock);
+  fBuffer.resize(longest + kBlock);
 }
 
 bool TContentMatcher::IsFoundIn(IByteSource& pSource, const std::function<bool()>& pIsStopped) {
@@ -65,20 +63,12 @@ bool TContentMatcher::FindText(IByteSource& pSource, const std::function<bool()>
     const size_t read = pSource.Read(fBuffer.data() + kept, kBlock);
     if (read == 0) return false;
     const std::string_view bytes(fBuffer.data(), kept + read);
-    if (IsTextIn(bytes)) return true;
+    if (fText->IsIn(bytes)) return true;
     if (read == kBlock && AreAllZero(fBuffer.data() + kept, read)) pSource.SkipZeros();
-    kept = std::min(bytes.size(), fLongestNeedle - 1);
+    kept = std::min(bytes.size(), fText->LongestMatch() - 1);
     std::memmove(fBuffer.data(), bytes.data() + bytes.size() - kept, kept);
   }
   return false;
-}
-
-bool TContentMatcher::IsTextIn(std::string_view pBytes) const {
-  // Most texts in UTF-16 hold bytes 0, and most files with text hold none.
-  const bool hasZero = std::memchr(pBytes.data(), 0, pBytes.size()) != nullptr;
-  return std::any_of(fNeedles.begin(), fNeedles.end(), [&](const TTextNeedle& pNeedle) {
-    return (hasZero || !pNeedle.HasZero()) && pNeedle.FindIn(pBytes) != std::string_view::npos;
-  });
 }
 
 // --- expressions -----------------------------------------------------------------------------------------------------
@@ -136,14 +126,14 @@ size_t TContentMatcher::EndOfLines(std::string_view pBytes, TTextKind pKind) {
 }
 
 bool TContentMatcher::IsExpressionIn(std::string_view pLines, TTextKind pKind) {
-  if (pKind == TTextKind::tkUtf8 && !fNeedles.empty()) return IsInLinesWithNeedle(pLines);
+  if (pKind == TTextKind::tkUtf8 && fHeldText) return IsInLinesWithNeedle(pLines);
   Decode(pLines, pKind);
   return IsInDecodedLines();
 }
 
 // Only lines with the text that each match holds are decoded and matched.
 bool TContentMatcher::IsInLinesWithNeedle(std::string_view pLines) {
-  const TTextNeedle& needle = fNeedles.front();
+  const TTextNeedle& needle = *fHeldText;
   for (size_t at = needle.FindIn(pLines); at != std::string_view::npos;) {
     size_t begin = at;
     while (begin > 0 && !EndsLine(pLines[begin - 1])) --begin;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/files/ByteStreams.h"
+#include "search/files/AnyEncodingNeedle.h"
 #include "search/files/ExpressionFacts.h"
 #include "search/files/TextNeedle.h"
 #include "search/patterns/RegularExpression.h"
@@ -44,7 +45,6 @@ class TContentMatcher {
   enum class TTextKind : uint8_t { tkUtf8, tkUtf16LittleEndian, tkUtf16BigEndian };
 
   bool FindText(IByteSource& pSource, const std::function<bool()>& pIsStopped);
-  bool IsTextIn(std::string_view pBytes) const;
   bool FindExpression(IByteSource& pSource, const std::function<bool()>& pIsStopped);
   static TTextKind KindOf(std::string_view pStart);
   static size_t EndOfLines(std::string_view pBytes, TTextKind pKind);
@@ -54,10 +54,10 @@ class TContentMatcher {
   bool IsInDecodedLines();
 
   std::vector<char> fBuffer;
-  std::vector<TTextNeedle> fNeedles;  // of the text, or of what each match of the expression holds
-  size_t fLongestNeedle = 0;
+  std::optional<TAnyEncodingNeedle> fText;  // that is looked for
   std::optional<PatternMatching::TRegularExpression> fExpression;
   TExpressionFacts fFacts;
+  std::optional<TTextNeedle> fHeldText;  // that each match of the expression holds
   std::u16string fDecoded;
 };
 

@@ -1,8 +1,13 @@
 #include "search/files/FileFactsReader.h"
 
+#include <algorithm>
+#include <optional>
+
 #include "platform/files/Paths.h"
 #include "platform/system/Errors.h"
+#include "platform/text/Text.h"
 #include "platform/threads/InterruptibleThread.h"
+#include "search/metadata/Shortcut.h"
 #include "search/query/SearchItem.h"
 
 namespace Vantrel::Search {
@@ -28,28 +33,71 @@ int64_t TFileFactsReader::GivenUp() const {
   return lines;
 }
 
-bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {
+bool TFileFactsReader::IsReadable(TSearchItem& pItem) const {
   const TEntryView& entry = pItem.Entry();
   constexpr TAttributes kNotRead = kAttributeDevice | kAttributeReparsePoint;
-  if (pItem.IsFolder() || !fStorage || (entry.GetAttributes() & kNotRead) != 0 || entry.GetSize() == 0) return false;
+  return !pItem.IsFolder() && fStorage && (entry.GetAttributes() & kNotRead) == 0 && entry.GetSize() > 0;
+}
+
+void TFileFactsReader::KeepError(const std::u16string& pPath, std::string_view pWhere) {
+  const uint32_t code = CodeOfCaughtException(pWhere);
+  // A file that has vanished since it was listed is not missing from the answer.
+  if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
+    fErrors.FileFailed(pPath, code);
+}
+
+bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {
+  if (!IsReadable(pItem)) return false;
   std::u16string path;
   try {
     path = PathOf(pItem);
-    const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+    const std::unique_ptr<IStoredFile> file = fStorage->OpenFile(path, fContext);
     return MatcherOf(pSearch).IsFoundIn(*file, [this] { return fErrors.IsStopped(); });
   } catch (...) {
-    const uint32_t code = CodeOfCaughtException("TFileFactsReader.ContentsMatch");
-    // A file that has vanished since it was listed is not missing from the answer.
-    if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
-      fErrors.FileFailed(path, code);
+    KeepError(path, "TFileFactsReader.ContentsMatch");
     return false;
   }
 }
 
-bool TFileFactsReader::IsInvalidShortcut(TSearchItem& pItem) {
-  if (!fStorage || (pItem.Entry().GetAttributes() & kAttributeReparsePoint) == 0) return false;
+TMetaDataValue TFileFactsReader::GetProperty(TSearchItem& pItem, TFileProperty pProperty) {
+  if (!IsReadable(pItem)) return {};
+  std::u16string path;
   try {
-    return !fStorage->Exists(PathOf(pItem));
+    path = PathOf(pItem);
+    if (path != fPathOfProperties) {
+      fPathOfProperties = path;
+      fProperties = {};
+      const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+      TFileBytes bytes(*file, static_cast<uint64_t>(pItem.Entry().GetSize()), [this] { return fErrors.IsStopped(); });
+      fProperties = ReadFileProperties(bytes);
+    }
+    return fProperties.Get(pProperty);
+  } catch (...) {
+    KeepError(path, "TFileFactsReader.GetProperty");
+    return {};
+  }
+}
+
+// A path with a drive can be judged on Windows alone.
+bool TFileFactsReader::LeadsNowhere(TSearchItem& pItem) {
+  const std::u16string path = PathOf(pItem);
+  const std::unique_ptr<IByteSource> file = fStorage->OpenFile(path, fContext);
+  TFileBytes bytes(*file, static_cast<uint64_t>(pItem.Entry().GetSize()), [this] { return fErrors.IsStopped(); });
+  const std::optional<TShortcutTarget> target = ReadShortcut(bytes);
+  if (!target) return false;
+  const char16_t delimiter = pItem.PathDelimiter();
+  std::u16string relative = target->fRelativePath;
+  std::replace(relative.begin(), relative.end(), u'\\', delimiter);
+  if (!relative.empty() && fStorage->Exists(JoinPath(pItem.FolderPath(), relative, delimiter))) return false;
+  if (delimiter != u'\\') return !relative.empty();
+  return !target->fLocalPath.empty() && !fStorage->Exists(target->fLocalPath);
+}
+
+bool TFileFactsReader::IsInvalidShortcut(TSearchItem& pItem) {
+  if (!fStorage) return false;
+  try {
+    if ((pItem.Entry().GetAttributes() & kAttributeReparsePoint) != 0) return !fStorage->Exists(PathOf(pItem));
+    return SameTextAscii(pItem.Entry().GetExtension(), u"lnk") && IsReadable(pItem) && LeadsNowhere(pItem);
   } catch (...) {
     CodeOfCaughtException("TFileFactsReader.IsInvalidShortcut");
     return false;

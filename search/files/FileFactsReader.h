@@ -5,10 +5,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "model/roots/Storage.h"
 #include "search/files/ContentMatcher.h"
+#include "search/metadata/FileProperties.h"
 #include "search/query/Expressions.h"
 #include "search/query/FileFacts.h"
 
@@ -33,7 +35,7 @@ class TFileFactsReader final : public IFileFacts {
       : fStorage(std::move(pStorage)), fContext(std::move(pContext)), fErrors(pErrors) {}
 
   // What can be answered for the entries of a storage.
-  static constexpr TSearchAbilities kOfStorage = saContents | saShortcuts | saEmptyFolders;
+  static constexpr TSearchAbilities kOfStorage = saContents | saProperties | saShortcuts | saEmptyFolders;
   // The same for a tree that cannot be opened, such as a loaded scan.
   static constexpr TSearchAbilities kOfTree = saEmptyFolders;
 
@@ -44,12 +46,18 @@ class TFileFactsReader final : public IFileFacts {
   int64_t GivenUp() const;
 
   bool ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) override;
-  TMetaDataValue GetProperty(TSearchItem&, TFileProperty) override { return {}; }
+  TMetaDataValue GetProperty(TSearchItem& pItem, TFileProperty pProperty) override;
   bool IsInvalidShortcut(TSearchItem& pItem) override;
   bool IsEmptyFolder(TSearchItem& pItem) override;
   std::u16string GetOwner(TSearchItem&) override { return {}; }
 
  private:
+  // Whether the item has bytes to read.
+  bool IsReadable(TSearchItem& pItem) const;
+  // Keeps the error that is being handled.
+  void KeepError(const std::u16string& pPath, std::string_view pWhere);
+  // Whether it is known that the target of a shortcut file does not exist.
+  bool LeadsNowhere(TSearchItem& pItem);
   TContentMatcher& MatcherOf(const TContentSearch& pSearch);
 
   const TRef<IStorage> fStorage;
@@ -57,6 +65,9 @@ class TFileFactsReader final : public IFileFacts {
   IFactErrors& fErrors;
   IHierarchicalEnumerator* fListing = nullptr;
   std::unordered_map<const TContentSearch*, std::unique_ptr<TContentMatcher>> fMatchers;
+  // Several conditions ask for properties of one file.
+  std::u16string fPathOfProperties;
+  TFileProperties fProperties;
 };
 
 }  // namespace Vantrel::Search

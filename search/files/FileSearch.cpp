@@ -21,7 +21,8 @@ void TFileSearch::AddPath(const IHierarchicalRoot& pRoot) {
 }
 
 void TFileSearch::AddTree(TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage) {
-  fJobs.push_back(CreateTreeJob(*fRun, std::move(pRoot), std::move(pStorage)));
+  if (TRef<ThreadPool::IWorkItem> job = CreateTreeJob(*fRun, std::move(pRoot), std::move(pStorage)))
+    fJobs.push_back(std::move(job));
 }
 
 void TFileSearch::Start() {

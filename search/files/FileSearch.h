@@ -67,7 +67,8 @@ class TFileSearch final {
 
   // Adds a root's path, which need not have been scanned. The root's own filter, from a path with wildcards, applies.
   void AddPath(const IHierarchicalRoot& pRoot);
-  // Adds a root's tree, which may be growing meanwhile. With a storage, files are opened by their paths.
+  // Adds a root's tree, which may be growing meanwhile. A root without a tree, such as before its scan has opened its
+  // path, has nothing to find. With a storage, files are opened by their paths.
   void AddTree(TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage = nullptr);
   // If no thread can be started, every target is an error.
   void Start();

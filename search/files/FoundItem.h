@@ -6,15 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "model/tree/HierarchicalInterfaces.h"
+#include "model/roots/Storage.h"
 
 namespace Vantrel::Search {
 
 // The folder that found items lie in. They share it.
 struct TFoundFolder : TInterfaced<IInterface> {
-  TFoundFolder(std::u16string pPath, char16_t pDelimiter) : fPath(std::move(pPath)), fDelimiter(pDelimiter) {}
+  TFoundFolder(std::u16string pPath, char16_t pDelimiter, TRef<IStorage> pStorage = nullptr)
+      : fPath(std::move(pPath)), fDelimiter(pDelimiter), fStorage(std::move(pStorage)) {}
   const std::u16string fPath;
   const char16_t fDelimiter;
+  const TRef<IStorage> fStorage;  // opens the items by their paths; nullptr when nothing can be opened
 };
 
 // A file or folder that a search has found, with its values of that moment.
@@ -27,6 +29,8 @@ struct TFoundItem {
   bool fHasSize = true;
   // In a tree: the item's own node if it is a folder, else the folder that holds it. nullptr on a storage.
   TRef<IHierarchicalElement> fNode{};
+  // Of a folder: whether the search goes into it, apart from the level that the query asks for.
+  bool fIsEntered = false;
 
   std::u16string FullPath() const;
 };

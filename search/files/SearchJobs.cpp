@@ -202,7 +202,7 @@ class TFoldersJob : public TTargetJob {
 
   void List(IHierarchicalEnumerator& pListing, int64_t pLevel) {
     const TAdaptedExpression& expression = fRun.Settings().fExpression;
-    const bool readsContents = (expression.Needs() & saContents) != 0;
+    const bool readsContents = (expression.Needs() & (saContents | saProperties)) != 0;
     const bool goesDeeper = pLevel < expression.DeepestLevel();
     int64_t folders = 0;
     for (fEntries = 0; pListing.Next(); ++fEntries) {
@@ -230,7 +230,9 @@ class TFoldersJob : public TTargetJob {
       pFiles.fEnd = std::min(begin + kSlice, count);
       const bool isGiven =
           fRun.ShouldShare((count - begin + kSlice - 1) / kSlice) && fRun.Queue(MakeRef<TFilesJob>(fTarget, pFiles));
-      if (!isGiven) fWorker->MatchFiles(*pFiles.fFiles, pFiles.fBegin, pFiles.fEnd, pFiles.fFolder, pFiles.fLevel);
+      if (isGiven) continue;
+      fWorker->MatchFiles(*pFiles.fFiles, pFiles.fBegin, pFiles.fEnd, pFiles.fFolder, pFiles.fLevel);
+      fWorker->HandOver();
     }
   }
 
@@ -267,15 +269,21 @@ class TBranchJob : public TTargetJob, private ITreeVisitor {
 
   bool BeginNode(const TTreeRow& pRow, bool) override {
     if (!pRow.fIsShown) return true;
-    if (++fFolders % 64 == 0 && fRun.IsStopped()) return false;
+    if (++fFolders % 64 == 0 && !GoesOn()) return false;
     if (pRow.fLevel > 0) fWorker->MatchRow(pRow);
     return true;
   }
   bool EndNode(const TTreeRow&) override { return true; }
   bool VisitFile(const TTreeRow& pFile) override {
-    if (++fFiles % kEntriesBetweenLooks == 0 && fRun.IsStopped()) return false;
+    if (++fFiles % kEntriesBetweenLooks == 0 && !GoesOn()) return false;
     fWorker->MatchRow(pFile);
     return true;
+  }
+
+  // What was found is handed over now and then, so that a rare result need not wait for the end of the branch.
+  bool GoesOn() {
+    fWorker->HandOver();
+    return !fRun.IsStopped();
   }
 
   bool TakesBranch(const TTreeRow& pRow) override {
@@ -301,8 +309,10 @@ TRef<ThreadPool::IWorkItem> CreatePathJob(TSearchRun& pRun, const IHierarchicalR
 }
 
 TRef<ThreadPool::IWorkItem> CreateTreeJob(TSearchRun& pRun, TRef<IHierarchicalRoot> pRoot, TRef<IStorage> pStorage) {
+  TRef<IFolderData> top = pRoot->GetTopFolder();
+  if (!top) return nullptr;
   auto target = MakeRef<TSearchTarget>(pRun, std::move(pStorage), pRoot->GetPathDelimiter(), nullptr);
-  return MakeRef<TBranchJob>(std::move(target), pRoot->GetTopFolder(), 0);
+  return MakeRef<TBranchJob>(std::move(target), std::move(top), 0);
 }
 
 }  // namespace Vantrel::Search

@@ -9,6 +9,7 @@ namespace Vantrel::Search {
 TSearchWorker::TSearchWorker(TSearchRun& pRun, const TRef<IStorage>& pStorage, char16_t pDelimiter,
                              std::vector<std::unique_ptr<IEntryFilter>> pFilters)
     : fRun(pRun),
+      fStorage(pStorage),
       fDelimiter(pDelimiter),
       fFacts(pStorage, {TRef<ICancellationIndicator>(pRun.Token().get()), pRun.Settings().fEnumeratorOptions}, pRun),
       fItem(pDelimiter, &fFacts),
@@ -36,15 +37,15 @@ bool TSearchWorker::IsIncluded(bool pIsFolder) {
 }
 
 TRef<const TFoundFolder> TSearchWorker::ListedFolder() {
-  if (!fListedFolder) fListedFolder = MakeRef<const TFoundFolder>(fListing->GetPath(), fDelimiter);
+  if (!fListedFolder) fListedFolder = MakeRef<const TFoundFolder>(fListing->GetPath(), fDelimiter, fStorage);
   return fListedFolder;
 }
 
 void TSearchWorker::MatchListed() {
   if (!Matches(TEntryView(*fListing)) || !fListing->ReadValues()) return;
   const bool isFolder = fListing->IsFolder();
-  fFound.push_back(
-      {ListedFolder(), std::u16string(fListing->GetObjectName()), fListing->GetEntryValues(), isFolder, !isFolder});
+  fFound.push_back({ListedFolder(), std::u16string(fListing->GetObjectName()), fListing->GetEntryValues(), isFolder,
+                    !isFolder, nullptr, isFolder && fListing->CanDescend()});
 }
 
 void TSearchWorker::KeepFile() {
@@ -96,11 +97,12 @@ void TSearchWorker::MatchRow(const TTreeRow& pRow) {
     fRowFolder = holder;
   }
   if (!Matches(view)) return;
-  if (!fFolderOfRows) fFolderOfRows = MakeRef<const TFoundFolder>(view.GetParentPath(), fDelimiter);
+  if (!fFolderOfRows) fFolderOfRows = MakeRef<const TFoundFolder>(view.GetParentPath(), fDelimiter, fStorage);
   const TEntryValues values{view.GetSize(),           view.GetAllocated(),    view.GetLastAccessDate(),
                             view.GetLastChangeDate(), view.GetCreationDate(), view.GetAttributes()};
   fFound.push_back({fFolderOfRows, std::u16string(view.GetObjectName()), values, !pRow.IsFile(), true,
-                    TRef<IHierarchicalElement>(&pRow.fFolder)});
+                    TRef<IHierarchicalElement>(&pRow.fFolder),
+                    !pRow.IsFile() && (view.GetAttributes() & kAttributeReparsePoint) == 0});
   constexpr size_t kMostKept = 64;
   if (fFound.size() >= kMostKept) HandOver();
 }

@@ -51,6 +51,7 @@ class TSearchWorker {
   TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
 
   TSearchRun& fRun;
+  const TRef<IStorage> fStorage;
   const char16_t fDelimiter;
   TFileFactsReader fFacts;
   TSearchItem fItem;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 #include "platform/text/Text.h"
 #include "platform/text/Utf.h"
@@ -10,10 +9,6 @@
 namespace Vantrel::Search {
 
 namespace {
-
-using TLanes = uint8_t __attribute__((vector_size(16)));
-using TWords = uint64_t __attribute__((vector_size(16)));
-constexpr size_t kLanes = sizeof(TLanes);
 
 // The letters of texts and programs, the most frequent first. What is not here is rarer than all of them.
 constexpr std::string_view kFrequent = " etaoinsrldcupmfhg_yb,v.w0k1(x)2-;*/=\"3\n45:6z8q79j><{}#'+[]&|!\\";
@@ -57,17 +52,6 @@ std::u16string OtherCases(char16_t pUnit) {
   return others;
 }
 
-TLanes Load(const char* pBytes) {
-  TLanes lanes;
-  std::memcpy(&lanes, pBytes, sizeof(lanes));
-  return lanes;
-}
-
-bool IsAnySet(TLanes pLanes) {
-  const auto words = reinterpret_cast<TWords>(pLanes);
-  return (words[0] | words[1]) != 0;
-}
-
 }  // namespace
 
 TTextNeedle::TTextNeedle(std::u16string_view pText, TTextEncoding pEncoding, bool pCaseSensitive) {
@@ -81,10 +65,6 @@ TTextNeedle::TTextNeedle(std::u16string_view pText, TTextEncoding pEncoding, boo
       std::all_of(fCharacters.begin(), fCharacters.end(), [](const TForms& pForms) { return pForms.size() == 1; });
   if (isSingle)
     for (const TForms& forms : fCharacters) fOnlyForm += forms.front();
-  fHasZero = std::any_of(fCharacters.begin(), fCharacters.end(), [](const TForms& pForms) {
-    return std::all_of(pForms.begin(), pForms.end(),
-                       [](const std::string& pForm) { return pForm.find('\0') != std::string::npos; });
-  });
   ChooseAnchors();
 }
 
@@ -98,38 +78,40 @@ void TTextNeedle::AddCharacter(std::u16string_view pCharacter, TTextEncoding pEn
   fCharacters.push_back(std::move(forms));
 }
 
-TTextNeedle::TAnchor TTextNeedle::AnchorAt(const TForms& pForms, size_t pByte, size_t pOffset) {
-  TAnchor anchor{pOffset, 0, 0, 0};
+TTextNeedle::TAnchor TTextNeedle::AnchorAt(const TForms& pForms, size_t pByte) {
+  TAnchor anchor;
   const auto first = static_cast<uint8_t>(pForms.front()[pByte]);
-  for (const std::string& form : pForms)
-    anchor.fMask |= static_cast<uint8_t>(static_cast<uint8_t>(form[pByte]) ^ first);
-  anchor.fValue = first | anchor.fMask;
-  for (const std::string& form : pForms)
-    anchor.fFrequency = std::max(anchor.fFrequency, FrequencyOf(static_cast<uint8_t>(form[pByte])));
-  anchor.fFrequency += 20 * std::max(0, std::popcount(anchor.fMask) - 1);
+  for (const std::string& form : pForms) {
+    const auto byte = static_cast<uint8_t>(form[pByte]);
+    anchor.fBytes.fMask |= static_cast<uint8_t>(byte ^ first);
+    anchor.fFrequency = std::max(anchor.fFrequency, FrequencyOf(byte));
+  }
+  anchor.fBytes.fValue = first | anchor.fBytes.fMask;
+  anchor.fFrequency += 20 * std::max(0, std::popcount(anchor.fBytes.fMask) - 1);
   return anchor;
 }
 
 // Behind a character whose forms differ in length, no byte has a fixed place. The first byte always has one.
 void TTextNeedle::ChooseAnchors() {
   constexpr size_t kFarthest = 256;  // more bytes to choose from would gain nothing
-  std::vector<TAnchor> anchors;
   size_t offset = 0;
-  for (const TForms& forms : fCharacters) {
-    size_t shortest = forms.front().size();
-    size_t longest = 0;
-    for (const std::string& form : forms) {
-      shortest = std::min(shortest, form.size());
-      longest = std::max(longest, form.size());
+  for (size_t character = 0; character < fCharacters.size() && offset <= kFarthest; ++character) {
+    const TForms& forms = fCharacters[character];
+    const auto [shortest, longest] = std::minmax_element(
+        forms.begin(), forms.end(), [](const std::string& pA, const std::string& pB) { return pA.size() < pB.size(); });
+    for (size_t i = 0; i < shortest->size(); ++i) {
+      fAnchors.push_back(AnchorAt(forms, i));
+      fAnchors.back().fCharacter = character;
+      fAnchors.back().fOffset = offset + i;
     }
-    for (size_t i = 0; i < shortest; ++i) anchors.push_back(AnchorAt(forms, i, offset + i));
-    if (shortest != longest || offset > kFarthest) break;
-    offset += shortest;
+    if (shortest->size() != longest->size()) break;
+    offset += shortest->size();
   }
-  std::stable_sort(anchors.begin(), anchors.end(),
+  std::stable_sort(fAnchors.begin(), fAnchors.end(),
                    [](const TAnchor& pA, const TAnchor& pB) { return pA.fFrequency < pB.fFrequency; });
-  fRarest = anchors.front();
-  fSecond = anchors.size() > 1 ? anchors[1] : anchors.front();
+  const TAnchor& second = fAnchors[fAnchors.size() > 1 ? 1 : 0];
+  const auto distance = static_cast<ptrdiff_t>(second.fOffset) - static_cast<ptrdiff_t>(fAnchors[0].fOffset);
+  fPair = {fAnchors[0].fBytes, second.fBytes, distance, distance};
 }
 
 bool TTextNeedle::IsAt(std::string_view pBytes, size_t pPosition) const {
@@ -145,33 +127,10 @@ bool TTextNeedle::IsAt(std::string_view pBytes, size_t pPosition) const {
 }
 
 size_t TTextNeedle::FindIn(std::string_view pBytes, size_t pFrom) const {
-  const size_t farthest = std::max(fRarest.fOffset, fSecond.fOffset);
-  const auto rareMask = TLanes{} | fRarest.fMask;
-  const auto rareValue = TLanes{} | fRarest.fValue;
-  const auto secondMask = TLanes{} | fSecond.fMask;
-  const auto secondValue = TLanes{} | fSecond.fValue;
-  size_t at = pFrom;
-  for (; at + farthest + 2 * kLanes <= pBytes.size(); at += 2 * kLanes) {
-    const char* rare = pBytes.data() + at + fRarest.fOffset;
-    const char* second = pBytes.data() + at + fSecond.fOffset;
-    const auto low =
-        reinterpret_cast<TLanes>(((Load(rare) | rareMask) == rareValue) & ((Load(second) | secondMask) == secondValue));
-    const auto high = reinterpret_cast<TLanes>(((Load(rare + kLanes) | rareMask) == rareValue) &
-                                               ((Load(second + kLanes) | secondMask) == secondValue));
-    if (!IsAnySet(low | high)) continue;
-    for (size_t lane = 0; lane < 2 * kLanes; ++lane)
-      if ((lane < kLanes ? low[lane] : high[lane - kLanes]) != 0 && IsAt(pBytes, at + lane)) return at + lane;
-  }
-  return FindSlowly(pBytes, at);
-}
-
-// For the last few bytes.
-size_t TTextNeedle::FindSlowly(std::string_view pBytes, size_t pFrom) const {
-  for (size_t at = pFrom; at + fRarest.fOffset < pBytes.size(); ++at) {
-    const bool isRare = (static_cast<uint8_t>(pBytes[at + fRarest.fOffset]) | fRarest.fMask) == fRarest.fValue;
-    if (isRare && IsAt(pBytes, at)) return at;
-  }
-  return std::string_view::npos;
+  const size_t offset = fAnchors.front().fOffset;
+  const size_t place =
+      FindWhere(fPair, pBytes, pFrom + offset, [&](size_t pPlace) { return IsAt(pBytes, pPlace - offset); });
+  return place == std::string_view::npos ? place : place - offset;
 }
 
 }  // namespace Vantrel::Search

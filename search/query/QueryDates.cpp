@@ -175,6 +175,10 @@ bool ReadOne(std::u16string_view pText, TKivFileTime pNow, TDateLiteral& pDate) 
 
 }  // namespace
 
+TKivFileTime MomentOfLocalTime(TKivFileTime pLocal) {
+  return {MomentOfLocal(pLocal.fTicks)};
+}
+
 bool IsYear(std::u16string_view pText) {
   TTimespan span;
   return pText.size() == 4 && ReadCalendar(pText, span);

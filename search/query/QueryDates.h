@@ -21,6 +21,8 @@ struct TDateLiteral {
 
 // Reads one date or two dates joined by "-". Days, months and years are those of local time. False for anything else.
 bool TryReadDate(std::u16string_view pText, TKivFileTime pNow, TDateLiteral& pDate);
+// The moment of a local date and time, which is given as if it were UTC.
+TKivFileTime MomentOfLocalTime(TKivFileTime pLocal);
 // Whether the text is a year alone, such as "2024".
 bool IsYear(std::u16string_view pText);
 // Whether the text is a unit of an age, such as "days".

@@ -6,9 +6,7 @@
 #include "model/statistics/FileTypeGroups.h"
 #include "platform/text/Normalization.h"
 #include "platform/text/Text.h"
-#include "search/patterns/SizeText.h"
 #include "search/query/FileExpressions.h"
-#include "search/query/QueryDates.h"
 #include "search/query/QueryError.h"
 
 namespace Vantrel::Search {
@@ -19,44 +17,6 @@ constexpr std::u16string_view kListSeparators = u",;";
 
 constexpr const char* kTextOperatorHint = "A text is compared with =, !=, ~ or !~, or without an operator.";
 constexpr const char* kYesNoOperatorHint = "Here = and != can be used, or no operator.";
-constexpr const char* kNumberOperatorHint = "A number is compared with =, !=, <, <=, > or >=.";
-constexpr const char* kDateOperatorHint = "A date is compared with =, !=, <, <=, > or >=.";
-
-[[noreturn]] void Fail(const TValuePart& pPart, const std::string& pMessage, std::string pHint) {
-  throw EQueryError(pMessage, std::move(pHint), pPart.fBegin, pPart.fLength);
-}
-
-std::string OperatorName(const TQueryOperator& pOperator) {
-  if (const auto* comparison = std::get_if<TOperator>(&pOperator)) return ToUtf8(OperatorText(*comparison));
-  return std::get<TStringOperator>(pOperator) == TStringOperator::MatchesRegEx ? "~" : "!~";
-}
-
-[[noreturn]] void RefuseOperator(const TQueryOperator& pOperator, const char* pHint) {
-  const std::string name = OperatorName(pOperator);
-  throw EQueryOperatorError("\"" + name + "\" cannot be used with this property", pHint, 0, name.size());
-}
-
-bool IsRegEx(const TQueryOperator* pOperator) {
-  return pOperator != nullptr && std::holds_alternative<TStringOperator>(*pOperator);
-}
-
-// The comparison of numbers and dates. Without an operator it is "equal".
-TOperator ComparisonOf(const TQueryOperator* pOperator, const char* pHint) {
-  if (pOperator == nullptr) return TOperator::Equal;
-  if (IsRegEx(pOperator)) RefuseOperator(*pOperator, pHint);
-  return std::get<TOperator>(*pOperator);
-}
-
-// For conditions that only hold or do not.
-TBinaryOperator YesOrNo(const TQueryOperator* pOperator, const char* pHint) {
-  if (pOperator == nullptr) return TBinaryOperator::IsYes;
-  if (!IsRegEx(pOperator)) {
-    if (std::get<TOperator>(*pOperator) == TOperator::Equal) return TBinaryOperator::IsYes;
-    if (std::get<TOperator>(*pOperator) == TOperator::NotEqual) return TBinaryOperator::IsNot;
-  }
-  RefuseOperator(*pOperator, pHint);
-}
-
 // How a text is compared. pWithout is the operator for a value without wildcards behind no operator.
 TStringOperator TextOperator(const TQueryOperator* pOperator, const TValuePart& pPart, TStringOperator pWithout) {
   if (IsRegEx(pOperator)) return std::get<TStringOperator>(*pOperator);
@@ -71,8 +31,8 @@ TTextTest CheckedTest(TStringOperator pOperator, const TValuePart& pPart, bool p
   TTextTest test(pOperator, pPart.fText, 0, pNormalizes);
   const std::u16string error = test.ErrorText();
   if (!error.empty()) {
-    Fail(pPart, "The regular expression is not valid: " + ToUtf8(error),
-         "An expression that holds a blank, \",\", \"(\" or \")\" stands in double quotes.");
+    RefuseValue(pPart, "The regular expression is not valid: " + ToUtf8(error),
+                "An expression that holds a blank, \",\", \"(\" or \")\" stands in double quotes.");
   }
   return test;
 }
@@ -134,55 +94,10 @@ void Normalize(TValuePart& pPart) {
   std::u16string normalized;
   const TNormalizationResult result = NormalizeToFormD(pPart.fText, normalized);
   if (result.fError != TNormalizationError::neNone) {
-    Fail(pPart, NormalizationMessage(result, pPart.fText) + ToDisplay(pPart.fText),
-         "Without the option for Unicode normalization the text is searched for as it is.");
+    RefuseValue(pPart, NormalizationMessage(result, pPart.fText) + ToDisplay(pPart.fText),
+                "Without the option for Unicode normalization the text is searched for as it is.");
   }
   pPart.fText = std::move(normalized);
-}
-
-// --- numbers ---------------------------------------------------------------------------------------------------------
-
-constexpr const char* kSizeHint =
-    "Sizes are whole numbers with a unit: 500KB, 1,000MB, 2GB. Without a unit they are MB.";
-constexpr const char* kNumberHint = "Numbers are whole: 5, 1,000, or 5-10 for a range.";
-
-int64_t SizeOf(const TValuePart& pPart) {
-  try {
-    return ParseSizeText(pPart.fText);
-  } catch (const ESizeTextError& error) {
-    Fail(pPart, error.what(), kSizeHint);
-  }
-}
-
-// A plain number. The reader of sizes checks the groups of three digits.
-int64_t NumberOf(const TValuePart& pPart) {
-  const std::u16string& text = pPart.fText;
-  if (text.find_first_not_of(u"0123456789., ") != kNone || text.empty())
-    Fail(pPart, ToQuotedDisplay(text) + " is no whole number", kNumberHint);
-  try {
-    return ParseSizeText(text + u"B");
-  } catch (const ESizeTextError& error) {
-    Fail(pPart, error.what(), kNumberHint);
-  }
-}
-
-// Compares numbers. "10-20" behind "=" is a range.
-template <class TRead, class TBuild>
-TExpressionRef Numeric(const TQueryOperator* pOperator, std::u16string_view pValue, const TRead& pRead,
-                       const TBuild& pBuild) {
-  const TOperator comparison = ComparisonOf(pOperator, kNumberOperatorHint);
-  const std::vector<TValuePart> whole = SplitValue(pValue, {});
-  const TValuePart part = whole.empty() ? TValuePart{{}, 0, pValue.size()} : whole.front();
-  const size_t dash = part.fText.find(u'-');
-  const bool isRange = comparison == TOperator::Equal && dash != kNone && part.fText.find(u'-', dash + 1) == kNone;
-  if (!isRange) return pBuild(comparison, pRead(part));
-  const int64_t first = pRead({part.fText.substr(0, dash), part.fBegin, part.fLength});
-  const int64_t last = pRead({part.fText.substr(dash + 1), part.fBegin, part.fLength});
-  if (first > last) {
-    Fail(part, "The range " + ToQuotedDisplay(part.fText) + " ends before it begins",
-         "Each of the two numbers has a unit of its own, as in 10KB-20KB.");
-  }
-  return JoinAnd({pBuild(TOperator::LargerOrEqual, first), pBuild(TOperator::SmallerOrEqual, last)});
 }
 
 // --- names -----------------------------------------------------------------------------------------------------------
@@ -212,13 +127,14 @@ TAttributes AttributesOf(const TValuePart& pPart) {
   for (const char16_t letter : pPart.fText) {
     const TAttributes attribute = AttributeOfLetter(letter);
     if (attribute == 0) {
-      Fail(pPart, ToQuotedDisplay(std::u16string_view(&letter, 1)) + " is no attribute",
-           "R read-only, H hidden, S system, A archive, D folder, C compressed, E encrypted, L link, P sparse, O "
-           "offline");
+      RefuseValue(
+          pPart, ToQuotedDisplay(std::u16string_view(&letter, 1)) + " is no attribute",
+          "R read-only, H hidden, S system, A archive, D folder, C compressed, E encrypted, L link, P sparse, O "
+          "offline");
     }
     attributes |= attribute;
   }
-  if (attributes == 0) Fail(pPart, "An attribute is missing", "attribute:H finds what is hidden");
+  if (attributes == 0) RefuseValue(pPart, "An attribute is missing", "attribute:H finds what is hidden");
   return attributes;
 }
 
@@ -232,23 +148,6 @@ TExpressionRef YesNo(const TQueryOperator* pOperator, std::u16string_view pValue
 }
 
 }  // namespace
-
-std::vector<TValuePart> SplitValue(std::u16string_view pValue, std::u16string_view pSeparators) {
-  std::vector<TValuePart> parts;
-  for (size_t begin = 0; begin < pValue.size();) {
-    size_t end = begin;
-    const bool isQuoted = pValue[begin] == u'"';
-    if (isQuoted) {
-      for (++end; end < pValue.size() && (pValue[end] != u'"' || pValue.substr(end + 1, 1) == u"\"");)
-        end += pValue[end] == u'"' ? 2 : 1;
-    }
-    end = std::min(pValue.find_first_of(pSeparators, std::min(end, pValue.size())), pValue.size());
-    const std::u16string_view typed = pValue.substr(begin, end - begin);
-    if (!typed.empty()) parts.push_back({PatternMatching::Unquoted(typed), begin, end - begin});
-    begin = end + 1;
-  }
-  return parts;
-}
 
 namespace PropertyFunctions {
 
@@ -306,7 +205,7 @@ TPropertyFunction FileType() {
       try {
         return MakeRef<TFileTypeGroupExpression>(yesOrNo, pPart.fText);
       } catch (const EInvalidArgumentValue& error) {
-        Fail(pPart, error.what(), "The groups are: " + KnownGroups());
+        RefuseValue(pPart, error.what(), "The groups are: " + KnownGroups());
       }
     });
   };
@@ -351,62 +250,6 @@ TPropertyFunction Text(const TValueTarget& pTarget, const TQuerySettings& pSetti
       if (isMetaData) return MakeRef<TMetaDataExpression>(std::get<TFileProperty>(target), std::move(test));
       return MakeRef<TStringExpression>(target, std::move(test));
     });
-  };
-}
-
-TPropertyFunction Size(TColumn pTarget) {
-  return [pTarget](const TQueryOperator* pOperator, std::u16string_view pValue) {
-    return Numeric(pOperator, pValue, SizeOf, [&](TOperator pComparison, int64_t pBytes) -> TExpressionRef {
-      if (pTarget == TColumn::mdSize) return MakeRef<TSizeExpression>(pComparison, pBytes);
-      return MakeRef<TNumericExpression>(pTarget, pComparison, pBytes);
-    });
-  };
-}
-
-TPropertyFunction PathLength() {
-  return [](const TQueryOperator* pOperator, std::u16string_view pValue) {
-    return Numeric(pOperator, pValue, NumberOf, [](TOperator pComparison, int64_t pLength) -> TExpressionRef {
-      return MakeRef<TNumericExpression>(TColumn::mdPathLength, pComparison, pLength);
-    });
-  };
-}
-
-TPropertyFunction Level() {
-  return [](const TQueryOperator* pOperator, std::u16string_view pValue) {
-    return Numeric(pOperator, pValue, NumberOf, [](TOperator pComparison, int64_t pLevel) -> TExpressionRef {
-      return MakeRef<TRecursionLevelExpression>(pComparison, pLevel);
-    });
-  };
-}
-
-TPropertyFunction NumberProperty(TFileProperty pProperty) {
-  return [pProperty](const TQueryOperator* pOperator, std::u16string_view pValue) {
-    return Numeric(pOperator, pValue, NumberOf, [&](TOperator pComparison, int64_t pNumber) -> TExpressionRef {
-      return MakeRef<TMetaDataExpression>(pProperty, TMetaDataExpression::TNumberTest{pComparison, pNumber});
-    });
-  };
-}
-
-TPropertyFunction Date(const TValueTarget& pTarget, const TQuerySettings& pSettings) {
-  return [target = pTarget, settings = pSettings](const TQueryOperator* pOperator,
-                                                  std::u16string_view pValue) -> TExpressionRef {
-    const TOperator comparison = ComparisonOf(pOperator, kDateOperatorHint);
-    const std::vector<TValuePart> whole = SplitValue(pValue, {});
-    const TValuePart part = whole.empty() ? TValuePart{{}, 0, pValue.size()} : whole.front();
-    const TKivFileTime now = NowOf(settings);
-    TDateLiteral date;
-    if (!TryReadDate(part.fText, now, date)) {
-      Fail(part, ToQuotedDisplay(part.fText) + " is no date",
-           "Dates are 2024, 2024-05, 2024-05-01, today, yesterday or 3 days. Two dates joined by \"-\" are a range.");
-    }
-    if (date.fSpan.fFrom > date.fSpan.fTo) {
-      Fail(part, "The range " + ToQuotedDisplay(part.fText) + " ends before it begins",
-           "The earlier date stands first, as in 2023-2024.");
-    }
-    std::vector<TExpressionRef> spans;
-    for (const TTimespan& span : SpansOf(comparison, date, now))
-      spans.push_back(MakeRef<TTimespanExpression>(target, span));
-    return JoinOr(std::move(spans));
   };
 }
 

@@ -4,23 +4,13 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "search/query/Lexer.h"
 #include "search/query/Syntax.h"
+#include "search/query/ValueParts.h"
 #include "search/query/ValueTargets.h"
 
 namespace Vantrel::Search {
-
-// One alternative of a value.
-struct TValuePart {
-  std::u16string fText;  // without quotes
-  size_t fBegin;         // in the value as typed
-  size_t fLength;        // as typed
-};
-
-// Splits a value at the pSeparators that stand outside quotes. Empty parts are left out, unless they are quoted.
-std::vector<TValuePart> SplitValue(std::u16string_view pValue, std::u16string_view pSeparators);
 
 // The conditions on one kind of value each. The functions keep a copy of the settings.
 namespace PropertyFunctions {

@@ -20,11 +20,14 @@ LIBRARIES = {
     "boost/": {"*"},
     "fmt/": {"*"},
     "sqlite3.h": {"export"},
-    "expat.h": {"export"},
-    "zip.h": {"export"},
+    "expat.h": {"search", "export"},
+    "zip.h": {"search", "export"},
+    "libexif/": {"search"},
+    "taglib/": {"search"},
     "zlib.h": {"export"},
     "pcre2.h": {"search"},
     "openssl/": {"search"},
+    "xxhash.h": {"search"},
     "curl/": {"automation"},
 }
 

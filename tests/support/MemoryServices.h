@@ -60,7 +60,7 @@ class TMemoryServices : public TInterfaced<IScanServices> {
     }
     TStorageInformation GetInformation(const std::u16string&) const override { return {}; }
     std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
-    std::unique_ptr<IByteSource> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+    std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
       throw EOSError(TMemoryStorage::NotFoundCode(), "TMemoryServices.OpenFile", pPath);
     }
 

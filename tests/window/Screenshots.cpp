@@ -8,6 +8,7 @@
 #include "tests/window/WindowHarness.h"
 #include "window/dialogs/OptionsDialog.h"
 #include "window/panes/EntriesView.h"
+#include "window/panes/SearchPane.h"
 
 namespace Vantrel::Window {
 namespace {
@@ -22,6 +23,8 @@ QPalette DarkPalette() {
   palette.setColor(QPalette::PlaceholderText, QColor(0x9A, 0x9D, 0xA3));
   palette.setColor(QPalette::Highlight, QColor(0x2F, 0x6F, 0xC4));
   palette.setColor(QPalette::HighlightedText, Qt::white);
+  for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, QColor(0x6E, 0x71, 0x77));
   return palette;
 }
 
@@ -35,6 +38,8 @@ TEST(Screenshots, DISABLED_EveryPane) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   const QPalette light = QApplication::palette();
   TWindowHarness harness;
+  harness.fStart.fOptions->CollectOwners = true;
+  harness.fStart.fOptions->FileAgesDateType = TDateType::dtLastChange;
   TMainWindow& window = harness.Window();
   for (const auto& [shade, palette] :
        {std::pair(QStringLiteral("light"), light), std::pair(QStringLiteral("dark"), DarkPalette())}) {
@@ -50,6 +55,9 @@ TEST(Screenshots, DISABLED_EveryPane) {
         QTest::qWait(500);
         window.GoTo(QStringLiteral("/usr/lib"));
         QTest::qWait(500);
+        window.Search().SetQuery(u"size:>5MB ext:so,a,html (name:lib OR modified:<2024)");
+        harness.Action("search").trigger();
+        window.Search().Start();
         window.ShowStartPage();
         Save(window, kind + "start-again");
         window.ShowStartPage();

@@ -21,12 +21,13 @@ using namespace Testing;
 
 constexpr int kPatience = 60'000;  // milliseconds; only there to end a hang
 
-// Lets the model take what has changed, and waits until no list is being made.
+// Lets the model take what has changed, until three times in a row nothing had to be listed again. Each call of Poll
+// begins to take anew, so the end of that is waited for before the next one.
 void Settle(TTreeModel& pModel) {
-  for (int quiet = 0; quiet < 3;) {
+  for (int quiet = 0; quiet < 3; ++quiet) {
     pModel.Poll();
-    QTest::qWait(5);
-    quiet = pModel.IsFetching() ? 0 : quiet + 1;
+    for (; pModel.IsTaking() || pModel.IsFetching(); QTest::qWait(1))
+      if (pModel.IsFetching()) quiet = -1;
   }
 }
 

@@ -10,13 +10,13 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPrinter>
 #include <QTabWidget>
 #include <QTimer>
 #include <fstream>
 
 #include "export/xml/OptionsFile.h"
-#include "tests/support/MemoryServices.h"
-#include "tests/window/WindowHarness.h"
+#include "tests/window/UseCases.h"
 #include "window/dialogs/OptionEditor.h"
 #include "window/dialogs/OptionsDialog.h"
 #include "window/main/ExportKinds.h"
@@ -30,55 +30,6 @@
 
 namespace Vantrel::Window {
 namespace {
-
-using namespace Testing;
-
-struct TUseCases : ::testing::Test, TWindowHarness {
-  TUseCases() {
-    std::filesystem::create_directories(fData.Path() / "films");
-    std::filesystem::create_directories(fData.Path() / "papers" / "old");
-    fData.Put("films/long.mp4", std::string(300'000, 'x'));
-    fData.Put("films/short.mp4", std::string(100'000, 'x'));
-    fData.Put("papers/letter.txt", std::string(5'000, 'x'));
-    fData.Put("papers/old/bill.txt", std::string(2'000, 'x'));
-    fData.Put("alone.bin", std::string(50'000, 'x'));
-  }
-  ~TUseCases() override { Close(); }
-
-  std::u16string DataPath() const { return fData.Path().u16string(); }
-  bool ScanData() { return Scan(DataPath()); }
-  TTreeModel& Tree() { return Window().Tree(); }
-  QModelIndex Root() { return Tree().index(0, 0); }
-  QStringList Names(const QModelIndex& pParent) {
-    QStringList names;
-    for (int row = 0; row < pParent.model()->rowCount(pParent); ++row)
-      names << pParent.model()->index(row, 0, pParent).data().toString();
-    return names;
-  }
-  TListPane& ListPane(const char* pName) {
-    auto* pane = Window().findChild<TListPane*>(QString::fromLatin1(pName));
-    Window().Panes().setCurrentWidget(pane);
-    EXPECT_TRUE(WaitFor([pane] { return !pane->IsFilling(); })) << pName;
-    return *pane;
-  }
-  bool GoTo(const char* pRelative) {
-    Window().GoTo(QString::fromStdU16String(DataPath()) + pRelative);
-    const std::u16string path = DataPath() + QString(pRelative).toStdU16String();
-    return WaitFor([&] { return Window().Chosen().fPath == path; });
-  }
-  // What a message box says, if one is there.
-  std::string Complaint() {
-    const auto* box = Window().findChild<QMessageBox*>("failure");
-    return box ? box->text().toStdString() : "no message";
-  }
-  std::string Read(const char* pName) { return fOut.Get(pName); }
-  bool Written(const char* pName) {
-    return WaitFor([&] { return std::filesystem::exists(fOut.Path() / pName) && Window().Session().Jobs().empty(); });
-  }
-
-  TTemporaryFolder fData;
-  TTemporaryFolder fOut;
-};
 
 TEST_F(TUseCases, ScansATypedPathAndShowsItSorted) {
   QLineEdit& field = Window().StartPage().PathField();
@@ -195,6 +146,35 @@ TEST_F(TUseCases, ExportsAListAsCSV) {
   EXPECT_NE(Read("list.csv").find(".mp4"), std::string::npos);
 }
 
+// As PDF, whose pages can be counted. Every pane that shows something can be printed.
+TEST_F(TUseCases, PrintsWhatIsShown) {
+  for (int i = 0; i < 150; ++i) fData.Put("papers/p" + std::to_string(i), std::string(1, 'x'));
+  ASSERT_TRUE(ScanData());
+  ASSERT_TRUE(GoTo("/papers"));
+  for (int i = 0; i < Window().Panes().count(); ++i) {
+    Window().Panes().setCurrentIndex(i);
+    const auto& pane = *qobject_cast<TPane*>(Window().Panes().widget(i));
+    const std::string name = pane.objectName().toStdString();
+    if (name == "owners" || name == "ages" || name == "history" || name == "errors" || name == "search") {
+      EXPECT_TRUE(pane.Printable().IsEmpty()) << name;
+      continue;
+    }
+    ASSERT_TRUE(WaitFor([&] { return !pane.Printable().IsEmpty(); })) << name;
+    ASSERT_TRUE(WaitFor([&] { return name != "contents" || pane.Printable().fTable.fRows.size() == 152; }));
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setPageSize(QPageSize(QPageSize::A4));
+    printer.setOutputFileName(QString::fromStdU16String(fOut.File(name + ".pdf")));
+    ASSERT_TRUE(Print(pane.Printable(), printer)) << name;
+    const std::string pdf = Read((name + ".pdf").c_str());
+    size_t pages = 0;
+    for (size_t at = 0; (at = pdf.find("/Type /Page\n", at)) != std::string::npos; ++at) ++pages;
+    // Some 60 rows fit on a page.
+    EXPECT_EQ(pages > 1, name == "contents" || name == "largest") << name << ": " << pages;
+    EXPECT_GE(pages, 1u) << name;
+  }
+}
+
 TEST_F(TUseCases, KeepsOptionsAndLayout) {
   TOptionsDialog dialog(Window().Session().Options(), false);
   EXPECT_FALSE(dialog.EditorOf("MaximumThreads")->SetText("0")) << "out of range";
@@ -212,6 +192,9 @@ TEST_F(TUseCases, KeepsOptionsAndLayout) {
   EXPECT_EQ(kept.MaximumThreads, 3);
   EXPECT_EQ(kept.ChartItems, 12) << "what the command line set for one run went into the user's file";
 
+  ASSERT_TRUE(ScanData());
+  ListPane("extensions").Table().setColumnWidth(1, 234);
+  ListPane("extensions").Table().setColumnHidden(2, true);
   Window().TreeView().ShowColumn(TColumn::mdOwner, true);
   Window().Panes().setCurrentIndex(3);
   Window().resize(1111, 777);
@@ -219,6 +202,9 @@ TEST_F(TUseCases, KeepsOptionsAndLayout) {
   EXPECT_EQ(Window().size(), QSize(1111, 777));
   EXPECT_TRUE(Window().TreeView().ShowsColumn(TColumn::mdOwner));
   EXPECT_EQ(Window().Panes().currentIndex(), 3);
+  ASSERT_TRUE(ScanData());
+  EXPECT_EQ(ListPane("extensions").Table().columnWidth(1), 234) << "the width of a list's column is forgotten";
+  EXPECT_TRUE(ListPane("extensions").Table().isColumnHidden(2));
 }
 
 TEST_F(TUseCases, ChangesNothingOfTheSettingsWhenReadOnly) {
@@ -286,37 +272,6 @@ TEST_F(TUseCases, EveryMenuEntryDoesSomething) {
   EXPECT_TRUE(Root().siblingAtColumn(EntryColumnOf(TColumn::mdSize)).data().toString().contains("457,000"));
   Action("start").trigger();
   EXPECT_TRUE(Window().StartPage().isVisible());
-}
-
-// A target that hangs: the window goes on, Stop works, and closing does not wait for ever.
-TEST_F(TUseCases, LivesWithATargetThatHangs) {
-  TGate gate;
-  const auto services = MakeRef<TMemoryServices>();
-  services->fStorages[u"/memory"] = TMemoryStorage::Create();
-  TMemoryEntry& folder = services->fStorages[u"/memory"]->Top().AddFolder(u"hangs");
-  folder.AddFile(u"f", 1);
-  folder.fGate = &gate;
-  services->fStorages[u"/memory"]->Top().AddFile(u"seen", 7);
-  fStart.fCreateRoots = [services](std::shared_ptr<const TGlobalOptions> pOptions) {
-    return CreateScanRoots(services, std::move(pOptions));
-  };
-  Window().Session().Scan(u"/memory");
-  gate.WaitUntilReached();
-  ASSERT_TRUE(WaitFor([&] { return Action("stop").isEnabled() && Names(Root()).contains("hangs"); }));
-  Window().Panes().setCurrentIndex(4);
-  Action("figure1").trigger();
-  Action("stop").trigger();
-  gate.Open();
-  ASSERT_TRUE(WaitFor([&] { return (Tree().RootAt(Root())->GetState() & rsCancelled) != 0; }));
-  EXPECT_TRUE(Names(Root()).contains("[Files]") || Names(Root()).contains("seen")) << "what was scanned is gone";
-}
-
-TEST_F(TUseCases, ClosesWhileEverythingRuns) {
-  Window().Session().Scan(DataPath());
-  Window().Session().OpenScanFile(fOut.File("missing.xml"));
-  Window().ExportAs(0, QString::fromStdU16String(fOut.File("x.xml")));
-  Close();
-  Window();
 }
 
 }  // namespace

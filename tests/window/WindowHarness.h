@@ -46,6 +46,7 @@ class TWindowHarness {
     return *fWindow;
   }
   void Close() {
+    if (!fWindow) return;
     fWindow->close();
     fWindow = nullptr;
   }

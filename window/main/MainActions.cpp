@@ -8,7 +8,10 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QStackedWidget>
+#include <QTabWidget>
 #include <QVBoxLayout>
 #include <iterator>
 
@@ -24,11 +27,14 @@
 #include "window/main/Session.h"
 #include "window/main/StartPage.h"
 #include "window/main/WindowSettings.h"
+#include "window/models/Background.h"
 #include "window/models/ContentsModel.h"
 #include "window/models/ShownText.h"
 #include "window/models/TreeModel.h"
 #include "window/panes/ContentsPane.h"
 #include "window/panes/EntriesView.h"
+#include "window/panes/QueryEdit.h"
+#include "window/panes/SearchPane.h"
 
 namespace Vantrel::Window {
 
@@ -56,6 +62,23 @@ void TMainWindow::EditPath() {
     fStartPage->PathField().setFocus();
   else
     fPathBar->Edit();
+}
+
+void TMainWindow::FindFiles() {
+  if (fTree->rowCount() > 0) fPages->setCurrentIndex(1);
+  fPanes->setCurrentWidget(fSearch);
+  fSearch->Query().setFocus();
+  fSearch->Query().selectAll();
+  UpdateActions();
+}
+
+// The pane opens with the query of the command line.
+void TMainWindow::BeginSearch() {
+  const TWindowStart& start = fSession->Start();
+  if (!start.fQuery) return;
+  fPanes->setCurrentWidget(fSearch);
+  fSearch->SetQuery(*start.fQuery);
+  fSearchIsDue = start.fSearchesAtOnce;
 }
 
 void TMainWindow::ScanAgain() {
@@ -128,6 +151,23 @@ void TMainWindow::ExportFile() {
   ExportAs(static_cast<int>(filters.indexOf(dialog.selectedNameFilter())), dialog.selectedFiles().value(0));
 }
 
+// The pane that is shown. Its content is taken now and printed on another thread.
+void TMainWindow::PrintShown() {
+  const auto* pane = qobject_cast<TPane*>(fPanes->currentWidget());
+  TPrintable printable = pane ? pane->Printable() : TPrintable();
+  if (printable.IsEmpty()) return Tell(tr("There is nothing to print here."));
+  const auto printer = std::make_shared<QPrinter>(QPrinter::HighResolution);
+  printer->setDocName(printable.fTitle);
+  QPrintDialog dialog(printer.get(), this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  RunInBackground(
+      LongWork(), this, [printer, printable = std::move(printable)] { return Print(printable, *printer); },
+      [this](const TOutcome<bool>& pPrinted) {
+        if (!pPrinted.fError.isEmpty() || !pPrinted.fValue)
+          Fail(tr("Print"), pPrinted.fError.isEmpty() ? tr("The printer cannot be used.") : pPrinted.fError);
+      });
+}
+
 void TMainWindow::ExportAs(int pKind, const QString& pFile) {
   const TRef<IHierarchicalRoot> root = ChosenRoot();
   if (!root || pFile.isEmpty() || pKind < 0 || static_cast<size_t>(pKind) >= ExportKinds().size()) return;
@@ -154,6 +194,8 @@ void TMainWindow::EndComparison() {
 }
 
 void TMainWindow::ShowComparison(const TRef<IHierarchicalRoot>& pRoot) {
+  const TRef<IComparison> comparison = pRoot->GetComparison();
+  if (!comparison) return;  // a scan has ended it meanwhile
   const QString remembered = fSettings->Get(QStringLiteral("showChanges")).toString();
   const TChangePlaces places = remembered.isEmpty() ? AskWhereToShowChanges(*this, *fSettings) : PlacesOf(remembered);
   fActions["changesInNames"]->setChecked(places.fInTree);
@@ -162,7 +204,7 @@ void TMainWindow::ShowComparison(const TRef<IHierarchicalRoot>& pRoot) {
       for (const TColumn column : {TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdChangeState})
         view->ShowColumn(column, true);
   Tell(tr("Compared with the scan of %1")
-           .arg(ShownValue(TColumn::mdLastChange, pRoot->GetComparison()->GetScanTimeStamp(), fTree->Format())));
+           .arg(ShownValue(TColumn::mdLastChange, comparison->GetScanTimeStamp(), fTree->Format())));
   UpdateActions();
 }
 

@@ -42,6 +42,7 @@ void TMainWindow::MakeFileMenu() {
   menu->addAction(NewAction("open", tr("&Open a scan file…"), QKeySequence::Open, &TMainWindow::OpenFile));
   menu->addAction(NewAction("save", tr("&Save the scan…"), QKeySequence::Save, &TMainWindow::SaveFile));
   menu->addAction(NewAction("export", tr("&Export…"), tr("Ctrl+E"), &TMainWindow::ExportFile));
+  menu->addAction(NewAction("print", tr("P&rint what is shown…"), QKeySequence::Print, &TMainWindow::PrintShown));
   menu->addSeparator();
   menu->addAction(NewAction("compare", tr("&Compare with a scan file…"), tr("Ctrl+D"), &TMainWindow::CompareFile));
   menu->addAction(NewAction("endCompare", tr("End the c&omparison"), {}, &TMainWindow::EndComparison));
@@ -66,12 +67,15 @@ void TMainWindow::MakeScanMenu() {
   menu->addAction(NewAction("start", tr("&Drives and recent targets"), tr("Alt+Home"), &TMainWindow::ShowStartPage));
   menu->addAction(NewAction("path", tr("Type a &path"), tr("Ctrl+L"), &TMainWindow::EditPath));
   menu->addSeparator();
+  menu->addAction(NewAction("search", tr("&Find files…"), QKeySequence::Find, &TMainWindow::FindFiles));
+  menu->addSeparator();
   menu->addAction(NewAction("refresh", tr("&Refresh the branch"), QKeySequence(Qt::Key_F5), &TMainWindow::Refresh));
   menu->addAction(NewAction("again", tr("Scan &again"), tr("Ctrl+R"), &TMainWindow::ScanAgain));
   menu->addAction(NewAction("stop", tr("S&top"), tr("Ctrl+."), &TMainWindow::StopAll));
   menu->addSeparator();
   menu->addAction(NewAction("close", tr("&Close the scan"), QKeySequence::Close, &TMainWindow::CloseRoot));
   fActions["scan"]->setIcon(Icon(TSymbol::syScan));
+  fActions["search"]->setIcon(Icon(TSymbol::sySearch));
   fActions["start"]->setIcon(Icon(TSymbol::syHome));
   fActions["refresh"]->setIcon(Icon(TSymbol::syRefresh));
   fActions["stop"]->setIcon(Icon(TSymbol::syStop));
@@ -161,6 +165,7 @@ void TMainWindow::MakeToolBar() {
                                                      {"save", tr("Save")},
                                                      {"export", tr("Export")},
                                                      {"", {}},
+                                                     {"search", tr("Find")},
                                                      {"compare", tr("Compare")},
                                                      {"options", tr("Options")}};
   for (const auto& [name, text] : entries) {

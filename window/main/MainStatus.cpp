@@ -20,6 +20,7 @@
 #include "window/models/TreeModel.h"
 #include "window/panes/ContentsPane.h"
 #include "window/panes/ListPane.h"
+#include "window/panes/SearchPane.h"
 
 namespace Vantrel::Window {
 
@@ -49,6 +50,10 @@ void TMainWindow::Tick() {
   if (isScanning != fWasScanning) {
     fWasScanning = isScanning;
     UpdateActions();
+  }
+  if (fSearchIsDue && !isScanning && fSession->Jobs().empty() && fPlace.fRoot && fPlace.fFolder) {
+    fSearchIsDue = false;
+    fSearch->Start();
   }
   ShowStatus();
   if (!fSession->Jobs().empty()) ShowJobs();
@@ -155,6 +160,7 @@ void TMainWindow::UpdateActions() {
   const auto enable = [this](const char* pName, bool pIsEnabled) { fActions[pName]->setEnabled(pIsEnabled); };
   enable("save", root && !isScanning);
   enable("export", root && !isScanning);
+  enable("print", root != nullptr);
   enable("compare", root && !isScanning);
   enable("endCompare", root && root->GetComparison() != nullptr);
   enable("refresh", isLive && !isScanning && fChosen.fFolder && !fChosen.fIsGone);
@@ -185,6 +191,7 @@ void TMainWindow::SetUnit(int pUnit) {
   fStartPage->SetUnit(pUnit);
   for (TPane* pane : fAllPanes)
     if (auto* list = qobject_cast<TListPane*>(pane)) list->SetUnit(unit);
+  fSearch->SetUnit(unit);
   fActions["unit" + QByteArray::number(pUnit)]->setChecked(true);
 }
 

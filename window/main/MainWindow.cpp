@@ -1,6 +1,7 @@
 #include "window/main/MainWindow.h"
 
 #include <QActionGroup>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QFileInfo>
@@ -34,6 +35,8 @@
 #include "window/panes/ContentsPane.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/ListPane.h"
+#include "window/panes/SearchPane.h"
+#include "window/panes/TableView.h"
 #include "window/panes/TreemapPane.h"
 
 namespace Vantrel::Window {
@@ -44,6 +47,11 @@ constexpr int kTickMilliseconds = 200;
 
 QString SettingsFolder(const TWindowStart& pStart) {
   return ToQString(FolderOfPath(pStart.fUserOptionsFile, NativePathDelimiter()));
+}
+
+// Of a table in a pane, among the settings.
+QString LayoutName(const TTableView& pTable) {
+  return QStringLiteral("columns/") + pTable.parentWidget()->objectName();
 }
 
 }  // namespace
@@ -66,6 +74,7 @@ TMainWindow::TMainWindow(const TWindowStart& pStart)
   ConnectSession();
   ConnectViews();
   RestoreLayout();
+  BeginSearch();
   UpdateActions();
   connect(&fTimer, &QTimer::timeout, this, &TMainWindow::Tick);
   fTimer.start(kTickMilliseconds);
@@ -75,6 +84,7 @@ TMainWindow::TMainWindow(const TWindowStart& pStart)
 
 TMainWindow::~TMainWindow() {
   fTimer.stop();
+  fSearch->Stop();
   // The models let go of the roots before the session disposes of them.
   for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) fTree->RemoveRoot(*root);
 }
@@ -158,12 +168,15 @@ void TMainWindow::MakePanes() {
   AddListPane("details", tr("Details"), tr("Nothing is chosen."), [](const TPlace& pPlace) {
     return DetailsList(*pPlace.fRoot, *pPlace.fFolder, WindowFormat(TSizeUnit::suAutomatic));
   });
+  fSearch = new TSearchPane(fSession->Start());
+  AddPane(fSearch, tr("Search"));
 }
 
 void TMainWindow::ConnectSession() {
   connect(fSession, &TSession::Opened, this, &TMainWindow::ShowOpened);
   connect(fSession, &TSession::Closing, this, [this](const TRef<IHierarchicalRoot>& pRoot) {
     fTree->RemoveRoot(*pRoot);
+    fSearch->ForgetRoot(*pRoot);
     if (fChosen.fRoot == pRoot) Choose(*fTree, fTree->index(0, 0));
     if (fTree->rowCount() == 0) ShowStartPage();
   });
@@ -172,7 +185,9 @@ void TMainWindow::ConnectSession() {
   connect(fSession, &TSession::Told, this, [this](const QString& pText) { Tell(pText); });
   connect(fSession, &TSession::JobsChanged, this, &TMainWindow::ShowJobs);
   connect(fSession, &TSession::HistoryChanged, this, [this] { RefreshPane("history"); });
-  connect(fSession, &TSession::CloseWanted, this, &QWidget::close);
+  connect(fSession, &TSession::CloseWanted, this, [this] {
+    if (!QApplication::activeModalWidget()) close();  // the user is to see what a dialog says
+  });
 }
 
 void TMainWindow::ConnectViews() {
@@ -296,6 +311,8 @@ void TMainWindow::RestoreLayout() {
   fSplitter->restoreState(fSettings->Get(QStringLiteral("splitter")).toByteArray());
   fTreeView->SetLayout(fSettings->Get(QStringLiteral("treeColumns")).toByteArray());
   fContents->View().SetLayout(fSettings->Get(QStringLiteral("contentsColumns")).toByteArray());
+  for (TTableView* table : fPanes->findChildren<TTableView*>())
+    table->KeepLayout(fSettings->Get(LayoutName(*table)).toByteArray());
   const QString pane = fSettings->Get(QStringLiteral("pane")).toString();
   for (TPane* one : fAllPanes)
     if (one->objectName() == pane) fPanes->setCurrentWidget(one);
@@ -310,6 +327,8 @@ void TMainWindow::KeepLayout() {
   fSettings->Set(QStringLiteral("splitter"), fSplitter->saveState());
   fSettings->Set(QStringLiteral("treeColumns"), fTreeView->Layout());
   fSettings->Set(QStringLiteral("contentsColumns"), fContents->View().Layout());
+  for (const TTableView* table : fPanes->findChildren<TTableView*>())
+    if (const QByteArray layout = table->Layout(); !layout.isEmpty()) fSettings->Set(LayoutName(*table), layout);
   if (fPanes->currentWidget()) fSettings->Set(QStringLiteral("pane"), fPanes->currentWidget()->objectName());
   fSettings->Set(QStringLiteral("figure"), static_cast<int>(fTree->Figure()));
 }

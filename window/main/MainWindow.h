@@ -30,6 +30,7 @@ class TEntriesModel;
 class TEntriesView;
 class TListPane;
 class TPathBar;
+class TSearchPane;
 class TSession;
 class TStartPage;
 class TTreeModel;
@@ -59,6 +60,7 @@ class TMainWindow : public QMainWindow {
   TContentsPane& Contents() { return *fContents; }
   QTabWidget& Panes() { return *fPanes; }
   TStartPage& StartPage() { return *fStartPage; }
+  TSearchPane& Search() { return *fSearch; }
   const TChosen& Chosen() const { return fChosen; }
   void ShowStartPage();
   // Writes the chosen root in one of the formats of ExportKinds.
@@ -113,10 +115,12 @@ class TMainWindow : public QMainWindow {
   void OpenFile();
   void SaveFile();
   void ExportFile();
+  void PrintShown();
   void CompareFile();
   void EndComparison();
   void ShowOptions();
   void EditPath();
+  void FindFiles();
   void OpenItem();
   void ShowItem();
   void OpenTerminalHere();
@@ -134,6 +138,7 @@ class TMainWindow : public QMainWindow {
   void NoteEnd(const IHierarchicalRoot& pRoot);
   void RefreshPanes();
   void RefreshPane(const QString& pName);
+  void BeginSearch();
 
   std::unique_ptr<TWindowSettings> fSettings;
   TSession* fSession;
@@ -146,6 +151,7 @@ class TMainWindow : public QMainWindow {
   TEntriesView* fTreeView = nullptr;
   QTabWidget* fPanes = nullptr;
   TContentsPane* fContents = nullptr;
+  TSearchPane* fSearch = nullptr;
   std::vector<TPane*> fAllPanes;
   QLabel* fProgressText = nullptr;
   QProgressBar* fProgressBar = nullptr;
@@ -156,6 +162,7 @@ class TMainWindow : public QMainWindow {
   QSet<TPane*> fStale;            // to be filled again when shown
   int fTicks = 0;
   bool fWasScanning = false;
+  bool fSearchIsDue = false;  // the command line asked for it
   qint64 fMessageUntil = 0;
   TChosen fChosen;
   TPlace fPlace;

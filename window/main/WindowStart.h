@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,10 @@ struct TWindowStart {
   std::vector<std::u16string> fOpenFiles;  // scan files to load, absolute
   // A new filter for one of these scans. Empty when they take in everything.
   std::function<TRef<IScanFilter>()> fCreateFilter;
+
+  // What the search pane opens with; none: it stays closed. At once: the search runs when the scans have ended.
+  std::optional<std::u16string> fQuery;
+  bool fSearchesAtOnce = false;
 
   // Adds what the command line asks for after each of these scans: comparison, history, exports. False when one of them
   // cannot work; then the handler knows why. Empty when nothing follows. The roots must outlive the handler.

@@ -7,13 +7,14 @@ void TContentsModel::SetFolder(TRef<IHierarchicalRoot> pRoot, TRef<IFolderData> 
   Forget(Top());
   DropChildren(Top());
   Top().fMostRows = kFirstRows;
+  Top().fNotBefore = 0;
   Top().fRoot = std::move(pRoot);
   Top().fFolder = std::move(pFolder);
   Fetch(Top());
 }
 
 void TContentsModel::Refresh() {
-  Fetch(Top());
+  RenewInTurn(Top());
 }
 
 bool TContentsModel::hasChildren(const QModelIndex& pParent) const {

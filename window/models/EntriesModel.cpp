@@ -3,11 +3,19 @@
 #include <QMetaObject>
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 #include "window/models/Background.h"
 #include "window/models/RowMatch.h"
 
 namespace Vantrel::Window {
+
+namespace {
+
+// While a tree changes, one folder's lists may take one part in so many of a thread's time.
+constexpr qint64 kListShare = 20;
+
+}  // namespace
 
 // Where lists arrive as long as the model lives.
 struct TEntriesModel::TMailbox {
@@ -21,6 +29,9 @@ TEntriesModel::TEntriesModel(QObject* pParent)
       fMailbox(std::make_shared<TMailbox>()),
       fFormat() {
   fMailbox->fModel = this;
+  fClock.start();
+  fNextTurn.setSingleShot(true);
+  connect(&fNextTurn, &QTimer::timeout, this, &TEntriesModel::RenewThoseInTurn);
 }
 
 TEntriesModel::~TEntriesModel() {
@@ -135,6 +146,7 @@ void TEntriesModel::Forget(TBranch& pBranch) {
       fWaiting.erase(branch.fFuture.get());
       branch.fFuture = nullptr;
     }
+    fChanged.erase(&branch);
     if (&branch != fTop.get()) BranchLeaves(branch);
     for (TItem& item : branch.fItems)
       if (item.fBranch) branches.push_back(item.fBranch.get());
@@ -173,20 +185,24 @@ void TEntriesModel::Fetch(TBranch& pBranch) {
     return;
   }
   pBranch.fStale = false;
-  const auto deliver = [mailbox = fMailbox](TFillChildrenFuture& pFuture, TChildList pList) {
+  const auto timer = std::make_shared<QElapsedTimer>();
+  const auto deliver = [mailbox = fMailbox, timer](TFillChildrenFuture& pFuture, TChildList pList) {
     const std::lock_guard lock(mailbox->fLock);
     if (!mailbox->fModel) return;
     auto list = std::make_shared<TChildList>(std::move(pList));
     QMetaObject::invokeMethod(
         mailbox->fModel,
-        [model = mailbox->fModel, future = TRef<TFillChildrenFuture>(&pFuture), list] {
-          model->Receive(future.get(), std::move(*list));
+        [model = mailbox->fModel, future = TRef<TFillChildrenFuture>(&pFuture), list, taken = timer->elapsed()] {
+          model->Receive(future.get(), std::move(*list), taken);
         },
         Qt::QueuedConnection);
   };
   pBranch.fFuture = MakeRef<TFillChildrenFuture>(pBranch.fFolder, pBranch.fRoot, SettingsFor(pBranch), deliver);
   fWaiting[pBranch.fFuture.get()] = &pBranch;
-  ShortWork().start([future = pBranch.fFuture] { future->Run(); });
+  ShortWork().start([future = pBranch.fFuture, timer] {
+    timer->start();
+    future->Run();
+  });
 }
 
 bool TEntriesModel::IsInSight(const TBranch& pBranch) const {
@@ -200,6 +216,17 @@ void TEntriesModel::Renew(TBranch& pBranch) {
     Fetch(pBranch);
   else
     pBranch.fStale = true;
+}
+
+void TEntriesModel::RenewInTurn(TBranch& pBranch) {
+  if (!pBranch.fFuture && fClock.elapsed() >= pBranch.fNotBefore) return Renew(pBranch);
+  fChanged.insert(&pBranch);
+  if (!fNextTurn.isActive() && !pBranch.fFuture)
+    fNextTurn.start(static_cast<int>(pBranch.fNotBefore - fClock.elapsed()));
+}
+
+void TEntriesModel::RenewThoseInTurn() {
+  for (TBranch* branch : std::exchange(fChanged, {})) RenewInTurn(*branch);
 }
 
 void TEntriesModel::FetchAll() {
@@ -245,14 +272,18 @@ void TEntriesModel::sort(int pColumn, Qt::SortOrder pOrder) {
   FetchAll();
 }
 
-void TEntriesModel::Receive(TFillChildrenFuture* pFuture, TChildList pList) {
+void TEntriesModel::Receive(TFillChildrenFuture* pFuture, TChildList pList, qint64 pTaken) {
   const auto waiting = fWaiting.find(pFuture);
   if (waiting == fWaiting.end()) return;
   TBranch& branch = *waiting->second;
   fWaiting.erase(waiting);
   branch.fFuture = nullptr;
+  branch.fNotBefore = fClock.elapsed() + pTaken * kListShare;
   Apply(branch, std::move(pList));
-  if (branch.fStale) Renew(branch);
+  if (branch.fStale)
+    Renew(branch);
+  else if (fChanged.erase(&branch) > 0)
+    RenewInTurn(branch);
   Q_EMIT Filled(IndexOf(branch));
 }
 

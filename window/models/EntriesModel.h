@@ -3,8 +3,11 @@
 // A Qt model of the entries of scanned folders: the part that the tree and the contents of one folder have in common.
 
 #include <QAbstractItemModel>
+#include <QElapsedTimer>
+#include <QTimer>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "model/tree/EntryView.h"
@@ -63,7 +66,7 @@ class TEntriesModel : public QAbstractItemModel {
   TEntryKind KindAt(const QModelIndex& pIndex) const;
   std::u16string PathAt(const QModelIndex& pIndex) const;
   virtual TRef<IHierarchicalRoot> RootAt(const QModelIndex& pIndex) const = 0;
-  bool IsFetching() const { return !fWaiting.empty(); }
+  bool IsFetching() const { return !fWaiting.empty() || !fChanged.empty(); }
   // The number of rows that exist, for measurements.
   size_t CountRows() const;
 
@@ -106,8 +109,9 @@ class TEntriesModel : public QAbstractItemModel {
     std::u16string fWanted;
     TRef<TFillChildrenFuture> fFuture;  // the list that is being made
     bool fFetched = false;
-    bool fStale = false;  // changed since its list was made
-    bool fOpen = true;    // shown expanded
+    bool fStale = false;    // changed since its list was made
+    qint64 fNotBefore = 0;  // when changes of the tree may lead to the next list, on the model's clock
+    bool fOpen = true;      // shown expanded
   };
 
   TBranch& Top() { return *fTop; }
@@ -125,6 +129,8 @@ class TEntriesModel : public QAbstractItemModel {
   virtual bool TopHoldsRoots() const { return false; }
   // Asks for the children again, at once or when they come into sight.
   void Renew(TBranch& pBranch);
+  // The same after changes of the tree, which go on while a scan runs. A list that took long waits for its turn.
+  void RenewInTurn(TBranch& pBranch);
   virtual bool IsIncomplete(const IFolderData&) const { return false; }
   virtual void BranchMade(TBranch&) {}
   virtual void BranchLeaves(TBranch&) {}
@@ -134,7 +140,8 @@ class TEntriesModel : public QAbstractItemModel {
  private:
   struct TMailbox;
 
-  void Receive(TFillChildrenFuture* pFuture, TChildList pList);
+  void Receive(TFillChildrenFuture* pFuture, TChildList pList, qint64 pTaken);
+  void RenewThoseInTurn();
   void Apply(TBranch& pBranch, TChildList pList);
   void RemoveMissing(TBranch& pBranch, std::vector<int>& pNewRows);
   void AppendNew(TBranch& pBranch, std::vector<TItem>& pItems, std::vector<int>& pNewRows);
@@ -154,6 +161,9 @@ class TEntriesModel : public QAbstractItemModel {
   std::unique_ptr<TBranch> fTop;
   std::shared_ptr<TMailbox> fMailbox;
   std::unordered_map<TFillChildrenFuture*, TBranch*> fWaiting;
+  std::unordered_set<TBranch*> fChanged;  // to be listed again in their turn
+  QElapsedTimer fClock;
+  QTimer fNextTurn;
   TFigure fFigure = TFigure::fgSize;
   TValueFormat fFormat;
   bool fShowsChangesInNames = false;

@@ -176,6 +176,11 @@ const std::map<TSymbol, TDraw>& Drawings() {
        }},
       {TSymbol::syWarning, [](const TBrush& pBrush) { DrawWarning(pBrush, 1.5, 1.5, 13); }},
       {TSymbol::syProgram, DrawProgram},
+      {TSymbol::sySearch,
+       [](const TBrush& pBrush) {
+         pBrush.Line(Arc(2, 2, 8.5, 0, 360), kBlue, 1.6);
+         pBrush.Line(Polyline({{9.6, 9.6}, {13.6, 13.6}}), pBrush.Ink(), 1.8);
+       }},
   };
   return drawings;
 }

@@ -25,6 +25,7 @@ enum class TSymbol : uint8_t {
   syHome,
   syWarning,
   syProgram,
+  sySearch,
 };
 
 // Made once for each symbol.

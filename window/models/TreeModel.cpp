@@ -140,6 +140,10 @@ void TTreeModel::Poll() {
   }
 }
 
+bool TTreeModel::IsTaking() const {
+  return std::any_of(fRoots.begin(), fRoots.end(), [](const auto& pRoot) { return pRoot->fIsTaking; });
+}
+
 void TTreeModel::TakeNews(TRoot& pRoot, TNews pNews) {
   pRoot.fIsTaking = false;
   TItem& item = Top().fItems[RowOf(pRoot)];
@@ -151,7 +155,7 @@ void TTreeModel::TakeNews(TRoot& pRoot, TNews pNews) {
     FetchAll();
   }
   for (const TRef<IHierarchicalElement>& node : pNews.fBranches)
-    if (const auto branch = fBranches.find(node.get()); branch != fBranches.end()) Renew(*branch->second);
+    if (const auto branch = fBranches.find(node.get()); branch != fBranches.end()) RenewInTurn(*branch->second);
   CheckErrors(pRoot);
   const QModelIndex shown = index(RowOf(pRoot), 0);
   if (pNews.fChanged) Q_EMIT dataChanged(shown, shown.siblingAtColumn(EntryColumnCount() - 1));

@@ -30,6 +30,8 @@ class TTreeModel : public TEntriesModel {
   void GoTo(const std::u16string& pPath);
   // Takes what has changed. Called several times a second.
   void Poll();
+  // Whether changes are being taken on another thread.
+  bool IsTaking() const;
 
  Q_SIGNALS:
   void Found(const QModelIndex& pIndex);

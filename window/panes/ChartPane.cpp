@@ -159,6 +159,11 @@ void TChartView::mouseReleaseEvent(QMouseEvent* pEvent) {
     Q_EMIT SubjectChosen(ToQString(subject->fKey));
 }
 
+TPrintable TChartPane::Printable() const {
+  if (!fView->HasDrawing()) return {};
+  return {ToQString(fView->GetDrawing().fTitle), [drawing = fView->GetDrawing()] { return drawing; }, {}};
+}
+
 // --- the pane
 // ------------------------------------------------------------------------------------------------------------
 

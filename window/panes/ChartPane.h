@@ -63,6 +63,7 @@ class TChartPane : public TPane {
 
   void ShowPlace(const TPlace& pPlace) override;
   void Refresh() override;
+  TPrintable Printable() const override;
   void SetSource(TSource pSource);
 
   // Writes the chart as SVG or PNG, by the name; an exception names the file if it cannot be written. For calls from

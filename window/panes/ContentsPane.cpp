@@ -46,6 +46,10 @@ void TContentsPane::Refresh() {
   fModel->Refresh();
 }
 
+TPrintable TContentsPane::Printable() const {
+  return {fTitle->text(), {}, TPrintedTable::Of(*fView)};
+}
+
 void TContentsPane::ShowSummary() {
   const TRef<IFolderData>& folder = fModel->Folder();
   if (!folder) {

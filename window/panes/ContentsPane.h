@@ -18,6 +18,7 @@ class TContentsPane : public TPane {
 
   void ShowPlace(const TPlace& pPlace) override;
   void Refresh() override;
+  TPrintable Printable() const override;
   TContentsModel& Model() { return *fModel; }
   TEntriesView& View() { return *fView; }
 

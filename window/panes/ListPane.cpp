@@ -74,6 +74,10 @@ void TListPane::Refresh() {
   Fill();
 }
 
+TPrintable TListPane::Printable() const {
+  return {fTitle->text(), {}, TPrintedTable::Of(*fTable)};
+}
+
 void TListPane::SetUnit(TSizeUnit pUnit) {
   fModel->SetUnit(pUnit);
 }
@@ -128,13 +132,12 @@ void TListPane::Receive(Presentation::TList pList) {
 }
 
 void TListPane::FitColumns() {
-  if (fIsFitted || fModel->rowCount() == 0) return;
-  fIsFitted = true;
-  fTable->FitColumns();
+  std::vector<int> hidden;
   const std::vector<Presentation::TListColumn>& columns = fModel->List().fColumns;
   for (size_t i = 0; i < columns.size(); ++i)
     if (std::find(fHidden.begin(), fHidden.end(), columns[i].fColumn) != fHidden.end())
-      fTable->setColumnHidden(static_cast<int>(i), true);
+      hidden.push_back(static_cast<int>(i));
+  fTable->FitColumns(hidden);
 }
 
 void TListPane::ShowColumnMenu(const QPoint& pAt) {

@@ -28,6 +28,7 @@ class TListPane : public TPane {
 
   void ShowPlace(const TPlace& pPlace) override;
   void Refresh() override;
+  TPrintable Printable() const override;
 
   void SetUnit(TSizeUnit pUnit);
   // Columns that the user has to choose in the header's menu.
@@ -59,7 +60,6 @@ class TListPane : public TPane {
   bool fDescending = true;
   bool fIsFilling = false;
   bool fIsStale = false;
-  bool fIsFitted = false;
 };
 
 }  // namespace Vantrel::Window

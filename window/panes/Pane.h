@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include "model/roots/RootInterfaces.h"
+#include "window/painting/Printing.h"
 
 namespace Vantrel::Window {
 
@@ -24,6 +25,8 @@ class TPane : public QWidget {
   virtual void ShowPlace(const TPlace& pPlace) = 0;
   // The shown folder may have changed. Called a few times a second at most while a scan runs, only for visible panes.
   virtual void Refresh() = 0;
+  // What is shown at the moment, for paper. Empty when there is nothing.
+  virtual TPrintable Printable() const { return {}; }
 
  Q_SIGNALS:
   // The user chose a folder, or a file by its full path, that the tree should go to.

@@ -53,12 +53,26 @@ void TTableView::SetEmptyText(const QString& pText) {
   viewport()->update();
 }
 
-void TTableView::FitColumns() {
+// A header's state says nothing of the number of its columns, which restoring must not change.
+QByteArray TTableView::Layout() const {
+  if (!fIsFitted) return fLayout;
+  return static_cast<char>(header()->count()) + header()->saveState();
+}
+
+void TTableView::FitColumns(const std::vector<int>& pHidden) {
   constexpr int kWidest = 420;
+  if (fIsFitted || model()->columnCount() == 0) return;
+  const bool isKept = fLayout.size() > 1 && fLayout[0] == static_cast<char>(header()->count());
+  if (!isKept && model()->rowCount() == 0) return;
+  fIsFitted = true;
+  if (isKept && header()->restoreState(fLayout.mid(1))) return;
+  for (const int column : pHidden) setColumnHidden(column, true);
+  header()->setStretchLastSection(false);  // else the last column keeps what it needs and a scroll bar appears
   for (int column = 0; column < model()->columnCount(); ++column) {
     resizeColumnToContents(column);
     setColumnWidth(column, std::min(columnWidth(column) + 10, kWidest));
   }
+  header()->setStretchLastSection(true);
 }
 
 void TTableView::paintEvent(QPaintEvent* pEvent) {

@@ -3,6 +3,7 @@
 // The table in which panes show their rows.
 
 #include <QTreeView>
+#include <vector>
 
 namespace Vantrel::Window {
 
@@ -19,8 +20,13 @@ class TTableView : public QTreeView {
   void CopyRows() const;
   // Shown in the middle while there are no rows.
   void SetEmptyText(const QString& pText);
-  // Sizes the columns to what they hold, once.
-  void FitColumns();
+  // At the first call that finds columns: gives them the kept layout, or else sizes them to what they hold and hides
+  // those of pHidden.
+  void FitColumns(const std::vector<int>& pHidden = {});
+  // Widths, order and choice of the columns; empty before there are any.
+  QByteArray Layout() const;
+  // Kept until there are columns. A layout of another number of columns is not used.
+  void KeepLayout(const QByteArray& pLayout) { fLayout = pLayout; }
 
  protected:
   void paintEvent(QPaintEvent* pEvent) override;
@@ -28,6 +34,8 @@ class TTableView : public QTreeView {
 
  private:
   QString fEmptyText;
+  QByteArray fLayout;
+  bool fIsFitted = false;
 };
 
 }  // namespace Vantrel::Window

@@ -139,12 +139,13 @@ bool TTreemapPane::IsInTree(IFolderData& pFolder) const {
 void TTreemapPane::Update(bool pIsRefresh) {
   UpdateControls();
   const TRef<IFolderData> folder = GetShownFolder();
+  const bool isBusy = fPlace.fRoot && (fPlace.fRoot->GetState() & rsScanning) != 0;
   if (!folder)
     fView->ShowNothing(fPlace.fRoot ? tr("Waiting for the first folder…") : tr("Nothing is scanned yet."));
   else if (pIsRefresh)
-    fView->Refresh(MakePresenter(folder), (fPlace.fRoot->GetState() & rsScanning) != 0);
+    fView->Refresh(MakePresenter(folder), isBusy);
   else
-    fView->Show(MakePresenter(folder), WindowFormat(fOptions->SizeUnit));
+    fView->Show(MakePresenter(folder), WindowFormat(fOptions->SizeUnit), isBusy);
 }
 
 TRef<const ITreemapPresenter> TTreemapPane::MakePresenter(TRef<IFolderData> pFolder) const {
@@ -256,6 +257,12 @@ void TTreemapPane::Save() {
   const TRef<IFolderData> folder = GetShownFolder();
   if (!folder || !fView->GetPicture()) return;
   SavePictureAs(this, tr("Treemap") + QStringLiteral(".png"), font(), fView->DrawingMaker(folder->GetFullPath()));
+}
+
+TPrintable TTreemapPane::Printable() const {
+  const TRef<IFolderData> folder = GetShownFolder();
+  if (!folder || !fView->GetPicture()) return {};
+  return {ToQString(folder->GetFullPath()), fView->DrawingMaker(folder->GetFullPath()), {}};
 }
 
 void TTreemapPane::Copy() const {

@@ -26,6 +26,7 @@ class TTreemapPane : public TPane {
 
   void ShowPlace(const TPlace& pPlace) override;
   void Refresh() override;
+  TPrintable Printable() const override;
 
   // The folder that is shown alone; nullptr when nothing is.
   TRef<IFolderData> GetShownFolder() const;

@@ -32,7 +32,7 @@ ThreadPool::TWorkerThreadPool& TreemapPool() {
 }
 
 // While something else needs the processors, a picture may take one part in so many of the time.
-constexpr int64_t kBusyShare = 20;
+constexpr int64_t kBusyShare = 40;
 constexpr int64_t kLeastPause = 300;  // milliseconds between two pictures of data that change
 
 Pictures::TTreemapDrawingStyle StyleOf(double pTextSize) {
@@ -63,10 +63,10 @@ TTreemapView::TTreemapView(QWidget* pParent)
   connect(&fNextRequest, &QTimer::timeout, this, &TTreemapView::Request);
 }
 
-void TTreemapView::Show(TRef<const ITreemapPresenter> pPresenter, const TValueFormat& pFormat) {
+void TTreemapView::Show(TRef<const ITreemapPresenter> pPresenter, const TValueFormat& pFormat, bool pIsBusy) {
   fPresenter = std::move(pPresenter);
   fFormat = pFormat;
-  fIsBusy = false;
+  fIsBusy = pIsBusy;
   Request();
   update();
 }

@@ -21,9 +21,9 @@ class TTreemapView : public QWidget {
  public:
   explicit TTreemapView(QWidget* pParent = nullptr);
 
-  // What is shown, and how values are written.
-  void Show(TRef<const Treemap::ITreemapPresenter> pPresenter, const TValueFormat& pFormat);
-  // Shows what has changed since. While pIsBusy, such as during a scan, little time is spent on new pictures.
+  // What is shown, and how values are written. While pIsBusy, such as during a scan, little time is spent on pictures.
+  void Show(TRef<const Treemap::ITreemapPresenter> pPresenter, const TValueFormat& pFormat, bool pIsBusy);
+  // Shows what has changed since.
   void Refresh(TRef<const Treemap::ITreemapPresenter> pPresenter, bool pIsBusy);
   // Shows a text alone.
   void ShowNothing(const QString& pText);

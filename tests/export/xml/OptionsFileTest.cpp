@@ -104,6 +104,7 @@ std::string Tables(const TGlobalOptions& pOptions) {
     text += u"\n";
   }
   for (const auto& [key, color] : pOptions.UserColors) text += key + u"=" + FromUtf8(std::to_string(color)) + u"\n";
+  for (const auto& [name, query] : pOptions.KeptSearches) text += name + u"?" + query + u"\n";
   return ToNativeBytes(text);
 }
 
@@ -113,6 +114,7 @@ TEST(OptionsFile, TablesComeBack) {
   saved.FileTypeGroups =
       Groups({{u"A \"<\xDCFF\\", u"", u"*.a", u"*.a;*.\x01;"}, {u"Rest", u"What is left", u"", u"*"}});
   saved.UserColors = {{u".txt", 0x00ABCD}, {u"\xDC80 & co", 0xFFFFFF}};
+  saved.KeptSearches = {{u"old <\xDC80>", u"size:>1KB \"a  b\"\x01"}, {u"empty", u""}};
   SaveOptionsFile(folder.File("x"), saved, "Vantrel", "1.0");
   TGlobalOptions loaded;
   loaded.UserColors = {{u".txt", 1}, {u".kept", 2}};

@@ -37,7 +37,7 @@ class TPathsAlone : public TInterfaced<IStorage> {
   }
   TStorageInformation GetInformation(const std::u16string&) const override { return {}; }
   std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
-  std::unique_ptr<IByteSource> OpenFile(const std::u16string&, const TScanContext&) const override {
+  std::unique_ptr<IStoredFile> OpenFile(const std::u16string&, const TScanContext&) const override {
     throw ENotImplemented("no scan in this test");
   }
 };

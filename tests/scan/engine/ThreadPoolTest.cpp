@@ -267,7 +267,8 @@ TEST(ThreadPool, CompletionCallbacksTellTheOutcome) {
   test.fPool->AddWorkItem(synchronized);
   posted.WaitUntilOpen();
   test.fPool->Shutdown();
-  EXPECT_EQ((std::vector<TTaskStatus>{TTaskStatus::tsDone, TTaskStatus::tsFailed, TTaskStatus::tsCancelled}), outcomes);
+  EXPECT_EQ((std::vector<TTaskStatus>{TTaskStatus::tsCompleted, TTaskStatus::tsFailed, TTaskStatus::tsCanceled}),
+            outcomes);
   EXPECT_EQ(std::thread::id(), calledOn);
   callback();
   EXPECT_EQ(std::this_thread::get_id(), calledOn);

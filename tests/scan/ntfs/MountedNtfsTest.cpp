@@ -195,11 +195,12 @@ TEST(MountedNtfs, TheLogSaysHowTheIndexWasBuilt) {
   mounted.fFreeMemory = 65'999;
   mounted.List();
   SetDebugLogSink({});
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_TRUE(lines[0].starts_with("<INDEX: Duration: ")) << lines[0];
-  EXPECT_NE(lines[0].find(" ms. Path: \"/volume\". 1 files, 1 folders. Version: "), std::string::npos) << lines[0];
-  EXPECT_TRUE(lines[1].starts_with("<INDEX CANCELED: Duration: ")) << lines[1];
-  EXPECT_EQ(lines[2],
+  ASSERT_EQ(lines.size(), 5u);
+  EXPECT_EQ(lines[0], "<MFT INDEX start: \"/volume\". 66 records>");
+  EXPECT_TRUE(lines[1].starts_with("<INDEX: Duration: ")) << lines[1];
+  EXPECT_NE(lines[1].find(" ms. Path: \"/volume\". 1 files, 1 folders. Version: "), std::string::npos) << lines[1];
+  EXPECT_TRUE(lines[3].starts_with("<INDEX CANCELED: Duration: ")) << lines[3];
+  EXPECT_EQ(lines[4],
             "THierarchicalMftRoot.HasSufficientMemory : Not sufficient memory to fill the MftRoot (66 MFT entries / "
             "65999 Bytes memory available).");
 }

@@ -48,7 +48,7 @@ TPaths SearchPath(TMemoryRoot& pRoot, TFileSearchSettings pSettings) {
 
 TPaths SearchTree(TMemoryRoot& pRoot, TFileSearchSettings pSettings) {
   TFileSearch search(std::move(pSettings));
-  search.AddTree(TRef<IHierarchicalRoot>(pRoot.fRoot.get()));
+  search.AddTree(TRef<IHierarchicalRoot>(&pRoot.Root()));
   search.Start();
   EXPECT_TRUE(search.WaitForEnd(kForever));
   return Found(search);
@@ -131,6 +131,12 @@ TEST(FileSearch, FindsEmptyFoldersAndStaysAtItsLevel) {
   EXPECT_EQ(SearchTree(root, SettingsOf(u"mdata:depth:=1 (full,file)")), TPaths{"/memory/full 5"});
 }
 
+TEST(FileSearch, ARootWithoutATreeHasNothingToFind) {
+  TMemoryRoot root;
+  root.Top().AddFile(u"file", 1);
+  EXPECT_EQ(SearchTree(root, SettingsOf(u"file")), TPaths()) << "it was never scanned";
+}
+
 TEST(FileSearch, TheFilterOfAScanApplies) {
   TMemoryRoot root;
   root.Top().AddFolder(u"left").AddFile(u"a.txt", 1);
@@ -174,6 +180,24 @@ TEST(FileSearch, ListsWhatCouldNotBeSearched) {
   EXPECT_EQ(shown(errors[2]), "/memory/half partial");
   EXPECT_EQ(shown(errors[3]), "/memory/raises");
   EXPECT_EQ(search.GetProgress().fErrors, 4);
+}
+
+// The storage lists files that can no longer be opened.
+TEST(FileSearch, AVanishedFileHasNoContentsAndIsNoError) {
+  TMemoryRoot root;
+  root.Top().AddFile(u"gone", 5);
+  for (const auto& [query, found] : {std::pair<const char16_t*, TPaths>{u"content:x", {}},
+                                     {u"content:!=x", {"/memory/gone 5"}},
+                                     {u"mdata:Title:x", {}}}) {
+    TFileSearchSettings settings = SettingsOf(u"");
+    settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(query), TFileFactsReader::kOfStorage);
+    TFileSearch search(std::move(settings));
+    search.AddPath(root.Root());
+    search.Start();
+    ASSERT_TRUE(search.WaitForEnd(kForever));
+    EXPECT_EQ(Found(search), found);
+    EXPECT_TRUE(search.GetErrors().empty());
+  }
 }
 
 TEST(FileSearch, EndsWhenEnoughIsFound) {

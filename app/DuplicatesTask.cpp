@@ -1,0 +1,120 @@
+#include "app/DuplicatesTask.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "app/CancelRequest.h"
+#include "app/ResultWriting.h"
+#include "automation/actions/DuplicateResults.h"
+#include "automation/actions/SearchResults.h"
+#include "automation/commandline/ExitCodes.h"
+#include "export/text/RootDescription.h"
+#include "export/walk/MediaOptions.h"
+#include "platform/system/Console.h"
+#include "platform/system/System.h"
+#include "platform/text/Text.h"
+
+namespace Vantrel {
+
+using namespace PostScanActions;
+using Exporting::CountText;
+using Search::TDuplicateSearch;
+using enum Search::TDuplicatesSearchMode;
+
+namespace {
+
+constexpr int64_t kMillisecondsBetweenReports = 100;
+
+std::string DuplicatesProgressText(const Search::TDuplicateProgress& pProgress) {
+  const auto size = [](int64_t pBytes) { return ToUtf8(FormatValue(TColumn::mdSize, pBytes, {})); };
+  std::string text(pProgress.fPhase);
+  if (pProgress.fAllFiles > 0)
+    text += fmt::format(" {} of {}", pProgress.fFiles, CountText(pProgress.fAllFiles, "item", "items", {}));
+  if (pProgress.fAllBytes > 0) text += fmt::format(", {} of {}", size(pProgress.fBytes), size(pProgress.fAllBytes));
+  return text + ", " + CountText(pProgress.fDuplicates, "duplicate", "duplicates", {});
+}
+
+}  // namespace
+
+int TDuplicatesTask::Run(TSearchedFiles pSearched) {
+  const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
+  Search::TDuplicateSearchSettings settings = SearchSettings(pSearched);
+  if (pSearched.fWasCancelled) pSearched.fFound.clear();
+  TDuplicateSearch search(std::move(settings), std::move(pSearched.fFound));
+  WaitFor(search);
+  const bool wasCancelled = pSearched.fWasCancelled || search.WasCancelled();
+  Search::TDuplicateResult found = search.TakeResult();
+  int result = Report(found.fNotes);
+  std::string among = fmt::format(", among {} in {}", CountText(pSearched.fFiles, "file", "files", format),
+                                  Exporting::SecondsText(TickCount64() - pSearched.fStarted));
+  if (wasCancelled) among += " - cancelled";
+  if (result != ecOk || !pSearched.fIncompleteFolders.empty()) among += " - incomplete";
+  if (wasCancelled) result = std::max<int>(result, ecCancelled);
+  // What a stopped search has found replaces no file.
+  if (wasCancelled && !fState.fExports.empty()) return result;
+  const bool isUnique = fState.fDuplicates.fMode == UniqueFiles;
+  return std::max(result,
+                  isUnique ? WriteUnique(std::move(found.fUnique), among) : WriteGroups(std::move(found), among));
+}
+
+Search::TDuplicateSearchSettings TDuplicatesTask::SearchSettings(const TSearchedFiles& pSearched) const {
+  Search::TDuplicateSearchSettings settings;
+  settings.fSearchMode = fState.fDuplicates.fMode;
+  settings.fDuplicatesCompareTypes = fState.fDuplicates.CompareTypes();
+  settings.fWithEmpty = fState.fDuplicates.fWithEmpty;
+  settings.fVerify = fState.fDuplicates.fVerify;
+  settings.fTops = pSearched.fTops;
+  settings.fIncompleteFolders = pSearched.fIncompleteFolders;
+  settings.fThreads = fOptions->MaximumThreads;
+  settings.fPriority = fOptions->ThreadPriority;
+  return settings;
+}
+
+void TDuplicatesTask::WaitFor(TDuplicateSearch& pSearch) {
+  while (!pSearch.WaitForEnd(kMillisecondsBetweenReports)) {
+    // Again and again: each time what hangs is interrupted.
+    if (IsCancelRequested()) pSearch.Cancel();
+    fLog.WriteWaiting();
+    if (fSettings.fShowProgress) TConsole::WriteProgress(DuplicatesProgressText(pSearch.GetProgress()));
+  }
+  fLog.WriteWaiting();
+  if (fSettings.fShowProgress) TConsole::ClearProgress();
+}
+
+int TDuplicatesTask::Report(const std::vector<Search::TDuplicateNote>& pNotes) {
+  std::vector<std::string> lines;
+  for (const Search::TDuplicateNote& note : pNotes)
+    lines.push_back(ToDisplay(note.fPath) + ": " + ToDisplay(note.fText));
+  const auto count = static_cast<int64_t>(lines.size());
+  ListUnread(fSettings, "incomplete: " + CountText(count, "file", "files", {}) + " could not be compared", lines,
+             fOptions->NumberOfListedErrors);
+  return lines.empty() ? ecOk : ecIncomplete;
+}
+
+int TDuplicatesTask::WriteGroups(Search::TDuplicateResult pFound, const std::string& pAmong) {
+  const bool areFolders = fState.fDuplicates.fMode == DuplicateFolders;
+  const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
+  TDuplicateResults results;
+  results.fTitle = areFolders ? u"Equal folders" : u"Duplicate files";
+  results.fFound = std::move(pFound);
+  results.fSummary = DuplicatesSummary(results.fFound, areFolders, format) + pAmong;
+  return WriteResults(
+      {[&](ILineOutput& pOutput) { return WriteDuplicates(results, TExportFormat::efReport, *fOptions, {}, pOutput); },
+       [&](const CommandLine::TExportRequest& pRequest, const TExportRun& pRun) {
+         ExportDuplicates(results, pRequest, *fOptions, pRun);
+       }},
+      fSettings, fState);
+}
+
+int TDuplicatesTask::WriteUnique(std::vector<Search::TFoundItem> pFiles, const std::string& pAmong) {
+  const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
+  TSearchResults results;
+  results.fItems = std::move(pFiles);
+  SortResults(results.fItems, *fOptions);
+  results.fTitle = u"Files without a duplicate";
+  results.fSummary = FoundSummary(results.fItems, format) + pAmong;
+  return WriteResults(WriterOf(results, *fOptions), fSettings, fState);
+}
+
+}  // namespace Vantrel

@@ -1,0 +1,201 @@
+#include "search/duplicates/ChecksumReader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "platform/system/Errors.h"
+#include "platform/text/Text.h"
+
+namespace Vantrel::Search {
+
+namespace {
+
+constexpr size_t kBlock = 256 << 10;
+// A file that is at most this many times as long as the small checksum is read as a whole at once: opening it again
+// would cost more.
+constexpr int64_t kSmallSumsInWhole = 4;
+// From this size on, the end of a file is looked at as well; from the other one on, pieces between.
+constexpr int64_t kWithEnd = 1 << 20;
+constexpr int64_t kWithPieces = 16 << 20;
+constexpr int64_t kPieces = 14;
+constexpr int64_t kPiece = 4 << 10;
+// How many files are open at a time while their bytes are compared.
+constexpr size_t kMostCompared = 32;
+
+// What the small checksum reads of a file: offsets and lengths, ascending.
+struct TPart {
+  int64_t fOffset;
+  int64_t fLength;
+};
+
+std::vector<TPart> PartsOf(int64_t pSize, int64_t pSmall) {
+  std::vector<TPart> parts{{0, pSmall}};
+  if (pSize >= std::max(kWithPieces, (kPieces + 2) * (kPiece + pSmall)))
+    for (int64_t i = 1; i <= kPieces; ++i) parts.push_back({pSize / (kPieces + 1) * i - kPiece, kPiece});
+  if (pSize >= std::max(kWithEnd, 2 * pSmall)) parts.push_back({pSize - pSmall, pSmall});
+  return parts;
+}
+
+}  // namespace
+
+int64_t TChecksumReader::BytesOfFirst(int64_t pSize, int64_t pSmall) {
+  if (pSmall == 0 || pSize <= kSmallSumsInWhole * pSmall) return pSize;
+  int64_t bytes = 0;
+  for (const TPart& part : PartsOf(pSize, pSmall)) bytes += part.fLength;
+  return bytes;
+}
+
+TChecksumReader::TChecksumReader(TDuplicatesRun& pRun)
+    : fRun(pRun),
+      fSmall(pRun.Settings().fSmallChecksumSize),
+      fReadsContents(ComparesContents(pRun.Settings().fDuplicatesCompareTypes)),
+      fSmallCalculator(CreateHashCalculator(HashUtils::TChecksumKind::ckFast)),
+      fCalculator(CreateHashCalculator(pRun.ChecksumKind())),
+      fBuffer(kBlock) {}
+
+std::optional<TFileSum> TChecksumReader::First(TDuplicateFile& pFile, const TGoesOn& pGoesOn) {
+  const TOpened opened = Open(pFile);
+  if (!fRun.IsFirstName(pFile, opened.fFacts)) return {};
+  if (!fReadsContents) return TFileSum{{}, true};
+  const int64_t size = opened.fFacts.fSize;
+  const bool isWhole = fSmall == 0 || size <= kSmallSumsInWhole * fSmall;
+  if (!(isWhole ? ReadWhole(*opened.fFile, size, pGoesOn) : ReadPieces(*opened.fFile, size, pGoesOn))) return {};
+  CheckUnchanged(opened);
+  return TFileSum{(isWhole ? fCalculator : fSmallCalculator)->Finish(), isWhole};
+}
+
+std::optional<TFileSum> TChecksumReader::Whole(TDuplicateFile& pFile, const TGoesOn& pGoesOn) {
+  const TOpened opened = Open(pFile);
+  if (!ReadWhole(*opened.fFile, opened.fFacts.fSize, pGoesOn)) return {};
+  CheckUnchanged(opened);
+  return TFileSum{fCalculator->Finish(), true};
+}
+
+// What an earlier reading left in the calculators, when it ended in the middle, is thrown away here.
+TChecksumReader::TOpened TChecksumReader::Open(TDuplicateFile& pFile) const {
+  fSmallCalculator->Finish();
+  fCalculator->Finish();
+  const TRef<IStorage>& storage = pFile.fItem.fFolder->fStorage;
+  if (!storage) throw EFileChanged("cannot be opened, since it is part of a saved scan");
+  TOpened opened{storage->OpenFile(pFile.GetFullPath(), {TRef<ICancellationIndicator>(fRun.Token().get())}), {}};
+  opened.fFacts = opened.fFile->GetFacts();
+  const bool isSame =
+      opened.fFacts.fSize == pFile.GetSize() && (!pFile.fIsOpened || opened.fFacts.fLastChange == pFile.fFirstChange);
+  if (!isSame) throw EFileChanged("changed during the search");
+  pFile.fIsOpened = true;
+  pFile.fFirstChange = opened.fFacts.fLastChange;
+  return opened;
+}
+
+void TChecksumReader::CheckUnchanged(const TOpened& pOpened) const {
+  if (pOpened.fFile->GetFacts() != pOpened.fFacts) throw EFileChanged("changed while it was read");
+}
+
+bool TChecksumReader::ReadWhole(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn) {
+  return ReadPiece(pFile, pSize, *fCalculator, pGoesOn);
+}
+
+bool TChecksumReader::ReadPieces(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn) {
+  int64_t position = 0;
+  for (const TPart& part : PartsOf(pSize, fSmall)) {
+    if (part.fOffset > position && !pFile.TrySeek(static_cast<uint64_t>(part.fOffset)))
+      throw EFileChanged("can only be read from its start");
+    if (!ReadPiece(pFile, part.fLength, *fSmallCalculator, pGoesOn)) return false;
+    position = part.fOffset + part.fLength;
+  }
+  return true;
+}
+
+bool TChecksumReader::ReadPiece(IStoredFile& pFile, int64_t pLength, HashUtils::IHashCalculator& pCalculator,
+                                const TGoesOn& pGoesOn) {
+  for (int64_t left = pLength; left > 0;) {
+    if (!pGoesOn()) return false;
+    const size_t wanted = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(fBuffer.size())));
+    const size_t length = pFile.Read(fBuffer.data(), wanted);
+    if (length == 0) throw EFileChanged("became shorter while it was read");
+    pCalculator.Add({fBuffer.data(), length});
+    fRun.CountBytes(length);
+    left -= static_cast<int64_t>(length);
+  }
+  return true;
+}
+
+size_t TChecksumReader::Fill(IStoredFile& pFile, char* pBuffer, size_t pLength) const {
+  size_t filled = 0;
+  while (filled < pLength) {
+    const size_t length = pFile.Read(pBuffer + filled, pLength - filled);
+    if (length == 0) break;
+    filled += length;
+  }
+  fRun.CountBytes(filled);
+  return filled;
+}
+
+// --- bytes -----------------------------------------------------------------------------------------------------------
+
+std::optional<std::vector<bool>> TChecksumReader::AreEqual(std::span<const TRef<TDuplicateFile>> pFiles,
+                                                           const TGoesOn& pGoesOn) {
+  std::vector<bool> areEqual{true};
+  const auto others = pFiles.subspan(1);
+  for (size_t begin = 0; begin < others.size(); begin += kMostCompared) {
+    const auto some = others.subspan(begin, std::min(kMostCompared, others.size() - begin));
+    if (!CompareSome(*pFiles.front(), some, areEqual, pGoesOn)) return {};
+  }
+  return areEqual;
+}
+
+bool TChecksumReader::CompareSome(TDuplicateFile& pFirst, std::span<const TRef<TDuplicateFile>> pOthers,
+                                  std::vector<bool>& pAreEqual, const TGoesOn& pGoesOn) {
+  const TOpened first = Open(pFirst);
+  std::vector<TOpened> opened(pOthers.size());
+  // Does something with each file that is still equal.
+  const auto forEach = [&](const auto& pDo) {
+    for (size_t i = 0; i < pOthers.size(); ++i) {
+      try {
+        if (opened[i].fFile && !pDo(opened[i])) opened[i] = {};
+      } catch (...) {
+        opened[i] = {};
+        fRun.Leave(*pOthers[i], ReasonOfCaughtException(*pOthers[i]));
+      }
+    }
+  };
+  for (size_t i = 0; i < pOthers.size(); ++i) {
+    try {
+      opened[i] = Open(*pOthers[i]);
+    } catch (...) {
+      fRun.Leave(*pOthers[i], ReasonOfCaughtException(*pOthers[i]));
+    }
+  }
+  std::vector<char> block(fBuffer.size());
+  size_t length = 0;
+  do {
+    if (!pGoesOn()) return false;
+    length = Fill(*first.fFile, fBuffer.data(), fBuffer.size());
+    forEach([&](TOpened& pOther) {
+      return Fill(*pOther.fFile, block.data(), block.size()) == length &&
+             std::memcmp(block.data(), fBuffer.data(), length) == 0;
+    });
+  } while (length == fBuffer.size());
+  CheckUnchanged(first);
+  forEach([&](const TOpened& pOther) {
+    CheckUnchanged(pOther);
+    return true;
+  });
+  for (const TOpened& other : opened) pAreEqual.push_back(other.fFile != nullptr);
+  return true;
+}
+
+std::u16string ReasonOfCaughtException(const TDuplicateFile& pFile) {
+  try {
+    throw;
+  } catch (const EFileChanged& error) {
+    return FromUtf8(error.what());
+  } catch (...) {
+    const uint32_t code = CodeOfCaughtException("TChecksumReader");
+    const TRef<IStorage>& storage = pFile.fItem.fFolder->fStorage;
+    return FromUtf8(storage ? storage->ErrorText(code) : OSErrorText(code));
+  }
+}
+
+}  // namespace Vantrel::Search
