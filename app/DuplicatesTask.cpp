@@ -51,8 +51,6 @@ int TDuplicatesTask::Run(TSearchedFiles pSearched) {
   if (wasCancelled) among += " - cancelled";
   if (result != ecOk || !pSearched.fIncompleteFolders.empty()) among += " - incomplete";
   if (wasCancelled) result = std::max<int>(result, ecCancelled);
-  // What a stopped search has found replaces no file.
-  if (wasCancelled && !fState.fExports.empty()) return result;
   const bool isUnique = fState.fDuplicates.fMode == UniqueFiles;
   return std::max(result,
                   isUnique ? WriteUnique(std::move(found.fUnique), among) : WriteGroups(std::move(found), among));

@@ -28,6 +28,8 @@ int WriteResults(const TResultWriter& pWriter, const TRunSettings& pSettings,
   const TExportRun run{kProgramName, kVersion, false, pState.fPathsEndWithNul, IsCancelRequested};
   for (const CommandLine::TExportRequest& request : pState.fExports) {
     try {
+      // What a stopped search has found replaces no file.
+      CheckNotCancelled(IsCancelRequested(), request.fFile);
       pWriter.fExport(request, run);
     } catch (const EExportCancelled& error) {
       pSettings.fWriteError(error.what());

@@ -87,9 +87,7 @@ int TSearchTask::Run() {
   if (search.WasCancelled()) results.fSummary += " - cancelled";
   if (search.HasFoundEnough()) results.fSummary += " - ended at the limit";
   if (progress.fErrors > 0) results.fSummary += " - incomplete";
-  // As after a scan, what a stopped search has found replaces no file.
-  const bool writes = !search.WasCancelled() || fState.fExports.empty();
-  if (writes) result = std::max(result, WriteResults(WriterOf(results, *fOptions), fSettings, fState));
+  result = std::max(result, WriteResults(WriterOf(results, *fOptions), fSettings, fState));
   roots->Dispose();
   return result;
 }

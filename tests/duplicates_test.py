@@ -11,15 +11,19 @@ import io
 import os
 import pathlib
 import random
+import re
 import shutil
+import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
+import program_test
 import wine
 
 TIMEOUT = 120  # only there to catch a hang
-OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND = range(4)
+OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED = range(5)
 SEEDS = 4
 KB = 1024
 # What the passes treat differently, and what lies beside it.
@@ -282,6 +286,51 @@ class DuplicatesTest(unittest.TestCase):
         self.assertTrue(lines[-1].startswith("2 groups of equal files with 6 names, 5 B wasted, among 7 files in "), lines[-1])
         output, _ = self.run_program("--duplicates", self.shown(top), "--pathlist", "-", "--null")
         self.assertEqual([self.plain(path.decode())[-1] for path in output.split(b"\0")[:-1]], list("cdegab"))
+
+    def wait_until_it_has_read(self, process, length):
+        """Until the process has read so many bytes by system calls."""
+        end = time.monotonic() + TIMEOUT
+        while True:
+            self.assertIsNone(process.poll(), "the run has ended by itself")
+            self.assertLess(time.monotonic(), end, "the run hangs")
+            counts = pathlib.Path(f"/proc/{process.pid}/io").read_text(encoding="ascii")
+            if int(re.search(r"rchar: (\d+)", counts)[1]) >= length:
+                return
+
+    def test_an_interrupt_keeps_what_was_found(self):
+        """The run is caught while it reads two sparse files, which would take it many minutes."""
+        if self.on_windows:
+            self.skipTest("Wine passes no signal on as Ctrl+C")
+        top = f"{self.folder}/interrupted"
+        for folder in "ab":
+            os.makedirs(f"{top}/{folder}")
+            pathlib.Path(f"{top}/{folder}/small").write_bytes(b"12345")
+            pathlib.Path(f"{top}/{folder}/large").touch()
+            os.truncate(f"{top}/{folder}/large", 1 << 42)
+        earlier = f"{self.folder}/earlier.csv"
+        pathlib.Path(earlier).write_bytes(b"earlier")
+        group = f"2 files of 5 B, 5 B wasted\n  {top}/a/small\n  {top}/b/small\n\n"
+        for arguments, shown, told in (
+                ([], group + "1 group of equal files with 2 names, 5 B wasted, among 4 files", ""),
+                # The bytes of this group have not been compared yet.
+                (["--verify"], "0 groups of equal files", ""),
+                (["folders"], "0 groups of equal folders", ""),
+                (["unique"], "0 ", ""),
+                (["--csv", earlier], "", f'Stopped: "{earlier}" was not written, an earlier one is untouched\n')):
+            with self.subTest(arguments=arguments):
+                process = subprocess.Popen([*self.command, "--nooptions", "--duplicates", *arguments, top],
+                                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                           preexec_fn=program_test.obey_interrupts)
+                self.addCleanup(lambda process=process: (process.kill(), process.communicate()))
+                # Neither the start of the program nor the small checksums read as much.
+                self.wait_until_it_has_read(process, 256 * KB * KB)
+                process.send_signal(signal.SIGINT)
+                output, errors = (text.decode().replace("\r\n", "\n") for text in process.communicate(timeout=TIMEOUT))
+                self.assertEqual((process.returncode, errors), (CANCELLED, told))
+                self.assertEqual(output[:len(shown)], shown)
+                if shown:
+                    self.assertTrue(output.endswith(" - cancelled\n"), output)
+        self.assertEqual(pathlib.Path(earlier).read_bytes(), b"earlier")
 
     def test_what_cannot_be_compared_is_refused(self):
         tree = self.shown(self.trees[0])

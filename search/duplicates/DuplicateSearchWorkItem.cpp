@@ -51,11 +51,13 @@ TDuplicateSearchWorkItem::TDuplicateSearchWorkItem(TDuplicateSearchSettings pSet
   fChecksumThreadPool->SetMaxCpuUsage(ScanEngine::CpuCapOf(ProcessorCount()));
   fChecksumThreadPool->SetOnAllWorkItemsDone([this] { fRun.TellChange(); });
   const TOnNewDuplicate& onNew = fRun.Settings().fOnNewDuplicateAdded;
-  fDuplicateGroupGenerator = MakeRef<TDuplicatesGroupGenerator>([this, onNew](const TRef<IHierarchicalObject>& pNew) {
+  const TOnNewDuplicate tell = [this, onNew](const TRef<IHierarchicalObject>& pNew) {
     fRun.CountDuplicate();
-    if (onNew && fSearchMode != TDuplicatesSearchMode::DuplicateFolders) onNew(pNew);
-  });
-  fDuplicateFolderGroups = MakeRef<TDuplicatesGroupGenerator>();
+    if (onNew) onNew(pNew);
+  };
+  const bool areFolders = fSearchMode == TDuplicatesSearchMode::DuplicateFolders;
+  fDuplicateGroupGenerator = MakeRef<TDuplicatesGroupGenerator>(areFolders ? TOnNewDuplicate() : tell);
+  fDuplicateFolderGroups = MakeRef<TDuplicatesGroupGenerator>(tell);
 }
 
 TDuplicateSearchWorkItem::~TDuplicateSearchWorkItem() {

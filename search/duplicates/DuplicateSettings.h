@@ -30,7 +30,7 @@ struct TDuplicateSearchSettings {
   int32_t fThreads = 1;
   int32_t fPriority = 3;
   ThreadPool::TWorkerThreadPool::TSettings fPool{};  // for tests
-  // Of files; called on workers. It must return soon.
+  // Of files, or of folders if these are searched for; called on workers. It must return soon.
   TOnNewDuplicate fOnNewDuplicateAdded{};
 };
 

@@ -170,6 +170,8 @@ void TVerifyGroupWorkItem::DoWork() {
     if (equal.size() > 1) groups.push_back(std::move(equal));
     rest = std::move(different);
   }
+  // The search may have been paused or cancelled during the last block.
+  if (!GoesOn()) return;
   for (const TRef<TDuplicateFile>& file : alone)
     if (!file->fHasLeft) fRun.Leave(*file, u"has the checksum of other files, but other bytes");
   fGroups = std::move(groups);

@@ -6,6 +6,7 @@
 
 #include <latch>
 #include <map>
+#include <numeric>
 #include <random>
 #include <thread>
 
@@ -32,7 +33,8 @@ struct TMemoryFile {
   int fFailAtOpening = 0;                    // this opening, counted from 1, fails
   int fChangeAtOpening = 0;                  // at this opening the file is written while it is read
   std::map<int, std::string> fOtherBytes{};  // what an opening gives in place of the bytes
-  TGate* fGate = nullptr;                    // the first reading passes through it
+  TGate* fGate = nullptr;                    // the reading passes through it
+  int fGateAtOpening = 1;                    // of this opening
   int fOpenings = 0;
   int64_t fBytesRead = 0;
   int64_t fChanges = 0;
@@ -48,16 +50,33 @@ class TMemoryFiles : public TInterfaced<IStorage> {
     file.fId = fFiles.size();
     return file;
   }
+  // The files, and the folders between them and the searched path /m.
   std::vector<TFoundItem> Found() {
-    const auto folder = MakeRef<const TFoundFolder>(u"/m", u'/', TRef<IStorage>(this));
     std::vector<TFoundItem> found;
-    for (const auto& [path, file] : fFiles) {
+    std::map<std::u16string, TRef<const TFoundFolder>> folders;
+    const auto add = [&](const std::u16string& pPath) -> TFoundItem& {
+      const size_t name = pPath.rfind(u'/') + 1;
+      TRef<const TFoundFolder>& folder = folders[pPath.substr(0, name - 1)];
+      if (!folder) folder = MakeRef<const TFoundFolder>(pPath.substr(0, name - 1), u'/', TRef<IStorage>(this));
       TFoundItem& item = found.emplace_back();
       item.fFolder = folder;
-      item.fName = path.substr(3);
-      item.fValues.fSize = file.fListedSize < 0 ? static_cast<int64_t>(file.fBytes.size()) : file.fListedSize;
+      item.fName = pPath.substr(name);
+      return item;
+    };
+    for (const auto& [path, file] : fFiles)
+      add(path).fValues.fSize = file.fListedSize < 0 ? static_cast<int64_t>(file.fBytes.size()) : file.fListedSize;
+    for (const auto& [path, folder] : std::map(folders)) {
+      if (path == u"/m") continue;
+      TFoundItem& item = add(path);
+      item.fValues.fAttributes = kAttributeDirectory;
+      item.fIsFolder = item.fIsEntered = true;
     }
     return found;
+  }
+  int CountOpenings() const {
+    TCriticalSectionLock lock(fLock);
+    return std::accumulate(fFiles.begin(), fFiles.end(), 0,
+                           [](int pSum, const auto& pFile) { return pSum + pFile.second.fOpenings; });
   }
 
   std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
@@ -85,7 +104,7 @@ class TMemoryFiles : public TInterfaced<IStorage> {
       if (const auto other = pFile.fOtherBytes.find(fOpening); other != pFile.fOtherBytes.end()) fBytes = other->second;
     }
     size_t Read(char* pBuffer, size_t pLength) override {
-      if (fFile.fGate) fFile.fGate->Pass();
+      if (fFile.fGate && fOpening == fFile.fGateAtOpening) fFile.fGate->Pass();
       TCriticalSectionLock lock(fLock);
       if (fOpening == fFile.fChangeAtOpening) ++fFile.fChanges;
       const size_t length = std::min(pLength, fBytes.size() - std::min(fBytes.size(), fPosition));
@@ -253,34 +272,72 @@ TEST(DuplicateSearch, ComparesBytesBeforeAGroupIsTold) {
   EXPECT_THAT(NotesOf(result), ElementsAre("e: has the checksum of other files, but other bytes", "f: not there"));
 }
 
-// A worker stands in the reading of the first file until the gate opens.
-TEST(DuplicateSearch, PausedItComputesNothingAndCancelledItAddsNothing) {
-  for (const bool isPaused : {true, false}) {
-    const auto files = MakeRef<TMemoryFiles>();
-    TGate gate;
-    for (const char16_t* name : {u"a", u"b", u"c"}) files->Add(name, "equal");
-    files->fFiles[u"/m/b"].fGate = &gate;
-    std::atomic<int> events = 0;
-    TDuplicateSearchSettings settings;
-    settings.fOnNewDuplicateAdded = [&events](const TRef<IHierarchicalObject>&) { ++events; };
-    TDuplicateSearch search(settings, files->Found());
-    gate.WaitUntilReached();
-    if (isPaused)
-      search.SetPaused(true);
-    else
-      search.Cancel();
-    gate.Open();
-    EXPECT_EQ(search.WaitForEnd(isPaused ? 250 : kForever), !isPaused);
-    EXPECT_EQ(events, 0);
-    EXPECT_EQ(files->fFiles[u"/m/c"].fOpenings, 0);
-    EXPECT_EQ(search.GetStatus() == ThreadPool::TTaskStatus::tsPaused, isPaused);
-    search.SetPaused(false);
-    ASSERT_TRUE(search.WaitForEnd(kForever));
-    EXPECT_EQ(search.GetStatus(),
-              isPaused ? ThreadPool::TTaskStatus::tsCompleted : ThreadPool::TTaskStatus::tsCanceled);
-    EXPECT_EQ(events, isPaused ? 2 : 0) << "one for the group of the first two, one for the third";
-    EXPECT_EQ(NamesOf(search.TakeResult()), isPaused ? (TGroups{{"a", "b", "c"}}) : TGroups());
+// One thread works. It stands at a gate in the phase, while the search is paused or cancelled.
+struct THeldPhase {
+  std::string_view fPhase;
+  // Where the gate is: at this opening of the large and of the small files. 0: in the event of the first equal folders.
+  int fLargeOpening;
+  int fSmallOpening;
+  bool fVerify;
+  int fEvents;             // told before the gate
+  TGroups fWhenCancelled;  // found before the gate
+};
+
+void CheckHeldPhase(const THeldPhase& pHeld, bool pIsPaused) {
+  SCOPED_TRACE(testing::Message() << (pIsPaused ? "paused while " : "cancelled while ") << pHeld.fPhase
+                                  << (pHeld.fVerify ? " (bytes)" : ""));
+  const auto files = MakeRef<TMemoryFiles>();
+  TGate gate;
+  const bool areFolders = pHeld.fLargeOpening == 0;
+  for (const char16_t* name : {u"1", u"2", u"a", u"b", u"c"}) {
+    const bool isLarge = *name >= u'a';
+    TMemoryFile& file =
+        files->Add(name + std::u16string(areFolders ? u"/file" : u""), isLarge ? std::string(5000, 'x') : "equal");
+    file.fGate = &gate;
+    file.fGateAtOpening = isLarge ? pHeld.fLargeOpening : pHeld.fSmallOpening;
   }
+  std::atomic<int> events = 0;
+  TDuplicateSearchSettings settings;
+  settings.fSmallChecksumSize = 100;
+  settings.fVerify = pHeld.fVerify;
+  settings.fTops = {u"/m"};
+  if (areFolders) settings.fSearchMode = TDuplicatesSearchMode::DuplicateFolders;
+  settings.fOnNewDuplicateAdded = [&](const TRef<IHierarchicalObject>&) {
+    ++events;
+    if (areFolders) gate.Pass();
+  };
+  TDuplicateSearch search(settings, files->Found());
+  gate.WaitUntilReached();
+  EXPECT_EQ(search.GetProgress().fPhase, pHeld.fPhase);
+  EXPECT_EQ(events, pHeld.fEvents);
+  const int openings = files->CountOpenings();
+  if (pIsPaused)
+    search.SetPaused(true);
+  else
+    search.Cancel();
+  gate.Open();
+  EXPECT_EQ(search.WaitForEnd(pIsPaused ? 250 : kForever), !pIsPaused);
+  EXPECT_EQ(files->CountOpenings(), openings) << "a file was opened";
+  EXPECT_EQ(events, pHeld.fEvents) << "a duplicate was added";
+  EXPECT_EQ(search.GetStatus(), pIsPaused ? ThreadPool::TTaskStatus::tsPaused : ThreadPool::TTaskStatus::tsCanceled);
+  search.SetPaused(false);
+  ASSERT_TRUE(search.WaitForEnd(kForever));
+  const TGroups all{{"1", "2"}, {"a", "b", "c"}};
+  EXPECT_EQ(NamesOf(search.TakeResult()), pIsPaused ? all : pHeld.fWhenCancelled);
+  EXPECT_EQ(events, pIsPaused ? 3 : pHeld.fEvents) << "one for each group, and one for the third file or folder";
+}
+
+TEST(DuplicateSearch, PausedItComputesNothingAndCancelledItAddsNothing) {
+  const TGroups small{{"1", "2"}};
+  const THeldPhase phases[] = {
+      {"Calculating small file checksums.", 1, -1, false, 1, small},
+      {"Calculating big file checksums.", 2, -1, false, 1, small},
+      {"Identifying duplicates.", 3, 2, true, 3, {}},
+      // The folders with the fewest bytes come first.
+      {"Calculating folder checksums.", 0, 0, false, 1, small},
+  };
+  for (const THeldPhase& held : phases)
+    for (const bool isPaused : {true, false}) CheckHeldPhase(held, isPaused);
 }
 
 TEST(DuplicatesGroupGenerator, TellsEachEventOnce) {
