@@ -9,6 +9,7 @@
 #include "automation/actions/DuplicateResults.h"
 #include "automation/actions/SearchResults.h"
 #include "automation/commandline/ExitCodes.h"
+#include "export/history/ChecksumDatabase.h"
 #include "export/text/RootDescription.h"
 #include "export/walk/MediaOptions.h"
 #include "platform/system/Console.h"
@@ -41,8 +42,14 @@ int TDuplicatesTask::Run(TSearchedFiles pSearched) {
   const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
   Search::TDuplicateSearchSettings settings = SearchSettings(pSearched);
   if (pSearched.fWasCancelled) pSearched.fFound.clear();
+  TRef<History::TChecksumDatabase> cache;
+  if (!fOptions->ChecksumCache.empty() && Search::ComparesContents(settings.fDuplicatesCompareTypes))
+    settings.fCache = cache = MakeRef<History::TChecksumDatabase>(FromNativeBytes(fOptions->ChecksumCache));
   TDuplicateSearch search(std::move(settings), std::move(pSearched.fFound));
   WaitFor(search);
+  if (cache) cache->Flush();
+  if (cache && !cache->Problem().empty())
+    fSettings.fWriteError("Warning: checksums are computed anew, or not kept. " + cache->Problem());
   const bool wasCancelled = pSearched.fWasCancelled || search.WasCancelled();
   Search::TDuplicateResult found = search.TakeResult();
   int result = Report(found.fNotes);

@@ -5,6 +5,7 @@ VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the 
 """
 
 import collections
+import contextlib
 import csv
 import hashlib
 import io
@@ -12,8 +13,10 @@ import os
 import pathlib
 import random
 import re
+import resource
 import shutil
 import signal
+import sqlite3
 import subprocess
 import tempfile
 import time
@@ -158,10 +161,10 @@ class DuplicatesTest(unittest.TestCase):
     def shown(self, path):
         return "Z:" + path.replace("/", "\\") if self.on_windows else path
 
-    def run_program(self, *arguments, code=OK):
+    def run_program(self, *arguments, code=OK, **settings):
         environment = os.environ | {"TZ": "UTC", "LC_ALL": "C.UTF-8"}
         process = wine.run([*self.command, "--nooptions", *arguments], stdin=subprocess.DEVNULL, capture_output=True,
-                           timeout=TIMEOUT, env=environment)
+                           timeout=TIMEOUT, env=environment, **settings)
         errors = wine.without_remarks(process.stderr).decode()
         self.assertEqual(process.returncode, code, errors)
         return process.stdout, errors
@@ -331,6 +334,74 @@ class DuplicatesTest(unittest.TestCase):
                 if shown:
                     self.assertTrue(output.endswith(" - cancelled\n"), output)
         self.assertEqual(pathlib.Path(earlier).read_bytes(), b"earlier")
+
+    def kept(self, database, query="SELECT COUNT(*) FROM CHECKSUMS"):
+        with contextlib.closing(sqlite3.connect(database)) as connection:
+            return connection.execute(query).fetchall()[0][0]
+
+    def test_kept_checksums_are_those_of_unchanged_files(self):
+        tree, database = f"{self.folder}/kept", f"{self.folder}/sums.db"
+        make_tree(tree, 11, False)
+        # What has just been written may change again within one tick of the clock, so it would not be kept.
+        time.sleep(max(0, 2.2 - (time.time() - max(os.lstat(entry.path).st_ctime for entry in read_files(tree)))))
+        arguments = ["--duplicates", "--checksumcache", self.shown(database), self.shown(tree)]
+
+        def check():
+            expected = equal_files([entry for entry in read_files(tree) if entry.size], lambda entry: entry.digest)
+            found, _ = self.found(*arguments)
+            self.check(found, expected)
+            return expected
+
+        groups = check()
+        rows = self.kept(database)
+        self.assertGreater(rows, 20)
+        self.assertEqual(check(), groups)
+        self.assertEqual(self.kept(database), rows)
+        # Other contents, with the size and the date of before.
+        largest = max(groups, key=groups.get)
+        path = max(largest)
+        status = os.lstat(path)
+        with open(path, "r+b") as file:
+            file.write(b"changed"[:status.st_size])
+        os.utime(path, ns=(status.st_atime_ns, status.st_mtime_ns))
+        self.assertNotIn(largest, check())
+
+    def test_a_cache_that_cannot_be_used_stops_no_search(self):
+        tree, database = self.trees[0], f"{self.folder}/bad.db"
+        expected = equal_files([entry for entry in read_files(tree) if entry.size], lambda entry: entry.digest)
+
+        def full():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (8192, 8192))
+
+        for name, contents, sql, problem, limit in (
+                ("a newer version", b"", "PRAGMA user_version=7", "another version of the program made the file", None),
+                ("another database", b"", "PRAGMA application_id=7", "the file holds no checksums", None),
+                ("damaged", b"x" * 5000, None, "file is not a database", None),
+                ("a full disk", b"", None, "(disk is full|disk I/O error)", full),
+                ("locked", b"", "BEGIN EXCLUSIVE", "database is locked", None)):
+            if limit and self.on_windows:
+                continue
+            with self.subTest(name), contextlib.ExitStack() as stack:
+                pathlib.Path(database).unlink(missing_ok=True)
+                if contents:
+                    pathlib.Path(database).write_bytes(contents)
+                elif not limit:
+                    self.run_program("--duplicates", "--checksumcache", self.shown(database), self.shown(tree))
+                if sql:
+                    connection = stack.enter_context(contextlib.closing(sqlite3.connect(database)))
+                    connection.execute(sql)
+                # Closing the file would give up the lock that this process has on it.
+                comparable = not limit and name != "locked"
+                before = pathlib.Path(database).read_bytes() if comparable else b""
+                output, errors = self.run_program("--duplicates", "--checksumcache", self.shown(database), "--pathlist", "-",
+                                                  "--null", self.shown(tree), preexec_fn=limit)
+                self.assertEqual(sorted(self.plain(path.decode()) for path in output.split(b"\0")[:-1]),
+                                 sorted(path for group in expected for path in group))
+                self.assertRegex(errors, rf"^Warning: checksums are computed anew, or not kept\. The database .*: .*{problem}"
+                                         r".*\r?\n$")
+                if comparable:
+                    self.assertEqual(pathlib.Path(database).read_bytes(), before)
 
     def test_what_cannot_be_compared_is_refused(self):
         tree = self.shown(self.trees[0])

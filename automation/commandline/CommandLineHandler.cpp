@@ -312,18 +312,26 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   // An options file that cannot be loaded does not stop help.
   if (!fUserOptionsError.empty() && !fState.fHelp && !fState.fVersion)
     fErrors.push_back(fUserOptionsError + ". /NOOPTIONS leaves it out");
-  if (fState.fSaveSettings && Vantrel::ToUtf8(Vantrel::FromNativeBytes(fOptions.HistoryFile)) != fOptions.HistoryFile)
-    fErrors.push_back("/SAVESETTINGS keeps text in UTF-8 only, and the name of the history is none: " +
-                      Vantrel::ToQuotedDisplay(Vantrel::FromNativeBytes(fOptions.HistoryFile)));
+  CheckSavedName(fOptions.HistoryFile, "the history");
+  CheckSavedName(fOptions.ChecksumCache, "the checksum cache");
   if (fErrors.empty()) return;
   std::string message;
   for (const std::string& error : fErrors) message.append(message.empty() ? "" : "\r\n").append(error);
   throw Vantrel::ECommandLineParserCriticalException(message, ecWrongCommandLine);
 }
 
+void TCommandLineHandler::CheckSavedName(const std::string& pFile, std::string_view pWhat) {
+  if (!fState.fSaveSettings || Vantrel::ToUtf8(Vantrel::FromNativeBytes(pFile)) == pFile) return;
+  fErrors.push_back(fmt::format("/SAVESETTINGS keeps text in UTF-8 only, and the name of {} is none: {}", pWhat,
+                                Vantrel::ToQuotedDisplay(Vantrel::FromNativeBytes(pFile))));
+}
+
 void TCommandLineHandler::CheckHistory() {
   // The path is made absolute, so that saved settings name the same file wherever the program is started.
   if (!fOptions.HistoryFile.empty()) fOptions.HistoryFile = Vantrel::ToNativeBytes(HistoryFile(fOptions));
+  if (!fOptions.ChecksumCache.empty())
+    fOptions.ChecksumCache =
+        Vantrel::ToNativeBytes(Vantrel::AbsolutePath(Vantrel::FromNativeBytes(fOptions.ChecksumCache)));
   if (fState.UsesHistory() && HistoryFile(fOptions).empty())
     fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
   if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())

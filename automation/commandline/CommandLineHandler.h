@@ -76,6 +76,8 @@ class TCommandLineHandler {
   void FinalizeExports();
   void CheckPictures();
   void CheckHistory();
+  // The settings cannot hold the name of a file that is no text.
+  void CheckSavedName(const std::string& pFile, std::string_view pWhat);
   void CheckScans();
   void CheckWindow();
 

@@ -47,9 +47,9 @@ bool IsBlank(char16_t pUnit) {
 // Sets the option from a token. Names of files keep their bytes. Other text that is not UTF-8 is refused, because it
 // would change.
 bool SetFromToken(const TOptionInfo& pOption, std::u16string_view pToken, TGlobalOptions& pOptions) {
-  constexpr std::string_view kNamesFile = "HistoryFile";
+  const bool namesFile = pOption.fName == "HistoryFile" || pOption.fName == "ChecksumCache";
   const std::string bytes = ToNativeBytes(pToken);
-  return (pOption.fName == kNamesFile || bytes == ToUtf8(pToken)) && pOption.fSet(pOptions, bytes);
+  return (namesFile || bytes == ToUtf8(pToken)) && pOption.fSet(pOptions, bytes);
 }
 
 }  // namespace

@@ -130,12 +130,13 @@ TRunFiles FilesOfRun(const TCommandLineState& pState, const std::u16string& pUse
     files.Add(Ntfs::ImageOfPath(path), TFileUse::fuRead, "an image to scan");
   files.Add(pState.fCompareFile, TFileUse::fuOldScan, "the scan to compare with");
   files.Add(pUserOptionsFile, TFileUse::fuSettings, "the settings");
-  if (pState.UsesHistory()) {
-    // While the database is open, it keeps other files beside it.
-    const std::u16string history = HistoryFile(*pState.fOptions);
+  // While a database is open, it keeps other files beside it.
+  const auto addDatabase = [&](const std::u16string& pFile, const char* pName) {
     for (const char16_t* ending : {u"", u"-journal", u"-wal", u"-shm"})
-      if (!history.empty()) files.Add(history + ending, TFileUse::fuWritten, "the history");
-  }
+      if (!pFile.empty()) files.Add(pFile + ending, TFileUse::fuWritten, pName);
+  };
+  if (pState.UsesHistory()) addDatabase(HistoryFile(*pState.fOptions), "the history");
+  if (pState.fDuplicates.fIsWanted) addDatabase(FromNativeBytes(pState.fOptions->ChecksumCache), "the checksum cache");
   files.Add(pState.fDebugLogFile, TFileUse::fuWritten, "the log");
   AddExports(files, pState);
   return files;

@@ -206,6 +206,8 @@ std::vector<TOptionInfo> SearchOptions() {
       Integer("SearchLimit", &TOptions::SearchLimit, 0, 0, kMostInt, "Results at which a search ends; 0 for no limit"),
       Boolean("NormalizeUnicode", &TOptions::NormalizeUnicode, false,
               "Find accented letters in both of their Unicode forms"),
+      Text("ChecksumCache", &TOptions::ChecksumCache, "", "", nullptr,
+           "File that keeps checksums for the next search for duplicates; none: not kept"),
   };
 }
 

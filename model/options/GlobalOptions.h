@@ -87,6 +87,7 @@ class TGlobalOptions {
   TMailSecurity MailSecurity = TMailSecurity::msStartTLS;
   std::string MailUser;
   std::string MailFrom;
+  std::string ChecksumCache;
   bool RecordHistory = false;
   std::string HistoryFile;
   bool CloseAfterExport = false;

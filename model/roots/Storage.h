@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,8 @@ struct TStoredFileFacts {
   uint64_t fIdHigh = 0;
   int64_t fSize = 0;
   TKivFileTime fLastChange{};
+  // Of anything: contents, names, rights. Programs cannot choose it. Not set: not known.
+  TKivFileTime fStatusChange{};
 
   bool HasId() const { return fId != 0 || fIdHigh != 0; }
   bool operator==(const TStoredFileFacts&) const = default;
@@ -68,6 +71,13 @@ class IStorage : public IInterface {
   virtual std::string ErrorText(uint32_t pCode) const = 0;
   // Opens a file for reading from its start. EOSError when it cannot be opened; reading throws the same.
   virtual std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const = 0;
+  // What the open file would tell of itself, without reading it. Nothing for what is no ordinary file, or if the
+  // storage cannot tell.
+  virtual std::optional<TStoredFileFacts> QueryFacts(const std::u16string&) const { return {}; }
+  // Whether reading here and there is much slower than reading on, as on a disk that rotates. False if not known.
+  virtual bool HasSeekPenalty(const std::u16string&) const { return false; }
+  // A number that is larger for files that lie further on in the same volume. Nothing if not known.
+  virtual std::optional<uint64_t> PlaceOnDisk(const std::u16string&) const { return {}; }
 };
 
 // The kinds of storage that the program knows. Any thread.

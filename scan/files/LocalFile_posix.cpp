@@ -14,6 +14,13 @@ namespace Vantrel::Storages {
 
 namespace {
 
+TStoredFileFacts FactsOf(const struct stat& pInfo) {
+  const auto time = [](const timespec& pTime) {
+    return TKivFileTime::FromUnix(pTime.tv_sec, static_cast<uint32_t>(pTime.tv_nsec));
+  };
+  return {pInfo.st_dev, pInfo.st_ino, 0, pInfo.st_size, time(pInfo.st_mtim), time(pInfo.st_ctim)};
+}
+
 class TLocalFile final : public IStoredFile {
  public:
   TLocalFile(int pHandle, std::u16string pPath) : fHandle(pHandle), fPath(std::move(pPath)) {}
@@ -47,8 +54,7 @@ class TLocalFile final : public IStoredFile {
   TStoredFileFacts GetFacts() override {
     struct stat info {};
     if (fstat(fHandle, &info) != 0) throw EOSError(static_cast<uint32_t>(errno), "Asking for a file's facts", fPath);
-    return {info.st_dev, info.st_ino, 0, info.st_size,
-            TKivFileTime::FromUnix(info.st_mtim.tv_sec, static_cast<uint32_t>(info.st_mtim.tv_nsec))};
+    return FactsOf(info);
   }
 
  private:
@@ -73,6 +79,13 @@ std::unique_ptr<IStoredFile> OpenLocalFile(const std::u16string& pPath) {
   if (!S_ISREG(info.st_mode))
     throw EOSError(static_cast<uint32_t>(S_ISDIR(info.st_mode) ? EISDIR : EINVAL), "Opening a file", pPath);
   return file;
+}
+
+std::optional<TStoredFileFacts> QueryLocalFacts(const std::u16string& pPath) {
+  struct stat info {};
+  if (fstatat(AT_FDCWD, ToNativeBytes(pPath).c_str(), &info, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0) return {};
+  if (!S_ISREG(info.st_mode)) return {};
+  return FactsOf(info);
 }
 
 }  // namespace Vantrel::Storages

@@ -38,6 +38,9 @@ class TLocalStorage : public TInterfaced<IStorage> {
   std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
     return OpenLocalFile(pPath);
   }
+  std::optional<TStoredFileFacts> QueryFacts(const std::u16string& pPath) const override {
+    return QueryLocalFacts(pPath);
+  }
 };
 
 }  // namespace

@@ -54,6 +54,11 @@ class TMountedNtfsStorage : public TInterfaced<IStorage> {
   std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const override {
     return fLocal->OpenFile(pPath, pContext);
   }
+  std::optional<TStoredFileFacts> QueryFacts(const std::u16string& pPath) const override {
+    return fLocal->QueryFacts(pPath);
+  }
+  bool HasSeekPenalty(const std::u16string& pPath) const override { return fLocal->HasSeekPenalty(pPath); }
+  std::optional<uint64_t> PlaceOnDisk(const std::u16string& pPath) const override { return fLocal->PlaceOnDisk(pPath); }
 
   TRef<IHierarchicalEnumerator> CreateEnumerator(const std::u16string& pPath,
                                                  const TScanContext& pContext) const override {

@@ -22,6 +22,8 @@ constexpr int64_t kPieces = 14;
 constexpr int64_t kPiece = 4 << 10;
 // How many files are open at a time while their bytes are compared.
 constexpr size_t kMostCompared = 32;
+// Two changes may have one date if the clock of the file system is coarse. The coarsest ones count every other second.
+constexpr int64_t kSettled = 2 * TKivFileTime::kTicksPerSecond;
 
 // What the small checksum reads of a file: offsets and lengths, ascending.
 struct TPart {
@@ -54,22 +56,53 @@ TChecksumReader::TChecksumReader(TDuplicatesRun& pRun)
       fCalculator(CreateHashCalculator(pRun.ChecksumKind())),
       fBuffer(kBlock) {}
 
+bool TChecksumReader::ReadsAllAtOnce(int64_t pSize) const {
+  return fSmall == 0 || pSize <= kSmallSumsInWhole * fSmall;
+}
+
 std::optional<TFileSum> TChecksumReader::First(TDuplicateFile& pFile, const TGoesOn& pGoesOn) {
-  const TOpened opened = Open(pFile);
+  std::optional<TFileSum> known;
+  if (TryFindFirst(pFile, known)) return known;
+  TOpened opened = Open(pFile);
   if (!fRun.IsFirstName(pFile, opened.fFacts)) return {};
   if (!fReadsContents) return TFileSum{{}, true};
   const int64_t size = opened.fFacts.fSize;
-  const bool isWhole = fSmall == 0 || size <= kSmallSumsInWhole * fSmall;
+  const bool isWhole = ReadsAllAtOnce(size);
   if (!(isWhole ? ReadWhole(*opened.fFile, size, pGoesOn) : ReadPieces(*opened.fFile, size, pGoesOn))) return {};
-  CheckUnchanged(opened);
-  return TFileSum{(isWhole ? fCalculator : fSmallCalculator)->Finish(), isWhole};
+  return FinishSum(opened, isWhole);
 }
 
 std::optional<TFileSum> TChecksumReader::Whole(TDuplicateFile& pFile, const TGoesOn& pGoesOn) {
-  const TOpened opened = Open(pFile);
+  TOpened opened = Open(pFile);
   if (!ReadWhole(*opened.fFile, opened.fFacts.fSize, pGoesOn)) return {};
-  CheckUnchanged(opened);
-  return TFileSum{fCalculator->Finish(), true};
+  return FinishSum(opened, true);
+}
+
+bool TChecksumReader::TryFindFirst(TDuplicateFile& pFile, std::optional<TFileSum>& pSum) {
+  const TRef<IStorage>& storage = pFile.fItem.fFolder->fStorage;
+  const TRef<IChecksumCache>& cache = fRun.Settings().fCache;
+  if (!cache || !storage || !fReadsContents) return false;
+  const std::optional<TStoredFileFacts> facts = storage->QueryFacts(pFile.GetFullPath());
+  if (!facts) return false;
+  const bool isWhole = ReadsAllAtOnce(facts->fSize);
+  const std::optional<TMD5Hash> sum = cache->Find(*facts, CachedKind(isWhole));
+  if (!sum) return false;
+  CheckFacts(pFile, *facts);
+  if (!fRun.IsFirstName(pFile, *facts)) return true;
+  pSum = TFileSum{*sum, isWhole, isWhole ? std::nullopt : cache->Find(*facts, CachedKind(true))};
+  return true;
+}
+
+TCachedSumKind TChecksumReader::CachedKind(bool pIsWhole) const {
+  return pIsWhole ? CachedSumOfAll(fRun.ChecksumKind()) : CachedSmallSum(fSmall);
+}
+
+TFileSum TChecksumReader::FinishSum(TOpened& pOpened, bool pIsWhole) {
+  CheckUnchanged(pOpened);
+  const TMD5Hash hash = (pIsWhole ? fCalculator : fSmallCalculator)->Finish();
+  if (const TRef<IChecksumCache>& cache = fRun.Settings().fCache; cache && pOpened.fIsSettled)
+    cache->Add(pOpened.fFacts, CachedKind(pIsWhole), hash);
+  return {hash, pIsWhole};
 }
 
 // What an earlier reading left in the calculators, when it ended in the middle, is thrown away here.
@@ -80,16 +113,26 @@ TChecksumReader::TOpened TChecksumReader::Open(TDuplicateFile& pFile) const {
   if (!storage) throw EFileChanged("cannot be opened, since it is part of a saved scan");
   TOpened opened{storage->OpenFile(pFile.GetFullPath(), {TRef<ICancellationIndicator>(fRun.Token().get())}), {}};
   opened.fFacts = opened.fFile->GetFacts();
-  const bool isSame =
-      opened.fFacts.fSize == pFile.GetSize() && (!pFile.fIsOpened || opened.fFacts.fLastChange == pFile.fFirstChange);
-  if (!isSame) throw EFileChanged("changed during the search");
-  pFile.fIsOpened = true;
-  pFile.fFirstChange = opened.fFacts.fLastChange;
+  const TStoredFileFacts& facts = opened.fFacts;
+  opened.fIsSettled = facts.HasId() && facts.fStatusChange.IsSet() &&
+                      std::max(facts.fStatusChange, facts.fLastChange).fTicks + kSettled < TKivFileTime::Now().fTicks;
+  CheckFacts(pFile, facts);
   return opened;
 }
 
-void TChecksumReader::CheckUnchanged(const TOpened& pOpened) const {
-  if (pOpened.fFile->GetFacts() != pOpened.fFacts) throw EFileChanged("changed while it was read");
+void TChecksumReader::CheckFacts(TDuplicateFile& pFile, const TStoredFileFacts& pFacts) {
+  const bool isSame = pFacts.fSize == pFile.GetSize() && (!pFile.fIsOpened || pFacts.fLastChange == pFile.fFirstChange);
+  if (!isSame) throw EFileChanged("changed during the search");
+  pFile.fIsOpened = true;
+  pFile.fFirstChange = pFacts.fLastChange;
+}
+
+// A new name or other rights are no change of the contents. But the checksum is then not kept.
+void TChecksumReader::CheckUnchanged(TOpened& pOpened) const {
+  TStoredFileFacts now = pOpened.fFile->GetFacts();
+  if (now.fStatusChange != pOpened.fFacts.fStatusChange) pOpened.fIsSettled = false;
+  now.fStatusChange = pOpened.fFacts.fStatusChange;
+  if (now != pOpened.fFacts) throw EFileChanged("changed while it was read");
 }
 
 bool TChecksumReader::ReadWhole(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn) {
@@ -147,7 +190,7 @@ std::optional<std::vector<bool>> TChecksumReader::AreEqual(std::span<const TRef<
 
 bool TChecksumReader::CompareSome(TDuplicateFile& pFirst, std::span<const TRef<TDuplicateFile>> pOthers,
                                   std::vector<bool>& pAreEqual, const TGoesOn& pGoesOn) {
-  const TOpened first = Open(pFirst);
+  TOpened first = Open(pFirst);
   std::vector<TOpened> opened(pOthers.size());
   // Does something with each file that is still equal.
   const auto forEach = [&](const auto& pDo) {
@@ -178,7 +221,7 @@ bool TChecksumReader::CompareSome(TDuplicateFile& pFirst, std::span<const TRef<T
     });
   } while (length == fBuffer.size());
   CheckUnchanged(first);
-  forEach([&](const TOpened& pOther) {
+  forEach([&](TOpened& pOther) {
     CheckUnchanged(pOther);
     return true;
   });

@@ -22,6 +22,8 @@ class EFileChanged : public EException {
 struct TFileSum {
   TMD5Hash fHash;
   bool fIsWhole = false;
+  // For a checksum of some bytes: the one of all bytes as well, if the cache has it.
+  std::optional<TMD5Hash> fKnownWhole{};
 };
 
 // For one thread at a time. All calls throw EOSError for a file that cannot be read, and EFileChanged.
@@ -47,9 +49,19 @@ class TChecksumReader final {
   struct TOpened {
     std::unique_ptr<IStoredFile> fFile;
     TStoredFileFacts fFacts;
+    // The last change lies so far back that the next one will have another date.
+    bool fIsSettled = false;
   };
   TOpened Open(TDuplicateFile& pFile) const;
-  void CheckUnchanged(const TOpened& pOpened) const;
+  // The file is the one that was listed, and opened before.
+  static void CheckFacts(TDuplicateFile& pFile, const TStoredFileFacts& pFacts);
+  // After reading: ends with an exception if the file has changed, else keeps the checksum.
+  TFileSum FinishSum(TOpened& pOpened, bool pIsWhole);
+  void CheckUnchanged(TOpened& pOpened) const;
+  bool ReadsAllAtOnce(int64_t pSize) const;
+  TCachedSumKind CachedKind(bool pIsWhole) const;
+  // False if the cache does not have the first checksum of the file. Otherwise pSum is what First returns.
+  bool TryFindFirst(TDuplicateFile& pFile, std::optional<TFileSum>& pSum);
   bool ReadWhole(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn);
   bool ReadPieces(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn);
   bool ReadPiece(IStoredFile& pFile, int64_t pLength, HashUtils::IHashCalculator& pCalculator, const TGoesOn& pGoesOn);

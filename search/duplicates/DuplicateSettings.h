@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "scan/engine/ThreadPool.h"
+#include "search/duplicates/ChecksumCache.h"
 #include "search/duplicates/DuplicateModes.h"
 #include "search/duplicates/DuplicatesGroupGenerator.h"
 #include "search/duplicates/HashUtils.h"
@@ -24,6 +25,8 @@ struct TDuplicateSearchSettings {
   bool fWithEmpty = false;
   // Compares the bytes of a group's files before the group is told.
   bool fVerify = false;
+  // Checksums of earlier searches. nullptr: every file is read. Bytes are compared on the storage all the same.
+  TRef<IChecksumCache> fCache{};
   // For folders: the paths that were searched, and the folders of which not everything was listed.
   std::vector<std::u16string> fTops{};
   std::vector<std::u16string> fIncompleteFolders{};

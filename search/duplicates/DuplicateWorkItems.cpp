@@ -54,15 +54,23 @@ void TDuplicateQueryHashWorkItem::DoWork() {
 }
 
 bool TDuplicateQueryHashWorkItem::QueryHash() {
-  std::unique_ptr<TChecksumReader> reader = fRun.TakeReader();
-  const auto goesOn = [this] { return GoesOn(); };
   TDuplicateFile& file = *fParameters.fFile;
   const bool isFirst = fParameters.fPass == TChecksumPass::cpFirst;
+  if (!isFirst && file.fHasHash) {
+    fMD5Hash = file.fHash;
+    return fIsWhole = true;
+  }
+  std::unique_ptr<TChecksumReader> reader = fRun.TakeReader();
+  const auto goesOn = [this] { return GoesOn(); };
   const std::optional<TFileSum> sum = isFirst ? reader->First(file, goesOn) : reader->Whole(file, goesOn);
   fRun.GiveReader(std::move(reader));
   if (!sum) return false;
   fMD5Hash = KeyOf(sum->fHash, file.fBucket);
   fIsWhole = sum->fIsWhole;
+  if (sum->fKnownWhole) {
+    file.fHash = KeyOf(*sum->fKnownWhole, file.fBucket);
+    file.fHasHash = true;
+  }
   return true;
 }
 

@@ -78,9 +78,10 @@ TEST(CommandLineHandler, CollectsPaths) {
 }
 
 TEST(CommandLineHandler, TheHistoryThatIsSavedIsTheSameFromEveryFolder) {
-  TCommandLine history(u"--SaveSettings --HistoryFile sub/h.db");
+  TCommandLine history(u"--SaveSettings --HistoryFile sub/h.db --ChecksumCache sub/s.db");
   history.Refusal();
   EXPECT_EQ(history.fOptions.HistoryFile, ToNativeBytes(AbsolutePath(u"sub/h.db")));
+  EXPECT_EQ(history.fOptions.ChecksumCache, ToNativeBytes(AbsolutePath(u"sub/s.db")));
 }
 
 TEST(CommandLineHandler, TakesPatterns) {

@@ -38,6 +38,7 @@ struct TMemoryFile {
   int fOpenings = 0;
   int64_t fBytesRead = 0;
   int64_t fChanges = 0;
+  TKivFileTime fStatusChange{1};
 };
 
 class TMemoryFiles : public TInterfaced<IStorage> {
@@ -73,6 +74,10 @@ class TMemoryFiles : public TInterfaced<IStorage> {
     }
     return found;
   }
+  std::optional<TStoredFileFacts> QueryFacts(const std::u16string& pPath) const override {
+    TCriticalSectionLock lock(fLock);
+    return FactsOf(fFiles.at(pPath));
+  }
   int CountOpenings() const {
     TCriticalSectionLock lock(fLock);
     return std::accumulate(fFiles.begin(), fFiles.end(), 0,
@@ -97,6 +102,10 @@ class TMemoryFiles : public TInterfaced<IStorage> {
   std::string ErrorText(uint32_t) const override { return "not there"; }
 
  private:
+  static TStoredFileFacts FactsOf(const TMemoryFile& pFile) {
+    return {1, pFile.fId, 0, static_cast<int64_t>(pFile.fBytes.size()), {1 + pFile.fChanges}, pFile.fStatusChange};
+  }
+
   class TOpenFile final : public IStoredFile {
    public:
     TOpenFile(TMemoryFile& pFile, TCriticalSection& pLock)
@@ -115,7 +124,7 @@ class TMemoryFiles : public TInterfaced<IStorage> {
     }
     TStoredFileFacts GetFacts() override {
       TCriticalSectionLock lock(fLock);
-      return {1, fFile.fId, 0, static_cast<int64_t>(fFile.fBytes.size()), {1 + fFile.fChanges}};
+      return FactsOf(fFile);
     }
     bool TrySeek(uint64_t pPosition) override {
       fPosition = pPosition;
@@ -250,6 +259,70 @@ TEST(DuplicateSearch, WhatChangesOrCannotBeReadLeavesItsGroup) {
                                            "shorter: became shorter while it was read",
                                            "written in the first pass: changed while it was read",
                                            "written in the second pass: changed while it was read"));
+}
+
+class TMemoryCache final : public TInterfaced<IChecksumCache> {
+ public:
+  std::optional<TMD5Hash> Find(const TStoredFileFacts& pFacts, TCachedSumKind pKind) override {
+    TCriticalSectionLock lock(fLock);
+    for (const auto& [facts, kind, hash] : fSums)
+      if (facts == pFacts && kind == pKind) return hash;
+    return {};
+  }
+  void Add(const TStoredFileFacts& pFacts, TCachedSumKind pKind, const TMD5Hash& pHash) override {
+    TCriticalSectionLock lock(fLock);
+    fSums.emplace_back(pFacts, pKind, pHash);
+  }
+
+ private:
+  TCriticalSection fLock;
+  std::vector<std::tuple<TStoredFileFacts, TCachedSumKind, TMD5Hash>> fSums GUARDED_BY(fLock);
+};
+
+TEST(DuplicateSearch, WithChecksumsKeptItOpensOnlyWhatChanged) {
+  const auto files = MakeRef<TMemoryFiles>();
+  const std::string bytes(5000, 'x');
+  for (const char16_t* name : {u"a", u"b"}) files->Add(name, bytes);
+  files->Add(u"c", bytes.substr(1) + "y");
+  files->Add(u"link", bytes).fId = files->fFiles[u"/m/a"].fId;
+  for (const char16_t* name : {u"s", u"t"}) files->Add(name, "small");
+  files->Add(u"u", "other");
+  files->Add(u"young", bytes).fStatusChange = TKivFileTime::Now();
+  TDuplicateSearchSettings settings;
+  settings.fSmallChecksumSize = 100;
+  settings.fCache = MakeRef<TMemoryCache>();
+  // Searches again. Returns the names of what was opened.
+  const auto opened = [&](const TGroups& pExpected) {
+    for (auto& [path, file] : files->fFiles) file.fOpenings = 0;
+    EXPECT_EQ(NamesOf(Search(*files, settings)), pExpected);
+    std::vector<std::string> names;
+    for (const auto& [path, file] : files->fFiles)
+      if (file.fOpenings > 0) names.push_back(ToUtf8(path.substr(3)));
+    return names;
+  };
+  const TGroups same{{"a", "b", "=link", "young"}, {"s", "t"}};
+  EXPECT_THAT(opened(same), testing::Contains("b"));
+  EXPECT_THAT(opened(same), ElementsAre("young")) << "it may change again without another date";
+  files->fFiles.erase(u"/m/young");
+  const TGroups without{{"a", "b", "=link"}, {"s", "t"}};
+  EXPECT_THAT(opened(without), IsEmpty());
+  // The date of the last change is what programs say it is, the other one is the system's.
+  files->fFiles[u"/m/c"].fBytes = bytes;
+  ++files->fFiles[u"/m/c"].fStatusChange.fTicks;
+  files->fFiles[u"/m/t"].fBytes = "SMALL";
+  ++files->fFiles[u"/m/t"].fChanges;
+  const TGroups changed{{"a", "b", "c", "=link"}};
+  EXPECT_THAT(opened(changed), ElementsAre("c", "t"));
+  EXPECT_THAT(opened(changed), IsEmpty());
+  files->Add(u"new", bytes);
+  EXPECT_THAT(opened({{"a", "b", "c", "=link", "new"}}), ElementsAre("new"));
+  settings.fDuplicatesCompareTypes = {TDuplicatesCompareType::ctMD5};
+  EXPECT_THAT(opened({{"a", "b", "c", "=link", "new"}}), testing::Contains("b")) << "another checksum";
+  // Bytes that change without a date: a checksum that was kept is not enough.
+  files->fFiles[u"/m/b"].fBytes.back() = 'z';
+  EXPECT_THAT(opened({{"a", "b", "c", "=link", "new"}}), IsEmpty());
+  settings.fVerify = true;
+  EXPECT_THAT(opened({{"a", "c", "=link", "new"}}), testing::Contains("b"));
 }
 
 // The third opening is the comparison of bytes. What a storage gives there and not before stands for two files with one
