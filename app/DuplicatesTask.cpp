@@ -72,6 +72,10 @@ Search::TDuplicateSearchSettings TDuplicatesTask::SearchSettings(const TSearched
   settings.fTops = pSearched.fTops;
   settings.fIncompleteFolders = pSearched.fIncompleteFolders;
   settings.fThreads = fOptions->MaximumThreads;
+  const TRef<IStorage> storage = pSearched.fFound.empty() ? nullptr : pSearched.fFound.front().fFolder->fStorage;
+  settings.fReadsInOrder =
+      storage && std::any_of(pSearched.fTops.begin(), pSearched.fTops.end(),
+                             [&](const std::u16string& pTop) { return storage->HasSeekPenalty(pTop); });
   settings.fPriority = fOptions->ThreadPriority;
   return settings;
 }

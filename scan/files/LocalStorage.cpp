@@ -2,6 +2,7 @@
 
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
+#include "scan/files/DiskOrder.h"
 #include "scan/files/LocalFile.h"
 #include "scan/storage/EnumeratorFactory.h"
 #include "scan/storage/FileSystemEnumerator.h"
@@ -41,6 +42,8 @@ class TLocalStorage : public TInterfaced<IStorage> {
   std::optional<TStoredFileFacts> QueryFacts(const std::u16string& pPath) const override {
     return QueryLocalFacts(pPath);
   }
+  bool HasSeekPenalty(const std::u16string& pPath) const override { return LiesOnRotatingDisk(pPath); }
+  std::optional<uint64_t> PlaceOnDisk(const std::u16string& pPath) const override { return PlaceOfFile(pPath); }
 };
 
 }  // namespace

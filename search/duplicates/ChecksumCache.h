@@ -10,11 +10,14 @@
 
 namespace Vantrel::Search {
 
-// Which checksum of a file it is: of all its bytes by a checksum's own number, or the small one that reads so many
-// bytes at the beginning. Kept in files, so the numbers must not change.
+// Which checksum of a file it is: of all its bytes by a checksum's own number, of pieces so far from each other, or the
+// small one that reads so many bytes at the beginning. Kept in files, so the numbers must not change.
 enum class TCachedSumKind : int64_t {};
 constexpr TCachedSumKind CachedSumOfAll(HashUtils::TChecksumKind pKind) {
   return TCachedSumKind{static_cast<int64_t>(pKind)};
+}
+constexpr TCachedSumKind CachedSumOfPieces(int64_t pBetween) {
+  return TCachedSumKind{-pBetween};
 }
 constexpr TCachedSumKind CachedSmallSum(int64_t pSmallChecksumSize) {
   return TCachedSumKind{16 + pSmallChecksumSize};

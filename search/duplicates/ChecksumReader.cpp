@@ -15,36 +15,51 @@ constexpr size_t kBlock = 256 << 10;
 // A file that is at most this many times as long as the small checksum is read as a whole at once: opening it again
 // would cost more.
 constexpr int64_t kSmallSumsInWhole = 4;
-// From this size on, the end of a file is looked at as well; from the other one on, pieces between.
+// From this size on, the end of a file is looked at as well.
 constexpr int64_t kWithEnd = 1 << 20;
-constexpr int64_t kWithPieces = 16 << 20;
-constexpr int64_t kPieces = 14;
+// Pieces are small beside what lies between them, so that it costs little to look at them in vain. Two files that
+// differ in a longer stretch of bytes are told apart without reading them as a whole.
 constexpr int64_t kPiece = 4 << 10;
+constexpr int64_t kBetweenPieces = 256 << 10;
+// On a rotating disk, a piece takes as long as a megabyte of what follows it.
+constexpr int64_t kBetweenPiecesInOrder = 16 << 20;
+constexpr int64_t kFewestPieces = 64;
+constexpr int64_t kMostPieces = 4096;
 // How many files are open at a time while their bytes are compared.
 constexpr size_t kMostCompared = 32;
 // Two changes may have one date if the clock of the file system is coarse. The coarsest ones count every other second.
 constexpr int64_t kSettled = 2 * TKivFileTime::kTicksPerSecond;
 
-// What the small checksum reads of a file: offsets and lengths, ascending.
-struct TPart {
-  int64_t fOffset;
-  int64_t fLength;
-};
-
-std::vector<TPart> PartsOf(int64_t pSize, int64_t pSmall) {
-  std::vector<TPart> parts{{0, pSmall}};
-  if (pSize >= std::max(kWithPieces, (kPieces + 2) * (kPiece + pSmall)))
-    for (int64_t i = 1; i <= kPieces; ++i) parts.push_back({pSize / (kPieces + 1) * i - kPiece, kPiece});
-  if (pSize >= std::max(kWithEnd, 2 * pSmall)) parts.push_back({pSize - pSmall, pSmall});
-  return parts;
+int64_t BetweenPieces(int64_t pSize, bool pInOrder) {
+  const int64_t between = pInOrder ? kBetweenPiecesInOrder : kBetweenPieces;
+  return std::max(between, pSize / kMostPieces / kPiece * kPiece);
 }
 
 }  // namespace
 
-int64_t TChecksumReader::BytesOfFirst(int64_t pSize, int64_t pSmall) {
-  if (pSmall == 0 || pSize <= kSmallSumsInWhole * pSmall) return pSize;
+bool TChecksumReader::HasPieces(int64_t pSize, const TDuplicateSearchSettings& pSettings) {
+  const int64_t between = std::max(BetweenPieces(pSize, pSettings.fReadsInOrder), pSettings.fSmallChecksumSize);
+  return pSettings.fSmallChecksumSize > 0 && pSize >= kFewestPieces * between;
+}
+
+std::vector<TChecksumReader::TPart> TChecksumReader::PartsOf(int64_t pSize, TChecksumPass pPass,
+                                                             const TDuplicateSearchSettings& pSettings) {
+  const int64_t small = pSettings.fSmallChecksumSize;
+  if (pPass == TChecksumPass::cpWhole || small == 0 || pSize <= kSmallSumsInWhole * small) return {{0, pSize}};
+  std::vector<TPart> parts;
+  if (pPass == TChecksumPass::cpFirst) {
+    parts.push_back({0, small});
+    if (pSize >= std::max(kWithEnd, 2 * small)) parts.push_back({pSize - small, small});
+  } else {
+    const int64_t between = BetweenPieces(pSize, pSettings.fReadsInOrder);
+    for (int64_t end = between; end < pSize; end += between) parts.push_back({end - kPiece, kPiece});
+  }
+  return parts;
+}
+
+int64_t TChecksumReader::BytesOf(int64_t pSize, TChecksumPass pPass, const TDuplicateSearchSettings& pSettings) {
   int64_t bytes = 0;
-  for (const TPart& part : PartsOf(pSize, pSmall)) bytes += part.fLength;
+  for (const TPart& part : PartsOf(pSize, pPass, pSettings)) bytes += part.fLength;
   return bytes;
 }
 
@@ -56,53 +71,48 @@ TChecksumReader::TChecksumReader(TDuplicatesRun& pRun)
       fCalculator(CreateHashCalculator(pRun.ChecksumKind())),
       fBuffer(kBlock) {}
 
-bool TChecksumReader::ReadsAllAtOnce(int64_t pSize) const {
-  return fSmall == 0 || pSize <= kSmallSumsInWhole * fSmall;
+bool TChecksumReader::IsWhole(int64_t pSize, TChecksumPass pPass) const {
+  return pPass == TChecksumPass::cpWhole || fSmall == 0 || pSize <= kSmallSumsInWhole * fSmall;
 }
 
-std::optional<TFileSum> TChecksumReader::First(TDuplicateFile& pFile, const TGoesOn& pGoesOn) {
+TCachedSumKind TChecksumReader::CachedKind(int64_t pSize, TChecksumPass pPass) const {
+  if (IsWhole(pSize, pPass)) return CachedSumOfAll(fRun.ChecksumKind());
+  if (pPass == TChecksumPass::cpFirst) return CachedSmallSum(fSmall);
+  return CachedSumOfPieces(BetweenPieces(pSize, fRun.Settings().fReadsInOrder));
+}
+
+std::optional<TFileSum> TChecksumReader::Sum(TDuplicateFile& pFile, TChecksumPass pPass, const TGoesOn& pGoesOn) {
   std::optional<TFileSum> known;
-  if (TryFindFirst(pFile, known)) return known;
+  if (TryFind(pFile, pPass, known)) return known;
   TOpened opened = Open(pFile);
-  if (!fRun.IsFirstName(pFile, opened.fFacts)) return {};
+  if (pPass == TChecksumPass::cpFirst && !fRun.IsFirstName(pFile, opened.fFacts)) return {};
   if (!fReadsContents) return TFileSum{{}, true};
   const int64_t size = opened.fFacts.fSize;
-  const bool isWhole = ReadsAllAtOnce(size);
-  if (!(isWhole ? ReadWhole(*opened.fFile, size, pGoesOn) : ReadPieces(*opened.fFile, size, pGoesOn))) return {};
-  return FinishSum(opened, isWhole);
+  const bool isWhole = IsWhole(size, pPass);
+  HashUtils::IHashCalculator& calculator = isWhole ? *fCalculator : *fSmallCalculator;
+  if (!ReadParts(*opened.fFile, PartsOf(size, pPass, fRun.Settings()), calculator, pGoesOn)) return {};
+  CheckUnchanged(opened);
+  const TMD5Hash hash = calculator.Finish();
+  if (const TRef<IChecksumCache>& cache = fRun.Settings().fCache; cache && opened.fIsSettled)
+    cache->Add(opened.fFacts, CachedKind(size, pPass), hash);
+  return TFileSum{hash, isWhole};
 }
 
-std::optional<TFileSum> TChecksumReader::Whole(TDuplicateFile& pFile, const TGoesOn& pGoesOn) {
-  TOpened opened = Open(pFile);
-  if (!ReadWhole(*opened.fFile, opened.fFacts.fSize, pGoesOn)) return {};
-  return FinishSum(opened, true);
-}
-
-bool TChecksumReader::TryFindFirst(TDuplicateFile& pFile, std::optional<TFileSum>& pSum) {
+bool TChecksumReader::TryFind(TDuplicateFile& pFile, TChecksumPass pPass, std::optional<TFileSum>& pSum) {
   const TRef<IStorage>& storage = pFile.fItem.fFolder->fStorage;
   const TRef<IChecksumCache>& cache = fRun.Settings().fCache;
   if (!cache || !storage || !fReadsContents) return false;
   const std::optional<TStoredFileFacts> facts = storage->QueryFacts(pFile.GetFullPath());
   if (!facts) return false;
-  const bool isWhole = ReadsAllAtOnce(facts->fSize);
-  const std::optional<TMD5Hash> sum = cache->Find(*facts, CachedKind(isWhole));
+  const std::optional<TMD5Hash> sum = cache->Find(*facts, CachedKind(facts->fSize, pPass));
   if (!sum) return false;
   CheckFacts(pFile, *facts);
-  if (!fRun.IsFirstName(pFile, *facts)) return true;
-  pSum = TFileSum{*sum, isWhole, isWhole ? std::nullopt : cache->Find(*facts, CachedKind(true))};
+  const bool isFirst = pPass == TChecksumPass::cpFirst;
+  if (isFirst && !fRun.IsFirstName(pFile, *facts)) return true;
+  pSum = TFileSum{*sum, IsWhole(facts->fSize, pPass)};
+  if (isFirst && !pSum->fIsWhole)
+    pSum->fKnownWhole = cache->Find(*facts, CachedKind(facts->fSize, TChecksumPass::cpWhole));
   return true;
-}
-
-TCachedSumKind TChecksumReader::CachedKind(bool pIsWhole) const {
-  return pIsWhole ? CachedSumOfAll(fRun.ChecksumKind()) : CachedSmallSum(fSmall);
-}
-
-TFileSum TChecksumReader::FinishSum(TOpened& pOpened, bool pIsWhole) {
-  CheckUnchanged(pOpened);
-  const TMD5Hash hash = (pIsWhole ? fCalculator : fSmallCalculator)->Finish();
-  if (const TRef<IChecksumCache>& cache = fRun.Settings().fCache; cache && pOpened.fIsSettled)
-    cache->Add(pOpened.fFacts, CachedKind(pIsWhole), hash);
-  return {hash, pIsWhole};
 }
 
 // What an earlier reading left in the calculators, when it ended in the middle, is thrown away here.
@@ -135,31 +145,22 @@ void TChecksumReader::CheckUnchanged(TOpened& pOpened) const {
   if (now != pOpened.fFacts) throw EFileChanged("changed while it was read");
 }
 
-bool TChecksumReader::ReadWhole(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn) {
-  return ReadPiece(pFile, pSize, *fCalculator, pGoesOn);
-}
-
-bool TChecksumReader::ReadPieces(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn) {
+bool TChecksumReader::ReadParts(IStoredFile& pFile, std::span<const TPart> pParts,
+                                HashUtils::IHashCalculator& pCalculator, const TGoesOn& pGoesOn) {
   int64_t position = 0;
-  for (const TPart& part : PartsOf(pSize, fSmall)) {
+  for (const TPart& part : pParts) {
     if (part.fOffset > position && !pFile.TrySeek(static_cast<uint64_t>(part.fOffset)))
       throw EFileChanged("can only be read from its start");
-    if (!ReadPiece(pFile, part.fLength, *fSmallCalculator, pGoesOn)) return false;
+    for (int64_t left = part.fLength; left > 0;) {
+      if (!pGoesOn()) return false;
+      const size_t wanted = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(fBuffer.size())));
+      const size_t length = pFile.Read(fBuffer.data(), wanted);
+      if (length == 0) throw EFileChanged("became shorter while it was read");
+      pCalculator.Add({fBuffer.data(), length});
+      fRun.CountBytes(length);
+      left -= static_cast<int64_t>(length);
+    }
     position = part.fOffset + part.fLength;
-  }
-  return true;
-}
-
-bool TChecksumReader::ReadPiece(IStoredFile& pFile, int64_t pLength, HashUtils::IHashCalculator& pCalculator,
-                                const TGoesOn& pGoesOn) {
-  for (int64_t left = pLength; left > 0;) {
-    if (!pGoesOn()) return false;
-    const size_t wanted = static_cast<size_t>(std::min<int64_t>(left, static_cast<int64_t>(fBuffer.size())));
-    const size_t length = pFile.Read(fBuffer.data(), wanted);
-    if (length == 0) throw EFileChanged("became shorter while it was read");
-    pCalculator.Add({fBuffer.data(), length});
-    fRun.CountBytes(length);
-    left -= static_cast<int64_t>(length);
   }
   return true;
 }

@@ -18,6 +18,10 @@ class EFileChanged : public EException {
   using EException::EException;
 };
 
+// What is read of a file: at first some bytes of a large one and all of a small one, then pieces from everywhere in a
+// large one, then all.
+enum class TChecksumPass : uint8_t { cpFirst, cpPieces, cpWhole };
+
 // A checksum of a file, of all its bytes or of some.
 struct TFileSum {
   TMD5Hash fHash;
@@ -34,18 +38,26 @@ class TChecksumReader final {
 
   explicit TChecksumReader(TDuplicatesRun& pRun);
 
-  // The first look at a file. Reads some bytes of a large file and all of a small one. Nothing for a further name of a
-  // file, which is not read.
-  std::optional<TFileSum> First(TDuplicateFile& pFile, const TGoesOn& pGoesOn);
-  std::optional<TFileSum> Whole(TDuplicateFile& pFile, const TGoesOn& pGoesOn);
+  // In cpFirst, nothing for a further name of a file, which is not read.
+  std::optional<TFileSum> Sum(TDuplicateFile& pFile, TChecksumPass pPass, const TGoesOn& pGoesOn);
   // Which of the files have the same bytes as the first one. As many values as files; the first one's is true. Another
   // file that cannot be read, or that has changed, leaves the search and is not equal.
   std::optional<std::vector<bool>> AreEqual(std::span<const TRef<TDuplicateFile>> pFiles, const TGoesOn& pGoesOn);
 
-  // How many bytes First reads at most.
-  static int64_t BytesOfFirst(int64_t pSize, int64_t pSmall);
+  // How many bytes a pass reads at most.
+  static int64_t BytesOf(int64_t pSize, TChecksumPass pPass, const TDuplicateSearchSettings& pSettings);
+  // Whether the file is so large that pieces are looked at before the whole.
+  static bool HasPieces(int64_t pSize, const TDuplicateSearchSettings& pSettings);
 
  private:
+  // Bytes that a checksum is made of.
+  struct TPart {
+    int64_t fOffset;
+    int64_t fLength;
+  };
+  // Ascending.
+  static std::vector<TPart> PartsOf(int64_t pSize, TChecksumPass pPass, const TDuplicateSearchSettings& pSettings);
+
   struct TOpened {
     std::unique_ptr<IStoredFile> fFile;
     TStoredFileFacts fFacts;
@@ -55,16 +67,13 @@ class TChecksumReader final {
   TOpened Open(TDuplicateFile& pFile) const;
   // The file is the one that was listed, and opened before.
   static void CheckFacts(TDuplicateFile& pFile, const TStoredFileFacts& pFacts);
-  // After reading: ends with an exception if the file has changed, else keeps the checksum.
-  TFileSum FinishSum(TOpened& pOpened, bool pIsWhole);
   void CheckUnchanged(TOpened& pOpened) const;
-  bool ReadsAllAtOnce(int64_t pSize) const;
-  TCachedSumKind CachedKind(bool pIsWhole) const;
-  // False if the cache does not have the first checksum of the file. Otherwise pSum is what First returns.
-  bool TryFindFirst(TDuplicateFile& pFile, std::optional<TFileSum>& pSum);
-  bool ReadWhole(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn);
-  bool ReadPieces(IStoredFile& pFile, int64_t pSize, const TGoesOn& pGoesOn);
-  bool ReadPiece(IStoredFile& pFile, int64_t pLength, HashUtils::IHashCalculator& pCalculator, const TGoesOn& pGoesOn);
+  bool IsWhole(int64_t pSize, TChecksumPass pPass) const;
+  TCachedSumKind CachedKind(int64_t pSize, TChecksumPass pPass) const;
+  // False if the cache does not have the checksum of the file. Otherwise pSum is what Sum returns.
+  bool TryFind(TDuplicateFile& pFile, TChecksumPass pPass, std::optional<TFileSum>& pSum);
+  bool ReadParts(IStoredFile& pFile, std::span<const TPart> pParts, HashUtils::IHashCalculator& pCalculator,
+                 const TGoesOn& pGoesOn);
   bool CompareSome(TDuplicateFile& pFirst, std::span<const TRef<TDuplicateFile>> pOthers, std::vector<bool>& pAreEqual,
                    const TGoesOn& pGoesOn);
   // Fills the buffer as far as the file goes.

@@ -15,6 +15,14 @@ namespace Vantrel::Search {
 
 using HashUtils::TMD5Hash;
 
+// False for what is not read: a link is no contents of its own, a device has none, and a file that is elsewhere would
+// be fetched.
+inline bool HasContentsToRead(const TFoundItem& pItem) {
+  constexpr TAttributes kNotRead =
+      kAttributeReparsePoint | kAttributeDevice | kAttributeOffline | kAttributeRecallOnDataAccess;
+  return (pItem.fValues.fAttributes & kNotRead) == 0;
+}
+
 // A file or folder that may have duplicates. What a search learns of it belongs to the search and its locks.
 class TDuplicateFile final : public TBaseVariantMetaDataProvider<IHierarchicalObject> {
  public:
@@ -37,6 +45,9 @@ class TDuplicateFile final : public TBaseVariantMetaDataProvider<IHierarchicalOb
   // Only files of one bucket can be equal: they share what the search compares before it reads. Fixed before the work
   // begins.
   uint32_t fBucket;
+
+  // Where it begins, for a rotating disk. 0: not known.
+  uint64_t fPlaceOnDisk = 0;
 
   // What follows is written by one worker at a time, and read by others when the phase has ended.
 

@@ -1,14 +1,13 @@
 #include "search/duplicates/DuplicateSearchWorkItem.h"
 
 #include <algorithm>
-#include <numeric>
-#include <tuple>
 #include <unordered_set>
 #include <utility>
 
 #include "platform/system/Errors.h"
 #include "platform/system/System.h"
 #include "scan/engine/ScanEngine.h"
+#include "search/duplicates/Candidates.h"
 #include "search/duplicates/DuplicateGroups.h"
 
 namespace Vantrel::Search {
@@ -17,14 +16,10 @@ namespace {
 
 // How many sub work items wait for each thread, so that no worker is ever without work.
 constexpr int32_t kQueuedPerThread = 64;
-// Not read: a link is no contents of its own, a device has none, and a file that is elsewhere would be fetched.
-constexpr TAttributes kNoCandidate =
-    kAttributeReparsePoint | kAttributeDevice | kAttributeOffline | kAttributeRecallOnDataAccess;
-
-int64_t BytesOf(const std::vector<TRef<TDuplicateFile>>& pFiles, TChecksumPass pPass, int64_t pSmall) {
+int64_t BytesOf(const std::vector<TRef<TDuplicateFile>>& pFiles, TChecksumPass pPass,
+                const TDuplicateSearchSettings& pSettings) {
   int64_t bytes = 0;
-  for (const TRef<TDuplicateFile>& file : pFiles)
-    bytes += pPass == TChecksumPass::cpFirst ? TChecksumReader::BytesOfFirst(file->GetSize(), pSmall) : file->GetSize();
+  for (const TRef<TDuplicateFile>& file : pFiles) bytes += TChecksumReader::BytesOf(file->GetSize(), pPass, pSettings);
   return bytes;
 }
 
@@ -43,7 +38,7 @@ TDuplicateSearchWorkItem::TDuplicateSearchWorkItem(TDuplicateSearchSettings pSet
         QueueSome();
       }),
       fChecksumThreadPool(std::make_unique<ThreadPool::TWorkerThreadPool>(fRun.Settings().fPool)) {
-  const int32_t threads = std::max(1, fRun.Settings().fThreads);
+  const int32_t threads = fRun.Settings().fReadsInOrder ? 1 : std::max(1, fRun.Settings().fThreads);
   fChecksumThreadPool->SetMaxRunningThreads(threads);
   // Checksums take processor time. So a thread for each processor starts at once.
   fChecksumThreadPool->SetMinWorkerThreads(std::min(threads, ProcessorCount()));
@@ -94,82 +89,56 @@ void TDuplicateSearchWorkItem::SearchFiles() {
 
 void TDuplicateSearchWorkItem::RegroupCandidates() {
   fRun.BeginPhase(TDuplicatesPhase::dpIdentifying, 0, 0);
-  std::vector<TFoundItem>& items = fOriginalCandidatesList;
-  const bool withEmpty = fRun.Settings().fWithEmpty;
-  std::erase_if(items, [withEmpty](const TFoundItem& pItem) {
-    return pItem.fIsFolder || (pItem.fValues.fAttributes & kNoCandidate) != 0 ||
-           (pItem.fValues.fSize == 0 && !withEmpty);
-  });
-  const bool bySize =
-      ComparesBy(fDuplicatesCompareTypes, TDuplicatesCompareType::ctSize) || ComparesContents(fDuplicatesCompareTypes);
-  const bool byName = ComparesBy(fDuplicatesCompareTypes, TDuplicatesCompareType::ctName);
-  const bool byDate = ComparesBy(fDuplicatesCompareTypes, TDuplicatesCompareType::ctLastChange);
-  const auto keys = [&](uint32_t pIndex) {
-    const TFoundItem& item = items[pIndex];
-    return std::tuple(bySize ? item.fValues.fSize : 0, byDate ? item.fValues.fLastChangeDate : TKivFileTime(),
-                      byName ? std::u16string_view(item.fName) : std::u16string_view());
-  };
-  const auto place = [&](uint32_t pIndex) {
-    return std::tuple(std::u16string_view(items[pIndex].fName), std::u16string_view(items[pIndex].fFolder->fPath));
-  };
-  std::vector<uint32_t> order(items.size());
-  std::iota(order.begin(), order.end(), 0u);
-  std::sort(order.begin(), order.end(), [&](uint32_t pA, uint32_t pB) { return keys(pA) < keys(pB); });
-  constexpr uint32_t kAlone = UINT32_MAX;
-  constexpr uint32_t kTwice = UINT32_MAX - 1;
-  std::vector<uint32_t> buckets(items.size(), kAlone);
-  uint32_t bucket = 0;
-  for (size_t begin = 0, end = 0; begin < order.size(); begin = end) {
-    while (end < order.size() && keys(order[end]) == keys(order[begin])) ++end;
-    if (end - begin < 2) continue;
-    // One path may be there twice, when a searched path lies in another one.
-    const auto first = order.begin() + static_cast<ptrdiff_t>(begin),
-               last = order.begin() + static_cast<ptrdiff_t>(end);
-    std::sort(first, last, [&](uint32_t pA, uint32_t pB) { return place(pA) < place(pB); });
-    const auto different = std::unique(first, last, [&](uint32_t pA, uint32_t pB) {
-      if (place(pA) != place(pB)) return false;
-      buckets[pB] = kTwice;
-      return true;
-    });
-    if (different - first > 1) std::for_each(first, different, [&](uint32_t pIndex) { buckets[pIndex] = bucket; });
-    ++bucket;
-  }
-  // In the order in which they were found: neighbours lie near each other on the disk.
-  std::vector<TFoundItem> others;
-  for (size_t i = 0; i < items.size(); ++i) {
-    if (buckets[i] < kTwice)
-      fCandidatesList.push_back(MakeRef<TDuplicateFile>(std::move(items[i]), buckets[i]));
-    else if (buckets[i] == kAlone && fSearchMode == TDuplicatesSearchMode::UniqueFiles)
-      others.push_back(std::move(items[i]));
-  }
-  items = std::move(others);
+  TCandidates candidates = FindCandidates(std::move(fOriginalCandidatesList), fRun.Settings());
+  fCandidatesList = std::move(candidates.fFiles);
+  fOriginalCandidatesList = std::move(candidates.fAlone);
 }
 
 void TDuplicateSearchWorkItem::CalculateChecksums() {
   fRunAgainForLargeChecksums = ComparesContents(fDuplicatesCompareTypes) && fSmallChecksumSize != 0;
-  const TRef<IDuplicatesGroupGenerator> small = MakeRef<TDuplicatesGroupGenerator>();
+  const bool inOrder = fRun.Settings().fReadsInOrder;
+  if (inOrder) SortByPlaceOnDisk(fCandidatesList);
   const auto phase = fRunAgainForLargeChecksums ? TDuplicatesPhase::dpSmallChecksums : TDuplicatesPhase::dpBigChecksums;
-  RunPass(phase, fCandidatesList, TChecksumPass::cpFirst, small);
-  if (!fRunAgainForLargeChecksums || fRun.IsCanceled()) return;
-  TFiles still;
-  for (const TRef<TDuplicatesGroup>& group : small->Groups())
-    for (const TRef<IHierarchicalObject>& file : group->Files())
-      still.emplace_back(static_cast<TDuplicateFile*>(file.get()));
+  TFiles still = RunPass(phase, fCandidatesList, TChecksumPass::cpFirst);
+  if (!fRunAgainForLargeChecksums) return;
   // The largest first, so that no worker is left with one at the end.
-  std::sort(still.begin(), still.end(), [](const TRef<TDuplicateFile>& pA, const TRef<TDuplicateFile>& pB) {
-    return pA->GetSize() > pB->GetSize();
-  });
-  RunPass(TDuplicatesPhase::dpBigChecksums, still, TChecksumPass::cpWhole, nullptr);
+  if (inOrder)
+    SortByPlaceOnDisk(still);
+  else
+    std::stable_sort(still.begin(), still.end(), [](const TRef<TDuplicateFile>& pA, const TRef<TDuplicateFile>& pB) {
+      return pA->GetSize() > pB->GetSize();
+    });
+  LeaveOutDifferentPieces(still);
+  RunPass(TDuplicatesPhase::dpBigChecksums, still, TChecksumPass::cpWhole);
 }
 
-void TDuplicateSearchWorkItem::RunPass(TDuplicatesPhase pPhase, const TFiles& pFiles, TChecksumPass pPass,
-                                       TRef<IDuplicatesGroupGenerator> pSmall) {
+void TDuplicateSearchWorkItem::LeaveOutDifferentPieces(TFiles& pFiles) {
+  TFiles large;
+  std::copy_if(pFiles.begin(), pFiles.end(), std::back_inserter(large), [this](const TRef<TDuplicateFile>& pFile) {
+    return TChecksumReader::HasPieces(pFile->GetSize(), fRun.Settings());
+  });
+  std::unordered_set<const TDuplicateFile*> different;
+  for (const TRef<TDuplicateFile>& file : large) different.insert(file.get());
+  for (const TRef<TDuplicateFile>& file : RunPass(TDuplicatesPhase::dpSmallChecksums, large, TChecksumPass::cpPieces))
+    different.erase(file.get());
+  std::erase_if(pFiles, [&](const TRef<TDuplicateFile>& pFile) { return different.contains(pFile.get()); });
+}
+
+TDuplicateSearchWorkItem::TFiles TDuplicateSearchWorkItem::RunPass(TDuplicatesPhase pPhase, const TFiles& pFiles,
+                                                                   TChecksumPass pPass) {
+  if (pFiles.empty() || fRun.IsCanceled()) return {};
   const bool reads = ComparesContents(fDuplicatesCompareTypes);
-  fRun.BeginPhase(pPhase, static_cast<int64_t>(pFiles.size()), reads ? BytesOf(pFiles, pPass, fSmallChecksumSize) : 0);
+  fRun.BeginPhase(pPhase, static_cast<int64_t>(pFiles.size()), reads ? BytesOf(pFiles, pPass, fRun.Settings()) : 0);
+  const TRef<TDuplicatesGroupGenerator> ofSome = MakeRef<TDuplicatesGroupGenerator>();
   RunSubWorkItems(pFiles.size(), [&](size_t pIndex) {
     return MakeRef<TDuplicateQueryHashWorkItem>(
-        fRun, fOnItemDone, TDuplicatesWorkItemParameters{pFiles[pIndex], pPass, fDuplicateGroupGenerator, pSmall});
+        fRun, fOnItemDone, TDuplicatesWorkItemParameters{pFiles[pIndex], pPass, fDuplicateGroupGenerator, ofSome});
   });
+  TFiles still;
+  for (const TRef<TDuplicatesGroup>& group : ofSome->Groups())
+    for (const TRef<IHierarchicalObject>& file : group->Files())
+      still.emplace_back(static_cast<TDuplicateFile*>(file.get()));
+  return still;
 }
 
 TVerifyGroupWorkItem::TGroups TDuplicateSearchWorkItem::EqualFiles() {

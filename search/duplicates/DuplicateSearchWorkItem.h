@@ -18,8 +18,8 @@ namespace Vantrel::Search {
 // pool of its own, and makes the result.
 //
 // A file is read only if another one shares its size and all else that is compared. Names of one file are read once. A
-// large file's first checksum is of some of its bytes, and only what still agrees is read as a whole. So a file is
-// opened at most twice, and three times if bytes are compared.
+// large file's first checksum is of some of its bytes, a very large one's second checksum of more, and only what still
+// agrees is read as a whole. So a file is opened at most three times, and four times if bytes are compared.
 class TDuplicateSearchWorkItem final : public ThreadPool::TBasicWorkItem {
  public:
   TDuplicateSearchWorkItem(TDuplicateSearchSettings pSettings, std::vector<TFoundItem> pCandidates,
@@ -47,10 +47,12 @@ class TDuplicateSearchWorkItem final : public ThreadPool::TBasicWorkItem {
   void SearchFolders();
   // The files that share the compare keys with others. The others stay in fOriginalCandidatesList.
   void RegroupCandidates();
-  // Both passes over fCandidatesList.
+  // All passes over fCandidatesList.
   void CalculateChecksums();
-  void RunPass(TDuplicatesPhase pPhase, const TFiles& pFiles, TChecksumPass pPass,
-               TRef<IDuplicatesGroupGenerator> pSmall);
+  // Few bytes tell many large files apart that begin and end alike.
+  void LeaveOutDifferentPieces(TFiles& pFiles);
+  // Returns the files whose checksums of some bytes are those of others.
+  TFiles RunPass(TDuplicatesPhase pPhase, const TFiles& pFiles, TChecksumPass pPass);
   // The groups without files that have left, their bytes compared if that is wanted.
   TVerifyGroupWorkItem::TGroups EqualFiles();
   // Runs so many sub work items, and waits for them. Only a few are made at a time.

@@ -31,6 +31,8 @@ struct TDuplicateSearchSettings {
   std::vector<std::u16string> fTops{};
   std::vector<std::u16string> fIncompleteFolders{};
   int32_t fThreads = 1;
+  // For a disk on which it is slow to read here and there: one file at a time, in the order of their places.
+  bool fReadsInOrder = false;
   int32_t fPriority = 3;
   ThreadPool::TWorkerThreadPool::TSettings fPool{};  // for tests
   // Of files, or of folders if these are searched for; called on workers. It must return soon.

@@ -55,14 +55,12 @@ void TDuplicateQueryHashWorkItem::DoWork() {
 
 bool TDuplicateQueryHashWorkItem::QueryHash() {
   TDuplicateFile& file = *fParameters.fFile;
-  const bool isFirst = fParameters.fPass == TChecksumPass::cpFirst;
-  if (!isFirst && file.fHasHash) {
+  if (fParameters.fPass == TChecksumPass::cpWhole && file.fHasHash) {
     fMD5Hash = file.fHash;
     return fIsWhole = true;
   }
   std::unique_ptr<TChecksumReader> reader = fRun.TakeReader();
-  const auto goesOn = [this] { return GoesOn(); };
-  const std::optional<TFileSum> sum = isFirst ? reader->First(file, goesOn) : reader->Whole(file, goesOn);
+  const std::optional<TFileSum> sum = reader->Sum(file, fParameters.fPass, [this] { return GoesOn(); });
   fRun.GiveReader(std::move(reader));
   if (!sum) return false;
   fMD5Hash = KeyOf(sum->fHash, file.fBucket);

@@ -14,8 +14,6 @@
 
 namespace Vantrel::Search {
 
-enum class TChecksumPass : uint8_t { cpFirst, cpWhole };
-
 // What a piece of work is about.
 struct TDuplicatesWorkItemParameters {
   TRef<TDuplicateFile> fFile;

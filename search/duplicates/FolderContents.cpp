@@ -1,19 +1,17 @@
 #include "search/duplicates/FolderContents.h"
 
 #include <algorithm>
+#include <span>
 #include <tuple>
-#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "platform/files/Paths.h"
+#include "search/duplicates/EqualRuns.h"
 
 namespace Vantrel::Search {
 
 namespace {
-
-// Not read: a link is no contents of its own, a device has none, and a file that is elsewhere would be fetched.
-constexpr TAttributes kNotRead =
-    kAttributeReparsePoint | kAttributeDevice | kAttributeOffline | kAttributeRecallOnDataAccess;
 
 TFoundItem TopItem(const std::u16string& pPath, char16_t pDelimiter) {
   TFoundItem item;
@@ -38,8 +36,20 @@ void SortByName(std::vector<TEntry>& pEntries, const TName& pNameOf) {
 
 TFolderContents::TFolderContents(std::vector<TFoundItem> pItems, const TDuplicateSearchSettings& pSettings) {
   if (pItems.empty()) return;
-  const char16_t delimiter = pItems.front().fFolder->fDelimiter;
-  std::unordered_map<std::u16string, TFolderNode*> nodes;
+  TNodesByPath nodes = AddFolders(pItems, pSettings.fTops);
+  AddFiles(std::move(pItems), nodes);
+  for (const std::u16string& path : pSettings.fIncompleteFolders)
+    if (const auto folder = nodes.find(path); folder != nodes.end()) folder->second->fIsIncomplete = true;
+  for (TFolderNode& node : fNodes) {
+    SortByName(node.fFolders, [](const TFolderNode* pNode) { return pNode->fItem->GetObjectName(); });
+    SortByName(node.fFiles, [](const TDuplicateFile* pFile) { return pFile->GetObjectName(); });
+  }
+  AddUp();
+}
+
+TFolderContents::TNodesByPath TFolderContents::AddFolders(std::vector<TFoundItem>& pItems,
+                                                          const std::vector<std::u16string>& pTops) {
+  TNodesByPath nodes;
   const auto addNode = [&](std::u16string pPath, TFoundItem&& pItem) {
     const auto [entry, isNew] = nodes.try_emplace(std::move(pPath), nullptr);
     if (!isNew) return;
@@ -48,38 +58,34 @@ TFolderContents::TFolderContents(std::vector<TFoundItem> pItems, const TDuplicat
     node.fItem = MakeRef<TDuplicateFile>(std::move(pItem), 0);
     entry->second = &node;
   };
-  std::unordered_map<std::u16string_view, bool> holders;
-  for (const TFoundItem& item : pItems) holders.emplace(item.fFolder->fPath, true);
+  std::unordered_set<std::u16string_view> holders;
+  for (const TFoundItem& item : pItems) holders.insert(item.fFolder->fPath);
   // A searched path with entries is a folder, if it is not the folder of a file that was searched itself.
-  for (const std::u16string& top : pSettings.fTops)
-    if (holders.contains(top)) addNode(top, TopItem(top, delimiter));
+  for (const std::u16string& top : pTops)
+    if (holders.contains(top)) addNode(top, TopItem(top, pItems.front().fFolder->fDelimiter));
   for (TFoundItem& item : pItems)
     if (item.fIsFolder) addNode(item.FullPath(), std::move(item));
-  const auto nodeOf = [&](const std::u16string& pPath) {
-    const auto found = nodes.find(pPath);
-    return found == nodes.end() ? nullptr : found->second;
-  };
   for (TFolderNode& node : fNodes) {
-    node.fParent = nodeOf(node.fItem->fItem.fFolder->fPath);
-    if (node.fParent) node.fParent->fFolders.push_back(&node);
+    const auto parent = nodes.find(node.fItem->fItem.fFolder->fPath);
+    if (parent == nodes.end()) continue;
+    node.fParent = parent->second;
+    node.fParent->fFolders.push_back(&node);
   }
+  return nodes;
+}
+
+void TFolderContents::AddFiles(std::vector<TFoundItem> pItems, const TNodesByPath& pNodes) {
   for (TFoundItem& item : pItems) {
-    TFolderNode* const folder = item.fIsFolder ? nullptr : nodeOf(item.fFolder->fPath);
-    if (!folder) continue;
-    if ((item.fValues.fAttributes & kNotRead) != 0) {
-      folder->fIsIncomplete = true;
+    if (item.fIsFolder) continue;
+    const auto folder = pNodes.find(item.fFolder->fPath);
+    if (folder == pNodes.end()) continue;
+    if (!HasContentsToRead(item)) {
+      folder->second->fIsIncomplete = true;
       continue;
     }
     fFiles.push_back(MakeRef<TDuplicateFile>(std::move(item), 0));
-    folder->fFiles.push_back(fFiles.back().get());
+    folder->second->fFiles.push_back(fFiles.back().get());
   }
-  for (const std::u16string& path : pSettings.fIncompleteFolders)
-    if (TFolderNode* const folder = nodeOf(path)) folder->fIsIncomplete = true;
-  for (TFolderNode& node : fNodes) {
-    SortByName(node.fFolders, [](const TFolderNode* pNode) { return pNode->fItem->GetObjectName(); });
-    SortByName(node.fFiles, [](const TDuplicateFile* pFile) { return pFile->GetObjectName(); });
-  }
-  AddUp();
 }
 
 // From the folders without a parent down, and then back.
@@ -115,19 +121,13 @@ std::vector<TFolderNode*> TFolderContents::Candidates(const TDuplicateSearchSett
     return std::tuple(pNode->fBytes, pNode->fAllFiles, pNode->fAllFolders,
                       byName ? pNode->fItem->GetObjectName() : std::u16string_view());
   };
-  std::sort(known.begin(), known.end(),
-            [&](const TFolderNode* pA, const TFolderNode* pB) { return keys(pA) < keys(pB); });
   std::vector<TFolderNode*> candidates;
   uint32_t bucket = 0;
-  for (size_t begin = 0, end = 0; begin < known.size(); begin = end) {
-    while (end < known.size() && keys(known[end]) == keys(known[begin])) ++end;
-    if (end - begin < 2) continue;
-    for (size_t i = begin; i < end; ++i) {
-      known[i]->fItem->fBucket = bucket;
-      candidates.push_back(known[i]);
-    }
+  ForEachEqualRun(known, keys, [&](std::span<TFolderNode*> pRun) {
+    for (TFolderNode* const node : pRun) node->fItem->fBucket = bucket;
+    candidates.insert(candidates.end(), pRun.begin(), pRun.end());
     ++bucket;
-  }
+  });
   return candidates;
 }
 

@@ -42,6 +42,11 @@ class TFolderContents final {
   std::unordered_map<const TDuplicateFile*, const TFolderNode*> ByItem() const;
 
  private:
+  using TNodesByPath = std::unordered_map<std::u16string, TFolderNode*>;
+
+  // Takes the folders out of the list.
+  TNodesByPath AddFolders(std::vector<TFoundItem>& pItems, const std::vector<std::u16string>& pTops);
+  void AddFiles(std::vector<TFoundItem> pItems, const TNodesByPath& pNodes);
   void AddUp();
   // What lies above an incomplete folder is incomplete.
   void PassUp();

@@ -39,11 +39,13 @@ struct TMemoryFile {
   int64_t fBytesRead = 0;
   int64_t fChanges = 0;
   TKivFileTime fStatusChange{1};
+  uint64_t fPlace = 0;  // on the disk; 0: not known
 };
 
 class TMemoryFiles : public TInterfaced<IStorage> {
  public:
   std::map<std::u16string, TMemoryFile> fFiles;
+  std::vector<std::string> fOpened;  // in this order
 
   TMemoryFile& Add(const std::u16string& pName, std::string pBytes) {
     TMemoryFile& file = fFiles[u"/m/" + pName];
@@ -78,6 +80,10 @@ class TMemoryFiles : public TInterfaced<IStorage> {
     TCriticalSectionLock lock(fLock);
     return FactsOf(fFiles.at(pPath));
   }
+  std::optional<uint64_t> PlaceOnDisk(const std::u16string& pPath) const override {
+    const uint64_t place = fFiles.at(pPath).fPlace;
+    return place == 0 ? std::nullopt : std::optional(place);
+  }
   int CountOpenings() const {
     TCriticalSectionLock lock(fLock);
     return std::accumulate(fFiles.begin(), fFiles.end(), 0,
@@ -87,6 +93,7 @@ class TMemoryFiles : public TInterfaced<IStorage> {
   std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
     TMemoryFile& file = const_cast<TMemoryFiles*>(this)->fFiles.at(pPath);
     TCriticalSectionLock lock(fLock);
+    const_cast<TMemoryFiles*>(this)->fOpened.push_back(ToUtf8(pPath.substr(3)));
     if (++file.fOpenings == file.fFailAtOpening)
       throw EOSError(TMemoryStorage::NotFoundCode(), "TMemoryFiles.OpenFile", pPath);
     return std::make_unique<TOpenFile>(file, fLock);
@@ -237,6 +244,37 @@ TEST(DuplicateSearch, ReadsNothingThatItNeedNot) {
   std::vector<std::string> unique;
   for (const TFoundItem& item : Search(*files, settings).fUnique) unique.push_back(ToUtf8(item.fName));
   EXPECT_THAT(unique, testing::UnorderedElementsAre("alone", "other"));
+}
+
+TEST(DuplicateSearch, LargeFilesAreToldApartByPieces) {
+  const auto files = MakeRef<TMemoryFiles>();
+  const std::string bytes(20'000'000, 'x');
+  files->Add(u"same", bytes);
+  const TMemoryFile& same = files->Add(u"same too", bytes);
+  // One stretch differs, far from both ends, and one byte.
+  const TMemoryFile& other = files->Add(u"other", std::string(bytes).replace(11'111'111, 300'000, 300'000, 'y'));
+  const TMemoryFile& byte = files->Add(u"one byte", std::string(bytes).replace(11'111'111, 1, 1, 'y'));
+  EXPECT_EQ(NamesOf(Search(*files)), (TGroups{{"same", "same too"}}));
+  EXPECT_LT(other.fBytesRead, 1'000'000);
+  EXPECT_EQ(other.fOpenings, 2);
+  for (const TMemoryFile* file : {&same, &byte}) {
+    EXPECT_EQ(file->fOpenings, 3);
+    EXPECT_LT(file->fBytesRead, 21'000'000);
+  }
+}
+
+TEST(DuplicateSearch, OnARotatingDiskOneFileIsReadAfterTheOther) {
+  const auto files = MakeRef<TMemoryFiles>();
+  // In the opposite order of their names, but for one whose place is not known.
+  const char16_t* const names[] = {u"a", u"b", u"c", u"d"};
+  for (const char16_t* name : names) files->Add(name, std::string(5000, 'x')).fPlace = 200 - *name;
+  files->fFiles[u"/m/c"].fPlace = 0;
+  TDuplicateSearchSettings settings;
+  settings.fReadsInOrder = true;
+  settings.fThreads = 16;
+  settings.fSmallChecksumSize = 100;
+  EXPECT_EQ(NamesOf(Search(*files, settings)), (TGroups{{"a", "b", "c", "d"}}));
+  EXPECT_THAT(files->fOpened, ElementsAre("c", "d", "b", "a", "c", "d", "b", "a"));
 }
 
 TEST(DuplicateSearch, WhatChangesOrCannotBeReadLeavesItsGroup) {
