@@ -35,18 +35,29 @@ std::optional<uint64_t> FirstBlock(int pFile) {
 
 }  // namespace
 
-bool DeviceRotates(const std::string& pDevices, unsigned pMajor, unsigned pMinor) {
-  for (const char* place : {"queue/rotational", "../queue/rotational"}) {
-    std::ifstream file(fmt::format("{}/{}:{}/{}", pDevices, pMajor, pMinor, place));
-    if (char answer = 0; file.get(answer)) return answer == '1';
+bool DeviceRotates(const std::filesystem::path& pDevice) {
+  std::error_code ignored;
+  // What is made of other devices, as an encrypted or a logical volume is.
+  bool hasParts = false;
+  for (const auto& part : std::filesystem::directory_iterator(pDevice / "slaves", ignored)) {
+    hasParts = true;
+    if (DeviceRotates(part.path())) return true;
   }
-  return false;
+  if (hasParts) return false;
+  const std::filesystem::path device = std::filesystem::canonical(pDevice, ignored);
+  const std::filesystem::path disk =
+      std::filesystem::exists(device / "partition", ignored) ? device.parent_path() : device;
+  // The disks of a virtual machine call themselves rotating, whatever the host has.
+  const std::filesystem::path bus = std::filesystem::read_symlink(disk / "device" / "subsystem", ignored).filename();
+  if (bus == "virtio" || bus == "xen") return false;
+  std::ifstream file(disk / "queue" / "rotational");
+  return file.get() == '1';
 }
 
 bool LiesOnRotatingDisk(const std::u16string& pPath) {
   struct stat info {};
   if (stat(ToNativeBytes(pPath).c_str(), &info) != 0) return false;
-  return DeviceRotates("/sys/dev/block", major(info.st_dev), minor(info.st_dev));
+  return DeviceRotates(fmt::format("/sys/dev/block/{}:{}", major(info.st_dev), minor(info.st_dev)));
 }
 
 std::optional<uint64_t> PlaceOfFile(const std::u16string& pPath) {

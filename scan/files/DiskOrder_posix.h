@@ -2,12 +2,12 @@
 
 // What the system tells of a block device.
 
-#include <string>
+#include <filesystem>
 
 namespace Vantrel::Storages {
 
-// pDevices is the folder in which the system keeps a folder for each device, "8:1". A partition's folder lies in that
-// of its disk. False if there is none.
-bool DeviceRotates(const std::string& pDevices, unsigned pMajor, unsigned pMinor);
+// Whether a disk rotates, by the folder that the system keeps for it, for a partition of it or for a volume made of
+// several. False if there is none, and for a virtual machine's disk.
+bool DeviceRotates(const std::filesystem::path& pDevice);
 
 }  // namespace Vantrel::Storages

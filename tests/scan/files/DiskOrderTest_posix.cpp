@@ -12,23 +12,31 @@ namespace Vantrel::Storages {
 
 TEST(DiskOrder, ADiskRotatesIfTheSystemSaysSo) {
   const Testing::TTemporaryFolder folder;
-  const auto put = [&](const std::string& pDevice, const char* pAnswer) {
+  // As the system does it: a partition's folder lies in that of its disk, and a link leads to what kind of disk it is.
+  const auto add = [&](const std::string& pDevice, const char* pAnswer, const char* pBus) {
     std::filesystem::create_directories(folder.Path() / pDevice / "queue");
+    std::filesystem::create_directories(folder.Path() / pDevice / "device");
     folder.Put(pDevice + "/queue/rotational", pAnswer);
+    std::filesystem::create_directory_symlink(std::string("/sys/bus/") + pBus,
+                                              folder.Path() / pDevice / "device/subsystem");
   };
-  put("sda", "1\n");
-  put("nvme", "0\n");
-  put("dm", "1\n");
-  std::filesystem::create_directory(folder.Path() / "sda" / "sda1");
-  // The system's folder of devices holds links, a partition's into the folder of its disk.
-  for (const auto& [link, target] : {std::pair("8:0", "sda"), {"8:1", "sda/sda1"}, {"259:0", "nvme"}, {"253:0", "dm"}})
-    std::filesystem::create_directory_symlink(target, folder.Path() / link);
-  const std::string devices = folder.Path();
-  EXPECT_TRUE(DeviceRotates(devices, 8, 0));
-  EXPECT_TRUE(DeviceRotates(devices, 8, 1));
-  EXPECT_TRUE(DeviceRotates(devices, 253, 0));
-  EXPECT_FALSE(DeviceRotates(devices, 259, 0));
-  EXPECT_FALSE(DeviceRotates(devices, 0, 42)) << "no device, as for a share";
+  const auto addPart = [&](const std::string& pVolume, const std::string& pPart) {
+    std::filesystem::create_directories(folder.Path() / pVolume / "slaves");
+    std::filesystem::create_directory_symlink(folder.Path() / pPart, folder.Path() / pVolume / "slaves" / pPart);
+  };
+  add("sda", "1\n", "scsi");
+  add("nvme", "0\n", "nvme");
+  add("vda", "1\n", "virtio");
+  std::filesystem::create_directory(folder.Path() / "sda/sda1");
+  folder.Put("sda/sda1/partition", "1\n");
+  std::filesystem::create_directory_symlink("sda/sda1", folder.Path() / "8:1");
+  addPart("mixed", "nvme");
+  addPart("mixed", "8:1");
+  addPart("virtual", "vda");
+  for (const char* device : {"sda", "sda/sda1", "8:1", "mixed"})
+    EXPECT_TRUE(DeviceRotates(folder.Path() / device)) << device;
+  for (const char* device : {"nvme", "vda", "virtual", "none"})
+    EXPECT_FALSE(DeviceRotates(folder.Path() / device)) << device;
 }
 
 TEST(DiskOrder, AFileHasAPlace) {
