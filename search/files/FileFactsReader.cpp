@@ -19,6 +19,30 @@ std::u16string PathOf(TSearchItem& pItem) {
   return folder.empty() ? std::u16string(pItem.NameText()) : JoinPath(folder, pItem.NameText(), pItem.PathDelimiter());
 }
 
+// A file up to the length that it had when it was opened. A file may grow faster than it is read.
+class TOpenedLength final : public IByteSource {
+ public:
+  explicit TOpenedLength(IStoredFile& pFile)
+      : fFile(pFile), fLeft(static_cast<uint64_t>(std::max<int64_t>(pFile.GetFacts().fSize, 0))) {}
+
+  size_t Read(char* pBuffer, size_t pLength) override {
+    const auto wanted = static_cast<size_t>(std::min<uint64_t>(pLength, fLeft));
+    const size_t read = wanted == 0 ? 0 : fFile.Read(pBuffer, wanted);
+    fLeft -= read;
+    return read;
+  }
+
+  uint64_t SkipZeros() override {
+    const uint64_t skipped = std::min(fFile.SkipZeros(), fLeft);
+    fLeft -= skipped;
+    return skipped;
+  }
+
+ private:
+  IStoredFile& fFile;
+  uint64_t fLeft;
+};
+
 }  // namespace
 
 TContentMatcher& TFileFactsReader::MatcherOf(const TContentSearch& pSearch) {
@@ -52,7 +76,8 @@ bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& p
   try {
     path = PathOf(pItem);
     const std::unique_ptr<IStoredFile> file = fStorage->OpenFile(path, fContext);
-    return MatcherOf(pSearch).IsFoundIn(*file, [this] { return fErrors.IsStopped(); });
+    TOpenedLength contents(*file);
+    return MatcherOf(pSearch).IsFoundIn(contents, [this] { return fErrors.IsStopped(); });
   } catch (...) {
     KeepError(path, "TFileFactsReader.ContentsMatch");
     return false;
