@@ -59,15 +59,17 @@ int64_t TFileFactsReader::GivenUp() const {
 
 bool TFileFactsReader::IsReadable(TSearchItem& pItem) const {
   const TEntryView& entry = pItem.Entry();
-  constexpr TAttributes kNotRead = kAttributeDevice | kAttributeReparsePoint;
-  return !pItem.IsFolder() && fStorage && (entry.GetAttributes() & kNotRead) == 0 && entry.GetSize() > 0;
+  const TAttributes attributes = entry.GetAttributes();
+  // A file that Windows' overlay has compressed is no link. On NTFS a link has no size.
+  const bool isLink = (attributes & kAttributeReparsePoint) != 0 && (attributes & kAttributeCompressed) == 0;
+  return !pItem.IsFolder() && fStorage && !isLink && (attributes & kAttributeDevice) == 0 && entry.GetSize() > 0;
 }
 
 void TFileFactsReader::KeepError(const std::u16string& pPath, std::string_view pWhere) {
   const uint32_t code = CodeOfCaughtException(pWhere);
   // A file that has vanished since it was listed is not missing from the answer.
   if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
-    fErrors.FileFailed(pPath, code);
+    fErrors.FileFailed(pPath, code, fStorage->ErrorText(code));
 }
 
 bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {

@@ -207,6 +207,23 @@ TEST(FileSearch, AnUnreadableFileIsAnErrorAVanishedOneIsNot) {
   }
 }
 
+// On NTFS such a file is stored in a reparse point. Its storage can open it, or tells why not.
+TEST(FileSearch, ACompressedFileWithAReparsePointIsNoLink) {
+  for (const TAttributes attributes : {kAttributeReparsePoint, kAttributeReparsePoint | kAttributeCompressed}) {
+    TMemoryRoot root;
+    root.Top().AddFile(u"file", 5).fValues.fAttributes = attributes;
+    int opened = 0;
+    root.fServices->fOpenFile = [&]() -> std::unique_ptr<IStoredFile> {
+      ++opened;
+      throw EOSError(TMemoryStorage::NotFoundCode(), "Opening", u"a file");
+    };
+    TFileSearchSettings settings = SettingsOf(u"");
+    settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(u"content:x"), TFileFactsReader::kOfStorage);
+    SearchPath(root, std::move(settings));
+    EXPECT_EQ(opened, (attributes & kAttributeCompressed) != 0 ? 1 : 0);
+  }
+}
+
 namespace {
 
 constexpr int64_t kOpenedLength = 1'000'000;
