@@ -93,12 +93,11 @@ def fill(top):
         (many / f"file{i:05}").write_bytes(b"z" * (i % 1200))
     for i in range(0, 1500, 7):
         (many / f"file{i:05}").unlink()
-    # Pieces of two files in turn, so that both need extension records.
-    with open(docs / "pieces1", "wb") as one, open(docs / "pieces2", "wb") as two:
-        for _ in range(600):
-            for file in (one, two):
-                file.write(b"p" * 4096)
-                file.flush()
+    # Pieces with holes between, so many that the runs need extension records.
+    with open(docs / "pieces", "wb") as file:
+        for i in range(1000):
+            file.seek(i * 8192)
+            file.write(b"p" * 4096)
     with open(docs / "sparse", "wb") as sparse:
         sparse.write(b"s" * 5000)
         sparse.seek(30 * MEGABYTE)

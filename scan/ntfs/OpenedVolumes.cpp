@@ -53,8 +53,8 @@ std::unique_ptr<IStoredFile> TOpenedVolume::OpenFile(std::u16string_view pPathIn
   const std::optional<uint32_t> record = fNames.FindFile(pPathInside, pDelimiter);
   if (!record) throw EOSError(kErrorNoFile, "Opening a file of a volume", pPath);
   std::shared_ptr<IVolumeReader> reader = TakeReader();
-  TStreamLocation stream = LocateContents(*reader, fLocation, *record, pPath);
   const TMftEntry& entry = fRoot->Entry(*record);
+  TStreamLocation stream = LocateContents(*reader, fLocation, *record | uint64_t{entry.fSequence} << 48, pPath);
   TStoredFileFacts facts;
   facts.fVolume = fId;
   facts.fId = *record;

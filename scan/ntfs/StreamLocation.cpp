@@ -19,13 +19,20 @@ constexpr unsigned kMostUnitShift = 8;
 
 class TContentsFinder {
  public:
-  TContentsFinder(IVolumeReader& pReader, const TMftLocation& pLocation, int64_t pRecord, const std::u16string& pPath)
-      : fReader(pReader), fLocation(pLocation), fRecord(pRecord), fPath(pPath) {}
+  TContentsFinder(IVolumeReader& pReader, const TMftLocation& pLocation, uint64_t pReference,
+                  const std::u16string& pPath)
+      : fReader(pReader),
+        fLocation(pLocation),
+        fRecord(static_cast<int64_t>(RecordOfReference(pReference))),
+        fSequence(SequenceOfReference(pReference)),
+        fPath(pPath) {}
 
   TStreamLocation Find() {
     const std::vector<std::byte> record = Read(fRecord);
+    const TRecordHeader header = *ReadRecordHeader(record);
+    if (header.fSequence != fSequence) Fail(kErrorNoFile);
     std::optional<TMftAttribute> list;
-    TAttributeWalk walk(record, ReadRecordHeader(record)->fFirstAttribute);
+    TAttributeWalk walk(record, header.fFirstAttribute);
     for (TMftAttribute attribute; walk.Next(attribute);) {
       if (attribute.fType == kAttributeList) list = attribute;
       Judge(attribute);
@@ -136,6 +143,7 @@ class TContentsFinder {
   IVolumeReader& fReader;
   const TMftLocation& fLocation;
   const int64_t fRecord;
+  const uint16_t fSequence;
   const std::u16string& fPath;
   TStreamLocation fStream;
   bool fIsOverlay = false;
@@ -144,9 +152,9 @@ class TContentsFinder {
 
 }  // namespace
 
-TStreamLocation LocateContents(IVolumeReader& pReader, const TMftLocation& pLocation, int64_t pRecord,
+TStreamLocation LocateContents(IVolumeReader& pReader, const TMftLocation& pLocation, uint64_t pReference,
                                const std::u16string& pPath) {
-  return TContentsFinder(pReader, pLocation, pRecord, pPath).Find();
+  return TContentsFinder(pReader, pLocation, pReference, pPath).Find();
 }
 
 }  // namespace Vantrel::Ntfs

@@ -19,8 +19,9 @@ struct TStreamLocation {
 };
 
 // Reads the records of a file. EOSError with a code of NtfsErrors.h for contents that cannot be read, such as encrypted
-// ones, and for damaged records. pPath is for the message.
-TStreamLocation LocateContents(IVolumeReader& pReader, const TMftLocation& pLocation, int64_t pRecord,
+// ones, and for damaged records. The record must still be in the use that pReference tells, or the file is gone. pPath
+// is for the message.
+TStreamLocation LocateContents(IVolumeReader& pReader, const TMftLocation& pLocation, uint64_t pReference,
                                const std::u16string& pPath);
 
 }  // namespace Vantrel::Ntfs

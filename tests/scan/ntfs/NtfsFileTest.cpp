@@ -324,6 +324,10 @@ TEST(NtfsFile, WhatCannotBeReadIsTold) {
   for (const auto& each : cases) it.Add(each.fName, each.fRecord);
   for (const auto& each : cases) EXPECT_EQ(it.Failure(each.fName), each.fText) << ToUtf8(each.fName);
   EXPECT_EQ(it.Failure(u"missing"), "The volume has no such file");
+  // The index is older than the record.
+  const TRef<IHierarchicalEnumerator> scan = it.fStorage->CreateEnumerator(it.fPath, {});
+  it.fVolume.fRecords.insert_or_assign(64, TMadeRecord(1, 2).Standard(0x20).Name(Reference(5, 5), u"new").Data(5));
+  EXPECT_EQ(it.Failure(u"encrypted"), "The volume has no such file");
   EXPECT_EQ(it.Failure(u"encrypted/x"), "The volume has no such file");
 }
 
