@@ -10,6 +10,7 @@ import datetime
 import io
 import os
 import pathlib
+import random
 import re
 import shutil
 import subprocess
@@ -92,12 +93,11 @@ def fill(top):
         (many / f"file{i:05}").write_bytes(b"z" * (i % 1200))
     for i in range(0, 1500, 7):
         (many / f"file{i:05}").unlink()
-    # Pieces of two files in turn, so that both need extension records.
-    with open(docs / "pieces1", "wb") as one, open(docs / "pieces2", "wb") as two:
-        for _ in range(600):
-            for file in (one, two):
-                file.write(b"p" * 4096)
-                file.flush()
+    # Pieces with holes between, so many that the runs need extension records.
+    with open(docs / "pieces", "wb") as file:
+        for i in range(1000):
+            file.seek(i * 8192)
+            file.write(b"p" * 4096)
     with open(docs / "sparse", "wb") as sparse:
         sparse.write(b"s" * 5000)
         sparse.seek(30 * MEGABYTE)
@@ -118,6 +118,57 @@ def fill(top):
     os.setxattr(docs / "empty", "system.ntfs_dos_name", b"EMPTY~1.XXX")
     os.symlink("docs/small", top / "symbolic")
     os.utime(docs / "small", ns=(1_234_567_890_123_456_700, 1_111_111_111_987_654_300))
+
+
+def contents():
+    """Files by path with different contents, for each way in which a volume keeps them."""
+    chance = random.Random(16)
+    words = [chance.randbytes(chance.randrange(2, 9)) for _ in range(300)]
+
+    def text(length):
+        return b" ".join(chance.choice(words) for _ in range(length // 4 + 4))[:length]
+
+    files = {}
+    for place in ("plain", "packed"):
+        for length in (9, 300, 4095, 4096, 65_536, 65_537, 300_000):
+            files[f"{place}/text {length}"] = text(length)
+        files[f"{place}/noise"] = chance.randbytes(200_001)
+        # In the compressed folder: units that are packed, plain, and holes.
+        files[f"{place}/mixed"] = b"".join(chance.choice((text, chance.randbytes, bytes))(chance.randrange(1, 150_000)) for _ in range(12))
+        files[f"{place}/zeros"] = bytes(100_000 if place == "plain" else 200_000)
+    files["plain/\u00fcber \U0001f600"] = text(30_000)
+    return files
+
+
+def fill_with_contents(top):
+    """Writes the files of contents(), more that are made by seeking and in turn, and hard links. Returns what each holds."""
+    (top / "plain").mkdir()
+    (top / "packed").mkdir()
+    os.setxattr(top / "packed", "system.ntfs_attrib", (0x800 | 0x10).to_bytes(4, sys.byteorder))
+    files = contents()
+    for name, data in files.items():
+        (top / name).write_bytes(data)
+    for place in ("plain", "packed"):
+        with open(top / place / "sparse", "wb") as sparse:
+            sparse.write(b"s" * 5000)
+            sparse.seek(3 * MEGABYTE)
+            sparse.write(place.encode())
+        with open(top / place / "grown", "wb") as grown:  # what is behind was never written
+            grown.write(b"g" * 70_000 + place.encode())
+            grown.truncate(500_000)
+    # So many pieces that the runs need extension records.
+    pieces = b"".join(f"piece {i}".encode().ljust(4096, b".") + bytes(4096) for i in range(1500))
+    with open(top / "plain/pieces", "wb") as file:
+        for place in range(0, len(pieces), 8192):
+            file.seek(place)
+            file.write(pieces[place:place + 4096])
+    files["plain/pieces"] = pieces[:-4096]
+    os.link(top / "plain/text 65537", top / "packed/linked")
+    for place in ("plain", "packed"):
+        files[f"{place}/sparse"] = b"s" * 5000 + bytes(3 * MEGABYTE - 5000) + place.encode()
+        files[f"{place}/grown"] = (b"g" * 70_000 + place.encode()).ljust(500_000, b"\0")
+    files["packed/linked"] = files["plain/text 65537"]
+    return files
 
 
 def walk(top, cluster):
@@ -265,6 +316,52 @@ class NtfsTest(unittest.TestCase):
             self.assertEqual(int(shared[path]["Allocated"]), (data + streams) // links[number], path)
         if can_mount():
             self.assertEqual(max(links.values()), 61)
+
+    def check_contents(self, image, copies, files, program, launcher=()):
+        """Each file of the image is a duplicate of its copy, byte for byte, and of no other."""
+        shown = wine_path if launcher else str
+        table = self.folder / "groups.csv"
+        process = subprocess.run([*launcher, program, "--nooptions", "--duplicates", "--verify", f"ntfs:{shown(image)}", shown(copies),
+                                  "--csv", shown(table), "--usecolumns", "fullpath"], capture_output=True, timeout=TIMEOUT, check=False)
+        self.assertEqual(process.returncode, 0, process.stderr)
+        groups = {}
+        for row in csv.DictReader(io.StringIO(table.read_text(encoding="utf-8-sig"))):
+            path = row["Full Path"].replace("\\", "/")
+            inside = "image:" + path.split("|/")[1] if path.startswith("ntfs:") else path.split(f"/{copies.name}/")[1]
+            groups.setdefault(row["Group"], []).append(inside)
+        linked = {"packed/linked", "plain/text 65537"}
+        expected = [sorted([name, f"image:{name}"]) for name in files if name not in linked]
+        expected.append(sorted(prefix + name for name in linked for prefix in ("", "image:")))
+        self.assertEqual(sorted(map(sorted, groups.values())), sorted(expected))
+
+    def test_contents_of_files_are_the_bytes_that_were_written(self):
+        if not can_mount():
+            self.skipTest("no volume can be mounted here")
+        for cluster in (512, 4096):
+            with self.subTest(cluster=cluster):
+                image, copies = self.folder / "contents.img", self.folder / "copies"
+                with open(image, "wb") as file:
+                    file.truncate(64 * MEGABYTE)
+                run("mkntfs", "-F", "-q", "-c", str(cluster), str(image))
+                with Mounted(image, self.folder / "mount", "compression") as top:
+                    files = fill_with_contents(top)
+                for name, data in files.items():
+                    (copies / name).parent.mkdir(parents=True, exist_ok=True)
+                    (copies / name).write_bytes(data)
+                self.assertIn(b"Compressed size", run("ntfsinfo", "-v", "-F", "/packed/mixed", str(image)))
+                self.assertIn(b"Dumping attribute $ATTRIBUTE_LIST", run("ntfsinfo", "-F", "/plain/pieces", str(image)))
+                self.check_contents(image, copies, files, self.linux)
+                if self.windows and cluster == 4096:
+                    self.check_contents(image, copies, files, self.windows, self.launcher)
+                found = run(self.linux, "--nooptions", "--search", "content:piece ext:.", f"ntfs:{image}", "--pathlist", "-").decode()
+                self.assertEqual(sorted(path.split("|/")[1] for path in found.splitlines()), ["plain/pieces"])
+                with open(image, "r+b") as file:  # behind the table, in front of what was written last
+                    file.truncate(image.stat().st_size // 3)
+                process = subprocess.run([self.linux, "--nooptions", "--search", "content:~no.such.text", f"ntfs:{image}"],
+                                         capture_output=True, timeout=TIMEOUT, check=False)
+                self.assertEqual(process.returncode, 1, process.stderr)
+                self.assertIn(b"The image ends inside its data", process.stderr)
+                shutil.rmtree(copies)
 
     def test_a_mounted_volume_is_read_through_its_table(self):
         if not can_mount():

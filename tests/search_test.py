@@ -5,6 +5,7 @@ VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the 
 VANTREL_QUERIES and VANTREL_QUERIES_SEED turn the test into a long run.
 """
 
+import calendar
 import csv
 import io
 import os
@@ -262,24 +263,104 @@ class SearchTest(unittest.TestCase):
         output, _ = self.run_program("--search", "", "--SearchLimit", "7", "--pathlist", "-", self.shown(self.top))
         self.assertEqual(len(output.splitlines()), 7)
 
-    def test_results_by_the_hundred_thousand(self):
+    def test_hostile_expressions_end_with_one_warning_each(self):
+        folder = pathlib.Path(self.folder, "hostile")
+        folder.mkdir(exist_ok=True)
+        for number in range(3):
+            (folder / f"{'a' * 60}{number}").write_bytes(2 * (b"a" * 60 + b"!\n"))
+        for query, warning in (('name:~"^(a+)+$"', "^(a+)+$"), ('content:~"^(a+)+$"', "The regular expression for contents needed")):
+            with self.subTest(query=query):
+                output, errors = self.run_program(f"--search={query}", "--pathlist", "-", self.shown(str(folder)))
+                self.assertEqual((output, errors.count("Warning: ")), (b"", 1), errors)
+                self.assertIn(warning, errors)
+
+    def test_names_that_are_not_text_are_found_and_listed_as_they_are(self):
+        if self.on_windows:
+            self.skipTest("Wine hides such files")
+        folder = os.path.join(self.folder, "bytes").encode()
+        names = [b"\xff\xfe.txt", b"a\xe4b", b"line\nbreak", b"\xed\xa0\x80", b"plain"]
+        os.makedirs(folder, exist_ok=True)
+        for name in names:
+            with open(folder + b"/" + name, "wb") as file:
+                file.write(b"needle")
+        for query, expected in (("", names), ("ext:txt", names[:1]), ("name:a", [names[1], names[2], names[4]]), ("name:a?b", names[1:2]),
+                                ("content:needle", names)):
+            with self.subTest(query=query):
+                output, _ = self.run_program(f"--search={query}", "--pathlist", "-", "--null", folder.decode())
+                self.assertEqual(sorted(output.split(b"\0")[:-1]), sorted(folder + b"/" + name for name in expected))
+
+    def test_results_by_the_million(self):
         """The scan file is written here; head leaves when it has read enough."""
         if self.on_windows:
             self.skipTest("the same code, and Wine is slow")
-        count = 300_000
+        groups, members = 1000, 1000
         scan = pathlib.Path(self.folder, "many.xml")
+        sizes = {}
         with open(scan, "w", encoding="utf-8") as file:
             file.write('<?xml version="1.0"?><Root Type="TCustomUnixRoot"><Path>/made</Path><Folder fullpath="/made">')
-            for number in range(count):
-                file.write(f'<Folder fullpath="/made/f{number}"><SizeData Size="0"/></Folder>')
+            for group in range(groups):
+                file.write(f'<Folder fullpath="/made/d{group}"><SizeData Size="{members * 7}"/>')
+                for member in range(members):
+                    path = f"/made/d{group}/f{member}"
+                    sizes[path] = (member + group) % 7
+                    file.write(f'<Folder fullpath="{path}"><SizeData Size="{sizes[path]}"/></Folder>')
+                file.write("</Folder>")
             file.write("</Folder></Root>")
+        expected = sorted(sizes, key=lambda path: (-sizes[path], path))
+        csv_file, report = (pathlib.Path(self.folder, name) for name in ("many.csv", "many.txt"))
         command = [*self.command, "--nooptions", "--search", "name:f", "--open", scan, "--pathlist", "-"]
-        run = subprocess.run(command, capture_output=True, timeout=TIMEOUT, check=False)
-        self.assertEqual((run.returncode, len(set(run.stdout.splitlines()))), (OK, count), run.stderr)
+        exports = ["--null", "--csv", csv_file, "--usecolumns", "fullpath;size", "--text", report, "--TextSizeUnit", "B"]
+        run = subprocess.run([*command, *exports], capture_output=True, timeout=TIMEOUT, check=False)
+        self.assertEqual((run.returncode, run.stderr), (OK, b""))
+        self.assertTrue(run.stdout.decode().split("\0") == [*expected, ""], "the list of paths differs")
+        rows = csv_file.read_text(encoding="utf-8-sig").splitlines()[1:]
+        self.assertTrue(rows == [f"{path},{sizes[path]}" for path in expected], f"the CSV rows differ: {rows[:3]}")
+        lines = report.read_text(encoding="utf-8-sig").splitlines()
+        self.assertTrue([line.split()[0] for line in lines if "/made/" in line] == expected, f"the report differs: {lines[:6]}")
+        self.assertTrue(lines[-1].startswith(f"0 files and {groups * members:,} folders found, "), lines[-1])
         with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as program:
             program.stdout.readline()
             program.stdout.close()
             self.assertEqual((program.stderr.read(), program.wait(TIMEOUT)), (b"", OUTPUT_FAILED))
+
+    def test_a_saved_scan_answers_each_class_of_condition(self):
+        """The scan is written by hand, so that its dates, owners and attributes are known."""
+        folders = [  # path, attributes, allocated, owner, year of change, access, creation
+            ("a", 16, 4096, "anna", 2020, 2024, 2019), ("a/archive.d", 18, 0, "root", 2021, 2022, 2018),
+            ("a/archive.d/deep inside", 16, 8192, "", 2022, 2023, 2020), ("photo", 2064, 5 << 20, "Anna B", 2024, 2025, 2023)]
+        scan = pathlib.Path(self.folder, "classes.xml")
+        windows_root, delimiter = ("C:", "\\") if self.on_windows else ("", "/")
+        top = f"{windows_root}{delimiter}made"
+
+        def date(name, year):
+            ticks = (calendar.timegm((year, 6, 15, 12, 0, 0)) + 11_644_473_600) * 10**7
+            return f'<{name} Low="{ticks & 0xFFFFFFFF}" High="{ticks >> 32}"/>'
+
+        def element(path):
+            entry = next((folder for folder in folders if folder[0] == path), None)
+            inside = sum(folder[0].startswith(f"{path}/") for folder in folders) if path else len(folders)
+            values = "" if entry is None else (
+                f"<Attributes>{entry[1]}</Attributes>{date('LastAccessDate', entry[5])}{date('LastChangeDate', entry[4])}"
+                f"{date('CreationDate', entry[6])}" + (f"<Owner>{entry[3]}</Owner>" if entry[3] else "") +
+                f'<SizeData Size="7" Allocated="{entry[2]}" Folders="{inside}"/>')
+            inner = [folder[0] for folder in folders if str(pathlib.PurePosixPath(folder[0]).parent) == (path or ".")]
+            full = top + "".join(delimiter + part for part in path.split("/") if part)
+            return f'<Folder fullpath="{full}">{values}{"".join(element(name) for name in inner)}</Folder>'
+
+        kind = "TFileSystemRoot" if self.on_windows else "TCustomUnixRoot"
+        scan.write_text(f'<?xml version="1.0"?><Root Type="{kind}"><Path>{top}</Path>{element("")}</Root>', encoding="utf-8")
+        all_folders = ["a", "a/archive.d", "a/archive.d/deep inside", "photo"]
+        for query, expected in (
+                ("name:photo", ["photo"]), ("name:~^a", ["a", "a/archive.d"]), ('"deep inside"', ["a/archive.d/deep inside"]),
+                ("path:archive", ["a/archive.d/deep inside"]), ("path:=made", ["a", "photo"]), ("ext:d", []), ("filetype:Images", []),
+                ("size:>1B", []), ("allocated:>1KB", []), ("attribute:D", all_folders), ("attribute:H", ["a/archive.d"]),
+                ("attribute:C", ["photo"]), ("owner:anna", ["a", "photo"]), ("owner:=root", ["a/archive.d"]),
+                ('owner:=""', ["a/archive.d/deep inside"]), ("created:<2020", ["a", "a/archive.d"]), ("created:2023", ["photo"]),
+                ("accessed:2025-06-15", ["photo"]), ("mdata:depth:=2", ["a/archive.d"]),
+                (f"mdata:pathlength:={len(top) + 6}", ["photo"]), ("mdata:emptyfolder:yes", ["a/archive.d/deep inside", "photo"])):
+            with self.subTest(query=query):
+                found = self.found(query, "--open", self.shown(str(scan)))
+                self.assertEqual(sorted(path[len(top) + 1:].replace("\\", "/") for path in found), expected)
 
     def test_what_cannot_be_searched_is_refused_before_the_search(self):
         scan = f"{self.folder}/empty.xml"

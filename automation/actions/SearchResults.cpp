@@ -44,10 +44,21 @@ bool WriteSearchResults(const TSearchResults& pResults, TExportFormat pFormat, T
       isReport ? TMediaOptions(pOptions).Effective(TMediaType::mtText) : RowSettings(pFormat, pOptions, pFile);
   std::vector<TColumn> columns = settings.fColumns;
   if (columns.empty()) columns = Presentation::UsualFoundColumns(!isReport);
-  const Presentation::TList list = Presentation::FoundList(pResults.fTitle, pResults.fItems, columns);
-  if (!isReport) return WriteListAsDelimited(list, settings, pOutput);
+  // Rows take more memory than the items themselves.
+  const TListInParts parts = [&](const TTakeListPart& pTake) {
+    constexpr size_t kItemsInPart = 4096;
+    const std::span<const TFoundItem> items = pResults.fItems;
+    size_t begin = 0;
+    do {
+      const auto part = items.subspan(begin, std::min(kItemsInPart, items.size() - begin));
+      if (!pTake(Presentation::FoundList(pResults.fTitle, part, columns))) return false;
+      begin += kItemsInPart;
+    } while (begin < items.size());
+    return true;
+  };
+  if (!isReport) return WriteListAsDelimited(parts, settings, pOutput);
   if (pResults.fItems.empty()) return pOutput.WriteLine(pResults.fSummary);
-  return WriteListAsText(list, FormatOf(settings), pOutput) && pOutput.WriteLine("") &&
+  return WriteListAsText(parts, FormatOf(settings), pOutput) && pOutput.WriteLine("") &&
          pOutput.WriteLine(pResults.fSummary);
 }
 

@@ -1,5 +1,7 @@
 #include "export/text/ListExport.h"
 
+#include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,20 +55,34 @@ std::string DelimitedRow(const TList& pList, const TListRow& pRow, const TValueF
 }  // namespace
 
 bool WriteListAsText(const TList& pList, const TValueFormat& pFormat, ILineOutput& pOutput) {
-  std::vector<TColumn> columns;
-  for (const TListColumn& column : pList.fColumns) columns.push_back(column.fColumn);
-  TPaddedTable padded(std::move(columns), "  ");
-  std::vector<std::vector<std::string>> rows{Captions(pList, pFormat)};
-  for (const TListRow& row : pList.fRows) rows.push_back(RowTexts(pList, row, pFormat));
-  for (const auto& row : rows) padded.Measure(row);
+  return WriteListAsText([&](const TTakeListPart& pTake) { return pTake(pList); }, pFormat, pOutput);
+}
 
-  if (pOutput.LineCount() > 0 && !pOutput.WriteLine("")) return false;
-  if (!pOutput.WriteLine(ToDisplay(pList.fTitle)) || !pOutput.WriteLine("")) return false;
-  for (size_t i = 0; i < rows.size(); ++i) {
-    if (!pOutput.WriteLine(WithoutTrailingBlanks(padded.Row(rows[i])))) return false;
-    if (i == 0 && !pOutput.WriteLine(padded.Underline())) return false;
-  }
-  return true;
+bool WriteListAsText(const TListInParts& pParts, const TValueFormat& pFormat, ILineOutput& pOutput) {
+  std::optional<TPaddedTable> padded;
+  pParts([&](const TList& pPart) {
+    if (!padded) {
+      std::vector<TColumn> columns;
+      for (const TListColumn& column : pPart.fColumns) columns.push_back(column.fColumn);
+      padded.emplace(std::move(columns), "  ");
+      padded->Measure(Captions(pPart, pFormat));
+    }
+    for (const TListRow& row : pPart.fRows) padded->Measure(RowTexts(pPart, row, pFormat));
+    return true;
+  });
+  const auto write = [&](const std::vector<std::string>& pCells) {
+    return pOutput.WriteLine(WithoutTrailingBlanks(padded->Row(pCells)));
+  };
+  bool isFirst = true;
+  return pParts([&](const TList& pPart) {
+    if (std::exchange(isFirst, false)) {
+      if (pOutput.LineCount() > 0 && !pOutput.WriteLine("")) return false;
+      if (!pOutput.WriteLine(ToDisplay(pPart.fTitle)) || !pOutput.WriteLine("")) return false;
+      if (!write(Captions(pPart, pFormat)) || !pOutput.WriteLine(padded->Underline())) return false;
+    }
+    return std::all_of(pPart.fRows.begin(), pPart.fRows.end(),
+                       [&](const TListRow& pRow) { return write(RowTexts(pPart, pRow, pFormat)); });
+  });
 }
 
 bool WriteListAsDelimited(const TList& pList, const TValueFormat& pFormat, const TDelimitedFormat& pDelimited,
@@ -90,8 +106,15 @@ bool WriteListAsDelimited(const TList& pList, const TValueFormat& pFormat, const
 }
 
 bool WriteListAsDelimited(const TList& pList, const TMediaSettings& pSettings, ILineOutput& pOutput) {
+  return WriteListAsDelimited([&](const TTakeListPart& pTake) { return pTake(pList); }, pSettings, pOutput);
+}
+
+bool WriteListAsDelimited(const TListInParts& pParts, const TMediaSettings& pSettings, ILineOutput& pOutput) {
   const TDelimitedFormat fields{ToUtf8(pSettings.Separator()), pSettings.fNeutralizeFormulas, pSettings.fByteOrderMark};
-  return WriteListAsDelimited(pList, FormatOf(pSettings), fields, pSettings.fIncludeHeader, pOutput);
+  bool withHeader = pSettings.fIncludeHeader;
+  return pParts([&](const TList& pPart) {
+    return WriteListAsDelimited(pPart, FormatOf(pSettings), fields, std::exchange(withHeader, false), pOutput);
+  });
 }
 
 }  // namespace Vantrel::Exporting

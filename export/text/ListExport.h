@@ -2,6 +2,8 @@
 
 // Writes a list as text for people or as lines for programs.
 
+#include <functional>
+
 #include "export/text/DelimitedText.h"
 #include "export/walk/HierarchicalExport.h"
 #include "presentation/lists/List.h"
@@ -21,5 +23,15 @@ bool WriteListAsDelimited(const Presentation::TList& pList, const TValueFormat& 
                           const TDelimitedFormat& pDelimited, bool pWithHeader, ILineOutput& pOutput);
 // The same, with the format from the effective settings.
 bool WriteListAsDelimited(const Presentation::TList& pList, const TMediaSettings& pSettings, ILineOutput& pOutput);
+
+// A list of millions of rows, of which only a part is made at a time. It is called to hand its parts to pTake, in their
+// order, with the same title and columns; there is at least one part. It ends when pTake returns false, and returns
+// whether all were taken.
+using TTakeListPart = std::function<bool(const Presentation::TList& pPart)>;
+using TListInParts = std::function<bool(const TTakeListPart& pTake)>;
+
+// The same for such a list. Text goes through the parts twice, since the width of a column depends on all rows.
+bool WriteListAsText(const TListInParts& pParts, const TValueFormat& pFormat, ILineOutput& pOutput);
+bool WriteListAsDelimited(const TListInParts& pParts, const TMediaSettings& pSettings, ILineOutput& pOutput);
 
 }  // namespace Vantrel::Exporting

@@ -4,6 +4,7 @@
 
 #include "platform/files/Paths.h"
 #include "scan/files/LinkRules.h"
+#include "scan/ntfs/MftNames.h"
 #include "scan/ntfs/NtfsErrors.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
@@ -54,21 +55,6 @@ TRef<THierarchicalMftEnumerator> THierarchicalMftEnumerator::Create(std::shared_
   enumerator->fDepth = enumerator->TBaseHierarchicalEnumerator::GetParentPathDepth();
   return enumerator;
 }
-
-namespace {
-
-// The name in a list; exactly if possible, else without regard to letter case.
-uint32_t FindName(const THierarchicalMftRoot& pRoot, std::span<const uint32_t> pNames, std::u16string_view pText) {
-  uint32_t similar = kNoName;
-  for (const uint32_t name : pNames) {
-    const std::u16string_view text = pRoot.NameText(name);
-    if (text == pText) return name;
-    if (similar == kNoName && SamePath(text, pText, u'\\')) similar = name;
-  }
-  return similar;
-}
-
-}  // namespace
 
 TRef<THierarchicalMftEnumerator> THierarchicalMftEnumerator::CreateForPath(TMftScan pScan,
                                                                            std::u16string_view pPathInside,

@@ -20,7 +20,8 @@ struct TMftScan {
   std::u16string fTopPath;     // the path where the scan begins
   uint32_t fTop = kRootRecord;
   char16_t fPathDelimiter = u'/';
-  uint32_t fErrorCode = 0;  // what left a part of the table unread; the scan's first folder reports it
+  uint32_t fErrorCode = 0;                // what left a part of the table unread; the scan's first folder reports it
+  std::shared_ptr<const void> fVolume{};  // lives as long as the scan
 };
 
 // Answers for the current entry, or for the folder itself before the first.

@@ -88,7 +88,8 @@ std::vector<std::byte> ReadRuns(IVolumeReader& pReader, const TMftLocation& pLoc
   return bytes;
 }
 
-// A list of a file's attributes that are in other records.
+}  // namespace
+
 std::vector<std::byte> ReadAttributeList(IVolumeReader& pReader, const TMftLocation& pLocation,
                                          const TMftAttribute& pList) {
   if (pList.fIsResident) return {pList.fValue.begin(), pList.fValue.end()};
@@ -97,6 +98,8 @@ std::vector<std::byte> ReadAttributeList(IVolumeReader& pReader, const TMftLocat
   const int64_t length = std::clamp<int64_t>(pList.fDataSize, 0, kLargestList);
   return ReadRuns(pReader, pLocation, runs, 0, length);
 }
+
+namespace {
 
 // Appends the table's runs that stand in other records. Each of these lies in the part that is known by then.
 void AddRunsOfExtensions(IVolumeReader& pReader, TMftLocation& pLocation, TBytes pList) {

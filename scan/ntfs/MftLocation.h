@@ -40,6 +40,10 @@ TMftLocation LocateTable(IVolumeReader& pReader, TVolumePart pPart, const std::u
 // One record, fixed up. Empty when it cannot be read or is not in use.
 std::vector<std::byte> ReadRecord(IVolumeReader& pReader, const TMftLocation& pLocation, int64_t pNumber);
 
+// The list of a file's attributes that are in other records. What of it cannot be read is missing.
+std::vector<std::byte> ReadAttributeList(IVolumeReader& pReader, const TMftLocation& pLocation,
+                                         const TMftAttribute& pList);
+
 // What a volume's own files say about it.
 struct TVolumeFacts {
   std::u16string fLabel;

@@ -24,6 +24,7 @@ void ReadNonResident(TBytes pBytes, TMftAttribute& pAttribute) {
   pAttribute.fCompressionUnit = NumberAt<uint16_t>(pBytes, 34);
   pAttribute.fAllocatedSize = NumberAt<int64_t>(pBytes, 40);
   pAttribute.fDataSize = NumberAt<int64_t>(pBytes, 48);
+  pAttribute.fInitializedSize = NumberAt<int64_t>(pBytes, 56);
   if (pBytes.size() >= kCompressedHeader) pAttribute.fCompressedSize = NumberAt<int64_t>(pBytes, 64);
   const size_t pairs = NumberAt<uint16_t>(pBytes, 32);
   if (pairs < pBytes.size()) pAttribute.fMappingPairs = pBytes.subspan(pairs);
@@ -82,7 +83,8 @@ bool TAttributeWalk::Next(TMftAttribute& pAttribute) {
   const TBytes bytes = fRecord.subspan(fOffset, length);
   fOffset += length;
   pAttribute.fIsResident = NumberAt<uint8_t>(bytes, 8) == 0;
-  pAttribute.fIsSparseOrCompressed = (NumberAt<uint16_t>(bytes, 12) & kFlagsSparseOrCompressed) != 0;
+  pAttribute.fFlags = NumberAt<uint16_t>(bytes, 12);
+  pAttribute.fIsSparseOrCompressed = (pAttribute.fFlags & kFlagsSparseOrCompressed) != 0;
   pAttribute.fName = PartOf(bytes, NumberAt<uint16_t>(bytes, 10), size_t{2} * NumberAt<uint8_t>(bytes, 9));
   if (pAttribute.fIsResident)
     pAttribute.fValue = PartOf(bytes, NumberAt<uint16_t>(bytes, 20), NumberAt<uint32_t>(bytes, 16));

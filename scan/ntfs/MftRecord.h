@@ -73,11 +73,17 @@ constexpr uint32_t kData = 0x80;
 constexpr uint32_t kReparsePoint = 0xC0;
 constexpr uint32_t kFirstUnknownType = 193;  // attributes of this type and above are never needed
 
+// Flags of an attribute.
+constexpr uint16_t kDataIsCompressed = 0x00FF;  // the method; 0: not compressed
+constexpr uint16_t kLznt1 = 1;
+constexpr uint16_t kDataIsEncrypted = 0x4000;
+
 // An attribute as parts of its record.
 struct TMftAttribute {
   uint32_t fType = 0;
   bool fIsResident = true;
   bool fIsSparseOrCompressed = false;
+  uint16_t fFlags = 0;
   TBytes fName;   // UTF-16, at any address
   TBytes fValue;  // of a resident attribute; empty for another one
   // Of an attribute whose value is outside the record. The sizes count only in the part that begins at cluster 0.
@@ -85,6 +91,7 @@ struct TMftAttribute {
   uint16_t fCompressionUnit = 0;
   int64_t fAllocatedSize = 0;
   int64_t fDataSize = 0;
+  int64_t fInitializedSize = 0;
   int64_t fCompressedSize = 0;
   TBytes fMappingPairs;
 };

@@ -30,8 +30,18 @@ std::string ErrorTextOf(uint32_t pCode) {
       return "The volume has no such folder";
     case kErrorNothingToRead:
       return "Its file table is empty";
-    case kErrorNotRead:
-      return "Files of an NTFS image cannot be opened";
+    case kErrorNoFile:
+      return "The volume has no such file";
+    case kErrorDamagedFile:
+      return "Its data on the volume is damaged";
+    case kErrorTruncatedFile:
+      return "The image ends inside its data";
+    case kErrorEncryptedFile:
+      return "It is encrypted by Windows (EFS)";
+    case kErrorOverlayFile:
+      return "It is compressed by Windows' overlay (WOF), which only a mounted volume can unpack";
+    case kErrorElsewhere:
+      return "Its data is not on the volume";
     default:
       return OSErrorText(pCode);
   }

@@ -20,7 +20,13 @@ constexpr uint32_t kErrorDamagedTable = 0x2000'0109;  // the file table cannot b
 constexpr uint32_t kErrorTruncated = 0x2000'010A;     // the image ends inside the file table
 constexpr uint32_t kErrorNoFolder = 0x2000'010B;      // the path inside the volume does not exist
 constexpr uint32_t kErrorNothingToRead = 0x2000'010C;
-constexpr uint32_t kErrorNotRead = 0x2000'010D;  // contents of files are not read from an image
+constexpr uint32_t kErrorNoFile = 0x2000'010D;
+// Contents that cannot be read.
+constexpr uint32_t kErrorDamagedFile = 0x2000'010E;
+constexpr uint32_t kErrorTruncatedFile = 0x2000'010F;  // the image ends inside the contents
+constexpr uint32_t kErrorEncryptedFile = 0x2000'0110;
+constexpr uint32_t kErrorOverlayFile = 0x2000'0111;
+constexpr uint32_t kErrorElsewhere = 0x2000'0112;  // a program keeps them in another place
 
 // The text for any code, in UTF-8, without a full stop.
 std::string ErrorTextOf(uint32_t pCode);

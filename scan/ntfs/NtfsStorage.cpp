@@ -11,6 +11,7 @@
 #include "platform/text/Text.h"
 #include "platform/threads/CriticalSection.h"
 #include "scan/ntfs/NtfsErrors.h"
+#include "scan/ntfs/OpenedVolumes.h"
 #include "scan/ntfs/PartitionEnumerator.h"
 #include "scan/storage/PathNotFoundEnumerator.h"
 
@@ -86,42 +87,86 @@ class TNtfsStorage : public TInterfaced<IStorage> {
 
   std::string ErrorText(uint32_t pCode) const override { return ErrorTextOf(pCode); }
 
-  std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
-    throw EOSError(kErrorNotRead, "TNtfsStorage.OpenFile", pPath);
+  std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext& pContext) const override {
+    const TOpenedVolumes::TFound found =
+        fOpened.Find(pPath, [&](std::u16string& pPrefix) { return OpenForFiles(pPath, pContext, pPrefix); });
+    if (!found.fVolume) throw EOSError(kErrorNoFile, "Opening a file of a volume", pPath);
+    return found.fVolume->OpenFile(found.fPathInside, GetPathDelimiter(), pPath);
   }
 
  private:
+  // A volume that is opened, and the beginning of the paths of its files.
+  struct TVolumePlace {
+    TNtfsPath fParts;
+    TVolumePart fPart;
+    std::u16string fPrefix;
+  };
+
   TRef<IHierarchicalEnumerator> Open(const std::u16string& pPath, const TScanContext& pContext) const {
     TNtfsPath path = SplitNtfsPath(pPath, GetPathDelimiter());
     const std::shared_ptr<IVolumeReader> reader = fOpener.fOpenReader(path.fImage);
-    TVolumePart part{0, reader->Size()};
-    if (IsPartitioned(*reader)) {
-      const TDiskPartitions partitions = FindPartitions(*reader);
-      if (partitions.fNtfs.empty()) throw EOSError(kErrorNoNtfsPartition, "Opening a disk", path.fImage);
-      if (path.fInside.empty()) return OpenDisk(pPath, reader, partitions, pContext);
-      part = TakePartition(partitions.fNtfs, path);
-    }
-    return OpenVolume(pPath, path, *reader, part, pContext);
+    if (IsPartitioned(*reader) && path.fInside.empty())
+      return OpenDisk(pPath, reader, PartitionsOf(*reader, path.fImage), pContext);
+    return OpenVolume(pPath, PlaceOf(path, *reader), *reader, pContext);
   }
 
-  TRef<IHierarchicalEnumerator> OpenVolume(const std::u16string& pPath, const TNtfsPath& pParts, IVolumeReader& pReader,
-                                           TVolumePart pPart, const TScanContext& pContext) const {
+  static TDiskPartitions PartitionsOf(IVolumeReader& pReader, const std::u16string& pImage) {
+    TDiskPartitions partitions = FindPartitions(pReader);
+    if (partitions.fNtfs.empty()) throw EOSError(kErrorNoNtfsPartition, "Opening a disk", pImage);
+    return partitions;
+  }
+
+  // The volume of a path that names something inside it.
+  TVolumePlace PlaceOf(TNtfsPath pPath, IVolumeReader& pReader) const {
+    TVolumePart part{0, pReader.Size()};
+    std::u16string partition;
+    if (IsPartitioned(pReader)) {
+      partition = pPath.fInside;
+      part = TakePartition(PartitionsOf(pReader, pPath.fImage).fNtfs, pPath);
+      partition.resize(partition.size() - pPath.fInside.size());
+      if (!partition.ends_with(GetPathDelimiter())) partition += GetPathDelimiter();
+    }
+    const std::u16string prefix = PathOf({pPath.fImage, partition}, GetPathDelimiter());
+    return {std::move(pPath), part, prefix};
+  }
+
+  TRef<IHierarchicalEnumerator> OpenVolume(const std::u16string& pPath, const TVolumePlace& pPlace,
+                                           IVolumeReader& pReader, const TScanContext& pContext) const {
+    const TNtfsPath& parts = pPlace.fParts;
     TMftScan scan;
-    scan.fVolumePath = PathOf({pParts.fImage, {}}, GetPathDelimiter());
+    scan.fVolumePath = PathOf({parts.fImage, {}}, GetPathDelimiter());
     scan.fTopPath = pPath;
     scan.fPathDelimiter = GetPathDelimiter();
     TRef<IHierarchicalEnumerator> enumerator;
-    const TMftLocation location = LocateTable(pReader, pPart, scan.fVolumePath);
+    const TMftLocation location = LocateTable(pReader, pPlace.fPart, scan.fVolumePath);
     const TIndexedVolume volume = IndexVolume(pReader, location, scan.fVolumePath,
                                               BuildSettingsOf(pContext, fOpener, GetPathDelimiter()), pContext);
     if (volume.fRoot) {
+      const auto opened = std::make_shared<TOpenedVolume>(fOpener, parts.fImage, volume);
+      fOpened.AddScanned(pPlace.fPrefix, pContext.fOptions, opened);
       scan.fRoot = volume.fRoot;
       scan.fErrorCode = volume.fErrorCode;
-      enumerator = THierarchicalMftEnumerator::CreateForPath(scan, pParts.fInside, pContext.fOptions);
-      SetInformation(pPath, InformationOf(volume, pParts.fImage, ReadVolumeFacts(pReader, location), pContext));
+      scan.fVolume = opened;
+      enumerator = THierarchicalMftEnumerator::CreateForPath(scan, parts.fInside, pContext.fOptions);
+      SetInformation(pPath, InformationOf(volume, parts.fImage, ReadVolumeFacts(pReader, location), pContext));
     }
     if (enumerator) return enumerator;
     return MakeRef<Enumerators::TPathNotFoundEnumerator>(pPath, kErrorNoFolder, pContext.fOptions);
+  }
+
+  // Reads the index of a file's volume, which no scan holds any more.
+  std::shared_ptr<TOpenedVolume> OpenForFiles(const std::u16string& pPath, const TScanContext& pContext,
+                                              std::u16string& pPrefix) const {
+    const TNtfsPath path = SplitNtfsPath(pPath, GetPathDelimiter());
+    const std::unique_ptr<IVolumeReader> reader = fOpener.fOpenReader(path.fImage);
+    const TVolumePlace place = PlaceOf(path, *reader);
+    TScanContext context = pContext;
+    context.fOptions = fOpened.OptionsOf(pPath, pContext.fOptions);
+    const TIndexedVolume volume = IndexVolume(*reader, LocateTable(*reader, place.fPart, pPath), pPath,
+                                              BuildSettingsOf(context, fOpener, GetPathDelimiter()), context);
+    if (!volume.fRoot) throw EOSError(kErrorNothingToRead, "Opening a file of a volume", pPath);  // cancelled
+    pPrefix = place.fPrefix;
+    return std::make_shared<TOpenedVolume>(fOpener, path.fImage, volume);
   }
 
   // Each partition's index is built when the scan enters its folder.
@@ -144,11 +189,10 @@ class TNtfsStorage : public TInterfaced<IStorage> {
   TRef<IHierarchicalEnumerator> OpenPartition(const std::u16string& pDiskPath, IVolumeReader& pReader,
                                               const TNtfsPartition& pPartition, const TScanContext& pContext) const {
     const std::u16string path = JoinPath(pDiskPath, pPartition.Name(), GetPathDelimiter());
-    TNtfsPath parts = SplitNtfsPath(path, GetPathDelimiter());
-    parts.fInside.clear();
+    const TNtfsPath parts{SplitNtfsPath(path, GetPathDelimiter()).fImage, {}};
     TRef<IHierarchicalEnumerator> enumerator;
     try {
-      enumerator = OpenVolume(path, parts, pReader, pPartition.fPart, pContext);
+      enumerator = OpenVolume(path, {parts, pPartition.fPart, path + GetPathDelimiter()}, pReader, pContext);
     } catch (const EOSError& error) {
       enumerator = MakeRef<Enumerators::TPathNotFoundEnumerator>(path, error.Code(), pContext.fOptions);
     }
@@ -192,6 +236,7 @@ class TNtfsStorage : public TInterfaced<IStorage> {
   }
 
   const TVolumeOpener fOpener;
+  mutable TOpenedVolumes fOpened;
   mutable TCriticalSection fLock;
   // What the last scan of each path found.
   mutable std::map<std::u16string, TStorageInformation> fInformation GUARDED_BY(fLock);

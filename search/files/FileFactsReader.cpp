@@ -19,6 +19,30 @@ std::u16string PathOf(TSearchItem& pItem) {
   return folder.empty() ? std::u16string(pItem.NameText()) : JoinPath(folder, pItem.NameText(), pItem.PathDelimiter());
 }
 
+// A file up to the length that it had when it was opened. A file may grow faster than it is read.
+class TOpenedLength final : public IByteSource {
+ public:
+  explicit TOpenedLength(IStoredFile& pFile)
+      : fFile(pFile), fLeft(static_cast<uint64_t>(std::max<int64_t>(pFile.GetFacts().fSize, 0))) {}
+
+  size_t Read(char* pBuffer, size_t pLength) override {
+    const auto wanted = static_cast<size_t>(std::min<uint64_t>(pLength, fLeft));
+    const size_t read = wanted == 0 ? 0 : fFile.Read(pBuffer, wanted);
+    fLeft -= read;
+    return read;
+  }
+
+  uint64_t SkipZeros() override {
+    const uint64_t skipped = std::min(fFile.SkipZeros(), fLeft);
+    fLeft -= skipped;
+    return skipped;
+  }
+
+ private:
+  IStoredFile& fFile;
+  uint64_t fLeft;
+};
+
 }  // namespace
 
 TContentMatcher& TFileFactsReader::MatcherOf(const TContentSearch& pSearch) {
@@ -35,15 +59,17 @@ int64_t TFileFactsReader::GivenUp() const {
 
 bool TFileFactsReader::IsReadable(TSearchItem& pItem) const {
   const TEntryView& entry = pItem.Entry();
-  constexpr TAttributes kNotRead = kAttributeDevice | kAttributeReparsePoint;
-  return !pItem.IsFolder() && fStorage && (entry.GetAttributes() & kNotRead) == 0 && entry.GetSize() > 0;
+  const TAttributes attributes = entry.GetAttributes();
+  // A file that Windows' overlay has compressed is no link. On NTFS a link has no size.
+  const bool isLink = (attributes & kAttributeReparsePoint) != 0 && (attributes & kAttributeCompressed) == 0;
+  return !pItem.IsFolder() && fStorage && !isLink && (attributes & kAttributeDevice) == 0 && entry.GetSize() > 0;
 }
 
 void TFileFactsReader::KeepError(const std::u16string& pPath, std::string_view pWhere) {
   const uint32_t code = CodeOfCaughtException(pWhere);
   // A file that has vanished since it was listed is not missing from the answer.
   if (ClassifyOSError(code) != TErrorKind::ekNotFound && !TInterruptibleThread::IsCurrentInterrupted())
-    fErrors.FileFailed(pPath, code);
+    fErrors.FileFailed(pPath, code, fStorage->ErrorText(code));
 }
 
 bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& pSearch) {
@@ -52,7 +78,8 @@ bool TFileFactsReader::ContentsMatch(TSearchItem& pItem, const TContentSearch& p
   try {
     path = PathOf(pItem);
     const std::unique_ptr<IStoredFile> file = fStorage->OpenFile(path, fContext);
-    return MatcherOf(pSearch).IsFoundIn(*file, [this] { return fErrors.IsStopped(); });
+    TOpenedLength contents(*file);
+    return MatcherOf(pSearch).IsFoundIn(contents, [this] { return fErrors.IsStopped(); });
   } catch (...) {
     KeepError(path, "TFileFactsReader.ContentsMatch");
     return false;

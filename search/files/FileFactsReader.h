@@ -20,8 +20,8 @@ namespace Vantrel::Search {
 class IFactErrors {
  public:
   virtual ~IFactErrors() = default;
-  // A file could not be read.
-  virtual void FileFailed(const std::u16string& pPath, uint32_t pCode) = 0;
+  // A file could not be read. pText is its storage's, in UTF-8.
+  virtual void FileFailed(const std::u16string& pPath, uint32_t pCode, std::string_view pText) = 0;
   // Whether the search is to end. Waits while it is paused.
   virtual bool IsStopped() = 0;
 };

@@ -71,8 +71,9 @@ std::vector<TSearchError> TFileSearch::GetErrors() const {
 std::vector<std::u16string> TFileSearch::GetWarnings() const {
   std::vector<std::u16string> warnings = fRun->Settings().fExpression.Warnings();
   if (const int64_t lines = fRun->GivenUp(); lines > 0)
-    warnings.push_back(fmt::format(
-        u"The regular expression for contents needed too much time for {} lines, which count as not matching", lines));
+    warnings.push_back(
+        fmt::format(u"The regular expression for contents needed too much time for {}, which {} as not matching",
+                    lines == 1 ? u"1 line" : fmt::format(u"{} lines", lines), lines == 1 ? u"counts" : u"count"));
   return warnings;
 }
 

@@ -12,8 +12,14 @@ std::u16string TFoundItem::FullPath() const {
 
 namespace {
 
+// Joining the paths takes most of the time when millions of items are sorted. The folders' paths mostly decide.
 bool PathComesFirst(const TFoundItem& pA, const TFoundItem& pB) {
-  if (pA.fFolder == pB.fFolder) return pA.fName < pB.fName;
+  const std::u16string_view folderA = pA.fFolder->fPath;
+  const std::u16string_view folderB = pB.fFolder->fPath;
+  const size_t common = std::min(folderA.size(), folderB.size());
+  const int order = folderA.substr(0, common).compare(folderB.substr(0, common));
+  if (order != 0) return order < 0;
+  if (folderA.size() == folderB.size()) return pA.fName < pB.fName;
   return pA.FullPath() < pB.FullPath();
 }
 

@@ -67,8 +67,8 @@ bool TSearchRun::IsStopped() {
   return fToken->IsCancelled();
 }
 
-void TSearchRun::FileFailed(const std::u16string& pPath, uint32_t pCode) {
-  AddError({.fPath = pPath, .fCode = pCode, .fText = FromUtf8(OSErrorText(pCode))});
+void TSearchRun::FileFailed(const std::u16string& pPath, uint32_t pCode, std::string_view pText) {
+  AddError({.fPath = pPath, .fCode = pCode, .fText = FromUtf8(pText)});
 }
 
 void TSearchRun::AddError(TSearchError pError) {

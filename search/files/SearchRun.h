@@ -36,7 +36,7 @@ class TSearchRun final : public IFactErrors {
 
   // Cheap, for each folder and for each block of a file.
   bool IsStopped() override;
-  void FileFailed(const std::u16string& pPath, uint32_t pCode) override;
+  void FileFailed(const std::u16string& pPath, uint32_t pCode, std::string_view pText) override;
   void AddError(TSearchError pError);
   // Takes the items and empties the list.
   void HandOver(std::vector<TFoundItem>& pFound);

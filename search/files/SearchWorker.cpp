@@ -93,11 +93,17 @@ void TSearchWorker::MatchRow(const TTreeRow& pRow) {
   const IHierarchicalElement* holder = pRow.IsFile() ? &pRow.fFolder : nullptr;
   if (!holder || holder != fRowFolder) {
     fItem.SetFolder(pRow.fLevel);
-    fFolderOfRows = nullptr;
+    fIsFolderOfRows = false;
     fRowFolder = holder;
   }
   if (!Matches(view)) return;
-  if (!fFolderOfRows) fFolderOfRows = MakeRef<const TFoundFolder>(view.GetParentPath(), fDelimiter, fStorage);
+  if (!fIsFolderOfRows) {
+    std::u16string path = view.GetParentPath();
+    // Found folders that follow each other mostly lie in the same one.
+    if (!fFolderOfRows || fFolderOfRows->fPath != path)
+      fFolderOfRows = MakeRef<const TFoundFolder>(std::move(path), fDelimiter, fStorage);
+    fIsFolderOfRows = true;
+  }
   const TEntryValues values{view.GetSize(),           view.GetAllocated(),    view.GetLastAccessDate(),
                             view.GetLastChangeDate(), view.GetCreationDate(), view.GetAttributes()};
   fFound.push_back({fFolderOfRows, std::u16string(view.GetObjectName()), values, !pRow.IsFile(), true,

@@ -65,6 +65,7 @@ class TSearchWorker {
   TRef<const TFoundFolder> fListedFolder;
   const IHierarchicalElement* fRowFolder = nullptr;  // of the last row of a tree
   TRef<const TFoundFolder> fFolderOfRows;
+  bool fIsFolderOfRows = false;  // whether fFolderOfRows holds the last row
 };
 
 }  // namespace Vantrel::Search

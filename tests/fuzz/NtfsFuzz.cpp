@@ -49,12 +49,32 @@ TImage ImageOf(const uint8_t* pData, size_t pSize, bool pIsWhole) {
   return image;
 }
 
+constexpr int kMostFilesRead = 20;
+
+// Reads the beginning of a file, and what follows its holes. All ends, or with an error.
+void ReadFile(const IStorage& pStorage, const std::u16string& pPath) {
+  try {
+    const std::unique_ptr<IStoredFile> file = pStorage.OpenFile(pPath, {});
+    char buffer[5'000];
+    for (int i = 0; i < 40; ++i) {
+      const size_t length = file->Read(buffer, sizeof buffer);
+      if (length > sizeof buffer) std::abort();
+      if (length == 0) break;
+      if (i % 8 == 7) file->SkipZeros();
+    }
+    file->TrySeek(static_cast<uint64_t>(file->GetFacts().fSize) / 2);
+    file->Read(buffer, sizeof buffer);
+  } catch (const EOSError&) {  // a damaged file
+  }
+}
+
 // Walks the whole tree and adds up as a scan does. Each entry may be there once.
-void Walk(const TRef<IHierarchicalEnumerator>& pTop) {
+void Walk(const IStorage& pStorage, const TRef<IHierarchicalEnumerator>& pTop) {
   std::vector<TRef<IHierarchicalEnumerator>> folders{pTop};
   int64_t size = 0;
   int64_t allocated = 0;
   size_t entries = 0;
+  int filesRead = 0;
   while (!folders.empty()) {
     const TRef<IHierarchicalEnumerator> folder = folders.back();
     folders.pop_back();
@@ -64,6 +84,7 @@ void Walk(const TRef<IHierarchicalEnumerator>& pTop) {
       allocated += values.fAllocated;
       if (values.fSize < 0 || values.fAllocated < 0 || folder->GetObjectName().empty()) std::abort();
       if (++entries > 100'000) std::abort();  // more than names fit into the image: it runs in circles
+      if (!folder->IsFolder() && filesRead++ < kMostFilesRead) ReadFile(pStorage, folder->GetFullPath());
       if (folder->IsFolder() && folder->CanDescend())
         folders.push_back(
             folder->CreateChildEnumeratorById(folder->GetEntryId(), folder->GetObjectName(), values.fAttributes));
@@ -89,9 +110,19 @@ void WriteSeeds(const std::string& pFolder) {
       TMadeRecord(1, 1, Reference(40)).Name(root, u"more").Stream(0x80, {4096, 4096, {{9, 1}}}, u"WofCompressedData"),
       TMadeRecord(3).Standard(0x400).Name(Reference(41), u"link").Reparse(0xA000'0003),
       TMadeRecord().Standard(6).Name(root, u"$MFT", 3).Stream(0x80, {65'536, 65'536, {{16, 9}, {30, 7}}}),
+      TMadeRecord()
+          .Standard(0x820)
+          .Name(root, u"lznt1")
+          .Stream(0x80, {99'999, 131'072, {{9, 4}, {-1, 12}, {2, 16}}, 81'920, 0, 1, 90'000}),
+      TMadeRecord()
+          .Standard(0x20)
+          .Resident(0x20, MadeAttributeList({{45, 0}, {46, 1}}))
+          .Name(root, u"in parts")
+          .Stream(0x80, {8000, 8192, {{9, 1}}}),
+      TMadeRecord(1, 1, Reference(45)).Stream(0x80, {0, 0, {{2, 1}}, -1, 1}),
   };
   TImage all;
-  const uint8_t numbers[] = {41, 42, 40, 43, 44, 0};
+  const uint8_t numbers[] = {41, 42, 40, 43, 44, 0, 47, 45, 46};
   for (size_t i = 0; i < std::size(records); ++i) {
     TImage one{numbers[i]};
     const TImage bytes = records[i].Bytes(kRecord, numbers[i]);
@@ -129,7 +160,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize) {
   if ((settings & 2) != 0) context.fOptions |= heoMftCompatible;
   if ((settings & 4) != 0) context.fOptions |= heoMftSystemFiles;
   const std::u16string path = storage->AbsolutePath(u"ntfs:image");
-  Walk(storage->CreateEnumerator(path, context));
+  Walk(*storage, storage->CreateEnumerator(path, context));
   storage->GetInformation(path);
   return 0;
 }

@@ -59,6 +59,19 @@ TImage MappingPairs(const std::vector<TMadeRun>& pRuns) {
   return pairs;
 }
 
+TImage MadeAttributeList(const std::vector<std::pair<uint64_t, int64_t>>& pParts) {
+  TImage list;
+  for (const auto& [record, first] : pParts) {
+    Append(list, 0x80, 4);
+    Append(list, 32, 2);
+    Append(list, 0x1A00, 2);  // no name
+    Append(list, static_cast<uint64_t>(first), 8);
+    Append(list, Reference(record, 1), 8);
+    list.resize((list.size() + 31) / 32 * 32);
+  }
+  return list;
+}
+
 // --- one record ----------------------------------------------------------------------------------------------------
 
 TImage& TMadeRecord::Begin(uint32_t pType, std::u16string_view pName, bool pIsResident, size_t pHeader) {
@@ -98,14 +111,15 @@ TMadeRecord& TMadeRecord::Stream(uint32_t pType, const TMadeStream& pStream, std
   while (fAttributes.size() % 8 != 0) fAttributes.push_back(0);
   int64_t clusters = 0;
   for (const TMadeRun& run : pStream.fRuns) clusters += run.fLength;
-  PutNumber(fAttributes, begin + 12, isCompressed ? 0x8000 : 0, 2);
+  PutNumber(fAttributes, begin + 12, (isCompressed ? 0x8000u : 0u) | pStream.fFlags, 2);
   PutNumber(fAttributes, begin + 16, static_cast<uint64_t>(pStream.fFirstCluster), 8);
   PutNumber(fAttributes, begin + 24, static_cast<uint64_t>(pStream.fFirstCluster + clusters - 1), 8);
   PutNumber(fAttributes, begin + 32, fAttributes.size() - begin, 2);
   PutNumber(fAttributes, begin + 34, isCompressed ? 4 : 0, 2);
   PutNumber(fAttributes, begin + 40, static_cast<uint64_t>(pStream.fAllocated), 8);
   PutNumber(fAttributes, begin + 48, static_cast<uint64_t>(pStream.fSize), 8);
-  PutNumber(fAttributes, begin + 56, static_cast<uint64_t>(pStream.fSize), 8);
+  const int64_t initialized = pStream.fInitialized < 0 ? pStream.fSize : pStream.fInitialized;
+  PutNumber(fAttributes, begin + 56, static_cast<uint64_t>(initialized), 8);
   if (isCompressed) PutNumber(fAttributes, begin + 64, static_cast<uint64_t>(pStream.fCompressed), 8);
   const TImage pairs = MappingPairs(pStream.fRuns);
   fAttributes.insert(fAttributes.end(), pairs.begin(), pairs.end());
@@ -239,16 +253,7 @@ void MakeTableRecords(std::map<uint32_t, TMadeRecord>& pRecords, const TMadeVolu
   if (split != pRuns.end()) {
     int64_t known = 0;
     for (auto run = pRuns.begin(); run != split; ++run) known += run->fLength;
-    TImage list;
-    for (const auto& [record, first] : {std::pair<uint64_t, int64_t>{0, 0}, {15, known}}) {
-      Append(list, 0x80, 4);
-      Append(list, 32, 2);
-      Append(list, 0x1A00, 2);  // no name
-      Append(list, static_cast<uint64_t>(first), 8);
-      Append(list, Reference(record, 1), 8);
-      list.resize((list.size() + 31) / 32 * 32);
-    }
-    table.Resident(0x20, list);
+    table.Resident(0x20, MadeAttributeList({{0, 0}, {15, known}}));
     TMadeRecord rest(TMadeRecord::kUsed, 1, Reference(0, 1));
     rest.Stream(0x80, {0, 0, {split, pRuns.end()}, -1, known});
     pRecords.insert_or_assign(15, rest);

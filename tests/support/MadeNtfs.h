@@ -29,7 +29,12 @@ struct TMadeStream {
   std::vector<TMadeRun> fRuns{};
   int64_t fCompressed = -1;  // bytes; below 0: neither compressed nor sparse
   int64_t fFirstCluster = 0;
+  uint16_t fFlags = 0;        // besides those for fCompressed: 1 compressed, 0x4000 encrypted
+  int64_t fInitialized = -1;  // below 0: as fSize
 };
+
+// The list of a file's unnamed data in other records: for each part its record and first cluster.
+TImage MadeAttributeList(const std::vector<std::pair<uint64_t, int64_t>>& pParts);
 
 // One file record under construction. Attributes stand in the order of the calls.
 class TMadeRecord {

@@ -25,6 +25,8 @@ class TMemoryServices : public TInterfaced<IScanServices> {
   std::map<std::u16string, std::shared_ptr<TMemoryStorage>> fStorages;
   ThreadPool::TWorkerThreadPool::TSettings fPoolSettings;
   std::vector<int32_t> fThreads;  // asked for, scan by scan
+  // Opens files for reading; empty: none is there any more.
+  std::function<std::unique_ptr<IStoredFile>()> fOpenFile;
 
   TRef<IStorage> FindStorage(std::u16string_view) override { return MakeRef<TStorage>(*this); }
   TRef<IStorage> GetLoadedScanStorage(char16_t pPathDelimiter) override {
@@ -61,6 +63,7 @@ class TMemoryServices : public TInterfaced<IScanServices> {
     TStorageInformation GetInformation(const std::u16string&) const override { return {}; }
     std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }
     std::unique_ptr<IStoredFile> OpenFile(const std::u16string& pPath, const TScanContext&) const override {
+      if (fServices->fOpenFile) return fServices->fOpenFile();
       throw EOSError(TMemoryStorage::NotFoundCode(), "TMemoryServices.OpenFile", pPath);
     }
 

@@ -182,21 +182,82 @@ TEST(FileSearch, ListsWhatCouldNotBeSearched) {
   EXPECT_EQ(search.GetProgress().fErrors, 4);
 }
 
-// The storage lists files that can no longer be opened.
-TEST(FileSearch, AVanishedFileHasNoContentsAndIsNoError) {
+// The storage lists files that can no longer be opened, or not by this user.
+TEST(FileSearch, AnUnreadableFileIsAnErrorAVanishedOneIsNot) {
   TMemoryRoot root;
   root.Top().AddFile(u"gone", 5);
+  uint32_t code = TMemoryStorage::NotFoundCode();
+  root.fServices->fOpenFile = [&]() -> std::unique_ptr<IStoredFile> { throw EOSError(code, "Opening", u"a file"); };
   for (const auto& [query, found] : {std::pair<const char16_t*, TPaths>{u"content:x", {}},
                                      {u"content:!=x", {"/memory/gone 5"}},
                                      {u"mdata:Title:x", {}}}) {
+    for (const bool isDenied : {false, true}) {
+      code = isDenied ? TMemoryStorage::AccessDeniedCode() : TMemoryStorage::NotFoundCode();
+      TFileSearchSettings settings = SettingsOf(u"");
+      settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(query), TFileFactsReader::kOfStorage);
+      TFileSearch search(std::move(settings));
+      search.AddPath(root.Root());
+      search.Start();
+      ASSERT_TRUE(search.WaitForEnd(kForever));
+      EXPECT_EQ(Found(search), found);
+      const std::vector<TSearchError> errors = search.GetErrors();
+      ASSERT_EQ(errors.size(), isDenied ? 1u : 0u) << ToUtf8(query);
+      for (const TSearchError& error : errors) EXPECT_EQ(error.fPath, u"/memory/gone");
+    }
+  }
+}
+
+// On NTFS such a file is stored in a reparse point. Its storage can open it, or tells why not.
+TEST(FileSearch, ACompressedFileWithAReparsePointIsNoLink) {
+  for (const TAttributes attributes : {kAttributeReparsePoint, kAttributeReparsePoint | kAttributeCompressed}) {
+    TMemoryRoot root;
+    root.Top().AddFile(u"file", 5).fValues.fAttributes = attributes;
+    int opened = 0;
+    root.fServices->fOpenFile = [&]() -> std::unique_ptr<IStoredFile> {
+      ++opened;
+      throw EOSError(TMemoryStorage::NotFoundCode(), "Opening", u"a file");
+    };
+    TFileSearchSettings settings = SettingsOf(u"");
+    settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(u"content:x"), TFileFactsReader::kOfStorage);
+    SearchPath(root, std::move(settings));
+    EXPECT_EQ(opened, (attributes & kAttributeCompressed) != 0 ? 1 : 0);
+  }
+}
+
+namespace {
+
+constexpr int64_t kOpenedLength = 1'000'000;
+
+// A file that grows by as much as is read of it. What is added to it holds the needle.
+class TGrowingFile final : public IStoredFile {
+ public:
+  explicit TGrowingFile(int64_t& pRead) : fRead(pRead) {}
+  size_t Read(char* pBuffer, size_t pLength) override {
+    if (fRead > 10 * kOpenedLength) return 0;  // a search without end would not show which test it is
+    std::fill_n(pBuffer, pLength, '.');
+    constexpr std::string_view kNeedle = "\nneedle\n";
+    if (fRead >= kOpenedLength) kNeedle.copy(pBuffer, pLength);
+    fRead += static_cast<int64_t>(pLength);
+    return pLength;
+  }
+  TStoredFileFacts GetFacts() override { return {.fSize = kOpenedLength + fRead}; }
+
+ private:
+  int64_t& fRead;
+};
+
+}  // namespace
+
+TEST(FileSearch, AGrowingFileIsSearchedUpToTheLengthThatItHad) {
+  for (const char16_t* query : {u"content:needle", u"content:~^needle$"}) {
+    TMemoryRoot root;
+    root.Top().AddFile(u"log", 5);
+    int64_t read = 0;
+    root.fServices->fOpenFile = [&] { return std::make_unique<TGrowingFile>(read); };
     TFileSearchSettings settings = SettingsOf(u"");
     settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(query), TFileFactsReader::kOfStorage);
-    TFileSearch search(std::move(settings));
-    search.AddPath(root.Root());
-    search.Start();
-    ASSERT_TRUE(search.WaitForEnd(kForever));
-    EXPECT_EQ(Found(search), found);
-    EXPECT_TRUE(search.GetErrors().empty());
+    EXPECT_EQ(SearchPath(root, std::move(settings)), TPaths{}) << ToUtf8(query);
+    EXPECT_EQ(read, kOpenedLength) << ToUtf8(query) << ": what was written after the opening was read";
   }
 }
 

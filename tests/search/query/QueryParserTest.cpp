@@ -281,6 +281,24 @@ TEST(QueryParser, RefusesWithThePlaceAndTheReason) {
   }
 }
 
+TEST(QueryParser, EachKeywordAtTheEndLacksItsValue) {
+  for (const char16_t* keyword : {u"name:",        u"path:",
+                                  u"extension:",   u"ext:",
+                                  u"filetype:",    u"content:",
+                                  u"cont:",        u"attribute:",
+                                  u"size:",        u"allocated:",
+                                  u"accessed:",    u"created:",
+                                  u"modified:",    u"datetaken:",
+                                  u"owner:",       u"creator:",
+                                  u"keyword:",     u"mdata:",
+                                  u"mdata:Depth:", u"mdata:Title:",
+                                  u"mdata:Pages:", u"mdata:BrokenLink:"})
+    for (const char16_t* end : {u"", u" ", u">", u"!="}) {
+      const std::u16string query = std::u16string(u"a ") + keyword + end;
+      EXPECT_THROW(ParseQuery(query), EQueryError) << ToUtf8(query);
+    }
+}
+
 TEST(QueryParser, WhatIsNotUnicodeIsRefusedOnlyWithNormalization) {
   TQuerySettings settings = TestSettings();
   const std::u16string query = u"ab\xD800";
