@@ -53,7 +53,7 @@ std::string_view BytesOf(const TValue& pValue) {
 }
 
 TMD5Hash SumOf(std::string_view pBytes, std::string_view pMore = {}) {
-  thread_local const auto calculator = HashUtils::CreateHashCalculator(HashUtils::TChecksumKind::ckFast);
+  const auto calculator = HashUtils::CreateHashCalculator(HashUtils::TChecksumKind::ckFast);
   calculator->Add(pBytes);
   calculator->Add(pMore);
   return calculator->Finish();
