@@ -54,7 +54,8 @@ TDuplicateGroup GroupOfFiles(std::span<const TRef<TDuplicateFile>> pFiles) {
   group.fSize = pFiles.front()->GetSize();
   group.fWasted = group.fSize * (static_cast<int64_t>(pFiles.size()) - 1);
   for (const TRef<TDuplicateFile>& file : pFiles)
-    for (TDuplicateFile* name = file.get(); name; name = name->fNextLink) group.fNames.push_back({TRef(name)});
+    for (TDuplicateFile* name = file.get(); name; name = name->fNextLink)
+      group.fNames.push_back({TRef<TDuplicateFile>(name)});
   SortNames(group.fNames);
   std::unordered_set<const TDuplicateFile*> seen;
   for (TDuplicateName& name : group.fNames) name.fIsLink = !seen.insert(&name.fFile->Primary()).second;
@@ -97,7 +98,7 @@ std::vector<TDuplicateGroup> GroupsOfFolders(const std::vector<TRef<TDuplicatesG
     if (liesInAnother(folders)) continue;
     TDuplicateGroup group;
     for (const TRef<IHierarchicalObject>& folder : folders)
-      group.fNames.push_back({TRef(static_cast<TDuplicateFile*>(folder.get()))});
+      group.fNames.push_back({TRef<TDuplicateFile>(static_cast<TDuplicateFile*>(folder.get()))});
     group.fSize = pNodes.at(group.fNames.front().fFile.get())->fBytes;
     SortNames(group.fNames);
     group.fWasted = WastedBy(group.fNames, pNodes);
