@@ -138,7 +138,7 @@ TMD5Hash TDuplicateFolderWorkItem::HashOf(const TFolderNode& pFolder) {
     }
     // The contents of this file are those of no other. It equals only itself, under another name.
     TMD5Hash own;
-    const auto* address = &primary;
+    const auto address = reinterpret_cast<uintptr_t>(&primary);
     std::memcpy(own.fBytes.data(), &address, sizeof address);
     addEntry('o', file->fItem.fName, own);
   }
