@@ -149,11 +149,13 @@ bool ReadAge(std::u16string_view pText, TKivFileTime pNow, TTimespan& pSpan) {
     case TAgeUnit::auYears: {
       const int64_t inMonths = AgeUnitOf(unit) == TAgeUnit::auYears ? 12 * number : number;
       constexpr int64_t kMostMonths = 12 * 400;  // back to the first date that files have
-      from = inMonths > kMostMonths ? 1 : MonthsBefore(now, inMonths);
+      from = inMonths > kMostMonths ? 0 : MonthsBefore(now, inMonths);
       break;
     }
   }
-  pSpan = {std::max<int64_t>(from, 1), now};
+  // Before an age lies a moment that has a text, too.
+  constexpr int64_t kFirstMoment = 2;
+  pSpan = {std::max(from, kFirstMoment), now};
   return true;
 }
 

@@ -170,6 +170,7 @@ TEST(QueryParser, PropertiesAndTheirOperators) {
       {u"accessed:>3days", "Timespan[accessed:<=2024-06-12T12:34:55.9999999Z]"},
       {u"accessed:<=2 Hours", "Timespan[accessed:>=2024-06-15T10:34:56Z]"},
       {u"modified:>=1week", "Timespan[modified:<=2024-06-08T12:34:56Z]"},
+      {u"modified:>2024years", "Timespan[modified:<=1601-01-01T00:00:00.0000001Z]"},
       {u"modified:7days-3days", "Timespan[modified:2024-06-08T12:34:56Z-2024-06-12T12:34:56Z]"},
       {u"datetaken:2024-05-01", "Timespan[datetaken:2024-05-01]"},
       {u"modified:=2024-05-01T10:20:30Z", "Timespan[modified:2024-05-01T10:20:30Z]"},
