@@ -36,10 +36,14 @@ std::string DuplicatesProgressText(const Search::TDuplicateProgress& pProgress) 
   return text + ", " + CountText(pProgress.fDuplicates, "duplicate", "duplicates", {});
 }
 
+TValueFormat ReportFormat(TGlobalOptions& pOptions) {
+  return FormatOf(Exporting::TMediaOptions(pOptions).Effective(Exporting::TMediaType::mtText));
+}
+
 }  // namespace
 
 int TDuplicatesTask::Run(TSearchedFiles pSearched) {
-  const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
+  const TValueFormat format = ReportFormat(*fOptions);
   Search::TDuplicateSearchSettings settings = SearchSettings(pSearched);
   if (pSearched.fWasCancelled) pSearched.fFound.clear();
   TRef<History::TChecksumDatabase> cache;
@@ -103,7 +107,7 @@ int TDuplicatesTask::Report(const std::vector<Search::TDuplicateNote>& pNotes) {
 
 int TDuplicatesTask::WriteGroups(Search::TDuplicateResult pFound, const std::string& pAmong) {
   const bool areFolders = fState.fDuplicates.fMode == DuplicateFolders;
-  const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
+  const TValueFormat format = ReportFormat(*fOptions);
   TDuplicateResults results;
   results.fTitle = areFolders ? u"Equal folders" : u"Duplicate files";
   results.fFound = std::move(pFound);
@@ -117,7 +121,7 @@ int TDuplicatesTask::WriteGroups(Search::TDuplicateResult pFound, const std::str
 }
 
 int TDuplicatesTask::WriteUnique(std::vector<Search::TFoundItem> pFiles, const std::string& pAmong) {
-  const TValueFormat format = FormatOf(Exporting::TMediaOptions(*fOptions).Effective(Exporting::TMediaType::mtText));
+  const TValueFormat format = ReportFormat(*fOptions);
   TSearchResults results;
   results.fItems = std::move(pFiles);
   SortResults(results.fItems, *fOptions);

@@ -1,6 +1,9 @@
 #include "automation/commandline/SwitchEffects.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <initializer_list>
 
 #include "automation/actions/FileExportAction.h"
 #include "automation/commandline/KeptSearches.h"
@@ -47,6 +50,15 @@ std::string ColumnNames() {
   for (int column = 0; column < static_cast<int>(TColumn::mdCount); ++column)
     names.append(column == 0 ? "" : ", ").append(ToUtf8(ColumnInfo(static_cast<TColumn>(column)).fName));
   return names;
+}
+
+// The value that a word of a choice stands for. pRange shows the words.
+template <class T>
+T ValueOfWord(std::u16string_view pWord, std::initializer_list<std::pair<std::u16string_view, T>> pWords,
+              std::string_view pRange) {
+  for (const auto& [word, value] : pWords)
+    if (SameTextAscii(pWord, word)) return value;
+  throw EInvalidArgumentValue(fmt::format("{} is not allowed; expected {}", ToQuotedDisplay(pWord), pRange));
 }
 
 void AddExport(TCommandLineState& pState, TExportFormat pFormat, std::u16string_view pFile) {
@@ -103,14 +115,10 @@ void SearchReady(TCommandLineState& pState, std::u16string_view pName) {
 void FindDuplicates(TCommandLineState& pState, std::u16string_view pMode) {
   using enum Search::TDuplicatesSearchMode;
   pState.fDuplicates.fIsWanted = true;
-  if (pMode.empty() || SameTextAscii(pMode, u"files"))
-    pState.fDuplicates.fMode = DuplicateFiles;
-  else if (SameTextAscii(pMode, u"folders"))
-    pState.fDuplicates.fMode = DuplicateFolders;
-  else if (SameTextAscii(pMode, u"unique"))
-    pState.fDuplicates.fMode = UniqueFiles;
-  else
-    throw EInvalidArgumentValue(ToQuotedDisplay(pMode) + " is not allowed; expected files|folders|unique");
+  pState.fDuplicates.fMode = ValueOfWord<Search::TDuplicatesSearchMode>(
+      pMode,
+      {{u"", DuplicateFiles}, {u"files", DuplicateFiles}, {u"folders", DuplicateFolders}, {u"unique", UniqueFiles}},
+      "files|folders|unique");
 }
 
 void CompareBy(TCommandLineState& pState, std::u16string_view pProperties) {
@@ -137,14 +145,8 @@ void CompareBy(TCommandLineState& pState, std::u16string_view pProperties) {
 void UseChecksum(TCommandLineState& pState, std::u16string_view pName) {
   using enum Search::TDuplicatesCompareType;
   pState.fDuplicates.fDetail = "--duplicatechecksum";
-  if (SameTextAscii(pName, u"fast"))
-    pState.fDuplicates.fContents = ctFastChecksum;
-  else if (SameTextAscii(pName, u"md5"))
-    pState.fDuplicates.fContents = ctMD5;
-  else if (SameTextAscii(pName, u"sha256"))
-    pState.fDuplicates.fContents = ctSHA256;
-  else
-    throw EInvalidArgumentValue(ToQuotedDisplay(pName) + " is not allowed; expected fast|md5|sha256");
+  pState.fDuplicates.fContents = ValueOfWord<Search::TDuplicatesCompareType>(
+      pName, {{u"fast", ctFastChecksum}, {u"md5", ctMD5}, {u"sha256", ctSHA256}}, "fast|md5|sha256");
 }
 
 void TakeEmptyFiles(TCommandLineState& pState, std::u16string_view) {

@@ -10,7 +10,7 @@ namespace Vantrel::Search {
 
 struct TCandidates {
   // The files that share with others what is compared without reading. In the order in which they were found, since
-  // neighbours lie near each other on the disk. On a rotating disk, in the order of their places on it.
+  // neighbours lie near each other on the disk.
   std::vector<TRef<TDuplicateFile>> fFiles;
   // Files that share it with no other. Only if files without duplicates are searched for.
   std::vector<TFoundItem> fAlone;

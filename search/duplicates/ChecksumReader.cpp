@@ -35,6 +35,11 @@ int64_t BetweenPieces(int64_t pSize, bool pInOrder) {
   return std::max(between, pSize / kMostPieces / kPiece * kPiece);
 }
 
+// Whether the pass reads the whole file.
+bool ReadsWhole(int64_t pSize, TChecksumPass pPass, int64_t pSmall) {
+  return pPass == TChecksumPass::cpWhole || pSmall == 0 || pSize <= kSmallSumsInWhole * pSmall;
+}
+
 }  // namespace
 
 bool TChecksumReader::HasPieces(int64_t pSize, const TDuplicateSearchSettings& pSettings) {
@@ -45,7 +50,7 @@ bool TChecksumReader::HasPieces(int64_t pSize, const TDuplicateSearchSettings& p
 std::vector<TChecksumReader::TPart> TChecksumReader::PartsOf(int64_t pSize, TChecksumPass pPass,
                                                              const TDuplicateSearchSettings& pSettings) {
   const int64_t small = pSettings.fSmallChecksumSize;
-  if (pPass == TChecksumPass::cpWhole || small == 0 || pSize <= kSmallSumsInWhole * small) return {{0, pSize}};
+  if (ReadsWhole(pSize, pPass, small)) return {{0, pSize}};
   std::vector<TPart> parts;
   if (pPass == TChecksumPass::cpFirst) {
     parts.push_back({0, small});
@@ -72,7 +77,7 @@ TChecksumReader::TChecksumReader(TDuplicatesRun& pRun)
       fBuffer(kBlock) {}
 
 bool TChecksumReader::IsWhole(int64_t pSize, TChecksumPass pPass) const {
-  return pPass == TChecksumPass::cpWhole || fSmall == 0 || pSize <= kSmallSumsInWhole * fSmall;
+  return ReadsWhole(pSize, pPass, fSmall);
 }
 
 TCachedSumKind TChecksumReader::CachedKind(int64_t pSize, TChecksumPass pPass) const {

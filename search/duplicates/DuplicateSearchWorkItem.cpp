@@ -16,6 +16,7 @@ namespace {
 
 // How many sub work items wait for each thread, so that no worker is ever without work.
 constexpr int32_t kQueuedPerThread = 64;
+
 int64_t BytesOf(const std::vector<TRef<TDuplicateFile>>& pFiles, TChecksumPass pPass,
                 const TDuplicateSearchSettings& pSettings) {
   int64_t bytes = 0;
