@@ -67,6 +67,7 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
   for (const std::string& warning : handler.State().fWarnings) fSettings.fWriteError(warning);
   handler.FinalizeCommandLineOptions();
   fState = handler.State();
+  if (fState.fIsQuiet) fSettings.fShowProgress = false;
   fLog.Start(fState.fDebug, fState.fDebugLogFile);
   const int result = handler.ProcessCommandlineTasks(*this);
   fLog.Stop();
@@ -153,8 +154,7 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
 }
 
 int TApplication::ManageHistory() {
-  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fReportWidth, fSettings.fWriteError,
-                                      fSettings.fRenderer);
+  return CommandLine::RunHistoryTasks(fState, *fSettings.fOutput, fSettings.fWriteError, fSettings.fRenderer);
 }
 
 int TApplication::OpenAndScan() {

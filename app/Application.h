@@ -43,7 +43,7 @@ class TApplication : private CommandLine::ICommandLineTasks {
   int RunCommandLine(std::span<const std::u16string> pTokens);
   int WriteLines(const std::vector<std::string>& pLines);
 
-  const TRunSettings fSettings;
+  TRunSettings fSettings;
   const std::shared_ptr<TGlobalOptions> fOptions;
   CommandLine::TCommandLineState fState;  // what the command line asked for
   TRunLog fLog;

@@ -8,13 +8,14 @@
 namespace Vantrel {
 
 // Lines to the standard output.
-class TConsoleOutput : public Vantrel::Exporting::ILineOutput {
+class TConsoleOutput : public Exporting::ILineOutput {
  public:
   bool WriteLine(std::string_view pLine) override {
     ++fLines;
-    return Vantrel::TConsole::Write(pLine);
+    return TConsole::Write(pLine);
   }
   int64_t LineCount() const override { return fLines; }
+  Exporting::TLineWidth LineWidth() const override { return Exporting::ConsoleWidth(); }
 
  private:
   int64_t fLines = 0;

@@ -68,7 +68,8 @@ bool QueueRequestedActions(PostScanActions::TPostProcessActionHandler& pActions,
     // That of the paths which --history names is drawn with their tables.
     const bool isOfHistory = request.fSubject == CommandLine::TPictureSubject::psHistory;
     if (isOfHistory && !pRequested.fHistoryPaths.empty() && !request.fFile.empty()) continue;
-    pActions.Add(std::make_unique<TPicturePostScanAction>(options, request, run, writeNote, pSettings.fRenderer));
+    pActions.Add(
+        std::make_unique<TCustomPresenterPostScanAction>(options, request, run, writeNote, pSettings.fRenderer));
   }
   if (!pRequested.fMailTo.empty()) QueueMail(pActions, pRequested, pSettings);
   return pActions.ResolveRequirements();

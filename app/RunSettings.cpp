@@ -13,10 +13,10 @@ TRunSettings CreateRunSettings(std::string pPlatformName) {
   TRunSettings settings;
   settings.fPlatformName = std::move(pPlatformName);
   settings.fShowProgress = !TConsole::IsErrorRedirected();
-  settings.fReportWidth = TConsole::OutputWidth();
   settings.fUserOptionsFile = Options::UserOptionsFile();
   settings.fOutput = &output;
   settings.fWriteError = [](std::string_view pText) { TConsole::WriteError(pText); };
+  settings.fWriteNote = [](std::string_view pText) { TConsole::WriteNote(pText); };
   settings.fCreateRoots = [](std::shared_ptr<const TGlobalOptions> pOptions) {
     return CreateScanRoots(ScanEngine::CreateScanServices(), std::move(pOptions));
   };

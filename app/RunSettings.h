@@ -26,9 +26,9 @@ struct TRunSettings {
   bool fLeaveQuickly = false;
   bool fShowProgress = false;
   std::u16string fUserOptionsFile;  // empty: there is none
-  int fReportWidth = 0;             // columns, 0 for any number
   PostScanActions::ILineOutput* fOutput = nullptr;
   std::function<void(std::string_view)> fWriteError;
+  std::function<void(std::string_view)> fWriteNote = [](std::string_view) {};
   std::function<TRef<IScanRoots>(std::shared_ptr<const TGlobalOptions>)> fCreateRoots;
 
   CommandLine::TProgramAbilities fAbilities;

@@ -11,6 +11,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "export/text/RootDescription.h"
 #include "model/roots/Storage.h"
+#include "platform/files/OutputFile.h"
 #include "platform/files/Paths.h"
 #include "platform/system/Console.h"
 #include "platform/system/Errors.h"
@@ -26,10 +27,13 @@ constexpr int64_t kPollMilliseconds = 100;
 std::string ProgressText(const TScanProgress& pProgress) {
   if (pProgress.fPrepared < pProgress.fToPrepare)
     return fmt::format("Reading the file table  {} %", pProgress.fPrepared * 100 / pProgress.fToPrepare);
+  const int64_t seconds = pProgress.fElapsed / 1000;
+  const int64_t rate = (pProgress.fFiles + pProgress.fFolders) * 1000 / std::max<int64_t>(pProgress.fElapsed, 1);
   const TValueFormat format;
   auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
-  return fmt::format("{} files, {} folders, {}  {}", text(TColumn::mdFiles, pProgress.fFiles),
-                     text(TColumn::mdFolders, pProgress.fFolders), text(TColumn::mdSize, pProgress.fBytes),
+  return fmt::format("{}:{:02} (Ctrl+C stops)  {} files, {} folders, {}, {}/s  {}", seconds / 60, seconds % 60,
+                     text(TColumn::mdFiles, pProgress.fFiles), text(TColumn::mdFolders, pProgress.fFolders),
+                     text(TColumn::mdSize, pProgress.fBytes), text(TColumn::mdItems, rate),
                      ToDisplay(pProgress.fLastScannedFolder));
 }
 
@@ -42,9 +46,7 @@ TScanTask::TScanTask(const TRunSettings& pSettings, const CommandLine::TCommandL
       fOptions(std::move(pOptions)),
       fLog(pLog),
       fMedia(*fOptions),
-      fActions(*this, fMedia, *fSettings.fOutput) {
-  fActions.SetReportWidth(fSettings.fReportWidth);
-}
+      fActions(*this, fMedia, *fSettings.fOutput) {}
 
 std::string TScanTask::ProgramName() const {
   return kProgramName;
@@ -63,6 +65,9 @@ int TScanTask::Run() {
   }
   result = std::max(result, ScanPaths(*roots, fState.fPaths));
   fActions.FinishActions();
+  if (fSettings.fShowProgress)
+    for (const std::u16string& file : fActions.GetWrittenFiles())
+      if (file != TOutputFile::kStandardOutput) fSettings.fWriteNote("Written: " + ToQuotedDisplay(file));
   result = std::max(result, WriteFailures());
   WriteUnmatched();
   if (fSettings.fLeaveQuickly) {

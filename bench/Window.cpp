@@ -175,6 +175,41 @@ void MeasureFolder(TTimedApplication& pApplication, TMainWindow& pWindow, const 
   Print("The longest in processor time", pApplication.LongestProcessor(), "ms", 0);
 }
 
+// Scans without a window and with it in turn, and prints the times and the longest step of the event loop.
+void MeasureScan(TTimedApplication& pApplication, TMainWindow& pWindow, const std::u16string& pPath) {
+  ScanAlone(pPath);  // warms the cache
+  std::vector<double> alone;
+  std::vector<double> inWindow;
+  double processorAlone = 0;
+  double processorInWindow = 0;
+  pApplication.Forget();
+  for (int round = 0; round < kRounds; ++round) {
+    const TDuration without = ScanAlone(pPath);
+    pWindow.Panes().setCurrentIndex(1);  // the treemap; the tree is always visible
+    const TDuration with = ScanInWindow(pWindow, pPath);
+    alone.push_back(without.fSeconds);
+    inWindow.push_back(with.fSeconds);
+    processorAlone += without.fProcessor;
+    processorInWindow += with.fProcessor;
+    std::printf("  round %d: %.2f s without a window (processors %.2f), %.2f s with one (%.2f)\n", round + 1,
+                without.fSeconds, without.fProcessor, with.fSeconds, with.fProcessor);
+    if (round + 1 < kRounds) {
+      pWindow.Session().Close(pWindow.Tree().Roots()[0]);
+      QTest::qWait(1500);
+    }
+  }
+  const TScanProgress progress = pWindow.Tree().Roots()[0]->GetProgress();
+  const TTimedApplication::TStep& longest = pApplication.Longest();
+  std::printf("%lld files, %lld folders; the longest step was %s, %.1f ms of it on the processor\n",
+              static_cast<long long>(progress.fFiles), static_cast<long long>(progress.fFolders), longest.fWhat.c_str(),
+              longest.fProcessor);
+  const auto best = [](const std::vector<double>& pTimes) { return *std::min_element(pTimes.begin(), pTimes.end()); };
+  Print("Scan with the window against one without", 100 * best(inWindow) / best(alone), "%", 105);
+  Print("The same in processor time", 100 * processorInWindow / processorAlone, "%", 0);
+  Print("Longest step of the event loop during a scan", longest.fPassed, "ms", 50);
+  Print("The longest in processor time", pApplication.LongestProcessor(), "ms", 0);
+}
+
 }  // namespace
 
 int main(int pCount, char** pArguments) {
@@ -190,37 +225,7 @@ int main(int pCount, char** pArguments) {
   QCoreApplication::processEvents();
   Print("Start to shown window", static_cast<double>(start.nsecsElapsed()) / 1e6, "ms", 500);
 
-  ScanAlone(path);  // warms the cache
-  std::vector<double> alone;
-  std::vector<double> inWindow;
-  double processorAlone = 0;
-  double processorInWindow = 0;
-  application.Forget();
-  for (int round = 0; round < kRounds; ++round) {
-    const TDuration without = ScanAlone(path);
-    window->Panes().setCurrentIndex(1);  // the treemap; the tree is always visible
-    const TDuration with = ScanInWindow(*window, path);
-    alone.push_back(without.fSeconds);
-    inWindow.push_back(with.fSeconds);
-    processorAlone += without.fProcessor;
-    processorInWindow += with.fProcessor;
-    std::printf("  round %d: %.2f s without a window (processors %.2f), %.2f s with one (%.2f)\n", round + 1,
-                without.fSeconds, without.fProcessor, with.fSeconds, with.fProcessor);
-    if (round + 1 < kRounds) {
-      window->Session().Close(window->Tree().Roots()[0]);
-      QTest::qWait(1500);
-    }
-  }
-  const TScanProgress progress = window->Tree().Roots()[0]->GetProgress();
-  const TTimedApplication::TStep& longest = application.Longest();
-  std::printf("%lld files, %lld folders; the longest step was %s, %.1f ms of it on the processor\n",
-              static_cast<long long>(progress.fFiles), static_cast<long long>(progress.fFolders), longest.fWhat.c_str(),
-              longest.fProcessor);
-  const auto best = [](const std::vector<double>& pTimes) { return *std::min_element(pTimes.begin(), pTimes.end()); };
-  Print("Scan with the window against one without", 100 * best(inWindow) / best(alone), "%", 105);
-  Print("The same in processor time", 100 * processorInWindow / processorAlone, "%", 0);
-  Print("Longest step of the event loop during a scan", longest.fPassed, "ms", 50);
-  Print("The longest in processor time", application.LongestProcessor(), "ms", 0);
+  MeasureScan(application, *window, path);
   if (pCount > 2) MeasureFolder(application, *window, QString::fromLocal8Bit(pArguments[2]));
   Print("Rows of the models", static_cast<double>(window->Tree().CountRows() + window->Contents().Model().CountRows()),
         "", 0);

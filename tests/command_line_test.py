@@ -26,7 +26,7 @@ OK, INCOMPLETE, WRONG_COMMAND_LINE, PATH_NOT_FOUND, CANCELLED, OUTPUT_FAILED = r
 TODAY = "@TODAY@"  # in names of files
 TREE = {"data/one.txt": 1000, "data/sub/two.bin": 5000, "data/sub/deep/three.txt": 300, "other/photo.jpg": 70}
 USAGE = ["Usage: vantrel [SWITCH]... PATH...", 'Try "vantrel --help".']
-SEPARATOR = "\r\n\r\n\r\n" + 48 * "_" + "\r\nVantrel Report, "
+SEPARATOR = "\n\n\n" + 48 * "_" + "\nVantrel Report, "
 
 
 @dataclasses.dataclass
@@ -225,7 +225,7 @@ DONE = [
                                                 "[Files],1000,", "other,70,"),
                f"new/data_{TODAY}_data.xml.zip": ("three.txt", "IsFullExport", "deep"), f"new/data_{TODAY}_other.xml.zip": ("photo.jpg",)}),
     Row("data --expand 1", given={"1": "a file that is called like the level"}, out=("sub",), absent=("deep",)),
-    Row("data --title -5.5", out=("-5.5\r\n",)),
+    Row("data --title -5.5", out=("-5.5\n",)),
     Row("data /KIV_JOB 7", out=("6.2 KB",)),
     Row("data --HistoryFile h\udcff.db --record-history --csv -", out=("data,6300,",), files={"h\udcff.db": ("SQLite format 3",)},
         windows=False),
@@ -243,13 +243,13 @@ DONE = [
     Row("other --csv data/own.csv data --filesintree --exportedelements 7",  # its own rows do not know it
         files={"data/own.csv": ("data,6300,", "one.txt,1000,")}),
     Row("--csv data/own.csv data", given={"data/own.csv": 23 * "x"}, files={"data/own.csv": ("data,6323,",)}),
-    Row("/EXPORTDRIVELIST", out=("Drives\r\n", "Drive", "Total", "Free", "% Used")),
+    Row("/EXPORTDRIVELIST", out=("Drives\n", "Drive", "Total", "Free", "% Used")),
     Row("--exportdrivelist drives.csv", files={"drives.csv": ("Drive,", ",Total,Used,Free,% Used\r\n",)}),
     Row("--exportdrivelist drives.tab", files={"drives.tab": ("Drive\t", "\tTotal\tUsed\tFree\t% Used\r\n")}),
     Row("data --exportdriveslist -", out=("Total", "Vantrel Report, ")),
     Row("--exportdrivelist data", out=("Total", "6.2 KB")),  # a folder is no file to write
     Row("data --sortby name,ascending --expand -1 --csv -", out=("[Files],1000,", "sub,5300,", "[Files],5000,", "deep,300,")),
-    Row("data --usecolumns files;size --csv - /EXPORTEDELEMENTS 1", out=("Files,Size\r\n3,6300\r\n2,5300\r\n1,300\r\n",)),
+    Row("data --usecolumns files;size --csv - /EXPORTEDELEMENTS 1", out=("Files,Size\n3,6300\n2,5300\n1,300\n",)),
     Row("data --filesintree --csv -", out=("two.bin,5000,", "three.txt,300,", "one.txt,1000,")),
     Row("data --exportfiles true --csv -", out=("three.txt,300,",)),
     Row("data --filesintree --exportfiles false --csv -", absent=("three.txt",), out=("data,6300",)),
@@ -296,8 +296,8 @@ DONE = [
         "h.svg": ("History of ", "6.2 KB", "6.2 KB")}),
     Row("--HistoryFile h.db --history data --historychart new/h.svg --historycharttype line", before=(RECORDED,),
         out=("History of data",), files={"new/h.svg": ("History of data", "6.2 KB")}),
-    Row("data --title Weekly", out=("Weekly\r\n",), absent=("Vantrel Report",)),
-    Row("data '/EXPORTTITLE' 'My report'", out=("My report\r\n",)),
+    Row("data --title Weekly", out=("Weekly\n",), absent=("Vantrel Report",)),
+    Row("data '/EXPORTTITLE' 'My report'", out=("My report\n",)),
     Row("data --listseparator ';' --csv -", out=("Full Path;Size;", "data;6300;")),
     Row("data --listseparator tab --csv -", out=("Full Path\tSize\t", "data\t6300\t")),
     Row("data --noheaders --csv -", out=("data,6300,",), absent=("Full Path",)),
@@ -338,15 +338,15 @@ DONE = [
     Row("data --compare old.xml --xml old.xml", before=("data --xml old.xml",), files={"old.xml": ("three.txt",)}),
     Row("data --exclude *.bin --compare old.xml", before=("data --xml old.xml",), out=("1.3 KB", "-4.9 KB")),
     Row("data --options o.xml", given={"o.xml": option_file('<Option Name="ExportTitle" Value="From a file"/>')},
-        out=("From a file\r\n",)),
+        out=("From a file\n",)),
     Row("data --title Mine --options o.xml", given={"o.xml": option_file('<Option Name="ExportTitle" Value="From a file"/>')},
-        out=("Mine\r\n",)),
+        out=("Mine\n",)),
     Row("data --options new.xml", given={"new.xml": option_file(
         '\n<Option Name="HoloDeck" Value="1"/>\n<Option Name="ExportTitle" Value="Loaded"/>', version=99)},
-        err=(pattern('"new.xml", .*version.*'), pattern('"new.xml", line 2: .*"HoloDeck".*')), out=("Loaded\r\n",)),
-    Row("data", before=("/SAVESETTINGS --ExportTitle Kept --MaximumThreads 2",), out=("Kept\r\n",)),
+        err=(pattern('"new.xml", .*version.*'), pattern('"new.xml", line 2: .*"HoloDeck".*')), out=("Loaded\n",)),
+    Row("data", before=("/SAVESETTINGS --ExportTitle Kept --MaximumThreads 2",), out=("Kept\n",)),
     Row("data --nooptions", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Vantrel Report, ",)),
-    Row("data /READONLY --ExportTitle Other", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Other\r\n",)),
+    Row("data /READONLY --ExportTitle Other", before=("/SAVESETTINGS --ExportTitle Kept",), out=("Other\n",)),
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "data /SAVESETTINGS /FORGETSETTINGS --ExportTitle New"),
         out=("Vantrel Report, ",)),
     Row("data", before=("/SAVESETTINGS --ExportTitle Kept", "/FORGETSETTINGS", "--forgetsettings"), out=("Vantrel Report, ",)),
@@ -357,14 +357,14 @@ DONE = [
         absent=("first", "three")),
     Row("data --find FOLDERS", before=("--search attribute:D --keepsearch folders --ExportTitle Kept",), out=("sub", "2 folders found")),
     Row("data", before=("--search x --keepsearch old --ExportTitle Kept",), out=("Vantrel Report, ",)),
-    Row("--HistoryFile h.db --history data", before=(RECORDED,), out=("History of data", "6.2 KB", "  1\r\n", "|*")),
+    Row("--HistoryFile h.db --history data", before=(RECORDED,), out=("History of data", "6.2 KB", "  1\n", "|*")),
     Row("data --HistoryFile h.db --RecordHistory --history data", before=(RECORDED, "data/sub --record-history --HistoryFile h.db"),
-        out=("Vantrel Report, ", "History of data", "0 B", "  3\r\n"), absent=("  2\r\n",)),
+        out=("Vantrel Report, ", "History of data", "0 B", "  3\n"), absent=("  2\n",)),
     Row("data --exclude *.bin --HistoryFile h.db --record-history --history data", before=(RECORDED,),
         out=("History of data", "1.3 KB"), absent=("6.2 KB",)),
     # What wildcards take in has a history of its own; so has the folder, whatever name it is reached by.
     Row("--HistoryFile h.db --history sub/../data/*.bin --history data", before=("data/*.bin --HistoryFile h.db --RecordHistory", RECORDED),
-        out=("History of sub/../data/*.bin", "4.9 KB", "  1\r\n", "History of data", "6.2 KB", "  2\r\n")),
+        out=("History of sub/../data/*.bin", "4.9 KB", "  1\n", "History of data", "6.2 KB", "  2\n")),
     Row("--HistoryFile h.db --history data --history-csv h.csv", before=(RECORDED,), files={"h.csv": (
         "Date,Size,Allocated,Files,Free Space,Growth,Growth %,ID\r\n", ",6300,", ",3,", ",,,1\r\n")}),
     Row("--HistoryFile h.db --history data --history-csv h.tsv", before=(RECORDED,), files={"h.tsv": ("Date\tSize\t", "\t6300\t")}),
@@ -380,7 +380,7 @@ DONE = [
         "TPostProcessActionHandler.PerformPostProcessActions: Terminating application.")),
     Row("data --debuglog a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
     Row("data --debugmode a.log", out=("6.2 KB",), files={"a.log": ("TPostProcessActionHandler.PerformPostProcessActions for: ",)}),
-    Row("--version", out=("Vantrel ", ", 64-bit)\r\n")),
+    Row("--version", out=("Vantrel ", ", 64-bit)\n")),
     Row("--help", out=("Usage: vantrel ", "--CSV", "Exit code: ")),
     Row("/?", out=("Usage: vantrel ",)),
     Row("-h exclude", out=("--EXCLUDE PATTERN", "May be given more than once.")),
@@ -476,7 +476,7 @@ class CommandLineTest(program_test.ProgramTest):
             return "".join(archive.read(member).decode("utf-8") for member in archive.namelist())
 
     def check_err(self, expected, err):
-        lines = err.split("\r\n")
+        lines = err.split("\n")
         self.assertEqual(lines.pop(), "")
         self.assertEqual(len(lines), len(expected), err)
         for line, wanted in zip(lines, expected):
@@ -544,7 +544,7 @@ class CommonTests:
 
     def test_the_version_names_the_platform(self):
         platform = "Windows" if self.delimiter == "\\" else "Linux"
-        self.assertRegex(self.run_line("--version").out, rf"^Vantrel \d+\.\d+\.\d+ \({platform}, 64-bit\)\r\n$")
+        self.assertRegex(self.run_line("--version").out, rf"^Vantrel \d+\.\d+\.\d+ \({platform}, 64-bit\)\n$")
 
 
 class LinuxTest(CommonTests, CommandLineTest):
@@ -601,7 +601,7 @@ class LinuxTest(CommonTests, CommandLineTest):
 
     def finish(self, process):
         out, err = process.communicate(timeout=TIMEOUT)
-        return process.returncode, out.decode(), err.decode().split("\r\n")[:-1]
+        return process.returncode, out.decode().replace("\r\n", "\n"), err.decode().replace("\r\n", "\n").split("\n")[:-1]
 
     def stopped(self, name):
         return f'Stopped: "{self.work}/{name}" was not written, an earlier one is untouched'

@@ -26,6 +26,7 @@ from program_test import ordinary_user
 TIMEOUT = 120  # only there to catch a hang
 HERE = pathlib.Path(__file__).resolve().parent
 OK, INCOMPLETE, _, PATH_NOT_FOUND = range(4)
+COLUMNS = "name,size,allocated,files,folders,percentofparent,lastchange"
 ROW = re.compile(r"  (.*?) +([\d,]+) +([\d,]+) +([\d,]+) +([\d,]+) +[\d.]+ +(?:[-\d]{10} [:\d]{8} *)?$")
 RAW_CONTROL = "[\x00-\x1f\x7f-\x9f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]"
 
@@ -36,9 +37,9 @@ class Report:
 
     def __init__(self, process):
         self.code = process.returncode
-        self.text = process.stdout.decode("utf-8")
-        self.error = wine.without_remarks(process.stderr).decode("utf-8")
-        self.lines = self.text.split("\r\n")
+        self.text = process.stdout.decode("utf-8").replace("\r\n", "\n")
+        self.error = wine.without_remarks(process.stderr).decode("utf-8").replace("\r\n", "\n")
+        self.lines = self.text.split("\n")
         self.names, self.values = [], []
         for line in self.lines:
             # The root's row has no indent and the same columns; a table's rows all show a share.
@@ -81,7 +82,7 @@ class HostileTest(unittest.TestCase):
         return wine.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=TIMEOUT, **keywords)
 
     def scan(self, *arguments, **keywords):
-        switches = ["--SizeUnit", "B", "--NumberOfListedErrors", "1000000"]
+        switches = ["--SizeUnit", "B", "--TextColumns", COLUMNS, "--NumberOfListedErrors", "1000000"]
         return Report(self.run_command([*self.command, *switches, *arguments], **keywords))
 
     def recount(self, path, user=None):
@@ -164,7 +165,7 @@ class LinuxTest(HostileTest):
             self.assertEqual(report.unreadable(), {path: "Permission denied"})
         report = self.scan(f"{self.tree}/denied/unsearchable/below", **user)
         self.assertEqual((report.code, report.text), (PATH_NOT_FOUND, ""))
-        self.assertTrue(report.error.endswith(": Permission denied\r\n"), report.error)
+        self.assertTrue(report.error.endswith(": Permission denied\n"), report.error)
         # Its names cannot be listed, but who knows one may go on.
         report = self.scan(f"{self.tree}/denied/unlistable/below", **user)
         self.assertEqual((report.code, report.top[0], report.top[2:]), (OK, 800, (1, 0)))
@@ -218,7 +219,7 @@ class LinuxTest(HostileTest):
         report = self.scan(f"{self.tree}/named-folders")
         self.assertEqual([values[0] for values in report.values[1:]], list(range(len(names), 0, -1)))
         self.assertEqual({values[2:] for values in report.values[1:]}, {(1, 0)})
-        self.assertNotRegex(report.text.replace("\r\n", ""), RAW_CONTROL)
+        self.assertNotRegex(report.text.replace("\n", ""), RAW_CONTROL)
         for shown, name in zip(report.names[1:], names):
             if re.fullmatch(rb"[!-\[\]-~]+", name):  # plain text is shown as it is
                 self.assertEqual(shown, name.decode())
@@ -228,7 +229,7 @@ class LinuxTest(HostileTest):
             report = self.scan("--", name, cwd=f"{self.tree}/named-folders")
             self.assertEqual((report.code, report.error, report.top and (report.top[0], *report.top[2:])),
                              (OK, "", (size, 1, 0)), name)
-            self.assertNotRegex(report.text.replace("\r\n", ""), RAW_CONTROL)
+            self.assertNotRegex(report.text.replace("\n", ""), RAW_CONTROL)
 
     def test_paths_beyond_the_systems_limit(self):
         names = 300 * [hostile_tree.LONG_CHAIN_NAME.decode()]
@@ -241,7 +242,7 @@ class LinuxTest(HostileTest):
         self.assertEqual(self.brief(self.scan(deep)), (OK, (321, 1, 5_000)))
         missing = self.scan(beyond + "/missing")
         self.assertEqual((missing.code, missing.text), (PATH_NOT_FOUND, ""))
-        self.assertTrue(missing.error.endswith(": No such file or directory\r\n"))
+        self.assertTrue(missing.error.endswith(": No such file or directory\n"))
         name_too_long = self.scan(f"{self.tree}/{'n' * 5_000}")
         self.assertEqual((name_too_long.code, name_too_long.text), (PATH_NOT_FOUND, ""))
 
@@ -250,7 +251,7 @@ class LinuxTest(HostileTest):
             for name in names:
                 os.chdir(name)
 
-        inside = self.run_command([*self.command, "--SizeUnit", "B", "."], preexec_fn=enter_the_chain)
+        inside = self.run_command([*self.command, "--SizeUnit", "B", "--TextColumns", COLUMNS, "."], preexec_fn=enter_the_chain)
         self.assertEqual(self.brief(Report(inside)), (OK, (123, 1, 100)))
 
     @staticmethod
@@ -267,12 +268,12 @@ class LinuxTest(HostileTest):
                              ("sizes/size-1.bin/below", "Not a directory"), ("", "No such file or directory")):
             report = self.scan(f"{self.tree}/{name}" if name else f"{self.tree}-missing")
             self.assertEqual((report.code, report.text), (PATH_NOT_FOUND, ""), name)
-            self.assertRegex(report.error, rf'^Cannot scan ".*": {reason}\r\n$')
+            self.assertRegex(report.error, rf'^Cannot scan ".*": {reason}\n$')
         for path in ("/proc", "/sys/kernel"):
             report = self.scan(path)
             self.assertEqual((report.code, report.text), (PATH_NOT_FOUND, ""), path)
             self.assertEqual(report.error, f'Cannot scan "{path}": It belongs to a pseudo file system of the kernel, where nothing is '
-                                           "stored\r\n")
+                                           "stored\n")
 
     # --- links to folders ---
 
@@ -342,7 +343,7 @@ class LinuxTest(HostileTest):
             set -e
             python=$1 tests=$2 program=$3 folder=$4; shift 4
             "$python" "$tests/hostile_tree.py" "$folder/tree" --mounts --levels 20 --many 30
-            scan() { "$program" --SizeUnit B "$@"; echo $? >&2; }
+            scan() { "$program" --SizeUnit B --TextColumns name,size,allocated,files,folders,percentofparent,lastchange "$@"; echo $? >&2; }
             number=0
             for root; do
               "$python" "$tests/recount.py" "$folder/tree$root" >"$folder/$number.json"

@@ -45,9 +45,9 @@ class Run:
 
     def __init__(self, process):
         self.code = process.returncode
-        self.out = process.stdout.decode("utf-8")
-        self.err = wine.without_remarks(process.stderr).decode("utf-8")
-        self.lines = self.out.split("\r\n")
+        self.out = process.stdout.decode("utf-8").replace("\r\n", "\n")
+        self.err = wine.without_remarks(process.stderr).decode("utf-8").replace("\r\n", "\n")
+        self.lines = self.out.split("\n")
         self.rows = {}
         row = re.compile(r"\s*(\S.*?) +([\d,]+) +[\d,]+ +([\d,]+) +([\d,]+) +[\d.]+ ")
         for match in filter(None, map(row.match, self.lines)):
@@ -87,7 +87,8 @@ class ProgramTest(unittest.TestCase):
         return Run(process)
 
     def scan(self, *arguments, **keywords):
-        return self.run_program("--SizeUnit", "B", *arguments, **keywords)
+        columns = "name,size,allocated,files,folders,percentofparent,lastchange"
+        return self.run_program("--SizeUnit", "B", "--TextColumns", columns, *arguments, **keywords)
 
 
 class CommonTests:
@@ -134,7 +135,7 @@ class LinuxTest(CommonTests, ProgramTest):
         for i in range(3):
             (self.folder / f"closed{i}").chmod(0o700)
         self.assertEqual((run.code, run.err), (INCOMPLETE, ""))
-        self.assertIn(" - incomplete\r\n", run.out)
+        self.assertIn(" - incomplete\n", run.out)
         expected = ["incomplete: 3 folders could not be read", f"  {self.folder}/closed0: Permission denied",
                     f"  {self.folder}/closed1: Permission denied", "  … and 1 more"]
         first = run.lines.index(expected[0])

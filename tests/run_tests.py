@@ -476,7 +476,9 @@ class Run:
     def window(self):
         """The window program on Linux. Its widgets are drawn into memory."""
         if self.built("window"):
-            self.run_programs("window")
+            # Freed memory is filled with other bytes at once, so that work that outlives its window crashes.
+            filled = dict(self.environment, MALLOC_PERTURB_="165", GLIBC_TUNABLES="glibc.malloc.tcache_count=0")
+            self.run_programs("window", environment=filled)
             self.run_window_python("window", self.environment, VANTREL_WINDOW_PROGRAM=BUILD / "window/vantrel-gui",
                                    VANTREL_CONSOLE_PROGRAM=BUILD / "window/vantrel")
 

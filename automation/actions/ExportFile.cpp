@@ -20,6 +20,7 @@ void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath) {
 
 TExportFile::TExportFile(const std::u16string& pPath, TIsCancelled pIsCancelled, bool pUnseen)
     : fPath(pPath), fIsCancelled(std::move(pIsCancelled)) {
+  if (pPath == TOutputFile::kStandardOutput) fLineEnd = TConsole::LineEnd();
   if (pUnseen && pPath != TOutputFile::kStandardOutput && !SpecialFileExists(pPath))
     fScratch = TFileStream::CreateScratch(pPath);
   else
@@ -51,6 +52,10 @@ bool TExportFile::WriteLine(std::string_view pLine) {
   Sink().Write(fLineEnd);
   ++fLines;
   return true;
+}
+
+Exporting::TLineWidth TExportFile::LineWidth() const {
+  return fPath == TOutputFile::kStandardOutput ? Exporting::ConsoleWidth() : Exporting::TLineWidth();
 }
 
 void ProbeTarget(const std::u16string& pPath) {

@@ -27,7 +27,8 @@ void CheckNotCancelled(bool pIsCancelled, const std::u16string& pPath);
 bool IsReaderGone(const EOSError& pError);
 
 // A file of an export, written by bytes or by lines, which replaces its target on Commit. Every failure is an
-// exception: EOSError, or EExportCancelled after the callback says so. Lines end with CRLF. One thread.
+// exception: EOSError, or EExportCancelled after the callback says so. Lines end with CRLF, on the
+// standard output as is usual there. One thread.
 class TExportFile final : public IByteSink, public Exporting::ILineOutput {
  public:
   using TIsCancelled = std::function<bool()>;
@@ -38,6 +39,7 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
   void Write(std::string_view pBytes) override;
   bool WriteLine(std::string_view pLine) override;
   int64_t LineCount() const override { return fLines; }
+  Exporting::TLineWidth LineWidth() const override;
   // Sets another line end for the following lines.
   void SetLineEnd(std::string_view pLineEnd) { fLineEnd = pLineEnd; }
   void Commit();

@@ -4,6 +4,7 @@
 #include "export/text/ListExport.h"
 #include "export/xml/XMLExport.h"
 #include "platform/files/Paths.h"
+#include "platform/system/Console.h"
 #include "platform/text/Text.h"
 #include "presentation/lists/RootLists.h"
 
@@ -58,7 +59,7 @@ std::u16string PathOfList(const std::u16string& pFileName, std::u16string_view p
 // Other programs read path lists, so lines end as is usual on the system.
 std::string_view EndOfPath(bool pWithNul) {
   if (pWithNul) return std::string_view("\0", 1);
-  return NativePathDelimiter() == u'/' ? "\n" : "\r\n";
+  return TConsole::LineEnd();
 }
 
 TMediaType MediaOf(TExportFormat pFormat) {
@@ -180,7 +181,9 @@ void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
     fFile = std::make_unique<TExportFile>(fFileName, fRun.fIsCancelled, fRun.fSeveralRoots);
     if (fFormat == TExportFormat::efPathList) fFile->SetLineEnd(EndOfPath(fRun.fPathsEndWithNul));
   }
-  CreateExport(fFormat, Settings(), fOptions, fRun)->Export(pRoot, *fFile);
+  const std::unique_ptr<TFileExport> lines = CreateExport(fFormat, Settings(), fOptions, fRun);
+  lines->SetExpanded(fHandler.ExpandedFolders(pRoot));
+  lines->Export(pRoot, *fFile);
 }
 
 void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {

@@ -65,6 +65,9 @@ class TFileExportPostScanAction : public TBasePostScanAction {
     return fFormat == TExportFormat::efReport && fFileName == TOutputFile::kStandardOutput;
   }
   std::vector<std::u16string> GetAttachments() const override { return fWritten; }
+  std::vector<std::u16string> GetWrittenFiles() const override {
+    return fTemporary ? std::vector<std::u16string>() : fWritten;
+  }
   const std::u16string& GetFileName() const { return fFileName; }
   // For spreadsheets, which have names inside; empty for all current formats.
   std::u16string GetSheetName() const { return {}; }

@@ -30,16 +30,13 @@ using Presentation::TList;
 
 namespace {
 
-constexpr int kUsualWidth = 80;
-
 class THistoryTasks {
  public:
-  THistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput, int pWidth,
+  THistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput,
                 const std::function<void(std::string_view)>& pWriteError, Pictures::IPictureRenderer* pRenderer)
       : fState(pState),
         fFile(HistoryFile(*pState.fOptions)),
         fOutput(pOutput),
-        fWidth(pWidth > 0 ? pWidth : kUsualWidth),
         fWriteError(pWriteError),
         fRenderer(pRenderer) {}
 
@@ -143,7 +140,7 @@ class THistoryTasks {
   bool ShowOne(const TList& pTable, const std::vector<THistoryEntry>& pEntries) {
     const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtText);
     if (!Check(WriteListAsText(pTable, FormatOf(settings), fOutput)) || !Write("")) return false;
-    for (const std::string& line : HistoryChart(pEntries, fWidth))
+    for (const std::string& line : HistoryChart(pEntries, fOutput.LineWidth().fColumns))
       if (!Write(line)) return false;
     return !HasIncompleteScans(pEntries) ||
            (Write("") && Write("? is an incomplete scan: folders could not be read. Growth is against the last scan in "
@@ -164,7 +161,6 @@ class THistoryTasks {
   const TCommandLineState& fState;
   const std::u16string fFile;
   ILineOutput& fOutput;
-  const int fWidth;
   const std::function<void(std::string_view)>& fWriteError;
   Pictures::IPictureRenderer* const fRenderer;
   int fResult = ecOk;
@@ -178,9 +174,9 @@ std::u16string HistoryFile(const TGlobalOptions& pOptions) {
   return folder.empty() ? folder : JoinPath(folder, u"history.db", NativePathDelimiter());
 }
 
-int RunHistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput, int pWidth,
+int RunHistoryTasks(const TCommandLineState& pState, ILineOutput& pOutput,
                     const std::function<void(std::string_view)>& pWriteError, Pictures::IPictureRenderer* pRenderer) {
-  return THistoryTasks(pState, pOutput, pWidth, pWriteError, pRenderer).Run();
+  return THistoryTasks(pState, pOutput, pWriteError, pRenderer).Run();
 }
 
 }  // namespace Vantrel::CommandLine

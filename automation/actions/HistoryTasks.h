@@ -18,7 +18,7 @@ std::u16string HistoryFile(const Vantrel::TGlobalOptions& pOptions);
 // Runs the command line's tasks on the history in this order: imports, deletions, tables with charts, the CSV file, the
 // export. Sends messages one by one to pWriteError. Charts become PNG files if there is a renderer. Returns the exit
 // code.
-int RunHistoryTasks(const TCommandLineState& pState, Vantrel::Exporting::ILineOutput& pOutput, int pWidth,
+int RunHistoryTasks(const TCommandLineState& pState, Vantrel::Exporting::ILineOutput& pOutput,
                     const std::function<void(std::string_view)>& pWriteError,
                     Vantrel::Pictures::IPictureRenderer* pRenderer = nullptr);
 

@@ -49,19 +49,6 @@ TChartForm UsualFormOf(TPictureSubject pSubject) {
   return pSubject == psFileAges ? TChartForm::cfColumn : TChartForm::cfBar;
 }
 
-TChartType TypeOf(TChartForm pForm) {
-  switch (pForm) {
-    case TChartForm::cfColumn:
-      return TChartType::ctColumn;
-    case TChartForm::cfPie:
-      return TChartType::ctPie;
-    case TChartForm::cfRing:
-      return TChartType::ctRing;
-    default:
-      return TChartType::ctBar;
-  }
-}
-
 TChartData DataOf(IHierarchicalRoot& pRoot, TPictureSubject pSubject) {
   constexpr int kLevels = 4;
   switch (pSubject) {
@@ -102,6 +89,23 @@ static_assert(static_cast<int>(Treemap::TTreemapColorScheme::csGrowth) == static
 
 }  // namespace
 
+TChartType ChartTypeOf(TChartForm pForm) {
+  switch (pForm) {
+    case TChartForm::cfColumn:
+      return TChartType::ctColumn;
+    case TChartForm::cfPie:
+      return TChartType::ctPie;
+    case TChartForm::cfRing:
+      return TChartType::ctRing;
+    default:
+      return TChartType::ctBar;
+  }
+}
+
+TChartType ChartTypeOf(THistoryChartForm pForm) {
+  return pForm == THistoryChartForm::hfLine ? TChartType::ctLine : TChartType::ctArea;
+}
+
 TChartSettings ChartSettings(const TGlobalOptions& pOptions) {
   TChartSettings settings;
   settings.fWidth = pOptions.PictureSize.fWidth;
@@ -124,9 +128,8 @@ Drawing::TDrawing HistoryPicture(const TGlobalOptions& pOptions, const std::u16s
   if (series.fPoints.empty())
     throw EInvalidOperation("The history of " + ToQuotedDisplay(pPath) +
                             " cannot be drawn: no scan of it is recorded; scan it with --record-history");
-  const TChartType type =
-      pOptions.HistoryChartType == THistoryChartForm::hfLine ? TChartType::ctLine : TChartType::ctArea;
-  return MakeChart(type, series, ChartSettings(pOptions), Drawing::TEstimatedTextMeasure());
+  return MakeChart(ChartTypeOf(pOptions.HistoryChartType), series, ChartSettings(pOptions),
+                   Drawing::TEstimatedTextMeasure());
 }
 
 void WritePicture(const Drawing::TDrawing& pDrawing, TExportFile& pFile, std::u16string_view pName,
@@ -139,16 +142,16 @@ void WritePicture(const Drawing::TDrawing& pDrawing, TExportFile& pFile, std::u1
   pFile.Commit();
 }
 
-TPicturePostScanAction::TPicturePostScanAction(const TGlobalOptions& pOptions, TPictureRequest pRequest,
-                                               TExportRun pRun, TWriteNote pWriteNote,
-                                               Pictures::IPictureRenderer* pRenderer)
+TCustomPresenterPostScanAction::TCustomPresenterPostScanAction(const TGlobalOptions& pOptions, TPictureRequest pRequest,
+                                                               TExportRun pRun, TWriteNote pWriteNote,
+                                                               Pictures::IPictureRenderer* pRenderer)
     : fOptions(pOptions),
       fRequest(std::move(pRequest)),
       fRun(std::move(pRun)),
       fWriteNote(std::move(pWriteNote)),
       fRenderer(pRenderer) {}
 
-void TPicturePostScanAction::Prepare() {
+void TCustomPresenterPostScanAction::Prepare() {
   if (fRequest.fFile.empty()) {
     fRequest.fFile = fTemporary.emplace().Add(std::u16string(TemporaryNameOf(fRequest)));
     return;
@@ -160,7 +163,7 @@ void TPicturePostScanAction::Prepare() {
         "not there. SVG files have both.");
 }
 
-void TPicturePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
+void TCustomPresenterPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   CheckNotCancelled(WasStopped(pRoot), fRequest.fFile);
   const std::u16string path =
       fRun.fSeveralRoots ? WithPartInName(fRequest.fFile, u"_" + fNames.Next(NameForFiles(pRoot))) : fRequest.fFile;
@@ -174,7 +177,7 @@ void TPicturePostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   if (fTemporary) fTemporary->Add(FileNameOfPath(path, NativePathDelimiter()));
 }
 
-void TPicturePostScanAction::DrawTreemap(IHierarchicalRoot& pRoot, TExportFile& pFile) {
+void TCustomPresenterPostScanAction::DrawTreemap(IHierarchicalRoot& pRoot, TExportFile& pFile) {
   using namespace Treemap;
   const bool isBitmap = !fRenderer && HasExtension(fRequest.fFile, kBitmapExtension);  // without text
   TTreemapSettings settings;
@@ -205,11 +208,11 @@ void TPicturePostScanAction::DrawTreemap(IHierarchicalRoot& pRoot, TExportFile& 
                pFile, fRequest.fFile, fRenderer);
 }
 
-Drawing::TDrawing TPicturePostScanAction::DrawChart(IHierarchicalRoot& pRoot) const {
+Drawing::TDrawing TCustomPresenterPostScanAction::DrawChart(IHierarchicalRoot& pRoot) const {
   if (fRequest.fSubject == psHistory) return HistoryPicture(fOptions, pRoot.GetTitle(), History::HistoryPattern(pRoot));
   TChartForm form = fRequest.fForm.value_or(fOptions.ChartType);
   if (form == TChartForm::cfAutomatic) form = UsualFormOf(fRequest.fSubject);
-  return MakeChart(TypeOf(form), DataOf(pRoot, fRequest.fSubject), ChartSettings(fOptions),
+  return MakeChart(ChartTypeOf(form), DataOf(pRoot, fRequest.fSubject), ChartSettings(fOptions),
                    Drawing::TEstimatedTextMeasure());
 }
 

@@ -31,7 +31,11 @@ TMediaSettings TPostProcessActionHandler::MergedRecursionLevel(TMediaType pMedia
   auto& recursion = settings.fRecursionLevel;
   if (WritesNothing()) {
     // A console is for people to read, so it shows a whole tree only on request.
-    if (recursion.fLevel == recursion.kUnlimited && recursion.fFullExpand) recursion = {1, false};
+    if (recursion.fLevel == recursion.kUnlimited && recursion.fFullExpand) {
+      constexpr int64_t kRowsOfAScreen = 20;
+      recursion = {1, false};
+      if (!settings.fMostRows) settings.fMostRows = kRowsOfAScreen;
+    }
     return settings;
   }
   int32_t deepest = TBasePostScanAction::kAnyLevel;
@@ -135,10 +139,16 @@ std::vector<std::u16string> TPostProcessActionHandler::CheckAttachments() const 
   return files;
 }
 
+std::vector<std::u16string> TPostProcessActionHandler::GetWrittenFiles() const {
+  std::vector<std::u16string> files;
+  for (const TQueued& queued : fActions)
+    for (std::u16string& file : queued.fAction->GetWrittenFiles()) files.push_back(std::move(file));
+  return files;
+}
+
 bool TPostProcessActionHandler::WriteDefaultReport(IHierarchicalRoot& pRoot) {
   Exporting::TFormattedTextExport report(MergedRecursionLevel(TMediaType::mtText), fMedia.GlobalOptions(),
                                          fHost.ProgramName());
-  report.SetMaximumWidth(fReportWidth);
   return report.Export(pRoot, fOutput);
 }
 

@@ -46,6 +46,8 @@ class TBasePostScanAction {
   virtual bool ShowsReport() const { return false; }
   // Paths of the files that a mail takes along; complete once Finish has returned.
   virtual std::vector<std::u16string> GetAttachments() const { return {}; }
+  // Those of them that stay when the run has ended.
+  virtual std::vector<std::u16string> GetWrittenFiles() const { return {}; }
 };
 
 // An action that failed.
@@ -65,6 +67,8 @@ class IPostScanHost {
   virtual int ModalLevel() const = 0;          // modal dialogs that are open
   virtual void Terminate() = 0;
   virtual std::string ProgramName() const = 0;
+  // What a view shows expanded of the root; nullptr without a view.
+  virtual std::shared_ptr<const TExpandedFolders> ExpandedFolders(const IHierarchicalRoot&) const { return nullptr; }
 };
 
 // The queue of actions; runs it for each root whose scan has finished. Main thread only.
@@ -80,6 +84,9 @@ class TPostProcessActionHandler {
   bool ResolveRequirements();
   // The export settings for all actions with one kind of output, with enough levels for each of them.
   TMediaSettings MergedRecursionLevel(TMediaType pMedia) const;
+  std::shared_ptr<const TExpandedFolders> ExpandedFolders(const IHierarchicalRoot& pRoot) const {
+    return fHost.ExpandedFolders(pRoot);
+  }
   // Runs the queue, or writes the default report if no action writes and there is no window. Then ends the program when
   // no work is left. False when an action failed. An action that has failed is not run again.
   bool PerformPostProcessActions(IHierarchicalRoot* pRoot, const IScanRoots& pScans);
@@ -89,14 +96,13 @@ class TPostProcessActionHandler {
   std::vector<TActionFailure> TakeFailures() { return std::exchange(fFailures, {}); }
   // The files of all actions for a mail. EInvalidOperation that names a missing one.
   std::vector<std::u16string> CheckAttachments() const;
+  // The files that the run leaves behind, in the order of the queue. Complete once FinishActions has returned.
+  std::vector<std::u16string> GetWrittenFiles() const;
   bool ShouldCloseApplication() const;
   // Whether the user sees a report of each root. If not, the caller reports what could not be read.
   bool ShowsReport() const;
   // Whether one more root would be written anywhere: false once all actions that write have failed.
   bool CanWriteMore() const;
-
-  // Columns of the default report's lines, 0 for any number.
-  void SetReportWidth(int pColumns) { fReportWidth = pColumns; }
 
  private:
   // An action of the queue.
@@ -121,7 +127,6 @@ class TPostProcessActionHandler {
   ILineOutput& fOutput;
   std::vector<TQueued> fActions;
   std::vector<TActionFailure> fFailures;
-  int fReportWidth = 0;
   bool fReportFailed = false;
 };
 

@@ -10,6 +10,7 @@
 #include "automation/commandline/HelpText.h"
 #include "automation/commandline/RunFiles.h"
 #include "automation/commandline/SearchRequest.h"
+#include "automation/commandline/SwitchEffects.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
 #include "platform/files/Paths.h"
@@ -290,6 +291,9 @@ std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
+  // As programs of this kind do. A run that a scheduler starts names its paths: its current folder is nobody's choice.
+  if (!HasTask() && !fState.fUnattended && fErrors.empty()) fState.fPaths.push_back(u".");
+  if (fState.fReverses) ReverseOrders(fOptions);
   fState.fHadOutputs = fState.HasOutputs();
   CheckPictures();
   CheckHistory();
@@ -348,14 +352,16 @@ void TCommandLineHandler::CheckScans() {
   if (scans > static_cast<size_t>(fOptions.MaximumRoots))
     fErrors.push_back(fmt::format("{} scans are asked for, and one run takes {} (option MaximumRoots)", scans,
                                   fOptions.MaximumRoots));
-  const bool hasTask = scans > 0 || fState.fShowWindow || fState.OpensWindow() || fState.fHelp || fState.fVersion ||
-                       fState.fExportDriveList || fState.fSaveSettings || fState.fForgetSettings ||
-                       fState.ChangesSearches() || fState.fListsSearches || fState.HasHistoryTasks() ||
-                       fState.IsSearch();
-  if (hasTask || !fErrors.empty()) return;
-  fErrors.push_back(fState.fUnattended ? "No valid command line option was passed in non-UI mode. Please see help file "
-                                         "for a list of available command line options."
-                                       : "No path to scan was given");
+  if (!HasTask() && !fState.IsSearch() && fErrors.empty())
+    fErrors.push_back(
+        "No valid command line option was passed in non-UI mode. Please see help file for a list of available command "
+        "line options.");
+}
+
+bool TCommandLineHandler::HasTask() const {
+  return NumberOfScans(fState) > 0 || fState.fShowWindow || fState.OpensWindow() || fState.fHelp || fState.fVersion ||
+         fState.fExportDriveList || fState.fSaveSettings || fState.fForgetSettings || fState.ChangesSearches() ||
+         fState.fListsSearches || fState.HasHistoryTasks();
 }
 
 void TCommandLineHandler::CheckWindow() {

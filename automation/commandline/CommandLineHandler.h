@@ -80,6 +80,8 @@ class TCommandLineHandler {
   void CheckSavedName(const std::string& pFile, std::string_view pWhat);
   void CheckScans();
   void CheckWindow();
+  // Whether there is anything to do. A search without a path is no task yet.
+  bool HasTask() const;
 
   Vantrel::TKivCommandLineParser& fParser;
   Vantrel::TGlobalOptions& fOptions;

@@ -52,9 +52,16 @@ bool SetFromToken(const TOptionInfo& pOption, std::u16string_view pToken, TGloba
   return (namesFile || bytes == ToUtf8(pToken)) && pOption.fSet(pOptions, bytes);
 }
 
+// "-d2"
+bool IsLetterWithNumber(std::u16string_view pToken) {
+  return pToken.size() > 2 && pToken[0] == u'-' && FoldAscii(pToken[1]) >= u'a' && FoldAscii(pToken[1]) <= u'z' &&
+         IsInteger(pToken.substr(2)) && pToken[2] != u'-' && pToken[2] != u'+';
+}
+
 }  // namespace
 
 TSplitToken SplitSwitchValue(std::u16string_view pToken) {
+  if (IsLetterWithNumber(pToken)) return {pToken.substr(0, 2), pToken.substr(2), true};
   const size_t equals = pToken.find(u'=');
   if (!pToken.starts_with(u"--") || equals == std::u16string_view::npos) return {pToken, {}, false};
   return {pToken.substr(0, equals), pToken.substr(equals + 1), true};
@@ -116,8 +123,10 @@ std::u16string_view TKivCommandLineParser::RemoveSwitchIndicator(std::u16string_
 const TCommandLineItem* TKivCommandLineParser::FindRegistered(std::u16string_view pToken) const {
   if (!StartsWithSwitchIndicator(pToken)) return nullptr;
   const std::u16string_view name = RemoveSwitchIndicator(SplitSwitchValue(pToken).fSwitch);
-  const auto found = std::find_if(fItems.begin(), fItems.end(),
-                                  [&](const TCommandLineItem& pItem) { return SameTextAscii(pItem.fName, name); });
+  const bool mayBePath = fSlashBeginsPaths && pToken.starts_with(u'/');
+  const auto found = std::find_if(fItems.begin(), fItems.end(), [&](const TCommandLineItem& pItem) {
+    return SameTextAscii(pItem.fName, name) && !(mayBePath && pItem.fDashOnly);
+  });
   return found == fItems.end() ? nullptr : &*found;
 }
 

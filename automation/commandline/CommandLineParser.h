@@ -53,6 +53,7 @@ struct TCommandLineItem {
   TValueKind fValueKind = TValueKind::vkNone;
   bool fRepeatable = true;
   TTimeMoment fMoment = TTimeMoment::tmStartUp;
+  bool fDashOnly = false;  // no switch with "/" in front where that begins paths
 };
 
 // Splits command lines, tells switches from values and paths, and sets options by name. One thread.
@@ -132,7 +133,7 @@ class TKivCommandLineParser {
   TTimeMoment fMoment = TTimeMoment::tmStartUp;
 };
 
-// Splits "--name=value". Without "=", or with a single indicator, there is no value.
+// Splits "--name=value", and "-d2" into a letter and a number. Otherwise there is no value.
 struct TSplitToken {
   std::u16string_view fSwitch;
   std::u16string_view fValue;

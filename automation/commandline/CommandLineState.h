@@ -91,6 +91,8 @@ struct TCommandLineState {
   bool fShowHistoryOfScans = false;  // of each scanned path, after its scan
   bool fDateInFileNames = false;
   bool fPathsEndWithNul = false;              // in path lists
+  bool fReverses = false;                     // the order of siblings
+  bool fIsQuiet = false;                      // without progress
   std::vector<std::u16string> fPatternFiles;  // already read, like the options files
   std::vector<std::u16string> fOptionsFiles;
 

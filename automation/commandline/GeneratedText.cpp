@@ -14,6 +14,11 @@ std::string SwitchName(const TSwitch& pSwitch) {
   return "--" + LowerText(Vantrel::ToUtf8(pSwitch.fItem.fName));
 }
 
+std::string TypedName(const TSwitch& pSwitch) {
+  const std::string name = SwitchName(pSwitch);
+  return pSwitch.fItem.fName.size() == 1 ? name.substr(1) : name;
+}
+
 std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign) {
   std::string text;
   for (const std::string& line : pLines) text.append(line).append("\n");

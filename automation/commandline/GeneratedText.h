@@ -1,6 +1,6 @@
 #pragma once
 
-// Helpers that the manual page and the completions share.
+// Helpers that help, the manual page and the completions share.
 
 #include <string>
 #include <string_view>
@@ -14,8 +14,10 @@ namespace Vantrel::CommandLine {
 std::string LowerText(std::string pText);
 // "--scan": the spelling of a switch that is shown and completed.
 std::string SwitchName(const TSwitch& pSwitch);
-// Joins the lines with LF into one. The console ends its output with CRLF, and shells and formatters read a CR as a
-// part of the line. So the only CR stands after a closing comment.
+// As it is typed: "-h" rather than "--h".
+std::string TypedName(const TSwitch& pSwitch);
+// Joins the lines with LF into one. On Windows the console ends its output with CRLF, and shells and formatters read a
+// CR as a part of the line. So the only CR stands after a closing comment.
 std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign);
 
 }  // namespace Vantrel::CommandLine

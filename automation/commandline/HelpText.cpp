@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "automation/commandline/ExitCodes.h"
+#include "automation/commandline/GeneratedText.h"
 #include "automation/commandline/ManualPage.h"
 #include "automation/commandline/ShellCompletions.h"
 #include "automation/commandline/SwitchTable.h"
@@ -12,12 +13,12 @@ namespace Vantrel::CommandLine {
 
 namespace {
 
-constexpr std::string_view kUsage = "Usage: vantrel [SWITCH]... PATH...";
+constexpr std::string_view kUsage = "Usage: vantrel [SWITCH]... [PATH]...";
 constexpr std::string_view kRowFormat = "  {:<32} {}";
 constexpr size_t kScreenWidth = 80;
 
 std::string NameOf(const TSwitch& pSwitch) {
-  const std::string name = "--" + Vantrel::ToUtf8(pSwitch.fItem.fName);
+  const std::string name = TypedName(pSwitch);
   return pSwitch.fValueText.empty() ? name : fmt::format("{} {}", name, pSwitch.fValueText);
 }
 
@@ -56,7 +57,7 @@ std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
   AppendWrapped(lines, main.fDetails, "  ");
   std::string aliases;
   for (const TSwitch* alias = &main + 1; alias->fRank == TSwitchRank::srAlias; ++alias)
-    aliases.append(aliases.empty() ? "" : ", ").append("--" + Vantrel::ToUtf8(alias->fItem.fName));
+    aliases.append(aliases.empty() ? "" : ", ").append(TypedName(*alias));
   if (!aliases.empty()) lines.push_back("  The same as " + aliases + ".");
   lines.emplace_back(main.fItem.fRepeatable ? "  May be given more than once." : "  May be given once.");
   return lines;
@@ -98,30 +99,36 @@ std::vector<std::string> UsageText() {
   return {std::string(kUsage), "Try \"vantrel --help\"."};
 }
 
+// What people do with the program, each as a line to copy.
 std::vector<std::string> HelpText() {
-  std::vector<std::string> lines = {std::string(kUsage), "Scans each path and reports where its space went.", "",
-                                    "Switches, in any letter case, as --NAME, -NAME or /NAME; --NAME=VALUE works too:"};
-  for (const TSwitch& item : AllSwitches())
-    if (item.fRank == TSwitchRank::srMain) lines.push_back(SwitchRow(item));
-  lines.push_back(fmt::format(kRowFormat, "--OPTION VALUE", "set an option, such as --SizeUnit GB"));
-  lines.push_back(fmt::format(kRowFormat, "--", "only paths follow"));
-  lines.emplace_back();
-  lines.emplace_back("Exit code: 0 all read and written, 1 some folders unreadable, 2 wrong command");
-  lines.emplace_back("line, 3 a path not scanned, 4 stopped, 5 an output failed, 6 a fault.");
-  return lines;
+  return {std::string(kUsage),
+          "Shows where the space of each path has gone, or of the current folder.",
+          "",
+          "  vantrel -d 2 /data                         folders, two levels deep",
+          "  vantrel -x /data --topfileslist -n 50      a full disk: the 50 largest files, too",
+          "  vantrel /data --filetypeslist --ageoffiles what it is, and how old",
+          "  vantrel /data --search 'size:>1GB'         find files",
+          "  vantrel /data --duplicates                 what is there twice",
+          "  vantrel /data --treemap data.svg           a picture",
+          "  vantrel /data --xml old.xml.zip            keep a scan ...",
+          "  vantrel /data --compare old.xml.zip        ... and see what has grown since",
+          "  vantrel /data --csv - --filesintree        every file, for a script",
+          "  vantrel /data --exclude '*.tmp' --min 1%   without some files or trifles",
+          "",
+          "-d LEVELS deep, -n ROWS at most, -s COLUMN for the order, -r reversed, -x on one",
+          "file system, -a size of contents first, -o FILE to write, -q without progress.",
+          "",
+          "More: --help switches, --help options, --help NAME for one of them, --version.",
+          "Exit code: 0 all read and written, 1 some folders unreadable, 2 wrong command",
+          "line, 3 a path not scanned, 4 stopped, 5 an output failed, 6 a fault."};
 }
 
 std::vector<std::string> SwitchesHelpText() {
-  std::vector<std::string> lines;
+  std::vector<std::string> lines = {"Switches, in any letter case, as --NAME, -NAME or /NAME; --NAME=VALUE works too:"};
   for (const TSwitch& item : AllSwitches())
-    if (item.fRank == TSwitchRank::srMain || item.fRank == TSwitchRank::srMore) lines.push_back(SwitchRow(item));
-  lines.emplace_back();
-  std::string others;
-  for (const TSwitch& item : AllSwitches())
-    if (item.fRank == TSwitchRank::srNotBuilt)
-      others.append(others.empty() ? "" : ", ").append(Vantrel::ToUtf8(item.fItem.fName));
-  lines.emplace_back("Known, but not part of this version:");
-  AppendWrapped(lines, others, "  ");
+    if (item.fRank == TSwitchRank::srUsual) lines.push_back(SwitchRow(item));
+  lines.push_back(fmt::format(kRowFormat, "--OPTION VALUE", "set an option, such as --SizeUnit GB"));
+  lines.push_back(fmt::format(kRowFormat, "--", "only paths follow"));
   return lines;
 }
 

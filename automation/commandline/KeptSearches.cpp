@@ -26,6 +26,19 @@ const std::u16string* FindKeptSearch(const TGlobalOptions& pOptions, std::u16str
   return found == pOptions.KeptSearches.end() ? nullptr : &found->second;
 }
 
+void ChangeKeptSearches(const TCommandLineState& pState, TGlobalOptions& pOptions) {
+  for (const std::u16string& name : pState.fForgottenSearches) {
+    const auto found = Find(pOptions, name);
+    if (found == pOptions.KeptSearches.end())
+      throw EInvalidArgumentValue("No search named " + ToQuotedDisplay(name) + " is kept");
+    pOptions.KeptSearches.erase(found);
+  }
+  if (pState.fKeptName.empty()) return;
+  if (const auto found = Find(pOptions, pState.fKeptName); found != pOptions.KeptSearches.end())
+    pOptions.KeptSearches.erase(found);
+  pOptions.KeptSearches.emplace(pState.fKeptName, *pState.fQuery);
+}
+
 void ChangeKeptSearches(const TCommandLineState& pState, const std::u16string& pFile, std::string_view pProgramName,
                         std::string_view pVersion) {
   TGlobalOptions options;
@@ -34,17 +47,7 @@ void ChangeKeptSearches(const TCommandLineState& pState, const std::u16string& p
   } catch (const Options::EOptionsFileError& error) {
     if (!error.IsMissing()) throw;
   }
-  for (const std::u16string& name : pState.fForgottenSearches) {
-    const auto found = Find(options, name);
-    if (found == options.KeptSearches.end())
-      throw EInvalidArgumentValue("No search named " + ToQuotedDisplay(name) + " is kept");
-    options.KeptSearches.erase(found);
-  }
-  if (!pState.fKeptName.empty()) {
-    if (const auto found = Find(options, pState.fKeptName); found != options.KeptSearches.end())
-      options.KeptSearches.erase(found);
-    options.KeptSearches.emplace(pState.fKeptName, *pState.fQuery);
-  }
+  ChangeKeptSearches(pState, options);
   Options::SaveOptionsFile(pFile, options, pProgramName, pVersion);
 }
 

@@ -21,10 +21,10 @@ constexpr std::string_view kBegin = R"(.\" Made by "vantrel --help man".
 .SH NAME
 vantrel \- scan folders and report where the space went
 .SH SYNOPSIS
-\fBvantrel\fR [\fISWITCH\fR]... \fIPATH\fR...
+\fBvantrel\fR [\fISWITCH\fR]... [\fIPATH\fR]...
 .SH DESCRIPTION
-\fBvantrel\fR scans each path and writes a report on it to the standard output: for every folder its size and allocated
-size, the files and folders in it, its share and its date of last change.
+\fBvantrel\fR scans each path, or the current folder, and writes a report on it to the standard output: for every folder
+its allocated size and size, the files and folders in it, its share and its date of last change.
 Other formats are written to files by switches such as \fB\-\-csv\fR and \fB\-\-xml\fR.
 Progress and messages go to the standard error, progress only when that is a terminal.
 .PP
@@ -158,10 +158,8 @@ std::string Sentence(std::string_view pHelp) {
   return Escaped(text.ends_with('.') ? text : text + ".");
 }
 
-// The names as they are typed: "-h" rather than "--h".
 std::string ShownName(const TSwitch& pSwitch) {
-  const std::string name = SwitchName(pSwitch);
-  return "\\fB" + Escaped(pSwitch.fItem.fName.size() == 1 ? name.substr(1) : name) + "\\fR";
+  return "\\fB" + Escaped(TypedName(pSwitch)) + "\\fR";
 }
 
 void AppendSwitch(TLines& pLines, std::span<const TSwitch> pSwitchAndAliases) {

@@ -58,6 +58,7 @@ TSwitchEffect ExportText;
 TSwitchEffect ExportPathList;
 TSwitchEffect ExportXML;
 TSwitchEffect ExportDriveList;
+TSwitchEffect ExportByName;
 
 TSwitchEffect DrawTreemap;
 TSwitchEffect DrawFolders;
@@ -77,6 +78,10 @@ TSwitchEffect UseColumns;
 TSwitchEffect ShowFiles;
 TSwitchEffect SetElements;
 TSwitchEffect HideSmallFolders;
+TSwitchEffect LeaveOutSmall;
+TSwitchEffect LimitRows;
+TSwitchEffect Reverse;
+TSwitchEffect LeadWithSize;
 TSwitchEffect SetTitle;
 TSwitchEffect SetSeparator;
 TSwitchEffect OmitHeaders;
@@ -90,5 +95,8 @@ TSwitchEffect ImportHistory;
 
 TSwitchEffect AskHelp;
 TSwitchEffect Nothing;
+
+// Turns the order of siblings round in every kind of output with rows.
+void ReverseOrders(Vantrel::TGlobalOptions& pOptions);
 
 }  // namespace Vantrel::CommandLine

@@ -10,10 +10,9 @@
 
 namespace Vantrel::CommandLine {
 
-// Where help shows a switch.
+// What kind of row a switch is.
 enum class TSwitchRank : uint8_t {
-  srMain,      // on the first screen
-  srMore,      // among all switches
+  srUsual,
   srAlias,     // another spelling of the row above it
   srNotBuilt,  // not built: the switch gives a message that says so
 };

@@ -27,6 +27,8 @@ struct TSpan {
 class THistoryChart {
  public:
   THistoryChart(const std::vector<THistoryEntry>& pEntries, int pWidth) {
+    constexpr int kUsualWidth = 80;
+    if (pWidth <= 0) pWidth = kUsualWidth;
     const auto [least, most] =
         std::minmax_element(pEntries.begin(), pEntries.end(),
                             [](const THistoryEntry& pA, const THistoryEntry& pB) { return pA.fSize < pB.fSize; });

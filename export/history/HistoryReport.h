@@ -9,13 +9,13 @@
 
 namespace Vantrel::Exporting {
 
-// The size over time as ASCII characters, for a terminal of pWidth columns. The chart has ten lines, or three if the
-// size never changed. Empty without entries.
+// The size over time as ASCII characters, for lines of pWidth columns, or 80 when that is 0. The chart has ten lines,
+// or three if the size never changed. Empty without entries.
 //
 // Time runs evenly from the first date to the last. If several scans fall on one character, its column is marked over
 // the range of their sizes. A stretch without scans is dotted at the size of the last scan before it. The scale runs
 // from the smallest to the largest size, not from zero, so growth of a few per cent shows. Columns with a scan that
 // could not read all folders are marked with "?" instead of "*".
-std::vector<std::string> HistoryChart(const std::vector<Presentation::THistoryEntry>& pEntries, int pWidth = 80);
+std::vector<std::string> HistoryChart(const std::vector<Presentation::THistoryEntry>& pEntries, int pWidth = 0);
 
 }  // namespace Vantrel::Exporting

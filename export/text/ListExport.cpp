@@ -70,6 +70,7 @@ bool WriteListAsText(const TListInParts& pParts, const TValueFormat& pFormat, IL
     for (const TListRow& row : pPart.fRows) padded->Measure(RowTexts(pPart, row, pFormat));
     return true;
   });
+  padded->Fit(pOutput.LineWidth(), true);
   const auto write = [&](const std::vector<std::string>& pCells) {
     return pOutput.WriteLine(WithoutTrailingBlanks(padded->Row(pCells)));
   };

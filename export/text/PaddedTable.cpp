@@ -14,6 +14,12 @@ using Vantrel::Presentation::TAlignment;
 namespace {
 
 constexpr int kLeastLimitedWidth = 12;
+constexpr int kHidden = -1;
+
+// The columns that leave a table that is too wide, in this order.
+constexpr TColumn kLeaving[] = {TColumn::mdCreation, TColumn::mdLastAccess, TColumn::mdAttributes, TColumn::mdOwner,
+                                TColumn::mdName,     TColumn::mdFolders,    TColumn::mdLastChange, TColumn::mdFiles,
+                                TColumn::mdSize,     TColumn::mdAllocated};
 
 size_t Blanks(int pWanted, int pTaken) {
   return static_cast<size_t>(std::max(0, pWanted - pTaken));
@@ -28,31 +34,72 @@ void TPaddedTable::Measure(const std::vector<std::string>& pCells) {
   for (size_t i = 0; i < pCells.size(); ++i) fWidths[i] = std::max(fWidths[i], DisplayWidth(pCells[i]));
 }
 
-void TPaddedTable::LimitRowWidth(size_t pColumn, int pMaximumWidth) {
-  int rowWidth = DisplayWidth(fSeparator) * (static_cast<int>(fWidths.size()) - 1);
-  for (int width : fWidths) rowWidth += width;
-  int& limited = fWidths[pColumn];
-  limited = std::min(limited, std::max(kLeastLimitedWidth, limited - (rowWidth - pMaximumWidth)));
+int TPaddedTable::RowWidth() const {
+  int width = -DisplayWidth(fSeparator);
+  for (const int column : fWidths)
+    if (column != kHidden) width += column + DisplayWidth(fSeparator);
+  return width;
+}
+
+// How much wider the rows are than a line, if a name takes at most half of it.
+int TPaddedTable::ExcessOver(int pWidth) const {
+  return RowWidth() - std::max(0, fWidths[NameColumn()] - pWidth / 2) - pWidth;
+}
+
+// The first column names the rows, unless a path does. Of several sizes the first one leads.
+bool TPaddedTable::IsNeeded(size_t pColumn) const {
+  const auto isSize = [](TColumn pOther) { return pOther == TColumn::mdSize || pOther == TColumn::mdAllocated; };
+  if (fColumns[pColumn] == TColumn::mdName) return NameColumn() == pColumn;
+  return pColumn == 0 || (isSize(fColumns[pColumn]) &&
+                          std::none_of(fColumns.begin(), fColumns.begin() + static_cast<ptrdiff_t>(pColumn), isSize));
+}
+
+size_t TPaddedTable::NameColumn() const {
+  const auto path = std::find(fColumns.begin(), fColumns.end(), TColumn::mdFullPath);
+  return path == fColumns.end() ? 0 : static_cast<size_t>(path - fColumns.begin());
+}
+
+// Hides the column when the rows are too wide with it.
+void TPaddedTable::DropColumn(TColumn pColumn, int pWidth) {
+  for (size_t i = 0; i < fColumns.size(); ++i)
+    if (fColumns[i] == pColumn && !IsNeeded(i) && ExcessOver(pWidth) > 0) fWidths[i] = kHidden;
+}
+
+void TPaddedTable::Fit(TLineWidth pLine, bool pColumnsMayLeave) {
+  if (pLine.fColumns <= 0 || fColumns.empty()) return;
+  fLineColumns = pLine.fColumns;
+  if (pColumnsMayLeave)
+    for (const TColumn column : kLeaving) DropColumn(column, pLine.fColumns);
+  if (!pLine.fIsTerminal) return;
+  int& name = fWidths[NameColumn()];
+  name = std::min(name, std::max(kLeastLimitedWidth, name - (RowWidth() - pLine.fColumns)));
 }
 
 std::string TPaddedTable::Row(const std::vector<std::string>& pCells) const {
   std::string line;
+  bool isFirst = true;
   for (size_t i = 0; i < pCells.size(); ++i) {
-    if (i > 0) line += fSeparator;
-    const std::string cell = ShortenedToWidth(pCells[i], fWidths[i]);
+    if (fWidths[i] == kHidden) continue;
+    if (!std::exchange(isFirst, false)) line += fSeparator;
+    const bool isPath = fColumns[i] == TColumn::mdFullPath;
+    const std::string cell =
+        isPath ? PathShortenedToWidth(pCells[i], fWidths[i]) : ShortenedToWidth(pCells[i], fWidths[i]);
     const std::string blanks(Blanks(fWidths[i], DisplayWidth(cell)), ' ');
     const bool isRight = AlignmentOf(fColumns[i]) == TAlignment::alRight;
     line += isRight ? blanks + cell : cell + blanks;
   }
+  if (fLineColumns > 0) line.resize(line.find_last_not_of(' ') + 1);
   return line;
 }
 
 std::string TPaddedTable::Underline() const {
   std::string line;
-  for (size_t i = 0; i < fWidths.size(); ++i) {
-    if (i > 0) line += fSeparator;
-    line.append(static_cast<size_t>(fWidths[i]), '-');
+  for (const int width : fWidths) {
+    if (width == kHidden) continue;
+    if (!line.empty()) line += fSeparator;
+    line.append(static_cast<size_t>(width), '-');
   }
+  if (fLineColumns > 0) line.resize(std::min(line.size(), static_cast<size_t>(fLineColumns)));
   return line;
 }
 
@@ -65,21 +112,41 @@ std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const
   return text;
 }
 
+namespace {
+
+// The length in bytes of the character at a position.
+size_t LengthOfCharacter(std::string_view pUtf8, size_t pPosition) {
+  size_t end = pPosition + 1;
+  while (end < pUtf8.size() && (static_cast<unsigned char>(pUtf8[end]) & 0xC0) == 0x80) ++end;
+  return end - pPosition;
+}
+
+// The longest beginning that takes at most pWidth columns.
+std::string_view Beginning(std::string_view pUtf8, int pWidth) {
+  size_t end = 0;
+  while (end < pUtf8.size()) {
+    const size_t length = LengthOfCharacter(pUtf8, end);
+    pWidth -= DisplayWidth(pUtf8.substr(end, length));
+    if (pWidth < 0) break;
+    end += length;
+  }
+  return pUtf8.substr(0, end);
+}
+
+}  // namespace
+
 std::string ShortenedToWidth(std::string_view pUtf8, int pWidth) {
   if (DisplayWidth(pUtf8) <= pWidth) return std::string(pUtf8);
-  std::string shortened;
-  int width = 0;
-  size_t position = 0;
-  while (position < pUtf8.size()) {
-    size_t end = position + 1;
-    while (end < pUtf8.size() && (static_cast<unsigned char>(pUtf8[end]) & 0xC0) == 0x80) ++end;
-    const std::string_view character = pUtf8.substr(position, end - position);
-    width += DisplayWidth(character);
-    if (width > pWidth - 1) break;
-    shortened += character;
-    position = end;
-  }
-  return shortened + "…";
+  return std::string(Beginning(pUtf8, pWidth - 1)) + "…";
+}
+
+std::string PathShortenedToWidth(std::string_view pUtf8, int pWidth) {
+  if (DisplayWidth(pUtf8) <= pWidth) return std::string(pUtf8);
+  const std::string_view front = Beginning(pUtf8, pWidth / 3);
+  std::string_view end = pUtf8.substr(front.size());
+  while (!end.empty() && DisplayWidth(end) > pWidth - 1 - DisplayWidth(front))
+    end.remove_prefix(LengthOfCharacter(end, 0));
+  return std::string(front).append("…").append(end);
 }
 
 }  // namespace Vantrel::Exporting

@@ -6,13 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "export/walk/HierarchicalExport.h"
 #include "model/columns/MetaData.h"
 
 namespace Vantrel::Exporting {
 
 // Makes a table of fixed width line by line. Cells are padded with blanks to the widest text of their column; numbers
-// are aligned right. All texts are UTF-8 and safe to show. Widths are in terminal columns. Measure every row before
-// making the first.
+// are aligned right. All texts are UTF-8 and safe to show. Widths are in terminal columns. Measure every row, then fit
+// the table into the output's lines, before making the first.
 class TPaddedTable {
  public:
   TPaddedTable() = default;
@@ -21,18 +22,27 @@ class TPaddedTable {
 
   // pCells has one cell per column.
   void Measure(const std::vector<std::string>& pCells);
-  // Narrows a column so that rows take at most pMaximumWidth columns. The column keeps a minimum width.
-  void LimitRowWidth(size_t pColumn, int pMaximumWidth);
+  // Narrows the table to the width of a line. Columns leave first, if they may, those that are missed least before
+  // others. The first column stays, and so do the path, the first size, shares and changes. Then, on a terminal, the
+  // names are shortened, but not below 12 columns. A name counts with at most half of a line when columns leave.
+  void Fit(TLineWidth pLine, bool pColumnsMayLeave);
 
   // A cell that is too wide is shortened.
   std::string Row(const std::vector<std::string>& pCells) const;
-  // The line under the captions: "-" over the width of each column.
+  // The line under the captions: "-" over the width of each column, no longer than a line.
   std::string Underline() const;
 
  private:
+  int RowWidth() const;
+  int ExcessOver(int pWidth) const;
+  size_t NameColumn() const;
+  bool IsNeeded(size_t pColumn) const;
+  void DropColumn(TColumn pColumn, int pWidth);
+
   std::vector<TColumn> fColumns;
-  std::vector<int> fWidths;
+  std::vector<int> fWidths;  // kHidden for a column that has left
   std::string fSeparator;
+  int fLineColumns = 0;  // of a line, 0: any number; rows then end with blanks
 };
 
 // The caption of a column. It includes the unit if all values share one and do not show it: "Size (MB)".
@@ -40,5 +50,7 @@ std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const
 
 // Cuts the text to pWidth display columns. If something was cut, the last column is an ellipsis.
 std::string ShortenedToWidth(std::string_view pUtf8, int pWidth);
+// The same for a path, which is cut in its middle, so that the name at its end stays.
+std::string PathShortenedToWidth(std::string_view pUtf8, int pWidth);
 
 }  // namespace Vantrel::Exporting

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 #include "presentation/lists/ErrorList.h"
 
@@ -49,10 +50,12 @@ std::vector<std::string> ErrorSummary(const IHierarchicalRoot& pRoot, const TVal
   lines.push_back(fmt::format("incomplete: {} could not be read", CountText(count, "folder", "folders", pFormat)));
   const size_t listed = std::min(errors.size(), pListedErrors);
   for (size_t i = 0; i < listed; ++i) lines.push_back(ErrorLine(errors[i]));
-  if (listed < errors.size())
-    lines.push_back(
-        fmt::format("  … and {} more", ToUtf8(FormatValue(TColumn::mdFolders, count - int64_t(listed), pFormat))));
+  if (listed < errors.size()) lines.push_back("  " + MoreText(count - static_cast<int64_t>(listed), pFormat));
   return lines;
+}
+
+std::string MoreText(int64_t pCount, const TValueFormat& pFormat) {
+  return fmt::format("… and {} more", ToUtf8(FormatValue(TColumn::mdItems, pCount, pFormat)));
 }
 
 std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pMany, const TValueFormat& pFormat) {
@@ -85,6 +88,21 @@ std::string DriveInformation(const IHierarchicalRoot& pRoot, const TValueFormat&
                     SizeText(storage.fFreeBytes, pFormat), ShareText(storage.fFreeBytes, storage.fTotalBytes, pFormat));
   }
   return text.empty() ? text : "Drive: " + text;
+}
+
+std::string UnseenInformation(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat) {
+  const TStorageInformation storage = pRoot.GetStorageInformation();
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  const bool isWhole = SamePath(pRoot.GetPath(), storage.fMountPoint, pRoot.GetPathDelimiter());
+  const bool isPart = (pRoot.GetState() & (rsCancelled | rsIsXMLImport)) != 0 || pRoot.GetScanFilter();
+  if (!top || !isWhole || isPart || storage.fUsedBytes <= top->GetAllocated()) return {};
+  std::string text =
+      fmt::format("Not in this tree: {} of {} in use", SizeText(storage.fUsedBytes - top->GetAllocated(), pFormat),
+                  SizeText(storage.fUsedBytes, pFormat));
+  if (storage.fDeletedBytes > 0)
+    text += fmt::format(", {} of it deleted files still open", SizeText(storage.fDeletedBytes, pFormat));
+  if (storage.fReservedBytes > 0) text += fmt::format("; {} reserved", SizeText(storage.fReservedBytes, pFormat));
+  return text;
 }
 
 std::vector<std::string> ScanSummary(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat,

@@ -53,13 +53,13 @@ std::vector<TRow> RowsOf(const std::vector<TChartItem>& pItems, TColumn pColumn,
 
 }  // namespace
 
-bool WriteTextChart(const TChartData& pData, size_t pMostItems, const TValueFormat& pFormat, int pWidth,
-                    ILineOutput& pOutput) {
+bool WriteTextChart(const TChartData& pData, size_t pMostItems, const TValueFormat& pFormat, ILineOutput& pOutput) {
   const std::vector<TChartItem> items = LargestAndRest(pData.fItems, pMostItems, pData.fIsOrdered);
   if (pOutput.LineCount() > 0 && !pOutput.WriteLine("")) return false;
   if (!pOutput.WriteLine(ToDisplay(pData.fTitle)) || !pOutput.WriteLine("")) return false;
   const std::vector<TRow> rows = RowsOf(items, pData.fColumn, pFormat);
-  const int width = pWidth > 0 ? std::max(pWidth, kLeastWidth) : kUsualWidth;
+  const int width =
+      pOutput.LineWidth().fColumns > 0 ? std::max(pOutput.LineWidth().fColumns, kLeastWidth) : kUsualWidth;
   int labelWidth = 0;
   int64_t largest = 1;
   for (const TRow& row : rows) {
@@ -79,10 +79,10 @@ bool WriteTextChart(const TChartData& pData, size_t pMostItems, const TValueForm
 }
 
 bool WriteChosenCharts(IHierarchicalRoot& pRoot, const TGlobalOptions& pOptions, const TValueFormat& pFormat,
-                       int pWidth, ILineOutput& pOutput) {
+                       ILineOutput& pOutput) {
   const auto most = static_cast<size_t>(pOptions.ChartItems);
   auto write = [&](bool pIsChosen, const auto& pMake) {
-    return !pIsChosen || WriteTextChart(pMake(), most, pFormat, pWidth, pOutput);
+    return !pIsChosen || WriteTextChart(pMake(), most, pFormat, pOutput);
   };
   return write(pOptions.ChartFolders, [&] { return FoldersData(pRoot, 1); }) &&
          write(pOptions.ChartExtensions, [&] { return ExtensionsData(pRoot); }) &&

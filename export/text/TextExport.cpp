@@ -1,6 +1,5 @@
 #include "export/text/TextExport.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "export/text/ListExport.h"
@@ -46,10 +45,19 @@ std::vector<std::string> TBaseTextExport::RowCells(const TTreeRow& pRow, const T
 
 TFormattedTextExport::TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions,
                                            std::string pProgramName)
-    : TBaseTextExport(pSettings), fOptions(pOptions), fProgramName(std::move(pProgramName)), fFormat(ValueFormat()) {
-  SetColumns({TColumn::mdName, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdFolders,
-              TColumn::mdPercentOfParent, TColumn::mdLastChange});
-  if (!pSettings.fColumns.empty()) SetColumns(pSettings.fColumns);
+    : TBaseTextExport(pSettings), fOptions(pOptions), fProgramName(std::move(pProgramName)), fFormat(ValueFormat()) {}
+
+void TFormattedTextExport::ChooseColumns(const IHierarchicalRoot& pRoot) {
+  fLeadingSize = pRoot.GetScanConfiguration()->GetShareBasis();
+  SetLeadingSize(fLeadingSize);
+  if (!Settings().fColumns.empty()) return SetColumns(Settings().fColumns);
+  const TColumn other = fLeadingSize == TColumn::mdSize ? TColumn::mdAllocated : TColumn::mdSize;
+  SetColumns({TColumn::mdName, fLeadingSize, other, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdPercentOfParent,
+              TColumn::mdLastChange});
+  if (!fComparison) return;
+  SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange, fLeadingSize,
+              TColumn::mdFiles, TColumn::mdLastChange});
+  SetSortByChange(true);
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -61,24 +69,18 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IComparison> comparison = pRoot.GetComparison();
   fComparison = comparison.get();
   ShowGone(comparison);
-  if (fComparison && Settings().fColumns.empty()) {
-    SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
-                TColumn::mdSize, TColumn::mdFiles, TColumn::mdLastChange});
-    SetSortByChange(true);
-  }
+  ChooseColumns(pRoot);
   if (Settings().fIncludeHeader) WriteHeadBlock(pRoot);
   if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
     fTopName = ToDisplay(pRoot.GetPath());
     WriteTable(*top);
     WriteLine("");
-    if (Settings().fSmallestFolder > 0)
-      WriteLine("What is smaller than " + ToUtf8(FormatValue(TColumn::mdSize, Settings().fSmallestFolder, fFormat)) +
-                " is not shown.");
-    const std::vector<Presentation::TRootList> lists = Presentation::ChosenLists(fOptions);
-    for (const Presentation::TRootList& list : lists) WriteListAsText(list.fFill(pRoot), fFormat, Output());
+    if (const int64_t smallest = SmallestShown(*top); smallest > 0)
+      WriteLine("What is smaller than " + ToUtf8(FormatValue(TColumn::mdSize, smallest, fFormat)) + " is not shown.");
     const int64_t before = LineCount();
-    WriteChosenCharts(pRoot, fOptions, fFormat, fMaximumWidth, Output());
-    if (!lists.empty() || LineCount() > before) WriteLine("");
+    WriteLists(pRoot);
+    WriteChosenCharts(pRoot, fOptions, fFormat, Output());
+    if (LineCount() > before) WriteLine("");
   }
   for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors)))
     WriteLine(line);
@@ -92,36 +94,64 @@ void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
   WriteLine("  " + RootHeaderLine(pRoot, fFormat));
   const std::string drive = DriveInformation(pRoot, fFormat);
   if (!drive.empty()) WriteLine("     " + drive);
+  const std::string unseen = UnseenInformation(pRoot, fFormat);
+  if (!unseen.empty()) WriteLine("     " + unseen);
   if (fComparison) WriteLine("     Compared with the scan of " + FormatIsoLocal(fComparison->GetScanTimeStamp()));
   WriteLine("");
+}
+
+void TFormattedTextExport::WriteLists(const IHierarchicalRoot& pRoot) {
+  const auto most = static_cast<size_t>(Settings().fMostRows.value_or(0));
+  for (const Presentation::TRootList& chosen : Presentation::ChosenLists(fOptions)) {
+    Presentation::TList list = chosen.fFill(pRoot);
+    const size_t left = most > 0 && list.fRows.size() > most ? list.fRows.size() - most : 0;
+    list.fRows.resize(list.fRows.size() - left);
+    WriteListAsText(list, fFormat, Output());
+    if (left > 0) WriteLine(MoreText(static_cast<int64_t>(left), fFormat));
+  }
 }
 
 // The table's rows are made twice, to measure and to write. The texts of a million folders would take more memory than
 // the tree, so they are not kept.
 void TFormattedTextExport::WriteTable(IFolderData& pTop) {
   MeasureColumns(pTop);
-  LimitNameWidth();
+  fTable.Fit(Output().LineWidth(), Settings().fColumns.empty());
   if (Settings().fIncludeHeader && (Settings().fIncludedObjectTypes & ioFolders) != 0) {
     WriteLine(fTable.Row(HeaderCells()));
     WriteLine(fTable.Underline());
   }
-  WalkTree(pTop, [&](const TTreeRow& pRow) { return WriteLine(fTable.Row(RowCells(pRow, fFormat))); });
+  ForEachRow(pTop, [&](const std::vector<std::string>& pCells) { return WriteLine(fTable.Row(pCells)); });
 }
 
 void TFormattedTextExport::MeasureColumns(IFolderData& pTop) {
   fTable = TPaddedTable({Columns().begin(), Columns().end()}, Separator());
   fTable.Measure(HeaderCells());
-  WalkTree(pTop, [&](const TTreeRow& pRow) {
-    fTable.Measure(RowCells(pRow, fFormat));
+  ForEachRow(pTop, [&](const std::vector<std::string>& pCells) {
+    fTable.Measure(pCells);
     return true;
   });
 }
 
-void TFormattedTextExport::LimitNameWidth() {
-  if (fMaximumWidth <= 0) return;
-  const auto name = std::find(Columns().begin(), Columns().end(), TColumn::mdName);
-  if (name == Columns().end()) return;
-  fTable.LimitRowWidth(static_cast<size_t>(name - Columns().begin()), fMaximumWidth);
+void TFormattedTextExport::ForEachRow(IFolderData& pTop,
+                                      const std::function<bool(const std::vector<std::string>&)>& pRow) const {
+  TRowLimit limit(Settings().fMostRows.value_or(0), [&](const TRestOfFolder& pRest) { return pRow(RestCells(pRest)); });
+  if (WalkTree(pTop, [&](const TTreeRow& pTreeRow) {
+        const TRowLimit::TVerdict verdict = limit.Take(pTreeRow);
+        return verdict == TRowLimit::TVerdict::rvLeaveOut ||
+               (verdict == TRowLimit::TVerdict::rvShow && pRow(RowCells(pTreeRow, fFormat)));
+      }))
+    limit.Finish();
+}
+
+std::vector<std::string> TFormattedTextExport::RestCells(const TRestOfFolder& pRest) const {
+  std::vector<std::string> cells;
+  for (const TColumn column : Columns()) {
+    if (column == TColumn::mdName)
+      cells.push_back(std::string(static_cast<size_t>(pRest.fLevel) * 2, ' ') + MoreText(pRest.fRows, fFormat));
+    else
+      cells.push_back(ToDisplay(FormatValue(column, pRest.GetValue(column, fLeadingSize), fFormat)));
+  }
+  return cells;
 }
 
 std::string TFormattedTextExport::CellText(const TTreeRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const {

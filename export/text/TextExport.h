@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "export/text/PaddedTable.h"
+#include "export/text/RowLimit.h"
 #include "export/walk/HierarchicalExport.h"
 
 namespace Vantrel::Exporting {
@@ -38,25 +39,25 @@ class TFormattedTextExport : public TBaseTextExport {
   // pOptions must outlive the exporter.
   TFormattedTextExport(const TMediaSettings& pSettings, const TGlobalOptions& pOptions, std::string pProgramName);
 
-  // Sets the columns that a line may take; 0 means no limit. Names are shortened if a row would be wider. On a
-  // terminal, a name of 200 characters would otherwise wrap every line of the table.
-  void SetMaximumWidth(int pColumns) { fMaximumWidth = pColumns; }
-
  protected:
   std::u16string_view OwnSeparator() const override { return {}; }
   std::string CellText(const TTreeRow& pRow, TColumn pColumn, const TValueFormat& pFormat) const override;
   void WriteRoot(IHierarchicalRoot& pRoot) override;
 
  private:
+  void ChooseColumns(const IHierarchicalRoot& pRoot);
   void WriteHeadBlock(IHierarchicalRoot& pRoot);
+  void WriteLists(const IHierarchicalRoot& pRoot);
   void WriteTable(IFolderData& pTop);
   void MeasureColumns(IFolderData& pTop);
-  void LimitNameWidth();
+  // Calls pRow with the cells of each row, those of what the limit of rows leaves out included.
+  void ForEachRow(IFolderData& pTop, const std::function<bool(const std::vector<std::string>&)>& pRow) const;
+  std::vector<std::string> RestCells(const TRestOfFolder& pRest) const;
 
   const TGlobalOptions& fOptions;
   const std::string fProgramName;
-  int fMaximumWidth = 0;
   TValueFormat fFormat;
+  TColumn fLeadingSize = TColumn::mdSize;    // the size that percentages refer to
   const IComparison* fComparison = nullptr;  // the root's comparison, if any; set while an export runs
   std::string fTopName;                      // the name of the top row; set while an export runs
   TPaddedTable fTable;                       // set while an export runs

@@ -1,10 +1,19 @@
 #include "export/walk/HierarchicalExport.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
+#include "platform/system/Console.h"
 #include "platform/system/System.h"
 
 namespace Vantrel::Exporting {
+
+TLineWidth ConsoleWidth() {
+  constexpr int kUsualWidth = 80;
+  const int columns = TConsole::OutputWidth();
+  return columns > 0 ? TLineWidth{columns, true} : TLineWidth{kUsualWidth, false};
+}
 
 TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
@@ -15,27 +24,38 @@ TValueFormat FormatOf(const TMediaSettings& pSettings) {
   return format;
 }
 
-TTreeWalk TBaseExport::Walk() const {
+int64_t TBaseExport::SmallestShown(const IFolderData& pTop) const {
+  const int64_t whole = fLeadingSize == TColumn::mdAllocated ? pTop.GetAllocated() : pTop.GetSize();
+  const double share = std::ceil(fSettings.fSmallestShare * static_cast<double>(whole));
+  return std::max(fSettings.fSmallestFolder, static_cast<int64_t>(share));
+}
+
+TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
   auto includes = [this](TIncludedObjectTypes pTypes) { return (fSettings.fIncludedObjectTypes & pTypes) != 0; };
   TTreeWalkSettings settings;
   settings.fDeepestLevel = fSettings.fRecursionLevel.fLevel;
-  settings.fSmallest = fSettings.fSmallestFolder;
+  settings.fSmallest = SmallestShown(pTop);
+  settings.fSmallestAllocated = fLeadingSize == TColumn::mdAllocated;
   settings.fShowsFolders = includes(ioFolders);
   settings.fShowsFileGroups = includes(ioFileGroups);
   settings.fShowsFiles = includes(ioFiles);
   settings.fGoneSince = fGoneSince;
+  if (fSettings.fIncludeExpandedOnly) settings.fExpanded = fExpanded;
   if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
     settings.fOrder = TSiblingOrder::soColumn;
     settings.fOrderColumn = order->fColumn;
     settings.fDescending = order->fDescending;
   } else if (fSortByChange && !order) {
     settings.fOrder = TSiblingOrder::soChange;
+  } else if (fLeadingSize != TColumn::mdSize && !order) {
+    settings.fOrder = TSiblingOrder::soColumn;
+    settings.fOrderColumn = fLeadingSize;
   }
   return TTreeWalk(settings);
 }
 
 bool TBaseExport::WalkTree(IFolderData& pTop, const std::function<bool(const TTreeRow&)>& pRow) const {
-  return Walk().ForEach(pTop, pRow);
+  return Walk(pTop).ForEach(pTop, pRow);
 }
 
 // --- on several threads ----------------------------------------------------------------------------------------------
@@ -99,7 +119,7 @@ class TBaseExport::TBranchingVisitor final : public ITreeVisitor {
 };
 
 bool TBaseExport::WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const {
-  const TTreeWalk walk = Walk();
+  const TTreeWalk walk = Walk(pTop);
   TParallelText text(ProcessorCount(), pTake);
   TBranchingVisitor visitor(walk, pWriter, text);
   return walk.Run(pTop, visitor) && visitor.Finish();

@@ -21,12 +21,23 @@ namespace Vantrel::Exporting {
 // The value format for settings that are in effect.
 TValueFormat FormatOf(const TMediaSettings& pSettings);
 
+// The columns that a line may take.
+struct TLineWidth {
+  int fColumns = 0;          // 0: any number
+  bool fIsTerminal = false;  // a longer line would be broken, so names are shortened
+};
+
+// The width of the console on the standard output. What is redirected is laid out like a usual console.
+TLineWidth ConsoleWidth();
+
 // Takes the lines of an export, such as the console or a file. Lines are UTF-8 without line ends. They come from one
 // thread.
 class ILineOutput {
  public:
   virtual ~ILineOutput() = default;
-  // Writes the line and CRLF. False when it could not be written; the exporter then stops.
+  // Where people read the lines as they come, they have a width, and no blanks at their end.
+  virtual TLineWidth LineWidth() const { return {}; }
+  // Writes the line and a line end. False when it could not be written; the exporter then stops.
   virtual bool WriteLine(std::string_view pLine) = 0;
   // The number of lines in the output, those of earlier exports included.
   virtual int64_t LineCount() const = 0;
@@ -54,6 +65,11 @@ class TBaseExport {
   std::span<const TColumn> Columns() const { return fColumns; }
   // Sorts siblings by their change since the compared scan, the largest change first.
   void SetSortByChange(bool pSortByChange) { fSortByChange = pSortByChange; }
+  // The size that leads: siblings come in its order unless another one is set, and what is left out is small in it.
+  // mdSize unless it is set to mdAllocated.
+  void SetLeadingSize(TColumn pColumn) { fLeadingSize = pColumn; }
+  // What a view shows expanded. With IncludeExpandedOnly, nothing else is entered. nullptr without a view.
+  void SetExpanded(std::shared_ptr<const TExpandedFolders> pExpanded) { fExpanded = std::move(pExpanded); }
   // The value format for the settings.
   TValueFormat ValueFormat() const { return FormatOf(fSettings); }
 
@@ -71,16 +87,20 @@ class TBaseExport {
   // if the root is not compared, the exporter writes only the tree.
   void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
   const TRef<IComparison>& GoneSince() const { return fGoneSince; }
+  // The bytes below which the settings leave something out of this tree; 0: nothing.
+  int64_t SmallestShown(const IFolderData& pTop) const;
 
  private:
   class TBranchingVisitor;
 
   // The walk that the settings ask for.
-  TTreeWalk Walk() const;
+  TTreeWalk Walk(const IFolderData& pTop) const;
 
   const TMediaSettings fSettings;
   std::vector<TColumn> fColumns;
   bool fSortByChange = false;
+  TColumn fLeadingSize = TColumn::mdSize;
+  std::shared_ptr<const TExpandedFolders> fExpanded;
   TRef<IComparison> fGoneSince;
 };
 

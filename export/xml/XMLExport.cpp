@@ -104,7 +104,7 @@ std::string_view TCustomXMLExport::TagOf(TColumn pMetaData) {
 bool TCustomXMLExport::IsFullExport() const {
   constexpr TIncludedObjectTypes kAllRows = ioFolders | ioFileGroups;
   return Settings().fRecursionLevel.fLevel == TRecursionLevel::kUnlimited && Settings().fSmallestFolder == 0 &&
-         (Settings().fIncludedObjectTypes & kAllRows) == kAllRows;
+         Settings().fSmallestShare == 0 && (Settings().fIncludedObjectTypes & kAllRows) == kAllRows;
 }
 
 void TCustomXMLExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {

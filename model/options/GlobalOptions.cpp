@@ -149,6 +149,12 @@ void AddMediaOptions(std::vector<TOptionInfo>& pOptions, const std::string& pPre
                                                   "Columns in this order"));
   pOptions.push_back(Integer(pPrefix + "SmallestFolder", field(&TMediaSettings::fSmallestFolder), 0, 0, INT64_MAX,
                              "Leave out what has fewer bytes"));
+  pOptions.push_back(Parsed<double>(pPrefix + "SmallestShare", field(&TMediaSettings::fSmallestShare), "0%", "0%..100%",
+                                    TryParseShare, ShareText, "Leave out what is a smaller part of the whole"));
+  if (pMedia == TMediaType::mtText)
+    pOptions.push_back(Parsed<std::optional<int64_t>>(pPrefix + "Rows", field(&TMediaSettings::fMostRows), "",
+                                                      "0..1000000", TryParseRows, RowsText,
+                                                      "Rows of one folder or list that a report shows; 0 for all"));
   boolean("NeutralizeFormulas", &TMediaSettings::fNeutralizeFormulas,
           "Put an apostrophe before names that begin like a formula");
   if (pMedia != TMediaType::mtCSV) return;
@@ -193,8 +199,8 @@ std::vector<TOptionInfo> ScanOptions() {
               "Read file tables by the compatible rules (docs/ntfs.md)"),
       Boolean("FolderDateBasedOnFilesOnly", &TOptions::FolderDateBasedOnFilesOnly, false,
               "Take a folder's dates from its files alone"),
-      Boolean("UseAllocatedForShares", &TOptions::UseAllocatedForShares, false,
-              "Reckon percentages from allocated sizes"),
+      Boolean("UseAllocatedForShares", &TOptions::UseAllocatedForShares, true,
+              "Order by allocated size, and reckon percentages from it"),
       Integer("MaximumRoots", &TOptions::MaximumRoots, 1000, 1, 100000, "Paths that one run takes"),
   };
 }
@@ -226,6 +232,7 @@ std::vector<TOptionInfo> ReportOptions() {
       Text("ExportTitle", &TOptions::ExportTitle, "", "", nullptr,
            "First line of a report in place of its name and date"),
       Boolean("ListTopFiles", &TOptions::ListTopFiles, false, "Add the list of the largest files to exports"),
+      Boolean("ListTopFolders", &TOptions::ListTopFolders, false, "Add the folders with the largest files to exports"),
       Boolean("ListExtensions", &TOptions::ListExtensions, false, "Add the list of file name extensions to exports"),
       Boolean("ListFileTypes", &TOptions::ListFileTypes, false, "Add the list of file-type groups to exports"),
       Boolean("ListUsers", &TOptions::ListUsers, false, "Add the list of owners to exports"),

@@ -66,6 +66,7 @@ class TGlobalOptions {
   TSizeUnit SizeUnit = TSizeUnit::suAutomatic;
   std::string ExportTitle;
   bool ListTopFiles = false;
+  bool ListTopFolders = false;
   bool ListExtensions = false;
   bool ListFileTypes = false;
   bool ListUsers = false;

@@ -1,6 +1,9 @@
 #include "model/options/MediaSettings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <charconv>
 
 #include "platform/text/Text.h"
 
@@ -67,7 +70,7 @@ std::u16string SortOrderText(const std::optional<TSortOrder>& pOrder) {
 bool TryParseColumns(std::u16string_view pText, std::vector<TColumn>& pColumns) {
   std::vector<TColumn> columns;
   while (!pText.empty()) {
-    const TColumnInfo* column = FindColumn(TakePart(pText, u';'));
+    const TColumnInfo* column = FindColumn(TakePart(pText, pText.find(u';') == pText.npos ? u',' : u';'));
     if (column == nullptr) return false;
     columns.push_back(column->fColumn);
   }
@@ -79,6 +82,35 @@ std::u16string ColumnsText(const std::vector<TColumn>& pColumns) {
   std::u16string text;
   for (const TColumn column : pColumns) text.append(text.empty() ? u"" : u";").append(ColumnInfo(column).fName);
   return text;
+}
+
+bool TryParseShare(std::u16string_view pText, double& pShare) {
+  constexpr std::u16string_view kNumber = u"0123456789.";
+  const size_t end = std::min(pText.find_first_not_of(kNumber), pText.size());
+  const std::string number = ToUtf8(pText.substr(0, end));
+  pText.remove_prefix(end);
+  if (pText.starts_with(u' ')) pText.remove_prefix(1);
+  double percent = 0;
+  const auto [last, error] = std::from_chars(number.data(), number.data() + number.size(), percent);
+  if (error != std::errc() || last != number.data() + number.size() || pText != u"%" || percent > 100) return false;
+  pShare = percent / 100;
+  return true;
+}
+
+std::u16string ShareText(const double& pShare) {
+  return FromUtf8(fmt::format("{}%", pShare * 100));
+}
+
+bool TryParseRows(std::u16string_view pText, std::optional<int64_t>& pRows) {
+  constexpr int64_t kMostRows = 1'000'000;
+  int64_t rows = 0;
+  if (!pText.empty() && (!TryParseInt64(ToUtf8(pText), rows) || rows < 0 || rows > kMostRows)) return false;
+  pRows = pText.empty() ? std::nullopt : std::optional(rows);
+  return true;
+}
+
+std::u16string RowsText(const std::optional<int64_t>& pRows) {
+  return pRows ? FromUtf8(std::to_string(*pRows)) : std::u16string();
 }
 
 bool TryParseSeparator(std::u16string_view pText, std::u16string& pSeparator) {

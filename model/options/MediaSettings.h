@@ -56,6 +56,8 @@ struct TMediaSettings {
   std::optional<TSortOrder> fSortOrder;  // none: the order of the tree
   std::vector<TColumn> fColumns;         // none: the exporter's own columns
   int64_t fSmallestFolder = 0;           // bytes; smaller folders and files are left out
+  double fSmallestShare = 0;             // the same as a share of the whole, from 0 to 1
+  std::optional<int64_t> fMostRows;      // of what lies in one folder; 0: all; none: each use has a default
   bool fByteOrderMark = false;           // at the beginning of a file
   bool fNeutralizeFormulas = false;      // make names harmless that a spreadsheet would take for a formula
 
@@ -70,9 +72,15 @@ TMediaSettings DefaultMediaSettings(TMediaType pMedia);
 // returns false and changes nothing.
 bool TryParseSortOrder(std::u16string_view pText, std::optional<TSortOrder>& pOrder);
 std::u16string SortOrderText(const std::optional<TSortOrder>& pOrder);
-// Parses column names: "name;size;files". An empty text means no columns.
+// Parses column names: "name;size;files" or "name,size,files". An empty text means no columns.
 bool TryParseColumns(std::u16string_view pText, std::vector<TColumn>& pColumns);
 std::u16string ColumnsText(const std::vector<TColumn>& pColumns);
+// Parses a share of the whole: "1%", "0.5 %". False when it is none from 0 to 100.
+bool TryParseShare(std::u16string_view pText, double& pShare);
+std::u16string ShareText(const double& pShare);
+// Parses a number of rows; an empty text means none.
+bool TryParseRows(std::u16string_view pText, std::optional<int64_t>& pRows);
+std::u16string RowsText(const std::optional<int64_t>& pRows);
 // Parses a separator. "TAB", in any letter case, is the tab character. A double quote or a line break is refused.
 bool TryParseSeparator(std::u16string_view pText, std::u16string& pSeparator);
 std::u16string SeparatorText(std::u16string_view pSeparator);

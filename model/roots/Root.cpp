@@ -69,6 +69,8 @@ bool TCustomRoot::BeginScanning(bool pWholeTree) {
     if (fScanRunning || fDisposeToken->IsDisposed()) return false;
     fScanRunning = true;
     fScanStarted = TickCount64();
+    fPausedSince.reset();
+    fPausedTime = 0;
     fCancellationToken = std::move(token);
     earlier.swap(fScanEngine);
     if (pWholeTree) {
@@ -238,7 +240,8 @@ void TCustomRoot::EndScanning(bool pWholeTree) noexcept {
     fStorage = std::move(storage);
     if (pWholeTree) fExclusions.swap(exclusions);
     fCountsExclusions = false;
-    fScanDuration = TickCount64() - fScanStarted;
+    fScanDuration = Elapsed();
+    fPausedSince.reset();
     SetEndState(pWholeTree, fCancellationToken->IsCancelled(), *top);
   }
   SetScanEnded();
@@ -264,12 +267,35 @@ void TCustomRoot::SetEndState(bool pWholeTree, bool pCancelled, IFolderData& pTo
   } else if ((GetState() & rsPathNotFound) == 0) {
     IncludeState(rsFinished);
   }
-  ExcludeState(rsScanning);
+  ExcludeState(rsScanning | rsPaused);
 }
 
 void TCustomRoot::CancelScan() {
   TCriticalSectionLock lock(fLock);
   if (fCancellationToken) fCancellationToken->Cancel();
+  SetPaused(false);
+}
+
+void TCustomRoot::PauseScan(bool pPaused) {
+  TCriticalSectionLock lock(fLock);
+  if (!fScanRunning || (GetState() & rsScanning) == 0 || fCancellationToken->IsCancelled()) return;
+  SetPaused(pPaused);
+}
+
+void TCustomRoot::SetPaused(bool pPaused) {
+  if (pPaused == fPausedSince.has_value() || !fScanEngine || !fScanEngine->SetPaused(pPaused)) return;
+  if (pPaused) {
+    fPausedSince = TickCount64();
+    IncludeState(rsPaused);
+  } else {
+    fPausedTime += TickCount64() - *fPausedSince;
+    fPausedSince.reset();
+    ExcludeState(rsPaused);
+  }
+}
+
+int64_t TCustomRoot::Elapsed() const {
+  return fPausedSince.value_or(TickCount64()) - fScanStarted - fPausedTime;
 }
 
 bool TCustomRoot::WaitForScan(int64_t pMilliseconds) {

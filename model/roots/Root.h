@@ -6,6 +6,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ class TCustomRoot : public TBaseRoot {
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;
   bool RemoveFolder(IFolderData& pFolder) override;
+  void PauseScan(bool pPaused) override;
   void CancelScan() override;
   bool WaitForScan(int64_t pMilliseconds) override;
   int64_t GetScanDuration() const override { return fScanDuration.load(std::memory_order_relaxed); }
@@ -84,6 +86,8 @@ class TCustomRoot : public TBaseRoot {
   bool IsCancelled() const;
   void FailRefresh(TCustomFolderData& pFolder, uint32_t pCode) noexcept;
   void EndScanning(bool pWholeTree) noexcept;
+  void SetPaused(bool pPaused) REQUIRES(fLock);
+  int64_t Elapsed() const REQUIRES(fLock);  // of a running scan
   void SetScanEnded();
   TStorageInformation AskStorage() const;
   TRef<IHierarchicalEnumerator> OpenPath(const TScanConfiguration& pConfiguration) const;
@@ -137,6 +141,8 @@ class TCustomRoot : public TBaseRoot {
   std::vector<TExclusion> fExclusions GUARDED_BY(fLock);  // of the last scan of the whole path
   std::u16string fLastScannedFolder GUARDED_BY(fLock);
   int64_t fScanStarted GUARDED_BY(fLock) = 0;
+  std::optional<int64_t> fPausedSince GUARDED_BY(fLock);
+  int64_t fPausedTime GUARDED_BY(fLock) = 0;  // of earlier pauses of this scan
   TStorageInformation fStorage GUARDED_BY(fLock);
   TRef<IComparison> fCompareData GUARDED_BY(fLock);
 

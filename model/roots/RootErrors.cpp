@@ -87,6 +87,7 @@ TScanProgress TCustomRoot::GetProgress() const {
   progress.fPrepared = fPrepared.load(std::memory_order_relaxed);
   progress.fToPrepare = fToPrepare.load(std::memory_order_relaxed);
   TCriticalSectionLock lock(fLock);
+  progress.fElapsed = fScanRunning ? Elapsed() : GetScanDuration();
   progress.fLastScannedFolder = fLastScannedFolder;
   return progress;
 }

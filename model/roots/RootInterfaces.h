@@ -90,6 +90,8 @@ class IScanEngine : public IInterface {
   virtual void AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
                              std::function<TRef<IHierarchicalEnumerator>()> pOpen) = 0;
   virtual bool IsScanning() const = 0;
+  // Holds the workers before their next folder, or lets them go on. False when there is nothing to hold yet.
+  virtual bool SetPaused(bool pPaused) = 0;
   // "Threads: 2 of max 8", or "No worker threadpool active".
   virtual std::u16string GetStatusText() const = 0;
   // Waits for all jobs to end, then for the threads.
@@ -107,6 +109,7 @@ enum TRootState : uint32_t {
   rsDisposed = 1 << 6,
   rsPathNotFound = 1 << 7,
   rsIsPartialImport = 1 << 8,  // loaded from a file that does not hold all folders of its scan
+  rsPaused = 1 << 9,           // a scan is running and holds
 };
 using TRootStates = uint32_t;
 
@@ -121,6 +124,7 @@ struct TScanProgress {
   // Some storages read an index before the first folder: how many of its parts are read, of how many.
   int64_t fPrepared = 0;
   int64_t fToPrepare = 0;
+  int64_t fElapsed = 0;  // milliseconds of the last scan so far, without pauses
   std::u16string fLastScannedFolder;
 };
 
@@ -132,6 +136,10 @@ struct TStorageInformation {
   int64_t fBytesPerCluster = 0;
   int64_t fTotalBytes = 0;
   int64_t fFreeBytes = 0;
+  int64_t fUsedBytes = 0;      // by all users; not in scan files, as the next two
+  int64_t fReservedBytes = 0;  // neither in use nor free for this user
+  // Of deleted files that programs hold open. Only known if the root's path is where the storage begins.
+  int64_t fDeletedBytes = 0;
   // How the scan read the storage, as sentences for the report. Empty for the ordinary way; not in scan files.
   std::vector<std::u16string> fNotes{};
 };
@@ -231,11 +239,15 @@ class IHierarchicalRoot : public IMetaDataFormatter {
   // Removes a folder, or the files of a "[Files]" node, with all totals from the tree. False while a scan is running,
   // and for a node that is the top folder or in no tree.
   virtual bool RemoveFolder(IFolderData& pFolder) = 0;
+  // Lets a running scan hold at its next folders, or go on. Cancelling ends a paused scan, too. No effect when no scan
+  // is running.
+  virtual void PauseScan(bool pPaused) = 0;
   // Asks a running scan to stop at its next folder. The scan then ends in the usual way, with rsCancelled.
   virtual void CancelScan() = 0;
   // Waits for the end of the scan, at most pMilliseconds. True when no scan is running.
   virtual bool WaitForScan(int64_t pMilliseconds) = 0;
-  // The duration of the last finished scan in milliseconds. 0 for a loaded root, since files do not hold it.
+  // The duration of the last finished scan in milliseconds, without pauses. 0 for a loaded root, since files do not
+  // hold it.
   virtual int64_t GetScanDuration() const = 0;
   // The tree's number of files before the last scan of the whole path, for progress. 0 when there was no tree.
   virtual int64_t GetLastScanNumberOfFiles() const = 0;

@@ -1,9 +1,30 @@
 #include "model/roots/ScanConfiguration.h"
 
+#include <algorithm>
+
 #include "model/statistics/FileAges.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel {
+
+namespace {
+
+// What a report is to show is collected, whatever the other options say.
+bool NeedsExtensions(const TGlobalOptions& pOptions) {
+  return pOptions.CollectExtensions || pOptions.ListExtensions || pOptions.ListFileTypes || pOptions.ChartExtensions ||
+         pOptions.ChartFileTypes;
+}
+
+bool NeedsOwners(const TGlobalOptions& pOptions) {
+  const auto shown = [&](Exporting::TMediaType pMedia) {
+    const std::vector<TColumn>& columns = pOptions.Media(pMedia).fColumns;
+    return std::find(columns.begin(), columns.end(), TColumn::mdOwner) != columns.end();
+  };
+  return pOptions.CollectOwners || pOptions.ListUsers || pOptions.ChartUsers || shown(Exporting::TMediaType::mtText) ||
+         shown(Exporting::TMediaType::mtCSV);
+}
+
+}  // namespace
 
 THierarchicalEnumeratorOptions EnumeratorOptionsOf(const TGlobalOptions& pOptions) {
   return (pOptions.ShareHardLinks ? heoShareHardLinks : 0u) |
@@ -19,8 +40,8 @@ TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions&
       fEnumeratorOptions(EnumeratorOptionsOf(pOptions)),
       fFolderDateBasedOnFilesOnly(pOptions.FolderDateBasedOnFilesOnly),
       fKeepFiles(pOptions.KeepFiles),
-      fDoExtensionsStatistics(pOptions.CollectExtensions),
-      fDoUsersStatistics(pOptions.CollectOwners),
+      fDoExtensionsStatistics(NeedsExtensions(pOptions)),
+      fDoUsersStatistics(NeedsOwners(pOptions)),
       fFileAgesDateType(pOptions.FileAgesDateType),
       fLongPathLength(pOptions.LongPathLength),
       fShareBasis(pOptions.UseAllocatedForShares ? TColumn::mdAllocated : TColumn::mdSize),

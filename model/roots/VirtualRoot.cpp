@@ -292,6 +292,7 @@ TScanProgress TVirtualRoot::GetProgress() const {
     sum.fBytes += progress.fBytes;
     sum.fExcludedObjects += progress.fExcludedObjects;
     sum.fErrors += progress.fErrors;
+    sum.fElapsed = std::max(sum.fElapsed, progress.fElapsed);
     if ((root->GetState() & rsScanning) != 0) sum.fLastScannedFolder = progress.fLastScannedFolder;
   }
   return sum;
@@ -307,6 +308,10 @@ bool TVirtualRoot::RefreshFolder(IFolderData&, bool) {
   if (fDisposeToken->IsDisposed()) return false;
   Scan();
   return true;
+}
+
+void TVirtualRoot::PauseScan(bool pPaused) {
+  for (const TRef<IHierarchicalRoot>& root : fRoots.GetRoots()) root->PauseScan(pPaused);
 }
 
 void TVirtualRoot::CancelScan() {

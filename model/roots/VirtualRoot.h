@@ -69,6 +69,7 @@ class TVirtualRoot : public TBaseRoot {
   void Scan() override;
   bool RefreshFolder(IFolderData& pFolder, bool pRecursive) override;
   bool RemoveFolder(IFolderData&) override { return false; }
+  void PauseScan(bool pPaused) override;
   void CancelScan() override;
   bool WaitForScan(int64_t pMilliseconds) override;
   int64_t GetScanDuration() const override;

@@ -34,6 +34,12 @@ TMetaDataValue AmountOfChange(const IFolderData& pFolder) {
 
 }  // namespace
 
+template <class TEntry>
+bool TTreeWalk::IsTooSmall(const TEntry& pEntry) const {
+  return fSettings.fSmallest > 0 &&
+         (fSettings.fSmallestAllocated ? pEntry.GetAllocated() : pEntry.GetSize()) < fSettings.fSmallest;
+}
+
 std::vector<TRef<IFolderData>> TTreeWalk::ChildrenOf(IFolderData& pFolder) const {
   if (pFolder.IsFileGroup()) return {};
   std::vector<TRef<IFolderData>> children = pFolder.FindSubFolders();
@@ -43,7 +49,7 @@ std::vector<TRef<IFolderData>> TTreeWalk::ChildrenOf(IFolderData& pFolder) const
     if (!gone.empty()) children = SortedBySize(std::move(children));
   }
   std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
-    return (pChild->IsFileGroup() && !fSettings.fShowsFileGroups) || pChild->GetSize() < fSettings.fSmallest;
+    return (pChild->IsFileGroup() && !fSettings.fShowsFileGroups) || IsTooSmall(*pChild);
   });
   if (fSettings.fOrder == TSiblingOrder::soColumn)
     SortByColumn(children, fSettings.fDescending,
@@ -64,7 +70,7 @@ std::vector<uint32_t> TTreeWalk::OrderOfFiles(const IFolderData& pFolder, const 
   std::vector<uint32_t> indices(fSettings.fOrder == TSiblingOrder::soAny ? pFiles.Count() : 0);
   std::iota(indices.begin(), indices.end(), 0u);
   if (fSettings.fOrder != TSiblingOrder::soAny) indices = pFiles.SortedIndices();
-  std::erase_if(indices, [&](uint32_t pIndex) { return pFiles[pIndex].fSize < fSettings.fSmallest; });
+  std::erase_if(indices, [&](uint32_t pIndex) { return IsTooSmall(TEntryView(pFiles, pFiles[pIndex], nullptr)); });
   if (fSettings.fOrder == TSiblingOrder::soColumn)
     SortByColumn(indices, fSettings.fDescending, [&](uint32_t pIndex) {
       return TEntryView(pFiles, pFiles[pIndex], &pFolder).GetValue(fSettings.fOrderColumn);
@@ -107,7 +113,7 @@ class TTreeWalk::TRun {
     if (fVisitor.TakesBranch(row)) return true;
     TOpenFolder folder;
     // A folder that is not shown still leads to those beneath it.
-    if (row.fLevel < fWalk.fSettings.fDeepestLevel) {
+    if (row.fLevel < fWalk.fSettings.fDeepestLevel && fWalk.Enters(*pFolder)) {
       folder.fChildren = fWalk.ChildrenOf(*pFolder);
       folder.fFiles = fWalk.FilesOf(*pFolder);
     }

@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
 #include "model/tree/EntryView.h"
+#include "model/tree/ExpandedFolders.h"
 #include "model/tree/FileTable.h"
 
 namespace Vantrel {
@@ -27,13 +29,15 @@ struct TTreeWalkSettings {
 
   int32_t fDeepestLevel = kUnlimited;  // counted from the top, which is level 0
   int64_t fSmallest = 0;               // bytes; smaller folders and files are left out, with all beneath them
+  bool fSmallestAllocated = false;     // they are bytes on the disk
   bool fShowsFolders = true;
   bool fShowsFileGroups = true;  // the "[Files]" nodes; without them, the files follow their folder's sub-folders
   bool fShowsFiles = false;
   TSiblingOrder fOrder = TSiblingOrder::soTree;
-  TColumn fOrderColumn = TColumn::mdSize;  // for soColumn
-  bool fDescending = true;                 // for soColumn
-  TRef<IComparison> fGoneSince;            // what has gone since then is visited too; nullptr: only the tree is
+  TColumn fOrderColumn = TColumn::mdSize;             // for soColumn
+  bool fDescending = true;                            // for soColumn
+  std::shared_ptr<const TExpandedFolders> fExpanded;  // only these are entered; nullptr: all are
+  TRef<IComparison> fGoneSince;  // what has gone since then is visited too; nullptr: only the tree is
 };
 
 // A folder or file met on a walk. A tree has millions of files without nodes of their own, so a file is passed as its
@@ -81,8 +85,13 @@ class TTreeWalk {
  private:
   class TRun;
 
+  template <class TEntry>
+  bool IsTooSmall(const TEntry& pEntry) const;
   bool Shows(const IFolderData& pFolder) const {
     return pFolder.IsFileGroup() ? fSettings.fShowsFileGroups : fSettings.fShowsFolders;
+  }
+  bool Enters(const IFolderData& pFolder) const {
+    return !fSettings.fExpanded || fSettings.fExpanded->Contains(pFolder);
   }
   std::vector<TRef<IFolderData>> ChildrenOf(IFolderData& pFolder) const;
   TRef<const TFileTable> FilesOf(const IFolderData& pFolder) const;

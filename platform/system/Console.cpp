@@ -33,6 +33,18 @@ std::string_view CutToWidth(std::string_view pText, int pColumns) {
   return pText.substr(0, end);
 }
 
+// The lines in one piece, so that another process on the same pipe cannot tear them.
+std::string WithLineEnds(std::string_view pText) {
+  constexpr std::string_view kLineEnd = "\r\n";
+  std::string lines;
+  lines.reserve(pText.size() + kLineEnd.size());
+  for (size_t end = pText.find(kLineEnd); end != pText.npos; end = pText.find(kLineEnd)) {
+    lines.append(pText.substr(0, end)).append(TConsole::LineEnd());
+    pText.remove_prefix(end + kLineEnd.size());
+  }
+  return lines.append(pText).append(TConsole::LineEnd());
+}
+
 bool WantsColours() {
   const char* refused = std::getenv("NO_COLOR");
   return (refused == nullptr || *refused == 0) && ConsoleStream::ShowsColours(TStream::csError);
@@ -42,18 +54,19 @@ bool WantsColours() {
 
 bool TConsole::Write(std::string_view pText) {
   ClearProgress();
-  // Written in one piece, so that another process on the same pipe cannot tear the line.
-  std::string line;
-  line.reserve(pText.size() + 2);
-  line.append(pText).append("\r\n");
-  return ConsoleStream::Write(TStream::csOutput, line);
+  return ConsoleStream::Write(TStream::csOutput, WithLineEnds(pText));
 }
 
 void TConsole::WriteError(std::string_view pText) {
   ClearProgress();
   const bool colours = WantsColours();
   ConsoleStream::Write(TStream::csError,
-                       fmt::format("{}{}{}\r\n", colours ? "\033[91m" : "", pText, colours ? "\033[0m" : ""));
+                       WithLineEnds(fmt::format("{}{}{}", colours ? "\033[91m" : "", pText, colours ? "\033[0m" : "")));
+}
+
+void TConsole::WriteNote(std::string_view pText) {
+  ClearProgress();
+  ConsoleStream::Write(TStream::csError, WithLineEnds(pText));
 }
 
 void TConsole::WriteError(std::string_view pMessage, uint32_t pCode, std::string_view pOperation,

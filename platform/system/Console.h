@@ -7,12 +7,13 @@
 
 namespace Vantrel {
 
-// The process's standard streams. All text is UTF-8. Lines end with CRLF on every platform, redirected or not. Only the
-// main thread writes.
+// The process's standard streams. All text is UTF-8. Only the main thread writes.
 class TConsole {
  public:
-  // Writes the text and CRLF to standard output. Returns false when the reader is gone or the disk is full; the caller
-  // then stops writing. A closed pipe never ends the process by a signal.
+  // What ends a line of the standard streams: LF, and CRLF on Windows. A CRLF within a text becomes the same.
+  static std::string_view LineEnd();
+  // Writes the text and a line end to standard output. Returns false when the reader is gone or the disk is full; the
+  // caller then stops writing. A closed pipe never ends the process by a signal.
   static bool Write(std::string_view pText);
   // Whether writing to standard output failed because its reader is gone. No message is needed then.
   static bool IsOutputClosed();
@@ -20,6 +21,8 @@ class TConsole {
   static bool IsReaderGone(uint32_t pCode);
   // The same to standard error, in red when that is a console that shows colours and NO_COLOR is not set.
   static void WriteError(std::string_view pText);
+  // The same without a colour: what a user may want to know, and that is no error.
+  static void WriteNote(std::string_view pText);
   // Writes the text unchanged to standard error, for a process about to end. Any thread; allocates no memory.
   static void WriteLastWords(std::string_view pText) noexcept;
   // A failing operation: message. operation: "object"  (Error Code code)

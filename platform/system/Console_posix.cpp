@@ -83,6 +83,10 @@ void TConsole::WriteLastWords(std::string_view pText) noexcept {
   ConsoleStream::Write(ConsoleStream::TStream::csError, pText);
 }
 
+std::string_view TConsole::LineEnd() {
+  return "\n";
+}
+
 bool TConsole::IsOutputClosed() {
   return gOutputClosed;
 }

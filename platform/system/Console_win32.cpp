@@ -86,6 +86,10 @@ void TConsole::WriteLastWords(std::string_view pText) noexcept {
   WriteFile(GetStdHandle(STD_ERROR_HANDLE), pText.data(), static_cast<DWORD>(pText.size()), &written, nullptr);
 }
 
+std::string_view TConsole::LineEnd() {
+  return "\r\n";
+}
+
 bool TConsole::IsOutputClosed() {
   return gOutputClosed;
 }

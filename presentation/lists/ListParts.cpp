@@ -14,6 +14,12 @@ bool IsPart(const IHierarchicalRoot& pRoot, const IFolderData* pFolder) {
 
 }  // namespace
 
+std::array<TColumn, 2> SizeColumns(const IHierarchicalRoot& pRoot) {
+  if (pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated)
+    return {TColumn::mdAllocated, TColumn::mdSize};
+  return {TColumn::mdSize, TColumn::mdAllocated};
+}
+
 TListColumn Catalogued(TColumn pColumn) {
   return {std::u16string(ColumnInfo(pColumn).fCaption), pColumn};
 }
@@ -51,14 +57,18 @@ TList NewFolderList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, c
 }
 
 void AppendSumColumns(std::vector<TListColumn>& pColumns, const IHierarchicalRoot& pRoot, const IFolderData* pFolder) {
-  for (TColumn column : {TColumn::mdSize, TColumn::mdAllocated, TColumn::mdFiles, TColumn::mdPercentOfRoot})
-    pColumns.push_back(Catalogued(column));
+  for (const TColumn column : SizeColumns(pRoot)) pColumns.push_back(Catalogued(column));
+  for (const TColumn column : {TColumn::mdFiles, TColumn::mdPercentOfRoot}) pColumns.push_back(Catalogued(column));
   if (IsPart(pRoot, pFolder)) pColumns.back().fCaption = u"% of Folder";
 }
 
+void AppendSizes(TListRow& pRow, int64_t pSize, int64_t pAllocated, const TShares& pShares) {
+  pRow.fValues.emplace_back(pShares.AreOfAllocated() ? pAllocated : pSize);
+  pRow.fValues.emplace_back(pShares.AreOfAllocated() ? pSize : pAllocated);
+}
+
 void AppendSums(TListRow& pRow, const TBasicSizeValues& pValues, const TShares& pShares) {
-  pRow.fValues.emplace_back(pValues.fSize);
-  pRow.fValues.emplace_back(pValues.fAllocated);
+  AppendSizes(pRow, pValues.fSize, pValues.fAllocated, pShares);
   pRow.fValues.emplace_back(pValues.fFiles);
   pRow.fValues.emplace_back(pShares.Of(pValues.fSize, pValues.fAllocated));
 }

@@ -2,6 +2,7 @@
 
 // The parts that lists have in common: titles, columns of sums, shares, dates.
 
+#include <array>
 #include <string_view>
 #include <vector>
 
@@ -10,6 +11,9 @@
 #include "presentation/lists/List.h"
 
 namespace Vantrel::Presentation {
+
+// The size that the root's shares are of, mdSize or mdAllocated, and then the other one. It comes first, and orders.
+std::array<TColumn, 2> SizeColumns(const IHierarchicalRoot& pRoot);
 
 // A column with the catalogue's caption.
 TListColumn Catalogued(TColumn pColumn);
@@ -23,6 +27,7 @@ class TShares {
   TShares(const IHierarchicalRoot& pRoot, const IFolderData& pTop);
   // From 0 to 1; 0 in an empty root.
   double Of(int64_t pSize, int64_t pAllocated) const;
+  bool AreOfAllocated() const { return fOfAllocated; }
 
  private:
   int64_t Basis(int64_t pSize, int64_t pAllocated) const { return fOfAllocated ? pAllocated : pSize; }
@@ -44,5 +49,7 @@ TList NewFolderList(std::u16string_view pWhat, const IHierarchicalRoot& pRoot, c
 // The columns of every list of sums, after its first ones: size, allocated, files, share. And their values.
 void AppendSumColumns(std::vector<TListColumn>& pColumns, const IHierarchicalRoot& pRoot, const IFolderData* pFolder);
 void AppendSums(TListRow& pRow, const TBasicSizeValues& pValues, const TShares& pShares);
+// The two sizes in the order of SizeColumns.
+void AppendSizes(TListRow& pRow, int64_t pSize, int64_t pAllocated, const TShares& pShares);
 
 }  // namespace Vantrel::Presentation

@@ -5,6 +5,7 @@
 
 #include "presentation/lists/StatisticsLists.h"
 #include "presentation/lists/TopFilesList.h"
+#include "presentation/lists/TopFoldersList.h"
 
 namespace Vantrel::Presentation {
 
@@ -16,6 +17,7 @@ TList OfRoot(const IHierarchicalRoot& pRoot) {
 }
 
 constexpr TRootList kRootLists[] = {{u"topfiles", &TGlobalOptions::ListTopFiles, TopFilesList},
+                                    {u"topfolders", &TGlobalOptions::ListTopFolders, TopFoldersList},
                                     {u"extensions", &TGlobalOptions::ListExtensions, OfRoot<ExtensionsList>},
                                     {u"filetypes", &TGlobalOptions::ListFileTypes, OfRoot<FileTypesList>},
                                     {u"users", &TGlobalOptions::ListUsers, OfRoot<UsersList>},

@@ -40,9 +40,9 @@ TListRow KeyRow(std::u16string_view pKey, TColor pColor) {
   return {{std::u16string(pKey)}, std::u16string(pKey), nullptr, pColor};
 }
 
-void SortBySize(TList& pList) {
+void SortBySize(TList& pList, const IHierarchicalRoot& pRoot) {
   SortRows(pList, kKeyColumn, false);
-  SortRows(pList, *FindListColumn(pList, TColumn::mdSize), true);
+  SortRows(pList, *FindListColumn(pList, SizeColumns(pRoot).front()), true);
 }
 
 }  // namespace
@@ -64,7 +64,7 @@ TList ExtensionsList(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) 
     AppendSums(row, entry.fValues, shares);
     list.fRows.push_back(std::move(row));
   }
-  SortBySize(list);
+  SortBySize(list, pRoot);
   return list;
 }
 
@@ -101,7 +101,7 @@ TList UsersList(const IHierarchicalRoot& pRoot, TRef<IFolderData> pFolder) {
     AppendSums(row, entry.fValues, shares);
     list.fRows.push_back(std::move(row));
   }
-  SortBySize(list);
+  SortBySize(list, pRoot);
   return list;
 }
 

@@ -42,10 +42,11 @@ TColor ColorOf(std::u16string_view pName) {
 }
 
 // The path is the last column, so a long path pushes no other column out of sight.
-std::vector<TListColumn> Columns(bool pWithOwners) {
+std::vector<TListColumn> Columns(const IHierarchicalRoot& pRoot, bool pWithOwners) {
+  const auto [leading, other] = SizeColumns(pRoot);
   std::vector<TListColumn> columns;
-  for (TColumn column : {TColumn::mdName, TColumn::mdSize, TColumn::mdAllocated, TColumn::mdPercentOfRoot,
-                         TColumn::mdLastChange, TColumn::mdLastAccess, TColumn::mdCreation, TColumn::mdAttributes})
+  for (TColumn column : {TColumn::mdName, leading, other, TColumn::mdPercentOfRoot, TColumn::mdLastChange,
+                         TColumn::mdLastAccess, TColumn::mdCreation, TColumn::mdAttributes})
     columns.push_back(Catalogued(column));
   if (pWithOwners) columns.push_back(Catalogued(TColumn::mdOwner));
   columns.push_back(Catalogued(TColumn::mdFullPath));
@@ -60,16 +61,18 @@ TList ListOf(const IHierarchicalRoot& pRoot, const IFolderData* pFolder, bool pC
              const std::vector<TTopSizeEntry>& pFiles) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   const bool withOwners = pRoot.GetScanConfiguration()->GetDoUsersStatistics();
-  TList list = NewFolderList(u"Largest files", pRoot, pFolder, pCollected && top, Columns(withOwners));
+  TList list = NewFolderList(u"Largest files", pRoot, pFolder, pCollected && top, Columns(pRoot, withOwners));
   if (!pCollected || !top) return list;
 
   const TShares shares(pRoot, *top);
   const std::vector<TMetaDataValue> owners = withOwners ? OwnersOf(pFiles) : std::vector<TMetaDataValue>();
   for (size_t i = 0; i < pFiles.size(); ++i) {
     const TTopSizeEntry& file = pFiles[i];
-    TListRow row{{file.fName, file.fSize, file.fAllocated, shares.Of(file.fSize, file.fAllocated),
-                  DateValue(file.fLastChangeDate), DateValue(file.fLastAccessDate), DateValue(file.fCreationDate),
-                  static_cast<int64_t>(file.fAttributes)}};
+    TListRow row{{file.fName}};
+    AppendSizes(row, file.fSize, file.fAllocated, shares);
+    row.fValues.insert(row.fValues.end(), {shares.Of(file.fSize, file.fAllocated), DateValue(file.fLastChangeDate),
+                                           DateValue(file.fLastAccessDate), DateValue(file.fCreationDate),
+                                           TMetaDataValue(static_cast<int64_t>(file.fAttributes))});
     if (withOwners) row.fValues.push_back(owners[i]);
     const std::u16string folder = file.fParentFolder ? file.fParentFolder->GetFullPath() : std::u16string();
     row.fKey = JoinPath(folder, file.fName, pRoot.GetPathDelimiter());
@@ -78,6 +81,7 @@ TList ListOf(const IHierarchicalRoot& pRoot, const IFolderData* pFolder, bool pC
     row.fColor = ColorOf(file.fName);
     list.fRows.push_back(std::move(row));
   }
+  SortRows(list, *FindListColumn(list, SizeColumns(pRoot).front()), true);
   return list;
 }
 

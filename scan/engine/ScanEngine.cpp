@@ -59,6 +59,14 @@ bool TScanEngine::IsScanning() const {
   return fWorkerThreadPool && fWorkerThreadPool->GetWorkItemsCount() > 0;
 }
 
+// With a thread at work there is one to go on with. Without, the end of the pause would have to start one, which the
+// system may refuse.
+bool TScanEngine::SetPaused(bool pPaused) {
+  if (pPaused && fWorkerThreadPool->GetThreadCount() == 0) return false;
+  fWorkerThreadPool->SetPaused(pPaused);
+  return true;
+}
+
 std::u16string TScanEngine::GetStatusText() const {
   if (!fWorkerThreadPool) return u"No worker threadpool active";
   return fmt::format(u"Threads: {0} of max {1}", fWorkerThreadPool->GetThreadCount(),

@@ -28,6 +28,7 @@ class TScanEngine : public TInterfaced<IScanEngine> {
   void AddRefreshJob(TRef<IFolderData> pFolder, bool pRecursive,
                      std::function<TRef<IHierarchicalEnumerator>()> pOpen) override;
   bool IsScanning() const override;
+  bool SetPaused(bool pPaused) override;
   std::u16string GetStatusText() const override;
   void Dispose() override;
 

@@ -107,6 +107,7 @@ bool TScanJob::TakeAccumulator() {
 
 void TScanJob::ScanWaiting() {
   while (fFirstWaiting < fWaiting.size()) {
+    fThreadPool.HoldWhilePaused();
     // The folder nearest to the top probably has the most beneath it, so it is the best one to give away.
     if (ShouldQueue() && Queue(fWaiting[fFirstWaiting])) {
       ++fFirstWaiting;

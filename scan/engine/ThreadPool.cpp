@@ -200,7 +200,9 @@ TRef<IWorkItem> TWorkerThreadPool::WaitForWorkItem(TWorkerThread& pThread) {
         return item;
       }
     }
-    const int64_t left = fSettings.fMaxIdleTime - (TickCount64() - idleSince);
+    // Items that wait for the end of a pause find a thread then.
+    const bool isHeld = FPaused && fWorkerItemsQueue.Count() > 0;
+    const int64_t left = isHeld ? kHeldMilliseconds : fSettings.fMaxIdleTime - (TickCount64() - idleSince);
     if (left <= 0) break;
     ++fIdleThreads;
     lock.WaitFor(fNewWorkItemEvent, left);
@@ -234,6 +236,7 @@ void TWorkerThreadPool::TerminateAllWorkItems() {
     fIsTerminatingAllWorkitems = true;
     dropped = fWorkerItemsQueue.TakeAll();
     fQueueLength = 0;
+    fGoesOn.notify_all();
   }
   if (!dropped.empty()) WorkItemDone(static_cast<int32_t>(dropped.size()));
   TCriticalSectionLock lock(fLock);
@@ -245,9 +248,19 @@ void TWorkerThreadPool::SetPaused(bool pPaused) {
   {
     TCriticalSectionLock lock(fLock);
     FPaused = pPaused;
+    fHolds.store(pPaused, std::memory_order_relaxed);
     fNewWorkItemEvent.notify_all();
+    fGoesOn.notify_all();
   }
   if (!pPaused) CheckAddNewWorkerThread({});
+}
+
+void TWorkerThreadPool::HoldWhilePaused() {
+  if (!fHolds.load(std::memory_order_relaxed)) return;
+  TCriticalSectionLock lock(fLock);
+  ++fHeldThreads;
+  while (FPaused && !fTerminated && !fIsTerminatingAllWorkitems) lock.Wait(fGoesOn);
+  --fHeldThreads;
 }
 
 void TWorkerThreadPool::Shutdown() {
@@ -260,6 +273,7 @@ void TWorkerThreadPool::Shutdown() {
     dropped = fWorkerItemsQueue.TakeAll();
     fQueueLength = 0;
     fNewWorkItemEvent.notify_all();
+    fGoesOn.notify_all();
     while (!fThreads.empty()) lock.Wait(fThreadOrItemEnded);
     ended.swap(fEndedThreads);
   }

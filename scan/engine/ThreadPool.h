@@ -148,7 +148,12 @@ class TWorkerThreadPool : public TCustomThreadPool {
   void AddWorkItems(std::vector<TRef<IWorkItem>> pItems);
   // Drops all waiting items and waits for the running ones. The pool takes new work afterwards.
   void TerminateAllWorkItems();
+  // While the pool is paused, no item begins, and items hold where they call HoldWhilePaused.
   void SetPaused(bool pPaused);
+  // Called by an item between two pieces of its work. Returns when the pool goes on or ends.
+  void HoldWhilePaused();
+  // The threads that hold in the middle of an item.
+  int32_t GetHeldThreads() const { return fHeldThreads.load(std::memory_order_acquire); }
   // Ends all threads and waits for them. Adding work afterwards is an error.
   void Shutdown();
 
@@ -187,6 +192,8 @@ class TWorkerThreadPool : public TCustomThreadPool {
   static constexpr int64_t kThreadCheckMilliseconds = 2;
   // After the system refused a thread, the pool asks again at most this often.
   static constexpr int64_t kRefusedThreadMilliseconds = 100;
+  // How long a thread waits for the end of a pause before it looks again.
+  static constexpr int64_t kHeldMilliseconds = 60'000;
 
   TCpuUsageMeter fCpuMeter;
   const TSettings fSettings;
@@ -196,10 +203,13 @@ class TWorkerThreadPool : public TCustomThreadPool {
   std::atomic<int32_t> fWorkItemsCount{0};
   std::atomic<int32_t> fQueueLength{0};
   std::atomic<int32_t> fThreadCount{0};
+  std::atomic<int32_t> fHeldThreads{0};
+  std::atomic<bool> fHolds{false};  // FPaused, for a look without the lock
   std::atomic<int64_t> fLastCheckAddNewWorkerThread;
   std::atomic<int64_t> fNoThreadBefore{INT64_MIN};  // a tick count: no thread is asked for before it
   std::condition_variable fNewWorkItemEvent;
   std::condition_variable fThreadOrItemEnded;
+  std::condition_variable fGoesOn;  // after a pause
   bool fIsTerminatingAllWorkitems GUARDED_BY(fLock) = false;
   int32_t fIdleThreads GUARDED_BY(fLock) = 0;
   TWorkItemsQueue fWorkerItemsQueue GUARDED_BY(fLock);

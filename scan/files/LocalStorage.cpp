@@ -1,5 +1,8 @@
 #include "scan/files/LocalStorage.h"
 
+#include <algorithm>
+
+#include "platform/files/DeletedFiles.h"
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
 #include "scan/files/DiskOrder.h"
@@ -30,8 +33,18 @@ class TLocalStorage : public TInterfaced<IStorage> {
   TStorageInformation GetInformation(const std::u16string& pPath) const override {
     TVolumeInformation volume;
     if (!GetVolumeInformationOfPath(pPath, volume)) return {};
-    return {volume.fMountPoint,  volume.fLabel,      volume.fFileSystem,
-            volume.fClusterSize, volume.fTotalBytes, volume.fFreeBytes};
+    const int64_t reserved = std::max<int64_t>(0, volume.fTotalBytes - volume.fUsedBytes - volume.fFreeBytes);
+    // Asks every process, so only where the answer is shown.
+    const bool isWhole = SamePath(pPath, volume.fMountPoint, NativePathDelimiter());
+    return {.fMountPoint = volume.fMountPoint,
+            .fLabel = volume.fLabel,
+            .fFileSystem = volume.fFileSystem,
+            .fBytesPerCluster = volume.fClusterSize,
+            .fTotalBytes = volume.fTotalBytes,
+            .fFreeBytes = volume.fFreeBytes,
+            .fUsedBytes = volume.fUsedBytes,
+            .fReservedBytes = reserved,
+            .fDeletedBytes = isWhole ? OpenDeletedBytes(pPath) : 0};
   }
 
   std::string ErrorText(uint32_t pCode) const override { return OSErrorText(pCode); }

@@ -129,6 +129,7 @@ class TFakeRoot : public TInterfaced<IHierarchicalRoot> {
   int64_t GetScanDuration() const override { return fDuration; }
   int64_t GetLastScanNumberOfFiles() const override { return 0; }
   void Scan() override { ++fScans; }
+  void PauseScan(bool) override { NotFaked(); }
   void CancelScan() override {
     fCancelled = true;
     fState |= rsCancelled;

@@ -15,6 +15,7 @@ class TLineList : public Vantrel::Exporting::ILineOutput {
   std::vector<std::string> fLines;
   size_t fCapacity = SIZE_MAX;
   int fRefused = 0;
+  Vantrel::Exporting::TLineWidth fWidth;
 
   bool WriteLine(std::string_view pLine) override {
     if (fLines.size() == fCapacity) {
@@ -24,6 +25,7 @@ class TLineList : public Vantrel::Exporting::ILineOutput {
     fLines.emplace_back(pLine);
     return true;
   }
+  Vantrel::Exporting::TLineWidth LineWidth() const override { return fWidth; }
   int64_t LineCount() const override { return static_cast<int64_t>(fLines.size()); }
 };
 

@@ -9,6 +9,7 @@
 #include "window/dialogs/OptionsDialog.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/SearchPane.h"
+#include "window/panes/TreemapView.h"
 
 namespace Vantrel::Window {
 namespace {
@@ -30,6 +31,9 @@ QPalette DarkPalette() {
 
 void Save(QWidget& pWidget, const QString& pName) {
   QTest::qWait(400);
+  // A treemap of an earlier size is stretched until the new one is there.
+  const auto* map = pWidget.findChild<TTreemapView*>();
+  ASSERT_TRUE(!map || !map->isVisible() || WaitFor([map] { return map->GetImage().size() == map->size(); }));
   const QString folder = qEnvironmentVariable("VANTREL_PICTURES", QStringLiteral("."));
   ASSERT_TRUE(pWidget.grab().save(folder + u'/' + pName + QStringLiteral(".png")));
 }

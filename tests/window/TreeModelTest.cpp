@@ -149,6 +149,16 @@ TEST_F(TTreeModelTest, KeepsSelectionAndOpenRowsThroughSortingAndGrowth) {
   EXPECT_EQ(fModel.rowCount(Find("large", root)), 3);
 }
 
+// A view that is not laid out yet, as one that is not shown, remembers what is expanded and asks for no children.
+TEST_F(TTreeModelTest, ListsWhatIsExpandedBeforeTheViewIsLaidOut) {
+  fMemory.Top().AddFolder(u"folder").AddFile(u"f", 1);
+  fMemory.Scan();
+  const QModelIndex root = fModel.AddRoot(TRef<IHierarchicalRoot>(&fMemory.Root()));
+  fView.expand(root);
+  Settle(fModel);
+  EXPECT_EQ(fModel.rowCount(root), 1) << "the row is shown expanded and stays empty";
+}
+
 TEST_F(TTreeModelTest, ListsTheFirstOfManyFilesAndSumsUpTheOthers) {
   TMemoryEntry& folder = fMemory.Top().AddFolder(u"many");
   constexpr int64_t kFiles = 12'000;

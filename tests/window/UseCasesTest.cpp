@@ -72,7 +72,9 @@ TEST_F(TUseCases, FindsTheLargestFileAndGoesToIt) {
   largest.Table().setCurrentIndex(largest.Model().index(0, 0));
   QTest::keyClick(&largest.Table(), Qt::Key_Return);
   ASSERT_TRUE(WaitFor([&] { return Window().TreeView().currentIndex().data().toString() == "long.mp4"; }));
-  // The lists are those of the chosen folder now.
+  ASSERT_TRUE(GoTo(""));
+  EXPECT_EQ(ListPane("types").Model().index(0, 0).data().toString(), "Videos") << "the largest is not the first";
+  // The lists are those of the chosen folder.
   ASSERT_TRUE(GoTo("/papers"));
   TListPane& types = ListPane("extensions");
   ASSERT_TRUE(WaitFor([&] { return types.Model().rowCount() == 1; }));
@@ -136,6 +138,24 @@ TEST_F(TUseCases, ExportsInEveryFormat) {
   ASSERT_TRUE(Settle());
   EXPECT_EQ(Names(Root()), QStringList({"films", "[Files]", "papers"})) << "the saved scan shows another tree";
   EXPECT_FALSE(Action("refresh").isEnabled()) << "a loaded scan has nothing to refresh";
+}
+
+TEST_F(TUseCases, ExportsOnlyWhatIsExpandedIfToldSo) {
+  ASSERT_TRUE(ScanData());
+  const QModelIndex papers = Tree().index(2, 0, Root());
+  ASSERT_EQ(papers.data().toString(), "papers");
+  int count = 0;
+  for (const bool isExpandedOnly : {false, true})
+    for (const bool isOpen : {false, true}) {
+      Window().Session().Options().Media(Exporting::TMediaType::mtCSV).fIncludeExpandedOnly = isExpandedOnly;
+      Window().TreeView().setExpanded(papers, isOpen);
+      const std::string name = "seen" + std::to_string(++count) + ".csv";
+      Window().ExportAs(2, QString::fromStdU16String(fOut.File(name)));
+      ASSERT_TRUE(Written(name.c_str()));
+      const std::string csv = Read(name.c_str());
+      EXPECT_NE(csv.find("papers"), std::string::npos) << csv;
+      EXPECT_EQ(csv.find("old,") != std::string::npos, isOpen || !isExpandedOnly) << csv;
+    }
 }
 
 TEST_F(TUseCases, ExportsAListAsCSV) {

@@ -21,10 +21,10 @@
 
 namespace Vantrel::Window {
 
-constexpr int kPatience = 60'000;  // milliseconds; only there to end a hang
+constexpr int kLongestWait = 60'000;  // milliseconds; only there to end a hang
 
 inline bool WaitFor(const std::function<bool()>& pIsSo) {
-  return QTest::qWaitFor(pIsSo, kPatience);
+  return QTest::qWaitFor(pIsSo, kLongestWait);
 }
 
 class TWindowHarness {

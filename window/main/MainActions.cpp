@@ -94,6 +94,12 @@ void TMainWindow::Refresh() {
   UpdateActions();
 }
 
+// All scans hold, or all go on.
+void TMainWindow::PauseAll() {
+  for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) root->PauseScan(!fWasPaused);
+  Tick();
+}
+
 void TMainWindow::StopAll() {
   for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) root->CancelScan();
   for (const auto& job : fSession->Jobs()) job->fCancelled = true;

@@ -71,6 +71,7 @@ void TMainWindow::MakeScanMenu() {
   menu->addSeparator();
   menu->addAction(NewAction("refresh", tr("&Refresh the branch"), QKeySequence(Qt::Key_F5), &TMainWindow::Refresh));
   menu->addAction(NewAction("again", tr("Scan &again"), tr("Ctrl+R"), &TMainWindow::ScanAgain));
+  menu->addAction(NewAction("pause", tr("&Pause"), tr("Ctrl+Shift+P"), &TMainWindow::PauseAll));
   menu->addAction(NewAction("stop", tr("S&top"), tr("Ctrl+."), &TMainWindow::StopAll));
   menu->addSeparator();
   menu->addAction(NewAction("close", tr("&Close the scan"), QKeySequence::Close, &TMainWindow::CloseRoot));
@@ -78,6 +79,7 @@ void TMainWindow::MakeScanMenu() {
   fActions["search"]->setIcon(Icon(TSymbol::sySearch));
   fActions["start"]->setIcon(Icon(TSymbol::syHome));
   fActions["refresh"]->setIcon(Icon(TSymbol::syRefresh));
+  fActions["pause"]->setIcon(Icon(TSymbol::syPause));
   fActions["stop"]->setIcon(Icon(TSymbol::syStop));
   fActions["close"]->setIcon(Icon(TSymbol::syClose));
 }
@@ -98,36 +100,34 @@ void TMainWindow::MakeItemMenu() {
   menu->addAction(NewAction("properties", tr("&Properties"), tr("Alt+Return"), &TMainWindow::ShowProperties));
 }
 
+// Entries of which one is checked, named after what they choose: "unit0", "unit1".
+void TMainWindow::AddChoices(QMenu& pMenu, const char* pName, const QStringList& pTexts,
+                             const std::function<void(int)>& pChoose) {
+  auto* group = new QActionGroup(this);
+  for (int i = 0; i < pTexts.size(); ++i) {
+    QAction* action = pMenu.addAction(pTexts[i]);
+    action->setCheckable(true);
+    action->setObjectName(QString::fromLatin1(pName) + QString::number(i));
+    group->addAction(action);
+    fActions.insert(action->objectName().toLatin1(), action);
+    connect(action, &QAction::triggered, this, [pChoose, i] { pChoose(i); });
+  }
+}
+
 void TMainWindow::MakeViewMenu() {
   QMenu* menu = menuBar()->addMenu(tr("&View"));
   QMenu* figures = menu->addMenu(tr("Leading &figure"));
-  auto* figureGroup = new QActionGroup(this);
-  const QStringList names{tr("&Size"), tr("&Allocated"), tr("&Files"), tr("&Percent")};
-  for (int i = 0; i < names.size(); ++i) {
-    QAction* action = figures->addAction(names[i]);
-    action->setCheckable(true);
-    action->setObjectName(QStringLiteral("figure%1").arg(i));
-    action->setShortcut(QKeySequence(Qt::ALT | (Qt::Key_1 + i)));
-    figureGroup->addAction(action);
-    fActions.insert(action->objectName().toLatin1(), action);
-    connect(action, &QAction::triggered, this, [this, i] { SetFigure(static_cast<TFigure>(i)); });
-  }
-  QMenu* units = menu->addMenu(tr("&Unit"));
-  auto* unitGroup = new QActionGroup(this);
-  const QStringList unitNames{tr("Bytes"), tr("KB"), tr("MB"), tr("GB"), tr("TB"), tr("Automatic")};
-  for (int i = 0; i < unitNames.size(); ++i) {
-    QAction* action = units->addAction(unitNames[i]);
-    action->setCheckable(true);
-    action->setObjectName(QStringLiteral("unit%1").arg(i));
-    unitGroup->addAction(action);
-    fActions.insert(action->objectName().toLatin1(), action);
-    connect(action, &QAction::triggered, this, [this, i] {
-      TGlobalOptions options = fSession->Options();
-      options.SizeUnit = static_cast<TSizeUnit>(i);
-      fSession->SetOptions(options);
-      SetUnit(i);
-    });
-  }
+  AddChoices(*figures, "figure", {tr("&Size"), tr("&Allocated"), tr("&Files"), tr("&Percent")},
+             [this](int pFigure) { SetFigure(static_cast<TFigure>(pFigure)); });
+  for (int i = 0; i < figures->actions().size(); ++i)
+    figures->actions()[i]->setShortcut(QKeySequence(Qt::ALT | (Qt::Key_1 + i)));
+  AddChoices(*menu->addMenu(tr("&Unit")), "unit",
+             {tr("Bytes"), tr("KB"), tr("MB"), tr("GB"), tr("TB"), tr("Automatic")}, [this](int pUnit) {
+               TGlobalOptions options = fSession->Options();
+               options.SizeUnit = static_cast<TSizeUnit>(pUnit);
+               fSession->SetOptions(options);
+               SetUnit(pUnit);
+             });
   QAction* changes = menu->addAction(tr("Changes before &names"));
   changes->setCheckable(true);
   changes->setObjectName(QStringLiteral("changesInNames"));
@@ -156,17 +156,12 @@ void TMainWindow::MakeToolBar() {
   bar->setMovable(false);
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   bar->setIconSize(QSize(18, 18));
-  const std::pair<const char*, QString> entries[] = {{"start", tr("Start")},
-                                                     {"scan", tr("Scan")},
-                                                     {"refresh", tr("Refresh")},
-                                                     {"stop", tr("Stop")},
-                                                     {"", {}},
-                                                     {"open", tr("Open")},
-                                                     {"save", tr("Save")},
-                                                     {"export", tr("Export")},
-                                                     {"", {}},
-                                                     {"search", tr("Find")},
-                                                     {"compare", tr("Compare")},
+  const std::pair<const char*, QString> entries[] = {{"start", tr("Start")},     {"scan", tr("Scan")},
+                                                     {"refresh", tr("Refresh")}, {"pause", tr("Pause")},
+                                                     {"stop", tr("Stop")},       {"", {}},
+                                                     {"open", tr("Open")},       {"save", tr("Save")},
+                                                     {"export", tr("Export")},   {"", {}},
+                                                     {"search", tr("Find")},     {"compare", tr("Compare")},
                                                      {"options", tr("Options")}};
   for (const auto& [name, text] : entries) {
     if (*name == '\0') {

@@ -16,6 +16,7 @@
 #include "window/main/Session.h"
 #include "window/main/StartPage.h"
 #include "window/models/ContentsModel.h"
+#include "window/models/Icons.h"
 #include "window/models/ShownText.h"
 #include "window/models/TreeModel.h"
 #include "window/panes/ContentsPane.h"
@@ -30,6 +31,19 @@ bool IsScanning(const IHierarchicalRoot& pRoot) {
   return (pRoot.GetState() & rsScanning) != 0;
 }
 
+bool IsPaused(const IHierarchicalRoot& pRoot) {
+  return (pRoot.GetState() & rsPaused) != 0;
+}
+
+// "0:07", "1:02:03".
+QString ShownDuration(int64_t pMilliseconds) {
+  const int64_t seconds = pMilliseconds / 1000;
+  const auto two = [](int64_t pNumber) { return QStringLiteral("%1").arg(pNumber, 2, 10, QChar(u'0')); };
+  const QString hours = seconds >= 3600 ? QString::number(seconds / 3600) + u':' : QString();
+  const int64_t minutes = seconds / 60 % 60;
+  return hours + (hours.isEmpty() ? QString::number(minutes) : two(minutes)) + u':' + two(seconds % 60);
+}
+
 }  // namespace
 
 // Several times a second: takes the changes of the roots, and shows the progress. Panes are filled again at most every
@@ -39,16 +53,19 @@ void TMainWindow::Tick() {
   // A larger tree is looked at less often, since a scan needs the processors more than the view of it.
   constexpr int64_t kFilesPerTick = 250'000;
   bool isScanning = false;
+  bool isPaused = false;
   int64_t files = 0;
   for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) {
     if (!IsScanning(*root)) continue;
     isScanning = true;
+    isPaused |= IsPaused(*root);
     files += root->GetProgress().fFiles;
   }
   const int slower = 1 + static_cast<int>(std::min<int64_t>(files / kFilesPerTick, 10));
   if (fTicks % slower == 0) fTree->Poll();
-  if (isScanning != fWasScanning) {
+  if (isScanning != fWasScanning || isPaused != fWasPaused) {
     fWasScanning = isScanning;
+    ShowPause(isPaused);
     UpdateActions();
   }
   if (fSearchIsDue && !isScanning && fSession->Jobs().empty() && fPlace.fRoot && fPlace.fFolder) {
@@ -58,6 +75,16 @@ void TMainWindow::Tick() {
   ShowStatus();
   if (!fSession->Jobs().empty()) ShowJobs();
   if (++fTicks % (kTicksBetweenRefreshes * slower) == 0 && fPlace.fRoot && IsScanning(*fPlace.fRoot)) RefreshPanes();
+}
+
+// The entry says what it does next.
+void TMainWindow::ShowPause(bool pIsPaused) {
+  fWasPaused = pIsPaused;
+  QAction& action = *fActions["pause"];
+  action.setText(pIsPaused ? tr("&Resume") : tr("&Pause"));
+  action.setIconText(pIsPaused ? tr("Resume") : tr("Pause"));
+  action.setIcon(Icon(pIsPaused ? TSymbol::syScan : TSymbol::syPause));
+  action.setToolTip(action.iconText() + " (" + action.shortcut().toString(QKeySequence::NativeText) + ")");
 }
 
 void TMainWindow::RefreshPanes() {
@@ -88,9 +115,11 @@ void TMainWindow::ShowStatus() {
   for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) {
     if (!IsScanning(*root)) continue;
     const TScanProgress progress = root->GetProgress();
-    fProgressText->setText(tr("Scanning: %1 files, %2 folders, %3   %4")
-                               .arg(ShownCount(progress.fFiles, format), ShownCount(progress.fFolders, format),
-                                    ShownSize(progress.fBytes, format), Window::Shown(progress.fLastScannedFolder)));
+    const QString text = IsPaused(*root) ? tr("Paused at %1: %2 files, %3 folders, %4   %5")
+                                         : tr("Scanning, %1: %2 files, %3 folders, %4   %5");
+    fProgressText->setText(text.arg(ShownDuration(progress.fElapsed), ShownCount(progress.fFiles, format),
+                                    ShownCount(progress.fFolders, format), ShownSize(progress.fBytes, format),
+                                    Window::Shown(progress.fLastScannedFolder)));
     // A bar needs a whole that is known: the files of the earlier scan.
     const int64_t whole = root->GetLastScanNumberOfFiles();
     fProgressBar->setVisible(whole > 0);
@@ -165,6 +194,7 @@ void TMainWindow::UpdateActions() {
   enable("endCompare", root && root->GetComparison() != nullptr);
   enable("refresh", isLive && !isScanning && fChosen.fFolder && !fChosen.fIsGone);
   enable("again", isLive && !isScanning);
+  enable("pause", fWasScanning);
   enable("stop", fWasScanning || !fSession->Jobs().empty());
   enable("close", root != nullptr);
   enable("openItem", hasItem && isLive && !fChosen.fIsGone);

@@ -49,6 +49,14 @@ QString SettingsFolder(const TWindowStart& pStart) {
   return ToQString(FolderOfPath(pStart.fUserOptionsFile, NativePathDelimiter()));
 }
 
+// The scans of the root in a database that may not be there.
+Presentation::TList HistoryOf(const IHierarchicalRoot& pRoot, const std::u16string& pDatabase) {
+  const std::u16string path = pRoot.GetPath();
+  if (pDatabase.empty() || !PathExists(pDatabase)) return Presentation::HistoryList(path, {});
+  return Presentation::HistoryList(path, History::THistoryDatabaseReaderWriter().ReadRootHistoryData(
+                                             pDatabase, path, History::HistoryPattern(pRoot)));
+}
+
 // Of a table in a pane, among the settings.
 QString LayoutName(const TTableView& pTable) {
   return QStringLiteral("columns/") + pTable.parentWidget()->objectName();
@@ -123,10 +131,11 @@ void TMainWindow::AddPane(TPane* pPane, const QString& pTitle) {
 }
 
 template <class TFill>
-void TMainWindow::AddListPane(const char* pName, const QString& pTitle, const QString& pEmptyText, TFill pFill) {
+TListPane& TMainWindow::AddListPane(const char* pName, const QString& pTitle, const QString& pEmptyText, TFill pFill) {
   auto* pane = new TListPane(QString::fromLatin1(pName), pEmptyText, std::move(pFill));
   pane->HideAtFirst({TColumn::mdLastAccess, TColumn::mdCreation, TColumn::mdAttributes});
   AddPane(pane, pTitle);
+  return *pane;
 }
 
 void TMainWindow::MakePanes() {
@@ -145,8 +154,9 @@ void TMainWindow::MakePanes() {
   AddPane(chart, tr("Chart"));
   AddListPane("extensions", tr("Extensions"), tr("No extensions were collected here."),
               [](const TPlace& pPlace) { return ExtensionsList(*pPlace.fRoot, pPlace.fFolder); });
-  AddListPane("types", tr("File types"), tr("No extensions were collected here."),
-              [](const TPlace& pPlace) { return FileTypesList(*pPlace.fRoot, pPlace.fFolder); });
+  AddListPane("types", tr("File types"), tr("No extensions were collected here."), [](const TPlace& pPlace) {
+    return FileTypesList(*pPlace.fRoot, pPlace.fFolder);
+  }).SortAtFirst(TColumn::mdSize);
   AddListPane("owners", tr("Owners"), tr("No owners were collected. The option CollectOwners collects them."),
               [](const TPlace& pPlace) { return UsersList(*pPlace.fRoot, pPlace.fFolder); });
   AddListPane("ages", tr("Ages"), tr("No file ages were collected. The option FileAgesDateType collects them."),
@@ -155,14 +165,10 @@ void TMainWindow::MakePanes() {
               [](const TPlace& pPlace) { return TopFilesList(*pPlace.fRoot, *pPlace.fFolder); });
   AddListPane("history", tr("History"),
               tr("No earlier scan of this path is recorded. The option RecordHistory records every scan."),
-              [session = fSession](const TPlace& pPlace) {
-                const std::u16string file = session->HistoryFile();
-                const std::u16string path = pPlace.fRoot->GetPath();
-                if (file.empty() || !PathExists(file)) return HistoryList(path, {});
-                const std::u16string pattern = History::HistoryPattern(*pPlace.fRoot);
-                return HistoryList(path,
-                                   History::THistoryDatabaseReaderWriter().ReadRootHistoryData(file, path, pattern));
-              });
+              TListPane::TFill())
+      .PrepareEachFill([this]() -> TListPane::TFill {
+        return [file = fSession->HistoryFile()](const TPlace& pPlace) { return HistoryOf(*pPlace.fRoot, file); };
+      });
   AddListPane("errors", tr("Errors"), tr("Everything here could be read."),
               [](const TPlace& pPlace) { return ErrorList(*pPlace.fRoot, *pPlace.fFolder); });
   AddListPane("details", tr("Details"), tr("Nothing is chosen."), [](const TPlace& pPlace) {
@@ -173,6 +179,10 @@ void TMainWindow::MakePanes() {
 }
 
 void TMainWindow::ConnectSession() {
+  fSession->SetFindExpanded([this](const IHierarchicalRoot& pRoot) {
+    const QModelIndex row = fTree->IndexOfRoot(pRoot);
+    return row.isValid() ? fTreeView->ExpandedFolders(row) : nullptr;
+  });
   connect(fSession, &TSession::Opened, this, &TMainWindow::ShowOpened);
   connect(fSession, &TSession::Closing, this, [this](const TRef<IHierarchicalRoot>& pRoot) {
     fTree->RemoveRoot(*pRoot);

@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <QSet>
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -15,6 +16,7 @@
 
 class QActionGroup;
 class QLabel;
+class QMenu;
 class QProgressBar;
 class QSplitter;
 class QStackedWidget;
@@ -78,11 +80,12 @@ class TMainWindow : public QMainWindow {
   void MakePanes();
   void AddPane(TPane* pPane, const QString& pTitle);
   template <class TFill>
-  void AddListPane(const char* pName, const QString& pTitle, const QString& pEmptyText, TFill pFill);
+  TListPane& AddListPane(const char* pName, const QString& pTitle, const QString& pEmptyText, TFill pFill);
   void MakeMenus();
   void MakeFileMenu();
   void MakeScanMenu();
   void MakeViewMenu();
+  void AddChoices(QMenu& pMenu, const char* pName, const QStringList& pTexts, const std::function<void(int)>& pChoose);
   void MakeItemMenu();
   void MakeHelpMenu();
   void MakeToolBar();
@@ -102,6 +105,7 @@ class TMainWindow : public QMainWindow {
   void Tick();
   void ShowStatus();
   void ShowJobs();
+  void ShowPause(bool pIsPaused);
   void SetFigure(TFigure pFigure);
   void SetUnit(int pUnit);
 
@@ -110,6 +114,7 @@ class TMainWindow : public QMainWindow {
   void ScanFolder();
   void ScanAgain();
   void Refresh();
+  void PauseAll();
   void StopAll();
   void CloseRoot();
   void OpenFile();
@@ -162,6 +167,7 @@ class TMainWindow : public QMainWindow {
   QSet<TPane*> fStale;            // to be filled again when shown
   int fTicks = 0;
   bool fWasScanning = false;
+  bool fWasPaused = false;
   bool fSearchIsDue = false;  // the command line asked for it
   qint64 fMessageUntil = 0;
   TChosen fChosen;

@@ -21,6 +21,7 @@ struct TScanFollowUp::TRun : private PostScanActions::IPostScanHost, private Exp
   int ModalLevel() const override { return 0; }
   void Terminate() override { fCloses = true; }
   std::string ProgramName() const override { return fStart.fProgramName; }
+  std::shared_ptr<const TExpandedFolders> ExpandedFolders(const IHierarchicalRoot&) const override { return fExpanded; }
   // The report that is written when no action writes is what the window shows.
   bool WriteLine(std::string_view) override { return true; }
   int64_t LineCount() const override { return 0; }
@@ -29,6 +30,7 @@ struct TScanFollowUp::TRun : private PostScanActions::IPostScanHost, private Exp
   const TRef<IScanRoots> fRoots;
   Exporting::TMediaOptions fMedia;
   PostScanActions::TPostProcessActionHandler fHandler;
+  std::shared_ptr<const TExpandedFolders> fExpanded;  // of the root whose actions run
   std::atomic<bool> fMustStay{true};
   std::atomic<bool> fCloses{false};
 };
@@ -69,6 +71,7 @@ void TScanFollowUp::RunNext() {
   const TRef<IHierarchicalRoot> root = fWaiting.front();
   fWaiting.pop_front();
   fRun->fMustStay = fLeft > 1;
+  fRun->fExpanded = fFindExpanded ? fFindExpanded(*root) : nullptr;
   auto perform = [run = fRun, root] { return run->fHandler.PerformPostProcessActions(root.get(), *run->fRoots); };
   RunInBackground(LongWork(), this, perform, [this](const TOutcome<bool>& pDone) {
     fIsRunning = false;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
+#include "window/main/Session.h"
 
 namespace Vantrel::Window {
 
@@ -22,6 +23,8 @@ class TScanFollowUp : public QObject {
   TScanFollowUp(const TWindowStart& pStart, IScanRoots& pRoots);
   ~TScanFollowUp() override;
 
+  // What the tree shows expanded of a root when its actions begin.
+  void SetFindExpanded(TSession::TFindExpanded pFind) { fFindExpanded = std::move(pFind); }
   // Before the scans. False when an action cannot work: then nothing is scanned.
   bool Prepare();
   // The root's scan belongs to the command line.
@@ -45,6 +48,7 @@ class TScanFollowUp : public QObject {
 
   std::shared_ptr<TRun> fRun;  // shared with the thread that runs it
   std::set<const IHierarchicalRoot*> fExpected;
+  TSession::TFindExpanded fFindExpanded;
   std::deque<TRef<IHierarchicalRoot>> fWaiting;
   size_t fLeft;  // roots whose actions have not run
   bool fIsRunning = false;

@@ -52,6 +52,7 @@ void TSession::Begin() {
     fFollowUp = std::make_unique<TScanFollowUp>(fStart, *fRoots);
     connect(fFollowUp.get(), &TScanFollowUp::Failed, this, &TSession::Failed);
     connect(fFollowUp.get(), &TScanFollowUp::CloseWanted, this, &TSession::CloseWanted);
+    fFollowUp->SetFindExpanded(fFindExpanded);
     if (!fFollowUp->Prepare()) return;
   }
   for (const std::u16string& file : fStart.fOpenFiles) OpenScanFile(file);
@@ -202,6 +203,7 @@ namespace {
 // The one action of an export from the window. The handler's questions to the program have fixed answers.
 class TLoneHost : public PostScanActions::IPostScanHost {
  public:
+  explicit TLoneHost(std::shared_ptr<const TExpandedFolders> pExpanded) : fExpanded(std::move(pExpanded)) {}
   bool IsTerminating() const override { return false; }
   bool IsUnattended() const override { return false; }
   bool MustStayOpen() const override { return true; }
@@ -209,6 +211,10 @@ class TLoneHost : public PostScanActions::IPostScanHost {
   int ModalLevel() const override { return 0; }
   void Terminate() override {}
   std::string ProgramName() const override { return {}; }
+  std::shared_ptr<const TExpandedFolders> ExpandedFolders(const IHierarchicalRoot&) const override { return fExpanded; }
+
+ private:
+  const std::shared_ptr<const TExpandedFolders> fExpanded;
 };
 
 class TNoOutput : public Exporting::ILineOutput {
@@ -223,9 +229,10 @@ PostScanActions::TExportRun RunOf(const TWindowStart& pStart, TJob& pJob) {
 
 // The queue with one action: it merges the settings of its actions, so an action does not work without it.
 bool Perform(TGlobalOptions& pOptions, const TRef<IHierarchicalRoot>& pRoot, const IScanRoots& pRoots,
+             std::shared_ptr<const TExpandedFolders> pExpanded,
              const std::function<std::unique_ptr<PostScanActions::TBasePostScanAction>(
                  const PostScanActions::TPostProcessActionHandler&)>& pMake) {
-  TLoneHost host;
+  TLoneHost host(std::move(pExpanded));
   TNoOutput output;
   Exporting::TMediaOptions media(pOptions);
   PostScanActions::TPostProcessActionHandler handler(host, media, output);
@@ -240,8 +247,9 @@ bool Perform(TGlobalOptions& pOptions, const TRef<IHierarchicalRoot>& pRoot, con
 void TSession::Export(const TRef<IHierarchicalRoot>& pRoot, CommandLine::TExportFormat pFormat,
                       const std::u16string& pFile) {
   auto options = std::make_shared<TGlobalOptions>(Options());
-  auto write = [pRoot, pFormat, pFile, options, roots = fRoots, start = fStart](TJob& pJob) {
-    return Perform(*options, pRoot, *roots, [&](const PostScanActions::TPostProcessActionHandler& pHandler) {
+  auto expanded = fFindExpanded ? fFindExpanded(*pRoot) : nullptr;
+  auto write = [pRoot, pFormat, pFile, options, expanded, roots = fRoots, start = fStart](TJob& pJob) {
+    return Perform(*options, pRoot, *roots, expanded, [&](const PostScanActions::TPostProcessActionHandler& pHandler) {
       return std::make_unique<PostScanActions::TFileExportPostScanAction>(pHandler, *options, pFormat, pFile,
                                                                           RunOf(start, pJob));
     });
@@ -255,8 +263,8 @@ void TSession::ExportPicture(const TRef<IHierarchicalRoot>& pRoot, const Command
   auto write = [pRoot, pRequest, options, roots = fRoots, start = fStart](TJob& pJob) {
     static TPictureRenderer renderer;
     std::string notes;
-    Perform(*options, pRoot, *roots, [&](const PostScanActions::TPostProcessActionHandler&) {
-      return std::make_unique<PostScanActions::TPicturePostScanAction>(
+    Perform(*options, pRoot, *roots, nullptr, [&](const PostScanActions::TPostProcessActionHandler&) {
+      return std::make_unique<PostScanActions::TCustomPresenterPostScanAction>(
           *options, pRequest, RunOf(start, pJob), [&notes](std::string_view pNote) { notes += pNote; }, &renderer);
     });
     return notes;

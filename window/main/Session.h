@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "automation/commandline/CommandLineState.h"
+#include "model/tree/ExpandedFolders.h"
 #include "window/main/WindowStart.h"
 
 namespace Vantrel::Window {
@@ -36,9 +37,12 @@ class TSession : public QObject {
   TGlobalOptions& Options() { return *fStart.fOptions; }
   IScanRoots& Roots() { return *fRoots; }
   const std::vector<std::shared_ptr<TJob>>& Jobs() const { return fJobs; }
-  // The database of the history. Any thread.
+  // The database of the history.
   std::u16string HistoryFile() const;
 
+  // What the tree shows expanded of a root, for exports. Set by the window, and called on its thread.
+  using TFindExpanded = std::function<std::shared_ptr<const TExpandedFolders>(const IHierarchicalRoot&)>;
+  void SetFindExpanded(TFindExpanded pFind) { fFindExpanded = std::move(pFind); }
   // What the command line asked for. Called once the window listens.
   void Begin();
   // Scans a path as typed. An open root is scanned again.
@@ -81,6 +85,7 @@ class TSession : public QObject {
 
   TWindowStart fStart;
   TRef<IScanRoots> fRoots;
+  TFindExpanded fFindExpanded;
   std::unique_ptr<TScanFollowUp> fFollowUp;  // none when nothing follows
   std::vector<std::shared_ptr<TJob>> fJobs;
   std::set<const IHierarchicalRoot*> fStarting;  // their scans are being started on another thread

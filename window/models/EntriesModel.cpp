@@ -241,6 +241,8 @@ void TEntriesModel::FetchAll() {
 }
 
 void TEntriesModel::SetOpen(const QModelIndex& pIndex, bool pOpen) {
+  // A view that has yet to lay out its rows only remembers that this one is expanded, and asks for nothing.
+  if (pOpen) fetchMore(pIndex);
   TBranch* opened = BranchOf(pIndex);
   if (!opened || !pIndex.isValid()) return;
   opened->fOpen = pOpen;

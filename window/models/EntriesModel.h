@@ -154,6 +154,8 @@ class TEntriesModel : public QAbstractItemModel {
   QString CellText(const QModelIndex& pIndex, const TItem& pItem) const;
   QVariant ShareOf(const QModelIndex& pIndex, const TItem& pItem) const;
   QVariant Decoration(const QModelIndex& pIndex) const;
+  QVariant Ink(const QModelIndex& pIndex) const;
+  QVariant Hint(const QModelIndex& pIndex, const TItem& pItem) const;
   int64_t FigureOf(const TSizeValues& pValues) const;
   TColumn FigureColumn() const;
   bool IsScanning(const TItem& pItem) const;

@@ -227,6 +227,19 @@ QVariant TEntriesModel::Decoration(const QModelIndex& pIndex) const {
   }
 }
 
+QVariant TEntriesModel::Ink(const QModelIndex& pIndex) const {
+  const TEntryKind kind = KindAt(pIndex);
+  if (kind != TEntryKind::ekGone && kind != TEntryKind::ekMore) return {};
+  return QGuiApplication::palette().color(QPalette::PlaceholderText);
+}
+
+QVariant TEntriesModel::Hint(const QModelIndex& pIndex, const TItem& pItem) const {
+  if (pIndex.column() != ecName || KindAt(pIndex) == TEntryKind::ekMore) return {};
+  if (pItem.fFolder && IsIncomplete(*pItem.fFolder))
+    return tr("%1\nSomething here could not be read, so the figures are incomplete.").arg(Shown(PathAt(pIndex)));
+  return Shown(PathAt(pIndex));
+}
+
 QVariant TEntriesModel::data(const QModelIndex& pIndex, int pRole) const {
   const TItem* item = ItemAt(pIndex);
   if (!item) return {};
@@ -240,11 +253,8 @@ QVariant TEntriesModel::data(const QModelIndex& pIndex, int pRole) const {
           (pIndex.column() > ecFigure && IsAlignedRight(CataloguedColumn(pIndex.column()))))
         return QVariant(Qt::AlignRight | Qt::AlignVCenter);
       return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
-    case Qt::ForegroundRole: {
-      const TEntryKind kind = KindAt(pIndex);
-      const bool isPale = kind == TEntryKind::ekGone || kind == TEntryKind::ekMore;
-      return isPale ? QVariant(QGuiApplication::palette().color(QPalette::PlaceholderText)) : QVariant();
-    }
+    case Qt::ForegroundRole:
+      return Ink(pIndex);
     case Qt::FontRole: {
       if (KindAt(pIndex) != TEntryKind::ekGone) return {};
       QFont font;
@@ -252,10 +262,7 @@ QVariant TEntriesModel::data(const QModelIndex& pIndex, int pRole) const {
       return font;
     }
     case Qt::ToolTipRole:
-      if (pIndex.column() != ecName || KindAt(pIndex) == TEntryKind::ekMore) return {};
-      if (item->fFolder && IsIncomplete(*item->fFolder))
-        return tr("%1\nSomething here could not be read, so the figures are incomplete.").arg(Shown(PathAt(pIndex)));
-      return Shown(PathAt(pIndex));
+      return Hint(pIndex, *item);
     case Qt::AccessibleTextRole:
       if (pIndex.column() != ecName) return CellText(pIndex, *item);
       return tr("%1, %2").arg(CellText(pIndex, *item), CellText(pIndex.siblingAtColumn(ecFigure), *item));

@@ -1,6 +1,6 @@
 #include "window/models/Icons.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
@@ -150,6 +150,11 @@ const std::map<TSymbol, TDraw>& Drawings() {
          pBrush.Fill(Polyline({{4, 2.5}, {13.5, 8}, {4, 13.5}}, true), kGreen);
        }},
       {TSymbol::syStop, [](const TBrush& pBrush) { pBrush.Fill(Rounded(3.5, 3.5, 9, 9, 1.5), kRed); }},
+      {TSymbol::syPause,
+       [](const TBrush& pBrush) {
+         pBrush.Fill(Rounded(4, 3.5, 3, 9, 0.8), kBlue);
+         pBrush.Fill(Rounded(9, 3.5, 3, 9, 0.8), kBlue);
+       }},
       {TSymbol::syRefresh,
        [](const TBrush& pBrush) {
          pBrush.Line(Arc(3, 3, 10, 60, 290), kBlue, 1.6);
@@ -198,7 +203,7 @@ class TSymbolEngine : public QIconEngine {
                         pRectangle.y() + (pRectangle.height() - side) / 2);
     pPainter->scale(side / 16, side / 16);
     const QPalette palette = QGuiApplication::palette();
-    const bool isSelected = pMode == QIcon::Selected;
+    const bool isSelected = pMode == QIcon::Selected && InvertsSelection(*QApplication::style());
     Drawings().at(fSymbol)(TBrush(*pPainter, palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text)));
     pPainter->restore();
   }
@@ -222,6 +227,10 @@ QIcon Icon(TSymbol pSymbol) {
   QIcon& icon = icons[pSymbol];
   if (icon.isNull()) icon = QIcon(new TSymbolEngine(pSymbol));
   return icon;
+}
+
+bool InvertsSelection(const QStyle& pStyle) {
+  return pStyle.name() != QLatin1String("windowsvista");
 }
 
 }  // namespace Vantrel::Window

@@ -3,6 +3,7 @@
 // The window's icons, drawn from shapes, so that they are sharp at every size and follow light and dark.
 
 #include <QIcon>
+#include <QStyle>
 
 namespace Vantrel::Window {
 
@@ -15,6 +16,7 @@ enum class TSymbol : uint8_t {
   syGone,
   syScan,
   syStop,
+  syPause,
   syRefresh,
   syClose,
   syOpen,
@@ -30,5 +32,8 @@ enum class TSymbol : uint8_t {
 
 // Made once for each symbol.
 QIcon Icon(TSymbol pSymbol);
+
+// Whether the style draws selected rows dark with inverted text. That of Windows draws them pale with the usual text.
+bool InvertsSelection(const QStyle& pStyle);
 
 }  // namespace Vantrel::Window

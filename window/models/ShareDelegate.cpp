@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "window/models/EntriesModel.h"
+#include "window/models/Icons.h"
 
 namespace Vantrel::Window {
 
@@ -24,7 +25,7 @@ void TShareDelegate::paint(QPainter* pPainter, const QStyleOptionViewItem& pOpti
   const QStyle& style = option.widget ? *option.widget->style() : *QApplication::style();
   style.drawControl(QStyle::CE_ItemViewItem, &option, pPainter, option.widget);
 
-  const bool isSelected = (option.state & QStyle::State_Selected) != 0;
+  const bool isSelected = (option.state & QStyle::State_Selected) != 0 && InvertsSelection(style);
   const QPalette::ColorRole ink = isSelected ? QPalette::HighlightedText : QPalette::Text;
   QColor bar = option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Highlight);
   bar.setAlphaF(isSelected ? 0.30F : 0.28F);

@@ -1,5 +1,6 @@
 #include "window/painting/PictureRenderer.h"
 
+#include <QOperatingSystemVersion>
 #include <clocale>
 
 #include "platform/system/Console.h"
@@ -23,7 +24,9 @@ void KeepQuiet(QtMsgType pType, const QMessageLogContext&, const QString& pText)
 
 std::vector<uint32_t> TPictureRenderer::Render(const Drawing::TDrawing& pDrawing) {
   if (QCoreApplication::instance() == nullptr) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A server has no display. Windows always has one, and without it Qt finds no fonts there.
+    if (QOperatingSystemVersion::currentType() != QOperatingSystemVersion::Windows)
+      qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler(KeepQuiet);
     fOwnApplication = std::make_unique<QGuiApplication>(gArgumentCount, gArguments);
     std::setlocale(LC_NUMERIC, "C");  // Qt has set the user's

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "automation/actions/HistoryTasks.h"
+#include "automation/actions/PictureAction.h"
 #include "export/history/HistoryDatabase.h"
 #include "platform/files/Folders.h"
 #include "presentation/charts/ChartSources.h"
@@ -176,7 +177,6 @@ TChartPane::TChartPane(std::shared_ptr<TGlobalOptions> pOptions, QWidget* pParen
   fSources = controls.AddChoice(tr("What is shown"), {tr("Folders"), tr("Extensions"), tr("File types"), tr("Owners"),
                                                       tr("File ages"), tr("History")});
   fForms = controls.AddChoice(tr("Form of the chart"), {});
-  controls.AddGap();
   connect(controls.AddTextButton(tr("Copy"), tr("Copy the picture")), &QToolButton::clicked, this, &TChartPane::Copy);
   connect(controls.AddTextButton(tr("Save…"), tr("Save the picture as a file")), &QToolButton::clicked, this,
           &TChartPane::Save);
@@ -227,20 +227,9 @@ void TChartPane::SetForm(int pItem) {
 }
 
 TChartType TChartPane::Type() const {
-  if (IsHistory())
-    return fOptions->HistoryChartType == THistoryChartForm::hfLine ? TChartType::ctLine : TChartType::ctArea;
-  switch (fOptions->ChartType) {
-    case TChartForm::cfBar:
-      return TChartType::ctBar;
-    case TChartForm::cfColumn:
-      return TChartType::ctColumn;
-    case TChartForm::cfPie:
-      return TChartType::ctPie;
-    case TChartForm::cfRing:
-      return TChartType::ctRing;
-    default:
-      return UsualTypeOf(fSource);
-  }
+  if (IsHistory()) return PostScanActions::ChartTypeOf(fOptions->HistoryChartType);
+  if (fOptions->ChartType == TChartForm::cfAutomatic) return UsualTypeOf(fSource);
+  return PostScanActions::ChartTypeOf(fOptions->ChartType);
 }
 
 void TChartPane::Read() {

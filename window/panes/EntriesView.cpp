@@ -126,6 +126,20 @@ void TEntriesView::Activate(const QModelIndex& pIndex) {
   if (fModel.KindAt(pIndex) == TEntryKind::ekMore) fModel.ShowMore(pIndex);
 }
 
+std::shared_ptr<const TExpandedFolders> TEntriesView::ExpandedFolders(const QModelIndex& pTop) const {
+  auto expanded = std::make_shared<TExpandedFolders>();
+  std::vector<QModelIndex> rows{pTop};
+  while (!rows.empty()) {
+    const QModelIndex row = rows.back();
+    rows.pop_back();
+    const TRef<IFolderData> folder = isExpanded(row) ? fModel.NodeAt(row) : nullptr;
+    if (!folder) continue;
+    expanded->Add(folder);
+    for (int i = 0; i < fModel.rowCount(row); ++i) rows.push_back(fModel.index(i, ecName, row));
+  }
+  return expanded;
+}
+
 // Scrolling to the row that stands for others shows some of them.
 void TEntriesView::ShowMoreInSight() {
   if (verticalScrollBar()->value() < verticalScrollBar()->maximum()) return;

@@ -3,9 +3,11 @@
 // The view of entries: of the tree, and of one folder's contents.
 
 #include <QTreeView>
+#include <memory>
 #include <vector>
 
 #include "model/columns/MetaData.h"
+#include "model/tree/ExpandedFolders.h"
 
 namespace Vantrel::Window {
 
@@ -25,6 +27,8 @@ class TEntriesView : public QTreeView {
   QByteArray Layout() const;
   // Restores what Layout gave. Without it the usual columns are shown.
   void SetLayout(const QByteArray& pLayout);
+  // What is shown expanded of a row and beneath it.
+  std::shared_ptr<const TExpandedFolders> ExpandedFolders(const QModelIndex& pTop) const;
   void SetEmptyText(const QString& pText) { fEmptyText = pText; }
 
  Q_SIGNALS:

@@ -82,6 +82,17 @@ void TListPane::SetUnit(TSizeUnit pUnit) {
   fModel->SetUnit(pUnit);
 }
 
+namespace {
+
+// The place of a column in the list; -1 if it has none.
+int PlaceOf(const Presentation::TList& pList, std::optional<TColumn> pColumn) {
+  for (size_t i = 0; i < pList.fColumns.size(); ++i)
+    if (pList.fColumns[i].fColumn == pColumn) return static_cast<int>(i);
+  return -1;
+}
+
+}  // namespace
+
 // --- the list --------------------------------------------------------------------------------------------------------
 
 void TListPane::Fill() {
@@ -93,8 +104,10 @@ void TListPane::Fill() {
     return;
   }
   fIsFilling = true;
-  auto fill = [fill = fFill, place = fPlace, column = fSortColumn, descending = fDescending] {
+  auto fill = [fill = fPrepareFill ? fPrepareFill() : fFill, place = fPlace, chosen = fSortColumn, first = fSortAtFirst,
+               descending = fDescending] {
     Presentation::TList list = fill(place);
+    const int column = chosen >= 0 ? chosen : PlaceOf(list, first);
     if (column >= 0 && static_cast<size_t>(column) < list.fColumns.size())
       Presentation::SortRows(list, static_cast<size_t>(column), descending);
     return list;
@@ -121,6 +134,10 @@ void TListPane::Receive(Presentation::TList pList) {
   const int scrolled = fTable->verticalScrollBar()->value();
   fTitle->setText(Shown(pList.fTitle));
   fTitle->setToolTip(fTitle->text());
+  if (fSortColumn < 0) {
+    const QSignalBlocker quiet(fTable->header());
+    fTable->header()->setSortIndicator(PlaceOf(pList, fSortAtFirst), Qt::DescendingOrder);
+  }
   fModel->SetList(std::move(pList));
   if (const int row = current >= 0 ? fModel->RowOfKey(currentKey) : -1; row >= 0)
     fTable->selectionModel()->setCurrentIndex(fModel->index(row, 0), QItemSelectionModel::NoUpdate);

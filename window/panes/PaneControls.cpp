@@ -4,7 +4,7 @@
 
 namespace Vantrel::Window {
 
-TPaneControls::TPaneControls(QWidget* pPane) : fPane(pPane), fRow(new QHBoxLayout) {
+TPaneControls::TPaneControls(QWidget* pPane) : fPane(pPane), fRow(new TFlowLayout) {
   fRow->setContentsMargins(6, 4, 6, 4);
   fRow->setSpacing(4);
 }

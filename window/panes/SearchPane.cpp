@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
@@ -15,6 +16,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "automation/commandline/KeptSearches.h"
 #include "search/files/ReadySearches.h"
 #include "search/query/QueryError.h"
 #include "window/main/WindowStart.h"
@@ -31,7 +33,7 @@ namespace {
 
 // While a search runs, its list may take one part in so many of a thread's time.
 constexpr int kLookShare = 10;
-constexpr int kLeastPause = 150;  // milliseconds between two looks
+constexpr int kPauseBetweenLooks = 150;  // milliseconds between two looks
 
 // What came of the attempt to start a search.
 struct TStarted {
@@ -137,30 +139,89 @@ QWidget* TSearchPane::MakeControls() {
   row->setContentsMargins(10, 6, 6, 6);
   row->setSpacing(4);
   row->addWidget(fQuery, 1);
-  for (QWidget* widget : std::initializer_list<QWidget*>{fTarget, fStartButton, fStopButton, NewReadyButton()})
+  for (QWidget* widget : std::initializer_list<QWidget*>{fTarget, fStartButton, fStopButton, NewSearchesButton()})
     row->addWidget(widget);
   row->addWidget(fExportButton);
   return controls;
 }
 
-QToolButton* TSearchPane::NewReadyButton() {
+QToolButton* TSearchPane::NewSearchesButton() {
   auto* button = new QToolButton;
-  button->setText(tr("Ready-made"));
-  button->setToolTip(tr("Ready-made searches"));
+  button->setText(tr("Searches"));
+  button->setToolTip(tr("Kept and ready-made searches"));
   button->setAutoRaise(true);
   button->setFocusPolicy(Qt::TabFocus);
   button->setPopupMode(QToolButton::InstantPopup);
-  auto* menu = new QMenu(button);
+  fSearches = new QMenu(button);
+  fSearches->setToolTipsVisible(true);
+  connect(fSearches, &QMenu::aboutToShow, this, &TSearchPane::FillSearches);
+  button->setMenu(fSearches);
+  return button;
+}
+
+void TSearchPane::FillSearches() {
+  qDeleteAll(fSearches->findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
+  fSearches->clear();
+  auto* forget = new QMenu(tr("Forget"), fSearches);
+  for (const auto& [name, query] : fStart.fOptions->KeptSearches) {
+    QAction* action = fSearches->addAction(Shown(name).replace(u'&', QStringLiteral("&&")));
+    action->setToolTip(Shown(query));
+    connect(action, &QAction::triggered, this, [this, query = query] {
+      SetQuery(query);
+      Start();
+    });
+    connect(forget->addAction(action->text()), &QAction::triggered, this,
+            [this, name = ToQString(name)] { Forget(name); });
+  }
+  fSearches->addSeparator();
   for (const Search::TReadySearch& search : Search::ReadySearches()) {
     QString meaning = QCoreApplication::translate("ReadySearches", search.fMeaning.data());
     meaning[0] = meaning[0].toUpper();
-    connect(menu->addAction(meaning), &QAction::triggered, this, [this, &search] {
+    QAction* action = fSearches->addAction(meaning);
+    action->setToolTip(Shown(search.fQuery));
+    connect(action, &QAction::triggered, this, [this, &search] {
       SetQuery(std::u16string(search.fQuery));
       Start();
     });
   }
-  button->setMenu(menu);
-  return button;
+  fSearches->addSeparator();
+  const bool canKeep = !fStart.fReadOnly && !fStart.fUserOptionsFile.empty();
+  QAction* keep = fSearches->addAction(tr("Keep this search…"), this, &TSearchPane::AskForName);
+  keep->setEnabled(canKeep && !fQuery->text().trimmed().isEmpty());
+  fSearches->addMenu(forget)->setEnabled(canKeep && !forget->isEmpty());
+}
+
+void TSearchPane::AskForName() {
+  const QString name = QInputDialog::getText(this, tr("Keep this search"), tr("Its name:"));
+  if (!name.trimmed().isEmpty()) Keep(name.trimmed());
+}
+
+void TSearchPane::Keep(const QString& pName) {
+  CommandLine::TCommandLineState change;
+  change.fKeptName = FromQString(pName);
+  change.fQuery = FromQString(fQuery->text());
+  if (Search::FindReadySearch(change.fKeptName))
+    return ShowError(tr("A ready-made search is named %1.").arg(Shown(change.fKeptName)));
+  if (ChangeKept(change)) fStatus->setText(tr("Kept as %1").arg(Shown(change.fKeptName)));
+}
+
+void TSearchPane::Forget(const QString& pName) {
+  CommandLine::TCommandLineState change;
+  change.fForgottenSearches = {FromQString(pName)};
+  ChangeKept(change);
+}
+
+// In the file, where another window may have kept others, and in the options of this run.
+bool TSearchPane::ChangeKept(const CommandLine::TCommandLineState& pChange) {
+  try {
+    if (!fStart.fReadOnly && !fStart.fUserOptionsFile.empty())
+      CommandLine::ChangeKeptSearches(pChange, fStart.fUserOptionsFile, fStart.fProgramName, fStart.fVersion);
+    CommandLine::ChangeKeptSearches(pChange, *fStart.fOptions);
+    return true;
+  } catch (const std::exception& error) {
+    ShowError(FromUtf8Text(error.what()));
+    return false;
+  }
 }
 
 void TSearchPane::ShowPlace(const TPlace& pPlace) {
@@ -183,6 +244,10 @@ void TSearchPane::SetQuery(const std::u16string& pQuery) {
 
 QString TSearchPane::Message() const {
   return fMessage->isHidden() ? QString() : fMessage->text();
+}
+
+QString TSearchPane::Status() const {
+  return fStatus->text();
 }
 
 void TSearchPane::ShowError(const QString& pText) {
@@ -254,7 +319,7 @@ void TSearchPane::Look() {
         TakeNews(std::move(pNews.fValue));
         SetSearching(!hasEnded);
         if (!hasEnded)
-          fNextLook.start(static_cast<int>(std::max<qint64>(kLeastPause, taken * kLookShare)));
+          fNextLook.start(static_cast<int>(std::max<qint64>(kPauseBetweenLooks, taken * kLookShare)));
         else if (!(order == fOrder))
           Look();
       });

@@ -10,6 +10,7 @@
 
 class QComboBox;
 class QLabel;
+class QMenu;
 class QToolButton;
 
 namespace Vantrel::Window {
@@ -32,6 +33,10 @@ class TSearchPane : public TPane {
   void SetUnit(TSizeUnit pUnit);
 
   void SetQuery(const std::u16string& pQuery);
+  // Keeps the query of the line with a name in the user's options file, as --keepsearch does; or forgets one.
+  void Keep(const QString& pName);
+  void Forget(const QString& pName);
+  QMenu& Searches() { return *fSearches; }
   // Searches for the query that stands in the line. A search that runs is given up.
   void Start();
   void Stop();
@@ -46,10 +51,14 @@ class TSearchPane : public TPane {
   TListModel& Model() { return *fModel; }
   TTableView& Table() { return *fTable; }
   QString Message() const;
+  QString Status() const;
 
  private:
   QWidget* MakeControls();
-  QToolButton* NewReadyButton();
+  QToolButton* NewSearchesButton();
+  void FillSearches();
+  void AskForName();
+  bool ChangeKept(const CommandLine::TCommandLineState& pChange);
   void Look();
   void TakeNews(TSearchNews pNews);
   void ShowError(const QString& pText);
@@ -65,6 +74,7 @@ class TSearchPane : public TPane {
   QToolButton* fStartButton = nullptr;
   QToolButton* fStopButton = nullptr;
   QToolButton* fExportButton = nullptr;
+  QMenu* fSearches = nullptr;  // kept and ready-made ones
   QLabel* fMessage;
   TTableView* fTable;
   TListModel* fModel;

@@ -52,8 +52,11 @@ void TSearchWork::Start() {
   IHierarchicalRoot& root = *fWish.fPlace.fRoot;
   const bool isLoaded = (root.GetState() & rsIsXMLImport) != 0;
   Search::TFileSearchSettings settings;
+  settings.fMostFound = fWish.fOptions->SearchLimit;
+  Search::TQuerySettings query;
+  query.fNormalizesUnicode = fWish.fOptions->NormalizeUnicode;
   settings.fExpression =
-      AdaptExpression(Search::TDSMExpressionParser().Parse(fWish.fQuery),
+      AdaptExpression(Search::TDSMExpressionParser(query).Parse(fWish.fQuery),
                       isLoaded && !fWish.fOnDisk ? TFileFactsReader::kOfTree : TFileFactsReader::kOfStorage);
   settings.fThreads = fWish.fOptions->MaximumThreads;
   settings.fPriority = fWish.fOptions->ThreadPriority;
@@ -117,6 +120,8 @@ QString TSearchWork::Status(const Search::TSearchProgress& pProgress, bool pHasE
   parts << Text(QT_TRANSLATE_NOOP("TSearchWork", "among %1 files and %2 folders"))
                .arg(ShownCount(pProgress.fFiles, format), ShownCount(pProgress.fFolders, format));
   if (pHasEnded && fSearch->WasCancelled()) parts << Text(QT_TRANSLATE_NOOP("TSearchWork", "stopped"));
+  if (pHasEnded && fSearch->HasFoundEnough())
+    parts << Text(QT_TRANSLATE_NOOP("TSearchWork", "ended at the limit of the option SearchLimit"));
   if (pProgress.fErrors > 0)
     parts << Text(QT_TRANSLATE_NOOP("TSearchWork", "incomplete: %1 could not be read"))
                  .arg(ShownCount(pProgress.fErrors, format));

@@ -92,7 +92,6 @@ void TTreemapPane::AddControls() {
   fFreeSpace = controls.AddTextButton(tr("Free space"), tr("Show the free space of the drive, too"));
   fFreeSpace->setCheckable(true);
   connect(fFreeSpace, &QToolButton::toggled, this, [this] { Update(); });
-  controls.AddGap();
   connect(controls.AddTextButton(tr("Copy"), tr("Copy the picture")), &QToolButton::clicked, this, &TTreemapPane::Copy);
   connect(controls.AddTextButton(tr("Save…"), tr("Save the picture as a file")), &QToolButton::clicked, this,
           &TTreemapPane::Save);

@@ -52,7 +52,6 @@ class TReport {
  public:
   TGlobalOptions fOptions;
   TMediaSettings fSettings;
-  int fWidth = 0;
   TLineList fOutput;
 
   TReport() {
@@ -61,7 +60,6 @@ class TReport {
   }
   std::vector<std::string> Of(TFakeRoot& pRoot) {
     TFormattedTextExport report(fSettings, fOptions, "Vantrel");
-    report.SetMaximumWidth(fWidth);
     fComplete = report.Export(pRoot, fOutput);
     return fOutput.fLines;
   }
@@ -109,14 +107,65 @@ TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
   auto root = MakeRoot();
   root->fTop->Add(MakeRef<TFakeFolder>(std::u16string(200, u'n'), Values(1, 1, 1, 0)));
   TReport narrow;
-  narrow.fWidth = 80;
+  narrow.fOutput.fWidth = {80, true};
   for (const std::string& line : narrow.Of(*root)) EXPECT_LE(DisplayWidth(line), 80) << line;
-  TReport wide;
-  EXPECT_THAT(wide.Of(*root), testing::Contains(HasSubstr(std::string(200, 'n'))));
+  for (const TLineWidth width : {TLineWidth(), TLineWidth{80, false}}) {
+    TReport wide;
+    wide.fOutput.fWidth = width;
+    EXPECT_THAT(wide.Of(*root), testing::Contains(HasSubstr(std::string(200, 'n'))));
+  }
 
   EXPECT_EQ(ShortenedToWidth("abcdef", 6), "abcdef");
   EXPECT_EQ(ShortenedToWidth("abcdefg", 6), "abcde…");
   EXPECT_EQ(ShortenedToWidth("日本語", 4), "日…");  // two columns each: a second one would need five
+  EXPECT_EQ(PathShortenedToWidth("/usr/lib/x/libm.so", 12), "/usr…libm.so");
+  EXPECT_EQ(PathShortenedToWidth("/日本/語.so", 10), "/日…/語.so");  // 3 columns, 1 and 6
+}
+
+TEST(FormattedReport, TellsWhatADriveHoldsBesideTheTree) {
+  auto root = MakeRoot();  // 4 MB on the disk
+  root->fStorage.fMountPoint = u"/no such place";
+  root->fStorage.fUsedBytes = 10 << 20;
+  const auto told = [&] { return UnseenInformation(*root, TValueFormat()); };
+  EXPECT_EQ(told(), "Not in this tree: 6.0 MB of 10.0 MB in use");
+  root->fStorage.fDeletedBytes = 1 << 20;
+  root->fStorage.fReservedBytes = 2 << 20;
+  EXPECT_EQ(told(),
+            "Not in this tree: 6.0 MB of 10.0 MB in use, 1.0 MB of it deleted files still open; 2.0 MB reserved");
+  root->fStorage.fUsedBytes = 4 << 20;
+  EXPECT_EQ(told(), "");
+  root->fStorage.fUsedBytes = 10 << 20;
+  root->fStorage.fMountPoint = u"/no";
+  EXPECT_EQ(told(), "");
+}
+
+// No more rows of a folder than the limit, and one row for the others: 2 + 1 MB of 3, of 4 on the disk.
+TEST(FormattedReport, OneRowSumsUpWhatALimitLeavesOut) {
+  auto root = MakeRoot();
+  root->fTop->Add(MakeRef<TFakeFolder>(u"more", Values(5 << 20, 5 << 20, 7, 3)));
+  TReport report;
+  report.fSettings.fMostRows = 1;
+  const std::vector<std::string> lines = report.Of(*root);
+  EXPECT_THAT(lines[5], StartsWith("/no such place"));
+  EXPECT_THAT(lines[6], StartsWith("  more"));
+  EXPECT_THAT(lines[7], testing::MatchesRegex("  … and 3 more +4.0 MB +3.0 MB +1,234 +2 +.*"));
+  EXPECT_EQ(lines[8], "");
+}
+
+// The whole row is 75 columns wide. Folders take 9 of them, the last change 13, files 7, size 8.
+TEST(FormattedReport, ColumnsLeaveWhenALineIsTooNarrow) {
+  const auto captions = [](int pColumns, bool pChosen) {
+    TReport report;
+    report.fOutput.fWidth = {pColumns, false};
+    if (pChosen) report.fSettings.fColumns = {TColumn::mdName, TColumn::mdFolders, TColumn::mdLastChange};
+    return report.Of(*MakeRoot())[3];
+  };
+  EXPECT_EQ(captions(75, false), "Name              Size  Allocated  Files  Folders  % of Parent  Last Change");
+  EXPECT_EQ(captions(74, false), "Name              Size  Allocated  Files  % of Parent  Last Change");
+  EXPECT_EQ(captions(65, false), "Name              Size  Allocated  Files  % of Parent");
+  EXPECT_EQ(captions(52, false), "Name              Size  Allocated  % of Parent");
+  EXPECT_EQ(captions(10, false), "Name              Size  % of Parent");
+  EXPECT_EQ(captions(10, true), "Name            Folders  Last Change");
 }
 
 TEST(FormattedReport, WalksDownTenThousandLevels) {
@@ -131,7 +180,7 @@ TEST(FormattedReport, WalksDownTenThousandLevels) {
   }
   TReport report;
   report.fSettings.fRecursionLevel = {};
-  report.fWidth = 80;  // 10,000 lines of 20,000 blanks would be 200 MB
+  report.fOutput.fWidth = {80, true};  // 10,000 lines of 20,000 blanks would be 200 MB
   const std::vector<std::string> lines = report.Of(*root);
   EXPECT_EQ(lines.size(), 3u + 2 + 1 + kLevels + 2);
   // Taken apart from the bottom: releasing the top first would recurse ten thousand times.

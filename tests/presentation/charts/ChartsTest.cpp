@@ -312,7 +312,9 @@ TEST(ChartAxis, TimesBeginAtRoundDates) {
 // --- the data of a root --------------------------------------------------------------------------------------------
 
 void ExpectWholes(TMemoryRoot& pRoot) {
-  const int64_t whole = pRoot.Root().GetTopFolder()->GetSize();
+  const TRef<IFolderData> top = pRoot.Root().GetTopFolder();
+  const bool isAllocated = pRoot.Root().GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
+  const int64_t whole = isAllocated ? top->GetAllocated() : top->GetSize();
   ASSERT_GT(whole, 0);
   for (const TChartData& data : {FoldersData(pRoot.Root(), 3), ExtensionsData(pRoot.Root()),
                                  FileTypesData(pRoot.Root()), OwnersData(pRoot.Root()), FileAgesData(pRoot.Root())}) {

@@ -500,6 +500,62 @@ TEST(ScanEngine, CancellingLeavesWhatWasNotListedUnfinished) {
   }
 }
 
+// One worker, held in the listing of a folder while the pause begins. It then holds before the next folder, so nothing
+// more can be listed.
+TEST(ScanEngine, APausedScanHoldsBeforeItsNextFolderAndGoesOnOrIsStopped) {
+  for (const bool stops : {false, true}) {
+    TScannedStorage scanned(1);
+    TMemoryEntry& held = scanned.Top().AddFolder(u"held");
+    held.AddFile(u"counted", 2);
+    held.AddFolder(u"next").AddFile(u"b", 4);
+    TGate gate;
+    held.fGate = &gate;
+    scanned.Root().PauseScan(true);  // no scan is running
+    EXPECT_EQ(0u, scanned.fRoot->GetState());
+    scanned.Begin();
+    gate.WaitUntilReached();
+    scanned.fRoot->PauseScan(true);
+    EXPECT_EQ(rsScanning | rsPaused, scanned.fRoot->GetState());
+    gate.Open();
+    const TRef<IScanEngine> engine = scanned.fRoot->GetScanEngine();
+    auto& pool = *static_cast<TScanEngine&>(*engine).GetWorkerThreadPool();
+    while (pool.GetHeldThreads() == 0 && !scanned.fRoot->WaitForScan(0)) std::this_thread::yield();
+    EXPECT_EQ(2, scanned.Node(u"/memory/held")->GetSize()) << "what was begun is in the tree";
+    EXPECT_EQ(0, scanned.Node(u"/memory/held/next")->GetSize()) << "it goes on while it is paused";
+    EXPECT_FALSE(scanned.fRoot->WaitForScan(0));
+    const int64_t elapsed = scanned.fRoot->GetProgress().fElapsed;
+    for (const int64_t end = TickCount64() + 5; TickCount64() < end;) std::this_thread::yield();
+    EXPECT_EQ(elapsed, scanned.fRoot->GetProgress().fElapsed) << "a pause counts as time of the scan";
+    if (stops)
+      scanned.fRoot->CancelScan();
+    else
+      scanned.fRoot->PauseScan(false);
+    ASSERT_TRUE(scanned.fRoot->WaitForScan(kForever)) << "stops " << stops;
+    EXPECT_EQ(stops ? rsCancelled : rsFinished, scanned.fRoot->GetState());
+    EXPECT_EQ(stops ? 2 : 6, scanned.fRoot->GetTopFolder()->GetSize());
+    EXPECT_EQ(scanned.fRoot->GetScanDuration(), scanned.fRoot->GetProgress().fElapsed);
+    EXPECT_EQ(stops, !scanned.Differences().empty()) << scanned.Differences();
+    held.fGate = nullptr;
+    scanned.Scan();  // a later scan is not paused
+    EXPECT_EQ(rsFinished, scanned.fRoot->GetState());
+  }
+}
+
+// Disposing of a paused root ends its scan.
+TEST(ScanEngine, APausedScanEndsWithItsRoot) {
+  TScannedStorage scanned(2);
+  TMemoryEntry& held = scanned.Top().AddFolder(u"held");
+  held.AddFolder(u"next");
+  TGate gate;
+  held.fGate = &gate;
+  scanned.Begin();
+  gate.WaitUntilReached();
+  scanned.fRoot->PauseScan(true);
+  gate.Open();
+  scanned.fRoot->Dispose();
+  EXPECT_NE(0u, scanned.fRoot->GetState() & rsDisposed);
+}
+
 // As the path of a share whose server is gone: opening it blocks until it is interrupted.
 TEST(ScanEngine, AnOpeningThatHangsIsCancelled) {
   struct TServices : TMemoryServices {

@@ -19,11 +19,21 @@ std::string LineOf(int pLevel, std::u16string_view pPath, std::u16string_view pN
   return std::to_string(pLevel) + " " + ToUtf8(pPath) + " " + ToUtf8(pName);
 }
 
+// A view that shows the top and some of the other folders expanded.
+bool IsExpanded(const IFolderData& pFolder, int pLevel) {
+  return pLevel == 0 || pFolder.GetSize() % 3 != 0;
+}
+
+void AddExpanded(TExpandedFolders& pExpanded, IFolderData& pFolder, int pLevel = 0) {
+  if (IsExpanded(pFolder, pLevel)) pExpanded.Add(TRef<IFolderData>(&pFolder));
+  for (const TRef<IFolderData>& child : pFolder.FindSubFolders()) AddExpanded(pExpanded, *child, pLevel + 1);
+}
+
 // What the nodes say when they are asked one by one, largest first.
 void AppendSlowly(TLines& pLines, IFolderData& pFolder, int pLevel, const TTreeWalkSettings& pSettings) {
   const bool isShown = pFolder.IsFileGroup() ? pSettings.fShowsFileGroups : pSettings.fShowsFolders;
   if (isShown) pLines.push_back(LineOf(pLevel, pFolder.GetFullPath(), pFolder.GetObjectName()));
-  if (pLevel == pSettings.fDeepestLevel) return;
+  if (pLevel == pSettings.fDeepestLevel || (pSettings.fExpanded && !IsExpanded(pFolder, pLevel))) return;
   bool isFilesNodeShown = false;
   for (const TRef<IFolderData>& child : pFolder.FindSubFolders()) {
     if (child->IsFileGroup() && !pSettings.fShowsFileGroups) continue;
@@ -72,16 +82,19 @@ TEST(TreeWalk, VisitsWhatTheSettingsShow) {
   random.AddFile(root.Top());
   root.Scan();
   IFolderData& top = *root.fRoot->GetTopFolder();
-  for (int form = 0; form < 64; ++form) {
+  const auto expanded = std::make_shared<TExpandedFolders>();
+  AddExpanded(*expanded, top);
+  for (int form = 0; form < 128; ++form) {
     TTreeWalkSettings settings;
     settings.fShowsFolders = form & 1;
     settings.fShowsFileGroups = form & 2;
     settings.fShowsFiles = form & 4;
     if (form & 8) settings.fDeepestLevel = 2;
     if (form & 16) settings.fSmallest = 20'000;
+    if (form & 64) settings.fExpanded = expanded;
     TLines expected, found;
     AppendSlowly(expected, top, 0, settings);
-    if (form & 7) {
+    if ((form & 7) && !(form & 64)) {
       ASSERT_FALSE(expected.empty()) << form;
     }
     if (form & 32) {  // in no order, the same rows

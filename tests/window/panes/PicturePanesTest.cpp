@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QGuiApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolButton>
 #include <QToolTip>
 #include <QWheelEvent>
 
@@ -224,6 +226,23 @@ TEST_F(TPanes, PicturesAreSavedAndCopied) {
   fMap.Copy();
   EXPECT_EQ(QGuiApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), fMap.View().GetImage());
   EXPECT_THROW(fMap.SaveToFile(folder.File("missing/map.png")), EException);
+}
+
+// In a narrow pane the controls take several rows, and none is cut off or lies on another.
+TEST_F(TPanes, ControlsFitANarrowPane) {
+  for (QWidget* pane : std::initializer_list<QWidget*>{&fMap, &fChart}) {
+    EXPECT_LT(pane->minimumSizeHint().width(), 300);
+    pane->resize(320, 400);
+    pane->show();
+    QTest::qWait(0);
+    QRect taken;
+    for (QWidget* control : pane->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+      if (!qobject_cast<QToolButton*>(control) && !qobject_cast<QComboBox*>(control)) continue;
+      EXPECT_TRUE(pane->rect().contains(control->geometry())) << control->toolTip().toStdString();
+      EXPECT_FALSE(taken.isValid() && taken.intersects(control->geometry())) << control->toolTip().toStdString();
+      taken = control->geometry();
+    }
+  }
 }
 
 TEST_F(TPanes, HintsAreNeverReadAsMarks) {

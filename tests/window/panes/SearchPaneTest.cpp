@@ -4,8 +4,11 @@
 
 #include <QComboBox>
 #include <QHeaderView>
+#include <QMenu>
 #include <QTabWidget>
+#include <algorithm>
 
+#include "export/xml/OptionsFile.h"
 #include "tests/window/WindowHarness.h"
 #include "window/models/ListModel.h"
 #include "window/panes/EntriesView.h"
@@ -33,7 +36,11 @@ struct TSearchPaneTest : ::testing::Test, TWindowHarness {
   QStringList Find(const char* pQuery) {
     Action("search").trigger();
     Pane().Query().clear();
-    QTest::keyClicks(&Pane().Query(), QString::fromUtf8(pQuery));
+    const QString query = QString::fromUtf8(pQuery);
+    if (std::all_of(query.begin(), query.end(), [](QChar pChar) { return pChar.unicode() < 128; }))
+      QTest::keyClicks(&Pane().Query(), query);
+    else
+      Pane().Query().insert(query);  // Qt Test has no such keys
     QTest::keyClick(&Pane().Query(), Qt::Key_Return);
     EXPECT_TRUE(WaitFor([&] { return !Pane().IsSearching(); })) << pQuery;
     return Names();
@@ -104,6 +111,58 @@ TEST_F(TSearchPaneTest, OpensWithTheQueryOfTheCommandLine) {
   fStart.fSearchesAtOnce = true;
   EXPECT_EQ(Window().Panes().currentWidget(), &Pane());
   EXPECT_TRUE(WaitFor([&] { return Names() == QStringList({"letter.txt"}); }));
+}
+
+TEST_F(TSearchPaneTest, ObeysTheOptionsOfSearches) {
+  fData.Put("papers/cafe\xCC\x81.txt", "accent");  // a letter and an accent
+  ASSERT_TRUE(ScanData());
+  EXPECT_EQ(Find("caf\xC3\xA9"), QStringList());
+  Window().Session().Options().NormalizeUnicode = true;
+  EXPECT_EQ(Find("caf\xC3\xA9").size(), 1) << "the accent is a character of its own";
+  for (const int target : {0, 1}) {
+    Pane().Target().setCurrentIndex(target);
+    Window().Session().Options().SearchLimit = 0;
+    EXPECT_EQ(Find("ext:txt").size(), 3);
+    EXPECT_FALSE(Pane().Status().contains("limit")) << Pane().Status().toStdString();
+    Window().Session().Options().SearchLimit = 1;
+    EXPECT_EQ(Find("ext:txt").size(), 1) << target;
+    EXPECT_TRUE(Pane().Status().contains("limit")) << Pane().Status().toStdString();
+  }
+}
+
+// The names of the searches that the menu offers before the ready-made ones.
+QStringList KeptIn(TSearchPane& pPane) {
+  Q_EMIT pPane.Searches().aboutToShow();
+  QStringList names;
+  for (const QAction* action : pPane.Searches().actions()) {
+    if (action->isSeparator()) break;
+    names << action->text();
+  }
+  return names;
+}
+
+TEST_F(TSearchPaneTest, KeepsSearchesByName) {
+  ASSERT_TRUE(ScanData());
+  EXPECT_EQ(KeptIn(Pane()), QStringList());
+  Pane().SetQuery(u"ext:mp4");
+  Pane().Keep("Films & more");
+  Pane().SetQuery(u"ext:txt");
+  Pane().Keep("texts");
+  Pane().Keep("largest");
+  EXPECT_TRUE(Pane().Message().contains("ready-made")) << "a kept search hides a ready-made one";
+  Close();
+  fStart.fOptions = std::make_shared<TGlobalOptions>();  // another run
+  Options::LoadOptionsFile(fStart.fUserOptionsFile, *fStart.fOptions);
+  ASSERT_TRUE(ScanData());
+  ASSERT_EQ(KeptIn(Pane()), QStringList({"Films && more", "texts"}));
+  Action("search").trigger();
+  Pane().Searches().actions().front()->trigger();
+  EXPECT_TRUE(WaitFor([&] { return Names() == QStringList({"long.mp4", "short.mp4"}); }));
+  Pane().Forget("texts");
+  EXPECT_EQ(KeptIn(Pane()), QStringList({"Films && more"}));
+  TGlobalOptions kept;
+  Options::LoadOptionsFile(fStart.fUserOptionsFile, kept);
+  EXPECT_EQ(kept.KeptSearches.size(), 1u) << "the file still has it";
 }
 
 // Stop, another search and the end of the window each meet a search that runs.

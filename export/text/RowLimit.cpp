@@ -1,0 +1,64 @@
+#include "export/text/RowLimit.h"
+
+namespace Vantrel::Exporting {
+
+namespace {
+
+int64_t SizeOf(const TSizeValues& pValues, TColumn pColumn) {
+  return pColumn == TColumn::mdAllocated ? pValues.fAllocated : pValues.fSize;
+}
+
+}  // namespace
+
+TMetaDataValue TRestOfFolder::GetValue(TColumn pColumn, TColumn pLeadingSize) const {
+  switch (pColumn) {
+    case TColumn::mdSize:
+    case TColumn::mdAllocated:
+      return SizeOf(fValues, pColumn);
+    case TColumn::mdFiles:
+      return fValues.fFiles;
+    case TColumn::mdFolders:
+      return fValues.fFolders;
+    case TColumn::mdItems:
+      return fValues.fFiles + fValues.fFolders;
+    case TColumn::mdPercentOfParent:
+      return ShareOfWhole(SizeOf(fValues, pLeadingSize), SizeOf(fOfParent, pLeadingSize));
+    default:
+      return {};
+  }
+}
+
+TRowLimit::TVerdict TRowLimit::Take(const TTreeRow& pRow) {
+  const auto level = static_cast<size_t>(pRow.fLevel);
+  if (fMost <= 0) return TVerdict::rvShow;
+  if (fLeftOut >= 0 && pRow.fLevel > fLeftOut) return TVerdict::rvLeaveOut;
+  fLeftOut = -1;
+  if (!CloseFrom(level + 1)) return TVerdict::rvStop;
+  const TEntryView view = pRow.View();
+  const bool isFolder = !pRow.IsFile() && !pRow.fFolder.IsFileGroup();
+  TSizeValues values = view.GetValues();
+  fLevels.resize(level + 2);
+  fLevels[level + 1].fRest.fLevel = pRow.fLevel + 1;
+  fLevels[level + 1].fRest.fOfParent = values;
+  TLevel& here = fLevels[level];
+  if (level == 0 || ++here.fRows <= fMost) return TVerdict::rvShow;
+  // A folder counts itself, too.
+  if (isFolder) ++values.fFolders;
+  here.fRest.fLevel = pRow.fLevel;
+  ++here.fRest.fRows;
+  here.fRest.fValues += values;
+  fLeftOut = pRow.fLevel;
+  return TVerdict::rvLeaveOut;
+}
+
+// The innermost folder ends first.
+bool TRowLimit::CloseFrom(size_t pLevel) {
+  while (fLevels.size() > pLevel) {
+    const TRestOfFolder rest = fLevels.back().fRest;
+    fLevels.pop_back();
+    if (rest.fRows > 0 && !fWriteRest(rest)) return false;
+  }
+  return true;
+}
+
+}  // namespace Vantrel::Exporting
