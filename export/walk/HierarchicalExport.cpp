@@ -130,17 +130,18 @@ bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {
   fFailed = false;
   ReadErrors(pRoot);
   WriteRoot(pRoot);
-  fErrors.clear();
+  ForgetErrors();
   fOutput = nullptr;
   return !fFailed;
 }
 
-void TFileStreamExport::ReadErrors(const IHierarchicalRoot& pRoot) {
+void TBaseExport::ReadErrors(const IHierarchicalRoot& pRoot) {
   for (const TScanError& error : pRoot.GetErrors())
-    if (error.fObject) fErrors.emplace(error.fObject.get(), error.fText + (error.fPartial ? u" (read in part)" : u""));
+    if (error.fObject)
+      fErrors.emplace(error.fObject.get(), error.fPartial ? error.fText + std::u16string(kPartialError) : error.fText);
 }
 
-std::u16string_view TFileStreamExport::ErrorOf(const TTreeRow& pRow) const {
+std::u16string_view TBaseExport::ErrorOf(const TTreeRow& pRow) const {
   if (fErrors.empty() || pRow.IsFile()) return {};
   const auto found = fErrors.find(&pRow.fFolder);
   return found == fErrors.end() ? std::u16string_view() : found->second;
