@@ -1,3 +1,6 @@
+// Holds what is opened from a source in small pieces against what a whole source gives: JSON, and forms of other
+// programs.
+
 #include <gtest/gtest.h>
 
 #include <string>
