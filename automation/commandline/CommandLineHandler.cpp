@@ -302,7 +302,9 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckWindow();
   FinalizeExports();
   for (std::string& message : FilesOfRun(fState, fUserOptionsFile).Conflicts()) fErrors.push_back(std::move(message));
-  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
+  // "-h /data": other programs read sizes for people from that, and take no topic.
+  const bool isPath = Vantrel::PathExists(fState.fHelpTopic);
+  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText) && !(isPath && TryFindHelp({}, fHelpText)))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
   if (fState.fForgetSettings) fState.fSaveSettings = false;

@@ -444,7 +444,7 @@ constexpr TSwitch kSwitches[] = {
      {},
      "Also on \"man\", a manual page, and on \"bash\", \"zsh\" and \"fish\", completions for these shells."},
     {{u"?", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
-    {{u"H", vkNone, kRepeated}, srAlias, "", "", AskHelp},
+    {{u"H", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
     {{u"VERSION", vkNone, kRepeated}, srUsual, "", "the program's version", SetFlag<&TState::fVersion>},
 
     // Known, but not built.
