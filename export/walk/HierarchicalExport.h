@@ -65,9 +65,6 @@ class TBaseExport {
   std::span<const TColumn> Columns() const { return fColumns; }
   // Sorts siblings by their change since the compared scan, the largest change first.
   void SetSortByChange(bool pSortByChange) { fSortByChange = pSortByChange; }
-  // The size that leads: siblings come in its order unless another one is set, and what is left out is small in it.
-  // mdSize unless it is set to mdAllocated.
-  void SetLeadingSize(TColumn pColumn) { fLeadingSize = pColumn; }
   // What a view shows expanded. With IncludeExpandedOnly, nothing else is entered. nullptr without a view.
   void SetExpanded(std::shared_ptr<const TExpandedFolders> pExpanded) { fExpanded = std::move(pExpanded); }
   // The value format for the settings.
@@ -87,6 +84,10 @@ class TBaseExport {
   // if the root is not compared, the exporter writes only the tree.
   void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
   const TRef<IComparison>& GoneSince() const { return fGoneSince; }
+  // The size that leads, mdSize or mdAllocated: siblings come in its order unless another one is set, what is left out
+  // is small in it, and percentages refer to it. mdSize unless it is set.
+  TColumn LeadingSize() const { return fLeadingSize; }
+  void SetLeadingSize(TColumn pColumn) { fLeadingSize = pColumn; }
   // The bytes below which the settings leave something out of this tree; 0: nothing.
   int64_t SmallestShown(const IFolderData& pTop) const;
 
