@@ -48,6 +48,7 @@ TFormattedTextExport::TFormattedTextExport(const TMediaSettings& pSettings, cons
     : TBaseTextExport(pSettings), fOptions(pOptions), fProgramName(std::move(pProgramName)), fFormat(ValueFormat()) {}
 
 void TFormattedTextExport::ChooseColumns() {
+  SetSortByChange(fComparison != nullptr);
   if (!Settings().fColumns.empty()) return SetColumns(Settings().fColumns);
   const TColumn other = LeadingSize() == TColumn::mdSize ? TColumn::mdAllocated : TColumn::mdSize;
   SetColumns({TColumn::mdName, LeadingSize(), other, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdPercentOfParent,
@@ -55,7 +56,6 @@ void TFormattedTextExport::ChooseColumns() {
   if (!fComparison) return;
   SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
               LeadingSize(), TColumn::mdFiles, TColumn::mdLastChange});
-  SetSortByChange(true);
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
