@@ -328,7 +328,7 @@ void TCommandLineHandler::CheckScans() {
   if (fState.fPathsEndWithNul && std::none_of(fState.fExports.begin(), fState.fExports.end(), isPathList))
     fErrors.push_back("--null is for path lists: write one with --pathlist");
   const size_t scans = NumberOfScans(fState);
-  if (scans > 1 && !fState.fCompareFile.empty())
+  if (scans > 1 && !fState.fCompareFile.empty() && !Vantrel::FolderExists(fState.fCompareFile))
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
   if (scans > static_cast<size_t>(fOptions.MaximumRoots))
     fErrors.push_back(fmt::format("{} scans are asked for, and one run takes {} (option MaximumRoots)", scans,

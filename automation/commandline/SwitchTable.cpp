@@ -78,10 +78,11 @@ constexpr TSwitch kSwitches[] = {
     {{u"COMPARE", vkPath, kOnce},
      srUsual,
      "FILE",
-     "show changes since an XML file",
+     "show changes since an XML file, or since the newest in a folder",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Exports then know the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
+     "Of a folder, the newest file with a whole scan of the same path from before today is taken. Exports then know "
+     "the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
      "them."},
     {{u"SEARCH", vkPattern, kOnce},
      srUsual,
