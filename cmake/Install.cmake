@@ -4,9 +4,6 @@
 include(GNUInstallDirs)
 set(VANTREL_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
     "Folder for zsh's completions; Debian's own programs use share/zsh/vendor-completions")
-# Folders are open to all users, whatever mask root works with.
-set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(VANTREL_ICON_SIZES 16 32 48 256)
 # A licence is installed when the sources hold one.
 file(GLOB VANTREL_LICENCE CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/LICEN[CS]E* ${CMAKE_SOURCE_DIR}/COPYING*)

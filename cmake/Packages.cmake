@@ -7,7 +7,6 @@ set(CPACK_PACKAGE_VENDOR ${VANTREL_PEOPLE})
 # The project has no mail address. Debian's form wants one, so it is one that cannot exist.
 set(CPACK_PACKAGE_CONTACT "${VANTREL_PEOPLE} <developers@vantrel.invalid>")
 set(CPACK_STRIP_FILES ON)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS})
 
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
