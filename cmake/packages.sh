@@ -6,9 +6,8 @@ packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libic
   libzip-dev zlib1g-dev libcurl4-openssl-dev libsqlite3-dev libexif-dev libtag1-dev"
 # In addition, packages for the window program.
 packages_window="qt6-base-dev"
-# In addition, to make Debian packages, and zip files for Windows.
-packages_deb="dpkg-dev file gzip"
-packages_zip="g++-mingw-w64-x86-64-posix"
+# In addition, to make Debian packages.
+packages_deb="dpkg-dev file"
 # In addition, to test it on a display of its own.
 packages_window_tests="xvfb xauth fonts-dejavu-core"
 # In addition, packages to build and run the tests, for Linux and for Windows. The benchmarks are built with them, so

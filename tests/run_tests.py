@@ -510,7 +510,8 @@ class Run:
         if environment:
             environment.update(VANTREL_PACKAGES=str(BUILD / "packages"), VANTREL_WINE="wine")
             for path in sorted((ROOT / "tests/packages").glob("*_test.py")):
-                self.report("packages", run_python_test(path, self.options.timeout, environment))
+                # Much of it is apt's work and the network's.
+                self.report("packages", run_python_test(path, max(self.options.timeout, 1800), environment))
 
     def run_window_python(self, stage, environment, **programs):
         environment = dict(environment, **{name: str(path) for name, path in programs.items()})

@@ -15,7 +15,7 @@ TOOLS = "bash-completion zsh fish man-db desktop-file-utils shared-mime-info lib
 # /proc and /dev are mounted in a name space of their own, so that they are gone when the command ends, and so is all that it started.
 ENTER = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "sh", "-ec",
          'mount -t proc proc "$0/proc"; mount --bind /dev "$0/dev"; exec chroot "$0" sh -c "$1"']
-TIMEOUT = 400  # only there to catch a hang
+TIMEOUT = 900  # only there to catch a hang
 
 
 def enter(folder, script, **variables):
