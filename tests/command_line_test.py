@@ -218,7 +218,7 @@ DONE = [
     Row("data", out=("Vantrel Report, ", "6.2 KB", "sub ", "5.2 KB", "[Files]", "1,000 B"), absent=("deep",)),
     Row("/NOGUI /SCAN data;other --NOSPLASH -NOADMIN /DISABLERIGHTSELEVATION /NONE /CLOSEAFTEREXPORT",
         out=("Vantrel Report, ", "6.2 KB", SEPARATOR, "70 B")),
-    Row("/SCANDEFAULT --SizeUnit B", out=(" - 6,370 B - 4 files - 4 folders", "data", "6,300", "other", "70")),
+    Row("/SCANDEFAULT --SizeUnit B -a", out=(" - 6,370 B - 4 files - 4 folders", "data", "6,300", "other", "70")),
     Row("/NOGUI /SCAN data;other /EXPAND 3 /CSV new/folder/data.csv /XML new/data.xml.zip /DATE",
         files={f"new/folder/data_{TODAY}.csv": ("Full Path,Size,", "data,6300,", "sub,5300,", "[Files],5000,", "deep,300,",
                                                 "[Files],1000,", "other,70,"),

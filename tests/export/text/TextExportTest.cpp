@@ -70,7 +70,7 @@ TEST(FormattedReport, IsLaidOutToTheColumn) {
   TReport report;
   EXPECT_THAT(report.Of(*MakeRoot()),
               ElementsAre("Title",                                                                          //
-                          "  /no such place - 3.0 MB - 1,234 files - 2 folders",                            //
+                          "  /no such place - 4.0 MB - 1,234 files - 2 folders",                            //
                           "",                                                                               //
                           "Name            Allocated    Size  Files  Folders  % of Parent  Last Change",    //
                           "--------------  ---------  ------  -----  -------  -----------  -----------",    //
