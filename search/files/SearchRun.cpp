@@ -21,6 +21,8 @@ constexpr int64_t kMillisecondsBetweenFolders = 50;
 TSearchRun::TSearchRun(TFileSearchSettings pSettings)
     : fSettings(std::move(pSettings)), fPool(std::make_unique<ThreadPool::TWorkerThreadPool>(fSettings.fPool)) {
   fPool->SetMaxRunningThreads(fSettings.fThreads);
+  // A search of a tree may take less time than the pool takes to see that another thread would help.
+  fPool->SetMinWorkerThreads(ScanEngine::PreStartedThreads(fPool->GetMaxRunningThreads()));
   fPool->SetPriority(fSettings.fPriority);
   fPool->SetMaxCpuUsage(ScanEngine::CpuCapOf(ProcessorCount()));
   fPool->SetOnAllWorkItemsDone([this] { EndAll(); });
@@ -110,9 +112,8 @@ void TSearchRun::ShowFolder(const std::function<std::u16string()>& pFolder) {
 bool TSearchRun::ShouldShare(size_t pWaiting) const {
   // A worker that gave its last piece away would end and look for another one.
   if (pWaiting <= 1) return false;
-  const int32_t queued = fPool->GetQueueLength();
-  if (queued <= fPool->GetMaxRunningThreads()) return true;
-  return queued <= kMostQueuedPerThread * fPool->GetThreadCount() && fPool->IsCpuUsageBelowMax();
+  if (IsQueueShort()) return true;
+  return fPool->GetQueueLength() <= kMostQueuedPerThread * fPool->GetThreadCount() && fPool->IsCpuUsageBelowMax();
 }
 
 bool TSearchRun::Queue(TRef<ThreadPool::IWorkItem> pJob) {

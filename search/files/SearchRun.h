@@ -40,12 +40,16 @@ class TSearchRun final : public IFactErrors {
   void AddError(TSearchError pError);
   // Takes the items and empties the list.
   void HandOver(std::vector<TFoundItem>& pFound);
+  // Whether anything has been handed over.
+  bool HasFound() const { return fFoundCount.load(std::memory_order_relaxed) > 0; }
   void Count(int64_t pFiles, int64_t pFolders);
   // pFolder is asked for only now and then.
   void ShowFolder(const std::function<std::u16string()>& pFolder);
   void CountGivenUp(int64_t pLines) { fGivenUp.fetch_add(pLines, std::memory_order_relaxed); }
   // Whether a worker with this many waiting pieces of work should give one away.
   bool ShouldShare(size_t pWaiting) const;
+  // Whether so few jobs wait that a worker may soon find none.
+  bool IsQueueShort() const { return fPool->GetQueueLength() <= fPool->GetMaxRunningThreads(); }
   // False when the job cannot be queued. The worker then does it itself.
   bool Queue(TRef<ThreadPool::IWorkItem> pJob);
 
