@@ -50,9 +50,9 @@ class TFileTable : public TInterfaced<IInterface> {
   // The names of the files from pBegin to before pEnd, one behind the other: they stand in the order of the records.
   // There must be at least one such file.
   std::u16string_view NamesOf(size_t pBegin, size_t pEnd) const {
-    const TFileRecord& first = (*this)[pBegin];
+    const size_t begin = pBegin == 0 ? 0 : (*this)[pBegin].fNameOffset;
     const TFileRecord& last = (*this)[pEnd - 1];
-    return {Names() + first.fNameOffset, last.fNameOffset + last.fNameLength - first.fNameOffset};
+    return {Names() + begin, last.fNameOffset + last.fNameLength - begin};
   }
   // The file of this name, letter by letter; nullptr when there is none. Looks at all files.
   const TFileRecord* Find(std::u16string_view pName) const;

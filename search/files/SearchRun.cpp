@@ -1,6 +1,7 @@
 #include "search/files/SearchRun.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "platform/system/Errors.h"
@@ -49,10 +50,17 @@ void TSearchRun::SetPaused(bool pPaused) {
   fChanged.notify_all();
 }
 
+// The pool's clock goes in steps of up to 16 ms, so that a view which looks for results often would see the first one
+// late.
 bool TSearchRun::WaitForEnd(int64_t pMilliseconds) {
-  const int64_t until = TickCount64() + pMilliseconds;
+  using TClock = std::chrono::steady_clock;
+  const TClock::time_point until = TClock::now() + std::chrono::milliseconds(pMilliseconds);
   TCriticalSectionLock lock(fLock);
-  for (int64_t left = pMilliseconds; !fHasEnded && left > 0; left = until - TickCount64()) lock.WaitFor(fChanged, left);
+  while (!fHasEnded) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - TClock::now()).count();
+    if (left <= 0) break;
+    lock.WaitFor(fChanged, left);
+  }
   return fHasEnded;
 }
 
@@ -89,9 +97,8 @@ void TSearchRun::HandOver(std::vector<TFoundItem>& pFound) {
       pFound.resize(static_cast<size_t>(std::max<int64_t>(left, 0)));
     }
     fFoundCount.fetch_add(static_cast<int64_t>(pFound.size()), std::memory_order_relaxed);
-    std::move(pFound.begin(), pFound.end(), std::back_inserter(fFound));
+    fFound.push_back(std::exchange(pFound, {}));
   }
-  pFound.clear();
   if (isEnough) FindEnough();
 }
 
@@ -127,8 +134,18 @@ bool TSearchRun::Queue(TRef<ThreadPool::IWorkItem> pJob) {
 }
 
 std::vector<TFoundItem> TSearchRun::TakeFound() {
-  TCriticalSectionLock lock(fLock);
-  return std::exchange(fFound, {});
+  std::vector<std::vector<TFoundItem>> blocks;
+  {
+    TCriticalSectionLock lock(fLock);
+    blocks.swap(fFound);
+  }
+  if (blocks.size() == 1) return std::move(blocks.front());
+  size_t count = 0;
+  for (const auto& block : blocks) count += block.size();
+  std::vector<TFoundItem> found;
+  found.reserve(count);
+  for (auto& block : blocks) std::move(block.begin(), block.end(), std::back_inserter(found));
+  return found;
 }
 
 TSearchProgress TSearchRun::GetProgress() const {

@@ -38,7 +38,7 @@ class TSearchRun final : public IFactErrors {
   bool IsStopped() override;
   void FileFailed(const std::u16string& pPath, uint32_t pCode, std::string_view pText) override;
   void AddError(TSearchError pError);
-  // Takes the items and empties the list.
+  // Takes the list and leaves an empty one.
   void HandOver(std::vector<TFoundItem>& pFound);
   // Whether anything has been handed over.
   bool HasFound() const { return fFoundCount.load(std::memory_order_relaxed) > 0; }
@@ -71,7 +71,7 @@ class TSearchRun final : public IFactErrors {
   mutable TCriticalSection fLock;
   std::condition_variable fChanged;
   bool fHasEnded GUARDED_BY(fLock) = false;
-  std::vector<TFoundItem> fFound GUARDED_BY(fLock);
+  std::vector<std::vector<TFoundItem>> fFound GUARDED_BY(fLock);  // as they were handed over
   std::vector<TSearchError> fErrors GUARDED_BY(fLock);
   std::u16string fLastFolder GUARDED_BY(fLock);
   std::unique_ptr<ThreadPool::TWorkerThreadPool> fPool;  // ends before all else

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "model/statistics/AssocSizeArray.h"
+#include "platform/files/Paths.h"
 
 namespace Vantrel::Search {
 
@@ -108,10 +109,21 @@ void TSearchWorker::MatchFilesOf(IFolderData& pFolder, int32_t pLevel, const TFi
   }
 }
 
+// Folders that follow each other mostly lie in the same one, whose path is kept.
+std::u16string TSearchWorker::PathOfFolder(const IFolderData& pFolder) {
+  TRef<IHierarchicalElement> parent = pFolder.GetParentFolder();
+  if (!parent || pFolder.IsFileGroup()) return pFolder.GetFullPath();
+  if (parent != fOuterFolder) {
+    fOuterPath = parent->GetFullPath();
+    fOuterFolder = std::move(parent);
+  }
+  return JoinPath(fOuterPath, pFolder.GetObjectName(), fDelimiter);
+}
+
 void TSearchWorker::TakeRow(const TTreeRow& pRow) {
   const TEntryView view = pRow.View();
   if (!fIsFolderOfRows) {
-    std::u16string path = view.GetParentPath();
+    std::u16string path = pRow.IsFile() ? PathOfFolder(pRow.fFolder) : view.GetParentPath();
     // Found folders that follow each other mostly lie in the same one.
     if (!fFolderOfRows || fFolderOfRows->fPath != path)
       fFolderOfRows = MakeRef<const TFoundFolder>(std::move(path), fDelimiter, fStorage);

@@ -49,6 +49,7 @@ class TSearchWorker {
     fItem.SetEntry(pEntry);
     return fRun.Settings().fExpression.Matches(fItem);
   }
+  std::u16string PathOfFolder(const IFolderData& pFolder);
   void TakeRow(const TTreeRow& pRow);
   TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
 
@@ -66,8 +67,10 @@ class TSearchWorker {
   // Made when something is found in the folder.
   TRef<const TFoundFolder> fListedFolder;
   TRef<const TFoundFolder> fFolderOfRows;
-  bool fIsFolderOfRows = false;  // whether fFolderOfRows holds the last row
-  std::vector<TFileSet> fRoom;   // for the expression
+  bool fIsFolderOfRows = false;             // whether fFolderOfRows holds the last row
+  TRef<IHierarchicalElement> fOuterFolder;  // the last one that PathOfFolder met
+  std::u16string fOuterPath;
+  std::vector<TFileSet> fRoom;  // for the expression
 };
 
 }  // namespace Vantrel::Search

@@ -23,27 +23,29 @@ class TFileBlock {
 
   // The files from pBegin on, but none at or behind pEnd.
   TFileBlock(const TFileTable& pFiles, size_t pBegin, size_t pEnd)
-      : fFiles(pFiles), fBegin(pBegin), fCount(std::min(kMost, pEnd - pBegin)) {}
+      : fFiles(pFiles),
+        fBegin(pBegin),
+        fCount(std::min(kMost, pEnd - pBegin)),
+        fNames(pFiles.NamesOf(pBegin, pBegin + fCount)),
+        fNamesBegin(pBegin == 0 ? 0 : pFiles[pBegin].fNameOffset) {}
 
   size_t Count() const { return fCount; }
   TFileSet All() const { return ~TFileSet{0} >> (kMost - fCount); }
   const TFileTable& Files() const { return fFiles; }
   const TFileRecord& operator[](size_t pIndex) const { return fFiles[fBegin + pIndex]; }
-  std::u16string_view NameOf(size_t pIndex) const { return fFiles.NameAt(fBegin + pIndex); }
+  std::u16string_view NameOf(size_t pIndex) const {
+    return fNames.substr(BeginOfName(pIndex), (*this)[pIndex].fNameLength);
+  }
   // The names of all files, one behind the other.
-  std::u16string_view Names() const { return fFiles.NamesOf(fBegin, fBegin + fCount); }
+  std::u16string_view Names() const { return fNames; }
   size_t EndOfName(size_t pIndex) const { return BeginOfName(pIndex) + (*this)[pIndex].fNameLength; }  // in Names
-  // The file whose name holds this place of Names.
+  // The file whose name holds this place of Names. Names are about equally long, so the first guess is mostly near. Few
+  // records are read, since most of them are not in the processor's caches.
   size_t FileAt(size_t pPlace) const {
-    size_t first = 0;
-    for (size_t last = fCount - 1; first < last;) {
-      const size_t middle = (first + last + 1) / 2;
-      if (BeginOfName(middle) <= pPlace)
-        first = middle;
-      else
-        last = middle - 1;
-    }
-    return first;
+    size_t file = pPlace * fCount / Names().size();
+    while (BeginOfName(file) > pPlace) --file;
+    while (EndOfName(file) <= pPlace) ++file;
+    return file;
   }
 
   // The files of the set for which pTest says yes; it gets their indices.
@@ -58,11 +60,13 @@ class TFileBlock {
   }
 
  private:
-  size_t BeginOfName(size_t pIndex) const { return (*this)[pIndex].fNameOffset - (*this)[0].fNameOffset; }
+  size_t BeginOfName(size_t pIndex) const { return (*this)[pIndex].fNameOffset - fNamesBegin; }
 
   const TFileTable& fFiles;
   const size_t fBegin;
   const size_t fCount;
+  const std::u16string_view fNames;
+  const size_t fNamesBegin;  // in the table's text
 };
 
 }  // namespace Vantrel::Search

@@ -54,9 +54,9 @@ TAsciiText::TAsciiText(std::u16string_view pText) {
 }
 
 // Most texts do not hold it, and comparing the first and the last unit at all places shows that. The loop over a
-// stretch has no early exit, so the compiler compares eight units at a time.
+// stretch has a fixed length and no early exit, so the compiler compares eight units at a time.
 size_t TAsciiText::FindIn(std::u16string_view pText, size_t pFrom) const {
-  constexpr size_t kStretch = 64;
+  constexpr size_t kStretch = 16;
   if (fLower.empty()) return pFrom;
   if (pText.size() < fLower.size()) return kNone;
   const size_t last = fLower.size() - 1;
@@ -65,14 +65,18 @@ size_t TAsciiText::FindIn(std::u16string_view pText, size_t pFrom) const {
   const char16_t* const ends = begins + last;
   const char16_t firstUnit = fLower.front(), firstBit = fCaseBits.front();
   const char16_t lastUnit = fLower.back(), lastBit = fCaseBits.back();
-  for (size_t from = pFrom; from < places; from += kStretch) {
-    const size_t end = std::min(from + kStretch, places);
-    uint16_t found = 0;
-    for (size_t at = from; at < end; ++at)
-      found |= static_cast<uint16_t>(((begins[at] | firstBit) == firstUnit) & ((ends[at] | lastBit) == lastUnit));
-    if (found == 0) continue;
-    for (size_t at = from; at < end; ++at)
-      if (IsAt(begins + at)) return at;
+  const auto mayBeAt = [&](size_t pPlace) {
+    return ((begins[pPlace] | firstBit) == firstUnit) & ((ends[pPlace] | lastBit) == lastUnit);
+  };
+  for (size_t at = pFrom; at < places;) {
+    const size_t end = std::min(at + kStretch, places);
+    if (end - at == kStretch) {
+      uint16_t found = 0;
+      for (size_t i = 0; i < kStretch; ++i) found |= static_cast<uint16_t>(mayBeAt(at + i));
+      if (found == 0) at = end;
+    }
+    for (; at < end; ++at)
+      if (mayBeAt(at) && IsAt(begins + at)) return at;
   }
   return kNone;
 }
