@@ -89,6 +89,7 @@ void TSearchRun::AddError(TSearchError pError) {
 void TSearchRun::HandOver(std::vector<TFoundItem>& pFound) {
   if (pFound.empty()) return;
   bool isEnough = false;
+  size_t handed = 0;
   {
     TCriticalSectionLock lock(fLock);
     const int64_t left = fSettings.fMostFound - fFoundCount.load(std::memory_order_relaxed);
@@ -97,8 +98,10 @@ void TSearchRun::HandOver(std::vector<TFoundItem>& pFound) {
       pFound.resize(static_cast<size_t>(std::max<int64_t>(left, 0)));
     }
     fFoundCount.fetch_add(static_cast<int64_t>(pFound.size()), std::memory_order_relaxed);
+    handed = pFound.size();
     fFound.push_back(std::exchange(pFound, {}));
   }
+  pFound.reserve(handed);  // the next ones are probably about as many
   if (isEnough) FindEnough();
 }
 
