@@ -343,7 +343,7 @@ DONE = [
     Row("--open 'a;b.xml' --csv -", before=("data --xml 'a;b.xml'",), out=("data,6300,",)),
     Row("--scan '\"da;ta\";other' --csv -", given={"da;ta/x": "12"}, out=("da;ta,2,", "other,70,")),
     Row("data --compare old.xml --xml old.xml", before=("data --xml old.xml",), files={"old.xml": ("three.txt",)}),
-    Row("data --exclude *.bin --compare old.xml", before=("data --xml old.xml",), out=("1.3 KB", "-4.9 KB"),
+    Row("data -a --exclude *.bin --compare old.xml", before=("data --xml old.xml",), out=("1.3 KB", "-4.9 KB"),
         err=("The scan to compare with had other filters, so files may seem to have come or gone",)),
     Row("data --options o.xml", given={"o.xml": option_file('<Option Name="ExportTitle" Value="From a file"/>')},
         out=("From a file\n",)),
