@@ -55,15 +55,15 @@ bool QueueRequestedActions(PostScanActions::TPostProcessActionHandler& pActions,
   using namespace PostScanActions;
   const TGlobalOptions& options = *pRequested.fOptions;
   const TExportFile::TIsCancelled isCancelled = IsCancelRequested;
+  const auto writeNote = [&pSettings](std::string_view pNote) { pSettings.fWriteError(pNote); };
   if (!pRequested.fCompareFile.empty())
-    pActions.Add(std::make_unique<TComparePostScanAction>(pRequested.fCompareFile, pRoots, isCancelled));
+    pActions.Add(std::make_unique<TComparePostScanAction>(pRequested.fCompareFile, pRoots, isCancelled, writeNote));
   if (options.RecordHistory)
     pActions.Add(std::make_unique<TRecordHistoryPostScanAction>(CommandLine::HistoryFile(options), kVersion));
   const TExportRun run{kProgramName, kVersion, CommandLine::NumberOfScans(pRequested) > 1, pRequested.fPathsEndWithNul,
                        isCancelled};
   for (const CommandLine::TExportRequest& request : pRequested.fExports)
     pActions.Add(std::make_unique<TFileExportPostScanAction>(pActions, options, request.fFormat, request.fFile, run));
-  const auto writeNote = [&pSettings](std::string_view pNote) { pSettings.fWriteError(pNote); };
   for (const CommandLine::TPictureRequest& request : pRequested.fPictures) {
     // That of the paths which --history names is drawn with their tables.
     const bool isOfHistory = request.fSubject == CommandLine::TPictureSubject::psHistory;

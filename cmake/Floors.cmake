@@ -111,18 +111,6 @@ function(vantrel_copy_libraries TARGET)
     VERBATIM)
 endfunction()
 
-# cmake --install puts the window program where desktops look for it.
-function(vantrel_install_window_program TARGET)
-  set(source ${CMAKE_SOURCE_DIR}/app/gui)
-  install(TARGETS ${TARGET} vantrel RUNTIME DESTINATION bin)
-  install(FILES ${source}/vantrel-gui.desktop DESTINATION share/applications)
-  install(FILES ${source}/vantrel-gui.metainfo.xml DESTINATION share/metainfo)
-  install(FILES ${source}/icons/vantrel.svg DESTINATION share/icons/hicolor/scalable/apps)
-  foreach(size 16 32 48 256)
-    install(FILES ${source}/icons/vantrel-${size}.png DESTINATION share/icons/hicolor/${size}x${size}/apps RENAME vantrel.png)
-  endforeach()
-endfunction()
-
 # The window and its program. Both need Qt, so they are built only with VANTREL_WINDOW. As with the console program, the
 # executable is the entry point alone.
 function(vantrel_window_program TARGET)
@@ -146,7 +134,5 @@ function(vantrel_window_program TARGET)
   if(WIN32)
     target_link_options(${TARGET} PRIVATE -municode)
     vantrel_copy_libraries(${TARGET})
-  else()
-    vantrel_install_window_program(${TARGET})
   endif()
 endfunction()

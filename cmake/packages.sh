@@ -6,13 +6,17 @@ packages_program="g++ cmake ninja-build ccache libboost1.81-dev libfmt-dev libic
   libzip-dev zlib1g-dev libcurl4-openssl-dev libsqlite3-dev libexif-dev libtag1-dev"
 # In addition, packages for the window program.
 packages_window="qt6-base-dev"
+# In addition, to make Debian packages.
+packages_deb="dpkg-dev file"
 # In addition, to test it on a display of its own.
 packages_window_tests="xvfb xauth fonts-dejavu-core"
 # In addition, packages to build and run the tests, for Linux and for Windows. The benchmarks are built with them, so
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
   clang-format strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish
-  ntfs-3g sleuthkit"
+  ntfs-3g sleuthkit dpkg-dev file desktop-file-utils"
+# In addition, to try the packages in a bare system.
+packages_packages_tests="debootstrap lintian unzip"
 # In addition, the second compiler, with its fuzzer and its checks of the sources.
 packages_clang="clang clang-tidy libclang-rt-dev"
 # Packages to fetch and build the libraries for Windows. The tests begin with this step.

@@ -414,7 +414,7 @@ class DuplicatesTest(unittest.TestCase):
                 (["--duplicates=twins", tree], "expected files|folders|unique"),
                 (["--verify", tree], "--verify is for duplicates"),
                 (["--duplicates", "--xml", "x.xml", tree], "--xml does not go with --duplicates"),
-                (["--duplicates"], "Nothing to search was given")):
+                (["--duplicates", "--nogui"], "Nothing to search was given")):
             with self.subTest(arguments=arguments):
                 _, errors = self.run_program(*arguments, code=WRONG_COMMAND_LINE)
                 self.assertIn(text, errors)

@@ -48,7 +48,7 @@ class Names:
     """What there is to be documented and completed, read from the lists that users read."""
 
     def __init__(self):
-        self.switches = lower_switches(re.findall(r"(?m)^  (--\w[\w-]*)", help_on("switches")))
+        self.switches = lower_switches(re.findall(r"(?m)^  (--\w[\w-]*)", help_on("switches"))) - {"--option"}
         self.options = set(re.findall(r"(?m)^  (--\w[\w-]*)", help_on("options")))
         self.not_built = ("EXCEL", "PDF", "HTML", "SQLITE", "SEARCH:INTERNET", "INSTALL", "LOOP")
         same = [re.search(r"The same as (.*)\.", help_on(name[2:])) for name in self.switches]
@@ -191,7 +191,7 @@ class HelpTest(unittest.TestCase):
         for line, expected in (("--sizeun", ["--SizeUnit"]), ("--SizeUnit ", ["auto", "B", "GB", "KB", "MB", "TB"]),
                                ("--sortby la", ["lastaccess", "lastchange"]), ("--sortby name,", ["name,ascending",
                                                                                                  "name,descending"]),
-                               ("--usecolumns size;ful", ["size;fullpath"]), ("--KeepFiles=f", ["--KeepFiles=false"]),
+                               ("--usecolumns size;ful", ["size;fullpath"]), ("--usecolumns size,ful", ["size,fullpath"]), ("--KeepFiles=f", ["--KeepFiles=false"]),
                                ("--csv foo", ["food.xml"]), ("--scan foo", []), ("oth", ["other/"]), ("--title ot", []),
                                ("--help opti", ["options"]), ("--sortby=name,d", ["--sortby=name,descending"])):
             # A ";" ends a command unless it is quoted.
@@ -212,6 +212,7 @@ class HelpTest(unittest.TestCase):
         ("--sortby name,d", "--sortby name,descending ", None),
         ('--usecolumns "size;full', '--usecolumns "size;fullpath"', '--usecolumns "size;fullpath'),
         ("--usecolumns size\\;full", "--usecolumns size\\;fullpath", None),
+        ("--usecolumns size,name,full", "--usecolumns size,name,fullpath", None),
         ("--keepfiles f", "--keepfiles false ", ""),
         ("--KeepFiles fold", "--KeepFiles folder\\ ", ""),
         ("--help opti", "--help options ", None),

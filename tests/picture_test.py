@@ -88,7 +88,7 @@ class PictureTest(program_test.ProgramTest):
     def test_bars_are_in_proportion_and_wedges_are_labelled(self):
         for name, size in (("one", 60_000), ("two", 30_000), ("three", 10_000)):
             self.make(f"data/{name}/file", size)
-        self.draw("data", "--barchart", "b.svg", "--piechart", "p.svg")
+        self.draw("data", "--apparent-size", "--barchart", "b.svg", "--piechart", "p.svg")
         widths = {hint(rect).split("\n")[0]: float(rect.get("width")) for rect in self.parse("b.svg").iter(f"{SVG}rect") if hint(rect)}
         self.assertEqual(list(widths), ["one", "two", "three"])
         self.assertAlmostEqual(widths["one"] / widths["two"], 2, delta=0.01)

@@ -27,9 +27,10 @@ WINE_PREFIX = BUILD / "wine"
 SHOWN_LINES = 200  # of one failed test; its whole output is in the log beside the program
 
 # What can be asked for by --only, in the order in which it runs: the quickest to fail comes first.
-STAGES = ("checks", "linux", "windows", "python", "window", "winewindow", "asan", "tsan", "clang", "fuzz")
-# --all leaves out the window program for Windows, until Qt for Windows has been tried: building Qt takes long.
-ALL_STAGES = tuple(stage for stage in STAGES if stage != "winewindow")
+STAGES = ("checks", "linux", "windows", "python", "window", "winewindow", "packages", "asan", "tsan", "clang", "fuzz")
+# --all leaves out the window program for Windows, until Qt for Windows has been tried: building Qt takes long. It leaves
+# out the packages, too, which are tried in a system that comes from the network.
+ALL_STAGES = tuple(stage for stage in STAGES if stage not in ("winewindow", "packages"))
 QUICK_STAGES = ("checks", "linux", "windows", "python")
 
 # The Linux tests run on the optimised build: it is what users get, ./run has built most of it already, and tests over a
@@ -482,6 +483,9 @@ class Run:
             self.run_programs("window", environment=filled)
             self.run_window_python("window", self.environment, VANTREL_WINDOW_PROGRAM=BUILD / "window/vantrel-gui",
                                    VANTREL_CONSOLE_PROGRAM=BUILD / "window/vantrel")
+            # The python stage has seen what is installed without a window.
+            environment = dict(self.environment, VANTREL_BUILD=str(BUILD / PRESETS["window"]))
+            self.report("window", run_python_test(ROOT / "tests/install_test.py", self.options.timeout, environment))
 
     def winewindow(self):
         """The same for Windows, with Qt's libraries beside the program. Wine shows it on a display of its own."""
@@ -494,6 +498,21 @@ class Run:
             self.run_programs("winewindow", ["xvfb-run", "-a", "wine"], environment)
             self.run_window_python("winewindow", environment, VANTREL_WINDOW_PROGRAM=folder / "vantrel-gui.exe",
                                    VANTREL_CONSOLE_PROGRAM=folder / "vantrel.exe", VANTREL_WINE="wine")
+
+    def packages(self):
+        """Makes what users install, and tries it: Debian packages in a bare system, zip files under Wine."""
+        log, start = BUILD / "package.log", time.monotonic()
+        code = run_logged([str(ROOT / "package")], log, self.options.build_timeout, self.environment)
+        if code != 0:
+            output = f"{read_log(log)}\npackage {describe_end(code, self.options.build_timeout)}"
+            self.report("packages", Result("package", failed=1, seconds=time.monotonic() - start, output=output))
+            return
+        environment = self.wine()
+        if environment:
+            environment.update(VANTREL_PACKAGES=str(BUILD / "packages"), VANTREL_WINE="wine")
+            for path in sorted((ROOT / "tests/packages").glob("*_test.py")):
+                # Much of it is apt's work and the network's.
+                self.report("packages", run_python_test(path, max(self.options.timeout, 1800), environment))
 
     def run_window_python(self, stage, environment, **programs):
         environment = dict(environment, **{name: str(path) for name, path in programs.items()})

@@ -373,7 +373,7 @@ class SearchTest(unittest.TestCase):
                  "Expression type not supported in this configuration: TMetaDataExpression"),
                 (["--search", "size:1.5GB", self.shown(self.top)], WRONG_COMMAND_LINE,
                  ' is a decimal value and not supported.'),
-                (["--search", "x"], WRONG_COMMAND_LINE, "Nothing to search was given"),
+                (["--search", "x", "--nogui"], WRONG_COMMAND_LINE, "Nothing to search was given"),
                 (["--search", "x", "--xml", "y.xml", self.shown(self.top)], WRONG_COMMAND_LINE, "--xml does not go with --search"),
                 (["--find", "everything", self.shown(self.top)], WRONG_COMMAND_LINE, "There are largest, oldest,"),
                 (["--search", "x", missing], PATH_NOT_FOUND, "Cannot search")):

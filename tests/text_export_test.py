@@ -48,12 +48,17 @@ def code_units(name):
     return name.decode("utf-8", "surrogateescape").encode("utf-16-be", "surrogatepass")
 
 
-def by_size(nodes):
-    return sorted(nodes, key=lambda node: (-node.size, code_units(node.name)))
+def leading_size(node):
+    """What orders rows, and what percentages refer to, unless --apparent-size is given."""
+    return node.allocated
 
 
-def rows_of(node, types, levels=ALL_LEVELS, order=by_size, smallest=0):
+def rows_of(node, types, levels=ALL_LEVELS, order=None, smallest=0, lead=leading_size):
     """The nodes that an export shows, in its order."""
+    def ordered(nodes):
+        by_size = sorted((child for child in nodes if lead(child) >= smallest), key=lambda child: (-child.size, code_units(child.name)))
+        return order(by_size) if order else sorted(by_size, key=lead, reverse=True)  # equal ones stay as they are
+
     rows = [node] if types & node.kind else []
     if levels == 0:
         return rows
@@ -61,10 +66,10 @@ def rows_of(node, types, levels=ALL_LEVELS, order=by_size, smallest=0):
     has_group = types & GROUPS and node.below and node.own_files
     if has_group:
         below.append(node.group())
-    for child in order(by_size([child for child in below if child.size >= smallest])):
-        rows += rows_of(child, types, levels - 1, order, smallest)
+    for child in ordered(below):
+        rows += rows_of(child, types, levels - 1, order, smallest, lead)
     if types & FILES and not has_group:
-        for file in order(by_size([file for file in node.own_files if file.size >= smallest])):
+        for file in ordered(node.own_files):
             file.parent = node
             rows.append(file)
     return rows
@@ -80,8 +85,8 @@ def tenths(fraction):
 
 
 class Format:
-    def __init__(self, unit=None, grouped=False, neutral=True):
-        self.unit, self.grouped, self.neutral = unit, grouped, neutral
+    def __init__(self, unit=None, grouped=False, neutral=True, lead=leading_size):
+        self.unit, self.grouped, self.neutral, self.lead = unit, grouped, neutral, lead
 
     def text(self, text):
         return "'" + text if self.neutral and text[:1] in ("=", "+", "-", "@", "\t", "\r") and text else text
@@ -105,10 +110,10 @@ class Format:
         if column in ("lastchange", "lastaccess"):
             return datetime.datetime.fromtimestamp(getattr(node, column) // 10**9).strftime("%Y-%m-%d %H:%M:%S")
         if column == "percentofparent":
-            return tenths(fractions.Fraction(100 * node.size, node.place.size) if node.place and node.place.size else
-                          fractions.Fraction(0 if node.place else 100))
+            whole = self.lead(node.place) if node.place else 0
+            return tenths(fractions.Fraction(100 * self.lead(node), whole) if whole else fractions.Fraction(0 if node.place else 100))
         if column == "percentofroot":
-            return tenths(fractions.Fraction(100 * node.size, node.top().size))
+            return tenths(fractions.Fraction(100 * self.lead(node), self.lead(node.top())))
         if column == "files":
             return self.count(node.files)
         if column == "folders":
@@ -200,13 +205,13 @@ class TextExportTest(program_test.ProgramTest):
         self.assertEqual(len(found), len(expected))
 
     def check(self, *arguments, types=FOLDERS | GROUPS, levels=ALL_LEVELS, columns=DEFAULT_COLUMNS, form=Format(),
-              order=by_size, smallest=0, separator=",", header=True, mark=True):
+              order=None, smallest=0, separator=",", header=True, mark=True):
         with self.subTest(arguments=arguments):
             text = self.export("--csv", "out.csv", *arguments)
             self.assertEqual(text.startswith("\ufeff"), mark)
             text = text.removeprefix("\ufeff")
             rows = read_csv(text, separator) if len(separator) == 1 else parse(text, separator)
-            expected = form.table(rows_of(self.walked, types, levels, order, smallest), columns)
+            expected = form.table(rows_of(self.walked, types, levels, order, smallest, form.lead), columns)
             captions = [[form.caption(column) for column in columns]] if header else []
             self.assert_same_rows(rows, captions + expected)
 
@@ -218,6 +223,7 @@ class TextExportTest(program_test.ProgramTest):
         self.check("--exportedelements", "4", types=FILES, header=False)
         self.check("--exportedelements", "2", types=GROUPS, header=False)
         self.check("--exportedelements", "6", types=GROUPS | FILES, header=False)
+        self.check("--apparent-size", "--filesintree", types=7, form=Format(lead=lambda node: node.size))
 
     def test_levels_and_small_folders(self):
         for levels in (0, 1, 2, 3):
@@ -296,7 +302,7 @@ class TextExportTest(program_test.ProgramTest):
         text = self.export("--text", "out.txt", "--title", "T", "--expand", "2", "--filesintree", "--SizeUnit", "KB")
         lines = text.split("\r\n")
         rule = next(index for index, line in enumerate(lines) if re.fullmatch("-+(  -+)+", line))
-        self.assertRegex(lines[1] + lines[rule - 1], r" [\d,.]+ KB - .*Size \(KB\) +Allocated \(KB\)")
+        self.assertRegex(lines[1] + lines[rule - 1], r" [\d,.]+ KB - .*Allocated \(KB\) +Size \(KB\)")
         spans = [match.span() for match in re.finditer("-+", lines[rule])]
         table = [as_columns(line) for line in lines[rule + 1:lines.index("", rule)]]
         form = Format("KB", grouped=True)
@@ -307,7 +313,7 @@ class TextExportTest(program_test.ProgramTest):
             self.assertEqual(len(line), spans[-1][1], node.name)
             cells = ["".join(line[start:end]).strip() for start, end in spans]
             name = safe(node.path if node.parent is None else node.name)
-            wanted = [form.cell(node, column) for column in ("size", "allocated", "files", "folders", "percentofparent",
+            wanted = [form.cell(node, column) for column in ("allocated", "size", "files", "folders", "percentofparent",
                                                              "lastchange")]
             self.assertEqual(cells, [name.strip(), *wanted], name)
 

@@ -231,14 +231,51 @@ class OpenTests:
         shutil.rmtree(self.folder / "tree/gone")
         self.make("tree/came/f", 40)
         self.make("tree/came/g", 2)
-        run = self.run_program("--SizeUnit", "B", tree, "--compare", "old.xml")
+        run = self.run_program("--SizeUnit", "B", "--TextColumns", "name,sizechange,filechange", tree, "--compare", "old.xml")
         self.assertEqual((run.code, run.err), (OK, ""))
-        rows = [re.match(r"  (\S.*?)  +([-+\d,]+) +(?:[-+.\d]+ +)?([-+\d]+) +[\d,]+ +\d+ ", line) for line in run.lines]
+        rows = [re.match(r"  (\S.*?)  +([-+\d,]+) +([-+\d]+)$", line) for line in run.lines]
         found = [(row[1], row[2], row[3]) for row in rows if row]
         # Largest change first.
         self.assertEqual(found, [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"),
                                  ("came (new)", "+42", "+2"), ("same", "0", "0")])
         self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
+    def test_of_a_folder_the_newest_whole_scan_of_the_path_from_before_today_is_compared(self):
+        self.make("tree/f", 100)
+        self.make("other/f", 100)
+        tree, other = (self.native(self.folder / name) for name in ("tree", "other"))
+        (self.folder / "scans").mkdir()
+        note = 'Nothing is compared: "scans" holds no whole scan of "%s" from before today\n'
+        run = self.run_program(tree, "--compare", "scans", "--xml", "scans/today.xml")
+        self.assertEqual((run.code, run.err), (OK, note % tree))
+        good = (self.folder / "scans/today.xml").read_text(encoding="utf-8")
+        days = [(datetime.datetime.now(datetime.timezone.utc) - datetime.timedelta(days=age)).strftime("%Y-%m-%dT%H:%M:%SZ")
+                for age in range(9)]
+
+        def dated(age):
+            return re.sub("<DateISO>.*?<", f"<DateISO>{days[age]}<", good)
+
+        (self.folder / "scans/a week ago.xml").write_text(dated(7), encoding="utf-8")
+        with zipfile.ZipFile(self.folder / "scans/wanted.xml.zip", "w", zipfile.ZIP_DEFLATED) as archive:
+            archive.writestr("wanted.xml", dated(5))
+        for age, name, text in ((4, "stopped.xml", dated(4).replace("</Title>", "</Title><Terminated>-1</Terminated>")),
+                                (3, "compared.xml", dated(3).replace("<IsCompared>0", "<IsCompared>-1")),
+                                (2, "other.xml", re.sub("<Path>.*?<", f"<Path>{other}<", dated(2))),
+                                (2, "no scan.xml", "<html/>"), (2, "kept.txt", dated(2)), (2, "damaged.xml", dated(2)[:300])):
+            (self.folder / "scans" / name).write_text(text, encoding="utf-8")
+        self.make("tree/f", 150)
+        run = self.run_program("--SizeUnit", "B", tree, other, "--compare", "scans", "--xml", "new.xml", "--text", "-")
+        self.assertEqual((run.code, run.err), (OK, ""))
+        then = datetime.datetime.fromisoformat(days[5]).astimezone().strftime("%Y-%m-%d %H:%M:%S")
+        self.assertIn(f"     Compared with the scan of {then}", run.lines)
+        # What makes a comparison show more than changes is told.
+        run = self.run_program(other, "--exclude", "*.tmp", "--compare", "scans/a week ago.xml")
+        self.assertEqual((run.code, run.err), (OK, f'The scan to compare with is of another path: "{tree}"\nThe scan to compare with '
+                                                   "had other filters, so files may seem to have come or gone\n"
+                                                   "Warning: the pattern *.tmp matched nothing\n"))
+        run = self.run_program(tree, "--compare", "no folder")
+        self.assertIn("no folder", run.err)
+        self.assertEqual(run.code, PATH_NOT_FOUND)
+
     def test_one_file_serves_a_comparison_every_week(self):
         scan = self.small_scan()
         tree = self.native(self.folder / "tree")

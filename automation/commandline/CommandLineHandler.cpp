@@ -10,6 +10,7 @@
 #include "automation/commandline/HelpText.h"
 #include "automation/commandline/RunFiles.h"
 #include "automation/commandline/SearchRequest.h"
+#include "automation/commandline/Suggestions.h"
 #include "automation/commandline/SwitchEffects.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
@@ -21,28 +22,17 @@ namespace Vantrel::CommandLine {
 
 namespace {
 
-std::u16string Folded(std::u16string_view pText) {
-  std::u16string folded(pText);
-  for (char16_t& character : folded) character = Vantrel::FoldAscii(character);
-  return folded;
-}
-
-// The number of insertions, deletions, replacements and swaps of neighbours that turn one text into the other.
-size_t EditDistance(std::u16string_view pA, std::u16string_view pB) {
-  std::vector<std::vector<size_t>> cost(pA.size() + 1, std::vector<size_t>(pB.size() + 1));
-  for (size_t i = 0; i <= pA.size(); ++i) {
-    for (size_t j = 0; j <= pB.size(); ++j) {
-      if (i == 0 || j == 0) {
-        cost[i][j] = i + j;
-        continue;
-      }
-      const size_t replaced = cost[i - 1][j - 1] + (pA[i - 1] == pB[j - 1] ? 0 : 1);
-      cost[i][j] = std::min({replaced, cost[i - 1][j] + 1, cost[i][j - 1] + 1});
-      if (i > 1 && j > 1 && pA[i - 1] == pB[j - 2] && pA[i - 2] == pB[j - 1])
-        cost[i][j] = std::min(cost[i][j], cost[i - 2][j - 2] + 1);
-    }
+// "-xd" as "-x", "-d": one-letter switches, of which only the last may take a value. Empty for any other token.
+std::vector<std::u16string> LettersApart(const Vantrel::TKivCommandLineParser& pParser, std::u16string_view pToken) {
+  std::vector<std::u16string> letters;
+  if (!pToken.starts_with(u'-') || pToken.starts_with(u"--")) return letters;
+  for (const char16_t letter : pToken.substr(1)) {
+    letters.push_back({u'-', letter});
+    const Vantrel::TCommandLineItem* item = pParser.FindRegistered(letters.back());
+    const bool isLast = letters.size() == pToken.size() - 1;
+    if (item == nullptr || !(isLast || item->fValueKind == TValueKind::vkNone)) return {};
   }
-  return cost[pA.size()][pB.size()];
+  return letters;
 }
 
 }  // namespace
@@ -95,13 +85,15 @@ void TCommandLineHandler::HandleCommandLineSwitches(TTokens pTokens) {
       if (token.empty()) {
         fErrors.push_back("An empty path was given");
       } else if (IsMistypedSwitch(token)) {
-        fErrors.push_back("Unknown Command line option: " + ToDisplay(token) + SuggestionFor(token));
+        fErrors.push_back("Unknown Command line option: " + ToDisplay(token) + SuggestionFor(fParser, token));
       } else {
         fState.fPaths.push_back(token);
       }
       ++i;
     } else if (const TSwitch* known = SwitchOf(fParser.FindRegistered(token))) {
       i += HandleSwitch(*known, pTokens, i);
+    } else if (std::vector<std::u16string> apart = LettersApart(fParser, token); !apart.empty()) {
+      i += HandleLetters(std::move(apart), pTokens.subspan(i + 1));
     } else {
       i += HandleOption(pTokens, i);
     }
@@ -173,6 +165,15 @@ size_t TCommandLineHandler::HandleSwitch(const TSwitch& pSwitch, TTokens pTokens
       kind == TValueKind::vkPaths && next + 1 < pTokens.size() && pTokens[next] == u"--" && values.empty();
   if (!pathsFollow) ApplyValues(pSwitch, shown, values);
   return next - pIndex;
+}
+
+size_t TCommandLineHandler::HandleLetters(std::vector<std::u16string> pLetters, TTokens pFollowing) {
+  const size_t letters = pLetters.size();
+  pLetters.insert(pLetters.end(), pFollowing.begin(), pFollowing.end());
+  size_t taken = 0;
+  for (size_t i = 0; i < letters; ++i)
+    taken = HandleSwitch(*SwitchOf(fParser.FindRegistered(pLetters[i])), pLetters, i);
+  return taken;
 }
 
 std::vector<std::u16string> TCommandLineHandler::TakeValues(const TSwitch& pSwitch, TTokens pTokens,
@@ -250,7 +251,7 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
   const std::u16string_view token = Vantrel::SplitSwitchValue(pTokens[pIndex]).fSwitch;
   const bool isOption =
       Vantrel::FindOption(Vantrel::ToUtf8(Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(token))) != nullptr;
-  fErrors.push_back(isOption ? error : error + SuggestionFor(token));
+  fErrors.push_back(isOption ? error : error + SuggestionFor(fParser, token));
   // A refused value is not also taken as a path.
   const bool hasValue = isOption && pIndex + 1 < pTokens.size() && fParser.IsValue(pTokens[pIndex + 1]) &&
                         !Vantrel::SplitSwitchValue(pTokens[pIndex]).fHasValue;
@@ -262,30 +263,8 @@ size_t TCommandLineHandler::HandleOption(TTokens pTokens, size_t pIndex) {
 bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
   const bool hasLowerCase =
       std::any_of(pToken.begin(), pToken.end(), [](char16_t pUnit) { return pUnit >= u'a' && pUnit <= u'z'; });
-  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(pToken).empty() && !Vantrel::PathExists(pToken);
-}
-
-// The nearest switch or option, if it is near enough to be the one meant.
-std::string TCommandLineHandler::SuggestionFor(std::u16string_view pToken) const {
-  // Handles "/CSV=file", which would be right with two dashes.
-  const std::u16string_view front = Vantrel::WithoutJoinedValue(pToken);
-  const bool isJoined = front.size() < pToken.size() && fParser.NamesKnown(front);
-  const std::u16string_view name = Vantrel::TKivCommandLineParser::RemoveSwitchIndicator(isJoined ? front : pToken);
-  constexpr size_t kLongestName = 64;  // a longer token is not a misspelled name
-  const std::u16string typed = Folded(name.substr(0, kLongestName));
-  std::u16string best;
-  size_t bestDistance = std::max<size_t>(1, typed.size() / 3) + 1;
-  auto consider = [&](std::u16string_view pCandidate) {
-    const size_t distance = EditDistance(typed, Folded(pCandidate));
-    if (distance >= bestDistance || distance >= pCandidate.size()) return;
-    bestDistance = distance;
-    best = pCandidate;
-  };
-  for (const Vantrel::TCommandLineItem& item : fParser.RegisteredSwitches()) consider(item.fName);
-  for (const Vantrel::TOptionInfo& option : Vantrel::AllOptions()) consider(Vantrel::FromUtf8(option.fName));
-  if (best.empty()) return {};
-  const std::u16string_view indicator = isJoined ? u"--" : pToken.substr(0, pToken.size() - name.size());
-  return ". Did you mean " + ToDisplay(std::u16string(indicator) + best) + (isJoined ? "=?" : "?");
+  return pToken.starts_with(u'/') && !hasLowerCase && !SuggestionFor(fParser, pToken).empty() &&
+         !Vantrel::PathExists(pToken);
 }
 
 // --- the whole -----------------------------------------------------------------------------------------------------
@@ -302,7 +281,9 @@ void TCommandLineHandler::FinalizeCommandLineOptions() {
   CheckWindow();
   FinalizeExports();
   for (std::string& message : FilesOfRun(fState, fUserOptionsFile).Conflicts()) fErrors.push_back(std::move(message));
-  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText))
+  // "-h /data": other programs read sizes for people from that, and take no topic.
+  const bool isPath = Vantrel::PathExists(fState.fHelpTopic);
+  if (fState.fHelp && !TryFindHelp(fState.fHelpTopic, fHelpText) && !(isPath && TryFindHelp({}, fHelpText)))
     fErrors.push_back("There is no help on " + ToDisplay(fState.fHelpTopic) +
                       "; try \"--help switches\" or \"--help options\"");
   if (fState.fForgetSettings) fState.fSaveSettings = false;
@@ -355,7 +336,7 @@ void TCommandLineHandler::CheckScans() {
   };
   if (scans > 1 && std::any_of(fState.fExports.begin(), fState.fExports.end(), holdsOne))
     fErrors.push_back("The standard output takes one scan as XML or for ncdu: name a file, and each scan gets its own");
-  if (scans > 1 && !fState.fCompareFile.empty())
+  if (scans > 1 && !fState.fCompareFile.empty() && !Vantrel::FolderExists(fState.fCompareFile))
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
   if (scans > static_cast<size_t>(fOptions.MaximumRoots))
     fErrors.push_back(fmt::format("{} scans are asked for, and one run takes {} (option MaximumRoots)", scans,

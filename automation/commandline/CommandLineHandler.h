@@ -62,6 +62,9 @@ class TCommandLineHandler {
   void LoadOptionsFiles(TTokens pTokens);
   void LoadOptionsFile(const std::u16string& pFile, bool pIsUsersOwn);
   size_t HandleSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
+  // The switches of one token, "-x" and "-d" of "-xd", and the tokens after it. Returns how many tokens they took, with
+  // the one that the letters stood in.
+  size_t HandleLetters(std::vector<std::u16string> pLetters, TTokens pFollowing);
   std::vector<std::u16string> TakeValues(const TSwitch& pSwitch, TTokens pTokens, size_t& pNext) const;
   void ApplyValues(const TSwitch& pSwitch, const std::string& pShown, std::span<const std::u16string> pValues);
   void ApplyValue(const TSwitch& pSwitch, const std::string& pShown, const std::u16string& pValue);
@@ -72,7 +75,6 @@ class TCommandLineHandler {
   size_t HandleFileSwitch(const TSwitch& pSwitch, TTokens pTokens, size_t pIndex);
   size_t HandleOption(TTokens pTokens, size_t pIndex);
   bool IsMistypedSwitch(const std::u16string& pToken) const;
-  std::string SuggestionFor(std::u16string_view pToken) const;
   void FinalizeExports();
   void CheckPictures();
   void CheckHistory();

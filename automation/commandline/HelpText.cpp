@@ -105,7 +105,7 @@ std::vector<std::string> HelpText() {
           "Shows where the space of each path has gone, or of the current folder.",
           "",
           "  vantrel -d 2 /data                         folders, two levels deep",
-          "  vantrel -x /data --topfileslist -n 50      a full disk: the 50 largest files, too",
+          "  vantrel -x /data --topfileslist -n 50      a full disk: the largest files, too",
           "  vantrel /data --filetypeslist --ageoffiles what it is, and how old",
           "  vantrel /data --search 'size:>1GB'         find files",
           "  vantrel /data --duplicates                 what is there twice",

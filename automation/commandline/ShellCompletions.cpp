@@ -28,7 +28,7 @@ enum class TFollow : uint8_t {
   foFolder,
   foOptionalWord,  // one of a few words, or paths
   foWord,
-  foColumns,  // joined with ";"
+  foColumns,  // joined with "," or ";"
   foOrder,    // a column, then perhaps ",ascending" or ",descending"
 };
 
@@ -44,7 +44,7 @@ struct TCompletion {
 TFollow FollowOfText(std::string_view pValueText) {
   const bool isColumn = pValueText.starts_with("COLUMN") || pValueText.starts_with("column");
   if (!isColumn) return TFollow::foText;
-  return pValueText.find(',') != std::string_view::npos ? TFollow::foOrder : TFollow::foColumns;
+  return pValueText.find("DIRECTION") != std::string_view::npos ? TFollow::foOrder : TFollow::foColumns;
 }
 
 TFollow FollowOf(const TSwitch& pSwitch) {
@@ -186,7 +186,7 @@ std::string BashAction(const TCompletion& pCompletion) {
       return fmt::format("words='{}'", pCompletion.fWords);
     // Readline quotes file names, which a ";" needs.
     case TFollow::foColumns:
-      return "words=$columns last=${current##*;}; compopt -o nospace -o filenames";
+      return "words=$columns last=${current##*[,;]}; compopt -o nospace -o filenames";
     case TFollow::foOrder:
       return "words=$columns last=${current##*,}; [[ $current != *,* ]] || words='ascending descending'";
   }
@@ -221,7 +221,7 @@ _vantrel_words() {
 }
 
 _vantrel_columns() {
-  compset -P '*;'
+  compset -P '*[,;]'
   _vantrel_words -S '' -a columns
 }
 
@@ -322,7 +322,7 @@ std::string FishAction(const TCompletion& pCompletion) {
     case TFollow::foWord:
       return fmt::format(" -x -a '{}'", pCompletion.fWords);
     case TFollow::foColumns:
-      return fmt::format(" -x -a '(__vantrel_list \";\" {})'", ColumnWords());
+      return fmt::format(" -x -a '(__vantrel_list \"[,;]\" {})'", ColumnWords());
     case TFollow::foOrder:
       return fmt::format(" -x -a '(__vantrel_order {})'", ColumnWords());
   }

@@ -85,11 +85,13 @@ constexpr TSwitch kSwitches[] = {
     {{u"COMPARE", vkPath, kOnce},
      srUsual,
      "FILE",
-     "show changes since a saved scan",
+     "show changes since a saved scan, or since the newest in a folder",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Exports then know the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV and "
-     "JSON have them. The file is of any kind that --open loads."},
+     "Of a folder, the newest XML file with a whole scan of the same path from before today is taken. Exports then "
+     "know "
+     "the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV and JSON have them. The "
+     "file is of any kind that --open loads."},
     {{u"SEARCH", vkPattern, kOnce},
      srUsual,
      "QUERY",
@@ -474,7 +476,7 @@ constexpr TSwitch kSwitches[] = {
      {},
      "Also on \"man\", a manual page, and on \"bash\", \"zsh\" and \"fish\", completions for these shells."},
     {{u"?", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
-    {{u"H", vkNone, kRepeated}, srAlias, "", "", AskHelp},
+    {{u"H", vkTopic, kOnce}, srAlias, "[NAME]", "", AskHelp},
     {{u"VERSION", vkNone, kRepeated}, srUsual, "", "the program's version", SetFlag<&TState::fVersion>},
 
     // Known, but not built.

@@ -53,7 +53,7 @@ class TDelimitedExport::TRows final : public TRowWriter {
   void AppendSlowly(const TEntryView& pEntry, TColumn pColumn);
   void AppendToPath(std::u16string_view pName, bool pIsFileGroup);
   int64_t ShareBasis(const TSizeValues& pSizes) const {
-    return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
+    return fExport.LeadingSize() == TColumn::mdAllocated ? pSizes.fAllocated : pSizes.fSize;
   }
 
   const TDelimitedExport& fExport;
@@ -90,7 +90,6 @@ void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
       !fFormat.fPlainByteValues || fFormat.fShowUnits ||
       fFields.fSeparator.find_first_not_of("0123456789-: " + ToUtf8(fFormat.fDecimalSeparator)) == std::string::npos;
   fDelimiter = static_cast<char>(pRoot.GetPathDelimiter());
-  fSharesOfAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
   if (LineCount() == 0) WriteHeader();
   TRows rows(*this);
   WalkInParallel(*top, rows, [this](const TRowText& pText) {

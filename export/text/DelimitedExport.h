@@ -37,7 +37,6 @@ class TDelimitedExport : public TBaseTextExport {
   TDelimitedFormat fFields;
   char fDelimiter = 0;
   bool fQuotesNumbers = false;  // quotes numbers and dates if needed, because the separator may occur in them
-  bool fSharesOfAllocated = false;
 
   mutable TCriticalSection fLock;
   // Formatters not in use. They are reused because they remember what they have asked the system.

@@ -47,17 +47,15 @@ TFormattedTextExport::TFormattedTextExport(const TMediaSettings& pSettings, cons
                                            std::string pProgramName)
     : TBaseTextExport(pSettings), fOptions(pOptions), fProgramName(std::move(pProgramName)), fFormat(ValueFormat()) {}
 
-void TFormattedTextExport::ChooseColumns(const IHierarchicalRoot& pRoot) {
-  fLeadingSize = pRoot.GetScanConfiguration()->GetShareBasis();
-  SetLeadingSize(fLeadingSize);
+void TFormattedTextExport::ChooseColumns() {
+  SetSortByChange(fComparison != nullptr);
   if (!Settings().fColumns.empty()) return SetColumns(Settings().fColumns);
-  const TColumn other = fLeadingSize == TColumn::mdSize ? TColumn::mdAllocated : TColumn::mdSize;
-  SetColumns({TColumn::mdName, fLeadingSize, other, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdPercentOfParent,
+  const TColumn other = LeadingSize() == TColumn::mdSize ? TColumn::mdAllocated : TColumn::mdSize;
+  SetColumns({TColumn::mdName, LeadingSize(), other, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdPercentOfParent,
               TColumn::mdLastChange});
   if (!fComparison) return;
-  SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange, fLeadingSize,
-              TColumn::mdFiles, TColumn::mdLastChange});
-  SetSortByChange(true);
+  SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
+              LeadingSize(), TColumn::mdFiles, TColumn::mdLastChange});
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -69,7 +67,7 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IComparison> comparison = pRoot.GetComparison();
   fComparison = comparison.get();
   ShowGone(comparison);
-  ChooseColumns(pRoot);
+  ChooseColumns();
   if (Settings().fIncludeHeader) WriteHeadBlock(pRoot);
   if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
     fTopName = ToDisplay(pRoot.GetPath());
@@ -149,7 +147,7 @@ std::vector<std::string> TFormattedTextExport::RestCells(const TRestOfFolder& pR
     if (column == TColumn::mdName)
       cells.push_back(std::string(static_cast<size_t>(pRest.fLevel) * 2, ' ') + MoreText(pRest.fRows, fFormat));
     else
-      cells.push_back(ToDisplay(FormatValue(column, pRest.GetValue(column, fLeadingSize), fFormat)));
+      cells.push_back(ToDisplay(FormatValue(column, pRest.GetValue(column, LeadingSize()), fFormat)));
   }
   return cells;
 }

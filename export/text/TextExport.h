@@ -45,7 +45,7 @@ class TFormattedTextExport : public TBaseTextExport {
   void WriteRoot(IHierarchicalRoot& pRoot) override;
 
  private:
-  void ChooseColumns(const IHierarchicalRoot& pRoot);
+  void ChooseColumns();
   void WriteHeadBlock(IHierarchicalRoot& pRoot);
   void WriteLists(const IHierarchicalRoot& pRoot);
   void WriteTable(IFolderData& pTop);
@@ -57,7 +57,6 @@ class TFormattedTextExport : public TBaseTextExport {
   const TGlobalOptions& fOptions;
   const std::string fProgramName;
   TValueFormat fFormat;
-  TColumn fLeadingSize = TColumn::mdSize;    // the size that percentages refer to
   const IComparison* fComparison = nullptr;  // the root's comparison, if any; set while an export runs
   std::string fTopName;                      // the name of the top row; set while an export runs
   TPaddedTable fTable;                       // set while an export runs

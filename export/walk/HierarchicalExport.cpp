@@ -129,6 +129,7 @@ bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {
   fOutput = &pOutput;
   fFailed = false;
   ReadErrors(pRoot);
+  SetLeadingSize(pRoot.GetScanConfiguration()->GetShareBasis());
   WriteRoot(pRoot);
   ForgetErrors();
   fOutput = nullptr;

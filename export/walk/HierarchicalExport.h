@@ -68,9 +68,6 @@ class TBaseExport {
   std::span<const TColumn> Columns() const { return fColumns; }
   // Sorts siblings by their change since the compared scan, the largest change first.
   void SetSortByChange(bool pSortByChange) { fSortByChange = pSortByChange; }
-  // The size that leads: siblings come in its order unless another one is set, and what is left out is small in it.
-  // mdSize unless it is set to mdAllocated.
-  void SetLeadingSize(TColumn pColumn) { fLeadingSize = pColumn; }
   // What a view shows expanded. With IncludeExpandedOnly, nothing else is entered. nullptr without a view.
   void SetExpanded(std::shared_ptr<const TExpandedFolders> pExpanded) { fExpanded = std::move(pExpanded); }
   // The value format for the settings.
@@ -95,6 +92,10 @@ class TBaseExport {
   void ForgetErrors() { fErrors.clear(); }
   // Why the row's folder could not be read, or empty if it was read. Any thread.
   std::u16string_view ErrorOf(const TTreeRow& pRow) const;
+  // The size that leads, mdSize or mdAllocated: siblings come in its order unless another one is set, what is left out
+  // is small in it, and percentages refer to it. mdSize unless it is set.
+  TColumn LeadingSize() const { return fLeadingSize; }
+  void SetLeadingSize(TColumn pColumn) { fLeadingSize = pColumn; }
   // The bytes below which the settings leave something out of this tree; 0: nothing.
   int64_t SmallestShown(const IFolderData& pTop) const;
 

@@ -22,18 +22,6 @@ TXMLTreeBuilder::~TXMLTreeBuilder() {
 
 // --- values --------------------------------------------------------------------------------------------------------
 
-namespace {
-
-// The text without leading and trailing XML white space.
-std::u16string_view TrimmedXML(std::u16string_view pText) {
-  constexpr std::u16string_view kBlanks = u" \t\r\n";
-  const size_t begin = std::min(pText.find_first_not_of(kBlanks), pText.size());
-  pText.remove_prefix(begin);
-  return pText.substr(0, pText.find_last_not_of(kBlanks) + 1);
-}
-
-}  // namespace
-
 void TXMLTreeBuilder::Fail(const std::string& pMessage) const {
   throw fParser->ErrorHere(pMessage);
 }
@@ -41,7 +29,7 @@ void TXMLTreeBuilder::Fail(const std::string& pMessage) const {
 int64_t TXMLTreeBuilder::Integer(std::u16string_view pText, std::string_view pWhat, int64_t pLeast,
                                  int64_t pMost) const {
   int64_t value = 0;
-  if (!TXMLUtils::TryReadInteger(TrimmedXML(pText), value))
+  if (!TXMLUtils::TryReadInteger(TXMLUtils::Trimmed(pText), value))
     Fail(std::string(pWhat) + " is no whole number: " + ToQuotedDisplay(pText.substr(0, 100)));
   if (value < pLeast || value > pMost) Fail(std::string(pWhat) + " is out of range: " + std::to_string(value));
   return value;
@@ -183,10 +171,11 @@ void TXMLTreeBuilder::ReadHeaderText(TScanFileElement pElement) {
       break;
     case elDate:
       // Older files hold the date in the format of a language.
-      TryParseIso(ToUtf8(TrimmedXML(fText)), fScan.fScanTimeStamp);
+      TryParseIso(ToUtf8(TXMLUtils::Trimmed(fText)), fScan.fScanTimeStamp);
       break;
     case elDateISO:
-      if (const auto date = TrimmedXML(fText); !date.empty() && !TryParseIso(ToUtf8(date), fScan.fScanTimeStamp))
+      if (const auto date = TXMLUtils::Trimmed(fText);
+          !date.empty() && !TryParseIso(ToUtf8(date), fScan.fScanTimeStamp))
         Fail("DateISO is no date: " + ToQuotedDisplay(fText.substr(0, 100)));
       break;
     case elExcludedObjects:

@@ -151,6 +151,13 @@ std::u16string_view TXMLUtils::GetValueFromAttributeByQName(TXMLAttributeSpan pA
   return found == nullptr ? pDefault : found->fValue;
 }
 
+std::u16string_view TXMLUtils::Trimmed(std::u16string_view pText) {
+  constexpr std::u16string_view kBlanks = u" \t\r\n";
+  const size_t begin = std::min(pText.find_first_not_of(kBlanks), pText.size());
+  pText.remove_prefix(begin);
+  return pText.substr(0, pText.find_last_not_of(kBlanks) + 1);
+}
+
 bool TXMLUtils::TryReadInteger(std::u16string_view pText, int64_t& pValue) {
   const bool negative = pText.starts_with(u'-');
   if (negative || pText.starts_with(u'+')) pText.remove_prefix(1);

@@ -28,6 +28,9 @@ class TXMLUtils {
   static std::u16string_view GetValueFromAttributeByQName(TXMLAttributeSpan pAttributes, std::u16string_view pName,
                                                           std::u16string_view pDefault);
 
+  // The text without XML white space at its ends.
+  static std::u16string_view Trimmed(std::u16string_view pText);
+
   // Reads a decimal number of 64 bits, with or without a sign. For anything else it returns false and leaves pValue
   // unchanged, also for an empty text, blanks or a number out of range.
   static bool TryReadInteger(std::u16string_view pText, int64_t& pValue);

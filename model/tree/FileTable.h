@@ -37,6 +37,7 @@ static_assert(sizeof(TFileRecord) == 56);
 // record stands for a file only within its table; Find leads from the name to the record in another one.
 class TFileTable : public TInterfaced<IInterface> {
  public:
+  // The names in pNames stand in the order of the records, without gaps.
   static TRef<const TFileTable> Create(const std::vector<TFileRecord>& pRecords, std::u16string_view pNames);
   static void operator delete(void* pTable) { ::operator delete(pTable); }
 
@@ -46,6 +47,13 @@ class TFileTable : public TInterfaced<IInterface> {
     return {Names() + pRecord.fNameOffset, pRecord.fNameLength};
   }
   std::u16string_view NameAt(size_t pIndex) const { return NameOf((*this)[pIndex]); }
+  // The names of the files from pBegin to before pEnd, one behind the other: they stand in the order of the records.
+  // There must be at least one such file.
+  std::u16string_view NamesOf(size_t pBegin, size_t pEnd) const {
+    const size_t begin = pBegin == 0 ? 0 : (*this)[pBegin].fNameOffset;
+    const TFileRecord& last = (*this)[pEnd - 1];
+    return {Names() + begin, last.fNameOffset + last.fNameLength - begin};
+  }
   // The file of this name, letter by letter; nullptr when there is none. Looks at all files.
   const TFileRecord* Find(std::u16string_view pName) const;
   // Indices by size, largest first, then by name in code-unit order.

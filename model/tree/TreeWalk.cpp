@@ -133,6 +133,9 @@ class TTreeWalk::TRun {
   }
 
   bool VisitFiles(IFolderData& pFolder, const TFileTable& pFiles, int32_t pLevel) {
+    const TTreeWalkSettings& settings = fWalk.fSettings;
+    if (settings.fOrder == TSiblingOrder::soAny && settings.fSmallest <= 0)
+      return fVisitor.VisitFiles(pFolder, pLevel, pFiles);
     for (const uint32_t index : fWalk.OrderOfFiles(pFolder, pFiles))
       if (!fVisitor.VisitFile({pFolder, pLevel, &pFiles, &pFiles[index]})) return false;
     return true;

@@ -63,6 +63,13 @@ class ITreeVisitor {
   virtual bool BeginNode(const TTreeRow& pRow, bool pIsComplete) = 0;
   virtual bool EndNode(const TTreeRow& pRow) = 0;
   virtual bool VisitFile(const TTreeRow&) { return true; }
+  // All files of a folder at once, where their order does not matter and all are shown. pFolder and pLevel are those of
+  // their rows.
+  virtual bool VisitFiles(IFolderData& pFolder, int32_t pLevel, const TFileTable& pFiles) {
+    for (size_t i = 0; i < pFiles.Count(); ++i)
+      if (!VisitFile({pFolder, pLevel, &pFiles, &pFiles[i]})) return false;
+    return true;
+  }
   // Called first for each folder. True means that the visitor itself handles the folder and everything beneath it. It
   // may walk the branch later, or on another thread.
   virtual bool TakesBranch(const TTreeRow&) { return false; }

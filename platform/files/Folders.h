@@ -14,6 +14,8 @@ bool PathExists(const std::u16string& pPath);
 bool FolderExists(const std::u16string& pPath);
 // Whether something exists at the path that is neither a file nor a folder, such as a device or a pipe.
 bool SpecialFileExists(const std::u16string& pPath);
+// The names of what the folder holds, in no order, without "." and "..". EOSError.
+std::vector<std::u16string> NamesIn(const std::u16string& pFolder);
 // Who may open a new folder on Linux. On Windows the folder inherits its permissions from its parent.
 enum class TFolderAccess : uint8_t { faUsual, faUserAlone };
 // Creates the folder and its missing parents. Does nothing for an empty path or when the path exists, even as a file: a

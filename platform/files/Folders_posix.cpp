@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -5,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "platform/files/Folders.h"
 #include "platform/files/SystemFiles_posix.h"
@@ -26,6 +28,19 @@ bool FolderExists(const std::u16string& pPath) {
 bool SpecialFileExists(const std::u16string& pPath) {
   struct stat there {};
   return stat(ToNativeBytes(pPath).c_str(), &there) == 0 && !S_ISREG(there.st_mode) && !S_ISDIR(there.st_mode);
+}
+
+std::vector<std::u16string> NamesIn(const std::u16string& pFolder) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(ToNativeBytes(pFolder).c_str()), &closedir);
+  if (!folder) throw EOSError(LastError(), "Listing a folder", pFolder);
+  std::vector<std::u16string> names;
+  errno = 0;
+  while (const dirent* entry = readdir(folder.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(FromNativeBytes(name));
+  }
+  if (errno != 0) throw EOSError(LastError(), "Listing a folder", pFolder);
+  return names;
 }
 
 // Works from the top down, so that the error names the first folder that failed.

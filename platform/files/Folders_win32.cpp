@@ -32,6 +32,22 @@ bool SpecialFileExists(const std::u16string& pPath) {
   return pPath.starts_with(u"\\\\.\\");
 }
 
+std::vector<std::u16string> NamesIn(const std::u16string& pFolder) {
+  const std::u16string pattern = JoinPath(ExtendedPath(AbsolutePath(pFolder)), u"*", u'\\');
+  std::vector<std::u16string> names;
+  WIN32_FIND_DATAW found;
+  const HANDLE search = FindFirstFileW(Wide(pattern), &found);
+  if (search == INVALID_HANDLE_VALUE) throw EOSError(GetLastError(), "Listing a folder", pFolder);
+  do {
+    const std::u16string_view name = Narrow(found.cFileName);
+    if (name != u"." && name != u"..") names.emplace_back(name);
+  } while (FindNextFileW(search, &found));
+  const DWORD code = GetLastError();
+  FindClose(search);
+  if (code != ERROR_NO_MORE_FILES) throw EOSError(code, "Listing a folder", pFolder);
+  return names;
+}
+
 void CreateFolders(const std::u16string& pPath, TFolderAccess) {
   if (pPath.empty()) return;
   const std::u16string path = ExtendedPath(AbsolutePath(pPath));

@@ -6,7 +6,14 @@ namespace Vantrel {
 
 TCpuUsageMeter::TCpuUsageMeter() : fWindowStart(TickCount64()), fAtWindowStart(ReadSystemTimes()) {}
 
-std::optional<int> TCpuUsageMeter::Percent() {
+namespace {
+
+// Threads that use less than one part in so many of their time mostly wait.
+constexpr uint64_t kWaitingShare = 10;
+
+}  // namespace
+
+std::optional<int> TCpuUsageMeter::Percent(int32_t pThreads) {
   TCriticalSectionLock lock(fLock);
   const int64_t now = TickCount64();
   if (now - fWindowStart < kWindowMilliseconds) return fPercent;
@@ -17,6 +24,10 @@ std::optional<int> TCpuUsageMeter::Percent() {
   // A processor's waiting time may be corrected backwards, so the busy share is clamped.
   const uint64_t busy = times.fBusy > fAtWindowStart.fBusy ? times.fBusy - fAtWindowStart.fBusy : 0;
   fPercent = static_cast<int>(std::min<uint64_t>(100, (busy * 100 + total / 2) / total));
+  const uint64_t own = times.fOwn - fAtWindowStart.fOwn;
+  const uint64_t window = static_cast<uint64_t>(now - fWindowStart) * 1000;
+  if (own * kWaitingShare < window * static_cast<uint64_t>(pThreads))
+    fPercent = std::min(*fPercent, static_cast<int>(own * 100 / (window * static_cast<uint64_t>(ProcessorCount()))));
   fWindowStart = now;
   fAtWindowStart = times;
   return fPercent;

@@ -29,14 +29,16 @@ void UseLargeHeapSteps();
 class TCpuUsageMeter {
  public:
   TCpuUsageMeter();
-  // Percent, 0 to 100, over the last finished window of at least kWindowMilliseconds. No value until the first window
-  // is over.
-  std::optional<int> Percent();
+  // Percent of all processors, 0 to 100, over the last finished window of at least kWindowMilliseconds. No value until
+  // the first window is over. It is what the whole system uses, or else what this program alone uses: if its pThreads
+  // mostly waited for storage, more of them would do so too, and take nothing from other programs.
+  std::optional<int> Percent(int32_t pThreads);
 
  private:
   struct TTimes {
     uint64_t fBusy = 0;
     uint64_t fTotal = 0;
+    uint64_t fOwn = 0;  // microseconds of this program
   };
   static TTimes ReadSystemTimes();
 

@@ -59,6 +59,9 @@ TCpuUsageMeter::TTimes TCpuUsageMeter::ReadSystemTimes() {
   if (length < 5) return {};
   line[length] = 0;
   TTimes result;
+  timespec own{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &own);
+  result.fOwn = static_cast<uint64_t>(own.tv_sec) * 1'000'000 + static_cast<uint64_t>(own.tv_nsec) / 1000;
   char* at = line + 3;
   for (int column = 0; column < 8; ++column) {
     const uint64_t value = std::strtoull(at, &at, 10);

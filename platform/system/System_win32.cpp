@@ -36,7 +36,12 @@ TCpuUsageMeter::TTimes TCpuUsageMeter::ReadSystemTimes() {
   if (!GetSystemTimes(&idle, &kernel, &user)) return {};
   auto ticks = [](const FILETIME& pTime) { return uint64_t{pTime.dwHighDateTime} << 32 | pTime.dwLowDateTime; };
   const uint64_t total = ticks(kernel) + ticks(user);  // kernel time includes the idle time
-  return {total - std::min(total, ticks(idle)), total};
+  FILETIME unused{};
+  FILETIME ownKernel{};
+  FILETIME ownUser{};
+  constexpr uint64_t kTicksOfMicrosecond = 10;
+  if (!GetProcessTimes(GetCurrentProcess(), &unused, &unused, &ownKernel, &ownUser)) return {};
+  return {total - std::min(total, ticks(idle)), total, (ticks(ownKernel) + ticks(ownUser)) / kTicksOfMicrosecond};
 }
 
 void SetCurrentThreadPriority(int pStep) {

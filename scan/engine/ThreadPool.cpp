@@ -62,6 +62,8 @@ void TWorkerThread::Execute() noexcept {
   SetCurrentThreadPriority(fThreadPool.FPriority.load(std::memory_order_relaxed));
   TComInitializer com(fThreadPool.fSettings.fInitializeCOM);
   while ((fWorkItem = fThreadPool.WaitForWorkItem(*this))) {
+    // Without this, few threads would work on a queue that was filled before it was known how slow the storage is.
+    if (fThreadPool.GetQueueLength() > 0) fThreadPool.CheckAddNewWorkerThread({});
     fWorkItem->Run();
     fWorkItem = nullptr;
     fThreadPool.WorkItemDone(1);
@@ -70,8 +72,9 @@ void TWorkerThread::Execute() noexcept {
 
 namespace {
 
-TWorkerThreadPool::TSettings Complete(TWorkerThreadPool::TSettings pSettings, TCpuUsageMeter& pMeter) {
-  if (!pSettings.fCpuUsage) pSettings.fCpuUsage = [&pMeter] { return pMeter.Percent(); };
+TWorkerThreadPool::TSettings Complete(TWorkerThreadPool::TSettings pSettings, TWorkerThreadPool& pPool,
+                                      TCpuUsageMeter& pMeter) {
+  if (!pSettings.fCpuUsage) pSettings.fCpuUsage = [&] { return pMeter.Percent(pPool.GetThreadCount()); };
   if (!pSettings.fTickCount) pSettings.fTickCount = [] { return TickCount64(); };
   return pSettings;
 }
@@ -79,7 +82,7 @@ TWorkerThreadPool::TSettings Complete(TWorkerThreadPool::TSettings pSettings, TC
 }  // namespace
 
 TWorkerThreadPool::TWorkerThreadPool(TSettings pSettings)
-    : fSettings(Complete(std::move(pSettings), fCpuMeter)),
+    : fSettings(Complete(std::move(pSettings), *this, fCpuMeter)),
       fMinWorkerThreads(fSettings.fMinWorkerThreads),
       fLastCheckAddNewWorkerThread(fSettings.fTickCount()) {}
 

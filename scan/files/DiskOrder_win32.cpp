@@ -1,7 +1,8 @@
+#include "platform/system/Win32_win32.h"
+// After it, since this header of the system includes none of what it uses.
 #include <winioctl.h>
 
 #include "platform/files/Volumes.h"
-#include "platform/system/Win32_win32.h"
 #include "scan/files/DiskOrder.h"
 #include "scan/files/LocalFile.h"
 

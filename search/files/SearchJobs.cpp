@@ -19,8 +19,12 @@ namespace {
 constexpr int64_t kEntriesBetweenLooks = 1024;
 // The files that are matched in one piece of work when contents are read.
 constexpr size_t kSlice = 32;
-// A branch of a tree with fewer rows is not worth a job.
-constexpr int64_t kSmallestBranch = 2000;
+// So many rows of a tree are worth a job.
+constexpr int64_t kRowsOfJob = 4096;
+
+bool ReadsContents(const TSearchRun& pRun) {
+  return (pRun.Settings().fExpression.Needs() & (saContents | saProperties)) != 0;
+}
 
 }  // namespace
 
@@ -202,7 +206,7 @@ class TFoldersJob : public TTargetJob {
 
   void List(IHierarchicalEnumerator& pListing, int64_t pLevel) {
     const TAdaptedExpression& expression = fRun.Settings().fExpression;
-    const bool readsContents = (expression.Needs() & (saContents | saProperties)) != 0;
+    const bool readsContents = ReadsContents(fRun);
     const bool goesDeeper = pLevel < expression.DeepestLevel();
     int64_t folders = 0;
     for (fEntries = 0; pListing.Next(); ++fEntries) {
@@ -243,18 +247,37 @@ class TFoldersJob : public TTargetJob {
   int64_t fEntries = 0;  // of the folder that is being listed
 };
 
-// Searches a branch of a tree.
-class TBranchJob : public TTargetJob, private ITreeVisitor {
+// A branch of a tree, or some files of one folder.
+struct TTreePart {
+  TRef<IFolderData> fTop;
+  int32_t fLevel = 0;  // of the folder
+  // The files from fBegin to before fEnd; nullptr for the whole branch.
+  TRef<const TFileTable> fFiles{};
+  size_t fBegin = 0;
+  size_t fEnd = 0;
+};
+
+// Searches parts of a tree. While other workers need work, it gives branches away, small ones in bundles, and slices of
+// long lists of files. What is left in an unfinished bundle at the end, it searches itself.
+class TTreeJob : public TTargetJob, private ITreeVisitor {
  public:
-  TBranchJob(TRef<TSearchTarget> pTarget, TRef<IFolderData> pTop, int32_t pLevel)
-      : TTargetJob(std::move(pTarget)), fTop(std::move(pTop)), fLevel(pLevel), fWalk(Settings(fRun)) {}
+  TTreeJob(TRef<TSearchTarget> pTarget, std::vector<TTreePart> pParts)
+      : TTargetJob(std::move(pTarget)), fParts(std::move(pParts)), fWalk(Settings(fRun)), fRowsOfJob(RowsOfJob(fRun)) {}
 
  protected:
   void Work() override {
-    fWalk.Run(*fTop, *this, fLevel);
+    bool goesOn = true;
+    while (goesOn && !fParts.empty()) {
+      for (fAt = 0; goesOn && fAt < fParts.size(); ++fAt) {
+        const TTreePart& part = fParts[fAt];
+        goesOn = part.fFiles ? MatchSlice(part) : fWalk.Run(*part.fTop, *this, part.fLevel);
+      }
+      fParts = std::exchange(fBundle, {});
+      fRowsInBundle = 0;
+    }
     fRun.Count(fFiles, fFolders);
   }
-  std::u16string Place() const override { return fTop->GetFullPath(); }
+  std::u16string Place() const override { return fAt < fParts.size() ? fParts[fAt].fTop->GetFullPath() : u""; }
 
  private:
   static TTreeWalkSettings Settings(const TSearchRun& pRun) {
@@ -267,17 +290,33 @@ class TBranchJob : public TTargetJob, private ITreeVisitor {
     return settings;
   }
 
+  static int64_t RowsOfJob(const TSearchRun& pRun) {
+    return ReadsContents(pRun) ? static_cast<int64_t>(kSlice) : kRowsOfJob;
+  }
+
   bool BeginNode(const TTreeRow& pRow, bool) override {
     if (!pRow.fIsShown) return true;
     if (++fFolders % 64 == 0 && !GoesOn()) return false;
-    if (pRow.fLevel > 0) fWorker->MatchRow(pRow);
+    if (pRow.fLevel > 0) fWorker->MatchFolder(pRow);
     return true;
   }
   bool EndNode(const TTreeRow&) override { return true; }
-  bool VisitFile(const TTreeRow& pFile) override {
-    if (++fFiles % kEntriesBetweenLooks == 0 && !GoesOn()) return false;
-    fWorker->MatchRow(pFile);
+
+  bool VisitFiles(IFolderData& pFolder, int32_t pLevel, const TFileTable& pFiles) override {
+    TTreePart slice{TRef<IFolderData>(&pFolder), pLevel - 1, TRef<const TFileTable>(&pFiles)};
+    const size_t count = pFiles.Count();
+    for (; slice.fEnd < count; slice.fBegin = slice.fEnd) {
+      slice.fEnd = std::min(slice.fBegin + static_cast<size_t>(fRowsOfJob), count);
+      const bool isGiven = slice.fEnd < count && fRun.IsQueueShort() && Give({slice});
+      if (!isGiven && !MatchSlice(slice)) return false;
+    }
     return true;
+  }
+
+  bool MatchSlice(const TTreePart& pSlice) {
+    fFiles += static_cast<int64_t>(pSlice.fEnd - pSlice.fBegin);
+    fWorker->MatchFilesOf(*pSlice.fTop, pSlice.fLevel + 1, *pSlice.fFiles, pSlice.fBegin, pSlice.fEnd);
+    return !fRun.IsStopped();
   }
 
   // What was found is handed over now and then, so that a rare result need not wait for the end of the branch.
@@ -287,15 +326,27 @@ class TBranchJob : public TTargetJob, private ITreeVisitor {
   }
 
   bool TakesBranch(const TTreeRow& pRow) override {
-    if (&pRow.fFolder == fTop.get()) return false;
-    constexpr size_t kHasMore = 2;
-    return fWalk.RowsOf(pRow.fFolder) >= kSmallestBranch && fRun.ShouldShare(kHasMore) &&
-           fRun.Queue(MakeRef<TBranchJob>(fTarget, TRef<IFolderData>(&pRow.fFolder), pRow.fLevel));
+    if (&pRow.fFolder == fParts[fAt].fTop.get() || !fRun.IsQueueShort()) return false;
+    TTreePart branch{TRef<IFolderData>(&pRow.fFolder), pRow.fLevel};
+    const int64_t rows = fWalk.RowsOf(pRow.fFolder);
+    if (rows >= fRowsOfJob) return Give({std::move(branch)});
+    fBundle.push_back(std::move(branch));
+    fRowsInBundle += rows;
+    if (fRowsInBundle >= fRowsOfJob && Give(fBundle)) {
+      fBundle.clear();
+      fRowsInBundle = 0;
+    }
+    return true;
   }
 
-  const TRef<IFolderData> fTop;
-  const int32_t fLevel;
+  bool Give(std::vector<TTreePart> pParts) { return fRun.Queue(MakeRef<TTreeJob>(fTarget, std::move(pParts))); }
+
+  std::vector<TTreePart> fParts;
+  size_t fAt = 0;                  // the part that is being searched
+  std::vector<TTreePart> fBundle;  // small branches that are to become a job
+  int64_t fRowsInBundle = 0;
   const TTreeWalk fWalk;
+  const int64_t fRowsOfJob;
   int64_t fFiles = 0;
   int64_t fFolders = 0;
 };
@@ -312,7 +363,7 @@ TRef<ThreadPool::IWorkItem> CreateTreeJob(TSearchRun& pRun, TRef<IHierarchicalRo
   TRef<IFolderData> top = pRoot->GetTopFolder();
   if (!top) return nullptr;
   auto target = MakeRef<TSearchTarget>(pRun, std::move(pStorage), pRoot->GetPathDelimiter(), nullptr);
-  return MakeRef<TBranchJob>(std::move(target), std::move(top), 0);
+  return MakeRef<TTreeJob>(std::move(target), std::vector<TTreePart>{{std::move(top)}});
 }
 
 }  // namespace Vantrel::Search

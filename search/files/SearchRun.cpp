@@ -1,6 +1,7 @@
 #include "search/files/SearchRun.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "platform/system/Errors.h"
@@ -21,6 +22,8 @@ constexpr int64_t kMillisecondsBetweenFolders = 50;
 TSearchRun::TSearchRun(TFileSearchSettings pSettings)
     : fSettings(std::move(pSettings)), fPool(std::make_unique<ThreadPool::TWorkerThreadPool>(fSettings.fPool)) {
   fPool->SetMaxRunningThreads(fSettings.fThreads);
+  // A search of a tree may take less time than the pool takes to see that another thread would help.
+  fPool->SetMinWorkerThreads(ScanEngine::PreStartedThreads(fPool->GetMaxRunningThreads()));
   fPool->SetPriority(fSettings.fPriority);
   fPool->SetMaxCpuUsage(ScanEngine::CpuCapOf(ProcessorCount()));
   fPool->SetOnAllWorkItemsDone([this] { EndAll(); });
@@ -47,10 +50,17 @@ void TSearchRun::SetPaused(bool pPaused) {
   fChanged.notify_all();
 }
 
+// The pool's clock goes in steps of up to 16 ms, so that a view which looks for results often would see the first one
+// late.
 bool TSearchRun::WaitForEnd(int64_t pMilliseconds) {
-  const int64_t until = TickCount64() + pMilliseconds;
+  using TClock = std::chrono::steady_clock;
+  const TClock::time_point until = TClock::now() + std::chrono::milliseconds(pMilliseconds);
   TCriticalSectionLock lock(fLock);
-  for (int64_t left = pMilliseconds; !fHasEnded && left > 0; left = until - TickCount64()) lock.WaitFor(fChanged, left);
+  while (!fHasEnded) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - TClock::now()).count();
+    if (left <= 0) break;
+    lock.WaitFor(fChanged, left);
+  }
   return fHasEnded;
 }
 
@@ -79,6 +89,7 @@ void TSearchRun::AddError(TSearchError pError) {
 void TSearchRun::HandOver(std::vector<TFoundItem>& pFound) {
   if (pFound.empty()) return;
   bool isEnough = false;
+  size_t handed = 0;
   {
     TCriticalSectionLock lock(fLock);
     const int64_t left = fSettings.fMostFound - fFoundCount.load(std::memory_order_relaxed);
@@ -87,9 +98,10 @@ void TSearchRun::HandOver(std::vector<TFoundItem>& pFound) {
       pFound.resize(static_cast<size_t>(std::max<int64_t>(left, 0)));
     }
     fFoundCount.fetch_add(static_cast<int64_t>(pFound.size()), std::memory_order_relaxed);
-    std::move(pFound.begin(), pFound.end(), std::back_inserter(fFound));
+    handed = pFound.size();
+    fFound.push_back(std::exchange(pFound, {}));
   }
-  pFound.clear();
+  pFound.reserve(handed);  // the next ones are probably about as many
   if (isEnough) FindEnough();
 }
 
@@ -110,9 +122,8 @@ void TSearchRun::ShowFolder(const std::function<std::u16string()>& pFolder) {
 bool TSearchRun::ShouldShare(size_t pWaiting) const {
   // A worker that gave its last piece away would end and look for another one.
   if (pWaiting <= 1) return false;
-  const int32_t queued = fPool->GetQueueLength();
-  if (queued <= fPool->GetMaxRunningThreads()) return true;
-  return queued <= kMostQueuedPerThread * fPool->GetThreadCount() && fPool->IsCpuUsageBelowMax();
+  if (IsQueueShort()) return true;
+  return fPool->GetQueueLength() <= kMostQueuedPerThread * fPool->GetThreadCount() && fPool->IsCpuUsageBelowMax();
 }
 
 bool TSearchRun::Queue(TRef<ThreadPool::IWorkItem> pJob) {
@@ -126,8 +137,18 @@ bool TSearchRun::Queue(TRef<ThreadPool::IWorkItem> pJob) {
 }
 
 std::vector<TFoundItem> TSearchRun::TakeFound() {
-  TCriticalSectionLock lock(fLock);
-  return std::exchange(fFound, {});
+  std::vector<std::vector<TFoundItem>> blocks;
+  {
+    TCriticalSectionLock lock(fLock);
+    blocks.swap(fFound);
+  }
+  if (blocks.size() == 1) return std::move(blocks.front());
+  size_t count = 0;
+  for (const auto& block : blocks) count += block.size();
+  std::vector<TFoundItem> found;
+  found.reserve(count);
+  for (auto& block : blocks) std::move(block.begin(), block.end(), std::back_inserter(found));
+  return found;
 }
 
 TSearchProgress TSearchRun::GetProgress() const {

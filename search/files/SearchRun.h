@@ -38,14 +38,18 @@ class TSearchRun final : public IFactErrors {
   bool IsStopped() override;
   void FileFailed(const std::u16string& pPath, uint32_t pCode, std::string_view pText) override;
   void AddError(TSearchError pError);
-  // Takes the items and empties the list.
+  // Takes the list and leaves an empty one.
   void HandOver(std::vector<TFoundItem>& pFound);
+  // Whether anything has been handed over.
+  bool HasFound() const { return fFoundCount.load(std::memory_order_relaxed) > 0; }
   void Count(int64_t pFiles, int64_t pFolders);
   // pFolder is asked for only now and then.
   void ShowFolder(const std::function<std::u16string()>& pFolder);
   void CountGivenUp(int64_t pLines) { fGivenUp.fetch_add(pLines, std::memory_order_relaxed); }
   // Whether a worker with this many waiting pieces of work should give one away.
   bool ShouldShare(size_t pWaiting) const;
+  // Whether so few jobs wait that a worker may soon find none.
+  bool IsQueueShort() const { return fPool->GetQueueLength() <= fPool->GetMaxRunningThreads(); }
   // False when the job cannot be queued. The worker then does it itself.
   bool Queue(TRef<ThreadPool::IWorkItem> pJob);
 
@@ -67,7 +71,7 @@ class TSearchRun final : public IFactErrors {
   mutable TCriticalSection fLock;
   std::condition_variable fChanged;
   bool fHasEnded GUARDED_BY(fLock) = false;
-  std::vector<TFoundItem> fFound GUARDED_BY(fLock);
+  std::vector<std::vector<TFoundItem>> fFound GUARDED_BY(fLock);  // as they were handed over
   std::vector<TSearchError> fErrors GUARDED_BY(fLock);
   std::u16string fLastFolder GUARDED_BY(fLock);
   std::unique_ptr<ThreadPool::TWorkerThreadPool> fPool;  // ends before all else

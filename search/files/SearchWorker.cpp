@@ -1,8 +1,10 @@
 #include "search/files/SearchWorker.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "model/statistics/AssocSizeArray.h"
+#include "platform/files/Paths.h"
 
 namespace Vantrel::Search {
 
@@ -87,18 +89,41 @@ void TSearchWorker::MatchFiles(const TFileTable& pFiles, size_t pBegin, size_t p
 
 // --- trees -----------------------------------------------------------------------------------------------------------
 
-void TSearchWorker::MatchRow(const TTreeRow& pRow) {
-  const TEntryView view = pRow.View();
-  // The folder that holds the row. Comparing it costs less than asking for its path, which only few rows need.
-  const IHierarchicalElement* holder = pRow.IsFile() ? &pRow.fFolder : nullptr;
-  if (!holder || holder != fRowFolder) {
-    fItem.SetFolder(pRow.fLevel);
-    fIsFolderOfRows = false;
-    fRowFolder = holder;
+void TSearchWorker::MatchFolder(const TTreeRow& pRow) {
+  fItem.SetFolder(pRow.fLevel);
+  fIsFolderOfRows = false;
+  if (Matches(pRow.View())) TakeRow(pRow);
+}
+
+void TSearchWorker::MatchFilesOf(IFolderData& pFolder, int32_t pLevel, const TFileTable& pFiles, size_t pBegin,
+                                 size_t pEnd) {
+  fItem.SetFolder(pLevel);
+  fIsFolderOfRows = false;
+  for (size_t begin = pBegin; begin < pEnd; begin += TFileBlock::kMost) {
+    const TFileBlock block(pFiles, begin, pEnd);
+    TFileSet found = fRun.Settings().fExpression.MatchesOf(block, pFolder, fItem, fRoom);
+    // A file that was left in the middle would match a condition that it does not hold a text.
+    if (fRun.IsStopped()) return;
+    for (; found != 0; found &= found - 1)
+      TakeRow({pFolder, pLevel, &pFiles, &block[static_cast<size_t>(std::countr_zero(found))]});
   }
-  if (!Matches(view)) return;
+}
+
+// Folders that follow each other mostly lie in the same one, whose path is kept.
+std::u16string TSearchWorker::PathOfFolder(const IFolderData& pFolder) {
+  TRef<IHierarchicalElement> parent = pFolder.GetParentFolder();
+  if (!parent || pFolder.IsFileGroup()) return pFolder.GetFullPath();
+  if (parent != fOuterFolder) {
+    fOuterPath = parent->GetFullPath();
+    fOuterFolder = std::move(parent);
+  }
+  return JoinPath(fOuterPath, pFolder.GetObjectName(), fDelimiter);
+}
+
+void TSearchWorker::TakeRow(const TTreeRow& pRow) {
+  const TEntryView view = pRow.View();
   if (!fIsFolderOfRows) {
-    std::u16string path = view.GetParentPath();
+    std::u16string path = pRow.IsFile() ? PathOfFolder(pRow.fFolder) : view.GetParentPath();
     // Found folders that follow each other mostly lie in the same one.
     if (!fFolderOfRows || fFolderOfRows->fPath != path)
       fFolderOfRows = MakeRef<const TFoundFolder>(std::move(path), fDelimiter, fStorage);
@@ -109,8 +134,9 @@ void TSearchWorker::MatchRow(const TTreeRow& pRow) {
   fFound.push_back({fFolderOfRows, std::u16string(view.GetObjectName()), values, !pRow.IsFile(), true,
                     TRef<IHierarchicalElement>(&pRow.fFolder),
                     !pRow.IsFile() && (view.GetAttributes() & kAttributeReparsePoint) == 0});
+  // The first result is shown at once.
   constexpr size_t kMostKept = 64;
-  if (fFound.size() >= kMostKept) HandOver();
+  if (fFound.size() >= kMostKept || !fRun.HasFound()) HandOver();
 }
 
 }  // namespace Vantrel::Search

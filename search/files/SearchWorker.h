@@ -38,8 +38,9 @@ class TSearchWorker {
   // Matches the files of a slice.
   void MatchFiles(const TFileTable& pFiles, size_t pBegin, size_t pEnd, const TRef<const TFoundFolder>& pFolder,
                   int64_t pLevel);
-  // Matches a row of a tree. Rows of one folder come one after the other.
-  void MatchRow(const TTreeRow& pRow);
+  // Matches a folder of a tree, and a folder's files from pBegin to before pEnd. pLevel is that of their rows.
+  void MatchFolder(const TTreeRow& pRow);
+  void MatchFilesOf(IFolderData& pFolder, int32_t pLevel, const TFileTable& pFiles, size_t pBegin, size_t pEnd);
 
   void HandOver() { fRun.HandOver(fFound); }
 
@@ -48,6 +49,8 @@ class TSearchWorker {
     fItem.SetEntry(pEntry);
     return fRun.Settings().fExpression.Matches(fItem);
   }
+  std::u16string PathOfFolder(const IFolderData& pFolder);
+  void TakeRow(const TTreeRow& pRow);
   TKeyId OwnerKeyOf(const IHierarchicalEnumerator& pEntry);
 
   TSearchRun& fRun;
@@ -63,9 +66,11 @@ class TSearchWorker {
   IHierarchicalEnumerator* fListing = nullptr;
   // Made when something is found in the folder.
   TRef<const TFoundFolder> fListedFolder;
-  const IHierarchicalElement* fRowFolder = nullptr;  // of the last row of a tree
   TRef<const TFoundFolder> fFolderOfRows;
-  bool fIsFolderOfRows = false;  // whether fFolderOfRows holds the last row
+  bool fIsFolderOfRows = false;             // whether fFolderOfRows holds the last row
+  TRef<IHierarchicalElement> fOuterFolder;  // the last one that PathOfFolder met
+  std::u16string fOuterPath;
+  std::vector<TFileSet> fRoom;  // for the expression
 };
 
 }  // namespace Vantrel::Search

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 #include "platform/text/Text.h"
 #include "search/query/ValueExpressions.h"
@@ -92,6 +93,43 @@ int64_t DeepestLevelOf(const IExpression& pRoot) {
 }
 
 }  // namespace
+
+TFileSet TAdaptedExpression::MatchesOf(const TFileBlock& pBlock, const IFolderData& pFolder, TSearchItem& pItem,
+                                       std::vector<TFileSet>& pRoom) const {
+  const auto matchSingly = [&](int32_t pStep, TFileSet pFiles) {
+    return TFileBlock::Select(pFiles, [&](size_t pFile) {
+      pItem.SetEntry(TEntryView(pBlock.Files(), pBlock[pFile], &pFolder));
+      return MatchesFrom(pStep, pItem);
+    });
+  };
+  TFileSet undecided = pBlock.All();
+  if (fEntry < 0) return fEntry == kYes ? undecided : 0;
+  if (fFoldsNames) return matchSingly(fEntry, undecided);
+  TFileSet matching = 0;
+  pRoom.resize(fSteps.size());  // the files that have reached each step; all zero between two calls
+  const auto send = [&](TFileSet pFiles, int32_t pStep) {
+    if (pStep >= 0) {
+      pRoom[static_cast<size_t>(pStep)] |= pFiles;
+    } else {
+      undecided &= ~pFiles;
+      if (pStep == kYes) matching |= pFiles;
+    }
+  };
+  send(undecided, fEntry);
+  for (int32_t at = fEntry; undecided != 0; --at) {
+    const TFileSet files = std::exchange(pRoom[static_cast<size_t>(at)], 0);
+    if (files == 0) continue;
+    const TStep& step = fSteps[static_cast<size_t>(at)];
+    if (const std::optional<TFileSet> tested = step.fCondition->MatchesOf(pBlock, files)) {
+      send(*tested, step.fIfYes);
+      send(files & ~*tested, step.fIfNo);
+    } else {
+      matching |= matchSingly(at, files);
+      undecided &= ~files;
+    }
+  }
+  return matching;
+}
 
 std::vector<const TCondition*> TAdaptedExpression::Conditions() const {
   std::vector<const TCondition*> conditions;

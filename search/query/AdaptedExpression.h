@@ -17,15 +17,13 @@ namespace Vantrel::Search {
 // Immutable. Any thread, each with its own item.
 class TAdaptedExpression {
  public:
-  bool Matches(TSearchItem& pItem) const {
-    if (fFoldsNames) pItem.Name().Units();
-    int32_t at = fEntry;
-    while (at >= 0) {
-      const TStep& step = fSteps[static_cast<size_t>(at)];
-      at = step.fCondition->Matches(pItem) ? step.fIfYes : step.fIfNo;
-    }
-    return at == kYes;
-  }
+  bool Matches(TSearchItem& pItem) const { return MatchesFrom(fEntry, pItem); }
+
+  // The files of a block that match. Each condition tests all files that reach it before the next one does. What no
+  // condition can test in this way goes through pItem, whose folder has been set; pFolder is that folder. pRoom belongs
+  // to the thread and to this expression, and is kept from call to call, but not after an exception.
+  TFileSet MatchesOf(const TFileBlock& pBlock, const IFolderData& pFolder, TSearchItem& pItem,
+                     std::vector<TFileSet>& pRoom) const;
 
   // Whether the query is empty and takes everything.
   bool MatchesAll() const { return fSteps.empty() && fEntry == kYes; }
@@ -48,8 +46,19 @@ class TAdaptedExpression {
   };
   class TBuilder;
 
-  TExpressionRef fRoot;  // keeps the conditions alive
-  std::vector<TStep> fSteps;
+  // Goes on at a step.
+  bool MatchesFrom(int32_t pStep, TSearchItem& pItem) const {
+    if (fFoldsNames) pItem.Name().Units();
+    int32_t at = pStep;
+    while (at >= 0) {
+      const TStep& step = fSteps[static_cast<size_t>(at)];
+      at = step.fCondition->Matches(pItem) ? step.fIfYes : step.fIfNo;
+    }
+    return at == kYes;
+  }
+
+  TExpressionRef fRoot;       // keeps the conditions alive
+  std::vector<TStep> fSteps;  // each stands behind those that can follow it
   int32_t fEntry = kYes;
   bool fFoldsNames = false;  // so many conditions look at the name that folding it first saves time
   TSearchAbilities fNeeds = 0;

@@ -3,12 +3,14 @@
 // The tree of conditions that a query becomes: IExpression, its leaves, and the lists that join them.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/system/Errors.h"
 #include "platform/threads/Interface.h"
+#include "search/query/FileBlock.h"
 
 // How a query is answered.
 //
@@ -67,6 +69,9 @@ class TCondition : public TInterfaced<IExpression> {
  public:
   // Any thread; each with its own item.
   virtual bool Matches(TSearchItem& pItem) const = 0;
+  // Those of some files in a table that match, all at once. No value if the condition must see each file as an item;
+  // the answer is then the same for all files.
+  virtual std::optional<TFileSet> MatchesOf(const TFileBlock&, TFileSet) const { return std::nullopt; }
   // The keyword and the operator, such as "size:>"; and the value behind them, in quotes where it needs them.
   virtual void AppendHead(std::u16string& pText) const = 0;
   virtual void AppendValue(std::u16string& pText) const = 0;

@@ -53,24 +53,32 @@ TAsciiText::TAsciiText(std::u16string_view pText) {
   }
 }
 
-// Most texts do not hold it, and comparing the first and the last unit at all places shows that. The loop has no early
-// exit, so the compiler compares eight units at a time.
-bool TAsciiText::IsIn(std::u16string_view pText) const {
-  if (fLower.empty()) return true;
-  if (pText.size() < fLower.size()) return false;
+// Most texts do not hold it, and comparing the first and the last unit at all places shows that. The loop over a
+// stretch has a fixed length and no early exit, so the compiler compares eight units at a time.
+size_t TAsciiText::FindIn(std::u16string_view pText, size_t pFrom) const {
+  constexpr size_t kStretch = 16;
+  if (fLower.empty()) return pFrom;
+  if (pText.size() < fLower.size()) return kNone;
   const size_t last = fLower.size() - 1;
   const size_t places = pText.size() - last;
   const char16_t* const begins = pText.data();
   const char16_t* const ends = begins + last;
   const char16_t firstUnit = fLower.front(), firstBit = fCaseBits.front();
   const char16_t lastUnit = fLower.back(), lastBit = fCaseBits.back();
-  uint16_t found = 0;
-  for (size_t at = 0; at < places; ++at)
-    found |= static_cast<uint16_t>(((begins[at] | firstBit) == firstUnit) & ((ends[at] | lastBit) == lastUnit));
-  if (found == 0) return false;
-  for (size_t at = 0; at < places; ++at)
-    if (IsAt(begins + at)) return true;
-  return false;
+  const auto mayBeAt = [&](size_t pPlace) {
+    return ((begins[pPlace] | firstBit) == firstUnit) & ((ends[pPlace] | lastBit) == lastUnit);
+  };
+  for (size_t at = pFrom; at < places;) {
+    const size_t end = std::min(at + kStretch, places);
+    if (end - at == kStretch) {
+      uint16_t found = 0;
+      for (size_t i = 0; i < kStretch; ++i) found |= static_cast<uint16_t>(mayBeAt(at + i));
+      if (found == 0) at = end;
+    }
+    for (; at < end; ++at)
+      if (mayBeAt(at) && IsAt(begins + at)) return at;
+  }
+  return kNone;
 }
 
 struct TTextTest::TPlainParts {
@@ -126,6 +134,14 @@ bool TTextTest::MatchesPlain(std::u16string_view pText) const {
     }
   }
   return found != IsNegated(fOperator);
+}
+
+// The longest part is the rarest one.
+const TAsciiText* TTextTest::FixedPart() const {
+  const TAsciiText* longest = &fPlain->fBegin;
+  for (const TAsciiText* part : {&fPlain->fMiddle, &fPlain->fEnd})
+    if (part->Length() > longest->Length()) longest = part;
+  return longest->Length() > 0 ? longest : nullptr;
 }
 
 // --- all texts -------------------------------------------------------------------------------------------------------

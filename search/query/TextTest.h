@@ -31,7 +31,9 @@ class TAsciiText {
   bool Ends(std::u16string_view pText) const {
     return pText.size() >= Length() && IsAt(pText.data() + pText.size() - Length());
   }
-  bool IsIn(std::u16string_view pText) const;
+  bool IsIn(std::u16string_view pText) const { return FindIn(pText, 0) != std::u16string_view::npos; }
+  // The first place at or behind pFrom where the other text has this one; npos if there is none.
+  size_t FindIn(std::u16string_view pText, size_t pFrom) const;
 
  private:
   std::u16string fLower;     // each unit with its case bit set
@@ -55,6 +57,9 @@ class TTextTest {
   bool MatchesPlain(std::u16string_view pText, PatternMatching::TUnitSet pUnits) const {
     return (fUnits & ~pUnits) != 0 ? IsNegated(fOperator) : MatchesPlain(pText);
   }
+
+  // With IsPlain: a part that each text holds in which the value is found. nullptr if there is none.
+  const TAsciiText* FixedPart() const;
 
   TStringOperator Operator() const { return fOperator; }
   TStringOperatorOptions Options() const { return fOptions; }

@@ -1,6 +1,7 @@
 #include "search/query/ValueExpressions.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "model/tree/FileNames.h"
 #include "platform/text/Text.h"
@@ -78,6 +79,40 @@ bool TStringExpression::Matches(TSearchItem& pItem) const {
   }
 }
 
+namespace {
+
+// The files for which pTest says yes, where no file does whose name lacks the part. Most names lack it, and looking for
+// it in all names at once shows that without a look at the records. A place may also stand across two names.
+template <class TTest>
+TFileSet SelectByPart(const TFileBlock& pBlock, const TAsciiText& pPart, const TTest& pTest) {
+  const std::u16string_view names = pBlock.Names();
+  TFileSet selected = 0;
+  for (size_t at = pPart.FindIn(names, 0); at != kNone;) {
+    const size_t file = pBlock.FileAt(at);
+    selected |= TFileSet{pTest(file)} << file;
+    at = pPart.FindIn(names, pBlock.EndOfName(file));
+  }
+  return selected;
+}
+
+}  // namespace
+
+std::optional<TFileSet> TStringExpression::MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const {
+  const bool isExtension = fTarget == TValueTarget(TColumn::mdExtension);
+  if (!fTest.IsPlain() || (!isExtension && fTarget != TValueTarget(TColumn::mdName))) return std::nullopt;
+  const bool isNegated = IsNegated(fTest.Operator());
+  const auto holds = [&](size_t pFile) {
+    const std::u16string_view name = pBlock.NameOf(pFile);
+    return fTest.MatchesPlain(isExtension ? ExtensionColumnOfName(name) : name) != isNegated;
+  };
+  constexpr size_t kPartOfBlock = 4;  // for fewer files than such a part of the block, one after the other is faster
+  const TAsciiText* const part = fTest.FixedPart();
+  const bool looksAtAll =
+      part != nullptr && static_cast<size_t>(std::popcount(pFiles)) * kPartOfBlock >= pBlock.Count();
+  const TFileSet found = looksAtAll ? SelectByPart(pBlock, *part, holds) : TFileBlock::Select(pFiles, holds);
+  return isNegated ? pFiles & ~found : pFiles & found;
+}
+
 void TStringExpression::AppendHead(std::u16string& pText) const {
   pText += fKeyword.empty() ? KeywordOf(fTarget) : std::u16string(fKeyword);
   // An extension is compared as a whole anyway.
@@ -145,6 +180,11 @@ bool TNumericExpression::Matches(TSearchItem& pItem) const {
   return !pItem.IsFolder() && Compare(fOperator, pItem.Entry().GetAllocated(), fValue);
 }
 
+std::optional<TFileSet> TNumericExpression::MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const {
+  if (fTarget == TColumn::mdPathLength) return std::nullopt;
+  return TFileBlock::Select(pFiles, [&](size_t pFile) { return Compare(fOperator, pBlock[pFile].fAllocated, fValue); });
+}
+
 void TNumericExpression::AppendHead(std::u16string& pText) const {
   pText += KeywordOf(fTarget);
   pText += OperatorText(fOperator);
@@ -157,6 +197,10 @@ void TNumericExpression::AppendValue(std::u16string& pText) const {
 
 bool TSizeExpression::Matches(TSearchItem& pItem) const {
   return !pItem.IsFolder() && Compare(fOperator, pItem.Entry().GetSize(), fValue);
+}
+
+std::optional<TFileSet> TSizeExpression::MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const {
+  return TFileBlock::Select(pFiles, [&](size_t pFile) { return Compare(fOperator, pBlock[pFile].fSize, fValue); });
 }
 
 // --- dates -----------------------------------------------------------------------------------------------------------
@@ -177,6 +221,15 @@ bool TTimespanExpression::Matches(TSearchItem& pItem) const {
   }
 }
 
+std::optional<TFileSet> TTimespanExpression::MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const {
+  const auto* column = std::get_if<TColumn>(&fTarget);
+  if (column == nullptr) return std::nullopt;
+  TKivFileTime TFileRecord::*date = &TFileRecord::fLastChangeDate;
+  if (*column == TColumn::mdLastAccess) date = &TFileRecord::fLastAccessDate;
+  if (*column == TColumn::mdCreation) date = &TFileRecord::fCreationDate;
+  return TFileBlock::Select(pFiles, [&](size_t pFile) { return fSpan.Holds(pBlock[pFile].*date); });
+}
+
 void TTimespanExpression::AppendHead(std::u16string& pText) const {
   pText += KeywordOf(fTarget);
   pText += fSpan.OperatorText();
@@ -192,9 +245,17 @@ TSearchAbilities TTimespanExpression::Needs() const {
 
 // --- attributes and level --------------------------------------------------------------------------------------------
 
-bool TAttributeExpression::Matches(TSearchItem& pItem) const {
-  const bool areSet = (pItem.Entry().GetAttributes() & fAttributes) == fAttributes;
+bool TAttributeExpression::Holds(TAttributes pAttributes) const {
+  const bool areSet = (pAttributes & fAttributes) == fAttributes;
   return areSet == (fOperator == TAttributesOperator::IsSet);
+}
+
+bool TAttributeExpression::Matches(TSearchItem& pItem) const {
+  return Holds(pItem.Entry().GetAttributes());
+}
+
+std::optional<TFileSet> TAttributeExpression::MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const {
+  return TFileBlock::Select(pFiles, [&](size_t pFile) { return Holds(pBlock[pFile].fAttributes); });
 }
 
 void TAttributeExpression::AppendHead(std::u16string& pText) const {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "model/tree/HierarchicalInterfaces.h"
@@ -24,6 +25,7 @@ class TStringExpression final : public TCondition {
       : fTarget(pTarget), fTest(std::move(pTest)), fKeyword(pKeyword) {}
   std::u16string_view ClassName() const override { return u"TStringExpression"; }
   bool Matches(TSearchItem& pItem) const override;
+  std::optional<TFileSet> MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const override;
   void AppendHead(std::u16string& pText) const override;
   void AppendValue(std::u16string& pText) const override { fTest.AppendValue(pText); }
   int64_t Cost() const override;
@@ -67,6 +69,7 @@ class TNumericExpression : public TCondition {
       : fTarget(pTarget), fOperator(pOperator), fValue(pValue) {}
   std::u16string_view ClassName() const override { return u"TNumericExpression"; }
   bool Matches(TSearchItem& pItem) const override;
+  std::optional<TFileSet> MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const override;
   void AppendHead(std::u16string& pText) const override;
   void AppendValue(std::u16string& pText) const override;
   int64_t Cost() const override { return 30; }
@@ -83,6 +86,7 @@ class TSizeExpression final : public TNumericExpression {
   TSizeExpression(TOperator pOperator, int64_t pBytes) : TNumericExpression(TColumn::mdSize, pOperator, pBytes) {}
   std::u16string_view ClassName() const override { return u"TSizeExpression"; }
   bool Matches(TSearchItem& pItem) const override;
+  std::optional<TFileSet> MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const override;
 };
 
 // A span of time, both ends included.
@@ -104,6 +108,7 @@ class TTimespanExpression final : public TCondition {
   TTimespanExpression(TValueTarget pTarget, TTimespan pSpan) : fTarget(pTarget), fSpan(pSpan) {}
   std::u16string_view ClassName() const override { return u"TTimespanExpression"; }
   bool Matches(TSearchItem& pItem) const override;
+  std::optional<TFileSet> MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const override;
   void AppendHead(std::u16string& pText) const override;
   void AppendValue(std::u16string& pText) const override { pText += fSpan.ValueText(); }
   int64_t Cost() const override;
@@ -121,11 +126,14 @@ class TAttributeExpression final : public TCondition {
       : fOperator(pOperator), fAttributes(pAttributes) {}
   std::u16string_view ClassName() const override { return u"TAttributeExpression"; }
   bool Matches(TSearchItem& pItem) const override;
+  std::optional<TFileSet> MatchesOf(const TFileBlock& pBlock, TFileSet pFiles) const override;
   void AppendHead(std::u16string& pText) const override;
   void AppendValue(std::u16string& pText) const override;
   int64_t Cost() const override { return 16; }
 
  private:
+  bool Holds(TAttributes pAttributes) const;
+
   const TAttributesOperator fOperator;
   const TAttributes fAttributes;
 };

@@ -53,8 +53,8 @@ class TRandomOptions {
 
   // Mostly anything, bytes that are not UTF-8 included; now and then what the options with a form of their own take.
   std::string Text() {
-    static constexpr std::string_view kForms[] = {"1;5;90",         "3",           "name",   "name;size",
-                                                  "size,ascending", "a@b.example", "640x480"};
+    static constexpr std::string_view kForms[] = {"1;5;90",         "3",           "name",    "name;size",
+                                                  "size,ascending", "a@b.example", "640x480", "2.5%"};
     const size_t choice = fRandom() % (2 * std::size(kForms));
     if (choice < std::size(kForms)) return std::string(kForms[choice]);
     return Vantrel::ToNativeBytes(fNasty.Next());

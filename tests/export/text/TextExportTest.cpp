@@ -70,14 +70,14 @@ TEST(FormattedReport, IsLaidOutToTheColumn) {
   TReport report;
   EXPECT_THAT(report.Of(*MakeRoot()),
               ElementsAre("Title",                                                                          //
-                          "  /no such place - 3.0 MB - 1,234 files - 2 folders",                            //
+                          "  /no such place - 4.0 MB - 1,234 files - 2 folders",                            //
                           "",                                                                               //
-                          "Name              Size  Allocated  Files  Folders  % of Parent  Last Change",    //
-                          "--------------  ------  ---------  -----  -------  -----------  -----------",    //
-                          "/no such place  3.0 MB     4.0 MB  1,234        2      100.0 %             ",    //
-                          "  big           2.0 MB     3.0 MB  1,200        0       66.7 %             ",    //
-                          "  [Files]       1.0 MB     1.0 MB     34        0       33.3 %             ",    //
-                          "  empty            0 B        0 B      0        0        0.0 %             ",    //
+                          "Name            Allocated    Size  Files  Folders  % of Parent  Last Change",    //
+                          "--------------  ---------  ------  -----  -------  -----------  -----------",    //
+                          "/no such place     4.0 MB  3.0 MB  1,234        2      100.0 %             ",    //
+                          "  big              3.0 MB  2.0 MB  1,200        0       75.0 %             ",    //
+                          "  [Files]          1.0 MB  1.0 MB     34        0       25.0 %             ",    //
+                          "  empty               0 B     0 B      0        0        0.0 %             ",    //
                           "",                                                                               //
                           "Scanned 1,234 files and 3 folders in 2.00 seconds (618 entries per second)."));  // 1237 / 2
   EXPECT_TRUE(report.fComplete);
@@ -160,11 +160,11 @@ TEST(FormattedReport, ColumnsLeaveWhenALineIsTooNarrow) {
     if (pChosen) report.fSettings.fColumns = {TColumn::mdName, TColumn::mdFolders, TColumn::mdLastChange};
     return report.Of(*MakeRoot())[3];
   };
-  EXPECT_EQ(captions(75, false), "Name              Size  Allocated  Files  Folders  % of Parent  Last Change");
-  EXPECT_EQ(captions(74, false), "Name              Size  Allocated  Files  % of Parent  Last Change");
-  EXPECT_EQ(captions(65, false), "Name              Size  Allocated  Files  % of Parent");
-  EXPECT_EQ(captions(52, false), "Name              Size  Allocated  % of Parent");
-  EXPECT_EQ(captions(10, false), "Name              Size  % of Parent");
+  EXPECT_EQ(captions(75, false), "Name            Allocated    Size  Files  Folders  % of Parent  Last Change");
+  EXPECT_EQ(captions(74, false), "Name            Allocated    Size  Files  % of Parent  Last Change");
+  EXPECT_EQ(captions(65, false), "Name            Allocated    Size  Files  % of Parent");
+  EXPECT_EQ(captions(52, false), "Name            Allocated    Size  % of Parent");
+  EXPECT_EQ(captions(10, false), "Name            Allocated  % of Parent");
   EXPECT_EQ(captions(10, true), "Name            Folders  Last Change");
 }
 

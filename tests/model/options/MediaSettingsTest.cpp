@@ -57,7 +57,9 @@ TEST(MediaSettings, ColumnsBothWays) {
   EXPECT_EQ(ColumnsText({TColumn::mdFullPath, TColumn::mdSize}), u"FullPath;Size");
   EXPECT_TRUE(TryParseColumns(u"SIZE;name;size", read));
   EXPECT_EQ(read, (std::vector{TColumn::mdSize, TColumn::mdName, TColumn::mdSize}));
-  for (const std::u16string_view wrong : {u";", u"size;;name", u";size", u"size,name", u"size;nam", u"size ;name"}) {
+  EXPECT_TRUE(TryParseColumns(u"name,size,files", read));
+  EXPECT_EQ(read, (std::vector{TColumn::mdName, TColumn::mdSize, TColumn::mdFiles}));
+  for (const std::u16string_view wrong : {u";", u"size;;name", u";size", u"size,,name", u"size;nam", u"size ;name"}) {
     EXPECT_FALSE(TryParseColumns(wrong, read));
     EXPECT_EQ(read.size(), 3u);
   }

@@ -76,10 +76,10 @@ TEST(ConsoleOnLinux, RedirectedOutputIsPlainAndAClosedPipeIsReported) {
     TRedirect output(STDOUT_FILENO, ends[1]);
     TRedirect error(STDERR_FILENO, ends[1]);
     EXPECT_TRUE(TConsole::Write("a\xC3\xA9"));
-    ExpectOutput(ends[0], "a\xC3\xA9\r\n");
+    ExpectOutput(ends[0], "a\xC3\xA9\n");
     TConsole::WriteProgress("nothing of this");
     TConsole::WriteError("Cannot read", 13, "open", "/x");
-    ExpectOutput(ends[0], "Cannot read. open: \"/x\"  (Error Code 13)\r\n");
+    ExpectOutput(ends[0], "Cannot read. open: \"/x\"  (Error Code 13)\n");
     EXPECT_EQ(TConsole::OutputWidth(), 0);
     EXPECT_TRUE(TConsole::IsOutputRedirected());
     close(ends[0]);
@@ -96,7 +96,7 @@ TEST(ConsoleOnLinux, TerminalGetsColoursAndProgressThatIsWipedOut) {
   unsetenv("NO_COLOR");
   EXPECT_EQ(TConsole::OutputWidth(), 10);
   TConsole::WriteError("bad");
-  ExpectOutput(terminal.fMaster, "\033[91mbad\033[0m\r\n");
+  ExpectOutput(terminal.fMaster, "\033[91mbad\033[0m\n");
   TConsole::WriteProgress("12345678\xE4\xB8\xAD");  // nine columns are free, and the last character wants two
   ExpectOutput(terminal.fMaster, "\r12345678\r");
   TConsole::WriteProgress("abc");
@@ -104,7 +104,7 @@ TEST(ConsoleOnLinux, TerminalGetsColoursAndProgressThatIsWipedOut) {
   setenv("NO_COLOR", "1", 1);
   TConsole::ClearProgress();
   TConsole::WriteError("plain");
-  ExpectOutput(terminal.fMaster, "\r   \rplain\r\n");
+  ExpectOutput(terminal.fMaster, "\r   \rplain\n");
   unsetenv("NO_COLOR");
 }
 

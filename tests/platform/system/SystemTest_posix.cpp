@@ -4,12 +4,16 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 #include "platform/files/Paths.h"
 #include "platform/files/Volumes.h"
@@ -123,12 +127,33 @@ TEST(SystemOnLinux, OwnersAndProcessorTime) {
   ASSERT_EQ(getpwuid(3'999'999'999u), nullptr);
   EXPECT_EQ(OwnerNameOfUser(3'999'999'999u), u"3999999999");
   TCpuUsageMeter meter;
-  EXPECT_FALSE(meter.Percent().has_value());
+  EXPECT_FALSE(meter.Percent(1).has_value());
   // A thread that spins keeps at least its own share of the processors busy.
   int most = 0;
-  for (const int64_t end = TickCount64() + 5'000; most == 0 && TickCount64() < end;) most = meter.Percent().value_or(0);
+  for (const int64_t end = TickCount64() + 5'000; most == 0 && TickCount64() < end;)
+    most = meter.Percent(1).value_or(0);
   EXPECT_GT(most, 0);
   EXPECT_LE(most, 100);
+}
+
+TEST(SystemOnLinux, OtherProgramsDoNotCountWhileThisOneWaits) {
+  std::vector<pid_t> busy;
+  for (int i = 0; i < ProcessorCount(); ++i) {
+    busy.push_back(fork());
+    if (busy.back() == 0)
+      while (true) TickCount64();
+  }
+  TCpuUsageMeter meter;
+  std::optional<int> percent;
+  while (!percent) {
+    usleep(20'000);
+    percent = meter.Percent(1);
+  }
+  EXPECT_LT(*percent, 10);
+  for (const pid_t program : busy) {
+    kill(program, SIGKILL);
+    waitpid(program, nullptr, 0);
+  }
 }
 
 }  // namespace Vantrel

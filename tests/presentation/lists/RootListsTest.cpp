@@ -73,16 +73,24 @@ void ExpectSums(const TList& pList, size_t pRow, const TBasicSizeValues& pExpect
   EXPECT_NEAR(Cell<double>(pList, pRow, u"% of Root"), pShare, 1e-12);
 }
 
+// One of the two sizes: what lists are ordered by, and shares reckoned from.
+using TBasis = int64_t TBasicSizeValues::*;
+
+double Share(const TBasicSizeValues& pPart, const TBasicSizeValues& pWhole, TBasis pBasis) {
+  return static_cast<double>(pPart.*pBasis) / static_cast<double>(pWhole.*pBasis);
+}
+
 // A row for each key of the recount and no other, by size and then by key.
 void ExpectKeys(const TList& pList, std::u16string_view pKeyCaption,
-                const std::map<std::u16string, TBasicSizeValues>& pExpected, int64_t pWhole) {
+                const std::map<std::u16string, TBasicSizeValues>& pExpected, const TBasicSizeValues& pWhole,
+                TBasis pBasis) {
   ASSERT_EQ(pList.fRows.size(), pExpected.size());
   std::set<std::pair<int64_t, std::u16string>> order;
-  for (const auto& [key, values] : pExpected) order.emplace(-values.fSize, key);
+  for (const auto& [key, values] : pExpected) order.emplace(-(values.*pBasis), key);
   size_t row = 0;
-  for (const auto& [negativeSize, key] : order) {
+  for (const auto& [negative, key] : order) {
     EXPECT_EQ(Cell<std::u16string>(pList, row, pKeyCaption), key);
-    ExpectSums(pList, row++, pExpected.at(key), static_cast<double>(-negativeSize) / static_cast<double>(pWhole));
+    ExpectSums(pList, row++, pExpected.at(key), Share(pExpected.at(key), pWhole, pBasis));
   }
 }
 
@@ -90,16 +98,18 @@ void ExpectKeys(const TList& pList, std::u16string_view pKeyCaption,
 
 TEST(RootLists, SumsAreThoseOfARecount) {
   for (uint32_t seed = 1; seed <= 20; ++seed) {
-    TScannedRoot live(seed);
+    const bool byAllocated = seed % 2 == 0;
+    const TBasis basis = byAllocated ? &TBasicSizeValues::fAllocated : &TBasicSizeValues::fSize;
+    TScannedRoot live(seed, [&](TGlobalOptions& pOptions) { pOptions.UseAllocatedForShares = byAllocated; });
     const TRecountedFolder expected = live.Recounted();
-    const int64_t whole = expected.fValues.fSize;
-    ASSERT_GT(whole, 0);
+    const TBasicSizeValues whole = expected.fValues;
+    ASSERT_GT(whole.fSize, 0);
     const TList extensions = ExtensionsList(*live.fRoot);
-    ExpectKeys(extensions, u"Extension", expected.fExtensions, whole);
+    ExpectKeys(extensions, u"Extension", expected.fExtensions, whole, basis);
     for (size_t i = 0; i < extensions.fRows.size(); ++i)
       EXPECT_EQ(Cell<std::u16string>(extensions, i, u"File Type"),
                 kFileTypes.at(Cell<std::u16string>(extensions, i, u"Extension")));
-    ExpectKeys(UsersList(*live.fRoot), u"Owner", expected.fOwners, whole);
+    ExpectKeys(UsersList(*live.fRoot), u"Owner", expected.fOwners, whole, basis);
 
     // An extension of two groups counts in both.
     std::map<std::u16string, TBasicSizeValues> types;
@@ -115,7 +125,7 @@ TEST(RootLists, SumsAreThoseOfARecount) {
     EXPECT_EQ(Cell<std::u16string>(fileTypes, 17, u"File Type"), u"Miscellaneous Files");
     for (size_t i = 0; i < fileTypes.fRows.size(); ++i) {
       const TBasicSizeValues& sums = types[Cell<std::u16string>(fileTypes, i, u"File Type")];
-      ExpectSums(fileTypes, i, sums, static_cast<double>(sums.fSize) / static_cast<double>(whole));
+      ExpectSums(fileTypes, i, sums, Share(sums, whole, basis));
     }
 
     const TList ages = FileAgesList(*live.fRoot);
@@ -123,7 +133,7 @@ TEST(RootLists, SumsAreThoseOfARecount) {
     for (int i = 0; i < 7; ++i) {
       const auto interval = expected.fAges.find(i);
       const TBasicSizeValues values = interval == expected.fAges.end() ? TBasicSizeValues() : interval->second;
-      ExpectSums(ages, static_cast<size_t>(i), values, static_cast<double>(values.fSize) / static_cast<double>(whole));
+      ExpectSums(ages, static_cast<size_t>(i), values, Share(values, whole, basis));
     }
     EXPECT_EQ(Cell<std::u16string>(ages, 0, u"Age"), u"up to 1 day");
     EXPECT_EQ(Cell<std::u16string>(ages, 6, u"Age"), u"over 2 years");  // empty: the files are younger

@@ -36,7 +36,7 @@ std::string TextOf(const TEntryView& pEntry) {
   return text;
 }
 
-// Sizes: 300 in /memory/a, 50 beneath it, 100 beside it.
+// Sizes: 300 in /memory/a, 50 beneath it, 100 beside it; on the disk 1024, 512 and 512.
 void Fill(TMemoryEntry& pTop) {
   TMemoryEntry& a = pTop.AddFolder(u"a");
   TMemoryEntry& x = a.AddFile(u"x.C", 300, 1024);
@@ -51,7 +51,7 @@ void Fill(TMemoryEntry& pTop) {
 
 constexpr const char* kFile =
     "Name='x.C' FullPath='/memory/a/x.C' ParentPath='/memory/a' Extension='C' Owner='bert' Size=300 Allocated=1024 "
-    "Files=1 Items=1 PercentOfParent=0.857 PercentOfRoot=0.667 LastAccess=@22 LastChange=@33 Creation=@11 "
+    "Files=1 Items=1 PercentOfParent=0.667 PercentOfRoot=0.500 LastAccess=@22 LastChange=@33 Creation=@11 "
     "Attributes=32 PathLength=13 Depth=2 ";
 
 TEST(EntryView, AFileIsTheSameWhereverItIsKept) {

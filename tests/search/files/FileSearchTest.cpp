@@ -3,6 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
 
 #include "platform/text/Text.h"
 #include "search/files/FileFactsReader.h"
@@ -307,6 +312,65 @@ TEST(FileSearch, IsCancelledAndPausedInTheMiddle) {
   search.AddPath(root.Root());
   search.SetPaused(true);
   search.Start();
+}
+
+namespace {
+
+// Tells whether two threads were in one place at the same time. The first one waits for the second.
+class TMeeting {
+ public:
+  void Enter() {
+    constexpr std::chrono::seconds kLongEnough(10);  // only there to end a search that one thread does alone
+    std::unique_lock lock(fLock);
+    ++fInside;
+    fChanged.notify_all();
+    if (!fHaveMet && !fIsGivenUp) {
+      fHaveMet = fChanged.wait_for(lock, kLongEnough, [this] { return fHaveMet || fInside > 1; });
+      fIsGivenUp = !fHaveMet;
+    }
+    --fInside;
+  }
+  bool HaveMet() const { return fHaveMet; }  // once all threads are done
+
+ private:
+  std::mutex fLock;
+  std::condition_variable fChanged;
+  int fInside = 0;
+  bool fHaveMet = false, fIsGivenUp = false;
+};
+
+}  // namespace
+
+TEST(FileSearch, WorkersShareATreeOfAnyShape) {
+  struct TShape {
+    const char* fName;
+    int fFolders, fFilesInEach;
+  };
+  for (const TShape& shape : {TShape{"many small folders", 300, 1}, {"one folder of many files", 1, 300}}) {
+    TMemoryRoot root;
+    root.fOptions->KeepFiles = true;
+    for (int i = 0; i < shape.fFolders; ++i) {
+      TMemoryEntry& folder = root.Top().AddFolder(u"folder" + FromUtf8(std::to_string(i)));
+      for (int file = 0; file < shape.fFilesInEach; ++file) folder.AddFile(FromUtf8(std::to_string(file)), 5);
+    }
+    root.Scan();
+    TMeeting meeting;
+    std::atomic<int> opened{0};
+    root.fServices->fOpenFile = [&]() -> std::unique_ptr<IStoredFile> {
+      ++opened;
+      meeting.Enter();
+      throw EOSError(TMemoryStorage::NotFoundCode(), "Opening", u"a file");
+    };
+    TFileSearchSettings settings = SettingsOf(u"");
+    settings.fExpression = AdaptExpression(TDSMExpressionParser().Parse(u"content:x"), TFileFactsReader::kOfStorage);
+    TFileSearch search(std::move(settings));
+    search.AddTree(TRef<IHierarchicalRoot>(&root.Root()), root.Root().GetStorage());
+    search.Start();
+    ASSERT_TRUE(search.WaitForEnd(kForever));
+    EXPECT_TRUE(meeting.HaveMet()) << shape.fName << ": one worker did all the work";
+    EXPECT_EQ(opened, 300) << shape.fName;
+    EXPECT_EQ(search.GetProgress().fFiles, 300) << shape.fName;
+  }
 }
 
 }  // namespace Vantrel::Search

@@ -5,12 +5,14 @@
 #include <random>
 
 #include "model/statistics/TopSizeList.h"
+#include "model/tree/FileTable.h"
 #include "search/query/AdaptedExpression.h"
 #include "search/query/Expressions.h"
 #include "search/query/FileExpressions.h"
 #include "search/query/SearchItem.h"
 #include "tests/search/query/QueryText.h"
 #include "tests/support/Failures.h"
+#include "tests/support/MemoryRoot.h"
 #include "tests/support/NastyText.h"
 
 namespace Vantrel::Search {
@@ -193,6 +195,109 @@ TEST(AdaptedExpression, KnowsHowDeepAWalkMustGo) {
   EXPECT_EQ(deepest(u"mdata:depth:2-4"), 4);
   EXPECT_EQ(deepest(u"a OR mdata:depth:1"), kAny);
   EXPECT_EQ(deepest(u"mdata:depth:>1"), kAny);
+}
+
+namespace {
+
+// Trees of conditions on the values of a listing, and names made of the same few letters, so that about half match.
+class TValueTree {
+ public:
+  explicit TValueTree(uint32_t pSeed) : fRandom(pSeed) {}
+  size_t Below(size_t pEnd) { return fRandom() % pEnd; }
+
+  std::u16string Text(size_t pLength) {
+    constexpr std::u16string_view kUnits = u"abABä.";
+    std::u16string text;
+    for (size_t i = 0; i < pLength; ++i) text += kUnits[Below(kUnits.size())];
+    return text;
+  }
+
+  TExpressionRef Next(int pDepth) {
+    if (pDepth == 0) return Leaf();
+    std::vector<TExpressionRef> children;
+    for (size_t count = 1 + Below(3); count > 0; --count) children.push_back(Next(pDepth - 1));
+    return Below(2) == 0 ? JoinAnd(std::move(children)) : JoinOr(std::move(children));
+  }
+
+ private:
+  TExpressionRef Leaf() {
+    const auto comparison = static_cast<TOperator>(Below(6));
+    switch (Below(9)) {
+      case 0:
+        return MakeRef<TSizeExpression>(comparison, static_cast<int64_t>(Below(10)));
+      case 1:
+        return MakeRef<TNumericExpression>(Below(2) ? TColumn::mdAllocated : TColumn::mdPathLength, comparison, 15);
+      case 2: {
+        constexpr TColumn kDates[] = {TColumn::mdLastAccess, TColumn::mdLastChange, TColumn::mdCreation};
+        return MakeRef<TTimespanExpression>(kDates[Below(3)], TTimespan{3, static_cast<int64_t>(3 + Below(5))});
+      }
+      case 3:
+        return MakeRef<TAttributeExpression>(static_cast<TAttributesOperator>(Below(2)), kAttributeHidden);
+      default:
+        return MakeRef<TStringExpression>(Below(3) ? TColumn::mdName : TColumn::mdExtension, Test());
+    }
+  }
+
+  TTextTest Test() {
+    const auto test = static_cast<TStringOperator>(Below(12));
+    const bool isMask = test == TStringOperator::Matches || test == TStringOperator::NotMatches;
+    const std::u16string mask = Text(Below(2)) + u"*" + Text(Below(3)) + u"*" + Text(Below(2));
+    return {test, isMask ? mask : Text(Below(4))};
+  }
+
+  std::mt19937 fRandom;
+};
+
+// Asks each condition by itself, whatever the order.
+bool MatchesSlowly(const IExpression& pExpression, TSearchItem& pItem) {
+  if (const auto* leaf = dynamic_cast<const TCondition*>(&pExpression)) return leaf->Matches(pItem);
+  const bool isAnd = dynamic_cast<const TExpressionAnd*>(&pExpression) != nullptr;
+  bool result = isAnd;
+  for (const TExpressionRef& child : pExpression.Children())
+    if (MatchesSlowly(*child, pItem) != isAnd) result = !isAnd;
+  return result;
+}
+
+}  // namespace
+
+TEST(AdaptedExpression, FilesOfATableMatchTogetherAsEachDoesByItself) {
+  constexpr size_t kFiles = 2 * TFileBlock::kMost + 22, kBegin = 7;
+  TValueTree trees(19);
+  Testing::TMemoryRoot root;
+  root.Scan();
+  const IFolderData& folder = *root.fRoot->GetTopFolder();
+  size_t found = 0, asked = 0;
+  for (int run = 0; run < 400; ++run) {
+    TFileTableBuilder builder;
+    const auto value = [&trees] { return static_cast<int64_t>(trees.Below(10)); };
+    for (size_t i = 0; i < kFiles; ++i) {
+      const size_t length = trees.Below(20) == 0 ? 200 : trees.Below(12);
+      const TAttributes attributes = trees.Below(2) ? kAttributeHidden : 0;
+      builder.Add(trees.Text(length), {value(), 2 * value(), {value()}, {value()}, {value()}, attributes}, kNoKey);
+    }
+    const TRef<const TFileTable> files = builder.Build();
+    const TExpressionRef tree = trees.Next(static_cast<int>(trees.Below(4)));
+    const TAdaptedExpression adapted = AdaptExpression(tree, 0);
+    std::vector<TFileSet> room;
+    TSearchItem together(u'/'), alone(u'/');
+    together.SetFolder(u"/memory", 1);
+    alone.SetFolder(u"/memory", 1);
+    for (size_t begin = kBegin; begin < kFiles; begin += TFileBlock::kMost) {
+      const TFileBlock block(*files, begin, kFiles);
+      const TFileSet matching = adapted.MatchesOf(block, folder, together, room);
+      for (size_t i = 0; i < block.Count(); ++i) {
+        alone.SetEntry(TEntryView(*files, (*files)[begin + i], &folder));
+        const bool matches = MatchesSlowly(*tree, alone);
+        ASSERT_EQ((matching >> i & 1) != 0, matches)
+            << ToUtf8(ExpressionToText(*tree)) << " of " << ToUtf8(files->NameAt(begin + i));
+        found += matches ? 1 : 0;
+        ++asked;
+      }
+      ASSERT_EQ(matching & ~block.All(), 0u) << "a file behind the last one";
+    }
+  }
+  EXPECT_GT(found, asked / 4) << "too few match for a test";
+  EXPECT_LT(found, asked / 4 * 3) << "too many match for a test";
 }
 
 }  // namespace Vantrel::Search
