@@ -259,7 +259,7 @@ class OpenTests:
             archive.writestr("wanted.xml", dated(5))
         for age, name, text in ((4, "stopped.xml", dated(4).replace("</Title>", "</Title><Terminated>-1</Terminated>")),
                                 (3, "compared.xml", dated(3).replace("<IsCompared>0", "<IsCompared>-1")),
-                                (2, "other.xml", re.sub("<Path>.*?<", f"<Path>{other}<", dated(2))),
+                                (2, "other.xml", re.sub("<Path>.*?<", lambda _: f"<Path>{other}<", dated(2))),
                                 (2, "no scan.xml", "<html/>"), (2, "kept.txt", dated(2)), (2, "damaged.xml", dated(2)[:300])):
             (self.folder / "scans" / name).write_text(text, encoding="utf-8")
         self.make("tree/f", 150)

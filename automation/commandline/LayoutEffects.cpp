@@ -28,6 +28,13 @@ std::string ColumnNames() {
   return names;
 }
 
+// A size as other programs write it too: "100M" is "100MB". ESizeTextError.
+int64_t SizeOf(std::u16string_view pText, bool pUnitRequired) {
+  std::u16string size(pText);
+  if (!size.empty() && std::u16string_view(u"kKmMgGtT").find(size.back()) != std::u16string_view::npos) size += u'B';
+  return ParseSizeText(size, pUnitRequired);
+}
+
 }  // namespace
 
 void Expand(TCommandLineState& pState, std::u16string_view pLevel) {
@@ -87,7 +94,7 @@ void SetElements(TCommandLineState& pState, std::u16string_view pElements) {
 void LeaveOutSmall(TCommandLineState& pState, std::u16string_view pSmallest) {
   double share = 0;
   const bool isShare = TryParseShare(pSmallest, share);
-  const int64_t size = isShare ? 0 : ParseSizeText(pSmallest, true);
+  const int64_t size = isShare ? 0 : SizeOf(pSmallest, true);
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) {
     pSettings.fSmallestFolder = size;
     pSettings.fSmallestShare = share;
@@ -121,7 +128,7 @@ void LeadWithSize(TCommandLineState& pState, std::u16string_view pValue) {
 }
 
 void HideSmallFolders(TCommandLineState& pState, std::u16string_view pSize) {
-  const int64_t size = pSize.empty() ? kSmallFolder : ParseSizeText(pSize);
+  const int64_t size = pSize.empty() ? kSmallFolder : SizeOf(pSize, false);
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fSmallestFolder = size; });
 }
 
