@@ -31,7 +31,7 @@ class TJSONExport::TRows final : public TRowWriter {
 
   TEntryView ViewOf(const TTreeRow& pRow) { return pRow.View(fEarlierFiles ? &*fEarlierFiles : nullptr); }
   int64_t ShareBasis(const TSizeValues& pSizes) const {
-    return fExport.fSharesOfAllocated ? pSizes.fAllocated : pSizes.fSize;
+    return fExport.LeadingSize() == TColumn::mdAllocated ? pSizes.fAllocated : pSizes.fSize;
   }
   void AppendToPath(std::u16string_view pName);
   void WriteRow(const TTreeRow& pRow, const TEntryView& pEntry, const TSizeValues& pSizes);
@@ -97,7 +97,7 @@ void TJSONExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   ReadErrors(pRoot);
   ChooseColumns(pRoot);
   fDelimiter = pRoot.GetPathDelimiter();
-  fSharesOfAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
+  SetLeadingSize(pRoot.GetScanConfiguration()->GetShareBasis());
   JSON::TDocument document(pSink, fLayout, Head(pRoot, *top));
   fRowBegin = document.RowBegin();
   TRows rows(*this);

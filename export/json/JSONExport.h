@@ -31,7 +31,6 @@ class TJSONExport : public TBaseExport {
   const JSON::TLayout fLayout;
   // The next values are the same for all rows of a root.
   char16_t fDelimiter = 0;
-  bool fSharesOfAllocated = false;
   std::string_view fRowBegin;
   std::vector<std::string> fKeys;  // of the columns
 };
