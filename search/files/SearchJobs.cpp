@@ -19,6 +19,8 @@ namespace {
 constexpr int64_t kEntriesBetweenLooks = 1024;
 // The files that are matched in one piece of work when contents are read.
 constexpr size_t kSlice = 32;
+// So many bytes of large files are one, too, so that several workers share a folder of few large files.
+constexpr int64_t kBytesOfSlice = 16 << 20;
 // So many rows of a tree are worth a job.
 constexpr int64_t kRowsOfJob = 4096;
 
@@ -226,14 +228,21 @@ class TFoldersJob : public TTargetJob {
     fRun.Count(fEntries - folders, folders);
   }
 
+  static size_t EndOfSlice(const TFileTable& pFiles, size_t pBegin) {
+    const size_t most = std::min(pBegin + kSlice, pFiles.Count());
+    size_t end = pBegin;
+    for (int64_t bytes = 0; end < most && bytes < kBytesOfSlice; ++end) bytes += pFiles[end].fSize;
+    return end;
+  }
+
   // Gives slices away as long as other workers need work.
   void MatchFiles(TFilesJob::TSlice& pFiles) {
     const size_t count = pFiles.fFiles->Count();
-    for (size_t begin = 0; begin < count && !fRun.IsStopped(); begin += kSlice) {
+    for (size_t begin = 0; begin < count && !fRun.IsStopped(); begin = pFiles.fEnd) {
       pFiles.fBegin = begin;
-      pFiles.fEnd = std::min(begin + kSlice, count);
-      const bool isGiven =
-          fRun.ShouldShare((count - begin + kSlice - 1) / kSlice) && fRun.Queue(MakeRef<TFilesJob>(fTarget, pFiles));
+      pFiles.fEnd = EndOfSlice(*pFiles.fFiles, begin);
+      const size_t slices = pFiles.fEnd < count ? 2 : 1;  // or more
+      const bool isGiven = fRun.ShouldShare(slices) && fRun.Queue(MakeRef<TFilesJob>(fTarget, pFiles));
       if (isGiven) continue;
       fWorker->MatchFiles(*pFiles.fFiles, pFiles.fBegin, pFiles.fEnd, pFiles.fFolder, pFiles.fLevel);
       fWorker->HandOver();
