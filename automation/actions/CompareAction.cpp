@@ -17,12 +17,10 @@ namespace {
 
 // When this day began, in local time.
 TKivFileTime BeginOfToday() {
-  constexpr int64_t kTicksOfSecond = 10'000'000;
-  constexpr int64_t kTicksOfDay = 24 * 60 * 60 * kTicksOfSecond;
   const TKivFileTime now = TKivFileTime::Now();
   int64_t offset = 0;
   LocalOffset(now, offset);
-  return {now.fTicks - (now.fTicks + offset * kTicksOfSecond) % kTicksOfDay};
+  return {now.fTicks - (now.fTicks + offset * TKivFileTime::kTicksPerSecond) % TKivFileTime::kTicksPerDay};
 }
 
 }  // namespace

@@ -270,7 +270,7 @@ bool TCommandLineHandler::IsMistypedSwitch(const std::u16string& pToken) const {
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void TCommandLineHandler::FinalizeCommandLineOptions() {
-  // As programs of this kind do. A run that a scheduler starts names its paths: its current folder is nobody's choice.
+  // As programs of this kind do. A run without a user names its paths, since no user chose its current folder.
   if (!HasTask() && !fState.fUnattended && fErrors.empty()) fState.fPaths.push_back(u".");
   if (fState.fReverses) ReverseOrders(fOptions);
   fState.fHadOutputs = fState.HasOutputs();

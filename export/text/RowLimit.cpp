@@ -12,19 +12,13 @@ int64_t SizeOf(const TSizeValues& pValues, TColumn pColumn) {
 
 TMetaDataValue TRestOfFolder::GetValue(TColumn pColumn, TColumn pLeadingSize) const {
   switch (pColumn) {
-    case TColumn::mdSize:
-    case TColumn::mdAllocated:
-      return SizeOf(fValues, pColumn);
-    case TColumn::mdFiles:
-      return fValues.fFiles;
-    case TColumn::mdFolders:
-      return fValues.fFolders;
-    case TColumn::mdItems:
-      return fValues.fFiles + fValues.fFolders;
     case TColumn::mdPercentOfParent:
       return ShareOfWhole(SizeOf(fValues, pLeadingSize), SizeOf(fOfParent, pLeadingSize));
+    case TColumn::mdCompression:
+    case TColumn::mdAverageFileSize:
+      return {};  // no sums
     default:
-      return {};
+      return ValueOfSizes(fValues, pColumn);
   }
 }
 
