@@ -13,6 +13,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/HelpText.h"
 #include "automation/commandline/KeptSearches.h"
+#include "export/json/JSONLists.h"
 #include "export/text/ListExport.h"
 #include "export/xml/OptionsFile.h"
 #include "platform/files/Folders.h"
@@ -141,7 +142,10 @@ int TApplication::ExportDriveList(const std::u16string& pFile) {
     if (pFile.empty()) return write(*fSettings.fOutput) ? ecOk : ecOutputFailed;
     CreateFolderOf(pFile);
     PostScanActions::TExportFile file(pFile, IsCancelRequested);
-    write(file);
+    if (PostScanActions::IsJSON(format))
+      WriteListAsJSON(drives, "drives", nullptr, PostScanActions::LayoutOf(format), file);
+    else
+      write(file);
     file.Commit();
     return ecOk;
   } catch (const PostScanActions::EExportCancelled& error) {

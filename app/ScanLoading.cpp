@@ -28,7 +28,7 @@ TLoadedScanFile LoadScanFile(const std::u16string& pFile, IScanRoots& pRoots, co
   while (load.wait_for(std::chrono::milliseconds(kPollMilliseconds)) != std::future_status::ready) {
     pLog.WriteWaiting();
     if (pSettings.fShowProgress)
-      TConsole::WriteProgress("Reading XML file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
+      TConsole::WriteProgress("Reading the scan file  " + ToUtf8(FormatValue(TColumn::mdSize, int64_t(bytesRead), {})));
   }
   if (pSettings.fShowProgress) TConsole::ClearProgress();
   const std::vector<TLoadedRoot> loaded = load.get();

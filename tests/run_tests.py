@@ -424,7 +424,8 @@ class Run:
         made.mkdir(exist_ok=True)
         run_logged([str(BUILD / "fuzz/tests/fuzz/ntfs_fuzz"), "write-seeds", str(made)], BUILD / "fuzz/seeds.log",
                    self.options.timeout, self.environment)
-        fuzzers = {"xml_reader_fuzz": ROOT / "tests/fuzz/seeds", "query_fuzz": ROOT / "tests/fuzz/query_seeds", "ntfs_fuzz": made}
+        fuzzers = {"xml_reader_fuzz": ROOT / "tests/fuzz/seeds", "query_fuzz": ROOT / "tests/fuzz/query_seeds", "ntfs_fuzz": made,
+                   "scan_files_fuzz": ROOT / "tests/fuzz/scan_seeds"}
         for name, seeds in fuzzers.items():
             self.run_fuzzer(name, seeds)
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "export/json/JSONLists.h"
 #include "export/text/ListExport.h"
 #include "export/text/RootDescription.h"
 #include "export/walk/MediaOptions.h"
@@ -20,6 +21,12 @@ namespace {
 
 std::string SizeText(int64_t pSize, const TValueFormat& pFormat) {
   return ToUtf8(FormatValue(TColumn::mdSize, pSize, pFormat));
+}
+
+Presentation::TList ListOf(const TDuplicateResults& pResults, const TMediaSettings& pSettings) {
+  const std::vector<TColumn> columns =
+      pSettings.fColumns.empty() ? Presentation::UsualDuplicatesColumns() : pSettings.fColumns;
+  return Presentation::DuplicatesList(pResults.fTitle, pResults.fFound.fGroups, columns);
 }
 
 // A block of lines: "3 files of 1.0 MB, 2.0 MB wasted", and the names.
@@ -59,10 +66,7 @@ bool WriteDuplicates(const TDuplicateResults& pResults, TExportFormat pFormat, T
     return pOutput.WriteLine(pResults.fSummary);
   }
   const TMediaSettings settings = RowSettings(pFormat, pOptions, pFile);
-  const std::vector<TColumn> columns =
-      settings.fColumns.empty() ? Presentation::UsualDuplicatesColumns() : settings.fColumns;
-  return WriteListAsDelimited(Presentation::DuplicatesList(pResults.fTitle, pResults.fFound.fGroups, columns), settings,
-                              pOutput);
+  return WriteListAsDelimited(ListOf(pResults, settings), settings, pOutput);
 }
 
 void ExportDuplicates(const TDuplicateResults& pResults, const CommandLine::TExportRequest& pRequest,
@@ -75,6 +79,9 @@ void ExportDuplicates(const TDuplicateResults& pResults, const CommandLine::TExp
         const std::u16string path = name.fFile->GetFullPath();
         file.WriteLine(pRun.fPathsEndWithNul ? ToNativeBytes(path) : ToDisplay(path));
       }
+  } else if (IsJSON(pRequest.fFormat)) {
+    const TMediaSettings settings = RowSettings(pRequest.fFormat, pOptions, pRequest.fFile);
+    WriteListAsJSON(ListOf(pResults, settings), "duplicates", nullptr, LayoutOf(pRequest.fFormat), file);
   } else {
     WriteDuplicates(pResults, pRequest.fFormat, pOptions, pRequest.fFile, file);
   }

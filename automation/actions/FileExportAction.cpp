@@ -1,5 +1,8 @@
 #include "automation/actions/FileExportAction.h"
 
+#include "export/json/JSONExport.h"
+#include "export/json/JSONLists.h"
+#include "export/json/NcduExport.h"
 #include "export/text/DelimitedExport.h"
 #include "export/text/ListExport.h"
 #include "export/xml/XMLExport.h"
@@ -24,6 +27,11 @@ std::u16string_view TemporaryNameOf(TExportFormat pFormat) {
       return u"Report.tsv";
     case TExportFormat::efPathList:
       return u"Paths.txt";
+    case TExportFormat::efJSON:
+    case TExportFormat::efNcdu:
+      return u"Scan.json";
+    case TExportFormat::efJSONLines:
+      return u"Scan.jsonl";
     default:
       return u"Report.txt";
   }
@@ -46,8 +54,8 @@ std::unique_ptr<TFileExport> CreateExport(TExportFormat pFormat, const TMediaSet
 // Lists have their own columns. So beside files that programs read they get their own files: "data-extensions.csv"
 // beside "data.csv".
 bool HasListFiles(TExportFormat pFormat, std::u16string_view pFileName) {
-  return (pFormat == TExportFormat::efCSV || pFormat == TExportFormat::efTabText) && !pFileName.empty() &&
-         pFileName != TOutputFile::kStandardOutput;
+  return (pFormat == TExportFormat::efCSV || pFormat == TExportFormat::efTabText || IsJSON(pFormat)) &&
+         !pFileName.empty() && pFileName != TOutputFile::kStandardOutput;
 }
 
 std::u16string PathOfList(const std::u16string& pFileName, std::u16string_view pList) {
@@ -67,15 +75,31 @@ TMediaType MediaOf(TExportFormat pFormat) {
     case TExportFormat::efXML:
       return TMediaType::mtXML;
     case TExportFormat::efCSV:
+    case TExportFormat::efJSON:
+    case TExportFormat::efJSONLines:
       return TMediaType::mtCSV;
     default:
       return TMediaType::mtText;
   }
 }
 
+bool HoldsOneScan(TExportFormat pFormat) {
+  return pFormat == TExportFormat::efXML || pFormat == TExportFormat::efNcdu || IsJSON(pFormat);
+}
+
+bool IsJSON(TExportFormat pFormat) {
+  return pFormat == TExportFormat::efJSON || pFormat == TExportFormat::efJSONLines;
+}
+
+JSON::TLayout LayoutOf(TExportFormat pFormat) {
+  return pFormat == TExportFormat::efJSONLines ? JSON::TLayout::loLines : JSON::TLayout::loObject;
+}
+
 TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual) {
   if (HasExtension(pFile, u".csv")) return TExportFormat::efCSV;
   if (HasExtension(pFile, u".tsv") || HasExtension(pFile, u".tab")) return TExportFormat::efTabText;
+  if (HasExtension(pFile, u".json")) return TExportFormat::efJSON;
+  if (HasExtension(pFile, u".jsonl")) return TExportFormat::efJSONLines;
   return pUsual;
 }
 
@@ -138,7 +162,10 @@ void TFileExportPostScanAction::Execute(IHierarchicalRoot& pRoot, bool, bool) {
   CheckNotCancelled(WasStopped(pRoot), fFileName);
   const std::u16string name = fRootNames.Next(NameForFiles(pRoot));
   if (fFormat == TExportFormat::efXML) return ExportXML(pRoot, name);
-  ExportLines(pRoot);
+  if (HoldsOneScan(fFormat))
+    ExportJSON(pRoot, name);
+  else
+    ExportLines(pRoot);
   if (HasListFiles(fFormat, fFileName)) ExportLists(pRoot, name);
 }
 
@@ -162,7 +189,8 @@ void TFileExportPostScanAction::NoteWritten(const std::u16string& pPath) {
 }
 
 std::u16string TFileExportPostScanAction::PathOfRoot(const std::u16string& pPath, const std::u16string& pRoot) const {
-  return fRun.fSeveralRoots ? WithPartInName(pPath, u"_" + pRoot) : pPath;
+  const bool isFile = pPath != TOutputFile::kStandardOutput;
+  return fRun.fSeveralRoots && isFile ? WithPartInName(pPath, u"_" + pRoot) : pPath;
 }
 
 TMediaSettings TFileExportPostScanAction::Settings() const {
@@ -174,6 +202,19 @@ void TFileExportPostScanAction::ExportXML(IHierarchicalRoot& pRoot, const std::u
   const std::u16string path = PathOfRoot(fFileName, pRootName);
   ExportXMLFile(xml, pRoot, path, [&] { CheckNotCancelled(fRun.fIsCancelled(), path); });
   NoteWritten(path);
+}
+
+void TFileExportPostScanAction::ExportJSON(IHierarchicalRoot& pRoot, const std::u16string& pRootName) {
+  TExportFile file(PathOfRoot(fFileName, pRootName), fRun.fIsCancelled);
+  if (fFormat == TExportFormat::efNcdu) {
+    TNcduExport(fRun.fProgramName, fRun.fVersion).Export(pRoot, file);
+  } else {
+    TJSONExport json(Settings(), LayoutOf(fFormat));
+    json.SetExpanded(fHandler.ExpandedFolders(pRoot));
+    json.Export(pRoot, file);
+  }
+  file.Commit();
+  NoteWritten(file.Path());
 }
 
 void TFileExportPostScanAction::ExportLines(IHierarchicalRoot& pRoot) {
@@ -191,7 +232,10 @@ void TFileExportPostScanAction::ExportLists(IHierarchicalRoot& pRoot, const std:
   for (const Presentation::TRootList& list : Presentation::ChosenLists(WithListsOfCharts(fOptions))) {
     const std::u16string path = PathOfList(fFileName, list.fName);
     fLists.push_back(std::make_unique<TExportFile>(PathOfRoot(path, pRootName), fRun.fIsCancelled, fRun.fSeveralRoots));
-    WriteListAsDelimited(list.fFill(pRoot), settings, *fLists.back());
+    if (IsJSON(fFormat))
+      WriteListAsJSON(list.fFill(pRoot), ToUtf8(list.fName), &pRoot, LayoutOf(fFormat), *fLists.back());
+    else
+      WriteListAsDelimited(list.fFill(pRoot), settings, *fLists.back());
   }
 }
 

@@ -11,6 +11,7 @@
 #include "automation/actions/ExportFile.h"
 #include "automation/actions/PostScanActions.h"
 #include "automation/commandline/CommandLineState.h"
+#include "export/json/JSONText.h"
 #include "platform/files/Folders.h"
 
 namespace Vantrel::PostScanActions {
@@ -20,7 +21,14 @@ using Vantrel::CommandLine::TExportFormat;
 // The kind of output whose settings a format uses.
 TMediaType MediaOf(TExportFormat pFormat);
 
-// The format for a file's name: CSV, tabs for ".tsv" and ".tab", otherwise the usual one.
+// Whether a file of this format holds one scan, so that several scans get a file each.
+bool HoldsOneScan(TExportFormat pFormat);
+// Whether the format is JSON; efJSONLines has its rows in lines.
+bool IsJSON(TExportFormat pFormat);
+JSON::TLayout LayoutOf(TExportFormat pFormat);
+
+// The format for a file's name: CSV, tabs for ".tsv" and ".tab", JSON for ".json" and ".jsonl", otherwise the usual
+// one.
 TExportFormat FormatOfFile(std::u16string_view pFile, TExportFormat pUsual);
 
 // The settings for the format's kind of output, adjusted for files that programs read row by row. Either those given,
@@ -77,6 +85,7 @@ class TFileExportPostScanAction : public TBasePostScanAction {
   TMediaSettings Settings() const;
   void NoteWritten(const std::u16string& pPath);
   void ExportXML(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
+  void ExportJSON(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
   void ExportLines(IHierarchicalRoot& pRoot);
   void ExportLists(IHierarchicalRoot& pRoot, const std::u16string& pRootName);
 

@@ -9,6 +9,7 @@
 #include "automation/commandline/ExitCodes.h"
 #include "export/history/HistoryDocument.h"
 #include "export/history/HistoryReport.h"
+#include "export/json/JSONLists.h"
 #include "export/text/ListExport.h"
 #include "export/walk/MediaOptions.h"
 #include "platform/files/Folders.h"
@@ -109,23 +110,46 @@ class THistoryTasks {
       }
       found.push_back(path);
       tables.push_back(HistoryList(path, entries));
-      if (fState.fHistoryCSV.empty() && !ShowOne(tables.back(), entries)) return;
+      if (fState.fHistoryCSV.empty() && fState.fHistoryJSON.empty() && !ShowOne(tables.back(), entries)) return;
     }
     if (!fState.fHistoryCSV.empty() && !tables.empty()) ExportCSV(tables);
+    if (!fState.fHistoryJSON.empty()) ExportJSON(tables, found);
     for (const TPictureRequest& request : fState.fPictures)
       if (request.fSubject == TPictureSubject::psHistory && !request.fFile.empty()) Draw(request.fFile, found, pattern);
   }
 
   // Several paths get a file each, with the path's name in it.
-  void Draw(const std::u16string& pFile, const std::vector<std::u16string>& pPaths, std::u16string_view pPattern) {
+  std::vector<std::u16string> FilesOf(const std::u16string& pFile, const std::vector<std::u16string>& pPaths) const {
     using namespace PostScanActions;
+    std::vector<std::u16string> files;
     TNamesOfRoots names;
     for (const std::u16string& path : pPaths) {
       const std::u16string name = u"_" + names.Next(NameForFiles(AbsolutePath(path), NativePathDelimiter()));
-      const std::u16string target = fState.fHistoryPaths.size() > 1 ? WithPartInName(pFile, name) : pFile;
-      CreateFolderOf(target);
-      TExportFile file(target, [] { return false; });
-      WritePicture(HistoryPicture(*fState.fOptions, path, pPattern), file, target, fRenderer);
+      files.push_back(fState.fHistoryPaths.size() > 1 && pFile != TOutputFile::kStandardOutput
+                          ? WithPartInName(pFile, name)
+                          : pFile);
+      CreateFolderOf(files.back());
+    }
+    return files;
+  }
+
+  void ExportJSON(const std::vector<TList>& pTables, const std::vector<std::u16string>& pPaths) {
+    using namespace PostScanActions;
+    const TExportFormat format = FormatOfFile(fState.fHistoryJSON, TExportFormat::efJSON);
+    const std::vector<std::u16string> files = FilesOf(fState.fHistoryJSON, pPaths);
+    for (size_t i = 0; i < files.size(); ++i) {
+      TExportFile file(files[i], [] { return false; });
+      WriteListAsJSON(pTables[i], "history", nullptr, LayoutOf(format), file);
+      file.Commit();
+    }
+  }
+
+  void Draw(const std::u16string& pFile, const std::vector<std::u16string>& pPaths, std::u16string_view pPattern) {
+    using namespace PostScanActions;
+    const std::vector<std::u16string> files = FilesOf(pFile, pPaths);
+    for (size_t i = 0; i < files.size(); ++i) {
+      TExportFile file(files[i], [] { return false; });
+      WritePicture(HistoryPicture(*fState.fOptions, pPaths[i], pPattern), file, files[i], fRenderer);
     }
   }
 

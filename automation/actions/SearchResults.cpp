@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "export/json/JSONLists.h"
 #include "export/text/ListExport.h"
 #include "export/text/RootDescription.h"
 #include "export/walk/MediaOptions.h"
@@ -37,15 +38,12 @@ std::string FoundSummary(std::span<const TFoundItem> pItems, const TValueFormat&
   return text;
 }
 
-bool WriteSearchResults(const TSearchResults& pResults, TExportFormat pFormat, TGlobalOptions& pOptions,
-                        std::u16string_view pFile, ILineOutput& pOutput) {
-  const bool isReport = pFormat == TExportFormat::efReport;
-  const TMediaSettings settings =
-      isReport ? TMediaOptions(pOptions).Effective(TMediaType::mtText) : RowSettings(pFormat, pOptions, pFile);
-  std::vector<TColumn> columns = settings.fColumns;
-  if (columns.empty()) columns = Presentation::UsualFoundColumns(!isReport);
-  // Rows take more memory than the items themselves.
-  const TListInParts parts = [&](const TTakeListPart& pTake) {
+namespace {
+
+// The results as a list. Its rows take more memory than the items themselves, so a part of them is made at a time.
+TListInParts PartsOf(const TSearchResults& pResults, std::vector<TColumn> pColumns, bool pForPrograms) {
+  if (pColumns.empty()) pColumns = Presentation::UsualFoundColumns(pForPrograms);
+  return [&pResults, columns = std::move(pColumns)](const TTakeListPart& pTake) {
     constexpr size_t kItemsInPart = 4096;
     const std::span<const TFoundItem> items = pResults.fItems;
     size_t begin = 0;
@@ -56,6 +54,16 @@ bool WriteSearchResults(const TSearchResults& pResults, TExportFormat pFormat, T
     } while (begin < items.size());
     return true;
   };
+}
+
+}  // namespace
+
+bool WriteSearchResults(const TSearchResults& pResults, TExportFormat pFormat, TGlobalOptions& pOptions,
+                        std::u16string_view pFile, ILineOutput& pOutput) {
+  const bool isReport = pFormat == TExportFormat::efReport;
+  const TMediaSettings settings =
+      isReport ? TMediaOptions(pOptions).Effective(TMediaType::mtText) : RowSettings(pFormat, pOptions, pFile);
+  const TListInParts parts = PartsOf(pResults, settings.fColumns, !isReport);
   if (!isReport) return WriteListAsDelimited(parts, settings, pOutput);
   if (pResults.fItems.empty()) return pOutput.WriteLine(pResults.fSummary);
   return WriteListAsText(parts, FormatOf(settings), pOutput) && pOutput.WriteLine("") &&
@@ -71,6 +79,9 @@ void ExportSearchResults(const TSearchResults& pResults, const CommandLine::TExp
       const std::u16string path = item.FullPath();
       file.WriteLine(pRun.fPathsEndWithNul ? ToNativeBytes(path) : ToDisplay(path));
     }
+  } else if (IsJSON(pRequest.fFormat)) {
+    const TMediaSettings settings = RowSettings(pRequest.fFormat, pOptions, pRequest.fFile);
+    WriteListAsJSON(PartsOf(pResults, settings.fColumns, true), "search", nullptr, LayoutOf(pRequest.fFormat), file);
   } else {
     WriteSearchResults(pResults, pRequest.fFormat, pOptions, pRequest.fFile, file);
   }

@@ -319,8 +319,10 @@ void TCommandLineHandler::CheckHistory() {
         Vantrel::ToNativeBytes(Vantrel::AbsolutePath(Vantrel::FromNativeBytes(fOptions.ChecksumCache)));
   if (fState.UsesHistory() && HistoryFile(fOptions).empty())
     fErrors.push_back("The system tells no place for the history: set HOME, or name a file with --HistoryFile");
-  if (!fState.fHistoryCSV.empty() && fState.fHistoryPaths.empty())
-    fErrors.push_back("--history-csv writes the history that --history names: name a path with it");
+  for (const auto& [file, name] :
+       {std::pair(&fState.fHistoryCSV, "--history-csv"), std::pair(&fState.fHistoryJSON, "--history-json")})
+    if (!file->empty() && fState.fHistoryPaths.empty())
+      fErrors.push_back(fmt::format("{} writes the history that --history names: name a path with it", name));
 }
 
 void TCommandLineHandler::CheckScans() {
@@ -328,6 +330,12 @@ void TCommandLineHandler::CheckScans() {
   if (fState.fPathsEndWithNul && std::none_of(fState.fExports.begin(), fState.fExports.end(), isPathList))
     fErrors.push_back("--null is for path lists: write one with --pathlist");
   const size_t scans = NumberOfScans(fState);
+  const auto holdsOne = [](const TExportRequest& pRequest) {
+    return pRequest.fFile == u"-" &&
+           (pRequest.fFormat == TExportFormat::efXML || pRequest.fFormat == TExportFormat::efNcdu);
+  };
+  if (scans > 1 && std::any_of(fState.fExports.begin(), fState.fExports.end(), holdsOne))
+    fErrors.push_back("The standard output takes one scan as XML or for ncdu: name a file, and each scan gets its own");
   if (scans > 1 && !fState.fCompareFile.empty() && !Vantrel::FolderExists(fState.fCompareFile))
     fErrors.push_back("Several scans cannot be compared with one file. Run Vantrel for each of them.");
   if (scans > static_cast<size_t>(fOptions.MaximumRoots))
@@ -361,6 +369,7 @@ void TCommandLineHandler::FinalizeExports() {
   };
   finalize(fState.fDriveListFile);
   finalize(fState.fHistoryCSV);
+  finalize(fState.fHistoryJSON);
   finalize(fState.fHistoryExport);
   for (TExportRequest& request : fState.fExports) finalize(request.fFile);
   for (TPictureRequest& request : fState.fPictures) finalize(request.fFile);

@@ -15,7 +15,7 @@
 namespace Vantrel::CommandLine {
 
 // The formats of file exports.
-enum class TExportFormat : uint8_t { efXML, efReport, efTabText, efCSV, efPathList };
+enum class TExportFormat : uint8_t { efXML, efReport, efTabText, efCSV, efPathList, efJSON, efJSONLines, efNcdu };
 
 struct TExportRequest {
   TExportFormat fFormat;
@@ -106,8 +106,9 @@ struct TCommandLineState {
   bool fExportDriveList = false;
   std::u16string fDriveListFile;              // empty: to the console
   std::vector<std::u16string> fHistoryPaths;  // paths whose history is shown
-  std::u16string fHistoryCSV;                 // empty: to the console
-  std::vector<int64_t> fHistoryDeletions;     // IDs of scans
+  std::u16string fHistoryCSV;                 // this and the next empty: to the console
+  std::u16string fHistoryJSON;
+  std::vector<int64_t> fHistoryDeletions;  // IDs of scans
   std::vector<std::u16string> fHistoryImports;
   std::u16string fHistoryExport;
   bool HasHistoryTasks() const {

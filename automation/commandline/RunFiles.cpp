@@ -19,7 +19,7 @@ namespace {
 constexpr std::u16string_view kStandardOutput = u"-";
 
 bool IsExport(TFileUse pUse) {
-  return pUse == TFileUse::fuExport || pUse == TFileUse::fuXMLExport;
+  return pUse == TFileUse::fuExport || pUse == TFileUse::fuScanExport;
 }
 
 bool IsWritten(TFileUse pUse) {
@@ -40,7 +40,7 @@ bool TRunFiles::MayBeOne(const TFile& pA, const TFile& pB) {
     return (pA.fUse == pOne && pB.fUse == pOther) || (pA.fUse == pOther && pB.fUse == pOne);
   };
   // A scan may be compared with an older one and then replace it.
-  return are(TFileUse::fuOldScan, TFileUse::fuXMLExport);
+  return are(TFileUse::fuOldScan, TFileUse::fuScanExport);
 }
 
 std::vector<std::string> TRunFiles::Conflicts() const {
@@ -64,7 +64,7 @@ namespace {
 constexpr const char* kExport = "an export";
 
 TFileUse UseOf(const TExportRequest& pRequest) {
-  return pRequest.fFormat == TExportFormat::efXML ? TFileUse::fuXMLExport : TFileUse::fuExport;
+  return PostScanActions::HoldsOneScan(pRequest.fFormat) ? TFileUse::fuScanExport : TFileUse::fuExport;
 }
 
 // Each root's file has the root's name in it. Names of opened scans are not known yet.
@@ -79,10 +79,10 @@ void AddPerRoot(TRunFiles& pFiles, const std::vector<std::u16string>& pRoots, co
   }
 }
 
-// An XML file holds one scan, and so does a list.
+// Some files hold one scan, and so does a list.
 void AddFilesPerRoot(TRunFiles& pFiles, const TExportRequest& pRequest, const TCommandLineState& pState) {
   std::vector<std::u16string> files = PostScanActions::ListFiles(pRequest.fFormat, pRequest.fFile, *pState.fOptions);
-  if (pRequest.fFormat == TExportFormat::efXML && !pRequest.fFile.empty()) files.push_back(pRequest.fFile);
+  if (PostScanActions::HoldsOneScan(pRequest.fFormat) && !pRequest.fFile.empty()) files.push_back(pRequest.fFile);
   AddPerRoot(pFiles, pState.fPaths, files, UseOf(pRequest));
 }
 
@@ -99,12 +99,22 @@ void AddPictures(TRunFiles& pFiles, const TCommandLineState& pState) {
   }
 }
 
+// The history of each path has its own file.
+void AddHistoryJSON(TRunFiles& pFiles, const TCommandLineState& pState) {
+  if (pState.fHistoryJSON.empty()) return;
+  if (pState.fHistoryPaths.size() <= 1 || pState.fHistoryJSON == kStandardOutput)
+    pFiles.Add(pState.fHistoryJSON, TFileUse::fuExport, kExport);
+  else
+    AddPerRoot(pFiles, pState.fHistoryPaths, {pState.fHistoryJSON}, TFileUse::fuExport);
+}
+
 void AddExports(TRunFiles& pFiles, const TCommandLineState& pState) {
+  AddHistoryJSON(pFiles, pState);
   for (const std::u16string* file : {&pState.fDriveListFile, &pState.fHistoryCSV, &pState.fHistoryExport})
     pFiles.Add(*file, TFileUse::fuExport, kExport);
   const bool several = NumberOfScans(pState) > 1;
   for (const TExportRequest& request : pState.fExports)
-    if (!several || request.fFormat != TExportFormat::efXML || request.fFile == kStandardOutput)
+    if (!several || !PostScanActions::HoldsOneScan(request.fFormat) || request.fFile == kStandardOutput)
       pFiles.Add(request.fFile, UseOf(request), kExport);
   for (const TExportRequest& request : pState.fExports) {
     if (several) AddFilesPerRoot(pFiles, request, pState);

@@ -17,7 +17,7 @@ enum class TFileUse : uint8_t {
   fuOldScan,   // read before an XML file replaces it
   fuSettings,  // read as a whole at the start; may be written again
   fuExport,
-  fuXMLExport,
+  fuScanExport,
   fuWritten,  // all other output: a database, a log
 };
 

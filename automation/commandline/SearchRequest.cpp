@@ -35,8 +35,12 @@ namespace {
 // What of the command line belongs to scans only.
 std::vector<std::string> NotForSearches(const TCommandLineState& pState) {
   std::vector<std::string> switches;
-  const auto isXML = [](const TExportRequest& pRequest) { return pRequest.fFormat == TExportFormat::efXML; };
-  if (std::any_of(pState.fExports.begin(), pState.fExports.end(), isXML)) switches.emplace_back("--xml");
+  const auto writes = [&](TExportFormat pFormat) {
+    return std::any_of(pState.fExports.begin(), pState.fExports.end(),
+                       [pFormat](const TExportRequest& pRequest) { return pRequest.fFormat == pFormat; });
+  };
+  if (writes(TExportFormat::efXML)) switches.emplace_back("--xml");
+  if (writes(TExportFormat::efNcdu)) switches.emplace_back("--ncdu");
   if (!pState.fCompareFile.empty()) switches.emplace_back("--compare");
   if (!pState.fPictures.empty()) switches.emplace_back("a picture");
   if (!pState.fMailTo.empty()) switches.emplace_back("--email");

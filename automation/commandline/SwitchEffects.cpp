@@ -188,6 +188,18 @@ void ExportXML(TCommandLineState& pState, std::u16string_view pFile) {
   AddExport(pState, TExportFormat::efXML, pFile);
 }
 
+void ExportJSON(TCommandLineState& pState, std::u16string_view pFile) {
+  AddExport(pState, HasExtension(pFile, u".jsonl") ? TExportFormat::efJSONLines : TExportFormat::efJSON, pFile);
+}
+
+void ExportJSONLines(TCommandLineState& pState, std::u16string_view pFile) {
+  AddExport(pState, TExportFormat::efJSONLines, pFile);
+}
+
+void ExportNcdu(TCommandLineState& pState, std::u16string_view pFile) {
+  AddExport(pState, TExportFormat::efNcdu, pFile);
+}
+
 void ExportByName(TCommandLineState& pState, std::u16string_view pFile) {
   if (HasExtension(pFile, u".xml") || HasExtension(pFile, u".zip")) return ExportXML(pState, pFile);
   if (HasExtension(pFile, u".svg") || HasExtension(pFile, u".png")) return DrawTreemap(pState, pFile);

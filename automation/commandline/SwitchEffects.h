@@ -57,6 +57,9 @@ TSwitchEffect ExportCSV;
 TSwitchEffect ExportText;
 TSwitchEffect ExportPathList;
 TSwitchEffect ExportXML;
+TSwitchEffect ExportJSON;
+TSwitchEffect ExportJSONLines;
+TSwitchEffect ExportNcdu;
 TSwitchEffect ExportDriveList;
 TSwitchEffect ExportByName;
 

@@ -74,16 +74,24 @@ constexpr TSwitch kSwitches[] = {
      "A path",
      "May be left out: what is no switch is a path to scan."},
     {{u"SCANDEFAULT", vkNone, kRepeated}, srUsual, "", "scan the current folder", AddCurrentFolder},
-    {{u"OPEN", vkPath, kRepeated}, srUsual, "FILE[;FILE]...", "load scans from XML files", OpenFile, "A file"},
+    {{u"OPEN", vkPath, kRepeated},
+     srUsual,
+     "FILE[;FILE]...",
+     "load scans from files",
+     OpenFile,
+     "A file",
+     "Files that --xml, --json, --jsonlines and --ncdu write, what ncdu -o writes, cache files of QDirStat, and what "
+     "du -ak writes. The first bytes of a file say what it is. All kinds but XML may be packed by gzip."},
     {{u"COMPARE", vkPath, kOnce},
      srUsual,
      "FILE",
-     "show changes since an XML file, or since the newest in a folder",
+     "show changes since a saved scan, or since the newest in a folder",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Of a folder, the newest file with a whole scan of the same path from before today is taken. Exports then know "
-     "the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
-     "them."},
+     "Of a folder, the newest XML file with a whole scan of the same path from before today is taken. Exports then "
+     "know "
+     "the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV and JSON have them. The "
+     "file is of any kind that --open loads."},
     {{u"SEARCH", vkPattern, kOnce},
      srUsual,
      "QUERY",
@@ -91,7 +99,8 @@ constexpr TSwitch kSwitches[] = {
      SearchFor,
      "A query",
      "In the paths, or in the scans that --open loads. Conditions such as size:>100MB, modified:<2024, ext:iso,zip, "
-     "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --text and "
+     "content:word and parts of names, joined by blanks, AND and OR. The largest files come first. --csv, --json, "
+     "--text and "
      "--pathlist write what was found. With --gui the window opens its search pane; --search:start runs it at once."},
     {{u"SEARCH:START", vkPattern, kOnce}, srAlias, "QUERY", "", SearchAtOnce, "A query"},
     {{u"FIND", vkText, kOnce},
@@ -113,7 +122,7 @@ constexpr TSwitch kSwitches[] = {
      "In groups, the most wasteful first. KIND is files, folders or unique. folders: whole folders that are equal. "
      "unique: files that are in no group. "
      "--search and patterns say which files are looked at. Names of one file, that is hard links, are read once and "
-     "waste nothing. --csv, --text and --pathlist write what was found."},
+     "waste nothing. --csv, --json, --text and --pathlist write what was found."},
     {{u"DUPLICATEBY", vkText, kOnce},
      srUsual,
      "PROPERTIES",
@@ -159,7 +168,8 @@ constexpr TSwitch kSwitches[] = {
      "write the tree as CSV",
      ExportCSV,
      {},
-     "The extension chooses: .tsv and .tab for fields between tabs, .txt for the report. \"-\" is the standard "
+     "The extension chooses: .tsv and .tab for fields between tabs, .json and .jsonl for JSON, .txt for the report. "
+     "\"-\" is the standard "
      "output."},
     {{u"TEXT", vkFile, kRepeated},
      srUsual,
@@ -167,16 +177,15 @@ constexpr TSwitch kSwitches[] = {
      "write the report (.csv, .tsv: for programs)",
      ExportText,
      {},
-     "The extension chooses: .csv for comma-separated values, .tsv and .tab for fields between tabs, everything else "
-     "for the "
-     "report. \"-\" is the standard output."},
+     "The extension chooses: .csv for comma-separated values, .tsv and .tab for fields between tabs, .json and .jsonl "
+     "for JSON, everything else for the report. \"-\" is the standard output."},
     {Dashed(u"OUTPUT", vkFile, kRepeated),
      srUsual,
      "FILE",
      "write a file, as its extension says",
      ExportByName,
      {},
-     ".csv, .tsv, .xml and .xml.zip, .svg and .png for a treemap, and everything else for the report."},
+     ".csv, .tsv, .json, .jsonl, .xml and .xml.zip, .svg and .png for a treemap, and everything else for the report."},
     Short(u"O", vkFile, kRepeated, ExportByName),
     {{u"PATHLIST", vkFile, kRepeated}, srUsual, "FILE", "write a list of paths", ExportPathList},
     {{u"NULL", vkNone, kRepeated},
@@ -195,6 +204,23 @@ constexpr TSwitch kSwitches[] = {
      {},
      "--open and --compare read such files. Several scans get a file each, with the scan's name in it."},
     {{u"SAVE", vkFile, kRepeated}, srAlias, "FILE", "", ExportXML},
+    {{u"JSON", vkFile, kRepeated},
+     srUsual,
+     "FILE",
+     "write the tree as JSON",
+     ExportJSON,
+     {},
+     "An object with the rows of the tree, for programs; docs/json.md describes it. --filesintree adds single files. "
+     "The settings of CSV apply: levels, columns, order. Several scans get a file each. --open and --compare read "
+     "such files. \"-\" is the standard output."},
+    {{u"JSONLINES", vkFile, kRepeated}, srUsual, "FILE", "the same with one object a line (.jsonl)", ExportJSONLines},
+    {{u"NCDU", vkFile, kRepeated},
+     srUsual,
+     "FILE",
+     "write the scan for ncdu -f",
+     ExportNcdu,
+     {},
+     "The whole tree with its files, whatever the layout of other exports. --open reads what ncdu -o writes."},
     {{u"DATE", vkNone, kRepeated},
      srUsual,
      "",
@@ -365,6 +391,11 @@ constexpr TSwitch kSwitches[] = {
      "The "
      "option HistoryFile names another database than the user's own."},
     {{u"HISTORY-CSV", vkFile, kOnce}, srUsual, "FILE", "the history as CSV instead", SetText<&TState::fHistoryCSV>},
+    {{u"HISTORY-JSON", vkFile, kOnce},
+     srUsual,
+     "FILE",
+     "the history as JSON instead (.jsonl: as lines)",
+     SetText<&TState::fHistoryJSON>},
     {{u"HISTORY-DELETE", vkInteger, kRepeated},
      srUsual,
      "ID",

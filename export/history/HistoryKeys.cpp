@@ -95,16 +95,11 @@ int64_t PatternIdOf(TKIVSQLiteDatabase& pDatabase, const std::u16string& pPatter
 }
 
 std::u16string HistoryPattern(const IHierarchicalRoot& pRoot) {
-  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
-  const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
-  return patterns != nullptr ? HistoryPattern(*patterns->GetPatterns()) : std::u16string();
+  return PatternInOrder(FilterText(pRoot));
 }
 
 std::u16string HistoryPattern(const PatternMatching::IPatterns& pPatterns) {
-  PatternMatching::TPatternsToStringRepresentationOptions options =
-      PatternMatching::TPatternsToStringRepresentationOptions::Default();
-  options.ActivePatternsOnly = true;
-  return PatternInOrder(pPatterns.ToString(options));
+  return PatternInOrder(ActivePatternsText(pPatterns));
 }
 
 }  // namespace Vantrel::History

@@ -52,9 +52,7 @@ class TDelimitedExport::TRows final : public TRowWriter {
   void AppendShareOfParent(const TSizeValues& pSizes);
   void AppendSlowly(const TEntryView& pEntry, TColumn pColumn);
   void AppendToPath(std::u16string_view pName, bool pIsFileGroup);
-  int64_t ShareBasis(const TSizeValues& pSizes) const {
-    return fExport.LeadingSize() == TColumn::mdAllocated ? pSizes.fAllocated : pSizes.fSize;
-  }
+  int64_t ShareBasis(const TSizeValues& pSizes) const { return LeadingSizeOf(pSizes, fExport.LeadingSize()); }
 
   const TDelimitedExport& fExport;
   std::unique_ptr<TIsoLocalFormatter> fDates;  // borrowed from the first date until Flush

@@ -65,8 +65,8 @@ std::string CountText(int64_t pCount, std::string_view pOne, std::string_view pM
 std::string RootHeaderLine(const IHierarchicalRoot& pRoot, const TValueFormat& pFormat) {
   std::string line = ToDisplay(pRoot.GetTitle());
   if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
-    const bool isAllocated = pRoot.GetScanConfiguration()->GetShareBasis() == TColumn::mdAllocated;
-    line += " - " + SizeText(isAllocated ? top->GetAllocated() : top->GetSize(), pFormat);
+    const int64_t size = LeadingSizeOf(top->GetValues(), pRoot.GetScanConfiguration()->GetShareBasis());
+    line += " - " + SizeText(size, pFormat);
     line += " - " + CountText(top->GetFiles(), "file", "files", pFormat);
     line += " - " + CountText(top->GetFolders(), "folder", "folders", pFormat);
   }

@@ -2,18 +2,10 @@
 
 namespace Vantrel::Exporting {
 
-namespace {
-
-int64_t SizeOf(const TSizeValues& pValues, TColumn pColumn) {
-  return pColumn == TColumn::mdAllocated ? pValues.fAllocated : pValues.fSize;
-}
-
-}  // namespace
-
 TMetaDataValue TRestOfFolder::GetValue(TColumn pColumn, TColumn pLeadingSize) const {
   switch (pColumn) {
     case TColumn::mdPercentOfParent:
-      return ShareOfWhole(SizeOf(fValues, pLeadingSize), SizeOf(fOfParent, pLeadingSize));
+      return ShareOfWhole(LeadingSizeOf(fValues, pLeadingSize), LeadingSizeOf(fOfParent, pLeadingSize));
     case TColumn::mdCompression:
     case TColumn::mdAverageFileSize:
       return {};  // no sums

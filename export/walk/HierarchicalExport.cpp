@@ -25,7 +25,7 @@ TValueFormat FormatOf(const TMediaSettings& pSettings) {
 }
 
 int64_t TBaseExport::SmallestShown(const IFolderData& pTop) const {
-  const int64_t whole = fLeadingSize == TColumn::mdAllocated ? pTop.GetAllocated() : pTop.GetSize();
+  const int64_t whole = LeadingSizeOf(pTop.GetValues(), fLeadingSize);
   const double share = std::ceil(fSettings.fSmallestShare * static_cast<double>(whole));
   return std::max(fSettings.fSmallestFolder, static_cast<int64_t>(share));
 }
@@ -131,17 +131,18 @@ bool TFileStreamExport::Export(IHierarchicalRoot& pRoot, ILineOutput& pOutput) {
   ReadErrors(pRoot);
   SetLeadingSize(pRoot.GetScanConfiguration()->GetShareBasis());
   WriteRoot(pRoot);
-  fErrors.clear();
+  ForgetErrors();
   fOutput = nullptr;
   return !fFailed;
 }
 
-void TFileStreamExport::ReadErrors(const IHierarchicalRoot& pRoot) {
+void TBaseExport::ReadErrors(const IHierarchicalRoot& pRoot) {
   for (const TScanError& error : pRoot.GetErrors())
-    if (error.fObject) fErrors.emplace(error.fObject.get(), error.fText + (error.fPartial ? u" (read in part)" : u""));
+    if (error.fObject)
+      fErrors.emplace(error.fObject.get(), error.fPartial ? error.fText + std::u16string(kPartialError) : error.fText);
 }
 
-std::u16string_view TFileStreamExport::ErrorOf(const TTreeRow& pRow) const {
+std::u16string_view TBaseExport::ErrorOf(const TTreeRow& pRow) const {
   if (fErrors.empty() || pRow.IsFile()) return {};
   const auto found = fErrors.find(&pRow.fFolder);
   return found == fErrors.end() ? std::u16string_view() : found->second;

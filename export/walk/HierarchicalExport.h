@@ -30,6 +30,9 @@ struct TLineWidth {
 // The width of the console on the standard output. What is redirected is laid out like a usual console.
 TLineWidth ConsoleWidth();
 
+// Follows an error if some entries of the folder were listed before it.
+constexpr std::u16string_view kPartialError = u" (read in part)";
+
 // Takes the lines of an export, such as the console or a file. Lines are UTF-8 without line ends. They come from one
 // thread.
 class ILineOutput {
@@ -84,6 +87,11 @@ class TBaseExport {
   // if the root is not compared, the exporter writes only the tree.
   void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
   const TRef<IComparison>& GoneSince() const { return fGoneSince; }
+  // Reads the root's errors for ErrorOf; ForgetErrors ends that.
+  void ReadErrors(const IHierarchicalRoot& pRoot);
+  void ForgetErrors() { fErrors.clear(); }
+  // Why the row's folder could not be read, or empty if it was read. Any thread.
+  std::u16string_view ErrorOf(const TTreeRow& pRow) const;
   // The size that leads, mdSize or mdAllocated: siblings come in its order unless another one is set, what is left out
   // is small in it, and percentages refer to it. mdSize unless it is set.
   TColumn LeadingSize() const { return fLeadingSize; }
@@ -103,6 +111,7 @@ class TBaseExport {
   TColumn fLeadingSize = TColumn::mdSize;
   std::shared_ptr<const TExpandedFolders> fExpanded;
   TRef<IComparison> fGoneSince;
+  std::unordered_map<const IHierarchicalObject*, std::u16string> fErrors;  // by folder
 };
 
 // An exporter that writes a whole root to one output.
@@ -126,16 +135,11 @@ class TFileStreamExport : public TFileExport {
   virtual void WriteRoot(IHierarchicalRoot& pRoot) = 0;
   bool WriteLine(std::string_view pLine);
   int64_t LineCount() const { return fOutput->LineCount(); }
-  // Why the row's folder could not be read, or empty if it was read. Call it only while an export runs. Any thread.
-  std::u16string_view ErrorOf(const TTreeRow& pRow) const;
   // Call it only while an export runs.
   ILineOutput& Output() const { return *fOutput; }
 
  private:
-  void ReadErrors(const IHierarchicalRoot& pRoot);
-
-  ILineOutput* fOutput = nullptr;                                          // set while an export runs
-  std::unordered_map<const IHierarchicalObject*, std::u16string> fErrors;  // by folder; set while an export runs
+  ILineOutput* fOutput = nullptr;  // set while an export runs
   bool fFailed = false;
 };
 

@@ -1,5 +1,6 @@
 #include "export/xml/XMLCompareReader.h"
 
+#include "export/opening/ScanFiles.h"
 #include "model/roots/Comparison.h"
 #include "platform/text/Text.h"
 
@@ -18,7 +19,7 @@ void RequireNoScan(const IHierarchicalRoot& pRoot) {
 TRef<IHierarchicalRoot> TQZXMLCompareReader::ReadEarlier(const std::u16string& pPath, IScanRoots& pRoots,
                                                          const TLoadProgress& pProgress) {
   if (pPath.empty()) throw EScanFileError("The given file path must not be empty");
-  return TQZXMLReader::ReadRootFromXMLFile(pPath, pRoots, pProgress, TPurpose::puCompare).fRoot;
+  return Opening::ReadScanFile(pPath, pRoots, pProgress, TPurpose::puCompare).fRoot;
 }
 
 void TQZXMLCompareReader::AfterCompareRoot(IHierarchicalRoot& pRoot, IHierarchicalRoot& pEarlier) {

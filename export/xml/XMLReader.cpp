@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "export/opening/ScanFiles.h"
 #include "export/xml/XMLTreeBuilder.h"
 #include "export/xml/ZipFile.h"
 #include "platform/text/Text.h"
@@ -64,7 +65,7 @@ std::vector<TLoadedRoot> TQZXMLReader::LoadFromFile(std::span<const std::u16stri
   for (const std::u16string& name : pFileNames) {
     TLoadedRoot root;
     try {
-      root = ReadRootFromXMLFile(name, pTarget, pProgress);
+      root = Opening::ReadScanFile(name, pTarget, pProgress);
       if (!root.fRoot) break;
       pTarget.AddLoaded(root.fRoot);
     } catch (const EException& error) {

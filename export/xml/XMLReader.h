@@ -40,8 +40,9 @@ constexpr TFolderStates kFolderStatesInFiles =
 // Reads XML scan files, also packed ones. docs/xml-scan-file.md describes them. Any thread.
 class TQZXMLReader {
  public:
-  // Reads several files, each on its own. A root is added to the list as soon as it is read. If a file cannot be read,
-  // or the list has no room for it, its result holds an error. When cancelled, returns what has been read so far.
+  // Reads several files of any kind that Opening::ReadScanFile knows, each on its own. A root is added to the list as
+  // soon as it is read. If a file cannot be read, or the list has no room for it, its result holds an error. When
+  // cancelled, returns what has been read so far.
   static std::vector<TLoadedRoot> LoadFromFile(std::span<const std::u16string> pFileNames, IScanRoots& pTarget,
                                                const TLoadProgress& pProgress = {});
   // The same for a text of file names in the form of SplitFileNames.

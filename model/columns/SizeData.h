@@ -108,6 +108,12 @@ class TSizeData : public TBasicSizeDataOf<ISizeData> {
 // The value of a size column in a record. "No value" for any other column.
 TMetaDataValue ValueOfSizes(const TSizeValues& pValues, TColumn pColumn);
 
+// The size that leads, of anything that has both: fAllocated for mdAllocated, otherwise fSize.
+template <class TSizes>
+int64_t LeadingSizeOf(const TSizes& pSizes, TColumn pLeading) {
+  return pLeading == TColumn::mdAllocated ? pSizes.fAllocated : pSizes.fSize;
+}
+
 // The part that a size has in a whole, from 0 to 1. Nothing has no parts, so the share is then 0.
 inline double ShareOfWhole(int64_t pPart, int64_t pWhole) {
   return pWhole == 0 ? 0.0 : static_cast<double>(pPart) / static_cast<double>(pWhole);

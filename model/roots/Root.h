@@ -109,6 +109,9 @@ class TCustomRoot : public TBaseRoot {
   void CountTree(const TSizeValues& pWithout = {});
   std::vector<TExclusion> CurrentExclusions() const;
   void RefillTopSizeList();
+  void FillTopSizeList(ITopSizeList& pList);
+  // Works out the statistics of a loaded tree that has its files.
+  void SumUpLoaded();
 
   // Fixed after construction, or set before a scan.
   const std::u16string fPathWithWildcards;

@@ -155,6 +155,8 @@ struct TLoadedScan {
   TRef<IScanFilter> fFilter;  // nullptr when there was none
   TDateType fFileAgesDateType = TDateType::dtNone;
   TRef<IFileAges> fFileAges;  // nullptr when the file holds no ages
+  // The file holds every file: statistics and the largest files are worked out from them, as the options say.
+  bool fKeepsFiles = false;
   bool fHasExtensions = false;
   bool fHasUsers = false;
   std::vector<TScanError> fErrors;

@@ -17,6 +17,11 @@ void TCustomRoot::RefillTopSizeList() {
   if (!fTopSizeListHasGaps.exchange(false) || !GetScanConfiguration()->GetKeepFiles()) return;
   const TRef<ITopSizeList> list = GetTopSizeList();
   list->Clear();
+  FillTopSizeList(*list);
+}
+
+// Any number of files is offered to the list, which keeps the largest.
+void TCustomRoot::FillTopSizeList(ITopSizeList& pList) {
   const TRef<IFolderData> top = GetTopFolder();
   if (!top) return;
   TTreeWalkSettings settings;
@@ -25,8 +30,8 @@ void TCustomRoot::RefillTopSizeList() {
   settings.fOrder = TSiblingOrder::soAny;
   TTreeWalk(settings).ForEach(*top, [&](const TTreeRow& pRow) {
     const TEntryView file = pRow.View();
-    if (list->IsWorthOffering(file.GetSize(), 0))
-      list->Add({file.GetSize(), file.GetAllocated(), file.GetLastChangeDate(), file.GetParentFolder(),
+    if (pList.IsWorthOffering(file.GetSize(), 0))
+      pList.Add({file.GetSize(), file.GetAllocated(), file.GetLastChangeDate(), file.GetParentFolder(),
                  std::u16string(file.GetObjectName()), file.GetLastAccessDate(), file.GetCreationDate(),
                  file.GetAttributes(), file.GetOwnerKey()});
     return true;

@@ -54,9 +54,12 @@ TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions&
 TScanConfiguration::TScanConfiguration(TCustomRoot* pRoot, const TGlobalOptions& pOptions, const TLoadedScan& pLoaded,
                                        TRef<ITopSizeList> pTopSizeList)
     : TScanConfiguration(pRoot, pOptions) {
-  fDoExtensionsStatistics = pLoaded.fHasExtensions;
   fDoUsersStatistics = pLoaded.fHasUsers;
-  fFileAgesDateType = pLoaded.fFileAgesDateType;
+  fKeepFiles = pLoaded.fKeepsFiles;
+  if (!pLoaded.fKeepsFiles) {
+    fDoExtensionsStatistics = pLoaded.fHasExtensions;
+    fFileAgesDateType = pLoaded.fFileAgesDateType;
+  }
   if (pLoaded.fFileAges) fFileAges = pLoaded.fFileAges;
   fScan.fTimeStamp = pLoaded.fScanTimeStamp;
   fScan.fTopSizeList = std::move(pTopSizeList);

@@ -60,6 +60,7 @@ struct TLoadedFolder {
   TFolderStates fState = 0;
   TKeyId fOwnerKey = kNoKey;
   TFolderStatistics fStatistics;
+  TRef<const TFileTable> fFiles;  // nullptr if the file has none; for a folder with sub-folders, at its "[Files]" node
 };
 
 // Sorts children in the program's fixed order: largest first, then by name in code-unit order. Sizes are read once,
@@ -147,6 +148,7 @@ class TCustomFolderData : public TContainerHierarchicalElement {
   // are created and filled while no other code knows the tree.
   TRef<TCustomFolderData> AddLoadedChild(std::u16string_view pName, bool pIsFilesNode);
   void SetLoaded(const TLoadedFolder& pValues);
+  void SetLoadedStatistics(const TFolderStatistics& pStatistics);
 
   // A folder is finished when its own listing and all its sub-folders are. Each part is announced, then reported done.
   // The last part sets fsSubFolderScanningFinished, and the folder is then a finished part of its parent. When a branch

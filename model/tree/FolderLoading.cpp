@@ -35,8 +35,14 @@ void TCustomFolderData::SetLoaded(const TLoadedFolder& pValues) {
   fFolders = pValues.fValues.fFolders;
   fCompression = pValues.fValues.fCompression;
   if (fSubItems) fSubItems->fList.shrink_to_fit();
+  if (pValues.fFiles) fFileTable = pValues.fFiles;
   if (!pValues.fStatistics.IsEmpty())
     delete fStatistics.exchange(new TFolderStatistics(pValues.fStatistics), std::memory_order_acq_rel);
+}
+
+void TCustomFolderData::SetLoadedStatistics(const TFolderStatistics& pStatistics) {
+  TExclusiveLock lock(fLock);
+  delete fStatistics.exchange(new TFolderStatistics(pStatistics), std::memory_order_acq_rel);
 }
 
 }  // namespace Vantrel

@@ -89,19 +89,45 @@ bool TakeTime(std::string_view& pText, int64_t& pTicks) {
 
 }  // namespace
 
-std::string FormatIsoUtc(TKivFileTime pTime) {
-  if (!pTime.IsSet() || pTime.fTicks < 0) return {};
+namespace {
+
+// Writes a number with leading zeros, and returns the end.
+char* WriteDigits(char* pTarget, int64_t pNumber, int pDigits) {
+  for (int i = pDigits - 1; i >= 0; --i, pNumber /= 10) pTarget[i] = static_cast<char>('0' + pNumber % 10);
+  return pTarget + pDigits;
+}
+
+}  // namespace
+
+void AppendIsoUtc(std::string& pTarget, TKivFileTime pTime) {
+  if (!pTime.IsSet() || pTime.fTicks < 0) return;
   const std::chrono::year_month_day date(kFirstDay + std::chrono::days(pTime.fTicks / TKivFileTime::kTicksPerDay));
   const int64_t ofDay = pTime.fTicks % TKivFileTime::kTicksPerDay;
   const int64_t seconds = ofDay / TKivFileTime::kTicksPerSecond;
-  std::string text = fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
-                                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), seconds / 3600,
-                                 seconds / 60 % 60, seconds % 60);
+  const int64_t year = static_cast<int>(date.year());
+  char text[40];
+  char* end = WriteDigits(text, year, year > 9999 ? 5 : 4);
+  const auto add = [&](char pSeparator, int64_t pNumber, int pDigits) {
+    *end++ = pSeparator;
+    end = WriteDigits(end, pNumber, pDigits);
+  };
+  add('-', static_cast<unsigned>(date.month()), 2);
+  add('-', static_cast<unsigned>(date.day()), 2);
+  add('T', seconds / 3600, 2);
+  add(':', seconds / 60 % 60, 2);
+  add(':', seconds % 60, 2);
   if (const int64_t fraction = ofDay % TKivFileTime::kTicksPerSecond; fraction != 0) {
-    text += fmt::format(".{:0{}}", fraction, kDecimals);
-    text.erase(text.find_last_not_of('0') + 1);
+    add('.', fraction, kDecimals);
+    while (end[-1] == '0') --end;
   }
-  return text + 'Z';
+  *end++ = 'Z';
+  pTarget.append(text, end);
+}
+
+std::string FormatIsoUtc(TKivFileTime pTime) {
+  std::string text;
+  AppendIsoUtc(text, pTime);
+  return text;
 }
 
 bool TryParseIso(std::string_view pText, TKivFileTime& pTime) {

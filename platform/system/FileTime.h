@@ -57,6 +57,8 @@ class TIsoLocalFormatter {
 // "2026-11-21T14:03:59Z" in UTC, for files. The second has as many decimals as needed, up to seven. Empty for "no
 // date".
 std::string FormatIsoUtc(TKivFileTime pTime);
+// The same for millions of times: appends the text and allocates nothing for it.
+void AppendIsoUtc(std::string& pTarget, TKivFileTime pTime);
 // Reads the format of FormatIsoUtc. An offset ("+01:00") is accepted; without one the time is UTC. A blank may replace
 // the "T". Dashes and colons may be missing ("20261121T140359Z"). A missing time means midnight. False for anything
 // else.

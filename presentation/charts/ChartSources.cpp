@@ -20,11 +20,9 @@ class TBasis {
   TColumn Column() const { return fColumn; }
   template <class TValues>
   int64_t Of(const TValues& pValues) const {
-    return fColumn == TColumn::mdAllocated ? pValues.fAllocated : pValues.fSize;
+    return LeadingSizeOf(pValues, fColumn);
   }
-  int64_t Of(const IFolderData& pFolder) const {
-    return fColumn == TColumn::mdAllocated ? pFolder.GetAllocated() : pFolder.GetSize();
-  }
+  int64_t Of(const IFolderData& pFolder) const { return Of(pFolder.GetValues()); }
 
  private:
   const TColumn fColumn;

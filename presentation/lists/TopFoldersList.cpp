@@ -25,9 +25,7 @@ TSizeValues OwnValues(const IFolderData& pFolder) {
 }
 
 std::vector<TFound> LargestFolders(IFolderData& pTop, TColumn pLeading) {
-  const auto sizeOf = [pLeading](const TFound& pFound) {
-    return pLeading == TColumn::mdAllocated ? pFound.fOwn.fAllocated : pFound.fOwn.fSize;
-  };
+  const auto sizeOf = [pLeading](const TFound& pFound) { return LeadingSizeOf(pFound.fOwn, pLeading); };
   const auto isLarger = [&](const TFound& pA, const TFound& pB) { return sizeOf(pA) > sizeOf(pB); };
   std::vector<TFound> largest;  // a heap with the smallest one at its front
   TTreeWalkSettings settings;

@@ -89,13 +89,11 @@ TColor TColorMixer::Mixed(TColor pOtherwise) const {
 }
 
 int64_t ValueIn(const TBasicSizeValues& pValues, TColumn pColumn) {
-  if (pColumn == TColumn::mdFiles) return pValues.fFiles;
-  return pColumn == TColumn::mdAllocated ? pValues.fAllocated : pValues.fSize;
+  return pColumn == TColumn::mdFiles ? pValues.fFiles : LeadingSizeOf(pValues, pColumn);
 }
 
 int64_t ValueIn(const TFileRecord& pFile, TColumn pColumn) {
-  if (pColumn == TColumn::mdFiles) return 1;
-  return pColumn == TColumn::mdAllocated ? pFile.fAllocated : pFile.fSize;
+  return pColumn == TColumn::mdFiles ? 1 : LeadingSizeOf(pFile, pColumn);
 }
 
 TColor TColorLookup::OfFile(std::u16string_view pName, const TFileRecord& pFile, int32_t pLayer, int64_t pEarlier) {

@@ -170,4 +170,16 @@ std::vector<std::u16string> TPatternFilter::GetWarnings() const {
   return warnings;
 }
 
+std::u16string ActivePatternsText(const PatternMatching::IPatterns& pPatterns) {
+  auto options = PatternMatching::TPatternsToStringRepresentationOptions::Default();
+  options.ActivePatternsOnly = true;
+  return pPatterns.ToString(options);
+}
+
+std::u16string FilterText(const IHierarchicalRoot& pRoot) {
+  const TRef<IScanFilter> filter = pRoot.GetScanFilter();
+  const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());
+  return patterns ? ActivePatternsText(*patterns->GetPatterns()) : std::u16string();
+}
+
 }  // namespace Vantrel

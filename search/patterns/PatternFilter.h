@@ -2,6 +2,7 @@
 
 // A list of patterns as the filter of a scan, with counts of what it leaves out.
 
+#include "model/roots/RootInterfaces.h"
 #include "model/roots/ScanFilter.h"
 #include "platform/threads/CriticalSection.h"
 #include "search/patterns/PatternInterfaces.h"
@@ -42,5 +43,10 @@ class TPatternFilter : public TInterfaced<IScanFilter> {
   TCounts fCounts GUARDED_BY(fLock);
   TMatched fMatched GUARDED_BY(fLock);
 };
+
+// The active patterns as one text with tabs between them. Each reads back as an equal pattern.
+std::u16string ActivePatternsText(const PatternMatching::IPatterns& pPatterns);
+// Those of the root's filter. Empty without one.
+std::u16string FilterText(const IHierarchicalRoot& pRoot);
 
 }  // namespace Vantrel

@@ -122,8 +122,8 @@ void TMainWindow::NoteRecent(const QString& pPath) {
 // --- files -----------------------------------------------------------------------------------------------------------
 
 void TMainWindow::OpenFile() {
-  const QStringList files = QFileDialog::getOpenFileNames(this, tr("Open a scan file"), {},
-                                                          tr("Scan files (*.xml *.xml.zip *.zip);;All files (*)"));
+  const QStringList files = QFileDialog::getOpenFileNames(
+      this, tr("Open a scan file"), {}, tr("Scan files (*.xml *.xml.zip *.zip *.json *.jsonl *.gz);;All files (*)"));
   for (const QString& file : files) fSession->OpenScanFile(FromQString(file));
 }
 
@@ -189,8 +189,9 @@ void TMainWindow::ExportAs(int pKind, const QString& pFile) {
 void TMainWindow::CompareFile() {
   const TRef<IHierarchicalRoot> root = ChosenRoot();
   if (!root) return;
-  const QString file = QFileDialog::getOpenFileName(this, tr("Compare with an older scan"), {},
-                                                    tr("Scan files (*.xml *.xml.zip *.zip);;All files (*)"));
+  const QString file =
+      QFileDialog::getOpenFileName(this, tr("Compare with an older scan"), {},
+                                   tr("Scan files (*.xml *.xml.zip *.zip *.json *.jsonl *.gz);;All files (*)"));
   if (!file.isEmpty()) fSession->Compare(root, FromQString(file));
 }
 

@@ -13,6 +13,7 @@
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "export/history/HistoryDatabase.h"
@@ -298,8 +299,11 @@ void TMainWindow::dropEvent(QDropEvent* pEvent) {
   for (const QUrl& url : pEvent->mimeData()->urls()) {
     const QString path = url.toLocalFile();
     if (path.isEmpty()) continue;
-    const bool isScanFile = path.endsWith(QStringLiteral(".xml"), Qt::CaseInsensitive) ||
-                            path.endsWith(QStringLiteral(".xml.zip"), Qt::CaseInsensitive);
+    const QStringList endings{QStringLiteral(".xml"), QStringLiteral(".xml.zip"), QStringLiteral(".json"),
+                              QStringLiteral(".jsonl")};
+    const bool isScanFile = std::any_of(endings.begin(), endings.end(), [&](const QString& pEnding) {
+      return path.endsWith(pEnding, Qt::CaseInsensitive);
+    });
     if (isScanFile && !FolderExists(FromQString(path)))
       fSession->OpenScanFile(FromQString(path));
     else

@@ -182,7 +182,7 @@ void TSession::OpenScanFile(const std::u16string& pFile) {
       return !pJob.fCancelled;
     });
   };
-  RunJob(tr("Reading XML file"), load, [this](const std::vector<XML::TLoadedRoot>& pLoaded) {
+  RunJob(tr("Reading the scan file"), load, [this](const std::vector<XML::TLoadedRoot>& pLoaded) {
     for (const XML::TLoadedRoot& loaded : pLoaded) {
       if (!loaded.fRoot) {
         Q_EMIT Failed(tr("Open a scan file"), FromUtf8Text(loaded.fError));
