@@ -295,6 +295,11 @@ DONE = [
         "h.svg": ("History of ", "6.2 KB", "6.2 KB")}),
     Row("--HistoryFile h.db --history data --historychart new/h.svg --historycharttype line", before=(RECORDED,),
         out=("History of data",), files={"new/h.svg": ("History of data", "6.2 KB")}),
+    # 6,300 bytes in units of 1,000.
+    Row("data -a --si", out=(" - 6.3 kB - ", "  6.3 kB", "  5.3 kB")),
+    Row("data --si --SizeUnit KB --usecolumns name,size", out=("Size (kB)\n", " 6.3\n")),
+    Row("data --si --CSVSizeUnit KB --usecolumns name,size --csv -", out=("Name,Size (kB)\n", "data,6.3\n")),
+    Row("data --si --extensionschart e.svg -a --charttype pie", files={"e.svg": ("5.0 kB (79.4 %)",)}),
     Row("data --title Weekly", out=("Weekly\n",), absent=("Vantrel Report",)),
     Row("data '/EXPORTTITLE' 'My report'", out=("My report\n",)),
     Row("data --listseparator ';' --csv -", out=("Full Path;Size;", "data;6300;")),

@@ -320,6 +320,13 @@ constexpr TSwitch kSwitches[] = {
     {{u"NOHEADERS", vkNone, kRepeated}, srUsual, "", "no captions, no title", OmitHeaders},
     {{u"NOHEADER", vkNone, kRepeated}, srAlias, "", "", OmitHeaders},
     {{u"NOUNITS", vkNone, kRepeated}, srUsual, "", "sizes without units", OmitUnits},
+    {Dashed(u"SI", vkOptionalBoolean, kRepeated),
+     srUsual,
+     "",
+     "units of 1,000: kB, MB, GB",
+     SetOption<&TGlobalOptions::DecimalUnits>,
+     {},
+     "Instead of 1,024. The option DecimalUnits says the same. Sizes that a switch or a query takes are not changed."},
 
     // Mail.
     {{u"EMAIL", vkText, kRepeated},

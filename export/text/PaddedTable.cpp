@@ -108,7 +108,7 @@ std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const
   // A plain number of bytes carries no unit.
   const bool sharesUnit = !pFormat.fPlainByteValues && pFormat.fSizeUnit != TSizeUnit::suAutomatic;
   if (sharesUnit && ColumnInfo(pColumn).fKind == TColumnKind::ckSize)
-    text += " (" + ToUtf8(UnitName(pFormat.fSizeUnit)) + ")";
+    text += " (" + ToUtf8(UnitName(pFormat.fSizeUnit, pFormat.fDecimalUnits)) + ")";
   return text;
 }
 

@@ -18,6 +18,7 @@ TLineWidth ConsoleWidth() {
 TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
   format.fSizeUnit = pSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : pSettings.fSizeUnit;
+  format.fDecimalUnits = pSettings.fDecimalUnits;
   format.fPlainByteValues = pSettings.fUsePlainByteValues;
   // A fixed unit is written once, in the header line.
   format.fShowUnits = pSettings.fShowUnits && pSettings.fAutomaticUnit && !pSettings.fUsePlainByteValues;

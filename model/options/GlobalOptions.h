@@ -64,6 +64,7 @@ class TGlobalOptions {
   int32_t SearchLimit = 0;
   bool NormalizeUnicode = false;
   TSizeUnit SizeUnit = TSizeUnit::suAutomatic;
+  bool DecimalUnits = false;
   std::string ExportTitle;
   bool ListTopFiles = false;
   bool ListTopFolders = false;

@@ -49,6 +49,7 @@ struct TMediaSettings {
   bool fOverrideUnits = false;  // use the two fields below instead of the global options' unit
   TSizeUnit fSizeUnit = TSizeUnit::suMB;
   bool fAutomaticUnit = true;
+  bool fDecimalUnits = false;  // units are powers of 1,000, not of 1,024
   std::u16string fSeparator = u"  ";
   std::u16string fAlternativeSeparator = u"\t";
   bool fUseAlternativeSeparator = false;
