@@ -151,7 +151,7 @@ REFUSED = [
     Row("data --sortby colour --usecolumns colour --exportedelements 8",
         err=(pattern('--sortby "colour" names no order; expected a column, then ",ascending" or ",descending" if wanted. Columns are '
                      ".*, Size, .*"),
-             pattern('--usecolumns "colour" names no columns joined with ";". Columns are .*, Size, .*'),
+             pattern('--usecolumns "colour" names no columns joined with "," or ";". Columns are .*, Size, .*'),
              '--exportedelements "8" is not allowed; expected the sum of 1 for folders, 2 for the files of a folder as one row and '
              "4 for single files")),
     Row("data --exportedelements --sortby", err=("A number was expected after the command line parameter --exportedelements",
@@ -295,6 +295,8 @@ DONE = [
         "h.svg": ("History of ", "6.2 KB", "6.2 KB")}),
     Row("--HistoryFile h.db --history data --historychart new/h.svg --historycharttype line", before=(RECORDED,),
         out=("History of data",), files={"new/h.svg": ("History of data", "6.2 KB")}),
+    Row("data --compare old.xml", before=("data --xml old.xml",), out=("Not shown: 2 rows without a change.",), absent=("  sub",)),
+    Row("data --compare old.xml --unchanged", before=("data --xml old.xml",), out=("  sub",), absent=("Not shown",)),
     # 6,300 bytes in units of 1,000.
     Row("data -a --si", out=(" - 6.3 kB - ", "  6.3 kB", "  5.3 kB")),
     Row("data --si --SizeUnit KB --usecolumns name,size", out=("Size (kB)\n", " 6.3\n")),

@@ -65,8 +65,8 @@ void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {
 void UseColumns(TCommandLineState& pState, std::u16string_view pColumns) {
   std::vector<TColumn> columns;
   if (!TryParseColumns(pColumns, columns))
-    throw EInvalidArgumentValue(ToQuotedDisplay(pColumns) + " names no columns joined with \";\". Columns are " +
-                                ColumnNames());
+    throw EInvalidArgumentValue(ToQuotedDisplay(pColumns) +
+                                " names no columns joined with \",\" or \";\". Columns are " + ColumnNames());
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fColumns = columns; });
 }
 

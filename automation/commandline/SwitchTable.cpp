@@ -81,9 +81,17 @@ constexpr TSwitch kSwitches[] = {
      "show changes since an XML file, or since the newest in a folder",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Of a folder, the newest file with a whole scan of the same path from before today is taken. Exports then know "
+     "Of a folder, the newest file with a whole scan of the same path from before today is taken. Only what changed is "
+     "shown, unless --unchanged is given. Exports then know "
      "the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV has "
      "them."},
+    {Dashed(u"UNCHANGED", vkOptionalBoolean, kRepeated),
+     srUsual,
+     "",
+     "after --compare, show what did not change as well",
+     SetOption<&TGlobalOptions::ShowUnchanged>,
+     {},
+     "Reports say how many rows they leave out. XML files are always complete."},
     {{u"SEARCH", vkPattern, kOnce},
      srUsual,
      "QUERY",

@@ -19,7 +19,7 @@ constexpr int kHidden = -1;
 // The columns that leave a table that is too wide, in this order.
 constexpr TColumn kLeaving[] = {TColumn::mdCreation, TColumn::mdLastAccess, TColumn::mdAttributes, TColumn::mdOwner,
                                 TColumn::mdName,     TColumn::mdFolders,    TColumn::mdLastChange, TColumn::mdFiles,
-                                TColumn::mdSize,     TColumn::mdAllocated};
+                                TColumn::mdSize,     TColumn::mdAllocated,  TColumn::mdSizeChange};
 
 size_t Blanks(int pWanted, int pTaken) {
   return static_cast<size_t>(std::max(0, pWanted - pTaken));
@@ -46,12 +46,18 @@ int TPaddedTable::ExcessOver(int pWidth) const {
   return RowWidth() - std::max(0, fWidths[NameColumn()] - pWidth / 2) - pWidth;
 }
 
-// The first column names the rows, unless a path does. Of several sizes the first one leads.
+// The first column names the rows, unless a path does. Of several sizes the first one leads, and so with their changes.
 bool TPaddedTable::IsNeeded(size_t pColumn) const {
-  const auto isSize = [](TColumn pOther) { return pOther == TColumn::mdSize || pOther == TColumn::mdAllocated; };
+  using TPredicate = bool (*)(TColumn);
+  const auto isFirst = [&](TPredicate pIsOfKind) {
+    const auto end = fColumns.begin() + static_cast<ptrdiff_t>(pColumn);
+    return pIsOfKind(fColumns[pColumn]) && std::none_of(fColumns.begin(), end, pIsOfKind);
+  };
   if (fColumns[pColumn] == TColumn::mdName) return NameColumn() == pColumn;
-  return pColumn == 0 || (isSize(fColumns[pColumn]) &&
-                          std::none_of(fColumns.begin(), fColumns.begin() + static_cast<ptrdiff_t>(pColumn), isSize));
+  return pColumn == 0 ||
+         isFirst([](TColumn pOther) { return pOther == TColumn::mdSize || pOther == TColumn::mdAllocated; }) ||
+         isFirst(
+             [](TColumn pOther) { return pOther == TColumn::mdSizeChange || pOther == TColumn::mdAllocatedChange; });
 }
 
 size_t TPaddedTable::NameColumn() const {

@@ -54,8 +54,10 @@ void TFormattedTextExport::ChooseColumns() {
   SetColumns({TColumn::mdName, LeadingSize(), other, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdPercentOfParent,
               TColumn::mdLastChange});
   if (!fComparison) return;
-  SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
-              LeadingSize(), TColumn::mdFiles, TColumn::mdLastChange});
+  const bool ofSize = LeadingSize() == TColumn::mdSize;
+  SetColumns({TColumn::mdName, ofSize ? TColumn::mdSizeChange : TColumn::mdAllocatedChange,
+              ofSize ? TColumn::mdSizeChangePercent : TColumn::mdSizeChange, TColumn::mdFileChange, LeadingSize(),
+              TColumn::mdFiles, TColumn::mdLastChange});
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -66,7 +68,7 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
   }
   const TRef<IComparison> comparison = pRoot.GetComparison();
   fComparison = comparison.get();
-  ShowGone(comparison);
+  ShowChanges(pRoot);
   ChooseColumns();
   if (Settings().fIncludeHeader) WriteHeadBlock(pRoot);
   if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
@@ -75,6 +77,9 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     WriteLine("");
     if (const int64_t smallest = SmallestShown(*top); smallest > 0)
       WriteLine("What is smaller than " + ToUtf8(FormatValue(TColumn::mdSize, smallest, fFormat)) + " is not shown.");
+    if (UnchangedRows() > 0)
+      WriteLine("Not shown: " + CountText(UnchangedRows(), "row", "rows", fFormat) +
+                " without a change. --unchanged shows all.");
     const int64_t before = LineCount();
     WriteLists(pRoot);
     WriteChosenCharts(pRoot, fOptions, fFormat, Output());
@@ -118,6 +123,7 @@ void TFormattedTextExport::WriteTable(IFolderData& pTop) {
     WriteLine(fTable.Row(HeaderCells()));
     WriteLine(fTable.Underline());
   }
+  ForgetUnchangedRows();
   ForEachRow(pTop, [&](const std::vector<std::string>& pCells) { return WriteLine(fTable.Row(pCells)); });
 }
 

@@ -31,6 +31,16 @@ int64_t TBaseExport::SmallestShown(const IFolderData& pTop) const {
   return std::max(fSettings.fSmallestFolder, static_cast<int64_t>(share));
 }
 
+void TBaseExport::ShowChanges(IHierarchicalRoot& pRoot) {
+  fGoneSince = pRoot.GetComparison();
+  fOnlyChanged = nullptr;
+  fUnchangedRows = 0;
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!fGoneSince || !top || fSettings.fShowUnchanged) return;
+  const bool withFiles = (fSettings.fIncludedObjectTypes & ioFiles) != 0;
+  fOnlyChanged = std::make_shared<TChangedFolders>(*top, fGoneSince, pRoot.GetPathDelimiter(), withFiles);
+}
+
 TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
   auto includes = [this](TIncludedObjectTypes pTypes) { return (fSettings.fIncludedObjectTypes & pTypes) != 0; };
   TTreeWalkSettings settings;
@@ -41,6 +51,8 @@ TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
   settings.fShowsFileGroups = includes(ioFileGroups);
   settings.fShowsFiles = includes(ioFiles);
   settings.fGoneSince = fGoneSince;
+  settings.fOnlyChanged = fOnlyChanged;
+  if (fOnlyChanged) settings.fOnUnchanged = [this](int64_t pRows) { fUnchangedRows += pRows; };
   if (fSettings.fIncludeExpandedOnly) settings.fExpanded = fExpanded;
   if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
     settings.fOrder = TSiblingOrder::soColumn;
@@ -48,6 +60,7 @@ TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
     settings.fDescending = order->fDescending;
   } else if (fSortByChange && !order) {
     settings.fOrder = TSiblingOrder::soChange;
+    settings.fOrderColumn = fLeadingSize == TColumn::mdAllocated ? TColumn::mdAllocatedChange : TColumn::mdSizeChange;
   } else if (fLeadingSize != TColumn::mdSize && !order) {
     settings.fOrder = TSiblingOrder::soColumn;
     settings.fOrderColumn = fLeadingSize;

@@ -2,6 +2,7 @@
 
 // The base of all exporters: columns, settings, walks on several threads, and lines written to an output.
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -80,10 +81,13 @@ class TBaseExport {
   // The same on as many threads as there are processors, for nested output too. The writer and its branches make the
   // text. Pieces are passed to pTake in the order of the walk. If pTake returns false, the walk ends and returns false.
   bool WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const;
-  // From now on, items deleted since this earlier scan get rows too. nullptr means no such rows. Without this call, or
-  // if the root is not compared, the exporter writes only the tree.
-  void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
+  // If the root is compared, what has gone since gets rows from now on too. What did not change gets none, unless the
+  // settings show it. Without this call, the exporter writes the tree as it is.
+  void ShowChanges(IHierarchicalRoot& pRoot);
   const TRef<IComparison>& GoneSince() const { return fGoneSince; }
+  // How many rows the walks since ShowChanges left out, because they did not change.
+  int64_t UnchangedRows() const { return fUnchangedRows; }
+  void ForgetUnchangedRows() { fUnchangedRows = 0; }
   // The size that leads, mdSize or mdAllocated: siblings come in its order unless another one is set, what is left out
   // is small in it, and percentages refer to it. mdSize unless it is set.
   TColumn LeadingSize() const { return fLeadingSize; }
@@ -103,6 +107,8 @@ class TBaseExport {
   TColumn fLeadingSize = TColumn::mdSize;
   std::shared_ptr<const TExpandedFolders> fExpanded;
   TRef<IComparison> fGoneSince;
+  std::shared_ptr<const TChangedFolders> fOnlyChanged;  // nullptr: all is shown
+  mutable std::atomic<int64_t> fUnchangedRows = 0;
 };
 
 // An exporter that writes a whole root to one output.

@@ -65,6 +65,7 @@ class TGlobalOptions {
   bool NormalizeUnicode = false;
   TSizeUnit SizeUnit = TSizeUnit::suAutomatic;
   bool DecimalUnits = false;
+  bool ShowUnchanged = false;
   std::string ExportTitle;
   bool ListTopFiles = false;
   bool ListTopFolders = false;

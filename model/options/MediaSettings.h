@@ -59,6 +59,7 @@ struct TMediaSettings {
   int64_t fSmallestFolder = 0;           // bytes; smaller folders and files are left out
   double fSmallestShare = 0;             // the same as a share of the whole, from 0 to 1
   std::optional<int64_t> fMostRows;      // of what lies in one folder; 0: all; none: each use has a default
+  bool fShowUnchanged = false;           // after a comparison, not only what changed
   bool fByteOrderMark = false;           // at the beginning of a file
   bool fNeutralizeFormulas = false;      // make names harmless that a spreadsheet would take for a formula
 
