@@ -137,6 +137,7 @@ REFUSED = [
     Row("--qqqq --MaximumThreads=0 data", err=("Unknown Command line option: --qqqq",
                                                'MaximumThreads: "0" is not allowed; expected 1..256')),
     Row("data --nogui=true", err=("The command line option --nogui takes no value",)),
+    Row("data --no-color", err=("Unknown Command line option: --no-color. Did you mean --color never?",)),
     Row("--max-depth=1 data -Xdev", err=("Unknown Command line option: --max-depth. Did you mean --depth?",
                                          "Unknown Command line option: -Xdev. Did you mean --one-file-system?")),
     Row("data --csvv a.csv", err=("Unknown Command line option: --csvv. Did you mean --csv?",)),
@@ -297,6 +298,7 @@ DONE = [
         out=("History of data",), files={"new/h.svg": ("History of data", "6.2 KB")}),
     Row("data --compare old.xml", before=("data --xml old.xml",), out=("Not shown: 2 rows without a change.",), absent=("  sub",)),
     Row("data --compare old.xml --unchanged", before=("data --xml old.xml",), out=("  sub",), absent=("Not shown",)),
+    Row("data --color always", out=("\x1b[1;34m  sub\x1b[0m",)),
     # 6,300 bytes in units of 1,000.
     Row("data -a --si", out=(" - 6.3 kB - ", "  6.3 kB", "  5.3 kB")),
     Row("data --si --SizeUnit KB --usecolumns name,size", out=("Size (kB)\n", " 6.3\n")),

@@ -153,6 +153,11 @@ void OmitHeaders(TCommandLineState& pState, std::u16string_view) {
   ChangeTextExports(pState, [](TMediaSettings& pSettings) { pSettings.fIncludeHeader = false; });
 }
 
+void SetColors(TCommandLineState& pState, std::u16string_view pUse) {
+  if (!FindOption("Colors")->fSet(*pState.fOptions, ToUtf8(pUse)))
+    throw EInvalidArgumentValue(ToQuotedDisplay(pUse) + " is not allowed; expected auto, always or never");
+}
+
 void OmitUnits(TCommandLineState& pState, std::u16string_view) {
   ChangeTextExports(pState, [](TMediaSettings& pSettings) { pSettings.fShowUnits = false; });
 }

@@ -328,6 +328,11 @@ constexpr TSwitch kSwitches[] = {
     {{u"NOHEADERS", vkNone, kRepeated}, srUsual, "", "no captions, no title", OmitHeaders},
     {{u"NOHEADER", vkNone, kRepeated}, srAlias, "", "", OmitHeaders},
     {{u"NOUNITS", vkNone, kRepeated}, srUsual, "", "sizes without units", OmitUnits},
+    {Dashed(u"COLOR", vkText, kOnce), srUsual, "auto|always|never", "when reports have colours and bars", SetColors,
+     "A word",
+     "auto: on a terminal that shows colours, unless the environment variable NO_COLOR is set. always: also in a pipe. "
+     "Files never have them. The option Colors says the same."},
+    {Dashed(u"COLOUR", vkText, kOnce), srAlias, "auto|always|never", "", SetColors, "A word"},
     {Dashed(u"SI", vkOptionalBoolean, kRepeated),
      srUsual,
      "",

@@ -15,6 +15,10 @@ TLineWidth ConsoleWidth() {
   return columns > 0 ? TLineWidth{columns, true} : TLineWidth{kUsualWidth, false};
 }
 
+TLineLook ConsoleLook() {
+  return {TConsole::HasOutputColors(), TConsole::HasOutputDrawings(), TConsole::PartsOfBlock()};
+}
+
 TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
   format.fSizeUnit = pSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : pSettings.fSizeUnit;

@@ -28,8 +28,17 @@ struct TLineWidth {
   bool fIsTerminal = false;  // a longer line would be broken, so names are shortened
 };
 
+// What lines may show beside their text.
+struct TLineLook {
+  bool fHasColors = false;  // as escape sequences
+  bool fHasBars = false;    // of shares
+  int fPartsOfBlock = 8;    // of a bar's character; 1: bars are of "#"
+};
+
 // The width of the console on the standard output. What is redirected is laid out like a usual console.
 TLineWidth ConsoleWidth();
+// What the console on the standard output shows.
+TLineLook ConsoleLook();
 
 // Takes the lines of an export, such as the console or a file. Lines are UTF-8 without line ends. They come from one
 // thread.
@@ -38,6 +47,7 @@ class ILineOutput {
   virtual ~ILineOutput() = default;
   // Where people read the lines as they come, they have a width, and no blanks at their end.
   virtual TLineWidth LineWidth() const { return {}; }
+  virtual TLineLook LineLook() const { return {}; }
   // Writes the line and a line end. False when it could not be written; the exporter then stops.
   virtual bool WriteLine(std::string_view pLine) = 0;
   // The number of lines in the output, those of earlier exports included.
