@@ -68,6 +68,7 @@ int TApplication::RunCommandLine(std::span<const std::u16string> pTokens) {
   for (const std::string& warning : handler.State().fWarnings) fSettings.fWriteError(warning);
   handler.FinalizeCommandLineOptions();
   fState = handler.State();
+  TConsole::SetColorUse(fOptions->Colors);
   if (fState.fIsQuiet) fSettings.fShowProgress = false;
   fLog.Start(fState.fDebug, fState.fDebugLogFile);
   const int result = handler.ProcessCommandlineTasks(*this);

@@ -16,6 +16,7 @@ class TConsoleOutput : public Exporting::ILineOutput {
   }
   int64_t LineCount() const override { return fLines; }
   Exporting::TLineWidth LineWidth() const override { return Exporting::ConsoleWidth(); }
+  Exporting::TLineLook LineLook() const override { return Exporting::ConsoleLook(); }
 
  private:
   int64_t fLines = 0;

@@ -9,6 +9,7 @@
 #include "app/ScanLoading.h"
 #include "app/Version.h"
 #include "automation/commandline/ExitCodes.h"
+#include "export/text/PaddedTable.h"
 #include "export/text/RootDescription.h"
 #include "model/roots/Storage.h"
 #include "platform/files/OutputFile.h"
@@ -24,17 +25,37 @@ namespace {
 
 constexpr int64_t kPollMilliseconds = 100;
 
-std::string ProgressText(const TScanProgress& pProgress) {
+// A folder that takes so long is worth a remark.
+constexpr int64_t kLongMilliseconds = 2000;
+constexpr int kLeastPathWidth = 20;
+
+// The line with the path at its end, shortened in its middle. The console would cut off the name.
+std::string WithPath(const std::string& pLine, const std::u16string& pPath) {
+  const int width = Exporting::ConsoleWidth().fColumns - 1 - DisplayWidth(pLine);
+  return pLine + Exporting::PathShortenedToWidth(ToDisplay(pPath), std::max(width, kLeastPathWidth));
+}
+
+// pPath stands for the folder that is scanned before there is one.
+std::string ProgressText(const TScanProgress& pProgress, const std::u16string& pPath, bool pDecimalUnits) {
   if (pProgress.fPrepared < pProgress.fToPrepare)
     return fmt::format("Reading the file table  {} %", pProgress.fPrepared * 100 / pProgress.fToPrepare);
   const int64_t seconds = pProgress.fElapsed / 1000;
-  const int64_t rate = (pProgress.fFiles + pProgress.fFolders) * 1000 / std::max<int64_t>(pProgress.fElapsed, 1);
-  const TValueFormat format;
+  TValueFormat format;
+  format.fDecimalUnits = pDecimalUnits;
   auto text = [&](TColumn pColumn, int64_t pValue) { return ToUtf8(FormatValue(pColumn, pValue, format)); };
-  return fmt::format("{}:{:02} (Ctrl+C stops)  {} files, {} folders, {}, {}/s  {}", seconds / 60, seconds % 60,
-                     text(TColumn::mdFiles, pProgress.fFiles), text(TColumn::mdFolders, pProgress.fFolders),
-                     text(TColumn::mdSize, pProgress.fBytes), text(TColumn::mdItems, rate),
-                     ToDisplay(pProgress.fLastScannedFolder));
+  const std::string begin = fmt::format("{}:{:02} (Ctrl+C stops)  {} files, ", seconds / 60, seconds % 60,
+                                        text(TColumn::mdFiles, pProgress.fFiles));
+  const std::string size = text(TColumn::mdSize, pProgress.fBytes);
+  if (pProgress.fLongestListedElapsed >= kLongMilliseconds)
+    return WithPath(begin + fmt::format("{}  waiting {} s for ", size, pProgress.fLongestListedElapsed / 1000),
+                    pProgress.fLongestListed);
+  const bool isBeginning = pProgress.fFiles + pProgress.fFolders == 0;
+  const int64_t rate = (pProgress.fFiles + pProgress.fFolders) * 1000 / std::max<int64_t>(pProgress.fElapsed, 1);
+  return WithPath(begin + fmt::format("{} folders, {}, {}/s  ", text(TColumn::mdFolders, pProgress.fFolders), size,
+                                      text(TColumn::mdItems, rate)),
+                  !pProgress.fLongestListed.empty() ? pProgress.fLongestListed
+                  : isBeginning                     ? pPath
+                                                    : pProgress.fLastScannedFolder);
 }
 
 }  // namespace
@@ -142,7 +163,8 @@ void TScanTask::WaitForScan(IHierarchicalRoot& pRoot) {
     // Again and again: each time what hangs is interrupted.
     if (IsCancelRequested()) pRoot.CancelScan();
     fLog.WriteWaiting();
-    if (fSettings.fShowProgress) TConsole::WriteProgress(ProgressText(pRoot.GetProgress()));
+    if (fSettings.fShowProgress)
+      TConsole::WriteProgress(ProgressText(pRoot.GetProgress(), pRoot.GetPath(), fOptions->DecimalUnits));
   }
   if (fSettings.fShowProgress) TConsole::ClearProgress();
 }

@@ -137,6 +137,7 @@ REFUSED = [
     Row("--qqqq --MaximumThreads=0 data", err=("Unknown Command line option: --qqqq",
                                                'MaximumThreads: "0" is not allowed; expected 1..256')),
     Row("data --nogui=true", err=("The command line option --nogui takes no value",)),
+    Row("data --no-color", err=("Unknown Command line option: --no-color. Did you mean --color never?",)),
     Row("--max-depth=1 data -Xdev", err=("Unknown Command line option: --max-depth. Did you mean --depth?",
                                          "Unknown Command line option: -Xdev. Did you mean --one-file-system?")),
     Row("data --csvv a.csv", err=("Unknown Command line option: --csvv. Did you mean --csv?",)),
@@ -151,7 +152,7 @@ REFUSED = [
     Row("data --sortby colour --usecolumns colour --exportedelements 8",
         err=(pattern('--sortby "colour" names no order; expected a column, then ",ascending" or ",descending" if wanted. Columns are '
                      ".*, Size, .*"),
-             pattern('--usecolumns "colour" names no columns joined with ";". Columns are .*, Size, .*'),
+             pattern('--usecolumns "colour" names no columns joined with "," or ";". Columns are .*, Size, .*'),
              '--exportedelements "8" is not allowed; expected the sum of 1 for folders, 2 for the files of a folder as one row and '
              "4 for single files")),
     Row("data --exportedelements --sortby", err=("A number was expected after the command line parameter --exportedelements",
@@ -295,6 +296,14 @@ DONE = [
         "h.svg": ("History of ", "6.2 KB", "6.2 KB")}),
     Row("--HistoryFile h.db --history data --historychart new/h.svg --historycharttype line", before=(RECORDED,),
         out=("History of data",), files={"new/h.svg": ("History of data", "6.2 KB")}),
+    Row("data --compare old.xml", before=("data --xml old.xml",), out=("Not shown: 2 rows without a change.",), absent=("  sub",)),
+    Row("data --compare old.xml --unchanged", before=("data --xml old.xml",), out=("  sub",), absent=("Not shown",)),
+    Row("data --color always", out=("\x1b[1;34m  sub\x1b[0m",)),
+    # 6,300 bytes in units of 1,000.
+    Row("data -a --si", out=(" - 6.3 kB - ", "  6.3 kB", "  5.3 kB")),
+    Row("data --si --SizeUnit KB --usecolumns name,size", out=("Size (kB)\n", " 6.3\n")),
+    Row("data --si --CSVSizeUnit KB --usecolumns name,size --csv -", out=("Name,Size (kB)\n", "data,6.3\n")),
+    Row("data --si --extensionschart e.svg -a --charttype pie", files={"e.svg": ("5.0 kB (79.4 %)",)}),
     Row("data --title Weekly", out=("Weekly\n",), absent=("Vantrel Report",)),
     Row("data '/EXPORTTITLE' 'My report'", out=("My report\n",)),
     Row("data --listseparator ';' --csv -", out=("Full Path;Size;", "data;6300;")),

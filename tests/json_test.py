@@ -197,12 +197,16 @@ class JSONTest(RoundTripTests, program_test.ProgramTest):
         query = ("--search", "size:>2000", "--csv")
         self.assertEqual(self.export("kept.csv", *opened, *query).count(b"\n"), self.export("live.csv", tree, *query).count(b"\n"))
         self.make("hostile/plain/new.bin", 9000)
-        run = self.run_ok(tree, "--compare", self.folder / "a.json", "--filesintree", "--json", self.folder / "b.json")
-        changed = {row["path"].rsplit("/", 1)[-1]: row for row in json.loads((self.folder / "b.json").read_bytes())["rows"]
-                   if row.get("sizechange")}
+        compared = (tree, "--compare", self.folder / "a.json", "--filesintree", "--json")
+        self.export("b.json", *compared[:-1], "--unchanged", "--json")
+        document = json.loads((self.folder / "b.json").read_bytes())
+        part = json.loads(self.export("part.json", *compared))
+        changed = {row["path"].rsplit("/", 1)[-1]: row for row in document["rows"] if row.get("sizechange")}
         self.assertEqual(changed["new.bin"]["state"], "new")
         self.assertEqual(changed["hostile"]["sizechange"], 9000)
-        self.assertEqual(run.out, "")
+        self.assertEqual((document["whole"], part["whole"]), (True, False))
+        self.assertEqual([row for row in part["rows"] if row["type"] != "files"],
+                         [row for row in document["rows"] if row["path"].rsplit("/", 1)[-1] in ("hostile", "plain", "new.bin") and row["type"] != "files"])
         # Filters come back, so that a comparison tells when they differ, and only then.
         kept = self.export("f.json", tree, "--exclude", "a\"*", "--exclude", "gr*", "--json")
         self.assertEqual(self.export("g.json", "--open", self.folder / "f.json", "--json"), kept)
@@ -211,7 +215,7 @@ class JSONTest(RoundTripTests, program_test.ProgramTest):
         self.assertIn("had other filters", run.err)
         # What has gone has rows, which are left out when the file is opened.
         os.remove(tree / "plain/new.bin")
-        run = self.run_program(str(tree), "--compare", str(self.folder / "b.json"), "--json", str(self.folder / "c.json"))
+        run = self.run_program(str(tree), "--compare", str(self.folder / "b.json"), "--unchanged", "--json", str(self.folder / "c.json"))
         self.assertEqual((run.code, run.err), (OK, ""))
         run = self.run_program("--open", str(self.folder / "c.json"), "--json", "-")
         self.assertEqual(json.loads(run.out)["rows"][0]["size"], walk(tree).size)

@@ -4,14 +4,18 @@ VANTREL_LINUX and VANTREL_WINDOWS name the programs, VANTREL_WINE what runs the 
 VANTREL_ORDINARY_USER is a user id for tests that root's rights would spoil.
 """
 
+import fcntl
 import os
 import pathlib
+import pty
 import re
 import shutil
 import signal
 import stat
+import struct
 import subprocess
 import tempfile
+import termios
 import unittest
 
 import wine
@@ -109,6 +113,52 @@ class CommonTests:
 
 class LinuxTest(CommonTests, ProgramTest):
     command = [os.environ["VANTREL_LINUX"]] if os.environ.get("VANTREL_LINUX") else None
+
+    def on_terminal(self, *arguments, columns=80, **environment):
+        """What the program writes to a terminal of this width, as lines."""
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("4H", 24, columns, 0, 0))
+        variables = {name: value for name, value in os.environ.items()
+                     if name not in ("NO_COLOR", "LC_ALL", "LC_CTYPE", "LANG", "TERM")}
+        with os.fdopen(master, "rb") as terminal:
+            with subprocess.Popen([*self.command, *arguments], stdin=subprocess.DEVNULL, stdout=slave, stderr=subprocess.PIPE,
+                                  cwd=self.folder, env={**variables, "TERM": "xterm", "LANG": "C.UTF-8", **environment}) as process:
+                os.close(slave)
+                text = b""
+                try:
+                    while piece := terminal.read1(65536):
+                        text += piece
+                except OSError:  # the end of a terminal
+                    pass
+                self.assertEqual((process.wait(TIMEOUT), process.stderr.read()), (OK, b""))
+        return text.decode("utf-8").replace("\r\n", "\n").split("\n")
+
+    def test_colours_and_bars_are_for_terminals(self):
+        for name, size in (("large", 60_000), ("small", 20_000)):
+            self.make(f"tree/{name}/f", size)
+        report = ("-a", "tree", "--title", "T")
+        colours, plain = "\033[", "no colours"
+        for arguments, environment, bar, color in (
+                ((), {}, "█", colours), ((), {"NO_COLOR": "1"}, "█", plain), ((), {"NO_COLOR": ""}, "█", colours),
+                ((), {"TERM": "dumb"}, "█", plain), (("--color", "never"), {}, "█", plain),
+                (("--colour", "always"), {"NO_COLOR": "1"}, "█", colours), ((), {"LANG": "C"}, "###", colours),
+                ((), {"LC_ALL": "de_DE"}, "###", colours), ((), {"TERM": "linux"}, "█", colours)):
+            with self.subTest(arguments=arguments, environment=environment):
+                lines = self.on_terminal(*report, *arguments, **environment)
+                row = next(line for line in lines if " large" in line)
+                self.assertIn(bar, row)
+                self.assertEqual("\033" in "".join(lines), color == colours)
+        for columns in (40, 60, 80, 132):
+            for line in self.on_terminal(*report, "--color", "never", columns=columns)[3:-2]:
+                self.assertLessEqual(len(line), columns, line)
+        # Neither a pipe nor a file has them, unless it is told so.
+        run = self.run_program(*report)
+        self.assertNotRegex(run.out, "[\033█#]")
+        always = self.run_program(*report, "--color", "always")
+        self.assertIn("\033[91m75.0 %\033[0m", always.out)
+        self.run_program(*report, "--color", "always", "--text", "file.txt")
+        self.assertNotRegex((self.folder / "file.txt").read_text(encoding="utf-8"), "[\033█#]")
+        self.assertEqual(self.run_program(*report, "--color", "sometimes").code, WRONG_COMMAND_LINE)
 
     def test_a_full_disk_is_told(self):
         self.make("x", 1)

@@ -223,7 +223,9 @@ class OpenTests:
         self.make("tree/grown/f", 100)
         self.make("tree/shrunk/deep/f", 5000)
         self.make("tree/gone/below/f", 700)
-        self.make("tree/same/f", 300)
+        self.make("tree/same/below/f", 300)
+        for name, size in (("a", 500), ("b", 600)):
+            self.make(f"tree/moved/{name}/f", size)
         tree = self.native(self.folder / "tree")
         self.assertEqual(self.run_program(tree, "--xml", "old.xml").code, OK)
         self.make("tree/grown/f", 900)
@@ -231,14 +233,35 @@ class OpenTests:
         shutil.rmtree(self.folder / "tree/gone")
         self.make("tree/came/f", 40)
         self.make("tree/came/g", 2)
-        run = self.run_program("--SizeUnit", "B", "--TextColumns", "name,sizechange,filechange", tree, "--compare", "old.xml")
-        self.assertEqual((run.code, run.err), (OK, ""))
-        rows = [re.match(r"  (\S.*?)  +([-+\d,]+) +([-+\d]+)$", line) for line in run.lines]
-        found = [(row[1], row[2], row[3]) for row in rows if row]
-        # Largest change first.
-        self.assertEqual(found, [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"),
-                                 ("came (new)", "+42", "+2"), ("same", "0", "0")])
-        self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
+        for name, size in (("a", 600), ("b", 500)):
+            self.make(f"tree/moved/{name}/f", size)
+
+        def compared(*arguments):
+            run = self.run_program("--SizeUnit", "B", "--TextColumns", "name,sizechange,filechange", tree, "--compare", "old.xml",
+                                   "--apparent-size", *arguments)
+            self.assertEqual((run.code, run.err), (OK, ""))
+            self.assertTrue(any("Compared with the scan of 2" in line for line in run.lines))
+            rows = [re.match(r" +(\S.*?)  +([-+\d,]+) +([-+\d]+)$", line) for line in run.lines]
+            return [(row[1], row[2], row[3]) for row in rows if row], [line for line in run.lines if "without a change" in line]
+
+        # Largest change first. What moved from one sub-folder to another is a change, although the sum is the same.
+        changes = [("shrunk", "-4,950", "0"), ("grown", "+800", "0"), ("gone (gone)", "-700", "-1"), ("came (new)", "+42", "+2"),
+                   ("moved", "0", "0")]
+        self.assertEqual(compared(), (changes, ["Not shown: 1 row without a change. --unchanged shows all."]))
+        self.assertEqual(compared("--unchanged"), (changes + [("same", "0", "0")], []))
+        self.assertEqual(compared("--top", "2")[0], changes[:2])
+        rows, notes = compared("--expand")
+        self.assertEqual(rows, [changes[0], ("deep", "-4,950", "0"), changes[1], changes[2], ("below (gone)", "-700", "-1"),
+                                changes[3], changes[4], ("a", "+100", "0"), ("b", "-100", "0")])
+        self.assertEqual(len(notes), 1)
+        for arguments, left in (((), {"grown", "shrunk", "deep", "came", "moved", "a", "b", "tree"}),
+                                (("--unchanged",), {"grown", "shrunk", "deep", "came", "moved", "a", "b", "tree", "same", "below"})):
+            run = self.run_program(tree, "--compare", "old.xml", "--pathlist", "-", *arguments)
+            self.assertEqual({line.split(self.delimiter)[-1] for line in run.out.splitlines()}, left, arguments)
+        # Scan files are complete.
+        self.run_program(tree, "--compare", "old.xml", "--xml", "new.xml")
+        self.assertTrue(any(path.endswith("same") for path, _ in read_file(self.folder / "new.xml")[1]))
+
     def test_of_a_folder_the_newest_whole_scan_of_the_path_from_before_today_is_compared(self):
         self.make("tree/f", 100)
         self.make("other/f", 100)
@@ -283,7 +306,7 @@ class OpenTests:
             self.make("tree/a/b/c.txt", size)
             self.make(f"tree/new{week}/x", 1)
             run = self.run_program("--SizeUnit", "B", tree, "--compare", "scan.xml", "--xml", "scan.xml", "--expand", "1",
-                                   "--text", "report.txt")
+                                   "--apparent-size", "--text", "report.txt")
             self.assertEqual((run.code, run.err), (OK, ""), f"week {week}")
             report = (self.folder / "report.txt").read_text(encoding="utf-8-sig")
             self.assertRegex(report, rf"\n  a +\+{change} ")

@@ -58,6 +58,10 @@ Exporting::TLineWidth TExportFile::LineWidth() const {
   return fPath == TOutputFile::kStandardOutput ? Exporting::ConsoleWidth() : Exporting::TLineWidth();
 }
 
+Exporting::TLineLook TExportFile::LineLook() const {
+  return fPath == TOutputFile::kStandardOutput ? Exporting::ConsoleLook() : Exporting::TLineLook();
+}
+
 void ProbeTarget(const std::u16string& pPath) {
   if (pPath == TOutputFile::kStandardOutput) return;
   CreateFolderOf(pPath);

@@ -40,6 +40,7 @@ class TExportFile final : public IByteSink, public Exporting::ILineOutput {
   bool WriteLine(std::string_view pLine) override;
   int64_t LineCount() const override { return fLines; }
   Exporting::TLineWidth LineWidth() const override;
+  Exporting::TLineLook LineLook() const override;
   // Sets another line end for the following lines.
   void SetLineEnd(std::string_view pLineEnd) { fLineEnd = pLineEnd; }
   void Commit();

@@ -164,7 +164,7 @@ class THistoryTasks {
   bool ShowOne(const TList& pTable, const std::vector<THistoryEntry>& pEntries) {
     const TMediaSettings settings = TMediaOptions(*fState.fOptions).Effective(TMediaType::mtText);
     if (!Check(WriteListAsText(pTable, FormatOf(settings), fOutput)) || !Write("")) return false;
-    for (const std::string& line : HistoryChart(pEntries, fOutput.LineWidth().fColumns))
+    for (const std::string& line : HistoryChart(pEntries, fOutput.LineWidth().fColumns, settings.fDecimalUnits))
       if (!Write(line)) return false;
     return !HasIncompleteScans(pEntries) ||
            (Write("") && Write("? is an incomplete scan: folders could not be read. Growth is against the last scan in "

@@ -113,6 +113,7 @@ TChartSettings ChartSettings(const TGlobalOptions& pOptions) {
   settings.fMostItems = static_cast<size_t>(pOptions.ChartItems) + 1;  // and the rest
   settings.fDark = pOptions.DarkPictures;
   settings.fFormat.fSizeUnit = pOptions.SizeUnit;
+  settings.fFormat.fDecimalUnits = pOptions.DecimalUnits;
   return settings;
 }
 
@@ -185,6 +186,7 @@ void TCustomPresenterPostScanAction::DrawTreemap(IHierarchicalRoot& pRoot, TExpo
   settings.fHeight = fOptions.PictureSize.fHeight;
   settings.fDark = fOptions.DarkPictures;
   settings.fFormat.fSizeUnit = fOptions.SizeUnit;
+  settings.fFormat.fDecimalUnits = fOptions.DecimalUnits;
   settings.fFlags.Set(TTreemapFlag::tmfExporting);
   if (isBitmap)  // room for headings would stay empty
     for (const TTreemapFlag flag : {TTreemapFlag::tmfShowRoot, TTreemapFlag::tmfShowNonLeafCaptions,

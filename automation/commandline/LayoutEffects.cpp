@@ -65,8 +65,8 @@ void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {
 void UseColumns(TCommandLineState& pState, std::u16string_view pColumns) {
   std::vector<TColumn> columns;
   if (!TryParseColumns(pColumns, columns))
-    throw EInvalidArgumentValue(ToQuotedDisplay(pColumns) + " names no columns joined with \";\". Columns are " +
-                                ColumnNames());
+    throw EInvalidArgumentValue(ToQuotedDisplay(pColumns) +
+                                " names no columns joined with \",\" or \";\". Columns are " + ColumnNames());
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fColumns = columns; });
 }
 
@@ -151,6 +151,11 @@ void SetSeparator(TCommandLineState& pState, std::u16string_view pSeparator) {
 
 void OmitHeaders(TCommandLineState& pState, std::u16string_view) {
   ChangeTextExports(pState, [](TMediaSettings& pSettings) { pSettings.fIncludeHeader = false; });
+}
+
+void SetColors(TCommandLineState& pState, std::u16string_view pUse) {
+  if (!FindOption("Colors")->fSet(*pState.fOptions, ToUtf8(pUse)))
+    throw EInvalidArgumentValue(ToQuotedDisplay(pUse) + " is not allowed; expected auto, always or never");
 }
 
 void OmitUnits(TCommandLineState& pState, std::u16string_view) {

@@ -75,6 +75,8 @@ constexpr TForeignName kForeignNames[] = {
     {u"mtime", "--search 'modified:<2024'"},
     {u"name", "--search"},
     {u"newer", "--search 'modified:>2024'"},
+    {u"no-color", "--color never"},
+    {u"no-colors", "--color never"},
     {u"no-cross", "--one-file-system"},
     {u"no-progress", "--quiet"},
     {u"non-interactive", "--nogui"},

@@ -89,6 +89,7 @@ TSwitchEffect SetTitle;
 TSwitchEffect SetSeparator;
 TSwitchEffect OmitHeaders;
 TSwitchEffect OmitUnits;
+TSwitchEffect SetColors;
 
 TSwitchEffect MailTo;
 

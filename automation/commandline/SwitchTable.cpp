@@ -88,10 +88,17 @@ constexpr TSwitch kSwitches[] = {
      "show changes since a saved scan, or since the newest in a folder",
      SetText<&TState::fCompareFile>,
      "A file",
-     "Of a folder, the newest XML file with a whole scan of the same path from before today is taken. Exports then "
-     "know "
-     "the columns sizechange, sizechangepercent, allocatedchange, filechange and state. CSV and JSON have them. The "
-     "file is of any kind that --open loads."},
+     "The file is of any kind that --open loads. Of a folder, the newest XML file with a whole scan of the same path "
+     "from before today is taken. Only what changed is shown, unless --unchanged is given. Exports then know the "
+     "columns "
+     "sizechange, sizechangepercent, allocatedchange, filechange and state. CSV and JSON have them."},
+    {Dashed(u"UNCHANGED", vkOptionalBoolean, kRepeated),
+     srUsual,
+     "",
+     "after --compare, show what did not change as well",
+     SetOption<&TGlobalOptions::ShowUnchanged>,
+     {},
+     "Reports say how many rows they leave out. XML files and those for ncdu are always complete."},
     {{u"SEARCH", vkPattern, kOnce},
      srUsual,
      "QUERY",
@@ -346,6 +353,18 @@ constexpr TSwitch kSwitches[] = {
     {{u"NOHEADERS", vkNone, kRepeated}, srUsual, "", "no captions, no title", OmitHeaders},
     {{u"NOHEADER", vkNone, kRepeated}, srAlias, "", "", OmitHeaders},
     {{u"NOUNITS", vkNone, kRepeated}, srUsual, "", "sizes without units", OmitUnits},
+    {Dashed(u"COLOR", vkText, kOnce), srUsual, "auto|always|never", "when reports have colours and bars", SetColors,
+     "A word",
+     "auto: on a terminal that shows colours, unless the environment variable NO_COLOR is set. always: also in a pipe. "
+     "Files never have them. The option Colors says the same."},
+    {Dashed(u"COLOUR", vkText, kOnce), srAlias, "auto|always|never", "", SetColors, "A word"},
+    {Dashed(u"SI", vkOptionalBoolean, kRepeated),
+     srUsual,
+     "",
+     "units of 1,000: kB, MB, GB",
+     SetOption<&TGlobalOptions::DecimalUnits>,
+     {},
+     "Instead of 1,024. The option DecimalUnits says the same. Sizes that a switch or a query takes are not changed."},
 
     // Mail.
     {{u"EMAIL", vkText, kRepeated},

@@ -26,7 +26,8 @@ struct TSpan {
 
 class THistoryChart {
  public:
-  THistoryChart(const std::vector<THistoryEntry>& pEntries, int pWidth) {
+  THistoryChart(const std::vector<THistoryEntry>& pEntries, int pWidth, bool pDecimalUnits)
+      : fDecimalUnits(pDecimalUnits) {
     constexpr int kUsualWidth = 80;
     if (pWidth <= 0) pWidth = kUsualWidth;
     const auto [least, most] =
@@ -55,6 +56,7 @@ class THistoryChart {
   // Labels have as many digits as needed to tell the ends of the scale apart.
   void MakeLabels() {
     TValueFormat format;
+    format.fDecimalUnits = fDecimalUnits;
     auto text = [&](int pRow) { return ToUtf8(FormatValue(TColumn::mdSize, SizeOfRow(pRow), format)); };
     constexpr int kMostDecimals = 3;
     while (fRows > 1 && text(0) == text(fRows - 1) && format.fDecimals < kMostDecimals) ++format.fDecimals;
@@ -130,6 +132,7 @@ class THistoryChart {
     return first + std::string(fSpans.size() - first.size() - last.size(), ' ') + last;
   }
 
+  const bool fDecimalUnits;
   int64_t fLeast = 0;
   int64_t fMost = 0;
   int fRows = 1;
@@ -141,8 +144,8 @@ class THistoryChart {
 
 }  // namespace
 
-std::vector<std::string> HistoryChart(const std::vector<THistoryEntry>& pEntries, int pWidth) {
-  return pEntries.empty() ? std::vector<std::string>() : THistoryChart(pEntries, pWidth).Lines();
+std::vector<std::string> HistoryChart(const std::vector<THistoryEntry>& pEntries, int pWidth, bool pDecimalUnits) {
+  return pEntries.empty() ? std::vector<std::string>() : THistoryChart(pEntries, pWidth, pDecimalUnits).Lines();
 }
 
 }  // namespace Vantrel::Exporting

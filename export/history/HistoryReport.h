@@ -16,6 +16,7 @@ namespace Vantrel::Exporting {
 // the range of their sizes. A stretch without scans is dotted at the size of the last scan before it. The scale runs
 // from the smallest to the largest size, not from zero, so growth of a few per cent shows. Columns with a scan that
 // could not read all folders are marked with "?" instead of "*".
-std::vector<std::string> HistoryChart(const std::vector<Presentation::THistoryEntry>& pEntries, int pWidth = 0);
+std::vector<std::string> HistoryChart(const std::vector<Presentation::THistoryEntry>& pEntries, int pWidth = 0,
+                                      bool pDecimalUnits = false);
 
 }  // namespace Vantrel::Exporting

@@ -61,7 +61,8 @@ void TJSONExport::ChooseColumns(const IHierarchicalRoot& pRoot) {
 
 bool TJSONExport::IsWhole(const IFolderData& pTop) const {
   return Settings().fRecursionLevel.fLevel == TRecursionLevel::kUnlimited && SmallestShown(pTop) == 0 &&
-         (Settings().fIncludedObjectTypes & ioFolders) != 0 && !Settings().fIncludeExpandedOnly;
+         (Settings().fIncludedObjectTypes & ioFolders) != 0 && !Settings().fIncludeExpandedOnly &&
+         !LeavesOutUnchanged();
 }
 
 std::string TJSONExport::Head(const IHierarchicalRoot& pRoot, const IFolderData& pTop) const {
@@ -93,7 +94,7 @@ std::string TJSONExport::Head(const IHierarchicalRoot& pRoot, const IFolderData&
 void TJSONExport::Export(IHierarchicalRoot& pRoot, IByteSink& pSink) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) throw EInvalidOperation("TJSONExport.Export: the root has not been scanned");
-  ShowGone(pRoot.GetComparison());
+  ShowChanges(pRoot);
   ReadErrors(pRoot);
   ChooseColumns(pRoot);
   fDelimiter = pRoot.GetPathDelimiter();

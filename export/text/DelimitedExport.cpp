@@ -79,7 +79,7 @@ void TDelimitedExport::ChooseColumns() {
 void TDelimitedExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
-  ShowGone(pRoot.GetComparison());
+  ShowChanges(pRoot);
   ChooseColumns();
   fFields = {Separator(), Settings().fNeutralizeFormulas};
   fFormat = WithoutMisleadingGroups(ValueFormat(), fFields);
@@ -267,6 +267,7 @@ TPathListExport::TPathListExport(const TMediaSettings& pSettings, bool pBytesOfN
 void TPathListExport::WriteRoot(IHierarchicalRoot& pRoot) {
   const TRef<IFolderData> top = pRoot.GetTopFolder();
   if (!top) return;
+  ShowChanges(pRoot);
   const TValueFormat format = ValueFormat();
   WalkTree(*top, [&](const TTreeRow& pRow) {
     // A "[Files]" row has no path in the storage, and neither has a deleted item.

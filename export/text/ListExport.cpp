@@ -31,6 +31,13 @@ std::vector<std::string> RowTexts(const TList& pList, const TListRow& pRow, cons
   return texts;
 }
 
+// The row's value in the column that may have bars.
+std::optional<double> ShareOf(const TList& pList, const TListRow& pRow, std::optional<TColumn> pColumn) {
+  const std::optional<size_t> column = pColumn ? Presentation::FindListColumn(pList, *pColumn) : std::nullopt;
+  const double* share = column && *column < pRow.fValues.size() ? std::get_if<double>(&pRow.fValues[*column]) : nullptr;
+  return share ? std::optional(*share) : std::nullopt;
+}
+
 // The last column often holds long paths. Padding them would make every other row as long.
 std::string WithoutTrailingBlanks(std::string pLine) {
   pLine.resize(pLine.find_last_not_of(' ') + 1);
@@ -65,24 +72,27 @@ bool WriteListAsText(const TListInParts& pParts, const TValueFormat& pFormat, IL
       std::vector<TColumn> columns;
       for (const TListColumn& column : pPart.fColumns) columns.push_back(column.fColumn);
       padded.emplace(std::move(columns), "  ");
-      padded->Measure(Captions(pPart, pFormat));
+      padded->MeasureCaptions(Captions(pPart, pFormat));
     }
-    for (const TListRow& row : pPart.fRows) padded->Measure(RowTexts(pPart, row, pFormat));
+    for (const TListRow& row : pPart.fRows)
+      padded->Measure(RowTexts(pPart, row, pFormat), ShareOf(pPart, row, padded->ShareColumn()));
     return true;
   });
-  padded->Fit(pOutput.LineWidth(), true);
-  const auto write = [&](const std::vector<std::string>& pCells) {
-    return pOutput.WriteLine(WithoutTrailingBlanks(padded->Row(pCells)));
-  };
+  padded->Fit(pOutput.LineWidth(), pOutput.LineLook(), true);
+  const auto write = [&](const std::string& pLine) { return pOutput.WriteLine(WithoutTrailingBlanks(pLine)); };
   bool isFirst = true;
   return pParts([&](const TList& pPart) {
     if (std::exchange(isFirst, false)) {
       if (pOutput.LineCount() > 0 && !pOutput.WriteLine("")) return false;
-      if (!pOutput.WriteLine(ToDisplay(pPart.fTitle)) || !pOutput.WriteLine("")) return false;
-      if (!write(Captions(pPart, pFormat)) || !pOutput.WriteLine(padded->Underline())) return false;
+      if (!pOutput.WriteLine(Painted(ToDisplay(pPart.fTitle), TInk::ikTitle, pOutput.LineLook())) ||
+          !pOutput.WriteLine(""))
+        return false;
+      if (!write(padded->Captions(Captions(pPart, pFormat))) || !pOutput.WriteLine(padded->Underline())) return false;
     }
-    return std::all_of(pPart.fRows.begin(), pPart.fRows.end(),
-                       [&](const TListRow& pRow) { return write(RowTexts(pPart, pRow, pFormat)); });
+    return std::all_of(pPart.fRows.begin(), pPart.fRows.end(), [&](const TListRow& pRow) {
+      return write(
+          padded->Row(RowTexts(pPart, pRow, pFormat), {.fShare = ShareOf(pPart, pRow, padded->ShareColumn())}));
+    });
   });
 }
 

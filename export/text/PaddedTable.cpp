@@ -1,6 +1,7 @@
 #include "export/text/PaddedTable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "platform/text/Text.h"
@@ -15,23 +16,95 @@ namespace {
 
 constexpr int kLeastLimitedWidth = 12;
 constexpr int kHidden = -1;
+// Shorter bars say too little, longer ones no more.
+constexpr int kLeastBarWidth = 3;
+constexpr int kMostBarWidth = 20;
+// Parts of a whole that are worth a look.
+constexpr double kLargeShare = 0.25;
+constexpr double kHugeShare = 0.5;
 
 // The columns that leave a table that is too wide, in this order.
 constexpr TColumn kLeaving[] = {TColumn::mdCreation, TColumn::mdLastAccess, TColumn::mdAttributes, TColumn::mdOwner,
                                 TColumn::mdName,     TColumn::mdFolders,    TColumn::mdLastChange, TColumn::mdFiles,
-                                TColumn::mdSize,     TColumn::mdAllocated};
+                                TColumn::mdSize,     TColumn::mdAllocated,  TColumn::mdSizeChange};
 
-size_t Blanks(int pWanted, int pTaken) {
-  return static_cast<size_t>(std::max(0, pWanted - pTaken));
+std::string Blanks(int pWanted, int pTaken) {
+  return std::string(static_cast<size_t>(std::max(0, pWanted - pTaken)), ' ');
+}
+
+std::string_view SequenceOf(TInk pInk) {
+  switch (pInk) {
+    case TInk::ikTitle:
+      return "\033[1m";
+    case TInk::ikFaint:
+      return "\033[2m";
+    case TInk::ikFolder:
+      return "\033[1;34m";
+    case TInk::ikGood:
+      return "\033[32m";
+    case TInk::ikWarning:
+      return "\033[33m";
+    case TInk::ikBad:
+      return "\033[91m";
+    default:
+      return {};
+  }
+}
+
+TInk InkOfShare(const TRowLook& pRow) {
+  if (!pRow.fShare || pRow.fIsWhole) return TInk::ikNone;
+  if (*pRow.fShare >= kHugeShare) return TInk::ikBad;
+  return *pRow.fShare >= kLargeShare ? TInk::ikWarning : TInk::ikNone;
+}
+
+// Growth fills the disk.
+TInk InkOfChange(std::string_view pText) {
+  if (pText.starts_with('+')) return TInk::ikBad;
+  return pText.starts_with('-') ? TInk::ikGood : TInk::ikNone;
+}
+
+bool IsChange(TColumn pColumn) {
+  return pColumn == TColumn::mdSizeChange || pColumn == TColumn::mdSizeChangePercent ||
+         pColumn == TColumn::mdAllocatedChange || pColumn == TColumn::mdFileChange;
 }
 
 }  // namespace
 
-TPaddedTable::TPaddedTable(std::vector<TColumn> pColumns, std::string pSeparator)
-    : fColumns(std::move(pColumns)), fWidths(fColumns.size()), fSeparator(std::move(pSeparator)) {}
+std::string Painted(std::string_view pUtf8, TInk pInk, const TLineLook& pLook) {
+  std::string text(pUtf8);
+  const std::string_view sequence = SequenceOf(pInk);
+  if (!pLook.fHasColors || sequence.empty() || text.empty()) return text;
+  return std::string(sequence).append(text).append("\033[0m");
+}
 
-void TPaddedTable::Measure(const std::vector<std::string>& pCells) {
+std::string BarText(double pShare, int pWidth, int pPartsOfBlock) {
+  const int steps = pWidth * std::max(pPartsOfBlock, 1);
+  if (steps <= 0) return {};
+  const double share = std::clamp(pShare, 0.0, 1.0);
+  const int filled = std::max(static_cast<int>(std::lround(share * steps)), share > 0 ? 1 : 0);
+  if (pPartsOfBlock <= 1) return std::string(static_cast<size_t>(filled), '#');
+  static constexpr std::string_view kEighths[] = {"", "▏", "▎", "▍", "▌", "▋", "▊", "▉"};
+  std::string bar;
+  for (int i = 0; i < filled / pPartsOfBlock; ++i) bar += "█";
+  return bar.append(kEighths[filled % pPartsOfBlock * 8 / pPartsOfBlock]);
+}
+
+TPaddedTable::TPaddedTable(std::vector<TColumn> pColumns, std::string pSeparator)
+    : fColumns(std::move(pColumns)), fWidths(fColumns.size()), fSeparator(std::move(pSeparator)) {
+  const auto shares = std::find_if(fColumns.begin(), fColumns.end(), [](TColumn pColumn) {
+    return pColumn == TColumn::mdPercentOfParent || pColumn == TColumn::mdPercentOfRoot;
+  });
+  if (shares != fColumns.end()) fShares = static_cast<size_t>(shares - fColumns.begin());
+}
+
+void TPaddedTable::MeasureCaptions(const std::vector<std::string>& pCells) {
   for (size_t i = 0; i < pCells.size(); ++i) fWidths[i] = std::max(fWidths[i], DisplayWidth(pCells[i]));
+}
+
+void TPaddedTable::Measure(const std::vector<std::string>& pCells, std::optional<double> pShare) {
+  MeasureCaptions(pCells);
+  fLargestShare = std::max(fLargestShare, pShare.value_or(0));
+  if (fShares) fSharesWidth = std::max(fSharesWidth, DisplayWidth(pCells[*fShares]));
 }
 
 int TPaddedTable::RowWidth() const {
@@ -46,12 +119,18 @@ int TPaddedTable::ExcessOver(int pWidth) const {
   return RowWidth() - std::max(0, fWidths[NameColumn()] - pWidth / 2) - pWidth;
 }
 
-// The first column names the rows, unless a path does. Of several sizes the first one leads.
+// The first column names the rows, unless a path does. Of several sizes the first one leads, and so with their changes.
 bool TPaddedTable::IsNeeded(size_t pColumn) const {
-  const auto isSize = [](TColumn pOther) { return pOther == TColumn::mdSize || pOther == TColumn::mdAllocated; };
+  using TPredicate = bool (*)(TColumn);
+  const auto isFirst = [&](TPredicate pIsOfKind) {
+    const auto end = fColumns.begin() + static_cast<ptrdiff_t>(pColumn);
+    return pIsOfKind(fColumns[pColumn]) && std::none_of(fColumns.begin(), end, pIsOfKind);
+  };
   if (fColumns[pColumn] == TColumn::mdName) return NameColumn() == pColumn;
-  return pColumn == 0 || (isSize(fColumns[pColumn]) &&
-                          std::none_of(fColumns.begin(), fColumns.begin() + static_cast<ptrdiff_t>(pColumn), isSize));
+  return pColumn == 0 ||
+         isFirst([](TColumn pOther) { return pOther == TColumn::mdSize || pOther == TColumn::mdAllocated; }) ||
+         isFirst(
+             [](TColumn pOther) { return pOther == TColumn::mdSizeChange || pOther == TColumn::mdAllocatedChange; });
 }
 
 size_t TPaddedTable::NameColumn() const {
@@ -65,31 +144,59 @@ void TPaddedTable::DropColumn(TColumn pColumn, int pWidth) {
     if (fColumns[i] == pColumn && !IsNeeded(i) && ExcessOver(pWidth) > 0) fWidths[i] = kHidden;
 }
 
-void TPaddedTable::Fit(TLineWidth pLine, bool pColumnsMayLeave) {
+// A bar stands before the text, so it costs no more than what the caption leaves free, if a line has no more room.
+void TPaddedTable::MakeRoomForBars(int pWidth) {
+  if (!fLook.fHasBars || !fShares || fWidths[*fShares] == kHidden) return;
+  const int room = fWidths[*fShares] - fSharesWidth - 1 + std::max(0, pWidth - RowWidth());
+  const int width = std::min(room, kMostBarWidth);
+  if (width < kLeastBarWidth || fLargestShare * width < 1) return;
+  fBarWidth = width;
+  fWidths[*fShares] = std::max(fWidths[*fShares], fBarWidth + 1 + fSharesWidth);
+}
+
+void TPaddedTable::Fit(TLineWidth pLine, const TLineLook& pLook, bool pColumnsMayLeave) {
+  fLook = pLook;
   if (pLine.fColumns <= 0 || fColumns.empty()) return;
   fLineColumns = pLine.fColumns;
   if (pColumnsMayLeave)
     for (const TColumn column : kLeaving) DropColumn(column, pLine.fColumns);
+  MakeRoomForBars(pLine.fColumns);
   if (!pLine.fIsTerminal) return;
   int& name = fWidths[NameColumn()];
   name = std::min(name, std::max(kLeastLimitedWidth, name - (RowWidth() - pLine.fColumns)));
 }
 
-std::string TPaddedTable::Row(const std::vector<std::string>& pCells) const {
+// A cell as wide as its column.
+std::string TPaddedTable::Cell(const std::string& pText, size_t pColumn, const TRowLook& pRow) const {
+  const TColumn column = fColumns[pColumn];
+  const int width = fWidths[pColumn];
+  const bool isPath = column == TColumn::mdFullPath;
+  const std::string text = isPath ? PathShortenedToWidth(pText, width) : ShortenedToWidth(pText, width);
+  if (pColumn == NameColumn()) return Painted(text, pRow.fName, fLook) + Blanks(width, DisplayWidth(text));
+  const std::string blanks = Blanks(width, DisplayWidth(text));
+  if (pColumn == fShares && pRow.fShare) {
+    const std::string bar = BarText(*pRow.fShare, fBarWidth, fLook.fPartsOfBlock);
+    const TInk ink = InkOfShare(pRow);
+    return Painted(bar, ink, fLook) + Blanks(width, DisplayWidth(bar) + DisplayWidth(text)) + Painted(text, ink, fLook);
+  }
+  const std::string painted = IsChange(column) ? Painted(text, InkOfChange(text), fLook) : text;
+  return AlignmentOf(column) == TAlignment::alRight ? blanks + painted : painted + blanks;
+}
+
+std::string TPaddedTable::Row(const std::vector<std::string>& pCells, const TRowLook& pRow) const {
   std::string line;
   bool isFirst = true;
   for (size_t i = 0; i < pCells.size(); ++i) {
     if (fWidths[i] == kHidden) continue;
     if (!std::exchange(isFirst, false)) line += fSeparator;
-    const bool isPath = fColumns[i] == TColumn::mdFullPath;
-    const std::string cell =
-        isPath ? PathShortenedToWidth(pCells[i], fWidths[i]) : ShortenedToWidth(pCells[i], fWidths[i]);
-    const std::string blanks(Blanks(fWidths[i], DisplayWidth(cell)), ' ');
-    const bool isRight = AlignmentOf(fColumns[i]) == TAlignment::alRight;
-    line += isRight ? blanks + cell : cell + blanks;
+    line += Cell(pCells[i], i, pRow);
   }
   if (fLineColumns > 0) line.resize(line.find_last_not_of(' ') + 1);
   return line;
+}
+
+std::string TPaddedTable::Captions(const std::vector<std::string>& pCells) const {
+  return Painted(Row(pCells), TInk::ikTitle, fLook);
 }
 
 std::string TPaddedTable::Underline() const {
@@ -100,7 +207,7 @@ std::string TPaddedTable::Underline() const {
     line.append(static_cast<size_t>(width), '-');
   }
   if (fLineColumns > 0) line.resize(std::min(line.size(), static_cast<size_t>(fLineColumns)));
-  return line;
+  return Painted(line, TInk::ikFaint, fLook);
 }
 
 std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const TValueFormat& pFormat) {
@@ -108,7 +215,7 @@ std::string CaptionWithUnit(std::u16string_view pCaption, TColumn pColumn, const
   // A plain number of bytes carries no unit.
   const bool sharesUnit = !pFormat.fPlainByteValues && pFormat.fSizeUnit != TSizeUnit::suAutomatic;
   if (sharesUnit && ColumnInfo(pColumn).fKind == TColumnKind::ckSize)
-    text += " (" + ToUtf8(UnitName(pFormat.fSizeUnit)) + ")";
+    text += " (" + ToUtf8(UnitName(pFormat.fSizeUnit, pFormat.fDecimalUnits)) + ")";
   return text;
 }
 

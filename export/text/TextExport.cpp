@@ -54,8 +54,10 @@ void TFormattedTextExport::ChooseColumns() {
   SetColumns({TColumn::mdName, LeadingSize(), other, TColumn::mdFiles, TColumn::mdFolders, TColumn::mdPercentOfParent,
               TColumn::mdLastChange});
   if (!fComparison) return;
-  SetColumns({TColumn::mdName, TColumn::mdSizeChange, TColumn::mdSizeChangePercent, TColumn::mdFileChange,
-              LeadingSize(), TColumn::mdFiles, TColumn::mdLastChange});
+  const bool ofSize = LeadingSize() == TColumn::mdSize;
+  SetColumns({TColumn::mdName, ofSize ? TColumn::mdSizeChange : TColumn::mdAllocatedChange,
+              ofSize ? TColumn::mdSizeChangePercent : TColumn::mdSizeChange, TColumn::mdFileChange, LeadingSize(),
+              TColumn::mdFiles, TColumn::mdLastChange});
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
@@ -64,9 +66,10 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     WriteLine("");
     WriteLine(std::string(kRuleLength, '_'));
   }
+  fLook = Output().LineLook();
   const TRef<IComparison> comparison = pRoot.GetComparison();
   fComparison = comparison.get();
-  ShowGone(comparison);
+  ShowChanges(pRoot);
   ChooseColumns();
   if (Settings().fIncludeHeader) WriteHeadBlock(pRoot);
   if (const TRef<IFolderData> top = pRoot.GetTopFolder()) {
@@ -75,20 +78,33 @@ void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {
     WriteLine("");
     if (const int64_t smallest = SmallestShown(*top); smallest > 0)
       WriteLine("What is smaller than " + ToUtf8(FormatValue(TColumn::mdSize, smallest, fFormat)) + " is not shown.");
+    if (UnchangedRows() > 0)
+      WriteLine("Not shown: " + CountText(UnchangedRows(), "row", "rows", fFormat) +
+                " without a change. --unchanged shows all.");
     const int64_t before = LineCount();
     WriteLists(pRoot);
     WriteChosenCharts(pRoot, fOptions, fFormat, Output());
     if (LineCount() > before) WriteLine("");
   }
-  for (const std::string& line : ScanSummary(pRoot, fFormat, static_cast<size_t>(fOptions.NumberOfListedErrors)))
-    WriteLine(line);
+  WriteSummary(pRoot);
+}
+
+// Errors come first.
+void TFormattedTextExport::WriteSummary(const IHierarchicalRoot& pRoot) {
+  const auto listed = static_cast<size_t>(fOptions.NumberOfListedErrors);
+  size_t errors = ErrorSummary(pRoot, fFormat, listed).size();
+  for (const std::string& line : ScanSummary(pRoot, fFormat, listed)) {
+    WriteLine(Painted(line, errors > 0 ? TInk::ikBad : TInk::ikNone, fLook));
+    errors -= errors > 0 ? 1 : 0;
+  }
 }
 
 void TFormattedTextExport::WriteHeadBlock(IHierarchicalRoot& pRoot) {
   const TKivFileTime now = TKivFileTime::Now();
-  WriteLine(!fOptions.ExportTitle.empty()
-                ? ToDisplay(FromUtf8(fOptions.ExportTitle))
-                : fProgramName + " Report, " + FormatShortDate(now) + "  " + FormatLongTime(now));
+  const std::string title = !fOptions.ExportTitle.empty()
+                                ? ToDisplay(FromUtf8(fOptions.ExportTitle))
+                                : fProgramName + " Report, " + FormatShortDate(now) + "  " + FormatLongTime(now);
+  WriteLine(Painted(title, TInk::ikTitle, fLook));
   WriteLine("  " + RootHeaderLine(pRoot, fFormat));
   const std::string drive = DriveInformation(pRoot, fFormat);
   if (!drive.empty()) WriteLine("     " + drive);
@@ -113,32 +129,53 @@ void TFormattedTextExport::WriteLists(const IHierarchicalRoot& pRoot) {
 // the tree, so they are not kept.
 void TFormattedTextExport::WriteTable(IFolderData& pTop) {
   MeasureColumns(pTop);
-  fTable.Fit(Output().LineWidth(), Settings().fColumns.empty());
+  fTable.Fit(Output().LineWidth(), fLook, Settings().fColumns.empty());
   if (Settings().fIncludeHeader && (Settings().fIncludedObjectTypes & ioFolders) != 0) {
-    WriteLine(fTable.Row(HeaderCells()));
+    WriteLine(fTable.Captions(HeaderCells()));
     WriteLine(fTable.Underline());
   }
-  ForEachRow(pTop, [&](const std::vector<std::string>& pCells) { return WriteLine(fTable.Row(pCells)); });
+  ForgetUnchangedRows();
+  ForEachRow(pTop, [&](const std::vector<std::string>& pCells, const TRowLook& pLook) {
+    return WriteLine(fTable.Row(pCells, pLook));
+  });
 }
 
 void TFormattedTextExport::MeasureColumns(IFolderData& pTop) {
   fTable = TPaddedTable({Columns().begin(), Columns().end()}, Separator());
-  fTable.Measure(HeaderCells());
-  ForEachRow(pTop, [&](const std::vector<std::string>& pCells) {
-    fTable.Measure(pCells);
+  fTable.MeasureCaptions(HeaderCells());
+  ForEachRow(pTop, [&](const std::vector<std::string>& pCells, const TRowLook& pLook) {
+    fTable.Measure(pCells, pLook.fShare);
     return true;
   });
 }
 
-void TFormattedTextExport::ForEachRow(IFolderData& pTop,
-                                      const std::function<bool(const std::vector<std::string>&)>& pRow) const {
-  TRowLimit limit(Settings().fMostRows.value_or(0), [&](const TRestOfFolder& pRest) { return pRow(RestCells(pRest)); });
+void TFormattedTextExport::ForEachRow(IFolderData& pTop, const TTakeRow& pRow) const {
+  TRowLimit limit(Settings().fMostRows.value_or(0),
+                  [&](const TRestOfFolder& pRest) { return pRow(RestCells(pRest), LookOfRest(pRest)); });
   if (WalkTree(pTop, [&](const TTreeRow& pTreeRow) {
         const TRowLimit::TVerdict verdict = limit.Take(pTreeRow);
         return verdict == TRowLimit::TVerdict::rvLeaveOut ||
-               (verdict == TRowLimit::TVerdict::rvShow && pRow(RowCells(pTreeRow, fFormat)));
+               (verdict == TRowLimit::TVerdict::rvShow && pRow(RowCells(pTreeRow, fFormat), LookOfRow(pTreeRow)));
       }))
     limit.Finish();
+}
+
+TRowLook TFormattedTextExport::LookOf(TInk pName, bool pIsWhole, const TMetaDataValue& pShare) {
+  const auto* share = std::get_if<double>(&pShare);
+  return {.fName = pName, .fShare = share ? std::optional(*share) : std::nullopt, .fIsWhole = pIsWhole};
+}
+
+TRowLook TFormattedTextExport::LookOfRest(const TRestOfFolder& pRest) const {
+  const std::optional<TColumn> column = fTable.ShareColumn();
+  return LookOf(TInk::ikFaint, true, column ? pRest.GetValue(*column, LeadingSize()) : TMetaDataValue());
+}
+
+TRowLook TFormattedTextExport::LookOfRow(const TTreeRow& pRow) const {
+  if (!fLook.fHasColors && !fLook.fHasBars) return {};
+  const bool isFolder = !pRow.IsFile() && !pRow.fFolder.IsFileGroup();
+  const TInk name = !ErrorOf(pRow).empty() ? TInk::ikBad : isFolder ? TInk::ikFolder : TInk::ikNone;
+  const std::optional<TColumn> column = fTable.ShareColumn();
+  return LookOf(name, pRow.fLevel == 0, column ? pRow.View().GetValue(*column) : TMetaDataValue());
 }
 
 std::vector<std::string> TFormattedTextExport::RestCells(const TRestOfFolder& pRest) const {

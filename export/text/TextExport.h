@@ -47,11 +47,17 @@ class TFormattedTextExport : public TBaseTextExport {
  private:
   void ChooseColumns();
   void WriteHeadBlock(IHierarchicalRoot& pRoot);
+  void WriteSummary(const IHierarchicalRoot& pRoot);
   void WriteLists(const IHierarchicalRoot& pRoot);
   void WriteTable(IFolderData& pTop);
   void MeasureColumns(IFolderData& pTop);
   // Calls pRow with the cells of each row, those of what the limit of rows leaves out included.
-  void ForEachRow(IFolderData& pTop, const std::function<bool(const std::vector<std::string>&)>& pRow) const;
+  using TTakeRow = std::function<bool(const std::vector<std::string>& pCells, const TRowLook& pLook)>;
+  void ForEachRow(IFolderData& pTop, const TTakeRow& pRow) const;
+  // pIsWhole: the share is no part of anything, or of no single thing.
+  static TRowLook LookOf(TInk pName, bool pIsWhole, const TMetaDataValue& pShare);
+  TRowLook LookOfRow(const TTreeRow& pRow) const;
+  TRowLook LookOfRest(const TRestOfFolder& pRest) const;
   std::vector<std::string> RestCells(const TRestOfFolder& pRest) const;
 
   const TGlobalOptions& fOptions;
@@ -59,6 +65,7 @@ class TFormattedTextExport : public TBaseTextExport {
   TValueFormat fFormat;
   const IComparison* fComparison = nullptr;  // the root's comparison, if any; set while an export runs
   std::string fTopName;                      // the name of the top row; set while an export runs
+  TLineLook fLook;                           // set while an export runs
   TPaddedTable fTable;                       // set while an export runs
 };
 

@@ -15,9 +15,14 @@ TLineWidth ConsoleWidth() {
   return columns > 0 ? TLineWidth{columns, true} : TLineWidth{kUsualWidth, false};
 }
 
+TLineLook ConsoleLook() {
+  return {TConsole::HasOutputColors(), TConsole::HasOutputDrawings(), TConsole::PartsOfBlock()};
+}
+
 TValueFormat FormatOf(const TMediaSettings& pSettings) {
   TValueFormat format;
   format.fSizeUnit = pSettings.fAutomaticUnit ? TSizeUnit::suAutomatic : pSettings.fSizeUnit;
+  format.fDecimalUnits = pSettings.fDecimalUnits;
   format.fPlainByteValues = pSettings.fUsePlainByteValues;
   // A fixed unit is written once, in the header line.
   format.fShowUnits = pSettings.fShowUnits && pSettings.fAutomaticUnit && !pSettings.fUsePlainByteValues;
@@ -30,6 +35,16 @@ int64_t TBaseExport::SmallestShown(const IFolderData& pTop) const {
   return std::max(fSettings.fSmallestFolder, static_cast<int64_t>(share));
 }
 
+void TBaseExport::ShowChanges(IHierarchicalRoot& pRoot) {
+  fGoneSince = pRoot.GetComparison();
+  fOnlyChanged = nullptr;
+  fUnchangedRows = 0;
+  const TRef<IFolderData> top = pRoot.GetTopFolder();
+  if (!fGoneSince || !top || fSettings.fShowUnchanged) return;
+  const bool withFiles = (fSettings.fIncludedObjectTypes & ioFiles) != 0;
+  fOnlyChanged = std::make_shared<TChangedFolders>(*top, fGoneSince, pRoot.GetPathDelimiter(), withFiles);
+}
+
 TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
   auto includes = [this](TIncludedObjectTypes pTypes) { return (fSettings.fIncludedObjectTypes & pTypes) != 0; };
   TTreeWalkSettings settings;
@@ -40,6 +55,8 @@ TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
   settings.fShowsFileGroups = includes(ioFileGroups);
   settings.fShowsFiles = includes(ioFiles);
   settings.fGoneSince = fGoneSince;
+  settings.fOnlyChanged = fOnlyChanged;
+  if (fOnlyChanged) settings.fOnUnchanged = [this](int64_t pRows) { fUnchangedRows += pRows; };
   if (fSettings.fIncludeExpandedOnly) settings.fExpanded = fExpanded;
   if (const auto& order = fSettings.fSortOrder; order && *order != TSortOrder()) {
     settings.fOrder = TSiblingOrder::soColumn;
@@ -47,6 +64,7 @@ TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
     settings.fDescending = order->fDescending;
   } else if (fSortByChange && !order) {
     settings.fOrder = TSiblingOrder::soChange;
+    settings.fOrderColumn = fLeadingSize == TColumn::mdAllocated ? TColumn::mdAllocatedChange : TColumn::mdSizeChange;
   } else if (fLeadingSize != TColumn::mdSize && !order) {
     settings.fOrder = TSiblingOrder::soColumn;
     settings.fOrderColumn = fLeadingSize;

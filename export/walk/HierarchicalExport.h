@@ -2,6 +2,7 @@
 
 // The base of all exporters: columns, settings, walks on several threads, and lines written to an output.
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -27,8 +28,17 @@ struct TLineWidth {
   bool fIsTerminal = false;  // a longer line would be broken, so names are shortened
 };
 
+// What lines may show beside their text.
+struct TLineLook {
+  bool fHasColors = false;  // as escape sequences
+  bool fHasBars = false;    // of shares
+  int fPartsOfBlock = 8;    // of a bar's character; 1: bars are of "#"
+};
+
 // The width of the console on the standard output. What is redirected is laid out like a usual console.
 TLineWidth ConsoleWidth();
+// What the console on the standard output shows.
+TLineLook ConsoleLook();
 
 // Follows an error if some entries of the folder were listed before it.
 constexpr std::u16string_view kPartialError = u" (read in part)";
@@ -40,6 +50,7 @@ class ILineOutput {
   virtual ~ILineOutput() = default;
   // Where people read the lines as they come, they have a width, and no blanks at their end.
   virtual TLineWidth LineWidth() const { return {}; }
+  virtual TLineLook LineLook() const { return {}; }
   // Writes the line and a line end. False when it could not be written; the exporter then stops.
   virtual bool WriteLine(std::string_view pLine) = 0;
   // The number of lines in the output, those of earlier exports included.
@@ -83,15 +94,19 @@ class TBaseExport {
   // The same on as many threads as there are processors, for nested output too. The writer and its branches make the
   // text. Pieces are passed to pTake in the order of the walk. If pTake returns false, the walk ends and returns false.
   bool WalkInParallel(IFolderData& pTop, TRowWriter& pWriter, const TParallelText::TTake& pTake) const;
-  // From now on, items deleted since this earlier scan get rows too. nullptr means no such rows. Without this call, or
-  // if the root is not compared, the exporter writes only the tree.
-  void ShowGone(TRef<IComparison> pComparison) { fGoneSince = std::move(pComparison); }
+  // If the root is compared, what has gone since gets rows from now on too. What did not change gets none, unless the
+  // settings show it. Without this call, the exporter writes the tree as it is.
+  void ShowChanges(IHierarchicalRoot& pRoot);
   const TRef<IComparison>& GoneSince() const { return fGoneSince; }
   // Reads the root's errors for ErrorOf; ForgetErrors ends that.
   void ReadErrors(const IHierarchicalRoot& pRoot);
   void ForgetErrors() { fErrors.clear(); }
   // Why the row's folder could not be read, or empty if it was read. Any thread.
   std::u16string_view ErrorOf(const TTreeRow& pRow) const;
+  // How many rows the walks since ShowChanges left out, because they did not change.
+  int64_t UnchangedRows() const { return fUnchangedRows; }
+  void ForgetUnchangedRows() { fUnchangedRows = 0; }
+  bool LeavesOutUnchanged() const { return fOnlyChanged != nullptr; }
   // The size that leads, mdSize or mdAllocated: siblings come in its order unless another one is set, what is left out
   // is small in it, and percentages refer to it. mdSize unless it is set.
   TColumn LeadingSize() const { return fLeadingSize; }
@@ -112,6 +127,8 @@ class TBaseExport {
   std::shared_ptr<const TExpandedFolders> fExpanded;
   TRef<IComparison> fGoneSince;
   std::unordered_map<const IHierarchicalObject*, std::u16string> fErrors;  // by folder
+  std::shared_ptr<const TChangedFolders> fOnlyChanged;                     // nullptr: all is shown
+  mutable std::atomic<int64_t> fUnchangedRows = 0;
 };
 
 // An exporter that writes a whole root to one output.

@@ -10,6 +10,8 @@ TMediaSettings TMediaOptions::Effective(TMediaType pMedia) const {
     settings.fAutomaticUnit = fOptions.SizeUnit == TSizeUnit::suAutomatic;
     settings.fSizeUnit = fOptions.SizeUnit;
   }
+  settings.fDecimalUnits = fOptions.DecimalUnits;
+  settings.fShowUnchanged = fOptions.ShowUnchanged;
   // Bytes need no unit in the caption. Numbers in a unit that is not shown would be useless.
   if (settings.fUsePlainByteValues) settings.fAutomaticUnit = true;
   if (!settings.fShowUnits && settings.fAutomaticUnit) settings.fUsePlainByteValues = true;

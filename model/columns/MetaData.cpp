@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 
 #include "model/columns/SizeData.h"
@@ -104,34 +103,33 @@ std::u16string CountText(int64_t pCount, const TValueFormat& pFormat) {
 
 // The size in a unit, as a multiple of 10^-pDecimals. Halves are rounded away from zero. Integers are used, since a
 // double would round twice.
-TWide ScaledSize(int64_t pBytes, TSizeUnit pUnit, int pDecimals) {
-  int shift = 10 * static_cast<int>(pUnit);
-  TWide scaled = static_cast<TWide>(pBytes) * PowerOfTen(pDecimals);
-  if (shift == 0) return scaled;
-  TWide half = static_cast<TWide>(1) << (shift - 1);
-  return scaled < 0 ? -((-scaled + half) >> shift) : (scaled + half) >> shift;
+TWide ScaledSize(int64_t pBytes, int64_t pBytesOfUnit, int pDecimals) {
+  const TWide scaled = static_cast<TWide>(pBytes) * PowerOfTen(pDecimals);
+  const TWide half = pBytesOfUnit / 2;
+  return (scaled < 0 ? scaled - half : scaled + half) / pBytesOfUnit;
 }
 
 std::u16string SizeText(int64_t pBytes, const TValueFormat& pFormat) {
   if (pFormat.fPlainByteValues) return CountText(pBytes, pFormat);
   bool automatic = pFormat.fSizeUnit == TSizeUnit::suAutomatic;
-  TSizeUnit unit = automatic ? AutomaticUnit(pBytes) : pFormat.fSizeUnit;
+  const bool decimal = pFormat.fDecimalUnits;
+  TSizeUnit unit = automatic ? AutomaticUnit(pBytes, decimal) : pFormat.fSizeUnit;
   auto decimalsOf = [&pFormat](TSizeUnit pUnit) {
     return pUnit == TSizeUnit::suBytes ? 0 : std::clamp(pFormat.fDecimals, 0, kMaxDecimals);  // a byte has no parts
   };
-  TWide scaled = ScaledSize(pBytes, unit, decimalsOf(unit));
+  TWide scaled = ScaledSize(pBytes, BytesOfUnit(unit, decimal), decimalsOf(unit));
   if (automatic && unit < TSizeUnit::suTB) {
-    // A value that rounding raised to 1,024 is shown as 1 of the next unit.
-    TWide next = static_cast<TWide>(1024) * PowerOfTen(decimalsOf(unit));
+    // A value that rounding raised to the next unit is shown as 1 of it.
+    TWide next = static_cast<TWide>(BytesOfUnit(TSizeUnit::suKB, decimal)) * PowerOfTen(decimalsOf(unit));
     if (scaled >= next || scaled <= -next) {
       unit = static_cast<TSizeUnit>(static_cast<int>(unit) + 1);
-      scaled = ScaledSize(pBytes, unit, decimalsOf(unit));
+      scaled = ScaledSize(pBytes, BytesOfUnit(unit, decimal), decimalsOf(unit));
     }
   }
   std::u16string text = FixedText(scaled, decimalsOf(unit), pFormat);
   if (pFormat.fShowUnits) {
     text += u' ';
-    text += UnitName(unit);
+    text += UnitName(unit, decimal);
   }
   return text;
 }
@@ -207,15 +205,22 @@ const TColumnInfo* FindColumn(std::u16string_view pName) {
   return found == kColumns.end() ? nullptr : &*found;
 }
 
-TSizeUnit AutomaticUnit(int64_t pBytes) {
-  uint64_t magnitude = pBytes < 0 ? 0 - static_cast<uint64_t>(pBytes) : static_cast<uint64_t>(pBytes);
-  int unit = magnitude == 0 ? 0 : (std::bit_width(magnitude) - 1) / 10;
-  return static_cast<TSizeUnit>(std::min(unit, static_cast<int>(TSizeUnit::suTB)));
+TSizeUnit AutomaticUnit(int64_t pBytes, bool pDecimal) {
+  const uint64_t magnitude = pBytes < 0 ? 0 - static_cast<uint64_t>(pBytes) : static_cast<uint64_t>(pBytes);
+  int unit = static_cast<int>(TSizeUnit::suTB);
+  while (unit > 0 && magnitude < static_cast<uint64_t>(BytesOfUnit(static_cast<TSizeUnit>(unit), pDecimal))) --unit;
+  return static_cast<TSizeUnit>(unit);
 }
 
-std::u16string_view UnitName(TSizeUnit pUnit) {
+std::u16string_view UnitName(TSizeUnit pUnit, bool pDecimal) {
   static constexpr std::array<std::u16string_view, 6> names = {u"B", u"KB", u"MB", u"GB", u"TB", u""};
-  return names[static_cast<size_t>(pUnit)];
+  return pDecimal && pUnit == TSizeUnit::suKB ? u"kB" : names[static_cast<size_t>(pUnit)];
+}
+
+int64_t BytesOfUnit(TSizeUnit pUnit, bool pDecimal) {
+  static constexpr std::array<int64_t, 6> binary = {1, 1LL << 10, 1LL << 20, 1LL << 30, 1LL << 40, 1};
+  static constexpr std::array<int64_t, 6> decimal = {1, 1'000, 1'000'000, 1'000'000'000, 1'000'000'000'000, 1};
+  return (pDecimal ? decimal : binary)[static_cast<size_t>(pUnit)];
 }
 
 namespace {

@@ -75,11 +75,12 @@ const TColumnInfo* FindColumn(std::u16string_view pName);
 // A raw value: none, a size, count or attribute set, a share (0 to 1), a date, or text.
 using TMetaDataValue = std::variant<std::monostate, int64_t, double, TKivFileTime, std::u16string>;
 
-// How values are written for users. Units are binary multiples.
+// How values are written for users. Units are powers of 1,024, or of 1,000.
 enum class TSizeUnit : uint8_t { suBytes, suKB, suMB, suGB, suTB, suAutomatic };
 
 struct TValueFormat {
   TSizeUnit fSizeUnit = TSizeUnit::suAutomatic;
+  bool fDecimalUnits = false;     // powers of 1,000, the first of them called kB
   bool fPlainByteValues = false;  // sizes as bare numbers of bytes, counts without grouping
   bool fShowUnits = true;
   int fDecimals = 1;
@@ -90,8 +91,10 @@ struct TValueFormat {
 // "17.3 MB", "1,234", "43.2 %", "2026-11-21 14:03:59", "A-H-" … by the column's kind. Empty for "no value".
 std::u16string FormatValue(TColumn pColumn, const TMetaDataValue& pValue, const TValueFormat& pFormat);
 // The unit that the automatic unit picks for a size: the largest in which the value is at least 1.
-TSizeUnit AutomaticUnit(int64_t pBytes);
-std::u16string_view UnitName(TSizeUnit pUnit);
+TSizeUnit AutomaticUnit(int64_t pBytes, bool pDecimal = false);
+std::u16string_view UnitName(TSizeUnit pUnit, bool pDecimal = false);
+// The bytes of a unit; 1 for the automatic unit.
+int64_t BytesOfUnit(TSizeUnit pUnit, bool pDecimal);
 
 // Compares two values of one column, "no value" first; texts in code-unit order.
 std::partial_ordering CompareValues(const TMetaDataValue& pA, const TMetaDataValue& pB);

@@ -229,6 +229,12 @@ std::vector<TOptionInfo> ReportOptions() {
                          {"GB", TSizeUnit::suGB},
                          {"TB", TSizeUnit::suTB}},
                         "Unit in which reports show sizes"),
+      Boolean("DecimalUnits", &TOptions::DecimalUnits, false, "Units are powers of 1,000: kB, MB, GB, TB"),
+      Choice<TColorUse>(
+          "Colors", &TOptions::Colors,
+          {{"auto", TColorUse::cuAutomatic}, {"always", TColorUse::cuAlways}, {"never", TColorUse::cuNever}},
+          "Where reports have colours and bars; auto: on a terminal"),
+      Boolean("ShowUnchanged", &TOptions::ShowUnchanged, false, "After a comparison, show what did not change as well"),
       Text("ExportTitle", &TOptions::ExportTitle, "", "", nullptr,
            "First line of a report in place of its name and date"),
       Boolean("ListTopFiles", &TOptions::ListTopFiles, false, "Add the list of the largest files to exports"),

@@ -17,6 +17,7 @@
 #include "model/statistics/ColorPalette.h"
 #include "model/statistics/FileTypeGroups.h"
 #include "model/tree/HierarchicalInterfaces.h"
+#include "platform/system/Console.h"
 
 namespace Vantrel {
 
@@ -64,6 +65,9 @@ class TGlobalOptions {
   int32_t SearchLimit = 0;
   bool NormalizeUnicode = false;
   TSizeUnit SizeUnit = TSizeUnit::suAutomatic;
+  bool DecimalUnits = false;
+  bool ShowUnchanged = false;
+  TColorUse Colors = TColorUse::cuAutomatic;
   std::string ExportTitle;
   bool ListTopFiles = false;
   bool ListTopFolders = false;

@@ -49,6 +49,7 @@ struct TMediaSettings {
   bool fOverrideUnits = false;  // use the two fields below instead of the global options' unit
   TSizeUnit fSizeUnit = TSizeUnit::suMB;
   bool fAutomaticUnit = true;
+  bool fDecimalUnits = false;  // units are powers of 1,000, not of 1,024
   std::u16string fSeparator = u"  ";
   std::u16string fAlternativeSeparator = u"\t";
   bool fUseAlternativeSeparator = false;
@@ -58,6 +59,7 @@ struct TMediaSettings {
   int64_t fSmallestFolder = 0;           // bytes; smaller folders and files are left out
   double fSmallestShare = 0;             // the same as a share of the whole, from 0 to 1
   std::optional<int64_t> fMostRows;      // of what lies in one folder; 0: all; none: each use has a default
+  bool fShowUnchanged = false;           // after a comparison, not only what changed
   bool fByteOrderMark = false;           // at the beginning of a file
   bool fNeutralizeFormulas = false;      // make names harmless that a spreadsheet would take for a formula
 

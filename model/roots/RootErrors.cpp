@@ -86,6 +86,11 @@ TScanProgress TCustomRoot::GetProgress() const {
   progress.fErrors = fErrorCount.load(std::memory_order_relaxed);
   progress.fPrepared = fPrepared.load(std::memory_order_relaxed);
   progress.fToPrepare = fToPrepare.load(std::memory_order_relaxed);
+  if (const TRef<IScanEngine> engine = GetScanEngine()) {
+    const TListedFolder listed = engine->GetLongestListed();
+    if (listed.fFolder) progress.fLongestListed = listed.fFolder->GetFullPath();
+    progress.fLongestListedElapsed = listed.fElapsed;
+  }
   TCriticalSectionLock lock(fLock);
   progress.fElapsed = fScanRunning ? Elapsed() : GetScanDuration();
   progress.fLastScannedFolder = fLastScannedFolder;

@@ -78,6 +78,12 @@ struct TScanStart {
   TRef<IHierarchicalEnumerator> fListing;
 };
 
+// A folder that a worker is opening or listing, and for how many milliseconds it was seen to do so.
+struct TListedFolder {
+  TRef<IHierarchicalElement> fFolder;  // nullptr: there is none
+  int64_t fElapsed = 0;
+};
+
 // Scans one root once.
 class IScanEngine : public IInterface {
  public:
@@ -92,6 +98,9 @@ class IScanEngine : public IInterface {
   virtual bool IsScanning() const = 0;
   // Holds the workers before their next folder, or lets them go on. False when there is nothing to hold yet.
   virtual bool SetPaused(bool pPaused) = 0;
+  // The folder that a worker has been inside the longest. The time counts from the first call that finds it there, so
+  // it is right for a caller that polls. Any thread.
+  virtual TListedFolder GetLongestListed() = 0;
   // "Threads: 2 of max 8", or "No worker threadpool active".
   virtual std::u16string GetStatusText() const = 0;
   // Waits for all jobs to end, then for the threads.
@@ -125,6 +134,10 @@ struct TScanProgress {
   int64_t fPrepared = 0;
   int64_t fToPrepare = 0;
   int64_t fElapsed = 0;  // milliseconds of the last scan so far, without pauses
+  // The folder that a worker has been inside the longest, and for how many milliseconds as seen by the callers. Empty
+  // when there is none, or while the path itself is being opened.
+  std::u16string fLongestListed;
+  int64_t fLongestListedElapsed = 0;
   std::u16string fLastScannedFolder;
 };
 

@@ -293,6 +293,10 @@ TScanProgress TVirtualRoot::GetProgress() const {
     sum.fExcludedObjects += progress.fExcludedObjects;
     sum.fErrors += progress.fErrors;
     sum.fElapsed = std::max(sum.fElapsed, progress.fElapsed);
+    if (!progress.fLongestListed.empty() && progress.fLongestListedElapsed >= sum.fLongestListedElapsed) {
+      sum.fLongestListed = progress.fLongestListed;
+      sum.fLongestListedElapsed = progress.fLongestListedElapsed;
+    }
     if ((root->GetState() & rsScanning) != 0) sum.fLastScannedFolder = progress.fLastScannedFolder;
   }
   return sum;

@@ -26,8 +26,8 @@ void SortByColumn(std::vector<TItem>& pItems, bool pDescending, const TValueOf& 
   std::transform(keyed.begin(), keyed.end(), pItems.begin(), [](auto& pItem) { return std::move(pItem.second); });
 }
 
-TMetaDataValue AmountOfChange(const IFolderData& pFolder) {
-  const TMetaDataValue value = TEntryView(pFolder).GetValue(TColumn::mdSizeChange);
+TMetaDataValue AmountOfChange(const IFolderData& pFolder, TColumn pColumn) {
+  const TMetaDataValue value = TEntryView(pFolder).GetValue(pColumn);
   const auto* change = std::get_if<int64_t>(&value);
   return change ? std::abs(*change) : int64_t{0};
 }
@@ -51,12 +51,25 @@ std::vector<TRef<IFolderData>> TTreeWalk::ChildrenOf(IFolderData& pFolder) const
   std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
     return (pChild->IsFileGroup() && !fSettings.fShowsFileGroups) || IsTooSmall(*pChild);
   });
+  if (fSettings.fOnlyChanged) {
+    size_t shown = 0;
+    std::erase_if(children, [&](const TRef<IFolderData>& pChild) {
+      const bool isUnchanged = !fSettings.fOnlyChanged->Contains(*pChild);
+      if (isUnchanged && Shows(*pChild)) ++shown;
+      return isUnchanged;
+    });
+    TellUnchanged(shown);
+  }
   if (fSettings.fOrder == TSiblingOrder::soColumn)
     SortByColumn(children, fSettings.fDescending,
                  [&](const auto& pChild) { return TEntryView(*pChild).GetValue(fSettings.fOrderColumn); });
   else if (fSettings.fOrder == TSiblingOrder::soChange)
-    SortByColumn(children, true, [](const auto& pChild) { return AmountOfChange(*pChild); });
+    SortByColumn(children, true, [&](const auto& pChild) { return AmountOfChange(*pChild, fSettings.fOrderColumn); });
   return children;
+}
+
+void TTreeWalk::TellUnchanged(size_t pRows) const {
+  if (pRows > 0 && fSettings.fOnUnchanged) fSettings.fOnUnchanged(static_cast<int64_t>(pRows));
 }
 
 // The files of a folder with sub-folders lie beneath its "[Files]" node, if such nodes are shown.
@@ -71,6 +84,12 @@ std::vector<uint32_t> TTreeWalk::OrderOfFiles(const IFolderData& pFolder, const 
   std::iota(indices.begin(), indices.end(), 0u);
   if (fSettings.fOrder != TSiblingOrder::soAny) indices = pFiles.SortedIndices();
   std::erase_if(indices, [&](uint32_t pIndex) { return IsTooSmall(TEntryView(pFiles, pFiles[pIndex], nullptr)); });
+  if (fSettings.fOnlyChanged) {
+    TEarlierFiles earlier = fSettings.fOnlyChanged->EarlierFiles();
+    TellUnchanged(std::erase_if(indices, [&](uint32_t pIndex) {
+      return !TChangedFolders::HasFileChanged(pFolder, pFiles, pFiles[pIndex], earlier);
+    }));
+  }
   if (fSettings.fOrder == TSiblingOrder::soColumn)
     SortByColumn(indices, fSettings.fDescending, [&](uint32_t pIndex) {
       return TEntryView(pFiles, pFiles[pIndex], &pFolder).GetValue(fSettings.fOrderColumn);
@@ -134,7 +153,7 @@ class TTreeWalk::TRun {
 
   bool VisitFiles(IFolderData& pFolder, const TFileTable& pFiles, int32_t pLevel) {
     const TTreeWalkSettings& settings = fWalk.fSettings;
-    if (settings.fOrder == TSiblingOrder::soAny && settings.fSmallest <= 0)
+    if (settings.fOrder == TSiblingOrder::soAny && settings.fSmallest <= 0 && !settings.fOnlyChanged)
       return fVisitor.VisitFiles(pFolder, pLevel, pFiles);
     for (const uint32_t index : fWalk.OrderOfFiles(pFolder, pFiles))
       if (!fVisitor.VisitFile({pFolder, pLevel, &pFiles, &pFiles[index]})) return false;

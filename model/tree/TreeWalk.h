@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/roots/RootInterfaces.h"
+#include "model/tree/ChangedFolders.h"
 #include "model/tree/EntryView.h"
 #include "model/tree/ExpandedFolders.h"
 #include "model/tree/FileTable.h"
@@ -19,7 +20,7 @@ namespace Vantrel {
 enum class TSiblingOrder : uint8_t {
   soTree,
   soColumn,  // by a column
-  soChange,  // folders by the amount of their change in size, the largest first, be it growth or shrinkage
+  soChange,  // folders by the amount of their change in fOrderColumn, the largest first, be it growth or shrinkage
   soAny,     // whatever costs least
 };
 
@@ -34,10 +35,14 @@ struct TTreeWalkSettings {
   bool fShowsFileGroups = true;  // the "[Files]" nodes; without them, the files follow their folder's sub-folders
   bool fShowsFiles = false;
   TSiblingOrder fOrder = TSiblingOrder::soTree;
-  TColumn fOrderColumn = TColumn::mdSize;             // for soColumn
+  TColumn fOrderColumn = TColumn::mdSize;             // for soColumn; for soChange one of the columns of change
   bool fDescending = true;                            // for soColumn
   std::shared_ptr<const TExpandedFolders> fExpanded;  // only these are entered; nullptr: all are
   TRef<IComparison> fGoneSince;  // what has gone since then is visited too; nullptr: only the tree is
+  // Beneath the top, only what changed since then is visited; nullptr: all is.
+  std::shared_ptr<const TChangedFolders> fOnlyChanged;
+  // Called with the number of rows that a folder lacks for that. By any thread that walks.
+  std::function<void(int64_t)> fOnUnchanged;
 };
 
 // A folder or file met on a walk. A tree has millions of files without nodes of their own, so a file is passed as its
@@ -100,6 +105,7 @@ class TTreeWalk {
   bool Enters(const IFolderData& pFolder) const {
     return !fSettings.fExpanded || fSettings.fExpanded->Contains(pFolder);
   }
+  void TellUnchanged(size_t pRows) const;
   std::vector<TRef<IFolderData>> ChildrenOf(IFolderData& pFolder) const;
   TRef<const TFileTable> FilesOf(const IFolderData& pFolder) const;
   std::vector<uint32_t> OrderOfFiles(const IFolderData& pFolder, const TFileTable& pFiles) const;

@@ -45,9 +45,15 @@ std::string WithLineEnds(std::string_view pText) {
   return lines.append(pText).append(TConsole::LineEnd());
 }
 
-bool WantsColours() {
+TColorUse gColorUse = TColorUse::cuAutomatic;
+
+bool HasColors(TStream pStream) {
+  if (gColorUse == TColorUse::cuNever) return false;
+  // Asked in any case, because a console may have to be told to show them.
+  const bool shows = ConsoleStream::ShowsColours(pStream);
+  if (gColorUse == TColorUse::cuAlways) return true;
   const char* refused = std::getenv("NO_COLOR");
-  return (refused == nullptr || *refused == 0) && ConsoleStream::ShowsColours(TStream::csError);
+  return shows && (refused == nullptr || *refused == 0);
 }
 
 }  // namespace
@@ -59,7 +65,7 @@ bool TConsole::Write(std::string_view pText) {
 
 void TConsole::WriteError(std::string_view pText) {
   ClearProgress();
-  const bool colours = WantsColours();
+  const bool colours = HasColors(TStream::csError);
   ConsoleStream::Write(TStream::csError,
                        WithLineEnds(fmt::format("{}{}{}", colours ? "\033[91m" : "", pText, colours ? "\033[0m" : "")));
 }
@@ -97,6 +103,16 @@ bool TConsole::IsErrorRedirected() {
 }
 int TConsole::OutputWidth() {
   return ConsoleStream::Width(TStream::csOutput);
+}
+
+void TConsole::SetColorUse(TColorUse pUse) {
+  gColorUse = pUse;
+}
+bool TConsole::HasOutputColors() {
+  return HasColors(TStream::csOutput);
+}
+bool TConsole::HasOutputDrawings() {
+  return gColorUse == TColorUse::cuAlways || !IsOutputRedirected();
 }
 
 }  // namespace Vantrel

@@ -7,6 +7,10 @@
 
 namespace Vantrel {
 
+// Where the standard streams have colours: on a console that shows them, unless the environment refuses them by
+// NO_COLOR; everywhere; nowhere.
+enum class TColorUse : uint8_t { cuAutomatic, cuAlways, cuNever };
+
 // The process's standard streams. All text is UTF-8. Only the main thread writes.
 class TConsole {
  public:
@@ -19,7 +23,7 @@ class TConsole {
   static bool IsOutputClosed();
   // Whether the system's code says that a pipe's reader is gone.
   static bool IsReaderGone(uint32_t pCode);
-  // The same to standard error, in red when that is a console that shows colours and NO_COLOR is not set.
+  // The same to standard error, in red when that has colours.
   static void WriteError(std::string_view pText);
   // The same without a colour: what a user may want to know, and that is no error.
   static void WriteNote(std::string_view pText);
@@ -38,6 +42,16 @@ class TConsole {
   static bool IsErrorRedirected();
   // Columns of the console on standard output; 0 when it is redirected.
   static int OutputWidth();
+
+  // Set it before anything is written.
+  static void SetColorUse(TColorUse pUse);
+  // Whether standard output has colours, by SetColorUse.
+  static bool HasOutputColors();
+  // Whether standard output has drawings of characters: a console does, and whatever is always coloured.
+  static bool HasOutputDrawings();
+  // Into how many parts block characters divide a column on the console: 8, 2 where fonts have halves alone, and 1 for
+  // a console without block characters.
+  static int PartsOfBlock();
 
   // Calls the handler on Ctrl+C (SIGINT, SIGTERM, SIGHUP; the console's control events) instead of ending the process.
   // A second Ctrl+C ends it. From the first call on, a pipe without a reader is an error of writing and no signal, for

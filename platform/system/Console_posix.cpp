@@ -87,6 +87,18 @@ std::string_view TConsole::LineEnd() {
   return "\n";
 }
 
+// The locale's name says the encoding, whether or not the locale is installed. The system's own console has few glyphs.
+int TConsole::PartsOfBlock() {
+  for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* locale = std::getenv(variable);
+    if (locale == nullptr || *locale == 0) continue;
+    if (strcasestr(locale, "utf-8") == nullptr && strcasestr(locale, "utf8") == nullptr) return 1;
+    const char* terminal = std::getenv("TERM");
+    return terminal != nullptr && std::strcmp(terminal, "linux") == 0 ? 2 : 8;
+  }
+  return 1;
+}
+
 bool TConsole::IsOutputClosed() {
   return gOutputClosed;
 }

@@ -90,6 +90,11 @@ std::string_view TConsole::LineEnd() {
   return "\r\n";
 }
 
+// The usual fonts of the console have the whole block and its halves. Text reaches the console as UTF-16.
+int TConsole::PartsOfBlock() {
+  return 2;
+}
+
 bool TConsole::IsOutputClosed() {
   return gOutputClosed;
 }

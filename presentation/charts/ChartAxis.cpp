@@ -49,15 +49,15 @@ std::u16string NumberText(double pSteps, const TStep& pStep, const TValueFormat&
   return text.append(pFormat.fDecimalSeparator).append(FromUtf8(digits.substr(whole + 1)));
 }
 
-double BytesOf(TSizeUnit pUnit) {
-  return std::exp2(10 * static_cast<int>(pUnit));
+double BytesOf(TSizeUnit pUnit, const TValueFormat& pFormat) {
+  return static_cast<double>(BytesOfUnit(pUnit, pFormat.fDecimalUnits));
 }
 
 TSizeUnit UnitFor(double pMost, const TValueFormat& pFormat) {
   if (pFormat.fPlainByteValues) return TSizeUnit::suBytes;
   if (pFormat.fSizeUnit != TSizeUnit::suAutomatic) return pFormat.fSizeUnit;
   constexpr double kMost = 9.2e18;
-  return AutomaticUnit(static_cast<int64_t>(std::clamp(pMost, 0.0, kMost)));
+  return AutomaticUnit(static_cast<int64_t>(std::clamp(pMost, 0.0, kMost)), pFormat.fDecimalUnits);
 }
 
 }  // namespace
@@ -72,19 +72,20 @@ TAxis MakeValueAxis(double pLeast, double pMost, int pMostSteps, TColumn pColumn
   // Few digits after the point in a smaller unit are easier to read than many.
   constexpr int kMostDecimals = 3;
   while (true) {
-    step = StepFor(pLeast / BytesOf(unit), pMost / BytesOf(unit), mostSteps, unit == TSizeUnit::suBytes);
+    step =
+        StepFor(pLeast / BytesOf(unit, pFormat), pMost / BytesOf(unit, pFormat), mostSteps, unit == TSizeUnit::suBytes);
     const bool mayChange = isSize && pFormat.fSizeUnit == TSizeUnit::suAutomatic && unit > TSizeUnit::suBytes;
     if (step.fExponent >= -kMostDecimals || !mayChange) break;
     unit = static_cast<TSizeUnit>(static_cast<int>(unit) - 1);
   }
-  const double width = step.Value() * BytesOf(unit);
+  const double width = step.Value() * BytesOf(unit, pFormat);
   const double first = std::floor(pLeast / width);
   const double last = std::max(std::ceil(pMost / width), first + 1);
   TAxis axis{first * width, last * width, {}};
   const bool withUnit = isSize && pFormat.fShowUnits && !pFormat.fPlainByteValues;
   for (double i = first; i <= last; ++i) {
     std::u16string label = NumberText(i, step, pFormat);
-    if (withUnit) label.append(u" ").append(UnitName(unit));
+    if (withUnit) label.append(u" ").append(UnitName(unit, pFormat.fDecimalUnits));
     axis.fTicks.push_back({i * width, std::move(label)});
   }
   return axis;

@@ -29,7 +29,7 @@ class TLines {
     TValueFormat bytes = fFormat;
     bytes.fSizeUnit = TSizeUnit::suBytes;
     std::u16string text = FormatValue(TColumn::mdSize, pBytes, fFormat);
-    if (pBytes >= 1024 && fFormat.fSizeUnit != TSizeUnit::suBytes)
+    if (pBytes >= BytesOfUnit(TSizeUnit::suKB, fFormat.fDecimalUnits) && fFormat.fSizeUnit != TSizeUnit::suBytes)
       text += u" (" + FormatValue(TColumn::mdSize, pBytes, bytes) + u")";
     Add(pName, std::move(text));
   }

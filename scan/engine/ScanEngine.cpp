@@ -21,6 +21,7 @@ int32_t PreStartedThreads(int32_t pMaximum) {
 TScanEngine::TScanEngine(int32_t pThreads, TRef<IScanConfiguration> pConfiguration, int32_t pPriority,
                          std::function<void()> pOnAllDone, TWorkerThreadPool::TSettings pPoolSettings)
     : fConfiguration(std::move(pConfiguration)),
+      fTickCount(pPoolSettings.fTickCount ? pPoolSettings.fTickCount : TickCount64),
       fWorkerThreadPool(std::make_unique<TWorkerThreadPool>(std::move(pPoolSettings))) {
   if (fConfiguration->IsSingleThreaded()) {
     fWorkerThreadPool->SetMaxRunningThreads(1);

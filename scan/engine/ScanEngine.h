@@ -11,6 +11,7 @@
 #include "platform/system/MemoryReserve.h"
 #include "scan/engine/FolderAccumulator.h"
 #include "scan/engine/ThreadPool.h"
+#include "scan/engine/Workplaces.h"
 
 namespace Vantrel::ScanEngine {
 
@@ -29,6 +30,7 @@ class TScanEngine : public TInterfaced<IScanEngine> {
                      std::function<TRef<IHierarchicalEnumerator>()> pOpen) override;
   bool IsScanning() const override;
   bool SetPaused(bool pPaused) override;
+  TListedFolder GetLongestListed() override { return fWorkplaces.GetLongest(fTickCount()); }
   std::u16string GetStatusText() const override;
   void Dispose() override;
 
@@ -43,6 +45,8 @@ class TScanEngine : public TInterfaced<IScanEngine> {
   void GiveAccumulator(std::unique_ptr<TFolderAccumulator> pAccumulator);
 
   const TRef<IScanConfiguration> fConfiguration;
+  const std::function<int64_t()> fTickCount;
+  TWorkplaces fWorkplaces;
   // Held while the scan runs. Steps after the scan may use this memory.
   std::optional<TMemoryReserve> fReserve{std::in_place};
   std::unique_ptr<ThreadPool::TWorkerThreadPool> fWorkerThreadPool;

@@ -51,7 +51,9 @@ void TScanJob::Execute() {
     watch.emplace(fCancellationToken, [&thread] { thread.Interrupt(); });
   } catch (const std::bad_alloc&) {  // the job does without
   }
+  fPlace = fEngine.fWorkplaces.Take();
   if (Begin()) ScanAll();
+  fEngine.fWorkplaces.Give(fPlace);
 }
 
 bool TScanJob::Begin() {
@@ -59,8 +61,11 @@ bool TScanJob::Begin() {
   fFromFolder->ExcludeFolderState(fsUpdatePending);
   if (IsCancelled() || !fConfiguration.IsFolderToBeScanned(*fFromFolder)) {
     fFromFolder->ExcludeFolderState(fsScanning);
-  } else if (!fOpen || OpenFolder()) {
+  } else if (!fOpen) {
     return true;
+  } else {
+    const TInsideFolder inside(fPlace, *fFromFolder);
+    if (OpenFolder()) return true;
   }
   TOpenFolder::EndPart(std::move(fParent));
   return false;
@@ -71,10 +76,13 @@ void TScanJob::ScanAll() {
     TakeIn(*fFromFolder, fEnumerator.get(), {}, std::move(fParent));
     return;
   }
-  if (fMode == TScanMode::smRefresh)
-    RefreshFolder();
-  else
-    ScanFolder(*fFromFolder, fEnumerator.get(), std::move(fParent));
+  {
+    const TInsideFolder inside(fPlace, *fFromFolder);
+    if (fMode == TScanMode::smRefresh)
+      RefreshFolder();
+    else
+      ScanFolder(*fFromFolder, fEnumerator.get(), std::move(fParent));
+  }
   fEnumerator = nullptr;
   ScanWaiting();
   fEngine.GiveAccumulator(std::move(fFiles));
@@ -120,6 +128,7 @@ void TScanJob::ScanWaiting() {
       TOpenFolder::EndPart(std::move(next.fParent));
       continue;
     }
+    const TInsideFolder inside(fPlace, *next.fFolder);
     const TRef<IHierarchicalEnumerator> enumerator = Open(next);
     // The parent's handle can close once its last child is open.
     next.fListing = nullptr;
@@ -150,7 +159,11 @@ bool TScanJob::ShouldQueue() const {
 // Turns a waiting folder into a job of its own. False when that fails. The folder then still waits and is scanned by
 // this job.
 bool TScanJob::Queue(TWaiting& pWaiting) {
-  TRef<IHierarchicalEnumerator> enumerator = Open(pWaiting);
+  TRef<IHierarchicalEnumerator> enumerator;
+  {
+    const TInsideFolder inside(fPlace, *pWaiting.fFolder);
+    enumerator = Open(pWaiting);
+  }
   if (!enumerator) return false;
   try {
     fThreadPool.AddWorkItem(

@@ -78,6 +78,7 @@ class TScanJob : public ThreadPool::TBasicWorkItem {
   TRef<TOpenFolder> fParent;
   TRef<IHierarchicalEnumerator> fEnumerator;
   std::function<TScanStart()> fOpen;
+  TWorkplace* fPlace = nullptr;  // while it runs; may stay nullptr
   IScanConfiguration& fConfiguration;
   ThreadPool::TWorkerThreadPool& fThreadPool;
   const bool fFolderDateBasedOnFilesOnly;

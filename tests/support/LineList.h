@@ -16,6 +16,7 @@ class TLineList : public Vantrel::Exporting::ILineOutput {
   size_t fCapacity = SIZE_MAX;
   int fRefused = 0;
   Vantrel::Exporting::TLineWidth fWidth;
+  Vantrel::Exporting::TLineLook fLook;
 
   bool WriteLine(std::string_view pLine) override {
     if (fLines.size() == fCapacity) {
@@ -26,6 +27,7 @@ class TLineList : public Vantrel::Exporting::ILineOutput {
     return true;
   }
   Vantrel::Exporting::TLineWidth LineWidth() const override { return fWidth; }
+  Vantrel::Exporting::TLineLook LineLook() const override { return fLook; }
   int64_t LineCount() const override { return static_cast<int64_t>(fLines.size()); }
 };
 

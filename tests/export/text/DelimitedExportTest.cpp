@@ -137,12 +137,22 @@ TEST(DelimitedExport, NoTwoRowsHaveOnePath) {
 
 TEST(DelimitedExport, ShowsWhatHasChanged) {
   TScannedRoot root([](TMemoryEntry& pTop) {
-    pTop.AddFolder(u"grown").AddFile(u"f", 700, 1024);
+    TMemoryEntry& grown = pTop.AddFolder(u"grown");
+    grown.AddFile(u"f", 700, 1024);
+    grown.AddFile(u"still", 9, 512);
+    TMemoryEntry& swapped = pTop.AddFolder(u"swapped");
+    swapped.AddFile(u"a", 2, 512);
+    swapped.AddFile(u"b", 1, 512);
     pTop.AddFolder(u"added").AddFile(u"f", 30, 512);
     pTop.AddFile(u"own", 4, 512);
   });
   TScannedRoot earlier([](TMemoryEntry& pTop) {
-    pTop.AddFolder(u"grown").AddFile(u"f", 600, 512);
+    TMemoryEntry& grown = pTop.AddFolder(u"grown");
+    grown.AddFile(u"f", 600, 512);
+    grown.AddFile(u"still", 9, 512);
+    TMemoryEntry& swapped = pTop.AddFolder(u"swapped");
+    swapped.AddFile(u"a", 1, 512);
+    swapped.AddFile(u"b", 2, 512);
     pTop.AddFolder(u"lost").AddFolder(u"below").AddFile(u"f", 5, 4096);
     pTop.AddFile(u"own", 4, 512);
   });
@@ -154,11 +164,15 @@ TEST(DelimitedExport, ShowsWhatHasChanged) {
             "Change,File Change,State");
   EXPECT_THAT(Lines(root, Settings(u"fullpath;sizechange;allocatedchange;filechange;state")),
               ElementsAre("Full Path,Size Change,Allocated Change,File Change,State", "/memory,125,-3072,0,",
-                          "/memory/grown,100,512,0,", "/memory/added,30,512,1,new", "/memory/[Files],0,0,0,",
-                          "/memory/lost,-5,-4096,-1,gone", "/memory/lost/below,-5,-4096,-1,gone"));
+                          "/memory/grown,100,512,0,", "/memory/added,30,512,1,new", "/memory/lost,-5,-4096,-1,gone",
+                          "/memory/lost/below,-5,-4096,-1,gone"));
   TMediaSettings files = Settings(u"name;sizechange;allocatedchange;filechange;state;sizechangepercent");
   files.fIncludedObjectTypes = ioFiles;
-  EXPECT_THAT(Lines(root, files), ElementsAre("f,100,512,0,,16.7", "f,30,512,1,new,", "own,0,0,0,,0.0"));
+  EXPECT_THAT(Lines(root, files),
+              ElementsAre("f,100,512,0,,16.7", "f,30,512,1,new,", "a,1,0,0,,100.0", "b,-1,0,0,,-50.0"))
+      << "files that changed, in a folder whose sums are the same, too";
+  files.fShowUnchanged = true;
+  EXPECT_EQ(Lines(root, files).size(), 6u);
   TLineList paths;
   EXPECT_TRUE(TPathListExport(Settings(u"")).Export(*root.fRoot, paths));
   EXPECT_THAT(paths.fLines, ElementsAre("/memory", "/memory/grown", "/memory/added"));

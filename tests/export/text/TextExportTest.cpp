@@ -122,6 +122,52 @@ TEST(FormattedReport, LongNamesAreShortenedOnATerminalOnly) {
   EXPECT_EQ(PathShortenedToWidth("/日本/語.so", 10), "/日…/語.so");  // 3 columns, 1 and 6
 }
 
+// 24 eighths of a bar of 3 columns, 160 of one of 20, each rounded; "#" has whole columns alone.
+TEST(FormattedReport, BarsAreAsLongAsTheShares) {
+  EXPECT_EQ(BarText(1, 3, 8), "███");
+  EXPECT_EQ(BarText(0.5, 3, 8), "█▌");
+  EXPECT_EQ(BarText(0.75, 20, 8), "███████████████");
+  EXPECT_EQ(BarText(0.26, 20, 8), "█████▎");  // 41.6 eighths: 42
+  EXPECT_EQ(BarText(0.26, 20, 2), "█████");   // 10.4 halves: 10
+  EXPECT_EQ(BarText(0.0001, 20, 8), "▏");     // not nothing
+  EXPECT_EQ(BarText(0.0001, 20, 1), "#");
+  EXPECT_EQ(BarText(0.26, 20, 1), "#####");
+  EXPECT_EQ(BarText(0, 20, 8), "");
+  EXPECT_EQ(BarText(1, 0, 8), "");
+  EXPECT_EQ(BarText(7, 2, 1), "##");  // a tree that changes may have shares above the whole
+}
+
+std::string WithoutColors(std::string pLine) {
+  for (size_t begin = pLine.find('\033'); begin != pLine.npos; begin = pLine.find('\033'))
+    pLine.erase(begin, pLine.find('m', begin) + 1 - begin);
+  return pLine;
+}
+
+TEST(FormattedReport, BarsTakeTheRoomThatIsLeftAndColoursNone) {
+  const std::vector<std::pair<int, std::string>> bars = {{60, "########"}, {80, "######"}, {132, "###############"}};
+  for (const auto& [width, bar] : bars) {
+    TReport plain, coloured;
+    plain.fOutput.fWidth = coloured.fOutput.fWidth = {width, true};
+    plain.fOutput.fLook = {false, true, 1};
+    coloured.fOutput.fLook = {true, true, 1};
+    const std::vector<std::string> lines = plain.Of(*MakeRoot());
+    const std::vector<std::string> painted = coloured.Of(*MakeRoot());
+    ASSERT_EQ(lines.size(), painted.size());
+    for (size_t i = 0; i < lines.size(); ++i) {
+      EXPECT_EQ(WithoutColors(painted[i]), lines[i]);
+      EXPECT_LE(DisplayWidth(lines[i]), i < 3 || i + 1 == lines.size() ? INT_MAX : width) << lines[i];
+    }
+    // 75 % of 10 columns, of 8 and of 20: the table without bars takes 53 columns (without "Folders" and "Last
+    // Change"), 75 and 75. The caption of the shares has 3 columns to spare.
+    EXPECT_THAT(lines, testing::Contains(testing::ContainsRegex(" big .* " + bar + " +75.0 %$"))) << width;
+    EXPECT_THAT(painted, testing::Contains(HasSubstr("\033[91m75.0 %\033[0m")));
+    EXPECT_THAT(painted, testing::Contains(HasSubstr("\033[1;34m  big\033[0m ")));
+  }
+  TReport file;
+  for (const std::string& line : file.Of(*MakeRoot()))
+    EXPECT_THAT(line, testing::AllOf(Not(HasSubstr("#")), Not(HasSubstr("\033"))));
+}
+
 TEST(FormattedReport, TellsWhatADriveHoldsBesideTheTree) {
   auto root = MakeRoot();  // 4 MB on the disk
   root->fStorage.fMountPoint = u"/no such place";

@@ -41,6 +41,27 @@ TEST(MetaData, SizesAreWrittenInTheLargestUnitThatFits) {
   for (const auto& [size, text] : cases) EXPECT_EQ(Formatted(TColumn::mdSize, size), text) << size;
 }
 
+TEST(MetaData, DecimalUnitsArePowersOfAThousand) {
+  TValueFormat format;
+  format.fDecimalUnits = true;
+  const std::pair<int64_t, std::string_view> cases[] = {
+      {0, "0 B"},
+      {999, "999 B"},
+      {1000, "1.0 kB"},
+      {-1250, "-1.3 kB"},  // halves away from zero
+      {999'949, "999.9 kB"},
+      {999'950, "1.0 MB"},  // would round to 1,000.0 kB
+      {1'048'576, "1.0 MB"},
+      {1'500'000'000, "1.5 GB"},
+      {999'949'999'999, "999.9 GB"},
+      {1'000'000'000'000'000, "1,000.0 TB"},
+      {std::numeric_limits<int64_t>::min(), "-9,223,372.0 TB"},  // 9,223,372.036854775808
+  };
+  for (const auto& [size, text] : cases) EXPECT_EQ(Formatted(TColumn::mdSize, size, format), text) << size;
+  format.fSizeUnit = TSizeUnit::suKB;
+  EXPECT_EQ(Formatted(TColumn::mdSize, int64_t{6300}, format), "6.3 kB");
+}
+
 TEST(MetaData, SizesFollowTheFormat) {
   TValueFormat format;
   format.fSizeUnit = TSizeUnit::suMB;
