@@ -139,6 +139,8 @@ REFUSED = [
     Row("data --nogui=true", err=("The command line option --nogui takes no value",)),
     Row("--max-depth=1 data -Xdev", err=("Unknown Command line option: --max-depth. Did you mean --depth?",
                                          "Unknown Command line option: -Xdev. Did you mean --one-file-system?")),
+    Row("data -sk --human-readable", err=("Unknown Command line option: -sk. Did you mean -d 0 --SizeUnit KB?",
+                                          "Unknown Command line option: --human-readable. Did you mean --SizeUnit auto?")),
     Row("data --csvv a.csv", err=("Unknown Command line option: --csvv. Did you mean --csv?",)),
     Row("data /EXEL", err=("Unknown Command line option: /EXEL. Did you mean /EXCEL?",)),
     Row("data --KeepFile --qqqq", err=("Unknown Command line option: --KeepFile. Did you mean --KeepFiles?",
@@ -150,8 +152,8 @@ REFUSED = [
                                                              '--CloseAfterExport: "no" is not allowed; expected true|false')),
     Row("data --sortby colour --usecolumns colour --exportedelements 8",
         err=(pattern('--sortby "colour" names no order; expected a column, then ",ascending" or ",descending" if wanted. Columns are '
-                     ".*, Size, .*"),
-             pattern('--usecolumns "colour" names no columns joined with ";". Columns are .*, Size, .*'),
+                     ".*, size, .*"),
+             pattern('--usecolumns "colour" names no columns joined with ";". Columns are .*, size, .*'),
              '--exportedelements "8" is not allowed; expected the sum of 1 for folders, 2 for the files of a folder as one row and '
              "4 for single files")),
     Row("data --exportedelements --sortby", err=("A number was expected after the command line parameter --exportedelements",

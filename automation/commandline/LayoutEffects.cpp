@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "automation/commandline/GeneratedText.h"
 #include "automation/commandline/SwitchEffects.h"
 #include "platform/text/Text.h"
 #include "search/patterns/SizeText.h"
@@ -19,13 +20,6 @@ constexpr int64_t kSmallFolder = 10 << 20;
 template <class TChange>
 void ChangeTextExports(TCommandLineState& pState, const TChange& pChange) {
   for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV}) pChange(pState.fOptions->Media(media));
-}
-
-std::string ColumnNames() {
-  std::string names;
-  for (int column = 0; column < static_cast<int>(TColumn::mdCount); ++column)
-    names.append(column == 0 ? "" : ", ").append(ToUtf8(ColumnInfo(static_cast<TColumn>(column)).fName));
-  return names;
 }
 
 // A size as other programs write it too: "100M" is "100MB". ESizeTextError.
@@ -58,7 +52,7 @@ void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {
     throw EInvalidArgumentValue(ToQuotedDisplay(pColumn) +
                                 " names no order; expected a column, then \",ascending\" or \",descending\" if wanted. "
                                 "Columns are " +
-                                ColumnNames());
+                                ColumnWords(", "));
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fSortOrder = order; });
 }
 
@@ -66,7 +60,7 @@ void UseColumns(TCommandLineState& pState, std::u16string_view pColumns) {
   std::vector<TColumn> columns;
   if (!TryParseColumns(pColumns, columns))
     throw EInvalidArgumentValue(ToQuotedDisplay(pColumns) + " names no columns joined with \";\". Columns are " +
-                                ColumnNames());
+                                ColumnWords(", "));
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fColumns = columns; });
 }
 
