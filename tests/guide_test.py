@@ -134,6 +134,18 @@ def is_on_whole_system(command):
     return re.search(r" /usr\b| / ", command) is not None
 
 
+def count_usr():
+    """What a walk says of /usr: allocated size, files, folders, size."""
+    allocated = size = files = folders = 0
+    for path, inner, names in os.walk("/usr"):
+        for status in (os.lstat(os.path.join(path, name)) for name in inner + names):
+            if stat.S_ISDIR(status.st_mode):
+                folders += 1
+            else:
+                files, size, allocated = files + 1, size + status.st_size, allocated + 512 * status.st_blocks // status.st_nlink
+    return allocated, files, folders, size
+
+
 class Disk:
     """What a walk says of the folders and files of the disk, by path."""
 
@@ -168,7 +180,7 @@ class GuideTest(unittest.TestCase):
         self.days = (datetime.date.fromtimestamp(self.now) - datetime.datetime.strptime(day, "%d %B %Y").date()).days
         guide_tree.plant(self.top, self.now)
         self.hand_over()
-        self.disk, self.before = Disk(self.top), None
+        self.disk, self.before, self.usr = Disk(self.top), None, (0, 0, 0, 0)
 
     def hand_over(self):
         """The commands run without root's rights, for which no folder is closed."""
@@ -266,11 +278,20 @@ class GuideTest(unittest.TestCase):
                 shown = part["shown"] or ""
                 if is_on_whole_system(command):
                     self.assertEqual(shape(shown), shape(output))
+                    self.check_usr(output, " -xa" in command)
                 else:
                     self.assertEqual(compared(shown), compared(self.as_in_guide(output)))
                     self.check_figures(command, output)
                 self.check_files(command)
         self.assertGreater(ran, 25)
+
+    def check_usr(self, output, is_size):
+        """The totals of each report, unless /usr has changed since it was walked."""
+        for line in re.finditer(r"(?m)^  /usr - (\S+ \wB) - (\S+) files - (\S+) folders", output):
+            shown = lambda: (sized(self.usr[3 if is_size else 0]), f"{self.usr[1]:,}", f"{self.usr[2]:,}")
+            if line.groups() != shown():
+                self.usr = count_usr()
+            self.assertEqual(line.groups(), shown())
 
     def check_switches(self, command):
         """Of a command that cannot run here: each of its switches is known."""
@@ -368,22 +389,21 @@ class GuideTest(unittest.TestCase):
     # --- what is checked beyond the small disk ---
 
     def test_totals_of_usr_are_those_of_a_walk(self):
-        def count():
-            total = [0, 0, 0]
-            for path, folders, names in os.walk("/usr"):
-                for name in folders + names:
-                    status = os.lstat(os.path.join(path, name))
-                    if stat.S_ISDIR(status.st_mode):
-                        total[2] += 1
-                    else:
-                        total[0], total[1] = total[0] + status.st_size, total[1] + 1
-            return total
-
-        before = count()
-        output, _ = self.run_command("vantrel -x /usr -d 0 --csv - --usecolumns size,files,folders")
-        if count() != before:
+        before = count_usr()
+        output, _ = self.run_command("vantrel -x /usr -d 0 --csv - --usecolumns allocated,files,folders,size 2> /dev/null")
+        if count_usr() != before:
             self.skipTest("/usr has changed meanwhile")
-        self.assertEqual([int(cell) for cell in output.split("\n")[1].split(",")], before)
+        self.assertEqual(tuple(int(cell) for cell in output.split("\n")[1].split(",")), before)
+
+    def test_the_readme_is_true(self):
+        text = (ROOT / "README.md").read_text(encoding="utf-8")
+        command, shown = re.search(r"`./run (.*)` prints:\n\n((?:    .*\n|\n)+)", text).groups()
+        output, _ = self.run_command(f"vantrel {command} 2> /dev/null")
+        self.assertEqual(shape(re.sub("(?m)^    ", "", shown)), shape(output))
+        commands = re.findall(r"(?m)(?:^    |`)(?:vantrel|./run) ([^`#\n]*)", text)
+        self.assertGreater(len(commands), 8)
+        for command in commands:
+            self.check_switches("vantrel " + command.split("|")[0] + " ")
 
     def test_every_link_leads_somewhere(self):
         for page in [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]:

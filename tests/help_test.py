@@ -170,7 +170,7 @@ class HelpTest(unittest.TestCase):
             explanation, values = help_on(name[2:]).split("\n")[:2]
             self.assertIn(words(explanation), plain)
             self.assertIn(words(values.split(", default ")[0]), plain)
-        for shown in (r"/SCAN D:\Data;E:\Shares", r"C:\reports\data.xml.zip", r"%APPDATA%\Vantrel\options.xml",
+        for shown in (r"""/SCAN "D:\Data;E:\Shares" """, r"C:\reports\data.xml.zip", r"%APPDATA%\Vantrel\options.xml",
                       r"%LOCALAPPDATA%\Vantrel\history.db"):
             self.assertIn(shown, page)
 

@@ -79,18 +79,19 @@ std::string LineOfThisSystem(std::string_view pLine) {
 
 const std::vector<TExample>& Examples() {
   static const std::vector<TExample> examples = {
-      {"A full disk, without others that are mounted in it: the folders, the largest files, the types of files",
+      {"A full disk without others mounted inside: folders, largest files, types of files",
        "vantrel -x / --topfileslist --topfolderslist --filetypeslist"},
-      {"What has been kept for long and is large", "vantrel /data --search 'size:>100MB modified:>1year'"},
-      {"Each night at five, as a line of a crontab: files with the date in their names, and a row in the history",
+      {"Large files that were last changed long ago", "vantrel /data --search \"size:>100MB modified:>1year\""},
+      {"Each morning at five, as a line of a crontab: files with their date, and the history",
        "0 5 * * * vantrel -x /data --csv /srv/reports/data.csv --xml /srv/reports/data.xml.zip --date "
        "--record-history"},
-      {"The same on Windows, as the command of a task; /NOGUI says that no user is there",
-       "vantrel.exe /NOGUI /SCAN D:\\Data;E:\\Shares /CSV C:\\reports\\data.csv /XML C:\\reports\\data.xml.zip /DATE "
+      {"The same on Windows, for a task; /NOGUI says that no user is there",
+       "vantrel.exe /NOGUI /SCAN \"D:\\Data;E:\\Shares\" /CSV C:\\reports\\data.csv /XML C:\\reports\\data.xml.zip "
+       "/DATE "
        "/RECORD-HISTORY"},
       {"What has grown since the newest of these files from before today", "vantrel /data --compare /srv/reports"},
       {"How a folder has grown over all recorded scans", "vantrel --history /data"},
-      {"By mail, through sendmail", "vantrel /home --exclude '*.tmp;*.bak' --email admin@example.org"},
+      {"By mail, through sendmail", "vantrel /home --exclude \"*.tmp;*.bak\" --email admin@example.org"},
       {"By mail, through a server; the password is in VANTREL_PASSWORD",
        "vantrel /home --email admin@example.org --MailServer mail.example.org --MailUser reports@example.org"},
       {"The paths of all files, for another program",

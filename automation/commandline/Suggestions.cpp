@@ -41,6 +41,8 @@ struct TForeignName {
 
 // Names that other programs of this kind, find and grep have for the same.
 constexpr TForeignName kForeignNames[] = {
+    {u"age", "--ageoffiles"},
+    {u"ages", "--ageoffiles"},
     {u"all", "--filesintree"},
     {u"apparent", "--apparent-size"},
     {u"b", "-a --SizeUnit B"},
@@ -55,9 +57,11 @@ constexpr TForeignName kForeignNames[] = {
     {u"exclude-from", "--importpatterns"},
     {u"file-types", "--extensionslist"},
     {u"files", "--filesintree"},
+    {u"filetypes", "--filetypeslist"},
     {u"follow", "--FollowSymbolicLinks"},
     {u"follow-links", "--FollowSymbolicLinks"},
     {u"follow-symlinks", "--FollowSymbolicLinks"},
+    {u"extensions", "--extensionslist"},
     {u"f", "--open"},
     {u"format", "--output FILE, whose extension says the format"},
     {u"group-by", "--extensionslist, --filetypeslist or --userslist"},
@@ -88,6 +92,7 @@ constexpr TForeignName kForeignNames[] = {
     {u"num-lines", "--top"},
     {u"number-of-lines", "--top"},
     {u"output-file", "--output"},
+    {u"owners", "--userslist"},
     {u"same-file-system", "--one-file-system"},
     {u"sb", "-d 0 -a --SizeUnit B"},
     {u"sh", "-d 0"},  // as du has it: sizes are for people already
@@ -98,6 +103,10 @@ constexpr TForeignName kForeignNames[] = {
     {u"t", "--top or --min"},
     {u"threads", "--MaximumThreads"},
     {u"threshold", "--min"},
+    {u"top-files", "--topfileslist"},
+    {u"topfiles", "--topfileslist"},
+    {u"topfolders", "--topfolderslist"},
+    {u"types", "--filetypeslist"},
     {u"users", "--userslist"},
     {u"xdev", "--one-file-system"},
 };
