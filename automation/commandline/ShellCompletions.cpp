@@ -327,12 +327,9 @@ std::vector<std::string> BashCompletions() {
   const std::vector<TCompletion> completions = Completions();
   std::string names;
   for (const TCompletion& completion : completions) names.append(names.empty() ? "" : " ").append(completion.fName);
-  TLines lines = {"# Completions of vantrel for bash 4 and later.",
-                  "_vantrel()",
-                  "{",
-                  "    local names='" + names + "'",
-                  "    local columns='" + ColumnWords(" ") + "'",
-                  std::string(kBashBegin)};
+  TLines lines = {
+      "# Completions of vantrel for bash 4 and later.", "_vantrel()",           "{", "    local names='" + names + "'",
+      "    local columns='" + ColumnWords(" ") + "'",   std::string(kBashBegin)};
   for (const auto& [action, pattern] : BashBranches(completions))
     lines.push_back(fmt::format("        {}) {} ;;", pattern, action));
   lines.emplace_back(kBashEnd);
@@ -340,9 +337,7 @@ std::vector<std::string> BashCompletions() {
 }
 
 std::vector<std::string> ZshCompletions() {
-  TLines lines = {std::string(kZshBegin),
-                  "  local -a columns=(" + ColumnWords(" ") + ")",
-                  "  local -a names=("};
+  TLines lines = {std::string(kZshBegin), "  local -a columns=(" + ColumnWords(" ") + ")", "  local -a names=("};
   for (const TCompletion& completion : Completions()) lines.push_back(ZshLine(completion));
   lines.emplace_back(kZshEnd);
   return AsOneText(lines, "#");
