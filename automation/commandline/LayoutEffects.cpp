@@ -46,6 +46,14 @@ void Expand(TCommandLineState& pState, std::u16string_view pLevel) {
   });
 }
 
+void LimitDepth(TCommandLineState& pState, std::u16string_view pLevel) {
+  int64_t level = 0;
+  if (!TryParseInt64(ToUtf8(pLevel), level) || level < -1)
+    throw EInvalidArgumentValue(ToQuotedDisplay(pLevel) +
+                                " is not allowed; expected a number of levels, or -1 for all");
+  Expand(pState, pLevel);
+}
+
 void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {
   std::optional<TSortOrder> order;
   if (!TryParseSortOrder(pColumn, order))

@@ -268,8 +268,8 @@ constexpr TSwitch kSwitches[] = {
      "0 is the top alone, -1 is all levels. Without this switch the report on the console shows one level, files all. "
      "XML "
      "files hold all levels unless XMLLevels limits them."},
-    Short(u"DEPTH", vkText, kOnce, Expand, "A level"),
-    Short(u"D", vkText, kOnce, Expand, "A level"),
+    Short(u"DEPTH", vkText, kOnce, LimitDepth, "A level"),
+    Short(u"D", vkText, kOnce, LimitDepth, "A level"),
     {Dashed(u"TOP", vkText, kOnce), srUsual, "NUMBER", "most rows of a folder or list; 0 for all", LimitRows,
      "A number",
      "The report on the console shows 20, unless --expand says how deep it goes. One row sums up the others."},
