@@ -32,6 +32,7 @@ import sys
 import tempfile
 import time
 import unittest
+import unittest.mock
 import xml.etree.ElementTree
 
 import guide_tree
@@ -41,7 +42,8 @@ from program_test import ordinary_user
 ROOT = pathlib.Path(__file__).parents[1]
 GUIDE = ROOT / "docs/guide.md"
 DISK, REPORTS, WORK = "/srv/data", "/srv/reports", "/home/anna"
-PART = re.compile(r"^```(?P<kind>\w+)(?: (?P<how>\S+))?\n(?P<text>.*?)^```\n(?:\n```text\n(?P<shown>.*?)^```\n)?|^<!-- (?P<step>.*?) -->\n", re.M | re.S)
+PART = re.compile(r"^```(?P<kind>\w+)(?: (?P<how>\S+))?\n(?P<text>.*?)^```\n(?:\n```text\n(?P<shown>.*?)^```\n)?"
+                  r"|^<!-- (?P<step>.*?) -->\n", re.M | re.S)
 RULES = (  # what differs between two runs of one command on one disk
     (r"\b12:0\d:\d\d\b", "12:00:00"),  # when it ran
     (r"in \d+\.\d+ seconds(?: \(.*? entries per second\))?", "in 0.00 seconds"),
@@ -170,7 +172,10 @@ class GuideTest(unittest.TestCase):
         self.program = self.home / "bin/vantrel"
         self.program.parent.mkdir()
         shutil.copy(os.environ["VANTREL_LINUX"], self.program)
-        os.environ["TZ"] = noon_clock()
+        zone = unittest.mock.patch.dict(os.environ, TZ=noon_clock())
+        self.addCleanup(time.tzset)
+        zone.start()
+        self.addCleanup(zone.stop)
         time.tzset()
         self.now = time.time()
         self.environment = {"PATH": f"{self.program.parent}:{os.environ['PATH']}", "TZ": os.environ["TZ"], "LC_ALL": "C.UTF-8",
@@ -296,7 +301,8 @@ class GuideTest(unittest.TestCase):
     def check_switches(self, command):
         """Of a command that cannot run here: each of its switches is known."""
         indicator = "/|--?" if "vantrel.exe" in command else "--?"
-        for name in re.findall(rf"(?:^|\s)(?:{indicator})([A-Za-z][\w-]*)", command[re.search("vantrel(?:[.]exe)? ", command).end() - 1:] if "schtasks" not in command else ""):
+        arguments = re.search("vantrel(?:[.]exe)?( .*)", command, re.S)[1] if "schtasks" not in command else ""
+        for name in re.findall(rf"(?:^|\s)(?:{indicator})([A-Za-z][\w-]*)", arguments):
             run = subprocess.run([self.program, "--help", name], capture_output=True, check=False)
             self.assertEqual((run.returncode, run.stderr), (0, b""), name)
 

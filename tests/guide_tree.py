@@ -32,6 +32,7 @@ FILES = (  # path, bytes, days since the last change
     ("photos/copy of 2019/beach.jpg", 3 * MB, 2600.2),
     ("photos/copy of 2019/harbour.jpg", 2 * MB + 512 * KB, 2601.2),
     ("vm/disk.img", 2 * MB, 3.2),
+    ("vm/test/test.img", 3 * MB, 30.4),
     ("web/app.js", 40 * KB, 90.2),
     ("web/index.html", 12 * KB, 90.2),
     ("web/uploads/film.mp4", 5 * MB + 512 * KB, 200.2),
@@ -41,8 +42,9 @@ FILES = (  # path, bytes, days since the last change
 SPARSE = {"vm/disk.img": 32 * MB}  # the length; the bytes above are stored
 TEXTS = {"web/app.js": b"const apiKey = 'k-1234';\n"}
 EMPTY_FOLDERS = ("mail/archive",)
-WEEK = (("log/access.log", 21 * MB, 0.2), ("backup/shop-4.sql.gz", 13 * MB + 512 * KB, 0.4), ("mail/anna.mbox", 6 * MB + 812 * KB, 0.3))
-WEEK_GONE = ("backup/shop-1.sql.gz",)
+WEEK = (("log/access.log", 21 * MB, 0.2), ("backup/shop-4.sql.gz", 13 * MB + 512 * KB, 0.4), ("mail/anna.mbox", 6 * MB + 812 * KB, 0.3),
+        ("photos/2026/snow.jpg", 5 * MB + 200 * KB, 3.3))
+WEEK_GONE = ("backup/shop-1.sql.gz", "vm/test/test.img", "vm/test")
 
 
 def put(top, now, name, size, days):
@@ -74,7 +76,7 @@ def let_a_week_pass(top, now, work, database):
     for entry in WEEK:
         put(top, now, *entry)
     for name in WEEK_GONE:
-        (top / name).unlink()
+        (top / name).rmdir() if (top / name).is_dir() else (top / name).unlink()
     date_folders(top, now)
     today = datetime.date.fromtimestamp(now)
     for path in [path for folder in work for path in sorted(folder.glob("*.xml.zip"))]:
