@@ -22,15 +22,20 @@ namespace Vantrel::CommandLine {
 
 namespace {
 
-// "-xd" as "-x", "-d": one-letter switches, of which only the last may take a value. Empty for any other token.
+// "-xd" as "-x", "-d", and "-xd2" as "-x", "-d2": one-letter switches, of which only the last may take a value. Empty
+// for any other token.
 std::vector<std::u16string> LettersApart(const Vantrel::TKivCommandLineParser& pParser, std::u16string_view pToken) {
   std::vector<std::u16string> letters;
   if (!pToken.starts_with(u'-') || pToken.starts_with(u"--")) return letters;
-  for (const char16_t letter : pToken.substr(1)) {
-    letters.push_back({u'-', letter});
+  for (size_t i = 1; i < pToken.size(); ++i) {
+    letters.push_back({u'-', pToken[i]});
     const Vantrel::TCommandLineItem* item = pParser.FindRegistered(letters.back());
-    const bool isLast = letters.size() == pToken.size() - 1;
-    if (item == nullptr || !(isLast || item->fValueKind == TValueKind::vkNone)) return {};
+    if (item == nullptr) return {};
+    if (item->fValueKind == TValueKind::vkNone) continue;
+    const std::u16string_view rest = pToken.substr(i + 1);
+    if (rest.find_first_not_of(u"0123456789") != rest.npos) return {};
+    letters.back() += rest;
+    break;
   }
   return letters;
 }

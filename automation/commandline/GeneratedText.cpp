@@ -1,5 +1,6 @@
 #include "automation/commandline/GeneratedText.h"
 
+#include "model/columns/MetaData.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::CommandLine {
@@ -17,6 +18,19 @@ std::string SwitchName(const TSwitch& pSwitch) {
 std::string TypedName(const TSwitch& pSwitch) {
   const std::string name = SwitchName(pSwitch);
   return pSwitch.fItem.fName.size() == 1 ? name.substr(1) : name;
+}
+
+std::string DetailsOf(const TSwitch& pSwitch) {
+  const std::string details(pSwitch.fDetails);
+  if (!pSwitch.fValueText.starts_with("COLUMN")) return details;
+  return details + (details.empty() ? "" : " ") + "Columns are " + ColumnWords(", ") + ".";
+}
+
+std::string ColumnWords(std::string_view pBetween) {
+  std::string words;
+  for (int column = 0; column < static_cast<int>(TColumn::mdCount); ++column)
+    words.append(words.empty() ? "" : pBetween).append(ToUtf8(ColumnInfo(static_cast<TColumn>(column)).fName));
+  return LowerText(words);
 }
 
 std::vector<std::string> AsOneText(const std::vector<std::string>& pLines, std::string_view pCommentSign) {

@@ -2,11 +2,15 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "automation/commandline/ExitCodes.h"
 #include "automation/commandline/GeneratedText.h"
 #include "automation/commandline/ManualPage.h"
 #include "automation/commandline/ShellCompletions.h"
 #include "automation/commandline/SwitchTable.h"
+#include "platform/files/Paths.h"
 #include "platform/text/Text.h"
 
 namespace Vantrel::CommandLine {
@@ -54,7 +58,7 @@ std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
   if (main.fRank == TSwitchRank::srNotBuilt) return {NameOf(main), "  " + std::string(main.fHelp)};
   std::vector<std::string> lines = {NameOf(main)};
   AppendWrapped(lines, main.fHelp, "  ");
-  AppendWrapped(lines, main.fDetails, "  ");
+  AppendWrapped(lines, DetailsOf(main), "  ");
   std::string aliases;
   for (const TSwitch* alias = &main + 1; alias->fRank == TSwitchRank::srAlias; ++alias)
     aliases.append(aliases.empty() ? "" : ", ").append(TypedName(*alias));
@@ -63,7 +67,41 @@ std::vector<std::string> SwitchHelpText(const TSwitch& pNamed) {
   return lines;
 }
 
+std::string LineOfThisSystem(std::string_view pLine) {
+  std::string line(pLine);
+  if (NativePathDelimiter() == u'/') return line;
+  if (const size_t path = line.find("/data"); path != line.npos) line.replace(path, 5, "D:\\Data");
+  std::ranges::replace(line, '\'', '"');
+  return line;
+}
+
 }  // namespace
+
+const std::vector<TExample>& Examples() {
+  static const std::vector<TExample> examples = {
+      {"A full disk without others mounted inside: folders, largest files, types of files",
+       "vantrel -x / --topfileslist --topfolderslist --filetypeslist"},
+      {"Large files that were last changed long ago", "vantrel /data --search \"size:>100MB modified:>1year\""},
+      {"Each morning at five, as a line of a crontab: files with their date, and the history",
+       "0 5 * * * vantrel -x /data --csv /srv/reports/data.csv --xml /srv/reports/data.xml.zip --date "
+       "--record-history"},
+      {"The same on Windows, for a task; /NOGUI says that no user is there",
+       "vantrel.exe /NOGUI /SCAN \"D:\\Data;E:\\Shares\" /CSV C:\\reports\\data.csv /XML C:\\reports\\data.xml.zip "
+       "/DATE "
+       "/RECORD-HISTORY"},
+      {"What has grown since the newest of these files from before today", "vantrel /data --compare /srv/reports"},
+      {"How a folder has grown over all recorded scans", "vantrel --history /data"},
+      {"By mail, through sendmail", "vantrel /home --exclude \"*.tmp;*.bak\" --email admin@example.org"},
+      {"By mail, through a server; the password is in VANTREL_PASSWORD",
+       "vantrel /home --email admin@example.org --MailServer mail.example.org --MailUser reports@example.org"},
+      {"The paths of all files, for another program",
+       "vantrel /data --pathlist - --null --filesintree | xargs -0 ls -ld"},
+      {"Files as CSV, with columns of your choice",
+       "vantrel /data --csv - --exportedelements 4 --usecolumns fullpath,size,lastchange,owner"},
+      {"An NTFS disk that is not mounted", "vantrel ntfs:/dev/sdb1"},
+  };
+  return examples;
+}
 
 const std::vector<TExitCodeInfo>& ExitCodes() {
   static const std::vector<TExitCodeInfo> codes = {
@@ -80,9 +118,13 @@ const std::vector<TExitCodeInfo>& ExitCodes() {
 
 const std::vector<THelpTopic>& HelpTopics() {
   static const std::vector<THelpTopic> topics = {
-      {"switches", "all switches", SwitchesHelpText}, {"options", "all options", OptionsHelpText},
-      {"man", "the manual page", ManualPage},         {"bash", "completions for bash", BashCompletions},
-      {"zsh", "completions for zsh", ZshCompletions}, {"fish", "completions for fish", FishCompletions},
+      {"examples", "lines to copy for larger tasks", ExamplesHelpText},
+      {"switches", "all switches", SwitchesHelpText},
+      {"options", "all options", OptionsHelpText},
+      {"man", "the manual page", ManualPage},
+      {"bash", "completions for bash", BashCompletions},
+      {"zsh", "completions for zsh", ZshCompletions},
+      {"fish", "completions for fish", FishCompletions},
   };
   return topics;
 }
@@ -99,28 +141,41 @@ std::vector<std::string> UsageText() {
   return {std::string(kUsage), "Try \"vantrel --help\"."};
 }
 
-// What people do with the program, each as a line to copy.
+// What people do with the program, each as a line to copy. On Windows with its paths, and with the quotes that all of
+// its shells know: cmd.exe takes '>' between single quotes for a redirection.
 std::vector<std::string> HelpText() {
-  return {std::string(kUsage),
-          "Shows where the space of each path has gone, or of the current folder.",
-          "",
-          "  vantrel -d 2 /data                         folders, two levels deep",
-          "  vantrel -x /data --topfileslist -n 50      a full disk: the largest files, too",
-          "  vantrel /data --filetypeslist --ageoffiles what it is, and how old",
-          "  vantrel /data --search 'size:>1GB'         find files",
-          "  vantrel /data --duplicates                 what is there twice",
-          "  vantrel /data --treemap data.svg           a picture",
-          "  vantrel /data --xml old.xml.zip            keep a scan ...",
-          "  vantrel /data --compare old.xml.zip        ... and see what has grown since",
-          "  vantrel /data --csv - --filesintree        every file, for a script",
-          "  vantrel /data --exclude '*.tmp' --min 1%   without some files or trifles",
-          "",
-          "-d LEVELS deep, -n ROWS at most, -s COLUMN for the order, -r reversed, -x on one",
-          "file system, -a size of contents first, -o FILE to write, -q without progress.",
-          "",
-          "More: --help switches, --help options, --help NAME for one of them, --version.",
-          "Exit code: 0 all read and written, 1 some folders unreadable, 2 wrong command",
-          "line, 3 a path not scanned, 4 stopped, 5 an output failed, 6 a fault."};
+  constexpr std::pair<std::string_view, std::string_view> kTasks[] = {
+      {"vantrel -d 2 /data", "folders, two levels deep"},
+      {"vantrel -x /data --topfileslist -n 50", "a full disk: the largest files"},
+      {"vantrel /data --filetypeslist --ageoffiles", "what it is, and how old"},
+      {"vantrel /data --search 'size:>1GB'", "find files"},
+      {"vantrel /data --duplicates", "what is there twice"},
+      {"vantrel /data --treemap data.svg", "a picture"},
+      {"vantrel /data --xml old.xml.zip", "keep a scan ..."},
+      {"vantrel /data --compare old.xml.zip", "... and see what has grown since"},
+      {"vantrel /data --csv - --filesintree", "every file, for a script"},
+      {"vantrel /data --exclude '*.tmp' --min 1%", "without some files or trifles"},
+  };
+  std::vector<std::string> lines = {std::string(kUsage),
+                                    "Shows where the space of each path has gone, or of the current folder.", ""};
+  for (const auto& [command, meaning] : kTasks)
+    lines.push_back(fmt::format("  {:<44} {}", LineOfThisSystem(command), meaning));
+  lines.insert(lines.end(), {"", "-d LEVELS deep, -n ROWS at most, -s COLUMN for the order, -r reversed, -x on one",
+                             "file system, -a size of contents first, -o FILE to write, -q without progress.", "",
+                             "More: --help examples (each night, mail, scripts), --help switches,",
+                             "--help options, --help NAME for one of them, --version.",
+                             "Exit code: 0 all read and written, 1 some folders unreadable, 2 wrong command",
+                             "line, 3 a path not scanned, 4 stopped, 5 an output failed, 6 a fault."});
+  return lines;
+}
+
+std::vector<std::string> ExamplesHelpText() {
+  std::vector<std::string> lines;
+  for (const TExample& example : Examples()) {
+    if (!lines.empty()) lines.emplace_back();
+    lines.insert(lines.end(), {std::string(example.fTask) + ":", "  " + std::string(example.fLine)});
+  }
+  return lines;
 }
 
 std::vector<std::string> SwitchesHelpText() {

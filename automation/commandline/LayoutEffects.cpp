@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "automation/commandline/GeneratedText.h"
 #include "automation/commandline/SwitchEffects.h"
 #include "platform/text/Text.h"
 #include "search/patterns/SizeText.h"
@@ -19,13 +20,6 @@ constexpr int64_t kSmallFolder = 10 << 20;
 template <class TChange>
 void ChangeTextExports(TCommandLineState& pState, const TChange& pChange) {
   for (const TMediaType media : {TMediaType::mtText, TMediaType::mtCSV}) pChange(pState.fOptions->Media(media));
-}
-
-std::string ColumnNames() {
-  std::string names;
-  for (int column = 0; column < static_cast<int>(TColumn::mdCount); ++column)
-    names.append(column == 0 ? "" : ", ").append(ToUtf8(ColumnInfo(static_cast<TColumn>(column)).fName));
-  return names;
 }
 
 // A size as other programs write it too: "100M" is "100MB". ESizeTextError.
@@ -52,13 +46,21 @@ void Expand(TCommandLineState& pState, std::u16string_view pLevel) {
   });
 }
 
+void LimitDepth(TCommandLineState& pState, std::u16string_view pLevel) {
+  int64_t level = 0;
+  if (!TryParseInt64(ToUtf8(pLevel), level) || level < -1)
+    throw EInvalidArgumentValue(ToQuotedDisplay(pLevel) +
+                                " is not allowed; expected a number of levels, or -1 for all");
+  Expand(pState, pLevel);
+}
+
 void SortBy(TCommandLineState& pState, std::u16string_view pColumn) {
   std::optional<TSortOrder> order;
   if (!TryParseSortOrder(pColumn, order))
     throw EInvalidArgumentValue(ToQuotedDisplay(pColumn) +
                                 " names no order; expected a column, then \",ascending\" or \",descending\" if wanted. "
                                 "Columns are " +
-                                ColumnNames());
+                                ColumnWords(", "));
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fSortOrder = order; });
 }
 
@@ -66,7 +68,7 @@ void UseColumns(TCommandLineState& pState, std::u16string_view pColumns) {
   std::vector<TColumn> columns;
   if (!TryParseColumns(pColumns, columns))
     throw EInvalidArgumentValue(ToQuotedDisplay(pColumns) +
-                                " names no columns joined with \",\" or \";\". Columns are " + ColumnNames());
+                                " names no columns joined with \",\" or \";\". Columns are " + ColumnWords(", "));
   ChangeTextExports(pState, [&](TMediaSettings& pSettings) { pSettings.fColumns = columns; });
 }
 

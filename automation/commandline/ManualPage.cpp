@@ -43,7 +43,7 @@ Those of true and false become true without a value.)";
 constexpr std::string_view kExitStatus = R"(.SH EXIT STATUS
 Of several paths and outputs the highest code counts.)";
 
-constexpr std::string_view kEnd = R"(.SH ENVIRONMENT
+constexpr std::string_view kFiles = R"(.SH ENVIRONMENT
 .TP
 .B NO_COLOR
 When it is set and not empty, messages on a terminal have no colour.
@@ -67,57 +67,9 @@ Windows \fI%APPDATA%\eVantrel\eoptions.xml\fR.
 .TP
 .I ~/.local/share/vantrel/history.db
 The totals of the scans with \fB\-\-record\-history\fR, unless \fB\-\-HistoryFile\fR names another file; on Windows
-\fI%LOCALAPPDATA%\eVantrel\ehistory.db\fR.
-.SH EXAMPLES
-What takes the space in a folder, two levels deep, with the largest files:
-.PP
-.RS
-.nf
-vantrel ~/projects \-\-expand 2 \-\-topfileslist
-.fi
-.RE
-.PP
-Reports for every morning, with the date in their names; as a scheduled task on Windows and as a line of a crontab:
-.PP
-.RS
-.nf
-vantrel /NOGUI /SCAN D:\eData;E:\eShares /EXPAND 3 /CSV C:\ereports\edata.csv /XML C:\ereports\edata.xml.zip /DATE
-0 5 * * * vantrel \-\-scan /data \-\-expand 3 \-\-csv /srv/reports/data.csv \-\-xml /srv/reports/data.xml.zip \-\-date
-.fi
-.RE
-.PP
-What has changed since one of them:
-.PP
-.RS
-.nf
-vantrel /data \-\-compare /srv/reports/data_2026\-01\-31.xml.zip
-.fi
-.RE
-.PP
-What lies on one disk and not on those mounted into it, most files first:
-.PP
-.RS
-.nf
-vantrel / \-\-StayOnFileSystem \-\-sortby files
-.fi
-.RE
-.PP
-How a folder has grown over all scans of it, the one made now included:
-.PP
-.RS
-.nf
-vantrel /data \-\-record\-history \-\-history /data
-.fi
-.RE
-.PP
-The homes without temporary files, by mail:
-.PP
-.RS
-.nf
-vantrel /home \-\-exclude "*.tmp;*.bak" \-\-email admin@example.org
-.fi
-.RE
-.SH SEE ALSO
+\fI%LOCALAPPDATA%\eVantrel\ehistory.db\fR.)";
+
+constexpr std::string_view kEnd = R"(.SH SEE ALSO
 .BR du (1),
 .BR ncdu (1))";
 
@@ -168,7 +120,7 @@ void AppendSwitch(TLines& pLines, std::span<const TSwitch> pSwitchAndAliases) {
   for (const TSwitch& spelling : pSwitchAndAliases) tag.append(tag.empty() ? "" : ", ").append(ShownName(spelling));
   if (!main.fValueText.empty()) tag += fmt::format(" \\fI{}\\fR", Escaped(main.fValueText));
   pLines.insert(pLines.end(), {".TP", tag, Sentence(main.fHelp)});
-  if (!main.fDetails.empty()) pLines.push_back(Escaped(main.fDetails));
+  if (const std::string details = DetailsOf(main); !details.empty()) pLines.push_back(Escaped(details));
   if (!main.fItem.fRepeatable) pLines.emplace_back("May be given once.");
 }
 
@@ -199,6 +151,14 @@ void AppendOptions(TLines& pLines) {
   }
 }
 
+void AppendExamples(TLines& pLines) {
+  pLines.emplace_back(".SH EXAMPLES");
+  for (const TExample& example : Examples())
+    pLines.insert(pLines.end(),
+                  {Escaped(example.fTask) + ":", ".PP", ".RS", ".nf", Escaped(example.fLine), ".fi", ".RE", ".PP"});
+  pLines.pop_back();  // no paragraph before the next heading
+}
+
 }  // namespace
 
 std::vector<std::string> ManualPage() {
@@ -208,6 +168,8 @@ std::vector<std::string> ManualPage() {
   lines.emplace_back(kExitStatus);
   for (const TExitCodeInfo& code : ExitCodes())
     lines.insert(lines.end(), {".TP", fmt::format("\\fB{}\\fR", code.fCode), Sentence(code.fMeaning)});
+  lines.emplace_back(kFiles);
+  AppendExamples(lines);
   lines.emplace_back(kEnd);
   return AsOneText(lines, ".\\\"");
 }

@@ -125,14 +125,6 @@ std::vector<TCompletion> Completions() {
   return completions;
 }
 
-std::string ColumnWords() {
-  std::string words;
-  for (int column = 0; column < static_cast<int>(Vantrel::TColumn::mdCount); ++column)
-    words.append(words.empty() ? "" : " ")
-        .append(Vantrel::ToUtf8(Vantrel::ColumnInfo(static_cast<Vantrel::TColumn>(column)).fName));
-  return LowerText(words);
-}
-
 // The text with a backslash before each of the characters.
 std::string WithBackslashes(std::string_view pText, std::string_view pCharacters) {
   std::string result;
@@ -322,9 +314,9 @@ std::string FishAction(const TCompletion& pCompletion) {
     case TFollow::foWord:
       return fmt::format(" -x -a '{}'", pCompletion.fWords);
     case TFollow::foColumns:
-      return fmt::format(" -x -a '(__vantrel_list \"[,;]\" {})'", ColumnWords());
+      return fmt::format(" -x -a '(__vantrel_list \"[,;]\" {})'", ColumnWords(" "));
     case TFollow::foOrder:
-      return fmt::format(" -x -a '(__vantrel_order {})'", ColumnWords());
+      return fmt::format(" -x -a '(__vantrel_order {})'", ColumnWords(" "));
   }
   return {};
 }
@@ -337,7 +329,7 @@ std::vector<std::string> BashCompletions() {
   for (const TCompletion& completion : completions) names.append(names.empty() ? "" : " ").append(completion.fName);
   TLines lines = {
       "# Completions of vantrel for bash 4 and later.", "_vantrel()",           "{", "    local names='" + names + "'",
-      "    local columns='" + ColumnWords() + "'",      std::string(kBashBegin)};
+      "    local columns='" + ColumnWords(" ") + "'",   std::string(kBashBegin)};
   for (const auto& [action, pattern] : BashBranches(completions))
     lines.push_back(fmt::format("        {}) {} ;;", pattern, action));
   lines.emplace_back(kBashEnd);
@@ -345,7 +337,7 @@ std::vector<std::string> BashCompletions() {
 }
 
 std::vector<std::string> ZshCompletions() {
-  TLines lines = {std::string(kZshBegin), "  local -a columns=(" + ColumnWords() + ")", "  local -a names=("};
+  TLines lines = {std::string(kZshBegin), "  local -a columns=(" + ColumnWords(" ") + ")", "  local -a names=("};
   for (const TCompletion& completion : Completions()) lines.push_back(ZshLine(completion));
   lines.emplace_back(kZshEnd);
   return AsOneText(lines, "#");

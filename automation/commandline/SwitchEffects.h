@@ -76,6 +76,7 @@ TSwitchEffect DrawFileAges;
 TSwitchEffect DrawHistory;
 
 TSwitchEffect Expand;
+TSwitchEffect LimitDepth;  // as Expand, but what is no level is refused, so that no path is taken for one
 TSwitchEffect SortBy;
 TSwitchEffect UseColumns;
 TSwitchEffect ShowFiles;

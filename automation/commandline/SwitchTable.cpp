@@ -27,6 +27,11 @@ constexpr std::string_view kNoSnapshots = "This version makes no snapshots.";
 constexpr std::string_view kListDetails =
     "Reports show the list below the tree; CSV and tab-separated exports get a file of their own beside theirs.";
 
+constexpr std::string_view kPatternDetails =
+    "Wildcards joined with \";\", in quotes: \"*.tmp;*.bak\". Or a part of a name, a path of a folder with all in it, "
+    "or "
+    "/REGULAR EXPRESSION/. With --filter only files have to match.";
+
 constexpr std::string_view kChartDetails =
     "SVG is for browsers. PNG needs the window program, vantrel-gui. Without a file, reports show the chart in "
     "characters, CSV and tab-separated "
@@ -159,8 +164,20 @@ constexpr TSwitch kSwitches[] = {
      "",
      "list the names and queries that --find knows",
      SetFlag<&TState::fListsSearches>},
-    {{u"FILTER", vkPattern, kRepeated}, srUsual, "PATTERN", "take in only what matches", AddInclude, "A pattern"},
-    {{u"EXCLUDE", vkPattern, kRepeated}, srUsual, "PATTERN", "leave out what matches", AddExclude, "A pattern"},
+    {{u"FILTER", vkPattern, kRepeated},
+     srUsual,
+     "PATTERN",
+     "take in only what matches",
+     AddInclude,
+     "A pattern",
+     kPatternDetails},
+    {{u"EXCLUDE", vkPattern, kRepeated},
+     srUsual,
+     "PATTERN",
+     "leave out what matches",
+     AddExclude,
+     "A pattern",
+     kPatternDetails},
     {{u"IMPORTPATTERNS", vkPath, kRepeated},
      srUsual,
      "FILE",
@@ -232,7 +249,9 @@ constexpr TSwitch kSwitches[] = {
      srUsual,
      "",
      "put the date into the names of written files",
-     SetFlag<&TState::fDateInFileNames>},
+     SetFlag<&TState::fDateInFileNames>,
+     {},
+     "data.xml.zip becomes data_2026-01-31.xml.zip. --compare takes the folder of such files."},
     {{u"EXPORTDRIVELIST", vkOptionalFile, kOnce},
      srUsual,
      "[FILE]",
@@ -282,8 +301,8 @@ constexpr TSwitch kSwitches[] = {
      "0 is the top alone, -1 is all levels. Without this switch the report on the console shows one level, files all. "
      "XML "
      "files hold all levels unless XMLLevels limits them."},
-    Short(u"DEPTH", vkText, kOnce, Expand, "A level"),
-    Short(u"D", vkText, kOnce, Expand, "A level"),
+    Short(u"DEPTH", vkText, kOnce, LimitDepth, "A level"),
+    Short(u"D", vkText, kOnce, LimitDepth, "A level"),
     {Dashed(u"TOP", vkText, kOnce), srUsual, "NUMBER", "most rows of a folder or list; 0 for all", LimitRows,
      "A number",
      "The report on the console shows 20, unless --expand says how deep it goes. One row sums up the others."},
@@ -470,7 +489,13 @@ constexpr TSwitch kSwitches[] = {
      {},
      "vantrel-gui opens it without this switch, unless the run writes a file or a report. So does vantrel on Windows, "
      "if vantrel-gui.exe is in the same folder."},
-    {{u"NOGUI", vkNone, kRepeated}, srUsual, "", "run without a window", SetFlag<&TState::fUnattended>},
+    {{u"NOGUI", vkNone, kRepeated},
+     srUsual,
+     "",
+     "run without a window",
+     SetFlag<&TState::fUnattended>,
+     {},
+     "For scheduled tasks: no user is there. Then nothing is scanned without a path."},
     {{u"CLOSEAFTEREXPORT", vkOptionalBoolean, kRepeated},
      srUsual,
      "",
