@@ -3,13 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "app/CancelRequest.h"
 #include "app/ResultWriting.h"
-#include "automation/actions/DuplicateResults.h"
 #include "automation/actions/SearchResults.h"
 #include "automation/commandline/ExitCodes.h"
-#include "export/history/ChecksumDatabase.h"
 #include "export/text/RootDescription.h"
 #include "export/walk/MediaOptions.h"
 #include "platform/system/Console.h"
@@ -42,13 +41,12 @@ TValueFormat ReportFormat(TGlobalOptions& pOptions) {
 
 }  // namespace
 
-int TDuplicatesTask::Run(TSearchedFiles pSearched) {
+int TDuplicatesTask::Run(TSearchedFiles pSearched, int64_t pStarted) {
   const TValueFormat format = ReportFormat(*fOptions);
-  Search::TDuplicateSearchSettings settings = SearchSettings(pSearched);
+  Search::TDuplicateSearchSettings settings = DuplicateSettingsOf(fState.fDuplicates, *fOptions, pSearched);
   if (pSearched.fWasCancelled) pSearched.fFound.clear();
-  TRef<History::TChecksumDatabase> cache;
-  if (!fOptions->ChecksumCache.empty() && Search::ComparesContents(settings.fDuplicatesCompareTypes))
-    settings.fCache = cache = MakeRef<History::TChecksumDatabase>(FromNativeBytes(fOptions->ChecksumCache));
+  const TRef<History::TChecksumDatabase> cache = ChecksumCacheOf(fState.fDuplicates, *fOptions);
+  settings.fCache = cache;
   TDuplicateSearch search(std::move(settings), std::move(pSearched.fFound));
   WaitFor(search);
   if (cache) cache->Flush();
@@ -58,30 +56,13 @@ int TDuplicatesTask::Run(TSearchedFiles pSearched) {
   Search::TDuplicateResult found = search.TakeResult();
   int result = Report(found.fNotes);
   std::string among = fmt::format(", among {} in {}", CountText(pSearched.fFiles, "file", "files", format),
-                                  Exporting::SecondsText(TickCount64() - pSearched.fStarted));
+                                  Exporting::SecondsText(TickCount64() - pStarted));
   if (wasCancelled) among += " - cancelled";
   if (result != ecOk || !pSearched.fIncompleteFolders.empty()) among += " - incomplete";
   if (wasCancelled) result = std::max<int>(result, ecCancelled);
   const bool isUnique = fState.fDuplicates.fMode == UniqueFiles;
   return std::max(result,
                   isUnique ? WriteUnique(std::move(found.fUnique), among) : WriteGroups(std::move(found), among));
-}
-
-Search::TDuplicateSearchSettings TDuplicatesTask::SearchSettings(const TSearchedFiles& pSearched) const {
-  Search::TDuplicateSearchSettings settings;
-  settings.fSearchMode = fState.fDuplicates.fMode;
-  settings.fDuplicatesCompareTypes = fState.fDuplicates.CompareTypes();
-  settings.fWithEmpty = fState.fDuplicates.fWithEmpty;
-  settings.fVerify = fState.fDuplicates.fVerify;
-  settings.fTops = pSearched.fTops;
-  settings.fIncompleteFolders = pSearched.fIncompleteFolders;
-  settings.fThreads = fOptions->MaximumThreads;
-  const TRef<IStorage> storage = pSearched.fFound.empty() ? nullptr : pSearched.fFound.front().fFolder->fStorage;
-  settings.fReadsInOrder =
-      storage && std::any_of(pSearched.fTops.begin(), pSearched.fTops.end(),
-                             [&](const std::u16string& pTop) { return storage->HasSeekPenalty(pTop); });
-  settings.fPriority = fOptions->ThreadPriority;
-  return settings;
 }
 
 void TDuplicatesTask::WaitFor(TDuplicateSearch& pSearch) {

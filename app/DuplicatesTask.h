@@ -8,20 +8,11 @@
 
 #include "app/RunLog.h"
 #include "app/RunSettings.h"
+#include "automation/actions/DuplicateResults.h"
 #include "automation/commandline/CommandLineState.h"
 #include "search/duplicates/DuplicateSearch.h"
 
 namespace Vantrel {
-
-// What the search found, and how it went.
-struct TSearchedFiles {
-  std::vector<Search::TFoundItem> fFound;
-  std::vector<std::u16string> fTops;  // the searched paths
-  std::vector<std::u16string> fIncompleteFolders;
-  int64_t fFiles = 0;  // looked at
-  int64_t fStarted = 0;
-  bool fWasCancelled = false;
-};
 
 // Finds the duplicates and writes them. Main thread only.
 class TDuplicatesTask {
@@ -31,11 +22,10 @@ class TDuplicatesTask {
                   std::shared_ptr<TGlobalOptions> pOptions, TRunLog& pLog)
       : fSettings(pSettings), fState(pState), fOptions(std::move(pOptions)), fLog(pLog) {}
 
-  // Returns the exit code.
-  int Run(TSearchedFiles pSearched);
+  // Returns the exit code. The search began at pStarted, in the milliseconds of TickCount64.
+  int Run(PostScanActions::TSearchedFiles pSearched, int64_t pStarted);
 
  private:
-  Search::TDuplicateSearchSettings SearchSettings(const TSearchedFiles& pSearched) const;
   void WaitFor(Search::TDuplicateSearch& pSearch);
   int Report(const std::vector<Search::TDuplicateNote>& pNotes);
   int WriteGroups(Search::TDuplicateResult pFound, const std::string& pAmong);

@@ -98,9 +98,8 @@ int TSearchTask::FindDuplicates(const TFileSearch& pSearch, int64_t pStarted) {
   searched.fTops = fTops;
   for (const TSearchError& error : pSearch.GetErrors()) searched.fIncompleteFolders.push_back(error.fPath);
   searched.fFiles = pSearch.GetProgress().fFiles;
-  searched.fStarted = pStarted;
   searched.fWasCancelled = pSearch.WasCancelled();
-  return TDuplicatesTask(fSettings, fState, fOptions, fLog).Run(std::move(searched));
+  return TDuplicatesTask(fSettings, fState, fOptions, fLog).Run(std::move(searched), pStarted);
 }
 
 bool TSearchTask::ProbeTargets() {

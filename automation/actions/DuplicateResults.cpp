@@ -48,6 +48,30 @@ bool WriteGroup(const TDuplicateGroup& pGroup, const TValueFormat& pFormat, ILin
 
 }  // namespace
 
+Search::TDuplicateSearchSettings DuplicateSettingsOf(const CommandLine::TDuplicatesRequest& pRequest,
+                                                     const TGlobalOptions& pOptions, const TSearchedFiles& pSearched) {
+  Search::TDuplicateSearchSettings settings;
+  settings.fSearchMode = pRequest.fMode;
+  settings.fDuplicatesCompareTypes = pRequest.CompareTypes();
+  settings.fWithEmpty = pRequest.fWithEmpty;
+  settings.fVerify = pRequest.fVerify;
+  settings.fTops = pSearched.fTops;
+  settings.fIncompleteFolders = pSearched.fIncompleteFolders;
+  settings.fThreads = pOptions.MaximumThreads;
+  const TRef<IStorage> storage = pSearched.fFound.empty() ? nullptr : pSearched.fFound.front().fFolder->fStorage;
+  settings.fReadsInOrder =
+      storage && std::any_of(pSearched.fTops.begin(), pSearched.fTops.end(),
+                             [&](const std::u16string& pTop) { return storage->HasSeekPenalty(pTop); });
+  settings.fPriority = pOptions.ThreadPriority;
+  return settings;
+}
+
+TRef<History::TChecksumDatabase> ChecksumCacheOf(const CommandLine::TDuplicatesRequest& pRequest,
+                                                 const TGlobalOptions& pOptions) {
+  if (pOptions.ChecksumCache.empty() || !Search::ComparesContents(pRequest.CompareTypes())) return nullptr;
+  return MakeRef<History::TChecksumDatabase>(FromNativeBytes(pOptions.ChecksumCache));
+}
+
 std::string DuplicatesSummary(const Search::TDuplicateResult& pFound, bool pAreFolders, const TValueFormat& pFormat) {
   int64_t names = 0;
   for (const TDuplicateGroup& group : pFound.fGroups) names += static_cast<int64_t>(group.fNames.size());

@@ -1,13 +1,33 @@
 #pragma once
 
-// Writes the groups of duplicates: as text, in rows for programs, as a list of paths.
+// How a request makes a search for duplicates. Writes the groups: as text, in rows for programs, as a list of paths.
 
 #include <string>
+#include <vector>
 
 #include "automation/actions/FileExportAction.h"
+#include "automation/commandline/CommandLineState.h"
+#include "export/history/ChecksumDatabase.h"
 #include "search/duplicates/DuplicateSettings.h"
+#include "search/files/FoundItem.h"
 
 namespace Vantrel::PostScanActions {
+
+// What a search has found for a search for duplicates, and how it went.
+struct TSearchedFiles {
+  std::vector<Search::TFoundItem> fFound;
+  std::vector<std::u16string> fTops;  // the searched paths
+  std::vector<std::u16string> fIncompleteFolders;
+  int64_t fFiles = 0;  // looked at
+  bool fWasCancelled = false;
+};
+
+// The settings of the search for duplicates, without a cache.
+Search::TDuplicateSearchSettings DuplicateSettingsOf(const CommandLine::TDuplicatesRequest& pRequest,
+                                                     const TGlobalOptions& pOptions, const TSearchedFiles& pSearched);
+// The checksums of earlier searches, if the options name a file of them and the request reads contents; else nullptr.
+TRef<History::TChecksumDatabase> ChecksumCacheOf(const CommandLine::TDuplicatesRequest& pRequest,
+                                                 const TGlobalOptions& pOptions);
 
 // What is written, and in which words.
 struct TDuplicateResults {

@@ -7,6 +7,8 @@
 
 #include "tests/window/WindowHarness.h"
 #include "window/dialogs/OptionsDialog.h"
+#include "window/models/DuplicatesModel.h"
+#include "window/panes/DuplicatesPane.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/SearchPane.h"
 #include "window/panes/TreemapView.h"
@@ -62,6 +64,16 @@ TEST(Screenshots, DISABLED_EveryPane) {
         window.Search().SetQuery(u"size:>5MB ext:so,a,html (name:lib OR modified:<2024)");
         harness.Action("search").trigger();
         window.Search().Start();
+        harness.Action("duplicates").trigger();
+        Save(window, kind + "duplicates-before");
+        window.GoTo(QStringLiteral("/usr/share"));
+        ASSERT_TRUE(WaitFor([&] { return window.Chosen().fPath == u"/usr/share"; }));
+        window.Duplicates().Start();
+        ASSERT_TRUE(WaitFor([&] { return window.Duplicates().Model().rowCount() > 5; }));
+        Save(window, kind + "duplicates-while");
+        ASSERT_TRUE(WaitFor([&] { return !window.Duplicates().IsSearching(); }));
+        window.GoTo(QStringLiteral("/usr/lib"));
+        QTest::qWait(500);
         window.ShowStartPage();
         Save(window, kind + "start-again");
         window.ShowStartPage();

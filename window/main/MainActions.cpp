@@ -32,6 +32,7 @@
 #include "window/models/ShownText.h"
 #include "window/models/TreeModel.h"
 #include "window/panes/ContentsPane.h"
+#include "window/panes/DuplicatesPane.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/QueryEdit.h"
 #include "window/panes/SearchPane.h"
@@ -65,10 +66,18 @@ void TMainWindow::EditPath() {
 }
 
 void TMainWindow::FindFiles() {
+  ShowFoundPane(*fSearch);
+}
+
+void TMainWindow::FindDuplicates() {
+  ShowFoundPane(*fDuplicates);
+}
+
+void TMainWindow::ShowFoundPane(TFoundPane& pPane) {
   if (fTree->rowCount() > 0) fPages->setCurrentIndex(1);
-  fPanes->setCurrentWidget(fSearch);
-  fSearch->Query().setFocus();
-  fSearch->Query().selectAll();
+  fPanes->setCurrentWidget(&pPane);
+  pPane.Query().setFocus();
+  pPane.Query().selectAll();
   UpdateActions();
 }
 

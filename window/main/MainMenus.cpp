@@ -68,6 +68,7 @@ void TMainWindow::MakeScanMenu() {
   menu->addAction(NewAction("path", tr("Type a &path"), tr("Ctrl+L"), &TMainWindow::EditPath));
   menu->addSeparator();
   menu->addAction(NewAction("search", tr("&Find files…"), QKeySequence::Find, &TMainWindow::FindFiles));
+  menu->addAction(NewAction("duplicates", tr("Find d&uplicates…"), tr("Ctrl+Shift+F"), &TMainWindow::FindDuplicates));
   menu->addSeparator();
   menu->addAction(NewAction("refresh", tr("&Refresh the branch"), QKeySequence(Qt::Key_F5), &TMainWindow::Refresh));
   menu->addAction(NewAction("again", tr("Scan &again"), tr("Ctrl+R"), &TMainWindow::ScanAgain));

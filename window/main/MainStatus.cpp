@@ -20,6 +20,7 @@
 #include "window/models/ShownText.h"
 #include "window/models/TreeModel.h"
 #include "window/panes/ContentsPane.h"
+#include "window/panes/DuplicatesPane.h"
 #include "window/panes/ListPane.h"
 #include "window/panes/SearchPane.h"
 
@@ -222,6 +223,7 @@ void TMainWindow::SetUnit(int pUnit) {
   for (TPane* pane : fAllPanes)
     if (auto* list = qobject_cast<TListPane*>(pane)) list->SetUnit(unit);
   fSearch->SetUnit(unit);
+  fDuplicates->SetUnit(unit);
   fActions["unit" + QByteArray::number(pUnit)]->setChecked(true);
 }
 

@@ -34,6 +34,7 @@
 #include "window/models/TreeModel.h"
 #include "window/panes/ChartPane.h"
 #include "window/panes/ContentsPane.h"
+#include "window/panes/DuplicatesPane.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/ListPane.h"
 #include "window/panes/SearchPane.h"
@@ -94,6 +95,7 @@ TMainWindow::TMainWindow(const TWindowStart& pStart)
 TMainWindow::~TMainWindow() {
   fTimer.stop();
   fSearch->Stop();
+  fDuplicates->Stop();
   // The models let go of the roots before the session disposes of them.
   for (const TRef<IHierarchicalRoot>& root : fTree->Roots()) fTree->RemoveRoot(*root);
 }
@@ -177,6 +179,8 @@ void TMainWindow::MakePanes() {
   });
   fSearch = new TSearchPane(fSession->Start());
   AddPane(fSearch, tr("Search"));
+  fDuplicates = new TDuplicatesPane(fSession->Start(), [this] { return fTree->Roots(); });
+  AddPane(fDuplicates, tr("Duplicates"));
 }
 
 void TMainWindow::ConnectSession() {
@@ -188,6 +192,7 @@ void TMainWindow::ConnectSession() {
   connect(fSession, &TSession::Closing, this, [this](const TRef<IHierarchicalRoot>& pRoot) {
     fTree->RemoveRoot(*pRoot);
     fSearch->ForgetRoot(*pRoot);
+    fDuplicates->ForgetRoot(*pRoot);
     if (fChosen.fRoot == pRoot) Choose(*fTree, fTree->index(0, 0));
     if (fTree->rowCount() == 0) ShowStartPage();
   });

@@ -28,8 +28,10 @@ namespace Vantrel::Window {
 struct TWindowStart;
 enum class TFigure : uint8_t;
 class TContentsPane;
+class TDuplicatesPane;
 class TEntriesModel;
 class TEntriesView;
+class TFoundPane;
 class TListPane;
 class TPathBar;
 class TSearchPane;
@@ -63,6 +65,7 @@ class TMainWindow : public QMainWindow {
   QTabWidget& Panes() { return *fPanes; }
   TStartPage& StartPage() { return *fStartPage; }
   TSearchPane& Search() { return *fSearch; }
+  TDuplicatesPane& Duplicates() { return *fDuplicates; }
   const TChosen& Chosen() const { return fChosen; }
   void ShowStartPage();
   // Writes the chosen root in one of the formats of ExportKinds.
@@ -126,6 +129,8 @@ class TMainWindow : public QMainWindow {
   void ShowOptions();
   void EditPath();
   void FindFiles();
+  void FindDuplicates();
+  void ShowFoundPane(TFoundPane& pPane);
   void OpenItem();
   void ShowItem();
   void OpenTerminalHere();
@@ -157,6 +162,7 @@ class TMainWindow : public QMainWindow {
   QTabWidget* fPanes = nullptr;
   TContentsPane* fContents = nullptr;
   TSearchPane* fSearch = nullptr;
+  TDuplicatesPane* fDuplicates = nullptr;
   std::vector<TPane*> fAllPanes;
   QLabel* fProgressText = nullptr;
   QProgressBar* fProgressBar = nullptr;

@@ -13,6 +13,9 @@ void TShareDelegate::initStyleOption(QStyleOptionViewItem* pOption, const QModel
   QStyledItemDelegate::initStyleOption(pOption, pIndex);
   // The cell with the keyboard focus is part of the selected row, which says enough.
   pOption->state &= ~QStyle::State_HasFocus;
+  // Styles leave hardly any room between a text on the right and one on the left of the next column.
+  if ((pOption->displayAlignment & Qt::AlignRight) != 0 && !pOption->text.isEmpty())
+    pOption->text += QString(2, QChar(QChar::Nbsp));
   if (pIndex.data(erKind).isValid() && pIndex.column() == ecName) pOption->textElideMode = Qt::ElideMiddle;
 }
 
@@ -21,7 +24,7 @@ void TShareDelegate::paint(QPainter* pPainter, const QStyleOptionViewItem& pOpti
   if (!share.isValid()) return QStyledItemDelegate::paint(pPainter, pOption, pIndex);
   QStyleOptionViewItem option = pOption;
   initStyleOption(&option, pIndex);
-  const QString text = std::exchange(option.text, QString());
+  const QString text = std::exchange(option.text, QString()).trimmed();
   const QStyle& style = option.widget ? *option.widget->style() : *QApplication::style();
   style.drawControl(QStyle::CE_ItemViewItem, &option, pPainter, option.widget);
 

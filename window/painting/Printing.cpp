@@ -86,6 +86,21 @@ class TTablePrinter {
 
 }  // namespace
 
+QModelIndexList ShownRows(const QTreeView& pView) {
+  const QAbstractItemModel& model = *pView.model();
+  QModelIndexList shown;
+  QModelIndexList open;  // the next one last
+  const auto push = [&](const QModelIndex& pParent) {
+    for (int row = model.rowCount(pParent) - 1; row >= 0; --row) open << model.index(row, 0, pParent);
+  };
+  push(pView.rootIndex());
+  while (!open.isEmpty()) {
+    shown << open.takeLast();
+    if (pView.isExpanded(shown.last())) push(shown.last());
+  }
+  return shown;
+}
+
 TPrintedTable TPrintedTable::Of(const QTreeView& pView) {
   TPrintedTable table;
   const QAbstractItemModel& model = *pView.model();
@@ -99,9 +114,10 @@ TPrintedTable TPrintedTable::Of(const QTreeView& pView) {
     table.fColumns << TColumn{model.headerData(column, Qt::Horizontal).toString(),
                               static_cast<double>(header.sectionSize(column)), (alignment & Qt::AlignRight) != 0};
   }
-  for (int row = 0; row < model.rowCount(pView.rootIndex()); ++row) {
+  for (const QModelIndex& row : ShownRows(pView)) {
     QStringList cells;
-    for (const int column : columns) cells << model.index(row, column, pView.rootIndex()).data().toString();
+    for (const int column : columns) cells << row.siblingAtColumn(column).data().toString();
+    if (row.parent() != pView.rootIndex() && !cells.isEmpty()) cells.front().prepend(QStringLiteral("    "));
     table.fRows << cells;
   }
   return table;

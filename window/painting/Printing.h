@@ -3,6 +3,7 @@
 // Drawings and tables on paper.
 
 #include <QList>
+#include <QModelIndexList>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -15,6 +16,9 @@ class QTreeView;
 
 namespace Vantrel::Window {
 
+// All rows that are shown: those of the view's top, and beneath each expanded one. In their order.
+QModelIndexList ShownRows(const QTreeView& pView);
+
 // A table's visible columns and all its rows, as texts.
 struct TPrintedTable {
   struct TColumn {
@@ -25,7 +29,7 @@ struct TPrintedTable {
   QList<TColumn> fColumns;
   QList<QStringList> fRows;
 
-  // The rows of the view's top, as they are shown. Window thread.
+  // As they are shown; a row beneath another one is set in. Window thread.
   static TPrintedTable Of(const QTreeView& pView);
 };
 

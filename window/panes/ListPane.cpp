@@ -54,8 +54,6 @@ TListPane::TListPane(const QString& pName, const QString& pEmptyText, TFill pFil
   setFocusProxy(fTable);
   connect(exportButton, &QToolButton::clicked, this, &TListPane::AskForExport);
   connect(fTable->header(), &QHeaderView::sortIndicatorChanged, this, &TListPane::SortBy);
-  fTable->header()->setContextMenuPolicy(Qt::CustomContextMenu);
-  connect(fTable->header(), &QWidget::customContextMenuRequested, this, &TListPane::ShowColumnMenu);
   connect(fTable, &QTreeView::activated, this, &TListPane::Activate);
   connect(fTable, &QTreeView::customContextMenuRequested, this, &TListPane::ShowMenu);
 }
@@ -155,17 +153,6 @@ void TListPane::FitColumns() {
     if (std::find(fHidden.begin(), fHidden.end(), columns[i].fColumn) != fHidden.end())
       hidden.push_back(static_cast<int>(i));
   fTable->FitColumns(hidden);
-}
-
-void TListPane::ShowColumnMenu(const QPoint& pAt) {
-  QMenu menu;
-  for (int column = 1; column < fModel->columnCount(); ++column) {
-    QAction* action = menu.addAction(fModel->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
-    action->setCheckable(true);
-    action->setChecked(!fTable->isColumnHidden(column));
-    connect(action, &QAction::toggled, this, [this, column](bool pShown) { fTable->setColumnHidden(column, !pShown); });
-  }
-  menu.exec(fTable->header()->mapToGlobal(pAt));
 }
 
 void TListPane::SortBy(int pColumn, Qt::SortOrder pOrder) {

@@ -50,7 +50,6 @@ class TListPane : public TPane {
   void SortBy(int pColumn, Qt::SortOrder pOrder);
   void Activate(const QModelIndex& pIndex);
   void ShowMenu(const QPoint& pAt);
-  void ShowColumnMenu(const QPoint& pAt);
   void FitColumns();
   void AskForExport();
   bool IsSame(const TPlace& pPlace) const;

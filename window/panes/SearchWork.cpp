@@ -5,13 +5,13 @@
 #include <iterator>
 #include <span>
 
+#include "automation/actions/SearchResults.h"
 #include "model/roots/ScanConfiguration.h"
 #include "model/roots/Storage.h"
 #include "model/tree/TreeWalk.h"
 #include "presentation/lists/FoundList.h"
 #include "search/files/FileFactsReader.h"
 #include "search/query/Parser.h"
-#include "window/models/Background.h"
 #include "window/models/ShownText.h"
 
 namespace Vantrel::Window {
@@ -34,13 +34,6 @@ bool HoldsFiles(IFolderData& pTop) {
 }
 
 }  // namespace
-
-std::shared_ptr<TSearchWork> TSearchWork::Create(TSearchWish pWish) {
-  return {new TSearchWork(std::move(pWish)), [](TSearchWork* pWork) {
-            pWork->Cancel();
-            LongWork().start([pWork] { delete pWork; });
-          }};
-}
 
 TSearchWork::~TSearchWork() {
   fSearch = nullptr;
@@ -83,30 +76,25 @@ void TSearchWork::Cancel() {
   if (fSearch) fSearch->Cancel();
 }
 
-TSearchNews TSearchWork::Look(const TSearchOrder& pOrder) {
+std::unique_ptr<TFoundNews> TSearchWork::Look(const TFoundOrder& pOrder) {
   const std::lock_guard lock(fLock);
-  TSearchNews news;
-  news.fHasEnded = fSearch->WaitForEnd(0);
+  auto news = std::make_unique<TSearchNews>();
+  news->fHasEnded = fSearch->WaitForEnd(0);
   std::vector<Search::TFoundItem> found = fSearch->TakeFound();
   if (!found.empty() || !(pOrder == fOrder) || !fIsListed) {
     std::move(found.begin(), found.end(), std::back_inserter(fFound));
     Search::SortFoundItems(fFound);
-    if (pOrder.fColumn) Presentation::SortFound(fFound, *pOrder.fColumn, pOrder.fDescending);
+    if (pOrder.fColumn >= 0)
+      Presentation::SortFound(fFound, kColumns[static_cast<size_t>(pOrder.fColumn)], pOrder.fDescending);
     fOrder = pOrder;
     fIsListed = true;
     const std::span<const Search::TFoundItem> shown(fFound.data(), std::min(fFound.size(), kMostRows));
-    news.fList = Presentation::FoundList(u"Found by " + fWish.fQuery, shown, kColumns);
+    news->fList = Presentation::FoundList(u"Found by " + fWish.fQuery, shown, kColumns);
   }
-  news.fStatus = Status(fSearch->GetProgress(), news.fHasEnded);
+  news->fStatus = Status(fSearch->GetProgress(), news->fHasEnded);
   QStringList problems;
-  for (const Search::TSearchError& error : fSearch->GetErrors()) {
-    constexpr qsizetype kMostLines = 20;
-    if (problems.size() == kMostLines) break;
-    problems << Shown(error.fPath) + QStringLiteral(": ") + Shown(error.fText);
-  }
-  if (news.fHasEnded)
-    for (const std::u16string& warning : fSearch->GetWarnings()) problems << Shown(warning);
-  news.fProblems = problems.join(u'\n');
+  AddProblems(problems, *fSearch, news->fHasEnded);
+  news->fProblems = problems.join(u'\n');
   return news;
 }
 
@@ -125,7 +113,7 @@ QString TSearchWork::Status(const Search::TSearchProgress& pProgress, bool pHasE
   if (pProgress.fErrors > 0)
     parts << Text(QT_TRANSLATE_NOOP("TSearchWork", "incomplete: %1 could not be read"))
                  .arg(ShownCount(pProgress.fErrors, format));
-  QString text = parts.join(QStringLiteral("   ·   "));
+  QString text = JoinStatus(parts);
   if (!fNote.isEmpty()) text += QStringLiteral("   ·   ") + fNote;
   if (!pHasEnded && !pProgress.fLastFolder.empty()) text += QStringLiteral("   ") + Shown(pProgress.fLastFolder);
   return text;

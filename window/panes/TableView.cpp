@@ -4,12 +4,25 @@
 #include <QClipboard>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <algorithm>
 
 #include "window/models/ShareDelegate.h"
+#include "window/painting/Printing.h"
 
 namespace Vantrel::Window {
+
+namespace {
+
+// The rows from the top down to the index, one for each level. Its order is that of the view.
+QList<int> PlaceOf(QModelIndex pIndex) {
+  QList<int> place;
+  for (; pIndex.isValid(); pIndex = pIndex.parent()) place.prepend(pIndex.row());
+  return place;
+}
+
+}  // namespace
 
 QString RowsAsText(const QTreeView& pView) {
   const QHeaderView& header = *pView.header();
@@ -24,9 +37,9 @@ QString RowsAsText(const QTreeView& pView) {
   };
   QString text = line([&](int pColumn) { return model.headerData(pColumn, Qt::Horizontal); });
   QModelIndexList rows = pView.selectionModel()->selectedRows();
-  std::sort(rows.begin(), rows.end());
-  if (rows.isEmpty())
-    for (int row = 0; row < model.rowCount(pView.rootIndex()); ++row) rows << model.index(row, 0, pView.rootIndex());
+  std::sort(rows.begin(), rows.end(),
+            [](const QModelIndex& pA, const QModelIndex& pB) { return PlaceOf(pA) < PlaceOf(pB); });
+  if (rows.isEmpty()) rows = ShownRows(pView);
   for (const QModelIndex& row : rows) text += line([&](int pColumn) { return row.siblingAtColumn(pColumn).data(); });
   return text;
 }
@@ -42,6 +55,8 @@ TTableView::TTableView(QWidget* pParent) : QTreeView(pParent) {
   setItemDelegate(new TShareDelegate(this));
   header()->setStretchLastSection(true);
   header()->setMinimumSectionSize(36);
+  header()->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(header(), &QWidget::customContextMenuRequested, this, &TTableView::ShowColumnMenu);
 }
 
 void TTableView::CopyRows() const {
@@ -73,6 +88,17 @@ void TTableView::FitColumns(const std::vector<int>& pHidden) {
     setColumnWidth(column, std::min(columnWidth(column) + 10, kWidest));
   }
   header()->setStretchLastSection(true);
+}
+
+void TTableView::ShowColumnMenu(const QPoint& pAt) {
+  QMenu menu;
+  for (int column = 1; column < model()->columnCount(); ++column) {
+    QAction* action = menu.addAction(model()->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
+    action->setCheckable(true);
+    action->setChecked(!isColumnHidden(column));
+    connect(action, &QAction::toggled, this, [this, column](bool pShown) { setColumnHidden(column, !pShown); });
+  }
+  if (!menu.isEmpty()) menu.exec(header()->mapToGlobal(pAt));
 }
 
 void TTableView::paintEvent(QPaintEvent* pEvent) {

@@ -7,11 +7,12 @@
 
 namespace Vantrel::Window {
 
-// The view's selected rows, or without any all rows of its top, as lines of cells with tabs between them, under the
-// captions. Hidden columns are left out.
+// The selected rows, or without any the shown ones, as lines of cells with tabs between them, under the captions.
+// Hidden columns are left out.
 QString RowsAsText(const QTreeView& pView);
 
-// A flat table: whole rows are selected, Ctrl+C copies them, Enter and a double click activate one.
+// Whole rows are selected, Ctrl+C copies them, Enter and a double click activate one. A right click on the captions
+// chooses columns. Flat, unless its model is not.
 class TTableView : public QTreeView {
   Q_OBJECT
  public:
@@ -33,6 +34,8 @@ class TTableView : public QTreeView {
   void keyPressEvent(QKeyEvent* pEvent) override;
 
  private:
+  void ShowColumnMenu(const QPoint& pAt);
+
   QString fEmptyText;
   QByteArray fLayout;
   bool fIsFitted = false;
