@@ -412,6 +412,15 @@ class GuideTest(unittest.TestCase):
         for command in commands:
             self.check_switches("vantrel " + command.split("|")[0] + " ")
 
+    def test_every_switch_in_the_docs_is_known(self):
+        foreign = {"NAME", "max-depth"}  # a placeholder, and a name of other programs
+        for page in sorted((ROOT / "docs").glob("*.md")):
+            lines = [line for line in page.read_text(encoding="utf-8").split("\n") if "xmllint" not in line]
+            names = set(re.findall(r"(?m)(?:(?<=[\s`(])|^)--([A-Za-z][\w:-]*)", "\n".join(lines))) - foreign
+            for name in sorted(names):
+                with self.subTest(page=page.name):
+                    self.check_switches(f"vantrel --{name}")
+
     def test_every_link_leads_somewhere(self):
         for page in [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]:
             text = page.read_text(encoding="utf-8")
