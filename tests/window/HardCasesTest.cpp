@@ -14,6 +14,7 @@
 #include "window/models/Background.h"
 #include "window/models/ContentsModel.h"
 #include "window/panes/ContentsPane.h"
+#include "window/panes/DuplicatesPane.h"
 #include "window/panes/EntriesView.h"
 #include "window/panes/SearchPane.h"
 
@@ -61,6 +62,7 @@ TEST_F(THardCases, ClosesWhileEverythingRuns) {
     Window().ExportAs(5, QString::fromStdU16String(fOut.File("x.png")));
     Window().Search().SetQuery(u"content:x");
     Window().Search().Start();
+    Window().Duplicates().Start();
     QTest::qWait(pane * 3);
     Close();
   }

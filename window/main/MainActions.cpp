@@ -36,6 +36,7 @@
 #include "window/panes/EntriesView.h"
 #include "window/panes/QueryEdit.h"
 #include "window/panes/SearchPane.h"
+#include "window/panes/TableView.h"
 
 namespace Vantrel::Window {
 
@@ -76,7 +77,10 @@ void TMainWindow::FindDuplicates() {
 void TMainWindow::ShowFoundPane(TFoundPane& pPane) {
   if (fTree->rowCount() > 0) fPages->setCurrentIndex(1);
   fPanes->setCurrentWidget(&pPane);
-  pPane.Query().setFocus();
+  if (pPane.Query().isEnabled())
+    pPane.Query().setFocus();
+  else
+    pPane.Table().setFocus();
   pPane.Query().selectAll();
   UpdateActions();
 }

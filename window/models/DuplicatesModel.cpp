@@ -20,7 +20,7 @@ namespace {
 
 // The catalogue's columns give the values their form.
 constexpr TColumn kForms[dcCount] = {TColumn::mdName, TColumn::mdFiles,      TColumn::mdSize,
-                                     TColumn::mdSize, TColumn::mdLastChange, TColumn::mdParentPath};
+                                     TColumn::mdSize, TColumn::mdParentPath, TColumn::mdLastChange};
 
 // Further names of a file are no files of their own.
 int64_t CountFiles(const TDuplicateGroup& pGroup) {

@@ -10,7 +10,7 @@
 
 namespace Vantrel::Window {
 
-enum TDuplicateColumn { dcName, dcFiles, dcSize, dcWasted, dcLastChange, dcFolder, dcCount };
+enum TDuplicateColumn { dcName, dcFiles, dcSize, dcWasted, dcFolder, dcLastChange, dcCount };
 
 // What was found, in the order of the list. Made on another thread; stays as it is from then on.
 struct TDuplicateRows {

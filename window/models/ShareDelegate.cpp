@@ -16,7 +16,9 @@ void TShareDelegate::initStyleOption(QStyleOptionViewItem* pOption, const QModel
   // Styles leave hardly any room between a text on the right and one on the left of the next column.
   if ((pOption->displayAlignment & Qt::AlignRight) != 0 && !pOption->text.isEmpty())
     pOption->text += QString(2, QChar(QChar::Nbsp));
-  if (pIndex.data(erKind).isValid() && pIndex.column() == ecName) pOption->textElideMode = Qt::ElideMiddle;
+  // Of a long path, the end tells more than the middle.
+  const bool isPath = pOption->text.contains(u'/') || pOption->text.contains(u'\\');
+  if (isPath || (pIndex.data(erKind).isValid() && pIndex.column() == ecName)) pOption->textElideMode = Qt::ElideMiddle;
 }
 
 void TShareDelegate::paint(QPainter* pPainter, const QStyleOptionViewItem& pOption, const QModelIndex& pIndex) const {

@@ -116,9 +116,9 @@ QWidget* TDuplicatesPane::MakeSecondRow() {
   row->setContentsMargins(10, 4, 6, 6);
   row->setSpacing(6);
   controls->setLayout(row);
-  fMode->addItems({tr("Equal files"), tr("Equal folders"), tr("Files without a duplicate")});
+  fMode->addItems({tr("Equal files"), tr("Equal folders"), tr("Unique files")});
   fMode->setToolTip(tr("What to find"));
-  fTarget->addItems({tr("In the chosen folder"), tr("In all open scans")});
+  fTarget->addItems({tr("In this folder"), tr("In all open scans")});
   fTarget->setToolTip(tr("Where to search"));
   for (QComboBox* choice : {fMode, fTarget}) {
     choice->setAccessibleName(choice->toolTip());
@@ -259,9 +259,11 @@ void TDuplicatesPane::SetSearching(bool pIsSearching) {
 void TDuplicatesPane::ForgetFound() {
   fModel->SetRows(nullptr);
   fTable->header()->hide();
+  fTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   fTable->SetEmptyText(
       tr("Finds files that are there more than once, and what the copies waste.\n"
-         "\"Find duplicates\" searches the chosen folder with all beneath it. Nothing is changed on the disk."));
+         "\"Find duplicates\" searches the chosen folder with all beneath it.\n"
+         "Nothing on the disk is changed."));
   fProgress->setRange(0, 0);
 }
 
@@ -275,12 +277,15 @@ void TDuplicatesPane::TakeNews(TFoundNews& pNews) {
   const TShownState shown(*this);
   const bool areUnique = news.fRows->fAreUnique;
   fModel->SetRows(std::move(news.fRows), shown.Listed());
-  fTable->header()->setVisible(fModel->rowCount() > 0);
   if (fModel->rowCount() == 0) return;
+  fTable->header()->show();
+  fTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   fTable->setRootIsDecorated(!areUnique);
   for (const int column : {dcFiles, dcWasted}) fTable->setColumnHidden(column, areUnique);
   shown.Restore(*this);
-  fTable->FitColumns();
+  // A narrow pane has no room for the date; the header's menu shows it.
+  constexpr int kNarrow = 700;
+  fTable->FitColumns(width() < kNarrow ? std::vector<int>{dcLastChange} : std::vector<int>());
   // The first group shows what is beneath the others.
   if (news.fHasEnded && !shown.HasOpen()) fTable->expand(fModel->index(0, 0));
 }

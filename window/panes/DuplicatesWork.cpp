@@ -239,7 +239,7 @@ QString TDuplicatesWork::ProgressText(const TDuplicateProgress& pProgress) const
   const TValueFormat format = WindowFormat(fWish.fOptions->SizeUnit);
   QStringList parts{Text(std::string(pProgress.fPhase).c_str())};
   if (pProgress.fAllFiles > 0)
-    parts << Text(QT_TRANSLATE_NOOP("TDuplicatesWork", "%1 of %2 items"))
+    parts << Text(QT_TRANSLATE_NOOP("TDuplicatesWork", "%1 of %2"))
                  .arg(ShownCount(pProgress.fFiles, format), ShownCount(pProgress.fAllFiles, format));
   if (pProgress.fAllBytes > 0)
     parts << Text(QT_TRANSLATE_NOOP("TDuplicatesWork", "%1 of %2"))

@@ -6,7 +6,9 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
+#include <QScrollBar>
 #include <algorithm>
+#include <cmath>
 
 #include "window/models/ShareDelegate.h"
 #include "window/painting/Printing.h"
@@ -75,19 +77,58 @@ QByteArray TTableView::Layout() const {
 }
 
 void TTableView::FitColumns(const std::vector<int>& pHidden) {
-  constexpr int kWidest = 420;
-  if (fIsFitted || model()->columnCount() == 0) return;
+  fHiddenAtFirst = pHidden;
+  if (fIsFitted || !isVisible() || model()->columnCount() == 0) return;
   const bool isKept = fLayout.size() > 1 && fLayout[0] == static_cast<char>(header()->count());
   if (!isKept && model()->rowCount() == 0) return;
   fIsFitted = true;
   if (isKept && header()->restoreState(fLayout.mid(1))) return;
   for (const int column : pHidden) setColumnHidden(column, true);
   header()->setStretchLastSection(false);  // else the last column keeps what it needs and a scroll bar appears
+  const std::vector<int> widths = FittingWidths();
+  for (int column = 0; column < model()->columnCount(); ++column) setColumnWidth(column, widths[column]);
+  header()->setStretchLastSection(true);
+}
+
+std::vector<int> TTableView::FittingWidths() {
+  constexpr int kWidest = 420;
+  constexpr int kLongText = 200;  // dates and figures need less
+  constexpr int kNarrowestText = 140;
+  constexpr int kNarrowestLast = 60;
+  // Rows that come later may have longer figures.
+  const int figure = fontMetrics().horizontalAdvance(QStringLiteral("999.9 MB")) + 24;
+  std::vector<int> widths;
+  const int bar = verticalScrollBar()->isVisible() ? 0 : verticalScrollBar()->sizeHint().width();
+  int excess = bar - viewport()->width();
+  int flexible = 0;
+  int last = 0;
   for (int column = 0; column < model()->columnCount(); ++column) {
     resizeColumnToContents(column);
-    setColumnWidth(column, std::min(columnWidth(column) + 10, kWidest));
+    const bool isRight =
+        (model()->headerData(column, Qt::Horizontal, Qt::TextAlignmentRole).toInt() & Qt::AlignRight) != 0;
+    const bool hasUnit = isRight && model()->index(0, column).data().toString().contains(u' ');
+    widths.push_back(std::clamp(columnWidth(column) + 10, hasUnit ? figure : 0, kWidest));
+    if (isColumnHidden(column)) continue;
+    last = column;
+    excess += widths.back();
+    if (widths.back() > kLongText) flexible += widths.back() - kNarrowestText;
   }
-  header()->setStretchLastSection(true);
+  if (excess <= 0) return widths;
+  const double part = std::min(1.0, static_cast<double>(excess) / std::max(1, flexible));
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    if (isColumnHidden(column) || widths[column] <= kLongText) continue;
+    const int cut = static_cast<int>(std::ceil(part * (widths[column] - kNarrowestText)));
+    widths[column] -= cut;
+    excess -= cut;
+  }
+  // What is still too much is cut off the last one.
+  if (excess > 0) widths[last] = std::max(std::min(widths[last], kNarrowestLast), widths[last] - excess);
+  return widths;
+}
+
+void TTableView::showEvent(QShowEvent* pEvent) {
+  QTreeView::showEvent(pEvent);
+  FitColumns(std::vector<int>(fHiddenAtFirst));
 }
 
 void TTableView::ShowColumnMenu(const QPoint& pAt) {

@@ -21,8 +21,8 @@ class TTableView : public QTreeView {
   void CopyRows() const;
   // Shown in the middle while there are no rows.
   void SetEmptyText(const QString& pText);
-  // At the first call that finds columns: gives them the kept layout, or else sizes them to what they hold and hides
-  // those of pHidden.
+  // Once there are rows and the table is seen: gives the columns the kept layout, or else hides those of pHidden and
+  // sizes the others to what they hold, as far as the table has room. Columns of text are cut first.
   void FitColumns(const std::vector<int>& pHidden = {});
   // Widths, order and choice of the columns; empty before there are any.
   QByteArray Layout() const;
@@ -32,12 +32,15 @@ class TTableView : public QTreeView {
  protected:
   void paintEvent(QPaintEvent* pEvent) override;
   void keyPressEvent(QKeyEvent* pEvent) override;
+  void showEvent(QShowEvent* pEvent) override;
 
  private:
+  std::vector<int> FittingWidths();
   void ShowColumnMenu(const QPoint& pAt);
 
   QString fEmptyText;
   QByteArray fLayout;
+  std::vector<int> fHiddenAtFirst;
   bool fIsFitted = false;
 };
 

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QMenu>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QToolButton>
 #include <algorithm>
@@ -162,6 +163,7 @@ const TGroups kTwins{{"twin a/page.html", "twin b/page.html"}};
 const TGroups kLetters{{"papers/letter.txt", "papers/linked.txt", "papers/old/note.txt"}};
 
 TEST_F(TDuplicatesPaneTest, FindsSortsCopiesExportsAndLeadsToThePlace) {
+  Window().resize(1024, 700);
   Action("duplicates").trigger();
   EXPECT_EQ(Window().Panes().currentWidget(), &Pane());
   Pane().Start();
@@ -179,6 +181,7 @@ TEST_F(TDuplicatesPaneTest, FindsSortsCopiesExportsAndLeadsToThePlace) {
     EXPECT_TRUE(Pane().Status().contains(part)) << part.toStdString() << ": " << Pane().Status().toStdString();
 
   TTableView& table = Pane().Table();
+  EXPECT_EQ(table.horizontalScrollBar()->maximum(), 0) << "the columns do not fit";
   EXPECT_TRUE(table.isExpanded(Model().index(0, 0)));
   QTest::mouseClick(table.header()->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
   table.sortByColumn(dcName, Qt::AscendingOrder);
