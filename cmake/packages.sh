@@ -13,7 +13,7 @@ packages_window_tests="xvfb xauth fonts-dejavu-core"
 # In addition, packages to build and run the tests, for Linux and for Windows. The benchmarks are built with them, so
 # that they keep compiling, but not run.
 packages_tests="git python3 libgtest-dev libgmock-dev googletest libbenchmark-dev g++-mingw-w64-x86-64-posix wine wine64
-  clang-format strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish
+  clang-format strace libxml2-utils python3-aiosmtpd openssl sqlite3 man-db mandoc zsh fish ncdu jq
   ntfs-3g sleuthkit dpkg-dev file desktop-file-utils"
 # In addition, to try the packages in a bare system.
 packages_packages_tests="debootstrap lintian unzip"
