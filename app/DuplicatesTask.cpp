@@ -26,8 +26,8 @@ namespace {
 
 constexpr int64_t kMillisecondsBetweenReports = 100;
 
-std::string DuplicatesProgressText(const Search::TDuplicateProgress& pProgress) {
-  const auto size = [](int64_t pBytes) { return ToUtf8(FormatValue(TColumn::mdSize, pBytes, {})); };
+std::string DuplicatesProgressText(const Search::TDuplicateProgress& pProgress, const TValueFormat& pFormat) {
+  const auto size = [&](int64_t pBytes) { return ToUtf8(FormatValue(TColumn::mdSize, pBytes, pFormat)); };
   std::string text(pProgress.fPhase);
   if (pProgress.fAllFiles > 0)
     text += fmt::format(" {} of {}", pProgress.fFiles, CountText(pProgress.fAllFiles, "item", "items", {}));
@@ -66,11 +66,13 @@ int TDuplicatesTask::Run(TSearchedFiles pSearched, int64_t pStarted) {
 }
 
 void TDuplicatesTask::WaitFor(TDuplicateSearch& pSearch) {
+  TValueFormat format;
+  format.fDecimalUnits = fOptions->DecimalUnits;
   while (!pSearch.WaitForEnd(kMillisecondsBetweenReports)) {
     // Again and again: each time what hangs is interrupted.
     if (IsCancelRequested()) pSearch.Cancel();
     fLog.WriteWaiting();
-    if (fSettings.fShowProgress) TConsole::WriteProgress(DuplicatesProgressText(pSearch.GetProgress()));
+    if (fSettings.fShowProgress) TConsole::WriteProgress(DuplicatesProgressText(pSearch.GetProgress(), format));
   }
   fLog.WriteWaiting();
   if (fSettings.fShowProgress) TConsole::ClearProgress();
