@@ -149,6 +149,21 @@ TEST_F(TTreeModelTest, KeepsSelectionAndOpenRowsThroughSortingAndGrowth) {
   EXPECT_EQ(fModel.rowCount(Find("large", root)), 3);
 }
 
+// The window chooses the top row of another tree. It must not do so after the user has chosen a row of this one.
+TEST_F(TTreeModelTest, TellsOfAnotherTreeOnlyWhenThereIsOne) {
+  fMemory.Top().AddFile(u"a", 1000);
+  fMemory.Scan();
+  int replaced = 0;
+  QObject::connect(&fModel, &TTreeModel::RootChanged,
+                   [&](const QModelIndex&, int pChanges) { replaced += (pChanges & rcTreeReplaced) != 0; });
+  fModel.AddRoot(TRef<IHierarchicalRoot>(&fMemory.Root()));
+  Settle(fModel);
+  EXPECT_EQ(replaced, 0) << "the tree was there from the beginning";
+  fMemory.Scan();
+  Settle(fModel);
+  EXPECT_EQ(replaced, 1);
+}
+
 // A view that is not laid out yet, as one that is not shown, remembers what is expanded and asks for no children.
 TEST_F(TTreeModelTest, ListsWhatIsExpandedBeforeTheViewIsLaidOut) {
   fMemory.Top().AddFolder(u"folder").AddFile(u"f", 1);

@@ -148,6 +148,8 @@ void TTreeModel::TakeNews(TRoot& pRoot, TNews pNews) {
   pRoot.fIsTaking = false;
   TItem& item = Top().fItems[RowOf(pRoot)];
   const TRef<IFolderData> top = pRoot.fRoot->GetTopFolder();
+  // The queue may tell of a tree that is shown already. What the user has chosen in it stays chosen.
+  pNews.fRoot &= ~rcTreeReplaced;
   if (top != item.fFolder) {
     pNews.fRoot |= rcTreeReplaced;
     ShowTree(pRoot);
