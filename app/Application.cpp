@@ -182,6 +182,7 @@ int TApplication::OpenWindow() {
     start.fCreateFilter = [patterns = fState.fPatterns] { return MakeRef<TPatternFilter>(patterns); };
   start.fQuery = fState.fQuery;
   start.fSearchesAtOnce = fState.fSearchesAtOnce;
+  start.fDuplicates = fState.fDuplicates;
   start.fQueueActions = [this](PostScanActions::TPostProcessActionHandler& pActions, IScanRoots& pRoots) {
     return QueueRequestedActions(pActions, fState, fSettings, pRoots);
   };

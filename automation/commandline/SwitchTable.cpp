@@ -134,7 +134,8 @@ constexpr TSwitch kSwitches[] = {
      "In groups, the most wasteful first. KIND is files, folders or unique. folders: whole folders that are equal. "
      "unique: files that are in no group. "
      "--search and patterns say which files are looked at. Names of one file, that is hard links, are read once and "
-     "waste nothing. --csv, --json, --text and --pathlist write what was found."},
+     "waste nothing. --csv, --json, --text and --pathlist write what was found. With --gui the window searches for "
+     "them when it has scanned the paths."},
     {{u"DUPLICATEBY", vkText, kOnce},
      srUsual,
      "PROPERTIES",

@@ -85,13 +85,18 @@ void TMainWindow::ShowFoundPane(TFoundPane& pPane) {
   UpdateActions();
 }
 
-// The pane opens with the query of the command line.
+// A pane opens with what the command line asks for.
 void TMainWindow::BeginSearch() {
   const TWindowStart& start = fSession->Start();
-  if (!start.fQuery) return;
-  fPanes->setCurrentWidget(fSearch);
-  fSearch->SetQuery(*start.fQuery);
-  fSearchIsDue = start.fSearchesAtOnce;
+  if (start.fDuplicates.fIsWanted) {
+    fPanes->setCurrentWidget(fDuplicates);
+    fDuplicates->SetRequest(start.fDuplicates, start.fQuery.value_or(u""));
+    fDueSearch = fDuplicates;
+  } else if (start.fQuery) {
+    fPanes->setCurrentWidget(fSearch);
+    fSearch->SetQuery(*start.fQuery);
+    if (start.fSearchesAtOnce) fDueSearch = fSearch;
+  }
 }
 
 void TMainWindow::ScanAgain() {

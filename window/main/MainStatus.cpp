@@ -10,6 +10,7 @@
 #include <QTabWidget>
 #include <QToolButton>
 #include <algorithm>
+#include <utility>
 
 #include "window/main/MainWindow.h"
 #include "window/main/PathBar.h"
@@ -69,10 +70,8 @@ void TMainWindow::Tick() {
     ShowPause(isPaused);
     UpdateActions();
   }
-  if (fSearchIsDue && !isScanning && fSession->Jobs().empty() && fPlace.fRoot && fPlace.fFolder) {
-    fSearchIsDue = false;
-    fSearch->Start();
-  }
+  if (fDueSearch && !isScanning && fSession->Jobs().empty() && fPlace.fRoot && fPlace.fFolder)
+    std::exchange(fDueSearch, nullptr)->Start();
   ShowStatus();
   if (!fSession->Jobs().empty()) ShowJobs();
   if (++fTicks % (kTicksBetweenRefreshes * slower) == 0 && fPlace.fRoot && IsScanning(*fPlace.fRoot)) RefreshPanes();

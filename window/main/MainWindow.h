@@ -174,7 +174,7 @@ class TMainWindow : public QMainWindow {
   int fTicks = 0;
   bool fWasScanning = false;
   bool fWasPaused = false;
-  bool fSearchIsDue = false;  // the command line asked for it
+  TFoundPane* fDueSearch = nullptr;  // the command line asked for its search
   qint64 fMessageUntil = 0;
   TChosen fChosen;
   TPlace fPlace;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "automation/actions/PostScanActions.h"
+#include "automation/commandline/CommandLineState.h"
 #include "model/options/GlobalOptions.h"
 #include "model/roots/RootInterfaces.h"
 #include "model/roots/ScanFilter.h"
@@ -34,6 +35,8 @@ struct TWindowStart {
   // What the search pane opens with; none: it stays closed. At once: the search runs when the scans have ended.
   std::optional<std::u16string> fQuery;
   bool fSearchesAtOnce = false;
+  // The duplicates that are searched for when the scans have ended, among what the query finds.
+  CommandLine::TDuplicatesRequest fDuplicates;
 
   // Adds what the command line asks for after each of these scans: comparison, history, exports. False when one of them
   // cannot work; then the handler knows why. Empty when nothing follows. The roots must outlive the handler.

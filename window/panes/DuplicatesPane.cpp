@@ -201,6 +201,21 @@ CommandLine::TDuplicatesRequest TDuplicatesPane::Request() const {
   return request;
 }
 
+void TDuplicatesPane::SetRequest(const CommandLine::TDuplicatesRequest& pRequest, std::u16string_view pQuery) {
+  using enum Search::TDuplicatesCompareType;
+  fMode->setCurrentIndex(static_cast<int>(pRequest.fMode));
+  fTarget->setCurrentIndex(1);
+  fByName->setChecked(pRequest.fByName);
+  fBySize->setChecked(pRequest.fBySize);
+  fByDate->setChecked(pRequest.fByDate);
+  fByContents->setChecked(pRequest.fByContents);
+  fChecksums[pRequest.fContents == ctMD5 ? 1 : pRequest.fContents == ctSHA256 ? 2 : 0]->setChecked(true);
+  fWithEmpty->setChecked(pRequest.fWithEmpty);
+  fVerify->setChecked(pRequest.fVerify);
+  fQuery->setText(ToQString(pQuery));
+  UpdateControls();
+}
+
 void TDuplicatesPane::SetUnit(TSizeUnit pUnit) {
   fModel->SetUnit(pUnit);
 }

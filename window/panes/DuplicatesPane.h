@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "automation/commandline/CommandLineState.h"
@@ -33,6 +34,8 @@ class TDuplicatesPane : public TFoundPane {
   void Start() override;
   void SetPaused(bool pPaused);
 
+  // Sets the controls, to search in all open scans. The query is used as in Start.
+  void SetRequest(const CommandLine::TDuplicatesRequest& pRequest, std::u16string_view pQuery);
   // What the controls ask for.
   CommandLine::TDuplicatesRequest Request() const;
 

@@ -162,6 +162,15 @@ const TGroups kFilms{{"backup/long.mp4", "films/long.mp4", "films/second.mp4"}};
 const TGroups kTwins{{"twin a/page.html", "twin b/page.html"}};
 const TGroups kLetters{{"papers/letter.txt", "papers/linked.txt", "papers/old/note.txt"}};
 
+TEST_F(TDuplicatesPaneTest, SearchesForWhatTheCommandLineAsksFor) {
+  fStart.fPaths = {fData.Path().u16string()};
+  fStart.fQuery = u"size:>100B";
+  fStart.fDuplicates.fIsWanted = fStart.fDuplicates.fByName = fStart.fDuplicates.fByContents = true;
+  EXPECT_EQ(Window().Panes().currentWidget(), &Pane());
+  const TGroups sameNames{{"backup/long.mp4", "films/long.mp4"}};
+  EXPECT_TRUE(WaitFor([&] { return Groups() == sameNames + kTwins; }));
+}
+
 TEST_F(TDuplicatesPaneTest, FindsSortsCopiesExportsAndLeadsToThePlace) {
   Window().resize(1024, 700);
   Action("duplicates").trigger();
