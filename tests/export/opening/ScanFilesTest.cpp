@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "export/json/JSONExport.h"
@@ -78,7 +79,7 @@ TEST(ScanFiles, CancelsAndFailsWithoutARoot) {
   const TRef<IScanRoots> roots = Roots();
   TStringSource source(kLines, 10);
   EXPECT_FALSE(ReadScan(source, *roots, [](uint64_t pBytes) { return pBytes < 100; }).fRoot);
-  TStringSource failing(kLines.substr(0, 200), 50);
+  TStringSource failing(std::string_view(kLines).substr(0, 200), 50);
   failing.fFails = true;
   EXPECT_THROW(ReadScan(failing, *roots), EOSError);
   TStringSource unknown("<html>");
