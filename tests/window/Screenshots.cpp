@@ -1,4 +1,5 @@
-// Pictures of the window for the guide, and to look at. Run it by hand:
+// Pictures of the window for the guide, and to look at, over the disk that picture_disk.py makes. Run it by hand:
+// python3 tests/window/picture_disk.py /srv/data
 // VANTREL_PICTURES=folder window_tests --gtest_also_run_disabled_tests --gtest_filter=*Screenshots*
 
 #include <QApplication>
@@ -56,23 +57,21 @@ TEST(Screenshots, DISABLED_EveryPane) {
       if (window.Tree().rowCount() == 0) {
         QTest::qWait(500);
         Save(window, kind + "start");
-        ASSERT_TRUE(harness.Scan(u"/usr"));
-        window.GoTo(QStringLiteral("/usr/share/doc"));
+        ASSERT_TRUE(harness.Scan(u"/srv/data"));
+        window.GoTo(QStringLiteral("/srv/data/photos/2026 Snow"));
         QTest::qWait(500);
-        window.GoTo(QStringLiteral("/usr/lib"));
+        window.GoTo(QStringLiteral("/srv/data"));
         QTest::qWait(500);
-        window.Search().SetQuery(u"size:>5MB ext:so,a,html (name:lib OR modified:<2024)");
+        window.Search().SetQuery(u"size:>5MB ext:jpg,flac,gz (name:snow OR modified:<2024)");
         harness.Action("search").trigger();
         window.Search().Start();
         harness.Action("duplicates").trigger();
         Save(window, kind + "duplicates-before");
-        window.GoTo(QStringLiteral("/usr/share"));
-        ASSERT_TRUE(WaitFor([&] { return window.Chosen().fPath == u"/usr/share"; }));
         window.Duplicates().Start();
         ASSERT_TRUE(WaitFor([&] { return window.Duplicates().Model().rowCount() > 5; }));
         Save(window, kind + "duplicates-while");
         ASSERT_TRUE(WaitFor([&] { return !window.Duplicates().IsSearching(); }));
-        window.GoTo(QStringLiteral("/usr/lib"));
+        window.GoTo(QStringLiteral("/srv/data"));
         QTest::qWait(500);
         window.ShowStartPage();
         Save(window, kind + "start-again");
