@@ -1,8 +1,5 @@
 #include "export/opening/ScanFiles.h"
 
-#include <algorithm>
-#include <optional>
-
 #include "export/json/JSONReader.h"
 #include "export/json/NcduReader.h"
 #include "export/opening/CacheFile.h"
@@ -14,42 +11,6 @@
 namespace Vantrel::Opening {
 
 namespace {
-
-// A source whose first bytes can be looked at before they are read. The other source must outlive it.
-class TPeekedSource final : public IByteSource {
- public:
-  explicit TPeekedSource(IByteSource& pSource) : fSource(pSource) {
-    constexpr size_t kLooked = 4096;
-    while (fStart.size() < kLooked) {
-      char piece[kLooked];
-      const size_t length = fSource.Read(piece, kLooked - fStart.size());
-      if (length == 0) break;
-      fStart.append(piece, length);
-    }
-  }
-
-  std::string_view Start() const { return fStart; }
-  // The same behind a byte-order mark and blanks.
-  std::string_view StartOfText() const {
-    std::string_view text = fStart;
-    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-    return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
-  }
-
-  size_t Read(char* pBuffer, size_t pLength) override {
-    if (fRead == fStart.size()) return fSource.Read(pBuffer, pLength);
-    const size_t length = fStart.copy(pBuffer, pLength, fRead);
-    fRead += length;
-    return length;
-  }
-
-  void Skip(size_t pLength) { fRead += pLength; }
-
- private:
-  IByteSource& fSource;
-  std::string fStart;
-  size_t fRead = 0;
-};
 
 bool IsPacked(std::string_view pStart) {
   return pStart.starts_with("\x1F\x8B");
@@ -73,15 +34,6 @@ std::optional<TOpenedScan> TryRead(TPeekedSource& pSource, IScanRoots& pTarget, 
   if (!reader) return std::nullopt;
   if (pSource.Start().starts_with('\xEF')) pSource.Skip(3);
   return reader(pSource, pTarget, pProgress);
-}
-
-std::optional<TOpenedScan> TryReadAny(TPeekedSource& pSource, IScanRoots& pTarget, const TFileProgress& pProgress) {
-  if (!IsPacked(pSource.Start())) return TryRead(pSource, pTarget, pProgress);
-  TGzipSource unpacked(pSource);
-  TPeekedSource source(unpacked);
-  std::optional<TOpenedScan> opened = TryRead(source, pTarget, pProgress);
-  if (!opened) throw EFileError("What gzip packed in it is no scan of a kind that this program reads");
-  return opened;
 }
 
 void CheckComparable(const TOpenedScan& pOpened, const std::string& pFile) {
@@ -113,11 +65,13 @@ XML::TLoadedRoot WithNotes(TOpenedScan pOpened, const std::string& pFile) {
 
 }  // namespace
 
-TOpenedScan ReadScan(IByteSource& pSource, IScanRoots& pTarget, const TFileProgress& pProgress) {
-  TPeekedSource source(pSource);
-  std::optional<TOpenedScan> opened = TryReadAny(source, pTarget, pProgress);
-  if (!opened) throw EFileError("The file is no scan of a kind that this program reads");
-  return std::move(*opened);
+std::optional<TOpenedScan> TryReadScan(TPeekedSource& pSource, IScanRoots& pTarget, const TFileProgress& pProgress) {
+  if (!IsPacked(pSource.Start())) return TryRead(pSource, pTarget, pProgress);
+  TGzipSource unpacked(pSource);
+  TPeekedSource source(unpacked);
+  std::optional<TOpenedScan> opened = TryRead(source, pTarget, pProgress);
+  if (!opened) throw EFileError("What gzip packed in it is no scan of a kind that this program reads");
+  return opened;
 }
 
 XML::TLoadedRoot ReadScanFile(const std::u16string& pPath, IScanRoots& pTarget, const XML::TLoadProgress& pProgress,
@@ -128,7 +82,7 @@ XML::TLoadedRoot ReadScanFile(const std::u16string& pPath, IScanRoots& pTarget, 
   try {
     TFileStream stream = TFileStream::OpenForReading(pPath);
     TPeekedSource source(stream);
-    if (std::optional<TOpenedScan> opened = TryReadAny(source, pTarget, progress)) {
+    if (std::optional<TOpenedScan> opened = TryReadScan(source, pTarget, progress)) {
       if (opened->fRoot && pPurpose == XML::TPurpose::puCompare) CheckComparable(*opened, file);
       return WithNotes(std::move(*opened), file);
     }

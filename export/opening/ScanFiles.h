@@ -2,10 +2,11 @@
 
 // Opens saved scans of every kind as roots. What a file is, its first bytes say, not its name.
 
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "export/opening/OpenedText.h"
+#include "export/opening/PeekedSource.h"
 #include "export/xml/XMLReader.h"
 
 namespace Vantrel::Opening {
@@ -24,7 +25,9 @@ struct TOpenedScan {
 // not added to the list. When cancelled, returns no root.
 XML::TLoadedRoot ReadScanFile(const std::u16string& pPath, IScanRoots& pTarget,
                               const XML::TLoadProgress& pProgress = {}, XML::TPurpose pPurpose = XML::TPurpose::puShow);
-// The same for any source of a document that is not XML. EFileError when it is damaged, or of no known kind.
-TOpenedScan ReadScan(IByteSource& pSource, IScanRoots& pTarget, const TFileProgress& pProgress = {});
+// The same for the source of a document that is not XML. Nothing if its beginning is of no known kind; what was looked
+// at can still be read then. EFileError when it is damaged.
+std::optional<TOpenedScan> TryReadScan(TPeekedSource& pSource, IScanRoots& pTarget,
+                                       const TFileProgress& pProgress = {});
 
 }  // namespace Vantrel::Opening

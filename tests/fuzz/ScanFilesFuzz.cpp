@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,9 +26,12 @@ std::string Written(IHierarchicalRoot& pRoot) {
   return sink.fBytes;
 }
 
+// nullptr if the text is of no kind that is known.
 TRef<IHierarchicalRoot> Load(std::string_view pText, IScanRoots& pRoots) {
-  TStringSource source(pText);
-  return Opening::ReadScan(source, pRoots).fRoot;
+  TStringSource text(pText);
+  Opening::TPeekedSource source(text);
+  const std::optional<Opening::TOpenedScan> opened = Opening::TryReadScan(source, pRoots);
+  return opened ? opened->fRoot : nullptr;
 }
 
 }  // namespace
@@ -40,6 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t pSize) {
   } catch (const Opening::EFileError&) {
     return 0;
   }
+  if (!first) return 0;
   const std::string text = Written(*first);
   first->Dispose();
   const TRef<IHierarchicalRoot> second = Load(text, *roots);

@@ -22,11 +22,16 @@ TRef<IScanRoots> Roots() {
   return CreateScanRoots(nullptr, std::make_shared<TGlobalOptions>());
 }
 
+TOpenedScan Read(IByteSource& pSource, IScanRoots& pRoots, const TFileProgress& pProgress = {}) {
+  TPeekedSource source(pSource);
+  return TryReadScan(source, pRoots, pProgress).value();
+}
+
 // What is opened from a source that gives a few bytes at a time, as JSON lines.
 std::string Reread(std::string_view pText, size_t pPiece) {
   const TRef<IScanRoots> roots = Roots();
   TStringSource source(pText, pPiece);
-  const TOpenedScan opened = ReadScan(source, *roots);
+  const TOpenedScan opened = Read(source, *roots);
   Exporting::TMediaSettings settings;
   settings.fIncludedObjectTypes = Exporting::kAllObjectTypes;
   TStringSink sink;
@@ -78,12 +83,15 @@ TEST(ScanFiles, OtherFormsInPieces) {
 TEST(ScanFiles, CancelsAndFailsWithoutARoot) {
   const TRef<IScanRoots> roots = Roots();
   TStringSource source(kLines, 10);
-  EXPECT_FALSE(ReadScan(source, *roots, [](uint64_t pBytes) { return pBytes < 100; }).fRoot);
+  EXPECT_FALSE(Read(source, *roots, [](uint64_t pBytes) { return pBytes < 100; }).fRoot);
   TStringSource failing(std::string_view(kLines).substr(0, 200), 50);
   failing.fFails = true;
-  EXPECT_THROW(ReadScan(failing, *roots), EOSError);
+  EXPECT_THROW(Read(failing, *roots), EOSError);
   TStringSource unknown("<html>");
-  EXPECT_THROW(ReadScan(unknown, *roots), EFileError);
+  TPeekedSource peeked(unknown);
+  EXPECT_FALSE(TryReadScan(peeked, *roots));
+  char kept[10];
+  EXPECT_EQ(peeked.Read(kept, sizeof(kept)), 6u) << "what was looked at is lost";
 }
 
 }  // namespace
