@@ -385,6 +385,7 @@ class JSONTest(RoundTripTests, program_test.ProgramTest):
                 (HEAD.replace('"rows"', '"filter":"(-)","rows"') + TOP + "]}", '"filter" cannot be read'),
                 (HEAD + TOP + "]} x", "after the end"),
                 (HEAD + TOP + ",5]}", "A row is no object"),
+                (HEAD + TOP + ',["path","/x/a"]]}', "A row is no object"),
                 (HEAD + FILE + "]}", "The first row is no folder"),
                 (HEAD + TOP + ',{"type":"file"}]}', "A row has no path"),
                 (HEAD + TOP + ',{"type":"link","path":"/x/a"}]}', "unknown type"),

@@ -177,6 +177,7 @@ class TEvents {
     return Guarded(pCode, [&] {
       ++fLevel;
       if (fLevel == 1) throw EFileError("An object was expected");
+      if (IsRow()) throw EFileError("A row is no object");
       if (fLevel == 2 && fHandler->BeginRows(fKey, fHead)) fRowsLevel = 2;
     });
   }
