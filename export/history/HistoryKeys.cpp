@@ -54,12 +54,7 @@ std::vector<int64_t> FindRoots(TKIVSQLiteDatabase& pDatabase, const std::u16stri
 }
 
 std::u16string PatternInOrder(std::u16string_view pPattern) {
-  std::vector<std::u16string_view> patterns;
-  while (!pPattern.empty()) {
-    const size_t end = std::min(pPattern.find(u'\t'), pPattern.size());
-    patterns.push_back(pPattern.substr(0, end));
-    pPattern.remove_prefix(std::min(end + 1, pPattern.size()));
-  }
+  std::vector<std::u16string_view> patterns = PatternsOfText(pPattern);
   std::sort(patterns.begin(), patterns.end());
   patterns.erase(std::unique(patterns.begin(), patterns.end()), patterns.end());
   std::u16string text;

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -99,15 +98,10 @@ void TTreeReader::ReadHead(const TObject& pHead) {
 // The text forms of patterns, with tabs between them.
 void TTreeReader::ReadFilter(std::u16string_view pPatterns) {
   using namespace PatternMatching;
-  std::vector<std::u16string> texts;
-  while (!pPatterns.empty()) {
-    const size_t end = std::min(pPatterns.find(u'\t'), pPatterns.size());
-    texts.emplace_back(pPatterns.substr(0, end));
-    pPatterns.remove_prefix(std::min(end + 1, pPatterns.size()));
-  }
+  const std::vector<std::u16string_view> texts = PatternsOfText(pPatterns);
   const TRef<IPatterns> patterns = MakeRef<TPatternList>(fDelimiter);
   try {
-    patterns->AddStrings(texts, TPatternType::ptyExclude);
+    patterns->AddStrings({texts.begin(), texts.end()}, TPatternType::ptyExclude);
   } catch (const EInvalidArgumentValue& error) {
     throw EFileError(fmt::format("\"filter\" cannot be read: {}", error.what()));
   }

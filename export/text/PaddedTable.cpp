@@ -172,8 +172,8 @@ std::string TPaddedTable::Cell(const std::string& pText, size_t pColumn, const T
   const int width = fWidths[pColumn];
   const bool isPath = column == TColumn::mdFullPath;
   const std::string text = isPath ? PathShortenedToWidth(pText, width) : ShortenedToWidth(pText, width);
-  if (pColumn == NameColumn()) return Painted(text, pRow.fName, fLook) + Blanks(width, DisplayWidth(text));
   const std::string blanks = Blanks(width, DisplayWidth(text));
+  if (pColumn == NameColumn()) return Painted(text, pRow.fName, fLook) + blanks;
   if (pColumn == fShares && pRow.fShare) {
     const std::string bar = BarText(*pRow.fShare, fBarWidth, fLook.fPartsOfBlock);
     const TInk ink = InkOfShare(pRow);

@@ -55,9 +55,8 @@ void TFormattedTextExport::ChooseColumns() {
               TColumn::mdLastChange});
   if (!fComparison) return;
   const bool ofSize = LeadingSize() == TColumn::mdSize;
-  SetColumns({TColumn::mdName, ofSize ? TColumn::mdSizeChange : TColumn::mdAllocatedChange,
-              ofSize ? TColumn::mdSizeChangePercent : TColumn::mdSizeChange, TColumn::mdFileChange, LeadingSize(),
-              TColumn::mdFiles, TColumn::mdLastChange});
+  SetColumns({TColumn::mdName, LeadingChange(), ofSize ? TColumn::mdSizeChangePercent : TColumn::mdSizeChange,
+              TColumn::mdFileChange, LeadingSize(), TColumn::mdFiles, TColumn::mdLastChange});
 }
 
 void TFormattedTextExport::WriteRoot(IHierarchicalRoot& pRoot) {

@@ -64,7 +64,7 @@ TTreeWalk TBaseExport::Walk(const IFolderData& pTop) const {
     settings.fDescending = order->fDescending;
   } else if (fSortByChange && !order) {
     settings.fOrder = TSiblingOrder::soChange;
-    settings.fOrderColumn = fLeadingSize == TColumn::mdAllocated ? TColumn::mdAllocatedChange : TColumn::mdSizeChange;
+    settings.fOrderColumn = LeadingChange();
   } else if (fLeadingSize != TColumn::mdSize && !order) {
     settings.fOrder = TSiblingOrder::soColumn;
     settings.fOrderColumn = fLeadingSize;

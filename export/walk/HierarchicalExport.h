@@ -110,6 +110,10 @@ class TBaseExport {
   // The size that leads, mdSize or mdAllocated: siblings come in its order unless another one is set, what is left out
   // is small in it, and percentages refer to it. mdSize unless it is set.
   TColumn LeadingSize() const { return fLeadingSize; }
+  // The column of its change since an earlier scan.
+  TColumn LeadingChange() const {
+    return fLeadingSize == TColumn::mdAllocated ? TColumn::mdAllocatedChange : TColumn::mdSizeChange;
+  }
   void SetLeadingSize(TColumn pColumn) { fLeadingSize = pColumn; }
   // The bytes below which the settings leave something out of this tree; 0: nothing.
   int64_t SmallestShown(const IFolderData& pTop) const;

@@ -176,6 +176,16 @@ std::u16string ActivePatternsText(const PatternMatching::IPatterns& pPatterns) {
   return pPatterns.ToString(options);
 }
 
+std::vector<std::u16string_view> PatternsOfText(std::u16string_view pText) {
+  std::vector<std::u16string_view> patterns;
+  while (!pText.empty()) {
+    const size_t end = std::min(pText.find(u'\t'), pText.size());
+    patterns.push_back(pText.substr(0, end));
+    pText.remove_prefix(std::min(end + 1, pText.size()));
+  }
+  return patterns;
+}
+
 std::u16string FilterText(const IHierarchicalRoot& pRoot) {
   const TRef<IScanFilter> filter = pRoot.GetScanFilter();
   const auto* patterns = dynamic_cast<const TPatternFilter*>(filter.get());

@@ -2,6 +2,10 @@
 
 // A list of patterns as the filter of a scan, with counts of what it leaves out.
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "model/roots/RootInterfaces.h"
 #include "model/roots/ScanFilter.h"
 #include "platform/threads/CriticalSection.h"
@@ -46,6 +50,8 @@ class TPatternFilter : public TInterfaced<IScanFilter> {
 
 // The active patterns as one text with tabs between them. Each reads back as an equal pattern.
 std::u16string ActivePatternsText(const PatternMatching::IPatterns& pPatterns);
+// The patterns of such a text. The views lie in it.
+std::vector<std::u16string_view> PatternsOfText(std::u16string_view pText);
 // Those of the root's filter. Empty without one.
 std::u16string FilterText(const IHierarchicalRoot& pRoot);
 
